@@ -1,0 +1,58 @@
+// The text form of a node with its arguments, for example /sched/groups/4/memAllocationInKB: a snapshot's key, and what
+// the nodal tool takes and prints.
+//
+// Integers are decimal, without leading zeros. In texts, '/', '%' and control characters are percent-encoded, with two
+// upper-case hexadecimal digits.
+#ifndef PLATKIT_PATH_H
+#define PLATKIT_PATH_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platkit/catalogue.h"
+#include "platkit/param_list.h"
+
+namespace platkit {
+
+// A path being written into fixed room. What does not fit is dropped, and ok() is false from then on.
+class PathWriter {
+ public:
+  PathWriter &Literal(std::string_view text);
+  PathWriter &Integer(int64_t value);
+  PathWriter &Text(std::string_view text);
+
+  bool ok() const { return ok_; }
+  std::string_view view() const { return {bytes_, size_}; }
+
+ private:
+  static constexpr size_t kMostBytes = 4096;
+
+  bool ok_ = true;
+  size_t size_ = 0;
+  char bytes_[kMostBytes];
+};
+
+// Writes the path of a node. `arguments` are as many as the node takes as a record or as a list.
+void WritePath(const Node &node, Arguments arguments, PathWriter &path);
+
+// What a path names: a node, as a record or as a list, and its arguments.
+struct PathTarget {
+  struct Argument {
+    ParamKind kind;
+    int64_t integer = 0;
+    std::string text;
+  };
+
+  const Node *node = nullptr;  // null: the path names nothing in the catalogue
+  bool asRecord = false;
+  std::vector<Argument> arguments;
+};
+
+// Takes a path apart. Only the one form that WritePath would give is recognised.
+PathTarget ParsePath(std::string_view path);
+
+}  // namespace platkit
+
+#endif  // PLATKIT_PATH_H

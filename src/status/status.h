@@ -1,0 +1,24 @@
+// The kernel's status codes as texts.
+#ifndef KESTREL_STATUS_STATUS_H
+#define KESTREL_STATUS_STATUS_H
+
+#include "platkit/export.h"
+#include "platkit/status.h"
+
+namespace kestrel {
+
+inline constexpr unsigned kStatusTextCount = 355;
+
+}  // namespace kestrel
+
+extern "C" {
+
+// The texts of the kernel's own statuses, by index; index 0 is success.
+extern PLATKIT_EXPORT const char *const returnStatusStrs[kestrel::kStatusTextCount];
+
+// A constant text for any status. Statuses of the service console's space are not interpreted. A bare index, without
+// HVC_STATUS_BASE, selects the same text as the status does.
+PLATKIT_EXPORT const char *HVC_ReturnStatusToString(HVC_ReturnStatus status);
+}
+
+#endif  // KESTREL_STATUS_STATUS_H
