@@ -1,1 +1,158 @@
-int main() { return 0; }
+// The front end: global options, the choice of a report, the cache file, the check of the definitions, the exit status.
+#include <fcntl.h>
+#include <getopt.h>
+#include <strings.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <iterator>
+
+#include "platkit/export.h"
+#include "platkit/nodal.h"
+#include "platkit/warning.h"
+#include "src/main/usage.h"
+#include "src/reports/reports.h"
+#include "src/table/output.h"
+
+namespace kestrel {
+namespace {
+
+struct Report {
+  const char *name;
+  HVC_ReturnStatus (*entry)(int argc, char **argv);  // null: not part of this version
+  bool readsSavedHosts = true;
+};
+
+constexpr Report kReports[] = {
+    {"group-stats", KestrelGroupStatsReport},
+    {"vm-stats", nullptr},
+    {"uw-stats", nullptr},
+    {"pshare-stats", KestrelPShareGetStats},
+    {"pshareHint-stats", nullptr},
+    {"swap-stats", nullptr},
+    {"buddy-stats", nullptr},
+    {"comp-stats", nullptr},
+    {"lpool-stats", nullptr},
+    {"heap-stats", nullptr},
+    {"guest-stats", nullptr},
+    {"zip-stats", nullptr},
+    {"lpage-stats", nullptr},
+    {"asyncremap-stats", nullptr},
+    {"pmem-regionstore-stats", nullptr},
+    {"pmem-region-stats", nullptr},
+    {"pmem-extent-stats", nullptr},
+    {"pmem-region-numa-stats", nullptr},
+    // The counters that it reads are in the machine, not in a cache file.
+    {"dcpmm-stats", nullptr, false},
+};
+
+struct GlobalOptions {
+  const Report *report = nullptr;
+  const char *cacheFile = nullptr;
+  bool checkVersion = true;
+};
+
+// What is left to do once the global options are parsed.
+enum class Next { kGoOn, kExitSuccess, kExitFailure };
+
+const Report *FindReport(const char *name) {
+  const Report *end = std::end(kReports);
+  const Report *report = std::find_if(kReports, end, [&](const Report &r) { return strcasecmp(r.name, name) == 0; });
+  return report == end ? nullptr : report;
+}
+
+// Parses up to and including -r: what stands behind it belongs to the report.
+Next ParseGlobalOptions(int argc, char **argv, GlobalOptions &options) {
+  // -f swallows the next word while --force does not. Scripts rely on both by now.
+  static constexpr char kShortOptions[] = "f:c:r:h";
+  static constexpr option kLongOptions[] = {
+      {"force", no_argument, nullptr, 'f'},
+      {"cache", required_argument, nullptr, 'c'},
+      {"report", required_argument, nullptr, 'r'},
+      {"help", no_argument, nullptr, 'h'},
+      {nullptr, 0, nullptr, 0},
+  };
+  while (options.report == nullptr) {
+    switch (getopt_long(argc, argv, kShortOptions, kLongOptions, nullptr)) {
+      case -1: return Next::kGoOn;
+      case 'f': options.checkVersion = false; break;
+      case 'c': options.cacheFile = optarg; break;
+      case 'h': PrintUsage(argv[0]); return Next::kExitSuccess;
+      case 'r':
+        options.report = FindReport(optarg);
+        if (options.report != nullptr) break;
+        Warning("Invalid report %s\n", optarg);
+        PrintUsage(argv[0]);
+        return Next::kExitFailure;
+      case '?':
+        Warning("Unexpected or out-of-sequence argument detected\n");
+        PrintUsage(argv[0]);
+        return Next::kExitFailure;
+      default: break;
+    }
+  }
+  return Next::kGoOn;
+}
+
+bool UseCacheFile(const GlobalOptions &options) {
+  if (options.cacheFile == nullptr) return true;
+  if (options.report != nullptr && !options.report->readsSavedHosts) {
+    Warning("DCPMM report does not work on cache file\n");
+    return false;
+  }
+  const HVC_ReturnStatus status = NODAL_UseCache(options.cacheFile, NODAL_CACHE_SNAPSHOT);
+  if (status != HVC_OK) Warning("Couldn't open cache file %s, error code: %u\n", options.cacheFile, status);
+  return status == HVC_OK;
+}
+
+bool CheckDefinitions(const GlobalOptions &options) {
+  char runningBuild[21] = "";
+  const char *ownBuild = "";
+  const HVC_ReturnStatus status = NODAL_CheckSig(runningBuild, sizeof runningBuild, &ownBuild);
+  if (status == HVC_OK) return true;
+  runningBuild[sizeof runningBuild - 1] = '\0';
+  Warning("%#x: md5 signature mismatch with running hvcore built on %s. (vs %s for app sysinfo)\n", status,
+          runningBuild, ownBuild);
+  if (options.checkVersion) Warning("Version check failed\n");
+  return !options.checkVersion;
+}
+
+int Run(int argc, char **argv) {
+  opterr = 0;
+  GlobalOptions options;
+  switch (ParseGlobalOptions(argc, argv, options)) {
+    case Next::kExitSuccess: return EXIT_SUCCESS;
+    case Next::kExitFailure: return EXIT_FAILURE;
+    case Next::kGoOn: break;
+  }
+  if (!UseCacheFile(options) || !CheckDefinitions(options)) return EXIT_FAILURE;
+  if (options.report == nullptr) {
+    PrintUsage(argv[0]);
+    return EXIT_SUCCESS;
+  }
+  if (options.report->entry == nullptr) {
+    PrintUsage(argv[0]);
+    return EXIT_FAILURE;
+  }
+  return options.report->entry(argc, argv) == HVC_OK ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+// A standard descriptor that is closed would be given to the next file that is opened, and reports or warnings written
+// into it. What stands in for it here fails when it is used, as the closed one would.
+void OccupyStandardDescriptors() {
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+    if (fcntl(fd, F_GETFD) == -1) static_cast<void>(open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+  }
+}
+
+}  // namespace
+}  // namespace kestrel
+
+PLATKIT_EXPORT int main(int argc, char **argv) {
+  kestrel::OccupyStandardDescriptors();
+  std::signal(SIGPIPE, SIG_IGN);  // a reader that went away is an error like any other
+  const int result = kestrel::Run(argc, argv);
+  return kestrel::FinishOutput() ? result : EXIT_FAILURE;
+}

@@ -1,0 +1,135 @@
+#include "src/groups/group_queries.h"
+
+#include <algorithm>
+#include <initializer_list>
+
+#include "platkit/nodes.h"
+#include "platkit/warning.h"
+#include "src/groups/one_argument.h"
+#include "src/status/status.h"
+
+namespace kestrel {
+namespace {
+
+// Reads one attribute for the getter of that name.
+template <typename Record>
+HVC_ReturnStatus GetAttribute(const char *getter, int64_t groupID, uint32_t node, Record &record,
+                              std::initializer_list<HVC_ReturnStatus> silent) {
+  const HVC_ReturnStatus status = KestrelGroupNodalGet(groupID, node, &record, sizeof record);
+  if (status != HVC_OK && std::ranges::find(silent, status) == silent.end()) {
+    Warning("%s() failure, error code: %u\n", getter, status);
+  }
+  return status;
+}
+
+// The first of a VM's children that is a VMM sub-container. Children that cannot be read are passed over.
+HVC_ReturnStatus FindVmmChild(const NODAL_ParamList *children, int64_t &vmmGroupID) {
+  const uint32_t count = NODAL_ParamListUsedCount(children);
+  for (uint32_t i = 0; i < count; ++i) {
+    int64_t child = 0;
+    GroupFlagsRecord flags = {};
+    if (NODAL_ParamListGetInt64(children, i, &child) != HVC_OK) continue;
+    if (Kestrel_GroupGetFlags(child, flags) != HVC_OK) continue;
+    if ((flags.flags & HVC_GROUP_VMM_SUB_CONTAINER) == 0) continue;
+    vmmGroupID = child;
+    return child == -1 ? HVC_NOT_FOUND : HVC_OK;  // all ones is no group's ID
+  }
+  return HVC_NOT_FOUND;
+}
+
+}  // namespace
+
+HVC_ReturnStatus KestrelGroupNodalGet(int64_t groupID, uint32_t node, void *buffer, uint32_t size) {
+  return WithOneArgument(
+      "KestrelGroupNodalGet", groupID,
+      [](HVC_ReturnStatus status) {
+        Warning("KestrelGroupNodalGet: NODAL_ParamListAddInt() faiure, error code: %u\n", status);
+      },
+      [&](const NODAL_ParamList *arguments) { return NODAL_Get(node, arguments, buffer, size); });
+}
+
+HVC_ReturnStatus Kestrel_GroupGetName(int64_t groupID, GroupNameRecord &name) {
+  return GetAttribute("Kestrel_GroupGetName", groupID, NODAL_NODE_sched_groups_groupName, name, {});
+}
+
+HVC_ReturnStatus Kestrel_GroupGetTag(int64_t groupID, GroupTagRecord &tag) {
+  return GetAttribute("Kestrel_GroupGetTag", groupID, NODAL_NODE_sched_groups_groupTag, tag, {});
+}
+
+HVC_ReturnStatus Kestrel_GroupGetParentID(int64_t groupID, ParentGroupIDRecord &parent) {
+  return GetAttribute("Kestrel_GroupGetParentID", groupID, NODAL_NODE_sched_groups_parentGroupID, parent,
+                      {HVC_NOT_FOUND});
+}
+
+HVC_ReturnStatus Kestrel_GroupGetFlags(int64_t groupID, GroupFlagsRecord &flags) {
+  return GetAttribute("Kestrel_GroupGetFlags", groupID, NODAL_NODE_sched_groups_groupFlags, flags,
+                      {HVC_NOT_FOUND, HVC_NOT_INITIALIZED});
+}
+
+HVC_ReturnStatus Kestrel_GroupGetAlloc(int64_t groupID, GroupAllocRecord &alloc) {
+  return GetAttribute("Kestrel_GroupGetAlloc", groupID, NODAL_NODE_sched_groups_memAllocationInKB, alloc,
+                      {HVC_NOT_FOUND});
+}
+
+HVC_ReturnStatus KestrelGroupGetMemoryStats(int64_t groupID, GroupMemoryStatsRecord &stats) {
+  return GetAttribute("KestrelGroupGetMemoryStats", groupID, NODAL_NODE_sched_groups_stats_memoryStats, stats,
+                      {HVC_NOT_FOUND});
+}
+
+HVC_ReturnStatus Kestrel_GroupGetGroupLeaderID(int64_t groupID, uint32_t &leader) {
+  leader = 0;
+  GroupFlagsRecord flags = {};
+  HVC_ReturnStatus status = Kestrel_GroupGetFlags(groupID, flags);
+  if (status != HVC_OK) return status;
+  if ((flags.flags & (HVC_GROUP_VM | HVC_GROUP_USER_WORLD)) == 0) return HVC_BAD_PARAM;
+  GroupLeaderIDRecord record = {};
+  status = GetAttribute("Kestrel_GroupGetGroupLeaderID", groupID, NODAL_NODE_sched_groups_groupLeaderID, record, {});
+  if (status == HVC_OK) leader = record.leaderID;
+  return status;
+}
+
+HVC_ReturnStatus ListMemberGroups(int64_t groupID, const MemberListing &listing, ParamList &members) {
+  bool listed = false;
+  // A list that cannot be made is reported in the name of the shared read, whoever lists.
+  const HVC_ReturnStatus status = WithOneArgument(
+      "KestrelGroupNodalGet", groupID,
+      [&](HVC_ReturnStatus failure) {
+        Warning("%s: NODAL_ParamListAddInt() failure: %s\n", listing.caller, HVC_ReturnStatusToString(failure));
+      },
+      [&](const NODAL_ParamList *arguments) {
+        listed = true;
+        return ListInstances(NODAL_NODE_sched_groups_members_groups, arguments, members);
+      });
+  if (listed && status != HVC_OK && !(status == HVC_NOT_FOUND && listing.vanishedIsSilent)) {
+    Warning("%s: %s failure: %s\n", listing.caller, listing.listStep, HVC_ReturnStatusToString(status));
+  }
+  return status;
+}
+
+HVC_ReturnStatus Kestrel_GroupGetVMMAlloc(int64_t vmGroupID, VmmAllocRecord &alloc) {
+  ParamList children;
+  HVC_ReturnStatus status = ListMemberGroups(
+      vmGroupID, {.caller = "Kestrel_GroupGetVMMAlloc", .listStep = "GetInstanceListAlloc", .vanishedIsSilent = false},
+      children);
+  if (status != HVC_OK) return status;
+  int64_t vmmGroupID = 0;
+  status = FindVmmChild(children.get(), vmmGroupID);
+  children.reset();
+  if (status != HVC_OK) return status;
+
+  GroupAllocRecord vm = {}, vmm = {};
+  status = Kestrel_GroupGetAlloc(vmGroupID, vm);
+  if (status != HVC_OK) {
+    Warning("Kestrel_GroupGetVMMAlloc: VM GroupGetAlloc failure, error code: %u\n", status);
+    return status;
+  }
+  status = Kestrel_GroupGetAlloc(vmmGroupID, vmm);
+  if (status != HVC_OK) {
+    Warning("Kestrel_GroupGetVMMAlloc: GroupGetAlloc failure, error code: %u\n", status);
+    return status;
+  }
+  alloc = {.min = vmm.min, .max = vmm.max, .shares = vm.shares, .minLimit = vm.minLimit};
+  return HVC_OK;
+}
+
+}  // namespace kestrel

@@ -1,0 +1,15 @@
+// The entries of the reports. Each gets main's arguments, with option parsing left where the report's name stood, and
+// returns the status of what it gathered.
+#ifndef KESTREL_REPORTS_REPORTS_H
+#define KESTREL_REPORTS_REPORTS_H
+
+#include "platkit/status.h"
+
+namespace kestrel {
+
+[[nodiscard]] HVC_ReturnStatus KestrelGroupStatsReport(int argc, char **argv);
+[[nodiscard]] HVC_ReturnStatus KestrelPShareGetStats(int argc, char **argv);
+
+}  // namespace kestrel
+
+#endif  // KESTREL_REPORTS_REPORTS_H

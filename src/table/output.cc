@@ -1,0 +1,80 @@
+#include "src/table/output.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "platkit/warning.h"
+
+namespace kestrel {
+namespace {
+
+bool IsControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; }
+
+void PutPadding(int count) {
+  for (; count > 0; --count)
+    putc_unlocked(' ', stdout);
+}
+
+bool OnTerminal() {
+  static const bool onTerminal = isatty(STDOUT_FILENO) == 1;
+  return onTerminal;
+}
+
+// Eight-bit control characters reach a terminal as two bytes, 0xc2 and the character itself.
+bool IsEncodedControl(std::string_view text, size_t i) {
+  return text[i] == '\xc2' && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) >= 0x80 &&
+         static_cast<unsigned char>(text[i + 1]) < 0xa0;
+}
+
+void PutPrintable(std::string_view text) {
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (IsEncodedControl(text, i)) {
+      putc_unlocked('?', stdout);
+      putc_unlocked('?', stdout);
+      ++i;
+    } else {
+      putc_unlocked(IsControl(text[i]) ? '?' : text[i], stdout);
+    }
+  }
+}
+
+template <typename Put>
+int PutPadded(std::string_view text, int width, Put put) {
+  const int length = static_cast<int>(text.size());
+  PutPadding(width - length);
+  put(text);
+  PutPadding(-width - length);
+  return std::max(length, std::abs(width));
+}
+
+}  // namespace
+
+int PutField(std::string_view text, int width) {
+  return PutPadded(text, width, [](std::string_view bytes) { fwrite_unlocked(bytes.data(), 1, bytes.size(), stdout); });
+}
+
+int PutForeignField(std::string_view text, int width) {
+  return OnTerminal() ? PutPadded(text, width, PutPrintable) : PutField(text, width);
+}
+
+void PutChar(char c) { putc_unlocked(c, stdout); }
+
+void EndRunIfOutputFailed() {
+  if (ferror_unlocked(stdout) != 0 && !FinishOutput()) std::exit(EXIT_FAILURE);
+}
+
+bool FinishOutput() {
+  const bool flushed = std::fflush(stdout) == 0;
+  if (flushed && std::ferror(stdout) == 0) return true;
+  // What failed earlier is gone, and its reason with it.
+  const int reason = flushed ? EIO : errno;
+  Warning("Couldn't write to standard output: %s\n", std::strerror(reason));
+  return false;
+}
+
+}  // namespace kestrel
