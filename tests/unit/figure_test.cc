@@ -1,0 +1,109 @@
+#include "src/table/figure.h"
+
+#include <gtest/gtest.h>
+
+#include "platkit/records.h"
+
+namespace kestrel {
+namespace {
+
+#pragma pack(push, 1)
+struct Row {
+  uint8_t byte;
+  uint64_t kb;
+  int32_t kb32;
+  uint32_t count;
+  uint64_t pages;
+  char text[4];
+  const char *pointer;
+  GroupAllocRecord alloc;
+};
+#pragma pack(pop)
+
+Row Sample() {
+  Row row = {};
+  row.byte = 200;
+  row.kb = 1025;
+  row.kb32 = -1;
+  row.count = 7;
+  row.pages = 257;
+  std::memcpy(row.text, "abcd", 4);
+  row.pointer = "pointer";
+  row.alloc.shares = -5;
+  return row;
+}
+
+uint64_t Number(const Figure &figure, const Row &row, ReportUnit unit) {
+  return LoadFigure(figure, &row, unit).number();
+}
+
+TEST(Figure, LoadsEveryType) {
+  const Row row = Sample();
+  EXPECT_EQ(Number(PLAIN(byte), row, ReportUnit::kMB), 200u);
+  EXPECT_EQ(Number(PLAIN(kb), row, ReportUnit::kMB), 1025u);
+  EXPECT_EQ(Number(PLAIN(alloc.shares), row, ReportUnit::kMB), static_cast<uint64_t>(-5));
+  EXPECT_EQ(LoadFigure(PLAIN(text), &row, ReportUnit::kMB).text(), "abcd") << "no terminator in its four bytes";
+  EXPECT_EQ(LoadFigure(PLAIN(pointer), &row, ReportUnit::kMB).text(), "pointer");
+  Row empty = {};
+  EXPECT_EQ(LoadFigure(PLAIN(text), &empty, ReportUnit::kMB).text(), "");
+  EXPECT_EQ(LoadFigure(PLAIN(pointer), &empty, ReportUnit::kMB).text(), "");
+}
+
+TEST(Figure, ConvertsToTheDisplayUnit) {
+  Row row = Sample();
+  EXPECT_EQ(Number(KB(kb), row, ReportUnit::kMB), 2u);
+  EXPECT_EQ(Number(KB(kb), row, ReportUnit::kPage), 257u);
+  EXPECT_EQ(Number(KB(kb), row, ReportUnit::kBytes), 1025u * 1024);
+  EXPECT_EQ(Number(PAGES(pages), row, ReportUnit::kKB), 1028u);
+  EXPECT_EQ(Number(PAGES(pages), row, ReportUnit::kMB), 2u);
+  row.kb = UINT64_MAX;
+  EXPECT_EQ(Number(KB(kb), row, ReportUnit::kMB), UINT64_MAX);
+}
+
+TEST(Figure, NarrowSignedAmountsAreCutBack) {
+  Row row = Sample();
+  EXPECT_EQ(Number(KB(kb32), row, ReportUnit::kMB), UINT64_MAX) << "-1 stays -1";
+  row.kb32 = -2;  // sign-extended, rounded up, shifted, cut back to 32 bits
+  EXPECT_EQ(Number(KB(kb32), row, ReportUnit::kPage), 0u);
+  row.kb32 = -2048;
+  EXPECT_EQ(Number(KB(kb32), row, ReportUnit::kMB), static_cast<uint64_t>(-2));
+  row.kb32 = 1;
+  EXPECT_EQ(Number(KB(kb32), row, ReportUnit::kMB), 1u);
+}
+
+TEST(Figure, Sums) {
+  const Row row = Sample();
+  Row sums = {};
+  for (int i = 0; i < 2; ++i) {
+    SumFigure(KB(kb).Sum(FigureSum::kAdd), &row, &sums);
+    SumFigure(PLAIN(count).Sum(FigureSum::kAddTwice), &row, &sums);
+    SumFigure(PLAIN(pages).Sum(FigureSum::kLast), &row, &sums);
+    SumFigure(KB(alloc.max).Sum(FigureSum::kAllOnes), &row, &sums);
+    SumFigure(PLAIN(alloc.shares), &row, &sums);
+    SumFigure(PLAIN(text).Sum(FigureSum::kAdd), &row, &sums);
+  }
+  EXPECT_EQ(Number(PLAIN(kb), sums, ReportUnit::kKB), 2050u);
+  EXPECT_EQ(Number(PLAIN(count), sums, ReportUnit::kKB), 28u);
+  EXPECT_EQ(Number(PLAIN(pages), sums, ReportUnit::kKB), 257u);
+  EXPECT_EQ(Number(PLAIN(alloc.max), sums, ReportUnit::kKB), UINT64_MAX);
+  EXPECT_EQ(Number(PLAIN(alloc.shares), sums, ReportUnit::kKB), 0u);
+  EXPECT_EQ(LoadFigure(PLAIN(text), &sums, ReportUnit::kKB).text(), "");
+}
+
+TEST(Figure, SumsWrapInTheirOwnWidth) {
+  Row row = Sample(), sums = {};
+  row.count = 0x80000001u;
+  row.kb = UINT64_MAX;
+  row.byte = 255;
+  for (int i = 0; i < 2; ++i) {
+    SumFigure(PLAIN(count).Sum(FigureSum::kAdd), &row, &sums);
+    SumFigure(KB(kb).Sum(FigureSum::kAdd), &row, &sums);
+    SumFigure(PLAIN(byte).Sum(FigureSum::kAdd), &row, &sums);
+  }
+  EXPECT_EQ(Number(PLAIN(count), sums, ReportUnit::kKB), 2u);
+  EXPECT_EQ(Number(PLAIN(kb), sums, ReportUnit::kKB), UINT64_MAX - 1);
+  EXPECT_EQ(Number(PLAIN(byte), sums, ReportUnit::kKB), 254u);
+}
+
+}  // namespace
+}  // namespace kestrel
