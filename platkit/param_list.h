@@ -31,6 +31,9 @@ struct NODAL_Param {
 // kept for the next maker. Texts stand in blocks that never move, because callers hold pointers to them.
 struct NODAL_ParamList {
  public:
+  NODAL_ParamList(const NODAL_ParamList &) = delete;
+  NODAL_ParamList &operator=(const NODAL_ParamList &) = delete;
+
   // Null if memory is short.
   static NODAL_ParamList *Make();
   static NODAL_ParamList *MakeFixed(uint32_t count, uint32_t textBytes);
@@ -64,9 +67,6 @@ struct NODAL_ParamList {
 
   NODAL_ParamList();
   ~NODAL_ParamList();
-  NODAL_ParamList(const NODAL_ParamList &) = delete;
-  NODAL_ParamList &operator=(const NODAL_ParamList &) = delete;
-
   HVC_ReturnStatus Append(const NODAL_Param &param);
   bool Grow(uint64_t capacity);
   char *TextRoom(uint64_t bytes);
