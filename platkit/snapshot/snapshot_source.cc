@@ -1,7 +1,89 @@
 #include "platkit/snapshot/snapshot_source.h"
 
-namespace platkit {
+#include <algorithm>
+#include <cstring>
+#include <new>
 
-HVC_ReturnStatus OpenSnapshot(const char *, std::unique_ptr<Source> &) { return HVC_NOT_A_SNAPSHOT; }
+#include "platkit/path.h"
+#include "platkit/snapshot/snapshot_file.h"
+
+namespace platkit {
+namespace {
+
+using snapshot::Value;
+using snapshot::ValueType;
+
+class SnapshotSource : public Source {
+ public:
+  HVC_ReturnStatus Open(const char *path) { return file_.Open(path); }
+
+  HVC_ReturnStatus Get(const Node &node, Arguments arguments, std::span<std::byte> record) override;
+  HVC_ReturnStatus List(const Node &node, Arguments arguments, ParamList &list) override;
+  const Definitions &definitions() const override { return file_.header().definitions; }
+
+ private:
+  HVC_ReturnStatus Find(const Node &node, Arguments arguments, ValueType type, Value &value);
+
+  snapshot::SnapshotFile file_;
+};
+
+HVC_ReturnStatus SnapshotSource::Find(const Node &node, Arguments arguments, ValueType type, Value &value) {
+  PathWriter path;
+  WritePath(node, arguments, path);
+  if (!path.ok()) return HVC_NOT_FOUND;  // no key is as long as that
+  const HVC_ReturnStatus status = file_.Find(path.view(), value);
+  return status == HVC_OK && value.type != type ? HVC_SNAPSHOT_DAMAGED : status;
+}
+
+HVC_ReturnStatus SnapshotSource::Get(const Node &node, Arguments arguments, std::span<std::byte> record) {
+  Value value;
+  const HVC_ReturnStatus status = Find(node, arguments, ValueType::kRecord, value);
+  if (status != HVC_OK) return status;
+  if (value.payload.size() != record.size()) return HVC_WRONG_SIZE;
+  std::memcpy(record.data(), value.payload.data(), record.size());
+  return HVC_OK;
+}
+
+HVC_ReturnStatus AddIntegers(std::span<const std::byte> payload, ParamList &list) {
+  if (payload.size() % sizeof(int64_t) != 0) return HVC_SNAPSHOT_DAMAGED;
+  list.Expect(payload.size() / sizeof(int64_t));
+  for (size_t i = 0; i < payload.size(); i += sizeof(int64_t)) {
+    int64_t integer;
+    std::memcpy(&integer, payload.data() + i, sizeof integer);
+    const HVC_ReturnStatus status = list.Add(integer);
+    if (status != HVC_OK) return status;
+  }
+  return HVC_OK;
+}
+
+HVC_ReturnStatus AddTexts(std::string_view texts, ParamList &list) {
+  if (!texts.empty() && texts.back() != '\0') return HVC_SNAPSHOT_DAMAGED;
+  list.Expect(static_cast<uint64_t>(std::count(texts.begin(), texts.end(), '\0')));
+  while (!texts.empty()) {
+    const size_t length = texts.find('\0');
+    const HVC_ReturnStatus status = list.Add(texts.substr(0, length));
+    if (status != HVC_OK) return status;
+    texts.remove_prefix(length + 1);
+  }
+  return HVC_OK;
+}
+
+HVC_ReturnStatus SnapshotSource::List(const Node &node, Arguments arguments, ParamList &list) {
+  const bool integers = node.entry.kind == ParamKind::kInt;
+  Value value;
+  const HVC_ReturnStatus status = Find(node, arguments, integers ? ValueType::kIntegers : ValueType::kTexts, value);
+  if (status != HVC_OK) return status;
+  return integers ? AddIntegers(value.payload, list) : AddTexts(value.text(), list);
+}
+
+}  // namespace
+
+HVC_ReturnStatus OpenSnapshot(const char *path, std::unique_ptr<Source> &source) {
+  std::unique_ptr<SnapshotSource> opened(new (std::nothrow) SnapshotSource);
+  if (opened == nullptr) return HVC_NO_MEMORY;
+  const HVC_ReturnStatus status = opened->Open(path);
+  if (status == HVC_OK) source = std::move(opened);
+  return status;
+}
 
 }  // namespace platkit

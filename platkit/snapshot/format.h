@@ -1,0 +1,52 @@
+// What a snapshot file is made of, shared by its reader and its writer; docs/snapshot.md describes the whole of it.
+#ifndef PLATKIT_SNAPSHOT_FORMAT_H
+#define PLATKIT_SNAPSHOT_FORMAT_H
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace platkit::snapshot {
+
+// The file's first record: its key tells a snapshot from other files, its value is the format's version in decimal.
+inline constexpr std::string_view kVersionKey = "nodal-snapshot";
+inline constexpr uint32_t kVersion = 1;
+inline constexpr std::string_view kVersionText = "1";
+
+// The keys of the header. Those of nodes begin with a slash.
+inline constexpr std::string_view kSignatureKey = "signature";
+inline constexpr std::string_view kBuildKey = "build";
+inline constexpr std::string_view kHostKey = "host";
+inline constexpr std::string_view kTimeKey = "time";
+
+inline constexpr size_t kMostKeyBytes = 4096;
+inline constexpr size_t kMostHeaderText = 255;
+
+// A constant database: a table of contents of 256 hash tables, the records, the hash tables.
+inline constexpr uint32_t kTables = 256;
+inline constexpr uint32_t kContentsBytes = kTables * 8;
+inline constexpr uint32_t kRecordHead = 8;  // the lengths of key and value
+inline constexpr uint32_t kSlotBytes = 8;
+inline constexpr uint64_t kMostFileBytes = UINT32_MAX;
+
+enum class ValueType : uint8_t { kRecord = 'R', kIntegers = 'I', kTexts = 'T', kHeader = 'H' };
+
+constexpr bool IsValueType(uint8_t byte) { return byte == 'R' || byte == 'I' || byte == 'T' || byte == 'H'; }
+
+// A value in the file is its type in one byte, the payload, and a check over both.
+struct Value {
+  ValueType type = ValueType::kRecord;
+  std::span<const std::byte> payload;
+
+  std::string_view text() const { return {reinterpret_cast<const char *>(payload.data()), payload.size()}; }
+};
+
+inline constexpr size_t kCheckBytes = 4;
+inline constexpr size_t kValueOverhead = 1 + kCheckBytes;
+
+uint32_t Check(std::span<const std::byte> typeAndPayload);
+
+}  // namespace platkit::snapshot
+
+#endif  // PLATKIT_SNAPSHOT_FORMAT_H

@@ -1,0 +1,150 @@
+#include "platkit/snapshot/snapshot_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+
+namespace platkit::snapshot {
+namespace {
+
+// The version record's head, key, and a value of at least one byte.
+constexpr uint32_t kShortestFile = kContentsBytes + kRecordHead + static_cast<uint32_t>(kVersionKey.size()) + 1;
+
+HVC_ReturnStatus OpenStatus(int error) {
+  switch (error) {
+    case ENOENT:
+    case ENOTDIR: return HVC_NOT_FOUND;
+    case EACCES:
+    case EPERM: return HVC_NO_PERMISSION;
+    case ENXIO:
+    case ENODEV: return HVC_NOT_A_SNAPSHOT;  // a socket, or a device without a driver
+    case ENOMEM: return HVC_NO_MEMORY;
+    default: return HVC_IO_ERROR;
+  }
+}
+
+}  // namespace
+
+SnapshotFile::~SnapshotFile() {
+  if (cdb_.cdb_mem != nullptr) cdb_free(&cdb_);
+}
+
+HVC_ReturnStatus SnapshotFile::Open(const char *path) {
+  // Without O_NONBLOCK, a named pipe would hold the caller until somebody writes to it.
+  const int fd = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (fd < 0) return OpenStatus(errno);
+  HVC_ReturnStatus status = HVC_OK;
+  struct stat info;
+  if (fstat(fd, &info) != 0) {
+    status = HVC_IO_ERROR;
+  } else if (!S_ISREG(info.st_mode) || info.st_size < kShortestFile) {
+    status = HVC_NOT_A_SNAPSHOT;
+  } else if (cdb_init(&cdb_, fd) != 0) {
+    status = OpenStatus(errno);
+  }
+  close(fd);
+  if (status == HVC_OK) status = CheckVersion();
+  if (status != HVC_OK) return status;
+  if (static_cast<uint64_t>(info.st_size) > kMostFileBytes || !IndexIsChained()) return HVC_SNAPSHOT_DAMAGED;
+  return ReadHeader();
+}
+
+HVC_ReturnStatus SnapshotFile::CheckVersion() const {
+  const uint32_t keyLength = Integer(kContentsBytes);
+  const uint32_t valueLength = Integer(kContentsBytes + 4);
+  const auto *key = reinterpret_cast<const char *>(cdb_.cdb_mem) + kContentsBytes + kRecordHead;
+  if (keyLength != kVersionKey.size() || std::memcmp(key, kVersionKey.data(), kVersionKey.size()) != 0) {
+    return HVC_NOT_A_SNAPSHOT;
+  }
+  const char *digits = key + keyLength;
+  const auto room = static_cast<size_t>(reinterpret_cast<const char *>(cdb_.cdb_mem) + cdb_.cdb_fsize - digits);
+  if (valueLength == 0 || valueLength > room) return HVC_SNAPSHOT_DAMAGED;
+  uint32_t version = 0;
+  const auto parsed = std::from_chars(digits, digits + valueLength, version);
+  if (parsed.ec != std::errc() || parsed.ptr != digits + valueLength || version == 0) return HVC_SNAPSHOT_DAMAGED;
+  return version > kVersion ? HVC_SNAPSHOT_TOO_NEW : HVC_OK;
+}
+
+// Each table begins where the one before it ends, the first at the end of the records, and the last ends with the file:
+// a file that was cut short, or continued, does not pass.
+bool SnapshotFile::IndexIsChained() const {
+  uint64_t end = Integer(0);
+  if (end < kShortestFile || end != cdb_.cdb_dend) return false;
+  for (uint32_t table = 0; table < kTables; ++table) {
+    if (Integer(table * 8) != end) return false;
+    end += uint64_t{Integer(table * 8 + 4)} * kSlotBytes;
+    if (end > cdb_.cdb_fsize) return false;
+  }
+  return end == cdb_.cdb_fsize;
+}
+
+HVC_ReturnStatus SnapshotFile::ReadHeader() {
+  HVC_ReturnStatus status = ReadHeaderText(kSignatureKey, header_.definitions.signature);
+  if (status == HVC_OK) status = ReadHeaderText(kBuildKey, header_.definitions.build);
+  if (status == HVC_OK) status = ReadHeaderText(kHostKey, header_.host);
+  if (status == HVC_OK) status = ReadHeaderText(kTimeKey, header_.time);
+  return status;
+}
+
+HVC_ReturnStatus SnapshotFile::ReadHeaderText(std::string_view key, std::string &text) {
+  Value value;
+  if (Find(key, value) != HVC_OK) return HVC_SNAPSHOT_DAMAGED;
+  if (value.type != ValueType::kHeader || value.payload.size() > kMostHeaderText) return HVC_SNAPSHOT_DAMAGED;
+  if (value.text().find('\0') != std::string_view::npos) return HVC_SNAPSHOT_DAMAGED;
+  text = value.text();
+  return HVC_OK;
+}
+
+HVC_ReturnStatus SnapshotFile::Find(std::string_view key, Value &value) {
+  const int found = cdb_find(&cdb_, key.data(), static_cast<unsigned>(key.size()));
+  if (found == 0) return HVC_NOT_FOUND;
+  if (found < 0) return HVC_SNAPSHOT_DAMAGED;
+  const auto *bytes = reinterpret_cast<const std::byte *>(cdb_.cdb_mem) + cdb_datapos(&cdb_);
+  return Decode({bytes, cdb_datalen(&cdb_)}, value);
+}
+
+HVC_ReturnStatus SnapshotFile::Decode(std::span<const std::byte> bytes, Value &value) {
+  if (bytes.size() < kValueOverhead) return HVC_SNAPSHOT_DAMAGED;
+  const auto checked = bytes.first(bytes.size() - kCheckBytes);
+  const uint32_t check = cdb_unpack(reinterpret_cast<const unsigned char *>(bytes.data()) + checked.size());
+  if (Check(checked) != check || !IsValueType(std::to_integer<uint8_t>(bytes[0]))) return HVC_SNAPSHOT_DAMAGED;
+  value = {.type = static_cast<ValueType>(bytes[0]), .payload = checked.subspan(1)};
+  return HVC_OK;
+}
+
+HVC_ReturnStatus SnapshotFile::FindPosition(std::string_view key, uint32_t &position) {
+  const int found = cdb_find(&cdb_, key.data(), static_cast<unsigned>(key.size()));
+  if (found < 0) return HVC_SNAPSHOT_DAMAGED;
+  position = found == 0 ? 0 : cdb_keypos(&cdb_) - kRecordHead;
+  return HVC_OK;
+}
+
+uint64_t SnapshotFile::CountUsedSlots() const {
+  uint64_t used = 0;
+  for (uint32_t slot = cdb_.cdb_dend; slot < cdb_.cdb_fsize; slot += kSlotBytes) {
+    if (Integer(slot + 4) != 0) ++used;
+  }
+  return used;
+}
+
+HVC_ReturnStatus SnapshotFile::Cursor::Next() {
+  const uint32_t end = file_.cdb_.cdb_dend;
+  if (next_ == end) return HVC_NOT_FOUND;
+  if (end - next_ < kRecordHead) return HVC_SNAPSHOT_DAMAGED;
+  const uint32_t room = end - next_ - kRecordHead;
+  const uint32_t keyLength = file_.Integer(next_);
+  const uint32_t valueLength = file_.Integer(next_ + 4);
+  if (keyLength > room || valueLength > room - keyLength) return HVC_SNAPSHOT_DAMAGED;
+  position_ = next_;
+  const auto *record = file_.cdb_.cdb_mem + next_ + kRecordHead;
+  key_ = {reinterpret_cast<const char *>(record), keyLength};
+  bytes_ = {reinterpret_cast<const std::byte *>(record) + keyLength, valueLength};
+  next_ += kRecordHead + keyLength + valueLength;
+  return HVC_OK;
+}
+
+}  // namespace platkit::snapshot

@@ -1,0 +1,86 @@
+// A snapshot file, mapped and never loaded: a look-up touches a few cache lines, whatever the size of the file.
+//
+// The file may come from anyone. Every position and length in it is checked before use, and every value's check when it
+// is read; nothing that stands in it can lead outside it.
+#ifndef PLATKIT_SNAPSHOT_SNAPSHOT_FILE_H
+#define PLATKIT_SNAPSHOT_SNAPSHOT_FILE_H
+
+#include <cdb.h>
+
+#include <string>
+#include <string_view>
+
+#include "platkit/catalogue.h"
+#include "platkit/snapshot/format.h"
+#include "platkit/status.h"
+
+namespace platkit::snapshot {
+
+struct Header {
+  Definitions definitions;
+  std::string host;
+  std::string time;  // in UTC, as 2026-03-14T09:26:53Z
+};
+
+class SnapshotFile {
+ public:
+  SnapshotFile() = default;
+  ~SnapshotFile();
+  SnapshotFile(const SnapshotFile &) = delete;
+  SnapshotFile &operator=(const SnapshotFile &) = delete;
+
+  // Opens the file and checks what tells whether it is a snapshot, and whole: the version, the chain of its hash tables
+  // and the header. The time that takes does not grow with the file. Statuses as for NODAL_UseCache.
+  [[nodiscard]] HVC_ReturnStatus Open(const char *path);
+
+  const Header &header() const { return header_; }
+
+  // The value stored under `key`, good for as long as this object. HVC_NOT_FOUND, HVC_SNAPSHOT_DAMAGED.
+  [[nodiscard]] HVC_ReturnStatus Find(std::string_view key, Value &value);
+
+  // Reads the records in the order in which they stand in the file.
+  class Cursor {
+   public:
+    explicit Cursor(const SnapshotFile &file) : file_(file) {}
+
+    // Goes to the next record, at first to the file's first. HVC_NOT_FOUND: there is none. HVC_SNAPSHOT_DAMAGED: the
+    // record does not fit where the records are; none can be told behind it.
+    [[nodiscard]] HVC_ReturnStatus Next();
+
+    std::string_view key() const { return key_; }
+    uint32_t position() const { return position_; }
+
+    // HVC_SNAPSHOT_DAMAGED: the value is not what was written.
+    [[nodiscard]] HVC_ReturnStatus Read(Value &value) const { return Decode(bytes_, value); }
+
+    // The version record's value has no type and no check.
+    std::span<const std::byte> bytes() const { return bytes_; }
+
+   private:
+    const SnapshotFile &file_;
+    uint32_t position_ = 0;
+    uint32_t next_ = kContentsBytes;
+    std::string_view key_;
+    std::span<const std::byte> bytes_;
+  };
+
+  // The index, for those who verify it. A look-up for `key` ends at the record at `position`, or at 0 if there is none.
+  [[nodiscard]] HVC_ReturnStatus FindPosition(std::string_view key, uint32_t &position);
+  uint64_t CountUsedSlots() const;
+
+ private:
+  static HVC_ReturnStatus Decode(std::span<const std::byte> bytes, Value &value);
+
+  uint32_t Integer(uint32_t position) const { return cdb_unpack(cdb_.cdb_mem + position); }
+  HVC_ReturnStatus CheckVersion() const;
+  bool IndexIsChained() const;
+  HVC_ReturnStatus ReadHeader();
+  HVC_ReturnStatus ReadHeaderText(std::string_view key, std::string &text);
+
+  cdb cdb_ = CDB_STATIC_INIT;
+  Header header_;
+};
+
+}  // namespace platkit::snapshot
+
+#endif  // PLATKIT_SNAPSHOT_SNAPSHOT_FILE_H

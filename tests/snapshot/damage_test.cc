@@ -1,0 +1,108 @@
+// Cut and overwritten snapshots: whatever happened to the file, a read gives what was written or a status.
+#include "tests/snapshot/scratch.h"
+#include "tests/snapshot/small_host.h"
+
+namespace platkit::snapshot {
+namespace {
+
+class Damage : public testing::Test {
+ protected:
+  Damage() {
+    WriteSmallHost(scratch_.Path("whole"));
+    whole_ = Contents(scratch_.Path("whole"));
+  }
+
+  // Opens and reads the bytes as a snapshot; the status is that of the opening.
+  HVC_ReturnStatus Check(const std::string &bytes) {
+    std::unique_ptr<Source> source;
+    const HVC_ReturnStatus status = OpenSnapshot(scratch_.Write("damaged", bytes).c_str(), source);
+    if (status == HVC_OK) {
+      const SmallHost host = ReadSmallHost(*source);
+      EXPECT_TRUE(!host.groupName || host.groupName == kSmallHost.groupName);
+      EXPECT_TRUE(!host.numVMs || host.numVMs == kSmallHost.numVMs);
+      EXPECT_TRUE(!host.groups || host.groups == kSmallHost.groups);
+      EXPECT_TRUE(!host.heaps || host.heaps == kSmallHost.heaps);
+      anythingLost_ = host != kSmallHost;
+    }
+    // Going through the whole file ends, too.
+    SnapshotFile file;
+    if (file.Open(scratch_.Path("damaged").c_str()) == HVC_OK) {
+      static_cast<void>(file.CountUsedSlots());
+      SnapshotFile::Cursor cursor(file);
+      Value value;
+      while (cursor.Next() == HVC_OK)
+        static_cast<void>(cursor.Read(value));
+    }
+    return status;
+  }
+
+  uint32_t EndOfRecords() const { return cdb_unpack(reinterpret_cast<const unsigned char *>(whole_.data())); }
+
+  Scratch scratch_;
+  std::string whole_;
+  bool anythingLost_ = false;
+};
+
+TEST_F(Damage, CutAtEveryLength) {
+  ASSERT_EQ(Check(whole_), HVC_OK);
+  ASSERT_FALSE(anythingLost_);
+  // Up to the version, nothing tells that it ever was a snapshot.
+  const size_t identified = 2048 + 8 + kVersionKey.size() + 1;
+  for (size_t length = 0; length < whole_.size(); ++length) {
+    ASSERT_EQ(Check(whole_.substr(0, length)), length < identified ? HVC_NOT_A_SNAPSHOT : HVC_SNAPSHOT_DAMAGED)
+        << length;
+  }
+}
+
+TEST_F(Damage, ContinuedBeyondItsEnd) {
+  EXPECT_EQ(Check(whole_ + '\0'), HVC_SNAPSHOT_DAMAGED);
+  EXPECT_EQ(Check(whole_ + std::string(8, '\0')), HVC_SNAPSHOT_DAMAGED);
+  EXPECT_EQ(Check(whole_ + whole_), HVC_SNAPSHOT_DAMAGED);
+}
+
+TEST_F(Damage, EveryByteOfTheTableOfContents) {
+  for (size_t i = 0; i < 2048; ++i) {
+    for (const unsigned flip : {0x01u, 0x80u, 0xffu}) {
+      std::string bytes = whole_;
+      bytes[i] = static_cast<char>(static_cast<unsigned char>(bytes[i]) ^ flip);
+      ASSERT_EQ(Check(bytes), HVC_SNAPSHOT_DAMAGED) << i;
+    }
+  }
+}
+
+TEST_F(Damage, EveryByteOfTheRecords) {
+  for (size_t i = 2048; i < EndOfRecords(); ++i) {
+    for (const unsigned flip : {0x01u, 0x80u, 0xffu}) {
+      std::string bytes = whole_;
+      bytes[i] = static_cast<char>(static_cast<unsigned char>(bytes[i]) ^ flip);
+      const HVC_ReturnStatus status = Check(bytes);
+      ASSERT_TRUE(status != HVC_OK || anythingLost_) << "byte " << i << " may be anything";
+    }
+  }
+}
+
+TEST_F(Damage, EveryByteOfTheHashTables) {
+  for (size_t i = EndOfRecords(); i < whole_.size(); ++i) {
+    for (const unsigned flip : {0x01u, 0x80u, 0xffu}) {
+      std::string bytes = whole_;
+      bytes[i] = static_cast<char>(static_cast<unsigned char>(bytes[i]) ^ flip);
+      // An overwritten empty slot does no harm; a used one takes its record away.
+      const HVC_ReturnStatus status = Check(bytes);
+      ASSERT_TRUE(status == HVC_OK || status == HVC_SNAPSHOT_DAMAGED) << i;
+    }
+  }
+}
+
+TEST_F(Damage, ManyBytesAtOnce) {
+  uint32_t state = 12345;
+  const auto random = [&state] { return state = state * 1664525 + 1013904223, state >> 8; };
+  for (int round = 0; round < 2000; ++round) {
+    std::string bytes = whole_;
+    for (uint32_t n = random() % 64; n > 0; --n)
+      bytes[2048 + random() % (bytes.size() - 2048)] = static_cast<char>(random());
+    Check(bytes);
+  }
+}
+
+}  // namespace
+}  // namespace platkit::snapshot
