@@ -14,6 +14,9 @@ inline constexpr std::string_view kVersionKey = "nodal-snapshot";
 inline constexpr uint32_t kVersion = 1;
 inline constexpr std::string_view kVersionText = "1";
 
+// The second record: a check of each hash table, so that what is absent can be told from what was lost.
+inline constexpr std::string_view kIndexCheckKey = "index-check";
+
 // The keys of the header. Those of nodes begin with a slash.
 inline constexpr std::string_view kSignatureKey = "signature";
 inline constexpr std::string_view kBuildKey = "build";
@@ -30,8 +33,9 @@ inline constexpr uint32_t kRecordHead = 8;  // the lengths of key and value
 inline constexpr uint32_t kSlotBytes = 8;
 inline constexpr uint64_t kMostFileBytes = UINT32_MAX;
 
-enum class ValueType : uint8_t { kRecord = 'R', kIntegers = 'I', kTexts = 'T', kHeader = 'H' };
+enum class ValueType : uint8_t { kRecord = 'R', kIntegers = 'I', kTexts = 'T', kHeader = 'H', kChecks = 'C' };
 
+// The types of entries; the checks of the index are no entry.
 constexpr bool IsValueType(uint8_t byte) { return byte == 'R' || byte == 'I' || byte == 'T' || byte == 'H'; }
 
 // A value in the file is its type in one byte, the payload, and a check over both.
@@ -45,7 +49,15 @@ struct Value {
 inline constexpr size_t kCheckBytes = 4;
 inline constexpr size_t kValueOverhead = 1 + kCheckBytes;
 
-uint32_t Check(std::span<const std::byte> typeAndPayload);
+// Where the second record stands, and how long its value is.
+inline constexpr uint32_t kIndexCheckPosition =
+    kContentsBytes + kRecordHead + static_cast<uint32_t>(kVersionKey.size() + kVersionText.size());
+inline constexpr uint32_t kIndexCheckValue =
+    kIndexCheckPosition + kRecordHead + static_cast<uint32_t>(kIndexCheckKey.size());
+inline constexpr uint32_t kIndexCheckBytes = kTables * 4 + kValueOverhead;
+
+// The check of a value's type and payload, or of a hash table.
+uint32_t Check(std::span<const std::byte> bytes);
 
 }  // namespace platkit::snapshot
 

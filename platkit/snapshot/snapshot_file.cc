@@ -49,7 +49,8 @@ HVC_ReturnStatus SnapshotFile::Open(const char *path) {
   close(fd);
   if (status == HVC_OK) status = CheckVersion();
   if (status != HVC_OK) return status;
-  if (static_cast<uint64_t>(info.st_size) > kMostFileBytes || !IndexIsChained()) return HVC_SNAPSHOT_DAMAGED;
+  if (static_cast<uint64_t>(info.st_size) > kMostFileBytes) return HVC_SNAPSHOT_DAMAGED;
+  if (!IndexIsChained() || !IndexCheckIsWhole()) return HVC_SNAPSHOT_DAMAGED;
   return ReadHeader();
 }
 
@@ -82,6 +83,51 @@ bool SnapshotFile::IndexIsChained() const {
   return end == cdb_.cdb_fsize;
 }
 
+bool SnapshotFile::IndexCheckIsWhole() const {
+  if (cdb_.cdb_dend < kIndexCheckValue + kIndexCheckBytes) return false;
+  if (Integer(kIndexCheckPosition) != kIndexCheckKey.size()) return false;
+  if (Integer(kIndexCheckPosition + 4) != kIndexCheckBytes) return false;
+  const auto *key = cdb_.cdb_mem + kIndexCheckPosition + kRecordHead;
+  const uint32_t checked = kIndexCheckBytes - kCheckBytes;
+  return std::memcmp(key, kIndexCheckKey.data(), kIndexCheckKey.size()) == 0 &&
+         cdb_.cdb_mem[kIndexCheckValue] == static_cast<unsigned char>(ValueType::kChecks) &&
+         Check(Bytes(kIndexCheckValue, checked)) == Integer(kIndexCheckValue + checked);
+}
+
+// Each table is looked at once, when the first look-up in it finds nothing.
+bool SnapshotFile::TableIsWhole(uint32_t table) {
+  if (tablesChecked_[table]) return true;
+  const uint32_t slots = Integer(table * 8 + 4);
+  const auto bytes = Bytes(Integer(table * 8), slots * kSlotBytes);
+  tablesChecked_[table] = Check(bytes) == Integer(kIndexCheckValue + 1 + table * 4);
+  return tablesChecked_[table];
+}
+
+// A look-up that finds nothing may have met an overwritten slot, or an overwritten key. The table's check tells the
+// one; that each record met on the way has a key of its slot's hash, the other.
+bool SnapshotFile::IsReallyAbsent(std::string_view key) {
+  const uint32_t hash = cdb_hash(key.data(), static_cast<unsigned>(key.size()));
+  const uint32_t table = hash % kTables;
+  if (!TableIsWhole(table)) return false;
+  const uint32_t position = Integer(table * 8);
+  const uint32_t slots = Integer(table * 8 + 4);
+  for (uint32_t i = 0; i < slots; ++i) {
+    const uint32_t slot = position + (hash / kTables + i) % slots * kSlotBytes;
+    const uint32_t record = Integer(slot + 4);
+    if (record == 0) break;
+    if (Integer(slot) != hash) continue;
+    if (record > cdb_.cdb_dend - kRecordHead) return false;
+    const uint32_t length = Integer(record);
+    if (length > cdb_.cdb_dend - kRecordHead - record) return false;
+    if (cdb_hash(cdb_.cdb_mem + record + kRecordHead, length) != hash) return false;
+  }
+  return true;
+}
+
+std::span<const std::byte> SnapshotFile::Bytes(uint32_t position, uint32_t size) const {
+  return {reinterpret_cast<const std::byte *>(cdb_.cdb_mem) + position, size};
+}
+
 HVC_ReturnStatus SnapshotFile::ReadHeader() {
   HVC_ReturnStatus status = ReadHeaderText(kSignatureKey, header_.definitions.signature);
   if (status == HVC_OK) status = ReadHeaderText(kBuildKey, header_.definitions.build);
@@ -101,10 +147,9 @@ HVC_ReturnStatus SnapshotFile::ReadHeaderText(std::string_view key, std::string 
 
 HVC_ReturnStatus SnapshotFile::Find(std::string_view key, Value &value) {
   const int found = cdb_find(&cdb_, key.data(), static_cast<unsigned>(key.size()));
-  if (found == 0) return HVC_NOT_FOUND;
+  if (found == 0) return IsReallyAbsent(key) ? HVC_NOT_FOUND : HVC_SNAPSHOT_DAMAGED;
   if (found < 0) return HVC_SNAPSHOT_DAMAGED;
-  const auto *bytes = reinterpret_cast<const std::byte *>(cdb_.cdb_mem) + cdb_datapos(&cdb_);
-  return Decode({bytes, cdb_datalen(&cdb_)}, value);
+  return Decode(Bytes(cdb_datapos(&cdb_), cdb_datalen(&cdb_)), value);
 }
 
 HVC_ReturnStatus SnapshotFile::Decode(std::span<const std::byte> bytes, Value &value) {
@@ -121,6 +166,13 @@ HVC_ReturnStatus SnapshotFile::FindPosition(std::string_view key, uint32_t &posi
   if (found < 0) return HVC_SNAPSHOT_DAMAGED;
   position = found == 0 ? 0 : cdb_keypos(&cdb_) - kRecordHead;
   return HVC_OK;
+}
+
+bool SnapshotFile::TablesAreWhole() {
+  for (uint32_t table = 0; table < kTables; ++table) {
+    if (!TableIsWhole(table)) return false;
+  }
+  return true;
 }
 
 uint64_t SnapshotFile::CountUsedSlots() const {

@@ -7,6 +7,7 @@
 
 #include <cdb.h>
 
+#include <bitset>
 #include <string>
 #include <string_view>
 
@@ -35,16 +36,17 @@ class SnapshotFile {
 
   const Header &header() const { return header_; }
 
-  // The value stored under `key`, good for as long as this object. HVC_NOT_FOUND, HVC_SNAPSHOT_DAMAGED.
+  // The value stored under `key`, good for as long as this object. HVC_NOT_FOUND: the file was written without it.
+  // HVC_SNAPSHOT_DAMAGED: its value, or what leads to it, is not what was written.
   [[nodiscard]] HVC_ReturnStatus Find(std::string_view key, Value &value);
 
-  // Reads the records in the order in which they stand in the file.
+  // Reads the entries in the order in which they stand in the file, the version and the checks of the index aside.
   class Cursor {
    public:
     explicit Cursor(const SnapshotFile &file) : file_(file) {}
 
-    // Goes to the next record, at first to the file's first. HVC_NOT_FOUND: there is none. HVC_SNAPSHOT_DAMAGED: the
-    // record does not fit where the records are; none can be told behind it.
+    // Goes to the next entry, at first to the file's first. HVC_NOT_FOUND: there is none. HVC_SNAPSHOT_DAMAGED: the
+    // entry does not fit where the records are; none can be told behind it.
     [[nodiscard]] HVC_ReturnStatus Next();
 
     std::string_view key() const { return key_; }
@@ -53,19 +55,17 @@ class SnapshotFile {
     // HVC_SNAPSHOT_DAMAGED: the value is not what was written.
     [[nodiscard]] HVC_ReturnStatus Read(Value &value) const { return Decode(bytes_, value); }
 
-    // The version record's value has no type and no check.
-    std::span<const std::byte> bytes() const { return bytes_; }
-
    private:
     const SnapshotFile &file_;
     uint32_t position_ = 0;
-    uint32_t next_ = kContentsBytes;
+    uint32_t next_ = kIndexCheckValue + kIndexCheckBytes;
     std::string_view key_;
     std::span<const std::byte> bytes_;
   };
 
   // The index, for those who verify it. A look-up for `key` ends at the record at `position`, or at 0 if there is none.
   [[nodiscard]] HVC_ReturnStatus FindPosition(std::string_view key, uint32_t &position);
+  bool TablesAreWhole();
   uint64_t CountUsedSlots() const;
 
  private:
@@ -74,10 +74,15 @@ class SnapshotFile {
   uint32_t Integer(uint32_t position) const { return cdb_unpack(cdb_.cdb_mem + position); }
   HVC_ReturnStatus CheckVersion() const;
   bool IndexIsChained() const;
+  bool IndexCheckIsWhole() const;
+  bool TableIsWhole(uint32_t table);
+  bool IsReallyAbsent(std::string_view key);
+  std::span<const std::byte> Bytes(uint32_t position, uint32_t size) const;
   HVC_ReturnStatus ReadHeader();
   HVC_ReturnStatus ReadHeaderText(std::string_view key, std::string &text);
 
   cdb cdb_ = CDB_STATIC_INIT;
+  std::bitset<kTables> tablesChecked_;
   Header header_;
 };
 

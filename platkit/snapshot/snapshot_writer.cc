@@ -59,7 +59,7 @@ class Draft {
 
     for (int i = 0; i < kMostTries; ++i) {
       const std::string path = target_ + ".new-" + std::to_string(arc4random());
-      fd_ = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
+      fd_ = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
       if (fd_ >= 0) path_ = path;
       if (fd_ >= 0 || errno != EEXIST) break;
     }
@@ -91,6 +91,32 @@ class Draft {
   std::string path_;
   int fd_ = -1;
 };
+
+bool ReadAt(int fd, std::span<unsigned char> bytes, uint64_t position) {
+  while (!bytes.empty()) {
+    const ssize_t count = pread(fd, bytes.data(), bytes.size(), static_cast<off_t>(position));
+    if (count <= 0) return false;
+    bytes = bytes.subspan(static_cast<size_t>(count));
+    position += static_cast<uint64_t>(count);
+  }
+  return true;
+}
+
+// Takes the checks of the hash tables, which are known only now, and puts them where the second record has left room.
+bool WriteIndexCheck(int fd) {
+  unsigned char contents[kContentsBytes];
+  if (!ReadAt(fd, contents, 0)) return false;
+  unsigned char value[kIndexCheckBytes] = {static_cast<unsigned char>(ValueType::kChecks)};
+  std::vector<unsigned char> slots;
+  for (uint32_t table = 0; table < kTables; ++table) {
+    slots.resize(uint64_t{cdb_unpack(contents + table * 8 + 4)} * kSlotBytes);
+    if (!ReadAt(fd, slots, cdb_unpack(contents + table * 8))) return false;
+    cdb_pack(Check(std::as_bytes(std::span(slots))), value + 1 + table * 4);
+  }
+  constexpr size_t kChecked = sizeof value - kCheckBytes;
+  cdb_pack(Check(std::as_bytes(std::span(value)).first(kChecked)), value + kChecked);
+  return pwrite(fd, value, sizeof value, kIndexCheckValue) == sizeof value;
+}
 
 }  // namespace
 
@@ -156,6 +182,8 @@ bool SnapshotWriter::WriteDatabase(int fd) const {
   if (cdb_make_start(&database, fd) != 0) return false;
   bool ok =
       cdb_make_add(&database, kVersionKey.data(), kVersionKey.size(), kVersionText.data(), kVersionText.size()) == 0;
+  const char noChecks[kIndexCheckBytes] = {};
+  ok = ok && cdb_make_add(&database, kIndexCheckKey.data(), kIndexCheckKey.size(), noChecks, sizeof noChecks) == 0;
   for (const Entry &entry : entries_) {
     if (!ok) break;
     const char *key = bytes_.data() + entry.start;
@@ -165,7 +193,7 @@ bool SnapshotWriter::WriteDatabase(int fd) const {
   const int failure = errno;
   const bool finished = cdb_make_finish(&database) == 0;
   if (!ok) errno = failure;
-  return ok && finished;
+  return ok && finished && WriteIndexCheck(fd);
 }
 
 }  // namespace platkit::snapshot

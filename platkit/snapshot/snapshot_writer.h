@@ -57,7 +57,7 @@ class SnapshotWriter {
   std::string bytes_;
   std::vector<Entry> entries_;
   uint64_t fileBytes_ =
-      kContentsBytes + kRecordHead + kVersionKey.size() + kVersionText.size() + 2 * uint64_t{kSlotBytes};
+      uint64_t{kIndexCheckValue} + kIndexCheckBytes + 2 * (2 * uint64_t{kSlotBytes});  // the first two records
 };
 
 }  // namespace platkit::snapshot
