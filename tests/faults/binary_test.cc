@@ -1,0 +1,66 @@
+// The executable itself: what it needs, and what it shows to others.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include "tests/support/process.h"
+#include "tests/support/text.h"
+
+namespace faults {
+namespace {
+
+using testing_support::Lines;
+using testing_support::Outcome;
+using testing_support::Words;
+
+struct Symbol {
+  std::string size;
+  std::string kind;
+};
+
+// The symbols that kestrel defines for others.
+std::map<std::string, Symbol> ExportedSymbols() {
+  const Outcome outcome = testing_support::Run(
+      {.program = "/usr/bin/env", .arguments = {"nm", "-D", "-S", "-t", "d", "--defined-only", KESTREL_PROGRAM}});
+  EXPECT_EQ(outcome.exitStatus, 0) << outcome;
+  std::map<std::string, Symbol> symbols;
+  for (const std::string &line : Lines(outcome.output)) {
+    const std::vector<std::string> words = Words(line);
+    if (words.size() == 4) symbols[words[3]] = {words[1], words[2]};
+  }
+  return symbols;
+}
+
+TEST(Binary, ShowsTheStatusTexts) {
+  const std::map<std::string, Symbol> symbols = ExportedSymbols();
+  ASSERT_TRUE(symbols.contains("HVC_ReturnStatusToString"));
+  EXPECT_EQ(symbols.at("HVC_ReturnStatusToString").kind, "T");
+  ASSERT_TRUE(symbols.contains("returnStatusStrs"));
+#if !defined(__SANITIZE_ADDRESS__)  // which adds to the size of every object
+  EXPECT_EQ(std::stoul(symbols.at("returnStatusStrs").size), 355 * sizeof(const char *));
+#endif
+}
+
+#if !defined(__SANITIZE_ADDRESS__)
+TEST(Binary, NeedsThePlatformLibraryAndTheLanguagesOwn) {
+  const Outcome outcome =
+      testing_support::Run({.program = "/usr/bin/env", .arguments = {"readelf", "-d", KESTREL_PROGRAM}});
+  ASSERT_EQ(outcome.exitStatus, 0) << outcome;
+  std::set<std::string> libraries;
+  for (const std::string &line : Lines(outcome.output)) {
+    const size_t name = line.find("Shared library: [");
+    if (name != line.npos) libraries.insert(line.substr(name + 17, line.find(']') - name - 17));
+  }
+  EXPECT_TRUE(libraries.contains("libplatkit.so.1"));
+  for (const char *expected : {"libplatkit.so.1", "libc.so.6", "libstdc++.so.6", "libgcc_s.so.1", "libm.so.6"}) {
+    libraries.erase(expected);
+  }
+  EXPECT_TRUE(libraries.empty()) << *libraries.begin();
+}
+#endif
+
+}  // namespace
+}  // namespace faults

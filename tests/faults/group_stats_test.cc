@@ -1,0 +1,486 @@
+// The walk over the groups and the reads of each, with every way in which they fail.
+#include "tests/faults/hosts.h"
+#include "tests/faults/report_case.h"
+
+namespace faults {
+namespace {
+
+constexpr char kNoWalkList[] = "KestrelGroupNodalGet: NODAL_ParamListCreate() failure\n";
+constexpr char kAddFailed[] = "KestrelGroupNodalGet: NODAL_ParamListAddInt() faiure, error code: ";
+
+// A run over the small host, one column in CSV, with calls that fail.
+ReportCase Gids(const char *name, const std::vector<Fault> &faults, const std::string &output,
+                const std::string &errors, int exitStatus) {
+  StandinHost host = SmallHost();
+  for (const Fault &fault : faults)
+    host.Fail(fault);
+  return {name, host, {"-r", "group-stats", "-q", "-s", "gid"}, output, errors, exitStatus};
+}
+
+class GroupStats : public testing::TestWithParam<ReportCase> {};
+
+TEST_P(GroupStats, AnswersAs) { Check(GetParam()); }
+
+// The walk's own calls. They come in the order 0, 1, 4, 5, 7.
+
+constexpr char kList[] = "NODAL_GetInstanceListAlloc";
+constexpr char kCreate[] = "NODAL_ParamListCreate";
+constexpr char kAdd[] = "NODAL_ParamListAddInt";
+constexpr char kGet[] = "NODAL_Get";
+constexpr char kGetInt64[] = "NODAL_ParamListGetInt64";
+constexpr char kRemove[] = "NODAL_ParamListRemoveLastParam";
+
+INSTANTIATE_TEST_SUITE_P(
+    WalkAtTheStartGroup, GroupStats,
+    testing::Values(Gids("NoArgumentList", {{.operation = kCreate, .call = 1}}, "gid\n", kNoWalkList, 1),
+                    Gids("NoArgument", {{.operation = kAdd, .call = 1}}, "gid\n",
+                         "KestrelTraverseGroups: NODAL_ParamListAddInt() failure: Failure\n", 1),
+                    Gids("NoArgumentNotFound", {{.operation = kAdd, .call = 1, .status = 0x0bad0003}}, "gid\n",
+                         "KestrelTraverseGroups: NODAL_ParamListAddInt() failure: Not found\n", 1),
+                    Gids("NotFound", {{.operation = kList, .call = 1, .status = 0x0bad0003}}, "gid\n", "", 1),
+                    Gids("Failure", {{.operation = kList, .call = 1}}, "gid\n",
+                         "KestrelTraverseGroups: NODAL_GetInstanceListAlloc failure: Failure\n", 1),
+                    Gids("NotInitialized", {{.operation = kList, .call = 1, .status = 0x0bad0031}}, "gid\n",
+                         "KestrelTraverseGroups: NODAL_GetInstanceListAlloc failure: Not initialized\n", 1),
+                    Gids("BaseOfTheStatuses", {{.operation = kList, .call = 1, .status = 0x0bad0000}}, "gid\n",
+                         "KestrelTraverseGroups: NODAL_GetInstanceListAlloc failure: Unknown status\n", 1),
+                    Gids("ConsoleStatus", {{.operation = kList, .call = 1, .status = 0x2bad0000}}, "gid\n",
+                         "KestrelTraverseGroups: NODAL_GetInstanceListAlloc failure: Opaque service console status\n",
+                         1),
+                    Gids("BareIndex", {{.operation = kList, .call = 1, .status = 4}}, "gid\n",
+                         "KestrelTraverseGroups: NODAL_GetInstanceListAlloc failure: Busy\n", 1)),
+    NameOf<ReportCase>);
+
+INSTANTIATE_TEST_SUITE_P(
+    WalkBelowTheStartGroup, GroupStats,
+    testing::Values(
+        Gids("AVanishedGroup", {{.operation = kList, .call = 2, .status = 0x0bad0003}}, "gid\n0\n4\n5\n7\n", "", 0),
+        Gids("AVanishedParent", {{.operation = kList, .call = 3, .status = 0x0bad0003}}, "gid\n0\n1\n7\n", "", 0),
+        Gids("TheLastVanished", {{.operation = kList, .call = 5, .status = 0x0bad0003}}, "gid\n0\n1\n4\n5\n", "", 0),
+        Gids("AFailure", {{.operation = kList, .call = 3}}, "gid\n0\n1\n7\n",
+             "KestrelTraverseGroups: NODAL_GetInstanceListAlloc failure: Failure\n", 0),
+        Gids("TheFirstIdIsUnreadable", {{.operation = kGetInt64, .call = 1}}, "gid\n0\n4\n5\n7\n", "", 0),
+        Gids("TheLastIdIsUnreadable", {{.operation = kGetInt64, .call = 4}}, "gid\n0\n1\n4\n5\n", "", 1),
+        Gids("TheLastIdIsNotFound", {{.operation = kGetInt64, .call = 4, .status = 0x0bad0003}}, "gid\n0\n1\n4\n5\n",
+             "", 1),
+        Gids("AnInnerLastIdIsUnreadable", {{.operation = kGetInt64, .call = 3}}, "gid\n0\n1\n4\n7\n", "", 0),
+        Gids("NoIdIsReadable", {{.operation = kGetInt64}}, "gid\n0\n", "", 1),
+        Gids("RemovalsFail", {{.operation = kRemove}}, "gid\n0\n1\n4\n5\n7\n", "", 0)),
+    NameOf<ReportCase>);
+
+// The reads of one group, in their order: the flags and then six records.
+
+// A read of the start group that fails.
+ReportCase AtStart(const char *name, const char *node, HVC_ReturnStatus status, const std::string &errors) {
+  return Gids(name, {{.operation = kGet, .node = node, .call = 1, .status = status}}, "gid\n", errors, 1);
+}
+
+// A read of group 4, the third in the walk, that fails.
+ReportCase Below(const char *name, const char *node, HVC_ReturnStatus status, const std::string &errors) {
+  return Gids(name, {{.operation = kGet, .node = node, .call = 3, .status = status}}, "gid\n0\n1\n7\n", errors, 0);
+}
+
+constexpr char kFlags[] = "sched_groups_groupFlags";
+constexpr char kName[] = "sched_groups_groupName";
+constexpr char kTag[] = "sched_groups_groupTag";
+constexpr char kParent[] = "sched_groups_parentGroupID";
+constexpr char kAlloc[] = "sched_groups_memAllocationInKB";
+constexpr char kCapacity[] = "sched_groups_stats_capacity";
+constexpr char kMemory[] = "sched_groups_stats_memoryStats";
+
+constexpr HVC_ReturnStatus kNotFound = 0x0bad0003;
+constexpr HVC_ReturnStatus kNotInitialized = 0x0bad0031;
+
+INSTANTIATE_TEST_SUITE_P(
+    NotFound, GroupStats,
+    testing::Values(AtStart("Flags", kFlags, kNotFound, ""),
+                    AtStart("Name", kName, kNotFound, "Kestrel_GroupGetName() failure, error code: 195887107\n"),
+                    AtStart("Tag", kTag, kNotFound, "Kestrel_GroupGetTag() failure, error code: 195887107\n"),
+                    AtStart("Parent", kParent, kNotFound, ""), AtStart("Alloc", kAlloc, kNotFound, ""),
+                    AtStart("Capacity", kCapacity, kNotFound, ""), AtStart("Memory", kMemory, kNotFound, ""),
+                    Below("FlagsBelow", kFlags, kNotFound, ""),
+                    Below("NameBelow", kName, kNotFound, "Kestrel_GroupGetName() failure, error code: 195887107\n"),
+                    Below("TagBelow", kTag, kNotFound, "Kestrel_GroupGetTag() failure, error code: 195887107\n"),
+                    Below("ParentBelow", kParent, kNotFound, ""), Below("AllocBelow", kAlloc, kNotFound, ""),
+                    Below("CapacityBelow", kCapacity, kNotFound, ""), Below("MemoryBelow", kMemory, kNotFound, "")),
+    NameOf<ReportCase>);
+
+INSTANTIATE_TEST_SUITE_P(
+    NotInitialized, GroupStats,
+    testing::Values(
+        AtStart("Flags", kFlags, kNotInitialized, ""),
+        AtStart("Name", kName, kNotInitialized, "Kestrel_GroupGetName() failure, error code: 195887153\n"),
+        AtStart("Tag", kTag, kNotInitialized, "Kestrel_GroupGetTag() failure, error code: 195887153\n"),
+        AtStart("Parent", kParent, kNotInitialized, "Kestrel_GroupGetParentID() failure, error code: 195887153\n"),
+        AtStart("Alloc", kAlloc, kNotInitialized, "Kestrel_GroupGetAlloc() failure, error code: 195887153\n"),
+        AtStart("Capacity", kCapacity, kNotInitialized, "KestrelGroupGetCapacity() failure, error code: 195887153\n"),
+        AtStart("Memory", kMemory, kNotInitialized, "KestrelGroupGetMemoryStats() failure, error code: 195887153\n"),
+        Below("FlagsBelow", kFlags, kNotInitialized, "")),
+    NameOf<ReportCase>);
+
+INSTANTIATE_TEST_SUITE_P(
+    Failure, GroupStats,
+    testing::Values(
+        AtStart("Flags", kFlags, 0x0bad0001, "Kestrel_GroupGetFlags() failure, error code: 195887105\n"),
+        AtStart("Name", kName, 0x0bad0001, "Kestrel_GroupGetName() failure, error code: 195887105\n"),
+        AtStart("Tag", kTag, 0x0bad0001, "Kestrel_GroupGetTag() failure, error code: 195887105\n"),
+        AtStart("Parent", kParent, 0x0bad0001, "Kestrel_GroupGetParentID() failure, error code: 195887105\n"),
+        AtStart("Alloc", kAlloc, 0x0bad0001, "Kestrel_GroupGetAlloc() failure, error code: 195887105\n"),
+        AtStart("Capacity", kCapacity, 0x0bad0001, "KestrelGroupGetCapacity() failure, error code: 195887105\n"),
+        AtStart("Memory", kMemory, 0x0bad0001, "KestrelGroupGetMemoryStats() failure, error code: 195887105\n"),
+        AtStart("StatusAboveTheSignedRange", kFlags, 0x80000001,
+                "Kestrel_GroupGetFlags() failure, error code: 2147483649\n"),
+        Below("FlagsBelow", kFlags, 0x0bad0001, "Kestrel_GroupGetFlags() failure, error code: 195887105\n"),
+        Below("NameBelow", kName, 0x0bad0001, "Kestrel_GroupGetName() failure, error code: 195887105\n"),
+        Below("TagBelow", kTag, 0x0bad0001, "Kestrel_GroupGetTag() failure, error code: 195887105\n"),
+        Below("ParentBelow", kParent, 0x0bad0001, "Kestrel_GroupGetParentID() failure, error code: 195887105\n"),
+        Below("AllocBelow", kAlloc, 0x0bad0001, "Kestrel_GroupGetAlloc() failure, error code: 195887105\n"),
+        Below("CapacityBelow", kCapacity, 0x0bad0001, "KestrelGroupGetCapacity() failure, error code: 195887105\n"),
+        Below("MemoryBelow", kMemory, 0x0bad0001, "KestrelGroupGetMemoryStats() failure, error code: 195887105\n")),
+    NameOf<ReportCase>);
+
+// The argument lists of the reads: the walk makes the first, each read of the start group the next.
+
+ReportCase NoList(const char *name, unsigned call, const std::string &getter) {
+  return Gids(name, {{.operation = kCreate, .call = call}}, "gid\n",
+              kNoWalkList + getter + "() failure, error code: 195887105\n", 1);
+}
+
+ReportCase NotAdded(const char *name, unsigned call, HVC_ReturnStatus status, const std::string &getter) {
+  const std::string code = std::to_string(status) + "\n";
+  return Gids(name, {{.operation = kAdd, .call = call, .status = status}}, "gid\n",
+              kAddFailed + code + (getter.empty() ? "" : getter + "() failure, error code: " + code), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    ArgumentLists, GroupStats,
+    testing::Values(NoList("Flags", 2, "Kestrel_GroupGetFlags"), NoList("Name", 3, "Kestrel_GroupGetName"),
+                    NoList("Tag", 4, "Kestrel_GroupGetTag"), NoList("Parent", 5, "Kestrel_GroupGetParentID"),
+                    NoList("Alloc", 6, "Kestrel_GroupGetAlloc"), NoList("Capacity", 7, "KestrelGroupGetCapacity"),
+                    NoList("Memory", 8, "KestrelGroupGetMemoryStats")),
+    NameOf<ReportCase>);
+
+INSTANTIATE_TEST_SUITE_P(Arguments, GroupStats,
+                         testing::Values(NotAdded("Flags", 2, 0x0bad0001, "Kestrel_GroupGetFlags"),
+                                         NotAdded("Name", 3, 0x0bad0001, "Kestrel_GroupGetName"),
+                                         NotAdded("Tag", 4, 0x0bad0001, "Kestrel_GroupGetTag"),
+                                         NotAdded("Parent", 5, 0x0bad0001, "Kestrel_GroupGetParentID"),
+                                         NotAdded("Alloc", 6, 0x0bad0001, "Kestrel_GroupGetAlloc"),
+                                         NotAdded("Capacity", 7, 0x0bad0001, "KestrelGroupGetCapacity"),
+                                         NotAdded("Memory", 8, 0x0bad0001, "KestrelGroupGetMemoryStats"),
+                                         // The getters that stay silent about what has vanished do so here too.
+                                         NotAdded("FlagsNotFound", 2, kNotFound, ""),
+                                         NotAdded("NameNotFound", 3, kNotFound, "Kestrel_GroupGetName"),
+                                         NotAdded("TagNotFound", 4, kNotFound, "Kestrel_GroupGetTag"),
+                                         NotAdded("ParentNotFound", 5, kNotFound, ""),
+                                         NotAdded("AllocNotFound", 6, kNotFound, ""),
+                                         NotAdded("CapacityNotFound", 7, kNotFound, ""),
+                                         NotAdded("MemoryNotFound", 8, kNotFound, ""),
+                                         NotAdded("FlagsNotInitialized", 2, kNotInitialized, "")),
+                         NameOf<ReportCase>);
+
+// What prints and what does not.
+
+ReportCase Csv(const char *name, const StandinHost &host, const std::vector<std::string> &options,
+               const std::string &output) {
+  std::vector<std::string> arguments = {"-r", "group-stats", "-q"};
+  arguments.insert(arguments.end(), options.begin(), options.end());
+  return {name, host, arguments, output, "", 0};
+}
+
+Group Plain(int64_t id) { return {.id = id, .name = "g" + std::to_string(id), .tag = "t"}; }
+
+StandinHost OneGroup(const Group &group) { return StandinHost().Add(group); }
+
+Group WithLimits(uint64_t max, uint64_t minLimit) {
+  Group group = Plain(0);
+  group.alloc.max = max;
+  group.alloc.minLimit = minLimit;
+  return group;
+}
+
+StandinHost WithoutFlags(int64_t id) {
+  Group group = SmallGroup(id);
+  group.flags = 0;
+  return SmallHost().Add(group);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, GroupStats,
+    testing::Values(
+        Csv("AllColumns", SmallHost(), {"-l", "1"},
+            "gid,name,parGid,nChild,min,max,minLimit,shares,conResv,availResv,memSize,memSizePeak,iMin,eMin,eMinPeak,"
+            "rMinPeak,rMinChildPeak,bMin,bMax,bShares,fShares,ovhdResv,ovhd,allocTgt,consumed,consumedPeak,touched,"
+            "bActive,sharedSaved,mps,throttlePct,flags,tag\n"
+            "0,host,-1,3,1001,1002,1004,1003,1005,1006,1007,1025,1017,1018,1023,1022,1027,1013,1014,1015,1016,1008,"
+            "1009,1020,1011,1024,1012,1019,1010,1021,26,pre,top\n"),
+        Csv("AGroupWithoutFlagsIsHidden", WithoutFlags(4), {"-s", "gid"}, "gid\n0\n1\n5\n7\n"),
+        Csv("AHiddenStartGroup", WithoutFlags(0), {"-s", "gid"}, "gid\n1\n4\n5\n7\n"),
+        Csv("ChildrenBelowTheLevelsCount", SmallHost(), {"-l", "2", "-s", "nChild"},
+            "gid,nChild\n0,3\n1,0\n4,1\n7,0\n"),
+        Csv("AllFlags", OneGroup({.flags = 0x7fff}), {"-s", "flags"}, "gid,flags\n0,(all)\n"),
+        Csv("FlagsWithoutAName", OneGroup({.flags = 0xffff8000}), {"-s", "flags"}, "gid,flags\n0,(none)\n"),
+        Csv("FlagsInTheirOrder", OneGroup({.flags = 0x4005}), {"-s", "flags"}, "gid,flags\n0,pre:vm:usr\n"),
+        Csv("NameThatFillsItsField", OneGroup({.name = std::string(64, 'n'), .tag = "12345678"}), {"-s", "name:tag"},
+            "gid,name,tag\n0," + std::string(64, 'n') + ",12345678\n")),
+    NameOf<ReportCase>);
+
+INSTANTIATE_TEST_SUITE_P(Limits, GroupStats,
+                         testing::Values(Csv("AtTheBound", OneGroup(WithLimits(0xFFFFFFFFF0, 0xFFFFFFFFF0)),
+                                             {"-s", "max:minLimit"},
+                                             "gid,max,minLimit\n0,1099511627760,1099511627760\n"),
+                                         Csv("AboveTheBound", OneGroup(WithLimits(0xFFFFFFFFF1, 0xFFFFFFFFF1)),
+                                             {"-s", "max:minLimit", "-u", "mb"}, "gid,max,minLimit\n0,-1,-1\n"),
+                                         Csv("AllOnes", OneGroup(WithLimits(UINT64_MAX, UINT64_MAX)),
+                                             {"-s", "max:minLimit", "-u", "pg"}, "gid,max,minLimit\n0,-1,-1\n"),
+                                         Csv("OneKbInMb", OneGroup(WithLimits(1, 1025)),
+                                             {"-s", "max:minLimit", "-u", "mb"}, "gid,max,minLimit\n0,1,2\n"),
+                                         Csv("FiveKbInPages", OneGroup(WithLimits(5, 4)),
+                                             {"-s", "max:minLimit", "-u", "pg"}, "gid,max,minLimit\n0,2,1\n")),
+                         NameOf<ReportCase>);
+
+// Two groups under a third, all with the same tag.
+StandinHost AlikeTagged() {
+  StandinHost host = SmallHost();
+  for (const int64_t id : {0, 1, 4}) {
+    Group group = SmallGroup(id);
+    group.tag = "all";
+    group.children = id == 0 ? std::vector<testing_support::Instance>{1, 4} : std::vector<testing_support::Instance>{};
+    host.Add(group);
+  }
+  return host;
+}
+
+// A start group and so many below it, each with a tag of its own.
+StandinHost TaggedApart(int64_t below) {
+  StandinHost host;
+  Group top = Plain(0);
+  for (int64_t id = 1; id <= below; ++id) {
+    Group group = Plain(id);
+    group.tag = "t" + std::to_string(id);
+    host.Add(group);
+    top.children.push_back(id);
+  }
+  return host.Add(top);
+}
+
+std::string TaggedGroupRows(int64_t last) {
+  std::string rows = "gid,tag\n0,t\n";
+  for (int64_t id = 1; id <= last; ++id)
+    rows += std::to_string(id) + ",t" + std::to_string(id) + "\n";
+  return rows;
+}
+
+std::string TagRows(int64_t last) {
+  std::string rows = "Virtual tags report\n1,t\n";
+  for (int64_t id = 1; id <= last; ++id)
+    rows += "1,t" + std::to_string(id) + "\n";
+  return rows;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Tags, GroupStats,
+    testing::Values(
+        // The base figures of the three groups are 1000, 2000 and 5000. nChild is 2; consumed is added twice.
+        Csv("ThreeAlike", AlikeTagged(),
+            {"-t", "-s",
+             "name:parGid:nChild:min:max:minLimit:shares:conResv:memSize:bMin:bMax:bShares:consumed:consumedPeak:mps:"
+             "throttlePct:flags:tag"},
+            "gid,name,parGid,nChild,min,max,minLimit,shares,conResv,memSize,bMin,bMax,bShares,consumed,consumedPeak,"
+            "mps,throttlePct,flags,tag\n"
+            "0,host,-1,2,1001,1002,1004,1003,1005,1007,1013,1014,1015,1011,1024,1021,26,pre,all\n"
+            "1,system,0,0,2001,2002,2004,2003,2005,2007,2013,2014,2015,2011,2024,2021,27,pre:sys,all\n"
+            "4,user,0,0,5001,5002,5004,5003,5005,5007,5013,5014,5015,5011,5024,5021,30,co,all\n"
+            "Virtual tags report\n"
+            "1,all,0,2,8003,-1,-1,0,8015,8021,8039,5014,0,16066,8072,-1,0,(none),all\n"),
+        Csv("OnlyPrintedGroupsCount", AlikeTagged(), {"-t", "-i", "co", "-s", "name:min"},
+            "gid,name,min\n4,user,5001\nVirtual tags report\n1,all,5001\n"),
+        Csv("NoGroups", AlikeTagged(), {"-t", "-i", "vmm", "-s", "name"}, "gid,name\nVirtual tags report\n"),
+        Csv("CaseCounts", StandinHost().Add({.id = 0, .tag = "a", .children = {1}}).Add({.id = 1, .tag = "A"}),
+            {"-t", "-s", "tag"}, "gid,tag\n0,a\n1,A\nVirtual tags report\n1,a\n1,A\n"),
+        Csv("EmptyTags", StandinHost().Add({.id = 0, .children = {1}}).Add({.id = 1}), {"-t", "-s", "nChild:tag"},
+            "gid,nChild,tag\n0,1,\n1,0,\nVirtual tags report\n1,1,\n"),
+        Csv("SevenCharactersMatch",
+            StandinHost().Add({.id = 0, .tag = "1234567", .children = {1}}).Add({.id = 1, .tag = "1234567"}),
+            {"-t", "-s", "name:tag"}, "gid,name,tag\n0,,1234567\n1,,1234567\nVirtual tags report\n1,1234567,1234567\n"),
+        // A slot keeps seven characters of a tag, so a tag of eight matches no slot, not even its own.
+        Csv("EightCharactersNeverMatch",
+            StandinHost().Add({.id = 0, .tag = "12345678", .children = {1}}).Add({.id = 1, .tag = "12345678"}),
+            {"-t", "-s", "name:tag"},
+            "gid,name,tag\n0,,12345678\n1,,12345678\nVirtual tags report\n1,12345678,1234567\n1,12345678,1234567\n"),
+        Csv("AsManyAsThereAreSlots", TaggedApart(511), {"-t", "-s", "tag"}, TaggedGroupRows(511) + TagRows(511)),
+        ReportCase{"OneMoreThanThereAreSlots",
+                   TaggedApart(512),
+                   {"-r", "group-stats", "-q", "-t", "-s", "tag"},
+                   TaggedGroupRows(511) + TagRows(511),
+                   "Maximum number of VTag exceeded\n",
+                   0},
+        ReportCase{"WithoutTheOptionThereAreNoSlots",
+                   TaggedApart(512),
+                   {"-r", "group-stats", "-q", "-s", "tag"},
+                   TaggedGroupRows(512),
+                   "",
+                   0}),
+    NameOf<ReportCase>);
+
+constexpr char kTable[] = R"(
+ GROUP STATS: <time>
+ -------------------------------------
+   Start Group ID   : 18446744073709551612
+   No. of levels    : 3
+   Unit             : Page (4K)
+   Inclusion filter : pre:vm:ug
+   Exclusion filter : sd
+   Selected columns : gid:name:parGid:max:flags
+
+--------------------------------------------------------------------------
+     gid                         name   parGid        max            flags
+--------------------------------------------------------------------------
+      -4                         edge       -9        251             pre
+--------------------------------------------------------------------------
+Virtual tags report
+       1                            t        0         -1           (none)
+--------------------------------------------------------------------------
+Description of report header labels:
+                 gid: Group ID
+                name: Group name
+              parGid: Parent group ID
+                 max: Configured memory limit
+               flags: Group flags
+)";
+
+TEST(GroupStatsTable, WithEverythingAroundIt) {
+  Group group = {.id = -4, .name = "edge", .tag = "t", .parent = -9, .flags = 1};
+  group.alloc.max = 1001;
+  std::string expected = kTable;
+  // The ID prints unsigned, wider than its column; the name beside it takes up the slack.
+  const std::string narrow = "      -4                         edge       -9        251             pre\n";
+  expected.replace(expected.find(narrow), narrow.size(),
+                   "18446744073709551612             edge       -9        251              pre\n");
+  Check({"",
+         OneGroup(group),
+         {"-r", "group-stats", "-g", "-4", "-l", "3", "-u", "pg", "-i", "ug:vm:pre", "-e", "sd", "-t", "-v", "-s",
+          "name:parGid:max:flags"},
+         expected,
+         "",
+         0});
+}
+
+constexpr char kStoppedTable[] = R"(
+ GROUP STATS: <time>
+ -------------------------------------
+   Start Group ID   : 18446744072414584320
+   No. of levels    : 12
+   Unit             : KB
+   Inclusion filter : (all)
+   Exclusion filter : (none)
+   Selected columns : gid
+
+--------
+     gid
+--------
+--------
+Virtual tags report
+--------
+Description of report header labels:
+                 gid: Group ID
+)";
+
+TEST(GroupStatsTable, IsClosedAlsoAfterAFailure) {
+  Check({"", SmallHost(), {"-r", "group-stats", "-g", "3000000000", "-s", "gid", "-t", "-v"}, kStoppedTable, "", 1});
+}
+
+TEST(GroupStatsTable, MessagesStandWhereTheyWereMade) {
+  StandinHost host = SmallHost();
+  host.Fail({.operation = kGet, .node = kMemory, .call = 3});
+  const StandinRun run = RunKestrel(host, {"-r", "group-stats", "-q", "-s", "gid"}, {.errorsToOutput = true});
+  EXPECT_EQ(run.outcome.output, "gid\n0\n1\nKestrelGroupGetMemoryStats() failure, error code: 195887105\n7\n");
+}
+
+TEST(GroupStatsCalls, AGroupIsReadInAFixedOrder) {
+  const StandinRun run = RunKestrel(SmallHost(), {"-r", "group-stats", "-l", "1"});
+  EXPECT_EQ(CallsThatCount(run), (std::vector<std::string>{
+                                     "NODAL_CheckSig(21) = 0",
+                                     "NODAL_ParamListCreate(1, 2) = list1",
+                                     "NODAL_ParamListAddInt(list1, 0) = 0",
+                                     "NODAL_GetInstanceListAlloc(sched_groups_members_groups, [0]) = 0 list2",
+                                     "NODAL_ParamListRemoveLastParam(list1) = 0",
+                                     "NODAL_ParamListDestroy(list1)",
+                                     "NODAL_ParamListCreate(1, 2) = list3",
+                                     "NODAL_ParamListAddInt(list3, 0) = 0",
+                                     "NODAL_Get(sched_groups_groupFlags, [0], 4) = 0",
+                                     "NODAL_ParamListRemoveLastParam(list3) = 0",
+                                     "NODAL_ParamListDestroy(list3)",
+                                     "NODAL_ParamListCreate(1, 2) = list4",
+                                     "NODAL_ParamListAddInt(list4, 0) = 0",
+                                     "NODAL_Get(sched_groups_groupName, [0], 64) = 0",
+                                     "NODAL_ParamListRemoveLastParam(list4) = 0",
+                                     "NODAL_ParamListDestroy(list4)",
+                                     "NODAL_ParamListCreate(1, 2) = list5",
+                                     "NODAL_ParamListAddInt(list5, 0) = 0",
+                                     "NODAL_Get(sched_groups_groupTag, [0], 8) = 0",
+                                     "NODAL_ParamListRemoveLastParam(list5) = 0",
+                                     "NODAL_ParamListDestroy(list5)",
+                                     "NODAL_ParamListCreate(1, 2) = list6",
+                                     "NODAL_ParamListAddInt(list6, 0) = 0",
+                                     "NODAL_Get(sched_groups_parentGroupID, [0], 8) = 0",
+                                     "NODAL_ParamListRemoveLastParam(list6) = 0",
+                                     "NODAL_ParamListDestroy(list6)",
+                                     "NODAL_ParamListCreate(1, 2) = list7",
+                                     "NODAL_ParamListAddInt(list7, 0) = 0",
+                                     "NODAL_Get(sched_groups_memAllocationInKB, [0], 32) = 0",
+                                     "NODAL_ParamListRemoveLastParam(list7) = 0",
+                                     "NODAL_ParamListDestroy(list7)",
+                                     "NODAL_ParamListCreate(1, 2) = list8",
+                                     "NODAL_ParamListAddInt(list8, 0) = 0",
+                                     "NODAL_Get(sched_groups_stats_capacity, [0], 24) = 0",
+                                     "NODAL_ParamListRemoveLastParam(list8) = 0",
+                                     "NODAL_ParamListDestroy(list8)",
+                                     "NODAL_ParamListCreate(1, 2) = list9",
+                                     "NODAL_ParamListAddInt(list9, 0) = 0",
+                                     "NODAL_Get(sched_groups_stats_memoryStats, [0], 320) = 0",
+                                     "NODAL_ParamListRemoveLastParam(list9) = 0",
+                                     "NODAL_ParamListDestroy(list9)",
+                                     "NODAL_ParamListDestroy(list2)",
+                                 }));
+}
+
+// The records that a run reads, as node and group, for example "groupFlags 4".
+std::vector<std::string> Reads(const StandinRun &run) {
+  std::vector<std::string> reads;
+  for (const std::string &call : run.calls) {
+    const std::string start = "NODAL_Get(sched_groups_";
+    if (!call.starts_with(start)) continue;
+    const std::string node = call.substr(start.size(), call.find(',') - start.size());
+    const size_t group = call.find('[') + 1;
+    reads.push_back(node + ' ' + call.substr(group, call.find(']') - group));
+  }
+  return reads;
+}
+
+TEST(GroupStatsCalls, AGroupThatDoesNotPrintIsNotReadFurther) {
+  const StandinRun run = RunKestrel(SmallHost(), {"-r", "group-stats", "-i", "vmm"});
+  EXPECT_EQ(Reads(run),
+            (std::vector<std::string>{"groupFlags 0", "groupFlags 1", "groupFlags 4", "groupFlags 5", "groupFlags 7"}));
+}
+
+TEST(GroupStatsCalls, AFailedReadIsTheGroupsLast) {
+  StandinHost host = SmallHost();
+  host.Fail({.operation = kGet, .node = kTag, .call = 1});
+  EXPECT_EQ(Reads(RunKestrel(host, {"-r", "group-stats"})),
+            (std::vector<std::string>{"groupFlags 0", "groupName 0", "groupTag 0"}));
+}
+
+TEST(GroupStatsCalls, IdsOfAnyWidthAreHandedOnWhole) {
+  StandinHost host;
+  host.Add({.id = 0, .children = {0x123456789abcdef, -2}});
+  const StandinRun run = RunKestrel(host, {"-r", "group-stats", "-i", "vmm"});
+  EXPECT_NE(std::find(run.calls.begin(), run.calls.end(), "NODAL_ParamListAddInt(list4, 81985529216486895) = 0"),
+            run.calls.end())
+      << run;
+  EXPECT_EQ(run.outcome.exitStatus, 0);
+  EXPECT_EQ(ListErrors(run), "");
+}
+
+}  // namespace
+}  // namespace faults

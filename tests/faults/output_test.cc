@@ -1,0 +1,60 @@
+// Where the output goes: places that take none, and terminals.
+#include "tests/faults/hosts.h"
+#include "tests/faults/report_case.h"
+
+namespace faults {
+namespace {
+
+using testing_support::OutputTo;
+
+struct Lost {
+  const char *name;
+  std::vector<std::string> arguments;
+  OutputTo output;
+};
+
+void PrintTo(const Lost &lost, std::ostream *stream) { *stream << lost.name; }
+
+StandinHost BothReportsHost() { return SmallHost().AddRecord("memory_pshare_stats", {}, SharingFigures()); }
+
+class LostOutput : public testing::TestWithParam<Lost> {};
+
+TEST_P(LostOutput, IsAnError) {
+  const StandinRun run = RunKestrel(BothReportsHost(), GetParam().arguments, {.output = GetParam().output});
+  EXPECT_EQ(run.outcome.signal, 0);
+  EXPECT_EQ(run.outcome.exitStatus, 1);
+  EXPECT_FALSE(run.outcome.errors.empty());
+  EXPECT_EQ(ListErrors(run), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Everywhere, LostOutput,
+    testing::Values(Lost{"GroupsToAFullDevice", {"-r", "group-stats", "-v"}, OutputTo::kFullDevice},
+                    Lost{"GroupsToAClosedPipe", {"-r", "group-stats", "-v"}, OutputTo::kClosedPipe},
+                    Lost{"CsvToAFullDevice", {"-r", "group-stats", "-q"}, OutputTo::kFullDevice},
+                    Lost{"CsvToAClosedPipe", {"-r", "group-stats", "-q"}, OutputTo::kClosedPipe},
+                    Lost{"SharingToAFullDevice", {"-r", "pshare-stats"}, OutputTo::kFullDevice},
+                    Lost{"SharingToAClosedPipe", {"-r", "pshare-stats"}, OutputTo::kClosedPipe},
+                    Lost{"HelpToAFullDevice", {"-h"}, OutputTo::kFullDevice},
+                    Lost{"HelpToAClosedPipe", {"-h"}, OutputTo::kClosedPipe}),
+    NameOf<Lost>);
+
+TEST(Terminal, ShowsNoControlCharacters) {
+  StandinHost host;
+  host.Add({.id = 0, .name = "a\x1b[31mb\tc\nd\x7f", .tag = "\ae"});
+  const std::vector<std::string> arguments = {"-r", "group-stats", "-q", "-s", "name:tag"};
+  EXPECT_EQ(RunKestrel(host, arguments, {.output = OutputTo::kTerminal}).outcome.output,
+            "gid,name,tag\n0,a?[31mb?c?d?,?e\n");
+  EXPECT_EQ(RunKestrel(host, arguments).outcome.output, "gid,name,tag\n0,a\x1b[31mb\tc\nd\x7f,\ae\n");
+}
+
+TEST(Terminal, ShowsTheSameTablesAsAPipe) {
+  for (const std::vector<std::string> &arguments :
+       {std::vector<std::string>{"-r", "group-stats", "-v"}, {"-r", "pshare-stats"}, {"-h"}}) {
+    EXPECT_EQ(RunKestrel(BothReportsHost(), arguments, {.output = OutputTo::kTerminal}).outcome.output,
+              RunKestrel(BothReportsHost(), arguments).outcome.output);
+  }
+}
+
+}  // namespace
+}  // namespace faults

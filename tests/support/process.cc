@@ -1,0 +1,160 @@
+#include "tests/support/process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <system_error>
+
+namespace testing_support {
+namespace {
+
+constexpr unsigned kMostSeconds = 60;
+
+[[noreturn]] void Fail(const char *what) { throw std::system_error(errno, std::generic_category(), what); }
+
+class Descriptor {
+ public:
+  explicit Descriptor(int value = -1) : value_(value) {}
+  Descriptor(Descriptor &&other) noexcept : value_(std::exchange(other.value_, -1)) {}
+  Descriptor &operator=(Descriptor &&other) noexcept {
+    std::swap(value_, other.value_);
+    return *this;
+  }
+  ~Descriptor() { Close(); }
+
+  void Close() {
+    if (value_ >= 0) close(std::exchange(value_, -1));
+  }
+  int get() const { return value_; }
+
+ private:
+  int value_;
+};
+
+// A way for bytes: what is written to `in` is read from `out`.
+struct Channel {
+  Descriptor out;
+  Descriptor in;
+};
+
+Channel MakePipe() {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) Fail("pipe2");
+  return {Descriptor(ends[0]), Descriptor(ends[1])};
+}
+
+Channel MakeTerminal() {
+  int master, slave;
+  termios raw{};
+  cfmakeraw(&raw);
+  if (openpty(&master, &slave, nullptr, &raw, nullptr) != 0) Fail("openpty");
+  fcntl(master, F_SETFD, FD_CLOEXEC);
+  fcntl(slave, F_SETFD, FD_CLOEXEC);
+  return {Descriptor(master), Descriptor(slave)};
+}
+
+Channel MakeOutput(OutputTo output) {
+  switch (output) {
+    case OutputTo::kPipe: return MakePipe();
+    case OutputTo::kTerminal: return MakeTerminal();
+    case OutputTo::kFullDevice: return {Descriptor(), Descriptor(open("/dev/full", O_WRONLY | O_CLOEXEC))};
+    case OutputTo::kClosedPipe: {
+      Channel channel = MakePipe();
+      channel.out.Close();
+      return channel;
+    }
+  }
+  std::abort();
+}
+
+[[noreturn]] void Become(const Command &command, int input, int output, int errors) {
+  std::vector<char *> words;
+  words.push_back(const_cast<char *>(command.program.c_str()));
+  for (const std::string &argument : command.arguments)
+    words.push_back(const_cast<char *>(argument.c_str()));
+  words.push_back(nullptr);
+
+  dup2(input, STDIN_FILENO);
+  dup2(output, STDOUT_FILENO);
+  dup2(errors, STDERR_FILENO);
+  for (const auto &[name, value] : command.environment)
+    setenv(name.c_str(), value.c_str(), 1);
+  signal(SIGPIPE, SIG_DFL);
+  alarm(kMostSeconds);
+  if (command.directory.empty() || chdir(command.directory.c_str()) == 0) execv(words[0], words.data());
+  std::perror(words[0]);
+  _exit(127);
+}
+
+// Reads from a channel until its other end is closed; a terminal tells that by an error.
+void ReadSome(pollfd &from, std::string &text) {
+  std::array<char, 65536> buffer;
+  const ssize_t count = read(from.fd, buffer.data(), buffer.size());
+  if (count > 0) {
+    text.append(buffer.data(), static_cast<size_t>(count));
+  } else if (count == 0 || errno != EINTR) {
+    from.fd = -1;  // poll passes over it from now on
+  }
+}
+
+void ReadBoth(int output, int errors, Outcome &outcome) {
+  std::array<pollfd, 2> channels = {pollfd{output, POLLIN, 0}, pollfd{errors, POLLIN, 0}};
+  while (channels[0].fd >= 0 || channels[1].fd >= 0) {
+    if (poll(channels.data(), channels.size(), -1) < 0 && errno != EINTR) Fail("poll");
+    if (channels[0].fd >= 0 && channels[0].revents != 0) ReadSome(channels[0], outcome.output);
+    if (channels[1].fd >= 0 && channels[1].revents != 0) ReadSome(channels[1], outcome.errors);
+  }
+}
+
+}  // namespace
+
+Outcome Run(const Command &command) {
+  Channel input = MakePipe();
+  Channel output = MakeOutput(command.output);
+  Channel errors = MakePipe();
+
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child < 0) Fail("fork");
+  if (child == 0) {
+    Become(command, input.out.get(), output.in.get(), command.errorsToOutput ? output.in.get() : errors.in.get());
+  }
+
+  // The child holds its own copies; ours would keep the channels open after its end.
+  input.out.Close();
+  output.in.Close();
+  errors.in.Close();
+  // A child that ends without reading its input must not end the test.
+  const auto previous = signal(SIGPIPE, SIG_IGN);
+  const bool written = write(input.in.get(), command.input.data(), command.input.size()) >= 0 || errno == EPIPE;
+  signal(SIGPIPE, previous);
+  if (!written) Fail("write");
+  input.in.Close();
+
+  Outcome outcome;
+  ReadBoth(output.out.get(), errors.out.get(), outcome);
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0) {
+    if (errno != EINTR) Fail("waitpid");
+  }
+  if (WIFEXITED(status)) outcome.exitStatus = WEXITSTATUS(status);
+  if (WIFSIGNALED(status)) outcome.signal = WTERMSIG(status);
+  return outcome;
+}
+
+std::ostream &operator<<(std::ostream &stream, const Outcome &outcome) {
+  stream << "exit status " << outcome.exitStatus;
+  if (outcome.signal != 0) stream << ", ended by signal " << outcome.signal;
+  return stream << "\n--- stdout\n" << outcome.output << "--- stderr\n" << outcome.errors;
+}
+
+}  // namespace testing_support

@@ -1,0 +1,37 @@
+#include "tests/support/scratch.h"
+
+#include <stdlib.h>
+
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+
+namespace testing_support {
+
+ScratchDirectory::ScratchDirectory() {
+  std::string name = (std::filesystem::temp_directory_path() / "kestrel-test.XXXXXX").string();
+  if (mkdtemp(name.data()) == nullptr) throw std::system_error(errno, std::generic_category(), name);
+  path_ = name;
+}
+
+ScratchDirectory::~ScratchDirectory() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
+}
+
+std::string ReadFile(const std::filesystem::path &path) {
+  std::ifstream file(path, std::ios::binary);
+  std::string contents{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  if (!file) throw std::runtime_error("cannot read " + path.string());
+  return contents;
+}
+
+void WriteFile(const std::filesystem::path &path, const std::string &contents) {
+  std::ofstream file(path, std::ios::binary);
+  file.write(contents.data(), static_cast<std::streamsize>(contents.size()));
+  file.close();
+  if (!file) throw std::runtime_error("cannot write " + path.string());
+}
+
+}  // namespace testing_support

@@ -1,0 +1,101 @@
+// A host for the stand-in library, and kestrel run over it.
+#ifndef TESTS_SUPPORT_STANDIN_HOST_H
+#define TESTS_SUPPORT_STANDIN_HOST_H
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+#include "platkit/records.h"
+#include "platkit/status.h"
+#include "tests/support/process.h"
+
+namespace testing_support {
+
+// An instance argument, or an entry of a list.
+struct Instance {
+  Instance(int64_t value) : written(std::to_string(value)) {}
+  Instance(const char *text) : written('"' + std::string(text) + '"') {}
+
+  std::string written;
+};
+
+// A call that fails.
+struct Fault {
+  std::string operation = "*";
+  std::string node = "*";
+  unsigned call = 0;  // which of the calls that fit, counted from 1; 0: each
+  HVC_ReturnStatus status = HVC_FAILURE;
+};
+
+// A scheduler group with all its records.
+struct Group {
+  int64_t id = 0;
+  std::string name = {};
+  std::string tag = {};
+  int64_t parent = -1;
+  uint32_t flags = HVC_GROUP_CONTAINER;
+  std::vector<Instance> children = {};
+  GroupAllocRecord alloc = {};
+  GroupCapacityRecord capacity = {};
+  GroupMemoryStatsRecord memory = {};
+};
+
+// What the stand-in answers. A node without a record or list here is not found.
+class StandinHost {
+ public:
+  template <typename Record>
+  StandinHost &AddRecord(std::string_view node, const std::vector<Instance> &arguments, const Record &record) {
+    static_assert(std::is_trivially_copyable_v<Record>);
+    return AddBytes(node, arguments, {reinterpret_cast<const char *>(&record), sizeof record});
+  }
+  StandinHost &AddBytes(std::string_view node, const std::vector<Instance> &arguments, std::string_view bytes);
+  StandinHost &AddList(std::string_view node, const std::vector<Instance> &arguments,
+                       const std::vector<Instance> &instances);
+  StandinHost &Add(const Group &group);
+  StandinHost &AddCache(std::string_view path);
+  StandinHost &Fail(const Fault &fault);
+  StandinHost &Signature(HVC_ReturnStatus status, std::string_view kernelBuild, std::string_view ownBuild);
+
+  const std::string &script() const { return script_; }
+
+ private:
+  std::string script_;
+};
+
+// A field of fixed size with the text in it; a text that fills the field has no terminator.
+template <size_t size>
+void SetText(char (&field)[size], std::string_view text) {
+  std::memset(field, 0, size);
+  std::memcpy(field, text.data(), text.size() < size ? text.size() : size);
+}
+
+// A run of kestrel, with the times in its output masked.
+struct StandinRun {
+  Outcome outcome;
+  std::vector<std::string> calls;  // the stand-in's log
+};
+
+struct RunOptions {
+  OutputTo output = OutputTo::kPipe;
+  bool errorsToOutput = false;
+};
+
+StandinRun RunKestrel(const StandinHost &host, const std::vector<std::string> &arguments,
+                      const RunOptions &options = {});
+
+// What is wrong with a run's use of lists: one that is used or destroyed after its end, or never destroyed. Empty if
+// nothing is.
+std::string ListErrors(const StandinRun &run);
+
+// The calls that can fail, of any kind.
+unsigned FallibleCalls(const StandinRun &run);
+
+std::ostream &operator<<(std::ostream &stream, const StandinRun &run);
+
+}  // namespace testing_support
+
+#endif  // TESTS_SUPPORT_STANDIN_HOST_H
