@@ -43,6 +43,8 @@ struct PathTarget {
     ParamKind kind;
     int64_t integer = 0;
     std::string text;
+
+    auto operator<=>(const Argument &) const = default;
   };
 
   const Node *node = nullptr;  // null: the path names nothing in the catalogue

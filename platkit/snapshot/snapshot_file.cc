@@ -66,7 +66,8 @@ HVC_ReturnStatus SnapshotFile::CheckVersion() const {
   if (valueLength == 0 || valueLength > room) return HVC_SNAPSHOT_DAMAGED;
   uint32_t version = 0;
   const auto parsed = std::from_chars(digits, digits + valueLength, version);
-  if (parsed.ec != std::errc() || parsed.ptr != digits + valueLength || version == 0) return HVC_SNAPSHOT_DAMAGED;
+  const bool canonical = parsed.ec == std::errc() && parsed.ptr == digits + valueLength && digits[0] != '0';
+  if (!canonical) return HVC_SNAPSHOT_DAMAGED;
   return version > kVersion ? HVC_SNAPSHOT_TOO_NEW : HVC_OK;
 }
 

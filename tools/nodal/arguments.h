@@ -1,0 +1,39 @@
+// Instance arguments of nodes, as values.
+#ifndef NODAL_ARGUMENTS_H
+#define NODAL_ARGUMENTS_H
+
+#include <string>
+#include <vector>
+
+#include "platkit/path.h"
+
+namespace nodal {
+
+using platkit::Node;
+using platkit::ParamKind;
+using Argument = platkit::PathTarget::Argument;
+using Arguments = std::vector<Argument>;
+
+inline Argument IntArgument(int64_t value) { return {.kind = ParamKind::kInt, .integer = value, .text = {}}; }
+inline Argument TextArgument(std::string_view text) {
+  return {.kind = ParamKind::kText, .integer = 0, .text = std::string(text)};
+}
+inline Argument ArgumentOf(const NODAL_Param &param) {
+  return param.kind == ParamKind::kInt ? IntArgument(param.integer) : TextArgument(param.text());
+}
+
+// In the library's form; good for as long as `arguments`.
+std::vector<NODAL_Param> ParamsOf(const Arguments &arguments);
+
+// As it stands in a path.
+std::string PathForm(const Argument &argument);
+
+// As it is shown to people.
+std::string ShownForm(const Argument &argument);
+
+// The path of a node with its arguments; with fewer arguments than it takes, the start of the path, up to the last one.
+std::string PathOf(const Node &node, const Arguments &arguments);
+
+}  // namespace nodal
+
+#endif  // NODAL_ARGUMENTS_H

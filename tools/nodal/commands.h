@@ -1,0 +1,33 @@
+// The commands of nodal. Each writes its result to standard output and throws a Failure if it cannot be had.
+#ifndef NODAL_COMMANDS_H
+#define NODAL_COMMANDS_H
+
+#include <string>
+
+namespace nodal {
+
+struct ListOptions {
+  std::string path = "/";
+  bool detailed = false;
+};
+void List(const ListOptions &options);
+
+struct GetOptions {
+  std::string path;
+  bool descriptions = false;
+  bool json = false;
+  bool raw = false;
+};
+void Get(const GetOptions &options);
+
+void Dump(const std::string &snapshot);
+
+// `input` is a file, or "-" for standard input.
+void Build(const std::string &input, const std::string &snapshot);
+
+// Whether the snapshot is without a problem.
+bool Verify(const std::string &snapshot);
+
+}  // namespace nodal
+
+#endif  // NODAL_COMMANDS_H

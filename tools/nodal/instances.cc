@@ -1,0 +1,161 @@
+#include "tools/nodal/instances.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "platkit/records.h"
+#include "tools/nodal/output.h"
+
+namespace nodal {
+namespace {
+
+constexpr int64_t kTopGroup = 0;
+
+// Memory states, from the one with the most free memory to the one with the least.
+constexpr std::string_view kStates[] = {"high", "clear", "soft", "hard", "low"};
+
+// Configuration registers are read four bytes at a time.
+constexpr int64_t kRegisterBytes = 4;
+constexpr int64_t kConfigurationSpace = 4096;
+
+const Node &NodeNamed(std::string_view name) { return *platkit::FindNode(name); }
+
+// Appends what is not there yet.
+void AppendNew(const Arguments &more, std::set<Argument> &seen, Arguments &to) {
+  for (const Argument &argument : more) {
+    if (seen.insert(argument).second) to.push_back(argument);
+  }
+}
+
+}  // namespace
+
+const Node *ListOfInstances(const Node &node, size_t argument) {
+  const std::string_view what = node.arguments[argument].what;
+  const auto fits = [&](const Node &list) {
+    if (!list.isList || list.entry.what != what || list.pathArguments > argument) return false;
+    for (size_t i = 0; i < list.pathArguments; ++i) {
+      if (list.arguments[i].what != node.arguments[i].what) return false;
+    }
+    return true;
+  };
+  const auto found = std::ranges::find_if(platkit::Nodes(), fits);
+  return found == platkit::Nodes().end() ? nullptr : &*found;
+}
+
+std::optional<int64_t> MemNodeOf(std::string_view buddy) {
+  constexpr std::string_view kPrefix = "memmap";
+  constexpr size_t kNumber = 7;
+  if (!buddy.starts_with(kPrefix)) return std::nullopt;
+  int64_t memNode = 0;
+  const char *digits = buddy.data() + std::min(kNumber, buddy.size());
+  std::from_chars(digits, buddy.data() + buddy.size(), memNode);
+  return memNode;
+}
+
+const Instances::Found &Instances::Lookup(const Node &node, const Arguments &outer) {
+  // Where the instances do not hang on the outer arguments, they are looked up once for all.
+  const Node *list = ListOfInstances(node, outer.size());
+  const auto dependsOn = static_cast<std::ptrdiff_t>(list == nullptr ? 0 : list->pathArguments);
+  const auto key = std::pair(node.arguments[outer.size()].what, Arguments(outer.begin(), outer.begin() + dependsOn));
+  const auto known = found_.find(key);
+  if (known != found_.end()) return known->second;
+  Found found;
+  found.inOrder = Find(node, outer);
+  found.all.insert(found.inOrder.begin(), found.inOrder.end());
+  return found_.emplace(key, std::move(found)).first->second;
+}
+
+Arguments Instances::Find(const Node &node, const Arguments &outer) {
+  const std::string_view what = node.arguments[outer.size()].what;
+  if (const Node *list = ListOfInstances(node, outer.size())) {
+    return ListEntries(*list, {outer.begin(), outer.begin() + list->pathArguments});
+  }
+  Arguments found;
+  if (what == "group") return Groups();
+  if (what == "client") return Clients();
+  if (what == "memNode") return MemNodes();
+  if (what == "numaNode") return NumaNodes();
+  if (what == "cpu") return {IntArgument(0)};
+  if (what == "size") return {IntArgument(kRegisterBytes)};
+  if (what == "address") {
+    for (int64_t address = 0; address < kConfigurationSpace; address += kRegisterBytes)
+      found.push_back(IntArgument(address));
+  } else if (what == "state") {
+    std::ranges::transform(kStates, std::back_inserter(found), TextArgument);
+  }
+  return found;
+}
+
+Arguments Instances::ListEntries(const Node &list, const Arguments &arguments) {
+  Arguments entries;
+  const HVC_ReturnStatus status = tree_.List(list, arguments, entries);
+  if (status == HVC_NOT_FOUND) return {};
+  if (status != HVC_OK) throw Failure(PathOf(list, arguments), status);
+  return entries;
+}
+
+// Parents come before their members. A group that is met a second time, as in a cycle, is not followed again.
+Arguments Instances::Groups() {
+  const Node &members = NodeNamed("sched_groups_members_groups");
+  Arguments groups;
+  std::set<Argument> seen;
+  Arguments ahead;
+  Arguments top;
+  if (tree_.List(members, {IntArgument(kTopGroup)}, top) == HVC_OK) ahead.push_back(IntArgument(kTopGroup));
+  while (!ahead.empty()) {
+    const Argument group = ahead.back();
+    ahead.pop_back();
+    if (!seen.insert(group).second) continue;
+    groups.push_back(group);
+    const Arguments children = ListEntries(members, {group});
+    ahead.insert(ahead.end(), children.rbegin(), children.rend());
+  }
+  return groups;
+}
+
+// Those that are members of a group, those that lead one, and the monitors of these.
+Arguments Instances::Clients() {
+  const Node &members = NodeNamed("sched_groups_members_memClients");
+  Arguments clients;
+  std::set<Argument> seen;
+  for (const Argument &group : Lookup(members, {}).inOrder) {
+    GroupFlagsRecord flags = {};
+    GroupLeaderIDRecord leader;
+    if (GetRecord(tree_, "sched_groups_groupFlags", {group}, flags) == HVC_OK &&
+        (flags.flags & (HVC_GROUP_VM | HVC_GROUP_USER_WORLD)) != 0 &&
+        GetRecord(tree_, "sched_groups_groupLeaderID", {group}, leader) == HVC_OK) {
+      AppendNew({IntArgument(leader.leaderID)}, seen, clients);
+    }
+    AppendNew(ListEntries(members, {group}), seen, clients);
+  }
+  for (size_t i = 0; i < clients.size(); ++i) {
+    VmmLeaderIDRecord monitor;
+    if (GetRecord(tree_, "worldGroups_vmmLeaderID", {clients[i]}, monitor) == HVC_OK) {
+      AppendNew({IntArgument(monitor.vmmLeaderID)}, seen, clients);
+    }
+  }
+  return clients;
+}
+
+Arguments Instances::MemNodes() {
+  std::set<int64_t> numbers;
+  for (const Argument &buddy : ListEntries(NodeNamed("system_buddy"), {})) {
+    if (const std::optional<int64_t> memNode = MemNodeOf(buddy.text)) numbers.insert(*memNode);
+  }
+  Arguments memNodes;
+  std::ranges::transform(numbers, std::back_inserter(memNodes), IntArgument);
+  return memNodes;
+}
+
+Arguments Instances::NumaNodes() {
+  MemInfoRecord info;
+  if (GetRecord(tree_, "memory_memInfo", {}, info) != HVC_OK) return {};
+  // No machine has as many; what a damaged record says must not fill the memory.
+  constexpr uint32_t kMost = 4096;
+  Arguments nodes;
+  for (uint32_t i = 0; i < std::min(info.numNodes, kMost); ++i)
+    nodes.push_back(IntArgument(i));
+  return nodes;
+}
+
+}  // namespace nodal

@@ -1,0 +1,113 @@
+// nodal: reads the system-information tree, and makes, shows and verifies snapshots of it.
+#include <signal.h>
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <string>
+
+#include "platkit/catalogue.h"
+#include "platkit/nodal.h"
+#include "platkit/version.h"
+#include "tools/nodal/commands.h"
+#include "tools/nodal/output.h"
+
+namespace {
+
+enum ExitStatus { kSuccess = 0, kFailure = 1, kUsage = 2 };
+
+struct Options {
+  std::string cache;
+  std::string root;
+  nodal::ListOptions list;
+  nodal::GetOptions get;
+  std::string input;
+  std::string snapshot;
+};
+
+void UseSourceOf(const Options &options) {
+  const bool isCache = !options.cache.empty();
+  if (!isCache && options.root.empty()) return;
+  const std::string &path = isCache ? options.cache : options.root;
+  const HVC_ReturnStatus status =
+      NODAL_UseCache(path.c_str(), isCache ? NODAL_CACHE_SNAPSHOT : NODAL_CACHE_ROOT_FOLDER);
+  if (status != HVC_OK) throw nodal::Failure(path, status);
+}
+
+void Define(CLI::App &app, Options &options) {
+  app.require_subcommand(1);
+  app.fallthrough();
+  app.set_version_flag("--version", "nodal " PLATKIT_VERSION ", definitions " + platkit::OwnDefinitions().build);
+  CLI::Option *cache =
+      app.add_option("--cache", options.cache, "Read a snapshot instead of the running host (ls, get)");
+  app.add_option("--root", options.root,
+                 "Read the /proc and /sys saved in a folder instead of the running host (ls, get)")
+      ->excludes(cache);
+  for (CLI::Option *source : app.get_options())
+    source->check([](const std::string &value) { return value.empty() ? "the name is empty" : ""; });
+
+  CLI::App *list = app.add_subcommand("ls", "List what lies below a path; what has something below it ends in '/'");
+  list->add_option("path", options.list.path, "The path; without it, the whole tree's");
+  list->add_flag("-l,--long", options.list.detailed, "Show kind, size (bytes or entries) and full path");
+
+  CLI::App *get = app.add_subcommand("get", "Show a record or a list");
+  get->add_option("path", options.get.path, "The path of a node, such as /sched/groups/0/groupName")->required();
+  CLI::Option *descriptions = get->add_flag("-v,--verbose", options.get.descriptions, "Describe the fields");
+  CLI::Option *json = get->add_flag("--json", options.get.json, "Show JSON");
+  get->add_flag("--raw", options.get.raw, "Write the bytes as they are")->excludes(json)->excludes(descriptions);
+  json->excludes(descriptions);
+
+  CLI::App *dump = app.add_subcommand("dump", "Show a whole snapshot as JSON");
+  dump->add_option("snapshot", options.snapshot, "The snapshot")->required();
+
+  CLI::App *build = app.add_subcommand("build", "Make a snapshot from JSON, such as dump shows");
+  build->add_option("json", options.input, "The JSON file; - for standard input")->required();
+  build->add_option("-o,--output", options.snapshot, "The snapshot to make")->required();
+
+  CLI::App *verify = app.add_subcommand("verify", "Check all of a snapshot: the file, and that its parts fit together");
+  verify->add_option("snapshot", options.snapshot, "The snapshot")->required();
+
+  list->callback([&options] { UseSourceOf(options), nodal::List(options.list); });
+  get->callback([&options] { UseSourceOf(options), nodal::Get(options.get); });
+  dump->callback([&options] { nodal::Dump(options.snapshot); });
+  build->callback([&options] { nodal::Build(options.input, options.snapshot); });
+  verify->callback([&options] {
+    if (!nodal::Verify(options.snapshot)) throw CLI::RuntimeError(kFailure);
+  });
+}
+
+int Run(int argc, char **argv) {
+  Options options;
+  CLI::App app("Reads the system-information tree of a hypervisor host, and makes, shows and verifies snapshots of it.",
+               "nodal");
+  Define(app, options);
+  int status = kSuccess;
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::RuntimeError &) {
+    status = kFailure;
+  } catch (const CLI::Success &request) {
+    app.exit(request);  // help or version, to standard output
+  } catch (const CLI::ParseError &error) {
+    nodal::Complain(error.what());
+    return kUsage;
+  }
+  nodal::FinishOutput();
+  return status;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  nodal::HoldStandardDescriptors();
+  // Writes to a closed pipe, and beyond a limit on file sizes, fail like any other, and are cleaned up after.
+  signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
+  try {
+    return Run(argc, argv);
+  } catch (const std::bad_alloc &) {
+    nodal::Complain("out of memory");
+  } catch (const std::exception &failure) {
+    nodal::Complain(failure.what());
+  }
+  return kFailure;
+}

@@ -1,0 +1,29 @@
+// Texts and bytes as nodal shows and reads them.
+#ifndef NODAL_TEXT_H
+#define NODAL_TEXT_H
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "platkit/status.h"
+
+namespace nodal {
+
+bool IsUtf8(std::string_view text);
+
+// The text as it may be shown on a terminal: '?' stands for control characters and for what is not UTF-8.
+std::string Printable(std::string_view text);
+
+std::string ToHex(std::span<const std::byte> bytes);
+std::optional<std::string> FromHex(std::string_view digits);
+
+inline std::span<const std::byte> BytesOf(std::string_view text) { return std::as_bytes(std::span(text)); }
+
+std::string StatusText(HVC_ReturnStatus status);
+
+}  // namespace nodal
+
+#endif  // NODAL_TEXT_H
