@@ -17,6 +17,11 @@ inline constexpr std::string_view kVersionText = "1";
 // The second record: a check of each hash table, so that what is absent can be told from what was lost.
 inline constexpr std::string_view kIndexCheckKey = "index-check";
 
+// The keys of these two, which no entry may have.
+inline constexpr std::string_view kReservedKeys[] = {kVersionKey, kIndexCheckKey};
+
+constexpr bool IsReservedKey(std::string_view key) { return key == kVersionKey || key == kIndexCheckKey; }
+
 // The keys of the header. Those of nodes begin with a slash.
 inline constexpr std::string_view kSignatureKey = "signature";
 inline constexpr std::string_view kBuildKey = "build";

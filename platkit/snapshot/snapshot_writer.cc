@@ -145,6 +145,7 @@ HVC_ReturnStatus SnapshotWriter::AddTexts(std::string_view path, std::span<const
 }
 
 HVC_ReturnStatus SnapshotWriter::Add(std::string_view key, ValueType type, std::span<const std::byte> payload) {
+  if (IsReservedKey(key)) return HVC_ALREADY_EXISTS;
   if (key.size() > kMostKeyBytes || payload.size() > kMostFileBytes) return HVC_LIMIT_EXCEEDED;
   const uint64_t valueLength = payload.size() + kValueOverhead;
   const uint64_t fileBytes = fileBytes_ + kRecordHead + key.size() + valueLength + 2 * kSlotBytes;

@@ -21,7 +21,7 @@ namespace platkit::snapshot {
 class SnapshotWriter {
  public:
   // HVC_LIMIT_EXCEEDED, from this and the following: the entry is longer than the format allows, or the file would be.
-  // HVC_BAD_PARAM: a text has a NUL in it.
+  // HVC_BAD_PARAM: a text has a NUL in it. HVC_ALREADY_EXISTS: the key is one of the format's own.
   [[nodiscard]] HVC_ReturnStatus AddHeader(const Header &header);
 
   [[nodiscard]] HVC_ReturnStatus AddRecord(std::string_view path, std::span<const std::byte> record) {

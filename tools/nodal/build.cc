@@ -147,7 +147,7 @@ HVC_ReturnStatus AddNode(std::string_view key, const Json &json, SnapshotWriter 
 }
 
 bool IsReserved(std::string_view key) {
-  return key == snapshot::kVersionKey || key == snapshot::kSignatureKey || key == snapshot::kBuildKey ||
+  return snapshot::IsReservedKey(key) || key == snapshot::kSignatureKey || key == snapshot::kBuildKey ||
          key == snapshot::kHostKey || key == snapshot::kTimeKey;
 }
 

@@ -76,16 +76,16 @@ bool IsHeaderKey(std::string_view key) {
 // Prints the nodes whose keys are UTF-8, or those whose keys are not; whether there are others.
 bool PrintNodes(const std::string &path, const SnapshotFile &file, bool utf8) {
   SnapshotFile::Cursor cursor(file);
-  HVC_ReturnStatus status = cursor.Next();  // the version, which has been checked
+  HVC_ReturnStatus status = HVC_OK;
   std::string previous;
   const char *separator = "\n";
   bool others = false;
-  while (status == HVC_OK && (status = cursor.Next()) == HVC_OK) {
+  while ((status = cursor.Next()) == HVC_OK) {
     const std::string key(cursor.key());
     Value value;
     if (cursor.Read(value) != HVC_OK) throw Failure(path, key + ": " + StatusText(HVC_SNAPSHOT_DAMAGED));
     const bool ascending = previous.empty() || previous < key;
-    if (!ascending || key == snapshot::kVersionKey) throw Failure(path, key + ": not in the order of the keys");
+    if (!ascending || snapshot::IsReservedKey(key)) throw Failure(path, key + ": not in the order of the keys");
     previous = key;
     if (IsHeaderKey(key)) continue;
     if (IsUtf8(key) != utf8) {

@@ -53,31 +53,29 @@ class FileCheck {
     SnapshotFile::Cursor cursor(file_);
     HVC_ReturnStatus status;
     while ((status = cursor.Next()) == HVC_OK) {
-      ++records_;
-      CheckRecord(cursor);
+      ++entries_;
+      CheckEntry(cursor);
     }
     if (status != HVC_NOT_FOUND) {
-      problems_.Report("record " + std::to_string(records_ + 1), "it does not end where the records end");
-    } else if (file_.CountUsedSlots() != records_) {
-      problems_.Report("index", Plural(file_.CountUsedSlots(), "entry") + " for " + Plural(records_, "record"));
+      problems_.Report("entry " + std::to_string(entries_ + 1), "it does not end where the records end");
+    } else if (file_.CountUsedSlots() != entries_ + std::size(snapshot::kReservedKeys)) {
+      const size_t records = entries_ + std::size(snapshot::kReservedKeys);
+      problems_.Report("index", Plural(file_.CountUsedSlots(), "slot") + " in use for " + Plural(records, "record"));
     }
+    if (!file_.TablesAreWhole()) problems_.Report("index", "a hash table is damaged");
     if (!IsTime(file_.header().time)) problems_.Report("time", "not of the form 2026-03-14T09:26:53Z");
     return std::move(sound_);
   }
 
  private:
-  void CheckRecord(const SnapshotFile::Cursor &cursor) {
+  void CheckEntry(const SnapshotFile::Cursor &cursor) {
     const std::string key(cursor.key());
     uint32_t position = 0;
     const bool found = file_.FindPosition(key, position) == HVC_OK && position == cursor.position();
-    if (records_ == 1) {
-      if (!found) problems_.Report(key, "the index does not lead to it");
-      return;
-    }
-    if (records_ > 2 && key == previous_) {
+    if (snapshot::IsReservedKey(key) || (entries_ > 1 && key == previous_)) {
       problems_.Report(key, "it is there twice");
     } else {
-      if (records_ > 2 && key < previous_) problems_.Report(key, "not in the order of the keys");
+      if (entries_ > 1 && key < previous_) problems_.Report(key, "not in the order of the keys");
       if (!found) problems_.Report(key, "the index does not lead to it");
     }
     previous_ = key;
@@ -122,7 +120,7 @@ class FileCheck {
 
   SnapshotFile &file_;
   Problems &problems_;
-  uint64_t records_ = 0;
+  uint64_t entries_ = 0;
   std::string previous_;
   std::map<std::string, PathTarget> sound_;
 };
