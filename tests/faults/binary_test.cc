@@ -21,10 +21,10 @@ struct Symbol {
   std::string kind;
 };
 
-// The symbols that kestrel defines for others.
-std::map<std::string, Symbol> ExportedSymbols() {
+// The symbols that a program or library defines for others.
+std::map<std::string, Symbol> SymbolsOf(const char *file) {
   const Outcome outcome = testing_support::Run(
-      {.program = "/usr/bin/env", .arguments = {"nm", "-D", "-S", "-t", "d", "--defined-only", KESTREL_PROGRAM}});
+      {.program = "/usr/bin/env", .arguments = {"nm", "-D", "-S", "-t", "d", "--defined-only", file}});
   EXPECT_EQ(outcome.exitStatus, 0) << outcome;
   std::map<std::string, Symbol> symbols;
   for (const std::string &line : Lines(outcome.output)) {
@@ -35,13 +35,21 @@ std::map<std::string, Symbol> ExportedSymbols() {
 }
 
 TEST(Binary, ShowsTheStatusTexts) {
-  const std::map<std::string, Symbol> symbols = ExportedSymbols();
+  const std::map<std::string, Symbol> symbols = SymbolsOf(KESTREL_PROGRAM);
   ASSERT_TRUE(symbols.contains("HVC_ReturnStatusToString"));
   EXPECT_EQ(symbols.at("HVC_ReturnStatusToString").kind, "T");
   ASSERT_TRUE(symbols.contains("returnStatusStrs"));
 #if !defined(__SANITIZE_ADDRESS__)  // which adds to the size of every object
   EXPECT_EQ(std::stoul(symbols.at("returnStatusStrs").size), 355 * sizeof(const char *));
 #endif
+}
+
+TEST(Binary, TheStandinHasAllThatTheLibraryHas) {
+  const std::map<std::string, Symbol> standin = SymbolsOf(STANDIN_LIBRARY);
+  const std::map<std::string, Symbol> library = SymbolsOf(PLATFORM_LIBRARY);
+  ASSERT_TRUE(library.contains("NODAL_Get"));
+  for (const auto &[name, symbol] : library)
+    EXPECT_TRUE(standin.contains(name)) << name;
 }
 
 #if !defined(__SANITIZE_ADDRESS__)

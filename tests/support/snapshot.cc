@@ -8,7 +8,8 @@
 namespace testing_support {
 
 void BuildSnapshot(const std::filesystem::path &json, const std::filesystem::path &snapshot) {
-  const Outcome outcome = Run({.program = NODAL_PROGRAM, .arguments = {"build", json.string(), "-o", snapshot.string()}});
+  const Outcome outcome =
+      Run({.program = NODAL_PROGRAM, .arguments = {"build", json.string(), "-o", snapshot.string()}});
   if (outcome.exitStatus != 0) throw std::runtime_error("nodal build " + json.string() + ": " + outcome.errors);
 }
 
