@@ -307,21 +307,30 @@ INSTANTIATE_TEST_SUITE_P(
         Csv("EightCharactersNeverMatch",
             StandinHost().Add({.id = 0, .tag = "12345678", .children = {1}}).Add({.id = 1, .tag = "12345678"}),
             {"-t", "-s", "name:tag"},
-            "gid,name,tag\n0,,12345678\n1,,12345678\nVirtual tags report\n1,12345678,1234567\n1,12345678,1234567\n"),
-        Csv("AsManyAsThereAreSlots", TaggedApart(511), {"-t", "-s", "tag"}, TaggedGroupRows(511) + TagRows(511)),
-        ReportCase{"OneMoreThanThereAreSlots",
-                   TaggedApart(512),
-                   {"-r", "group-stats", "-q", "-t", "-s", "tag"},
-                   TaggedGroupRows(511) + TagRows(511),
-                   "Maximum number of VTag exceeded\n",
-                   0},
-        ReportCase{"WithoutTheOptionThereAreNoSlots",
-                   TaggedApart(512),
-                   {"-r", "group-stats", "-q", "-s", "tag"},
-                   TaggedGroupRows(512),
-                   "",
-                   0}),
+            "gid,name,tag\n0,,12345678\n1,,12345678\nVirtual tags report\n1,12345678,1234567\n1,12345678,1234567\n")),
     NameOf<ReportCase>);
+
+TEST(GroupStatsTags, AreAsManyAsThereAreSlots) {
+  Check({"",
+         TaggedApart(511),
+         {"-r", "group-stats", "-q", "-t", "-s", "tag"},
+         TaggedGroupRows(511) + TagRows(511),
+         "",
+         0});
+}
+
+TEST(GroupStatsTags, BeyondTheSlotsHideTheirGroups) {
+  Check({"",
+         TaggedApart(513),
+         {"-r", "group-stats", "-q", "-t", "-s", "tag"},
+         TaggedGroupRows(511) + TagRows(511),
+         "Maximum number of VTag exceeded\nMaximum number of VTag exceeded\n",
+         0});
+}
+
+TEST(GroupStatsTags, TakeNoSlotsUnlessTheyAreAskedFor) {
+  Check({"", TaggedApart(512), {"-r", "group-stats", "-q", "-s", "tag"}, TaggedGroupRows(512), "", 0});
+}
 
 constexpr char kTable[] = R"(
  GROUP STATS: <time>

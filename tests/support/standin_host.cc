@@ -47,11 +47,12 @@ std::string SanitizerOptions() {
 
 StandinHost &StandinHost::AddBytes(std::string_view node, const std::vector<Instance> &arguments,
                                    std::string_view bytes) {
-  std::ostringstream line;
-  line << "record " << node << " [" << Joined(arguments, ",") << "] " << std::hex << std::setfill('0');
-  for (const char byte : bytes)
-    line << std::setw(2) << static_cast<unsigned>(static_cast<unsigned char>(byte));
-  script_ += line.str() + '\n';
+  script_ += "record " + std::string(node) + " [" + Joined(arguments, ",") + "] ";
+  for (const char byte : bytes) {
+    const auto value = static_cast<unsigned char>(byte);
+    script_ += {"0123456789abcdef"[value >> 4], "0123456789abcdef"[value & 15]};
+  }
+  script_ += '\n';
   return *this;
 }
 
