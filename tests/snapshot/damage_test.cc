@@ -25,17 +25,27 @@ class Damage : public testing::Test {
       EXPECT_TRUE(!host.heaps || host.heaps == kSmallHost.heaps);
       anythingLost_ = host != kSmallHost;
     }
-    // Going through the whole file ends, too.
-    SnapshotFile file;
-    if (file.Open(scratch_.Path("damaged").c_str()) == HVC_OK) {
-      static_cast<void>(file.TablesAreWhole());
-      static_cast<void>(file.CountUsedSlots());
-      SnapshotFile::Cursor cursor(file);
-      Value value;
-      while (cursor.Next() == HVC_OK)
-        static_cast<void>(cursor.Read(value));
-    }
+    if (status == HVC_OK) ReadThrough();
     return status;
+  }
+
+  // Going through the whole file ends, too.
+  void ReadThrough() {
+    SnapshotFile file;
+    ASSERT_EQ(file.Open(scratch_.Path("damaged").c_str()), HVC_OK);
+    static_cast<void>(file.TablesAreWhole());
+    static_cast<void>(file.CountUsedSlots());
+    SnapshotFile::Cursor cursor(file);
+    Value value;
+    while (cursor.Next() == HVC_OK)
+      static_cast<void>(cursor.Read(value));
+  }
+
+  // One bit of the byte, another for each.
+  std::string Flipped(size_t i) const {
+    std::string bytes = whole_;
+    bytes[i] = static_cast<char>(static_cast<unsigned char>(bytes[i]) ^ 1u << i % 8);
+    return bytes;
   }
 
   uint32_t EndOfRecords() const { return cdb_unpack(reinterpret_cast<const unsigned char *>(whole_.data())); }
@@ -64,41 +74,29 @@ TEST_F(Damage, ContinuedBeyondItsEnd) {
 
 TEST_F(Damage, EveryByteOfTheTableOfContents) {
   for (size_t i = 0; i < 2048; ++i) {
-    for (const unsigned flip : {0x01u, 0x80u, 0xffu}) {
-      std::string bytes = whole_;
-      bytes[i] = static_cast<char>(static_cast<unsigned char>(bytes[i]) ^ flip);
-      ASSERT_EQ(Check(bytes), HVC_SNAPSHOT_DAMAGED) << i;
-    }
+    ASSERT_EQ(Check(Flipped(i)), HVC_SNAPSHOT_DAMAGED) << i;
   }
 }
 
 TEST_F(Damage, EveryByteOfTheRecords) {
   for (size_t i = 2048; i < EndOfRecords(); ++i) {
-    for (const unsigned flip : {0x01u, 0x80u, 0xffu}) {
-      std::string bytes = whole_;
-      bytes[i] = static_cast<char>(static_cast<unsigned char>(bytes[i]) ^ flip);
-      const HVC_ReturnStatus status = Check(bytes);
-      ASSERT_TRUE(status != HVC_OK || anythingLost_) << "byte " << i << " may be anything";
-    }
+    const HVC_ReturnStatus status = Check(Flipped(i));
+    ASSERT_TRUE(status != HVC_OK || anythingLost_) << "byte " << i << " may be anything";
   }
 }
 
 TEST_F(Damage, EveryByteOfTheHashTables) {
   for (size_t i = EndOfRecords(); i < whole_.size(); ++i) {
-    for (const unsigned flip : {0x01u, 0x80u, 0xffu}) {
-      std::string bytes = whole_;
-      bytes[i] = static_cast<char>(static_cast<unsigned char>(bytes[i]) ^ flip);
-      // An overwritten empty slot does no harm.
-      const HVC_ReturnStatus status = Check(bytes);
-      ASSERT_TRUE(status == HVC_OK || status == HVC_SNAPSHOT_DAMAGED) << i;
-    }
+    // An overwritten empty slot does no harm.
+    const HVC_ReturnStatus status = Check(Flipped(i));
+    ASSERT_TRUE(status == HVC_OK || status == HVC_SNAPSHOT_DAMAGED) << i;
   }
 }
 
 TEST_F(Damage, ManyBytesAtOnce) {
   uint32_t state = 12345;
   const auto random = [&state] { return state = state * 1664525 + 1013904223, state >> 8; };
-  for (int round = 0; round < 2000; ++round) {
+  for (int round = 0; round < 500; ++round) {
     std::string bytes = whole_;
     for (uint32_t n = random() % 64; n > 0; --n)
       bytes[2048 + random() % (bytes.size() - 2048)] = static_cast<char>(random());
