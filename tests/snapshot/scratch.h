@@ -29,6 +29,8 @@ class Scratch {
   std::string Path(const std::string &name) const { return folder_ + "/" + name; }
 
   std::string Write(const std::string &name, const std::string &bytes) const {
+    // Some file systems wait for the disk when a file is emptied and written again, but not for a new one.
+    std::filesystem::remove(Path(name));
     std::ofstream(Path(name), std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     return Path(name);
   }
