@@ -103,7 +103,7 @@ StandinRun RunKestrel(const StandinHost &host, const std::vector<std::string> &a
 
   StandinRun run;
   run.outcome = Run({
-      .program = KESTREL_PROGRAM,
+      .program = options.program.empty() ? KESTREL_PROGRAM : options.program,
       .arguments = arguments,
       .environment = {{"LD_PRELOAD", STANDIN_LIBRARY},
                       {"STANDIN_SCRIPT", script},

@@ -73,13 +73,14 @@ void SetText(char (&field)[size], std::string_view text) {
   std::memcpy(field, text.data(), text.size() < size ? text.size() : size);
 }
 
-// A run of kestrel, with the times in its output masked.
+// A run of a program, with the times in its output masked.
 struct StandinRun {
   Outcome outcome;
   std::vector<std::string> calls;  // the stand-in's log
 };
 
 struct RunOptions {
+  std::string program = {};  // instead of kestrel
   OutputTo output = OutputTo::kPipe;
   bool errorsToOutput = false;
 };
