@@ -179,7 +179,7 @@ bool SnapshotFile::TablesAreWhole() {
 uint64_t SnapshotFile::CountUsedSlots() const {
   uint64_t used = 0;
   for (uint32_t slot = cdb_.cdb_dend; slot < cdb_.cdb_fsize; slot += kSlotBytes) {
-    if (Integer(slot + 4) != 0) ++used;
+    if (Integer(slot) != 0 || Integer(slot + 4) != 0) ++used;
   }
   return used;
 }

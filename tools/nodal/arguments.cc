@@ -34,14 +34,16 @@ std::string ShownForm(const Argument &argument) {
 
 std::string PathOf(const Node &node, const Arguments &arguments) {
   platkit::PathWriter path;
-  if (arguments.size() >= node.pathArguments) {
-    platkit::WritePath(node, ParamsOf(arguments), path);
-    return std::string(path.view());
-  }
-  std::string start;
+  platkit::WritePath(node, ParamsOf(arguments), path);
+  return std::string(path.view());
+}
+
+std::string InstancePath(const Node &node, const Arguments &arguments) {
+  if (arguments.size() > node.pathArguments) return PathOf(node, arguments);
+  std::string path;
   for (size_t i = 0; i < arguments.size(); ++i)
-    start += std::string(node.pieces[i]) + PathForm(arguments[i]);
-  return start;
+    path += std::string(node.pieces[i]) + PathForm(arguments[i]);
+  return path;
 }
 
 }  // namespace nodal

@@ -31,8 +31,11 @@ std::string PathForm(const Argument &argument);
 // As it is shown to people.
 std::string ShownForm(const Argument &argument);
 
-// The path of a node with its arguments; with fewer arguments than it takes, the start of the path, up to the last one.
+// The path of a node with all its arguments.
 std::string PathOf(const Node &node, const Arguments &arguments);
+
+// The start of such a path, up to the last of the arguments that are given.
+std::string InstancePath(const Node &node, const Arguments &arguments);
 
 }  // namespace nodal
 

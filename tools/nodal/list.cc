@@ -59,7 +59,9 @@ class Lister {
   std::vector<Child> Children() {
     for (const Shape &shape : Shape::All())
       AddShape(shape);
-    if (!found_) throw Failure(path_.empty() ? "/" : path_, HVC_NOT_FOUND);
+    if (!isFolder_ && children_.empty()) throw Failure(path_.empty() ? "/" : path_, HVC_NOT_FOUND);
+    // Like a file, a node with nothing below it is listed itself.
+    if (isFolder_) std::erase_if(children_, [this](const Child &child) { return child.name == path_; });
     // Names that are fixed stand in the order of the alphabet, instances in that of the kernel.
     if (!areInstances_) std::ranges::sort(children_, {}, &Child::name);
     return std::move(children_);
@@ -74,7 +76,7 @@ class Lister {
       AddLeaf(shape, arguments, path_);
       return;
     }
-    found_ = true;
+    isFolder_ = true;
     const std::string_view next = parts[parts_.size()];
     const bool isLeaf = parts.size() == parts_.size() + 1;
     if (!IsArgument(next)) {
@@ -132,7 +134,6 @@ class Lister {
       size = std::to_string(entries.size());
     }
     if (status == HVC_NOT_FOUND) return;
-    found_ = true;
     Child &child = ChildNamed(name);
     child.kind = shape.asRecord ? "record" : "list";
     child.size = status == HVC_OK ? size : "?";
@@ -142,7 +143,7 @@ class Lister {
   std::vector<std::string_view> parts_;
   HostTree tree_;
   Instances instances_{tree_};
-  bool found_ = false;
+  bool isFolder_ = false;
   bool areInstances_ = false;
   std::vector<Child> children_;
   std::map<std::string, size_t> places_;

@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <exception>
+#include <sstream>
 #include <string>
 
 #include "platkit/catalogue.h"
@@ -86,7 +87,9 @@ int Run(int argc, char **argv) {
   } catch (const CLI::RuntimeError &) {
     status = kFailure;
   } catch (const CLI::Success &request) {
-    app.exit(request);  // help or version, to standard output
+    std::ostringstream text;  // help or version
+    app.exit(request, text, text);
+    nodal::Print(text.str());
   } catch (const CLI::ParseError &error) {
     nodal::Complain(error.what());
     return kUsage;

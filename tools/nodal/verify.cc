@@ -174,7 +174,7 @@ class ReferenceCheck {
                                 ? "not listed in " + PathOf(*list, {outer.begin(), outer.begin() + list->pathArguments})
                             : what == "group" ? "not reached from group 0"
                                               : "no such instance is known";
-    problems_.Report(PathOf(node, whole), std::string(what) + " " + ShownForm(argument) + ": " + why);
+    problems_.Report(InstancePath(node, whole), std::string(what) + " " + ShownForm(argument) + ": " + why);
   }
 
   void CheckList(const std::string &path, const Node &list, const Arguments &arguments) {
@@ -203,7 +203,7 @@ class ReferenceCheck {
       anythingIsExpected = true;
       Arguments arguments(outer.begin(), outer.begin() + static_cast<std::ptrdiff_t>(place));
       arguments.push_back(instance);
-      if (AnythingBelow(PathOf(node, arguments))) return;
+      if (AnythingBelow(InstancePath(node, arguments))) return;
     }
     if (anythingIsExpected) problems_.Report(path, how + " " + Named(what, instance) + ", of which there is nothing");
   }

@@ -1,0 +1,142 @@
+// What is wrong with a JSON file is told exactly, and nothing is left of the snapshot.
+#include "tests/nodal/program.h"
+
+namespace {
+
+// The message for a JSON file, behind the program's and the file's names.
+std::string Complaint(const std::string &json) {
+  const Scratch scratch;
+  const std::string source = scratch.Write("host.json", json);
+  const Outcome outcome = Nodal("build " + source + " -o " + scratch.Path("host.nodal"));
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_EQ(scratch.Names(), std::vector<std::string>{"host.json"});
+  const std::string start = "nodal: " + source;
+  EXPECT_TRUE(outcome.err.starts_with(start)) << outcome.err;
+  return outcome.err.substr(std::min(start.size(), outcome.err.size()));
+}
+
+std::string NodesComplaint(const std::string &nodes) { return Complaint(HostOf(nodes)); }
+
+TEST(Build, Syntax) {
+  EXPECT_EQ(Complaint("{\n  \"format\": 1,\n  \"nodes\": {]\n}"),
+            ":3:13: syntax error while parsing object key - unexpected ']'; expected string literal\n");
+  EXPECT_EQ(Complaint(""),
+            ":1:1: syntax error while parsing value - unexpected end of input; expected '[', '{', or a literal\n");
+  EXPECT_EQ(Complaint("{\"a\": \"\xff\"}"),
+            ":1:8: syntax error while parsing value - invalid string: ill-formed UTF-8 byte; last read: '\"?'\n");
+}
+
+TEST(Build, Frame) {
+  EXPECT_EQ(Complaint("[]"), ": an array is not an object\n");
+  EXPECT_EQ(Complaint("{}"), ": the key 'format' is missing\n");
+  EXPECT_EQ(Complaint(R"({"format": 2})"), ": format: 2 is not 1\n");
+  EXPECT_EQ(Complaint(R"({"format": 1, "node": {}})"), ": no such key: 'node'\n");
+  EXPECT_EQ(Complaint(R"({"format": 1, "nodes": []})"), ": an array is not an object\n");
+  EXPECT_EQ(Complaint(R"({"format": 1, "host": 7})"), ": host: 7 is not a string\n");
+  EXPECT_EQ(Complaint(R"({"format": 1, "host": "a\u0000b"})"), ": host: a NUL stands in the text\n");
+  EXPECT_EQ(Complaint(R"({"format": 1, "host": ")" + std::string(256, 'x') + "\"}"), ": host: longer than 255 bytes\n");
+}
+
+TEST(Build, Keys) {
+  EXPECT_EQ(Complaint(R"({"format": 1, "format": 1})"), ": the key 'format' stands twice\n");
+  EXPECT_EQ(NodesComplaint(R"("/system/heaps": [], "/system/heaps": [])"),
+            ": nodes: the key '/system/heaps' stands twice\n");
+  EXPECT_EQ(NodesComplaint(R"("/sched/groups/4/groupFlags": {"flags": 1, "flags": 2})"),
+            ": /sched/groups/4/groupFlags: the key 'flags' stands twice\n");
+}
+
+TEST(Build, Paths) {
+  EXPECT_EQ(NodesComplaint(R"("/sched/groups/04/groupFlags": {})"), ": /sched/groups/04/groupFlags: no such node\n");
+  EXPECT_EQ(NodesComplaint(R"("host": {"type": "H", "hex": ""})"), ": host: no such node\n");
+  EXPECT_EQ(NodesComplaint(R"("nodal-snapshot": {"type": "H", "hex": ""})"), ": nodal-snapshot: no such node\n");
+  EXPECT_EQ(NodesComplaint(R"("/a\nb": [])"), ": /a?b: no such node\n");
+  EXPECT_EQ(Complaint(R"({"format": 1, "hexNodes": {"2f61": {"type": "R", "hex": ""}}})"),
+            ": 2f61: a key in UTF-8 stands in 'nodes'\n");
+}
+
+TEST(Build, RawValues) {
+  EXPECT_EQ(NodesComplaint(R"("/a": {"hex": "00"})"), ": /a: a raw value has a 'type' and a 'hex', and no more\n");
+  EXPECT_EQ(NodesComplaint(R"("/a": {"hex": "00", "type": "X"})"),
+            ": /a: \"X\" is not a type of value: R, I, T or H\n");
+  EXPECT_EQ(NodesComplaint(R"("/a": {"hex": "0", "type": "R"})"),
+            ": /a: \"0\" is not a string of pairs of the digits 0-9 and a-f\n");
+}
+
+TEST(Build, Fields) {
+  const auto alloc = [](const std::string &fields) {
+    return NodesComplaint("\"/sched/groups/4/memAllocationInKB\": " + fields);
+  };
+  const std::string path = ": /sched/groups/4/memAllocationInKB: ";
+  const std::string u64 = " is not a whole number from 0 to 18446744073709551615, or -1\n";
+  EXPECT_EQ(alloc("[1]"), path + "an array is not an object\n");
+  EXPECT_EQ(alloc(R"({"mim": 1})"), path + "no field 'mim' in GroupAllocRecord\n");
+  EXPECT_EQ(alloc(R"({"min": 1.5})"), path + "field 'min': 1.5" + u64);
+  EXPECT_EQ(alloc(R"({"min": -2})"), path + "field 'min': -2" + u64);
+  EXPECT_EQ(alloc(R"({"min": "1"})"), path + "field 'min': \"1\"" + u64);
+  EXPECT_EQ(alloc(R"({"min": null})"), path + "field 'min': null" + u64);
+  EXPECT_EQ(alloc(R"({"min": {}})"), path + "field 'min': an object" + u64);
+  EXPECT_EQ(alloc(R"({"min": 18446744073709551616})"), path + "field 'min': 1.8446744073709552e+19" + u64);
+  EXPECT_EQ(alloc(R"({"shares": 2147483648})"),
+            path + "field 'shares': 2147483648 is not a whole number from -2147483648 to 2147483647\n");
+  EXPECT_EQ(alloc(R"({"shares": -2147483649})"),
+            path + "field 'shares': -2147483649 is not a whole number from -2147483648 to 2147483647\n");
+  EXPECT_EQ(alloc(R"({"unread_28": "00"})"), path + "field 'unread_28': 1 bytes do not fill 4\n");
+  EXPECT_EQ(NodesComplaint(R"("/memory/memNodes/0": {"numaNode": 256})"),
+            ": /memory/memNodes/0: field 'numaNode': 256 is not a whole number from 0 to 255, or -1\n");
+}
+
+TEST(Build, TextFields) {
+  const std::string path = ": /sched/groups/4/groupTag: field 'tag': ";
+  EXPECT_EQ(NodesComplaint(R"("/sched/groups/4/groupTag": {"tag": "ninechars"})"),
+            path + "the text has 9 bytes, the field 8\n");
+  EXPECT_EQ(NodesComplaint(R"("/sched/groups/4/groupTag": {"tag": "a\u0000b"})"), path + "a NUL stands in the text\n");
+  EXPECT_EQ(NodesComplaint(R"("/sched/groups/4/groupTag": {"tag": {"hex": "61"}})"), path + "1 bytes do not fill 8\n");
+  EXPECT_EQ(NodesComplaint(R"("/sched/groups/4/groupTag": {"tag": 5})"), path + "5 is not a string\n");
+}
+
+TEST(Build, Entries) {
+  const std::string path = ": /system/buddy/b/comprehensive: field 'sizes': ";
+  EXPECT_EQ(NodesComplaint(R"("/system/buddy/b/comprehensive": {"sizes": 1})"), path + "1 is not an array\n");
+  EXPECT_EQ(NodesComplaint(R"("/system/buddy/b/comprehensive": {"sizes": [{}, {"fre": 1}]})"),
+            path + "entry 1: no field 'fre' in BuddySizeRecord\n");
+  std::string twenty = "{}";
+  for (int i = 1; i < 20; ++i)
+    twenty += ", {}";
+  EXPECT_EQ(NodesComplaint(R"("/system/buddy/b/comprehensive": {"sizes": [)" + twenty + "]}"),
+            path + "20 entries, more than 19\n");
+}
+
+TEST(Build, Lists) {
+  EXPECT_EQ(NodesComplaint(R"("/system/heaps": {"name": "x"})"), ": /system/heaps: an object is not an array\n");
+  EXPECT_EQ(NodesComplaint(R"("/system/heaps": ["a", 1])"), ": /system/heaps: entry 1: 1 is not a string\n");
+  EXPECT_EQ(NodesComplaint(R"("/system/heaps": ["a\u0000"])"), ": /system/heaps: entry 0: a NUL stands in the text\n");
+  EXPECT_EQ(NodesComplaint(R"("/hardware/nvd/dimm": [1, 9223372036854775808])"),
+            ": /hardware/nvd/dimm: entry 1: 9223372036854775808 is not a whole number from -9223372036854775808 to "
+            "9223372036854775807\n");
+}
+
+TEST(Build, FilesThatCannotBeHad) {
+  const Scratch scratch;
+  const std::string missing = scratch.Path("missing");
+  EXPECT_EQ(Nodal("build " + missing + " -o " + scratch.Path("x")).err,
+            "nodal: " + missing + ": No such file or directory\n");
+  EXPECT_EQ(Nodal("build " + scratch.folder() + " -o " + scratch.Path("x")).err,
+            "nodal: " + scratch.folder() + ": Is a directory\n");
+  const std::string source = scratch.Write("host.json", HostOf(""));
+  EXPECT_EQ(Nodal("build " + source + " -o " + missing + "/x").err, "nodal: " + missing + "/x: Not found\n");
+  EXPECT_EQ(Nodal("build " + source + " -o /dev/null").err, "nodal: /dev/null: Already exists\n");
+  EXPECT_EQ(scratch.Names(), std::vector<std::string>{"host.json"});
+}
+
+TEST(Build, AFullDisk) {
+  const Scratch scratch;
+  const std::string source = scratch.Write("host.json", HostOf(""));
+  const Outcome outcome = Nodal("--version >/dev/null; ulimit -f 1; " NODAL_PROGRAM " build " + source + " -o " +
+                                scratch.Path("host.nodal"));
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "nodal: " + scratch.Path("host.nodal") + ": Write error\n");
+  EXPECT_EQ(scratch.Names(), std::vector<std::string>{"host.json"});
+}
+
+}  // namespace

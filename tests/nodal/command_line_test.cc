@@ -1,0 +1,63 @@
+#include "platkit/version.h"
+#include "tests/nodal/program.h"
+
+namespace {
+
+TEST(CommandLine, Usage) {
+  for (const char *words : {"", "frobnicate", "get", "dump", "build x", "ls --frob", "--cache a --root b ls",
+                            "get --raw --json /x", "--cache '' ls"}) {
+    const Outcome outcome = Nodal(words);
+    EXPECT_EQ(outcome.status, 2) << words;
+    EXPECT_EQ(outcome.out, "") << words;
+    EXPECT_TRUE(outcome.err.starts_with("nodal: ")) << words << ": " << outcome.err;
+  }
+}
+
+TEST(CommandLine, HelpAndVersion) {
+  const Outcome help = Nodal("--help");
+  EXPECT_EQ(help.status, 0);
+  for (const char *command : {"ls", "get", "dump", "build", "verify", "--cache", "--root"})
+    EXPECT_NE(help.out.find(command), std::string::npos) << command;
+  EXPECT_EQ(Nodal("get --help").status, 0);
+  const Outcome version = Nodal("--version");
+  EXPECT_EQ(version.status, 0);
+  EXPECT_TRUE(version.out.starts_with("nodal " PLATKIT_VERSION ", definitions ")) << version.out;
+}
+
+TEST(CommandLine, OutputThatCannotBeWritten) {
+  for (const std::string words : {"dump " SAMPLE_SNAPSHOT, "--cache " SAMPLE_SNAPSHOT " ls /sched", "--help",
+                                  "--version", "verify " SAMPLE_SNAPSHOT}) {
+    const Outcome full = Nodal(words + " >/dev/full");
+    EXPECT_EQ(full.status, 1) << words;
+    EXPECT_EQ(full.err, "nodal: standard output: No space left on device\n");
+    const Outcome closed = Nodal(words + " >&-");
+    EXPECT_EQ(closed.status, 1) << words;
+    EXPECT_EQ(closed.err, "nodal: standard output: Bad file descriptor\n");
+  }
+  const Outcome pipe = Nodal("dump " SAMPLE_SNAPSHOT " | true; exit ${PIPESTATUS:-0}");
+  EXPECT_TRUE(pipe.err.empty() || pipe.err == "nodal: standard output: Broken pipe\n") << pipe.err;
+}
+
+// Were descriptor 1 free, the snapshot would be it, and the message or the dump would go into the file.
+TEST(CommandLine, ClosedDescriptorsAreNotMistakenForFiles) {
+  const Scratch scratch;
+  const std::string source = scratch.Write("host.json", HostOf(""));
+  EXPECT_EQ(Nodal("build " + source + " -o " + scratch.Path("open")).status, 0);
+  EXPECT_EQ(Nodal("build " + source + " -o " + scratch.Path("closed") + " <&- 2>&-").status, 0);
+  EXPECT_EQ(Contents(scratch.Path("open")), Contents(scratch.Path("closed")));
+  EXPECT_EQ(Nodal("build - -o " + scratch.Path("none") + " <&-").err, "nodal: -: Bad file descriptor\n");
+}
+
+TEST(CommandLine, SnapshotsThatCannotBeOpened) {
+  const Scratch scratch;
+  const std::string missing = scratch.Path("missing");
+  const std::string other = scratch.Write("other", std::string(5000, 'x'));
+  for (const std::string words : {"dump ", "verify ", "ls --cache ", "get /system/heaps --cache "}) {
+    const Outcome none = Nodal(words + missing);
+    EXPECT_EQ(none.status, 1);
+    EXPECT_EQ(none.err, "nodal: " + missing + ": Not found\n");
+    EXPECT_EQ(Nodal(words + other).err, "nodal: " + other + ": Not a system-information snapshot\n");
+  }
+}
+
+}  // namespace

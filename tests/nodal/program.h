@@ -1,0 +1,38 @@
+// Runs nodal as a shell does.
+#ifndef TESTS_NODAL_PROGRAM_H
+#define TESTS_NODAL_PROGRAM_H
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "tests/snapshot/scratch.h"
+
+struct Outcome {
+  int status = -1;
+  std::string out;
+  std::string err;
+};
+
+// `words` as they are typed behind the program's name, redirections included.
+inline Outcome Nodal(const std::string &words) {
+  const Scratch scratch;
+  const std::string command = std::string(NODAL_PROGRAM) + " " + words;
+  const std::string redirected = "{ " + command + "\n} >'" + scratch.Path("out") + "' 2>'" + scratch.Path("err") + "'";
+  const int status = std::system(redirected.c_str());
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Contents(scratch.Path("out")), Contents(scratch.Path("err"))};
+}
+
+// Builds a snapshot of the JSON text; the file's path.
+inline std::string Built(const Scratch &scratch, const std::string &json, const std::string &name = "host.nodal") {
+  const std::string source = scratch.Write(name + ".json", json);
+  const Outcome outcome = Nodal("build " + source + " -o " + scratch.Path(name));
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  return scratch.Path(name);
+}
+
+inline std::string HostOf(const std::string &nodes) { return R"({"format": 1, "nodes": {)" + nodes + "}}"; }
+
+#endif  // TESTS_NODAL_PROGRAM_H
