@@ -81,7 +81,7 @@ TEST(Build, Fields) {
             path + "field 'shares': 2147483648 is not a whole number from -2147483648 to 2147483647\n");
   EXPECT_EQ(alloc(R"({"shares": -2147483649})"),
             path + "field 'shares': -2147483649 is not a whole number from -2147483648 to 2147483647\n");
-  EXPECT_EQ(alloc(R"({"unread_28": "00"})"), path + "field 'unread_28': 1 bytes do not fill 4\n");
+  EXPECT_EQ(alloc(R"({"unread_28": "00"})"), path + "field 'unread_28': the value has 1 bytes, the field 4\n");
   EXPECT_EQ(NodesComplaint(R"("/memory/memNodes/0": {"numaNode": 256})"),
             ": /memory/memNodes/0: field 'numaNode': 256 is not a whole number from 0 to 255, or -1\n");
 }
@@ -91,7 +91,8 @@ TEST(Build, TextFields) {
   EXPECT_EQ(NodesComplaint(R"("/sched/groups/4/groupTag": {"tag": "ninechars"})"),
             path + "the text has 9 bytes, the field 8\n");
   EXPECT_EQ(NodesComplaint(R"("/sched/groups/4/groupTag": {"tag": "a\u0000b"})"), path + "a NUL stands in the text\n");
-  EXPECT_EQ(NodesComplaint(R"("/sched/groups/4/groupTag": {"tag": {"hex": "61"}})"), path + "1 bytes do not fill 8\n");
+  EXPECT_EQ(NodesComplaint(R"("/sched/groups/4/groupTag": {"tag": {"hex": "61"}})"),
+            path + "the value has 1 bytes, the field 8\n");
   EXPECT_EQ(NodesComplaint(R"("/sched/groups/4/groupTag": {"tag": 5})"), path + "5 is not a string\n");
 }
 

@@ -96,7 +96,7 @@ TEST(Get, Record) {
                      "e45a7b90-62cf-4d13-a7e8-18b3f0c95d23/info")
                 .out,
             "size              1342177280  bytes        size\n"
-            "reservedBlocks           256  2 MB blocks  reserved\n"
+            "reservedBlocks           768  2 MB blocks  reserved\n"
             "flags                   0x83               state of the region: a mask of HVC_REGION_... bits\n"
             "openCount                  4               times opened\n"
             "allocatedBlocks          640  2 MB blocks  allocated\n"

@@ -29,7 +29,7 @@ TEST(Text, Hex) {
 
 TEST(Text, Statuses) {
   EXPECT_EQ(StatusText(HVC_NOT_FOUND), "Not found");
-  EXPECT_EQ(StatusText(0x0bad00ff), "Status 195887359");
+  EXPECT_EQ(StatusText(0x0bad0163), "Status 195887459");
 }
 
 }  // namespace

@@ -127,7 +127,7 @@ TEST_F(Damaged, RecordThatReachesTooFar) {
   EXPECT_TRUE(outcome.err.ends_with(": Snapshot is damaged\n"));
   bytes_[PositionOf("time") + 4 + 1] ^= 1;
   bytes_[PositionOf("/hardware/nvd/dimm") + 4 + 3] ^= 1;
-  EXPECT_EQ(Problems(scratch_.Write("damaged", bytes_)), "record 2: it does not end where the records end\n");
+  EXPECT_EQ(Problems(scratch_.Write("damaged", bytes_)), "entry 1: it does not end where the records end\n");
 }
 
 TEST_F(Damaged, SlotThatLeadsNowhere) {
@@ -138,7 +138,9 @@ TEST_F(Damaged, SlotThatLeadsNowhere) {
   const size_t place = bytes_.find(std::string(reinterpret_cast<const char *>(slot), sizeof slot), EndOfRecords());
   ASSERT_NE(place, std::string::npos);
   bytes_[place] ^= 1;
-  EXPECT_EQ(Problems(scratch_.Write("damaged", bytes_)), "/hardware/nvd/dimm: the index does not lead to it\n");
+  EXPECT_EQ(Problems(scratch_.Write("damaged", bytes_)),
+            "/hardware/nvd/dimm: the index does not lead to it\n"
+            "index: a hash table is damaged\n");
 }
 
 TEST_F(Damaged, KeysThatAreNotInOrder) {

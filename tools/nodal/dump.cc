@@ -1,4 +1,7 @@
 // nodal dump: a snapshot as JSON.
+#include <cstring>
+#include <optional>
+
 #include "platkit/path.h"
 #include "platkit/snapshot/snapshot_file.h"
 #include "tools/nodal/commands.h"
@@ -77,14 +80,14 @@ bool IsHeaderKey(std::string_view key) {
 bool PrintNodes(const std::string &path, const SnapshotFile &file, bool utf8) {
   SnapshotFile::Cursor cursor(file);
   HVC_ReturnStatus status = HVC_OK;
-  std::string previous;
+  std::optional<std::string> previous;
   const char *separator = "\n";
   bool others = false;
   while ((status = cursor.Next()) == HVC_OK) {
     const std::string key(cursor.key());
     Value value;
     if (cursor.Read(value) != HVC_OK) throw Failure(path, key + ": " + StatusText(HVC_SNAPSHOT_DAMAGED));
-    const bool ascending = previous.empty() || previous < key;
+    const bool ascending = !previous || *previous < key;
     if (!ascending || snapshot::IsReservedKey(key)) throw Failure(path, key + ": not in the order of the keys");
     previous = key;
     if (IsHeaderKey(key)) continue;

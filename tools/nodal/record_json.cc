@@ -86,7 +86,8 @@ std::string HexFromJson(const Json &json) {
 void GapFromJson(const Json &json, std::span<std::byte> bytes) {
   const std::string gap = HexFromJson(json);
   if (gap.size() != bytes.size()) {
-    throw InvalidJson(std::to_string(gap.size()) + " bytes do not fill " + std::to_string(bytes.size()));
+    throw InvalidJson("the value has " + std::to_string(gap.size()) + " bytes, the field " +
+                      std::to_string(bytes.size()));
   }
   std::memcpy(bytes.data(), gap.data(), gap.size());
 }

@@ -2,7 +2,9 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <memory>
 #include <set>
+#include <span>
 #include <vector>
 
 #include "platkit/snapshot/snapshot_file.h"
@@ -183,7 +185,7 @@ class ReferenceCheck {
     std::set<Argument> seen;
     for (const Argument &entry : entries) {
       if (!seen.insert(entry).second) problems_.Report(path, Named(list.entry.what, entry) + " is listed twice");
-      CheckNamed(path, "lists", list.entry.what, arguments, list, entry);
+      CheckNamed(path, "lists", {list.arguments.data(), list.pathArguments}, arguments, list.entry.what, entry);
       if (list.name == "system_buddy") CheckMemNode(path, entry);
       if (list.name == "sched_groups_members_groups") parents_[entry.integer].push_back(arguments[0].integer);
     }
@@ -193,27 +195,30 @@ class ReferenceCheck {
     return std::string(what) + " " + ShownForm(argument);
   }
 
-  // Something is stored for an instance that is named. `outer` are the arguments of the naming node.
-  void CheckNamed(const std::string &path, const std::string &how, std::string_view what, const Arguments &outer,
-                  const Node &naming, const Argument &instance) {
+  // What stands before an argument in a path.
+  using Outer = std::span<const platkit::Instance>;
+
+  // Something is stored for an instance that is named at `path`. `outer` says what the arguments before it are.
+  void CheckNamed(const std::string &path, const std::string &how, Outer outer, const Arguments &outerArguments,
+                  std::string_view what, const Argument &instance) {
     bool anythingIsExpected = false;
     for (const Node &node : platkit::Nodes()) {
-      const auto place = PlaceOf(what, naming, node);
+      const auto place = PlaceOf(what, outer, node);
       if (place == Node::kMostArguments) continue;
       anythingIsExpected = true;
-      Arguments arguments(outer.begin(), outer.begin() + static_cast<std::ptrdiff_t>(place));
+      Arguments arguments(outerArguments.begin(), outerArguments.begin() + static_cast<std::ptrdiff_t>(place));
       arguments.push_back(instance);
       if (AnythingBelow(InstancePath(node, arguments))) return;
     }
     if (anythingIsExpected) problems_.Report(path, how + " " + Named(what, instance) + ", of which there is nothing");
   }
 
-  // Which argument of `node` is such an instance, with the same arguments before it as the naming node has.
-  static size_t PlaceOf(std::string_view what, const Node &naming, const Node &node) {
+  // Which argument of `node` is such an instance, with the first of `outer` before it.
+  static size_t PlaceOf(std::string_view what, Outer outer, const Node &node) {
     const size_t arguments = std::max(node.listArguments(), node.recordArguments());
-    for (size_t i = 0; i < arguments && i <= naming.pathArguments; ++i) {
+    for (size_t i = 0; i < arguments; ++i) {
       if (node.arguments[i].what == what) return i;
-      if (node.arguments[i].what != naming.arguments[i].what) break;
+      if (i == outer.size() || node.arguments[i].what != outer[i].what) break;
     }
     return Node::kMostArguments;
   }
@@ -227,8 +232,7 @@ class ReferenceCheck {
   void CheckMemNode(const std::string &path, const Argument &buddy) {
     const std::optional<int64_t> memNode = MemNodeOf(buddy.text);
     if (!memNode) return;
-    CheckNamed(path, Named("buddy", buddy) + " serves", "memNode", {}, *platkit::FindNode("system_buddy"),
-               IntArgument(*memNode));
+    CheckNamed(path, Named("buddy", buddy) + " serves", {}, {}, "memNode", IntArgument(*memNode));
   }
 
   // Groups that are neither a VM nor a user world have no leader, whatever stands there.
@@ -238,13 +242,13 @@ class ReferenceCheck {
     if (GetRecord(tree_, "sched_groups_groupFlags", group, flags) != HVC_OK) return;
     if ((flags.flags & (HVC_GROUP_VM | HVC_GROUP_USER_WORLD)) == 0) return;
     if (GetRecord(tree_, "sched_groups_groupLeaderID", group, leader) != HVC_OK) return;
-    CheckNamed(path, "names", "client", {}, *platkit::FindNode("system_heaps"), IntArgument(leader.leaderID));
+    CheckNamed(path, "names", {}, {}, "client", IntArgument(leader.leaderID));
   }
 
   void CheckMonitor(const std::string &path, const Arguments &client) {
     VmmLeaderIDRecord monitor;
     if (GetRecord(tree_, "worldGroups_vmmLeaderID", client, monitor) != HVC_OK) return;
-    CheckNamed(path, "names", "client", {}, *platkit::FindNode("system_heaps"), IntArgument(monitor.vmmLeaderID));
+    CheckNamed(path, "names", {}, {}, "client", IntArgument(monitor.vmmLeaderID));
   }
 
   // Every group but the first has one parent, and names it.
