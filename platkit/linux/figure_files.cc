@@ -1,0 +1,76 @@
+#include "platkit/linux/figure_files.h"
+
+#include <charconv>
+
+namespace platkit {
+namespace {
+
+constexpr std::string_view kBlanks = " \t\n";
+
+// A control group without a limit reads as the highest multiple of the page size below 2^63, whatever that size.
+constexpr uint64_t kUnlimitedFrom = (uint64_t{1} << 63) - (uint64_t{1} << 20);
+
+std::string_view Trim(std::string_view text) {
+  const size_t first = text.find_first_not_of(kBlanks);
+  return first == std::string_view::npos ? std::string_view()
+                                         : text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
+}
+
+Figure ParseKeyedFigure(std::string_view text) {
+  if (text.ends_with(" kB")) text.remove_suffix(3);
+  uint64_t value = 0;
+  return ParseNumber(text, value) ? Figure(value) : Figure::Unreadable();
+}
+
+}  // namespace
+
+bool ParseNumber(std::string_view text, uint64_t &value) {
+  text = Trim(text);
+  const char *end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  return error == std::errc() && stop == end;
+}
+
+Figure ParseAmount(std::string_view text) {
+  if (Trim(text) == "max") return Figure::Unlimited();
+  uint64_t value = 0;
+  if (!ParseNumber(text, value)) return Figure::Unreadable();
+  return value >= kUnlimitedFrom ? Figure::Unlimited() : Figure(value);
+}
+
+Figure ReadAmount(HostFiles &files, const HostPath &path) {
+  char buffer[64];
+  std::string_view text;
+  const HVC_ReturnStatus status = files.ReadShort(path, buffer, text);
+  if (status == HVC_NOT_FOUND) return Figure();
+  return status == HVC_OK ? ParseAmount(text) : Figure::Unreadable();
+}
+
+bool SplitKey(std::string_view line, std::string_view &key, std::string_view &rest) {
+  const size_t end = line.find_first_of(": \t");
+  if (end == 0 || end == std::string_view::npos) return false;
+  key = line.substr(0, end);
+  rest = Trim(line.substr(end + 1));
+  return true;
+}
+
+void TakeFigure(std::string_view key, std::string_view rest, std::span<const WantedFigure> wanted) {
+  for (const WantedFigure &want : wanted) {
+    if (want.key != key) continue;
+    if (want.figure->isAbsent()) *want.figure = ParseKeyedFigure(rest);
+    return;
+  }
+}
+
+void ReadFigures(HostFiles &files, const HostPath &path, std::span<const WantedFigure> wanted) {
+  LineReader lines(files, path);
+  std::string_view line, key, rest;
+  while (lines.Next(line)) {
+    if (SplitKey(line, key, rest)) TakeFigure(key, rest, wanted);
+  }
+  if (lines.status() == HVC_OK || lines.status() == HVC_NOT_FOUND) return;
+  for (const WantedFigure &want : wanted)
+    *want.figure = want.figure->IfAbsent(Figure::Unreadable());
+}
+
+}  // namespace platkit

@@ -1,0 +1,61 @@
+// The records of scheduler groups, made from the figures of the host.
+//
+// What is read of a group is kept for all its records, and each of these is given from what is kept once: the same
+// record asked for again is made from figures read anew.
+#ifndef PLATKIT_LINUX_GROUP_RECORDS_H
+#define PLATKIT_LINUX_GROUP_RECORDS_H
+
+#include <optional>
+
+#include "platkit/linux/group_tree.h"
+#include "platkit/linux/meminfo.h"
+#include "platkit/linux/page_sharing.h"
+#include "platkit/param_list.h"
+#include "platkit/records.h"
+
+namespace platkit {
+
+// Records come filled with zeros, which stand for what Linux has no counterpart of.
+class GroupRecords {
+ public:
+  GroupRecords(HostFiles &files, GroupTree &tree, PageSharing &sharing)
+      : files_(files), tree_(tree), sharing_(sharing) {}
+
+  [[nodiscard]] HVC_ReturnStatus Name(Group &group, GroupNameRecord &record);
+  [[nodiscard]] HVC_ReturnStatus Tag(Group &group, GroupTagRecord &record);
+  [[nodiscard]] HVC_ReturnStatus ParentID(Group &group, ParentGroupIDRecord &record);
+  [[nodiscard]] HVC_ReturnStatus Flags(Group &group, GroupFlagsRecord &record);
+  [[nodiscard]] HVC_ReturnStatus LeaderID(Group &group, GroupLeaderIDRecord &record);
+  [[nodiscard]] HVC_ReturnStatus Alloc(Group &group, GroupAllocRecord &record);
+  [[nodiscard]] HVC_ReturnStatus MemoryStats(Group &group, GroupMemoryStatsRecord &record);
+  [[nodiscard]] HVC_ReturnStatus Capacity(Group &group, GroupCapacityRecord &record);
+  [[nodiscard]] HVC_ReturnStatus Members(Group &group, ParamList &list);
+  [[nodiscard]] HVC_ReturnStatus MemClients(Group &group, ParamList &list);
+
+ private:
+  // The records that are made from figures, as bits of Group::recordsGiven of the group that keeps these.
+  enum Given : uint32_t { kAlloc = 1, kCapacity = 2, kStats = 4, kVmmStats = 8, kKernelStats = 16 };
+
+  void Renew(Group &keeper, Given record);
+  static void Drop(Group &group);
+  const Meminfo &HostMemory();
+  Figure Amount(Group &group, GroupAmount amount);
+  Figure ReservedByChildren(Group &group);
+  Figure LowestMin(Group &group);
+  bool IsGone(Group &group, Figure &required);
+
+  HVC_ReturnStatus HostStats(GroupMemoryStatsRecord &record);
+  HVC_ReturnStatus KernelStats(GroupMemoryStatsRecord &record);
+  HVC_ReturnStatus ControlGroupStats(Group &group, GroupMemoryStatsRecord &record);
+  HVC_ReturnStatus ProcessStats(Group &group, GroupMemoryStatsRecord &record);
+  HVC_ReturnStatus VmmStats(Group &group, GroupMemoryStatsRecord &record);
+
+  HostFiles &files_;
+  GroupTree &tree_;
+  PageSharing &sharing_;
+  std::optional<Meminfo> meminfo_;
+};
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_GROUP_RECORDS_H

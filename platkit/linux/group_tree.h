@@ -1,0 +1,94 @@
+// The scheduler groups of a Linux host: its control groups and processes under the identifiers that the tree of nodes
+// knows them by.
+#ifndef PLATKIT_LINUX_GROUP_TREE_H
+#define PLATKIT_LINUX_GROUP_TREE_H
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platkit/linux/control_group.h"
+#include "platkit/linux/hierarchy.h"
+#include "platkit/linux/host_files.h"
+#include "platkit/linux/process.h"
+#include "platkit/linux/virtual_machine.h"
+#include "platkit/param_list.h"
+
+namespace platkit {
+
+enum class GroupKind : uint8_t { kHost, kKernel, kControlGroup, kProcess, kVm, kVmm };
+
+// Identifiers keep their meaning when they are cut to 32 bits. Those of processes, which are their PIDs, end below the
+// kernel's.
+inline constexpr int64_t kHostGroup = 0;
+inline constexpr int64_t kKernelGroup = 5'000'000;
+inline constexpr int64_t kFirstControlGroup = 10'000'000;
+inline constexpr int64_t kMostControlGroups = 10'000'000;
+inline constexpr int64_t kFirstVmmGroup = 20'000'000;
+
+struct Group {
+  GroupKind kind;
+  int64_t id;
+  int64_t parentID;
+  std::string name;                    // as the kernel writes it
+  std::string folder = {};             // of a control group, and of the host if it has control groups
+  std::vector<int64_t> children = {};  // those known
+  bool foldersKnown = false;           // all control groups among them are
+
+  // What was read of the group and is kept for the nodes that share it; null until a node needs it.
+  std::unique_ptr<ControlGroupFiles> files = nullptr;
+  std::unique_ptr<ProcessStatus> status = nullptr;
+  uint32_t recordsGiven = 0;
+
+  bool vmSought = false;
+  Figure guestMemory = {};  // in KB; absent if the machine's command line does not tell
+};
+
+// Listing a group forgets all that was known and kept of what is below it. Groups are otherwise looked up in what
+// earlier listings showed, and looked for on the host if no listing showed them.
+class GroupTree {
+ public:
+  explicit GroupTree(HostFiles &files);
+
+  // The group of an identifier, or null if the host has none. Good until a group above it is listed.
+  Group *Find(int64_t id);
+
+  // Appends the group's members: for the host, the kernel group; then control groups by name; then processes by PID.
+  [[nodiscard]] HVC_ReturnStatus List(Group &group, ParamList &list);
+
+  // Learns the control groups right below a group, unless they are known.
+  [[nodiscard]] HVC_ReturnStatus LearnFolders(Group &group);
+
+  // A process turns out to be a virtual machine only when it is looked at closely, which this does once.
+  void SeekVm(Group &group);
+
+  // The status of a process, kept or read. Null: the process is gone.
+  ProcessStatus *StatusOf(Group &group);
+
+  const Hierarchy &hierarchy();
+
+ private:
+  Group *FindKnown(int64_t id);
+  Group *FindProcess(int64_t pid);
+  Group *FindControlGroup(int64_t id);
+  Group *FindFolder(std::string_view folder);
+  HVC_ReturnStatus ListContainer(Group &group, ParamList &list);
+  HVC_ReturnStatus ReadFolders(Group &group);
+  std::vector<int64_t> ReadPids(const Group &group);
+  void AddProcess(Group &parent, int64_t pid, ProcessStatus &&status);
+  int64_t FreeControlGroupID(uint64_t inode) const;
+  void ForgetChildren(Group &group);
+  Group &Host() { return groups_.at(kHostGroup); }
+
+  HostFiles &files_;
+  VirtualMachineFinder vmFinder_;
+  std::optional<Hierarchy> hierarchy_;
+  std::unordered_map<int64_t, Group> groups_;
+};
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_GROUP_TREE_H

@@ -1,0 +1,215 @@
+#include "platkit/linux/host_files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <utility>
+
+namespace platkit {
+namespace {
+
+HVC_ReturnStatus StatusOfErrno(int error) {
+  switch (error) {
+    case ENOENT:
+    case ENOTDIR:
+    case ESRCH:
+    case ENODEV: return HVC_NOT_FOUND;
+    case EACCES:
+    case EPERM: return HVC_NO_PERMISSION;
+    default: return HVC_IO_ERROR;
+  }
+}
+
+// Reads once into `room`; -1 with errno set on failure.
+ssize_t ReadOnce(const FileDescriptor &file, std::span<char> room) {
+  ssize_t got = 0;
+  do {
+    got = read(file.get(), room.data(), room.size());
+  } while (got < 0 && errno == EINTR);
+  return got;
+}
+
+}  // namespace
+
+void HostPath::Append(std::string_view text) {
+  if (text.size() >= sizeof bytes_ - size_) {
+    fits_ = false;
+    return;
+  }
+  std::memcpy(bytes_ + size_, text.data(), text.size());
+  size_ += text.size();
+}
+
+void HostPath::Append(int64_t number) {
+  char digits[24];
+  const auto result = std::to_chars(digits, digits + sizeof digits, number);
+  Append(std::string_view(digits, result.ptr));
+}
+
+FileDescriptor &FileDescriptor::operator=(FileDescriptor &&other) noexcept {
+  if (this != &other) {
+    if (isOpen()) close(descriptor_);
+    descriptor_ = other.Release();
+  }
+  return *this;
+}
+
+FileDescriptor::~FileDescriptor() {
+  if (isOpen()) close(descriptor_);
+}
+
+int FileDescriptor::Release() { return std::exchange(descriptor_, -1); }
+
+HVC_ReturnStatus HostFiles::OpenRoot() {
+  if (rootFolder_.isOpen()) return HVC_OK;
+  rootFolder_ = FileDescriptor(open(root_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  return rootFolder_.isOpen() ? HVC_OK : StatusOfErrno(errno);
+}
+
+HVC_ReturnStatus HostFiles::Open(const HostPath &path, int flags, FileDescriptor &file) {
+  if (path.c_str() == nullptr) return HVC_IO_ERROR;
+  const HVC_ReturnStatus status = OpenRoot();
+  if (status != HVC_OK) return status;
+  if (observer_) observer_(path.c_str());
+  // A saved root may come from anyone: a FIFO in it must not stop the reader.
+  file = FileDescriptor(openat(rootFolder_.get(), path.c_str(), flags | O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  return file.isOpen() ? HVC_OK : StatusOfErrno(errno);
+}
+
+HVC_ReturnStatus HostFiles::Read(const HostPath &path, std::span<char> buffer, std::string_view &text) {
+  FileDescriptor file;
+  const HVC_ReturnStatus status = Open(path, 0, file);
+  if (status != HVC_OK) return status;
+  size_t size = 0;
+  while (size < buffer.size()) {
+    const ssize_t got = ReadOnce(file, buffer.subspan(size));
+    if (got < 0) return StatusOfErrno(errno);
+    if (got == 0) break;
+    size += static_cast<size_t>(got);
+  }
+  text = {buffer.data(), size};
+  return HVC_OK;
+}
+
+HVC_ReturnStatus HostFiles::ReadShort(const HostPath &path, std::span<char> buffer, std::string_view &text) {
+  FileDescriptor file;
+  const HVC_ReturnStatus status = Open(path, 0, file);
+  if (status != HVC_OK) return status;
+  const ssize_t got = ReadOnce(file, buffer);
+  if (got < 0) return StatusOfErrno(errno);
+  if (static_cast<size_t>(got) == buffer.size()) return HVC_IO_ERROR;
+  text = {buffer.data(), static_cast<size_t>(got)};
+  return HVC_OK;
+}
+
+HVC_ReturnStatus HostFiles::ReadLink(const HostPath &path, std::span<char> buffer, std::string_view &text) {
+  if (path.c_str() == nullptr) return HVC_IO_ERROR;
+  const HVC_ReturnStatus status = OpenRoot();
+  if (status != HVC_OK) return status;
+  const ssize_t got = readlinkat(rootFolder_.get(), path.c_str(), buffer.data(), buffer.size());
+  if (got < 0) return StatusOfErrno(errno);
+  text = {buffer.data(), static_cast<size_t>(got)};
+  return HVC_OK;
+}
+
+bool HostFiles::Exists(const HostPath &path) {
+  if (path.c_str() == nullptr || OpenRoot() != HVC_OK) return false;
+  return faccessat(rootFolder_.get(), path.c_str(), F_OK, AT_EACCESS) == 0 || StatusOfErrno(errno) != HVC_NOT_FOUND;
+}
+
+LineReader::LineReader(HostFiles &files, const HostPath &path) : status_(files.Open(path, 0, file_)) {}
+
+bool LineReader::Next(std::string_view &line) {
+  if (status_ != HVC_OK || (insideLine_ && !PassLineEnd())) return false;
+  size_t length = 0;
+  while (!FindLineEnd(length)) {
+    if (end_ - start_ == kBufferSize) {
+      line = {buffer_, kBufferSize};
+      start_ = end_;
+      insideLine_ = true;
+      return true;
+    }
+    if (!Fill()) {
+      line = {buffer_ + start_, end_ - start_};
+      start_ = end_;
+      return status_ == HVC_OK && !line.empty();
+    }
+  }
+  line = {buffer_ + start_, length};
+  start_ += length + 1;
+  return true;
+}
+
+bool LineReader::PassLineEnd() {
+  size_t length = 0;
+  while (!FindLineEnd(length)) {
+    start_ = end_;
+    if (!Fill()) return false;
+  }
+  start_ += length + 1;
+  insideLine_ = false;
+  return true;
+}
+
+bool LineReader::FindLineEnd(size_t &length) const {
+  const void *newline = std::memchr(buffer_ + start_, '\n', end_ - start_);
+  if (newline == nullptr) return false;
+  length = static_cast<size_t>(static_cast<const char *>(newline) - (buffer_ + start_));
+  return true;
+}
+
+// Reads on behind what has not been given yet; false at the end of the file and on failure.
+bool LineReader::Fill() {
+  std::memmove(buffer_, buffer_ + start_, end_ - start_);
+  end_ -= start_;
+  start_ = 0;
+  const ssize_t got = ReadOnce(file_, {buffer_ + end_, kBufferSize - end_});
+  if (got < 0) status_ = StatusOfErrno(errno);
+  if (got <= 0) return false;
+  end_ += static_cast<size_t>(got);
+  return true;
+}
+
+FolderReader::FolderReader(HostFiles &files, const HostPath &path) {
+  FileDescriptor file;
+  status_ = files.Open(path, O_DIRECTORY, file);
+  if (status_ != HVC_OK) return;
+  folder_ = fdopendir(file.get());
+  if (folder_ == nullptr) {
+    status_ = StatusOfErrno(errno);
+  } else {
+    file.Release();
+  }
+}
+
+FolderReader::~FolderReader() {
+  if (folder_ != nullptr) closedir(folder_);
+}
+
+bool FolderReader::Next(Entry &entry) {
+  while (status_ == HVC_OK) {
+    errno = 0;
+    const dirent *found = readdir(folder_);
+    if (found == nullptr) {
+      if (errno != 0) status_ = StatusOfErrno(errno);
+      return false;
+    }
+    const std::string_view name = found->d_name;
+    if (name == "." || name == "..") continue;
+    entry = {.name = name, .inode = found->d_ino, .isFolder = found->d_type == DT_DIR};
+    // Some file systems that may hold a saved root do not tell the type.
+    if (found->d_type == DT_UNKNOWN) {
+      struct stat about;
+      entry.isFolder =
+          fstatat(dirfd(folder_), found->d_name, &about, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(about.st_mode);
+    }
+    return true;
+  }
+  return false;
+}
+
+}  // namespace platkit

@@ -1,0 +1,141 @@
+// The host's files, below a root folder: the one place where the Linux source meets the operating system.
+#ifndef PLATKIT_LINUX_HOST_FILES_H
+#define PLATKIT_LINUX_HOST_FILES_H
+
+#include <dirent.h>
+
+#include <climits>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "platkit/status.h"
+
+namespace platkit {
+
+// A path below the root folder, without a leading slash, put together from texts and numbers in fixed room.
+class HostPath {
+ public:
+  template <typename... Pieces>
+  explicit HostPath(const Pieces &...pieces) {
+    (Append(pieces), ...);
+    bytes_[size_] = '\0';
+  }
+
+  // Null if the path is longer than any that the kernel takes.
+  const char *c_str() const { return fits_ ? bytes_ : nullptr; }
+
+ private:
+  void Append(std::string_view text);
+  void Append(int64_t number);
+
+  bool fits_ = true;
+  size_t size_ = 0;
+  char bytes_[PATH_MAX];
+};
+
+// A descriptor, closed with its owner.
+class FileDescriptor {
+ public:
+  FileDescriptor() = default;
+  explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
+  FileDescriptor(FileDescriptor &&other) noexcept : descriptor_(other.Release()) {}
+  FileDescriptor &operator=(FileDescriptor &&other) noexcept;
+  ~FileDescriptor();
+
+  int get() const { return descriptor_; }
+  bool isOpen() const { return descriptor_ >= 0; }
+  int Release();
+
+ private:
+  int descriptor_ = -1;
+};
+
+// Statuses throughout: HVC_NOT_FOUND if the file, its folder or its process is not there, HVC_NO_PERMISSION if it is
+// not for this user, else HVC_IO_ERROR.
+class HostFiles {
+ public:
+  // Opens nothing yet.
+  explicit HostFiles(std::string root) : root_(std::move(root)) {}
+
+  // Opens the root folder, unless it is open.
+  [[nodiscard]] HVC_ReturnStatus OpenRoot();
+
+  // Opens a file or folder for reading.
+  [[nodiscard]] HVC_ReturnStatus Open(const HostPath &path, int flags, FileDescriptor &file);
+
+  // Reads the start of a file, as much of it as `buffer` takes; `text` lies within the buffer.
+  [[nodiscard]] HVC_ReturnStatus Read(const HostPath &path, std::span<char> buffer, std::string_view &text);
+
+  // Reads a file of one short line, with a single read. More than `buffer` takes is HVC_IO_ERROR.
+  [[nodiscard]] HVC_ReturnStatus ReadShort(const HostPath &path, std::span<char> buffer, std::string_view &text);
+
+  // Reads where a symbolic link leads; `text` lies within the buffer.
+  [[nodiscard]] HVC_ReturnStatus ReadLink(const HostPath &path, std::span<char> buffer, std::string_view &text);
+
+  // Whether there is such a file or folder, be it for this user or not.
+  bool Exists(const HostPath &path);
+
+  // Told of the path of every open from now on.
+  void ObserveOpens(std::function<void(std::string_view path)> observer) { observer_ = std::move(observer); }
+
+ private:
+  std::string root_;
+  FileDescriptor rootFolder_;
+  std::function<void(std::string_view)> observer_;
+};
+
+// Reads a text file line by line, whatever its length. Of a line longer than the buffer, the start is given.
+class LineReader {
+ public:
+  LineReader(HostFiles &files, const HostPath &path);
+
+  // False at the end of the file and at the first failure, which status() tells apart.
+  bool Next(std::string_view &line);
+
+  HVC_ReturnStatus status() const { return status_; }
+
+ private:
+  bool Fill();
+  bool FindLineEnd(size_t &length) const;
+  bool PassLineEnd();
+
+  static constexpr size_t kBufferSize = 4096;
+
+  FileDescriptor file_;  // stands before the status of opening it
+  HVC_ReturnStatus status_;
+  bool insideLine_ = false;  // the start of an overlong line has been given, its end not found yet
+  size_t start_ = 0;         // of what has not been given yet
+  size_t end_ = 0;
+  char buffer_[kBufferSize];
+};
+
+// Reads the entries of a folder, without "." and "..", in no order.
+class FolderReader {
+ public:
+  struct Entry {
+    std::string_view name;  // good until the next one is read
+    uint64_t inode;
+    bool isFolder;
+  };
+
+  FolderReader(HostFiles &files, const HostPath &path);
+  ~FolderReader();
+  FolderReader(const FolderReader &) = delete;
+  FolderReader &operator=(const FolderReader &) = delete;
+
+  bool Next(Entry &entry);
+
+  HVC_ReturnStatus status() const { return status_; }
+
+ private:
+  HVC_ReturnStatus status_;
+  DIR *folder_ = nullptr;
+};
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_HOST_FILES_H

@@ -1,0 +1,21 @@
+// The memory of the host as a whole.
+#ifndef PLATKIT_LINUX_MEMINFO_H
+#define PLATKIT_LINUX_MEMINFO_H
+
+#include "platkit/linux/figure.h"
+#include "platkit/linux/host_files.h"
+
+namespace platkit {
+
+// In KB. The parts that a kernel does not count are left out of `kernel`; the others are unreadable if they are
+// missing.
+struct Meminfo {
+  Figure total, free, active;
+  Figure kernel;  // what the kernel holds for itself
+};
+
+Meminfo ReadMeminfo(HostFiles &files);
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_MEMINFO_H

@@ -1,0 +1,35 @@
+// Pages that the kernel's same-page merging (KSM) shares.
+#ifndef PLATKIT_LINUX_PAGE_SHARING_H
+#define PLATKIT_LINUX_PAGE_SHARING_H
+
+#include <cstdint>
+#include <optional>
+
+#include "platkit/linux/figure.h"
+#include "platkit/linux/host_files.h"
+#include "platkit/records.h"
+
+namespace platkit {
+
+class PageSharing {
+ public:
+  explicit PageSharing(HostFiles &files) : files_(files) {}
+
+  // Host-wide. A kernel without KSM shares nothing.
+  void Fill(PShareStatsRecord &record);
+
+  // What sharing saves, in KB; absent if this kernel does not tell.
+  Figure SavedOnHost();
+  Figure SavedByProcess(int64_t pid);
+
+ private:
+  Figure ReadPages(std::string_view name);
+  uint64_t PageSize();
+
+  HostFiles &files_;
+  std::optional<uint64_t> pageSize_;
+};
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_PAGE_SHARING_H

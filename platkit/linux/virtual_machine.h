@@ -1,0 +1,52 @@
+// Which processes run a virtual machine, and what their command lines say of it.
+#ifndef PLATKIT_LINUX_VIRTUAL_MACHINE_H
+#define PLATKIT_LINUX_VIRTUAL_MACHINE_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platkit/linux/figure.h"
+#include "platkit/linux/host_files.h"
+#include "platkit/linux/process.h"
+
+namespace platkit {
+
+struct VirtualMachine {
+  std::string name;    // empty: the command line gives none
+  Figure guestMemory;  // in KB; absent: the command line gives none
+};
+
+// Takes the words of a command line, each ended by a NUL. The last word of an option that is given twice counts.
+VirtualMachine ParseCommandLine(std::string_view commandLine);
+
+// A process runs a virtual machine if it is QEMU by its program's name, if KVM lists it among its owners, or, where
+// that list is not for this user, if it holds a KVM machine open. The last costs a look at each of its descriptors, and
+// is done only for processes of several threads while KVM is in use.
+class VirtualMachineFinder {
+ public:
+  explicit VirtualMachineFinder(HostFiles &files) : files_(files) {}
+
+  // Nothing if the process runs none.
+  std::optional<VirtualMachine> Find(int64_t pid, const ProcessStatus &status);
+
+  // Looks at KVM anew the next time.
+  void Forget() { kvmOwners_ = {}, kvmOwnersStatus_.reset(), kvmInUse_.reset(); }
+
+ private:
+  bool OwnsKvmMachine(int64_t pid, const ProcessStatus &status);
+  bool HoldsKvmMachine(int64_t pid);
+  HVC_ReturnStatus ReadKvmOwners();
+  bool IsKvmInUse();
+
+  HostFiles &files_;
+  std::vector<int64_t> kvmOwners_;  // sorted
+  std::optional<HVC_ReturnStatus> kvmOwnersStatus_;
+  std::optional<bool> kvmInUse_;
+};
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_VIRTUAL_MACHINE_H
