@@ -39,7 +39,10 @@ class Line {
     Put(column, {digits, static_cast<size_t>(end - digits)});
   }
 
-  void End() { PutChar('\n'); }
+  void End() {
+    PutChar('\n');
+    EndRunIfOutputFailed();
+  }
 
  private:
   void PutWith(int (*put)(std::string_view, int), const ColumnDesc &column, std::string_view text) {
@@ -122,7 +125,6 @@ void TablePrintRow(ColumnTable table, bool csv, bool total, std::span<const Valu
     }
   }
   line.End();
-  EndRunIfOutputFailed();
 }
 
 void TablePrintDescriptions(ColumnTable table) {

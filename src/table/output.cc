@@ -69,10 +69,13 @@ void EndRunIfOutputFailed() {
 }
 
 bool FinishOutput() {
-  const bool flushed = std::fflush(stdout) == 0;
-  if (flushed && std::ferror(stdout) == 0) return true;
-  // What failed earlier is gone, and its reason with it.
-  const int reason = flushed ? EIO : errno;
+  // A write that failed has left its reason here; what it could not write is gone, so flushing may find nothing wrong.
+  int reason = errno;
+  if (std::fflush(stdout) != 0) {
+    reason = errno;
+  } else if (std::ferror(stdout) == 0) {
+    return true;
+  }
   Warning("Couldn't write to standard output: %s\n", std::strerror(reason));
   return false;
 }
