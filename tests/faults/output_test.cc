@@ -1,6 +1,7 @@
 // Where the output goes: places that take none, and terminals.
 #include "tests/faults/hosts.h"
 #include "tests/faults/report_case.h"
+#include "tests/support/text.h"
 
 namespace faults {
 namespace {
@@ -23,7 +24,7 @@ TEST_P(LostOutput, IsAnError) {
   const StandinRun run = RunKestrel(BothReportsHost(), GetParam().arguments, {.output = GetParam().output});
   EXPECT_EQ(run.outcome.signal, 0);
   EXPECT_EQ(run.outcome.exitStatus, 1);
-  EXPECT_FALSE(run.outcome.errors.empty());
+  EXPECT_EQ(testing_support::Lines(run.outcome.errors).size(), 1u) << run.outcome.errors;
   EXPECT_EQ(ListErrors(run), "");
 }
 
@@ -38,6 +39,23 @@ INSTANTIATE_TEST_SUITE_P(
                     Lost{"HelpToAFullDevice", {"-h"}, OutputTo::kFullDevice},
                     Lost{"HelpToAClosedPipe", {"-h"}, OutputTo::kClosedPipe}),
     NameOf<Lost>);
+
+// More rows than any buffer holds: the loss shows in the middle of the walk.
+TEST(LongOutput, LostInTheMiddleIsOneError) {
+  Group top = {.id = 0};
+  StandinHost host;
+  for (int64_t id = 1; id <= 400; ++id) {
+    host.Add({.id = id});
+    top.children.push_back(id);
+  }
+  host.Add(top);
+  for (const OutputTo output : {OutputTo::kFullDevice, OutputTo::kClosedPipe}) {
+    const StandinRun run = RunKestrel(host, {"-r", "group-stats", "-t", "-v"}, {.output = output});
+    EXPECT_EQ(run.outcome.signal, 0);
+    EXPECT_EQ(run.outcome.exitStatus, 1);
+    EXPECT_EQ(testing_support::Lines(run.outcome.errors).size(), 1u) << run.outcome.errors;
+  }
+}
 
 TEST(Terminal, ShowsNoControlCharacters) {
   StandinHost host;
