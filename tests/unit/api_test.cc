@@ -9,6 +9,7 @@
 #include "platkit/source.h"
 #include "platkit/str.h"
 #include "platkit/warning.h"
+#include "tests/unit/c_interface.h"
 
 namespace platkit {
 namespace {
@@ -126,6 +127,11 @@ TEST_F(Api, GetInstanceListDropsWhatTheListHeld) {
     EXPECT_EQ(NODAL_GetInstanceList(NODAL_NODE_system_buddy, nullptr, list_), HVC_OK);
     EXPECT_EQ(NODAL_ParamListUsedCount(list_), 100u);
   }
+}
+
+TEST_F(Api, ServesProgramsInC) {
+  EXPECT_EQ(CountMembersInC(7), 100u);
+  EXPECT_EQ(log_, "list sched_groups_members_groups 7\n");
 }
 
 TEST_F(Api, SetChecksItsCaller) {

@@ -1,0 +1,17 @@
+#ifndef TESTS_UNIT_C_INTERFACE_H
+#define TESTS_UNIT_C_INTERFACE_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* The number of a group's members, or UINT32_MAX. */
+uint32_t CountMembersInC(int64_t group);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* TESTS_UNIT_C_INTERFACE_H */
