@@ -39,10 +39,9 @@ Group *GroupTree::Find(int64_t id) {
 Group *GroupTree::FindProcess(int64_t pid) {
   ProcessStatus status;
   if (ReadProcessStatus(files_, pid, status) != HVC_OK) return nullptr;
-  std::string folder;
-  if (hierarchy().exists && FindFolderOfProcess(files_, hierarchy(), pid, folder) == HVC_NOT_FOUND) return nullptr;
+  const Hierarchy &groups = hierarchy();
   // A process may have a control group that cannot be seen; it then belongs to the host as a whole.
-  Group *parent = FindFolder(folder);
+  Group *parent = FindFolder(groups.exists ? FolderOfProcess(files_, groups, pid) : std::string());
   AddProcess(parent == nullptr ? Host() : *parent, pid, std::move(status));
   return FindKnown(pid);
 }

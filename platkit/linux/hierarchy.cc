@@ -106,22 +106,18 @@ Hierarchy FindHierarchy(HostFiles &files) {
   return best;
 }
 
-HVC_ReturnStatus FindFolderOfProcess(HostFiles &files, const Hierarchy &hierarchy, int64_t pid, std::string &folder) {
+std::string FolderOfProcess(HostFiles &files, const Hierarchy &hierarchy, int64_t pid) {
   LineReader lines(files, HostPath("proc/", pid, "/cgroup"));
   std::string_view line;
-  folder.clear();
   while (lines.Next(line)) {
     TakeWord(line, ':');
     std::string_view controllers = TakeWord(line, ':');
     const bool ours = hierarchy.v1Options.empty()
                           ? controllers.empty()
                           : !controllers.empty() && HasWord(hierarchy.v1Options, TakeWord(controllers, ','));
-    if (ours) {
-      folder = BelowMounted(line, hierarchy.mounted);
-      return HVC_OK;
-    }
+    if (ours) return std::string(BelowMounted(line, hierarchy.mounted));
   }
-  return lines.status();
+  return {};
 }
 
 }  // namespace platkit

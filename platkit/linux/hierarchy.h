@@ -25,10 +25,9 @@ struct Hierarchy {
 // tells which processes belong together.
 Hierarchy FindHierarchy(HostFiles &files);
 
-// Stores the folder of a process' control group, below the hierarchy's top and without a slash at either end; empty for
-// the top itself, and for a group that the mount does not show.
-[[nodiscard]] HVC_ReturnStatus FindFolderOfProcess(HostFiles &files, const Hierarchy &hierarchy, int64_t pid,
-                                                   std::string &folder);
+// The folder of a process' control group, below the hierarchy's top and without a slash at either end. It is empty for
+// the top itself, and for a group that the mount does not show or that cannot be told.
+std::string FolderOfProcess(HostFiles &files, const Hierarchy &hierarchy, int64_t pid);
 
 }  // namespace platkit
 

@@ -12,6 +12,9 @@ namespace {
 // Management tools write command lines of several KB, with the name and the memory near the start.
 constexpr size_t kMostCommandLine = 32 * 1024;
 
+// More digits of a size's fraction than this are less than a KB of the largest unit that a guest can have.
+constexpr size_t kMostFractionDigits = 15;
+
 std::string_view TakeArgument(std::string_view &commandLine) {
   const size_t end = commandLine.find('\0');
   const std::string_view word = commandLine.substr(0, end);
@@ -70,9 +73,10 @@ Figure ParseSizeInKB(std::string_view text) {
   const uint64_t unit = UnitOfSuffix(text);
   if (unit == 0) return {};
   uint64_t rest = 0;
-  uint64_t place = unit;
-  for (const char digit : fraction)
-    rest += (place /= 10) * static_cast<uint64_t>(digit - '0');
+  uint64_t place = 1;
+  for (const char digit : fraction.substr(0, kMostFractionDigits)) {
+    rest += unit * static_cast<uint64_t>(digit - '0') / (place *= 10);
+  }
   const Figure bytes = Figure(whole) * unit + Figure(rest);
   return bytes == Figure(0) || bytes == Figure::Unreadable() ? Figure() : bytes / 1024;
 }

@@ -1,0 +1,68 @@
+#include "platkit/linux/hierarchy.h"
+
+#include "tests/linux/saved_host.h"
+
+namespace platkit {
+namespace {
+
+Hierarchy Find(SavedHost &host, std::string_view mounts) {
+  host.Write("proc/self/mountinfo", mounts);
+  HostFiles files(host.Path(""));
+  return FindHierarchy(files);
+}
+
+TEST(Hierarchy, Preference) {
+  const std::string memory = "1 1 0:1 / /v1/mem rw - cgroup cgroup rw,memory\n";
+  const std::string unified = "1 1 0:1 / /v2 rw shared:1 master:2 - cgroup2 cgroup2 rw\n";
+  const std::string named = "1 1 0:1 / /v1/systemd rw - cgroup cgroup rw,xattr,name=systemd\n";
+  const std::string cpu = "1 1 0:1 / /v1/cpu rw - cgroup cgroup rw,cpu,cpuacct\n";
+  const std::string other = "1 1 0:1 / /memory rw - tmpfs memory rw,memory\n";
+  SavedHost host;
+  EXPECT_EQ(Find(host, cpu + unified + memory + named).top, "v1/mem");
+  EXPECT_EQ(Find(host, cpu + unified + memory + named).memoryFiles, MemoryFiles::kV1);
+  EXPECT_EQ(Find(host, cpu + named + unified).top, "v2");
+  EXPECT_EQ(Find(host, cpu + named + unified).memoryFiles, MemoryFiles::kV2);
+  EXPECT_EQ(Find(host, cpu + named).top, "v1/systemd");
+  EXPECT_EQ(Find(host, cpu + named).memoryFiles, MemoryFiles::kNone);
+  EXPECT_EQ(Find(host, cpu).top, "v1/cpu");
+  EXPECT_FALSE(Find(host, other).exists);
+}
+
+TEST(Hierarchy, MountsOfAllShapes) {
+  SavedHost host;
+  EXPECT_EQ(Find(host, "1 1 0:1 / /a\\040b\\134c\\9 rw - cgroup2 x rw\n").top, "a b\\c\\9");
+  EXPECT_EQ(Find(host, "1 1 0:1 / / rw - cgroup2 x rw\n").top, ".");
+  EXPECT_EQ(Find(host, "1 1 0:1 /part /top rw - cgroup2 x rw\n").mounted, "/part");
+  for (const char *bad : {"", "\n", "-\n", " - \n", " - cgroup2\n", "1 1 0:1 - cgroup2 x rw\n", "1 2 3 4 5 6 7\n",
+                          "1 1 0:1 / relative rw - cgroup2 x rw\n", "1 1 0:1 / /top rw cgroup2 x rw\n"}) {
+    EXPECT_FALSE(Find(host, bad).exists) << bad;
+  }
+  EXPECT_TRUE(Find(host, std::string(9000, 'o') + "\n1 1 0:1 / /top rw - cgroup2 x rw").exists);
+}
+
+TEST(Hierarchy, FolderOfAProcess) {
+  SavedHost host;
+  HostFiles files(host.Path(""));
+  const auto folder = [&](const Hierarchy &hierarchy, std::string_view text) {
+    host.Write("proc/7/cgroup", text);
+    return FolderOfProcess(files, hierarchy, 7);
+  };
+  const Hierarchy v2 = {.exists = true, .memoryFiles = MemoryFiles::kV2, .top = "t", .mounted = "/", .v1Options = ""};
+  EXPECT_EQ(folder(v2, "4:memory:/wrong\n0::/a:b/c\n"), "a:b/c");
+  EXPECT_EQ(folder(v2, "0::/\n"), "");
+  EXPECT_EQ(folder(v2, "0::/../outside\n"), "");
+  EXPECT_EQ(folder(v2, "garbage\n"), "");
+  EXPECT_EQ(folder(v2, ""), "");
+  Hierarchy v1 = v2;
+  v1.v1Options = "rw,cpu,memory";
+  EXPECT_EQ(folder(v1, "0::/wrong\n5:name=systemd:/wrong\n4:cpu,memory:/right\n"), "right");
+  Hierarchy part = v2;
+  part.mounted = "/box";
+  EXPECT_EQ(folder(part, "0::/box/in\n"), "in");
+  EXPECT_EQ(folder(part, "0::/box\n"), "");
+  EXPECT_EQ(folder(part, "0::/boxer/in\n"), "") << "not what the mount shows";
+  EXPECT_EQ(FolderOfProcess(files, v2, 8), "") << "no such process";
+}
+
+}  // namespace
+}  // namespace platkit

@@ -1,0 +1,88 @@
+#include "platkit/linux/host_files.h"
+
+#include <sys/stat.h>
+
+#include "tests/linux/saved_host.h"
+
+namespace platkit {
+namespace {
+
+std::vector<std::string> Lines(SavedHost &host, const std::string &text) {
+  host.Write("file", text);
+  HostFiles files(host.Path(""));
+  LineReader reader(files, HostPath("file"));
+  std::vector<std::string> lines;
+  for (std::string_view line; reader.Next(line);)
+    lines.emplace_back(line);
+  EXPECT_EQ(reader.status(), HVC_OK);
+  return lines;
+}
+
+TEST(HostFiles, LinesOfAnyLength) {
+  using Texts = std::vector<std::string>;
+  SavedHost host;
+  EXPECT_EQ(Lines(host, ""), Texts{});
+  EXPECT_EQ(Lines(host, "a\n\nb"), (Texts{"a", "", "b"}));
+  for (const size_t length : {4094u, 4095u, 4096u, 4097u, 8192u, 8193u, 20000u}) {
+    const std::string text = std::string(length, 'x');
+    const Texts expected = {text.substr(0, 4096), "end"};
+    EXPECT_EQ(Lines(host, text + "\nend\n"), expected) << length;
+    EXPECT_EQ(Lines(host, text), Texts{expected[0]}) << length;
+  }
+  Texts many;
+  std::string text;
+  for (int i = 0; i < 5000; ++i)
+    text += many.emplace_back(std::to_string(i)) + "\n";
+  EXPECT_EQ(Lines(host, text), many);
+}
+
+TEST(HostFiles, Statuses) {
+  SavedHost host;
+  host.Write("file", "text");
+  host.Write("closed", "text");
+  host.Forbid("closed");
+  HostFiles files(host.Path(""));
+  char buffer[8];
+  std::string_view text;
+  EXPECT_EQ(files.ReadShort(HostPath("file"), buffer, text), HVC_OK);
+  EXPECT_EQ(text, "text");
+  EXPECT_EQ(files.ReadShort(HostPath("file"), {buffer, 4}, text), HVC_IO_ERROR);
+  EXPECT_EQ(files.Read(HostPath("file"), {buffer, 3}, text), HVC_OK);
+  EXPECT_EQ(text, "tex");
+  EXPECT_EQ(files.Read(HostPath("nowhere"), buffer, text), HVC_NOT_FOUND);
+  EXPECT_EQ(files.Read(HostPath("file/below"), buffer, text), HVC_NOT_FOUND);
+  EXPECT_EQ(files.Read(HostPath("."), buffer, text), HVC_IO_ERROR);
+  EXPECT_EQ(files.Read(HostPath(std::string(5000, 'x')), buffer, text), HVC_IO_ERROR);
+  EXPECT_EQ(files.ReadLink(HostPath("file"), buffer, text), HVC_IO_ERROR);
+  OrdinaryUser user;
+  EXPECT_EQ(files.Read(HostPath("closed"), buffer, text), HVC_NO_PERMISSION);
+}
+
+TEST(HostFiles, AFifoDoesNotStopTheReader) {
+  SavedHost host;
+  ASSERT_EQ(mkfifo(host.Path("fifo").c_str(), 0644), 0);
+  HostFiles files(host.Path(""));
+  char buffer[8];
+  std::string_view text;
+  EXPECT_EQ(files.Read(HostPath("fifo"), buffer, text), HVC_OK);
+  EXPECT_EQ(text, "");
+}
+
+TEST(HostFiles, Folders) {
+  SavedHost host;
+  host.MakeFolder("top/folder");
+  host.Write("top/file", "");
+  HostFiles files(host.Path(""));
+  FolderReader folder(files, HostPath("top"));
+  int entries = 0;
+  for (FolderReader::Entry entry; folder.Next(entry); ++entries) {
+    EXPECT_EQ(entry.isFolder, entry.name == "folder");
+    const int64_t number = 10'000'000 + static_cast<int64_t>(entry.inode % 10'000'000);
+    EXPECT_EQ(number == host.ControlGroup("top/folder"), entry.isFolder);
+  }
+  EXPECT_EQ(entries, 2);
+  EXPECT_EQ(FolderReader(files, HostPath("top/file")).status(), HVC_NOT_FOUND);
+}
+
+}  // namespace
+}  // namespace platkit

@@ -1,0 +1,52 @@
+// The machine that the tests run on. Its groups come and go, so that only this process' own is held to its figures.
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "platkit/linux/meminfo.h"
+#include "platkit/linux/process.h"
+#include "tests/linux/saved_host.h"
+
+namespace platkit {
+namespace {
+
+void Collect(Asker &ask, int64_t group, int depth, std::vector<int64_t> &found) {
+  ASSERT_LT(depth, 2000);
+  found.push_back(group);
+  std::vector<int64_t> members;
+  const HVC_ReturnStatus status = ask.List("sched_groups_members_groups", {group}, members);
+  ASSERT_TRUE(status == HVC_OK || status == HVC_NOT_FOUND) << status;
+  for (const int64_t member : members)
+    Collect(ask, member, depth + 1, found);
+}
+
+TEST(LiveHost, AWalkFindsThisProcess) {
+  const std::unique_ptr<Source> source = OpenLinuxHost("/");
+  Asker ask(*source);
+  std::vector<int64_t> groups;
+  Collect(ask, 0, 0, groups);
+  EXPECT_NE(std::find(groups.begin(), groups.end(), getpid()), groups.end());
+  const std::unique_ptr<Source> other = OpenLinuxHost("/");
+  EXPECT_EQ(ask.Parent(getpid()), Asker(*other).Parent(getpid())) << "listed or looked up, it is in the same group";
+}
+
+TEST(LiveHost, FiguresAreThoseOfTheKernel) {
+  const std::unique_ptr<Source> source = OpenLinuxHost("/");
+  Asker ask(*source);
+  HostFiles files("/");
+  const Meminfo memory = ReadMeminfo(files);
+  EXPECT_EQ(ask.Stats(0).memSize, memory.total.Cell(0));
+  EXPECT_LT(ask.Stats(0).consumed, memory.total.Cell(0));
+  EXPECT_GT(ask.Stats(5'000'000).consumed, 0u);
+
+  ProcessStatus status;
+  ASSERT_EQ(ReadProcessStatus(files, getpid(), status), HVC_OK);
+  const GroupMemoryStatsRecord own = ask.Stats(getpid());
+  const auto near = [](uint64_t a, uint64_t b) { return (a > b ? a - b : b - a) < 16 * 1024; };
+  EXPECT_TRUE(near(own.consumed, status.Consumed().Cell(0))) << own.consumed;
+  EXPECT_TRUE(near(own.memSize, status.size.Cell(0))) << own.memSize;
+  EXPECT_EQ(ask.Name(getpid()), status.name);
+}
+
+}  // namespace
+}  // namespace platkit

@@ -1,0 +1,183 @@
+#include "tests/linux/saved_host.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+namespace platkit {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct ListCloser {
+  void operator()(ParamList *list) const { list->Destroy(); }
+};
+using OwnedList = std::unique_ptr<ParamList, ListCloser>;
+
+OwnedList ListOf(const std::vector<int64_t> &numbers) {
+  OwnedList list(ParamList::Make());
+  for (const int64_t number : numbers)
+    EXPECT_EQ(list->Add(number), HVC_OK);
+  return list;
+}
+
+std::string BytesOfHex(const std::string &line) {
+  std::string digits;
+  std::string bytes;
+  std::copy_if(line.begin(), line.end(), std::back_inserter(digits), [](char c) { return c != ' '; });
+  for (size_t i = 0; i + 1 < digits.size(); i += 2) {
+    bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+  }
+  return bytes;
+}
+
+// What the lines of an entry stand for in its file.
+std::string Content(const std::string &kind, const std::string &line) {
+  if (kind == "Hex") return BytesOfHex(line);
+  return line + (kind == "Words" ? '\0' : '\n');
+}
+
+}  // namespace
+
+HVC_ReturnStatus Asker::GetBytes(std::string_view node, const std::vector<int64_t> &arguments,
+                                 std::span<std::byte> record) {
+  return source_.Get(*FindNode(node), ListOf(arguments)->params(), record);
+}
+
+HVC_ReturnStatus Asker::List(std::string_view node, std::vector<int64_t> arguments, std::vector<int64_t> &instances) {
+  const OwnedList list(ParamList::Make());
+  const HVC_ReturnStatus status = source_.List(*FindNode(node), ListOf(arguments)->params(), *list);
+  instances.clear();
+  for (const NODAL_Param &param : list->params())
+    instances.push_back(param.integer);
+  return status;
+}
+
+std::vector<int64_t> Asker::Members(int64_t group) {
+  std::vector<int64_t> members;
+  EXPECT_EQ(List("sched_groups_members_groups", {group}, members), HVC_OK) << group;
+  return members;
+}
+
+std::string Asker::Name(int64_t group) {
+  GroupNameRecord record;
+  EXPECT_EQ(Get("sched_groups_groupName", {group}, record), HVC_OK) << group;
+  EXPECT_EQ(record.name[sizeof record.name - 1], '\0');
+  return record.name;
+}
+
+std::string Asker::Tag(int64_t group) {
+  GroupTagRecord record;
+  EXPECT_EQ(Get("sched_groups_groupTag", {group}, record), HVC_OK) << group;
+  return std::string(record.tag, strnlen(record.tag, sizeof record.tag));
+}
+
+int64_t Asker::Parent(int64_t group) {
+  ParentGroupIDRecord record = {};
+  EXPECT_EQ(Get("sched_groups_parentGroupID", {group}, record), HVC_OK) << group;
+  return record.parentGroupID;
+}
+
+uint32_t Asker::Flags(int64_t group) {
+  GroupFlagsRecord record = {};
+  EXPECT_EQ(Get("sched_groups_groupFlags", {group}, record), HVC_OK) << group;
+  return record.flags;
+}
+
+GroupMemoryStatsRecord Asker::Stats(int64_t group) {
+  GroupMemoryStatsRecord record = {};
+  EXPECT_EQ(Get("sched_groups_stats_memoryStats", {group}, record), HVC_OK) << group;
+  return record;
+}
+
+GroupAllocRecord Asker::Alloc(int64_t group) {
+  GroupAllocRecord record = {};
+  EXPECT_EQ(Get("sched_groups_memAllocationInKB", {group}, record), HVC_OK) << group;
+  return record;
+}
+
+GroupCapacityRecord Asker::Capacity(int64_t group) {
+  GroupCapacityRecord record = {};
+  EXPECT_EQ(Get("sched_groups_stats_capacity", {group}, record), HVC_OK) << group;
+  return record;
+}
+
+SavedHost::SavedHost() {
+  std::string pattern = fs::temp_directory_path() / "saved-host-XXXXXX";
+  root_ = mkdtemp(pattern.data());
+  chmod(root_.c_str(), 0755);  // an ordinary user reads it too
+  HostFiles files(root_);
+  files.ObserveOpens([this](std::string_view path) { opened_.emplace_back(path); });
+  source_ = OpenLinuxHost(std::move(files));
+}
+
+SavedHost::SavedHost(const std::string &archive) : SavedHost() { Unpack(std::string(SAVED_HOSTS) + "/" + archive); }
+
+SavedHost::~SavedHost() { fs::remove_all(root_); }
+
+// An archive is a text file of entries, each a line "Kind: path" and the lines that belong to it. Lines before the
+// first entry are remarks.
+void SavedHost::Unpack(const std::string &archive) {
+  std::ifstream in(archive);
+  ASSERT_TRUE(in) << archive;
+  std::ofstream file;
+  std::string kind;
+  for (std::string line; std::getline(in, line);) {
+    const size_t colon = line.find(": ");
+    const std::string word = line.substr(0, colon);
+    const std::string path = colon == std::string::npos ? "" : line.substr(colon + 2);
+    if (word == "Folder") {
+      MakeFolder(path);
+    } else if (word == "Link") {
+      const size_t arrow = path.find(" -> ");
+      MakeLink(path.substr(0, arrow), path.substr(arrow + 4));
+    } else if (word == "File" || word == "Words" || word == "Hex") {
+      kind = word;
+      Write(path, "");
+      file = std::ofstream(Path(path), std::ios::binary);
+    } else if (file.is_open()) {
+      file << Content(kind, line);
+    }
+  }
+}
+
+void SavedHost::Write(const std::string &path, std::string_view text) {
+  fs::create_directories(fs::path(Path(path)).parent_path());
+  std::ofstream(Path(path), std::ios::binary) << text;
+}
+
+void SavedHost::MakeFolder(const std::string &path) { fs::create_directories(Path(path)); }
+
+void SavedHost::MakeLink(const std::string &path, const std::string &target) {
+  fs::create_directories(fs::path(Path(path)).parent_path());
+  fs::create_symlink(target, Path(path));
+}
+
+void SavedHost::Remove(const std::string &path) { fs::remove_all(Path(path)); }
+
+void SavedHost::Forbid(const std::string &path) { fs::permissions(Path(path), fs::perms::none); }
+
+int64_t SavedHost::ControlGroup(const std::string &folder) const {
+  struct stat about = {};
+  EXPECT_EQ(stat(Path(folder).c_str(), &about), 0) << folder;
+  return 10'000'000 + static_cast<int64_t>(about.st_ino % 10'000'000);
+}
+
+int64_t SavedHost::Opens(std::string_view path) const { return std::count(opened_.begin(), opened_.end(), path); }
+
+OrdinaryUser::OrdinaryUser() : isRoot_(geteuid() == 0) {
+  if (isRoot_) {
+    EXPECT_EQ(seteuid(65534), 0);
+  }
+}
+
+OrdinaryUser::~OrdinaryUser() {
+  if (isRoot_) {
+    EXPECT_EQ(seteuid(0), 0);
+  }
+}
+
+}  // namespace platkit

@@ -1,0 +1,90 @@
+// A saved host: a folder that stands in for the root folder of a Linux machine, and a source that reads it.
+#ifndef TESTS_LINUX_SAVED_HOST_H
+#define TESTS_LINUX_SAVED_HOST_H
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platkit/linux/linux_source.h"
+#include "platkit/records.h"
+
+namespace platkit {
+
+// Asks a source by node name. The short forms expect success.
+class Asker {
+ public:
+  explicit Asker(Source &source) : source_(source) {}
+
+  template <typename Record>
+  HVC_ReturnStatus Get(std::string_view node, std::vector<int64_t> arguments, Record &record) {
+    return GetBytes(node, arguments, {reinterpret_cast<std::byte *>(&record), sizeof record});
+  }
+  HVC_ReturnStatus List(std::string_view node, std::vector<int64_t> arguments, std::vector<int64_t> &instances);
+
+  std::vector<int64_t> Members(int64_t group);
+  std::string Name(int64_t group);
+  std::string Tag(int64_t group);
+  int64_t Parent(int64_t group);
+  uint32_t Flags(int64_t group);
+  GroupMemoryStatsRecord Stats(int64_t group);
+  GroupAllocRecord Alloc(int64_t group);
+  GroupCapacityRecord Capacity(int64_t group);
+
+ private:
+  HVC_ReturnStatus GetBytes(std::string_view node, const std::vector<int64_t> &arguments, std::span<std::byte> record);
+
+  Source &source_;
+};
+
+class SavedHost {
+ public:
+  // An empty root, or one unpacked from an archive of that name below hosts/.
+  SavedHost();
+  explicit SavedHost(const std::string &archive);
+  ~SavedHost();
+  SavedHost(const SavedHost &) = delete;
+  SavedHost &operator=(const SavedHost &) = delete;
+
+  std::string Path(const std::string &below) const { return root_ + "/" + below; }
+  void Write(const std::string &path, std::string_view text);
+  void MakeFolder(const std::string &path);
+  void MakeLink(const std::string &path, const std::string &target);
+  void Remove(const std::string &path);
+  void Forbid(const std::string &path);
+
+  // The identifier that the control group in a folder gets.
+  int64_t ControlGroup(const std::string &folder) const;
+
+  // How often a file was opened so far.
+  int64_t Opens(std::string_view path) const;
+  const std::vector<std::string> &opened() const { return opened_; }
+
+  Source &source() { return *source_; }
+  Asker ask() { return Asker(*source_); }
+
+ private:
+  void Unpack(const std::string &archive);
+
+  std::string root_;
+  std::vector<std::string> opened_;
+  std::unique_ptr<Source> source_;
+};
+
+// While it lives, the test runs as a user whom file modes apply to.
+class OrdinaryUser {
+ public:
+  OrdinaryUser();
+  ~OrdinaryUser();
+
+ private:
+  bool isRoot_;
+};
+
+}  // namespace platkit
+
+#endif  // TESTS_LINUX_SAVED_HOST_H

@@ -1,0 +1,332 @@
+// Whole saved hosts: the hierarchy that is shown of each, and its figures.
+#include "tests/linux/saved_host.h"
+
+namespace platkit {
+namespace {
+
+constexpr uint64_t kNone = HVC_KB_NONE;
+constexpr int64_t kKernel = 5'000'000;
+constexpr int64_t kVmm = 20'000'000;
+const std::string kTop = "sys/fs/cgroup/";
+
+uint64_t MB(uint64_t amount) { return amount * 1024; }
+
+TEST(SavedHost, Hierarchy) {
+  SavedHost host("v2.host");
+  Asker ask = host.ask();
+  const int64_t machines = host.ControlGroup(kTop + "machine.slice");
+  const int64_t system = host.ControlGroup(kTop + "system.slice");
+  const int64_t web = host.ControlGroup(kTop + "system.slice/web.service");
+  const int64_t cron = host.ControlGroup(kTop + "system.slice/cron.service");
+  using IDs = std::vector<int64_t>;
+  EXPECT_EQ(ask.Members(0), (IDs{kKernel, machines, system})) << "a kernel thread is no group";
+  EXPECT_EQ(ask.Members(kKernel), IDs{});
+  EXPECT_EQ(ask.Members(system), (IDs{cron, web}));
+  EXPECT_EQ(ask.Members(web), (IDs{100, 101}));
+  EXPECT_EQ(ask.Members(cron), IDs{}) << "nor is a zombie";
+  EXPECT_EQ(ask.Members(machines), IDs{300});
+  EXPECT_EQ(ask.Members(300), IDs{kVmm + 300});
+  EXPECT_EQ(ask.Members(100), IDs{});
+  EXPECT_EQ(ask.Members(kVmm + 300), IDs{});
+}
+
+TEST(SavedHost, Identities) {
+  SavedHost host("v2.host");
+  Asker ask = host.ask();
+  const int64_t web = host.ControlGroup(kTop + "system.slice/web.service");
+  const struct {
+    int64_t id;
+    const char *name, *tag;
+    uint32_t flags;
+    int64_t parent;
+  } groups[] = {
+      {0, "host", "host", HVC_GROUP_PREDEFINED | HVC_GROUP_CONTAINER, -1},
+      {kKernel, "kernel", "kernel", HVC_GROUP_PREDEFINED | HVC_GROUP_KERNEL | HVC_GROUP_LEAF, 0},
+      {web, "web.service", "cgroup", HVC_GROUP_CONTAINER, host.ControlGroup(kTop + "system.slice")},
+      {100, "web server", "process", HVC_GROUP_USER_WORLD | HVC_GROUP_LEAF, web},
+      {300, "mail", "vm", HVC_GROUP_VM | HVC_GROUP_USER_WORLD, host.ControlGroup(kTop + "machine.slice")},
+      {kVmm + 300, "vmm", "vmm", HVC_GROUP_VMM_SUB_CONTAINER | HVC_GROUP_SUB_CONTAINER | HVC_GROUP_LEAF, 300},
+  };
+  for (const auto &group : groups) {
+    EXPECT_EQ(ask.Name(group.id), group.name);
+    EXPECT_EQ(ask.Tag(group.id), group.tag);
+    EXPECT_EQ(ask.Flags(group.id), group.flags) << group.name;
+    EXPECT_EQ(ask.Parent(group.id), group.parent) << group.name;
+  }
+}
+
+TEST(SavedHost, LeadersAndClients) {
+  SavedHost host("v2.host");
+  Asker ask = host.ask();
+  const int64_t web = host.ControlGroup(kTop + "system.slice/web.service");
+  std::vector<int64_t> clients;
+  for (const int64_t id : {int64_t{100}, int64_t{300}}) {
+    GroupLeaderIDRecord leader = {};
+    EXPECT_EQ(ask.Get("sched_groups_groupLeaderID", {id}, leader), HVC_OK);
+    EXPECT_EQ(leader.leaderID, id);
+    EXPECT_EQ(ask.List("sched_groups_members_memClients", {id}, clients), HVC_OK);
+    EXPECT_EQ(clients, std::vector<int64_t>{id});
+  }
+  for (const int64_t id : {int64_t{0}, kKernel, web, kVmm + 300}) {
+    GroupLeaderIDRecord leader = {};
+    EXPECT_EQ(ask.Get("sched_groups_groupLeaderID", {id}, leader), HVC_NOT_FOUND);
+    EXPECT_EQ(ask.List("sched_groups_members_memClients", {id}, clients), HVC_OK);
+    EXPECT_EQ(clients, std::vector<int64_t>{});
+  }
+}
+
+TEST(SavedHost, WhatIsNoGroupIsNotFound) {
+  SavedHost host("v2.host");
+  Asker ask = host.ask();
+  for (const int64_t id : {int64_t{2}, int64_t{150}, int64_t{999}, int64_t{-1}, kKernel + 1, int64_t{19'999'999}, kVmm,
+                           kVmm + 100, kVmm + 999, int64_t{30'000'000}, INT64_MAX, INT64_MIN}) {
+    GroupNameRecord record;
+    std::vector<int64_t> members;
+    EXPECT_EQ(ask.Get("sched_groups_groupName", {id}, record), HVC_NOT_FOUND) << id;
+    EXPECT_EQ(ask.List("sched_groups_members_groups", {id}, members), HVC_NOT_FOUND) << id;
+  }
+  MemInfoRecord record;
+  EXPECT_EQ(ask.Get("memory_memInfo", {}, record), HVC_NOT_FOUND);
+  std::vector<int64_t> heaps;
+  EXPECT_EQ(ask.List("system_heaps", {}, heaps), HVC_NOT_FOUND);
+}
+
+TEST(SavedHost, HostAndKernelFigures) {
+  SavedHost host("v2.host");
+  Asker ask = host.ask();
+  const GroupMemoryStatsRecord stats = ask.Stats(0);
+  EXPECT_EQ(stats.memSize, 16000000u);
+  EXPECT_EQ(stats.consumed, 7000000u);
+  EXPECT_EQ(stats.touched, 3000000u);
+  EXPECT_EQ(stats.ovhd, 340000u);
+  EXPECT_EQ(stats.sharedSaved, 1000u);
+  EXPECT_EQ(stats.consumedPeak, 0u);
+  EXPECT_EQ(stats.bMax, kNone);
+  EXPECT_EQ(stats.allocTgt, kNone);
+  const GroupMemoryStatsRecord kernel = ask.Stats(kKernel);
+  EXPECT_EQ(kernel.memSize, 340000u);
+  EXPECT_EQ(kernel.consumed, 340000u);
+  EXPECT_EQ(kernel.ovhd, 0u);
+  EXPECT_EQ(ask.Capacity(0).consumedResv, MB(4));
+  EXPECT_EQ(ask.Capacity(0).availResv, 16000000u - MB(4));
+  EXPECT_EQ(ask.Alloc(0).min, 0u);
+  EXPECT_EQ(ask.Alloc(0).max, kNone);
+  EXPECT_EQ(ask.Alloc(kKernel).minLimit, kNone);
+}
+
+TEST(SavedHost, ControlGroupFigures) {
+  SavedHost host("v2.host");
+  Asker ask = host.ask();
+  const int64_t system = host.ControlGroup(kTop + "system.slice");
+  const GroupMemoryStatsRecord stats = ask.Stats(system);
+  EXPECT_EQ(stats.memSize, MB(9));
+  EXPECT_EQ(stats.memSizePeak, 0u);
+  EXPECT_EQ(stats.consumed, MB(8));
+  EXPECT_EQ(stats.consumedPeak, MB(16));
+  EXPECT_EQ(stats.touched, MB(3));
+  EXPECT_EQ(stats.ovhd, 512u + 4) << "kernel memory and socket buffers";
+  EXPECT_EQ(stats.bMin, MB(4));
+  EXPECT_EQ(stats.eMin, MB(4));
+  EXPECT_EQ(stats.iMin, MB(1));
+  EXPECT_EQ(stats.bMax, kNone);
+  EXPECT_EQ(stats.allocTgt, kNone);
+  EXPECT_EQ(ask.Capacity(system).consumedResv, MB(3));
+  EXPECT_EQ(ask.Capacity(system).availResv, MB(1));
+
+  const int64_t web = host.ControlGroup(kTop + "system.slice/web.service");
+  EXPECT_EQ(ask.Alloc(web).min, MB(2));
+  EXPECT_EQ(ask.Alloc(web).max, MB(8));
+  EXPECT_EQ(ask.Alloc(web).shares, 0);
+  EXPECT_EQ(ask.Alloc(web).minLimit, kNone);
+  EXPECT_EQ(ask.Stats(web).eMin, MB(2));
+  EXPECT_EQ(ask.Stats(web).bMax, MB(8));
+  EXPECT_EQ(ask.Stats(web).allocTgt, MB(6));
+}
+
+TEST(SavedHost, AReservationIsBoundedByThatAbove) {
+  SavedHost host("v2.host");
+  host.Write(kTop + "system.slice/memory.min", "1048576\n");
+  Asker ask = host.ask();
+  const int64_t web = host.ControlGroup(kTop + "system.slice/web.service");
+  EXPECT_EQ(ask.Stats(web).bMin, MB(2));
+  EXPECT_EQ(ask.Stats(web).eMin, MB(1));
+  EXPECT_EQ(ask.Capacity(host.ControlGroup(kTop + "system.slice")).availResv, 0u) << "not below 0";
+}
+
+TEST(SavedHost, ProcessFigures) {
+  SavedHost host("v2.host");
+  Asker ask = host.ask();
+  const GroupMemoryStatsRecord stats = ask.Stats(101);
+  EXPECT_EQ(stats.memSize, 40000u);
+  EXPECT_EQ(stats.memSizePeak, 40000u);
+  EXPECT_EQ(stats.consumed, 12048u) << "huge pages are outside the resident set";
+  EXPECT_EQ(stats.consumedPeak, 12048u);
+  EXPECT_EQ(stats.touched, 12048u);
+  EXPECT_EQ(stats.ovhd, 40u);
+  EXPECT_EQ(stats.sharedSaved, 20u);
+  EXPECT_EQ(stats.bMax, kNone);
+  EXPECT_EQ(ask.Capacity(101).availResv, 0u);
+}
+
+TEST(SavedHost, MachineFigures) {
+  SavedHost host("v2.host");
+  Asker ask = host.ask();
+  const GroupMemoryStatsRecord stats = ask.Stats(300);
+  const uint64_t overhead = 4300000 - MB(4096) + 9000;
+  EXPECT_EQ(stats.memSize, MB(4096));
+  EXPECT_EQ(stats.memSizePeak, MB(4096));
+  EXPECT_EQ(stats.consumed, 4300000u);
+  EXPECT_EQ(stats.consumedPeak, 4400000u);
+  EXPECT_EQ(stats.ovhd, overhead);
+  EXPECT_EQ(stats.sharedSaved, 4000u);
+  const GroupMemoryStatsRecord vmm = ask.Stats(kVmm + 300);
+  EXPECT_EQ(vmm.memSize, overhead);
+  EXPECT_EQ(vmm.consumed, overhead);
+  EXPECT_EQ(vmm.touched, 0u);
+  EXPECT_EQ(ask.Alloc(kVmm + 300).max, kNone);
+}
+
+TEST(SavedHost, PageSharing) {
+  SavedHost host("v2.host");
+  PShareStatsRecord stats;
+  ASSERT_EQ(host.ask().Get("memory_pshare_stats", {}, stats), HVC_OK);
+  EXPECT_EQ(stats.cow, 350u);
+  EXPECT_EQ(stats.cow1, 0u);
+  EXPECT_EQ(stats.zero, 12u);
+  EXPECT_EQ(stats.used, 100u);
+  EXPECT_EQ(stats.reclaimed, 250u);
+  EXPECT_EQ(stats.totRemove, 7u);
+  EXPECT_EQ(stats.totAdd, 357u);
+  EXPECT_EQ(stats.hintsActive, 40u);
+  EXPECT_EQ(stats.hintsAdded, 0u);
+}
+
+TEST(SavedHost, AKernelWithoutPageSharingSharesNothing) {
+  SavedHost host("v1.host");
+  PShareStatsRecord stats;
+  ASSERT_EQ(host.ask().Get("memory_pshare_stats", {}, stats), HVC_OK);
+  EXPECT_EQ(stats.cow, 0u);
+  EXPECT_EQ(stats.totAdd, 0u);
+  EXPECT_EQ(host.Opens("proc/vmstat"), 0);
+  EXPECT_EQ(host.ask().Stats(0).sharedSaved, 0u);
+}
+
+TEST(SavedHost, LargePagesAreCountedInSmallOnes) {
+  SavedHost host("64k-pages.host");
+  PShareStatsRecord stats;
+  ASSERT_EQ(host.ask().Get("memory_pshare_stats", {}, stats), HVC_OK);
+  EXPECT_EQ(stats.cow, 350u * 16);
+  EXPECT_EQ(stats.totRemove, 7u * 16);
+  EXPECT_EQ(host.ask().Stats(100).sharedSaved, 3u * 64);
+  EXPECT_EQ(host.ask().Stats(0).sharedSaved, 250u * 64);
+}
+
+TEST(SavedHost, Version1) {
+  SavedHost host("v1.host");
+  Asker ask = host.ask();
+  const int64_t limited = host.ControlGroup(kTop + "memory/limited");
+  const int64_t unlimited = host.ControlGroup(kTop + "memory/unlimited");
+  EXPECT_EQ(ask.Members(0), (std::vector<int64_t>{kKernel, limited, unlimited, 1}));
+  EXPECT_EQ(ask.Members(limited), std::vector<int64_t>{100});
+  const GroupMemoryStatsRecord stats = ask.Stats(limited);
+  EXPECT_EQ(stats.consumed, MB(8));
+  EXPECT_EQ(stats.consumedPeak, MB(9));
+  EXPECT_EQ(stats.memSize, MB(9));
+  EXPECT_EQ(stats.memSizePeak, MB(10));
+  EXPECT_EQ(stats.touched, MB(3));
+  EXPECT_EQ(stats.ovhd, 256u);
+  EXPECT_EQ(stats.bMin, 0u);
+  EXPECT_EQ(stats.iMin, 0u);
+  EXPECT_EQ(stats.eMin, 0u);
+  EXPECT_EQ(stats.bMax, MB(16));
+  EXPECT_EQ(stats.allocTgt, MB(12));
+  EXPECT_EQ(ask.Alloc(limited).min, 0u);
+  EXPECT_EQ(ask.Alloc(limited).max, MB(16));
+  EXPECT_EQ(ask.Capacity(limited).consumedResv, 0u);
+  EXPECT_EQ(ask.Capacity(0).availResv, 16000000u);
+  EXPECT_EQ(ask.Alloc(unlimited).max, kNone) << "the unlimited value of 64 KB pages";
+  EXPECT_EQ(ask.Stats(unlimited).allocTgt, kNone);
+  EXPECT_EQ(ask.Stats(unlimited).memSizePeak, MB(5)) << "without swap accounting, the peak of memory alone";
+}
+
+TEST(SavedHost, AProcessIsFoundInTheHierarchyThatAccountsMemory) {
+  SavedHost host("v1.host");
+  EXPECT_EQ(host.ask().Parent(100), host.ControlGroup(kTop + "memory/limited"));
+  EXPECT_EQ(host.ask().Parent(1), 0);
+}
+
+TEST(SavedHost, MemoryMayBeOnVersion1BesideVersion2) {
+  SavedHost host("hybrid.host");
+  Asker ask = host.ask();
+  const int64_t only = host.ControlGroup(kTop + "mem ory/only");
+  EXPECT_EQ(ask.Members(0), (std::vector<int64_t>{kKernel, only}));
+  EXPECT_EQ(ask.Stats(only).consumed, MB(1));
+}
+
+TEST(SavedHost, WithoutControlGroupsProcessesAreTheHosts) {
+  SavedHost host("no-control-groups.host");
+  Asker ask = host.ask();
+  EXPECT_EQ(ask.Members(0), (std::vector<int64_t>{kKernel, 1, 3, 20})) << "by number, not by name";
+  EXPECT_EQ(ask.Parent(20), 0);
+  EXPECT_EQ(ask.Capacity(0).availResv, 16000000u);
+}
+
+TEST(SavedHost, GroupsWithoutAMemoryController) {
+  SavedHost host("grouping-only.host");
+  Asker ask = host.ask();
+  const int64_t user = host.ControlGroup(kTop + "systemd/user");
+  EXPECT_EQ(ask.Parent(100), user);
+  EXPECT_EQ(ask.Members(0), (std::vector<int64_t>{kKernel, user}));
+  const GroupMemoryStatsRecord stats = ask.Stats(user);
+  EXPECT_EQ(stats.consumed, kNone);
+  EXPECT_EQ(stats.consumedPeak, kNone);
+  EXPECT_EQ(stats.memSize, kNone);
+  EXPECT_EQ(stats.touched, kNone);
+  EXPECT_EQ(stats.ovhd, kNone);
+  EXPECT_EQ(stats.bMin, 0u);
+  EXPECT_EQ(stats.eMin, 0u);
+  EXPECT_EQ(stats.bMax, kNone);
+  EXPECT_EQ(ask.Alloc(user).min, 0u);
+  EXPECT_EQ(ask.Alloc(user).max, kNone);
+}
+
+TEST(SavedHost, AnOldKernel) {
+  SavedHost host("kernel-5.10.host");
+  Asker ask = host.ask();
+  const GroupMemoryStatsRecord stats = ask.Stats(host.ControlGroup(kTop + "old.slice"));
+  EXPECT_EQ(stats.consumed, MB(8));
+  EXPECT_EQ(stats.consumedPeak, kNone);
+  EXPECT_EQ(stats.memSize, MB(8)) << "no swap is accounted";
+  EXPECT_EQ(stats.ovhd, 64u + 128 + 1 + 200 + 4) << "the parts of kernel memory that this kernel counts";
+  EXPECT_EQ(ask.Stats(kKernel).consumed, 330000u);
+  EXPECT_EQ(ask.Stats(100).sharedSaved, 0u);
+}
+
+TEST(SavedHost, TheRootMustBeAFolder) {
+  SavedHost host;
+  host.Write("file", "");
+  std::unique_ptr<Source> source;
+  EXPECT_EQ(OpenSavedRoot(host.Path("nowhere").c_str(), source), HVC_NOT_FOUND);
+  EXPECT_EQ(OpenSavedRoot(host.Path("file").c_str(), source), HVC_NOT_FOUND);
+  EXPECT_EQ(OpenSavedRoot(std::string(5000, 'x').c_str(), source), HVC_IO_ERROR);
+  EXPECT_EQ(source, nullptr);
+  EXPECT_EQ(OpenSavedRoot(host.Path("").c_str(), source), HVC_OK);
+  host.MakeFolder("closed/inner");
+  host.Forbid("closed");
+  {
+    OrdinaryUser user;
+    EXPECT_EQ(OpenSavedRoot(host.Path("closed/inner").c_str(), source), HVC_NO_PERMISSION);
+  }
+}
+
+TEST(SavedHost, AnEmptyRootIsAHostOfUnknownMemory) {
+  SavedHost host;
+  Asker ask = host.ask();
+  EXPECT_EQ(ask.Members(0), std::vector<int64_t>{kKernel});
+  EXPECT_EQ(ask.Stats(0).memSize, kNone);
+  EXPECT_EQ(ask.Stats(kKernel).consumed, kNone);
+  EXPECT_EQ(ask.Capacity(0).availResv, kNone);
+}
+
+}  // namespace
+}  // namespace platkit

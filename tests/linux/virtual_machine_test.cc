@@ -1,0 +1,138 @@
+#include "platkit/linux/virtual_machine.h"
+
+#include "tests/linux/saved_host.h"
+
+namespace platkit {
+namespace {
+
+constexpr int64_t kVmm = 20'000'000;
+
+// A command line of words.
+VirtualMachine Parse(const std::vector<std::string> &words) {
+  std::string line;
+  for (const std::string &word : words)
+    line += word + '\0';
+  return ParseCommandLine(line);
+}
+
+Figure Memory(const std::string &size) { return Parse({"qemu-kvm", "-m", size}).guestMemory; }
+
+constexpr Figure MB(uint64_t amount) { return Figure(amount * 1024); }
+
+TEST(VirtualMachine, Names) {
+  EXPECT_EQ(Parse({"qemu", "-name", "mail"}).name, "mail");
+  EXPECT_EQ(Parse({"qemu", "--name", "guest=mail,debug-threads=on"}).name, "mail");
+  EXPECT_EQ(Parse({"qemu", "-name", "debug-threads=on,guest=mail"}).name, "mail");
+  EXPECT_EQ(Parse({"qemu", "-name", "a,,b,process=x"}).name, "a,b");
+  EXPECT_EQ(Parse({"qemu", "-name", "first", "-name", "second"}).name, "second");
+  EXPECT_EQ(Parse({"qemu", "-name", "debug-threads=on"}).name, "");
+  for (const std::vector<std::string> &words : {std::vector<std::string>{},
+                                                {""},
+                                                {"-name"},
+                                                {"qemu", "-name"},
+                                                {"qemu", "-name", ""},
+                                                {"qemu", "-name", ","}}) {
+    EXPECT_EQ(Parse(words).name, "");
+  }
+}
+
+TEST(VirtualMachine, MemorySizes) {
+  EXPECT_EQ(Memory("4096"), MB(4096));
+  EXPECT_EQ(Memory("4G"), MB(4096));
+  EXPECT_EQ(Memory("1t"), MB(1 << 20));
+  EXPECT_EQ(Memory("1.5g"), MB(1536));
+  EXPECT_EQ(Memory("2048K"), MB(2));
+  EXPECT_EQ(Memory("1048576b"), MB(1));
+  EXPECT_EQ(Memory("512M"), MB(512));
+  EXPECT_EQ(Memory("size=4G,slots=2,maxmem=16G"), MB(4096));
+  EXPECT_EQ(Memory("slots=2,size=512,maxmem=16G"), MB(512));
+  EXPECT_EQ(Memory("4G,maxmem=16G"), MB(4096));
+  EXPECT_EQ(Parse({"qemu", "-m", "1G", "-m", "2G"}).guestMemory, MB(2048));
+  for (const char *bad : {"", "G", "0", "4X", "4GB", "-1", "maxmem=4G", "99999999999999999999", "99999999999999999E"}) {
+    EXPECT_TRUE(Memory(bad).isAbsent()) << bad;
+  }
+}
+
+TEST(VirtualMachine, QemuIsKnownByItsProgramsName) {
+  const struct {
+    const char *process, *program;
+    bool isMachine;
+  } programs[] = {
+      {"qemu-system-x86", "/usr/bin/qemu-system-x86_64", true},
+      {"qemu-kvm", "/usr/libexec/qemu-kvm", true},
+      {"kvm", "kvm", true},
+      {"qemu-img", "/usr/bin/qemu-img", false},
+      {"qemu-ga", "/usr/bin/qemu-ga", false},
+      {"kvm", "/opt/kvm-tool", false},
+      {"kvm", "", false},
+  };
+  for (const auto &program : programs) {
+    SavedHost host("v2.host");
+    host.Write("proc/300/status", std::string("Name:\t") + program.process + "\nVmSize: 9 kB\n");
+    host.Write("proc/300/cmdline", std::string(program.program) + '\0');
+    EXPECT_EQ((host.ask().Flags(300) & HVC_GROUP_VM) != 0, program.isMachine) << program.program;
+    if (program.isMachine) {
+      EXPECT_EQ(host.ask().Name(300), program.process) << "without a name, the process' own";
+      EXPECT_EQ(host.ask().Stats(300).memSize, 9u) << "without a size, the process' own";
+    }
+  }
+}
+
+TEST(VirtualMachine, OnlyLikelyCommandLinesAreRead) {
+  SavedHost host("v2.host");
+  host.ask().Flags(100);
+  host.ask().Flags(300);
+  EXPECT_EQ(host.Opens("proc/100/cmdline"), 0);
+  EXPECT_EQ(host.Opens("proc/300/cmdline"), 1);
+}
+
+TEST(VirtualMachine, KvmTellsWhoOwnsMachines) {
+  SavedHost host("kvm-list.host");
+  EXPECT_EQ(host.ask().Members(400), std::vector<int64_t>{kVmm + 400});
+  EXPECT_EQ(host.ask().Name(400), "monitor");
+  EXPECT_EQ(host.ask().Tag(401), "process");
+  EXPECT_EQ(host.Opens("sys/kernel/debug/kvm"), 1);
+  EXPECT_EQ(host.Opens("proc/401/fd"), 0) << "the list is the whole truth";
+}
+
+TEST(VirtualMachine, DescriptorsTellWhereTheListIsNotReadable) {
+  SavedHost host("kvm-descriptors.host");
+  EXPECT_EQ(host.ask().Tag(400), "vm");
+  EXPECT_EQ(host.ask().Tag(401), "process") << "of one thread";
+  EXPECT_EQ(host.ask().Tag(402), "process") << "no machine among its descriptors";
+
+  SavedHost forbidden("kvm-list.host");
+  forbidden.Write("sys/module/kvm_intel/refcnt", "3\n");
+  forbidden.Forbid("sys/kernel/debug");
+  OrdinaryUser user;
+  EXPECT_EQ(forbidden.ask().Tag(401), "vm");
+}
+
+TEST(VirtualMachine, DescriptorsAreLookedAtOnlyWhileKvmIsInUse) {
+  SavedHost idle("kvm-descriptors.host");
+  idle.Write("sys/module/kvm/refcnt", "0\n");
+  idle.Write("dev/kvm", "");
+  EXPECT_EQ(idle.ask().Tag(400), "process");
+  EXPECT_EQ(idle.Opens("proc/400/fd"), 0);
+
+  SavedHost builtIn("kvm-descriptors.host");
+  builtIn.Remove("sys/module");
+  builtIn.Write("dev/kvm", "");
+  EXPECT_EQ(builtIn.ask().Tag(400), "vm");
+
+  SavedHost none("kvm-descriptors.host");
+  none.Remove("sys/module");
+  EXPECT_EQ(none.ask().Tag(400), "process");
+}
+
+TEST(VirtualMachine, KvmIsLookedAtAnewWithTheHost) {
+  SavedHost host("kvm-list.host");
+  Asker ask = host.ask();
+  EXPECT_EQ(ask.Tag(401), "process");
+  host.MakeFolder("sys/kernel/debug/kvm/401-12");
+  ask.Members(0);
+  EXPECT_EQ(ask.Tag(401), "vm");
+}
+
+}  // namespace
+}  // namespace platkit
