@@ -87,22 +87,22 @@ uint32_t Asker::Flags(int64_t group) {
   return record.flags;
 }
 
-GroupMemoryStatsRecord Asker::Stats(int64_t group) {
-  GroupMemoryStatsRecord record = {};
-  EXPECT_EQ(Get("sched_groups_stats_memoryStats", {group}, record), HVC_OK) << group;
-  return record;
+const GroupMemoryStatsRecord &Asker::Stats(int64_t group) {
+  stats_ = {};
+  EXPECT_EQ(Get("sched_groups_stats_memoryStats", {group}, stats_), HVC_OK) << group;
+  return stats_;
 }
 
-GroupAllocRecord Asker::Alloc(int64_t group) {
-  GroupAllocRecord record = {};
-  EXPECT_EQ(Get("sched_groups_memAllocationInKB", {group}, record), HVC_OK) << group;
-  return record;
+const GroupAllocRecord &Asker::Alloc(int64_t group) {
+  alloc_ = {};
+  EXPECT_EQ(Get("sched_groups_memAllocationInKB", {group}, alloc_), HVC_OK) << group;
+  return alloc_;
 }
 
-GroupCapacityRecord Asker::Capacity(int64_t group) {
-  GroupCapacityRecord record = {};
-  EXPECT_EQ(Get("sched_groups_stats_capacity", {group}, record), HVC_OK) << group;
-  return record;
+const GroupCapacityRecord &Asker::Capacity(int64_t group) {
+  capacity_ = {};
+  EXPECT_EQ(Get("sched_groups_stats_capacity", {group}, capacity_), HVC_OK) << group;
+  return capacity_;
 }
 
 SavedHost::SavedHost() {

@@ -13,6 +13,9 @@
 #include "platkit/linux/linux_source.h"
 #include "platkit/records.h"
 
+// Compares a field of a record by value: it may stand at an address that no reference may have.
+#define EXPECT_CELL(cell, expected) EXPECT_EQ(static_cast<uint64_t>(cell), static_cast<uint64_t>(expected))
+
 namespace platkit {
 
 // Asks a source by node name. The short forms expect success.
@@ -31,14 +34,19 @@ class Asker {
   std::string Tag(int64_t group);
   int64_t Parent(int64_t group);
   uint32_t Flags(int64_t group);
-  GroupMemoryStatsRecord Stats(int64_t group);
-  GroupAllocRecord Alloc(int64_t group);
-  GroupCapacityRecord Capacity(int64_t group);
+
+  // Good until the same is asked of another group.
+  const GroupMemoryStatsRecord &Stats(int64_t group);
+  const GroupAllocRecord &Alloc(int64_t group);
+  const GroupCapacityRecord &Capacity(int64_t group);
 
  private:
   HVC_ReturnStatus GetBytes(std::string_view node, const std::vector<int64_t> &arguments, std::span<std::byte> record);
 
   Source &source_;
+  GroupMemoryStatsRecord stats_ = {};
+  GroupAllocRecord alloc_ = {};
+  GroupCapacityRecord capacity_ = {};
 };
 
 class SavedHost {

@@ -72,22 +72,22 @@ TEST(Upkeep, ARecordAskedForAgainIsReadAnew) {
   Asker ask = host.ask();
   ask.Members(0);
   const int64_t web = host.ControlGroup(kWeb);
-  EXPECT_EQ(ask.Stats(web).consumed, 4096u);
+  EXPECT_CELL(ask.Stats(web).consumed, 4096u);
   host.Write(kWeb + "/memory.current", "2048\n");
-  EXPECT_EQ(ask.Stats(web).consumed, 2u);
+  EXPECT_CELL(ask.Stats(web).consumed, 2u);
 
-  EXPECT_EQ(ask.Stats(101).ovhd, 40u);
+  EXPECT_CELL(ask.Stats(101).ovhd, 40u);
   host.Write("proc/101/status", "Name: x\nVmPTE: 41 kB\n");
-  EXPECT_EQ(ask.Stats(101).ovhd, 41u);
+  EXPECT_CELL(ask.Stats(101).ovhd, 41u);
 
   const int64_t system = host.ControlGroup(kTop + "system.slice");
-  EXPECT_EQ(ask.Capacity(system).consumedResv, 3u * 1024);
+  EXPECT_CELL(ask.Capacity(system).consumedResv, 3u * 1024);
   host.Write(kWeb + "/memory.min", "0\n");
-  EXPECT_EQ(ask.Capacity(system).consumedResv, 1024u);
+  EXPECT_CELL(ask.Capacity(system).consumedResv, 1024u);
 
-  EXPECT_EQ(ask.Stats(0).memSize, 16000000u);
+  EXPECT_CELL(ask.Stats(0).memSize, 16000000u);
   host.Write("proc/meminfo", "MemTotal: 5 kB\n");
-  EXPECT_EQ(ask.Stats(0).memSize, 5u);
+  EXPECT_CELL(ask.Stats(0).memSize, 5u);
 }
 
 TEST(Upkeep, AListingSeesWhatHasChanged) {
@@ -130,12 +130,11 @@ TEST(Upkeep, AVanishedControlGroupIsNotFound) {
   EXPECT_EQ(ask.Get("sched_groups_memAllocationInKB", {web}, alloc), HVC_NOT_FOUND);
   EXPECT_EQ(ask.Get("sched_groups_stats_capacity", {web}, capacity), HVC_NOT_FOUND);
   EXPECT_EQ(ask.Get("sched_groups_stats_memoryStats", {web}, stats), HVC_NOT_FOUND);
-  EXPECT_EQ(ask.Capacity(system).consumedResv, 1024u) << "what is left of its siblings";
+  EXPECT_CELL(ask.Capacity(system).consumedResv, 1024u) << "what is left of its siblings";
 }
 
 // One bad file costs its cells; the rest of the record stands.
 TEST(Upkeep, EachFileOfAControlGroup) {
-  const auto stats = [](Asker ask, int64_t group) { return ask.Stats(group); };
   const struct {
     const char *file;
     uint64_t (*cell)(const GroupMemoryStatsRecord &);
@@ -149,11 +148,12 @@ TEST(Upkeep, EachFileOfAControlGroup) {
       {"memory.max", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.bMax; }, kNone},
   };
   SavedHost host("v2.host");
+  Asker ask = host.ask();
   const int64_t web = host.ControlGroup(kWeb);
-  host.ask().Members(0);
+  ask.Members(0);
   for (const auto &file : files) {
     const std::string path = kWeb + "/" + file.file;
-    const auto cell = [&] { return file.cell(stats(host.ask(), web)); };
+    const auto cell = [&] { return file.cell(ask.Stats(web)); };
     host.Write(path, "123904\n");
     EXPECT_EQ(cell(), 121u) << path;
     host.Write(path, "123904");
@@ -163,7 +163,7 @@ TEST(Upkeep, EachFileOfAControlGroup) {
                                    std::string(10000, '1'), std::string("1\0002", 3)}) {
       host.Write(path, bad);
       EXPECT_EQ(cell(), kNone) << path << ": " << bad;
-      EXPECT_EQ(stats(host.ask(), web).touched, 1536u) << path;
+      EXPECT_CELL(ask.Stats(web).touched, 1536u) << path;
     }
     host.Write(path, "123904\n");
     host.Forbid(path);
@@ -202,31 +202,32 @@ TEST(Upkeep, EachLineOfMemoryStat) {
   host.Forbid(kWeb + "/memory.stat");
   {
     OrdinaryUser user;
-    EXPECT_EQ(host.ask().Stats(web).touched, kNone);
+    EXPECT_CELL(host.ask().Stats(web).touched, kNone);
   }
   host.Remove(kWeb + "/memory.stat");
-  EXPECT_EQ(host.ask().Stats(web).touched, kNone);
-  EXPECT_EQ(host.ask().Stats(web).consumed, 4096u);
+  EXPECT_CELL(host.ask().Stats(web).touched, kNone);
+  EXPECT_CELL(host.ask().Stats(web).consumed, 4096u);
 }
 
 TEST(Upkeep, EachLineOfStatus) {
   SavedHost host("v2.host");
-  const auto stats = [&](std::string_view text) {
+  Asker ask = host.ask();
+  const auto stats = [&](std::string_view text) -> const GroupMemoryStatsRecord & {
     host.Write("proc/100/status", text);
-    host.ask().Members(host.ControlGroup(kWeb));
-    return host.ask().Stats(100);
+    ask.Members(host.ControlGroup(kWeb));
+    return ask.Stats(100);
   };
-  EXPECT_EQ(stats("VmRSS:\t  10 kB\nName:\tx\nHugetlbPages: 5 kB\n").consumed, 15u);
+  EXPECT_CELL(stats("VmRSS:\t  10 kB\nName:\tx\nHugetlbPages: 5 kB\n").consumed, 15u);
   EXPECT_EQ(host.ask().Name(100), "x");
-  EXPECT_EQ(stats("VmRSS: 10 kB\n").consumed, 10u) << "a kernel without huge pages";
-  EXPECT_EQ(stats("VmRSS: 10 kB\n").memSize, kNone);
-  EXPECT_EQ(stats("VmRSS: 10 kB\nVmRSS: 11 kB\n").consumed, 10u);
-  EXPECT_EQ(stats("VmRSS: ten kB\nVmSize: 7 kB\n").consumed, kNone);
-  EXPECT_EQ(stats("VmRSS: ten kB\nVmSize: 7 kB\n").memSize, 7u);
-  EXPECT_EQ(stats("Groups: " + std::string(100000, '7') + "\nVmSize: 7 kB\n").memSize, 7u);
-  EXPECT_EQ(stats("Name:\ta\tb\x01\x7f\nVmSize: 1 kB\n").memSize, 1u);
+  EXPECT_CELL(stats("VmRSS: 10 kB\n").consumed, 10u) << "a kernel without huge pages";
+  EXPECT_CELL(stats("VmRSS: 10 kB\n").memSize, kNone);
+  EXPECT_CELL(stats("VmRSS: 10 kB\nVmRSS: 11 kB\n").consumed, 10u);
+  EXPECT_CELL(stats("VmRSS: ten kB\nVmSize: 7 kB\n").consumed, kNone);
+  EXPECT_CELL(stats("VmRSS: ten kB\nVmSize: 7 kB\n").memSize, 7u);
+  EXPECT_CELL(stats("Groups: " + std::string(100000, '7') + "\nVmSize: 7 kB\n").memSize, 7u);
+  EXPECT_CELL(stats("Name:\ta\tb\x01\x7f\nVmSize: 1 kB\n").memSize, 1u);
   EXPECT_EQ(host.ask().Name(100), "a?b??");
-  EXPECT_EQ(stats("Name:\t" + std::string(200, 'n') + "\nVmSize: 1 kB\n").memSize, 1u);
+  EXPECT_CELL(stats("Name:\t" + std::string(200, 'n') + "\nVmSize: 1 kB\n").memSize, 1u);
   EXPECT_EQ(host.ask().Name(100), std::string(63, 'n'));
 }
 
@@ -249,10 +250,10 @@ TEST(Upkeep, AProcessThatMayNotBeReadIsThereAllTheSame) {
   Asker ask = host.ask();
   EXPECT_EQ(ask.Members(host.ControlGroup(kWeb)), (std::vector<int64_t>{100, 101}));
   EXPECT_EQ(ask.Name(100), "?");
-  EXPECT_EQ(ask.Stats(100).memSize, kNone);
-  EXPECT_EQ(ask.Stats(100).consumed, kNone);
-  EXPECT_EQ(ask.Stats(101).sharedSaved, kNone);
-  EXPECT_EQ(ask.Stats(101).memSize, 40000u);
+  EXPECT_CELL(ask.Stats(100).memSize, kNone);
+  EXPECT_CELL(ask.Stats(100).consumed, kNone);
+  EXPECT_CELL(ask.Stats(101).sharedSaved, kNone);
+  EXPECT_CELL(ask.Stats(101).memSize, 40000u);
 }
 
 TEST(Upkeep, UnreadableMembersAreNone) {
@@ -275,13 +276,13 @@ TEST(Upkeep, MeminfoLines) {
   SavedHost host("v2.host");
   host.Write("proc/meminfo", "MemFree: 1 kB\nMemTotal: 10 kB\nMemTotal: 11 kB\nActive: x kB\n");
   const GroupMemoryStatsRecord stats = host.ask().Stats(0);
-  EXPECT_EQ(stats.memSize, 10u);
-  EXPECT_EQ(stats.consumed, 9u);
-  EXPECT_EQ(stats.touched, kNone);
-  EXPECT_EQ(stats.ovhd, kNone);
+  EXPECT_CELL(stats.memSize, 10u);
+  EXPECT_CELL(stats.consumed, 9u);
+  EXPECT_CELL(stats.touched, kNone);
+  EXPECT_CELL(stats.ovhd, kNone);
   host.Forbid("proc/meminfo");
   OrdinaryUser user;
-  EXPECT_EQ(host.ask().Stats(0).memSize, kNone);
+  EXPECT_CELL(host.ask().Stats(0).memSize, kNone);
 }
 
 TEST(Upkeep, PageSharingFiles) {
@@ -294,12 +295,12 @@ TEST(Upkeep, PageSharingFiles) {
   OrdinaryUser user;
   PShareStatsRecord stats;
   ASSERT_EQ(host.ask().Get("memory_pshare_stats", {}, stats), HVC_OK);
-  EXPECT_EQ(stats.zero, kNone);
-  EXPECT_EQ(stats.reclaimed, kNone);
-  EXPECT_EQ(stats.cow, kNone);
-  EXPECT_EQ(stats.used, 100u);
-  EXPECT_EQ(stats.totRemove, 0u);
-  EXPECT_EQ(stats.hintsActive, 0u);
+  EXPECT_CELL(stats.zero, kNone);
+  EXPECT_CELL(stats.reclaimed, kNone);
+  EXPECT_CELL(stats.cow, kNone);
+  EXPECT_CELL(stats.used, 100u);
+  EXPECT_CELL(stats.totRemove, 0u);
+  EXPECT_CELL(stats.hintsActive, 0u);
 }
 
 TEST(Upkeep, StartGroupsAreFoundWithoutAListing) {

@@ -73,7 +73,7 @@ TEST(VirtualMachine, QemuIsKnownByItsProgramsName) {
     EXPECT_EQ((host.ask().Flags(300) & HVC_GROUP_VM) != 0, program.isMachine) << program.program;
     if (program.isMachine) {
       EXPECT_EQ(host.ask().Name(300), program.process) << "without a name, the process' own";
-      EXPECT_EQ(host.ask().Stats(300).memSize, 9u) << "without a size, the process' own";
+      EXPECT_CELL(host.ask().Stats(300).memSize, 9u) << "without a size, the process' own";
     }
   }
 }
