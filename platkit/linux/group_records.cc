@@ -87,7 +87,7 @@ HVC_ReturnStatus GroupRecords::Alloc(Group &group, GroupAllocRecord &record) {
   record.minLimit = HVC_KB_NONE;
   if (group.kind != GroupKind::kControlGroup) return HVC_OK;
   Renew(group, kAlloc);
-  Figure max = Amount(group, GroupAmount::kMax);
+  const Figure max = Amount(group, GroupAmount::kMax);
   if (IsGone(group, max)) return HVC_NOT_FOUND;
   record.min = CellInKB(Amount(group, GroupAmount::kMin), 0);
   record.max = CellInKB(max, HVC_KB_NONE);
@@ -253,7 +253,7 @@ Figure GroupRecords::LowestMin(Group &group) {
 }
 
 // A file that every group has is missing if the group has vanished, or has no memory controller.
-bool GroupRecords::IsGone(Group &group, Figure &required) {
+bool GroupRecords::IsGone(const Group &group, Figure required) {
   return required.isAbsent() && !files_.Exists(HostPath(group.folder));
 }
 

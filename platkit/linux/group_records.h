@@ -42,7 +42,7 @@ class GroupRecords {
   Figure Amount(Group &group, GroupAmount amount);
   Figure ReservedByChildren(Group &group);
   Figure LowestMin(Group &group);
-  bool IsGone(Group &group, Figure &required);
+  bool IsGone(const Group &group, Figure required);
 
   HVC_ReturnStatus HostStats(GroupMemoryStatsRecord &record);
   HVC_ReturnStatus KernelStats(GroupMemoryStatsRecord &record);
