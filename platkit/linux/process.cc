@@ -48,4 +48,16 @@ HVC_ReturnStatus ReadProcessStatus(HostFiles &files, int64_t pid, ProcessStatus 
   return HVC_OK;
 }
 
+HVC_ReturnStatus ReadProcessOfThread(HostFiles &files, int64_t thread, int64_t &pid) {
+  LineReader lines(files, HostPath("proc/", thread, "/status"));
+  std::string_view line, key, rest;
+  while (lines.Next(line)) {
+    uint64_t number = 0;
+    if (!SplitKey(line, key, rest) || key != "Tgid" || !ParseNumber(rest, number)) continue;
+    pid = static_cast<int64_t>(number);
+    return HVC_OK;
+  }
+  return lines.status() == HVC_OK ? HVC_NOT_FOUND : lines.status();
+}
+
 }  // namespace platkit

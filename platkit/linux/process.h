@@ -26,6 +26,9 @@ struct ProcessStatus {
 // other than its process' first. A process whose status is not for this user is there, with nothing known of it.
 [[nodiscard]] HVC_ReturnStatus ReadProcessStatus(HostFiles &files, int64_t pid, ProcessStatus &status);
 
+// The process that a thread belongs to.
+[[nodiscard]] HVC_ReturnStatus ReadProcessOfThread(HostFiles &files, int64_t thread, int64_t &pid);
+
 }  // namespace platkit
 
 #endif  // PLATKIT_LINUX_PROCESS_H

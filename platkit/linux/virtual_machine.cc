@@ -121,23 +121,31 @@ std::optional<VirtualMachine> VirtualMachineFinder::Find(int64_t pid, const Proc
 }
 
 bool VirtualMachineFinder::OwnsKvmMachine(int64_t pid, const ProcessStatus &status) {
-  if (!kvmOwnersStatus_) kvmOwnersStatus_ = ReadKvmOwners();
-  if (*kvmOwnersStatus_ == HVC_OK) return std::binary_search(kvmOwners_.begin(), kvmOwners_.end(), pid);
-  return status.threads > 1 && IsKvmInUse() && HoldsKvmMachine(pid);
+  if (!allOwnersKnown_) allOwnersKnown_ = ReadKvmOwners();
+  if (std::binary_search(kvmOwners_.begin(), kvmOwners_.end(), pid)) return true;
+  return !*allOwnersKnown_ && status.threads > 1 && IsKvmInUse() && HoldsKvmMachine(pid);
 }
 
-// KVM keeps a folder "<pid>-<descriptor>" for each machine.
-HVC_ReturnStatus VirtualMachineFinder::ReadKvmOwners() {
+// KVM keeps a folder "<thread>-<descriptor>" for each machine. False if that does not tell all their processes: the
+// list may not be for this user, and the thread that made a machine may have ended since.
+bool VirtualMachineFinder::ReadKvmOwners() {
+  bool all = true;
   FolderReader folder(files_, HostPath("sys/kernel/debug/kvm"));
   FolderReader::Entry entry;
   while (folder.Next(entry)) {
-    int64_t pid = 0;
+    int64_t thread = 0;
     const char *end = entry.name.data() + entry.name.size();
-    const auto [stop, error] = std::from_chars(entry.name.data(), end, pid);
-    if (error == std::errc() && stop != end && *stop == '-') kvmOwners_.push_back(pid);
+    const auto [stop, error] = std::from_chars(entry.name.data(), end, thread);
+    if (error != std::errc() || stop == end || *stop != '-') continue;
+    int64_t pid = 0;
+    if (ReadProcessOfThread(files_, thread, pid) == HVC_OK) {
+      kvmOwners_.push_back(pid);
+    } else {
+      all = false;
+    }
   }
   std::sort(kvmOwners_.begin(), kvmOwners_.end());
-  return folder.status();
+  return all && folder.status() == HVC_OK;
 }
 
 bool VirtualMachineFinder::IsKvmInUse() {
@@ -160,8 +168,9 @@ bool VirtualMachineFinder::HoldsKvmMachine(int64_t pid) {
   while (descriptors.Next(entry)) {
     char buffer[64];
     std::string_view target;
-    const HostPath link("proc/", pid, "/fd/", entry.name);
-    if (files_.ReadLink(link, buffer, target) == HVC_OK && target == "anon_inode:kvm-vm") return true;
+    const HVC_ReturnStatus status = files_.ReadLink(HostPath("proc/", pid, "/fd/", entry.name), buffer, target);
+    if (status == HVC_NO_PERMISSION) return false;  // what holds for one descriptor holds for all
+    if (status == HVC_OK && target == "anon_inode:kvm-vm") return true;
   }
   return false;
 }

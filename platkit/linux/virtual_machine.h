@@ -22,9 +22,9 @@ struct VirtualMachine {
 // Takes the words of a command line, each ended by a NUL. The last word of an option that is given twice counts.
 VirtualMachine ParseCommandLine(std::string_view commandLine);
 
-// A process runs a virtual machine if it is QEMU by its program's name, if KVM lists it among its owners, or, where
-// that list is not for this user, if it holds a KVM machine open. The last costs a look at each of its descriptors, and
-// is done only for processes of several threads while KVM is in use.
+// A process runs a virtual machine if it is QEMU by its program's name, if KVM lists a machine of one of its threads,
+// or, where that list is not for this user or does not tell, if it holds a KVM machine open. The last costs a look at
+// each of its descriptors, and is done only for processes of several threads while KVM is in use.
 class VirtualMachineFinder {
  public:
   explicit VirtualMachineFinder(HostFiles &files) : files_(files) {}
@@ -33,17 +33,17 @@ class VirtualMachineFinder {
   std::optional<VirtualMachine> Find(int64_t pid, const ProcessStatus &status);
 
   // Looks at KVM anew the next time.
-  void Forget() { kvmOwners_ = {}, kvmOwnersStatus_.reset(), kvmInUse_.reset(); }
+  void Forget() { kvmOwners_ = {}, allOwnersKnown_.reset(), kvmInUse_.reset(); }
 
  private:
   bool OwnsKvmMachine(int64_t pid, const ProcessStatus &status);
   bool HoldsKvmMachine(int64_t pid);
-  HVC_ReturnStatus ReadKvmOwners();
+  bool ReadKvmOwners();
   bool IsKvmInUse();
 
   HostFiles &files_;
-  std::vector<int64_t> kvmOwners_;  // sorted
-  std::optional<HVC_ReturnStatus> kvmOwnersStatus_;
+  std::vector<int64_t> kvmOwners_;      // sorted
+  std::optional<bool> allOwnersKnown_;  // empty: KVM's list has not been read
   std::optional<bool> kvmInUse_;
 };
 

@@ -95,6 +95,23 @@ TEST(VirtualMachine, KvmTellsWhoOwnsMachines) {
   EXPECT_EQ(host.Opens("proc/401/fd"), 0) << "the list is the whole truth";
 }
 
+// KVM names the thread that made the machine, which need not be its process' first.
+TEST(VirtualMachine, AnyThreadMayHaveMadeTheMachine) {
+  SavedHost host("kvm-list.host");
+  host.MakeFolder("sys/kernel/debug/kvm/455-12");
+  host.Write("proc/455/status", "Name:\tworker\nTgid:\t401\nPid:\t455\nVmSize: 9 kB\n");
+  EXPECT_EQ(host.ask().Tag(401), "vm");
+  EXPECT_EQ(host.Opens("proc/401/fd"), 0);
+}
+
+TEST(VirtualMachine, DescriptorsTellWhereTheThreadHasEnded) {
+  SavedHost host("kvm-list.host");
+  host.Write("sys/module/kvm_intel/refcnt", "3\n");
+  host.MakeFolder("sys/kernel/debug/kvm/455-9");
+  EXPECT_EQ(host.ask().Tag(401), "vm");
+  EXPECT_EQ(host.ask().Tag(400), "vm");
+}
+
 TEST(VirtualMachine, DescriptorsTellWhereTheListIsNotReadable) {
   SavedHost host("kvm-descriptors.host");
   EXPECT_EQ(host.ask().Tag(400), "vm");
