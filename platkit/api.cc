@@ -50,6 +50,20 @@ HVC_ReturnStatus FillInstanceList(uint32_t id, const ParamList *args, ParamList 
   return status != HVC_OK ? status : CurrentSource().List(*node, arguments, list);
 }
 
+// Sources know the number of their instances themselves, so that nobody needs a caller's hint.
+HVC_ReturnStatus MakeInstanceList(uint32_t id, const ParamList *args, ParamList **list) {
+  if (list == nullptr) return HVC_BAD_PARAM;
+  ParamList *instances = ParamList::Make();
+  if (instances == nullptr) return HVC_NO_MEMORY;
+  const HVC_ReturnStatus status = FillInstanceList(id, args, *instances);
+  if (status == HVC_OK) {
+    *list = instances;
+  } else {
+    instances->Destroy();
+  }
+  return status;
+}
+
 }  // namespace
 
 void UseSource(std::unique_ptr<Source> source) { currentSource = std::move(source); }
@@ -154,22 +168,12 @@ HVC_ReturnStatus NODAL_GetInstanceList(uint32_t id, const NODAL_ParamList *args,
 }
 
 HVC_ReturnStatus NODAL_GetInstanceListAlloc(uint32_t id, const NODAL_ParamList *args, NODAL_ParamList **list) {
-  return NODAL_GetInstanceListAllocHint(id, args, 0, list);
+  return platkit::MakeInstanceList(id, args, list);
 }
 
-HVC_ReturnStatus NODAL_GetInstanceListAllocHint(uint32_t id, const NODAL_ParamList *args, uint32_t hint,
+HVC_ReturnStatus NODAL_GetInstanceListAllocHint(uint32_t id, const NODAL_ParamList *args, uint32_t,
                                                 NODAL_ParamList **list) {
-  if (list == nullptr) return HVC_BAD_PARAM;
-  static_cast<void>(hint);  // sources know the number of their instances themselves
-  NODAL_ParamList *instances = NODAL_ParamList::Make();
-  if (instances == nullptr) return HVC_NO_MEMORY;
-  const HVC_ReturnStatus status = platkit::FillInstanceList(id, args, *instances);
-  if (status == HVC_OK) {
-    *list = instances;
-  } else {
-    instances->Destroy();
-  }
-  return status;
+  return platkit::MakeInstanceList(id, args, list);
 }
 
 HVC_ReturnStatus NODAL_UseCache(const char *path, uint32_t flags) {

@@ -70,5 +70,18 @@ TEST(Binary, NeedsThePlatformLibraryAndTheLanguagesOwn) {
 }
 #endif
 
+// Whoever wraps an operation of the library must see the calls of the program, and none of the library's own.
+TEST(Library, CallsItsOwnOperationsDirectly) {
+  const Outcome outcome =
+      testing_support::Run({.program = "/usr/bin/env", .arguments = {"readelf", "-r", "-W", PLATFORM_LIBRARY}});
+  ASSERT_EQ(outcome.exitStatus, 0) << outcome;
+  for (const std::string &line : Lines(outcome.output)) {
+    const bool isCall = line.find("JUMP_SLO") != line.npos || line.find("GLOB_DAT") != line.npos;
+    for (const char *own : {" NODAL_", " Warning", " Str_Strcpy"}) {
+      EXPECT_FALSE(isCall && line.find(own) != line.npos) << line;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace faults
