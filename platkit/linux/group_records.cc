@@ -208,8 +208,9 @@ void GroupRecords::Renew(Group &keeper, Given record) {
     if (keeper.kind == GroupKind::kHost) meminfo_.reset();
     Drop(keeper);
     if (record == kCapacity) {
-      for (const int64_t id : keeper.children)
-        Drop(*tree_.Find(id));
+      for (const int64_t id : keeper.children) {
+        if (Group *child = tree_.FindKnown(id); child != nullptr) Drop(*child);
+      }
     }
   }
   keeper.recordsGiven |= record;

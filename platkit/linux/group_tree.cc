@@ -173,7 +173,10 @@ std::vector<int64_t> GroupTree::ReadPids(const Group &group) {
 
 void GroupTree::AddProcess(Group &parent, int64_t pid, ProcessStatus &&status) {
   // The process may have moved since another group's listing showed it.
-  if (Group *known = FindKnown(pid); known != nullptr) ForgetChildren(*known);
+  if (Group *known = FindKnown(pid); known != nullptr) {
+    if (Group *old = FindKnown(known->parentID); old != nullptr) std::erase(old->children, pid);
+    ForgetChildren(*known);
+  }
   std::string name = status.name;
   groups_.insert_or_assign(pid, Group{.kind = GroupKind::kProcess,
                                       .id = pid,

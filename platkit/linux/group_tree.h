@@ -56,6 +56,9 @@ class GroupTree {
   // The group of an identifier, or null if the host has none. Good until a group above it is listed.
   Group *Find(int64_t id);
 
+  // The same among those known already.
+  Group *FindKnown(int64_t id);
+
   // Appends the group's members: for the host, the kernel group; then control groups by name; then processes by PID.
   [[nodiscard]] HVC_ReturnStatus List(Group &group, ParamList &list);
 
@@ -71,7 +74,6 @@ class GroupTree {
   const Hierarchy &hierarchy();
 
  private:
-  Group *FindKnown(int64_t id);
   Group *FindProcess(int64_t pid);
   Group *FindControlGroup(int64_t id);
   Group *FindFolder(std::string_view folder);

@@ -1,7 +1,9 @@
 #include "platkit/linux/host_files.h"
 
 #include <fcntl.h>
+#include <linux/openat2.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -70,14 +72,25 @@ HVC_ReturnStatus HostFiles::OpenRoot() {
   return rootFolder_.isOpen() ? HVC_OK : StatusOfErrno(errno);
 }
 
-HVC_ReturnStatus HostFiles::Open(const HostPath &path, int flags, FileDescriptor &file) {
+HVC_ReturnStatus HostFiles::OpenBelowRoot(const HostPath &path, int flags, FileDescriptor &file) {
   if (path.c_str() == nullptr) return HVC_IO_ERROR;
   const HVC_ReturnStatus status = OpenRoot();
   if (status != HVC_OK) return status;
-  if (observer_) observer_(path.c_str());
-  // A saved root may come from anyone: a FIFO in it must not stop the reader.
-  file = FileDescriptor(openat(rootFolder_.get(), path.c_str(), flags | O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  if (reach_ == Reach::kHost) {
+    file = FileDescriptor(openat(rootFolder_.get(), path.c_str(), flags | O_CLOEXEC));
+  } else {
+    open_how how = {};
+    how.flags = static_cast<uint64_t>(flags | O_CLOEXEC);
+    how.resolve = RESOLVE_IN_ROOT | RESOLVE_NO_MAGICLINKS;
+    file = FileDescriptor(static_cast<int>(syscall(SYS_openat2, rootFolder_.get(), path.c_str(), &how, sizeof how)));
+  }
   return file.isOpen() ? HVC_OK : StatusOfErrno(errno);
+}
+
+HVC_ReturnStatus HostFiles::Open(const HostPath &path, int flags, FileDescriptor &file) {
+  if (observer_ && path.c_str() != nullptr) observer_(path.c_str());
+  // A saved root may hold a FIFO, which must not stop the reader.
+  return OpenBelowRoot(path, flags | O_RDONLY | O_NONBLOCK, file);
 }
 
 HVC_ReturnStatus HostFiles::Read(const HostPath &path, std::span<char> buffer, std::string_view &text) {
@@ -107,18 +120,18 @@ HVC_ReturnStatus HostFiles::ReadShort(const HostPath &path, std::span<char> buff
 }
 
 HVC_ReturnStatus HostFiles::ReadLink(const HostPath &path, std::span<char> buffer, std::string_view &text) {
-  if (path.c_str() == nullptr) return HVC_IO_ERROR;
-  const HVC_ReturnStatus status = OpenRoot();
+  FileDescriptor link;
+  const HVC_ReturnStatus status = OpenBelowRoot(path, O_PATH | O_NOFOLLOW, link);
   if (status != HVC_OK) return status;
-  const ssize_t got = readlinkat(rootFolder_.get(), path.c_str(), buffer.data(), buffer.size());
+  const ssize_t got = readlinkat(link.get(), "", buffer.data(), buffer.size());
   if (got < 0) return StatusOfErrno(errno);
   text = {buffer.data(), static_cast<size_t>(got)};
   return HVC_OK;
 }
 
 bool HostFiles::Exists(const HostPath &path) {
-  if (path.c_str() == nullptr || OpenRoot() != HVC_OK) return false;
-  return faccessat(rootFolder_.get(), path.c_str(), F_OK, AT_EACCESS) == 0 || StatusOfErrno(errno) != HVC_NOT_FOUND;
+  FileDescriptor file;
+  return path.c_str() != nullptr && OpenBelowRoot(path, O_PATH, file) != HVC_NOT_FOUND;
 }
 
 LineReader::LineReader(HostFiles &files, const HostPath &path) : status_(files.Open(path, 0, file_)) {}
@@ -171,7 +184,9 @@ bool LineReader::Fill() {
   if (got < 0) status_ = StatusOfErrno(errno);
   if (got <= 0) return false;
   end_ += static_cast<size_t>(got);
-  return true;
+  bytesRead_ += static_cast<size_t>(got);
+  if (bytesRead_ > kMostBytes) status_ = HVC_IO_ERROR;
+  return status_ == HVC_OK;
 }
 
 FolderReader::FolderReader(HostFiles &files, const HostPath &path) {

@@ -54,12 +54,18 @@ class FileDescriptor {
   int descriptor_ = -1;
 };
 
+// What paths below the root folder may lead to.
+enum class Reach {
+  kHost,        // links of the running host lead where they lead
+  kRootFolder,  // a saved root may come from anyone: its links and mount points stay below it
+};
+
 // Statuses throughout: HVC_NOT_FOUND if the file, its folder or its process is not there, HVC_NO_PERMISSION if it is
 // not for this user, else HVC_IO_ERROR.
 class HostFiles {
  public:
   // Opens nothing yet.
-  explicit HostFiles(std::string root) : root_(std::move(root)) {}
+  HostFiles(std::string root, Reach reach) : root_(std::move(root)), reach_(reach) {}
 
   // Opens the root folder, unless it is open.
   [[nodiscard]] HVC_ReturnStatus OpenRoot();
@@ -83,12 +89,16 @@ class HostFiles {
   void ObserveOpens(std::function<void(std::string_view path)> observer) { observer_ = std::move(observer); }
 
  private:
+  HVC_ReturnStatus OpenBelowRoot(const HostPath &path, int flags, FileDescriptor &file);
+
   std::string root_;
+  Reach reach_;
   FileDescriptor rootFolder_;
   std::function<void(std::string_view)> observer_;
 };
 
-// Reads a text file line by line, whatever its length. Of a line longer than the buffer, the start is given.
+// Reads a text file line by line. Of a line longer than the buffer, the start is given. A file of more than 64 MB is
+// none of the kernel's: HVC_IO_ERROR.
 class LineReader {
  public:
   LineReader(HostFiles &files, const HostPath &path);
@@ -104,11 +114,13 @@ class LineReader {
   bool PassLineEnd();
 
   static constexpr size_t kBufferSize = 4096;
+  static constexpr size_t kMostBytes = size_t{64} << 20;
 
   FileDescriptor file_;  // stands before the status of opening it
   HVC_ReturnStatus status_;
   bool insideLine_ = false;  // the start of an overlong line has been given, its end not found yet
-  size_t start_ = 0;         // of what has not been given yet
+  size_t bytesRead_ = 0;
+  size_t start_ = 0;  // of what has not been given yet
   size_t end_ = 0;
   char buffer_[kBufferSize];
 };

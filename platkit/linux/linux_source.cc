@@ -115,12 +115,12 @@ HVC_ReturnStatus LinuxSource::List(const Node &node, Arguments arguments, ParamL
 
 }  // namespace
 
-std::unique_ptr<Source> OpenLinuxHost(const char *root) { return OpenLinuxHost(HostFiles(root)); }
+std::unique_ptr<Source> OpenLinuxHost(const char *root) { return OpenLinuxHost(HostFiles(root, Reach::kHost)); }
 
 std::unique_ptr<Source> OpenLinuxHost(HostFiles files) { return std::make_unique<LinuxSource>(std::move(files)); }
 
 HVC_ReturnStatus OpenSavedRoot(const char *root, std::unique_ptr<Source> &source) {
-  HostFiles files(root);
+  HostFiles files(root, Reach::kRootFolder);
   const HVC_ReturnStatus status = files.OpenRoot();
   if (status == HVC_OK) source = OpenLinuxHost(std::move(files));
   return status;

@@ -7,7 +7,7 @@ namespace {
 
 Hierarchy Find(SavedHost &host, std::string_view mounts) {
   host.Write("proc/self/mountinfo", mounts);
-  HostFiles files(host.Path(""));
+  HostFiles files(host.Path(""), Reach::kRootFolder);
   return FindHierarchy(files);
 }
 
@@ -42,7 +42,7 @@ TEST(Hierarchy, MountsOfAllShapes) {
 
 TEST(Hierarchy, FolderOfAProcess) {
   SavedHost host;
-  HostFiles files(host.Path(""));
+  HostFiles files(host.Path(""), Reach::kRootFolder);
   const auto folder = [&](const Hierarchy &hierarchy, std::string_view text) {
     host.Write("proc/7/cgroup", text);
     return FolderOfProcess(files, hierarchy, 7);

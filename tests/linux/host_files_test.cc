@@ -9,7 +9,7 @@ namespace {
 
 std::vector<std::string> Lines(SavedHost &host, const std::string &text) {
   host.Write("file", text);
-  HostFiles files(host.Path(""));
+  HostFiles files(host.Path(""), Reach::kRootFolder);
   LineReader reader(files, HostPath("file"));
   std::vector<std::string> lines;
   for (std::string_view line; reader.Next(line);)
@@ -41,7 +41,7 @@ TEST(HostFiles, Statuses) {
   host.Write("file", "text");
   host.Write("closed", "text");
   host.Forbid("closed");
-  HostFiles files(host.Path(""));
+  HostFiles files(host.Path(""), Reach::kRootFolder);
   char buffer[8];
   std::string_view text;
   EXPECT_EQ(files.ReadShort(HostPath("file"), buffer, text), HVC_OK);
@@ -53,15 +53,49 @@ TEST(HostFiles, Statuses) {
   EXPECT_EQ(files.Read(HostPath("file/below"), buffer, text), HVC_NOT_FOUND);
   EXPECT_EQ(files.Read(HostPath("."), buffer, text), HVC_IO_ERROR);
   EXPECT_EQ(files.Read(HostPath(std::string(5000, 'x')), buffer, text), HVC_IO_ERROR);
-  EXPECT_EQ(files.ReadLink(HostPath("file"), buffer, text), HVC_IO_ERROR);
+  EXPECT_EQ(files.ReadLink(HostPath("file"), buffer, text), HVC_NOT_FOUND) << "no link";
   OrdinaryUser user;
   EXPECT_EQ(files.Read(HostPath("closed"), buffer, text), HVC_NO_PERMISSION);
+}
+
+// A saved root may come from anyone: nothing in it leads out of it.
+TEST(HostFiles, ASavedRootLeadsNowhereElse) {
+  SavedHost outside;
+  outside.Write("secret", "outside");
+  SavedHost host;
+  host.Write("inside", "inside");
+  host.MakeLink("absolute", outside.Path("secret"));
+  host.MakeLink("rooted", "/inside");
+  host.MakeLink("loop", "loop");
+  HostFiles files(host.Path(""), Reach::kRootFolder);
+  char buffer[16];
+  std::string_view text;
+  EXPECT_EQ(files.Read(HostPath("absolute"), buffer, text), HVC_NOT_FOUND);
+  EXPECT_EQ(files.Read(HostPath("../../..", outside.Path("secret")), buffer, text), HVC_NOT_FOUND);
+  EXPECT_EQ(files.Read(HostPath("loop"), buffer, text), HVC_IO_ERROR);
+  EXPECT_EQ(files.Read(HostPath("rooted"), buffer, text), HVC_OK);
+  EXPECT_EQ(text, "inside") << "as the link would lead on the host that was saved";
+
+  HostFiles running(host.Path(""), Reach::kHost);
+  EXPECT_EQ(running.Read(HostPath("absolute"), buffer, text), HVC_OK);
+  EXPECT_EQ(text, "outside");
+}
+
+TEST(HostFiles, AFileWithoutEndIsNotReadToIt) {
+  SavedHost host;
+  host.MakeLink("endless", "/dev/zero");
+  HostFiles files(host.Path(""), Reach::kHost);
+  LineReader lines(files, HostPath("endless"));
+  std::string_view line;
+  EXPECT_TRUE(lines.Next(line));
+  EXPECT_FALSE(lines.Next(line));
+  EXPECT_EQ(lines.status(), HVC_IO_ERROR);
 }
 
 TEST(HostFiles, AFifoDoesNotStopTheReader) {
   SavedHost host;
   ASSERT_EQ(mkfifo(host.Path("fifo").c_str(), 0644), 0);
-  HostFiles files(host.Path(""));
+  HostFiles files(host.Path(""), Reach::kRootFolder);
   char buffer[8];
   std::string_view text;
   EXPECT_EQ(files.Read(HostPath("fifo"), buffer, text), HVC_OK);
@@ -72,7 +106,7 @@ TEST(HostFiles, Folders) {
   SavedHost host;
   host.MakeFolder("top/folder");
   host.Write("top/file", "");
-  HostFiles files(host.Path(""));
+  HostFiles files(host.Path(""), Reach::kRootFolder);
   FolderReader folder(files, HostPath("top"));
   int entries = 0;
   for (FolderReader::Entry entry; folder.Next(entry); ++entries) {

@@ -33,7 +33,7 @@ TEST(LiveHost, AWalkFindsThisProcess) {
 TEST(LiveHost, FiguresAreThoseOfTheKernel) {
   const std::unique_ptr<Source> source = OpenLinuxHost("/");
   Asker ask(*source);
-  HostFiles files("/");
+  HostFiles files("/", Reach::kHost);
   const Meminfo memory = ReadMeminfo(files);
   EXPECT_CELL(ask.Stats(0).memSize, memory.total.Cell(0));
   const uint64_t consumed = ask.Stats(0).consumed;

@@ -109,7 +109,7 @@ SavedHost::SavedHost() {
   std::string pattern = fs::temp_directory_path() / "saved-host-XXXXXX";
   root_ = mkdtemp(pattern.data());
   chmod(root_.c_str(), 0755);  // an ordinary user reads it too
-  HostFiles files(root_);
+  HostFiles files(root_, Reach::kRootFolder);
   files.ObserveOpens([this](std::string_view path) { opened_.emplace_back(path); });
   source_ = OpenLinuxHost(std::move(files));
 }

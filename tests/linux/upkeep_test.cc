@@ -115,6 +115,24 @@ TEST(Upkeep, AVanishedProcessIsNotFound) {
   EXPECT_EQ(ask.Members(host.ControlGroup(kWeb)), std::vector<int64_t>{101});
 }
 
+TEST(Upkeep, AProcessThatMovedIsInOneGroup) {
+  SavedHost host("v2.host");
+  Asker ask = host.ask();
+  const std::string cron = kTop + "system.slice/cron.service";
+  const int64_t web = host.ControlGroup(kWeb), other = host.ControlGroup(cron);
+  ask.Members(web);
+  ask.Capacity(web);
+  host.Write(kWeb + "/cgroup.procs", "101\n");
+  host.Write(cron + "/cgroup.procs", "100\n");
+  EXPECT_EQ(ask.Members(other), std::vector<int64_t>{100});
+  EXPECT_EQ(ask.Parent(100), other);
+  // It ends, and the group that it came from is asked again.
+  host.Remove("proc/100");
+  EXPECT_EQ(ask.Members(other), std::vector<int64_t>());
+  ask.Capacity(web);
+  EXPECT_EQ(ask.Members(web), std::vector<int64_t>{101});
+}
+
 TEST(Upkeep, AVanishedControlGroupIsNotFound) {
   SavedHost host("v2.host");
   Asker ask = host.ask();
