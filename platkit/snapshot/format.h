@@ -28,6 +28,10 @@ inline constexpr std::string_view kBuildKey = "build";
 inline constexpr std::string_view kHostKey = "host";
 inline constexpr std::string_view kTimeKey = "time";
 
+constexpr bool IsHeaderKey(std::string_view key) {
+  return key == kSignatureKey || key == kBuildKey || key == kHostKey || key == kTimeKey;
+}
+
 inline constexpr size_t kMostKeyBytes = 4096;
 inline constexpr size_t kMostHeaderText = 255;
 

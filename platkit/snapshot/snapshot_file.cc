@@ -119,7 +119,7 @@ bool SnapshotFile::IsReallyAbsent(std::string_view key) {
     if (Integer(slot) != hash) continue;
     if (record > cdb_.cdb_dend - kRecordHead) return false;
     const uint32_t length = Integer(record);
-    if (length > cdb_.cdb_dend - kRecordHead - record) return false;
+    if (length > kMostKeyBytes || length > cdb_.cdb_dend - kRecordHead - record) return false;
     if (cdb_hash(cdb_.cdb_mem + record + kRecordHead, length) != hash) return false;
   }
   return true;
@@ -191,7 +191,7 @@ HVC_ReturnStatus SnapshotFile::Cursor::Next() {
   const uint32_t room = end - next_ - kRecordHead;
   const uint32_t keyLength = file_.Integer(next_);
   const uint32_t valueLength = file_.Integer(next_ + 4);
-  if (keyLength > room || valueLength > room - keyLength) return HVC_SNAPSHOT_DAMAGED;
+  if (keyLength > kMostKeyBytes || keyLength > room || valueLength > room - keyLength) return HVC_SNAPSHOT_DAMAGED;
   position_ = next_;
   const auto *record = file_.cdb_.cdb_mem + next_ + kRecordHead;
   key_ = {reinterpret_cast<const char *>(record), keyLength};

@@ -25,7 +25,8 @@ HVC_ReturnStatus WriteStatus(int error) {
   }
 }
 
-// Where the file really goes: behind links, so that a link stays one. A target that does not exist yet is itself.
+// Where the file really goes: behind links, so that a link stays one. A target that does not exist yet is itself, and
+// so is a link that leads nowhere.
 HVC_ReturnStatus Resolve(const std::string &path, std::string &target) {
   struct stat info;
   if (stat(path.c_str(), &info) != 0) {

@@ -93,6 +93,30 @@ TEST_F(Damage, EveryByteOfTheHashTables) {
   }
 }
 
+// A key that reaches into its value's bytes costs no more than the longest key there can be.
+TEST_F(Damage, AKeyThatIsTooLong) {
+  SnapshotWriter writer;
+  AddSmallHost(writer);
+  ASSERT_EQ(writer.AddTexts("/system/buddy", std::vector<std::string>{std::string(9000, 'x')}), HVC_OK);
+  ASSERT_EQ(writer.Write(scratch_.Path("long")), HVC_OK);
+  std::string bytes = Contents(scratch_.Path("long"));
+  const size_t head = bytes.find("/system/buddy") - 8;
+  const auto length = [&](size_t at) { return reinterpret_cast<unsigned char *>(&bytes[at]); };
+  cdb_pack(13 + 8000, length(head));
+  cdb_pack(cdb_unpack(length(head + 4)) - 8000, length(head + 4));
+  std::unique_ptr<Source> source;
+  ASSERT_EQ(OpenSnapshot(scratch_.Write("damaged", bytes).c_str(), source), HVC_OK);
+  EXPECT_EQ(Reading("/system/buddy").List(*source), HVC_SNAPSHOT_DAMAGED);
+  EXPECT_EQ(Reading("/system/heaps").List(*source), HVC_OK);
+  SnapshotFile file;
+  ASSERT_EQ(file.Open(scratch_.Path("damaged").c_str()), HVC_OK);
+  SnapshotFile::Cursor cursor(file);
+  HVC_ReturnStatus status = HVC_OK;
+  while (status == HVC_OK)
+    status = cursor.Next();
+  EXPECT_EQ(status, HVC_SNAPSHOT_DAMAGED);
+}
+
 TEST_F(Damage, ManyBytesAtOnce) {
   uint32_t state = 12345;
   const auto random = [&state] { return state = state * 1664525 + 1013904223, state >> 8; };

@@ -162,10 +162,7 @@ HVC_ReturnStatus AddNode(std::string_view key, const Json &json, SnapshotWriter 
                                                              : AddTexts(key, json, writer);
 }
 
-bool IsReserved(std::string_view key) {
-  return snapshot::IsReservedKey(key) || key == snapshot::kSignatureKey || key == snapshot::kBuildKey ||
-         key == snapshot::kHostKey || key == snapshot::kTimeKey;
-}
+bool IsReserved(std::string_view key) { return snapshot::IsReservedKey(key) || snapshot::IsHeaderKey(key); }
 
 // What a message calls the entry: its path, or its key as it stands in the file.
 void AddNodes(const Json &nodes, bool hex, SnapshotWriter &writer) {

@@ -71,11 +71,6 @@ void PrintEntry(const char *separator, const std::string &key, const OrderedJson
   Print(line);
 }
 
-bool IsHeaderKey(std::string_view key) {
-  return key == snapshot::kSignatureKey || key == snapshot::kBuildKey || key == snapshot::kHostKey ||
-         key == snapshot::kTimeKey;
-}
-
 // Prints the nodes whose keys are UTF-8, or those whose keys are not; whether there are others.
 bool PrintNodes(const std::string &path, const SnapshotFile &file, bool utf8) {
   SnapshotFile::Cursor cursor(file);
@@ -90,7 +85,7 @@ bool PrintNodes(const std::string &path, const SnapshotFile &file, bool utf8) {
     const bool ascending = !previous || *previous < key;
     if (!ascending || snapshot::IsReservedKey(key)) throw Failure(path, key + ": not in the order of the keys");
     previous = key;
-    if (IsHeaderKey(key)) continue;
+    if (snapshot::IsHeaderKey(key)) continue;
     if (IsUtf8(key) != utf8) {
       others = true;
       continue;

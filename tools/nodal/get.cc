@@ -26,8 +26,10 @@ std::string ShownValue(const platkit::Field &field, const OrderedJson &value) {
   if (value.is_object()) return "hex " + value["hex"].get<std::string>();
   if (value.is_string()) return Printable(value.get_ref<const std::string &>());
   if (field.unit != FieldUnit::FLAGS) return value.dump();
+  // All bits set stand as -1 in the JSON, whatever the field's width.
+  const uint64_t width = UINT64_MAX >> (64 - 8 * field.size);
   char hex[24];
-  std::snprintf(hex, sizeof hex, "0x%llx", static_cast<unsigned long long>(value.get<int64_t>()));
+  std::snprintf(hex, sizeof hex, "0x%llx", static_cast<unsigned long long>(value.get<uint64_t>() & width));
   return hex;
 }
 

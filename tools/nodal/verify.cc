@@ -90,9 +90,7 @@ class FileCheck {
   }
 
   void CheckValue(const std::string &key, const Value &value) {
-    const bool isHeader = key == snapshot::kSignatureKey || key == snapshot::kBuildKey || key == snapshot::kHostKey ||
-                          key == snapshot::kTimeKey;
-    if (isHeader) return;  // read when the file was opened
+    if (snapshot::IsHeaderKey(key)) return;  // read when the file was opened
     PathTarget target = platkit::ParsePath(key);
     if (target.node == nullptr) {
       problems_.Report(key, "no such node in the catalogue");
