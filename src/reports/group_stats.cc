@@ -2,7 +2,6 @@
 // reserves and what it consumes; and, on demand, the sums over groups with the same tag.
 #include <cstdio>
 #include <cstring>
-#include <string>
 
 #include "platkit/nodes.h"
 #include "platkit/records.h"
@@ -143,8 +142,8 @@ uint64_t ClampLimit(uint64_t kb) { return kb > 0xFFFFFFFFF0 ? HVC_KB_NONE : kb; 
 void GroupStatsPrintRow(Row &row, ReportUnit unit, bool csv) {
   row.alloc.max = ClampLimit(row.alloc.max);
   row.alloc.minLimit = ClampLimit(row.alloc.minLimit);
-  const std::string flagText = FlagsDescribe(row.flags, GroupFlagNames);
-  row.flagText = flagText.c_str();
+  const NameList flags = FlagsDescribe(row.flags, GroupFlagNames);
+  row.flagText = flags.Text();
   PrintFigures(columns, csv, false, &row, unit);
 }
 
@@ -202,8 +201,8 @@ void PrintBanner(const ReportOptions &options, const GroupStatsContext &context)
   banner.Setting("Start Group ID", static_cast<uint64_t>(options.startGroup));
   banner.Setting("No. of levels", options.levels);
   banner.Setting("Unit", WalkUnitName(context.unit));
-  banner.Setting("Inclusion filter", FlagsDescribe(context.inclusion, GroupFlagNames).c_str());
-  banner.Setting("Exclusion filter", FlagsDescribe(context.exclusion, GroupFlagNames).c_str());
+  banner.Setting("Inclusion filter", FlagsDescribe(context.inclusion, GroupFlagNames).Text());
+  banner.Setting("Exclusion filter", FlagsDescribe(context.exclusion, GroupFlagNames).Text());
   banner.SelectedColumns(columns);
 }
 

@@ -32,7 +32,7 @@ void Banner::Setting(const char *label, uint64_t value) const {
 }
 
 void Banner::SelectedColumns(ColumnTable table) const {
-  Setting("Selected columns", ColumnsDescribeSelection(table).c_str());
+  Setting("Selected columns", ColumnsDescribeSelection(table).Text());
   std::putchar('\n');
 }
 

@@ -15,8 +15,8 @@ const char *ReportTimestamp();
 // "MB" and "KB"; every other unit is shown as pages.
 const char *WalkUnitName(ReportUnit unit);
 
-// Prints a banner line by line: the title with the time over a rule of its own length in dashes, then settings, their
-// labels padded to `labelWidth`.
+// Prints a banner line by line: the title with the time over a rule of `dashes` dashes, then settings, their labels
+// padded to `labelWidth`.
 class Banner {
  public:
   Banner(const char *title, int dashes, int labelWidth = 16);

@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "src/table/name_list.h"
 #include "src/table/output.h"
 
 namespace kestrel {
@@ -37,11 +36,6 @@ class Line {
     char digits[24];
     const char *end = std::to_chars(digits, digits + sizeof digits, number).ptr;
     Put(column, {digits, static_cast<size_t>(end - digits)});
-  }
-
-  void End() {
-    PutChar('\n');
-    EndRunIfOutputFailed();
   }
 
  private:
@@ -80,11 +74,11 @@ void ColumnsApplySelection(ColumnTable table, const char *selection) {
   }
 }
 
-std::string ColumnsDescribeSelection(ColumnTable table) {
+NameList ColumnsDescribeSelection(ColumnTable table) {
   NameList names;
   for (const ColumnDesc &column : table)
     names.Offer(column.name, column.shown);
-  return names.Text();
+  return names;
 }
 
 void TablePrintHeader(ColumnTable table, bool csv) {
@@ -92,7 +86,7 @@ void TablePrintHeader(ColumnTable table, bool csv) {
   for (const ColumnDesc &column : table) {
     if (column.shown) line.Put(column, column.name);
   }
-  line.End();
+  EndLine();
 }
 
 void TablePrintSeparator(ColumnTable table, bool csv) {
@@ -104,7 +98,7 @@ void TablePrintSeparator(ColumnTable table, bool csv) {
       PutChar('-');
     first = false;
   }
-  PutChar('\n');
+  EndLine();
 }
 
 void TablePrintHead(ColumnTable table, bool csv) {
@@ -124,7 +118,7 @@ void TablePrintRow(ColumnTable table, bool csv, bool total, std::span<const Valu
       PutValue(line, column, i < values.size() ? values[i] : Value());
     }
   }
-  line.End();
+  EndLine();
 }
 
 void TablePrintDescriptions(ColumnTable table) {

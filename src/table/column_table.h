@@ -4,10 +4,10 @@
 
 #include <cstdint>
 #include <span>
-#include <string>
 #include <string_view>
 
 #include "src/table/figure.h"
+#include "src/table/name_list.h"
 
 namespace kestrel {
 
@@ -42,7 +42,7 @@ using ColumnTable = std::span<ColumnDesc>;
 void ColumnsApplySelection(ColumnTable table, const char *selection);
 
 // The names of the shown columns, separated by ':'; "(all)" or "(none)".
-std::string ColumnsDescribeSelection(ColumnTable table);
+NameList ColumnsDescribeSelection(ColumnTable table);
 
 void TablePrintHeader(ColumnTable table, bool csv);
 

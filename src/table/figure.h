@@ -13,22 +13,19 @@
 
 namespace kestrel {
 
-// One value of a row: a number or a text.
+// One value of a row: a number or a text. Without either, it is 0 and empty.
 class Value {
  public:
-  Value() : Value(std::string_view("")) {}
+  Value() = default;
   Value(uint64_t number) : number_(number) {}
-  Value(std::string_view text) : chars_(text.data()), length_(text.size()) {}
+  Value(std::string_view text) : text_(text) {}
 
   uint64_t number() const { return number_; }
-  std::string_view text() const { return {chars_, length_}; }
+  std::string_view text() const { return text_; }
 
  private:
-  union {
-    uint64_t number_;
-    const char *chars_;
-  };
-  size_t length_ = 0;
+  uint64_t number_ = 0;
+  std::string_view text_;
 };
 
 enum class FigureType : uint8_t { kNone, kU8, kU32, kU64, kI32, kI64, kText, kTextPointer };

@@ -6,7 +6,6 @@
 #include <cstring>
 
 #include "platkit/warning.h"
-#include "src/table/name_list.h"
 
 namespace kestrel {
 
@@ -29,11 +28,11 @@ HVC_ReturnStatus FlagsParseFilter(char *text, FlagTable table, uint32_t &mask, F
   return HVC_OK;
 }
 
-std::string FlagsDescribe(uint32_t mask, FlagTable table) {
+NameList FlagsDescribe(uint32_t mask, FlagTable table) {
   NameList names;
   for (const FlagName &flag : table)
     names.Offer(flag.name, (mask & flag.mask) != 0);
-  return names.Text();
+  return names;
 }
 
 }  // namespace kestrel

@@ -4,9 +4,9 @@
 
 #include <cstdint>
 #include <span>
-#include <string>
 
 #include "platkit/status.h"
+#include "src/table/name_list.h"
 
 namespace kestrel {
 
@@ -25,7 +25,7 @@ enum class FilterKind { kInclusion, kExclusion };
 [[nodiscard]] HVC_ReturnStatus FlagsParseFilter(char *text, FlagTable table, uint32_t &mask, FilterKind kind);
 
 // The names of a mask's bits in table order, separated by ':'; "(all)" or "(none)".
-std::string FlagsDescribe(uint32_t mask, FlagTable table);
+NameList FlagsDescribe(uint32_t mask, FlagTable table);
 
 }  // namespace kestrel
 

@@ -2,11 +2,13 @@
 #ifndef KESTREL_TABLE_NAME_LIST_H
 #define KESTREL_TABLE_NAME_LIST_H
 
-#include <string>
+#include <cstddef>
+#include <cstring>
 #include <string_view>
 
 namespace kestrel {
 
+// Held in fixed room, because a row has such a text: what does not fit is cut. Every table's names do.
 class NameList {
  public:
   // Takes the next name there is, chosen or not.
@@ -15,19 +17,27 @@ class NameList {
       all_ = false;
       return;
     }
-    if (!text_.empty()) text_ += ':';
-    text_ += name;
+    if (size_ > 0) Append(":");
+    Append(name);
   }
 
-  // All of nothing is "(all)".
-  std::string Text() const {
+  // All of nothing is "(all)". Good as long as the list.
+  const char *Text() const {
     if (all_) return "(all)";
-    return text_.empty() ? "(none)" : text_;
+    return size_ == 0 ? "(none)" : text_;
   }
 
  private:
+  void Append(std::string_view text) {
+    text = text.substr(0, sizeof text_ - 1 - size_);
+    std::memcpy(text_ + size_, text.data(), text.size());
+    size_ += text.size();
+    text_[size_] = '\0';
+  }
+
   bool all_ = true;
-  std::string text_;
+  size_t size_ = 0;
+  char text_[1024];
 };
 
 }  // namespace kestrel

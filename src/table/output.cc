@@ -52,6 +52,14 @@ int PutPadded(std::string_view text, int width, Put put) {
   return std::max(length, std::abs(width));
 }
 
+// Why standard output failed first. What could not be written then is gone, so a later flush may find nothing wrong.
+int failure = 0;
+
+// To be called soon after a write, while errno still tells.
+void NoteFailure() {
+  if (failure == 0 && ferror_unlocked(stdout) != 0) failure = errno != 0 ? errno : EIO;
+}
+
 }  // namespace
 
 int PutField(std::string_view text, int width) {
@@ -64,19 +72,23 @@ int PutForeignField(std::string_view text, int width) {
 
 void PutChar(char c) { putc_unlocked(c, stdout); }
 
-void EndRunIfOutputFailed() {
-  if (ferror_unlocked(stdout) != 0 && !FinishOutput()) std::exit(EXIT_FAILURE);
+void EndLine() {
+  PutChar('\n');
+  NoteFailure();
+}
+
+void MakeFitForTerminal(char *text) {
+  if (!OnTerminal()) return;
+  for (; *text != '\0'; ++text) {
+    if (IsControl(*text)) *text = '?';
+  }
 }
 
 bool FinishOutput() {
-  // A write that failed has left its reason here; what it could not write is gone, so flushing may find nothing wrong.
-  int reason = errno;
-  if (std::fflush(stdout) != 0) {
-    reason = errno;
-  } else if (std::ferror(stdout) == 0) {
-    return true;
-  }
-  Warning("Couldn't write to standard output: %s\n", std::strerror(reason));
+  NoteFailure();
+  if (std::fflush(stdout) != 0 && failure == 0) failure = errno;
+  if (failure == 0) return true;
+  Warning("Couldn't write to standard output: %s\n", std::strerror(failure));
   return false;
 }
 

@@ -18,11 +18,14 @@ int PutForeignField(std::string_view text, int width);
 
 void PutChar(char c);
 
-// Ends the run with exit status 1 if standard output no longer takes what is written: a reader that went away, or a
-// full disk. Called after each row, so that a long walk stops with its reader.
-void EndRunIfOutputFailed();
+// Ends a line of a table.
+void EndLine();
 
-// Writes out what is still buffered. False, with a warning, if standard output did not take all of it.
+// Shows the control characters of a text from outside as '?' if standard output is a terminal.
+void MakeFitForTerminal(char *text);
+
+// Writes out what is still buffered. False, with a warning, if standard output did not take all that was written: its
+// reader went away, or the disk is full.
 [[nodiscard]] bool FinishOutput();
 
 }  // namespace kestrel

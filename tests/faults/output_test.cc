@@ -54,7 +54,28 @@ TEST(LongOutput, LostInTheMiddleIsOneError) {
     EXPECT_EQ(run.outcome.signal, 0);
     EXPECT_EQ(run.outcome.exitStatus, 1);
     EXPECT_EQ(testing_support::Lines(run.outcome.errors).size(), 1u) << run.outcome.errors;
+    EXPECT_EQ(ListErrors(run), "");
   }
+}
+
+TEST(LongOutput, TheReasonIsThatOfTheWriteThatFailed) {
+  StandinHost host = BothReportsHost();
+  EXPECT_EQ(RunKestrel(host, {"-h"}, {.output = OutputTo::kFullDevice}).outcome.errors,
+            "Couldn't write to standard output: No space left on device\n");
+  EXPECT_EQ(RunKestrel(host, {"-r", "group-stats", "-v"}, {.output = OutputTo::kClosedPipe}).outcome.errors,
+            "Couldn't write to standard output: Broken pipe\n");
+}
+
+TEST(Terminal, ShowsNoControlCharactersOfABuildText) {
+  StandinHost host = BothReportsHost();
+  host.Signature(0x0bad0021, "1.0\x1b[2J", "own");
+  const std::vector<std::string> arguments = {"-r", "pshare-stats"};
+  const auto message = [](const std::string &build) {
+    return "0xbad0021: md5 signature mismatch with running hvcore built on " + build +
+           ". (vs own for app sysinfo)\nVersion check failed\n";
+  };
+  EXPECT_EQ(RunKestrel(host, arguments, {.output = OutputTo::kTerminal}).outcome.errors, message("1.0?[2J"));
+  EXPECT_EQ(RunKestrel(host, arguments).outcome.errors, message("1.0\x1b[2J"));
 }
 
 TEST(Terminal, ShowsNoControlCharacters) {

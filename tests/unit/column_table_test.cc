@@ -31,7 +31,7 @@ std::vector<ColumnDesc> Columns() {
 TEST(ColumnTable, AllColumns) {
   auto columns = Columns();
   ColumnsApplySelection(columns, nullptr);
-  EXPECT_EQ(ColumnsDescribeSelection(columns), "(all)");
+  EXPECT_STREQ(ColumnsDescribeSelection(columns).Text(), "(all)");
   EXPECT_EQ(Printed([&] { TablePrintHead(columns, false); }),
             "------------------------------------\n"
             "     gid       name pct consumedPeak\n"
@@ -42,7 +42,7 @@ TEST(ColumnTable, AllColumns) {
 TEST(ColumnTable, SelectionKeepsTableOrderAndMandatoryColumns) {
   auto columns = Columns();
   ColumnsApplySelection(columns, "::CONSUMEDPEAK::unknown:Name:");
-  EXPECT_EQ(ColumnsDescribeSelection(columns), "gid:name:consumedPeak");
+  EXPECT_STREQ(ColumnsDescribeSelection(columns).Text(), "gid:name:consumedPeak");
   const Value values[] = {uint64_t{7}, std::string_view("web"), uint64_t{50}, uint64_t{9}};
   EXPECT_EQ(Printed([&] { TablePrintRow(columns, true, false, values); }), "7,web,9\n");
   EXPECT_EQ(Printed([&] { TablePrintRow(columns, false, false, values); }), "       7        web            9\n");
@@ -57,14 +57,14 @@ TEST(ColumnTable, ASelectionOfNothingLeavesMandatoryColumns) {
   for (const char *selection : {"", ":", "unknown", "nam", "names"}) {
     auto columns = Columns();
     ColumnsApplySelection(columns, selection);
-    EXPECT_EQ(ColumnsDescribeSelection(columns), "gid") << selection;
+    EXPECT_STREQ(ColumnsDescribeSelection(columns).Text(), "gid") << selection;
   }
 }
 
 TEST(ColumnTable, WithoutAMandatoryColumnNothingMayBeLeft) {
   std::vector<ColumnDesc> columns = {{"cow", "", 10, kLu, kInTotal}, {"zero", "", 10, kLu, kInTotal}};
   ColumnsApplySelection(columns, "none of them");
-  EXPECT_EQ(ColumnsDescribeSelection(columns), "(none)");
+  EXPECT_STREQ(ColumnsDescribeSelection(columns).Text(), "(none)");
   const Value values[] = {uint64_t{1}, uint64_t{2}};
   EXPECT_EQ(Printed([&] { TablePrintHead(columns, false); }), "\n\n\n");
   EXPECT_EQ(Printed([&] { TablePrintRow(columns, false, false, values); }), "\n");
@@ -73,7 +73,7 @@ TEST(ColumnTable, WithoutAMandatoryColumnNothingMayBeLeft) {
 
 TEST(ColumnTable, ATableWithoutColumns) {
   std::vector<ColumnDesc> columns;
-  EXPECT_EQ(ColumnsDescribeSelection(columns), "(all)");
+  EXPECT_STREQ(ColumnsDescribeSelection(columns).Text(), "(all)");
   EXPECT_EQ(Printed([&] { TablePrintHead(columns, false); }), "\n\n\n");
   EXPECT_EQ(Printed([&] { TablePrintHead(columns, true); }), "\n");
   EXPECT_EQ(Printed([&] { TablePrintRow(columns, false, false, {}); }), "\n");
@@ -83,13 +83,13 @@ TEST(ColumnTable, OnlyTheFirst128CharactersOfASelectionCount) {
   const std::string before(124, 'x');
   auto columns = Columns();
   ColumnsApplySelection(columns, (before + ":pct").c_str());
-  EXPECT_EQ(ColumnsDescribeSelection(columns), "gid:pct");
+  EXPECT_STREQ(ColumnsDescribeSelection(columns).Text(), "gid:pct");
   columns = Columns();
   ColumnsApplySelection(columns, (before + "x:pct").c_str());
-  EXPECT_EQ(ColumnsDescribeSelection(columns), "gid");
+  EXPECT_STREQ(ColumnsDescribeSelection(columns).Text(), "gid");
   columns = Columns();
   ColumnsApplySelection(columns, (before + ":pctx").c_str());
-  EXPECT_EQ(ColumnsDescribeSelection(columns), "gid:pct") << "the piece is cut, and then it is a name";
+  EXPECT_STREQ(ColumnsDescribeSelection(columns).Text(), "gid:pct") << "the piece is cut, and then it is a name";
 }
 
 TEST(ColumnTable, TotalRowBlanksWhatHasNoTotal) {

@@ -52,18 +52,18 @@ TEST(Flags, AnUnknownNameIsNamed) {
 }
 
 TEST(Flags, Describe) {
-  EXPECT_EQ(FlagsDescribe(0, GroupFlagNames), "(none)");
-  EXPECT_EQ(FlagsDescribe(UINT32_MAX, GroupFlagNames), "(all)");
-  EXPECT_EQ(FlagsDescribe(0x7fff, GroupFlagNames), "(all)");
-  EXPECT_EQ(FlagsDescribe(0x3fff, GroupFlagNames), "pre:lf:vm:uw:sys:tw:pr:sd:np:ke:ug:co:sc:vmm");
-  EXPECT_EQ(FlagsDescribe(0x8000, GroupFlagNames), "(none)");
+  EXPECT_STREQ(FlagsDescribe(0, GroupFlagNames).Text(), "(none)");
+  EXPECT_STREQ(FlagsDescribe(UINT32_MAX, GroupFlagNames).Text(), "(all)");
+  EXPECT_STREQ(FlagsDescribe(0x7fff, GroupFlagNames).Text(), "(all)");
+  EXPECT_STREQ(FlagsDescribe(0x3fff, GroupFlagNames).Text(), "pre:lf:vm:uw:sys:tw:pr:sd:np:ke:ug:co:sc:vmm");
+  EXPECT_STREQ(FlagsDescribe(0x8000, GroupFlagNames).Text(), "(none)");
 }
 
 // An entry that no mask can meet keeps the text from ever being "(all)".
 TEST(Flags, AnEntryWithoutBits) {
   const FlagName names[] = {{0x0, "noFlags"}, {0x1, "allocated"}, {0x8, "readOnly"}};
-  EXPECT_EQ(FlagsDescribe(0, names), "(none)");
-  EXPECT_EQ(FlagsDescribe(0x9, names), "allocated:readOnly");
+  EXPECT_STREQ(FlagsDescribe(0, names).Text(), "(none)");
+  EXPECT_STREQ(FlagsDescribe(0x9, names).Text(), "allocated:readOnly");
 }
 
 }  // namespace
