@@ -146,9 +146,10 @@ PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_GetInstanceListAllocHint
                                                                                  uint32_t hint, NODAL_ParamList **list);
 
 /* Flags of NODAL_UseCache: what `path` names. */
-#define NODAL_CACHE_SNAPSHOT 0u    /* a snapshot file */
-#define NODAL_CACHE_ROOT_FOLDER 1u /* a folder that holds a saved /proc and /sys, read as if it were the host's root \
-                                    */
+#define NODAL_CACHE_SNAPSHOT 0u /* a snapshot file */
+#define NODAL_CACHE_ROOT_FOLDER                                                        \
+  1u /* a folder that holds a saved /proc and /sys, read as if it were the host's root \
+      */
 
 /*
  * From now on answers every read of the process from a saved host, and reads nothing from the running one. On failure

@@ -2,6 +2,7 @@
 // reserves and what it consumes; and, on demand, the sums over groups with the same tag.
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 
 #include "platkit/nodes.h"
 #include "platkit/records.h"
@@ -23,7 +24,7 @@ struct GroupStatsRow {
   int64_t parentGroupId;
   char name[64];
   uint32_t flags;
-  const char *flagText;
+  char flagText[64];  // holds all names but one; all of them are "(all)"
   GroupAllocRecord alloc;
   uint32_t nChild;
   GroupCapacityRecord capacity;
@@ -142,8 +143,7 @@ uint64_t ClampLimit(uint64_t kb) { return kb > 0xFFFFFFFFF0 ? HVC_KB_NONE : kb; 
 void GroupStatsPrintRow(Row &row, ReportUnit unit, bool csv) {
   row.alloc.max = ClampLimit(row.alloc.max);
   row.alloc.minLimit = ClampLimit(row.alloc.minLimit);
-  const NameList flags = FlagsDescribe(row.flags, GroupFlagNames);
-  row.flagText = flags.Text();
+  std::string_view(FlagsDescribe(row.flags, GroupFlagNames).Text()).copy(row.flagText, sizeof row.flagText - 1);
   PrintFigures(columns, csv, false, &row, unit);
 }
 

@@ -56,10 +56,6 @@ Value LoadFigure(const Figure &figure, const void *row, ReportUnit unit) {
     case FigureType::kI64: return LoadNumber<int64_t>(figure, row, unit);
     // A text field of a record may fill its room to the last byte, without a terminator.
     case FigureType::kText: return std::string_view(field, strnlen(field, figure.size));
-    case FigureType::kTextPointer: {
-      const auto text = Load<const char *>(row, figure);
-      return text == nullptr ? std::string_view("") : std::string_view(text);
-    }
     case FigureType::kNone: break;
   }
   return {};
@@ -73,7 +69,6 @@ void SumFigure(const Figure &figure, const void *row, void *sums) {
     case FigureType::kI32: return SumNumber<int32_t>(figure, row, sums);
     case FigureType::kI64: return SumNumber<int64_t>(figure, row, sums);
     case FigureType::kText:
-    case FigureType::kTextPointer:
     case FigureType::kNone: return;
   }
 }

@@ -28,7 +28,7 @@ class Value {
   std::string_view text_;
 };
 
-enum class FigureType : uint8_t { kNone, kU8, kU32, kU64, kI32, kI64, kText, kTextPointer };
+enum class FigureType : uint8_t { kNone, kU8, kU32, kU64, kI32, kI64, kText };
 
 // How a figure becomes what is displayed.
 enum class FigureUnit : uint8_t {
@@ -69,7 +69,6 @@ consteval FigureType FigureTypeOf() {
   if constexpr (std::is_same_v<T, int32_t>) return FigureType::kI32;
   if constexpr (std::is_same_v<T, int64_t>) return FigureType::kI64;
   if constexpr (std::is_same_v<std::remove_extent_t<T>, char> && std::is_array_v<T>) return FigureType::kText;
-  if constexpr (std::is_same_v<T, const char *>) return FigureType::kTextPointer;
 }
 
 template <typename T>

@@ -47,7 +47,8 @@ HVC_ReturnStatus Asker::GetBytes(std::string_view node, const std::vector<int64_
   return source_.Get(*FindNode(node), ListOf(arguments)->params(), record);
 }
 
-HVC_ReturnStatus Asker::List(std::string_view node, std::vector<int64_t> arguments, std::vector<int64_t> &instances) {
+HVC_ReturnStatus Asker::List(std::string_view node, const std::vector<int64_t> &arguments,
+                             std::vector<int64_t> &instances) {
   const OwnedList list(ParamList::Make());
   const HVC_ReturnStatus status = source_.List(*FindNode(node), ListOf(arguments)->params(), *list);
   instances.clear();

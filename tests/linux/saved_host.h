@@ -24,10 +24,10 @@ class Asker {
   explicit Asker(Source &source) : source_(source) {}
 
   template <typename Record>
-  HVC_ReturnStatus Get(std::string_view node, std::vector<int64_t> arguments, Record &record) {
+  HVC_ReturnStatus Get(std::string_view node, const std::vector<int64_t> &arguments, Record &record) {
     return GetBytes(node, arguments, {reinterpret_cast<std::byte *>(&record), sizeof record});
   }
-  HVC_ReturnStatus List(std::string_view node, std::vector<int64_t> arguments, std::vector<int64_t> &instances);
+  HVC_ReturnStatus List(std::string_view node, const std::vector<int64_t> &arguments, std::vector<int64_t> &instances);
 
   std::vector<int64_t> Members(int64_t group);
   std::string Name(int64_t group);

@@ -15,7 +15,7 @@ constexpr std::string_view kErrorsMark = "--- stderr\n";
 std::string TakeUntil(std::string_view mark, std::string_view &rest) {
   const size_t place = rest.find(mark);
   if (place == rest.npos) throw std::runtime_error("no line '" + std::string(mark.substr(0, mark.size() - 1)) + "'");
-  const std::string taken(rest.substr(0, place));
+  std::string taken(rest.substr(0, place));
   rest.remove_prefix(place + mark.size());
   return taken;
 }

@@ -36,7 +36,7 @@ inline const SmallHost kSmallHost = {
 
 inline void AddSmallHost(SnapshotWriter &writer) {
   GroupNameRecord name = {};
-  std::strcpy(name.name, kSmallHost.groupName->c_str());
+  kSmallHost.groupName->copy(name.name, sizeof name.name);
   ASSERT_EQ(writer.AddRecord("/sched/groups/0/groupName", std::as_bytes(std::span(&name, 1))), HVC_OK);
   const NumVMsRecord vms = {.numVMs = *kSmallHost.numVMs};
   ASSERT_EQ(writer.AddRecord("/sched/globalStats/numVMs", std::as_bytes(std::span(&vms, 1))), HVC_OK);
