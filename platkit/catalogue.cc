@@ -32,12 +32,6 @@ consteval FieldType TypeOf() {
   ;                            \
   constexpr RecordLayout k##name = {#name, size, k##name##Fields};
 #include "platkit/records.def"
-#undef RECORD_BEGIN
-#undef FIELD
-#undef TEXT
-#undef ENTRIES
-#undef GAP
-#undef RECORD_END
 
 struct NoRecord {};
 constexpr NoRecord kNoRecord;
@@ -91,13 +85,11 @@ enum NodeID : uint32_t {
   kNoNode,
 #define NODE(name, path, entries, record) kID_##name,
 #include "platkit/nodes.def"
-#undef NODE
 };
 
 constexpr Node kNodes[] = {
 #define NODE(name, path, entries, record) ParseRow(kID_##name, #name, path, entries, LayoutOf(k##record)),
 #include "platkit/nodes.def"
-#undef NODE
 };
 
 std::string Hex(uint64_t value) {
@@ -166,4 +158,3 @@ std::string_view UnitName(FieldUnit unit) {
 
 #define NODE(name, path, entries, record) const uint16_t NODAL_NODE_##name = platkit::kID_##name;
 #include "platkit/nodes.def"
-#undef NODE

@@ -18,7 +18,6 @@ extern "C" {
 
 #define NODE(name, path, entries, record) extern PLATKIT_EXPORT const uint16_t NODAL_NODE_##name;
 #include "platkit/nodes.def"
-#undef NODE
 
 #ifdef __cplusplus
 }

@@ -25,12 +25,6 @@
   }                            \
   name;
 #include "platkit/records.def"
-#undef RECORD_BEGIN
-#undef FIELD
-#undef TEXT
-#undef ENTRIES
-#undef GAP
-#undef RECORD_END
 #pragma pack(pop)
 
 /* Bits of GroupFlagsRecord. */
@@ -82,12 +76,6 @@ namespace platkit::layout {
   }                                        \
   ;
 #include "platkit/records.def"
-#undef RECORD_BEGIN
-#undef FIELD
-#undef TEXT
-#undef ENTRIES
-#undef GAP
-#undef RECORD_END
 }  // namespace platkit::layout
 #endif
 

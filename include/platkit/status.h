@@ -25,6 +25,5 @@ enum HVC_StatusCode {
 #include "platkit/status.def"
 };
 #endif
-#undef STATUS
 
 #endif /* PLATKIT_STATUS_H */

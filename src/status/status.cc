@@ -5,7 +5,6 @@
 extern "C" constinit const char *const returnStatusStrs[kestrel::kStatusTextCount] = {
 #define STATUS(index, name, text) text,
 #include "platkit/status.def"
-#undef STATUS
 };
 
 namespace {
@@ -13,7 +12,6 @@ namespace {
 constexpr unsigned kRowIndexes[] = {
 #define STATUS(index, name, text) index,
 #include "platkit/status.def"
-#undef STATUS
 };
 
 // A text is found by its position, so a row that is missing or out of place would shift all that follow it.

@@ -69,13 +69,11 @@ constexpr uint16_t kFirstNode = 60000;
 enum Row : uint16_t {
 #define NODE(name, path, entries, record) kRow_##name,
 #include "platkit/nodes.def"
-#undef NODE
 };
 
 constexpr const char *kNodeNames[] = {
 #define NODE(name, path, entries, record) #name,
 #include "platkit/nodes.def"
-#undef NODE
 };
 
 std::string NodeName(uint32_t id) {
@@ -315,7 +313,6 @@ extern "C" {
 
 #define NODE(name, path, entries, record) const uint16_t NODAL_NODE_##name = kFirstNode - kRow_##name;
 #include "platkit/nodes.def"
-#undef NODE
 
 NODAL_ParamList *NODAL_ParamListCreate(uint32_t kind, uint32_t capacity) {
   return NewList("NODAL_ParamListCreate",

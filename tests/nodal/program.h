@@ -3,12 +3,11 @@
 #define TESTS_NODAL_PROGRAM_H
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
 #include <string>
 
 #include "tests/snapshot/scratch.h"
+#include "tests/support/process.h"
 
 struct Outcome {
   int status = -1;
@@ -18,11 +17,9 @@ struct Outcome {
 
 // `words` as they are typed behind the program's name, redirections included.
 inline Outcome Nodal(const std::string &words) {
-  const Scratch scratch;
   const std::string command = std::string(NODAL_PROGRAM) + " " + words;
-  const std::string redirected = "{ " + command + "\n} >'" + scratch.Path("out") + "' 2>'" + scratch.Path("err") + "'";
-  const int status = std::system(redirected.c_str());
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Contents(scratch.Path("out")), Contents(scratch.Path("err"))};
+  const testing_support::Outcome run = testing_support::Run({.program = "/bin/sh", .arguments = {"-c", command}});
+  return {run.exitStatus, run.output, run.errors};
 }
 
 // Builds a snapshot of the JSON text; the file's path.

@@ -34,7 +34,8 @@ TEST(Sample, EveryFieldOfEveryNodeHasAFigure) {
     const platkit::PathTarget target = platkit::ParsePath(entry.key());
     if (!target.asRecord) continue;
     for (const auto &field : entry.value().items()) {
-      const bool isEmpty = field.value() == 0 || field.value() == nlohmann::json(std::string()) || field.value() == nlohmann::json::array();
+      const bool isEmpty = field.value() == 0 || field.value() == nlohmann::json(std::string()) ||
+                           field.value() == nlohmann::json::array();
       if (!isEmpty) met[target.node].insert(field.key());
     }
   }

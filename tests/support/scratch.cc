@@ -28,6 +28,8 @@ std::string ReadFile(const std::filesystem::path &path) {
 }
 
 void WriteFile(const std::filesystem::path &path, const std::string &contents) {
+  // Some file systems wait for the disk when a file is emptied and written again, but not for a new one.
+  std::filesystem::remove(path);
   std::ofstream file(path, std::ios::binary);
   file.write(contents.data(), static_cast<std::streamsize>(contents.size()));
   file.close();

@@ -82,7 +82,6 @@ std::string StatusText(HVC_ReturnStatus status) {
   case HVC_##name:                \
     return text;
 #include "platkit/status.def"
-#undef STATUS
     default: return "Status " + std::to_string(status);
   }
 }
