@@ -15,10 +15,13 @@ int allocations = 0;
 
 }  // namespace
 
-// The linker sends the calls of this program's own objects, the library's among them, through these.
+// The linker sends the calls of this program's own objects, the library's among them, through these: malloc, realloc,
+// and operator new, which may throw or not.
 extern "C" {
 void *__real_malloc(size_t size);
 void *__real_realloc(void *memory, size_t size);
+void *__real__Znwm(size_t size);
+void *__real__ZnwmRKSt9nothrow_t(size_t size, const std::nothrow_t &tag);
 
 void *__wrap_malloc(size_t size) {
   ++allocations;
@@ -29,14 +32,17 @@ void *__wrap_realloc(void *memory, size_t size) {
   ++allocations;
   return __real_realloc(memory, size);
 }
+
+void *__wrap__Znwm(size_t size) {
+  ++allocations;
+  return __real__Znwm(size);
 }
 
-void *operator new(size_t size) {
+void *__wrap__ZnwmRKSt9nothrow_t(size_t size, const std::nothrow_t &tag) {
   ++allocations;
-  return __real_malloc(size);
+  return __real__ZnwmRKSt9nothrow_t(size, tag);
 }
-void operator delete(void *memory) noexcept { std::free(memory); }
-void operator delete(void *memory, size_t) noexcept { std::free(memory); }
+}
 
 namespace platkit {
 namespace {
