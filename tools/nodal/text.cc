@@ -1,6 +1,7 @@
 #include "tools/nodal/text.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace nodal {
 namespace {
@@ -77,13 +78,14 @@ std::optional<std::string> FromHex(std::string_view digits) {
 }
 
 std::string StatusText(HVC_ReturnStatus status) {
-  switch (status) {
-#define STATUS(index, name, text) \
-  case HVC_##name:                \
-    return text;
+  static constexpr std::pair<HVC_ReturnStatus, const char *> kTexts[] = {
+#define STATUS(index, name, text) {HVC_##name, text},
 #include "platkit/status.def"
-    default: return "Status " + std::to_string(status);
+  };
+  for (const auto &[known, text] : kTexts) {
+    if (known == status) return text;
   }
+  return "Status " + std::to_string(status);
 }
 
 }  // namespace nodal
