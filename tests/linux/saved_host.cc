@@ -117,7 +117,13 @@ SavedHost::SavedHost() {
 
 SavedHost::SavedHost(const std::string &archive) : SavedHost() { Unpack(std::string(SAVED_HOSTS) + "/" + archive); }
 
-SavedHost::~SavedHost() { fs::remove_all(root_); }
+SavedHost::~SavedHost() {
+  // A user whom file modes apply to cannot look into a forbidden folder to empty it.
+  std::error_code ignored;
+  for (const std::string &path : forbidden_)
+    fs::permissions(path, fs::perms::owner_all, ignored);
+  fs::remove_all(root_);
+}
 
 // An archive is a text file of entries, each a line "Kind: path" and the lines that belong to it. Lines before the
 // first entry are remarks.
@@ -159,7 +165,10 @@ void SavedHost::MakeLink(const std::string &path, const std::string &target) {
 
 void SavedHost::Remove(const std::string &path) { fs::remove_all(Path(path)); }
 
-void SavedHost::Forbid(const std::string &path) { fs::permissions(Path(path), fs::perms::none); }
+void SavedHost::Forbid(const std::string &path) {
+  fs::permissions(Path(path), fs::perms::none);
+  forbidden_.push_back(Path(path));
+}
 
 int64_t SavedHost::ControlGroup(const std::string &folder) const {
   struct stat about = {};

@@ -80,6 +80,7 @@ class SavedHost {
 
   std::string root_;
   std::vector<std::string> opened_;
+  std::vector<std::string> forbidden_;
   std::unique_ptr<Source> source_;
 };
 
