@@ -66,7 +66,14 @@ TEST(LongOutput, TheReasonIsThatOfTheWriteThatFailed) {
             "Couldn't write to standard output: Broken pipe\n");
 }
 
-TEST(Terminal, ShowsNoControlCharactersOfABuildText) {
+class Terminal : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!testing_support::HasTerminals()) GTEST_SKIP() << "there are no pseudo-terminals here";
+  }
+};
+
+TEST_F(Terminal, ShowsNoControlCharactersOfABuildText) {
   StandinHost host = BothReportsHost();
   host.Signature(0x0bad0021, "1.0\x1b[2J", "own");
   const std::vector<std::string> arguments = {"-r", "pshare-stats"};
@@ -78,7 +85,7 @@ TEST(Terminal, ShowsNoControlCharactersOfABuildText) {
   EXPECT_EQ(RunKestrel(host, arguments).outcome.errors, message("1.0\x1b[2J"));
 }
 
-TEST(Terminal, ShowsNoControlCharacters) {
+TEST_F(Terminal, ShowsNoControlCharacters) {
   StandinHost host;
   host.Add({.id = 0, .name = "a\x1b[31mb\tc\nd\x7f", .tag = "\ae"});
   const std::vector<std::string> arguments = {"-r", "group-stats", "-q", "-s", "name:tag"};
@@ -87,7 +94,7 @@ TEST(Terminal, ShowsNoControlCharacters) {
   EXPECT_EQ(RunKestrel(host, arguments).outcome.output, "gid,name,tag\n0,a\x1b[31mb\tc\nd\x7f,\ae\n");
 }
 
-TEST(Terminal, ShowsTheSameTablesAsAPipe) {
+TEST_F(Terminal, ShowsTheSameTablesAsAPipe) {
   for (const std::vector<std::string> &arguments :
        {std::vector<std::string>{"-r", "group-stats", "-v"}, {"-r", "pshare-stats"}, {"-h"}}) {
     EXPECT_EQ(RunKestrel(BothReportsHost(), arguments, {.output = OutputTo::kTerminal}).outcome.output,

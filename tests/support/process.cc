@@ -117,6 +117,12 @@ void ReadBoth(int output, int errors, Outcome &outcome) {
 
 }  // namespace
 
+bool HasTerminals() {
+  const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+  if (master >= 0) close(master);
+  return master >= 0;
+}
+
 Outcome Run(const Command &command) {
   Channel input = MakePipe();
   Channel output = MakeOutput(command.output);

@@ -34,6 +34,9 @@ struct Outcome {
   std::string errors;
 };
 
+// Whether this machine has pseudo-terminals: a container may be without.
+bool HasTerminals();
+
 // Runs the program to its end. A program that hangs is ended by SIGALRM after a minute.
 Outcome Run(const Command &command);
 
