@@ -16,7 +16,8 @@ int allocations = 0;
 }  // namespace
 
 // The linker sends the calls of this program's own objects, the library's among them, through these: malloc, realloc,
-// and operator new, which may throw or not.
+// and operator new, which may throw or not. Their names are the linker's.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 void *__real_malloc(size_t size);
 void *__real_realloc(void *memory, size_t size);
@@ -43,6 +44,7 @@ void *__wrap__ZnwmRKSt9nothrow_t(size_t size, const std::nothrow_t &tag) {
   return __real__ZnwmRKSt9nothrow_t(size, tag);
 }
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace platkit {
 namespace {
