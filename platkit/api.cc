@@ -1,7 +1,5 @@
 // The C interface: checks what callers hand in, and asks the source of the day.
-#include <cstring>
 #include <memory>
-#include <new>
 
 #include "platkit/catalogue.h"
 #include "platkit/linux/linux_source.h"

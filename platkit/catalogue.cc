@@ -2,7 +2,6 @@
 
 #include <xxhash.h>
 
-#include <charconv>
 #include <type_traits>
 
 #include "platkit/version.h"

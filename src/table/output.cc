@@ -31,17 +31,21 @@ bool IsEncodedControl(std::string_view text, size_t i) {
          static_cast<unsigned char>(text[i + 1]) < 0xa0;
 }
 
-void PutPrintable(std::string_view text) {
+// Hands out a text as a terminal may show it, byte for byte as many as it has.
+template <typename Emit>
+void ForEachShown(std::string_view text, Emit emit) {
   for (size_t i = 0; i < text.size(); ++i) {
     if (IsEncodedControl(text, i)) {
-      putc_unlocked('?', stdout);
-      putc_unlocked('?', stdout);
+      emit('?');
+      emit('?');
       ++i;
     } else {
-      putc_unlocked(IsControl(text[i]) ? '?' : text[i], stdout);
+      emit(IsControl(text[i]) ? '?' : text[i]);
     }
   }
 }
+
+void PutPrintable(std::string_view text) { ForEachShown(text, PutChar); }
 
 template <typename Put>
 int PutPadded(std::string_view text, int width, Put put) {
@@ -78,10 +82,7 @@ void EndLine() {
 }
 
 void MakeFitForTerminal(char *text) {
-  if (!OnTerminal()) return;
-  for (; *text != '\0'; ++text) {
-    if (IsControl(*text)) *text = '?';
-  }
+  if (OnTerminal()) ForEachShown(text, [&text](char shown) { *text++ = shown; });
 }
 
 bool FinishOutput() {
