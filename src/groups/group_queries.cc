@@ -1,26 +1,11 @@
 #include "src/groups/group_queries.h"
 
-#include <algorithm>
-#include <initializer_list>
-
 #include "platkit/nodes.h"
 #include "platkit/warning.h"
-#include "src/groups/one_argument.h"
 #include "src/status/status.h"
 
 namespace kestrel {
 namespace {
-
-// Reads one attribute for the getter of that name.
-template <typename Record>
-HVC_ReturnStatus GetAttribute(const char *getter, int64_t groupID, uint32_t node, Record &record,
-                              std::initializer_list<HVC_ReturnStatus> silent) {
-  const HVC_ReturnStatus status = KestrelGroupNodalGet(groupID, node, &record, sizeof record);
-  if (status != HVC_OK && std::ranges::find(silent, status) == silent.end()) {
-    Warning("%s() failure, error code: %u\n", getter, status);
-  }
-  return status;
-}
 
 // The first of a VM's children that is a VMM sub-container. Children that cannot be read are passed over.
 HVC_ReturnStatus FindVmmChild(const NODAL_ParamList *children, int64_t &vmmGroupID) {
@@ -49,31 +34,28 @@ HVC_ReturnStatus KestrelGroupNodalGet(int64_t groupID, uint32_t node, void *buff
 }
 
 HVC_ReturnStatus Kestrel_GroupGetName(int64_t groupID, GroupNameRecord &name) {
-  return GetAttribute("Kestrel_GroupGetName", groupID, NODAL_NODE_sched_groups_groupName, name, {});
+  return ReadGroupRecord("Kestrel_GroupGetName", groupID, NODAL_NODE_sched_groups_groupName, name, {});
 }
 
 HVC_ReturnStatus Kestrel_GroupGetTag(int64_t groupID, GroupTagRecord &tag) {
-  return GetAttribute("Kestrel_GroupGetTag", groupID, NODAL_NODE_sched_groups_groupTag, tag, {});
+  return ReadGroupRecord("Kestrel_GroupGetTag", groupID, NODAL_NODE_sched_groups_groupTag, tag, {});
 }
 
 HVC_ReturnStatus Kestrel_GroupGetParentID(int64_t groupID, ParentGroupIDRecord &parent) {
-  return GetAttribute("Kestrel_GroupGetParentID", groupID, NODAL_NODE_sched_groups_parentGroupID, parent,
-                      {HVC_NOT_FOUND});
+  return ReadGroupRecord("Kestrel_GroupGetParentID", groupID, NODAL_NODE_sched_groups_parentGroupID, parent);
 }
 
 HVC_ReturnStatus Kestrel_GroupGetFlags(int64_t groupID, GroupFlagsRecord &flags) {
-  return GetAttribute("Kestrel_GroupGetFlags", groupID, NODAL_NODE_sched_groups_groupFlags, flags,
-                      {HVC_NOT_FOUND, HVC_NOT_INITIALIZED});
+  return ReadGroupRecord("Kestrel_GroupGetFlags", groupID, NODAL_NODE_sched_groups_groupFlags, flags,
+                         {HVC_NOT_FOUND, HVC_NOT_INITIALIZED});
 }
 
 HVC_ReturnStatus Kestrel_GroupGetAlloc(int64_t groupID, GroupAllocRecord &alloc) {
-  return GetAttribute("Kestrel_GroupGetAlloc", groupID, NODAL_NODE_sched_groups_memAllocationInKB, alloc,
-                      {HVC_NOT_FOUND});
+  return ReadGroupRecord("Kestrel_GroupGetAlloc", groupID, NODAL_NODE_sched_groups_memAllocationInKB, alloc);
 }
 
 HVC_ReturnStatus KestrelGroupGetMemoryStats(int64_t groupID, GroupMemoryStatsRecord &stats) {
-  return GetAttribute("KestrelGroupGetMemoryStats", groupID, NODAL_NODE_sched_groups_stats_memoryStats, stats,
-                      {HVC_NOT_FOUND});
+  return ReadGroupRecord("KestrelGroupGetMemoryStats", groupID, NODAL_NODE_sched_groups_stats_memoryStats, stats);
 }
 
 HVC_ReturnStatus Kestrel_GroupGetGroupLeaderID(int64_t groupID, uint32_t &leader) {
@@ -83,7 +65,7 @@ HVC_ReturnStatus Kestrel_GroupGetGroupLeaderID(int64_t groupID, uint32_t &leader
   if (status != HVC_OK) return status;
   if ((flags.flags & (HVC_GROUP_VM | HVC_GROUP_USER_WORLD)) == 0) return HVC_BAD_PARAM;
   GroupLeaderIDRecord record = {};
-  status = GetAttribute("Kestrel_GroupGetGroupLeaderID", groupID, NODAL_NODE_sched_groups_groupLeaderID, record, {});
+  status = ReadGroupRecord("Kestrel_GroupGetGroupLeaderID", groupID, NODAL_NODE_sched_groups_groupLeaderID, record, {});
   if (status == HVC_OK) leader = record.leaderID;
   return status;
 }

@@ -9,6 +9,7 @@
 
 #include "platkit/records.h"
 #include "platkit/status.h"
+#include "src/groups/one_argument.h"
 #include "src/nodal/param_list.h"
 
 namespace kestrel {
@@ -16,6 +17,15 @@ namespace kestrel {
 // The shared read: a node with the group's ID as its only argument. Reports what keeps it from reading, but leaves the
 // status of the read itself to its caller.
 [[nodiscard]] HVC_ReturnStatus KestrelGroupNodalGet(int64_t groupID, uint32_t node, void *buffer, uint32_t size);
+
+// Reads a record of a group for the step of that name, which reports what it is not silent about.
+template <typename Record>
+[[nodiscard]] HVC_ReturnStatus ReadGroupRecord(const char *step, int64_t groupID, uint32_t node, Record &record,
+                                               Statuses silent = kVanished) {
+  const HVC_ReturnStatus status = KestrelGroupNodalGet(groupID, node, &record, sizeof record);
+  WarnOfFailure(step, status, silent);
+  return status;
+}
 
 [[nodiscard]] HVC_ReturnStatus Kestrel_GroupGetName(int64_t groupID, GroupNameRecord &name);
 [[nodiscard]] HVC_ReturnStatus Kestrel_GroupGetTag(int64_t groupID, GroupTagRecord &tag);

@@ -2,7 +2,6 @@
 
 #include "platkit/nodes.h"
 #include "platkit/warning.h"
-#include "src/groups/one_argument.h"
 #include "src/status/status.h"
 
 namespace kestrel {

@@ -10,26 +10,22 @@
 #include "platkit/warning.h"
 #include "src/groups/group_flags.h"
 #include "src/groups/group_queries.h"
-#include "src/groups/traverse.h"
+#include "src/reports/group_report.h"
 #include "src/reports/reports.h"
-#include "src/table/banner.h"
-#include "src/table/options.h"
-#include "src/table/report_row.h"
 
 namespace kestrel {
 namespace {
 
 struct GroupStatsRow {
-  uint64_t groupId;  // 1 in a tag's row, 0 in one that is free
-  int64_t parentGroupId;
-  char name[64];
-  uint32_t flags;
-  char flagText[64];  // holds all names but one; all of them are "(all)"
+  uint64_t groupID;  // 1 in a tag's row, 0 in one that is free
+  ParentGroupIDRecord parent;
+  GroupNameRecord name;
+  char flags[64];  // holds all names but one; all of them are "(all)"
   GroupAllocRecord alloc;
   uint32_t nChild;
   GroupCapacityRecord capacity;
   GroupMemoryStatsRecord stats;
-  char tag[8];
+  GroupTagRecord tag;
 };
 
 using enum Conversion;
@@ -39,9 +35,9 @@ using Row = GroupStatsRow;
 // The sums are those of a tag's row. Some of them are odd, and users know them so: consumed is counted twice, bMax is
 // that of the last group, shares and the percentage stay 0. A limit has no sum.
 constinit ColumnDesc columns[] = {
-    {"gid", "Group ID", 8, kLu, kInTotal | kMandatory, PLAIN(groupId)},
-    {"name", "Group name", 28, kS, kInTotal, PLAIN(name)},
-    {"parGid", "Parent group ID", 8, kLd, kInTotal, PLAIN(parentGroupId)},
+    {"gid", "Group ID", 8, kLu, kInTotal | kMandatory, PLAIN(groupID)},
+    {"name", "Group name", 28, kS, kInTotal, PLAIN(name.name)},
+    {"parGid", "Parent group ID", 8, kLd, kInTotal, PLAIN(parent.parentGroupID)},
     {"nChild", "Number of child groups", 8, kD, kInTotal, PLAIN(nChild).Sum(kAdd)},
     {"min", "Configured memory reservation", 10, kLd, kInTotal, KB(alloc.min).Sum(kAdd)},
     {"max", "Configured memory limit", 10, kLd, kInTotal, KB(alloc.max).Sum(kAllOnes)},
@@ -79,12 +75,13 @@ constinit ColumnDesc columns[] = {
     // Converted like the others, whatever its description says.
     {"mps", "Memory per share (KB)", 20, kLd, kInTotal, KB(stats.mps).Sum(kAllOnes)},
     {"throttlePct", "% of possible time the guest is allowed to be executed", 3, kU, kPlain, PLAIN(stats.throttlePct)},
-    {"flags", "Group flags", 16, kS, kInTotal, PLAIN(flagText)},
-    {"tag", "Group Tag", 28, kS, kInTotal, PLAIN(tag)},
+    {"flags", "Group flags", 16, kS, kInTotal, PLAIN(flags)},
+    {"tag", "Group Tag", 28, kS, kInTotal, PLAIN(tag.tag)},
 };
 
-constexpr option kLongOptions[] = {kOptionGid,     kOptionLevel,   kOptionUnit,    kOptionIFilter, kOptionEFilter,
-                                   kOptionVerbose, kOptionCSelect, kOptionCsvMode, kOptionTags,    kOptionsEnd};
+void SetFlags(Row &row, uint32_t flags) {
+  std::string_view(FlagsDescribe(flags, GroupFlagNames).Text()).copy(row.flags, sizeof row.flags - 1);
+}
 
 // The rows of sums, one per tag, in the order in which the tags were met.
 class TagRows {
@@ -97,145 +94,94 @@ class TagRows {
   }
 
   template <typename Visit>
-  void ForEach(Visit visit) {
-    for (Row &row : rows_) {
-      if (row.groupId == 0) return;
+  void ForEach(Visit visit) const {
+    for (const Row &row : rows_) {
+      if (row.groupID == 0) return;
       visit(row);
     }
   }
 
  private:
-  Row *Find(const char (&tag)[8]) {
+  Row *Find(const GroupTagRecord &tag) {
     for (Row &row : rows_) {
-      if (row.groupId == 0) {
+      if (row.groupID == 0) {
         Take(row, tag);
         return &row;
       }
-      if (std::strncmp(row.tag, tag, sizeof tag) == 0) return &row;
+      if (std::strncmp(row.tag.tag, tag.tag, sizeof tag.tag) == 0) return &row;
     }
     return nullptr;
   }
 
   // A row's own tag is always terminated. One of eight characters loses its last here, and so never matches again:
   // every group that has it gets a row to itself.
-  static void Take(Row &row, const char (&tag)[8]) {
-    char terminated[sizeof tag + 1] = {};
-    std::memcpy(terminated, tag, sizeof tag);
-    Str_Strcpy(row.name, terminated, sizeof row.name);
-    Str_Strcpy(row.tag, terminated, sizeof row.tag);
-    row.groupId = 1;
+  static void Take(Row &row, const GroupTagRecord &tag) {
+    char terminated[sizeof tag.tag + 1] = {};
+    std::memcpy(terminated, tag.tag, sizeof tag.tag);
+    Str_Strcpy(row.name.name, terminated, sizeof row.name.name);
+    Str_Strcpy(row.tag.tag, terminated, sizeof row.tag.tag);
+    row.groupID = 1;
+    SetFlags(row, 0);
   }
 
   Row rows_[512] = {};
 };
 
-struct GroupStatsContext {
-  ReportUnit unit;
-  uint32_t inclusion;
-  uint32_t exclusion;
-  bool tags;
-  TagRows tagRows;
-};
+constinit TagRows tagRows;
 
 // A limit close to the largest amount that the kernel can express is no limit.
-uint64_t ClampLimit(uint64_t kb) { return kb > 0xFFFFFFFFF0 ? HVC_KB_NONE : kb; }
-
-void GroupStatsPrintRow(Row &row, ReportUnit unit, bool csv) {
-  row.alloc.max = ClampLimit(row.alloc.max);
-  row.alloc.minLimit = ClampLimit(row.alloc.minLimit);
-  std::string_view(FlagsDescribe(row.flags, GroupFlagNames).Text()).copy(row.flagText, sizeof row.flagText - 1);
-  PrintFigures(columns, csv, false, &row, unit);
-}
-
-HVC_ReturnStatus GetCapacity(int64_t groupID, GroupCapacityRecord &capacity) {
-  const HVC_ReturnStatus status =
-      KestrelGroupNodalGet(groupID, NODAL_NODE_sched_groups_stats_capacity, &capacity, sizeof capacity);
-  if (status != HVC_OK && status != HVC_NOT_FOUND) {
-    Warning("KestrelGroupGetCapacity() failure, error code: %u\n", status);
-  }
-  return status;
-}
+uint64_t Limit(uint64_t kb) { return kb > 0xFFFFFFFFF0 ? HVC_KB_NONE : kb; }
 
 // Reads what a row is made of, besides the flags.
 HVC_ReturnStatus ReadRow(int64_t groupID, Row &row) {
-  GroupNameRecord name = {};
-  GroupTagRecord tag = {};
-  ParentGroupIDRecord parent = {};
-  HVC_ReturnStatus status = Kestrel_GroupGetName(groupID, name);
-  if (status == HVC_OK) status = Kestrel_GroupGetTag(groupID, tag);
-  if (status == HVC_OK) status = Kestrel_GroupGetParentID(groupID, parent);
+  HVC_ReturnStatus status = Kestrel_GroupGetName(groupID, row.name);
+  if (status == HVC_OK) status = Kestrel_GroupGetTag(groupID, row.tag);
+  if (status == HVC_OK) status = Kestrel_GroupGetParentID(groupID, row.parent);
   if (status == HVC_OK) status = Kestrel_GroupGetAlloc(groupID, row.alloc);
-  if (status == HVC_OK) status = GetCapacity(groupID, row.capacity);
+  if (status == HVC_OK) {
+    status = ReadGroupRecord("KestrelGroupGetCapacity", groupID, NODAL_NODE_sched_groups_stats_capacity, row.capacity);
+  }
   if (status == HVC_OK) status = KestrelGroupGetMemoryStats(groupID, row.stats);
-  std::memcpy(row.name, name.name, sizeof row.name);
-  std::memcpy(row.tag, tag.tag, sizeof row.tag);
-  row.parentGroupId = parent.parentGroupID;
   return status;
 }
 
-HVC_ReturnStatus KestrelGroupStatsCallback(int64_t groupID, uint32_t childCount, bool csv, void *user) {
-  auto &context = *static_cast<GroupStatsContext *>(user);
-  GroupFlagsRecord flags = {};
-  HVC_ReturnStatus status = Kestrel_GroupGetFlags(groupID, flags);
-  if (status != HVC_OK) return status;
-  // A group without any flag is in no inclusion filter, the default one included.
-  if ((flags.flags & context.inclusion) == 0 || (flags.flags & context.exclusion) != 0) return HVC_OK;
-
+HVC_ReturnStatus PutRow(const GroupVisit &group) {
   Row row = {};
-  row.groupId = static_cast<uint64_t>(groupID);
-  row.nChild = childCount;
-  row.flags = flags.flags;
-  status = ReadRow(groupID, row);
+  row.groupID = static_cast<uint64_t>(group.groupID);
+  row.nChild = group.childCount;
+  const HVC_ReturnStatus status = ReadRow(group.groupID, row);
   if (status != HVC_OK) return status;
 
-  if (context.tags && !context.tagRows.Add(row)) {
+  SetFlags(row, group.flags);
+  row.alloc.max = Limit(row.alloc.max);
+  row.alloc.minLimit = Limit(row.alloc.minLimit);
+  if (group.run.options.tags && !tagRows.Add(row)) {
     Warning("Maximum number of VTag exceeded\n");
     return HVC_NO_MEMORY;
   }
-  GroupStatsPrintRow(row, context.unit, csv);
+  group.Put(row);
   return HVC_OK;
 }
 
-void PrintBanner(const ReportOptions &options, const GroupStatsContext &context) {
-  const Banner banner("GROUP STATS", 37);
-  banner.Setting("Start Group ID", static_cast<uint64_t>(options.startGroup));
-  banner.Setting("No. of levels", options.levels);
-  banner.Setting("Unit", WalkUnitName(context.unit));
-  banner.Setting("Inclusion filter", FlagsDescribe(context.inclusion, GroupFlagNames).Text());
-  banner.Setting("Exclusion filter", FlagsDescribe(context.exclusion, GroupFlagNames).Text());
-  banner.SelectedColumns(columns);
+void PrintTagRows(const GroupRun &run) {
+  if (!run.options.tags) return;
+  std::puts("Virtual tags report");
+  tagRows.ForEach([&](const Row &row) { PrintFigures(columns, run.options.csv, false, &row, run.unit); });
+  TablePrintSeparator(columns, run.options.csv);
 }
 
-void PrintTagRows(GroupStatsContext &context, bool csv) {
-  std::puts("Virtual tags report");
-  context.tagRows.ForEach([&](Row &row) { GroupStatsPrintRow(row, context.unit, csv); });
-  TablePrintSeparator(columns, csv);
-}
+constexpr GroupReport kReport = {
+    .title = "GROUP STATS",
+    .dashes = 37,
+    .options = "e:g:i:l:s:u:vqt",
+    .columns = columns,
+    .filterFlags = GroupFlagNames,
+    .visit = PutRow,
+    .ending = PrintTagRows,
+};
 
 }  // namespace
 
-HVC_ReturnStatus KestrelGroupStatsReport(int argc, char **argv) {
-  ReportOptions options;
-  HVC_ReturnStatus status = ParseReportOptions(argc, argv, "e:g:i:l:s:u:vqt", kLongOptions, options);
-  if (status != HVC_OK) return status;
-
-  static constinit GroupStatsContext context = {};
-  context.tags = options.tags;
-  status = UnitParse(options.unit, false, context.unit);
-  if (status != HVC_OK) return status;
-  status = FlagsParseFilter(options.inclusionFilter, GroupFlagNames, context.inclusion, FilterKind::kInclusion);
-  if (status != HVC_OK) return status;
-  status = FlagsParseFilter(options.exclusionFilter, GroupFlagNames, context.exclusion, FilterKind::kExclusion);
-  if (status != HVC_OK) return status;
-  ColumnsApplySelection(columns, options.selection);
-
-  if (!options.csv) PrintBanner(options, context);
-  TablePrintHead(columns, options.csv);
-  status = KestrelTraverseGroups(options.startGroup, options.levels, options.csv, KestrelGroupStatsCallback, &context);
-  TablePrintSeparator(columns, options.csv);
-  if (options.tags) PrintTagRows(context, options.csv);
-  if (options.verbose) TablePrintDescriptions(columns);
-  return status;
-}
+HVC_ReturnStatus KestrelGroupStatsReport(int argc, char **argv) { return RunGroupReport(kReport, argc, argv); }
 
 }  // namespace kestrel

@@ -24,8 +24,6 @@ constinit ColumnDesc columns[] = {
     {"totRemove", "Total client memory removed from pshare table", 10, kLu, kInTotal, PAGES(totRemove)},
 };
 
-constexpr option kLongOptions[] = {kOptionUnit, kOptionVerbose, kOptionCSelect, kOptionCsvMode, kOptionsEnd};
-
 HVC_ReturnStatus ReadPShareStats(PShareStatsRecord &record) {
   const ParamList noArguments = MakeArguments(1);
   if (noArguments == nullptr) {
@@ -48,7 +46,7 @@ void PrintBanner(const PShareStatsRecord &record, ReportUnit unit) {
 
 HVC_ReturnStatus KestrelPShareGetStats(int argc, char **argv) {
   ReportOptions options;
-  HVC_ReturnStatus status = ParseReportOptions(argc, argv, "s:u:vq", kLongOptions, options);
+  HVC_ReturnStatus status = ParseReportOptions(argc, argv, "s:u:vq", options);
   if (status != HVC_OK) return status;
   ReportUnit unit{};
   status = UnitParse(options.unit, false, unit);

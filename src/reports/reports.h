@@ -8,7 +8,14 @@
 namespace kestrel {
 
 [[nodiscard]] HVC_ReturnStatus KestrelGroupStatsReport(int argc, char **argv);
+[[nodiscard]] HVC_ReturnStatus KestrelVmStatsReport(int argc, char **argv);
+[[nodiscard]] HVC_ReturnStatus KestrelUwStatsReport(int argc, char **argv);
 [[nodiscard]] HVC_ReturnStatus KestrelPShareGetStats(int argc, char **argv);
+[[nodiscard]] HVC_ReturnStatus KestrelSwapStatsReport(int argc, char **argv);
+[[nodiscard]] HVC_ReturnStatus KestrelGuestStatsReport(int argc, char **argv);
+[[nodiscard]] HVC_ReturnStatus KestrelZipStatsReport(int argc, char **argv);
+[[nodiscard]] HVC_ReturnStatus KestrelLPageStatsReport(int argc, char **argv);
+[[nodiscard]] HVC_ReturnStatus KestrelAsyncRemapReport(int argc, char **argv);
 
 }  // namespace kestrel
 

@@ -1,11 +1,22 @@
 #include "src/table/options.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
+#include <iterator>
 
 #include "platkit/warning.h"
 
 namespace kestrel {
 namespace {
+
+constexpr option kLongOptions[] = {
+    {"gid", required_argument, nullptr, 'g'},     {"level", required_argument, nullptr, 'l'},
+    {"unit", required_argument, nullptr, 'u'},    {"iFilter", required_argument, nullptr, 'i'},
+    {"eFilter", required_argument, nullptr, 'e'}, {"cSelect", required_argument, nullptr, 's'},
+    {"verbose", no_argument, nullptr, 'v'},       {"csvMode", no_argument, nullptr, 'q'},
+    {"tags", no_argument, nullptr, 't'},
+};
 
 HVC_ReturnStatus ParseLevel(const char *text, uint32_t &levels) {
   const auto count = static_cast<uint32_t>(std::strtol(text, nullptr, 10));
@@ -25,6 +36,13 @@ HVC_ReturnStatus ParseLevel(const char *text, uint32_t &levels) {
 int64_t ParseGroup(const char *text) { return static_cast<int32_t>(std::strtol(text, nullptr, 10)); }
 
 }  // namespace
+
+HVC_ReturnStatus ParseReportOptions(int argc, char **argv, const char *shortOptions, ReportOptions &options) {
+  option longOptions[std::size(kLongOptions) + 1] = {};
+  std::copy_if(std::begin(kLongOptions), std::end(kLongOptions), longOptions,
+               [&](const option &o) { return std::strchr(shortOptions, o.val) != nullptr; });
+  return ParseReportOptions(argc, argv, shortOptions, longOptions, options);
+}
 
 HVC_ReturnStatus ParseReportOptions(int argc, char **argv, const char *shortOptions, const option *longOptions,
                                     ReportOptions &options) {

@@ -24,20 +24,13 @@ struct ReportOptions {
   bool tags = false;                // -t
 };
 
-// The long options, for a report's table; the table ends with an option of zeros.
-inline constexpr option kOptionGid = {"gid", required_argument, nullptr, 'g'};
-inline constexpr option kOptionLevel = {"level", required_argument, nullptr, 'l'};
-inline constexpr option kOptionUnit = {"unit", required_argument, nullptr, 'u'};
-inline constexpr option kOptionCSelect = {"cSelect", required_argument, nullptr, 's'};
-inline constexpr option kOptionIFilter = {"iFilter", required_argument, nullptr, 'i'};
-inline constexpr option kOptionEFilter = {"eFilter", required_argument, nullptr, 'e'};
-inline constexpr option kOptionVerbose = {"verbose", no_argument, nullptr, 'v'};
-inline constexpr option kOptionCsvMode = {"csvMode", no_argument, nullptr, 'q'};
-inline constexpr option kOptionTags = {"tags", no_argument, nullptr, 't'};
-inline constexpr option kOptionsEnd = {nullptr, 0, nullptr, 0};
+// Parses a report's options, going on where the global options ended: the letters of `shortOptions`, in getopt's form,
+// and their long names. A later option replaces an earlier one; unknown options and missing arguments are passed over.
+// Only the level is checked here, as it is met: HVC_BAD_PARAM.
+[[nodiscard]] HVC_ReturnStatus ParseReportOptions(int argc, char **argv, const char *shortOptions,
+                                                  ReportOptions &options);
 
-// Parses a report's options, going on where the global options ended. A later option replaces an earlier one; unknown
-// options and missing arguments are passed over. Only the level is checked here, as it is met: HVC_BAD_PARAM.
+// The same with long options of the report's own; the last is all zeros.
 [[nodiscard]] HVC_ReturnStatus ParseReportOptions(int argc, char **argv, const char *shortOptions,
                                                   const option *longOptions, ReportOptions &options);
 

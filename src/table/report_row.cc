@@ -18,4 +18,9 @@ void SumFigures(ColumnTable table, const void *row, void *sums) {
     SumFigure(column.figure, row, sums);
 }
 
+void FinishSums(ColumnTable table, void *sums, uint32_t rows) {
+  for (const ColumnDesc &column : table)
+    FinishSum(column.figure, sums, rows);
+}
+
 }  // namespace kestrel

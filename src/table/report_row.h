@@ -12,6 +12,9 @@ void PrintFigures(ColumnTable table, bool csv, bool total, const void *row, Repo
 // Adds every figure of `row` into `sums`, a structure of the same type, as its column says.
 void SumFigures(ColumnTable table, const void *row, void *sums);
 
+// Makes means of the sums over `rows` rows whose columns say so.
+void FinishSums(ColumnTable table, void *sums, uint32_t rows);
+
 }  // namespace kestrel
 
 #endif  // KESTREL_TABLE_REPORT_ROW_H

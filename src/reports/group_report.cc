@@ -1,0 +1,89 @@
+#include "src/reports/group_report.h"
+
+#include <cstring>
+
+#include "src/groups/group_queries.h"
+#include "src/groups/traverse.h"
+#include "src/table/banner.h"
+
+namespace kestrel {
+namespace {
+
+bool Takes(const GroupReport &report, char letter) { return std::strchr(report.options, letter) != nullptr; }
+
+HVC_ReturnStatus ApplyOptions(const GroupReport &report, GroupRun &run) {
+  HVC_ReturnStatus status = UnitParse(run.options.unit, false, run.unit);
+  if (status != HVC_OK) return status;
+  status = FlagsParseFilter(run.options.inclusionFilter, report.filterFlags, run.inclusion, FilterKind::kInclusion);
+  if (status != HVC_OK) return status;
+  status = FlagsParseFilter(run.options.exclusionFilter, report.filterFlags, run.exclusion, FilterKind::kExclusion);
+  if (status != HVC_OK) return status;
+  ColumnsApplySelection(report.columns, run.options.selection);
+  return HVC_OK;
+}
+
+void PrintBanner(const GroupReport &report, const GroupRun &run) {
+  const Banner banner(report.title, report.dashes);
+  banner.Setting("Start Group ID", static_cast<uint64_t>(run.options.startGroup));
+  if (Takes(report, 'l')) banner.Setting("No. of levels", run.options.levels);
+  banner.Setting("Unit", report.unitName != nullptr ? report.unitName : WalkUnitName(run.unit));
+  if (Takes(report, 'i')) banner.Setting("Inclusion filter", FlagsDescribe(run.inclusion, report.filterFlags).Text());
+  if (Takes(report, 'e')) banner.Setting("Exclusion filter", FlagsDescribe(run.exclusion, report.filterFlags).Text());
+  banner.SelectedColumns(report.columns);
+}
+
+// A group without any flag has no rows in any report: it is in no inclusion filter, the default one included.
+bool Qualifies(const GroupRun &run, uint32_t flags) {
+  return (flags & run.report.kinds) != 0 && (flags & run.inclusion) != 0 && (flags & run.exclusion) == 0;
+}
+
+HVC_ReturnStatus VisitGroup(int64_t groupID, uint32_t childCount, bool, void *context) {
+  auto &run = *static_cast<GroupRun *>(context);
+  GroupFlagsRecord flags = {};
+  const HVC_ReturnStatus status = Kestrel_GroupGetFlags(groupID, flags);
+  if (status != HVC_OK) return status;
+  return Qualifies(run, flags.flags) ? run.report.visit({run, groupID, childCount, flags.flags}) : HVC_OK;
+}
+
+void PrintTotals(const GroupReport &report, const GroupRun &run) {
+  FinishSums(report.columns, report.totals, run.rows);
+  PrintFigures(report.columns, run.options.csv, true, report.totals, run.unit);
+  TablePrintSeparator(report.columns, run.options.csv);
+}
+
+}  // namespace
+
+void GroupVisit::PutRow(const void *row) const {
+  const GroupReport &report = run.report;
+  if (report.totals != nullptr) SumFigures(report.columns, row, report.totals);
+  PrintFigures(report.columns, run.options.csv, false, row, run.unit);
+  ++run.rows;
+}
+
+HVC_ReturnStatus RunGroupReport(const GroupReport &report, int argc, char **argv) {
+  GroupRun run = {.report = report};
+  HVC_ReturnStatus status = ParseReportOptions(argc, argv, report.options, run.options);
+  if (status != HVC_OK) return status;
+  status = ApplyOptions(report, run);
+  if (status != HVC_OK) return status;
+
+  const ReportOptions &options = run.options;
+  if (!options.csv) PrintBanner(report, run);
+  TablePrintHead(report.columns, options.csv);
+  status = KestrelTraverseGroups(options.startGroup, options.levels, options.csv, VisitGroup, &run);
+  TablePrintSeparator(report.columns, options.csv);
+  if (report.totals != nullptr) PrintTotals(report, run);
+  if (report.ending != nullptr) report.ending(run);
+  if (options.verbose) TablePrintDescriptions(report.columns);
+  return status;
+}
+
+HVC_ReturnStatus ReadGroupHead(int64_t groupID, GroupHead &head) {
+  head.schedGroupID = static_cast<uint64_t>(groupID);
+  HVC_ReturnStatus status = Kestrel_GroupGetName(groupID, head.name);
+  if (status == HVC_OK) status = Kestrel_GroupGetParentID(groupID, head.parent);
+  if (status == HVC_OK) status = Kestrel_GroupGetGroupLeaderID(groupID, head.leaderID);
+  return status;
+}
+
+}  // namespace kestrel
