@@ -9,7 +9,7 @@
 
 #include "platkit/records.h"
 #include "platkit/status.h"
-#include "src/groups/one_argument.h"
+#include "src/nodal/failure.h"
 #include "src/nodal/param_list.h"
 
 namespace kestrel {

@@ -2,6 +2,7 @@
 
 #include "platkit/nodes.h"
 #include "platkit/warning.h"
+#include "src/groups/one_argument.h"
 #include "src/status/status.h"
 
 namespace kestrel {

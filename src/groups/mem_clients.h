@@ -6,7 +6,7 @@
 
 #include "platkit/records.h"
 #include "platkit/status.h"
-#include "src/groups/one_argument.h"
+#include "src/nodal/failure.h"
 
 namespace kestrel {
 

@@ -2,37 +2,19 @@
 #ifndef KESTREL_GROUPS_ONE_ARGUMENT_H
 #define KESTREL_GROUPS_ONE_ARGUMENT_H
 
-#include <algorithm>
 #include <cstdint>
-#include <initializer_list>
 
-#include "platkit/warning.h"
 #include "src/nodal/param_list.h"
 
 namespace kestrel {
-
-using Statuses = std::initializer_list<HVC_ReturnStatus>;
-
-// What a read answers for a group or client that went away while the report runs: no failure to report.
-inline constexpr Statuses kVanished = {HVC_NOT_FOUND};
-
-// Reports the failure of a step by the number of its status, unless that is among the silent ones.
-inline void WarnOfFailure(const char *step, HVC_ReturnStatus status, Statuses silent) {
-  if (status != HVC_OK && std::ranges::find(silent, status) == silent.end()) {
-    Warning("%s() failure, error code: %u\n", step, status);
-  }
-}
 
 // Makes a list with one integer argument, hands it to `read`, and takes the argument and the list away again before it
 // returns the status of the read. A list that cannot be made is reported in the name of `creator`, an argument that
 // cannot be added by `addFailed`; the read's own failures are left to the caller.
 template <typename AddFailed, typename Read>
 [[nodiscard]] HVC_ReturnStatus WithOneArgument(const char *creator, int64_t argument, AddFailed addFailed, Read read) {
-  const ParamList arguments = MakeArguments(2);
-  if (arguments == nullptr) {
-    Warning("%s: NODAL_ParamListCreate() failure\n", creator);
-    return HVC_FAILURE;
-  }
+  const ParamList arguments = MakeArgumentsFor(creator, 2);
+  if (arguments == nullptr) return HVC_FAILURE;
   HVC_ReturnStatus status = NODAL_ParamListAddInt(arguments.get(), argument);
   if (status != HVC_OK) {
     addFailed(status);

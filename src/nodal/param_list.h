@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "platkit/nodal.h"
+#include "platkit/warning.h"
 
 namespace kestrel {
 
@@ -18,6 +19,13 @@ using ParamList = std::unique_ptr<NODAL_ParamList, ParamListDestroyer>;
 // An empty list for `capacity` instance arguments; null on failure.
 inline ParamList MakeArguments(uint32_t capacity) {
   return ParamList(NODAL_ParamListCreate(NODAL_LIST_INSTANCES, capacity));
+}
+
+// The same for the step of that name, which reports it if there is none to be had.
+inline ParamList MakeArgumentsFor(const char *step, uint32_t capacity) {
+  ParamList arguments = MakeArguments(capacity);
+  if (arguments == nullptr) Warning("%s: NODAL_ParamListCreate() failure\n", step);
+  return arguments;
 }
 
 // Reads the instances of a list node; `list` is set on success only.

@@ -1,11 +1,9 @@
 // pshare-stats: what page sharing saves on the whole host, in one row.
 #include "platkit/nodes.h"
 #include "platkit/records.h"
-#include "platkit/warning.h"
-#include "src/nodal/param_list.h"
+#include "src/reports/host_report.h"
 #include "src/reports/reports.h"
 #include "src/table/banner.h"
-#include "src/table/options.h"
 #include "src/table/report_row.h"
 
 namespace kestrel {
@@ -24,15 +22,6 @@ constinit ColumnDesc columns[] = {
     {"totRemove", "Total client memory removed from pshare table", 10, kLu, kInTotal, PAGES(totRemove)},
 };
 
-HVC_ReturnStatus ReadPShareStats(PShareStatsRecord &record) {
-  const ParamList noArguments = MakeArguments(1);
-  if (noArguments == nullptr) {
-    Warning("KestrelPShareGetStats: NODAL_ParamListCreate() failure\n");
-    return HVC_FAILURE;
-  }
-  return ReadRecord(NODAL_NODE_memory_pshare_stats, noArguments.get(), record);
-}
-
 void PrintBanner(const PShareStatsRecord &record, ReportUnit unit) {
   const Banner banner("PSHARE STATS", 38, 17);
   banner.Setting("Unit", WalkUnitName(unit));
@@ -45,24 +34,19 @@ void PrintBanner(const PShareStatsRecord &record, ReportUnit unit) {
 }  // namespace
 
 HVC_ReturnStatus KestrelPShareGetStats(int argc, char **argv) {
-  ReportOptions options;
-  HVC_ReturnStatus status = ParseReportOptions(argc, argv, "s:u:vq", options);
+  HostRun run;
+  HVC_ReturnStatus status = StartHostReport(argc, argv, "s:u:vq", columns, run);
   if (status != HVC_OK) return status;
-  ReportUnit unit{};
-  status = UnitParse(options.unit, false, unit);
-  if (status != HVC_OK) return status;
-  ColumnsApplySelection(columns, options.selection);
 
   // Nothing is printed before the read has succeeded, so a failing run leaves no half table.
   PShareStatsRecord record = {};
-  status = ReadPShareStats(record);
+  status = ReadHostRecord("KestrelPShareGetStats", NODAL_NODE_memory_pshare_stats, record);
   if (status != HVC_OK) return status;
 
-  if (!options.csv) PrintBanner(record, unit);
-  TablePrintHead(columns, options.csv);
-  PrintFigures(columns, options.csv, false, &record, unit);
-  TablePrintSeparator(columns, options.csv);
-  if (options.verbose) TablePrintDescriptions(columns);
+  if (!run.options.csv) PrintBanner(record, run.unit);
+  TablePrintHead(columns, run.options.csv);
+  PrintFigures(columns, run.options.csv, false, &record, run.unit);
+  EndHostReport(columns, run.options);
   return HVC_OK;
 }
 

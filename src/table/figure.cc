@@ -21,6 +21,7 @@ uint64_t Convert(uint64_t value, FigureUnit figureUnit, ReportUnit unit) {
     case FigureUnit::kYesNo: return value;
     case FigureUnit::kKB: return OptionalKBToUnit(value, unit);
     case FigureUnit::kPages: return PagesToUnit(value, unit);
+    case FigureUnit::kBytes: return BytesToUnit(value, unit);
   }
   return value;
 }
@@ -56,6 +57,7 @@ Value LoadFigure(const Figure &figure, const void *row, ReportUnit unit) {
   const char *field = static_cast<const char *>(row) + figure.offset;
   switch (figure.type) {
     case FigureType::kU8: return LoadNumber<uint8_t>(figure, row, unit);
+    case FigureType::kU16: return LoadNumber<uint16_t>(figure, row, unit);
     case FigureType::kU32: return LoadNumber<uint32_t>(figure, row, unit);
     case FigureType::kU64: return LoadNumber<uint64_t>(figure, row, unit);
     case FigureType::kI32: return LoadNumber<int32_t>(figure, row, unit);
@@ -74,6 +76,7 @@ Value LoadFigure(const Figure &figure, const void *row, ReportUnit unit) {
 void SumFigure(const Figure &figure, const void *row, void *sums) {
   switch (figure.type) {
     case FigureType::kU8: return SumNumber<uint8_t>(figure, row, sums);
+    case FigureType::kU16: return SumNumber<uint16_t>(figure, row, sums);
     case FigureType::kU32: return SumNumber<uint32_t>(figure, row, sums);
     case FigureType::kU64: return SumNumber<uint64_t>(figure, row, sums);
     case FigureType::kI32: return SumNumber<int32_t>(figure, row, sums);

@@ -29,13 +29,14 @@ class Value {
   std::string_view text_;
 };
 
-enum class FigureType : uint8_t { kNone, kU8, kU32, kU64, kI32, kI64, kText, kTextPointer };
+enum class FigureType : uint8_t { kNone, kU8, kU16, kU32, kU64, kI32, kI64, kText, kTextPointer };
 
 // How a figure becomes what is displayed.
 enum class FigureUnit : uint8_t {
   kPlain,  // as it is
   kKB,     // an amount in KB, all ones if there is none
   kPages,  // a count of 4 KB pages
+  kBytes,
   kYesNo,  // y if it is not 0, else n: a character and a text
 };
 
@@ -68,6 +69,7 @@ struct Figure {
 template <typename T>
 consteval FigureType FigureTypeOf() {
   if constexpr (std::is_same_v<T, uint8_t>) return FigureType::kU8;
+  if constexpr (std::is_same_v<T, uint16_t>) return FigureType::kU16;
   if constexpr (std::is_same_v<T, uint32_t>) return FigureType::kU32;
   if constexpr (std::is_same_v<T, uint64_t>) return FigureType::kU64;
   if constexpr (std::is_same_v<T, int32_t>) return FigureType::kI32;
@@ -76,8 +78,9 @@ consteval FigureType FigureTypeOf() {
   if constexpr (std::is_same_v<T, const char *>) return FigureType::kTextPointer;
 }
 
-template <typename T>
+template <typename Member>
 consteval Figure FigureAt(size_t offset, FigureUnit unit) {
+  using T = std::remove_reference_t<Member>;
   return {.offset = static_cast<uint16_t>(offset), .size = sizeof(T), .type = FigureTypeOf<T>(), .unit = unit};
 }
 
@@ -85,6 +88,7 @@ consteval Figure FigureAt(size_t offset, FigureUnit unit) {
 #define PLAIN(member) FigureAt<decltype(Row::member)>(offsetof(Row, member), FigureUnit::kPlain)
 #define KB(member) FigureAt<decltype(Row::member)>(offsetof(Row, member), FigureUnit::kKB)
 #define PAGES(member) FigureAt<decltype(Row::member)>(offsetof(Row, member), FigureUnit::kPages)
+#define BYTES(member) FigureAt<decltype(Row::member)>(offsetof(Row, member), FigureUnit::kBytes)
 #define YES_NO(member) FigureAt<decltype(Row::member)>(offsetof(Row, member), FigureUnit::kYesNo)
 
 // The displayed value of a figure of the row at `row`. Narrow signed fields are converted sign-extended and cut back.

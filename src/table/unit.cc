@@ -49,4 +49,8 @@ uint64_t OptionalKBToUnit(uint64_t kb, ReportUnit unit) { return kb == HVC_KB_NO
 
 uint64_t PagesToUnit(uint64_t pages, ReportUnit unit) { return KBToUnit(pages * 4, unit); }
 
+uint64_t BytesToUnit(uint64_t bytes, ReportUnit unit) {
+  return unit == ReportUnit::kBytes ? bytes : KBToUnit((bytes + 1023) >> 10, unit);
+}
+
 }  // namespace kestrel

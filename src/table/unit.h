@@ -27,6 +27,9 @@ uint64_t OptionalKBToUnit(uint64_t kb, ReportUnit unit);
 // A count of 4 KB pages in a display unit. Page counts have no mark for "not available".
 uint64_t PagesToUnit(uint64_t pages, ReportUnit unit);
 
+// An amount in bytes in a display unit: rounded up to KB, and from there on as such.
+uint64_t BytesToUnit(uint64_t bytes, ReportUnit unit);
+
 }  // namespace kestrel
 
 #endif  // KESTREL_TABLE_UNIT_H

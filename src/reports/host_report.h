@@ -1,0 +1,42 @@
+// What the host-wide reports share: their beginning and their end, and reads of nodes that the host has one of.
+#ifndef KESTREL_REPORTS_HOST_REPORT_H
+#define KESTREL_REPORTS_HOST_REPORT_H
+
+#include "platkit/status.h"
+#include "src/nodal/param_list.h"
+#include "src/table/column_table.h"
+#include "src/table/options.h"
+#include "src/table/unit.h"
+
+namespace kestrel {
+
+struct HostRun {
+  ReportOptions options = {};
+  ReportUnit unit = ReportUnit::kKB;
+};
+
+// Parses a report's options, checks the unit and applies the column selection.
+[[nodiscard]] inline HVC_ReturnStatus StartHostReport(int argc, char **argv, const char *shortOptions,
+                                                      ColumnTable columns, HostRun &run) {
+  HVC_ReturnStatus status = ParseReportOptions(argc, argv, shortOptions, run.options);
+  if (status == HVC_OK) status = UnitParse(run.options.unit, false, run.unit);
+  if (status == HVC_OK) ColumnsApplySelection(columns, run.options.selection);
+  return status;
+}
+
+// The line below the last row, and the descriptions if they are wanted.
+inline void EndHostReport(ColumnTable columns, const ReportOptions &options) {
+  TablePrintSeparator(columns, options.csv);
+  if (options.verbose) TablePrintDescriptions(columns);
+}
+
+// Reads a record that the host has one of. A failure of the read itself is silent.
+template <typename Record>
+[[nodiscard]] HVC_ReturnStatus ReadHostRecord(const char *step, uint32_t node, Record &record) {
+  const ParamList noArguments = MakeArgumentsFor(step, 1);
+  return noArguments == nullptr ? HVC_FAILURE : ReadRecord(node, noArguments.get(), record);
+}
+
+}  // namespace kestrel
+
+#endif  // KESTREL_REPORTS_HOST_REPORT_H
