@@ -19,6 +19,11 @@
 namespace kestrel {
 namespace {
 
+template <PMemKind kind>
+HVC_ReturnStatus PMemEntry(int argc, char **argv) {
+  return KestrelPMemReport(argc, argv, kind);
+}
+
 struct Report {
   const char *name;
   HVC_ReturnStatus (*entry)(int argc, char **argv);  // null: not part of this version
@@ -30,20 +35,20 @@ constexpr Report kReports[] = {
     {"vm-stats", KestrelVmStatsReport},
     {"uw-stats", KestrelUwStatsReport},
     {"pshare-stats", KestrelPShareGetStats},
-    {"pshareHint-stats", nullptr},
+    {"pshareHint-stats", KestrelPShareHintGetStats},
     {"swap-stats", KestrelSwapStatsReport},
-    {"buddy-stats", nullptr},
-    {"comp-stats", nullptr},
-    {"lpool-stats", nullptr},
-    {"heap-stats", nullptr},
+    {"buddy-stats", KestrelBuddyGetStats},
+    {"comp-stats", KestrelCompGetStats},
+    {"lpool-stats", KestrelLPoolStatsReport},
+    {"heap-stats", KestrelHeapStatsReport},
     {"guest-stats", KestrelGuestStatsReport},
     {"zip-stats", KestrelZipStatsReport},
     {"lpage-stats", KestrelLPageStatsReport},
     {"asyncremap-stats", KestrelAsyncRemapReport},
-    {"pmem-regionstore-stats", nullptr},
-    {"pmem-region-stats", nullptr},
-    {"pmem-extent-stats", nullptr},
-    {"pmem-region-numa-stats", nullptr},
+    {"pmem-regionstore-stats", PMemEntry<kPMemRegionStore>},
+    {"pmem-region-stats", PMemEntry<kPMemRegion>},
+    {"pmem-extent-stats", PMemEntry<kPMemExtent>},
+    {"pmem-region-numa-stats", PMemEntry<kPMemRegionNuma>},
     // The counters that it reads are in the machine, not in a cache file.
     {"dcpmm-stats", nullptr, false},
 };

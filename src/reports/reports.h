@@ -11,11 +11,20 @@ namespace kestrel {
 [[nodiscard]] HVC_ReturnStatus KestrelVmStatsReport(int argc, char **argv);
 [[nodiscard]] HVC_ReturnStatus KestrelUwStatsReport(int argc, char **argv);
 [[nodiscard]] HVC_ReturnStatus KestrelPShareGetStats(int argc, char **argv);
+[[nodiscard]] HVC_ReturnStatus KestrelPShareHintGetStats(int argc, char **argv);
 [[nodiscard]] HVC_ReturnStatus KestrelSwapStatsReport(int argc, char **argv);
+[[nodiscard]] HVC_ReturnStatus KestrelBuddyGetStats(int argc, char **argv);
+[[nodiscard]] HVC_ReturnStatus KestrelCompGetStats(int argc, char **argv);
+[[nodiscard]] HVC_ReturnStatus KestrelLPoolStatsReport(int argc, char **argv);
+[[nodiscard]] HVC_ReturnStatus KestrelHeapStatsReport(int argc, char **argv);
 [[nodiscard]] HVC_ReturnStatus KestrelGuestStatsReport(int argc, char **argv);
 [[nodiscard]] HVC_ReturnStatus KestrelZipStatsReport(int argc, char **argv);
 [[nodiscard]] HVC_ReturnStatus KestrelLPageStatsReport(int argc, char **argv);
 [[nodiscard]] HVC_ReturnStatus KestrelAsyncRemapReport(int argc, char **argv);
+
+// Kinds of the persistent-memory reports; any other is HVC_BAD_PARAM.
+enum PMemKind { kPMemRegionStore, kPMemRegion, kPMemExtent, kPMemRegionNuma };
+[[nodiscard]] HVC_ReturnStatus KestrelPMemReport(int argc, char **argv, int kind);
 
 }  // namespace kestrel
 

@@ -1,0 +1,362 @@
+// The four persistent-memory reports: the region store of each volume, its regions, its extents, and what each region
+// has of each NUMA node.
+#include <cstdio>
+#include <initializer_list>
+#include <string_view>
+
+#include "platkit/nodes.h"
+#include "platkit/records.h"
+#include "src/reports/host_report.h"
+#include "src/reports/reports.h"
+#include "src/table/banner.h"
+#include "src/table/flags.h"
+#include "src/table/report_row.h"
+
+namespace kestrel {
+namespace {
+
+using enum Conversion;
+
+// The flags of a region. No mask shares a bit with noFlags, which is never shown.
+constexpr FlagName PMemRegionFlagNames[] = {
+    {0, "noFlags"},
+    {HVC_REGION_ALLOCATED, "allocated"},
+    {HVC_REGION_DANGLING, "dangling"},
+    {HVC_REGION_LOCKED, "locked"},
+    {HVC_REGION_READ_ONLY, "readOnly"},
+    {HVC_REGION_BLOCK_DEVICE, "blockDev"},
+    {HVC_REGION_PERSISTENT_RESERVATION, "persistResv"},
+    {HVC_REGION_SYSTEM, "system"},
+    {HVC_REGION_ZOMBIE, "zombie"},
+};
+
+struct RegionStoreRow {
+  const char *uuid;
+  RegionStoreRecord store;
+  RegionStoreCleanRecord clean;
+};
+
+struct RegionRow {
+  const char *uuid;
+  const char *regionUuid;
+  RegionRecord region;
+  char flags[80];  // holds all names
+  char numaAffinityMask[19];
+};
+
+struct ExtentRow {
+  const char *uuid;
+  int64_t extentID;
+  ExtentRecord extent;
+};
+
+struct RegionNumaRow {
+  const char *uuid;
+  const char *regionUuid;
+  RegionNumaRecord numa;
+};
+
+namespace region_store {
+using Row = RegionStoreRow;
+constinit ColumnDesc columns[] = {
+    {"uuid", "Volume UUID", 40, kS, kInTotal, PLAIN(uuid)},
+    {"alloc2MBlocks", "Allocated 2M Blocks", 10, kLu, kPlain, PLAIN(store.allocatedBlocks)},
+    {"resvd2MBlocks", "Reserved 2M Blocks", 10, kLu, kPlain, PLAIN(store.reservedBlocks)},
+    {"avail2MBlocks", "Available Reservable 2M Blocks", 10, kLu, kInTotal, PLAIN(store.availableBlocks)},
+    {"totalRegions", "Total regions in the region store", 10, kLu, kInTotal, PLAIN(store.totalRegions)},
+    {"freeRegions", "Free regions in the region store", 10, kLu, kInTotal, PLAIN(store.freeRegions)},
+    {"total2MBlocks", "Total 2M Blocks", 10, kLu, kInTotal, PLAIN(store.totalBlocks)},
+    {"isClean", "Is region store clean ?", 4, kC, kInTotal, YES_NO(clean.isClean)},
+};
+}  // namespace region_store
+
+namespace regions {
+using Row = RegionRow;
+constinit ColumnDesc columns[] = {
+    {"uuid", "Volume UUID", 40, kS, kInTotal, PLAIN(uuid)},
+    {"regionUuid", "Region UUID", 40, kS, kInTotal, PLAIN(regionUuid)},
+    {"size", "Region memory size", 14, kLu, kInTotal, BYTES(region.size)},
+    {"reserved2MBlks", "Reserved 2M blocks", 10, kLu, kInTotal, PLAIN(region.reservedBlocks)},
+    {"flags", "Flags", 40, kS, kInTotal, PLAIN(flags)},
+    {"numOpened", "Open count", 10, kLu, kInTotal, PLAIN(region.openCount)},
+    {"allocated2MBlks", "Allocated 2m blocks", 10, kLu, kInTotal, PLAIN(region.allocatedBlocks)},
+    {"managementTag", "Management Tag", 10, kLd, kInTotal, PLAIN(region.managementTag)},
+    {"numaAffinityMask", "NUMA affinity mask", 20, kS, kInTotal, PLAIN(numaAffinityMask)},
+};
+}  // namespace regions
+
+namespace extents {
+using Row = ExtentRow;
+constinit ColumnDesc columns[] = {
+    {"uuid", "Volume UUID", 40, kS, kInTotal, PLAIN(uuid)},
+    {"extentID", "Extent Number", 10, kLu, kInTotal, PLAIN(extentID)},
+    {"numaNode", "NUMA Node of this extent", 10, kLu, kInTotal, PLAIN(extent.numaNode)},
+    {"startBlk", "Starting blocknum of extent", 10, kLu, kInTotal, PLAIN(extent.startBlock)},
+    {"endBlk", "Ending blocknum of extent", 10, kLu, kInTotal, PLAIN(extent.endBlock)},
+    {"startMPN", "Starting MPN of extent", 10, kLu, kInTotal, PLAIN(extent.startMPN)},
+    {"endMPN", "Ending MPN of extent", 10, kLu, kInTotal, PLAIN(extent.endMPN)},
+};
+}  // namespace extents
+
+namespace region_numa {
+using Row = RegionNumaRow;
+constinit ColumnDesc columns[] = {
+    {"uuid", "Volume UUID", 40, kS, kInTotal, PLAIN(uuid)},
+    {"regionUuid", "Region UUID", 40, kS, kInTotal, PLAIN(regionUuid)},
+    {"numaNode", "NUMA node", 10, kD, kInTotal, PLAIN(numa.numaNode)},
+    {"num2MAllocated", "Number of 2M blocks allocated", 10, kLu, kInTotal, PLAIN(numa.allocatedBlocks)},
+};
+}  // namespace region_numa
+
+// Says which operation of a step failed, or which inner step.
+HVC_ReturnStatus Checked(const char *step, const char *operation, HVC_ReturnStatus status) {
+  if (status != HVC_OK) Warning("%s: %s failure\n", step, operation);
+  return status;
+}
+
+// Makes the arguments of the step of that name: texts.
+HVC_ReturnStatus MakeTexts(const char *step, std::initializer_list<const char *> texts, uint32_t capacity,
+                           ParamList &arguments) {
+  arguments = MakeArguments(capacity);
+  HVC_ReturnStatus status = Checked(step, "NODAL_ParamListCreate", arguments != nullptr ? HVC_OK : HVC_FAILURE);
+  for (const char *text : texts) {
+    if (status != HVC_OK) return status;
+    status = Checked(step, "NODAL_ParamListAddString", NODAL_ParamListAddString(arguments.get(), text));
+  }
+  return status;
+}
+
+// The same with a number behind the texts.
+HVC_ReturnStatus MakeTextsAndNumber(const char *step, std::initializer_list<const char *> texts, int32_t number,
+                                    ParamList &arguments) {
+  const HVC_ReturnStatus status = MakeTexts(step, texts, static_cast<uint32_t>(texts.size()) + 1, arguments);
+  if (status != HVC_OK) return status;
+  return Checked(step, "NODAL_ParamListAddInt", NODAL_ParamListAddInt(arguments.get(), number));
+}
+
+// Lists the instances below some texts. That there is no list is not reported: there may be no such memory.
+HVC_ReturnStatus ListBelow(const char *step, uint32_t node, std::initializer_list<const char *> texts,
+                           ParamList &instances) {
+  ParamList arguments;
+  const HVC_ReturnStatus status = MakeTexts(step, texts, static_cast<uint32_t>(texts.size()), arguments);
+  return status == HVC_OK ? ListInstances(node, arguments.get(), instances) : status;
+}
+
+// The text at a place of a list, and an empty one where it cannot be had: what lies below it is then not found.
+const char *TextOrEmpty(const NODAL_ParamList *list, uint32_t index) {
+  const char *text = "";
+  return NODAL_ParamListGetString(list, index, &text) == HVC_OK ? text : "";
+}
+
+// A report of this family on its way.
+class PMemReport {
+ public:
+  PMemReport(ColumnTable columns, const HostRun &run) : columns_(columns), run_(run) {}
+
+  template <typename Row>
+  void PrintRow(const Row &row) const {
+    PrintFigures(columns_, run_.options.csv, false, &row, run_.unit);
+  }
+
+ private:
+  ColumnTable columns_;
+  const HostRun &run_;
+};
+
+// The volumes, one after another, up to the first that fails.
+template <typename Visit>
+HVC_ReturnStatus ForEachVolume(Visit visit) {
+  ParamList volumes;
+  HVC_ReturnStatus status = ListInstances(NODAL_NODE_memory_pmem_volumes, nullptr, volumes);
+  if (status != HVC_OK) return status;
+  for (uint32_t i = 0; i < NODAL_ParamListUsedCount(volumes.get()) && status == HVC_OK; ++i)
+    status = visit(volumes.get(), i);
+  return status;
+}
+
+// That the volume's record can be read is all that is asked of it.
+HVC_ReturnStatus PMemGetVolumeInfo(const char *volume) {
+  ParamList arguments;
+  const HVC_ReturnStatus status = MakeTexts("PMemGetVolumeInfo", {volume}, 1, arguments);
+  PMemVolumeRecord record = {};
+  return status == HVC_OK ? ReadRecord(NODAL_NODE_memory_pmem_volumes_info, arguments.get(), record) : status;
+}
+
+HVC_ReturnStatus PMemGetRegionStoreInfo(RegionStoreRow &row) {
+  constexpr char kStep[] = "PMemGetRegionStoreInfo";
+  ParamList arguments;
+  HVC_ReturnStatus status = MakeTexts(kStep, {row.uuid}, 1, arguments);
+  if (status != HVC_OK) return status;
+  status = Checked(kStep, "NODAL_Get",
+                   ReadRecord(NODAL_NODE_memory_pmem_volumes_regionStore_info, arguments.get(), row.store));
+  if (status != HVC_OK) return status;
+  return ReadRecord(NODAL_NODE_memory_pmem_volumes_regionStore_isClean, arguments.get(), row.clean);
+}
+
+HVC_ReturnStatus PMemRegionStoreReport(const PMemReport &report) {
+  constexpr char kStep[] = "PMemRegionStoreReport";
+  return ForEachVolume([&](const NODAL_ParamList *volumes, uint32_t i) {
+    RegionStoreRow row = {};
+    HVC_ReturnStatus status = NODAL_ParamListGetString(volumes, i, &row.uuid);
+    if (status != HVC_OK) {
+      Warning("%s: NODAL_ParamListGetString Failure\n", kStep);  // the one with a capital
+      return status;
+    }
+    status = Checked(kStep, "PMemGetVolumeInfo", PMemGetVolumeInfo(row.uuid));
+    if (status == HVC_OK) status = Checked(kStep, "PMemGetRegionStoreInfo", PMemGetRegionStoreInfo(row));
+    if (status == HVC_OK) report.PrintRow(row);
+    return status;
+  });
+}
+
+HVC_ReturnStatus GetRegionsInfo(RegionRow &row) {
+  constexpr char kStep[] = "GetRegionsInfo";
+  ParamList arguments;
+  const HVC_ReturnStatus status = MakeTexts(kStep, {row.uuid, row.regionUuid}, 2, arguments);
+  if (status != HVC_OK) return status;
+  return Checked(kStep, "NODAL_Get",
+                 ReadRecord(NODAL_NODE_memory_pmem_volumes_regionStore_regions_info, arguments.get(), row.region));
+}
+
+void FillTexts(RegionRow &row) {
+  std::string_view(FlagsDescribe(row.region.flags, PMemRegionFlagNames).Text()).copy(row.flags, sizeof row.flags - 1);
+  std::snprintf(row.numaAffinityMask, sizeof row.numaAffinityMask, "0x%lx", row.region.numaAffinityMask);
+}
+
+HVC_ReturnStatus PMemRegionsReport(const PMemReport &report) {
+  constexpr char kStep[] = "PMemRegionsReport";
+  return ForEachVolume([&](const NODAL_ParamList *volumes, uint32_t i) {
+    const char *uuid = nullptr;
+    HVC_ReturnStatus status = Checked(kStep, "NODAL_ParamListGetString", NODAL_ParamListGetString(volumes, i, &uuid));
+    ParamList regions;
+    if (status == HVC_OK) {
+      status = ListBelow(kStep, NODAL_NODE_memory_pmem_volumes_regionStore_regions, {uuid}, regions);
+    }
+    if (status != HVC_OK) return status;
+    for (uint32_t k = 0; k < NODAL_ParamListUsedCount(regions.get()) && status == HVC_OK; ++k) {
+      RegionRow row = {};
+      row.uuid = uuid;
+      status = Checked(kStep, "NODAL_ParamListGetString", NODAL_ParamListGetString(regions.get(), k, &row.regionUuid));
+      if (status == HVC_OK) status = Checked(kStep, "GetRegionsInfo", GetRegionsInfo(row));
+      if (status != HVC_OK) return status;
+      FillTexts(row);
+      report.PrintRow(row);
+    }
+    return status;
+  });
+}
+
+HVC_ReturnStatus GetExtentsInfo(int32_t extent, ExtentRow &row) {
+  constexpr char kStep[] = "GetExtentsInfo";
+  ParamList arguments;
+  const HVC_ReturnStatus status = MakeTextsAndNumber(kStep, {row.uuid}, extent, arguments);
+  if (status != HVC_OK) return status;
+  return Checked(kStep, "NODAL_Get", ReadRecord(NODAL_NODE_memory_pmem_volumes_extents, arguments.get(), row.extent));
+}
+
+HVC_ReturnStatus PMemExtentsReport(const PMemReport &report) {
+  constexpr char kStep[] = "PMemExtentsReport";
+  return ForEachVolume([&](const NODAL_ParamList *volumes, uint32_t i) {
+    ExtentRow row = {};
+    row.uuid = TextOrEmpty(volumes, i);
+    ParamList extents;
+    HVC_ReturnStatus status = ListBelow(kStep, NODAL_NODE_memory_pmem_volumes_extents, {row.uuid}, extents);
+    if (status != HVC_OK) return status;
+    for (uint32_t k = 0; k < NODAL_ParamListUsedCount(extents.get()); ++k) {
+      int32_t extent = 0;
+      status = Checked(kStep, "NODAL_ParamListGetInt32", NODAL_ParamListGetInt32(extents.get(), k, &extent));
+      if (status == HVC_OK) status = Checked(kStep, "GetExtentsInfo", GetExtentsInfo(extent, row));
+      if (status != HVC_OK) return status;
+      row.extentID = extent;
+      report.PrintRow(row);
+    }
+    return status;
+  });
+}
+
+HVC_ReturnStatus GetRegionsNumaInfo(int32_t node, RegionNumaRow &row) {
+  constexpr char kStep[] = "GetRegionsNumaInfo";
+  ParamList arguments;
+  const HVC_ReturnStatus status = MakeTextsAndNumber(kStep, {row.uuid, row.regionUuid}, node, arguments);
+  if (status != HVC_OK) return status;
+  return Checked(
+      kStep, "NODAL_Get",
+      ReadRecord(NODAL_NODE_memory_pmem_volumes_regionStore_regions_numaAllocInfo, arguments.get(), row.numa));
+}
+
+// This walk's name has two spellings in its messages: the second one from the nodes on.
+constexpr char kNumaListStep[] = "PMemRegionNumaReport";
+constexpr char kNumaNodeStep[] = "PMemRegionsNumaReport";
+
+HVC_ReturnStatus PrintNodes(const PMemReport &report, RegionNumaRow &row) {
+  ParamList nodes;
+  HVC_ReturnStatus status = ListBelow(kNumaListStep, NODAL_NODE_memory_pmem_volumes_regionStore_regions_numaAllocInfo,
+                                      {row.uuid, row.regionUuid}, nodes);
+  if (status != HVC_OK) return status;
+  for (uint32_t i = 0; i < NODAL_ParamListUsedCount(nodes.get()); ++i) {
+    int32_t node = 0;
+    status = Checked(kNumaNodeStep, "NODAL_ParamListGetInt32", NODAL_ParamListGetInt32(nodes.get(), i, &node));
+    if (status == HVC_OK) status = Checked(kNumaNodeStep, "GetRegionsNumaInfo", GetRegionsNumaInfo(node, row));
+    if (status != HVC_OK) return status;
+    report.PrintRow(row);
+  }
+  return HVC_OK;
+}
+
+HVC_ReturnStatus PMemRegionNumaReport(const PMemReport &report) {
+  return ForEachVolume([&](const NODAL_ParamList *volumes, uint32_t i) {
+    RegionNumaRow row = {};
+    row.uuid = TextOrEmpty(volumes, i);
+    ParamList regions;
+    HVC_ReturnStatus status =
+        ListBelow(kNumaListStep, NODAL_NODE_memory_pmem_volumes_regionStore_regions, {row.uuid}, regions);
+    if (status != HVC_OK) return status;
+    for (uint32_t k = 0; k < NODAL_ParamListUsedCount(regions.get()) && status == HVC_OK; ++k) {
+      row.regionUuid = TextOrEmpty(regions.get(), k);
+      status = PrintNodes(report, row);
+    }
+    return status;
+  });
+}
+
+struct Report {
+  const char *title;
+  ColumnTable columns;
+  HVC_ReturnStatus (*print)(const PMemReport &report);
+};
+
+// In the order of PMemKind.
+constexpr Report kReports[] = {
+    {"PERSISTENT MEMORY REGIONSTORE STATS", region_store::columns, PMemRegionStoreReport},
+    {"PERSISTENT MEMORY REGION STATS", regions::columns, PMemRegionsReport},
+    {"PERSISTENT MEMORY EXTENT STATS", extents::columns, PMemExtentsReport},
+    {"PERSISTENT MEMORY REGION NUMA STATS", region_numa::columns, PMemRegionNumaReport},
+};
+
+HVC_ReturnStatus Run(const Report &report, int argc, char **argv) {
+  HostRun run;
+  const HVC_ReturnStatus status = StartHostReport(argc, argv, "s:u:vq", report.columns, run);
+  if (status != HVC_OK) return status;
+
+  const ReportOptions &options = run.options;
+  if (!options.csv) {
+    const Banner banner(report.title, 49);
+    banner.Setting("Unit", UnitName(run.unit));
+    banner.SelectedColumns(report.columns);
+  }
+  TablePrintHead(report.columns, options.csv);
+  TablePrintSeparator(report.columns, options.csv);  // these reports have two lines above their first row
+  // A walk that stops has said why, and the rows that it printed stand: the report itself has not failed.
+  static_cast<void>(report.print({report.columns, run}));
+  EndHostReport(report.columns, options);
+  return HVC_OK;
+}
+
+}  // namespace
+
+HVC_ReturnStatus KestrelPMemReport(int argc, char **argv, int kind) {
+  if (kind < 0 || kind >= static_cast<int>(std::size(kReports))) return HVC_BAD_PARAM;
+  return Run(kReports[kind], argc, argv);
+}
+
+}  // namespace kestrel
