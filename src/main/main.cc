@@ -12,6 +12,7 @@
 #include "platkit/export.h"
 #include "platkit/nodal.h"
 #include "platkit/warning.h"
+#include "src/dcpmm/dcpmm_stats.h"
 #include "src/main/usage.h"
 #include "src/reports/reports.h"
 #include "src/table/output.h"
@@ -26,7 +27,7 @@ HVC_ReturnStatus PMemEntry(int argc, char **argv) {
 
 struct Report {
   const char *name;
-  HVC_ReturnStatus (*entry)(int argc, char **argv);  // null: not part of this version
+  HVC_ReturnStatus (*entry)(int argc, char **argv);
   bool readsSavedHosts = true;
 };
 
@@ -50,7 +51,7 @@ constexpr Report kReports[] = {
     {"pmem-extent-stats", PMemEntry<kPMemExtent>},
     {"pmem-region-numa-stats", PMemEntry<kPMemRegionNuma>},
     // The counters that it reads are in the machine, not in a cache file.
-    {"dcpmm-stats", nullptr, false},
+    {"dcpmm-stats", KestrelDCPMMStats, false},
 };
 
 struct GlobalOptions {
@@ -137,10 +138,6 @@ int Run(int argc, char **argv) {
   if (options.report == nullptr) {
     PrintUsage(argv[0]);
     return EXIT_SUCCESS;
-  }
-  if (options.report->entry == nullptr) {
-    PrintUsage(argv[0]);
-    return EXIT_FAILURE;
   }
   return options.report->entry(argc, argv) == HVC_OK ? EXIT_SUCCESS : EXIT_FAILURE;
 }

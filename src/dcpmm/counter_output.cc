@@ -1,0 +1,105 @@
+#include "src/dcpmm/counter_output.h"
+
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+
+#include "src/table/column_table.h"
+
+namespace kestrel {
+namespace {
+
+using enum Conversion;
+
+constinit ColumnDesc columns[] = {
+    {"Socket", "Socket Number", 5, kD, kPlain},      {"IMC", "IMC/M2M", 20, kS, kPlain},
+    {"Channel", "Channel Number", 20, kS, kPlain},   {"Event", "Name of the Hardware Event", 40, kS, kPlain},
+    {"Counts", "Number of Counts", 40, kLu, kPlain},
+};
+
+// 79 characters between two line ends.
+constexpr char kRule[] =
+    "\n"
+    "===============================================================================\n";
+static_assert(sizeof kRule == 81 + 1);
+
+constexpr char kHeadings[] = "\nSOCKET \t IMC \t CHANNEL \t \t EVENT \t \t \t\tCOUNTS \t";
+
+HVC_ReturnStatus CannotCreate() {
+  std::puts("\n Cannot Create report output file");
+  return HVC_FAILURE;
+}
+
+// Hours, minutes and seconds are each one more than the clock shows. Scripts that pick up these files count on it.
+void FormatName(const std::tm &now, char *name, size_t size) {
+  std::snprintf(name, size, "dcpmm-stats-%04d%02d%02d%02d%02d%02d", now.tm_year + 1900, now.tm_mon + 1, now.tm_mday,
+                now.tm_hour + 1, now.tm_min + 1, now.tm_sec + 1);
+}
+
+}  // namespace
+
+HVC_ReturnStatus CounterOutput::CreateFile(int interval) {
+  const std::time_t now = std::time(nullptr);
+  if (now == -1) {
+    std::printf("time() failed: %s\n", std::strerror(errno));
+    return CannotCreate();
+  }
+  const std::tm *local = std::localtime(&now);
+  if (local == nullptr) {
+    std::printf("localtime() failed: %s\n", std::strerror(errno));
+    return CannotCreate();
+  }
+  FormatName(*local, fileName_, sizeof fileName_);
+  std::printf("Data output is being written to: %s\n", fileName_);
+  file_ = std::fopen(fileName_, "w");
+  if (file_ == nullptr) {
+    std::printf("Cannot create output file %s: %s\n", fileName_, std::strerror(errno));
+    return HVC_FAILURE;
+  }
+  std::fprintf(file_, "\nTime Interval: %d\n%s%s%s", interval, kRule, kHeadings, kRule);
+  return Written(std::fflush(file_) == 0);
+}
+
+void CounterOutput::PrintHeader() const {
+  if (csv_) TablePrintHeader(columns, true);
+}
+
+void CounterOutput::Put(const CounterPlace &place, const char *counter, uint64_t count) const {
+  if (csv_) {
+    const Value values[] = {place.socket, std::string_view(place.unit),
+                            std::string_view(place.channel == nullptr ? "N/A" : place.channel),
+                            std::string_view(counter), count};
+    TablePrintRow(columns, true, false, values);
+  } else if (place.channel != nullptr) {
+    std::fprintf(file_, "\n  %zu \t %s \t %s \t %s \t \t \t %lu", place.socket, place.unit, place.channel, counter,
+                 count);
+  } else {
+    std::fprintf(file_, "\n  %zu \t %s \t\t %s \t %lu", place.socket, place.unit, counter, count);
+  }
+}
+
+HVC_ReturnStatus CounterOutput::EndIteration(int number) {
+  if (csv_) {
+    std::fflush(stdout);  // whoever reads along sees each iteration as it ends
+    return HVC_OK;
+  }
+  std::fprintf(file_, "%s\nITERATION %d COMPLETED\n%s", kRule, number, kRule);
+  return Written(std::fflush(file_) == 0 && std::ferror(file_) == 0);
+}
+
+HVC_ReturnStatus CounterOutput::Close() {
+  if (file_ == nullptr) return HVC_OK;
+  std::FILE *file = file_;
+  file_ = nullptr;
+  return Written(std::fclose(file) == 0);
+}
+
+void CounterOutput::PrintDescriptions() { TablePrintDescriptions(columns); }
+
+HVC_ReturnStatus CounterOutput::Written(bool ok) {
+  if (ok) return HVC_OK;
+  std::printf("Cannot write output file %s: %s\n", fileName_, std::strerror(errno));
+  return HVC_FAILURE;
+}
+
+}  // namespace kestrel

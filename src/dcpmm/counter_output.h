@@ -1,0 +1,47 @@
+// Where the profiler's counts go: into a file of their own, or as CSV to standard output.
+#ifndef KESTREL_DCPMM_COUNTER_OUTPUT_H
+#define KESTREL_DCPMM_COUNTER_OUTPUT_H
+
+#include <cstdint>
+#include <cstdio>
+
+#include "platkit/status.h"
+
+namespace kestrel {
+
+// What a count is of.
+struct CounterPlace {
+  size_t socket;
+  const char *unit;     // "IMC-0"
+  const char *channel;  // "Channel-0"; null for a unit without channels
+};
+
+class CounterOutput {
+ public:
+  explicit CounterOutput(bool csv) : csv_(csv) {}
+
+  // Creates the file, named by the local time, in the current directory, or prints the CSV header. A file that cannot
+  // be had is reported on standard output: HVC_FAILURE.
+  [[nodiscard]] HVC_ReturnStatus CreateFile(int interval);
+  void PrintHeader() const;
+
+  void Put(const CounterPlace &place, const char *counter, uint64_t count) const;
+
+  // What was put is now where it belongs, whatever becomes of the run. HVC_FAILURE, reported, if it could not be
+  // written.
+  [[nodiscard]] HVC_ReturnStatus EndIteration(int number);
+  [[nodiscard]] HVC_ReturnStatus Close();
+
+  static void PrintDescriptions();
+
+ private:
+  HVC_ReturnStatus Written(bool ok);
+
+  bool csv_;
+  std::FILE *file_ = nullptr;
+  char fileName_[1024] = "";
+};
+
+}  // namespace kestrel
+
+#endif  // KESTREL_DCPMM_COUNTER_OUTPUT_H

@@ -1,0 +1,161 @@
+// dcpmm-stats: a profile of the traffic to persistent-memory modules, taken from the processors' hardware counters over
+// a number of intervals.
+#include "src/dcpmm/dcpmm_stats.h"
+
+#include <getopt.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "platkit/nodes.h"
+#include "platkit/records.h"
+#include "platkit/warning.h"
+#include "src/dcpmm/counter_output.h"
+#include "src/dcpmm/sockets.h"
+#include "src/dcpmm/uncore.h"
+#include "src/nodal/param_list.h"
+#include "src/status/status.h"
+
+namespace kestrel {
+namespace {
+
+// The one model whose counters are known here.
+constexpr uint8_t kModel = 85;
+
+struct Options {
+  int interval = 1;  // seconds
+  int iterations = 1;
+  bool verbose = false;
+  bool csv = false;
+};
+
+HVC_ReturnStatus ReadCpu(CpuRecord &cpu) {
+  const ParamList arguments = MakeArguments(1);
+  if (arguments == nullptr) {
+    // There is no status to tell of.
+    std::printf("ERROR: could not create cpuListInputParam: %s\n", HVC_ReturnStatusToString(HVC_OK));
+    return HVC_FAILURE;
+  }
+  HVC_ReturnStatus status = NODAL_ParamListAddInt(arguments.get(), 0);
+  if (status != HVC_OK) {
+    std::printf("NODAL_ParamListAddInt cpuListInputParam Failure %s\n", HVC_ReturnStatusToString(status));
+    return HVC_FAILURE;
+  }
+  status = ReadRecord(NODAL_NODE_hardware_cpu_cpuList, arguments.get(), cpu);
+  if (status != HVC_OK) {
+    std::printf("ERROR: could not get cpuInfo: %s\n", HVC_ReturnStatusToString(status));
+    return HVC_FAILURE;
+  }
+  return HVC_OK;
+}
+
+HVC_ReturnStatus CheckCpu() {
+  CpuRecord cpu = {};
+  const HVC_ReturnStatus status = ReadCpu(cpu);
+  if (status != HVC_OK || cpu.model == kModel) return status;
+  std::printf("\nProfiling not supported for this CPU Model: %u\n", cpu.model);
+  return HVC_FAILURE;
+}
+
+// A count of at least 1.
+HVC_ReturnStatus ParseCount(const char *text, const char *what, int &count) {
+  count = static_cast<int>(std::strtol(text, nullptr, 10));
+  if (count >= 1) return HVC_OK;
+  Warning("\nInvalid %s %s, must be > 0\n", what, text);
+  return HVC_BAD_PARAM;
+}
+
+// Unlike the other reports, this one takes no option that it does not know.
+HVC_ReturnStatus ParseOptions(int argc, char **argv, Options &options) {
+  static constexpr option kLongOptions[] = {
+      {"time", required_argument, nullptr, 't'},
+      {"iterations", required_argument, nullptr, 'i'},
+      {"verbose", no_argument, nullptr, 'v'},
+      {"csvMode", no_argument, nullptr, 'q'},
+      {nullptr, 0, nullptr, 0},
+  };
+  for (;;) {
+    HVC_ReturnStatus status = HVC_OK;
+    switch (getopt_long(argc, argv, "t:i:vq", kLongOptions, nullptr)) {
+      case -1: return HVC_OK;
+      case 't': status = ParseCount(optarg, "Time interval", options.interval); break;
+      case 'i': status = ParseCount(optarg, "Iterations", options.iterations); break;
+      case 'v': options.verbose = true; break;
+      case 'q': options.csv = true; break;
+      default: std::puts("\n Invalid option"); return HVC_FAILURE;
+    }
+    if (status != HVC_OK) return status;
+  }
+}
+
+HVC_ReturnStatus KestrelDCPMMCheckNVM() {
+  ParamList modules;
+  if (ListInstances(NODAL_NODE_hardware_nvd_dimm, nullptr, modules) != HVC_OK) {
+    std::puts("KestrelDCPMMCheckNVM: NODAL_GetInstanceListAlloc failure");
+    return HVC_FAILURE;
+  }
+  if (NODAL_ParamListUsedCount(modules.get()) > 0) return HVC_OK;
+  std::puts("\nNO AEP DIMMS IN THE PLATFORM.");
+  std::puts("\nProfiling is not supported in NON-AEP platforms... Exiting");
+  return HVC_FAILURE;
+}
+
+// A search that fails half-way leaves the sockets that it found, which are profiled. One that ends well without finding
+// any is followed by an empty profile.
+HVC_ReturnStatus FindSockets() {
+  if (KestrelDCPMMFindBuses() == HVC_OK || isBusListEmpty == 0) return HVC_OK;
+  std::puts("\n No Valid PCI BUS found.");
+  return HVC_FAILURE;
+}
+
+template <typename Visit>
+void ForEachUnit(const Socket &socket, Visit visit) {
+  for (const UnitPlace &place : kUnitPlaces)
+    visit(UncoreUnit{socket.segment, socket.bus, place.slot, place.function});
+}
+
+void ProgramCounters() {
+  for (const Socket &socket : Sockets()) {
+    ForEachUnit(socket, kestrelDCPMMFreezeUnit);
+    ForEachUnit(socket, kestrelDCPMMProgramAllUnits);
+  }
+}
+
+HVC_ReturnStatus Sample(int number, int interval, CounterOutput &output) {
+  for (const Socket &socket : Sockets())
+    ForEachUnit(socket, kestrelDCPMMResetUnit);
+  sleep(static_cast<unsigned>(interval));
+  for (const Socket &socket : Sockets())
+    ForEachUnit(socket, [&](const UncoreUnit &unit) { kestrelDCPMMReadAllCounters(unit, output); });
+  return output.EndIteration(number);
+}
+
+HVC_ReturnStatus Profile(const Options &options) {
+  CounterOutput output(options.csv);
+  HVC_ReturnStatus status = options.csv ? HVC_OK : output.CreateFile(options.interval);
+  if (status != HVC_OK) return status;
+  ProgramCounters();
+  output.PrintHeader();
+  for (int number = 1; number <= options.iterations && status == HVC_OK; ++number)
+    status = Sample(number, options.interval, output);
+  const HVC_ReturnStatus closed = output.Close();
+  return status != HVC_OK ? status : closed;
+}
+
+}  // namespace
+
+HVC_ReturnStatus KestrelDCPMMStats(int argc, char **argv) {
+  // The processor comes before the options: on any other, nothing else matters.
+  HVC_ReturnStatus status = CheckCpu();
+  if (status != HVC_OK) return status;
+  Options options;
+  status = ParseOptions(argc, argv, options);
+  if (status == HVC_OK) status = KestrelDCPMMCheckNVM();
+  if (status == HVC_OK) status = FindSockets();
+  if (status == HVC_OK) status = Profile(options);
+  if (status == HVC_OK && options.verbose) CounterOutput::PrintDescriptions();
+  return status;
+}
+
+}  // namespace kestrel

@@ -1,0 +1,122 @@
+#include "src/dcpmm/sockets.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <iterator>
+#include <vector>
+
+#include "platkit/nodes.h"
+#include "platkit/records.h"
+#include "src/nodal/param_list.h"
+
+constinit uint8_t isBusListEmpty = 1;
+
+namespace kestrel {
+namespace {
+
+constinit std::vector<Socket> sockets;
+
+// The function by which a socket's memory controllers are recognised.
+constexpr int64_t kControllerSlot = 10;
+constexpr int64_t kControllerFunction = 2;
+constexpr uint16_t kControllerVendor = 0x8086;
+constexpr uint16_t kControllerDevice = 0x2042;
+
+// The levels of the PCI tree, each a list below an instance of the one before, and their names in messages.
+struct Level {
+  const uint16_t &node;
+  const char *nodeName;
+  const char *instance;
+  const char *list;
+};
+
+constexpr Level kLevels[] = {
+    {NODAL_NODE_hardware_pci_seg, "NODAL_NODE_hardware_pci_seg", "segment", "segList"},
+    {NODAL_NODE_hardware_pci_seg_bus, "NODAL_NODE_hardware_pci_seg_bus", "bus", "busList"},
+    {NODAL_NODE_hardware_pci_seg_bus_slot, "NODAL_NODE_hardware_pci_seg_bus_slot", "slot", "slotList"},
+    {NODAL_NODE_hardware_pci_seg_bus_slot_func, "NODAL_NODE_hardware_pci_seg_bus_slot_func", "func", "funcList"},
+};
+
+// Goes through the tree in the order of its lists. One list of arguments grows and shrinks on the way.
+class Search {
+ public:
+  explicit Search(NODAL_ParamList *arguments) : arguments_(arguments) {}
+
+  HVC_ReturnStatus Below(size_t depth) {
+    if (depth == std::size(kLevels)) return LookAtFunction();
+    const Level &level = kLevels[depth];
+    ParamList instances;
+    HVC_ReturnStatus status = ListInstances(level.node, arguments_, instances);
+    if (status != HVC_OK) {
+      std::printf("DCPMM Profiler Info: %s Failure\n", level.nodeName);
+      return status;
+    }
+    for (uint32_t i = 0; i < NODAL_ParamListUsedCount(instances.get()) && status == HVC_OK; ++i)
+      status = Into(depth, instances.get(), i);
+    return status;
+  }
+
+ private:
+  HVC_ReturnStatus Into(size_t depth, const NODAL_ParamList *instances, uint32_t index) {
+    const Level &level = kLevels[depth];
+    const NODAL_Param *instance = NODAL_ParamListGetParam(instances, index);
+    if (instance == nullptr) {
+      std::printf("DCPMM Profiler Info: %s, Unable to get %s param from %s\n", level.nodeName, level.instance,
+                  level.list);
+      return HVC_FAILURE;
+    }
+    place_[depth] = NODAL_ParamGetInt(instance);
+    HVC_ReturnStatus status = NODAL_ParamListAddInt(arguments_, place_[depth]);
+    if (status != HVC_OK) {
+      std::printf("DCPMM Profiler Info: %s, Unable to add %s to paramList\n", level.nodeName, level.instance);
+      return status;
+    }
+    status = Below(depth + 1);
+    NODAL_ParamListRemoveLastParam(arguments_);
+    return status;
+  }
+
+  HVC_ReturnStatus LookAtFunction() {
+    const auto [segment, bus, slot, function] = place_;
+    PciConfigHeaderRecord header = {};
+    const HVC_ReturnStatus status =
+        ReadRecord(NODAL_NODE_hardware_pci_seg_bus_slot_func_pciConfigHeader, arguments_, header);
+    if (status != HVC_OK) {
+      std::puts(
+          "DCPMM Profiler Info: NODAL_NODE_hardware_pci_seg_bus_slot_func_pciConfigHeader, "
+          "Unable to get pciConfiHeader");
+      return status;
+    }
+    if (slot == kControllerSlot && function == kControllerFunction && header.deviceID == kControllerDevice &&
+        header.vendorID == kControllerVendor) {
+      sockets.push_back({static_cast<uint32_t>(segment), static_cast<uint32_t>(bus)});
+      isBusListEmpty = 0;
+    }
+    return HVC_OK;
+  }
+
+  NODAL_ParamList *arguments_;
+  std::array<int64_t, std::size(kLevels)> place_ = {};  // segment, bus, slot, function
+};
+
+}  // namespace
+
+HVC_ReturnStatus KestrelDCPMMFindBuses() {
+  const ParamList arguments = MakeArguments(std::size(kLevels));
+  if (arguments == nullptr) {
+    std::puts("DCPMM Profiler Info: NODAL_ParamListCreate Failure");
+    return HVC_FAILURE;
+  }
+  return Search(arguments.get()).Below(0);
+}
+
+std::span<const Socket> Sockets() { return sockets; }
+
+std::optional<size_t> SocketOfBus(uint32_t bus) {
+  const auto found = std::ranges::find(sockets, bus, &Socket::bus);
+  if (found == sockets.end()) return std::nullopt;
+  return static_cast<size_t>(found - sockets.begin());
+}
+
+}  // namespace kestrel
