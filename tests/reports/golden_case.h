@@ -8,8 +8,8 @@
 //   --- stderr
 //   ...
 //
-// The host is a file of hosts/, read from a snapshot. '...' keeps blanks in an argument together. Times in the output
-// are written as <time>.
+// The host is a file of hosts/ or of the samples, read from a snapshot. '...' keeps blanks in an argument together.
+// Times in the output are written as <time>.
 #ifndef TESTS_REPORTS_GOLDEN_CASE_H
 #define TESTS_REPORTS_GOLDEN_CASE_H
 

@@ -16,11 +16,18 @@ namespace reports {
 namespace {
 
 const std::filesystem::path kFolder = REPORTS_FOLDER;
+const std::filesystem::path kSamples = SAMPLES_FOLDER;
+
+// A host of hosts/, or else the sample of that name.
+std::filesystem::path HostFile(const std::string &name) {
+  const std::filesystem::path own = kFolder / "hosts" / (name + ".json");
+  return std::filesystem::exists(own) ? own : kSamples / (name + ".json");
+}
 
 // What kestrel does now where the case tells what it should.
 GoldenCase RunAnew(const GoldenCase &golden) {
   const testing_support::ScratchDirectory scratch;
-  testing_support::BuildSnapshot(kFolder / "hosts" / (golden.host + ".json"), scratch.File("snapshot"));
+  testing_support::BuildSnapshot(HostFile(golden.host), scratch.File("snapshot"));
   std::vector<std::string> arguments = {"-c", scratch.File("snapshot")};
   for (const std::string &word : testing_support::Words(golden.arguments))
     arguments.push_back(word);
