@@ -19,9 +19,9 @@
 //   cache <path>
 //   signature <status> "<kernel's build text>" "<own build text>"
 //
-// with arguments written as in the log, and a text instance in quotes. A record or list given again takes the place of
-// the first. The node of a call on a list of instances is the one that the list was read from. Where a call answers
-// with a pointer, a failure is null.
+// with arguments written as in the log, and a text instance in quotes, or null for a text that is missing. A record or
+// list given again takes the place of the first. The node of a call on a list of instances is the one that the list was
+// read from. Where a call answers with a pointer, a failure is null.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -36,6 +36,7 @@
 #include <fstream>
 #include <iomanip>
 #include <map>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -48,9 +49,12 @@
 struct NODAL_Param {
   bool isText = false;
   int64_t integer = 0;
-  std::string text = {};
+  std::optional<std::string> text = {};  // none: a null pointer
 
-  std::string Written() const { return isText ? '"' + text + '"' : std::to_string(integer); }
+  std::string Written() const {
+    if (!isText) return std::to_string(integer);
+    return text ? '"' + *text + '"' : "null";
+  }
 };
 
 struct NODAL_ParamList {
@@ -100,6 +104,7 @@ std::string FromHex(const std::string &digits) {
 }
 
 NODAL_Param ToInstance(const std::string &word) {
+  if (word == "null") return {.isText = true};
   if (word.front() == '"') return {.isText = true, .text = word.substr(1, word.size() - 2)};
   return {.integer = std::stoll(word)};
 }
@@ -336,7 +341,9 @@ HVC_ReturnStatus NODAL_ParamListAddInt(NODAL_ParamList *list, int64_t value) {
 }
 
 HVC_ReturnStatus NODAL_ParamListAddString(NODAL_ParamList *list, const char *text) {
-  return Add("NODAL_ParamListAddString", list, {.isText = true, .text = text});
+  NODAL_Param param{.isText = true};
+  if (text != nullptr) param.text = text;
+  return Add("NODAL_ParamListAddString", list, param);
 }
 
 HVC_ReturnStatus NODAL_ParamListRemoveLastParam(NODAL_ParamList *list) {
@@ -371,7 +378,7 @@ HVC_ReturnStatus NODAL_ParamListGetUInt32(const NODAL_ParamList *list, uint32_t 
 HVC_ReturnStatus NODAL_ParamListGetString(const NODAL_ParamList *list, uint32_t index, const char **text) {
   const NODAL_Param *param = nullptr;
   const HVC_ReturnStatus status = Find("NODAL_ParamListGetString", list, index, true, param);
-  if (status == 0) *text = param->text.c_str();
+  if (status == 0) *text = param->text ? param->text->c_str() : nullptr;
   return status;
 }
 

@@ -2,6 +2,7 @@
 #ifndef TESTS_SUPPORT_STANDIN_HOST_H
 #define TESTS_SUPPORT_STANDIN_HOST_H
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -19,6 +20,7 @@ namespace testing_support {
 struct Instance {
   Instance(int64_t value) : written(std::to_string(value)) {}
   Instance(const char *text) : written('"' + std::string(text) + '"') {}
+  Instance(std::nullptr_t) : written("null") {}  // a text that is missing
 
   std::string written;
 };
