@@ -1,10 +1,12 @@
 #include "tests/faults/hosts.h"
 
 #include <cstdlib>
+#include <cstring>
 
 namespace faults {
 
 using testing_support::Group;
+using testing_support::Instance;
 using testing_support::StandinHost;
 
 namespace {
@@ -61,6 +63,231 @@ StandinHost SmallHost() {
   StandinHost host;
   for (const int64_t id : {0, 1, 4, 5, 7})
     host.Add(SmallGroup(id));
+  return host;
+}
+
+namespace {
+
+// A record with all its bytes set, for the fields to be set over them.
+template <typename Record>
+Record Unread() {
+  Record record;
+  std::memset(&record, 0xee, sizeof record);
+  return record;
+}
+
+// The figures of a client: its number and, behind it, that of the figure, so that each tells where it comes from.
+struct Figures {
+  uint64_t client;
+
+  uint64_t Wide(uint64_t figure) const { return client * 1000000000 + figure; }
+  uint32_t Narrow(uint32_t figure) const { return static_cast<uint32_t>(client) * 1000 + figure; }
+  int32_t Signed(uint32_t figure) const { return static_cast<int32_t>(Narrow(figure)); }
+};
+
+VmmMemoryStatsRecord VmmFigures(const Figures &figures, bool flag) {
+  auto record = Unread<VmmMemoryStatsRecord>();
+  record.memSizeLimit = figures.Wide(1);
+  record.memSize = figures.Wide(2);
+  record.touched = figures.Wide(3);
+  record.allocTgt = figures.Wide(4);
+  record.zero = figures.Wide(5);
+  record.zipped = figures.Wide(6);
+  record.llswapped = figures.Wide(7);
+  record.vpmemRO = figures.Wide(8);
+  record.vpmemRW = figures.Wide(9);
+  record.vpmemUC = figures.Wide(10);
+  record.llswapUsed = figures.Wide(11);
+  record.mapped = figures.Wide(1000 + figures.client);
+  record.shared = figures.Wide(13);
+  record.sharedSaved = figures.Wide(14);
+  record.zipSaved = figures.Wide(15);
+  record.swapTgt = figures.Wide(16);
+  record.swapScope = figures.Wide(17);
+  record.useReliableMem = flag ? 0 : 2;
+  record.balloonActive = flag ? 4 : 0;
+  record.ballooned = figures.Wide(18);
+  record.balloonTgt = figures.Wide(19);
+  return record;
+}
+
+VmSwapInfoRecord SwapFigures(const Figures &figures, bool flag) {
+  auto record = Unread<VmSwapInfoRecord>();
+  record.isSwapping = flag ? 0 : 2;
+  record.swapTgt = figures.Wide(21);
+  record.swapped = figures.Wide(22);
+  record.swapRead = figures.Wide(23);
+  record.swapIn = figures.Wide(24);
+  record.swapOut = figures.Wide(25);
+  record.gblSwapRead = figures.Wide(26);
+  record.gblSwapIn = figures.Wide(27);
+  record.gblSwapOut = figures.Wide(28);
+  record.cowSwapper = figures.Wide(29);
+  record.discarded = figures.Wide(30);
+  record.vmmSwapOn = figures.Narrow(31);
+  record.hvcSwapOn = figures.Narrow(32);
+  record.currentSwapper = flag ? 0x10000 : 0;
+  record.totalReg = figures.Wide(33);
+  record.freeReg = figures.Wide(34);
+  record.cptTgt = figures.Wide(35);
+  record.cptRead = figures.Wide(36);
+  record.cptWritten = figures.Wide(37);
+  record.totalMig = figures.Wide(38);
+  record.freeMig = figures.Wide(39);
+  record.cacheUsage = figures.Narrow(40);
+  record.swapoutReady = figures.Wide(41);
+  return record;
+}
+
+GuestStatsRecord GuestFigures(const Figures &figures) {
+  auto record = Unread<GuestStatsRecord>();
+  record.memTotal = figures.Wide(51);
+  record.lpageTotal = figures.Narrow(52);
+  record.memNeeded = figures.Wide(53);
+  return record;
+}
+
+ZipStatsRecord ZipFigures(const Figures &figures) {
+  auto record = Unread<ZipStatsRecord>();
+  record.totalCache = figures.Wide(61);
+  record.usedCache = figures.Wide(62);
+  record.maxCache = figures.Wide(63);
+  record.nrFreeHalf = figures.Narrow(64);
+  record.nrFreeQuarter = figures.Narrow(65);
+  record.zipped = figures.Wide(66);
+  record.unZipped = figures.Wide(67);
+  record.zipRejected = figures.Wide(68);
+  record.avgZipTime = figures.Wide(69);
+  record.avgUnzipTime = figures.Wide(70);
+  return record;
+}
+
+LPageStatsRecord LPageFigures(const Figures &figures) {
+  auto record = Unread<LPageStatsRecord>();
+  record.backings2M = figures.Narrow(71);
+  record.allocSuccess = figures.Wide(72);
+  record.failNoMem = figures.Wide(73);
+  record.failPinned = figures.Wide(74);
+  record.failSwapped = figures.Wide(75);
+  record.failPinnedLate = figures.Wide(76);
+  record.lockSuccess = figures.Narrow(77);
+  record.broken = figures.Wide(78);
+  record.maxSwapThreshold = figures.Narrow(79);
+  record.backings1G = figures.Narrow(80);
+  record.lockSuccess2 = figures.Narrow(81);
+  return record;
+}
+
+UwMemoryStatsRecord UwFigures(const Figures &figures, bool flag) {
+  auto record = Unread<UwMemoryStatsRecord>();
+  record.min = figures.Wide(101);
+  record.max = figures.Wide(102);
+  record.minLimit = figures.Wide(103);
+  record.shares = figures.Signed(104);
+  record.memSizeLimit = figures.Signed(105);
+  record.memSize = figures.Wide(106);
+  record.touched = figures.Wide(107);
+  record.allocTgt = figures.Wide(108);
+  record.zipped = figures.Wide(109);
+  record.mapped = figures.Wide(1000 + figures.client);
+  record.sharedSaved = figures.Wide(111);
+  record.zipSaved = figures.Wide(112);
+  record.swapTgt = figures.Wide(113);
+  record.swapScope = figures.Wide(114);
+  record.useReliableMem = flag ? 0x80 : 0;
+  record.totalResv = figures.Wide(115);
+  record.pinnedResv = figures.Wide(116);
+  record.memBStore = figures.Wide(117);
+  record.swapBStore = figures.Wide(118);
+  record.swappable = figures.Wide(119);
+  record.shm = figures.Wide(120);
+  record.cow = figures.Wide(121);
+  record.pageable = figures.Wide(122);
+  record.pageableUnacct = figures.Wide(123);
+  record.swapped = figures.Wide(124);
+  record.pinned = figures.Wide(125);
+  record.prealloced = figures.Wide(126);
+  return record;
+}
+
+RemapStatsRecord RemapFigures(uint64_t base) {
+  auto record = Unread<RemapStatsRecord>();
+  record.added = base + 1;
+  record.filtered = base + 2;
+  record.prepared = base + 3;
+  record.staged = base + 4;
+  record.canceled = base + 5;
+  record.remapped = base + 6;
+  record.cUnprepared = base + 7;
+  record.cPrepared = base + 8;
+  record.cStaged = base + 9;
+  return record;
+}
+
+// The leader of a group and all that can be asked about it, whether its reports should ask or not.
+void AddLeader(StandinHost &host, int64_t group, uint32_t leader, uint32_t vmmLeader) {
+  const Figures figures = {.client = static_cast<uint64_t>(group) + 100};
+  const Figures vmmFigures = {.client = static_cast<uint64_t>(group) + 101};
+  const bool isMail = group == 30;
+  host.AddRecord("sched_groups_groupLeaderID", {group}, GroupLeaderIDRecord{leader});
+  host.AddRecord("sched_memClients_kestrel_vmm", {leader}, VmmFigures(figures, isMail));
+  host.AddRecord("sched_memClients_kestrel_uw", {leader}, UwFigures(figures, isMail));
+  host.AddRecord("sched_memClients_kestrel_guest", {leader}, GuestFigures(figures));
+  host.AddRecord("sched_memClients_memzipInfo", {leader}, ZipFigures(figures));
+  host.AddRecord("worldGroups_vmmLeaderID", {leader}, VmmLeaderIDRecord{vmmLeader});
+  host.AddRecord("sched_memClients_swapInfo", {vmmLeader}, SwapFigures(vmmFigures, isMail));
+  host.AddRecord("memory_lpage_vmLPage", {vmmLeader}, LPageFigures(vmmFigures));
+}
+
+struct RemapClient {
+  int64_t id;
+  std::vector<const char *> types;
+};
+
+// The memory clients of a group; the figures of the n-th type of a client begin at n times 1000 times its ID.
+void AddRemapClients(StandinHost &host, int64_t group, const std::vector<RemapClient> &clients) {
+  std::vector<Instance> ids;
+  for (const RemapClient &client : clients) {
+    ids.emplace_back(client.id);
+    std::vector<Instance> types;
+    for (const char *type : client.types) {
+      types.emplace_back(type);
+      const auto base = static_cast<uint64_t>(client.id) * 1000 * types.size();
+      host.AddRecord("sched_memClients_remapTypes", {client.id, type}, RemapFigures(base));
+    }
+    host.AddList("sched_memClients_remapTypes", {client.id}, types);
+  }
+  host.AddList("sched_groups_members_memClients", {group}, ids);
+}
+
+}  // namespace
+
+StandinHost MachinesHost() {
+  StandinHost host;
+  host.Add(
+      WithFigures({.id = 0, .name = "host", .parent = -1, .flags = HVC_GROUP_PREDEFINED, .children = {10, 20, 30}}));
+  host.Add(WithFigures({.id = 10, .name = "web", .parent = 0, .flags = HVC_GROUP_VM, .children = {11}}));
+  host.Add(WithFigures({.id = 11, .name = "vmm.web", .parent = 10, .flags = HVC_GROUP_VMM_SUB_CONTAINER}));
+  host.Add(WithFigures({.id = 20, .name = "shell", .parent = 0, .flags = HVC_GROUP_USER_WORLD, .children = {21}}));
+  host.Add(WithFigures({.id = 21, .name = "usr.shell", .parent = 20, .flags = HVC_GROUP_UW_SUB_CONTAINER}));
+  host.Add(WithFigures({.id = 30,
+                        .name = "mail",
+                        .parent = 0,
+                        .flags = HVC_GROUP_VM | HVC_GROUP_USER_WORLD | HVC_GROUP_CONTAINER,
+                        .children = {31}}));
+  host.Add(WithFigures({.id = 31, .name = "vmm.mail", .parent = 30, .flags = HVC_GROUP_VMM_SUB_CONTAINER}));
+  AddLeader(host, 10, 110, 111);
+  AddLeader(host, 20, 120, 121);
+  AddLeader(host, 30, 130, 131);
+  AddRemapClients(host, 10, {{110, {"copy"}}});
+  AddRemapClients(host, 20, {{120, {"copy", "move", "zero"}}, {121, {"copy", "move"}}});
+  AddRemapClients(host, 30, {{130, {"copy"}}});
+  return host;
+}
+
+StandinHost MachinesHostLedBy(int64_t group, uint32_t leader, uint32_t vmmLeader) {
+  StandinHost host = MachinesHost();
+  AddLeader(host, group, leader, vmmLeader);
   return host;
 }
 

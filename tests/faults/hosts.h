@@ -16,6 +16,17 @@ testing_support::StandinHost SmallHost();
 // The group of that ID of the small host, to change and add again.
 testing_support::Group SmallGroup(int64_t id);
 
+// Virtual machines and user worlds; mail is both. No two figures are alike, and no byte that the kernel keeps to itself
+// is zero:
+//
+//   0 host -+- 10 web ----- 11 vmm.web      led by 110, its VMM by 111
+//           +- 20 shell --- 21 usr.shell    led by 120; clients 120 (copy, move, zero) and 121 (copy, move)
+//           +- 30 mail ---- 31 vmm.mail     led by 130, its VMM by 131; client 130 (copy)
+testing_support::StandinHost MachinesHost();
+
+// The same, with `leader` for the one that leads the group, and `vmmLeader` for the one that leads its VMM.
+testing_support::StandinHost MachinesHostLedBy(int64_t group, uint32_t leader, uint32_t vmmLeader);
+
 // A host with page-sharing figures alone.
 testing_support::StandinHost SharingHost();
 PShareStatsRecord SharingFigures();
