@@ -565,6 +565,37 @@ TEST_F(AVmWithoutAVmm, HasAChildWithoutAnId) {
             MachinesHost().Fail({.operation = getInt64, .call = 2}));
 }
 
+// A VM's allocation is kept in 32 bits, converted with its sign, and cut back.
+
+ReportCase Allocated(const char *name, uint64_t vmmMin, uint64_t vmmMax, uint64_t minLimit, const std::string &row,
+                     const std::string &total) {
+  StandinHost host = MachinesHost();
+  const GroupAllocRecord vm = {.min = 1, .max = 2, .shares = -3, .minLimit = minLimit, .unread_28 = {}};
+  const GroupAllocRecord vmm = {.min = vmmMin, .max = vmmMax, .shares = 4, .minLimit = 5, .unread_28 = {}};
+  host.AddRecord("sched_groups_memAllocationInKB", {int64_t{10}}, vm);
+  host.AddRecord("sched_groups_memAllocationInKB", {int64_t{11}}, vmm);
+  return {name,
+          host,
+          {"-r", "vm-stats", "-q", "-s", "min:max:minLimit:shares", "-u", "mb", "-g", "10"},
+          "min,max,minLimit,shares\n" + row + ",-3\n" + total + ",,,\n",
+          "",
+          0};
+}
+
+class VmAllocation : public testing::TestWithParam<ReportCase> {};
+
+TEST_P(VmAllocation, ShowsAs) { Check(GetParam()); }
+
+INSTANTIATE_TEST_SUITE_P(Machines, VmAllocation,
+                         testing::Values(Allocated("Plain", 1, 1025, 1024, "1,2,1", "1"),
+                                         Allocated("NoLimits", 0, UINT64_MAX, UINT64_MAX, "0,-1,-1", "0"),
+                                         Allocated("NegativeLimits", 0, 0x80000000, 0xfffffffe, "0,-1,-1", "0"),
+                                         Allocated("HighBitsAreLost", 0x100000401, 0x200000001, 0x500000000, "2,1,0",
+                                                   "2"),
+                                         Allocated("NegativeReservation", 0x80000401, 0, 0, "-2097150,0,0", "-2097150"),
+                                         Allocated("ReservationNotAvailable", UINT64_MAX, 0, 0, "-1,0,0", "-1")),
+                         NameOf<ReportCase>);
+
 // The tables of runs that found no group.
 
 struct Table {
