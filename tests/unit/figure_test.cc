@@ -16,6 +16,9 @@ struct Row {
   uint64_t pages;
   char text[4];
   GroupAllocRecord alloc;
+  uint16_t tag;
+  uint64_t mean;
+  const char *name;
 };
 #pragma pack(pop)
 
@@ -84,6 +87,64 @@ TEST(Figure, Sums) {
   EXPECT_EQ(Number(PLAIN(alloc.max), sums, ReportUnit::kKB), UINT64_MAX);
   EXPECT_EQ(Number(PLAIN(alloc.shares), sums, ReportUnit::kKB), 0u);
   EXPECT_EQ(LoadFigure(PLAIN(text), &sums, ReportUnit::kKB).text(), "");
+}
+
+TEST(Figure, LoadsTextByItsAddress) {
+  Row row = {};
+  EXPECT_EQ(LoadFigure(PLAIN(name), &row, ReportUnit::kKB).text(), "") << "there is none";
+  row.name = "a name of any length";
+  EXPECT_EQ(LoadFigure(PLAIN(name), &row, ReportUnit::kKB).text(), "a name of any length");
+}
+
+TEST(Figure, YesAndNoAreCharactersAndTexts) {
+  Row row = {};
+  EXPECT_EQ(Number(YES_NO(byte), row, ReportUnit::kMB), static_cast<uint64_t>('n'));
+  EXPECT_EQ(LoadFigure(YES_NO(byte), &row, ReportUnit::kMB).text(), "n");
+  row.byte = 128;
+  EXPECT_EQ(Number(YES_NO(byte), row, ReportUnit::kMB), static_cast<uint64_t>('y'));
+  EXPECT_EQ(LoadFigure(YES_NO(byte), &row, ReportUnit::kMB).text(), "y");
+}
+
+TEST(Figure, BytesAreRoundedUpToKbFirst) {
+  Row row = {};
+  row.kb = 4097;
+  EXPECT_EQ(Number(BYTES(kb), row, ReportUnit::kBytes), 4097u);
+  EXPECT_EQ(Number(BYTES(kb), row, ReportUnit::kKB), 5u);
+  EXPECT_EQ(Number(BYTES(kb), row, ReportUnit::kPage), 2u);
+  EXPECT_EQ(Number(BYTES(kb), row, ReportUnit::kMB), 1u);
+  row.kb = UINT64_MAX;
+  EXPECT_EQ(Number(BYTES(kb), row, ReportUnit::kBytes), UINT64_MAX);
+  EXPECT_EQ(Number(BYTES(kb), row, ReportUnit::kKB), 0u) << "no mark for what is missing: it wraps";
+  row.tag = 65535;
+  EXPECT_EQ(Number(PLAIN(tag), row, ReportUnit::kBytes), 65535u);
+}
+
+TEST(Figure, WhatIsNotAvailableMayBeLeftOutOfASum) {
+  Row row = Sample(), sums = {};
+  SumFigure(KB(kb).Sum(FigureSum::kAddAvailable), &row, &sums);
+  row.kb = UINT64_MAX;
+  row.count = UINT32_MAX;
+  SumFigure(KB(kb).Sum(FigureSum::kAddAvailable), &row, &sums);
+  SumFigure(PLAIN(count).Sum(FigureSum::kAddAvailable), &row, &sums);
+  row.kb = UINT32_MAX;  // all ones of a narrower field only
+  SumFigure(KB(kb).Sum(FigureSum::kAddAvailable), &row, &sums);
+  EXPECT_EQ(sums.kb, uint64_t{1025} + UINT32_MAX);
+  EXPECT_EQ(sums.count, 0u);
+}
+
+TEST(Figure, MeansAreRoundedDown) {
+  constexpr Figure kFigure = PLAIN(mean).Sum(FigureSum::kMean);
+  Row row = {}, sums = {};
+  for (const uint64_t value : {10, 20, 31}) {
+    row.mean = value;
+    SumFigure(kFigure, &row, &sums);
+  }
+  FinishSum(kFigure, &sums, 0);
+  EXPECT_EQ(sums.mean, 61u) << "a mean of no rows is their sum";
+  FinishSum(PLAIN(mean).Sum(FigureSum::kAdd), &sums, 3);
+  EXPECT_EQ(sums.mean, 61u) << "a sum stays one";
+  FinishSum(kFigure, &sums, 3);
+  EXPECT_EQ(sums.mean, 20u);
 }
 
 TEST(Figure, SumsWrapInTheirOwnWidth) {
