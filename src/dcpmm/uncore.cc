@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <initializer_list>
 #include <iterator>
+#include <span>
 
 #include "platkit/nodes.h"
 #include "platkit/records.h"
@@ -61,6 +62,15 @@ constexpr Counter DcpmmCounterTable[] = {
     {"UNC_M2M_TAG_HIT_NM_RD_HIT_CLEAN", 0x210, 0x214, 0xFFFF, 32, 4},
     {"UNC_M2M_IMC_WRITES_NI", 0x218, 0x21C, 0xFFFF, 32, 4},
 };
+
+// What each kind of unit counts, in the order of programming and of reading.
+using Names = std::span<const char *const>;
+constexpr const char *kIMCEvents[] = {"RPQ_EVENT", "WPQ_EVENT", "CAS_COUNT_WR_EVENT", "CAS_COUNT_RD_EVENT"};
+constexpr const char *kM2MEvents[] = {"M2M_TAG_CLEAN_EVENT", "M2M_TAG_DIRTY_EVENT", "M2M_WRITE_NI_EVENT"};
+constexpr const char *kIMCCounters[] = {"UNC_M_PMM_RPQ_INSERTS", "UNC_M_PMM_WPQ_INSERTS", "UNC_M_CAS_COUNT_WR",
+                                        "UNC_M_CAS_COUNT_RD"};
+constexpr const char *kM2MCounters[] = {"UNC_M2M_TAG_HIT_NM_RD_HIT_CLEAN", "UNC_M2M_TAG_HIT_NM_RD_HIT_DIRTY",
+                                        "UNC_M2M_IMC_WRITES_NI"};
 
 template <typename Entry, size_t size>
 const Entry *Find(const Entry (&table)[size], const char *name) {
@@ -220,11 +230,8 @@ void kestrelDCPMMFreezeUnit(const UncoreUnit &unit) {
 }
 
 void kestrelDCPMMProgramAllUnits(const UncoreUnit &unit) {
-  using Events = std::initializer_list<const char *>;
-  for (const char *event : IsM2M(unit) ? Events{"M2M_TAG_CLEAN_EVENT", "M2M_TAG_DIRTY_EVENT", "M2M_WRITE_NI_EVENT"}
-                                       : Events{"RPQ_EVENT", "WPQ_EVENT", "CAS_COUNT_WR_EVENT", "CAS_COUNT_RD_EVENT"}) {
+  for (const char *event : IsM2M(unit) ? Names(kM2MEvents) : Names(kIMCEvents))
     ProgramOrDie(unit, event, "kestrelDCPMMProgramAllUnits", "Error programming ", event);
-  }
 }
 
 void kestrelDCPMMResetUnit(const UncoreUnit &unit) {
@@ -239,12 +246,8 @@ void kestrelDCPMMResetUnit(const UncoreUnit &unit) {
 }
 
 void kestrelDCPMMReadAllCounters(const UncoreUnit &unit, const CounterOutput &output) {
-  using Counters = std::initializer_list<const char *>;
   kestrelDCPMMFreezeUnit(unit);
-  for (const char *counter :
-       IsM2M(unit)
-           ? Counters{"UNC_M2M_TAG_HIT_NM_RD_HIT_CLEAN", "UNC_M2M_TAG_HIT_NM_RD_HIT_DIRTY", "UNC_M2M_IMC_WRITES_NI"}
-           : Counters{"UNC_M_PMM_RPQ_INSERTS", "UNC_M_PMM_WPQ_INSERTS", "UNC_M_CAS_COUNT_WR", "UNC_M_CAS_COUNT_RD"}) {
+  for (const char *counter : IsM2M(unit) ? Names(kM2MCounters) : Names(kIMCCounters)) {
     if (KestrelDCPMMReadCounters(unit, counter, output) != HVC_OK) {
       Die("kestrelDCPMMReadAllCounters", "Error reading ", counter);
     }
