@@ -18,11 +18,21 @@
 //   fail <operation, or *> <node, or *> <which call, from 1; 0: each> <status>
 //   cache <path>
 //   signature <status> "<kernel's build text>" "<own build text>"
+//   unit <segment> <bus> <slot> <function>
+//   traffic <event> <amount>...
+//   clock <seconds since 1970>
 //
 // with arguments written as in the log, and a text instance in quotes, or null for a text that is missing. A record or
 // list given again takes the place of the first. The node of a call on a list of instances is the one that the list was
 // read from. Where a call answers with a pointer, a failure is null.
+//
+// A unit has event counters behind its configuration registers; the traffic lines below it are its own (see uncore.h).
+//
+// With a clock the stand-in also answers time, localtime and sleep, and logs them. Time then stands still but for
+// sleep, which comes back at once. A failure of time or localtime has an error number in place of the status.
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -45,6 +55,7 @@
 #include "platkit/nodal.h"
 #include "platkit/str.h"
 #include "platkit/warning.h"
+#include "tests/faults/uncore.h"
 
 struct NODAL_Param {
   bool isText = false;
@@ -69,6 +80,8 @@ namespace {
 
 // Identifiers count downwards from here, in the order of the catalogue.
 constexpr uint16_t kFirstNode = 60000;
+
+constexpr char kConfigRegister[] = "hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr";
 
 enum Row : uint16_t {
 #define NODE(name, path, entries, record) kRow_##name,
@@ -152,6 +165,10 @@ class Standin {
     return std::find(caches_.begin(), caches_.end(), path) != caches_.end();
   }
 
+  faults::Uncore &uncore() { return uncore_; }
+  bool HasClock() const { return clock_ != kNoClock; }
+  time_t &clock() { return clock_; }
+
   HVC_ReturnStatus signature() const { return signature_; }
   const std::string &kernelBuild() const { return kernelBuild_; }
   const std::string &ownBuild() const { return ownBuild_; }
@@ -196,10 +213,26 @@ class Standin {
       caches_.push_back(word);
     } else if (kind == "signature") {
       words >> std::hex >> signature_ >> std::quoted(kernelBuild_) >> std::quoted(ownBuild_);
+    } else if (kind == "unit") {
+      faults::Uncore::Address address{};
+      for (int64_t &number : address)
+        words >> number;
+      uncore_.AddUnit(address);
+    } else if (kind == "traffic") {
+      uint32_t event = 0;
+      words >> event;
+      std::vector<uint64_t> amounts;
+      for (uint64_t amount = 0; words >> amount;)
+        amounts.push_back(amount);
+      uncore_.AddTraffic(event, amounts);
+    } else if (kind == "clock") {
+      words >> clock_;
     } else {
       Log("misuse: the script says " + line);
     }
   }
+
+  static constexpr time_t kNoClock = -1;
 
   int log_;
   std::deque<NODAL_ParamList> lists_;
@@ -210,6 +243,8 @@ class Standin {
   HVC_ReturnStatus signature_ = 0;
   std::string kernelBuild_ = "stand-in";
   std::string ownBuild_ = "stand-in";
+  faults::Uncore uncore_;
+  time_t clock_ = kNoClock;
 };
 
 // Made at the first call and never unmade, since calls may come from the last moments of the process.
@@ -312,6 +347,47 @@ HVC_ReturnStatus ReadIntoNewList(const char *operation, uint32_t id, const NODAL
   return status;
 }
 
+// What the arguments of a configuration register name. Registers are accessed by four bytes.
+bool IsRegister(const NODAL_ParamList *args, faults::Uncore::Address &address, int64_t &offset) {
+  if (args == nullptr || args->params.size() != 6 || args->params[4].integer != 4) return false;
+  for (size_t i = 0; i < address.size(); ++i)
+    address[i] = args->params[i].integer;
+  offset = args->params[5].integer;
+  return true;
+}
+
+HVC_ReturnStatus ReadRegister(const NODAL_ParamList *args, void *record, uint32_t size) {
+  faults::Uncore::Address address;
+  int64_t offset = 0;
+  uint32_t value = 0;
+  if (!IsRegister(args, address, offset) || !TheStandin().uncore().Read(address, offset, value)) return HVC_NOT_FOUND;
+  if (size != sizeof value) return HVC_WRONG_SIZE;
+  std::memcpy(record, &value, size);
+  return 0;
+}
+
+HVC_ReturnStatus WriteRegister(const NODAL_ParamList *args, const NODAL_ParamList *input) {
+  faults::Uncore::Address address;
+  int64_t offset = 0;
+  if (input->params.size() != 1) return HVC_WRONG_COUNT;
+  const auto value = static_cast<uint32_t>(input->params[0].integer);
+  return IsRegister(args, address, offset) && TheStandin().uncore().Write(address, offset, value) ? 0 : HVC_NOT_FOUND;
+}
+
+// The function of that name that the stand-in's hides.
+template <typename Function>
+Function *Hidden(const char *name) {
+  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+// Logs a call and tells whether the script lets it succeed; errno says why if not.
+bool Succeeds(const std::string &operation, const std::string &arguments) {
+  const HVC_ReturnStatus error = TheStandin().FaultOf(operation, "");
+  TheStandin().Log(operation + "(" + arguments + ")" + (error == 0 ? "" : " fails"));
+  if (error != 0) errno = static_cast<int>(error);
+  return error == 0;
+}
+
 }  // namespace
 
 extern "C" {
@@ -408,6 +484,7 @@ HVC_ReturnStatus NODAL_Get(uint32_t id, const NODAL_ParamList *args, void *recor
   const HVC_ReturnStatus fault = standin.FaultOf("NODAL_Get", node);
   if (fault != 0) return Logged(call, fault);
   const std::string *bytes = standin.Record(node, arguments);
+  if (bytes == nullptr && node == kConfigRegister) return Logged(call, ReadRegister(args, record, size));
   if (bytes == nullptr) return Logged(call, HVC_NOT_FOUND);
   if (bytes->size() != size) return Logged(call, HVC_WRONG_SIZE);
   std::memcpy(record, bytes->data(), size);
@@ -423,7 +500,9 @@ HVC_ReturnStatus NODAL_Set(uint32_t id, const NODAL_ParamList *args, const NODAL
   if ((args != nullptr && !standin.Usable(args, "NODAL_Set")) || !standin.Usable(input, "NODAL_Set")) {
     return Logged(call, HVC_BAD_PARAM);
   }
-  return Logged(call, standin.FaultOf("NODAL_Set", node));
+  const HVC_ReturnStatus fault = standin.FaultOf("NODAL_Set", node);
+  if (fault == 0 && node == kConfigRegister) return Logged(call, WriteRegister(args, input));
+  return Logged(call, fault);
 }
 
 HVC_ReturnStatus NODAL_GetInstanceList(uint32_t node, const NODAL_ParamList *args, NODAL_ParamList *list) {
@@ -471,6 +550,26 @@ char *Str_Strcpy(char *destination, const char *source, size_t size) {
   std::memcpy(destination, source, length);
   destination[length] = '\0';
   return destination;
+}
+
+PLATKIT_EXPORT time_t time(time_t *result) noexcept {
+  if (!TheStandin().HasClock()) return Hidden<time_t(time_t *)>("time")(result);
+  if (!Succeeds("time", "")) return -1;
+  if (result != nullptr) *result = TheStandin().clock();
+  return TheStandin().clock();
+}
+
+PLATKIT_EXPORT tm *localtime(const time_t *moment) noexcept {
+  if (TheStandin().HasClock() && !Succeeds("localtime", std::to_string(*moment))) return nullptr;
+  return Hidden<tm *(const time_t *)>("localtime")(moment);
+}
+
+PLATKIT_EXPORT unsigned sleep(unsigned seconds) {
+  if (!TheStandin().HasClock()) return Hidden<unsigned(unsigned)>("sleep")(seconds);
+  TheStandin().Log("sleep(" + std::to_string(seconds) + ")");
+  TheStandin().clock() += seconds;
+  TheStandin().uncore().PassPeriod();
+  return 0;
 }
 
 }  // extern "C"

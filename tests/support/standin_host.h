@@ -2,6 +2,7 @@
 #ifndef TESTS_SUPPORT_STANDIN_HOST_H
 #define TESTS_SUPPORT_STANDIN_HOST_H
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -18,7 +19,8 @@ namespace testing_support {
 
 // An instance argument, or an entry of a list.
 struct Instance {
-  Instance(int64_t value) : written(std::to_string(value)) {}
+  template <std::integral Integer>
+  Instance(Integer value) : written(std::to_string(value)) {}
   Instance(const char *text) : written('"' + std::string(text) + '"') {}
   Instance(std::nullptr_t) : written("null") {}  // a text that is missing
 
@@ -29,8 +31,8 @@ struct Instance {
 struct Fault {
   std::string operation = "*";
   std::string node = "*";
-  unsigned call = 0;  // which of the calls that fit, counted from 1; 0: each
-  HVC_ReturnStatus status = HVC_FAILURE;
+  unsigned call = 0;                      // which of the calls that fit, counted from 1; 0: each
+  HVC_ReturnStatus status = HVC_FAILURE;  // or the error number, for time and localtime
 };
 
 // A scheduler group with all its records.
@@ -46,6 +48,20 @@ struct Group {
   GroupMemoryStatsRecord memory = {};
 };
 
+// A unit of event counters at a PCI address.
+struct Unit {
+  struct Traffic {
+    uint32_t event;                 // as a counter's control register names it, in its low 16 bits
+    std::vector<uint64_t> amounts;  // in each period; the last one goes on for good
+  };
+
+  int64_t segment;
+  int64_t bus;
+  int64_t slot;
+  int64_t function;
+  std::vector<Traffic> traffic = {};
+};
+
 // What the stand-in answers. A node without a record or list here is not found.
 class StandinHost {
  public:
@@ -58,6 +74,9 @@ class StandinHost {
   StandinHost &AddList(std::string_view node, const std::vector<Instance> &arguments,
                        const std::vector<Instance> &instances);
   StandinHost &Add(const Group &group);
+  StandinHost &Add(const Unit &unit);
+  // Lets time begin at that second, and pass only when the program sleeps.
+  StandinHost &SetClock(int64_t secondsSince1970);
   StandinHost &AddCache(std::string_view path);
   StandinHost &Fail(const Fault &fault);
   StandinHost &Signature(HVC_ReturnStatus status, std::string_view kernelBuild, std::string_view ownBuild);
@@ -85,6 +104,8 @@ struct RunOptions {
   std::string program = {};  // instead of kestrel
   OutputTo output = OutputTo::kPipe;
   bool errorsToOutput = false;
+  std::string directory = {};  // to run in; empty: the test's own
+  std::string timeZone = {};   // empty: the test's own
 };
 
 StandinRun RunKestrel(const StandinHost &host, const std::vector<std::string> &arguments,

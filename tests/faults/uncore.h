@@ -1,0 +1,57 @@
+// The event counters of memory controllers, as their PCI configuration registers show them.
+//
+// A unit is a memory channel or, at slots 8 and 9, a mesh-to-memory unit. It has a control register, which stops its
+// counters (0x100) and sets them to zero (0x2), and for each counter a control register, which says what to count
+// (0x400000: count at all; low 16 bits: the event), and the halves of the count. Time passes only in the periods that
+// the program sleeps: each counter of a unit that runs then grows by what there was of its event. A unit starts out
+// running, with counts left behind by somebody else.
+#ifndef TESTS_FAULTS_UNCORE_H
+#define TESTS_FAULTS_UNCORE_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <vector>
+
+namespace faults {
+
+class Uncore {
+ public:
+  // Segment, bus, slot, function.
+  using Address = std::array<int64_t, 4>;
+
+  void AddUnit(const Address &address);
+  // How often an event occurs in the unit that was added last, in each period; the last amount goes on for good.
+  void AddTraffic(uint32_t event, const std::vector<uint64_t> &amounts);
+
+  // Both tell whether there is such a register.
+  bool Write(const Address &address, int64_t offset, uint32_t value);
+  bool Read(const Address &address, int64_t offset, uint32_t &value) const;
+
+  void PassPeriod();
+
+ private:
+  struct Counter {
+    int64_t controlRegister;
+    int64_t countRegister;  // the low half; the high half follows
+    uint32_t control = 0;
+    uint64_t count = 0x1234'5678'9abc;
+  };
+  struct Unit {
+    int64_t controlRegister;
+    std::vector<Counter> counters;
+    uint32_t control = 0;
+    std::map<uint32_t, std::vector<uint64_t>> traffic = {};
+  };
+
+  static Unit MakeUnit(int64_t slot);
+
+  std::map<Address, Unit> units_;
+  Unit *last_ = nullptr;
+  size_t periods_ = 0;
+};
+
+}  // namespace faults
+
+#endif  // TESTS_FAULTS_UNCORE_H
