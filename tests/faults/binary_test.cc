@@ -44,6 +44,15 @@ TEST(Binary, ShowsTheStatusTexts) {
 #endif
 }
 
+TEST(Binary, ShowsWhetherThereAreSockets) {
+  const std::map<std::string, Symbol> symbols = SymbolsOf(KESTREL_PROGRAM);
+  ASSERT_TRUE(symbols.contains("isBusListEmpty"));
+  EXPECT_EQ(symbols.at("isBusListEmpty").kind, "D");  // set from the start
+#if !defined(__SANITIZE_ADDRESS__)
+  EXPECT_EQ(std::stoul(symbols.at("isBusListEmpty").size), 1u);
+#endif
+}
+
 TEST(Binary, TheStandinHasAllThatTheLibraryHas) {
   const std::map<std::string, Symbol> standin = SymbolsOf(STANDIN_LIBRARY);
   const std::map<std::string, Symbol> library = SymbolsOf(PLATFORM_LIBRARY);
