@@ -10,12 +10,6 @@ constexpr std::string_view kBlanks = " \t\n";
 // A control group without a limit reads as the highest multiple of the page size below 2^63, whatever that size.
 constexpr uint64_t kUnlimitedFrom = (uint64_t{1} << 63) - (uint64_t{1} << 20);
 
-std::string_view Trim(std::string_view text) {
-  const size_t first = text.find_first_not_of(kBlanks);
-  return first == std::string_view::npos ? std::string_view()
-                                         : text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
-}
-
 Figure ParseKeyedFigure(std::string_view text) {
   if (text.ends_with(" kB")) text.remove_suffix(3);
   uint64_t value = 0;
@@ -23,6 +17,12 @@ Figure ParseKeyedFigure(std::string_view text) {
 }
 
 }  // namespace
+
+std::string_view Trim(std::string_view text) {
+  const size_t first = text.find_first_not_of(kBlanks);
+  return first == std::string_view::npos ? std::string_view()
+                                         : text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
+}
 
 bool ParseNumber(std::string_view text, uint64_t &value) {
   text = Trim(text);

@@ -13,6 +13,9 @@
 
 namespace platkit {
 
+// The text without the blanks around it.
+std::string_view Trim(std::string_view text);
+
 // A decimal number and nothing else, blanks around it aside; false also if it does not fit 64 bits.
 bool ParseNumber(std::string_view text, uint64_t &value);
 
