@@ -22,6 +22,7 @@ HVC_ReturnStatus StatusOfErrno(int error) {
     case ENODEV: return HVC_NOT_FOUND;
     case EACCES:
     case EPERM: return HVC_NO_PERMISSION;
+    case EROFS: return HVC_READ_ONLY;
     default: return HVC_IO_ERROR;
   }
 }
@@ -33,6 +34,11 @@ ssize_t ReadOnce(const FileDescriptor &file, std::span<char> room) {
     got = read(file.get(), room.data(), room.size());
   } while (got < 0 && errno == EINTR);
   return got;
+}
+
+// HVC_OK if the file reaches from `offset` over `size` bytes.
+HVC_ReturnStatus CheckReach(const struct stat &about, uint32_t offset, size_t size) {
+  return about.st_size < 0 || static_cast<uint64_t>(about.st_size) < offset + size ? HVC_OFFSET_PAST_END : HVC_OK;
 }
 
 }  // namespace
@@ -87,10 +93,14 @@ HVC_ReturnStatus HostFiles::OpenBelowRoot(const HostPath &path, int flags, FileD
   return file.isOpen() ? HVC_OK : StatusOfErrno(errno);
 }
 
+HVC_ReturnStatus HostFiles::OpenFor(Access access, const HostPath &path, int flags, FileDescriptor &file) {
+  if (observer_ && path.c_str() != nullptr) observer_(path.c_str(), access);
+  // A saved root may hold a FIFO, which must stop nobody.
+  return OpenBelowRoot(path, flags | O_NONBLOCK, file);
+}
+
 HVC_ReturnStatus HostFiles::Open(const HostPath &path, int flags, FileDescriptor &file) {
-  if (observer_ && path.c_str() != nullptr) observer_(path.c_str());
-  // A saved root may hold a FIFO, which must not stop the reader.
-  return OpenBelowRoot(path, flags | O_RDONLY | O_NONBLOCK, file);
+  return OpenFor(Access::kRead, path, flags | O_RDONLY, file);
 }
 
 HVC_ReturnStatus HostFiles::Read(const HostPath &path, std::span<char> buffer, std::string_view &text) {
@@ -117,6 +127,40 @@ HVC_ReturnStatus HostFiles::ReadShort(const HostPath &path, std::span<char> buff
   if (static_cast<size_t>(got) == buffer.size()) return HVC_IO_ERROR;
   text = {buffer.data(), static_cast<size_t>(got)};
   return HVC_OK;
+}
+
+HVC_ReturnStatus HostFiles::ReadAt(const HostPath &path, uint32_t offset, std::span<std::byte> bytes) {
+  FileDescriptor file;
+  const HVC_ReturnStatus status = Open(path, 0, file);
+  if (status != HVC_OK) return status;
+  ssize_t got = 0;
+  do {
+    got = pread(file.get(), bytes.data(), bytes.size(), offset);
+  } while (got < 0 && errno == EINTR);
+  if (got < 0) return StatusOfErrno(errno);
+  if (static_cast<size_t>(got) == bytes.size()) return HVC_OK;
+  struct stat about;
+  if (fstat(file.get(), &about) != 0) return StatusOfErrno(errno);
+  const HVC_ReturnStatus reach = CheckReach(about, offset, bytes.size());
+  return reach == HVC_OK ? HVC_TRANSFER_TRUNCATED : reach;
+}
+
+HVC_ReturnStatus HostFiles::WriteAt(const HostPath &path, uint32_t offset, std::span<const std::byte> bytes) {
+  if (writes_ == Writes::kRefused) return HVC_READ_ONLY;
+  FileDescriptor file;
+  HVC_ReturnStatus status = OpenFor(Access::kWrite, path, O_WRONLY | O_NOFOLLOW, file);
+  if (status != HVC_OK) return status;
+  struct stat about;
+  if (fstat(file.get(), &about) != 0) return StatusOfErrno(errno);
+  if (!S_ISREG(about.st_mode)) return HVC_IO_ERROR;
+  status = CheckReach(about, offset, bytes.size());
+  if (status != HVC_OK) return status;
+  ssize_t taken = 0;
+  do {
+    taken = pwrite(file.get(), bytes.data(), bytes.size(), offset);
+  } while (taken < 0 && errno == EINTR);
+  if (taken < 0) return StatusOfErrno(errno);
+  return static_cast<size_t>(taken) == bytes.size() ? HVC_OK : HVC_TRANSFER_TRUNCATED;
 }
 
 HVC_ReturnStatus HostFiles::ReadLink(const HostPath &path, std::span<char> buffer, std::string_view &text) {

@@ -60,12 +60,21 @@ enum class Reach {
   kRootFolder,  // a saved root may come from anyone: its links and mount points stay below it
 };
 
+// Whether files may be written.
+enum class Writes { kRefused, kTaken };
+
+// What a file is opened for.
+enum class Access { kRead, kWrite };
+
 // Statuses throughout: HVC_NOT_FOUND if the file, its folder or its process is not there, HVC_NO_PERMISSION if it is
-// not for this user, else HVC_IO_ERROR.
+// not for this user, HVC_READ_ONLY if it may be read but never written, else HVC_IO_ERROR.
 class HostFiles {
  public:
+  using Observer = std::function<void(std::string_view path, Access access)>;
+
   // Opens nothing yet.
-  HostFiles(std::string root, Reach reach) : root_(std::move(root)), reach_(reach) {}
+  HostFiles(std::string root, Reach reach, Writes writes = Writes::kRefused)
+      : root_(std::move(root)), reach_(reach), writes_(writes) {}
 
   // Opens the root folder, unless it is open.
   [[nodiscard]] HVC_ReturnStatus OpenRoot();
@@ -79,22 +88,32 @@ class HostFiles {
   // Reads a file of one short line, with a single read. More than `buffer` takes is HVC_IO_ERROR.
   [[nodiscard]] HVC_ReturnStatus ReadShort(const HostPath &path, std::span<char> buffer, std::string_view &text);
 
+  // Fills `bytes` from a place within a file, with a single read. HVC_OFFSET_PAST_END: the file ends before that.
+  // HVC_TRANSFER_TRUNCATED: it is long enough, and yet gave less.
+  [[nodiscard]] HVC_ReturnStatus ReadAt(const HostPath &path, uint32_t offset, std::span<std::byte> bytes);
+
+  // Writes `bytes` over those at a place within a file, with a single write. No file is made, or made longer:
+  // HVC_OFFSET_PAST_END. HVC_TRANSFER_TRUNCATED: the file took less. HVC_READ_ONLY: these files take no writes.
+  [[nodiscard]] HVC_ReturnStatus WriteAt(const HostPath &path, uint32_t offset, std::span<const std::byte> bytes);
+
   // Reads where a symbolic link leads; `text` lies within the buffer.
   [[nodiscard]] HVC_ReturnStatus ReadLink(const HostPath &path, std::span<char> buffer, std::string_view &text);
 
   // Whether there is such a file or folder, be it for this user or not.
   bool Exists(const HostPath &path);
 
-  // Told of the path of every open from now on.
-  void ObserveOpens(std::function<void(std::string_view path)> observer) { observer_ = std::move(observer); }
+  // Told of every open from now on.
+  void ObserveOpens(Observer observer) { observer_ = std::move(observer); }
 
  private:
+  HVC_ReturnStatus OpenFor(Access access, const HostPath &path, int flags, FileDescriptor &file);
   HVC_ReturnStatus OpenBelowRoot(const HostPath &path, int flags, FileDescriptor &file);
 
   std::string root_;
   Reach reach_;
+  Writes writes_;
   FileDescriptor rootFolder_;
-  std::function<void(std::string_view)> observer_;
+  Observer observer_;
 };
 
 // Reads a text file line by line. Of a line longer than the buffer, the start is given. A file of more than 64 MB is

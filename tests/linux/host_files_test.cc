@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <cstring>
+
 #include "tests/linux/saved_host.h"
 
 namespace platkit {
@@ -56,6 +58,32 @@ TEST(HostFiles, Statuses) {
   EXPECT_EQ(files.ReadLink(HostPath("file"), buffer, text), HVC_NOT_FOUND) << "no link";
   OrdinaryUser user;
   EXPECT_EQ(files.Read(HostPath("closed"), buffer, text), HVC_NO_PERMISSION);
+}
+
+TEST(HostFiles, PartsOfAFile) {
+  SavedHost host;
+  host.Write("file", "0123456789");
+  HostFiles files(host.Path(""), Reach::kRootFolder, Writes::kTaken);
+  char room[4];
+  const std::span<std::byte> bytes = std::as_writable_bytes(std::span(room));
+  EXPECT_EQ(files.ReadAt(HostPath("file"), 6, bytes), HVC_OK);
+  EXPECT_EQ(std::string_view(room, 4), "6789");
+  EXPECT_EQ(files.ReadAt(HostPath("file"), 7, bytes), HVC_OFFSET_PAST_END);
+  EXPECT_EQ(files.ReadAt(HostPath("file"), 4000, bytes), HVC_OFFSET_PAST_END);
+  EXPECT_EQ(files.ReadAt(HostPath("nowhere"), 0, bytes), HVC_NOT_FOUND);
+  std::memcpy(room, "abcd", 4);
+  EXPECT_EQ(files.WriteAt(HostPath("file"), 2, bytes), HVC_OK);
+  EXPECT_EQ(host.Read("file"), "01abcd6789");
+  EXPECT_EQ(files.WriteAt(HostPath("file"), 7, bytes), HVC_OFFSET_PAST_END);
+  EXPECT_EQ(files.WriteAt(HostPath("nowhere"), 0, bytes), HVC_NOT_FOUND);
+  EXPECT_FALSE(files.Exists(HostPath("nowhere")));
+  HostFiles readOnly(host.Path(""), Reach::kRootFolder);
+  EXPECT_EQ(readOnly.WriteAt(HostPath("file"), 0, bytes), HVC_READ_ONLY);
+  EXPECT_EQ(host.Read("file"), "01abcd6789");
+
+  // Some of the kernel's files say that they are longer than what they give.
+  HostFiles running("/", Reach::kHost);
+  EXPECT_EQ(running.ReadAt(HostPath("sys/kernel/uevent_seqnum"), 1000, bytes), HVC_TRANSFER_TRUNCATED);
 }
 
 // A saved root may come from anyone: nothing in it leads out of it.

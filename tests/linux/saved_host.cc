@@ -57,6 +57,11 @@ HVC_ReturnStatus Asker::List(std::string_view node, const std::vector<int64_t> &
   return status;
 }
 
+HVC_ReturnStatus Asker::Set(std::string_view node, const std::vector<int64_t> &arguments,
+                            const std::vector<int64_t> &input) {
+  return source_.Set(*FindNode(node), ListOf(arguments)->params(), ListOf(input)->params());
+}
+
 std::vector<int64_t> Asker::Members(int64_t group) {
   std::vector<int64_t> members;
   EXPECT_EQ(List("sched_groups_members_groups", {group}, members), HVC_OK) << group;
@@ -106,16 +111,21 @@ const GroupCapacityRecord &Asker::Capacity(int64_t group) {
   return capacity_;
 }
 
-SavedHost::SavedHost() {
+SavedHost::SavedHost(Writes writes) {
   std::string pattern = fs::temp_directory_path() / "saved-host-XXXXXX";
   root_ = mkdtemp(pattern.data());
   chmod(root_.c_str(), 0755);  // an ordinary user reads it too
-  HostFiles files(root_, Reach::kRootFolder);
-  files.ObserveOpens([this](std::string_view path) { opened_.emplace_back(path); });
+  HostFiles files(root_, Reach::kRootFolder, writes);
+  files.ObserveOpens([this](std::string_view path, Access access) {
+    opened_.emplace_back(path);
+    if (access == Access::kWrite) openedForWriting_.emplace_back(path);
+  });
   source_ = OpenLinuxHost(std::move(files));
 }
 
-SavedHost::SavedHost(const std::string &archive) : SavedHost() { Unpack(std::string(SAVED_HOSTS) + "/" + archive); }
+SavedHost::SavedHost(const std::string &archive, Writes writes) : SavedHost(writes) {
+  Unpack(std::string(SAVED_HOSTS) + "/" + archive);
+}
 
 SavedHost::~SavedHost() {
   // A user whom file modes apply to cannot look into a forbidden folder to empty it.
@@ -154,6 +164,11 @@ void SavedHost::Unpack(const std::string &archive) {
 void SavedHost::Write(const std::string &path, std::string_view text) {
   fs::create_directories(fs::path(Path(path)).parent_path());
   std::ofstream(Path(path), std::ios::binary) << text;
+}
+
+std::string SavedHost::Read(const std::string &path) const {
+  std::ifstream in(Path(path), std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
 }
 
 void SavedHost::MakeFolder(const std::string &path) { fs::create_directories(Path(path)); }

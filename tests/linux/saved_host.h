@@ -28,6 +28,7 @@ class Asker {
     return GetBytes(node, arguments, {reinterpret_cast<std::byte *>(&record), sizeof record});
   }
   HVC_ReturnStatus List(std::string_view node, const std::vector<int64_t> &arguments, std::vector<int64_t> &instances);
+  HVC_ReturnStatus Set(std::string_view node, const std::vector<int64_t> &arguments, const std::vector<int64_t> &input);
 
   std::vector<int64_t> Members(int64_t group);
   std::string Name(int64_t group);
@@ -52,14 +53,15 @@ class Asker {
 class SavedHost {
  public:
   // An empty root, or one unpacked from an archive of that name below hosts/.
-  SavedHost();
-  explicit SavedHost(const std::string &archive);
+  explicit SavedHost(Writes writes = Writes::kRefused);
+  explicit SavedHost(const std::string &archive, Writes writes = Writes::kRefused);
   ~SavedHost();
   SavedHost(const SavedHost &) = delete;
   SavedHost &operator=(const SavedHost &) = delete;
 
   std::string Path(const std::string &below) const { return root_ + "/" + below; }
   void Write(const std::string &path, std::string_view text);
+  std::string Read(const std::string &path) const;
   void MakeFolder(const std::string &path);
   void MakeLink(const std::string &path, const std::string &target);
   void Remove(const std::string &path);
@@ -72,6 +74,9 @@ class SavedHost {
   int64_t Opens(std::string_view path) const;
   const std::vector<std::string> &opened() const { return opened_; }
 
+  // What was opened for writing so far.
+  const std::vector<std::string> &openedForWriting() const { return openedForWriting_; }
+
   Source &source() { return *source_; }
   Asker ask() { return Asker(*source_); }
 
@@ -80,6 +85,7 @@ class SavedHost {
 
   std::string root_;
   std::vector<std::string> opened_;
+  std::vector<std::string> openedForWriting_;
   std::vector<std::string> forbidden_;
   std::unique_ptr<Source> source_;
 };
