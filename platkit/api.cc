@@ -62,6 +62,15 @@ HVC_ReturnStatus MakeInstanceList(uint32_t id, const ParamList *args, ParamList 
   return status;
 }
 
+HVC_ReturnStatus OpenSource(const char *path, uint32_t flags, std::unique_ptr<Source> &source) {
+  switch (flags) {
+    case NODAL_CACHE_SNAPSHOT: return OpenSnapshot(path, source);
+    case NODAL_CACHE_ROOT_FOLDER: return OpenSavedRoot(path, Writes::kRefused, source);
+    case NODAL_CACHE_ROOT_FOLDER | NODAL_CACHE_WRITABLE: return OpenSavedRoot(path, Writes::kTaken, source);
+    default: return HVC_BAD_PARAM;
+  }
+}
+
 }  // namespace
 
 void UseSource(std::unique_ptr<Source> source) { currentSource = std::move(source); }
@@ -175,10 +184,9 @@ HVC_ReturnStatus NODAL_GetInstanceListAllocHint(uint32_t id, const NODAL_ParamLi
 }
 
 HVC_ReturnStatus NODAL_UseCache(const char *path, uint32_t flags) {
-  if (path == nullptr || flags > NODAL_CACHE_ROOT_FOLDER) return HVC_BAD_PARAM;
+  if (path == nullptr) return HVC_BAD_PARAM;
   std::unique_ptr<platkit::Source> source;
-  const HVC_ReturnStatus status =
-      flags == NODAL_CACHE_ROOT_FOLDER ? platkit::OpenSavedRoot(path, source) : platkit::OpenSnapshot(path, source);
+  const HVC_ReturnStatus status = platkit::OpenSource(path, flags, source);
   if (status == HVC_OK) platkit::UseSource(std::move(source));
   return status;
 }

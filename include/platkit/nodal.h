@@ -110,7 +110,10 @@ PLATKIT_EXPORT int64_t NODAL_ParamGetInt(const NODAL_Param *param);
  * HVC_NOT_A_RECORD: the node is only a list. HVC_WRONG_COUNT, HVC_WRONG_KIND: the arguments do not fit the node.
  * HVC_WRONG_SIZE: `size` is not the size of the record, or the source holds one of another size. HVC_BAD_PARAM:
  * `record` is null. HVC_SNAPSHOT_DAMAGED: a snapshot's record is not what was written. HVC_NO_PERMISSION: the record
- * exists, but not for this user.
+ * exists, but not for this user. HVC_IO_ERROR: it cannot be read.
+ *
+ * A register of a device's configuration space also answers HVC_BAD_PARAM: the size is not 1, 2 or 4;
+ * HVC_UNALIGNED_ADDRESS: the address is no multiple of the size; HVC_ADDRESS_TOO_HIGH: the space ends before it.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_Get(uint32_t node, const NODAL_ParamList *args, void *record,
                                                             uint32_t size);
@@ -119,7 +122,14 @@ PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_Get(uint32_t node, const
  * Writes the value in `input` to a node. Nodes that can be written yield no output: `output` is null and `outputSize`
  * 0.
  *
- * HVC_READ_ONLY: the node, or the source (a snapshot), cannot be written. Other statuses as for NODAL_Get.
+ * The one node that can be written is a register of a device's configuration space (pciConfigReg), which takes one
+ * integer: the value, written with a single access of the size that the arguments give, 1, 2 or 4 bytes. The running
+ * host takes it; of saved hosts, only a root folder that was named with NODAL_CACHE_WRITABLE does. No other operation
+ * writes anything.
+ *
+ * HVC_READ_ONLY: the node, or the source, cannot be written. HVC_NODE_NOT_WRITABLE: `input` is not one integer.
+ * HVC_OUT_OF_RANGE: the value does not fit the register. HVC_NO_PERMISSION: this user may not write it. Other statuses
+ * as for NODAL_Get.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_Set(uint32_t node, const NODAL_ParamList *args,
                                                             const NODAL_ParamList *input, void *output,
@@ -145,11 +155,16 @@ PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_GetInstanceListAllocHint
                                                                                  const NODAL_ParamList *args,
                                                                                  uint32_t hint, NODAL_ParamList **list);
 
-/* Flags of NODAL_UseCache: what `path` names. */
-#define NODAL_CACHE_SNAPSHOT 0u /* a snapshot file */
-#define NODAL_CACHE_ROOT_FOLDER                                                        \
-  1u /* a folder that holds a saved /proc and /sys, read as if it were the host's root \
-      */
+/*
+ * Flags of NODAL_UseCache: what `path` names, and whether it may be written.
+ *
+ * NODAL_CACHE_SNAPSHOT: a snapshot file. NODAL_CACHE_ROOT_FOLDER: a folder that holds a saved /proc and /sys, read as
+ * if it were the host's root. It records what was, and stays as it is, unless NODAL_CACHE_WRITABLE is added: NODAL_Set
+ * then writes to the files in it, as it does on the running host.
+ */
+#define NODAL_CACHE_SNAPSHOT 0u
+#define NODAL_CACHE_ROOT_FOLDER 1u
+#define NODAL_CACHE_WRITABLE 2u
 
 /*
  * From now on answers every read of the process from a saved host, and reads nothing from the running one. On failure
@@ -158,7 +173,7 @@ PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_GetInstanceListAllocHint
  * HVC_NOT_FOUND: there is no such file. HVC_NO_PERMISSION: it may not be read. HVC_IO_ERROR: it cannot be read.
  * HVC_NOT_A_SNAPSHOT: it is something else. HVC_SNAPSHOT_DAMAGED: it is a snapshot that was cut or overwritten.
  * HVC_SNAPSHOT_TOO_NEW: a newer library wrote it, in a form that this one does not know. HVC_BAD_PARAM: `path` is null,
- * or a flag is unknown.
+ * or flags are unknown or do not go together.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_UseCache(const char *path, uint32_t flags);
 

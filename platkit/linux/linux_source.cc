@@ -6,7 +6,10 @@
 
 #include "platkit/linux/group_records.h"
 #include "platkit/linux/group_tree.h"
+#include "platkit/linux/nvdimm.h"
 #include "platkit/linux/page_sharing.h"
+#include "platkit/linux/pci_devices.h"
+#include "platkit/linux/processor.h"
 
 namespace platkit {
 namespace {
@@ -17,22 +20,31 @@ class LinuxSource final : public Source {
 
   HVC_ReturnStatus Get(const Node &node, Arguments arguments, std::span<std::byte> record) override;
   HVC_ReturnStatus List(const Node &node, Arguments arguments, ParamList &list) override;
+  HVC_ReturnStatus Set(const Node &node, Arguments arguments, Arguments input) override;
 
  private:
   using Recorder = HVC_ReturnStatus (LinuxSource::*)(Arguments, std::span<std::byte>);
   using Lister = HVC_ReturnStatus (LinuxSource::*)(Arguments, ParamList &);
+  using Writer = HVC_ReturnStatus (LinuxSource::*)(Arguments, int64_t);
 
-  // How a node is read. A node that is not in the table is one that Linux has no counterpart of.
+  // How a node is read, and written. A node that is not in the table is one that Linux has no counterpart of.
   struct Reader {
     std::string_view node;
     Recorder record = nullptr;
     Lister list = nullptr;
+    Writer write = nullptr;
   };
   static const Reader kReaders[];
 
   static const Reader &ReaderOf(const Node &node);
 
   HVC_ReturnStatus PShareStats(Arguments arguments, std::span<std::byte> record);
+  HVC_ReturnStatus Processor(Arguments arguments, std::span<std::byte> record);
+  HVC_ReturnStatus Nvdimms(Arguments arguments, ParamList &list);
+  HVC_ReturnStatus Pci(Arguments arguments, ParamList &list);
+  HVC_ReturnStatus PciConfigHeader(Arguments arguments, std::span<std::byte> record);
+  HVC_ReturnStatus PciConfigReg(Arguments arguments, std::span<std::byte> record);
+  HVC_ReturnStatus SetPciConfigReg(Arguments arguments, int64_t value);
 
   template <typename Record, HVC_ReturnStatus (GroupRecords::*read)(Group &, Record &)>
   HVC_ReturnStatus OfGroup(Arguments arguments, std::span<std::byte> bytes);
@@ -44,6 +56,7 @@ class LinuxSource final : public Source {
   GroupTree tree_{files_};
   PageSharing sharing_{files_};
   GroupRecords groups_{files_, tree_, sharing_};
+  PciDevices pci_{files_};
 };
 
 template <typename Record>
@@ -74,6 +87,43 @@ HVC_ReturnStatus LinuxSource::PShareStats(Arguments, std::span<std::byte> bytes)
   return HVC_OK;
 }
 
+HVC_ReturnStatus LinuxSource::Processor(Arguments arguments, std::span<std::byte> bytes) {
+  CpuRecord record = {};
+  const HVC_ReturnStatus status = ReadProcessor(files_, arguments[0].integer, record);
+  if (status == HVC_OK) Store(record, bytes);
+  return status;
+}
+
+HVC_ReturnStatus LinuxSource::Nvdimms(Arguments, ParamList &list) { return ListNvdimms(files_, list); }
+
+HVC_ReturnStatus LinuxSource::Pci(Arguments arguments, ParamList &list) { return pci_.List(arguments, list); }
+
+PciAddress FunctionOf(Arguments arguments) {
+  return {arguments[0].integer, arguments[1].integer, arguments[2].integer, arguments[3].integer};
+}
+
+PciRegister RegisterOf(Arguments arguments) {
+  return {.function = FunctionOf(arguments), .size = arguments[4].integer, .address = arguments[5].integer};
+}
+
+HVC_ReturnStatus LinuxSource::PciConfigHeader(Arguments arguments, std::span<std::byte> bytes) {
+  PciConfigHeaderRecord record = {};
+  const HVC_ReturnStatus status = pci_.ReadHeader(FunctionOf(arguments), record);
+  if (status == HVC_OK) Store(record, bytes);
+  return status;
+}
+
+HVC_ReturnStatus LinuxSource::PciConfigReg(Arguments arguments, std::span<std::byte> bytes) {
+  PciConfigRegRecord record = {};
+  const HVC_ReturnStatus status = pci_.Read(RegisterOf(arguments), record);
+  if (status == HVC_OK) Store(record, bytes);
+  return status;
+}
+
+HVC_ReturnStatus LinuxSource::SetPciConfigReg(Arguments arguments, int64_t value) {
+  return pci_.Write(RegisterOf(arguments), value);
+}
+
 const LinuxSource::Reader LinuxSource::kReaders[] = {
     {.node = "sched_groups_groupName", .record = &LinuxSource::OfGroup<GroupNameRecord, &GroupRecords::Name>},
     {.node = "sched_groups_groupTag", .record = &LinuxSource::OfGroup<GroupTagRecord, &GroupRecords::Tag>},
@@ -90,6 +140,16 @@ const LinuxSource::Reader LinuxSource::kReaders[] = {
     {.node = "sched_groups_members_groups", .list = &LinuxSource::ListOfGroup<&GroupRecords::Members>},
     {.node = "sched_groups_members_memClients", .list = &LinuxSource::ListOfGroup<&GroupRecords::MemClients>},
     {.node = "memory_pshare_stats", .record = &LinuxSource::PShareStats},
+    {.node = "hardware_cpu_cpuList", .record = &LinuxSource::Processor},
+    {.node = "hardware_nvd_dimm", .list = &LinuxSource::Nvdimms},
+    {.node = "hardware_pci_seg", .list = &LinuxSource::Pci},
+    {.node = "hardware_pci_seg_bus", .list = &LinuxSource::Pci},
+    {.node = "hardware_pci_seg_bus_slot", .list = &LinuxSource::Pci},
+    {.node = "hardware_pci_seg_bus_slot_func", .list = &LinuxSource::Pci},
+    {.node = "hardware_pci_seg_bus_slot_func_pciConfigHeader", .record = &LinuxSource::PciConfigHeader},
+    {.node = "hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr",
+     .record = &LinuxSource::PciConfigReg,
+     .write = &LinuxSource::SetPciConfigReg},
 };
 
 const LinuxSource::Reader &LinuxSource::ReaderOf(const Node &node) {
@@ -113,14 +173,23 @@ HVC_ReturnStatus LinuxSource::List(const Node &node, Arguments arguments, ParamL
   return reader == nullptr ? HVC_NOT_FOUND : (this->*reader)(arguments, list);
 }
 
+HVC_ReturnStatus LinuxSource::Set(const Node &node, Arguments arguments, Arguments input) {
+  const Writer writer = ReaderOf(node).write;
+  if (writer == nullptr) return HVC_READ_ONLY;
+  if (input.size() != 1 || input[0].kind != ParamKind::kInt) return HVC_NODE_NOT_WRITABLE;
+  return (this->*writer)(arguments, input[0].integer);
+}
+
 }  // namespace
 
-std::unique_ptr<Source> OpenLinuxHost(const char *root) { return OpenLinuxHost(HostFiles(root, Reach::kHost)); }
+std::unique_ptr<Source> OpenLinuxHost(const char *root) {
+  return OpenLinuxHost(HostFiles(root, Reach::kHost, Writes::kTaken));
+}
 
 std::unique_ptr<Source> OpenLinuxHost(HostFiles files) { return std::make_unique<LinuxSource>(std::move(files)); }
 
-HVC_ReturnStatus OpenSavedRoot(const char *root, std::unique_ptr<Source> &source) {
-  HostFiles files(root, Reach::kRootFolder);
+HVC_ReturnStatus OpenSavedRoot(const char *root, Writes writes, std::unique_ptr<Source> &source) {
+  HostFiles files(root, Reach::kRootFolder, writes);
   const HVC_ReturnStatus status = files.OpenRoot();
   if (status == HVC_OK) source = OpenLinuxHost(std::move(files));
   return status;

@@ -16,7 +16,7 @@ std::unique_ptr<Source> OpenLinuxHost(const char *root);
 std::unique_ptr<Source> OpenLinuxHost(HostFiles files);
 
 // The same for a saved root folder: HVC_NOT_FOUND, HVC_NO_PERMISSION or HVC_IO_ERROR if there is no such folder.
-[[nodiscard]] HVC_ReturnStatus OpenSavedRoot(const char *root, std::unique_ptr<Source> &source);
+[[nodiscard]] HVC_ReturnStatus OpenSavedRoot(const char *root, Writes writes, std::unique_ptr<Source> &source);
 
 }  // namespace platkit
 

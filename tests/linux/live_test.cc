@@ -50,5 +50,35 @@ TEST(LiveHost, FiguresAreThoseOfTheKernel) {
   EXPECT_EQ(ask.Name(getpid()), status.name);
 }
 
+// The first function on the first bus, if this machine has one.
+std::vector<int64_t> FirstFunction(Asker &ask) {
+  std::vector<int64_t> function;
+  for (const char *list :
+       {"hardware_pci_seg", "hardware_pci_seg_bus", "hardware_pci_seg_bus_slot", "hardware_pci_seg_bus_slot_func"}) {
+    std::vector<int64_t> instances;
+    EXPECT_EQ(ask.List(list, function, instances), HVC_OK);
+    if (instances.empty()) return {};
+    function.push_back(instances.front());
+  }
+  return function;
+}
+
+TEST(LiveHost, AnOrdinaryUserReadsTheHeaderOfADeviceAlone) {
+  const std::unique_ptr<Source> source = OpenLinuxHost("/");
+  Asker ask(*source);
+  std::vector<int64_t> where = FirstFunction(ask);
+  if (where.empty()) GTEST_SKIP() << "no PCI devices on this machine";
+  PciConfigHeaderRecord header = {};
+  ASSERT_EQ(ask.Get("hardware_pci_seg_bus_slot_func_pciConfigHeader", where, header), HVC_OK);
+  const char *node = "hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr";
+  where.insert(where.end(), {2, 0});
+  PciConfigRegRecord vendor = {};
+  OrdinaryUser user;
+  ASSERT_EQ(ask.Get(node, where, vendor), HVC_OK);
+  EXPECT_CELL(vendor.value, header.vendorID);
+  where.back() = 128;
+  EXPECT_EQ(ask.Get(node, where, vendor), HVC_NO_PERMISSION);
+}
+
 }  // namespace
 }  // namespace platkit

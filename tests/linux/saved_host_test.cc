@@ -306,16 +306,16 @@ TEST(SavedHost, TheRootMustBeAFolder) {
   SavedHost host;
   host.Write("file", "");
   std::unique_ptr<Source> source;
-  EXPECT_EQ(OpenSavedRoot(host.Path("nowhere").c_str(), source), HVC_NOT_FOUND);
-  EXPECT_EQ(OpenSavedRoot(host.Path("file").c_str(), source), HVC_NOT_FOUND);
-  EXPECT_EQ(OpenSavedRoot(std::string(5000, 'x').c_str(), source), HVC_IO_ERROR);
+  EXPECT_EQ(OpenSavedRoot(host.Path("nowhere").c_str(), Writes::kRefused, source), HVC_NOT_FOUND);
+  EXPECT_EQ(OpenSavedRoot(host.Path("file").c_str(), Writes::kRefused, source), HVC_NOT_FOUND);
+  EXPECT_EQ(OpenSavedRoot(std::string(5000, 'x').c_str(), Writes::kRefused, source), HVC_IO_ERROR);
   EXPECT_EQ(source, nullptr);
-  EXPECT_EQ(OpenSavedRoot(host.Path("").c_str(), source), HVC_OK);
+  EXPECT_EQ(OpenSavedRoot(host.Path("").c_str(), Writes::kRefused, source), HVC_OK);
   host.MakeFolder("closed/inner");
   host.Forbid("closed");
   {
     OrdinaryUser user;
-    EXPECT_EQ(OpenSavedRoot(host.Path("closed/inner").c_str(), source), HVC_NO_PERMISSION);
+    EXPECT_EQ(OpenSavedRoot(host.Path("closed/inner").c_str(), Writes::kRefused, source), HVC_NO_PERMISSION);
   }
 }
 
