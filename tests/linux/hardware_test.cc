@@ -326,7 +326,7 @@ TEST(PciHeader, EachFile) {
     EXPECT_CELL(path.ends_with("vendor") ? header.vendorID : header.deviceID, 0xabcd);
     for (const std::string &bad :
          {std::string(), std::string("\n"), std::string("8086\n"), std::string("0x\n"), std::string("0x8086x\n"),
-          std::string("0x10000\n"), std::string("0x-1\n"), std::string(1000, '0'), std::string("0x80\00086", 8)}) {
+          std::string("0x10000\n"), std::string("0x-1\n"), std::string(1000, '0'), std::string("0x80\00086", 7)}) {
       host.Write(path, bad);
       EXPECT_EQ(Header(host, function, header), HVC_IO_ERROR) << path << ": " << bad;
     }

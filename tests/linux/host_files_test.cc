@@ -2,7 +2,7 @@
 
 #include <sys/stat.h>
 
-#include <cstring>
+#include <algorithm>
 
 #include "tests/linux/saved_host.h"
 
@@ -71,15 +71,15 @@ TEST(HostFiles, PartsOfAFile) {
   EXPECT_EQ(files.ReadAt(HostPath("file"), 7, bytes), HVC_OFFSET_PAST_END);
   EXPECT_EQ(files.ReadAt(HostPath("file"), 4000, bytes), HVC_OFFSET_PAST_END);
   EXPECT_EQ(files.ReadAt(HostPath("nowhere"), 0, bytes), HVC_NOT_FOUND);
-  std::memcpy(room, "abcd", 4);
+  std::fill_n(room, sizeof room, 'x');
   EXPECT_EQ(files.WriteAt(HostPath("file"), 2, bytes), HVC_OK);
-  EXPECT_EQ(host.Read("file"), "01abcd6789");
+  EXPECT_EQ(host.Read("file"), "01xxxx6789");
   EXPECT_EQ(files.WriteAt(HostPath("file"), 7, bytes), HVC_OFFSET_PAST_END);
   EXPECT_EQ(files.WriteAt(HostPath("nowhere"), 0, bytes), HVC_NOT_FOUND);
   EXPECT_FALSE(files.Exists(HostPath("nowhere")));
   HostFiles readOnly(host.Path(""), Reach::kRootFolder);
   EXPECT_EQ(readOnly.WriteAt(HostPath("file"), 0, bytes), HVC_READ_ONLY);
-  EXPECT_EQ(host.Read("file"), "01abcd6789");
+  EXPECT_EQ(host.Read("file"), "01xxxx6789");
 
   // Some of the kernel's files say that they are longer than what they give.
   HostFiles running("/", Reach::kHost);
