@@ -1,0 +1,52 @@
+// Hosts for the reports about the whole machine, each with the nodes of one report and no two figures alike.
+#ifndef TESTS_FAULTS_MACHINE_HOSTS_H
+#define TESTS_FAULTS_MACHINE_HOSTS_H
+
+#include <string>
+#include <vector>
+
+#include "tests/support/standin_host.h"
+
+namespace faults {
+
+// Page-sharing hints. The kernel's count of the active ones is not what the other counts come to.
+testing_support::StandinHost HintsHost();
+PShareStatsRecord HintFigures();
+
+// Four MemMap buddies of two memory nodes, in no order, and two other buddies:
+//
+//   memmap-01-hi, heap-00-lo, memmap-00-hi, memmap-01-lo, kseg-00, memmap-00-lo
+//
+// Memory node 0 is of NUMA node 7, memory node 1 of NUMA node 200. The counts of buddy i in the order of nodes, low
+// before high, are 1000 i + k free and 1000 i + 500 + k used buffers of size k; i counts from 1.
+testing_support::StandinHost BuddyHost();
+BuddyComprehensiveRecord BuddyFigures(uint32_t base);
+
+// A host in soft state, with each amount and each count of transitions.
+testing_support::StandinHost ComprehensiveHost();
+ComprehensiveRecord ComprehensiveFigures();
+GlobalMemoryRecord GlobalMemoryFigures();
+
+// The large-page pools of two NUMA nodes and three virtual machines, in their order with their first figures:
+//
+//   pshare-0 1000, web 2000, a-pool-with-a-long-name 3000, db 4000
+//   pshare-1 5000, web 6000, mail 7000
+//
+// The figures of a pool are the first plus 1 to 12; the one that is not shown is all ones.
+testing_support::StandinHost LargePagesHost();
+LPoolStatsRecord LargePagesFigures(uint32_t base);
+
+// Heaps heap-1, heap-2 and heap-3, whose records call them main, slab and net.
+testing_support::StandinHost HeapsHost();
+HeapStatsRecord HeapFigures(const std::string &name, uint32_t base);
+
+// Three volumes of persistent memory with regions and extents:
+//
+//   vol-1: regions reg-a on nodes 0 and 1, reg-b on node 1; extents 0 and 1
+//   vol-2: region  reg-c on node 0;                         extent -1
+//   vol-3: regions reg-d on node 1, reg-e on nodes 0 and 1; extents 5 and 6
+testing_support::StandinHost PMemHost();
+
+}  // namespace faults
+
+#endif  // TESTS_FAULTS_MACHINE_HOSTS_H
