@@ -1,0 +1,470 @@
+// The MemMap buddies of all memory nodes: which appear, in what order, and what becomes of those that cannot be read.
+#include "tests/faults/failing_call.h"
+#include "tests/faults/machine_hosts.h"
+
+namespace faults {
+namespace {
+
+using testing_support::Instance;
+
+constexpr char kBuddies[] = "system_buddy";
+constexpr char kMemNodes[] = "memory_memNodes";
+constexpr char kFigures[] = "system_buddy_comprehensive";
+
+constexpr char kHeader[] =
+    "name,memNode,type,numaNode,4KBfree,8KBfree,16KBfree,32KBfree,64KBfree,128KBfree,256KBfree,512KBfree,1MBfree,"
+    "2MBfree,4MBfree,8MBfree,16MBfree,32MBfree,64MBfree,128MBfree,256MBfree,512MBfree,1GBfree,4KBused,8KBused,"
+    "16KBused,32KBused,64KBused,128KBused,256KBused,512KBused,1MBused,2MBused,4MBused,8MBused,16MBused,32MBused,"
+    "64MBused,128MBused,256MBused,512MBused,1GBused\n";
+
+constexpr char kDescriptions[] = R"(Description of report header labels:
+                name: Name of the buddy
+             memNode: Memory node the buddy belongs to
+                type: Legacy memory type name
+            numaNode: NUMA node the buddy belongs to
+             4KBfree: free 4KB buffers
+             8KBfree: free 8KB buffers
+            16KBfree: free 16KB buffers
+            32KBfree: free 32KB buffers
+            64KBfree: free 64KB buffers
+           128KBfree: free 128 KB buffers
+           256KBfree: free 256 KB buffers
+           512KBfree: free 512 KB buffers
+             1MBfree: free 1MB buffers
+             2MBfree: free 2MB buffers
+             4MBfree: free 4MB buffers
+             8MBfree: free 8MB buffers
+            16MBfree: free 16MB buffers
+            32MBfree: free 32MB buffers
+            64MBfree: free 64MB buffers
+           128MBfree: free 128MB buffers
+           256MBfree: free 256MB buffers
+           512MBfree: free 256MB buffers
+             1GBfree: free 1GB buffers
+             4KBused: used 4KB buffers
+             8KBused: used 8KB buffers
+            16KBused: used 16KB buffers
+            32KBused: used 32KB buffers
+            64KBused: used 64KB buffers
+           128KBused: used 128 KB buffers
+           256KBused: used 256 KB buffers
+           512KBused: used 512 KB buffers
+             1MBused: used 1MB buffers
+             2MBused: used 2MB buffers
+             4MBused: used 4MB buffers
+             8MBused: used 8MB buffers
+            16MBused: used 16MB buffers
+            32MBused: used 32MB buffers
+            64MBused: used 64MB buffers
+           128MBused: used 128MB buffers
+           256MBused: used 256MB buffers
+           512MBused: used 512MB buffers
+             1GBused: used 1GB buffers
+)";
+
+// The 38 counts of a row, which go up from `free` and from `used`.
+std::string Counts(uint32_t free, uint32_t used, uint32_t step) {
+  std::string counts;
+  for (uint32_t k = 0; k < 19; ++k)
+    counts += ',' + std::to_string(free + k * step);
+  for (uint32_t k = 0; k < 19; ++k)
+    counts += ',' + std::to_string(used + k * step);
+  return counts + '\n';
+}
+
+const std::string kAllRows = "memmap-00-lo,0,low,7" + Counts(1000, 1500, 1) + "memmap-00-hi,0,high,7" +
+                             Counts(2000, 2500, 1) + "memmap-01-lo,1,low,200" + Counts(3000, 3500, 1) +
+                             "memmap-01-hi,1,high,200" + Counts(4000, 4500, 1) + "Total,,," + Counts(10000, 12000, 4);
+
+constexpr char kTable[] = R"(
+ MEMMAP BUDDY STATS: <time>
+ --------------------------------------------
+   Selected columns : name:memNode:type:numaNode:4KBfree:1GBused
+
+----------------------------------------------------------------
+                name memNode type numaNode    4KBfree    1GBused
+----------------------------------------------------------------
+        memmap-00-lo       0  low        7       1000       1518
+        memmap-00-hi       0 high        7       2000       2518
+        memmap-01-lo       1  low      200       3000       3518
+        memmap-01-hi       1 high      200       4000       4518
+----------------------------------------------------------------
+               Total                            10000      12072
+----------------------------------------------------------------
+Description of report header labels:
+                name: Name of the buddy
+             memNode: Memory node the buddy belongs to
+                type: Legacy memory type name
+            numaNode: NUMA node the buddy belongs to
+             4KBfree: free 4KB buffers
+             1GBused: used 1GB buffers
+)";
+
+// The Total row has nothing in this column.
+const std::string kMandatoryAlone = std::string(R"(
+ MEMMAP BUDDY STATS: <time>
+ --------------------------------------------
+   Selected columns : memNode
+
+-------
+memNode
+-------
+      0
+      0
+      1
+      1
+-------
+)") + std::string(7, ' ') + "\n-------\n";
+
+constexpr char kNoRows[] = R"(
+ MEMMAP BUDDY STATS: <time>
+ --------------------------------------------
+   Selected columns : name:memNode:2MBfree
+
+---------------------------------------
+                name memNode    2MBfree
+---------------------------------------
+---------------------------------------
+               Total                  0
+---------------------------------------
+Description of report header labels:
+                name: Name of the buddy
+             memNode: Memory node the buddy belongs to
+             2MBfree: free 2MB buffers
+)";
+
+// Without closing line, Total row and descriptions.
+constexpr char kStopped[] = R"(
+ MEMMAP BUDDY STATS: <time>
+ --------------------------------------------
+   Selected columns : name:memNode:2MBfree
+
+---------------------------------------
+                name memNode    2MBfree
+---------------------------------------
+        memmap-00-lo       0       1009
+        memmap-00-hi       0       2009
+)";
+
+std::vector<std::string> WithOptions(const std::vector<std::string> &options) {
+  std::vector<std::string> arguments = {"-r", "buddy-stats"};
+  arguments.insert(arguments.end(), options.begin(), options.end());
+  return arguments;
+}
+
+class BuddyStats : public testing::TestWithParam<ReportCase> {};
+
+TEST_P(BuddyStats, AnswersAs) { Check(GetParam()); }
+
+INSTANTIATE_TEST_SUITE_P(
+    Forms, BuddyStats,
+    testing::Values(ReportCase{"AllColumns", BuddyHost(), WithOptions({"-q"}), kHeader + kAllRows, "", 0},
+                    ReportCase{"AllColumnsWithDescriptions", BuddyHost(), WithOptions({"--csvMode", "--verbose"}),
+                               kHeader + kAllRows + kDescriptions, "", 0},
+                    ReportCase{"Table", BuddyHost(),
+                               WithOptions({"-v", "--cSelect=1gbused:NAME:type:4KBFREE:numanode:1GB"}), kTable, "", 0},
+                    ReportCase{"MandatoryAlone", BuddyHost(), WithOptions({"-s", "nothing"}), kMandatoryAlone, "", 0},
+                    ReportCase{"MandatoryAloneInCsv", BuddyHost(), WithOptions({"-qs", ""}), "memNode\n0\n0\n1\n1\n\n",
+                               "", 0},
+                    ReportCase{"ThereAreNoUnits", BuddyHost(), WithOptions({"-u", "b", "--unit=tb", "-qs", "2MBused"}),
+                               "memNode,2MBused\n0,1509\n0,2509\n1,3509\n1,4509\n,12036\n", "", 0}),
+    NameOf<ReportCase>);
+
+// Which buddies appear and in what order.
+
+// The name as it is kept, which is also what the buddy is read by.
+std::string Kept(const std::string &name) { return name.substr(0, 15); }
+
+// A host with buddies of those names, in that order. Memory node n is of NUMA node n.
+StandinHost Named(const std::vector<const char *> &names) {
+  StandinHost host;
+  host.AddList("system_buddy", {}, {names.begin(), names.end()});
+  for (int64_t node = 0; node < 128; ++node)
+    host.AddRecord("memory_memNodes", {node}, MemNodeRecord{.numaNode = static_cast<uint8_t>(node), .unread_1 = {}});
+  for (const char *name : names)
+    host.AddRecord("system_buddy_comprehensive", {Kept(name).c_str()}, BuddyComprehensiveRecord{});
+  return host;
+}
+
+ReportCase Names(const char *name, const std::vector<const char *> &buddies, const std::string &rows) {
+  return {name,
+          Named(buddies),
+          WithOptions({"-q", "-s", "name:type:numaNode"}),
+          "name,memNode,type,numaNode\n" + rows + "Total,,,\n",
+          "",
+          0};
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Names, BuddyStats,
+    testing::Values(Names("None", {}, ""),
+                    Names("NoneOfMemMap", {"memma", "MEMMAP-00-lo", "xmemmap-00-lo", "heap", ""}, ""),
+                    Names("NothingAfterTheWord", {"memmap", "memmap-"}, "memmap,0,high,0\nmemmap-,0,high,0\n"),
+                    Names("AnyCharacterAfterTheWord", {"memmapN02o", "memmap_01x"},
+                          "memmap_01x,1,high,1\nmemmapN02o,2,low,2\n"),
+                    Names("NoNumber", {"memmap-ab-lo"}, "memmap-ab-lo,0,low,0\n"),
+                    // Fifteen characters of a name are kept, and the last of them says whether it is low.
+                    Names("FifteenCharacters", {"memmap-03-23456"}, "memmap-03-23456,3,high,3\n"),
+                    Names("SixteenCharacters", {"memmap-03-23456o"}, "memmap-03-23456,3,high,3\n"),
+                    Names("LowInTheFifteenth", {"memmap-03-2345ohigh"}, "memmap-03-2345o,3,low,3\n"),
+                    Names("NumberCutShort", {"memmap-000000000012345"}, "memmap-00000000,0,high,0\n"),
+                    // The whole number is the node's, but its first two digits are what counts in the order.
+                    Names("ThreeDigits", {"memmap-13-hi", "memmap-123-lo", "memmap-11-hi", "memmap-100-lo"},
+                          "memmap-100-lo,100,low,100\nmemmap-11-hi,11,high,11\nmemmap-123-lo,123,low,123\n"
+                          "memmap-13-hi,13,high,13\n"),
+                    Names("OneDigit", {"memmap-10-hi", "memmap-2-hi", "memmap-1-hi"},
+                          "memmap-1-hi,1,high,1\nmemmap-2-hi,2,high,2\nmemmap-10-hi,10,high,10\n"),
+                    // With one digit, "lo" stands a place too early to be seen.
+                    Names("OneDigitLow", {"memmap-4-hi", "memmap-4-lo"}, "memmap-4-hi,4,high,4\nmemmap-4-lo,4,low,4\n"),
+                    // Digits that differ but come to the same number keep their places.
+                    Names("TheSameNumberWrittenTwice", {"memmap-5-hi", "memmap-05-lo"},
+                          "memmap-5-hi,5,high,5\nmemmap-05-lo,5,low,5\n")),
+    NameOf<ReportCase>);
+
+INSTANTIATE_TEST_SUITE_P(
+    Order, BuddyStats,
+    testing::Values(
+        Names("LowBeforeOthersOfItsNode", {"memmap-02-hi", "memmap-01-dma", "memmap-02-lo", "memmap-01-lo"},
+              "memmap-01-lo,1,low,1\nmemmap-01-dma,1,high,1\nmemmap-02-lo,2,low,2\nmemmap-02-hi,2,high,2\n"),
+        // The first of a pair changes places with the low one that was found last.
+        Names("TheSwapTurnsOthersRound", {"memmap-01-h1", "memmap-01-h2", "memmap-01-lo"},
+              "memmap-01-lo,1,low,1\nmemmap-01-h2,1,high,1\nmemmap-01-h1,1,high,1\n"),
+        // Of two low ones, each comes before the other; the last to be looked at wins.
+        Names("TheLastOfTwoLowOnes", {"memmap-01-lo1", "memmap-01-lo2", "memmap-01-hi"},
+              "memmap-01-lo2,1,high,1\nmemmap-01-lo1,1,high,1\nmemmap-01-hi,1,high,1\n"),
+        Names("TheLastOfThreeLowOnes", {"memmap-01-lo1", "memmap-01-lo2", "memmap-01-lo3"},
+              "memmap-01-lo3,1,high,1\nmemmap-01-lo1,1,high,1\nmemmap-01-lo2,1,high,1\n"),
+        Names("NamesThatAreEqual", {"memmap-01-lo", "memmap-00-hi", "memmap-01-lo"},
+              "memmap-00-hi,0,high,0\nmemmap-01-lo,1,low,1\nmemmap-01-lo,1,low,1\n")),
+    NameOf<ReportCase>);
+
+TEST(BuddyStatsTotals, WrapInTheir32Bits) {
+  StandinHost host = BuddyHost();
+  BuddyComprehensiveRecord half = {};
+  half.sizes[0].free = 0x80000000;
+  half.sizes[18].used = 0x80000001;
+  host.AddRecord(kFigures, {"memmap-00-lo"}, half).AddRecord(kFigures, {"memmap-01-hi"}, half);
+  Check({"", host, WithOptions({"-q", "-s", "4KBfree:1GBused"}),
+         "memNode,4KBfree,1GBused\n0,2147483648,2147483649\n0,2000,2518\n1,3000,3518\n1,2147483648,2147483649\n"
+         ",5000,6038\n",
+         "", 0});
+}
+
+// So many buddies, of which every tenth is MemMap's.
+StandinHost Many(size_t count) {
+  std::vector<Instance> names;
+  StandinHost host = BuddyHost();
+  for (size_t i = 0; i < count; ++i) {
+    const std::string name = (i % 10 == 0 ? "memmap-00-" : "buddy-") + std::to_string(i);
+    names.emplace_back(name.c_str());
+    host.AddRecord(kFigures, {name.c_str()}, BuddyFigures(0));
+  }
+  return host.AddList(kBuddies, {}, names);
+}
+
+TEST(BuddyStatsNumber, IsNinetyNineAtMost) {
+  Check({"", Many(99), WithOptions({"-q", "-s", "name"}),
+         "name,memNode\nmemmap-00-0,0\nmemmap-00-10,0\nmemmap-00-20,0\nmemmap-00-30,0\nmemmap-00-40,0\n"
+         "memmap-00-50,0\nmemmap-00-60,0\nmemmap-00-70,0\nmemmap-00-80,0\nmemmap-00-90,0\nTotal,\n",
+         "", 0});
+}
+
+TEST(BuddyStatsNumber, BeyondNinetyNineNoneAreReported) {
+  Check({"", Many(100), WithOptions({"-v", "-s", "name:2MBfree"}), kNoRows, "", 0});
+}
+
+TEST(BuddyStatsNumber, MayBeAllOfMemMaps) {
+  std::vector<Instance> names;
+  StandinHost host = BuddyHost();
+  std::string rows;
+  for (int i = 1; i <= 99; ++i) {
+    const std::string name = "memmap-00-h" + std::to_string(i);
+    names.emplace_back(name.c_str());
+    host.AddRecord(kFigures, {name.c_str()}, BuddyFigures(1));
+    rows += name + ",0,1\n";
+  }
+  host.AddList(kBuddies, {}, names);
+  Check({"", host, WithOptions({"-q", "-s", "name:4KBfree"}), "name,memNode,4KBfree\n" + rows + "Total,,99\n", "", 0});
+}
+
+// Calls that fail.
+
+class BuddyTableCall : public testing::TestWithParam<FailingCall> {};
+
+TEST_P(BuddyTableCall, Fails) {
+  CheckWithStatuses(BuddyHost(), WithOptions({"-v", "-s", "name:2MBfree"}), GetParam(), kAnyFailure);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Around, BuddyTableCall,
+    testing::Values(FailingCall{"NoListForTheNames", "NODAL_ParamListCreateAndAllocateParams", "*", 1, kNoRows, "", 0},
+                    FailingCall{"TheNames", "NODAL_GetInstanceList", kBuddies, 1, kNoRows, "", 0},
+                    FailingCall{"TheFirstName", "NODAL_ParamListGetString", kBuddies, 1, kNoRows, "", 0},
+                    FailingCall{"EachMemoryNode", "NODAL_Get", kMemNodes, 0, kNoRows,
+                                "Error <hex> while reading /memory/memNodes/1Error <hex> while reading "
+                                "/memory/memNodes/0Error <hex> while reading /memory/memNodes/1Error <hex> while "
+                                "reading /memory/memNodes/0",
+                                0},
+                    FailingCall{"TheThirdFigures", "NODAL_Get", kFigures, 3, kStopped,
+                                "Error <hex> while reading memmap-01-lo/comprehensive", 1}),
+    NameOf<FailingCall>);
+
+class BuddyCall : public testing::TestWithParam<FailingCall> {};
+
+TEST_P(BuddyCall, Fails) {
+  CheckWithStatuses(BuddyHost(), WithOptions({"-q", "-s", "name:4KBfree"}), GetParam(), kAnyFailure);
+}
+
+constexpr char kSelected[] = "name,memNode,4KBfree\n";
+constexpr char kRow00Lo[] = "memmap-00-lo,0,1000\n";
+constexpr char kRow00Hi[] = "memmap-00-hi,0,2000\n";
+constexpr char kRow01Lo[] = "memmap-01-lo,1,3000\n";
+constexpr char kRow01Hi[] = "memmap-01-hi,1,4000\n";
+
+std::string Output(const std::vector<const char *> &rows, const std::string &total = "") {
+  std::string output = kSelected;
+  for (const char *row : rows)
+    output += row;
+  return output + (total.empty() ? "" : "Total,," + total + "\n");
+}
+
+// The names come in the order of the list, other buddies among them.
+INSTANTIATE_TEST_SUITE_P(Name, BuddyCall,
+                         testing::Values(FailingCall{"OfTheFirst", "NODAL_ParamListGetString", kBuddies, 1,
+                                                     Output({}, "0"), "", 0},
+                                         FailingCall{"OfAnother", "NODAL_ParamListGetString", kBuddies, 2,
+                                                     Output({kRow01Hi}, "4000"), "", 0},
+                                         FailingCall{"InTheMiddle", "NODAL_ParamListGetString", kBuddies, 4,
+                                                     Output({kRow00Hi, kRow01Hi}, "6000"), "", 0},
+                                         FailingCall{"OfTheLast", "NODAL_ParamListGetString", kBuddies, 6,
+                                                     Output({kRow00Hi, kRow01Lo, kRow01Hi}, "9000"), "", 0}),
+                         NameOf<FailingCall>);
+
+// The memory nodes are looked up for 01-hi, 00-hi, 01-lo and 00-lo.
+constexpr char kNoNodeList[] = "KestrelMemNode2NUMANode: NODAL_ParamListCreate() failure\n";
+
+INSTANTIATE_TEST_SUITE_P(MemoryNode, BuddyCall,
+                         testing::Values(FailingCall{"NoListForTheFirst", "NODAL_ParamListCreate", "*", 1,
+                                                     Output({kRow00Lo, kRow00Hi, kRow01Lo}, "6000"), kNoNodeList, 0},
+                                         FailingCall{"NoListForTheSecond", "NODAL_ParamListCreate", "*", 2,
+                                                     Output({kRow00Lo, kRow01Lo, kRow01Hi}, "8000"), kNoNodeList, 0},
+                                         FailingCall{"NoListForTheLast", "NODAL_ParamListCreate", "*", 4,
+                                                     Output({kRow00Hi, kRow01Lo, kRow01Hi}, "9000"), kNoNodeList, 0},
+                                         FailingCall{"NoListForAny", "NODAL_ParamListCreate", "*", 0, Output({}, "0"),
+                                                     std::string(kNoNodeList) + kNoNodeList + kNoNodeList + kNoNodeList,
+                                                     0},
+                                         FailingCall{"TheFirstIsNotAdded", "NODAL_ParamListAddInt", "*", 1,
+                                                     Output({kRow00Lo, kRow00Hi, kRow01Lo}, "6000"),
+                                                     "The param list for memNode 1 could not be created: <hex>", 0},
+                                         FailingCall{"TheThirdIsNotAdded", "NODAL_ParamListAddInt", "*", 3,
+                                                     Output({kRow00Lo, kRow00Hi, kRow01Hi}, "7000"),
+                                                     "The param list for memNode 1 could not be created: <hex>", 0},
+                                         FailingCall{"TheLastIsNotAdded", "NODAL_ParamListAddInt", "*", 4,
+                                                     Output({kRow00Hi, kRow01Lo, kRow01Hi}, "9000"),
+                                                     "The param list for memNode 0 could not be created: <hex>", 0},
+                                         FailingCall{"TheFirstIsUnreadable", "NODAL_Get", kMemNodes, 1,
+                                                     Output({kRow00Lo, kRow00Hi, kRow01Lo}, "6000"),
+                                                     "Error <hex> while reading /memory/memNodes/1", 0},
+                                         FailingCall{"TheSecondIsUnreadable", "NODAL_Get", kMemNodes, 2,
+                                                     Output({kRow00Lo, kRow01Lo, kRow01Hi}, "8000"),
+                                                     "Error <hex> while reading /memory/memNodes/0", 0},
+                                         FailingCall{"TheLastIsUnreadable", "NODAL_Get", kMemNodes, 4,
+                                                     Output({kRow00Hi, kRow01Lo, kRow01Hi}, "9000"),
+                                                     "Error <hex> while reading /memory/memNodes/0", 0}),
+                         NameOf<FailingCall>);
+
+// The figures are read in the order of the rows. Their lists come after the four of the memory nodes.
+INSTANTIATE_TEST_SUITE_P(
+    Figures, BuddyCall,
+    testing::Values(FailingCall{"NoListForTheFirst", "NODAL_ParamListCreate", "*", 5, Output({}),
+                                "KestrelBuddyGetStats: NODAL_ParamListCreate() failure\n", 1},
+                    FailingCall{"NoListForTheSecond", "NODAL_ParamListCreate", "*", 6, Output({kRow00Lo}),
+                                "KestrelBuddyGetStats: NODAL_ParamListCreate() failure\n", 1},
+                    FailingCall{"NoListForTheLast", "NODAL_ParamListCreate", "*", 8,
+                                Output({kRow00Lo, kRow00Hi, kRow01Lo}),
+                                "KestrelBuddyGetStats: NODAL_ParamListCreate() failure\n", 1},
+                    FailingCall{"TheFirstIsNotAdded", "NODAL_ParamListAddString", "*", 1, Output({}),
+                                "The param list for buddy memmap-00-lo could not be created: <hex>", 1},
+                    FailingCall{"TheThirdIsNotAdded", "NODAL_ParamListAddString", "*", 3, Output({kRow00Lo, kRow00Hi}),
+                                "The param list for buddy memmap-01-lo could not be created: <hex>", 1},
+                    FailingCall{"TheLastIsNotAdded", "NODAL_ParamListAddString", "*", 4,
+                                Output({kRow00Lo, kRow00Hi, kRow01Lo}),
+                                "The param list for buddy memmap-01-hi could not be created: <hex>", 1},
+                    FailingCall{"TheFirstIsUnreadable", "NODAL_Get", kFigures, 1, Output({}),
+                                "Error <hex> while reading memmap-00-lo/comprehensive", 1},
+                    FailingCall{"TheSecondIsUnreadable", "NODAL_Get", kFigures, 2, Output({kRow00Lo}),
+                                "Error <hex> while reading memmap-00-hi/comprehensive", 1},
+                    FailingCall{"TheLastIsUnreadable", "NODAL_Get", kFigures, 4, Output({kRow00Lo, kRow00Hi, kRow01Lo}),
+                                "Error <hex> while reading memmap-01-hi/comprehensive", 1}),
+    NameOf<FailingCall>);
+
+TEST(BuddyStatsMessages, NameTheWholeNumberOfANode) {
+  StandinHost host;
+  host.AddList(kBuddies, {}, {"memmap-4000000", "memmap-07-lo"});
+  host.AddRecord(kMemNodes, {7}, MemNodeRecord{.numaNode = 3, .unread_1 = {}});
+  host.AddRecord(kFigures, {"memmap-07-lo"}, BuddyFigures(1));
+  Check({"", host, WithOptions({"-q", "-s", "name:numaNode"}), "name,memNode,numaNode\nmemmap-07-lo,7,3\nTotal,,\n",
+         "Error 0xbad0003 while reading /memory/memNodes/4000000", 0});
+}
+
+TEST(BuddyStatsMessages, StandBetweenTheRows) {
+  StandinHost host = BuddyHost();
+  host.Fail({.operation = "NODAL_Get", .node = kMemNodes, .call = 2});
+  host.Fail({.operation = "NODAL_Get", .node = kFigures, .call = 3});
+  const StandinRun run = RunKestrel(host, WithOptions({"-q", "-s", "name"}), {.errorsToOutput = true});
+  EXPECT_EQ(run.outcome.output,
+            "name,memNode\nError 0xbad0001 while reading /memory/memNodes/0memmap-00-lo,0\nmemmap-01-lo,1\n"
+            "Error 0xbad0001 while reading memmap-01-hi/comprehensive");
+  EXPECT_EQ(run.outcome.exitStatus, 1);
+}
+
+TEST(BuddyStatsCalls, NodesAreLookedUpBeforeTheFirstRow) {
+  const StandinRun run = RunKestrel(BuddyHost(), WithOptions({}));
+  EXPECT_EQ(CallsThatCount(run), (std::vector<std::string>{
+                                     "NODAL_CheckSig(21) = 0",
+                                     "NODAL_ParamListCreateAndAllocateParams(1, 99, 12672) = list1",
+                                     "NODAL_GetInstanceList(system_buddy, []) = 0 list1",
+                                     "NODAL_ParamListGetString(list1, 0) = 0",
+                                     "NODAL_ParamListCreate(1, 1) = list2",
+                                     "NODAL_ParamListAddInt(list2, 1) = 0",
+                                     "NODAL_Get(memory_memNodes, [1], 28) = 0",
+                                     "NODAL_ParamListDestroy(list2)",
+                                     "NODAL_ParamListGetString(list1, 1) = 0",
+                                     "NODAL_ParamListGetString(list1, 2) = 0",
+                                     "NODAL_ParamListCreate(1, 1) = list3",
+                                     "NODAL_ParamListAddInt(list3, 0) = 0",
+                                     "NODAL_Get(memory_memNodes, [0], 28) = 0",
+                                     "NODAL_ParamListDestroy(list3)",
+                                     "NODAL_ParamListGetString(list1, 3) = 0",
+                                     "NODAL_ParamListCreate(1, 1) = list4",
+                                     "NODAL_ParamListAddInt(list4, 1) = 0",
+                                     "NODAL_Get(memory_memNodes, [1], 28) = 0",
+                                     "NODAL_ParamListDestroy(list4)",
+                                     "NODAL_ParamListGetString(list1, 4) = 0",
+                                     "NODAL_ParamListGetString(list1, 5) = 0",
+                                     "NODAL_ParamListCreate(1, 1) = list5",
+                                     "NODAL_ParamListAddInt(list5, 0) = 0",
+                                     "NODAL_Get(memory_memNodes, [0], 28) = 0",
+                                     "NODAL_ParamListDestroy(list5)",
+                                     "NODAL_ParamListDestroy(list1)",
+                                     "NODAL_ParamListCreate(1, 1) = list6",
+                                     "NODAL_ParamListAddString(list6, \"memmap-00-lo\") = 0",
+                                     "NODAL_Get(system_buddy_comprehensive, [\"memmap-00-lo\"], 236) = 0",
+                                     "NODAL_ParamListDestroy(list6)",
+                                     "NODAL_ParamListCreate(1, 1) = list7",
+                                     "NODAL_ParamListAddString(list7, \"memmap-00-hi\") = 0",
+                                     "NODAL_Get(system_buddy_comprehensive, [\"memmap-00-hi\"], 236) = 0",
+                                     "NODAL_ParamListDestroy(list7)",
+                                     "NODAL_ParamListCreate(1, 1) = list8",
+                                     "NODAL_ParamListAddString(list8, \"memmap-01-lo\") = 0",
+                                     "NODAL_Get(system_buddy_comprehensive, [\"memmap-01-lo\"], 236) = 0",
+                                     "NODAL_ParamListDestroy(list8)",
+                                     "NODAL_ParamListCreate(1, 1) = list9",
+                                     "NODAL_ParamListAddString(list9, \"memmap-01-hi\") = 0",
+                                     "NODAL_Get(system_buddy_comprehensive, [\"memmap-01-hi\"], 236) = 0",
+                                     "NODAL_ParamListDestroy(list9)",
+                                 }));
+}
+
+}  // namespace
+}  // namespace faults
