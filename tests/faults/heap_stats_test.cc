@@ -1,0 +1,403 @@
+// The kernel's heaps. Whatever fails once the options are read, the report succeeds; its Total row stands a column to
+// the left.
+#include "tests/faults/failing_call.h"
+#include "tests/faults/machine_hosts.h"
+
+namespace faults {
+namespace {
+
+using testing_support::SetText;
+
+constexpr char kHeaps[] = "system_heaps";
+constexpr char kStats[] = "system_heaps_stats";
+
+constexpr char kBadUnit[] = "Invalid unit specified. Choose from {mb, kb, pg, b}\n";
+
+constexpr char kHeader[] =
+    "name,dynGrow,lowerLimit,upperLimit,reserved,numRanges,dlMallocOvdh,used,avail,size,initial,max,pctFreeOfCur,"
+    "maxAvail,pctFreeOfMax,lowPctFreeOfMax,numSuccAllocs,numFailAllocs,numGrowthOps,numShrinkOps,numReqsPerGrowth,"
+    "avgAllocSize\n";
+
+// The sums are those of the column to the right: the allocator's overhead stands under numRanges, and so on.
+constexpr char kRowsInBytes[] =
+    "main,1,1001,1002,201,1003,1004,6998,3007,10005,1006,20009,1008,1010,1011,1012,1013,1014,1017,1018,1016,1015\n"
+    "slab,2,2001,2002,202,2003,2004,13998,6007,20005,2006,40009,2008,2010,2011,2012,2013,2014,2017,2018,2016,2015\n"
+    "net,3,3001,3002,203,3003,3004,20998,9007,30005,3006,60009,3008,3010,3011,3012,3013,3014,3017,3018,3016,3015\n"
+    "Total,,,,,6012,41994,18021,60015,6018,120027,0,,0,,,,,6054,0,,\n";
+
+constexpr char kRowsInKb[] =
+    "main,1,1001,1002,201,1003,1,7,3,10,1,20,1008,1,1011,1012,1013,1014,1017,1018,1016,1\n"
+    "slab,2,2001,2002,202,2003,2,14,6,20,2,40,2008,2,2011,2012,2013,2014,2017,2018,2016,2\n"
+    "net,3,3001,3002,203,3003,3,21,9,30,3,59,3008,3,3011,3012,3013,3014,3017,3018,3016,3\n"
+    "Total,,,,,6,42,18,59,6,118,0,,0,,,,,6054,0,,\n";
+
+constexpr char kRowsInPages[] =
+    "main,1,1001,1002,201,1003,1,2,1,3,1,5,1008,1,1011,1012,1013,1014,1017,1018,1016,1\n"
+    "slab,2,2001,2002,202,2003,1,4,2,5,1,10,2008,1,2011,2012,2013,2014,2017,2018,2016,1\n"
+    "net,3,3001,3002,203,3003,1,6,3,8,1,15,3008,1,3011,3012,3013,3014,3017,3018,3016,1\n"
+    "Total,,,,,2,11,5,15,2,30,0,,0,,,,,6054,0,,\n";
+
+constexpr char kRowsInMb[] =
+    "main,1,1001,1002,201,1003,1,1,1,1,1,1,1008,1,1011,1012,1013,1014,1017,1018,1016,1\n"
+    "slab,2,2001,2002,202,2003,1,1,1,1,1,1,2008,1,2011,2012,2013,2014,2017,2018,2016,1\n"
+    "net,3,3001,3002,203,3003,1,1,1,1,1,1,3008,1,3011,3012,3013,3014,3017,3018,3016,1\n"
+    "Total,,,,,1,1,1,1,1,1,0,,0,,,,,6054,0,,\n";
+
+constexpr char kNoRows[] = "Total,,,,,0,0,0,0,0,0,0,,0,,,,,0,0,,\n";
+
+constexpr char kDescriptions[] = R"(Description of report header labels:
+                name: heap name
+             dynGrow: dynamically growable
+          lowerLimit: lower limit
+          upperLimit: upper limit
+            reserved: reserved
+           numRanges: num ranges
+        dlMallocOvdh: DL malloc overhead
+                used: current used
+               avail: current available
+                size: current size
+             initial: initial size
+                 max: max size
+        pctFreeOfCur: % free of current
+            maxAvail: max available
+        pctFreeOfMax: % free of max
+     lowPctFreeOfMax: lowest % free of max
+       numSuccAllocs: number of succeeded allocations
+       numFailAllocs: number of succeeded allocations
+        numGrowthOps: number of growth operations
+        numShrinkOps: number of shrink operations
+    numReqsPerGrowth: number of requests per growth operations
+        avgAllocSize: average allocation size
+)";
+
+const std::string kTable = std::string(R"(
+ HEAP STATS: <time>
+ ------------------------------------
+   Unit             : Page (4K)
+   Selected columns : name:reserved:numRanges:size:max:avgAllocSize
+
+------------------------------------------------------------------------------------------
+                               name reserved numRanges       size         max avgAllocSize
+------------------------------------------------------------------------------------------
+                               main      201      1003          3           5            1
+                               slab      202      2003          5          10            1
+                                net      203      3003          8          15            1
+------------------------------------------------------------------------------------------
+                              Total                  2          2           0)") +
+                           std::string(13, ' ') + R"(
+------------------------------------------------------------------------------------------
+Description of report header labels:
+                name: heap name
+            reserved: reserved
+           numRanges: num ranges
+                size: current size
+                 max: max size
+        avgAllocSize: average allocation size
+)";
+
+constexpr char kEmptyTable[] = R"(
+ HEAP STATS: <time>
+ ------------------------------------
+   Unit             : Bytes
+   Selected columns : name:size
+
+----------------------------------------------
+                               name       size
+----------------------------------------------
+----------------------------------------------
+                              Total          0
+----------------------------------------------
+Description of report header labels:
+                name: heap name
+                size: current size
+)";
+
+std::string Table(const char *unit) {
+  return std::string("\n HEAP STATS: <time>\n ------------------------------------\n   Unit             : ") + unit +
+         R"(
+   Selected columns : name
+
+-----------------------------------
+                               name
+-----------------------------------
+                               main
+                               slab
+                                net
+-----------------------------------
+                              Total
+-----------------------------------
+)";
+}
+
+std::vector<std::string> WithOptions(const std::vector<std::string> &options) {
+  std::vector<std::string> arguments = {"-r", "heap-stats"};
+  arguments.insert(arguments.end(), options.begin(), options.end());
+  return arguments;
+}
+
+class HeapStats : public testing::TestWithParam<ReportCase> {};
+
+TEST_P(HeapStats, AnswersAs) { Check(GetParam()); }
+
+ReportCase Csv(const char *name, const std::vector<std::string> &options, const std::string &rows) {
+  std::vector<std::string> arguments = WithOptions({"-q"});
+  arguments.insert(arguments.end(), options.begin(), options.end());
+  return {name, HeapsHost(), arguments, kHeader + rows, "", 0};
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Units, HeapStats,
+    testing::Values(Csv("None", {}, kRowsInBytes), Csv("Bytes", {"-u", "B"}, kRowsInBytes),
+                    Csv("Kb", {"-u", "kb"}, kRowsInKb), Csv("Pages", {"-upg"}, kRowsInPages),
+                    Csv("Mb", {"--unit=mb"}, kRowsInMb), Csv("TheLastCounts", {"-u", "mb", "-u", "kb"}, kRowsInKb),
+                    ReportCase{"NoneInTheBanner", HeapsHost(), WithOptions({"-s", ""}), Table("Bytes"), "", 0},
+                    ReportCase{"KbInTheBanner", HeapsHost(), WithOptions({"-s", "", "-uKB"}), Table("KB"), "", 0},
+                    ReportCase{"MbInTheBanner", HeapsHost(), WithOptions({"-s", "", "-uMB"}), Table("MB"), "", 0},
+                    ReportCase{"BytesInTheBanner", HeapsHost(), WithOptions({"-s", "", "-ub"}), Table("Bytes"), "", 0},
+                    ReportCase{"NoSuchUnit", HeapsHost(), WithOptions({"-u", "gb", "-q"}), "", kBadUnit, 1},
+                    ReportCase{"EmptyUnit", HeapsHost(), WithOptions({"-u", ""}), "", kBadUnit, 1}),
+    NameOf<ReportCase>);
+
+// The long option "verbose" takes back the unit, and describes nothing.
+INSTANTIATE_TEST_SUITE_P(Verbose, HeapStats,
+                         testing::Values(Csv("Short", {"-v"}, std::string(kRowsInBytes) + kDescriptions),
+                                         Csv("ShortWithUnit", {"-vu", "kb"}, std::string(kRowsInKb) + kDescriptions),
+                                         Csv("Long", {"--verbose"}, kRowsInBytes),
+                                         Csv("LongAfterTheUnit", {"--unit", "mb", "--verbose"}, kRowsInBytes),
+                                         Csv("LongAfterTheShortUnit", {"-u", "kb", "--verb"}, kRowsInBytes),
+                                         Csv("LongBeforeTheUnit", {"--verbose", "--unit", "mb"}, kRowsInMb),
+                                         Csv("LongAfterABadUnit", {"-u", "gb", "--verbose"}, kRowsInBytes),
+                                         Csv("LongAndShort", {"-u", "mb", "--verbose", "-v"},
+                                             std::string(kRowsInBytes) + kDescriptions),
+                                         Csv("LongWithAnArgument", {"-u", "mb", "--verbose=kb"}, kRowsInMb)),
+                         NameOf<ReportCase>);
+
+INSTANTIATE_TEST_SUITE_P(
+    Forms, HeapStats,
+    testing::Values(ReportCase{"Table", HeapsHost(),
+                               WithOptions({"-v", "-upg", "-s", "RESERVED:numranges:size:max:avgAllocSize"}), kTable,
+                               "", 0},
+                    ReportCase{"TheNameIsMandatory", HeapsHost(), WithOptions({"-q", "-s", "gid"}),
+                               "name\nmain\nslab\nnet\nTotal\n", "", 0},
+                    // Hidden columns change nothing about the others' sums.
+                    ReportCase{"SumsOfChosenColumns", HeapsHost(),
+                               WithOptions({"-q", "-s", "dlMallocOvdh:max:maxAvail:numShrinkOps:avgAllocSize"}),
+                               "name,dlMallocOvdh,max,maxAvail,numShrinkOps,avgAllocSize\n"
+                               "main,1004,20009,1010,1018,1015\nslab,2004,40009,2010,2018,2015\n"
+                               "net,3004,60009,3010,3018,3015\nTotal,41994,0,0,0,\n",
+                               "", 0}),
+    NameOf<ReportCase>);
+
+// Figures at the ends of their ranges.
+
+StandinHost OneHeap(const HeapStatsRecord &record) {
+  return StandinHost().AddList(kHeaps, {}, {"h"}).AddRecord(kStats, {"h"}, record);
+}
+
+StandinHost TwoHeaps(const HeapStatsRecord &one, const HeapStatsRecord &two) {
+  return StandinHost().AddList(kHeaps, {}, {"h1", "h2"}).AddRecord(kStats, {"h1"}, one).AddRecord(kStats, {"h2"}, two);
+}
+
+HeapStatsRecord Sized(const std::string &name, uint32_t size, uint32_t avail) {
+  HeapStatsRecord record = {};
+  SetText(record.name, name);
+  record.size = size;
+  record.avail = avail;
+  return record;
+}
+
+HeapStatsRecord Numbered(const std::string &name, uint32_t number) {
+  HeapStatsRecord record = {};
+  SetText(record.name, name);
+  record.dynGrow = 255;
+  record.reserved = 255;
+  record.lowerLimit = record.upperLimit = record.numRanges = number;
+  record.pctFreeOfCur = record.pctFreeOfMax = record.lowPctFreeOfMax = number;
+  record.numSuccAllocs = record.numFailAllocs = record.numReqsPerGrowth = number;
+  record.dlMallocOvhd = record.avgAllocSize = number;
+  record.numGrowthOps = record.numShrinkOps = number;
+  return record;
+}
+
+ReportCase Used(const char *name, const StandinHost &host, const char *unit, const std::string &rows) {
+  return {name,
+          host,
+          WithOptions({"-q", "-u", unit, "-s", "dlMallocOvdh:used:avail:size"}),
+          "name,dlMallocOvdh,used,avail,size\n" + rows,
+          "",
+          0};
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Figures, HeapStats,
+    testing::Values(
+        Used("OneByteInKb", OneHeap(Sized("h", 1, 0)), "kb", "h,0,1,0,1\nTotal,1,0,1,0\n"),
+        Used("OneByteInPages", OneHeap(Sized("h", 1, 0)), "pg", "h,0,1,0,1\nTotal,1,0,1,0\n"),
+        Used("OneByteInMb", OneHeap(Sized("h", 1, 0)), "mb", "h,0,1,0,1\nTotal,1,0,1,0\n"),
+        Used("OneByteMoreThanAPage", OneHeap(Sized("h", 4097, 4096)), "pg", "h,0,1,1,2\nTotal,1,1,2,0\n"),
+        Used("OneByteMoreThanOneMb", OneHeap(Sized("h", 0x100001, 0x100000)), "mb", "h,0,1,1,2\nTotal,1,1,2,0\n"),
+        // What is used wraps in 32 bits in a row, in 64 in the sum.
+        Used("MoreAvailableThanThereIs", OneHeap(Sized("h", 100, 200)), "b",
+             "h,0,4294967196,200,100\nTotal,18446744073709551516,200,100,0\n"),
+        Used("MoreAvailableThanThereIsInKb", OneHeap(Sized("h", 100, 200)), "kb", "h,0,4194304,1,1\nTotal,0,1,1,0\n"),
+        Used("MoreAvailableInOneOfTwo", TwoHeaps(Sized("h", 100, 200), Sized("i", 900, 300)), "b",
+             "h,0,4294967196,200,100\ni,0,600,300,900\nTotal,500,500,1000,0\n"),
+        Used("SumsBeyond32Bits", TwoHeaps(Sized("h", 0xffffffff, 0), Sized("i", 0xffffffff, 1)), "b",
+             "h,0,4294967295,0,4294967295\ni,0,4294967294,1,4294967295\nTotal,8589934589,1,8589934590,0\n"),
+        Used("LargestInMb", OneHeap(Sized("h", 0xffffffff, 0)), "mb", "h,0,4096,0,4096\nTotal,4096,0,4096,0\n")),
+    NameOf<ReportCase>);
+
+INSTANTIATE_TEST_SUITE_P(
+    Numbers, HeapStats,
+    testing::Values(
+        // Some columns are signed. Under numRanges stands the lower half of a sum.
+        ReportCase{"Signs", TwoHeaps(Numbered("h", 0xffffffff), Numbered("i", 2)), WithOptions({"-q"}),
+                   std::string(kHeader) +
+                       "h,255,-1,-1,255,-1,4294967295,0,0,0,0,0,-1,0,-1,-1,4294967295,4294967295,4294967295,"
+                       "4294967295,4294967295,4294967295\n"
+                       "i,255,2,2,255,2,2,0,0,0,0,0,2,0,2,2,2,2,2,2,2,2\n"
+                       "Total,,,,,1,0,0,0,0,0,0,,0,,,,,1,0,,\n",
+                   "", 0},
+        ReportCase{"ASignInTheTotal", OneHeap(Numbered("h", 0x80000000)),
+                   WithOptions({"-q", "-s", "numRanges:numGrowthOps"}),
+                   "name,numRanges,numGrowthOps\nh,-2147483648,2147483648\nTotal,-2147483648,2147483648\n", "", 0},
+        ReportCase{"NameThatFillsItsField", OneHeap(Sized(std::string(36, 'n'), 7, 0)),
+                   WithOptions({"-q", "-s", "size"}), "name,size\n" + std::string(36, 'n') + ",7\nTotal,0\n", "", 0},
+        ReportCase{"NoName", OneHeap(Sized("", 7, 0)), WithOptions({"-q", "-s", "size"}), "name,size\n,7\nTotal,0\n",
+                   "", 0}),
+    NameOf<ReportCase>);
+
+// Heaps that are not there.
+
+TEST(HeapStatsList, MayBeEmpty) {
+  Check({"", StandinHost().AddList(kHeaps, {}, {}), WithOptions({"-v", "-s", "size"}), kEmptyTable,
+         "KestrelHeapGetMemMapStats: NODAL_ParamListUsedCount() returned 0\n", 0});
+}
+
+TEST(HeapStatsList, MayBeEmptyInCsv) {
+  Check({"", StandinHost().AddList(kHeaps, {}, {}), WithOptions({"-q"}), std::string(kHeader) + kNoRows,
+         "KestrelHeapGetMemMapStats: NODAL_ParamListUsedCount() returned 0\n", 0});
+}
+
+ReportCase Vanished(const char *name, unsigned call, const std::string &rows) {
+  return {name,
+          HeapsHost().Fail({.operation = "NODAL_Get", .node = kStats, .call = call, .status = 0x0bad0003}),
+          WithOptions({"-q", "-s", "avail"}),
+          "name,avail\n" + rows,
+          "",
+          0};
+}
+
+// The total of the sizes stands under avail.
+INSTANTIATE_TEST_SUITE_P(Vanished, HeapStats,
+                         testing::Values(Vanished("TheFirst", 1, "slab,6007\nnet,9007\nTotal,50010\n"),
+                                         Vanished("TheSecond", 2, "main,3007\nnet,9007\nTotal,40010\n"),
+                                         Vanished("TheLast", 3, "main,3007\nslab,6007\nTotal,30010\n"),
+                                         Vanished("All", 0, "Total,0\n")),
+                         NameOf<ReportCase>);
+
+TEST(HeapStatsList, MayVanishWhole) {
+  Check({"", StandinHost().AddList(kHeaps, {}, {"h1", "h2"}), WithOptions({"-v", "-s", "size"}), kEmptyTable, "", 0});
+}
+
+// A name that stays in the list of arguments spoils those after it.
+TEST(HeapStatsList, KeepsANameThatIsNotRemoved) {
+  Check({"", HeapsHost().Fail({.operation = "NODAL_ParamListRemoveLastParam", .call = 1}),
+         WithOptions({"-q", "-s", "avail"}), "name,avail\nmain,3007\nTotal,10005\n", "", 0});
+}
+
+// Calls that fail.
+
+class HeapCall : public testing::TestWithParam<FailingCall> {};
+
+TEST_P(HeapCall, Fails) { CheckWithStatuses(HeapsHost(), WithOptions({"-v"}), GetParam(), kAnyFailure); }
+
+FailingCall Silenced(const char *name, const char *operation, const char *node, unsigned call, const char *message) {
+  return {name, operation, node, call, "", std::string("KestrelHeapGetMemMapStats: ") + message + "\n", 0};
+}
+
+INSTANTIATE_TEST_SUITE_P(Lists, HeapCall,
+                         testing::Values(Silenced("TheHeaps", "NODAL_GetInstanceListAlloc", kHeaps, 1,
+                                                  "NODAL_GetInstanceListAlloc() for heapList failure"),
+                                         Silenced("NoListForANode", "NODAL_ParamListCreate", "*", 1,
+                                                  "NODAL_ParamListCreate() for heapParam failure")),
+                         NameOf<FailingCall>);
+
+INSTANTIATE_TEST_SUITE_P(
+    Names, HeapCall,
+    testing::Values(
+        Silenced("TheFirst", "NODAL_ParamListGetString", kHeaps, 1, "NODAL_ParamListGetString() failure"),
+        Silenced("TheSecond", "NODAL_ParamListGetString", kHeaps, 2, "NODAL_ParamListGetString() failure"),
+        Silenced("TheLast", "NODAL_ParamListGetString", kHeaps, 3, "NODAL_ParamListGetString() failure"),
+        Silenced("TheFirstIsNotAdded", "NODAL_ParamListAddString", "*", 1, "NODAL_ParamListAddString() failure"),
+        Silenced("TheSecondIsNotAdded", "NODAL_ParamListAddString", "*", 2, "NODAL_ParamListAddString() failure"),
+        Silenced("TheLastIsNotAdded", "NODAL_ParamListAddString", "*", 3, "NODAL_ParamListAddString() failure")),
+    NameOf<FailingCall>);
+
+class HeapRead : public testing::TestWithParam<FailingCall> {};
+
+TEST_P(HeapRead, Fails) { CheckWithStatuses(HeapsHost(), WithOptions({"-v"}), GetParam(), kAnyFailureButNotFound); }
+
+INSTANTIATE_TEST_SUITE_P(Records, HeapRead,
+                         testing::Values(Silenced("TheFirst", "NODAL_Get", kStats, 1, "NODAL_Get() failure"),
+                                         Silenced("TheSecond", "NODAL_Get", kStats, 2, "NODAL_Get() failure"),
+                                         Silenced("TheLast", "NODAL_Get", kStats, 3, "NODAL_Get() failure")),
+                         NameOf<FailingCall>);
+
+TEST(HeapStatsFailure, PrintsNothingInCsvEither) {
+  Check({"", HeapsHost().Fail({.operation = "NODAL_Get", .node = kStats, .call = 3}), WithOptions({"-q"}), "",
+         "KestrelHeapGetMemMapStats: NODAL_Get() failure\n", 0});
+}
+
+TEST(HeapStatsFailure, IsTheLastRead) {
+  StandinHost host = HeapsHost();
+  host.Fail({.operation = "NODAL_Get", .node = kStats, .call = 1});
+  std::vector<std::string> reads;
+  for (const std::string &call : RunKestrel(host, WithOptions({})).calls) {
+    if (call.starts_with("NODAL_Get(")) reads.push_back(call);
+  }
+  EXPECT_EQ(reads, (std::vector<std::string>{"NODAL_Get(system_heaps_stats, [\"heap-1\"], 148) = 0x0bad0001"}));
+}
+
+// Which of its two lists ends first is of no matter.
+TEST(HeapStatsCalls, OneListServesAllNames) {
+  const StandinRun run =
+      RunKestrel(HeapsHost().Fail({.operation = "NODAL_Get", .call = 2, .status = 0x0bad0003}), WithOptions({}));
+  std::vector<std::string> calls = CallsThatCount(run);
+  std::erase_if(calls, [](const std::string &call) { return call.starts_with("NODAL_ParamListDestroy"); });
+  EXPECT_EQ(calls, (std::vector<std::string>{
+                       "NODAL_CheckSig(21) = 0",
+                       "NODAL_GetInstanceListAlloc(system_heaps, []) = 0 list1",
+                       "NODAL_ParamListCreate(1, 1) = list2",
+                       "NODAL_ParamListGetString(list1, 0) = 0",
+                       "NODAL_ParamListAddString(list2, \"heap-1\") = 0",
+                       "NODAL_Get(system_heaps_stats, [\"heap-1\"], 148) = 0",
+                       "NODAL_ParamListRemoveLastParam(list2) = 0",
+                       "NODAL_ParamListGetString(list1, 1) = 0",
+                       "NODAL_ParamListAddString(list2, \"heap-2\") = 0",
+                       "NODAL_Get(system_heaps_stats, [\"heap-2\"], 148) = 0x0bad0003",
+                       "NODAL_ParamListRemoveLastParam(list2) = 0",
+                       "NODAL_ParamListGetString(list1, 2) = 0",
+                       "NODAL_ParamListAddString(list2, \"heap-3\") = 0",
+                       "NODAL_Get(system_heaps_stats, [\"heap-3\"], 148) = 0",
+                       "NODAL_ParamListRemoveLastParam(list2) = 0",
+                   }));
+  EXPECT_EQ(ListErrors(run), "");
+}
+
+TEST(HeapStatsCalls, AnEmptyListIsTheLastCall) {
+  EXPECT_EQ(CallsThatCount(RunKestrel(StandinHost().AddList(kHeaps, {}, {}), WithOptions({}))),
+            (std::vector<std::string>{
+                "NODAL_CheckSig(21) = 0",
+                "NODAL_GetInstanceListAlloc(system_heaps, []) = 0 list1",
+                "NODAL_ParamListDestroy(list1)",
+            }));
+}
+
+TEST(HeapStatsCalls, ABadUnitReadsNothing) {
+  EXPECT_EQ(RunKestrel(HeapsHost(), WithOptions({"-u", "gb"})).calls,
+            std::vector<std::string>{"NODAL_CheckSig(21) = 0"});
+}
+
+}  // namespace
+}  // namespace faults
