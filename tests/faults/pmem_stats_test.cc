@@ -1,0 +1,824 @@
+// The four reports about persistent memory. A failure stops the walk over the volumes where it is, and the report
+// succeeds with what it has printed.
+#include <algorithm>
+
+#include "tests/faults/failing_call.h"
+#include "tests/faults/machine_hosts.h"
+
+namespace faults {
+namespace {
+
+constexpr char kVolumes[] = "memory_pmem_volumes";
+constexpr char kInfo[] = "memory_pmem_volumes_info";
+constexpr char kStore[] = "memory_pmem_volumes_regionStore_info";
+constexpr char kClean[] = "memory_pmem_volumes_regionStore_isClean";
+constexpr char kRegions[] = "memory_pmem_volumes_regionStore_regions";
+constexpr char kRegion[] = "memory_pmem_volumes_regionStore_regions_info";
+constexpr char kNuma[] = "memory_pmem_volumes_regionStore_regions_numaAllocInfo";
+constexpr char kExtents[] = "memory_pmem_volumes_extents";
+
+constexpr char kCreate[] = "NODAL_ParamListCreate";
+constexpr char kAddInt[] = "NODAL_ParamListAddInt";
+constexpr char kAddString[] = "NODAL_ParamListAddString";
+constexpr char kGetString[] = "NODAL_ParamListGetString";
+constexpr char kGetInt32[] = "NODAL_ParamListGetInt32";
+constexpr char kGet[] = "NODAL_Get";
+constexpr char kList[] = "NODAL_GetInstanceListAlloc";
+
+constexpr char kStores[] = "pmem-regionstore-stats";
+constexpr char kRegionsReport[] = "pmem-region-stats";
+constexpr char kExtentsReport[] = "pmem-extent-stats";
+constexpr char kNumaReport[] = "pmem-region-numa-stats";
+
+std::vector<std::string> Report(const char *report, const std::vector<std::string> &options) {
+  std::vector<std::string> arguments = {"-r", report};
+  arguments.insert(arguments.end(), options.begin(), options.end());
+  return arguments;
+}
+
+std::string Banner(const std::string &word, const std::string &unit, const std::string &columns) {
+  return "\n PERSISTENT MEMORY " + word +
+         " STATS: <time>\n -------------------------------------------------\n   Unit             : " + unit +
+         "\n   Selected columns : " + columns + "\n\n";
+}
+
+std::string Rule(size_t length) { return std::string(length, '-') + '\n'; }
+
+// A table of so many characters across, with the second line below its header that these reports have.
+std::string Table(size_t length, const std::string &header, const std::string &rows) {
+  return Rule(length) + header + Rule(length) + Rule(length) + rows + Rule(length);
+}
+
+class PMemStats : public testing::TestWithParam<ReportCase> {};
+
+TEST_P(PMemStats, AnswersAs) { Check(GetParam()); }
+
+// Region stores.
+
+constexpr char kStoreCsv[] =
+    "uuid,alloc2MBlocks,resvd2MBlocks,avail2MBlocks,totalRegions,freeRegions,total2MBlocks,isClean\n"
+    "vol-1,1001,1002,1003,1004,1005,1006,y\n"
+    "vol-2,2001,2002,2003,2004,2005,2006,n\n"
+    "vol-3,3001,3002,3003,3004,3005,3006,y\n";
+
+constexpr char kStoreDescriptions[] = R"(Description of report header labels:
+                uuid: Volume UUID
+       alloc2MBlocks: Allocated 2M Blocks
+       resvd2MBlocks: Reserved 2M Blocks
+       avail2MBlocks: Available Reservable 2M Blocks
+        totalRegions: Total regions in the region store
+         freeRegions: Free regions in the region store
+       total2MBlocks: Total 2M Blocks
+             isClean: Is region store clean ?
+)";
+
+const std::string kStoreTable =
+    Banner("REGIONSTORE", "KB", "(all)") +
+    Table(129,
+          "                                    uuid alloc2MBlocks resvd2MBlocks avail2MBlocks totalRegions freeRegions "
+          "total2MBlocks isClean\n",
+          "                                   vol-1          1001          1002          1003         1004        1005 "
+          "         1006       y\n"
+          "                                   vol-2          2001          2002          2003         2004        2005 "
+          "         2006       n\n"
+          "                                   vol-3          3001          3002          3003         3004        3005 "
+          "         3006       y\n");
+
+// A record at the ends of its ranges.
+StandinHost FullStore() {
+  const RegionStoreRecord record = {.allocatedBlocks = UINT64_MAX,
+                                    .reservedBlocks = UINT64_MAX,
+                                    .availableBlocks = 0,
+                                    .totalRegions = UINT32_MAX,
+                                    .freeRegions = 0x80000000,
+                                    .totalBlocks = 0x8000000000000000,
+                                    .unread_40 = {}};
+  return PMemHost().AddList(kVolumes, {}, {"vol-1"}).AddRecord(kStore, {"vol-1"}, record);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Stores, PMemStats,
+    testing::Values(ReportCase{"Table", PMemHost(), Report(kStores, {}), kStoreTable, "", 0},
+                    ReportCase{"Csv", PMemHost(), Report(kStores, {"-q"}), kStoreCsv, "", 0},
+                    // The unit is checked and named, and converts nothing here.
+                    ReportCase{"CsvInMbWithDescriptions", PMemHost(),
+                               Report(kStores, {"--csvMode", "--verbose", "--unit=MB"}),
+                               std::string(kStoreCsv) + kStoreDescriptions, "", 0},
+                    ReportCase{"NoColumns", PMemHost(), Report(kStores, {"-s", "name", "-u", "pg"}),
+                               Banner("REGIONSTORE", "Page (4K)", "(none)") + "\n\n\n\n\n\n\n\n", "", 0},
+                    ReportCase{"NoColumnsInCsv", PMemHost(), Report(kStores, {"-q", "-s", ""}), "\n\n\n\n", "", 0},
+                    ReportCase{"LargeFigures", FullStore(),
+                               Report(kStores, {"-q", "-s",
+                                                "alloc2mblocks:totalRegions:freeRegions:"
+                                                "total2MBlocks:resvd2MBlocks"}),
+                               "alloc2MBlocks,resvd2MBlocks,totalRegions,freeRegions,total2MBlocks\n"
+                               "18446744073709551615,18446744073709551615,4294967295,2147483648,9223372036854775808\n",
+                               "", 0}),
+    NameOf<ReportCase>);
+
+// Regions.
+
+constexpr char kRegionCsv[] =
+    "uuid,regionUuid,size,reserved2MBlks,flags,numOpened,allocated2MBlks,managementTag,numaAffinityMask\n"
+    "vol-1,reg-a,1100,1101,allocated,1102,1103,1104,0x44c\n"
+    "vol-1,reg-b,1200,1201,allocated:readOnly,1202,1203,1204,0x4b0\n"
+    "vol-2,reg-c,2100,2101,(none),2102,2103,2104,0x834\n"
+    "vol-3,reg-d,3100,3101,zombie,3102,3103,3104,0xc1c\n"
+    "vol-3,reg-e,3200,3201,dangling:locked:system,3202,3203,3204,0xc80\n";
+
+constexpr char kRegionDescriptions[] = R"(Description of report header labels:
+                uuid: Volume UUID
+          regionUuid: Region UUID
+                size: Region memory size
+      reserved2MBlks: Reserved 2M blocks
+               flags: Flags
+           numOpened: Open count
+     allocated2MBlks: Allocated 2m blocks
+       managementTag: Management Tag
+    numaAffinityMask: NUMA affinity mask
+)";
+
+const std::string kRegionTable =
+    Banner("REGION", "MB", "uuid:size:flags:numaAffinityMask") +
+    Table(117,
+          "                                    uuid           size                                    flags     "
+          "numaAffinityMask\n",
+          "                                   vol-1              2                                allocated          "
+          "      0x44c\n"
+          "                                   vol-1              2                       allocated:readOnly          "
+          "      0x4b0\n"
+          "                                   vol-2              3                                   (none)          "
+          "      0x834\n"
+          "                                   vol-3              4                                   zombie          "
+          "      0xc1c\n"
+          "                                   vol-3              4                   dangling:locked:system          "
+          "      0xc80\n");
+
+struct RegionFigures {
+  uint64_t size = 0;
+  uint32_t flags = 0;
+  uint16_t tag = 0;
+  uint64_t mask = 0;
+};
+
+StandinHost OneRegion(const RegionFigures &figures) {
+  RegionRecord record = {};
+  record.size = figures.size;
+  record.reservedBlocks = 1;
+  record.flags = figures.flags;
+  record.openCount = 3;
+  record.allocatedBlocks = 4;
+  record.managementTag = figures.tag;
+  record.numaAffinityMask = figures.mask;
+  return StandinHost()
+      .AddList(kVolumes, {}, {"v"})
+      .AddList(kRegions, {"v"}, {"r"})
+      .AddRecord(kRegion, {"v", "r"}, record);
+}
+
+ReportCase Sized(const char *name, uint64_t bytes, const char *unit, const std::string &size) {
+  return {name,
+          OneRegion({.size = bytes}),
+          Report(kRegionsReport, {"-q", "-s", "size", "-u", unit}),
+          "size\n" + size + "\n",
+          "",
+          0};
+}
+
+ReportCase Flagged(const char *name, uint32_t flags, const std::string &text) {
+  return {name, OneRegion({.flags = flags}), Report(kRegionsReport, {"-q", "-s", "flags"}), "flags\n" + text + "\n", "",
+          0};
+}
+
+constexpr char kAllFlags[] = "allocated:dangling:locked:readOnly:blockDev:persistResv:system:zombie";
+
+INSTANTIATE_TEST_SUITE_P(
+    Regions, PMemStats,
+    testing::Values(
+        ReportCase{"Table", PMemHost(), Report(kRegionsReport, {"-umb", "-s", "NUMAAFFINITYMASK:flags:size:uuid"}),
+                   kRegionTable, "", 0},
+        ReportCase{"Csv", PMemHost(), Report(kRegionsReport, {"-q"}), kRegionCsv, "", 0},
+        ReportCase{"CsvWithDescriptions", PMemHost(), Report(kRegionsReport, {"-q", "-v"}),
+                   std::string(kRegionCsv) + kRegionDescriptions, "", 0},
+        ReportCase{"CsvInPages", PMemHost(), Report(kRegionsReport, {"-q", "-u", "pg", "-s", "size"}),
+                   "size\n275\n300\n525\n775\n800\n", "", 0},
+        // Texts that are wider than their columns push the others until there is room again.
+        ReportCase{"TableWithWideTexts", OneRegion({.flags = 0xff, .tag = 0xffff, .mask = UINT64_MAX}),
+                   Report(kRegionsReport, {"-s", "flags:numOpened:allocated2MBlks:managementTag:numaAffinityMask"}),
+                   Banner("REGION", "KB", "flags:numOpened:allocated2MBlks:managementTag:numaAffinityMask") +
+                       Table(102,
+                             "                                   flags  numOpened allocated2MBlks managementTag     "
+                             "numaAffinityMask\n",
+                             std::string(kAllFlags) + " 3                   4                       65535" +
+                                 std::string(29, ' ') + "0xffffffffffffffff" + std::string(28, ' ') + "\n"),
+                   "", 0}),
+    NameOf<ReportCase>);
+
+INSTANTIATE_TEST_SUITE_P(RegionSize, PMemStats,
+                         testing::Values(Sized("NothingInKb", 0, "kb", "0"), Sized("OneByteInKb", 1, "kb", "1"),
+                                         Sized("OneByteInMb", 1, "mb", "1"), Sized("OneByteInPages", 1, "pg", "1"),
+                                         Sized("FiveKbInPages", 5120, "pg", "2"),
+                                         Sized("OneByteMoreThanAPage", 4097, "pg", "2"),
+                                         Sized("OneByteMoreThanOneMb", 0x100001, "mb", "2"),
+                                         // There is no mark for a missing size: all ones wraps like any other.
+                                         Sized("AllOnesInKb", UINT64_MAX, "kb", "0"),
+                                         Sized("AllOnesInMb", UINT64_MAX, "mb", "0"),
+                                         Sized("LargestInKb", UINT64_MAX - 1023, "kb", "18014398509481983"),
+                                         Sized("LargestInMb", UINT64_MAX - 1023, "mb", "17592186044416"),
+                                         Sized("LargestInPages", UINT64_MAX - 1023, "pg", "4503599627370496")),
+                         NameOf<ReportCase>);
+
+INSTANTIATE_TEST_SUITE_P(RegionFlags, PMemStats,
+                         testing::Values(Flagged("None", 0, "(none)"), Flagged("Two", 0x9, "allocated:readOnly"),
+                                         Flagged("One", 0x10, "blockDev"), Flagged("AllThatHaveNames", 0xff, kAllFlags),
+                                         Flagged("AllOnes", 0xffffffff, kAllFlags),
+                                         Flagged("NoneThatHasAName", 0xffffff00, "(none)"),
+                                         Flagged("OneWithAName", 0x80000020, "persistResv")),
+                         NameOf<ReportCase>);
+
+INSTANTIATE_TEST_SUITE_P(
+    RegionMarks, PMemStats,
+    testing::Values(ReportCase{"Nothing", OneRegion({}),
+                               Report(kRegionsReport, {"-q", "-s", "managementTag:numaAffinityMask"}),
+                               "managementTag,numaAffinityMask\n0,0x0\n", "", 0},
+                    ReportCase{"AllOnes", OneRegion({.tag = 0xffff, .mask = UINT64_MAX}),
+                               Report(kRegionsReport, {"-q", "-s", "managementTag:numaAffinityMask"}),
+                               "managementTag,numaAffinityMask\n65535,0xffffffffffffffff\n", "", 0}),
+    NameOf<ReportCase>);
+
+// Extents.
+
+constexpr char kExtentCsv[] =
+    "uuid,extentID,numaNode,startBlk,endBlk,startMPN,endMPN\n"
+    "vol-1,0,1005,1001,1002,1003,1004\n"
+    "vol-1,1,1105,1101,1102,1103,1104\n"
+    "vol-2,18446744073709551615,2005,2001,2002,2003,2004\n"
+    "vol-3,5,3005,3001,3002,3003,3004\n"
+    "vol-3,6,3105,3101,3102,3103,3104\n";
+
+constexpr char kExtentDescriptions[] = R"(Description of report header labels:
+                uuid: Volume UUID
+            extentID: Extent Number
+            numaNode: NUMA Node of this extent
+            startBlk: Starting blocknum of extent
+              endBlk: Ending blocknum of extent
+            startMPN: Starting MPN of extent
+              endMPN: Ending MPN of extent
+)";
+
+const std::string kExtentTable =
+    Banner("EXTENT", "Page (4K)", "(all)") +
+    Table(
+        106,
+        "                                    uuid   extentID   numaNode   startBlk     endBlk   startMPN     endMPN\n",
+        "                                   vol-1          0       1005       1001       1002       1003       1004\n"
+        "                                   vol-1          1       1105       1101       1102       1103       1104\n"
+        "                                   vol-2 18446744073709551615 2005   2001       2002       2003       2004\n"
+        "                                   vol-3          5       3005       3001       3002       3003       3004\n"
+        "                                   vol-3          6       3105       3101       3102       3103       3104\n");
+
+INSTANTIATE_TEST_SUITE_P(
+    Extents, PMemStats,
+    testing::Values(ReportCase{"Table", PMemHost(), Report(kExtentsReport, {"-u", "pg"}), kExtentTable, "", 0},
+                    ReportCase{"TableWithDescriptions", PMemHost(), Report(kExtentsReport, {"-vu", "pg"}),
+                               kExtentTable + kExtentDescriptions, "", 0},
+                    ReportCase{"Csv", PMemHost(), Report(kExtentsReport, {"-q"}), kExtentCsv, "", 0},
+                    ReportCase{"LargestAndSmallestNumber",
+                               PMemHost()
+                                   .AddList(kVolumes, {}, {"vol-1"})
+                                   .AddList(kExtents, {"vol-1"}, {INT32_MAX, INT32_MIN})
+                                   .AddRecord(kExtents, {"vol-1", INT32_MAX}, ExtentRecord{})
+                                   .AddRecord(kExtents, {"vol-1", INT32_MIN}, ExtentRecord{}),
+                               Report(kExtentsReport, {"-q", "-s", "extentID:numaNode"}),
+                               "extentID,numaNode\n2147483647,0\n18446744071562067968,0\n", "", 0}),
+    NameOf<ReportCase>);
+
+// Nodes of regions.
+
+constexpr char kNumaCsv[] =
+    "uuid,regionUuid,numaNode,num2MAllocated\n"
+    "vol-1,reg-a,10,1001\nvol-1,reg-a,11,1002\nvol-1,reg-b,12,1003\n"
+    "vol-2,reg-c,20,2001\n"
+    "vol-3,reg-d,30,3001\nvol-3,reg-e,31,3002\nvol-3,reg-e,32,3003\n";
+
+constexpr char kNumaDescriptions[] = R"(Description of report header labels:
+                uuid: Volume UUID
+          regionUuid: Region UUID
+            numaNode: NUMA node
+      num2MAllocated: Number of 2M blocks allocated
+)";
+
+const std::string kNumaTable =
+    Banner("REGION NUMA", "KB", "(all)") +
+    Table(
+        107,
+        "                                    uuid                               regionUuid   numaNode num2MAllocated\n",
+        "                                   vol-1                                    reg-a         10           1001\n"
+        "                                   vol-1                                    reg-a         11           1002\n"
+        "                                   vol-1                                    reg-b         12           1003\n"
+        "                                   vol-2                                    reg-c         20           2001\n"
+        "                                   vol-3                                    reg-d         30           3001\n"
+        "                                   vol-3                                    reg-e         31           3002\n"
+        "                                   vol-3                                    reg-e         32           "
+        "3003\n");
+
+INSTANTIATE_TEST_SUITE_P(Nodes, PMemStats,
+                         testing::Values(ReportCase{"Table", PMemHost(), Report(kNumaReport, {}), kNumaTable, "", 0},
+                                         ReportCase{"Csv", PMemHost(), Report(kNumaReport, {"-q"}), kNumaCsv, "", 0},
+                                         ReportCase{"CsvWithDescriptions", PMemHost(), Report(kNumaReport, {"-qv"}),
+                                                    std::string(kNumaCsv) + kNumaDescriptions, "", 0},
+                                         ReportCase{"LargeFigures",
+                                                    PMemHost()
+                                                        .AddList(kVolumes, {}, {"vol-2"})
+                                                        .AddRecord(kNuma, {"vol-2", "reg-c", 0},
+                                                                   RegionNumaRecord{.numaNode = UINT32_MAX,
+                                                                                    .allocatedBlocks = UINT64_MAX}),
+                                                    Report(kNumaReport, {"-q", "-s", "numaNode:num2MAllocated"}),
+                                                    "numaNode,num2MAllocated\n-1,18446744073709551615\n", "", 0}),
+                         NameOf<ReportCase>);
+
+// What holds for all four.
+
+struct Kind {
+  const char *name;  // of the test
+  const char *report;
+  const char *word;  // of the banner
+};
+
+void PrintTo(const Kind &kind, std::ostream *stream) { *stream << kind.name; }
+
+class PMemKind : public testing::TestWithParam<Kind> {
+ protected:
+  std::vector<std::string> Arguments(const std::vector<std::string> &options) const {
+    return Report(GetParam().report, options);
+  }
+};
+
+TEST_P(PMemKind, OffersNoBytes) {
+  for (const char *unit : {"b", "tb", ""}) {
+    const StandinRun run = Check(
+        {"", PMemHost(), Arguments({"-u", unit, "-v"}), "", "Invalid unit specified. Choose from {mb, kb, pg}\n", 1});
+    EXPECT_EQ(run.calls, std::vector<std::string>{"NODAL_CheckSig(21) = 0"});
+  }
+}
+
+TEST_P(PMemKind, NamesItselfAndTheUnit) {
+  const std::string table = Table(40, "                                    uuid\n", "");
+  const StandinHost host = StandinHost().AddList(kVolumes, {}, {});
+  const std::vector<std::pair<const char *, const char *>> units = {{"mb", "MB"}, {"KB", "KB"}, {"pg", "Page (4K)"}};
+  for (const auto &[unit, name] : units) {
+    Check({"", host, Arguments({"-u", unit, "-s", "uuid"}), Banner(GetParam().word, name, "uuid") + table, "", 0});
+  }
+}
+
+TEST_P(PMemKind, MayHaveNoVolumes) {
+  const std::string output = Banner(GetParam().word, "KB", "uuid") +
+                             Table(40, "                                    uuid\n", "") +
+                             "Description of report header labels:\n                uuid: Volume UUID\n";
+  Check({"", StandinHost().AddList(kVolumes, {}, {}), Arguments({"-v", "-s", "uuid"}), output, "", 0});
+  CheckWithStatuses(PMemHost(), Arguments({"-v", "-s", "uuid"}), {"", kList, kVolumes, 1, output, "", 0}, kAnyFailure);
+}
+
+TEST_P(PMemKind, MayHaveNoVolumesInCsv) {
+  Check({"", StandinHost(), Arguments({"-q", "-s", "uuid"}), "uuid\n", "", 0});
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, PMemKind,
+                         testing::Values(Kind{"Stores", kStores, "REGIONSTORE"},
+                                         Kind{"Regions", kRegionsReport, "REGION"},
+                                         Kind{"Extents", kExtentsReport, "EXTENT"},
+                                         Kind{"Nodes", kNumaReport, "REGION NUMA"}),
+                         NameOf<Kind>);
+
+// Calls that fail: of the first volume, of one in the middle, of the last.
+
+using Call = std::pair<const char *, FailingCall>;  // of a report
+
+class PMemCall : public testing::TestWithParam<Call> {};
+
+std::string NameOfCall(const testing::TestParamInfo<Call> &info) { return info.param.second.name; }
+
+TEST_P(PMemCall, Fails) {
+  const auto &[report, failing] = GetParam();
+  const std::string columns = "uuid:regionUuid:extentID:isClean:num2MAllocated";
+  CheckWithStatuses(PMemHost(), Report(report, {"-q", "-s", columns}), failing, kAnyFailure);
+}
+
+// One of the reports with so many rows when the call fails.
+Call Fails(const char *report, const std::vector<const char *> &rows, size_t count, const char *name,
+           const char *operation, const char *node, unsigned call, const std::string &errors) {
+  std::string output = rows[0];
+  for (size_t row = 1; row <= count; ++row)
+    output += rows[row];
+  return {report, {name, operation, node, call, output, errors, 0}};
+}
+
+Call Store(size_t rows, const char *name, const char *operation, const char *node, unsigned call,
+           const std::string &errors) {
+  return Fails(kStores, {"uuid,isClean\n", "vol-1,y\n", "vol-2,n\n", "vol-3,y\n"}, rows, name, operation, node, call,
+               errors);
+}
+
+constexpr char kNoVolumeName[] = "PMemRegionStoreReport: NODAL_ParamListGetString Failure\n";
+constexpr char kVolumeStep[] = "PMemRegionStoreReport: PMemGetVolumeInfo failure\n";
+constexpr char kStoreStep[] = "PMemRegionStoreReport: PMemGetRegionStoreInfo failure\n";
+const std::string kNoInfoList = std::string("PMemGetVolumeInfo: NODAL_ParamListCreate failure\n") + kVolumeStep;
+const std::string kInfoNotAdded = std::string("PMemGetVolumeInfo: NODAL_ParamListAddString failure\n") + kVolumeStep;
+const std::string kNoStoreList = std::string("PMemGetRegionStoreInfo: NODAL_ParamListCreate failure\n") + kStoreStep;
+const std::string kStoreNotAdded =
+    std::string("PMemGetRegionStoreInfo: NODAL_ParamListAddString failure\n") + kStoreStep;
+const std::string kNoStore = std::string("PMemGetRegionStoreInfo: NODAL_Get failure\n") + kStoreStep;
+
+INSTANTIATE_TEST_SUITE_P(StoreNames, PMemCall,
+                         testing::Values(Store(0, "OfTheFirst", kGetString, kVolumes, 1, kNoVolumeName),
+                                         Store(1, "OfTheSecond", kGetString, kVolumes, 2, kNoVolumeName),
+                                         Store(2, "OfTheThird", kGetString, kVolumes, 3, kNoVolumeName)),
+                         NameOfCall);
+
+INSTANTIATE_TEST_SUITE_P(StoreVolumes, PMemCall,
+                         testing::Values(Store(0, "NoListForTheFirst", kCreate, "*", 1, kNoInfoList),
+                                         Store(1, "NoListForTheSecond", kCreate, "*", 3, kNoInfoList),
+                                         Store(2, "NoListForTheThird", kCreate, "*", 5, kNoInfoList),
+                                         Store(0, "TheFirstIsNotAdded", kAddString, "*", 1, kInfoNotAdded),
+                                         Store(1, "TheSecondIsNotAdded", kAddString, "*", 3, kInfoNotAdded),
+                                         Store(2, "TheThirdIsNotAdded", kAddString, "*", 5, kInfoNotAdded),
+                                         Store(0, "TheFirstIsUnreadable", kGet, kInfo, 1, kVolumeStep),
+                                         Store(1, "TheSecondIsUnreadable", kGet, kInfo, 2, kVolumeStep),
+                                         Store(2, "TheThirdIsUnreadable", kGet, kInfo, 3, kVolumeStep)),
+                         NameOfCall);
+
+INSTANTIATE_TEST_SUITE_P(StoreFigures, PMemCall,
+                         testing::Values(Store(0, "NoListForTheFirst", kCreate, "*", 2, kNoStoreList),
+                                         Store(1, "NoListForTheSecond", kCreate, "*", 4, kNoStoreList),
+                                         Store(2, "NoListForTheThird", kCreate, "*", 6, kNoStoreList),
+                                         Store(0, "TheFirstIsNotAdded", kAddString, "*", 2, kStoreNotAdded),
+                                         Store(1, "TheSecondIsNotAdded", kAddString, "*", 4, kStoreNotAdded),
+                                         Store(2, "TheThirdIsNotAdded", kAddString, "*", 6, kStoreNotAdded),
+                                         Store(0, "TheFirstIsUnreadable", kGet, kStore, 1, kNoStore),
+                                         Store(1, "TheSecondIsUnreadable", kGet, kStore, 2, kNoStore),
+                                         Store(2, "TheThirdIsUnreadable", kGet, kStore, 3, kNoStore),
+                                         Store(0, "TheFirstMayBeCleanOrNot", kGet, kClean, 1, kStoreStep),
+                                         Store(1, "TheSecondMayBeCleanOrNot", kGet, kClean, 2, kStoreStep),
+                                         Store(2, "TheThirdMayBeCleanOrNot", kGet, kClean, 3, kStoreStep)),
+                         NameOfCall);
+
+Call Region(size_t rows, const char *name, const char *operation, const char *node, unsigned call,
+            const std::string &errors) {
+  return Fails(
+      kRegionsReport,
+      {"uuid,regionUuid\n", "vol-1,reg-a\n", "vol-1,reg-b\n", "vol-2,reg-c\n", "vol-3,reg-d\n", "vol-3,reg-e\n"}, rows,
+      name, operation, node, call, errors);
+}
+
+constexpr char kNoRegionName[] = "PMemRegionsReport: NODAL_ParamListGetString failure\n";
+constexpr char kNoRegionsList[] = "PMemRegionsReport: NODAL_ParamListCreate failure\n";
+constexpr char kRegionsNotAdded[] = "PMemRegionsReport: NODAL_ParamListAddString failure\n";
+constexpr char kRegionStep[] = "PMemRegionsReport: GetRegionsInfo failure\n";
+const std::string kNoRegionList = std::string("GetRegionsInfo: NODAL_ParamListCreate failure\n") + kRegionStep;
+const std::string kRegionNotAdded = std::string("GetRegionsInfo: NODAL_ParamListAddString failure\n") + kRegionStep;
+const std::string kNoRegion = std::string("GetRegionsInfo: NODAL_Get failure\n") + kRegionStep;
+
+INSTANTIATE_TEST_SUITE_P(RegionVolumes, PMemCall,
+                         testing::Values(Region(0, "NoNameOfTheFirst", kGetString, kVolumes, 1, kNoRegionName),
+                                         Region(2, "NoNameOfTheSecond", kGetString, kVolumes, 2, kNoRegionName),
+                                         Region(3, "NoNameOfTheThird", kGetString, kVolumes, 3, kNoRegionName),
+                                         Region(0, "NoListForTheFirst", kCreate, "*", 1, kNoRegionsList),
+                                         Region(2, "NoListForTheSecond", kCreate, "*", 4, kNoRegionsList),
+                                         Region(3, "NoListForTheThird", kCreate, "*", 6, kNoRegionsList),
+                                         Region(0, "TheFirstIsNotAdded", kAddString, "*", 1, kRegionsNotAdded),
+                                         Region(2, "TheSecondIsNotAdded", kAddString, "*", 6, kRegionsNotAdded),
+                                         Region(3, "TheThirdIsNotAdded", kAddString, "*", 9, kRegionsNotAdded),
+                                         Region(0, "OfTheFirstNotListed", kList, kRegions, 1, ""),
+                                         Region(2, "OfTheSecondNotListed", kList, kRegions, 2, ""),
+                                         Region(3, "OfTheThirdNotListed", kList, kRegions, 3, "")),
+                         NameOfCall);
+
+INSTANTIATE_TEST_SUITE_P(
+    Regions, PMemCall,
+    testing::Values(Region(0, "NoNameOfTheFirst", kGetString, kRegions, 1, kNoRegionName),
+                    Region(1, "NoNameOfTheSecond", kGetString, kRegions, 2, kNoRegionName),
+                    Region(4, "NoNameOfTheLast", kGetString, kRegions, 5, kNoRegionName),
+                    Region(0, "NoListForTheFirst", kCreate, "*", 2, kNoRegionList),
+                    Region(2, "NoListForOneInTheMiddle", kCreate, "*", 5, kNoRegionList),
+                    Region(4, "NoListForTheLast", kCreate, "*", 8, kNoRegionList),
+                    Region(0, "TheVolumeOfTheFirstIsNotAdded", kAddString, "*", 2, kRegionNotAdded),
+                    Region(0, "TheFirstIsNotAdded", kAddString, "*", 3, kRegionNotAdded),
+                    Region(2, "TheVolumeOfOneInTheMiddleIsNotAdded", kAddString, "*", 7, kRegionNotAdded),
+                    Region(2, "OneInTheMiddleIsNotAdded", kAddString, "*", 8, kRegionNotAdded),
+                    Region(4, "TheVolumeOfTheLastIsNotAdded", kAddString, "*", 12, kRegionNotAdded),
+                    Region(4, "TheLastIsNotAdded", kAddString, "*", 13, kRegionNotAdded),
+                    Region(0, "TheFirstIsUnreadable", kGet, kRegion, 1, kNoRegion),
+                    Region(1, "TheSecondIsUnreadable", kGet, kRegion, 2, kNoRegion),
+                    Region(4, "TheLastIsUnreadable", kGet, kRegion, 5, kNoRegion)),
+    NameOfCall);
+
+Call Extent(size_t rows, const char *name, const char *operation, const char *node, unsigned call,
+            const std::string &errors) {
+  return Fails(kExtentsReport,
+               {"uuid,extentID\n", "vol-1,0\n", "vol-1,1\n", "vol-2,18446744073709551615\n", "vol-3,5\n", "vol-3,6\n"},
+               rows, name, operation, node, call, errors);
+}
+
+constexpr char kNoExtentsList[] = "PMemExtentsReport: NODAL_ParamListCreate failure\n";
+constexpr char kExtentsNotAdded[] = "PMemExtentsReport: NODAL_ParamListAddString failure\n";
+constexpr char kNoExtentId[] = "PMemExtentsReport: NODAL_ParamListGetInt32 failure\n";
+constexpr char kExtentStep[] = "PMemExtentsReport: GetExtentsInfo failure\n";
+const std::string kNoExtentList = std::string("GetExtentsInfo: NODAL_ParamListCreate failure\n") + kExtentStep;
+const std::string kExtentVolumeNotAdded =
+    std::string("GetExtentsInfo: NODAL_ParamListAddString failure\n") + kExtentStep;
+const std::string kExtentNotAdded = std::string("GetExtentsInfo: NODAL_ParamListAddInt failure\n") + kExtentStep;
+const std::string kNoExtent = std::string("GetExtentsInfo: NODAL_Get failure\n") + kExtentStep;
+
+INSTANTIATE_TEST_SUITE_P(ExtentVolumes, PMemCall,
+                         testing::Values(Extent(0, "NoListForTheFirst", kCreate, "*", 1, kNoExtentsList),
+                                         Extent(2, "NoListForTheSecond", kCreate, "*", 4, kNoExtentsList),
+                                         Extent(3, "NoListForTheThird", kCreate, "*", 6, kNoExtentsList),
+                                         Extent(0, "TheFirstIsNotAdded", kAddString, "*", 1, kExtentsNotAdded),
+                                         Extent(2, "TheSecondIsNotAdded", kAddString, "*", 4, kExtentsNotAdded),
+                                         Extent(3, "TheThirdIsNotAdded", kAddString, "*", 6, kExtentsNotAdded),
+                                         Extent(0, "OfTheFirstNotListed", kList, kExtents, 1, ""),
+                                         Extent(2, "OfTheSecondNotListed", kList, kExtents, 2, ""),
+                                         Extent(3, "OfTheThirdNotListed", kList, kExtents, 3, "")),
+                         NameOfCall);
+
+INSTANTIATE_TEST_SUITE_P(
+    Extents, PMemCall,
+    testing::Values(Extent(0, "NoNumberOfTheFirst", kGetInt32, kExtents, 1, kNoExtentId),
+                    Extent(2, "NoNumberOfOneInTheMiddle", kGetInt32, kExtents, 3, kNoExtentId),
+                    Extent(4, "NoNumberOfTheLast", kGetInt32, kExtents, 5, kNoExtentId),
+                    Extent(0, "NoListForTheFirst", kCreate, "*", 2, kNoExtentList),
+                    Extent(2, "NoListForOneInTheMiddle", kCreate, "*", 5, kNoExtentList),
+                    Extent(4, "NoListForTheLast", kCreate, "*", 8, kNoExtentList),
+                    Extent(0, "TheVolumeOfTheFirstIsNotAdded", kAddString, "*", 2, kExtentVolumeNotAdded),
+                    Extent(2, "TheVolumeOfOneInTheMiddleIsNotAdded", kAddString, "*", 5, kExtentVolumeNotAdded),
+                    Extent(4, "TheVolumeOfTheLastIsNotAdded", kAddString, "*", 8, kExtentVolumeNotAdded),
+                    Extent(0, "TheFirstIsNotAdded", kAddInt, "*", 1, kExtentNotAdded),
+                    Extent(2, "OneInTheMiddleIsNotAdded", kAddInt, "*", 3, kExtentNotAdded),
+                    Extent(4, "TheLastIsNotAdded", kAddInt, "*", 5, kExtentNotAdded),
+                    Extent(0, "TheFirstIsUnreadable", kGet, kExtents, 1, kNoExtent),
+                    Extent(1, "TheSecondIsUnreadable", kGet, kExtents, 2, kNoExtent),
+                    Extent(4, "TheLastIsUnreadable", kGet, kExtents, 5, kNoExtent)),
+    NameOfCall);
+
+Call Numa(size_t rows, const char *name, const char *operation, const char *node, unsigned call,
+          const std::string &errors) {
+  return Fails(kNumaReport,
+               {"uuid,regionUuid,num2MAllocated\n", "vol-1,reg-a,1001\n", "vol-1,reg-a,1002\n", "vol-1,reg-b,1003\n",
+                "vol-2,reg-c,2001\n", "vol-3,reg-d,3001\n", "vol-3,reg-e,3002\n", "vol-3,reg-e,3003\n"},
+               rows, name, operation, node, call, errors);
+}
+
+// The report has two names for itself.
+constexpr char kNoNumaList[] = "PMemRegionNumaReport: NODAL_ParamListCreate failure\n";
+constexpr char kNumaNotAdded[] = "PMemRegionNumaReport: NODAL_ParamListAddString failure\n";
+constexpr char kNoNumber[] = "PMemRegionsNumaReport: NODAL_ParamListGetInt32 failure\n";
+constexpr char kNodeStep[] = "PMemRegionsNumaReport: GetRegionsNumaInfo failure\n";
+const std::string kNoNodeList = std::string("GetRegionsNumaInfo: NODAL_ParamListCreate failure\n") + kNodeStep;
+const std::string kNamesNotAdded = std::string("GetRegionsNumaInfo: NODAL_ParamListAddString failure\n") + kNodeStep;
+const std::string kNodeNotAdded = std::string("GetRegionsNumaInfo: NODAL_ParamListAddInt failure\n") + kNodeStep;
+const std::string kNoNode = std::string("GetRegionsNumaInfo: NODAL_Get failure\n") + kNodeStep;
+
+INSTANTIATE_TEST_SUITE_P(NodesVolumes, PMemCall,
+                         testing::Values(Numa(0, "NoListForTheFirst", kCreate, "*", 1, kNoNumaList),
+                                         Numa(3, "NoListForTheSecond", kCreate, "*", 7, kNoNumaList),
+                                         Numa(4, "NoListForTheThird", kCreate, "*", 10, kNoNumaList),
+                                         Numa(0, "TheFirstIsNotAdded", kAddString, "*", 1, kNumaNotAdded),
+                                         Numa(3, "TheSecondIsNotAdded", kAddString, "*", 12, kNumaNotAdded),
+                                         Numa(4, "TheThirdIsNotAdded", kAddString, "*", 17, kNumaNotAdded),
+                                         Numa(0, "OfTheFirstNotListed", kList, kRegions, 1, ""),
+                                         Numa(3, "OfTheSecondNotListed", kList, kRegions, 2, ""),
+                                         Numa(4, "OfTheThirdNotListed", kList, kRegions, 3, "")),
+                         NameOfCall);
+
+INSTANTIATE_TEST_SUITE_P(NodesRegions, PMemCall,
+                         testing::Values(Numa(0, "NoListForTheFirst", kCreate, "*", 2, kNoNumaList),
+                                         Numa(2, "NoListForTheSecond", kCreate, "*", 5, kNoNumaList),
+                                         Numa(5, "NoListForTheLast", kCreate, "*", 13, kNoNumaList),
+                                         Numa(0, "TheVolumeOfTheFirstIsNotAdded", kAddString, "*", 2, kNumaNotAdded),
+                                         Numa(0, "TheFirstIsNotAdded", kAddString, "*", 3, kNumaNotAdded),
+                                         Numa(2, "TheVolumeOfTheSecondIsNotAdded", kAddString, "*", 8, kNumaNotAdded),
+                                         Numa(2, "TheSecondIsNotAdded", kAddString, "*", 9, kNumaNotAdded),
+                                         Numa(5, "TheVolumeOfTheLastIsNotAdded", kAddString, "*", 22, kNumaNotAdded),
+                                         Numa(5, "TheLastIsNotAdded", kAddString, "*", 23, kNumaNotAdded),
+                                         Numa(0, "OfTheFirstNotListed", kList, kNuma, 1, ""),
+                                         Numa(2, "OfTheSecondNotListed", kList, kNuma, 2, ""),
+                                         Numa(5, "OfTheLastNotListed", kList, kNuma, 5, "")),
+                         NameOfCall);
+
+INSTANTIATE_TEST_SUITE_P(
+    Nodes, PMemCall,
+    testing::Values(Numa(0, "NoNumberOfTheFirst", kGetInt32, kNuma, 1, kNoNumber),
+                    Numa(3, "NoNumberOfOneInTheMiddle", kGetInt32, kNuma, 4, kNoNumber),
+                    Numa(6, "NoNumberOfTheLast", kGetInt32, kNuma, 7, kNoNumber),
+                    Numa(0, "NoListForTheFirst", kCreate, "*", 3, kNoNodeList),
+                    Numa(3, "NoListForOneInTheMiddle", kCreate, "*", 9, kNoNodeList),
+                    Numa(6, "NoListForTheLast", kCreate, "*", 15, kNoNodeList),
+                    Numa(0, "TheVolumeOfTheFirstIsNotAdded", kAddString, "*", 4, kNamesNotAdded),
+                    Numa(0, "TheRegionOfTheFirstIsNotAdded", kAddString, "*", 5, kNamesNotAdded),
+                    Numa(3, "TheVolumeOfOneInTheMiddleIsNotAdded", kAddString, "*", 15, kNamesNotAdded),
+                    Numa(3, "TheRegionOfOneInTheMiddleIsNotAdded", kAddString, "*", 16, kNamesNotAdded),
+                    Numa(6, "TheVolumeOfTheLastIsNotAdded", kAddString, "*", 26, kNamesNotAdded),
+                    Numa(6, "TheRegionOfTheLastIsNotAdded", kAddString, "*", 27, kNamesNotAdded),
+                    Numa(0, "TheFirstIsNotAdded", kAddInt, "*", 1, kNodeNotAdded),
+                    Numa(3, "OneInTheMiddleIsNotAdded", kAddInt, "*", 4, kNodeNotAdded),
+                    Numa(6, "TheLastIsNotAdded", kAddInt, "*", 7, kNodeNotAdded),
+                    Numa(0, "TheFirstIsUnreadable", kGet, kNuma, 1, kNoNode),
+                    Numa(3, "OneInTheMiddleIsUnreadable", kGet, kNuma, 4, kNoNode),
+                    Numa(6, "TheLastIsUnreadable", kGet, kNuma, 7, kNoNode)),
+    NameOfCall);
+
+// The table is closed and described also after a failure, in the third volume here.
+TEST(PMemFailure, LeavesTheTableClosed) {
+  StandinHost host = PMemHost();
+  host.Fail({.operation = kGet, .node = kClean, .call = 3, .status = 0x0bad0003});
+  Check({"", host, Report(kStores, {"-v", "-s", "isClean"}),
+         Banner("REGIONSTORE", "KB", "isClean") + Table(7, "isClean\n", "      y\n      n\n") +
+             "Description of report header labels:\n             isClean: Is region store clean ?\n",
+         kStoreStep, 0});
+}
+
+TEST(PMemFailure, StandsBetweenTheRowsAndTheEnd) {
+  StandinHost host = PMemHost();
+  host.Fail({.operation = kGet, .node = kNuma, .call = 5});
+  const StandinRun run = RunKestrel(host, Report(kNumaReport, {"-s", "numaNode"}), {.errorsToOutput = true});
+  EXPECT_EQ(run.outcome.output, Banner("REGION NUMA", "KB", "numaNode") + Rule(10) + "  numaNode\n" + Rule(10) +
+                                    Rule(10) + "        10\n        11\n        12\n        20\n" + kNoNode + Rule(10));
+  EXPECT_EQ(run.outcome.exitStatus, 0);
+}
+
+// Volumes and regions without anything in them are passed over.
+TEST(PMemVolumes, MayBeEmpty) {
+  Check({"", PMemHost().AddList(kRegions, {"vol-1"}, {}), Report(kRegionsReport, {"-qs", "regionUuid"}),
+         "regionUuid\nreg-c\nreg-d\nreg-e\n", "", 0});
+  Check({"", PMemHost().AddList(kExtents, {"vol-2"}, {}), Report(kExtentsReport, {"-qs", "extentID"}),
+         "extentID\n0\n1\n5\n6\n", "", 0});
+  Check({"", PMemHost().AddList(kRegions, {"vol-3"}, {}), Report(kNumaReport, {"-qs", "regionUuid"}),
+         "regionUuid\nreg-a\nreg-a\nreg-b\nreg-c\n", "", 0});
+  Check({"", PMemHost().AddList(kNuma, {"vol-1", "reg-a"}, {}), Report(kNumaReport, {"-qs", "regionUuid"}),
+         "regionUuid\nreg-b\nreg-c\nreg-d\nreg-e\nreg-e\n", "", 0});
+}
+
+// Whether a name could be read is not asked for by the reports on extents and nodes. What they then read is of no
+// matter, as long as it is no row of another's, and they say nothing about the name.
+class PMemUnreadName : public testing::TestWithParam<FailingCall> {};
+
+TEST_P(PMemUnreadName, IsNotMentioned) {
+  const FailingCall &failing = GetParam();
+  for (const char *report : {kExtentsReport, kNumaReport}) {
+    const StandinRun clean = RunKestrel(PMemHost(), Report(report, {"-q"}));
+    for (const HVC_ReturnStatus status : kAnyFailure) {
+      const StandinRun run = RunKestrel(
+          PMemHost().Fail(
+              {.operation = failing.operation, .node = failing.node, .call = failing.call, .status = status}),
+          Report(report, {"-q"}));
+      EXPECT_EQ(run.outcome.exitStatus, 0) << run;
+      EXPECT_EQ(run.outcome.errors.find("GetString"), std::string::npos) << run;
+      EXPECT_EQ(ListErrors(run), "") << run;
+      EXPECT_TRUE(clean.outcome.output.starts_with(run.outcome.output)) << run;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Names, PMemUnreadName,
+                         testing::Values(FailingCall{"OfTheFirstVolume", kGetString, kVolumes, 1, "", "", 0},
+                                         FailingCall{"OfTheSecondVolume", kGetString, kVolumes, 2, "", "", 0},
+                                         FailingCall{"OfTheThirdVolume", kGetString, kVolumes, 3, "", "", 0},
+                                         FailingCall{"OfTheFirstRegion", kGetString, kRegions, 1, "", "", 0},
+                                         FailingCall{"OfTheSecondRegion", kGetString, kRegions, 2, "", "", 0},
+                                         FailingCall{"OfTheLastRegion", kGetString, kRegions, 5, "", "", 0}),
+                         NameOf<FailingCall>);
+
+// The calls of a run about the first volume alone.
+
+StandinHost FirstVolume() { return PMemHost().AddList(kVolumes, {}, {"vol-1"}); }
+
+TEST(PMemCalls, OfAVolumeAndItsStore) {
+  EXPECT_EQ(CallsThatCount(RunKestrel(FirstVolume(), Report(kStores, {}))),
+            (std::vector<std::string>{
+                "NODAL_CheckSig(21) = 0",
+                "NODAL_GetInstanceListAlloc(memory_pmem_volumes, []) = 0 list1",
+                "NODAL_ParamListGetString(list1, 0) = 0",
+                "NODAL_ParamListCreate(1, 1) = list2",
+                "NODAL_ParamListAddString(list2, \"vol-1\") = 0",
+                "NODAL_Get(memory_pmem_volumes_info, [\"vol-1\"], 40) = 0",
+                "NODAL_ParamListDestroy(list2)",
+                "NODAL_ParamListCreate(1, 1) = list3",
+                "NODAL_ParamListAddString(list3, \"vol-1\") = 0",
+                "NODAL_Get(memory_pmem_volumes_regionStore_info, [\"vol-1\"], 48) = 0",
+                "NODAL_Get(memory_pmem_volumes_regionStore_isClean, [\"vol-1\"], 1) = 0",
+                "NODAL_ParamListDestroy(list3)",
+                "NODAL_ParamListDestroy(list1)",
+            }));
+}
+
+TEST(PMemCalls, OfItsRegions) {
+  EXPECT_EQ(CallsThatCount(RunKestrel(FirstVolume(), Report(kRegionsReport, {}))),
+            (std::vector<std::string>{
+                "NODAL_CheckSig(21) = 0",
+                "NODAL_GetInstanceListAlloc(memory_pmem_volumes, []) = 0 list1",
+                "NODAL_ParamListGetString(list1, 0) = 0",
+                "NODAL_ParamListCreate(1, 1) = list2",
+                "NODAL_ParamListAddString(list2, \"vol-1\") = 0",
+                "NODAL_GetInstanceListAlloc(memory_pmem_volumes_regionStore_regions, [\"vol-1\"]) = 0 list3",
+                "NODAL_ParamListDestroy(list2)",
+                "NODAL_ParamListGetString(list3, 0) = 0",
+                "NODAL_ParamListCreate(1, 2) = list4",
+                "NODAL_ParamListAddString(list4, \"vol-1\") = 0",
+                "NODAL_ParamListAddString(list4, \"reg-a\") = 0",
+                "NODAL_Get(memory_pmem_volumes_regionStore_regions_info, [\"vol-1\",\"reg-a\"], 80) = 0",
+                "NODAL_ParamListDestroy(list4)",
+                "NODAL_ParamListGetString(list3, 1) = 0",
+                "NODAL_ParamListCreate(1, 2) = list5",
+                "NODAL_ParamListAddString(list5, \"vol-1\") = 0",
+                "NODAL_ParamListAddString(list5, \"reg-b\") = 0",
+                "NODAL_Get(memory_pmem_volumes_regionStore_regions_info, [\"vol-1\",\"reg-b\"], 80) = 0",
+                "NODAL_ParamListDestroy(list5)",
+                "NODAL_ParamListDestroy(list3)",
+                "NODAL_ParamListDestroy(list1)",
+            }));
+}
+
+// The number of regions is asked for again after every row.
+TEST(PMemCalls, TheRegionsAreCountedAgainAfterEveryRow) {
+  const StandinRun run = RunKestrel(FirstVolume(), Report(kRegionsReport, {}));
+  EXPECT_EQ(std::count(run.calls.begin(), run.calls.end(), "NODAL_ParamListUsedCount(list3) = 2"), 3) << run;
+}
+
+TEST(PMemCalls, OfItsExtents) {
+  EXPECT_EQ(CallsThatCount(RunKestrel(FirstVolume(), Report(kExtentsReport, {}))),
+            (std::vector<std::string>{
+                "NODAL_CheckSig(21) = 0",
+                "NODAL_GetInstanceListAlloc(memory_pmem_volumes, []) = 0 list1",
+                "NODAL_ParamListGetString(list1, 0) = 0",
+                "NODAL_ParamListCreate(1, 1) = list2",
+                "NODAL_ParamListAddString(list2, \"vol-1\") = 0",
+                "NODAL_GetInstanceListAlloc(memory_pmem_volumes_extents, [\"vol-1\"]) = 0 list3",
+                "NODAL_ParamListDestroy(list2)",
+                "NODAL_ParamListGetInt32(list3, 0) = 0",
+                "NODAL_ParamListCreate(1, 2) = list4",
+                "NODAL_ParamListAddString(list4, \"vol-1\") = 0",
+                "NODAL_ParamListAddInt(list4, 0) = 0",
+                "NODAL_Get(memory_pmem_volumes_extents, [\"vol-1\",0], 40) = 0",
+                "NODAL_ParamListDestroy(list4)",
+                "NODAL_ParamListGetInt32(list3, 1) = 0",
+                "NODAL_ParamListCreate(1, 2) = list5",
+                "NODAL_ParamListAddString(list5, \"vol-1\") = 0",
+                "NODAL_ParamListAddInt(list5, 1) = 0",
+                "NODAL_Get(memory_pmem_volumes_extents, [\"vol-1\",1], 40) = 0",
+                "NODAL_ParamListDestroy(list5)",
+                "NODAL_ParamListDestroy(list3)",
+                "NODAL_ParamListDestroy(list1)",
+            }));
+}
+
+std::string NodesListed(const std::string &region, const std::string &list) {
+  return "NODAL_GetInstanceListAlloc(memory_pmem_volumes_regionStore_regions_numaAllocInfo, [\"vol-1\",\"" + region +
+         "\"]) = 0 " + list;
+}
+
+TEST(PMemCalls, OfTheNodesOfItsRegions) {
+  const StandinHost host = FirstVolume().AddList(kNuma, {"vol-1", "reg-a"}, {1});
+  EXPECT_EQ(CallsThatCount(RunKestrel(host, Report(kNumaReport, {}))),
+            (std::vector<std::string>{
+                "NODAL_CheckSig(21) = 0",
+                "NODAL_GetInstanceListAlloc(memory_pmem_volumes, []) = 0 list1",
+                "NODAL_ParamListGetString(list1, 0) = 0",
+                "NODAL_ParamListCreate(1, 1) = list2",
+                "NODAL_ParamListAddString(list2, \"vol-1\") = 0",
+                "NODAL_GetInstanceListAlloc(memory_pmem_volumes_regionStore_regions, [\"vol-1\"]) = 0 list3",
+                "NODAL_ParamListDestroy(list2)",
+                "NODAL_ParamListGetString(list3, 0) = 0",
+                "NODAL_ParamListCreate(1, 2) = list4",
+                "NODAL_ParamListAddString(list4, \"vol-1\") = 0",
+                "NODAL_ParamListAddString(list4, \"reg-a\") = 0",
+                NodesListed("reg-a", "list5"),
+                "NODAL_ParamListDestroy(list4)",
+                "NODAL_ParamListGetInt32(list5, 0) = 0",
+                "NODAL_ParamListCreate(1, 3) = list6",
+                "NODAL_ParamListAddString(list6, \"vol-1\") = 0",
+                "NODAL_ParamListAddString(list6, \"reg-a\") = 0",
+                "NODAL_ParamListAddInt(list6, 1) = 0",
+                "NODAL_Get(memory_pmem_volumes_regionStore_regions_numaAllocInfo, [\"vol-1\",\"reg-a\",1], 12) = 0",
+                "NODAL_ParamListDestroy(list6)",
+                "NODAL_ParamListDestroy(list5)",
+                "NODAL_ParamListGetString(list3, 1) = 0",
+                "NODAL_ParamListCreate(1, 2) = list7",
+                "NODAL_ParamListAddString(list7, \"vol-1\") = 0",
+                "NODAL_ParamListAddString(list7, \"reg-b\") = 0",
+                NodesListed("reg-b", "list8"),
+                "NODAL_ParamListDestroy(list7)",
+                "NODAL_ParamListGetInt32(list8, 0) = 0",
+                "NODAL_ParamListCreate(1, 3) = list9",
+                "NODAL_ParamListAddString(list9, \"vol-1\") = 0",
+                "NODAL_ParamListAddString(list9, \"reg-b\") = 0",
+                "NODAL_ParamListAddInt(list9, 1) = 0",
+                "NODAL_Get(memory_pmem_volumes_regionStore_regions_numaAllocInfo, [\"vol-1\",\"reg-b\",1], 12) = 0",
+                "NODAL_ParamListDestroy(list9)",
+                "NODAL_ParamListDestroy(list8)",
+                "NODAL_ParamListDestroy(list3)",
+                "NODAL_ParamListDestroy(list1)",
+            }));
+}
+
+}  // namespace
+}  // namespace faults
