@@ -4,6 +4,7 @@
 #include <tuple>
 
 #include "tests/faults/hosts.h"
+#include "tests/faults/machine_hosts.h"
 #include "tests/faults/report_case.h"
 #include "tests/support/text.h"
 
@@ -48,9 +49,11 @@ TEST_P(EveryCall, MayFailOnce) {
 }
 
 TEST_P(EveryCall, MayFailForGood) {
-  for (const char *operation : {"NODAL_ParamListCreate", "NODAL_ParamListAddInt", "NODAL_ParamListRemoveLastParam",
-                                "NODAL_ParamListAddString", "NODAL_ParamListGetInt64", "NODAL_ParamListGetUInt32",
-                                "NODAL_ParamListGetString", "NODAL_Get", "NODAL_GetInstanceListAlloc"}) {
+  for (const char *operation :
+       {"NODAL_ParamListCreate", "NODAL_ParamListCreateAndAllocateParams", "NODAL_ParamListAddInt",
+        "NODAL_ParamListAddString", "NODAL_ParamListRemoveLastParam", "NODAL_ParamListGetInt64",
+        "NODAL_ParamListGetInt32", "NODAL_ParamListGetUInt32", "NODAL_ParamListGetString", "NODAL_Get",
+        "NODAL_GetInstanceList", "NODAL_GetInstanceListAlloc", "NODAL_GetInstanceListAllocHint"}) {
     const StandinRun run = RunWith({.operation = operation, .status = status()});
     EXPECT_EQ(run.outcome.signal, 0) << run;
     EXPECT_TRUE(run.outcome.exitStatus == 0 || run.outcome.exitStatus == 1) << run;
@@ -77,7 +80,16 @@ INSTANTIATE_TEST_SUITE_P(
             Scenario{"ZipStats", MachinesHost, {"-r", "zip-stats", "-q", "-s", "name:worldGrp", "-g", "30"}},
             Scenario{"LPageStats", MachinesHost, {"-r", "lpage-stats", "-q", "-s", "name:worldGrp", "-g", "30"}},
             Scenario{
-                "AsyncRemapStats", MachinesHost, {"-r", "asyncremap-stats", "-q", "-s", "name:grpLeader", "-g", "20"}}),
+                "AsyncRemapStats", MachinesHost, {"-r", "asyncremap-stats", "-q", "-s", "name:grpLeader", "-g", "20"}},
+            Scenario{"PShareHintStats", HintsHost, {"-r", "pshareHint-stats"}},
+            Scenario{"BuddyStats", BuddyHost, {"-r", "buddy-stats", "-s", "name:type:numaNode"}},
+            Scenario{"CompStats", ComprehensiveHost, {"-r", "comp-stats"}},
+            Scenario{"LPoolStats", LargePagesHost, {"-r", "lpool-stats", "-s", "nodeID"}},
+            Scenario{"HeapStats", HeapsHost, {"-r", "heap-stats", "-s", "dynGrow:numSuccAllocs"}},
+            Scenario{"PMemRegionStoreStats", PMemHost, {"-r", "pmem-regionstore-stats"}},
+            Scenario{"PMemRegionStats", PMemHost, {"-r", "pmem-region-stats"}},
+            Scenario{"PMemExtentStats", PMemHost, {"-r", "pmem-extent-stats"}},
+            Scenario{"PMemRegionNumaStats", PMemHost, {"-r", "pmem-region-numa-stats", "-q"}}),
         testing::Values(0x0bad0001u, 0x0bad0003u, 0x0bad0031u)),
     NameOf);
 
