@@ -32,6 +32,12 @@ constexpr bool IsHeaderKey(std::string_view key) {
   return key == kSignatureKey || key == kBuildKey || key == kHostKey || key == kTimeKey;
 }
 
+// Before a node's path: what stands there is not the node, but the status with which it could not be read.
+inline constexpr std::string_view kFailurePrefix = "failed:";
+inline constexpr size_t kFailureBytes = 4;
+
+constexpr bool IsFailureKey(std::string_view key) { return key.starts_with(kFailurePrefix); }
+
 inline constexpr size_t kMostKeyBytes = 4096;
 inline constexpr size_t kMostHeaderText = 255;
 

@@ -23,6 +23,7 @@ class SnapshotSource : public Source {
 
  private:
   HVC_ReturnStatus Find(const Node &node, Arguments arguments, ValueType type, Value &value);
+  HVC_ReturnStatus StatusOfAbsent(std::string_view path);
 
   snapshot::SnapshotFile file_;
 };
@@ -32,7 +33,22 @@ HVC_ReturnStatus SnapshotSource::Find(const Node &node, Arguments arguments, Val
   WritePath(node, arguments, path);
   if (!path.ok()) return HVC_NOT_FOUND;  // no key is as long as that
   const HVC_ReturnStatus status = file_.Find(path.view(), value);
+  if (status == HVC_NOT_FOUND) return StatusOfAbsent(path.view());
   return status == HVC_OK && value.type != type ? HVC_SNAPSHOT_DAMAGED : status;
+}
+
+// Why a node is not in the file: it was not there, or it could not be read.
+HVC_ReturnStatus SnapshotSource::StatusOfAbsent(std::string_view path) {
+  PathWriter key;
+  key.Literal(snapshot::kFailurePrefix).Literal(path);
+  if (!key.ok()) return HVC_NOT_FOUND;
+  Value value;
+  const HVC_ReturnStatus status = file_.Find(key.view(), value);
+  if (status != HVC_OK) return status;
+  if (value.type != ValueType::kRecord || value.payload.size() != snapshot::kFailureBytes) return HVC_SNAPSHOT_DAMAGED;
+  HVC_ReturnStatus failure;
+  std::memcpy(&failure, value.payload.data(), sizeof failure);
+  return failure == HVC_OK ? HVC_SNAPSHOT_DAMAGED : failure;
 }
 
 HVC_ReturnStatus SnapshotSource::Get(const Node &node, Arguments arguments, std::span<std::byte> record) {

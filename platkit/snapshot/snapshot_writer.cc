@@ -145,6 +145,11 @@ HVC_ReturnStatus SnapshotWriter::AddTexts(std::string_view path, std::span<const
   return Add(path, ValueType::kTexts, std::as_bytes(std::span(payload)));
 }
 
+HVC_ReturnStatus SnapshotWriter::AddFailure(std::string_view path, HVC_ReturnStatus failure) {
+  static_assert(sizeof failure == kFailureBytes);
+  return AddRecord(std::string(kFailurePrefix) + std::string(path), std::as_bytes(std::span(&failure, 1)));
+}
+
 HVC_ReturnStatus SnapshotWriter::Add(std::string_view key, ValueType type, std::span<const std::byte> payload) {
   if (IsReservedKey(key)) return HVC_ALREADY_EXISTS;
   if (key.size() > kMostKeyBytes || payload.size() > kMostFileBytes) return HVC_LIMIT_EXCEEDED;

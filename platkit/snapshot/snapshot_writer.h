@@ -32,6 +32,9 @@ class SnapshotWriter {
   }
   [[nodiscard]] HVC_ReturnStatus AddTexts(std::string_view path, std::span<const std::string> texts);
 
+  // In the place of a record or list that could not be read: the status, which readers of the snapshot get in turn.
+  [[nodiscard]] HVC_ReturnStatus AddFailure(std::string_view path, HVC_ReturnStatus failure);
+
   // An entry of any kind.
   [[nodiscard]] HVC_ReturnStatus Add(std::string_view key, ValueType type, std::span<const std::byte> payload);
 

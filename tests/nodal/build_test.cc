@@ -63,6 +63,20 @@ TEST(Build, RawValues) {
             ": /a: \"0\" is not a string of pairs of the digits 0-9 and a-f\n");
 }
 
+TEST(Build, Failures) {
+  const auto failure = [](const std::string &value) { return NodesComplaint("\"failed:/system/heaps\": " + value); };
+  const std::string path = ": failed:/system/heaps: ";
+  const std::string form = " is not a status: an object of a 'status', and no more\n";
+  const std::string status = " is not the text or number of a failure\n";
+  EXPECT_EQ(failure(R"("No permission")"), path + "\"No permission\"" + form);
+  EXPECT_EQ(failure(R"({"status": 3, "more": 1})"), path + "an object" + form);
+  EXPECT_EQ(failure(R"({"status": "no permission"})"), path + "\"no permission\"" + status);
+  EXPECT_EQ(failure(R"({"status": "Success"})"), path + "\"Success\"" + status);
+  EXPECT_EQ(failure(R"({"status": 0})"), path + "0" + status);
+  EXPECT_EQ(failure(R"({"status": -1})"), path + "-1" + status);
+  EXPECT_EQ(failure(R"({"status": 4294967296})"), path + "4294967296" + status);
+}
+
 TEST(Build, Fields) {
   const auto alloc = [](const std::string &fields) {
     return NodesComplaint("\"/sched/groups/4/memAllocationInKB\": " + fields);

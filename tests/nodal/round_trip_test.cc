@@ -123,6 +123,35 @@ TEST(RoundTrip, Forms) {
   ExpectRoundTrip(snapshot);
 }
 
+TEST(RoundTrip, Failures) {
+  const Scratch scratch;
+  SnapshotWriter writer;
+  ASSERT_EQ(writer.AddHeader({.definitions = platkit::OwnDefinitions(), .host = {}, .time = {}}), HVC_OK);
+  ASSERT_EQ(writer.AddFailure("/system/heaps", HVC_NO_PERMISSION), HVC_OK);
+  ASSERT_EQ(writer.AddFailure("/memory/memInfo", 4000000000), HVC_OK);
+  ASSERT_EQ(writer.AddFailure("/unknown", HVC_NOT_FOUND), HVC_OK);
+  ASSERT_EQ(writer.AddFailure("/memory/comprehensive", HVC_OK), HVC_OK);
+  ASSERT_EQ(writer.AddTexts("failed:", {}), HVC_OK);
+  ASSERT_EQ(writer.Write(scratch.Path("failures")), HVC_OK);
+  const std::string dump = Nodal("dump " + scratch.Path("failures")).out;
+  EXPECT_TRUE(dump.ends_with(R"(  "nodes": {
+    "failed:": {
+      "type": "T",
+      "hex": ""
+    },
+    "failed:/memory/comprehensive": {
+      "type": "R",
+      "hex": "00000000"
+    },
+    "failed:/memory/memInfo": {"status":4000000000},
+    "failed:/system/heaps": {"status":"No permission"},
+    "failed:/unknown": {"status":"Not found"}
+  }
+}
+)")) << dump;
+  ExpectRoundTrip(scratch.Path("failures"));
+}
+
 TEST(RoundTrip, ADamagedValueIsNotDumped) {
   const Scratch scratch;
   std::string bytes = Contents(Built(scratch, HostOf(R"("/system/heaps": ["main"])")));

@@ -30,6 +30,9 @@ TEST(Text, Hex) {
 TEST(Text, Statuses) {
   EXPECT_EQ(StatusText(HVC_NOT_FOUND), "Not found");
   EXPECT_EQ(StatusText(0x0bad0163), "Status 195887459");
+#define STATUS(index, name, text) EXPECT_EQ(StatusOfText(StatusText(HVC_##name)), HVC_##name) << (text);
+#include "platkit/status.def"
+  EXPECT_EQ(StatusOfText("Status 195887459"), std::nullopt);
 }
 
 }  // namespace

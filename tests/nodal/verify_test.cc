@@ -44,6 +44,19 @@ TEST(Verify, Values) {
             "/what: no such node in the catalogue\n");
 }
 
+TEST(Verify, Failures) {
+  EXPECT_EQ(ProblemsOf(R"("/system/heaps": [],
+                          "failed:/hardware/nvd/dimm": {"type": "R", "hex": "00000000"},
+                          "failed:/memory/memInfo": {"status": "No permission"},
+                          "failed:/memory/pshare/stats": {"type": "R", "hex": "01"},
+                          "failed:/system/heaps": {"status": "Not found"},
+                          "failed:/what": {"status": "Not found"})"),
+            "failed:/hardware/nvd/dimm: not a failure's status\n"
+            "failed:/memory/pshare/stats: not a failure's status\n"
+            "failed:/system/heaps: what could not be read is there\n"
+            "failed:/what: no such node in the catalogue\n");
+}
+
 TEST(Verify, Time) {
   const Scratch scratch;
   EXPECT_EQ(Problems(Built(scratch, R"({"format": 1, "time": "2026-03-14T09:26:53Z"})")), "");

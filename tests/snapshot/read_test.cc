@@ -36,6 +36,21 @@ TEST_F(Read, WhatIsNotThereIsNotFound) {
   EXPECT_EQ(Reading("/system/heaps/" + std::string(5000, 'x') + "/stats").Get(*source, &heap), HVC_NOT_FOUND);
 }
 
+TEST_F(Read, WhatCouldNotBeReadFailsWithItsStatus) {
+  SnapshotWriter writer;
+  ASSERT_EQ(writer.AddFailure("/sched/groups/1/groupName", HVC_NO_PERMISSION), HVC_OK);
+  ASSERT_EQ(writer.AddFailure("/system/heaps", 4000000000), HVC_OK);
+  ASSERT_EQ(writer.AddFailure("/system/buddy", HVC_OK), HVC_OK);
+  ASSERT_EQ(writer.AddRecord("failed:/hardware/nvd/dimm", Bytes("three")), HVC_OK);
+  ASSERT_EQ(writer.AddTexts("failed:/hardware/pci/seg", {}), HVC_OK);
+  const auto source = Opened(writer);
+  GroupNameRecord record;
+  EXPECT_EQ(Reading("/sched/groups/1/groupName").Get(*source, &record), HVC_NO_PERMISSION);
+  EXPECT_EQ(Reading("/system/heaps").List(*source), 4000000000);
+  for (const char *path : {"/system/buddy", "/hardware/nvd/dimm", "/hardware/pci/seg"})
+    EXPECT_EQ(Reading(path).List(*source), HVC_SNAPSHOT_DAMAGED) << path;
+}
+
 TEST_F(Read, RecordOfAnotherSize) {
   SnapshotWriter writer;
   for (const char *size : {"0", "3", "5"}) {

@@ -150,6 +150,9 @@ HVC_ReturnStatus AddTexts(std::string_view key, const Json &json, SnapshotWriter
 
 HVC_ReturnStatus AddNode(std::string_view key, const Json &json, SnapshotWriter &writer) {
   if (json.is_object() && json.contains("hex")) return AddRaw(key, json, writer);
+  if (snapshot::IsFailureKey(key)) {
+    return writer.AddFailure(key.substr(snapshot::kFailurePrefix.size()), FailureFromJson(json));
+  }
   const PathTarget target = platkit::ParsePath(key);
   if (target.node == nullptr) throw InvalidJson("no such node");
   if (target.asRecord) {

@@ -43,8 +43,17 @@ OrderedJson TextsToJson(std::string_view texts) {
   return list;
 }
 
+OrderedJson StoredFailureToJson(const Value &value) {
+  HVC_ReturnStatus failure = HVC_OK;
+  if (value.type == ValueType::kRecord && value.payload.size() == sizeof failure) {
+    std::memcpy(&failure, value.payload.data(), sizeof failure);
+  }
+  return failure == HVC_OK ? RawToJson(value) : FailureToJson(failure);
+}
+
 // In the catalogue's terms where it has any, else raw.
 OrderedJson ValueToJson(std::string_view key, const Value &value) {
+  if (snapshot::IsFailureKey(key)) return StoredFailureToJson(value);
   const PathTarget target = platkit::ParsePath(key);
   if (target.node == nullptr) return RawToJson(value);
   if (target.asRecord) {

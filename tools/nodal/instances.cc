@@ -20,6 +20,16 @@ constexpr int64_t kConfigurationSpace = 4096;
 
 const Node &NodeNamed(std::string_view name) { return *platkit::FindNode(name); }
 
+// Which argument of `node` is such an instance, with the first of `outer` before it.
+size_t PlaceInPath(std::string_view what, Outer outer, const Node &node) {
+  const size_t arguments = std::max(node.listArguments(), node.recordArguments());
+  for (size_t i = 0; i < arguments; ++i) {
+    if (node.arguments[i].what == what) return i;
+    if (i == outer.size() || node.arguments[i].what != outer[i].what) break;
+  }
+  return Node::kMostArguments;
+}
+
 // Appends what is not there yet.
 void AppendNew(const Arguments &more, std::set<Argument> &seen, Arguments &to) {
   for (const Argument &argument : more) {
@@ -40,6 +50,20 @@ const Node *ListOfInstances(const Node &node, size_t argument) {
   };
   const auto found = std::ranges::find_if(platkit::Nodes(), fits);
   return found == platkit::Nodes().end() ? nullptr : &*found;
+}
+
+std::vector<std::string> PlacesOf(std::string_view what, const Argument &instance, Outer outer,
+                                  const Arguments &outerArguments) {
+  std::vector<std::string> places;
+  for (const Node &node : platkit::Nodes()) {
+    const size_t argument = PlaceInPath(what, outer, node);
+    if (argument == Node::kMostArguments) continue;
+    Arguments arguments(outerArguments.begin(), outerArguments.begin() + static_cast<std::ptrdiff_t>(argument));
+    arguments.push_back(instance);
+    std::string place = InstancePath(node, arguments);
+    if (std::ranges::find(places, place) == places.end()) places.push_back(std::move(place));
+  }
+  return places;
 }
 
 std::optional<int64_t> MemNodeOf(std::string_view buddy) {

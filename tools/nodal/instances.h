@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -49,6 +50,14 @@ class Instances {
 // The list, if there is one, that has the instances of an argument as its entries. It takes the first of the arguments
 // that stand before it.
 const Node *ListOfInstances(const Node &node, size_t argument);
+
+// What stands before an argument in a path.
+using Outer = std::span<const platkit::Instance>;
+
+// The paths at and below which stands all that the tree has of an instance. `outer` says what the arguments before it
+// are, where it is named. None, if no node takes it.
+std::vector<std::string> PlacesOf(std::string_view what, const Argument &instance, Outer outer,
+                                  const Arguments &outerArguments);
 
 // The number of the memory node that a buddy allocator serves: the decimal number behind the first seven characters of
 // its name, 0 if there is none. Only the allocators whose names begin with "memmap" serve one.

@@ -178,6 +178,24 @@ std::string TextFromJson(const Json &json) {
   throw InvalidJson(Brief(json) + " is not a string");
 }
 
+OrderedJson FailureToJson(HVC_ReturnStatus failure) {
+  const std::string text = StatusText(failure);
+  if (StatusOfText(text) == failure) return {{"status", text}};
+  return {{"status", failure}};
+}
+
+HVC_ReturnStatus FailureFromJson(const Json &json) {
+  if (!json.is_object() || json.size() != 1 || !json.contains("status")) {
+    throw InvalidJson(Brief(json) + " is not a status: an object of a 'status', and no more");
+  }
+  const Json &status = json["status"];
+  std::optional<HVC_ReturnStatus> failure;
+  if (status.is_string()) failure = StatusOfText(status.get_ref<const std::string &>());
+  if (status.is_number_unsigned() && status.get<uint64_t>() <= UINT32_MAX) failure = status.get<HVC_ReturnStatus>();
+  if (!failure || *failure == HVC_OK) throw InvalidJson(Brief(status) + " is not the text or number of a failure");
+  return *failure;
+}
+
 std::string Brief(const Json &json) {
   if (json.is_object()) return "an object";
   if (json.is_array()) return "an array";

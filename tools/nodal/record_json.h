@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platkit/catalogue.h"
+#include "platkit/status.h"
 
 namespace nodal {
 
@@ -29,6 +30,10 @@ void RecordFromJson(const platkit::RecordLayout &layout, const Json &json, std::
 // A string, or {"hex": ...} for what is not UTF-8.
 OrderedJson TextToJson(std::string_view text);
 std::string TextFromJson(const Json &json);
+
+// {"status": "No permission"}; a number for what has no text.
+OrderedJson FailureToJson(HVC_ReturnStatus failure);
+HVC_ReturnStatus FailureFromJson(const Json &json);
 
 // A value of one line, as it stands in an error message.
 std::string Brief(const Json &json);

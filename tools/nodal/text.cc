@@ -1,12 +1,23 @@
 #include "tools/nodal/text.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <utility>
+#include <iterator>
 
 namespace nodal {
 namespace {
 
 constexpr std::string_view kHexDigits = "0123456789abcdef";
+
+struct StatusName {
+  HVC_ReturnStatus status;
+  std::string_view text;
+};
+
+constexpr StatusName kStatusTexts[] = {
+#define STATUS(index, name, text) {HVC_##name, text},
+#include "platkit/status.def"
+};
 
 struct Character {
   size_t size;  // 0: not UTF-8
@@ -77,15 +88,19 @@ std::optional<std::string> FromHex(std::string_view digits) {
   return bytes;
 }
 
+std::string Plural(size_t count, const std::string &what) {
+  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 std::string StatusText(HVC_ReturnStatus status) {
-  static constexpr std::pair<HVC_ReturnStatus, const char *> kTexts[] = {
-#define STATUS(index, name, text) {HVC_##name, text},
-#include "platkit/status.def"
-  };
-  for (const auto &[known, text] : kTexts) {
-    if (known == status) return text;
-  }
-  return "Status " + std::to_string(status);
+  const auto *known = std::ranges::find(kStatusTexts, status, &StatusName::status);
+  return known != std::end(kStatusTexts) ? std::string(known->text) : "Status " + std::to_string(status);
+}
+
+std::optional<HVC_ReturnStatus> StatusOfText(std::string_view text) {
+  const auto *known = std::ranges::find(kStatusTexts, text, &StatusName::text);
+  if (known == std::end(kStatusTexts)) return std::nullopt;
+  return known->status;
 }
 
 }  // namespace nodal

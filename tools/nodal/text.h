@@ -22,7 +22,13 @@ std::optional<std::string> FromHex(std::string_view digits);
 
 inline std::span<const std::byte> BytesOf(std::string_view text) { return std::as_bytes(std::span(text)); }
 
+// "1 record", "2 records".
+std::string Plural(size_t count, const std::string &what);
+
 std::string StatusText(HVC_ReturnStatus status);
+
+// The status of that text, if it is one of the kernel's.
+std::optional<HVC_ReturnStatus> StatusOfText(std::string_view text);
 
 }  // namespace nodal
 

@@ -35,10 +35,6 @@ class Problems {
   size_t count_ = 0;
 };
 
-std::string Plural(size_t count, const std::string &what) {
-  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 bool IsTime(std::string_view text) {
   constexpr std::string_view kForm = "0000-00-00T00:00:00Z";
   if (text.empty()) return true;
@@ -49,9 +45,14 @@ bool IsTime(std::string_view text) {
 // The file: its records, their order, their values, its index. Collects what is sound, by path.
 class FileCheck {
  public:
+  struct Found {
+    std::map<std::string, PathTarget> sound;
+    std::set<std::string> failures;  // those of them that could not be read
+  };
+
   FileCheck(SnapshotFile &file, Problems &problems) : file_(file), problems_(problems) {}
 
-  std::map<std::string, PathTarget> Run() {
+  Found Run() {
     SnapshotFile::Cursor cursor(file_);
     HVC_ReturnStatus status;
     while ((status = cursor.Next()) == HVC_OK) {
@@ -66,7 +67,7 @@ class FileCheck {
     }
     if (!file_.TablesAreWhole()) problems_.Report("index", "a hash table is damaged");
     if (!IsTime(file_.header().time)) problems_.Report("time", "not of the form 2026-03-14T09:26:53Z");
-    return std::move(sound_);
+    return std::move(found_);
   }
 
  private:
@@ -91,6 +92,7 @@ class FileCheck {
 
   void CheckValue(const std::string &key, const Value &value) {
     if (snapshot::IsHeaderKey(key)) return;  // read when the file was opened
+    if (snapshot::IsFailureKey(key)) return CheckFailure(key, value);
     PathTarget target = platkit::ParsePath(key);
     if (target.node == nullptr) {
       problems_.Report(key, "no such node in the catalogue");
@@ -99,7 +101,24 @@ class FileCheck {
                !wrong.empty()) {
       problems_.Report(key, wrong);
     } else {
-      sound_.emplace(key, std::move(target));
+      found_.sound.emplace(key, std::move(target));
+    }
+  }
+
+  void CheckFailure(const std::string &key, const Value &value) {
+    const std::string path = key.substr(snapshot::kFailurePrefix.size());
+    PathTarget target = platkit::ParsePath(path);
+    Value read;
+    if (target.node == nullptr) {
+      problems_.Report(key, "no such node in the catalogue");
+    } else if (value.type != ValueType::kRecord || value.payload.size() != sizeof(HVC_ReturnStatus) ||
+               std::ranges::count(value.payload, std::byte{0}) == sizeof(HVC_ReturnStatus)) {
+      problems_.Report(key, "not a failure's status");
+    } else if (file_.Find(path, read) != HVC_NOT_FOUND) {
+      problems_.Report(key, "what could not be read is there");
+    } else {
+      found_.failures.emplace(path);
+      found_.sound.emplace(path, std::move(target));
     }
   }
 
@@ -122,7 +141,7 @@ class FileCheck {
   Problems &problems_;
   uint64_t entries_ = 0;
   std::string previous_;
-  std::map<std::string, PathTarget> sound_;
+  Found found_;
 };
 
 // Reads what the file's check found sound; what it did not has been reported.
@@ -193,32 +212,14 @@ class ReferenceCheck {
     return std::string(what) + " " + ShownForm(argument);
   }
 
-  // What stands before an argument in a path.
-  using Outer = std::span<const platkit::Instance>;
-
   // Something is stored for an instance that is named at `path`. `outer` says what the arguments before it are.
   void CheckNamed(const std::string &path, const std::string &how, Outer outer, const Arguments &outerArguments,
                   std::string_view what, const Argument &instance) {
-    bool anythingIsExpected = false;
-    for (const Node &node : platkit::Nodes()) {
-      const auto place = PlaceOf(what, outer, node);
-      if (place == Node::kMostArguments) continue;
-      anythingIsExpected = true;
-      Arguments arguments(outerArguments.begin(), outerArguments.begin() + static_cast<std::ptrdiff_t>(place));
-      arguments.push_back(instance);
-      if (AnythingBelow(InstancePath(node, arguments))) return;
+    const std::vector<std::string> places = PlacesOf(what, instance, outer, outerArguments);
+    if (places.empty() || std::ranges::any_of(places, [this](const auto &place) { return AnythingBelow(place); })) {
+      return;
     }
-    if (anythingIsExpected) problems_.Report(path, how + " " + Named(what, instance) + ", of which there is nothing");
-  }
-
-  // Which argument of `node` is such an instance, with the first of `outer` before it.
-  static size_t PlaceOf(std::string_view what, Outer outer, const Node &node) {
-    const size_t arguments = std::max(node.listArguments(), node.recordArguments());
-    for (size_t i = 0; i < arguments; ++i) {
-      if (node.arguments[i].what == what) return i;
-      if (i == outer.size() || node.arguments[i].what != outer[i].what) break;
-    }
-    return Node::kMostArguments;
+    problems_.Report(path, how + " " + Named(what, instance) + ", of which there is nothing");
   }
 
   bool AnythingBelow(const std::string &path) const {
@@ -291,11 +292,15 @@ bool Verify(const std::string &path) {
   if (status != HVC_OK) throw Failure(path, status);
 
   Problems problems;
-  const std::map<std::string, PathTarget> entries = FileCheck(file, problems).Run();
-  ReferenceCheck(entries, *source, problems).Run();
-  const auto records =
-      static_cast<size_t>(std::ranges::count_if(entries, [](const auto &entry) { return entry.second.asRecord; }));
-  const std::string summary = Plural(records, "record") + ", " + Plural(entries.size() - records, "list") + ", ";
+  const FileCheck::Found found = FileCheck(file, problems).Run();
+  ReferenceCheck(found.sound, *source, problems).Run();
+  const auto isRecord = [&](const auto &entry) {
+    return entry.second.asRecord && !found.failures.contains(entry.first);
+  };
+  const auto records = static_cast<size_t>(std::ranges::count_if(found.sound, isRecord));
+  const size_t lists = found.sound.size() - found.failures.size() - records;
+  std::string summary = Plural(records, "record") + ", " + Plural(lists, "list") + ", ";
+  if (!found.failures.empty()) summary += Plural(found.failures.size(), "failure") + ", ";
   Print(Printable(path) + ": " + summary +
         (problems.count() == 0 ? "no problems" : Plural(problems.count(), "problem")) + "\n");
   return problems.count() == 0;
