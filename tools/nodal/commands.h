@@ -3,6 +3,7 @@
 #define NODAL_COMMANDS_H
 
 #include <string>
+#include <vector>
 
 namespace nodal {
 
@@ -19,6 +20,18 @@ struct GetOptions {
   bool raw = false;
 };
 void Get(const GetOptions &options);
+
+struct CaptureOptions {
+  std::string snapshot;
+  std::vector<std::string> only;  // paths; none for all
+  bool anonymize = false;
+  std::string key;  // of the pseudonyms; empty for one that nobody knows
+  // What is read instead of the running host, if any: a snapshot, or a root folder.
+  std::string cache = {};
+  std::string root = {};
+};
+// Tells on standard error what it came to.
+void Capture(const CaptureOptions &options);
 
 void Dump(const std::string &snapshot);
 

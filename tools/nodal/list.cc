@@ -6,43 +6,11 @@
 #include "tools/nodal/commands.h"
 #include "tools/nodal/instances.h"
 #include "tools/nodal/output.h"
+#include "tools/nodal/shape.h"
 #include "tools/nodal/text.h"
 
 namespace nodal {
 namespace {
-
-std::vector<std::string_view> Split(std::string_view path) {
-  std::vector<std::string_view> parts;
-  while (!path.empty()) {
-    path.remove_prefix(1);  // the slash
-    const size_t end = std::min(path.find('/'), path.size());
-    parts.push_back(path.substr(0, end));
-    path.remove_prefix(end);
-  }
-  return parts;
-}
-
-// A node's path in parts, those of arguments in braces: once for the list, once for the record, where it is both.
-struct Shape {
-  const Node *node;
-  bool asRecord;
-  std::string path;
-
-  static std::vector<Shape> All() {
-    std::vector<Shape> shapes;
-    for (const Node &node : platkit::Nodes()) {
-      const std::string_view path = node.path;
-      if (node.isList) shapes.push_back({&node, false, std::string(path.substr(0, path.find('[')))});
-      if (!node.isRecord()) continue;
-      Shape record = {&node, true, {}};
-      std::ranges::copy_if(path, std::back_inserter(record.path), [](char c) { return c != '[' && c != ']'; });
-      shapes.push_back(std::move(record));
-    }
-    return shapes;
-  }
-};
-
-bool IsArgument(std::string_view part) { return part.starts_with('{'); }
 
 struct Child {
   std::string name;
@@ -57,7 +25,7 @@ class Lister {
 
   // Throws a Failure if the path leads nowhere.
   std::vector<Child> Children() {
-    for (const Shape &shape : Shape::All())
+    for (const Shape &shape : AllShapes())
       AddShape(shape);
     if (!isFolder_ && children_.empty()) throw Failure(path_.empty() ? "/" : path_, HVC_NOT_FOUND);
     // Like a file, a node with nothing below it is listed itself.

@@ -21,6 +21,7 @@ struct Options {
   std::string root;
   nodal::ListOptions list;
   nodal::GetOptions get;
+  nodal::CaptureOptions capture;
   std::string input;
   std::string snapshot;
 };
@@ -34,17 +35,26 @@ void UseSourceOf(const Options &options) {
   if (status != HVC_OK) throw nodal::Failure(path, status);
 }
 
+nodal::CaptureOptions CaptureOptionsOf(const Options &options) {
+  nodal::CaptureOptions capture = options.capture;
+  capture.snapshot = options.snapshot;
+  capture.cache = options.cache;
+  capture.root = options.root;
+  return capture;
+}
+
 void Define(CLI::App &app, Options &options) {
   app.require_subcommand(1);
   app.fallthrough();
   app.set_version_flag("--version", "nodal " PLATKIT_VERSION ", definitions " + platkit::OwnDefinitions().build);
   CLI::Option *cache =
-      app.add_option("--cache", options.cache, "Read a snapshot instead of the running host (ls, get)");
+      app.add_option("--cache", options.cache, "Read a snapshot instead of the running host (ls, get, capture)");
   app.add_option("--root", options.root,
-                 "Read the /proc and /sys saved in a folder instead of the running host (ls, get)")
+                 "Read the /proc and /sys saved in a folder instead of the running host (ls, get, capture)")
       ->excludes(cache);
+  const auto isGiven = [](const std::string &value) { return value.empty() ? "the name is empty" : ""; };
   for (CLI::Option *source : app.get_options())
-    source->check([](const std::string &value) { return value.empty() ? "the name is empty" : ""; });
+    source->check(isGiven);
 
   CLI::App *list = app.add_subcommand("ls", "List what lies below a path; what has something below it ends in '/'");
   list->add_option("path", options.list.path, "The path; without it, the whole tree's");
@@ -56,6 +66,19 @@ void Define(CLI::App &app, Options &options) {
   CLI::Option *json = get->add_flag("--json", options.get.json, "Show JSON");
   get->add_flag("--raw", options.get.raw, "Write the bytes as they are")->excludes(json)->excludes(descriptions);
   json->excludes(descriptions);
+
+  CLI::App *capture = app.add_subcommand("capture", "Save the running host as a snapshot");
+  capture->add_option("-o,--output", options.snapshot, "The snapshot to make")->required();
+  capture->add_option("--only", options.capture.only, "Save what stands at and below this path; may be repeated")
+      ->allow_extra_args(false);
+  CLI::Option *anonymize = capture->add_flag("--anonymize", options.capture.anonymize,
+                                             "Put pseudonyms in the place of names and UUIDs, the host's own included");
+  capture->add_option("--key", options.capture.key, "Give the same pseudonyms as another capture with this key")
+      ->needs(anonymize)
+      ->check(isGiven);
+  capture->footer(
+      "Devices on the PCI bus are saved only if --only leads there (/hardware/pci), their registers never.\n"
+      "What could not be read is saved as that: a report shows it as it would have on the host.");
 
   CLI::App *dump = app.add_subcommand("dump", "Show a whole snapshot as JSON");
   dump->add_option("snapshot", options.snapshot, "The snapshot")->required();
@@ -69,6 +92,7 @@ void Define(CLI::App &app, Options &options) {
 
   list->callback([&options] { UseSourceOf(options), nodal::List(options.list); });
   get->callback([&options] { UseSourceOf(options), nodal::Get(options.get); });
+  capture->callback([&options] { UseSourceOf(options), nodal::Capture(CaptureOptionsOf(options)); });
   dump->callback([&options] { nodal::Dump(options.snapshot); });
   build->callback([&options] { nodal::Build(options.input, options.snapshot); });
   verify->callback([&options] {

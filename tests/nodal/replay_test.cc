@@ -1,0 +1,128 @@
+// What kestrel prints of a host, it prints of the host's capture.
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "tests/linux/saved_host.h"
+#include "tests/nodal/program.h"
+#include "tests/support/text.h"
+
+namespace {
+
+using platkit::SavedHost;
+
+const char *const kReports[] = {"group-stats",       "vm-stats",          "uw-stats",
+                                "buddy-stats",       "pshare-stats",      "pshareHint-stats",
+                                "swap-stats",        "comp-stats",        "lpool-stats",
+                                "heap-stats",        "guest-stats",       "zip-stats",
+                                "lpage-stats",       "asyncremap-stats",  "pmem-regionstore-stats",
+                                "pmem-region-stats", "pmem-extent-stats", "pmem-region-numa-stats"};
+
+// The sanitizers want to be loaded first; here the test's own library is.
+std::string SanitizerOptions() {
+  const char *given = std::getenv("ASAN_OPTIONS");
+  return (given == nullptr ? "" : std::string(given) + ":") + "verify_asan_link_order=0";
+}
+
+class Replay : public testing::TestWithParam<std::string> {
+ protected:
+  // Runs a program as the user of the test, or as nobody.
+  testing_support::Outcome RunIt(const std::string &program, std::vector<std::string> words, bool overRoot = false) {
+    testing_support::Command command = {.program = program, .arguments = std::move(words)};
+    if (asNobody_) {
+      command.arguments.insert(command.arguments.begin(),
+                               {"--reuid=65534", "--regid=65534", "--clear-groups", program});
+      command.program = "/usr/bin/setpriv";
+    }
+    if (overRoot) {
+      command.environment = {{"LD_PRELOAD", ROOT_FOLDER_LIBRARY}, {"ASAN_OPTIONS", SanitizerOptions()}};
+    }
+    testing_support::Outcome outcome = testing_support::Run(command);
+    outcome.output = testing_support::MaskTimes(outcome.output);
+    return outcome;
+  }
+
+  void ExpectEqualReports(const SavedHost &host) {
+    const Scratch scratch;
+    std::filesystem::permissions(scratch.folder(), std::filesystem::perms::all);
+    const std::string root = host.Path("");
+    const std::string snapshot = scratch.Path("host.nodal");
+    const auto captured = RunIt(NODAL_PROGRAM, {"--root", root, "capture", "-o", snapshot});
+    ASSERT_EQ(captured.exitStatus, 0) << captured;
+    const Outcome verified = Nodal("verify " + snapshot);
+    EXPECT_EQ(verified.status, 0) << verified.out;
+    for (const std::string report : kReports) {
+      for (const std::vector<std::string> &more : {std::vector<std::string>{}, {"-q", "-v"}}) {
+        SCOPED_TRACE(report);
+        const auto live = RunIt(KESTREL_PROGRAM, Words(root, report, more), true);
+        const auto replayed = RunIt(KESTREL_PROGRAM, Words(snapshot, report, more));
+        EXPECT_EQ(live.output, replayed.output);
+        EXPECT_EQ(live.errors, replayed.errors);
+        EXPECT_EQ(live.exitStatus, replayed.exitStatus);
+      }
+    }
+  }
+
+  bool asNobody_ = false;
+
+ private:
+  static std::vector<std::string> Words(const std::string &cache, const std::string &report,
+                                        const std::vector<std::string> &more) {
+    std::vector<std::string> words = {"-c", cache, "-r", report};
+    words.insert(words.end(), more.begin(), more.end());
+    return words;
+  }
+};
+
+TEST_P(Replay, OfASavedHost) {
+  const SavedHost host(GetParam());
+  ExpectEqualReports(host);
+}
+
+// Every file that cannot be read, as a folder cannot, fails alike in both.
+TEST_P(Replay, OfAHostWithFilesThatCannotBeRead) {
+  SavedHost host(GetParam());
+  for (const char *file : {"proc/slabinfo", "proc/buddyinfo", "proc/meminfo", "proc/zoneinfo", "proc/vmstat",
+                           "proc/300/status", "sys/kernel/mm/ksm/pages_shared"}) {
+    host.Remove(file);
+    host.MakeFolder(file);
+  }
+  ExpectEqualReports(host);
+}
+
+TEST_P(Replay, OfAHostWithFilesThatAreNotForTheUser) {
+  SavedHost host(GetParam());
+  asNobody_ = geteuid() == 0;
+  const auto tried = RunIt(NODAL_PROGRAM, {"--version"});
+  if (tried.exitStatus != 0) GTEST_SKIP() << "an ordinary user cannot run the programs here: " << tried;
+  for (const char *file : {"proc/slabinfo", "proc/iomem", "proc/meminfo"}) {
+    host.Write(file, "");
+    host.Forbid(file);
+  }
+  for (const auto &entry : std::filesystem::recursive_directory_iterator(host.Path("proc"))) {
+    const std::string name = entry.path().filename();
+    if (name != "ksm_merging_pages" && name != "maps" && name != "cmdline") continue;
+    host.Forbid(std::filesystem::relative(entry.path(), host.Path("")));
+  }
+  ExpectEqualReports(host);
+}
+
+std::vector<std::string> Archives() {
+  std::vector<std::string> archives;
+  for (const auto &entry : std::filesystem::directory_iterator(SAVED_HOSTS))
+    archives.push_back(entry.path().filename());
+  std::ranges::sort(archives);
+  return archives;
+}
+
+std::string NameOf(const testing::TestParamInfo<std::string> &info) {
+  std::string name;
+  for (const char c : info.param)
+    name += std::isalnum(static_cast<unsigned char>(c)) != 0 ? c : '_';
+  return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Hosts, Replay, testing::ValuesIn(Archives()), NameOf);
+
+}  // namespace
