@@ -42,7 +42,8 @@ HVC_ReturnStatus Resolve(const std::string &path, std::string &target) {
   return HVC_OK;
 }
 
-// A file that is being written beside its target. Unless it takes the target's place, it is removed.
+// A file that is being written beside its target. It has a name only when it is whole, where the file system allows
+// that: then nothing is left of it, however the program ends. Unless it takes the target's place, it is removed.
 class Draft {
  public:
   explicit Draft(const std::string &target) : target_(target) {}
@@ -56,19 +57,17 @@ class Draft {
   int fd() const { return fd_; }
 
   bool Create() {
-    constexpr int kMostTries = 100;
-
-    for (int i = 0; i < kMostTries; ++i) {
-      const std::string path = target_ + ".new-" + std::to_string(arc4random());
-      fd_ = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
-      if (fd_ >= 0) path_ = path;
-      if (fd_ >= 0 || errno != EEXIST) break;
-    }
-    return fd_ >= 0;
+    // Without /proc, it could not be given a name.
+    if (access(kOwnDescriptors, F_OK) == 0) fd_ = open(Folder().c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, 0666);
+    if (fd_ >= 0) return true;
+    return TryNames([this](const char *path) {
+      fd_ = open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
+      return fd_ >= 0;
+    });
   }
 
   bool TakePlace() {
-    if (fsync(fd_) != 0) return false;
+    if (fsync(fd_) != 0 || !GiveName()) return false;
     const int closed = close(fd_);
     fd_ = -1;
     if (closed != 0 || rename(path_.c_str(), target_.c_str()) != 0) return false;
@@ -78,11 +77,39 @@ class Draft {
   }
 
  private:
+  static constexpr char kOwnDescriptors[] = "/proc/self/fd";
+
+  // Tries names beside the target until one is free; false with errno if none is to be had.
+  template <typename Try>
+  bool TryNames(Try take) {
+    constexpr int kMostTries = 100;
+
+    for (int i = 0; i < kMostTries; ++i) {
+      std::string path = target_ + ".new-" + std::to_string(arc4random());
+      if (take(path.c_str())) {
+        path_ = std::move(path);
+        return true;
+      }
+      if (errno != EEXIST) break;
+    }
+    return false;
+  }
+
+  bool GiveName() {
+    if (!path_.empty()) return true;
+    const std::string descriptor = std::string(kOwnDescriptors) + "/" + std::to_string(fd_);
+    return TryNames(
+        [&](const char *path) { return linkat(AT_FDCWD, descriptor.c_str(), AT_FDCWD, path, AT_SYMLINK_FOLLOW) == 0; });
+  }
+
+  std::string Folder() const {
+    const size_t slash = target_.rfind('/');
+    return slash == std::string::npos ? "." : target_.substr(0, slash + 1);
+  }
+
   // The file is in its place already; on a file system that cannot sync a folder, that is all there is to be had.
   void SyncFolder() const {
-    const size_t slash = target_.rfind('/');
-    const std::string folder = slash == std::string::npos ? "." : target_.substr(0, slash + 1);
-    const int fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int fd = open(Folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0) return;
     static_cast<void>(fsync(fd));
     close(fd);

@@ -1,7 +1,7 @@
 // Collects the entries of a snapshot and writes them as a file.
 //
 // The same content gives the same bytes, in whatever order it was added. The file appears whole or not at all: it is
-// written beside the target, synced, and renamed.
+// written beside the target, without a name where the file system can do that, synced, and renamed.
 #ifndef PLATKIT_SNAPSHOT_SNAPSHOT_WRITER_H
 #define PLATKIT_SNAPSHOT_SNAPSHOT_WRITER_H
 

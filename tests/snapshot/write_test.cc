@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -129,6 +130,29 @@ TEST_F(Write, NoRoom) {
     EXPECT_EQ(scratch_.Names(), std::vector<std::string>{"file"});
     EXPECT_EQ(Contents(path), "older");
   }
+}
+
+// The same limit ends a process that does not care for the signal: a crash while the file is being written.
+TEST_F(Write, ACrash) {
+  const int unnamed = open(scratch_.folder().c_str(), O_RDWR | O_TMPFILE, 0600);
+  if (unnamed < 0) GTEST_SKIP() << "the file system has no files without names";
+  close(unnamed);
+  const std::string path = scratch_.Write("file", "older");
+  const pid_t child = fork();
+  if (child == 0) {
+    const rlimit files = {.rlim_cur = 2100, .rlim_max = 2100}, cores = {.rlim_cur = 0, .rlim_max = 0};
+    SnapshotWriter writer;
+    AddSmallHost(writer);
+    if (setrlimit(RLIMIT_CORE, &cores) == 0 && setrlimit(RLIMIT_FSIZE, &files) == 0) {
+      static_cast<void>(writer.Write(path));
+    }
+    _exit(0);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGXFSZ) << status;
+  EXPECT_EQ(scratch_.Names(), std::vector<std::string>{"file"});
+  EXPECT_EQ(Contents(path), "older");
 }
 
 TEST_F(Write, Limits) {
