@@ -77,7 +77,7 @@ struct Totals {
 // Puts what was read into a snapshot.
 class Compiler {
  public:
-  Compiler(const CaptureOptions &options) {
+  explicit Compiler(const CaptureOptions &options) {
     if (options.anonymize) pseudonyms_.emplace(options.key);
   }
 
