@@ -26,6 +26,12 @@ class Figure {
     return isAbsent() ? ifAbsent : HVC_KB_NONE;
   }
 
+  // The same for a cell of 32 bits, where all ones also stands for what does not fit.
+  constexpr uint32_t Cell32(uint32_t ifAbsent) const {
+    const uint64_t cell = Cell(ifAbsent);
+    return cell > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(cell);
+  }
+
   // An absent figure adds nothing.
   friend constexpr Figure operator+(Figure a, Figure b) {
     if (a.isAbsent()) return b;

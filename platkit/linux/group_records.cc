@@ -4,6 +4,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "platkit/linux/printable.h"
+
 namespace platkit {
 namespace {
 
@@ -25,8 +27,6 @@ constexpr KindTraits kKinds[] = {
 const KindTraits &TraitsOf(const Group &group) { return kKinds[static_cast<size_t>(group.kind)]; }
 
 bool IsProcess(const Group &group) { return group.kind == GroupKind::kProcess || group.kind == GroupKind::kVm; }
-
-char Printable(char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f' ? '?' : c; }
 
 uint64_t CellInKB(Figure bytes, uint64_t ifAbsent) { return (bytes / 1024).Cell(ifAbsent); }
 

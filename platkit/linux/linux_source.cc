@@ -10,6 +10,7 @@
 #include "platkit/linux/page_sharing.h"
 #include "platkit/linux/pci_devices.h"
 #include "platkit/linux/processor.h"
+#include "platkit/linux/page_size.h"
 
 namespace platkit {
 namespace {
@@ -53,8 +54,9 @@ class LinuxSource final : public Source {
   HVC_ReturnStatus ListOfGroup(Arguments arguments, ParamList &instances);
 
   HostFiles files_;
+  PageSize pageSize_{files_};
   GroupTree tree_{files_};
-  PageSharing sharing_{files_};
+  PageSharing sharing_{files_, pageSize_};
   GroupRecords groups_{files_, tree_, sharing_};
   PciDevices pci_{files_};
 };

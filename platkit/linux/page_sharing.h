@@ -3,17 +3,18 @@
 #define PLATKIT_LINUX_PAGE_SHARING_H
 
 #include <cstdint>
-#include <optional>
+#include <string_view>
 
 #include "platkit/linux/figure.h"
 #include "platkit/linux/host_files.h"
+#include "platkit/linux/page_size.h"
 #include "platkit/records.h"
 
 namespace platkit {
 
 class PageSharing {
  public:
-  explicit PageSharing(HostFiles &files) : files_(files) {}
+  PageSharing(HostFiles &files, PageSize &pageSize) : files_(files), pageSize_(pageSize) {}
 
   // Host-wide. A kernel without KSM shares nothing.
   void Fill(PShareStatsRecord &record);
@@ -24,10 +25,9 @@ class PageSharing {
 
  private:
   Figure ReadPages(std::string_view name);
-  uint64_t PageSize();
 
   HostFiles &files_;
-  std::optional<uint64_t> pageSize_;
+  PageSize &pageSize_;
 };
 
 }  // namespace platkit
