@@ -1,12 +1,15 @@
 #include "platkit/linux/linux_source.h"
 
 #include <cstring>
+#include <tuple>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "platkit/linux/group_records.h"
 #include "platkit/linux/group_tree.h"
 #include "platkit/linux/nvdimm.h"
+#include "platkit/linux/host_memory.h"
 #include "platkit/linux/page_sharing.h"
 #include "platkit/linux/pci_devices.h"
 #include "platkit/linux/processor.h"
@@ -53,18 +56,56 @@ class LinuxSource final : public Source {
   template <HVC_ReturnStatus (GroupRecords::*list)(Group &, ParamList &)>
   HVC_ReturnStatus ListOfGroup(Arguments arguments, ParamList &instances);
 
+  // What an operation of the part of the source that is in `part` gives for the node's arguments.
+  template <auto part, auto read>
+  HVC_ReturnStatus OfHost(Arguments arguments, std::span<std::byte> bytes);
+
+  template <auto part, auto list>
+  HVC_ReturnStatus ListOfHost(Arguments arguments, ParamList &instances);
+
   HostFiles files_;
   PageSize pageSize_{files_};
   GroupTree tree_{files_};
   PageSharing sharing_{files_, pageSize_};
   GroupRecords groups_{files_, tree_, sharing_};
   PciDevices pci_{files_};
+
+  HostMemory memory_{files_, pageSize_};
 };
 
 template <typename Record>
 void Store(const Record &record, std::span<std::byte> bytes) {
   std::memcpy(bytes.data(), &record, sizeof record);
 }
+
+// An operation that takes the arguments of a node, as integers and texts, and last what it fills.
+template <typename>
+struct Operation;
+
+template <typename Part, typename... Params>
+struct Operation<HVC_ReturnStatus (Part::*)(Params...)> {
+  using AllParams = std::tuple<Params...>;
+  static constexpr size_t kArguments = sizeof...(Params) - 1;
+  using Target = std::remove_reference_t<std::tuple_element_t<kArguments, AllParams>>;
+
+  static HVC_ReturnStatus Call(Part &part, HVC_ReturnStatus (Part::*operation)(Params...), Arguments arguments,
+                               Target &target) {
+    const auto call = [&]<size_t... i>(std::index_sequence<i...>) {
+      return (part.*operation)(As<std::tuple_element_t<i, AllParams>>(arguments[i])..., target);
+    };
+    return call(std::make_index_sequence<kArguments>());
+  }
+
+ private:
+  template <typename Param>
+  static Param As(const NODAL_Param &argument) {
+    if constexpr (std::is_same_v<Param, int64_t>) {
+      return argument.integer;
+    } else {
+      return argument.text();
+    }
+  }
+};
 
 template <typename Record, HVC_ReturnStatus (GroupRecords::*read)(Group &, Record &)>
 HVC_ReturnStatus LinuxSource::OfGroup(Arguments arguments, std::span<std::byte> bytes) {
@@ -80,6 +121,20 @@ template <HVC_ReturnStatus (GroupRecords::*list)(Group &, ParamList &)>
 HVC_ReturnStatus LinuxSource::ListOfGroup(Arguments arguments, ParamList &instances) {
   Group *group = tree_.Find(arguments[0].integer);
   return group == nullptr ? HVC_NOT_FOUND : (groups_.*list)(*group, instances);
+}
+
+template <auto part, auto read>
+HVC_ReturnStatus LinuxSource::OfHost(Arguments arguments, std::span<std::byte> bytes) {
+  using Reading = Operation<decltype(read)>;
+  typename Reading::Target record = {};
+  const HVC_ReturnStatus status = Reading::Call(this->*part, read, arguments, record);
+  if (status == HVC_OK) Store(record, bytes);
+  return status;
+}
+
+template <auto part, auto list>
+HVC_ReturnStatus LinuxSource::ListOfHost(Arguments arguments, ParamList &instances) {
+  return Operation<decltype(list)>::Call(this->*part, list, arguments, instances);
 }
 
 HVC_ReturnStatus LinuxSource::PShareStats(Arguments, std::span<std::byte> bytes) {
@@ -152,6 +207,12 @@ const LinuxSource::Reader LinuxSource::kReaders[] = {
     {.node = "hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr",
      .record = &LinuxSource::PciConfigReg,
      .write = &LinuxSource::SetPciConfigReg},
+
+    {.node = "memory_comprehensive", .record = &LinuxSource::OfHost<&LinuxSource::memory_, &HostMemory::Comprehensive>},
+    {.node = "sched_globalStats_memory_kestrel",
+     .record = &LinuxSource::OfHost<&LinuxSource::memory_, &HostMemory::Global>},
+    {.node = "sched_globalStats_memory_stateTransitions",
+     .record = &LinuxSource::OfHost<&LinuxSource::memory_, &HostMemory::Transitions>},
 };
 
 const LinuxSource::Reader &LinuxSource::ReaderOf(const Node &node) {

@@ -7,11 +7,13 @@
 
 namespace platkit {
 
-// In KB. The parts that a kernel does not count are left out of `kernel`; the others are unreadable if they are
-// missing.
+// In KB. The parts that a kernel does not count are left out of `kernel`; what every kernel counts is unreadable if it
+// is missing.
 struct Meminfo {
   Figure total, free, active;
-  Figure kernel;  // what the kernel holds for itself
+  Figure kernel;     // what the kernel holds for itself
+  Figure slab;       // the part of it that object caches hold
+  Figure discarded;  // taken out of use after errors; absent if this kernel does not do that
 };
 
 Meminfo ReadMeminfo(HostFiles &files);
