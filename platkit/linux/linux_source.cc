@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "platkit/linux/buddies.h"
 #include "platkit/linux/group_records.h"
 #include "platkit/linux/group_tree.h"
 #include "platkit/linux/nvdimm.h"
@@ -71,6 +72,7 @@ class LinuxSource final : public Source {
   PciDevices pci_{files_};
 
   HostMemory memory_{files_, pageSize_};
+  Buddies buddies_{files_, pageSize_};
 };
 
 template <typename Record>
@@ -213,6 +215,11 @@ const LinuxSource::Reader LinuxSource::kReaders[] = {
      .record = &LinuxSource::OfHost<&LinuxSource::memory_, &HostMemory::Global>},
     {.node = "sched_globalStats_memory_stateTransitions",
      .record = &LinuxSource::OfHost<&LinuxSource::memory_, &HostMemory::Transitions>},
+    {.node = "system_buddy", .list = &LinuxSource::ListOfHost<&LinuxSource::buddies_, &Buddies::List>},
+    {.node = "system_buddy_comprehensive",
+     .record = &LinuxSource::OfHost<&LinuxSource::buddies_, &Buddies::Comprehensive>},
+    {.node = "memory_memNodes", .record = &LinuxSource::OfHost<&LinuxSource::buddies_, &Buddies::MemNode>},
+    {.node = "memory_memInfo", .record = &LinuxSource::OfHost<&LinuxSource::buddies_, &Buddies::CountMemNodes>},
 };
 
 const LinuxSource::Reader &LinuxSource::ReaderOf(const Node &node) {
