@@ -11,6 +11,8 @@
 #include "platkit/linux/group_tree.h"
 #include "platkit/linux/nvdimm.h"
 #include "platkit/linux/host_memory.h"
+#include "platkit/linux/large_page_pools.h"
+#include "platkit/linux/machine_counter.h"
 #include "platkit/linux/page_sharing.h"
 #include "platkit/linux/pci_devices.h"
 #include "platkit/linux/processor.h"
@@ -72,7 +74,9 @@ class LinuxSource final : public Source {
   PciDevices pci_{files_};
 
   HostMemory memory_{files_, pageSize_};
+  MachineCounter machines_{files_, tree_};
   Buddies buddies_{files_, pageSize_};
+  LargePagePools largePagePools_{files_, buddies_};
 };
 
 template <typename Record>
@@ -215,11 +219,18 @@ const LinuxSource::Reader LinuxSource::kReaders[] = {
      .record = &LinuxSource::OfHost<&LinuxSource::memory_, &HostMemory::Global>},
     {.node = "sched_globalStats_memory_stateTransitions",
      .record = &LinuxSource::OfHost<&LinuxSource::memory_, &HostMemory::Transitions>},
+    {.node = "sched_globalStats_numVMs",
+     .record = &LinuxSource::OfHost<&LinuxSource::machines_, &MachineCounter::Count>},
     {.node = "system_buddy", .list = &LinuxSource::ListOfHost<&LinuxSource::buddies_, &Buddies::List>},
     {.node = "system_buddy_comprehensive",
      .record = &LinuxSource::OfHost<&LinuxSource::buddies_, &Buddies::Comprehensive>},
     {.node = "memory_memNodes", .record = &LinuxSource::OfHost<&LinuxSource::buddies_, &Buddies::MemNode>},
     {.node = "memory_memInfo", .record = &LinuxSource::OfHost<&LinuxSource::buddies_, &Buddies::CountMemNodes>},
+    {.node = "memory_lpage_nodeList_vmPools",
+     .record = &LinuxSource::OfHost<&LinuxSource::largePagePools_, &LargePagePools::Stats>,
+     .list = &LinuxSource::ListOfHost<&LinuxSource::largePagePools_, &LargePagePools::List>},
+    {.node = "memory_lpage_nodeList_psharePool",
+     .record = &LinuxSource::OfHost<&LinuxSource::largePagePools_, &LargePagePools::PSharePool>},
 };
 
 const LinuxSource::Reader &LinuxSource::ReaderOf(const Node &node) {
