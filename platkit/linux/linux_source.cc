@@ -10,6 +10,7 @@
 #include "platkit/linux/group_records.h"
 #include "platkit/linux/group_tree.h"
 #include "platkit/linux/nvdimm.h"
+#include "platkit/linux/heaps.h"
 #include "platkit/linux/host_memory.h"
 #include "platkit/linux/large_page_pools.h"
 #include "platkit/linux/machine_counter.h"
@@ -77,6 +78,7 @@ class LinuxSource final : public Source {
   MachineCounter machines_{files_, tree_};
   Buddies buddies_{files_, pageSize_};
   LargePagePools largePagePools_{files_, buddies_};
+  Heaps heaps_{files_, pageSize_};
 };
 
 template <typename Record>
@@ -231,6 +233,8 @@ const LinuxSource::Reader LinuxSource::kReaders[] = {
      .list = &LinuxSource::ListOfHost<&LinuxSource::largePagePools_, &LargePagePools::List>},
     {.node = "memory_lpage_nodeList_psharePool",
      .record = &LinuxSource::OfHost<&LinuxSource::largePagePools_, &LargePagePools::PSharePool>},
+    {.node = "system_heaps", .list = &LinuxSource::ListOfHost<&LinuxSource::heaps_, &Heaps::List>},
+    {.node = "system_heaps_stats", .record = &LinuxSource::OfHost<&LinuxSource::heaps_, &Heaps::Stats>},
 };
 
 const LinuxSource::Reader &LinuxSource::ReaderOf(const Node &node) {
