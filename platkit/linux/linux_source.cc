@@ -18,6 +18,7 @@
 #include "platkit/linux/pci_devices.h"
 #include "platkit/linux/processor.h"
 #include "platkit/linux/page_size.h"
+#include "platkit/linux/persistent_memory.h"
 
 namespace platkit {
 namespace {
@@ -79,6 +80,7 @@ class LinuxSource final : public Source {
   Buddies buddies_{files_, pageSize_};
   LargePagePools largePagePools_{files_, buddies_};
   Heaps heaps_{files_, pageSize_};
+  PersistentMemory persistentMemory_{files_};
 };
 
 template <typename Record>
@@ -235,6 +237,24 @@ const LinuxSource::Reader LinuxSource::kReaders[] = {
      .record = &LinuxSource::OfHost<&LinuxSource::largePagePools_, &LargePagePools::PSharePool>},
     {.node = "system_heaps", .list = &LinuxSource::ListOfHost<&LinuxSource::heaps_, &Heaps::List>},
     {.node = "system_heaps_stats", .record = &LinuxSource::OfHost<&LinuxSource::heaps_, &Heaps::Stats>},
+    {.node = "memory_pmem_volumes",
+     .list = &LinuxSource::ListOfHost<&LinuxSource::persistentMemory_, &PersistentMemory::Volumes>},
+    {.node = "memory_pmem_volumes_info",
+     .record = &LinuxSource::OfHost<&LinuxSource::persistentMemory_, &PersistentMemory::VolumeInfo>},
+    {.node = "memory_pmem_volumes_regionStore_info",
+     .record = &LinuxSource::OfHost<&LinuxSource::persistentMemory_, &PersistentMemory::StoreInfo>},
+    {.node = "memory_pmem_volumes_regionStore_isClean",
+     .record = &LinuxSource::OfHost<&LinuxSource::persistentMemory_, &PersistentMemory::StoreIsClean>},
+    {.node = "memory_pmem_volumes_regionStore_regions",
+     .list = &LinuxSource::ListOfHost<&LinuxSource::persistentMemory_, &PersistentMemory::Regions>},
+    {.node = "memory_pmem_volumes_regionStore_regions_info",
+     .record = &LinuxSource::OfHost<&LinuxSource::persistentMemory_, &PersistentMemory::RegionInfo>},
+    {.node = "memory_pmem_volumes_regionStore_regions_numaAllocInfo",
+     .record = &LinuxSource::OfHost<&LinuxSource::persistentMemory_, &PersistentMemory::RegionNode>,
+     .list = &LinuxSource::ListOfHost<&LinuxSource::persistentMemory_, &PersistentMemory::RegionNodes>},
+    {.node = "memory_pmem_volumes_extents",
+     .record = &LinuxSource::OfHost<&LinuxSource::persistentMemory_, &PersistentMemory::Extent>,
+     .list = &LinuxSource::ListOfHost<&LinuxSource::persistentMemory_, &PersistentMemory::Extents>},
 };
 
 const LinuxSource::Reader &LinuxSource::ReaderOf(const Node &node) {
