@@ -17,10 +17,10 @@ struct ListCloser {
 };
 using OwnedList = std::unique_ptr<ParamList, ListCloser>;
 
-OwnedList ListOf(const std::vector<int64_t> &numbers) {
+OwnedList ListOf(const std::vector<Argument> &arguments) {
   OwnedList list(ParamList::Make());
-  for (const int64_t number : numbers)
-    EXPECT_EQ(list->Add(number), HVC_OK);
+  for (const Argument &argument : arguments)
+    EXPECT_EQ(argument.isText ? list->Add(argument.text) : list->Add(argument.integer), HVC_OK);
   return list;
 }
 
@@ -42,12 +42,12 @@ std::string Content(const std::string &kind, const std::string &line) {
 
 }  // namespace
 
-HVC_ReturnStatus Asker::GetBytes(std::string_view node, const std::vector<int64_t> &arguments,
+HVC_ReturnStatus Asker::GetBytes(std::string_view node, const std::vector<Argument> &arguments,
                                  std::span<std::byte> record) {
   return source_.Get(*FindNode(node), ListOf(arguments)->params(), record);
 }
 
-HVC_ReturnStatus Asker::List(std::string_view node, const std::vector<int64_t> &arguments,
+HVC_ReturnStatus Asker::List(std::string_view node, const std::vector<Argument> &arguments,
                              std::vector<int64_t> &instances) {
   const OwnedList list(ParamList::Make());
   const HVC_ReturnStatus status = source_.List(*FindNode(node), ListOf(arguments)->params(), *list);
@@ -57,9 +57,25 @@ HVC_ReturnStatus Asker::List(std::string_view node, const std::vector<int64_t> &
   return status;
 }
 
-HVC_ReturnStatus Asker::Set(std::string_view node, const std::vector<int64_t> &arguments,
-                            const std::vector<int64_t> &input) {
+HVC_ReturnStatus Asker::Set(std::string_view node, const std::vector<Argument> &arguments,
+                            const std::vector<Argument> &input) {
   return source_.Set(*FindNode(node), ListOf(arguments)->params(), ListOf(input)->params());
+}
+
+HVC_ReturnStatus Asker::List(std::string_view node, const std::vector<Argument> &arguments,
+                             std::vector<std::string> &instances) {
+  const OwnedList list(ParamList::Make());
+  const HVC_ReturnStatus status = source_.List(*FindNode(node), ListOf(arguments)->params(), *list);
+  instances.clear();
+  for (const NODAL_Param &param : list->params())
+    instances.emplace_back(param.text());
+  return status;
+}
+
+std::vector<std::string> Asker::Names(std::string_view node, const std::vector<Argument> &arguments) {
+  std::vector<std::string> names;
+  EXPECT_EQ(List(node, arguments, names), HVC_OK) << node;
+  return names;
 }
 
 std::vector<int64_t> Asker::Members(int64_t group) {

@@ -4,10 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <concepts>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platkit/linux/linux_source.h"
@@ -18,17 +20,39 @@
 
 namespace platkit {
 
+// An instance argument, of either kind.
+struct Argument {
+  Argument(std::integral auto number) : integer(static_cast<int64_t>(number)) {}
+  Argument(const char *characters) : isText(true), text(characters) {}
+  Argument(std::string characters) : isText(true), text(std::move(characters)) {}
+
+  bool isText = false;
+  int64_t integer = 0;
+  std::string text;
+};
+
 // Asks a source by node name. The short forms expect success.
 class Asker {
  public:
   explicit Asker(Source &source) : source_(source) {}
 
   template <typename Record>
-  HVC_ReturnStatus Get(std::string_view node, const std::vector<int64_t> &arguments, Record &record) {
+  HVC_ReturnStatus Get(std::string_view node, const std::vector<Argument> &arguments, Record &record) {
     return GetBytes(node, arguments, {reinterpret_cast<std::byte *>(&record), sizeof record});
   }
-  HVC_ReturnStatus List(std::string_view node, const std::vector<int64_t> &arguments, std::vector<int64_t> &instances);
-  HVC_ReturnStatus Set(std::string_view node, const std::vector<int64_t> &arguments, const std::vector<int64_t> &input);
+  HVC_ReturnStatus Set(std::string_view node, const std::vector<Argument> &arguments,
+                       const std::vector<Argument> &input);
+  HVC_ReturnStatus List(std::string_view node, const std::vector<Argument> &arguments, std::vector<int64_t> &instances);
+  HVC_ReturnStatus List(std::string_view node, const std::vector<Argument> &arguments,
+                        std::vector<std::string> &instances);
+
+  template <typename Form>
+  Form Record(std::string_view node, const std::vector<Argument> &arguments = {}) {
+    Form record = {};
+    EXPECT_EQ(Get(node, arguments, record), HVC_OK) << node;
+    return record;
+  }
+  std::vector<std::string> Names(std::string_view node, const std::vector<Argument> &arguments = {});
 
   std::vector<int64_t> Members(int64_t group);
   std::string Name(int64_t group);
@@ -42,7 +66,7 @@ class Asker {
   const GroupCapacityRecord &Capacity(int64_t group);
 
  private:
-  HVC_ReturnStatus GetBytes(std::string_view node, const std::vector<int64_t> &arguments, std::span<std::byte> record);
+  HVC_ReturnStatus GetBytes(std::string_view node, const std::vector<Argument> &arguments, std::span<std::byte> record);
 
   Source &source_;
   GroupMemoryStatsRecord stats_ = {};

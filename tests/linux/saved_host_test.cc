@@ -85,10 +85,6 @@ TEST(SavedHost, WhatIsNoGroupIsNotFound) {
     EXPECT_EQ(ask.Get("sched_groups_groupName", {id}, record), HVC_NOT_FOUND) << id;
     EXPECT_EQ(ask.List("sched_groups_members_groups", {id}, members), HVC_NOT_FOUND) << id;
   }
-  MemInfoRecord record;
-  EXPECT_EQ(ask.Get("memory_memInfo", {}, record), HVC_NOT_FOUND);
-  std::vector<int64_t> heaps;
-  EXPECT_EQ(ask.List("system_heaps", {}, heaps), HVC_NOT_FOUND);
 }
 
 TEST(SavedHost, HostAndKernelFigures) {

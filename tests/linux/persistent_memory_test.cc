@@ -1,0 +1,242 @@
+// Persistent memory, as the kernel shows it below /sys/bus/nd.
+#include "tests/linux/saved_host.h"
+
+namespace platkit {
+namespace {
+
+constexpr uint64_t kNone = HVC_KB_NONE;
+const std::string kDevices = "sys/bus/nd/devices/";
+const std::string kVolume = "iset-2c8ff1f1a1b2c3d4";
+const std::string kMapped = "6c94b9a5-7e4f-4d1b-9d5e-0f3b8a2c1d00";
+const std::string kDax = "11111111-2222-3333-4444-555555555555";
+
+using Names = std::vector<std::string>;
+
+Names Volumes(SavedHost &host) { return host.ask().Names("memory_pmem_volumes"); }
+
+Names Regions(SavedHost &host, const std::string &volume) {
+  return host.ask().Names("memory_pmem_volumes_regionStore_regions", {volume});
+}
+
+RegionStoreRecord Store(SavedHost &host, const std::string &volume) {
+  return host.ask().Record<RegionStoreRecord>("memory_pmem_volumes_regionStore_info", {volume});
+}
+
+bool IsClean(SavedHost &host, const std::string &volume) {
+  return host.ask().Record<RegionStoreCleanRecord>("memory_pmem_volumes_regionStore_isClean", {volume}).isClean != 0;
+}
+
+RegionRecord Region(SavedHost &host, const std::string &volume, const std::string &region) {
+  return host.ask().Record<RegionRecord>("memory_pmem_volumes_regionStore_regions_info", {volume, region});
+}
+
+std::vector<int64_t> NumaNodes(SavedHost &host, const std::string &volume, const std::string &region) {
+  std::vector<int64_t> nodes;
+  EXPECT_EQ(host.ask().List("memory_pmem_volumes_regionStore_regions_numaAllocInfo", {volume, region}, nodes), HVC_OK);
+  return nodes;
+}
+
+ExtentRecord Extent(SavedHost &host, const std::string &volume) {
+  return host.ask().Record<ExtentRecord>("memory_pmem_volumes_extents", {volume, 0});
+}
+
+TEST(PersistentMemory, AHostWithoutHasNoVolumes) {
+  SavedHost host("v2.host");
+  EXPECT_EQ(Volumes(host), Names{});
+  host.MakeFolder(kDevices);
+  EXPECT_EQ(Volumes(host), Names{});
+  host.Forbid(kDevices);
+  OrdinaryUser user;
+  Names names;
+  EXPECT_EQ(host.ask().List("memory_pmem_volumes", {}, names), HVC_NO_PERMISSION);
+}
+
+TEST(PersistentMemory, VolumesAndTheirRegions) {
+  SavedHost host("two-nodes.host");
+  EXPECT_EQ(Volumes(host), (Names{kVolume, "region10"})) << "a region of memory that forgets is none";
+  EXPECT_EQ(Regions(host, kVolume), (Names{kMapped, kDax})) << "a namespace of no size is none";
+  EXPECT_EQ(Regions(host, "region10"), Names{"namespace10.0"});
+  PMemVolumeRecord info;
+  EXPECT_EQ(host.ask().Get("memory_pmem_volumes_info", {kVolume}, info), HVC_OK);
+  for (const char *other : {"region0", "region1", "namespace10.0", "", ".."}) {
+    EXPECT_EQ(host.ask().Get("memory_pmem_volumes_info", {other}, info), HVC_NOT_FOUND) << other;
+  }
+}
+
+TEST(PersistentMemory, RegionStores) {
+  SavedHost host("two-nodes.host");
+  const RegionStoreRecord store = Store(host, kVolume);
+  EXPECT_CELL(store.totalBlocks, 4096u);
+  EXPECT_CELL(store.availableBlocks, 1024u);
+  EXPECT_CELL(store.allocatedBlocks, 3072u);
+  EXPECT_CELL(store.reservedBlocks, 3072u);
+  EXPECT_CELL(store.freeRegions, 120u) << "of the module that has fewest";
+  EXPECT_CELL(store.totalRegions, 122u);
+  EXPECT_TRUE(IsClean(host, kVolume));
+  const RegionStoreRecord unlabelled = Store(host, "region10");
+  EXPECT_CELL(unlabelled.totalBlocks, 512u);
+  EXPECT_CELL(unlabelled.allocatedBlocks, 512u);
+  EXPECT_CELL(unlabelled.freeRegions, 0u);
+  EXPECT_CELL(unlabelled.totalRegions, 1u);
+  EXPECT_FALSE(IsClean(host, "region10"));
+}
+
+TEST(PersistentMemory, Regions) {
+  SavedHost host("two-nodes.host");
+  const RegionRecord mapped = Region(host, kVolume, kMapped);
+  EXPECT_CELL(mapped.size, uint64_t{4} << 30);
+  EXPECT_CELL(mapped.allocatedBlocks, 2048u);
+  EXPECT_CELL(mapped.reservedBlocks, 2048u);
+  EXPECT_CELL(mapped.flags, HVC_REGION_ALLOCATED | HVC_REGION_BLOCK_DEVICE | HVC_REGION_PERSISTENT_RESERVATION);
+  EXPECT_CELL(mapped.numaAffinityMask, 4u);
+  EXPECT_CELL(mapped.openCount, 0u);
+  const RegionRecord dax = Region(host, kVolume, kDax);
+  EXPECT_CELL(dax.allocatedBlocks, 1025u);
+  EXPECT_CELL(dax.flags, HVC_REGION_ALLOCATED | HVC_REGION_PERSISTENT_RESERVATION);
+  const RegionRecord unlabelled = Region(host, "region10", "namespace10.0");
+  EXPECT_CELL(unlabelled.flags, HVC_REGION_ALLOCATED | HVC_REGION_READ_ONLY | HVC_REGION_BLOCK_DEVICE);
+  EXPECT_CELL(unlabelled.numaAffinityMask, 0u);
+  RegionRecord record;
+  for (const char *other : {"namespace0.0", "namespace0.2", ""}) {
+    EXPECT_EQ(host.ask().Get("memory_pmem_volumes_regionStore_regions_info", {kVolume, other}, record), HVC_NOT_FOUND);
+  }
+  EXPECT_EQ(host.ask().Get("memory_pmem_volumes_regionStore_regions_info", {"region10", kMapped}, record),
+            HVC_NOT_FOUND);
+}
+
+TEST(PersistentMemory, NumaNodesOfARegion) {
+  SavedHost host("two-nodes.host");
+  EXPECT_EQ(NumaNodes(host, kVolume, kDax), std::vector<int64_t>{2});
+  EXPECT_EQ(NumaNodes(host, "region10", "namespace10.0"), std::vector<int64_t>{});
+  const char *node = "memory_pmem_volumes_regionStore_regions_numaAllocInfo";
+  const auto record = host.ask().Record<RegionNumaRecord>(node, {kVolume, kDax, 2});
+  EXPECT_CELL(record.numaNode, 2u);
+  EXPECT_CELL(record.allocatedBlocks, 1025u);
+  RegionNumaRecord other;
+  EXPECT_EQ(host.ask().Get(node, {kVolume, kDax, 0}, other), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Get(node, {kVolume, kDax, -1}, other), HVC_NOT_FOUND);
+}
+
+TEST(PersistentMemory, AVolumeIsOneExtent) {
+  SavedHost host("two-nodes.host");
+  std::vector<int64_t> extents;
+  EXPECT_EQ(host.ask().List("memory_pmem_volumes_extents", {kVolume}, extents), HVC_OK);
+  EXPECT_EQ(extents, std::vector<int64_t>{0});
+  const ExtentRecord extent = Extent(host, kVolume);
+  EXPECT_CELL(extent.startBlock, 0u);
+  EXPECT_CELL(extent.endBlock, 4095u);
+  EXPECT_CELL(extent.startMPN, 0x840000u);
+  EXPECT_CELL(extent.endMPN, 0xa3ffffu);
+  EXPECT_CELL(extent.numaNode, 2u);
+  EXPECT_CELL(Extent(host, "region10").startMPN, kNone) << "older kernels do not tell";
+  EXPECT_CELL(Extent(host, "region10").numaNode, kNone);
+  ExtentRecord record;
+  EXPECT_EQ(host.ask().Get("memory_pmem_volumes_extents", {kVolume, 1}, record), HVC_NOT_FOUND);
+}
+
+TEST(PersistentMemory, EachFileOfAVolume) {
+  SavedHost host("two-nodes.host");
+  const std::string region = kDevices + "region0/";
+  for (const char *bad : {"", "x\n", "-1\n", "99999999999999999999\n", "max\n"}) {
+    host.Write(region + "size", bad);
+    EXPECT_CELL(Store(host, kVolume).totalBlocks, kNone) << bad;
+    EXPECT_CELL(Store(host, kVolume).allocatedBlocks, kNone) << bad;
+    EXPECT_CELL(Extent(host, kVolume).endBlock, kNone) << bad;
+    EXPECT_CELL(Extent(host, kVolume).startMPN, 0x840000u) << bad;
+    EXPECT_CELL(Store(host, kVolume).freeRegions, 120u) << bad;
+  }
+  host.Write(region + "size", "8589934592\n");
+  host.Write(region + "available_size", "many\n");
+  EXPECT_CELL(Store(host, kVolume).availableBlocks, kNone);
+  EXPECT_CELL(Store(host, kVolume).allocatedBlocks, kNone);
+  host.Forbid(region + "resource");
+  {
+    OrdinaryUser user;
+    EXPECT_CELL(Extent(host, kVolume).startMPN, kNone);
+    EXPECT_CELL(Extent(host, kVolume).endMPN, kNone);
+    EXPECT_CELL(Extent(host, kVolume).endBlock, 4095u);
+  }
+  host.Write(region + "mapping0", "nonsense\n");
+  EXPECT_CELL(Store(host, kVolume).freeRegions, 120u);
+  host.Write(region + "mappings", "99999999999\n");
+  EXPECT_CELL(Store(host, kVolume).freeRegions, 120u);
+  host.Write(kDevices + "nmem1/available_slots", "few\n");
+  EXPECT_CELL(Store(host, kVolume).freeRegions, UINT32_MAX);
+  EXPECT_CELL(Store(host, kVolume).totalRegions, UINT32_MAX);
+  host.Remove(kDevices + "nmem1/nfit/flags");
+  EXPECT_TRUE(IsClean(host, kVolume));
+  host.Write(kDevices + "nmem1/nfit/flags", "flush_fail smart_notify\n");
+  EXPECT_FALSE(IsClean(host, kVolume));
+}
+
+TEST(PersistentMemory, EachFileOfARegion) {
+  SavedHost host("two-nodes.host");
+  const std::string space = kDevices + "namespace0.0/";
+  host.Write(space + "size", "x\n");
+  EXPECT_EQ(Regions(host, kVolume), (Names{kMapped, kDax})) << "it is there all the same";
+  EXPECT_CELL(Region(host, kVolume, kMapped).size, kNone);
+  EXPECT_CELL(Region(host, kVolume, kMapped).allocatedBlocks, kNone);
+  host.Write(space + "numa_node", "64\n");
+  EXPECT_CELL(Region(host, kVolume, kMapped).numaAffinityMask, 0u) << "the mask has no such bit";
+  EXPECT_EQ(NumaNodes(host, kVolume, kMapped), std::vector<int64_t>{64});
+  host.Remove(space + "numa_node");
+  EXPECT_EQ(NumaNodes(host, kVolume, kMapped), std::vector<int64_t>{});
+  host.Remove(space + "mode");
+  EXPECT_CELL(Region(host, kVolume, kMapped).flags, HVC_REGION_ALLOCATED | HVC_REGION_PERSISTENT_RESERVATION);
+  host.Write(space + "uuid", "short\n");
+  EXPECT_EQ(Regions(host, kVolume), (Names{"namespace0.0", kDax}));
+  host.Write(space + "uuid", kDax + "\n");
+  EXPECT_EQ(Regions(host, kVolume), (Names{kDax, "namespace0.1"})) << "one of each name";
+}
+
+TEST(PersistentMemory, NamesOfVolumes) {
+  SavedHost host("two-nodes.host");
+  for (const char *bad : {"", "0x0\n", "x\n", "0xzz\n", "0x1 2\n"}) {
+    host.Write(kDevices + "region0/set_cookie", bad);
+    EXPECT_EQ(Volumes(host), (Names{"region0", "region10"})) << bad;
+  }
+  host.Write(kDevices + "region0/set_cookie", "0xab\n");
+  host.Write(kDevices + "region10/set_cookie", "0xab\n");
+  EXPECT_EQ(Volumes(host), (Names{"iset-ab", "region10"}));
+  host.Remove(kDevices + "region10/devtype");
+  host.MakeFolder(kDevices + "region");
+  host.MakeFolder(kDevices + "region2x");
+  host.MakeFolder(kDevices + "region\n3");
+  host.MakeFolder(kDevices + "regions");
+  EXPECT_EQ(Volumes(host), (Names{"iset-ab", "region10"}));
+}
+
+TEST(PersistentMemory, WhatVanishesIsNotFound) {
+  SavedHost host("two-nodes.host");
+  Volumes(host);
+  Regions(host, "region10");
+  host.Remove(kDevices + "namespace10.0");
+  RegionRecord region;
+  EXPECT_EQ(host.ask().Get("memory_pmem_volumes_regionStore_regions_info", {"region10", "namespace10.0"}, region),
+            HVC_NOT_FOUND);
+  host.Remove(kDevices + "region10");
+  RegionStoreRecord store;
+  EXPECT_EQ(host.ask().Get("memory_pmem_volumes_regionStore_info", {"region10"}, store), HVC_NOT_FOUND);
+  EXPECT_EQ(Volumes(host), Names{kVolume});
+}
+
+TEST(PersistentMemory, AWalkReadsEachFileOnce) {
+  SavedHost host("two-nodes.host");
+  for (const std::string &volume : Volumes(host)) {
+    Store(host, volume);
+    IsClean(host, volume);
+    for (const std::string &region : Regions(host, volume)) {
+      Region(host, volume, region);
+      for (const int64_t node : NumaNodes(host, volume, region))
+        host.ask().Record<RegionNumaRecord>("memory_pmem_volumes_regionStore_regions_numaAllocInfo",
+                                            {volume, region, node});
+    }
+    Extent(host, volume);
+  }
+  for (const std::string &path : host.opened())
+    EXPECT_EQ(host.Opens(path), 1) << path;
+  EXPECT_GT(host.opened().size(), 30u);
+}
+
+}  // namespace
+}  // namespace platkit
