@@ -41,6 +41,12 @@ TEST(LiveHost, FiguresAreThoseOfTheKernel) {
   EXPECT_LT(consumed, memory.total.Cell(0));
   EXPECT_GT(byKernel, 0u);
 
+  const auto host = ask.Record<ComprehensiveRecord>("memory_comprehensive");
+  EXPECT_CELL(host.managedByMemMap, memory.total.Cell(0));
+  EXPECT_LT(uint64_t{host.free}, memory.total.Cell(0));
+  EXPECT_GE(uint64_t{host.otherConsumed}, 1u);
+  EXPECT_FALSE(ask.Names("system_buddy").empty());
+
   ProcessStatus status;
   ASSERT_EQ(ReadProcessStatus(files, getpid(), status), HVC_OK);
   const GroupMemoryStatsRecord own = ask.Stats(getpid());
