@@ -66,12 +66,15 @@ uint32_t Percent(uint64_t part, uint64_t whole) {
   return whole == 0 ? 0 : static_cast<uint32_t>(static_cast<double>(part) / static_cast<double>(whole) * 100);
 }
 
-// Sizes have 32 bits. A heap of 4 GB and more shows as that, with its parts made smaller alike.
+// Sizes have 32 bits, of which all ones say that a size is not known. A heap that is larger shows as the most whole
+// pages that fit, with its parts made smaller alike.
+constexpr uint64_t kMostSize = UINT32_MAX - (kRecordPage - 1);
+
 void FillSizes(uint64_t size, uint64_t overhead, uint64_t avail, HeapStatsRecord &record) {
   record.pctFreeOfCur = Percent(avail, size);
-  const double scale = size > UINT32_MAX ? static_cast<double>(UINT32_MAX) / static_cast<double>(size) : 1;
+  const double scale = size > kMostSize ? static_cast<double>(kMostSize) / static_cast<double>(size) : 1;
   const auto cell = [scale](uint64_t bytes) { return static_cast<uint32_t>(static_cast<double>(bytes) * scale); };
-  record.size = size > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(size);
+  record.size = static_cast<uint32_t>(std::min(size, kMostSize));
   record.dlMallocOvhd = cell(std::min(overhead, size));
   record.avail = cell(std::min(avail, size));
 }

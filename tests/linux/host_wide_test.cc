@@ -354,10 +354,11 @@ TEST(Heaps, CachesOfOneNameAreOne) {
 TEST(Heaps, WhatDoesNotFitKeepsItsProportions) {
   SavedHost host("two-nodes.host");
   const HeapStatsRecord heap = Heap(host, "dentry");
-  EXPECT_CELL(heap.size, UINT32_MAX);
+  const uint32_t most = 4294963200;
+  EXPECT_CELL(heap.size, most);
   EXPECT_CELL(heap.pctFreeOfCur, 49u);
-  EXPECT_NEAR(heap.avail, UINT32_MAX * (21e6 * 192) / (2e6 * 4096), 1);
-  EXPECT_NEAR(heap.dlMallocOvhd, UINT32_MAX * (2e6 * 4096 - 42e6 * 192) / (2e6 * 4096), 1);
+  EXPECT_NEAR(heap.avail, most * (21e6 * 192) / (2e6 * 4096), 1);
+  EXPECT_NEAR(heap.dlMallocOvhd, most * (2e6 * 4096 - 42e6 * 192) / (2e6 * 4096), 1);
   EXPECT_CELL(heap.numRanges, 2000000u);
 }
 

@@ -227,9 +227,10 @@ TEST(PersistentMemory, AWalkReadsEachFileOnce) {
     IsClean(host, volume);
     for (const std::string &region : Regions(host, volume)) {
       Region(host, volume, region);
-      for (const int64_t node : NumaNodes(host, volume, region))
+      for (const int64_t node : NumaNodes(host, volume, region)) {
         host.ask().Record<RegionNumaRecord>("memory_pmem_volumes_regionStore_regions_numaAllocInfo",
                                             {volume, region, node});
+      }
     }
     Extent(host, volume);
   }
