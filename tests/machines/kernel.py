@@ -1,0 +1,48 @@
+"""Debian's kernel for machines in the cloud, downloaded and unpacked, not installed: it is small, and has what a test
+needs.
+
+    kernel.py FOLDER
+
+FOLDER then has the kernel as "vmlinuz", and its modules below "lib/modules".
+"""
+
+import glob
+import os
+import re
+import shutil
+import subprocess
+import sys
+
+import machines
+
+PACKAGE = "linux-image-cloud-amd64"
+
+
+def output(*command, **options):
+    return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True, **options).stdout
+
+
+def main(folder):
+    if os.path.exists(f"{folder}/vmlinuz"):
+        return
+    partial = f"{folder}.part"
+    shutil.rmtree(partial, ignore_errors=True)
+    os.makedirs(partial)
+    # The package has nothing but the name of the newest kernel's.
+    newest = re.search(r"Depends: (linux-image-\S+)", output("apt-cache", "depends", PACKAGE))
+    output("apt-get", "-q", "download", newest[1], cwd=partial)
+    [archive] = glob.glob(f"{partial}/*.deb")
+    output("dpkg-deb", "-x", archive, partial)
+    os.remove(archive)
+    [kernel] = glob.glob(f"{partial}/boot/vmlinuz-*")
+    os.rename(kernel, f"{partial}/vmlinuz")
+    shutil.rmtree(folder, ignore_errors=True)
+    os.rename(partial, folder)
+
+
+if __name__ == "__main__":
+    try:
+        main(sys.argv[1])
+    except (OSError, subprocess.CalledProcessError, TypeError, ValueError) as error:
+        print(f"Skipped: Debian's package {PACKAGE} cannot be had here: {error}")
+        sys.exit(machines.SKIPPED)

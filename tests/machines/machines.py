@@ -1,0 +1,48 @@
+"""What the tests with QEMU share: the programs under test, and machines that end with their test."""
+
+import csv
+import os
+import subprocess
+import sys
+import unittest
+
+QEMU = "qemu-system-x86_64"
+
+# ctest's name for a test that could not be run.
+SKIPPED = 77
+
+
+def start_qemu(words, **streams):
+    """Starts QEMU with no devices but those asked for. The kernel ends it with this process, however that ends."""
+    command = ["setpriv", "--pdeathsig", "KILL", QEMU, "-nodefaults", "-display", "none", *words]
+    return subprocess.Popen(command, **streams)
+
+
+def run(*words):
+    """Runs a program, and gives what it said: its status, its output and its messages."""
+    # Without LANG and the like, which the programs do not look at but the loader might.
+    done = subprocess.run(words, capture_output=True, text=True, timeout=60, env={"PATH": os.environ["PATH"]})
+    return done.returncode, done.stdout, done.stderr
+
+
+def rows(text):
+    """The rows of a report in CSV, by column."""
+    return list(csv.DictReader(text.splitlines()))
+
+
+def fields(text):
+    """The fields of a text like /proc/meminfo, in its own unit: {"MemTotal": 16000000}."""
+    found = {}
+    for line in text.splitlines():
+        words = line.replace(":", " ").split()
+        if len(words) > 1 and words[1].isdigit():
+            found[words[0]] = int(words[1])
+    return found
+
+
+def main():
+    """Runs the tests of the program; ends with SKIPPED if none could be run."""
+    ran = unittest.main(argv=sys.argv[:1], exit=False, verbosity=2).result
+    if ran.wasSuccessful() and ran.skipped and len(ran.skipped) >= max(ran.testsRun, 1):
+        sys.exit(SKIPPED)
+    sys.exit(not ran.wasSuccessful())

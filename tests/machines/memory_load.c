@@ -1,0 +1,94 @@
+/*
+ * A process with memory of every kind that the reports tell apart. Called by the name of a virtual machine's program
+ * and with its words, it stands for one.
+ *
+ * It makes a file "ready.PID" in the current folder when all is as it shall be, and sleeps until it is killed.
+ */
+#define _GNU_SOURCE
+
+#include <fcntl.h>
+#include <linux/io_uring.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+enum { kMB = 1 << 20, kPage = 4096 };
+
+static void Check(int good, const char *what) {
+  if (good) return;
+  perror(what);
+  exit(1);
+}
+
+static char *Map(size_t size, int flags) {
+  char *memory = mmap(NULL, size, PROT_READ | PROT_WRITE, MAP_ANONYMOUS | flags, -1, 0);
+  Check(memory != MAP_FAILED, "mmap");
+  return memory;
+}
+
+/* Every page has a content of its own. */
+static void Fill(char *memory, size_t size) {
+  for (size_t i = 0; i < size; i += kPage) {
+    memset(memory + i, (int)(i / kPage), kPage);
+    snprintf(memory + i, 64, "page %zu of %d", i / kPage, getpid());
+  }
+}
+
+static void Merge(void) {
+  char *memory = Map(8 * kMB, MAP_PRIVATE);
+  memset(memory, 1, 4 * kMB);
+  memset(memory + 4 * kMB, 2, 4 * kMB);
+  Check(madvise(memory, 8 * kMB, MADV_MERGEABLE) == 0, "MADV_MERGEABLE");
+}
+
+static void Lock(void) {
+  char *memory = Map(4 * kMB, MAP_PRIVATE);
+  Check(mlock(memory, 4 * kMB) == 0, "mlock");
+  Fill(memory, 4 * kMB);
+}
+
+static void Share(void) { Fill(Map(2 * kMB, MAP_SHARED), 2 * kMB); }
+
+/* A buffer that a ring is given stays pinned. */
+static void Pin(void) {
+  struct iovec buffer = {.iov_base = Map(kMB, MAP_PRIVATE), .iov_len = kMB};
+  struct io_uring_params parameters = {0};
+  const int ring = (int)syscall(SYS_io_uring_setup, 1, &parameters);
+  Check(ring >= 0, "io_uring_setup");
+  Check(syscall(SYS_io_uring_register, ring, IORING_REGISTER_BUFFERS, &buffer, 1) == 0, "IORING_REGISTER_BUFFERS");
+}
+
+static void SwapOut(void) {
+  char *memory = Map(6 * kMB, MAP_PRIVATE);
+  Check(madvise(memory, 6 * kMB, MADV_NOHUGEPAGE) == 0, "MADV_NOHUGEPAGE");
+  Fill(memory, 6 * kMB);
+  Check(madvise(memory, 6 * kMB, MADV_PAGEOUT) == 0, "MADV_PAGEOUT");
+}
+
+static void UseHugePages(void) { Fill(Map(4 * kMB, MAP_PRIVATE | MAP_HUGETLB), 4 * kMB); }
+
+static void UseTransparentHugePages(void) {
+  char *memory = Map(8 * kMB, MAP_PRIVATE);
+  Check(madvise(memory, 8 * kMB, MADV_HUGEPAGE) == 0, "MADV_HUGEPAGE");
+  Fill(memory, 8 * kMB);
+}
+
+int main(void) {
+  Merge();
+  Lock();
+  Share();
+  Pin();
+  SwapOut();
+  UseHugePages();
+  UseTransparentHugePages();
+
+  char ready[32];
+  snprintf(ready, sizeof ready, "ready.%d", getpid());
+  Check(open(ready, O_CREAT | O_WRONLY, 0644) >= 0, ready);
+  for (;;)
+    pause();
+}

@@ -1,0 +1,123 @@
+#!/bin/sh
+# The first program of the second host. It sets the host up, runs every report there, and hands over what they said and
+# the host's own files, as an archive on the disk. The folders of the archive:
+#   files    the files of /proc, /sys and the control groups that the reports are compared with, at their own paths
+#   live     each report: its output, its messages (.err) and its exit status (.status)
+#   user     the same for an ordinary user
+#   replay   the same from the host's capture, which is host.nodal
+export PATH=/bin LD_LIBRARY_PATH=/lib
+/bin/busybox --install -s /bin
+out=/tmp/out
+
+set_up_devices() {
+  mount -t proc proc /proc
+  mount -t sysfs sysfs /sys
+  mount -t devtmpfs devtmpfs /dev
+  mount -t debugfs debugfs /sys/kernel/debug
+  mount -t cgroup2 cgroup2 /sys/fs/cgroup
+  mount -t tmpfs tmpfs /tmp
+  while read -r module; do insmod "$module"; done </lib/modules/in-order
+
+  echo 6 >/sys/devices/system/node/node0/hugepages/hugepages-2048kB/nr_hugepages
+  echo 10 >/sys/devices/system/node/node1/hugepages/hugepages-2048kB/nr_hugepages
+  echo 48M >/sys/block/zram0/disksize
+  mkswap /dev/zram0
+  swapon /dev/zram0
+  for setting in pages_to_scan=20000 sleep_millisecs=10 run=1; do
+    echo "${setting#*=}" >/sys/kernel/mm/ksm/"${setting%=*}"
+  done
+}
+
+# Two namespaces in the one region, each a disk.
+set_up_pmem() {
+  nd=/sys/bus/nd/devices
+  add_namespace 00000000-0000-4000-8000-000000000001 $((32 << 20))
+  add_namespace 00000000-0000-4000-8000-000000000002 $((16 << 20))
+}
+
+add_namespace() {
+  namespace=$(cat $nd/region0/namespace_seed)
+  echo "$1" >"$nd/$namespace/uuid"
+  echo "$2" >"$nd/$namespace/size"
+  echo "$namespace" >/sys/bus/nd/drivers/nd_pmem/bind
+}
+
+# group PATH FILE=VALUE...
+group() {
+  mkdir -p "/sys/fs/cgroup/$1"
+  group=$1
+  shift
+  for limit; do echo "${limit#*=}" >"/sys/fs/cgroup/$group/memory.${limit%=*}"; done
+}
+
+set_up_groups() {
+  echo '+memory' >/sys/fs/cgroup/cgroup.subtree_control
+  group outer max=$((160 << 20)) min=$((48 << 20)) low=$((64 << 20))
+  echo '+memory' >/sys/fs/cgroup/outer/cgroup.subtree_control
+  group outer/inner max=$((96 << 20)) high=$((80 << 20)) min=$((16 << 20)) swap.max=$((32 << 20))
+  group outer/machine.scope max=$((80 << 20)) min=$((24 << 20))
+}
+
+# start GROUP PROGRAM WORD...
+start() {
+  (
+    sh -c 'echo $PPID' >"/sys/fs/cgroup/$1/cgroup.procs"
+    shift
+    cd /tmp && exec "$@"
+  ) &
+}
+
+start_loads() {
+  start outer/inner memory_load
+  start outer/machine.scope qemu-system-x86_64 -name guest=second-guest,debug-threads=on -m 20M
+  waited=0
+  until [ -e /tmp/ready.$! ] && [ "$(ls /tmp/ready.* | wc -l)" -eq 2 ] && merging_is_done; do
+    [ "$waited" -lt 200 ] || { echo 'The loads are not ready.'; break; }
+    waited=$((waited + 1))
+    usleep 100000
+  done
+  echo 0 >/sys/kernel/mm/ksm/run
+}
+
+# Both loads have 2048 pages of two contents, of which a few stay.
+merging_is_done() { [ "$(cat /sys/kernel/mm/ksm/pages_sharing)" -gt 4000 ]; }
+
+save_files() {
+  for file in /proc/meminfo /proc/vmstat /proc/buddyinfo /proc/zoneinfo /proc/slabinfo /proc/iomem \
+    $(ls /tmp/ready.* | sed 's,/tmp/ready.\(.*\),/proc/\1/status /proc/\1/cmdline,') /sys/kernel/mm/ksm/pages_* \
+    /sys/fs/cgroup/outer/memory.* /sys/fs/cgroup/outer/*/memory.* /sys/devices/system/node/node*/hugepages/*/*; do
+    [ -d "$out/files${file%/*}" ] || mkdir -p "$out/files${file%/*}"
+    cat "$file" >"$out/files$file" 2>/dev/null
+  done
+}
+
+# run_reports FOLDER [COMMAND...]: each report, run by a command.
+run_reports() {
+  folder=$out/$1
+  shift
+  mkdir "$folder"
+  for report in $(cat /etc/reports); do
+    "$@" kestrel $kestrel_options -r "$report" -q >"$folder/$report" 2>"$folder/$report.err" </dev/null
+    echo $? >"$folder/$report.status"
+  done
+}
+
+as_nobody() { su -s /bin/sh nobody -c 'cd /tmp && exec "$0" "$@"' -- "$@"; }
+
+set_up_devices
+set_up_pmem
+set_up_groups
+start_loads
+mkdir $out
+cd /tmp || exit
+save_files
+run_reports live
+run_reports user as_nobody
+if nodal --help | grep -qw capture; then
+  nodal capture -o $out/host.nodal >$out/capture 2>$out/capture.err
+  echo $? >$out/capture.status
+  kestrel_options="-c $out/host.nodal" run_reports replay
+fi
+tar cf /dev/vda -C $out .
+sync
+poweroff -f

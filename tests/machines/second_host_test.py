@@ -1,0 +1,225 @@
+"""Every report on a second host, an emulated one (second_host.py), compared with that host's own files.
+
+    second_host_test.py KERNEL FOLDER KESTREL NODAL MEMORY_LOAD
+
+KERNEL is the folder of kernel.py. FOLDER is made anew, and keeps what the host was started with, and what it handed over.
+"""
+
+import os
+import re
+import shutil
+import sys
+import unittest
+
+import machines
+import second_host
+
+KERNEL, FOLDER, *PROGRAMS = sys.argv[1:]
+KESTREL = PROGRAMS[0]
+MB = 1024  # in KB, the unit of the reports
+
+REPORTS = """group-stats vm-stats uw-stats buddy-stats pshare-stats pshareHint-stats swap-stats comp-stats lpool-stats
+heap-stats guest-stats zip-stats lpage-stats asyncremap-stats pmem-regionstore-stats pmem-region-stats pmem-extent-stats
+pmem-region-numa-stats dcpmm-stats""".split()
+
+# The volumes that the host makes, and their sizes.
+VOLUMES = {"00000000-0000-4000-8000-000000000001": 32 * MB, "00000000-0000-4000-8000-000000000002": 16 * MB}
+
+
+def setUpModule():
+    if not os.path.exists(f"{KERNEL}/vmlinuz"):
+        raise unittest.SkipTest("there is no kernel to start")
+    shutil.rmtree(FOLDER, ignore_errors=True)
+    Host.console = second_host.run(FOLDER, PROGRAMS, KERNEL, REPORTS)
+
+
+class Host:
+    """What the host handed over."""
+
+    console = ""
+    folder = f"{FOLDER}/out"
+
+    @classmethod
+    def read(cls, name):
+        with open(f"{cls.folder}/{name}", encoding="utf-8") as file:
+            return file.read()
+
+    @classmethod
+    def file(cls, path):
+        return cls.read(f"files/{path}")
+
+    @classmethod
+    def amount(cls, path):
+        """A file of one amount in bytes, in KB."""
+        return int(cls.file(path)) // 1024
+
+    @classmethod
+    def report(cls, name, by=None):
+        """A live report's rows, or its one row with a value in a column."""
+        rows = machines.rows(cls.read(f"live/{name}"))
+        if by is None:
+            return rows
+        [column, value] = by
+        found = [row for row in rows if row[column] == str(value)]
+        assert len(found) == 1, f"{name}: rows with {column} {value}: {rows}"
+        return found[0]
+
+    @classmethod
+    def has_capture(cls):
+        return os.path.exists(f"{cls.folder}/capture.status")
+
+    @classmethod
+    def load(cls, program):
+        """The process of a program: its PID, and its status."""
+        for pid in os.listdir(f"{cls.folder}/files/proc"):
+            if pid.isdigit() and cls.file(f"proc/{pid}/cmdline").split("\0")[0] == program:
+                return pid, machines.fields(cls.file(f"proc/{pid}/status"))
+        raise AssertionError(f"there is no {program}\n{cls.console}")
+
+    @classmethod
+    def buddy_free(cls, node, order):
+        """The free chunks of an order, in all zones of a node."""
+        lines = re.findall(rf"Node {node}, zone +\S+ +(.*)", cls.file("proc/buddyinfo"))
+        return sum(int(line.split()[order]) for line in lines)
+
+
+class SecondHost(unittest.TestCase):
+    def assertNear(self, value, expected, tolerance, what):
+        self.assertLessEqual(abs(int(value) - expected), tolerance, f"{what}: {value}, not {expected}")
+
+    def assertCells(self, row, **expected):
+        self.assertEqual({name: row[name] for name in expected}, {n: str(value) for n, value in expected.items()})
+
+
+class EveryReport(SecondHost):
+    def test_the_host_is_as_it_shall_be(self):
+        self.assertNotRegex(Host.console, "not ready|Still on|panic|rror")
+
+    def test_runs_without_a_message(self):
+        for report in REPORTS:
+            if report == "dcpmm-stats":
+                continue
+            with self.subTest(report):
+                self.assertEqual((Host.read(f"live/{report}.err"), Host.read(f"live/{report}.status")), ("", "0\n"))
+
+    def test_runs_for_an_ordinary_user(self):
+        explained = {"heap-stats": "1\n"}  # /proc/slabinfo is for root
+        for report in REPORTS:
+            if report == "dcpmm-stats":
+                continue
+            with self.subTest(report):
+                self.assertEqual(Host.read(f"user/{report}.status"), explained.get(report, "0\n"))
+                if report not in explained:
+                    self.assertEqual(Host.read(f"user/{report}.err"), "")
+
+    def test_dcpmm_stats_takes_the_processor(self):
+        said = Host.read("live/dcpmm-stats") + Host.read("live/dcpmm-stats.err")
+        self.assertNotIn("CPU Model", said)
+        self.assertNotIn("cpuInfo", said)
+
+
+class Groups(SecondHost):
+    def test_control_groups_have_their_limits(self):
+        for name in "outer", "inner", "machine.scope":
+            with self.subTest(name):
+                row = Host.report("group-stats", ("name", name))
+                files = "sys/fs/cgroup/outer" + ("" if name == "outer" else f"/{name}")
+                limit = Host.amount(f"{files}/memory.max")
+                self.assertCells(row, max=limit, bMax=limit, min=Host.amount(f"{files}/memory.min"))
+                self.assertNear(row["consumed"], Host.amount(f"{files}/memory.current"), 512, "consumed")
+                swapped = Host.amount(f"{files}/memory.swap.current")
+                self.assertGreaterEqual(swapped, 6 * MB)
+                self.assertNear(row["memSize"], int(row["consumed"]) + swapped, 512, "memSize")
+
+    def test_reservations_of_nested_groups(self):
+        outer = Host.report("group-stats", ("name", "outer"))
+        self.assertCells(outer, min=48 * MB, conResv=40 * MB, availResv=8 * MB, iMin=64 * MB)
+        inner = Host.report("group-stats", ("name", "inner"))
+        self.assertCells(inner, parGid=outer["gid"], allocTgt=80 * MB)
+
+    def test_processes_are_in_their_groups(self):
+        for group, program in ("inner", "memory_load"), ("machine.scope", machines.QEMU):
+            row = Host.report("group-stats", ("gid", Host.load(program)[0]))
+            self.assertCells(row, parGid=Host.report("group-stats", ("name", group))["gid"])
+
+
+class Clients(SecondHost):
+    def test_machine(self):
+        pid, status = Host.load(machines.QEMU)
+        row = Host.report("vm-stats", ("schedGrp", pid))
+        self.assertCells(row, name="second-guest", memSize=20 * MB, swapped=status["VmSwap"])
+        self.assertGreater(int(row["sharedSaved"]), 7 * MB)
+        self.assertCells(Host.report("swap-stats", ("schedGrp", pid)), name="second-guest", swapped=status["VmSwap"])
+        self.assertCells(Host.report("lpage-stats", ("schedGrp", pid)), name="second-guest")
+
+    def test_user_world(self):
+        pid, status = Host.load("memory_load")
+        row = Host.report("uw-stats", ("schedGrp", pid))
+        self.assertCells(row, type="uw", name="memory_load", memSize=status["VmSize"], swapped=status["VmSwap"],
+                         shm=status["RssShmem"])
+        self.assertCells(row, pinned=status["VmLck"] + status["VmPin"])
+        self.assertCells(row, mapped=status["VmRSS"] + status["HugetlbPages"])
+
+
+class WholeHost(SecondHost):
+    def test_page_sharing(self):
+        shared, sharing = (int(Host.file(f"sys/kernel/mm/ksm/pages_{kind}")) for kind in ("shared", "sharing"))
+        self.assertGreater(sharing, 4000)
+        [row] = Host.report("pshare-stats")
+        self.assertCells(row, used=4 * shared, reclaimed=4 * sharing, cow=4 * (shared + sharing))
+
+    def test_memory(self):
+        [row] = Host.report("comp-stats")
+        memory = machines.fields(Host.file("proc/meminfo"))
+        self.assertNear(row["free"], memory["MemFree"], 8 * MB, "free")
+        self.assertGreaterEqual(int(row["total"]), memory["MemTotal"])
+        self.assertCells(row, memState="High")
+
+    def test_buddies_of_two_nodes(self):
+        rows = [row for row in Host.report("buddy-stats") if row["name"] != "Total"]
+        self.assertEqual({row["numaNode"] for row in rows}, {"0", "1"})
+        for node in 0, 1:
+            free = sum(int(row["free4M"]) for row in rows if row["numaNode"] == str(node))
+            self.assertNear(free, Host.buddy_free(node, 10), 4, f"chunks of 4 MB on node {node}")
+
+    def test_pools_of_two_nodes(self):
+        rows = Host.report("lpool-stats")
+        for node in 0, 1:
+            pool = f"sys/devices/system/node/node{node}/hugepages/hugepages-2048kB"
+            pages, free = int(Host.file(f"{pool}/nr_hugepages")), int(Host.file(f"{pool}/free_hugepages"))
+            own = [row for row in rows if row["nodeID"] == str(node)]
+            self.assertEqual(sum(int(row["nrLPages"]) for row in own), pages)
+            self.assertEqual(sum(int(row["nrFreeSPages"]) for row in own), 512 * free)
+
+    def test_heaps(self):
+        caches = [line.split() for line in Host.file("proc/slabinfo").splitlines()[2:]]
+        names = {row["name"] for row in Host.report("heap-stats")}
+        self.assertIn("task_struct", {cache[0] for cache in caches})
+        self.assertIn("task_struct", names)
+
+    def test_persistent_memory(self):
+        stores = {row["uuid"]: row for row in Host.report("pmem-regionstore-stats")}
+        for volume, size in VOLUMES.items():
+            self.assertCells(stores[volume], total2MBlocks=size // (2 * MB))
+        extents = Host.report("pmem-extent-stats")
+        self.assertEqual({row["numaNode"] for row in extents}, {"1"})
+
+
+class Capture(SecondHost):
+    def setUp(self):
+        if not Host.has_capture():
+            self.skipTest("nodal cannot capture")
+
+    def test_is_written(self):
+        self.assertEqual((Host.read("capture.status"), Host.read("capture.err")), ("0\n", ""))
+
+    def test_replay_elsewhere_shows_what_it_shows_there(self):
+        for report in REPORTS:
+            with self.subTest(report):
+                status, output, messages = machines.run(KESTREL, "-c", f"{Host.folder}/host.nodal", "-r", report, "-q")
+                there = [Host.read(f"replay/{report}{part}") for part in (".status", "", ".err")]
+                self.assertEqual([f"{status}\n", output, messages], there)
+
+
+if __name__ == "__main__":
+    machines.main()
