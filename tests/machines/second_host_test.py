@@ -220,6 +220,19 @@ class Capture(SecondHost):
                 there = [Host.read(f"replay/{report}{part}") for part in (".status", "", ".err")]
                 self.assertEqual([f"{status}\n", output, messages], there)
 
+    def test_replay_shows_what_the_host_showed(self):
+        steady = "pshare-stats lpool-stats pmem-regionstore-stats pmem-region-stats pmem-extent-stats pmem-region-numa-stats"
+        for report in steady.split():
+            with self.subTest(report):
+                self.assertEqual(Host.read(f"replay/{report}"), Host.read(f"live/{report}"))
+        loads = {Host.load(program)[0] for program in ("memory_load", machines.QEMU)}
+        for report in "group-stats vm-stats uw-stats swap-stats guest-stats zip-stats lpage-stats asyncremap-stats".split():
+            with self.subTest(report):
+                live, replay = (
+                    [row for row in machines.rows(Host.read(f"{folder}/{report}"))
+                     if row.get("gid", row.get("schedGrp")) in loads] for folder in ("live", "replay"))
+                self.assertEqual(replay, live)
+
 
 if __name__ == "__main__":
     machines.main()
