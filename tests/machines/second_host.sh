@@ -20,6 +20,7 @@ set_up_devices() {
 
   echo 6 >/sys/devices/system/node/node0/hugepages/hugepages-2048kB/nr_hugepages
   echo 10 >/sys/devices/system/node/node1/hugepages/hugepages-2048kB/nr_hugepages
+  echo madvise >/sys/kernel/mm/transparent_hugepage/enabled
   echo 48M >/sys/block/zram0/disksize
   mkswap /dev/zram0
   swapon /dev/zram0

@@ -142,19 +142,29 @@ class Groups(SecondHost):
 class Clients(SecondHost):
     def test_machine(self):
         pid, status = Host.load(machines.QEMU)
+        swapped = status["VmSwap"]
+        self.assertGreaterEqual(swapped, 6 * MB)
         row = Host.report("vm-stats", ("schedGrp", pid))
-        self.assertCells(row, name="second-guest", memSize=20 * MB, swapped=status["VmSwap"])
-        self.assertGreater(int(row["sharedSaved"]), 7 * MB)
-        self.assertCells(Host.report("swap-stats", ("schedGrp", pid)), name="second-guest", swapped=status["VmSwap"])
-        self.assertCells(Host.report("lpage-stats", ("schedGrp", pid)), name="second-guest")
+        self.assertCells(row, name="second-guest", memSize=20 * MB, min=24 * MB, max=80 * MB, swapped=swapped)
+        self.assertNear(row["sharedSaved"], 8 * MB, MB, "sharedSaved")
+        self.assertCells(Host.report("swap-stats", ("schedGrp", pid)), name="second-guest", swapped=swapped)
+
+    def test_large_pages_of_the_machine(self):
+        pid, status = Host.load(machines.QEMU)
+        [transparent] = re.findall(r"^anon_thp (.*)", Host.file("sys/fs/cgroup/outer/machine.scope/memory.stat"), re.M)
+        self.assertGreater(int(transparent), 0)
+        backings = status["HugetlbPages"] // (2 * MB) + int(transparent) // (2 * MB * 1024)
+        self.assertCells(Host.report("lpage-stats", ("schedGrp", pid)), name="second-guest", nrBackings=backings)
 
     def test_user_world(self):
         pid, status = Host.load("memory_load")
+        huge = status["HugetlbPages"]
+        self.assertEqual((status["VmLck"], status["VmPin"], huge), (4 * MB, MB, 4 * MB))
         row = Host.report("uw-stats", ("schedGrp", pid))
-        self.assertCells(row, type="uw", name="memory_load", memSize=status["VmSize"], swapped=status["VmSwap"],
-                         shm=status["RssShmem"])
-        self.assertCells(row, pinned=status["VmLck"] + status["VmPin"])
-        self.assertCells(row, mapped=status["VmRSS"] + status["HugetlbPages"])
+        self.assertCells(row, type="uw", name="memory_load", memSize=status["VmSize"], swapped=status["VmSwap"])
+        self.assertCells(row, mapped=status["VmRSS"] + huge, shm=status["RssShmem"], prealloced=huge)
+        self.assertCells(row, pinned=status["VmLck"] + status["VmPin"] + huge)
+        self.assertNear(row["cow"], 8 * MB, MB, "cow")
 
 
 class WholeHost(SecondHost):
