@@ -63,11 +63,10 @@ def can_use_kvm():
 class ReportsOnGuests(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        accelerator = "kvm" if can_use_kvm() else "tcg"
-        cls.guests = []
-        cls.private = cls.start("quiet-one", "-accel", accelerator, "-m", "256M",
+        either = ["-accel", "kvm", "-accel", "tcg"]
+        cls.private = cls.start("quiet-one", *either, "-m", "256M",
                                 "-object", "memory-backend-ram,id=ram,size=256M,prealloc=on")
-        cls.shared = cls.start("guest=quiet-two,debug-threads=on", "-accel", accelerator, "-m", "size=192M",
+        cls.shared = cls.start("guest=quiet-two,debug-threads=on", *either, "-m", "size=192M",
                                "-object", "memory-backend-memfd,id=ram,size=192M,share=on,prealloc=on")
 
     @classmethod

@@ -154,6 +154,9 @@ def run(folder, programs, kernel, reports):
     make_root(f"{folder}/root", programs, os.path.abspath(kernel), reports)
     pack(f"{folder}/root", f"{folder}/root.cpio")
     console = boot(folder, os.path.abspath(kernel))
-    with tarfile.open(f"{folder}/disk") as archive:
-        archive.extractall(f"{folder}/out")
+    try:
+        with tarfile.open(f"{folder}/disk") as archive:
+            archive.extractall(f"{folder}/out")
+    except tarfile.ReadError as error:
+        raise RuntimeError(f"The host handed nothing over. Its console:\n{console}") from error
     return console
