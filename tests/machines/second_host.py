@@ -1,5 +1,5 @@
-"""The second host: an emulated machine with two NUMA nodes, persistent memory, pools of huge pages, swap, page sharing and
-nested control groups with limits, under Debian's kernel (kernel.py). What happens in it is in second_host.sh.
+"""The second host: an emulated machine with two NUMA nodes, persistent memory, pools of huge pages, swap, page sharing
+and nested control groups with limits, under Debian's kernel (kernel.py). What happens in it is in second_host.sh.
 """
 
 import glob
