@@ -1,5 +1,7 @@
 #include "platkit/linux/control_group.h"
 
+#include <iterator>
+
 #include "platkit/linux/figure_files.h"
 
 namespace platkit {
@@ -20,32 +22,64 @@ constexpr AmountFile kAmountFiles[] = {
     {"", "memory.swap.current"},
     {"memory.memsw.max_usage_in_bytes", ""},
     {"memory.kmem.usage_in_bytes", ""},
+    {"", "memory.zswap.max"},
+    {"", "hugetlb.1GB.current"},
 };
+static_assert(std::size(kAmountFiles) == kGroupAmounts);
 
-// A version 1 key without "total_" leaves the descendants out.
+// A version 1 key without "total_" leaves the descendants out. Shared memory's huge pages are in none.
 GroupStat ReadV1(HostFiles &files, const HostPath &path) {
-  Figure activeAnon, activeFile, swap;
-  const WantedFigure wanted[] = {
-      {"total_active_anon", &activeAnon}, {"total_active_file", &activeFile}, {"total_swap", &swap}};
+  GroupStat stat;
+  Figure activeAnon, activeFile;
+  const WantedFigure wanted[] = {{"total_active_anon", &activeAnon},
+                                 {"total_active_file", &activeFile},
+                                 {"total_swap", &stat.swap},
+                                 {"total_swapcached", &stat.swapCached},
+                                 {"total_rss_huge", &stat.transparent}};
   ReadFigures(files, path, wanted);
-  return {.active = activeAnon + activeFile, .swap = swap, .kernel = {}};
+  stat.active = activeAnon + activeFile;
+  return stat;
 }
 
 GroupStat ReadV2(HostFiles &files, const HostPath &path) {
-  Figure activeAnon, activeFile, kernel, stack, pageTables, secondaryPageTables, perCpu, slab, sockets;
+  GroupStat stat;
+  Figure activeAnon, activeFile, stack, pageTables, secondaryPageTables, perCpu, slab, sockets;
+  Figure anonHuge, sharedHuge, faults, collapses, demotedByDaemon, demotedDirectly, demotedByCollapse, demotedOnDemand;
   const WantedFigure wanted[] = {{"active_anon", &activeAnon},
                                  {"active_file", &activeFile},
-                                 {"kernel", &kernel},
+                                 {"swapcached", &stat.swapCached},
+                                 {"kernel", &stat.kernel},
                                  {"kernel_stack", &stack},
                                  {"pagetables", &pageTables},
                                  {"sec_pagetables", &secondaryPageTables},
                                  {"percpu", &perCpu},
                                  {"slab", &slab},
-                                 {"sock", &sockets}};
+                                 {"sock", &sockets},
+                                 {"zswap", &stat.zswap},
+                                 {"zswapped", &stat.zswapped},
+                                 {"zswpin", &stat.zswapIn},
+                                 {"zswpout", &stat.zswapOut},
+                                 {"pswpin", &stat.swapIn},
+                                 {"pswpout", &stat.swapOut},
+                                 {"anon_thp", &anonHuge},
+                                 {"shmem_thp", &sharedHuge},
+                                 {"thp_fault_alloc", &faults},
+                                 {"thp_collapse_alloc", &collapses},
+                                 {"thp_swpout_fallback", &stat.hugeSplits},
+                                 {"numa_pages_migrated", &stat.numaMoved},
+                                 {"pgpromote_success", &stat.promoted},
+                                 {"pgdemote_kswapd", &demotedByDaemon},
+                                 {"pgdemote_direct", &demotedDirectly},
+                                 {"pgdemote_khugepaged", &demotedByCollapse},
+                                 {"pgdemote_proactive", &demotedOnDemand}};
   ReadFigures(files, path, wanted);
+  stat.active = activeAnon + activeFile;
+  stat.transparent = anonHuge + sharedHuge;
+  stat.hugeAllocs = faults + collapses;
+  stat.demoted = demotedByDaemon + demotedDirectly + demotedByCollapse + demotedOnDemand;
   // Kernels before 5.18 give the parts alone. Socket buffers are charged apart from kernel memory on all of them.
-  const Figure parts = stack + pageTables + secondaryPageTables + perCpu + slab;
-  return {.active = activeAnon + activeFile, .swap = {}, .kernel = kernel.IfAbsent(parts) + sockets};
+  stat.kernel = stat.kernel.IfAbsent(stack + pageTables + secondaryPageTables + perCpu + slab) + sockets;
+  return stat;
 }
 
 }  // namespace

@@ -30,14 +30,12 @@ bool IsProcess(const Group &group) { return group.kind == GroupKind::kProcess ||
 
 uint64_t CellInKB(Figure bytes, uint64_t ifAbsent) { return (bytes / 1024).Cell(ifAbsent); }
 
-// Memory of the process itself: what it holds beyond the guest's, and the page tables for it all.
-Figure Overhead(const ProcessStatus &status, Figure guestMemory) {
-  return status.Consumed() - guestMemory + status.pageTables;
-}
-
-Figure GuestMemory(const Group &vm, const ProcessStatus &status) { return vm.guestMemory.IfAbsent(status.size); }
-
 }  // namespace
+
+const ProcessSharing &SharingOf(PageSharing &sharing, Group &process) {
+  if (!process.sharing) process.sharing = sharing.OfProcess(process.id);
+  return *process.sharing;
+}
 
 HVC_ReturnStatus GroupRecords::Name(Group &group, GroupNameRecord &record) {
   tree_.SeekVm(group);
@@ -78,28 +76,34 @@ HVC_ReturnStatus GroupRecords::Members(Group &group, ParamList &list) {
 }
 
 HVC_ReturnStatus GroupRecords::MemClients(Group &group, ParamList &list) {
-  return IsProcess(group) ? list.Add(group.id) : HVC_OK;
+  return IsProcess(group) || group.kind == GroupKind::kVmm ? list.Add(group.id) : HVC_OK;
 }
 
 // Linux knows neither shares of memory nor a limit of reservations.
 HVC_ReturnStatus GroupRecords::Alloc(Group &group, GroupAllocRecord &record) {
+  tree_.SeekVm(group);
   record.max = HVC_KB_NONE;
   record.minLimit = HVC_KB_NONE;
-  if (group.kind != GroupKind::kControlGroup) return HVC_OK;
-  Renew(group, kAlloc);
-  const Figure max = Amount(group, GroupAmount::kMax);
+  if (group.kind != GroupKind::kControlGroup) {
+    const Limits limits = LimitsOf(group, group.kind == GroupKind::kVm ? kVmAllocRecord : kVmmAllocRecord);
+    record.min = limits.min;
+    record.max = limits.max;
+    return HVC_OK;
+  }
+  Renew(group, kAllocRecord);
+  const Figure max = tree_.Amount(group, GroupAmount::kMax);
   if (IsGone(group, max)) return HVC_NOT_FOUND;
-  record.min = CellInKB(Amount(group, GroupAmount::kMin), 0);
+  record.min = CellInKB(tree_.Amount(group, GroupAmount::kMin), 0);
   record.max = CellInKB(max, HVC_KB_NONE);
   return HVC_OK;
 }
 
 HVC_ReturnStatus GroupRecords::Capacity(Group &group, GroupCapacityRecord &record) {
   if (group.kind != GroupKind::kHost && group.kind != GroupKind::kControlGroup) return HVC_OK;
-  Renew(group, kCapacity);
+  Renew(group, kCapacityRecord);
   Figure own = Figure(0);
   if (group.kind == GroupKind::kControlGroup) {
-    own = Amount(group, GroupAmount::kMin);
+    own = tree_.Amount(group, GroupAmount::kMin);
     if (IsGone(group, own)) return HVC_NOT_FOUND;
   } else {
     own = HostMemory().total * 1024;
@@ -127,7 +131,7 @@ HVC_ReturnStatus GroupRecords::MemoryStats(Group &group, GroupMemoryStatsRecord 
 
 HVC_ReturnStatus GroupRecords::HostStats(GroupMemoryStatsRecord &record) {
   Group *host = tree_.Find(kHostGroup);
-  Renew(*host, kStats);
+  Renew(*host, kStatsRecord);
   const Meminfo &memory = HostMemory();
   record.memSize = memory.total.Cell(0);
   record.consumed = (memory.total - memory.free).Cell(0);
@@ -138,7 +142,7 @@ HVC_ReturnStatus GroupRecords::HostStats(GroupMemoryStatsRecord &record) {
 }
 
 HVC_ReturnStatus GroupRecords::KernelStats(GroupMemoryStatsRecord &record) {
-  Renew(*tree_.Find(kHostGroup), kKernelStats);
+  Renew(*tree_.Find(kHostGroup), kKernelStatsRecord);
   record.memSize = record.consumed = HostMemory().kernel.Cell(0);
   return HVC_OK;
 }
@@ -146,38 +150,38 @@ HVC_ReturnStatus GroupRecords::KernelStats(GroupMemoryStatsRecord &record) {
 // A group for which the memory controller is not enabled lacks its files. Its amounts exist all the same, and are not
 // known; it reserves nothing and has no limit.
 HVC_ReturnStatus GroupRecords::ControlGroupStats(Group &group, GroupMemoryStatsRecord &record) {
-  Renew(group, kStats);
-  Figure consumed = Amount(group, GroupAmount::kCurrent);
+  Renew(group, kStatsRecord);
+  Figure consumed = tree_.Amount(group, GroupAmount::kCurrent);
   if (IsGone(group, consumed)) return HVC_NOT_FOUND;
   const MemoryFiles version = tree_.hierarchy().memoryFiles;
-  const GroupStat &stat = group.files->Stat(files_, version, group.folder);
-  const Figure swap = version == MemoryFiles::kV1 ? stat.swap : Amount(group, GroupAmount::kSwap);
-  const Figure kernel = version == MemoryFiles::kV1 ? Amount(group, GroupAmount::kKernel) : stat.kernel;
-  const Figure peak = Amount(group, GroupAmount::kPeak);
+  const GroupStat &stat = tree_.StatOf(group);
+  const Figure swap = version == MemoryFiles::kV1 ? stat.swap : tree_.Amount(group, GroupAmount::kSwap);
+  const Figure kernel = version == MemoryFiles::kV1 ? tree_.Amount(group, GroupAmount::kKernel) : stat.kernel;
+  const Figure peak = tree_.Amount(group, GroupAmount::kPeak);
   consumed = consumed.IfAbsent(Figure::Unreadable());
   record.consumed = CellInKB(consumed, 0);
   record.consumedPeak = CellInKB(peak, HVC_KB_NONE);
   record.memSize = CellInKB(consumed + swap, 0);
   // Without swap accounting, version 1 counts memory alone, and its peak is that of both.
   if (version == MemoryFiles::kV1) {
-    record.memSizePeak = CellInKB(Amount(group, GroupAmount::kWithSwapPeak).IfAbsent(peak), HVC_KB_NONE);
+    record.memSizePeak = CellInKB(tree_.Amount(group, GroupAmount::kWithSwapPeak).IfAbsent(peak), HVC_KB_NONE);
   }
   record.touched = CellInKB(stat.active, HVC_KB_NONE);
   record.ovhd = CellInKB(kernel, HVC_KB_NONE);
-  record.bMin = CellInKB(Amount(group, GroupAmount::kMin), 0);
-  record.bMax = CellInKB(Amount(group, GroupAmount::kMax), HVC_KB_NONE);
-  record.iMin = CellInKB(Amount(group, GroupAmount::kLow), 0);
+  record.bMin = CellInKB(tree_.Amount(group, GroupAmount::kMin), 0);
+  record.bMax = CellInKB(tree_.Amount(group, GroupAmount::kMax), HVC_KB_NONE);
+  record.iMin = CellInKB(tree_.Amount(group, GroupAmount::kLow), 0);
   record.eMin = CellInKB(LowestMin(group), 0);
-  record.allocTgt = CellInKB(Amount(group, GroupAmount::kHigh), HVC_KB_NONE);
+  record.allocTgt = CellInKB(tree_.Amount(group, GroupAmount::kHigh), HVC_KB_NONE);
   return HVC_OK;
 }
 
 HVC_ReturnStatus GroupRecords::ProcessStats(Group &group, GroupMemoryStatsRecord &record) {
-  Renew(group, kStats);
+  Renew(group, kStatsRecord);
   const ProcessStatus *status = tree_.StatusOf(group);
   if (status == nullptr) return HVC_NOT_FOUND;
-  const Figure saved = sharing_.SavedByProcess(group.id);
-  // Kernels before 5.19 have no such file, nor has a process that is gone.
+  const Figure saved = SharingOf(sharing_, group).Saved();
+  // Kernels before 5.19 do not tell, nor does a process that is gone.
   if (saved.isAbsent() && !files_.Exists(HostPath("proc/", group.id))) return HVC_NOT_FOUND;
   record.memSize = status->size.Cell(0);
   record.memSizePeak = status->sizePeak.Cell(0);
@@ -188,38 +192,38 @@ HVC_ReturnStatus GroupRecords::ProcessStats(Group &group, GroupMemoryStatsRecord
   record.sharedSaved = saved.Cell(0);
   if (group.kind != GroupKind::kVm) return HVC_OK;
   // A guest is as large as it was made; the process' own peak would be one of something else.
-  if (!group.guestMemory.isAbsent()) record.memSize = record.memSizePeak = group.guestMemory.Cell(0);
-  record.ovhd = Overhead(*status, GuestMemory(group, *status)).Cell(0);
+  const Figure guestMemory = tree_.GuestMemory(group);
+  if (!guestMemory.isAbsent()) record.memSize = record.memSizePeak = guestMemory.Cell(0);
+  record.ovhd = status->Overhead(guestMemory).Cell(0);
+  const Limits limits = LimitsOf(group, kVmStatsRecord);
+  record.bMin = limits.min;
+  record.bMax = limits.max;
   return HVC_OK;
 }
 
 HVC_ReturnStatus GroupRecords::VmmStats(Group &group, GroupMemoryStatsRecord &record) {
   Group *vm = tree_.Find(group.parentID);
   if (vm == nullptr) return HVC_NOT_FOUND;
-  Renew(*vm, kVmmStats);
+  Renew(*vm, kVmmStatsRecord);
   const ProcessStatus *status = tree_.StatusOf(*vm);
   if (status == nullptr) return HVC_NOT_FOUND;
-  record.memSize = record.consumed = Overhead(*status, GuestMemory(*vm, *status)).Cell(0);
+  record.memSize = record.consumed = status->Overhead(tree_.GuestMemory(*vm)).Cell(0);
+  const Limits limits = LimitsOf(group, kVmmStatsRecord);
+  record.bMin = limits.min;
+  record.bMax = limits.max;
   return HVC_OK;
 }
 
-void GroupRecords::Renew(Group &keeper, Given record) {
+void GroupRecords::Renew(Group &keeper, GivenRecord record) {
   if ((keeper.recordsGiven & record) != 0) {
     if (keeper.kind == GroupKind::kHost) meminfo_.reset();
-    Drop(keeper);
-    if (record == kCapacity) {
+    if (record == kCapacityRecord) {
       for (const int64_t id : keeper.children) {
-        if (Group *child = tree_.FindKnown(id); child != nullptr) Drop(*child);
+        if (Group *child = tree_.FindKnown(id); child != nullptr) child->Drop();
       }
     }
   }
-  keeper.recordsGiven |= record;
-}
-
-void GroupRecords::Drop(Group &group) {
-  group.files.reset();
-  group.status.reset();
-  group.recordsGiven = 0;
+  keeper.Renew(record);
 }
 
 const Meminfo &GroupRecords::HostMemory() {
@@ -227,9 +231,14 @@ const Meminfo &GroupRecords::HostMemory() {
   return *meminfo_;
 }
 
-Figure GroupRecords::Amount(Group &group, GroupAmount amount) {
-  if (group.files == nullptr) group.files = std::make_unique<ControlGroupFiles>();
-  return group.files->Amount(files_, tree_.hierarchy().memoryFiles, group.folder, amount);
+// A machine with a control group of its own has the limits of that; nothing else limits a process or reserves for it.
+GroupRecords::Limits GroupRecords::LimitsOf(Group &group, GivenRecord record) {
+  Group *process = group.kind == GroupKind::kVmm ? tree_.FindKnown(group.parentID) : &group;
+  Group *own = process != nullptr && process->kind == GroupKind::kVm ? tree_.OwnControlGroup(*process) : nullptr;
+  if (own == nullptr) return {};
+  Renew(*own, record);
+  return {.min = CellInKB(tree_.Amount(*own, GroupAmount::kMin), 0),
+          .max = CellInKB(tree_.Amount(*own, GroupAmount::kMax), HVC_KB_NONE)};
 }
 
 Figure GroupRecords::ReservedByChildren(Group &group) {
@@ -238,17 +247,17 @@ Figure GroupRecords::ReservedByChildren(Group &group) {
   Figure sum(0);
   for (const int64_t id : group.children) {
     Group *child = id >= kFirstControlGroup ? tree_.Find(id) : nullptr;
-    if (child != nullptr) sum = sum + Amount(*child, GroupAmount::kMin);
+    if (child != nullptr) sum = sum + tree_.Amount(*child, GroupAmount::kMin);
   }
   return sum;
 }
 
 // What the kernel protects of a group is bounded by the reservation of every group above it.
 Figure GroupRecords::LowestMin(Group &group) {
-  Figure lowest = Amount(group, GroupAmount::kMin);
+  Figure lowest = tree_.Amount(group, GroupAmount::kMin);
   for (Group *above = tree_.Find(group.parentID); above != nullptr && above->kind == GroupKind::kControlGroup;
        above = tree_.Find(above->parentID)) {
-    lowest = Lower(lowest, Amount(*above, GroupAmount::kMin));
+    lowest = Lower(lowest, tree_.Amount(*above, GroupAmount::kMin));
   }
   return lowest;
 }

@@ -15,6 +15,9 @@
 
 namespace platkit {
 
+// The sharing of a process, kept or read.
+const ProcessSharing &SharingOf(PageSharing &sharing, Group &process);
+
 // Records come filled with zeros, which stand for what Linux has no counterpart of.
 class GroupRecords {
  public:
@@ -33,13 +36,15 @@ class GroupRecords {
   [[nodiscard]] HVC_ReturnStatus MemClients(Group &group, ParamList &list);
 
  private:
-  // The records that are made from figures, as bits of Group::recordsGiven of the group that keeps these.
-  enum Given : uint32_t { kAlloc = 1, kCapacity = 2, kStats = 4, kVmmStats = 8, kKernelStats = 16 };
+  // In KB.
+  struct Limits {
+    uint64_t min = 0;
+    uint64_t max = HVC_KB_NONE;
+  };
 
-  void Renew(Group &keeper, Given record);
-  static void Drop(Group &group);
+  void Renew(Group &keeper, GivenRecord record);
   const Meminfo &HostMemory();
-  Figure Amount(Group &group, GroupAmount amount);
+  Limits LimitsOf(Group &group, GivenRecord record);
   Figure ReservedByChildren(Group &group);
   Figure LowestMin(Group &group);
   bool IsGone(const Group &group, Figure required);

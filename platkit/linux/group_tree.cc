@@ -4,8 +4,43 @@
 #include <utility>
 
 #include "platkit/linux/figure_files.h"
+#include "platkit/linux/guest_mapping.h"
 
 namespace platkit {
+namespace {
+
+// The folders that are looked through for other processes of a process' control group.
+constexpr size_t kMostFoldersOfOne = 64;
+
+// Whether the processes of a control group's folder are shown with those of a folder above it.
+bool IsThreaded(HostFiles &files, const std::string &folder) {
+  char buffer[32];
+  std::string_view type;
+  return files.ReadShort(HostPath(folder, "/cgroup.type"), buffer, type) == HVC_OK && type == "threaded\n";
+}
+
+// Whether a folder lists a process with memory of its own, other than `pid`, or may list one.
+bool ListsAnother(HostFiles &files, const std::string &folder, int64_t pid) {
+  LineReader lines(files, HostPath(folder, "/cgroup.procs"));
+  for (std::string_view line; lines.Next(line);) {
+    uint64_t other = 0;
+    ProcessStatus status;
+    if (!ParseNumber(line, other) || other == 0 || other >= kKernelGroup) continue;
+    const auto otherPid = static_cast<int64_t>(other);
+    if (otherPid != pid && ReadProcessStatus(files, otherPid, status) == HVC_OK) return true;
+  }
+  return lines.status() == HVC_NO_PERMISSION;
+}
+
+}  // namespace
+
+void Group::Drop() {
+  files.reset();
+  status.reset();
+  sharing.reset();
+  numaMoved.reset();
+  recordsGiven = 0;
+}
 
 GroupTree::GroupTree(HostFiles &files) : files_(files), vmFinder_(files) {
   groups_.emplace(kHostGroup, Group{.kind = GroupKind::kHost, .id = kHostGroup, .parentID = -1, .name = "host"});
@@ -40,10 +75,20 @@ Group *GroupTree::FindProcess(int64_t pid) {
   ProcessStatus status;
   if (ReadProcessStatus(files_, pid, status) != HVC_OK) return nullptr;
   const Hierarchy &groups = hierarchy();
-  // A process may have a control group that cannot be seen; it then belongs to the host as a whole.
-  Group *parent = FindFolder(groups.exists ? FolderOfProcess(files_, groups, pid) : std::string());
+  Group *parent = ParentOf(groups.exists ? FolderOfProcess(files_, groups, pid) : std::string());
   AddProcess(parent == nullptr ? Host() : *parent, pid, std::move(status));
   return FindKnown(pid);
+}
+
+// A process may have a control group that cannot be seen; it then belongs to the host as a whole. Where the threads of
+// a process are in several groups, it belongs to the one above these that lists it.
+Group *GroupTree::ParentOf(std::string_view folder) {
+  Group *group = FindFolder(folder);
+  while (group != nullptr && group->kind == GroupKind::kControlGroup && hierarchy().v1Options.empty() &&
+         IsThreaded(files_, group->folder)) {
+    group = FindKnown(group->parentID);
+  }
+  return group;
 }
 
 // The group whose folder is at `folder` below the hierarchy's top, or null.
@@ -100,6 +145,7 @@ HVC_ReturnStatus GroupTree::ListContainer(Group &group, ParamList &list) {
     ProcessStatus status;
     if (ReadProcessStatus(files_, pid, status) == HVC_OK) AddProcess(group, pid, std::move(status));
   }
+  group.processesKnown = true;
   list.Expect(list.params().size() + group.children.size());
   for (const int64_t child : group.children) {
     if (const HVC_ReturnStatus status = list.Add(child); status != HVC_OK) return status;
@@ -196,12 +242,13 @@ void GroupTree::SeekVm(Group &group) {
   group.kind = GroupKind::kVm;
   if (!machine->name.empty()) group.name = std::move(machine->name);
   group.guestMemory = machine->guestMemory;
+  group.mostMemory = machine->mostMemory;
   const int64_t vmmID = kFirstVmmGroup + group.id;
   group.children.push_back(vmmID);
   groups_.emplace(vmmID, Group{.kind = GroupKind::kVmm, .id = vmmID, .parentID = group.id, .name = "vmm"});
 }
 
-ProcessStatus *GroupTree::StatusOf(Group &group) {
+const ProcessStatus *GroupTree::StatusOf(Group &group) {
   if (group.status == nullptr) {
     auto status = std::make_unique<ProcessStatus>();
     if (ReadProcessStatus(files_, group.id, *status) != HVC_OK) return nullptr;
@@ -210,9 +257,74 @@ ProcessStatus *GroupTree::StatusOf(Group &group) {
   return group.status.get();
 }
 
+Figure GroupTree::Amount(Group &group, GroupAmount amount) {
+  if (group.files == nullptr) group.files = std::make_unique<ControlGroupFiles>();
+  return group.files->Amount(files_, hierarchy().memoryFiles, group.folder, amount);
+}
+
+const GroupStat &GroupTree::StatOf(Group &group) {
+  if (group.files == nullptr) group.files = std::make_unique<ControlGroupFiles>();
+  return group.files->Stat(files_, hierarchy().memoryFiles, group.folder);
+}
+
+Figure GroupTree::GuestMemory(Group &vm) {
+  if (vm.guestMemory.isAbsent() && !vm.mappingsSought) {
+    vm.mappingsSought = true;
+    vm.guestMemory = LargestMemoryMapping(files_, vm.id, hierarchy().memoryDevices);
+  }
+  return vm.guestMemory;
+}
+
+Group *GroupTree::OwnControlGroup(Group &process) {
+  Group *group = FindKnown(process.parentID);
+  if (group == nullptr || group->kind != GroupKind::kControlGroup) return nullptr;
+  if (!process.hasOwnControlGroup) {
+    process.hasOwnControlGroup = hierarchy().memoryFiles != MemoryFiles::kNone && IsAlone(process, *group);
+  }
+  return *process.hasOwnControlGroup ? group : nullptr;
+}
+
+// Goes by what listings showed, and reads the folders that none has listed. A tree of many folders is given up: a
+// process that keeps so many groups is in none of its own.
+bool GroupTree::IsAlone(const Group &process, const Group &top) {
+  std::vector<std::string> unread;
+  std::vector<const Group *> listed;
+  const auto visit = [&](const Group &group) {
+    if (group.processesKnown) {
+      listed.push_back(&group);
+    } else {
+      unread.push_back(group.folder);
+    }
+  };
+  visit(top);
+  while (!listed.empty()) {
+    const Group &group = *listed.back();
+    listed.pop_back();
+    for (const int64_t id : group.children) {
+      const Group *child = FindKnown(id);
+      if (child == nullptr || id == process.id) continue;
+      if (child->kind != GroupKind::kControlGroup) return false;
+      visit(*child);
+    }
+    if (listed.size() + unread.size() > kMostFoldersOfOne) return false;
+  }
+  while (!unread.empty()) {
+    const std::string folder = std::move(unread.back());
+    unread.pop_back();
+    if (ListsAnother(files_, folder, process.id)) return false;
+    FolderReader entries(files_, HostPath(folder));
+    for (FolderReader::Entry entry; entries.Next(entry);) {
+      if (entry.isFolder) unread.push_back(folder + "/" + std::string(entry.name));
+    }
+    if (unread.size() > kMostFoldersOfOne) return false;
+  }
+  return true;
+}
+
 void GroupTree::ForgetChildren(Group &group) {
   std::vector<int64_t> unvisited = std::exchange(group.children, {});
   group.foldersKnown = false;
+  group.processesKnown = false;
   while (!unvisited.empty()) {
     const auto found = groups_.find(unvisited.back());
     unvisited.pop_back();

@@ -13,6 +13,7 @@
 #include "platkit/linux/control_group.h"
 #include "platkit/linux/hierarchy.h"
 #include "platkit/linux/host_files.h"
+#include "platkit/linux/page_sharing.h"
 #include "platkit/linux/process.h"
 #include "platkit/linux/virtual_machine.h"
 #include "platkit/param_list.h"
@@ -29,6 +30,26 @@ inline constexpr int64_t kFirstControlGroup = 10'000'000;
 inline constexpr int64_t kMostControlGroups = 10'000'000;
 inline constexpr int64_t kFirstVmmGroup = 20'000'000;
 
+// The records that are made from figures, as bits of Group::recordsGiven of the groups that keep these.
+enum GivenRecord : uint32_t {
+  kAllocRecord = 1 << 0,
+  kCapacityRecord = 1 << 1,
+  kStatsRecord = 1 << 2,
+  kVmmStatsRecord = 1 << 3,
+  kKernelStatsRecord = 1 << 4,
+  kVmAllocRecord = 1 << 5,
+  kVmmAllocRecord = 1 << 6,
+  kVmStatsRecord = 1 << 7,
+  // Of memory clients.
+  kVmmRecord = 1 << 8,
+  kSwapRecord = 1 << 9,
+  kUserWorldRecord = 1 << 10,
+  kZipRecord = 1 << 11,
+  kLargePageRecord = 1 << 12,
+  kRemapList = 1 << 13,
+  kFirstRemapRecord = 1 << 14,  // one bit for each type
+};
+
 struct Group {
   GroupKind kind;
   int64_t id;
@@ -37,14 +58,27 @@ struct Group {
   std::string folder = {};             // of a control group, and of the host if it has control groups
   std::vector<int64_t> children = {};  // those known
   bool foldersKnown = false;           // all control groups among them are
+  bool processesKnown = false;         // all processes are
 
   // What was read of the group and is kept for the nodes that share it; null until a node needs it.
   std::unique_ptr<ControlGroupFiles> files = nullptr;
   std::unique_ptr<ProcessStatus> status = nullptr;
+  std::optional<ProcessSharing> sharing = {};
+  std::optional<Figure> numaMoved = {};
   uint32_t recordsGiven = 0;
 
   bool vmSought = false;
-  Figure guestMemory = {};  // in KB; absent if the machine's command line does not tell
+  bool mappingsSought = false;
+  Figure guestMemory = {};  // in KB; absent if neither the machine's command line nor its mappings tell
+  Figure mostMemory = {};   // in KB; absent if the command line does not tell
+  std::optional<bool> hasOwnControlGroup = {};
+
+  // Forgets what was read for the records, if this one was given from it already.
+  void Renew(GivenRecord record) {
+    if ((recordsGiven & record) != 0) Drop();
+    recordsGiven |= record;
+  }
+  void Drop();
 };
 
 // Listing a group forgets all that was known and kept of what is below it. Groups are otherwise looked up in what
@@ -68,8 +102,16 @@ class GroupTree {
   // A process turns out to be a virtual machine only when it is looked at closely, which this does once.
   void SeekVm(Group &group);
 
-  // The status of a process, kept or read. Null: the process is gone.
-  ProcessStatus *StatusOf(Group &group);
+  // What was kept of a group, or is read. A status is null if the process is gone.
+  const ProcessStatus *StatusOf(Group &group);
+  Figure Amount(Group &group, GroupAmount amount);
+  const GroupStat &StatOf(Group &group);
+
+  // The memory of a machine's guest, in KB. Absent: nothing tells.
+  Figure GuestMemory(Group &vm);
+
+  // The control group whose figures are those of one process, because no other process is in it or below it; else null.
+  Group *OwnControlGroup(Group &process);
 
   const Hierarchy &hierarchy();
 
@@ -83,6 +125,8 @@ class GroupTree {
   void AddProcess(Group &parent, int64_t pid, ProcessStatus &&status);
   int64_t FreeControlGroupID(uint64_t inode) const;
   void ForgetChildren(Group &group);
+  Group *ParentOf(std::string_view folder);
+  bool IsAlone(const Group &process, const Group &group);
   Group &Host() { return groups_.at(kHostGroup); }
 
   HostFiles &files_;

@@ -1,5 +1,9 @@
 #include "platkit/linux/hierarchy.h"
 
+#include <utility>
+
+#include "platkit/linux/figure_files.h"
+
 namespace platkit {
 namespace {
 
@@ -42,7 +46,7 @@ std::string BelowRoot(std::string_view mountPoint) {
 }
 
 struct Mount {
-  std::string_view root, point, type, options;
+  std::string_view device, root, point, type, options;
 };
 
 // id parent device root point options [optional words] - type source super-options
@@ -50,8 +54,9 @@ bool ParseMount(std::string_view line, Mount &mount) {
   const size_t separator = line.find(" - ");
   if (separator == std::string_view::npos) return false;
   std::string_view tail = line.substr(separator + 3);
-  for (int i = 0; i < 3; ++i)
-    TakeWord(line, ' ');
+  TakeWord(line, ' ');
+  TakeWord(line, ' ');
+  mount.device = TakeWord(line, ' ');
   mount.root = TakeWord(line, ' ');
   mount.point = TakeWord(line, ' ');
   mount.type = TakeWord(tail, ' ');
@@ -59,6 +64,15 @@ bool ParseMount(std::string_view line, Mount &mount) {
   mount.options = TakeWord(tail, ' ');
   return mount.root.starts_with('/') && mount.point.starts_with('/');
 }
+
+bool ParseDevice(std::string_view text, DeviceNumber &device) {
+  uint64_t major = 0, minor = 0;
+  if (!ParseNumber(TakeWord(text, ':'), major) || !ParseNumber(text, minor)) return false;
+  device = major << 32 | minor;
+  return true;
+}
+
+bool HoldsMemory(const Mount &mount) { return mount.type == "hugetlbfs" || mount.type == "tmpfs"; }
 
 // How well a mount serves; 0 if it shows no control groups.
 int Rank(const Mount &mount) {
@@ -89,11 +103,14 @@ std::string_view BelowMounted(std::string_view group, std::string_view mounted) 
 Hierarchy FindHierarchy(HostFiles &files) {
   Hierarchy best;
   int bestRank = 0;
+  std::vector<DeviceNumber> memoryDevices;
   LineReader lines(files, HostPath("proc/self/mountinfo"));
   std::string_view line;
   Mount mount;
   while (lines.Next(line)) {
     if (!ParseMount(line, mount)) continue;
+    DeviceNumber device = 0;
+    if (HoldsMemory(mount) && ParseDevice(mount.device, device)) memoryDevices.push_back(device);
     const int rank = Rank(mount);
     if (rank <= bestRank) continue;
     bestRank = rank;
@@ -101,8 +118,10 @@ Hierarchy FindHierarchy(HostFiles &files) {
             .memoryFiles = MemoryFilesOfRank(rank),
             .top = BelowRoot(mount.point),
             .mounted = Unescape(mount.root),
-            .v1Options = std::string(mount.type == "cgroup" ? mount.options : std::string_view())};
+            .v1Options = std::string(mount.type == "cgroup" ? mount.options : std::string_view()),
+            .memoryDevices = {}};
   }
+  best.memoryDevices = std::move(memoryDevices);
   return best;
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platkit/linux/host_files.h"
 
@@ -13,12 +14,18 @@ namespace platkit {
 // What the memory files of a hierarchy's groups are called, if it has any.
 enum class MemoryFiles : uint8_t { kNone, kV1, kV2 };
 
+// A file system's device: the major number in the upper half, the minor number in the lower.
+using DeviceNumber = uint64_t;
+
 struct Hierarchy {
   bool exists = false;
   MemoryFiles memoryFiles = MemoryFiles::kNone;
   std::string top;        // the mount point, below the root folder
   std::string mounted;    // the control group that is seen there: "/" unless the mount shows only a part
   std::string v1Options;  // of a version 1 mount: its controllers, or its name, among other words; else empty
+
+  // The devices of the mounted file systems whose files are memory: tmpfs, and those of huge pages.
+  std::vector<DeviceNumber> memoryDevices;
 };
 
 // Looks the hierarchies up in the host's mounts. The one that limits memory is preferred, then version 2, then any that

@@ -11,9 +11,15 @@ Figure PageSharing::ReadPages(std::string_view name) {
 
 Figure PageSharing::SavedOnHost() { return ReadPages("pages_sharing") * (kRecordPage / 1024); }
 
-Figure PageSharing::SavedByProcess(int64_t pid) {
-  const Figure pages = ReadAmount(files_, HostPath("proc/", pid, "/ksm_merging_pages"));
-  return pages.isAbsent() ? pages : pages * pageSize_.KB();
+// Kernels before 6.4 have the merged pages in a file of their own, and do not count pages of zeros.
+ProcessSharing PageSharing::OfProcess(int64_t pid) {
+  ProcessSharing pages;
+  const WantedFigure wanted[] = {{"ksm_merging_pages", &pages.merged}, {"ksm_zero_pages", &pages.zero}};
+  ReadFigures(files_, HostPath("proc/", pid, "/ksm_stat"), wanted);
+  if (pages.merged.isAbsent()) pages.merged = ReadAmount(files_, HostPath("proc/", pid, "/ksm_merging_pages"));
+  if (pages.merged.isAbsent() && pages.zero.isAbsent()) return pages;
+  const uint64_t pageSize = pageSize_.KB();
+  return {.merged = pages.merged * pageSize, .zero = pages.zero * pageSize};
 }
 
 void PageSharing::Fill(PShareStatsRecord &record) {

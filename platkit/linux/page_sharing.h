@@ -12,6 +12,14 @@
 
 namespace platkit {
 
+// In KB.
+struct ProcessSharing {
+  Figure merged;  // pages that are shared with equal ones; absent if this kernel does not tell
+  Figure zero;    // pages that were given up for the page of zeros, and are in no resident set
+
+  Figure Saved() const { return merged + zero; }
+};
+
 class PageSharing {
  public:
   PageSharing(HostFiles &files, PageSize &pageSize) : files_(files), pageSize_(pageSize) {}
@@ -21,7 +29,7 @@ class PageSharing {
 
   // What sharing saves, in KB; absent if this kernel does not tell.
   Figure SavedOnHost();
-  Figure SavedByProcess(int64_t pid);
+  ProcessSharing OfProcess(int64_t pid);
 
  private:
   Figure ReadPages(std::string_view name);

@@ -1,5 +1,7 @@
 #include "platkit/linux/process.h"
 
+#include <algorithm>
+
 #include "platkit/linux/figure_files.h"
 
 namespace platkit {
@@ -22,6 +24,12 @@ void TakeLine(std::string_view key, std::string_view rest, int64_t pid, Kind &ki
   if (key.starts_with("Vm")) kind.hasMemory = true;
 }
 
+// Leaves the figures that the file gave.
+void MarkUnread(std::span<const WantedFigure> wanted) {
+  for (const WantedFigure &want : wanted)
+    *want.figure = want.figure->IfAbsent(Figure::Unreadable());
+}
+
 }  // namespace
 
 HVC_ReturnStatus ReadProcessStatus(HostFiles &files, int64_t pid, ProcessStatus &status) {
@@ -30,6 +38,15 @@ HVC_ReturnStatus ReadProcessStatus(HostFiles &files, int64_t pid, ProcessStatus 
       {"VmSize", &status.size},        {"VmPeak", &status.sizePeak},        {"VmRSS", &status.resident},
       {"VmHWM", &status.residentPeak}, {"HugetlbPages", &status.hugePages}, {"VmPTE", &status.pageTables},
   };
+  const WantedFigure perhaps[] = {
+      {"RssAnon", &status.anonymous},
+      {"RssFile", &status.files},
+      {"RssShmem", &status.sharedMemory},
+      {"VmLck", &status.locked},
+      {"VmPin", &status.pinned},
+      {"VmSwap", &status.swapped},
+      {"THP_enabled", &status.transparentHugePages},
+  };
   Kind kind;
   LineReader lines(files, HostPath("proc/", pid, "/status"));
   std::string_view line, key, rest;
@@ -37,15 +54,44 @@ HVC_ReturnStatus ReadProcessStatus(HostFiles &files, int64_t pid, ProcessStatus 
     if (!SplitKey(line, key, rest)) continue;
     TakeLine(key, rest, pid, kind, status);
     TakeFigure(key, rest, wanted);
+    TakeFigure(key, rest, perhaps);
   }
   if (lines.status() == HVC_NOT_FOUND) return HVC_NOT_FOUND;
   if (lines.status() == HVC_OK) {
     if (!kind.hasMemory || kind.isKernelThread || kind.isZombie || kind.isThread) return HVC_NOT_FOUND;
     status.hugePages = status.hugePages.IfAbsent(Figure(0));  // a kernel built without them
+  } else {
+    MarkUnread(perhaps);
   }
-  for (const WantedFigure &want : wanted)
-    *want.figure = want.figure->IfAbsent(Figure::Unreadable());
+  MarkUnread(wanted);
   return HVC_OK;
+}
+
+// "Max address space         unlimited            unlimited            bytes": the limit in force, and the highest that
+// the process may set.
+Figure ReadAddressSpaceLimit(HostFiles &files, int64_t pid) {
+  constexpr std::string_view kHeading = "Max address space ";
+  LineReader lines(files, HostPath("proc/", pid, "/limits"));
+  for (std::string_view line; lines.Next(line);) {
+    if (!line.starts_with(kHeading)) continue;
+    line.remove_prefix(std::min(line.find_first_not_of(' ', kHeading.size()), line.size()));
+    const std::string_view limit = line.substr(0, line.find(' '));
+    return limit == "unlimited" ? Figure::Unlimited() : ParseAmount(limit);
+  }
+  return lines.status() == HVC_NOT_FOUND ? Figure() : Figure::Unreadable();
+}
+
+// "numa_pages_migrated                          :                    0"
+Figure ReadNumaMoved(HostFiles &files, int64_t pid) {
+  LineReader lines(files, HostPath("proc/", pid, "/sched"));
+  std::string_view line, key, rest;
+  while (lines.Next(line)) {
+    if (!SplitKey(line, key, rest) || key != "numa_pages_migrated") continue;
+    if (rest.starts_with(':')) rest.remove_prefix(1);
+    uint64_t pages = 0;
+    return ParseNumber(rest, pages) ? Figure(pages) : Figure::Unreadable();
+  }
+  return lines.status() == HVC_OK || lines.status() == HVC_NOT_FOUND ? Figure() : Figure::Unreadable();
 }
 
 HVC_ReturnStatus ReadProcessOfThread(HostFiles &files, int64_t thread, int64_t &pid) {

@@ -37,14 +37,15 @@ std::string TakePropertyText(std::string_view &text) {
   return word;
 }
 
-// The value that an option's text gives to `wanted`, which is also the key of a first word without one.
-std::string PropertyOf(std::string_view text, std::string_view wanted) {
+// The value that an option's text gives to `wanted`, which may also be the key of a first word without one.
+std::string PropertyOf(std::string_view text, std::string_view wanted, bool mayLackKey = true) {
   std::string found;
   bool isFirst = true;
   for (; !text.empty(); isFirst = false) {
     std::string word = TakePropertyText(text);
     const size_t equals = word.find('=');
-    if (equals == std::string::npos ? isFirst : word.compare(0, equals, wanted) == 0) found = word.substr(equals + 1);
+    const bool isWanted = equals == std::string::npos ? isFirst && mayLackKey : word.compare(0, equals, wanted) == 0;
+    if (isWanted) found = word.substr(equals + 1);
   }
   return found;
 }
@@ -102,7 +103,9 @@ VirtualMachine ParseCommandLine(std::string_view commandLine) {
       const std::string name = PropertyOf(TakeArgument(commandLine), "guest");
       if (!name.empty()) machine.name = name;
     } else if (option == "-m") {
-      machine.guestMemory = ParseSizeInKB(PropertyOf(TakeArgument(commandLine), "size")).IfAbsent(machine.guestMemory);
+      const std::string_view sizes = TakeArgument(commandLine);
+      machine.guestMemory = ParseSizeInKB(PropertyOf(sizes, "size")).IfAbsent(machine.guestMemory);
+      machine.mostMemory = ParseSizeInKB(PropertyOf(sizes, "maxmem", false)).IfAbsent(machine.mostMemory);
     }
   }
   return machine;

@@ -17,6 +17,7 @@ namespace platkit {
 struct VirtualMachine {
   std::string name;    // empty: the command line gives none
   Figure guestMemory;  // in KB; absent: the command line gives none
+  Figure mostMemory;   // what it may grow to, in KB; absent: it stays as it is
 };
 
 // Takes the words of a command line, each ended by a NUL. The last word of an option that is given twice counts.

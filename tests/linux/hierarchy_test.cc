@@ -11,6 +11,18 @@ Hierarchy Find(SavedHost &host, std::string_view mounts) {
   return FindHierarchy(files);
 }
 
+TEST(Hierarchy, FileSystemsWhoseFilesAreMemory) {
+  SavedHost host;
+  host.Write("proc/self/mountinfo",
+             "1 1 0:50 / /dev/hugepages rw - hugetlbfs hugetlbfs rw\n2 1 0:28 / /cg rw - cgroup2 none rw\n"
+             "3 1 1:29 / /dev/shm rw - tmpfs tmpfs rw\n4 1 254:0 / / rw - ext4 /dev/vda rw\n"
+             "5 1 x:y / /a rw - tmpfs tmpfs rw\n6 1 7 / /b rw - tmpfs tmpfs rw\n");
+  HostFiles files(host.Path(""), Reach::kRootFolder);
+  const Hierarchy hierarchy = FindHierarchy(files);
+  EXPECT_EQ(hierarchy.top, "cg");
+  EXPECT_EQ(hierarchy.memoryDevices, (std::vector<DeviceNumber>{50, DeviceNumber{1} << 32 | 29}));
+}
+
 TEST(Hierarchy, Preference) {
   const std::string memory = "1 1 0:1 / /v1/mem rw - cgroup cgroup rw,memory\n";
   const std::string unified = "1 1 0:1 / /v2 rw shared:1 master:2 - cgroup2 cgroup2 rw\n";
@@ -47,7 +59,12 @@ TEST(Hierarchy, FolderOfAProcess) {
     host.Write("proc/7/cgroup", text);
     return FolderOfProcess(files, hierarchy, 7);
   };
-  const Hierarchy v2 = {.exists = true, .memoryFiles = MemoryFiles::kV2, .top = "t", .mounted = "/", .v1Options = ""};
+  const Hierarchy v2 = {.exists = true,
+                        .memoryFiles = MemoryFiles::kV2,
+                        .top = "t",
+                        .mounted = "/",
+                        .v1Options = "",
+                        .memoryDevices = {}};
   EXPECT_EQ(folder(v2, "4:memory:/wrong\n0::/a:b/c\n"), "a:b/c");
   EXPECT_EQ(folder(v2, "0::/\n"), "");
   EXPECT_EQ(folder(v2, "0::/../outside\n"), "");

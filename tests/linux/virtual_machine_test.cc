@@ -53,6 +53,15 @@ TEST(VirtualMachine, MemorySizes) {
   }
 }
 
+TEST(VirtualMachine, MemoryMayGrow) {
+  const auto most = [](const std::string &size) { return Parse({"qemu-kvm", "-m", size}).mostMemory; };
+  EXPECT_EQ(most("size=4G,slots=2,maxmem=16G"), MB(16384));
+  EXPECT_EQ(most("4G,maxmem=16G"), MB(16384));
+  EXPECT_EQ(Parse({"qemu-kvm", "-m", "4G", "-m", "maxmem=8G"}).mostMemory, MB(8192));
+  for (const char *none : {"4G", "size=4G", "4G,maxmem=", "4G,maxmem=x"})
+    EXPECT_TRUE(most(none).isAbsent()) << none;
+}
+
 TEST(VirtualMachine, QemuIsKnownByItsProgramsName) {
   const struct {
     const char *process, *program;

@@ -1,0 +1,78 @@
+#include "platkit/linux/guest_mapping.h"
+
+#include "tests/linux/saved_host.h"
+
+namespace platkit {
+namespace {
+
+constexpr DeviceNumber kHugePages = DeviceNumber{0} << 32 | 50;
+
+Figure Largest(std::string_view maps) {
+  SavedHost host;
+  host.Write("proc/7/maps", maps);
+  HostFiles files(host.Path(""), Reach::kRootFolder);
+  const DeviceNumber devices[] = {kHugePages};
+  return LargestMemoryMapping(files, 7, devices);
+}
+
+TEST(GuestMapping, MappingsOfMemory) {
+  for (const char *line : {
+           "100000-200000 rw-p 00000000 00:00 0 ",
+           "100000-200000 rw-p 00000000 00:00 0",
+           "100000-200000 rw-p 00000000 00:00 0                          [anon:guest]",
+           "100000-200000 rw-s 00000000 00:01 1025                       /memfd:memory-backend-memfd (deleted)",
+           "100000-200000 rw-s 00000000 00:01 1025                       /dev/zero (deleted)",
+           "100000-200000 rw-p 00000000 00:0f 31                         /anon_hugepage (deleted)",
+           "100000-200000 rw-s 00000000 00:32 31                         /somewhere/ram of a guest",
+           "100000-200000 rwxp 00000000 00:00 0 ",
+       }) {
+    EXPECT_EQ(Largest(line), Figure(1024)) << line;
+  }
+}
+
+TEST(GuestMapping, OtherMappings) {
+  for (const char *line : {
+           "100000-200000 r--p 00000000 00:00 0 ",
+           "100000-200000 ---p 00000000 00:00 0 ",
+           "100000-200000 rw-p 00000000 00:00 0                          [heap]",
+           "100000-200000 rw-p 00000000 00:00 0                          [stack]",
+           "100000-200000 rw-s 00000000 00:0f 9                          anon_inode:[vfio-device]",
+           "100000-200000 rw-p 00000000 fe:00 12                         /usr/lib/library.so",
+           "100000-200000 rw-s 00000000 00:06 300                        /dev/vfio/12",
+           "200000-100000 rw-p 00000000 00:00 0 ",
+           "100000-100000 rw-p 00000000 00:00 0 ",
+           "100000-200000 rw-p 00000000 00:00",
+           "100000-200000 rw-p 00000000 00 0 ",
+           "100000-200000 rw",
+           "100000-200000rw-p 00000000 00:00 0 ",
+           "g00000-200000 rw-p 00000000 00:00 0 ",
+           "100000-fffffffffffffffff rw-p 00000000 00:00 0 ",
+           "-",
+           "",
+       }) {
+    EXPECT_EQ(Largest(line), Figure()) << line;
+  }
+}
+
+TEST(GuestMapping, PiecesSideBySideAreOne) {
+  EXPECT_EQ(Largest("100000-200000 rw-p 00000000 00:00 0 \n200000-300000 rw-p 00000000 00:00 0 \n"), Figure(2048));
+  EXPECT_EQ(Largest("100000-200000 rw-s 00000000 00:32 5 /a\n200000-300000 rw-s 00000000 00:32 6 /b\n"), Figure(1024))
+      << "of two files";
+  EXPECT_EQ(Largest("100000-200000 rw-p 00000000 00:00 0 \n200000-300000 ---p 00000000 00:00 0 \n"
+                    "300000-480000 rw-p 00000000 00:00 0 \n"),
+            Figure(1536))
+      << "with a guard between them";
+}
+
+TEST(GuestMapping, WhatCannotBeReadTellsNothing) {
+  SavedHost host;
+  HostFiles files(host.Path(""), Reach::kRootFolder);
+  EXPECT_EQ(LargestMemoryMapping(files, 7, {}), Figure());
+  host.Write("proc/7/maps", "100000-200000 rw-p 00000000 00:00 0 \n");
+  host.Forbid("proc/7/maps");
+  OrdinaryUser user;
+  EXPECT_EQ(LargestMemoryMapping(files, 7, {}), Figure());
+}
+
+}  // namespace
+}  // namespace platkit
