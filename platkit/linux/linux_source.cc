@@ -7,18 +7,19 @@
 #include <vector>
 
 #include "platkit/linux/buddies.h"
+#include "platkit/linux/client_records.h"
 #include "platkit/linux/group_records.h"
 #include "platkit/linux/group_tree.h"
-#include "platkit/linux/nvdimm.h"
 #include "platkit/linux/heaps.h"
 #include "platkit/linux/host_memory.h"
 #include "platkit/linux/large_page_pools.h"
 #include "platkit/linux/machine_counter.h"
+#include "platkit/linux/nvdimm.h"
 #include "platkit/linux/page_sharing.h"
-#include "platkit/linux/pci_devices.h"
-#include "platkit/linux/processor.h"
 #include "platkit/linux/page_size.h"
+#include "platkit/linux/pci_devices.h"
 #include "platkit/linux/persistent_memory.h"
+#include "platkit/linux/processor.h"
 
 namespace platkit {
 namespace {
@@ -63,10 +64,10 @@ class LinuxSource final : public Source {
 
   // What an operation of the part of the source that is in `part` gives for the node's arguments.
   template <auto part, auto read>
-  HVC_ReturnStatus OfHost(Arguments arguments, std::span<std::byte> bytes);
+  HVC_ReturnStatus Of(Arguments arguments, std::span<std::byte> bytes);
 
   template <auto part, auto list>
-  HVC_ReturnStatus ListOfHost(Arguments arguments, ParamList &instances);
+  HVC_ReturnStatus ListOf(Arguments arguments, ParamList &instances);
 
   HostFiles files_;
   PageSize pageSize_{files_};
@@ -74,6 +75,7 @@ class LinuxSource final : public Source {
   PageSharing sharing_{files_, pageSize_};
   GroupRecords groups_{files_, tree_, sharing_};
   PciDevices pci_{files_};
+  ClientRecords clients_{files_, tree_, sharing_, pageSize_};
 
   HostMemory memory_{files_, pageSize_};
   MachineCounter machines_{files_, tree_};
@@ -134,7 +136,7 @@ HVC_ReturnStatus LinuxSource::ListOfGroup(Arguments arguments, ParamList &instan
 }
 
 template <auto part, auto read>
-HVC_ReturnStatus LinuxSource::OfHost(Arguments arguments, std::span<std::byte> bytes) {
+HVC_ReturnStatus LinuxSource::Of(Arguments arguments, std::span<std::byte> bytes) {
   using Reading = Operation<decltype(read)>;
   typename Reading::Target record = {};
   const HVC_ReturnStatus status = Reading::Call(this->*part, read, arguments, record);
@@ -143,7 +145,7 @@ HVC_ReturnStatus LinuxSource::OfHost(Arguments arguments, std::span<std::byte> b
 }
 
 template <auto part, auto list>
-HVC_ReturnStatus LinuxSource::ListOfHost(Arguments arguments, ParamList &instances) {
+HVC_ReturnStatus LinuxSource::ListOf(Arguments arguments, ParamList &instances) {
   return Operation<decltype(list)>::Call(this->*part, list, arguments, instances);
 }
 
@@ -206,6 +208,23 @@ const LinuxSource::Reader LinuxSource::kReaders[] = {
      .record = &LinuxSource::OfGroup<GroupCapacityRecord, &GroupRecords::Capacity>},
     {.node = "sched_groups_members_groups", .list = &LinuxSource::ListOfGroup<&GroupRecords::Members>},
     {.node = "sched_groups_members_memClients", .list = &LinuxSource::ListOfGroup<&GroupRecords::MemClients>},
+
+    {.node = "sched_memClients_kestrel_vmm", .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::Vmm>},
+    {.node = "sched_memClients_kestrel_uw",
+     .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::UserWorld>},
+    {.node = "sched_memClients_kestrel_guest",
+     .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::Guest>},
+    {.node = "sched_memClients_kestrel_totalCommon",
+     .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::TotalCommon>},
+    {.node = "sched_memClients_swapInfo", .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::SwapInfo>},
+    {.node = "sched_memClients_memzipInfo", .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::Zip>},
+    {.node = "sched_memClients_remapTypes",
+     .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::Remap>,
+     .list = &LinuxSource::ListOf<&LinuxSource::clients_, &ClientRecords::RemapTypes>},
+    {.node = "memory_lpage_vmLPage", .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::LargePages>},
+    {.node = "worldGroups_vmmLeaderID",
+     .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::VmmLeaderID>},
+
     {.node = "memory_pshare_stats", .record = &LinuxSource::PShareStats},
     {.node = "hardware_cpu_cpuList", .record = &LinuxSource::Processor},
     {.node = "hardware_nvd_dimm", .list = &LinuxSource::Nvdimms},
@@ -218,43 +237,41 @@ const LinuxSource::Reader LinuxSource::kReaders[] = {
      .record = &LinuxSource::PciConfigReg,
      .write = &LinuxSource::SetPciConfigReg},
 
-    {.node = "memory_comprehensive", .record = &LinuxSource::OfHost<&LinuxSource::memory_, &HostMemory::Comprehensive>},
+    {.node = "memory_comprehensive", .record = &LinuxSource::Of<&LinuxSource::memory_, &HostMemory::Comprehensive>},
     {.node = "sched_globalStats_memory_kestrel",
-     .record = &LinuxSource::OfHost<&LinuxSource::memory_, &HostMemory::Global>},
+     .record = &LinuxSource::Of<&LinuxSource::memory_, &HostMemory::Global>},
     {.node = "sched_globalStats_memory_stateTransitions",
-     .record = &LinuxSource::OfHost<&LinuxSource::memory_, &HostMemory::Transitions>},
-    {.node = "sched_globalStats_numVMs",
-     .record = &LinuxSource::OfHost<&LinuxSource::machines_, &MachineCounter::Count>},
-    {.node = "system_buddy", .list = &LinuxSource::ListOfHost<&LinuxSource::buddies_, &Buddies::List>},
-    {.node = "system_buddy_comprehensive",
-     .record = &LinuxSource::OfHost<&LinuxSource::buddies_, &Buddies::Comprehensive>},
-    {.node = "memory_memNodes", .record = &LinuxSource::OfHost<&LinuxSource::buddies_, &Buddies::MemNode>},
-    {.node = "memory_memInfo", .record = &LinuxSource::OfHost<&LinuxSource::buddies_, &Buddies::CountMemNodes>},
+     .record = &LinuxSource::Of<&LinuxSource::memory_, &HostMemory::Transitions>},
+    {.node = "sched_globalStats_numVMs", .record = &LinuxSource::Of<&LinuxSource::machines_, &MachineCounter::Count>},
+    {.node = "system_buddy", .list = &LinuxSource::ListOf<&LinuxSource::buddies_, &Buddies::List>},
+    {.node = "system_buddy_comprehensive", .record = &LinuxSource::Of<&LinuxSource::buddies_, &Buddies::Comprehensive>},
+    {.node = "memory_memNodes", .record = &LinuxSource::Of<&LinuxSource::buddies_, &Buddies::MemNode>},
+    {.node = "memory_memInfo", .record = &LinuxSource::Of<&LinuxSource::buddies_, &Buddies::CountMemNodes>},
     {.node = "memory_lpage_nodeList_vmPools",
-     .record = &LinuxSource::OfHost<&LinuxSource::largePagePools_, &LargePagePools::Stats>,
-     .list = &LinuxSource::ListOfHost<&LinuxSource::largePagePools_, &LargePagePools::List>},
+     .record = &LinuxSource::Of<&LinuxSource::largePagePools_, &LargePagePools::Stats>,
+     .list = &LinuxSource::ListOf<&LinuxSource::largePagePools_, &LargePagePools::List>},
     {.node = "memory_lpage_nodeList_psharePool",
-     .record = &LinuxSource::OfHost<&LinuxSource::largePagePools_, &LargePagePools::PSharePool>},
-    {.node = "system_heaps", .list = &LinuxSource::ListOfHost<&LinuxSource::heaps_, &Heaps::List>},
-    {.node = "system_heaps_stats", .record = &LinuxSource::OfHost<&LinuxSource::heaps_, &Heaps::Stats>},
+     .record = &LinuxSource::Of<&LinuxSource::largePagePools_, &LargePagePools::PSharePool>},
+    {.node = "system_heaps", .list = &LinuxSource::ListOf<&LinuxSource::heaps_, &Heaps::List>},
+    {.node = "system_heaps_stats", .record = &LinuxSource::Of<&LinuxSource::heaps_, &Heaps::Stats>},
     {.node = "memory_pmem_volumes",
-     .list = &LinuxSource::ListOfHost<&LinuxSource::persistentMemory_, &PersistentMemory::Volumes>},
+     .list = &LinuxSource::ListOf<&LinuxSource::persistentMemory_, &PersistentMemory::Volumes>},
     {.node = "memory_pmem_volumes_info",
-     .record = &LinuxSource::OfHost<&LinuxSource::persistentMemory_, &PersistentMemory::VolumeInfo>},
+     .record = &LinuxSource::Of<&LinuxSource::persistentMemory_, &PersistentMemory::VolumeInfo>},
     {.node = "memory_pmem_volumes_regionStore_info",
-     .record = &LinuxSource::OfHost<&LinuxSource::persistentMemory_, &PersistentMemory::StoreInfo>},
+     .record = &LinuxSource::Of<&LinuxSource::persistentMemory_, &PersistentMemory::StoreInfo>},
     {.node = "memory_pmem_volumes_regionStore_isClean",
-     .record = &LinuxSource::OfHost<&LinuxSource::persistentMemory_, &PersistentMemory::StoreIsClean>},
+     .record = &LinuxSource::Of<&LinuxSource::persistentMemory_, &PersistentMemory::StoreIsClean>},
     {.node = "memory_pmem_volumes_regionStore_regions",
-     .list = &LinuxSource::ListOfHost<&LinuxSource::persistentMemory_, &PersistentMemory::Regions>},
+     .list = &LinuxSource::ListOf<&LinuxSource::persistentMemory_, &PersistentMemory::Regions>},
     {.node = "memory_pmem_volumes_regionStore_regions_info",
-     .record = &LinuxSource::OfHost<&LinuxSource::persistentMemory_, &PersistentMemory::RegionInfo>},
+     .record = &LinuxSource::Of<&LinuxSource::persistentMemory_, &PersistentMemory::RegionInfo>},
     {.node = "memory_pmem_volumes_regionStore_regions_numaAllocInfo",
-     .record = &LinuxSource::OfHost<&LinuxSource::persistentMemory_, &PersistentMemory::RegionNode>,
-     .list = &LinuxSource::ListOfHost<&LinuxSource::persistentMemory_, &PersistentMemory::RegionNodes>},
+     .record = &LinuxSource::Of<&LinuxSource::persistentMemory_, &PersistentMemory::RegionNode>,
+     .list = &LinuxSource::ListOf<&LinuxSource::persistentMemory_, &PersistentMemory::RegionNodes>},
     {.node = "memory_pmem_volumes_extents",
-     .record = &LinuxSource::OfHost<&LinuxSource::persistentMemory_, &PersistentMemory::Extent>,
-     .list = &LinuxSource::ListOfHost<&LinuxSource::persistentMemory_, &PersistentMemory::Extents>},
+     .record = &LinuxSource::Of<&LinuxSource::persistentMemory_, &PersistentMemory::Extent>,
+     .list = &LinuxSource::ListOf<&LinuxSource::persistentMemory_, &PersistentMemory::Extents>},
 };
 
 const LinuxSource::Reader &LinuxSource::ReaderOf(const Node &node) {
