@@ -1,0 +1,643 @@
+// Memory clients: the processes and the machines' monitors of saved hosts, and what becomes of their figures.
+#include <algorithm>
+
+#include "tests/linux/saved_host.h"
+
+namespace platkit {
+namespace {
+
+constexpr uint64_t kNone = HVC_KB_NONE;
+constexpr int64_t kVmm = 20'000'000;
+const std::string kTop = "sys/fs/cgroup/";
+const std::string kOwn = kTop + "machine.slice/web.scope/libvirt";
+const std::string kShared = kTop + "shared.slice";
+
+uint64_t MB(uint64_t amount) { return amount * 1024; }
+
+constexpr std::string_view kVmmNode = "sched_memClients_kestrel_vmm";
+constexpr std::string_view kUwNode = "sched_memClients_kestrel_uw";
+constexpr std::string_view kGuestNode = "sched_memClients_kestrel_guest";
+constexpr std::string_view kCommonNode = "sched_memClients_kestrel_totalCommon";
+constexpr std::string_view kSwapNode = "sched_memClients_swapInfo";
+constexpr std::string_view kZipNode = "sched_memClients_memzipInfo";
+constexpr std::string_view kLargePageNode = "memory_lpage_vmLPage";
+constexpr std::string_view kLeaderNode = "worldGroups_vmmLeaderID";
+
+template <typename Record>
+Record Ask(SavedHost &host, std::string_view node, int64_t client) {
+  Record record;
+  EXPECT_EQ(host.ask().Get(node, {client}, record), HVC_OK) << node << " " << client;
+  return record;
+}
+
+VmmMemoryStatsRecord Vmm(SavedHost &host, int64_t pid) { return Ask<VmmMemoryStatsRecord>(host, kVmmNode, pid); }
+UwMemoryStatsRecord Uw(SavedHost &host, int64_t pid) { return Ask<UwMemoryStatsRecord>(host, kUwNode, pid); }
+GuestStatsRecord Guest(SavedHost &host, int64_t pid) { return Ask<GuestStatsRecord>(host, kGuestNode, pid); }
+ZipStatsRecord Zip(SavedHost &host, int64_t pid) { return Ask<ZipStatsRecord>(host, kZipNode, pid); }
+VmSwapInfoRecord Swap(SavedHost &host, int64_t pid) { return Ask<VmSwapInfoRecord>(host, kSwapNode, kVmm + pid); }
+LPageStatsRecord LargePages(SavedHost &host, int64_t pid) {
+  return Ask<LPageStatsRecord>(host, kLargePageNode, kVmm + pid);
+}
+
+template <typename Record>
+HVC_ReturnStatus StatusOf(SavedHost &host, std::string_view node, int64_t client) {
+  Record record;
+  return host.ask().Get(node, {client}, record);
+}
+
+class Arguments {
+ public:
+  explicit Arguments(int64_t client) : list_(ParamList::Make()) { EXPECT_EQ(list_->Add(client), HVC_OK); }
+  Arguments(int64_t client, std::string_view text) : Arguments(client) { EXPECT_EQ(list_->Add(text), HVC_OK); }
+  ~Arguments() { list_->Destroy(); }
+  Arguments(const Arguments &) = delete;
+  Arguments &operator=(const Arguments &) = delete;
+  std::span<const NODAL_Param> params() const { return list_->params(); }
+
+ private:
+  ParamList *list_;
+};
+
+std::vector<std::string> RemapTypes(SavedHost &host, int64_t client) {
+  ParamList *list = ParamList::Make();
+  const Arguments arguments(client);
+  EXPECT_EQ(host.source().List(*FindNode("sched_memClients_remapTypes"), arguments.params(), *list), HVC_OK);
+  std::vector<std::string> types;
+  for (const NODAL_Param &param : list->params())
+    types.emplace_back(param.text());
+  list->Destroy();
+  return types;
+}
+
+HVC_ReturnStatus Remap(SavedHost &host, int64_t client, std::string_view type, RemapStatsRecord &record) {
+  const Arguments arguments(client, type);
+  return host.source().Get(*FindNode("sched_memClients_remapTypes"), arguments.params(),
+                           {reinterpret_cast<std::byte *>(&record), sizeof record});
+}
+
+uint64_t Remapped(SavedHost &host, int64_t client, std::string_view type) {
+  RemapStatsRecord record = {};
+  EXPECT_EQ(Remap(host, client, type, record), HVC_OK) << client << " " << type;
+  EXPECT_CELL(record.added, record.remapped);
+  return record.remapped;
+}
+
+// What a report makes of the parts.
+template <typename Record>
+uint64_t Consumed(const Record &record) {
+  return record.zipped + record.mapped - record.sharedSaved - record.zipSaved;
+}
+
+using Types = std::vector<std::string>;
+
+TEST(ClientRecords, EachClientHasTheRecordsOfItsKind) {
+  SavedHost host("clients.host");
+  const struct {
+    std::string_view node;
+    HVC_ReturnStatus (*status)(SavedHost &, std::string_view, int64_t);
+    bool ofProcess, ofMachine, ofMonitor;
+  } nodes[] = {
+      {kVmmNode, StatusOf<VmmMemoryStatsRecord>, false, true, false},
+      {kUwNode, StatusOf<UwMemoryStatsRecord>, true, true, false},
+      {kGuestNode, StatusOf<GuestStatsRecord>, false, true, false},
+      {kCommonNode, StatusOf<TotalCommonRecord>, true, true, true},
+      {kSwapNode, StatusOf<VmSwapInfoRecord>, false, false, true},
+      {kZipNode, StatusOf<ZipStatsRecord>, false, true, false},
+      {kLargePageNode, StatusOf<LPageStatsRecord>, false, false, true},
+      {kLeaderNode, StatusOf<VmmLeaderIDRecord>, false, true, false},
+  };
+  const auto expected = [](bool has) { return has ? HVC_OK : HVC_NOT_FOUND; };
+  for (const auto &node : nodes) {
+    EXPECT_EQ(node.status(host, node.node, 400), expected(node.ofProcess)) << node.node;
+    EXPECT_EQ(node.status(host, node.node, 310), expected(node.ofMachine)) << node.node;
+    EXPECT_EQ(node.status(host, node.node, kVmm + 310), expected(node.ofMonitor)) << node.node;
+    for (const int64_t nobody : {int64_t{0}, int64_t{-1}, int64_t{2}, int64_t{311}, int64_t{999}, int64_t{5'000'000},
+                                 host.ControlGroup(kOwn), kVmm, kVmm + 400, kVmm + 999, INT64_MAX, INT64_MIN}) {
+      EXPECT_EQ(node.status(host, node.node, nobody), HVC_NOT_FOUND) << node.node << " " << nobody;
+    }
+  }
+  EXPECT_CELL(Ask<VmmLeaderIDRecord>(host, kLeaderNode, 310).vmmLeaderID, kVmm + 310);
+}
+
+TEST(ClientRecords, AMachineWithAControlGroupOfItsOwn) {
+  SavedHost host("clients.host");
+  const VmmMemoryStatsRecord vmm = Vmm(host, 310);
+  EXPECT_CELL(vmm.memSize, MB(2048));
+  EXPECT_CELL(vmm.memSizeLimit, MB(8192));
+  EXPECT_CELL(vmm.mapped, 1440000u + 2000) << "anonymous and shared memory, and the page of zeros";
+  EXPECT_CELL(vmm.shared, 10000u + 2000);
+  EXPECT_CELL(vmm.sharedSaved, 10000u + 2000);
+  EXPECT_CELL(vmm.zero, 2000u);
+  EXPECT_CELL(vmm.touched, MB(800 + 10));
+  EXPECT_CELL(vmm.zipped, MB(200));
+  EXPECT_CELL(vmm.zipSaved, MB(150));
+  EXPECT_CELL(Consumed(vmm), 1440000u - 10000 + MB(50)) << "what is not shared, and compressed memory as it is kept";
+  EXPECT_CELL(vmm.allocTgt, MB(1536)) << "it is throttled there";
+  EXPECT_CELL(vmm.ballooned, 0u);
+  EXPECT_CELL(vmm.vpmemRO, 0u);
+
+  Asker ask = host.ask();
+  for (const int64_t group : {int64_t{310}, kVmm + 310}) {
+    EXPECT_CELL(ask.Alloc(group).min, MB(1024));
+    EXPECT_CELL(ask.Alloc(group).max, MB(4096));
+    EXPECT_CELL(ask.Alloc(group).shares, 0);
+    EXPECT_CELL(ask.Alloc(group).minLimit, kNone);
+    EXPECT_CELL(ask.Stats(group).bMin, MB(1024));
+    EXPECT_CELL(ask.Stats(group).bMax, MB(4096));
+  }
+  EXPECT_CELL(ask.Stats(310).ovhd, 60000u + 4000) << "what is not the guest's, and page tables";
+  EXPECT_CELL(ask.Stats(kVmm + 310).consumed, 64000u);
+  EXPECT_CELL(ask.Stats(310).sharedSaved, 12000u);
+}
+
+TEST(ClientRecords, AMachineThatSharesItsControlGroup) {
+  SavedHost host("clients.host");
+  const VmmMemoryStatsRecord vmm = Vmm(host, 320);
+  EXPECT_CELL(vmm.memSize, MB(4096)) << "the largest mapping of memory, of two pieces";
+  EXPECT_CELL(vmm.memSizeLimit, MB(4096));
+  EXPECT_CELL(vmm.mapped, 120000u + 100000 + 3145728);
+  EXPECT_CELL(vmm.touched, vmm.mapped);
+  EXPECT_CELL(vmm.zipped, 0u);
+  EXPECT_CELL(vmm.zipSaved, 0u);
+  EXPECT_CELL(vmm.shared, 0u);
+  EXPECT_CELL(vmm.allocTgt, MB(4096));
+  EXPECT_CELL(Consumed(vmm), vmm.mapped);
+  Asker ask = host.ask();
+  EXPECT_CELL(ask.Alloc(320).min, 0u);
+  EXPECT_CELL(ask.Alloc(kVmm + 320).max, kNone);
+  EXPECT_CELL(ask.Stats(320).memSize, MB(4096));
+  EXPECT_CELL(ask.Stats(320).memSizePeak, MB(4096));
+  EXPECT_CELL(ask.Stats(320).ovhd, 80000u + 2000);
+  EXPECT_EQ(host.Opens(kShared + "/memory.stat"), 0);
+}
+
+TEST(ClientRecords, WhatIsResidentBeyondTheGuestIsOverhead) {
+  SavedHost host("clients.host");
+  host.Write("proc/310/status", "Name:\tqemu-kvm\nVmSize: 9 kB\nVmRSS: 2097252 kB\nRssAnon: 2097252 kB\nVmPTE: 5 kB\n");
+  EXPECT_CELL(Vmm(host, 310).mapped, MB(2048));
+  EXPECT_CELL(host.ask().Stats(310).ovhd, 100u + 5);
+}
+
+TEST(ClientRecords, Swapping) {
+  SavedHost host("clients.host");
+  const VmSwapInfoRecord swap = Swap(host, 310);
+  EXPECT_CELL(swap.swapped, MB(400 - 200)) << "less what is compressed in memory";
+  EXPECT_CELL(swap.swapRead, 4000u);
+  EXPECT_CELL(swap.swapIn, 400u);
+  EXPECT_CELL(swap.gblSwapIn, 400u);
+  EXPECT_CELL(swap.swapOut, 20000u);
+  EXPECT_CELL(swap.gblSwapOut, 20000u);
+  EXPECT_CELL(swap.totalReg, 9000000u) << "a compressed memory disk is no swap file";
+  EXPECT_CELL(swap.freeReg, 8999000u);
+  EXPECT_CELL(swap.currentSwapper, 1u);
+  EXPECT_CELL(swap.isSwapping, 0u);
+  EXPECT_CELL(swap.totalMig, 0u);
+  const VmSwapInfoRecord other = Swap(host, 320);
+  EXPECT_CELL(other.swapped, 5000u);
+  EXPECT_CELL(other.swapRead, 0u);
+  EXPECT_CELL(other.swapIn, 0u);
+  EXPECT_CELL(other.totalReg, 9000000u);
+}
+
+TEST(ClientRecords, LargePages) {
+  SavedHost host("clients.host");
+  const LPageStatsRecord own = LargePages(host, 310);
+  EXPECT_CELL(own.backings2M, 500u + 2) << "those of files are not the guest's";
+  EXPECT_CELL(own.backings1G, 0u);
+  EXPECT_CELL(own.allocSuccess, 510u);
+  EXPECT_CELL(own.broken, 8u);
+  EXPECT_CELL(own.failNoMem, 0u);
+  const LPageStatsRecord shared = LargePages(host, 320);
+  EXPECT_CELL(shared.backings2M, UINT32_MAX) << "nothing tells its transparent huge pages";
+  EXPECT_CELL(shared.backings1G, 0u);
+  EXPECT_CELL(shared.allocSuccess, 0u);
+}
+
+TEST(ClientRecords, LargePagesOfPools) {
+  SavedHost host("clients.host");
+  const std::string status = "Name:\tqemu-kvm\nVmSize: 9 kB\nVmRSS: 9 kB\nHugetlbPages: ";
+  host.Write("proc/320/status", status + "3145728 kB\nTHP_enabled: 0\n");
+  EXPECT_CELL(LargePages(host, 320).backings2M, 1536u) << "in pages of 2 MB, where nothing tells their size";
+  host.Write("proc/320/status", status + "4194304 kB\nTHP_enabled: 1\n");
+  EXPECT_CELL(LargePages(host, 320).backings2M, 2048u) << "nothing of the guest is left for transparent ones";
+  host.Write(kShared + "/cgroup.procs", "320\n");
+  host.ask().Members(host.ControlGroup(kShared));
+  const LPageStatsRecord own = LargePages(host, 320);
+  EXPECT_CELL(own.backings1G, 3u);
+  EXPECT_CELL(own.backings2M, 512u);
+  for (const char *bad : {"", "x\n"}) {
+    host.Write(kShared + "/hugetlb.1GB.current", bad);
+    EXPECT_CELL(LargePages(host, 320).backings1G, 0u);
+    EXPECT_CELL(LargePages(host, 320).backings2M, 2048u) << "in all they are known";
+  }
+  host.Remove(kShared + "/hugetlb.1GB.current");
+  EXPECT_CELL(LargePages(host, 320).backings2M, 2048u);
+}
+
+TEST(ClientRecords, Compression) {
+  SavedHost host("clients.host");
+  const ZipStatsRecord zip = Zip(host, 310);
+  EXPECT_CELL(zip.totalCache, MB(1024));
+  EXPECT_CELL(zip.maxCache, MB(1024));
+  EXPECT_CELL(zip.usedCache, MB(50));
+  EXPECT_CELL(zip.zipped, 240000u);
+  EXPECT_CELL(zip.unZipped, 4000u);
+  EXPECT_CELL(zip.zipRejected, 0u);
+  EXPECT_EQ(StatusOf<ZipStatsRecord>(host, kZipNode, 320), HVC_NOT_FOUND);
+  for (const char *limit : {"max\n", "x\n"}) {
+    host.Write(kOwn + "/memory.zswap.max", limit);
+    EXPECT_CELL(Zip(host, 310).totalCache, kNone) << limit;
+  }
+  host.Remove(kOwn + "/memory.zswap.max");
+  EXPECT_CELL(Zip(host, 310).maxCache, kNone);
+  host.Write(kOwn + "/memory.stat", "active_anon 1\nzswap x\n");
+  EXPECT_CELL(Zip(host, 310).usedCache, kNone);
+  host.Write(kOwn + "/memory.stat", "active_anon 1\n");
+  EXPECT_EQ(StatusOf<ZipStatsRecord>(host, kZipNode, 310), HVC_NOT_FOUND) << "a kernel without it";
+}
+
+TEST(ClientRecords, GuestsTellTheHostNothing) {
+  SavedHost host("clients.host");
+  const GuestStatsRecord guest = Guest(host, 310);
+  EXPECT_CELL(guest.memTotal, MB(2048));
+  EXPECT_CELL(guest.lpageTotal, UINT32_MAX);
+  EXPECT_CELL(guest.memNeeded, kNone);
+  EXPECT_CELL(Guest(host, 320).memTotal, MB(4096));
+  SavedHost unknown("clients.host");
+  unknown.Remove("proc/320/maps");
+  EXPECT_EQ(StatusOf<GuestStatsRecord>(unknown, kGuestNode, 320), HVC_NOT_FOUND);
+}
+
+TEST(ClientRecords, UserWorlds) {
+  SavedHost host("clients.host");
+  const UwMemoryStatsRecord uw = Uw(host, 400);
+  EXPECT_CELL(uw.min, 0u);
+  EXPECT_CELL(uw.max, kNone);
+  EXPECT_CELL(uw.minLimit, kNone);
+  EXPECT_EQ(static_cast<int>(uw.memSizeLimit), 1 << 20);
+  EXPECT_CELL(uw.memSize, 800000u);
+  EXPECT_CELL(uw.touched, 502400u);
+  EXPECT_CELL(uw.mapped, 502400u + 40);
+  EXPECT_CELL(uw.sharedSaved, 200u + 40);
+  EXPECT_CELL(uw.cow, 240u);
+  EXPECT_CELL(Consumed(uw), 502400u - 200);
+  EXPECT_CELL(uw.memBStore, 502400u);
+  EXPECT_CELL(uw.swapBStore, 30000u);
+  EXPECT_CELL(uw.swapped, 30000u);
+  EXPECT_CELL(uw.swappable, 150000u - 25000);
+  EXPECT_CELL(uw.shm, 200000u);
+  EXPECT_CELL(uw.pageable, 350000u - 25000);
+  EXPECT_CELL(uw.pageableUnacct, 50000u);
+  EXPECT_CELL(uw.pinned, 25000u + 102400);
+  EXPECT_CELL(uw.prealloced, 102400u);
+  EXPECT_CELL(uw.totalResv, 0u);
+
+  EXPECT_CELL(Uw(host, 310).min, MB(1024));
+  EXPECT_CELL(Uw(host, 310).max, MB(4096));
+  EXPECT_EQ(static_cast<int>(Uw(host, 310).memSizeLimit), -1) << "unlimited";
+  EXPECT_EQ(static_cast<int>(Uw(host, 320).memSizeLimit), 16 << 20);
+  EXPECT_EQ(static_cast<int>(Uw(host, 321).memSizeLimit), -1) << "more than the field takes";
+}
+
+TEST(ClientRecords, LockedMemoryIsNoMoreThanThereIs) {
+  SavedHost host("clients.host");
+  host.Write("proc/400/status", "VmSize: 900 kB\nVmRSS: 100 kB\nRssAnon: 60 kB\nRssFile: 40 kB\nVmLck: 500 kB\n");
+  const UwMemoryStatsRecord uw = Uw(host, 400);
+  EXPECT_CELL(uw.pinned, 100u);
+  EXPECT_CELL(uw.swappable, 0u);
+  EXPECT_CELL(uw.pageable, 0u);
+  EXPECT_CELL(uw.swapped, kNone) << "no such line";
+}
+
+TEST(ClientRecords, MovedPages) {
+  SavedHost host("clients.host");
+  EXPECT_EQ(RemapTypes(host, 310), (Types{"numa", "promotion", "demotion"}));
+  EXPECT_EQ(Remapped(host, 310, "numa"), 600u) << "without those that went to faster memory";
+  EXPECT_EQ(Remapped(host, 310, "promotion"), 100u);
+  EXPECT_EQ(Remapped(host, 310, "demotion"), 42u);
+  EXPECT_EQ(host.Opens("proc/310/sched"), 0);
+  EXPECT_EQ(RemapTypes(host, 321), Types{"numa"});
+  EXPECT_EQ(Remapped(host, 321, "numa"), 12u);
+  EXPECT_EQ(RemapTypes(host, 400), Types{}) << "nothing counts";
+  EXPECT_EQ(RemapTypes(host, kVmm + 310), Types{});
+  RemapStatsRecord record = {};
+  for (const char *type : {"demotion", "", "other"})
+    EXPECT_EQ(Remap(host, 321, type, record), HVC_NOT_FOUND) << type;
+  EXPECT_EQ(Remap(host, 400, "numa", record), HVC_NOT_FOUND);
+  EXPECT_EQ(Remap(host, 999, "numa", record), HVC_NOT_FOUND);
+  EXPECT_EQ(Remap(host, kVmm + 310, "numa", record), HVC_NOT_FOUND);
+}
+
+TEST(ClientRecords, MovedPagesAreTakenAsTheKernelWritesThem) {
+  const struct {
+    const char *text;
+    uint64_t pages;
+  } lines[] = {{"numa_pages_migrated : 7\n", 7},
+               {"numa_pages_migrated: 7", 7},
+               {"x\nnuma_pages_migrated\t7\nnuma_pages_migrated : 8\n", 7},
+               {"numa_pages_migrated : many\n", kNone}};
+  SavedHost host("clients.host");
+  for (const auto &line : lines) {
+    host.Write("proc/321/sched", line.text);
+    EXPECT_EQ(Remapped(host, 321, "numa"), line.pages) << line.text;
+  }
+  host.Forbid("proc/321/sched");
+  {
+    OrdinaryUser user;
+    EXPECT_EQ(Remapped(host, 321, "numa"), kNone);
+  }
+  SavedHost without("clients.host");
+  without.Write("proc/321/sched", "numa_preferred_nid : -1\n");
+  EXPECT_EQ(RemapTypes(without, 321), Types{});
+}
+
+TEST(ClientRecords, AddressSpaceLimits) {
+  const struct {
+    const char *text;
+    int32_t limit;
+  } lines[] = {{"Max address space 1048576 2097152 bytes\n", 1024},
+               {"Max address space         2199023254528        unlimited bytes", INT32_MAX},
+               {"Max address space         2199023255552        unlimited bytes", -1},
+               {"Max address space         0                    0 bytes", 0},
+               {"Max address space         much\n", -1},
+               {"Max address space ", -1},
+               {"", -1}};
+  SavedHost host("clients.host");
+  for (const auto &line : lines) {
+    host.Write("proc/400/limits", line.text);
+    EXPECT_EQ(static_cast<int>(Uw(host, 400).memSizeLimit), line.limit) << line.text;
+  }
+  host.Remove("proc/400/limits");
+  EXPECT_EQ(static_cast<int>(Uw(host, 400).memSizeLimit), -1);
+  EXPECT_CELL(Uw(host, 400).memSize, 800000u);
+  host.Remove("proc/400");
+  EXPECT_EQ(StatusOf<UwMemoryStatsRecord>(host, kUwNode, 400), HVC_NOT_FOUND);
+}
+
+TEST(ClientRecords, SwapFiles) {
+  const struct {
+    const char *text;
+    uint64_t total, free;
+  } tables[] = {
+      {"", 0, 0},
+      {"Filename Type Size Used Priority\n", 0, 0},
+      {"Filename Type Size Used\n/a file 10 4\n/b partition 5 5 -2 more\n", 15, 6},
+      {"/a file 10 11 -2\n", 10, 0},
+      {"/a file ten 4 -2\n", kNone, kNone},
+      {"/a file 10\n", 10, kNone},
+      {"/a file\n/b\n\n  \n", kNone, kNone},
+  };
+  SavedHost host("clients.host");
+  for (const auto &table : tables) {
+    host.Write("proc/swaps", table.text);
+    EXPECT_CELL(Swap(host, 320).totalReg, table.total) << table.text;
+    EXPECT_CELL(Swap(host, 320).freeReg, table.free) << table.text;
+  }
+  host.Forbid("proc/swaps");
+  {
+    OrdinaryUser user;
+    EXPECT_CELL(Swap(host, 320).freeReg, kNone);
+  }
+  host.Remove("proc/swaps");
+  EXPECT_CELL(Swap(host, 320).totalReg, 0u);
+}
+
+TEST(ClientRecords, SharingOfAProcess) {
+  const auto saved = [](SavedHost &host) -> uint64_t { return Uw(host, 400).sharedSaved; };
+  SavedHost old("clients.host");
+  old.Write("proc/400/ksm_stat", "ksm_rmap_items 5\n");
+  old.Write("proc/400/ksm_merging_pages", "3\n");
+  EXPECT_EQ(saved(old), 12u) << "a kernel that has the merged pages elsewhere";
+  old.Remove("proc/400/ksm_stat");
+  EXPECT_EQ(saved(old), 12u);
+  old.Remove("proc/400/ksm_merging_pages");
+  EXPECT_EQ(saved(old), 0u) << "a kernel that does not tell";
+  old.Write("proc/400/ksm_stat", "ksm_zero_pages x\nksm_merging_pages 5\n");
+  EXPECT_EQ(saved(old), kNone);
+  SavedHost forbidden("clients.host");
+  forbidden.Forbid("proc/310/ksm_stat");
+  OrdinaryUser user;
+  const VmmMemoryStatsRecord vmm = Vmm(forbidden, 310);
+  EXPECT_CELL(vmm.sharedSaved, kNone);
+  EXPECT_CELL(vmm.shared, kNone);
+  EXPECT_CELL(vmm.zero, kNone);
+  EXPECT_CELL(vmm.mapped, 1440000u);
+}
+
+// One bad file costs its cells; the rest of the record stands.
+TEST(ClientRecords, MemoryStatOfAMachine) {
+  SavedHost host("clients.host");
+  host.Write(kOwn + "/memory.stat", "zswapped x\nzswap 4096\nanon_thp\npswpin -1\nactive_anon 8192\nswapcached y\n");
+  EXPECT_CELL(Vmm(host, 310).zipped, kNone);
+  EXPECT_CELL(Vmm(host, 310).zipSaved, kNone);
+  EXPECT_CELL(Vmm(host, 310).touched, 8u);
+  EXPECT_CELL(Swap(host, 310).swapped, kNone);
+  EXPECT_CELL(Swap(host, 310).swapIn, kNone);
+  EXPECT_CELL(Swap(host, 310).swapOut, 0u);
+  EXPECT_CELL(Swap(host, 310).swapRead, kNone);
+  EXPECT_CELL(LargePages(host, 310).backings2M, UINT32_MAX);
+  host.ask().Members(0);
+  host.Remove(kOwn + "/memory.stat");
+  EXPECT_CELL(Vmm(host, 310).zipped, 0u);
+  EXPECT_CELL(Vmm(host, 310).touched, Vmm(host, 310).mapped);
+  EXPECT_CELL(Swap(host, 310).swapped, MB(400));
+  host.Remove(kOwn + "/memory.swap.current");
+  EXPECT_CELL(Swap(host, 310).swapped, 300000u) << "without swap accounting, the process' own";
+  host.Remove(kOwn + "/memory.high");
+  host.Remove(kOwn + "/memory.max");
+  EXPECT_CELL(Vmm(host, 310).allocTgt, MB(2048));
+  EXPECT_CELL(host.ask().Alloc(310).max, kNone);
+}
+
+TEST(ClientRecords, AStatusThatCannotBeReadCostsTheCells) {
+  SavedHost host("clients.host");
+  host.Forbid("proc/400/status");
+  OrdinaryUser user;
+  const UwMemoryStatsRecord uw = Uw(host, 400);
+  EXPECT_CELL(uw.memSize, kNone);
+  EXPECT_CELL(uw.mapped, kNone);
+  EXPECT_CELL(uw.swapped, kNone);
+  EXPECT_CELL(uw.pinned, kNone);
+  EXPECT_EQ(static_cast<int>(uw.memSizeLimit), 1 << 20);
+}
+
+TEST(ClientRecords, Version1) {
+  SavedHost host("v1.host");
+  const std::string folder = kTop + "memory/limited";
+  host.Write("proc/100/status", "Name:\tqemu-kvm\nVmSize: 8000 kB\nVmRSS: 5000 kB\nRssAnon: 4000 kB\nVmSwap: 7 kB\n");
+  host.Write("proc/100/cmdline", std::string("qemu-kvm\0-m\00016", 14) + '\0');
+  host.Write(
+      folder + "/memory.stat",
+      "active_anon 1\ntotal_active_anon 1048576\ntotal_swap 2048\ntotal_rss_huge 4194304\ntotal_swapcached 1024\n");
+  EXPECT_CELL(Vmm(host, 100).memSize, MB(16));
+  EXPECT_CELL(Vmm(host, 100).touched, MB(1));
+  EXPECT_CELL(Vmm(host, 100).allocTgt, MB(12)) << "the soft limit";
+  EXPECT_CELL(Swap(host, 100).swapped, 2u);
+  EXPECT_CELL(Swap(host, 100).swapRead, 1u);
+  EXPECT_CELL(LargePages(host, 100).backings2M, 2u);
+  EXPECT_CELL(host.ask().Alloc(100).max, MB(16));
+  EXPECT_CELL(host.ask().Alloc(100).min, 0u);
+  EXPECT_EQ(StatusOf<ZipStatsRecord>(host, kZipNode, 100), HVC_NOT_FOUND);
+}
+
+TEST(ClientRecords, AnOldKernel) {
+  SavedHost host("kernel-5.10.host");
+  const UwMemoryStatsRecord uw = Uw(host, 100);
+  EXPECT_CELL(uw.mapped, 8000u);
+  EXPECT_CELL(uw.sharedSaved, 0u);
+  EXPECT_EQ(RemapTypes(host, 100), Types{});
+}
+
+// Which control groups are a machine's own.
+
+bool HasOwnGroup(SavedHost &host, int64_t pid) { return host.ask().Alloc(pid).max != kNone; }
+
+TEST(OwnControlGroups, ListedOrNotTheAnswerIsTheSame) {
+  for (const bool listed : {false, true}) {
+    SavedHost host("clients.host");
+    if (listed) {
+      for (const int64_t group : {host.ControlGroup(kOwn), host.ControlGroup(kShared)})
+        host.ask().Members(group);
+    }
+    EXPECT_TRUE(HasOwnGroup(host, 310)) << "a kernel thread beside it does not count";
+    EXPECT_FALSE(HasOwnGroup(host, 320));
+    EXPECT_EQ(host.ask().Parent(310), host.ControlGroup(kOwn)) << "not the one of its threads";
+  }
+}
+
+TEST(OwnControlGroups, WhatIsBelowCounts) {
+  for (const bool listed : {false, true}) {
+    SavedHost host("clients.host");
+    host.Write(kOwn + "/a/cgroup.procs", "");
+    host.Write(kOwn + "/a/b/cgroup.procs", "311\n");
+    if (listed) host.ask().Members(host.ControlGroup(kOwn));
+    EXPECT_TRUE(HasOwnGroup(host, 310));
+    host.Write(kOwn + "/a/b/cgroup.procs", "311\n321\n");
+    host.ask().Members(host.ControlGroup(kTop + "machine.slice/web.scope"));
+    if (listed) host.ask().Members(host.ControlGroup(kOwn));
+    EXPECT_FALSE(HasOwnGroup(host, 310));
+  }
+}
+
+TEST(OwnControlGroups, ATreeOfManyFoldersIsGivenUp) {
+  SavedHost host("clients.host");
+  for (int i = 0; i < 100; ++i)
+    host.MakeFolder(kOwn + "/" + std::to_string(i));
+  EXPECT_FALSE(HasOwnGroup(host, 310));
+  host.ask().Members(host.ControlGroup(kOwn));
+  EXPECT_FALSE(HasOwnGroup(host, 310));
+}
+
+TEST(OwnControlGroups, AGroupWhoseMembersAreHiddenIsNotOwn) {
+  SavedHost host("clients.host");
+  host.Forbid(kOwn + "/cgroup.procs");
+  OrdinaryUser user;
+  EXPECT_FALSE(HasOwnGroup(host, 310));
+}
+
+TEST(OwnControlGroups, TheHostIsNobodysOwn) {
+  SavedHost host("clients.host");
+  host.Write("proc/310/cgroup", "0::/\n");
+  EXPECT_FALSE(HasOwnGroup(host, 310));
+}
+
+// What is read.
+
+// Asks for what the reports on clients ask, group by group.
+void Walk(SavedHost &host, int64_t group, bool vmsOnly) {
+  Asker ask = host.ask();
+  const std::vector<int64_t> members = ask.Members(group);
+  const uint32_t flags = ask.Flags(group);
+  if ((flags & HVC_GROUP_VM) != 0) {
+    for (const int64_t either : {group, kVmm + group})
+      ask.Alloc(either);
+    Vmm(host, group);
+    Swap(host, group);
+    LargePages(host, group);
+    static_cast<void>(StatusOf<GuestStatsRecord>(host, kGuestNode, group));
+    static_cast<void>(StatusOf<ZipStatsRecord>(host, kZipNode, group));
+    ask.Stats(group);
+  }
+  if ((flags & HVC_GROUP_USER_WORLD) != 0 && !vmsOnly) {
+    Uw(host, group);
+    for (const std::string &type : RemapTypes(host, group))
+      Remapped(host, group, type);
+  }
+  for (const int64_t member : members)
+    Walk(host, member, vmsOnly);
+}
+
+std::vector<std::string> TwiceOpened(std::vector<std::string> opened) {
+  std::sort(opened.begin(), opened.end());
+  std::vector<std::string> twice;
+  for (size_t i = 1; i < opened.size(); ++i) {
+    if (opened[i] == opened[i - 1]) twice.push_back(opened[i]);
+  }
+  return twice;
+}
+
+TEST(ClientUpkeep, AWalkReadsEachFileOnceAndNoneThatIsCostly) {
+  for (const char *archive : {"clients.host", "v2.host", "v1.host", "kernel-5.10.host", "kvm-descriptors.host"}) {
+    SavedHost host(archive);
+    Walk(host, 0, false);
+    EXPECT_EQ(TwiceOpened(host.opened()), Types{}) << archive;
+    for (const std::string &path : host.opened()) {
+      for (const char *costly : {"smaps", "smaps_rollup", "numa_maps", "pagetypeinfo"})
+        EXPECT_FALSE(path.ends_with(costly)) << path;
+    }
+  }
+}
+
+TEST(ClientUpkeep, ASecondWalkSeesTheHostAsItIsThen) {
+  SavedHost host("clients.host");
+  Walk(host, 0, false);
+  host.Write("proc/swaps", "/a file 10 4 -2\n");
+  host.Write("proc/400/status", "VmSize: 9 kB\nVmRSS: 7 kB\n");
+  host.Write("proc/310/ksm_stat", "ksm_merging_pages 1\n");
+  host.Write(kOwn + "/memory.stat", "active_anon 4096\n");
+  host.ask().Members(0);
+  EXPECT_CELL(Swap(host, 310).totalReg, 10u);
+  EXPECT_CELL(Uw(host, 400).memBStore, 7u);
+  EXPECT_CELL(Vmm(host, 310).sharedSaved, 4u);
+  EXPECT_CELL(Vmm(host, 310).touched, 4u);
+}
+
+TEST(ClientUpkeep, ARecordAskedForAgainIsReadAnew) {
+  SavedHost host("clients.host");
+  Walk(host, 0, false);
+  host.Write("proc/swaps", "");
+  host.Write(kOwn + "/memory.stat", "active_anon 4096\nnuma_pages_migrated 1\nzswap 2048\n");
+  host.Write("proc/321/sched", "numa_pages_migrated : 13\n");
+  host.Write("proc/400/limits", "Max address space 4096 4096 bytes\n");
+  EXPECT_CELL(Swap(host, 310).totalReg, 0u);
+  EXPECT_CELL(Vmm(host, 310).touched, 4u);
+  EXPECT_CELL(Zip(host, 310).usedCache, 2u);
+  EXPECT_EQ(Remapped(host, 310, "numa"), 1u);
+  EXPECT_EQ(Remapped(host, 321, "numa"), 13u);
+  EXPECT_EQ(static_cast<int>(Uw(host, 400).memSizeLimit), 4);
+}
+
+TEST(ClientUpkeep, OnlyWhatIsAskedForIsRead) {
+  SavedHost host("clients.host");
+  Walk(host, 0, true);
+  for (const char *path : {"proc/400/limits", "proc/400/ksm_stat", "proc/400/sched", "proc/400/maps", "proc/310/maps",
+                           "proc/310/limits", "proc/310/sched", "proc/meminfo"}) {
+    EXPECT_EQ(host.Opens(path), 0) << path;
+  }
+  EXPECT_EQ(host.Opens("proc/320/maps"), 1);
+  EXPECT_EQ(host.Opens("proc/swaps"), 1);
+  EXPECT_EQ(host.Opens(kOwn + "/memory.stat"), 1);
+  EXPECT_EQ(host.Opens(kTop + "app.slice/memory.stat"), 0);
+}
+
+TEST(ClientUpkeep, AVanishedMachineIsNotFound) {
+  SavedHost host("clients.host");
+  host.ask().Members(host.ControlGroup(kOwn));
+  host.Remove("proc/310");
+  EXPECT_EQ(StatusOf<VmmMemoryStatsRecord>(host, kVmmNode, 310), HVC_NOT_FOUND);
+  EXPECT_EQ(StatusOf<VmSwapInfoRecord>(host, kSwapNode, kVmm + 310), HVC_NOT_FOUND);
+  EXPECT_EQ(StatusOf<UwMemoryStatsRecord>(host, kUwNode, 310), HVC_NOT_FOUND);
+}
+
+}  // namespace
+}  // namespace platkit
