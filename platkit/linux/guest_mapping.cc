@@ -9,7 +9,7 @@ namespace {
 
 struct Mapping {
   uint64_t start = 0, end = 0;
-  bool isWritable = false;
+  bool isData = false;  // written, and never run
   DeviceNumber device = 0;
   uint64_t inode = 0;
   std::string_view name;
@@ -29,7 +29,7 @@ bool ParseMapping(std::string_view line, Mapping &mapping) {
   uint64_t offset = 0, major = 0, minor = 0;
   if (!TakeNumber(line, 16, '-', mapping.start) || !TakeNumber(line, 16, ' ', mapping.end)) return false;
   if (line.size() < 5 || line[4] != ' ') return false;
-  mapping.isWritable = line[0] == 'r' && line[1] == 'w';
+  mapping.isData = line[0] == 'r' && line[1] == 'w' && line[2] == '-';
   line.remove_prefix(5);
   if (!TakeNumber(line, 16, ' ', offset) || !TakeNumber(line, 16, ':', major) || !TakeNumber(line, 16, ' ', minor)) {
     return false;
@@ -43,9 +43,10 @@ bool ParseMapping(std::string_view line, Mapping &mapping) {
   return mapping.start < mapping.end;
 }
 
-// A device's memory that is mapped for the guest may be larger than the guest's own; it is never anonymous.
+// Two kinds of mappings may be larger than the guest's memory: devices' memory that is mapped for the guest, which is
+// never anonymous, and the code that an emulator makes of the guest's, which is run.
 bool IsMemory(const Mapping &mapping, std::span<const DeviceNumber> memoryDevices) {
-  if (!mapping.isWritable) return false;
+  if (!mapping.isData || mapping.name.starts_with("/memfd:tcg-jit")) return false;
   if (mapping.inode == 0) return mapping.name.empty() || mapping.name.starts_with("[anon");
   for (const std::string_view memoryFile : {"/memfd:", "/anon_hugepage", "/dev/zero", "/SYSV"}) {
     if (mapping.name.starts_with(memoryFile)) return true;

@@ -11,7 +11,7 @@
 
 namespace platkit {
 
-// The size in KB of a process' largest writable mapping of memory: anonymous, a memory file without a name, or a file
+// The size in KB of a process' largest mapping of memory for data: anonymous, a memory file without a name, or a file
 // of one of these devices. Pieces of a mapping that lie side by side count as one. Absent if there is none, or if the
 // mappings are not for this user.
 Figure LargestMemoryMapping(HostFiles &files, int64_t pid, std::span<const DeviceNumber> memoryDevices);

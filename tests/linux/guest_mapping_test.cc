@@ -24,7 +24,6 @@ TEST(GuestMapping, MappingsOfMemory) {
            "100000-200000 rw-s 00000000 00:01 1025                       /dev/zero (deleted)",
            "100000-200000 rw-p 00000000 00:0f 31                         /anon_hugepage (deleted)",
            "100000-200000 rw-s 00000000 00:32 31                         /somewhere/ram of a guest",
-           "100000-200000 rwxp 00000000 00:00 0 ",
        }) {
     EXPECT_EQ(Largest(line), Figure(1024)) << line;
   }
@@ -34,6 +33,8 @@ TEST(GuestMapping, OtherMappings) {
   for (const char *line : {
            "100000-200000 r--p 00000000 00:00 0 ",
            "100000-200000 ---p 00000000 00:00 0 ",
+           "100000-200000 rwxp 00000000 00:00 0 ",
+           "100000-200000 rw-s 00000000 00:01 9                          /memfd:tcg-jit (deleted)",
            "100000-200000 rw-p 00000000 00:00 0                          [heap]",
            "100000-200000 rw-p 00000000 00:00 0                          [stack]",
            "100000-200000 rw-s 00000000 00:0f 9                          anon_inode:[vfio-device]",
