@@ -9,7 +9,7 @@ namespace {
 constexpr uint64_t kNone = HVC_KB_NONE;
 constexpr int64_t kVmm = 20'000'000;
 const std::string kTop = "sys/fs/cgroup/";
-const std::string kOwn = kTop + "machine.slice/web.scope/libvirt";
+const std::string kOwn = kTop + "machine.slice/web.scope/guest";
 const std::string kShared = kTop + "shared.slice";
 
 uint64_t MB(uint64_t amount) { return amount * 1024; }
