@@ -12,7 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using IDs = std::vector<int64_t>;
-
 const std::string kCpuInfo = "proc/cpuinfo";
 const std::string kModules = "sys/bus/nd/devices";
 const std::string kDevices = "sys/bus/pci/devices";
@@ -171,7 +170,7 @@ TEST(Nvdimm, AFolderThatCannotBeRead) {
 HVC_ReturnStatus ListPci(SavedHost &host, const IDs &above, IDs &below) {
   constexpr std::string_view kLists[] = {"hardware_pci_seg", "hardware_pci_seg_bus", "hardware_pci_seg_bus_slot",
                                          "hardware_pci_seg_bus_slot_func"};
-  return host.ask().List(kLists[above.size()], above, below);
+  return host.ask().List(kLists[above.size()], Given(above), below);
 }
 
 IDs Pci(SavedHost &host, const IDs &above) {
@@ -290,7 +289,7 @@ TEST(Pci, ASecondSearchSeesTheHostAsItIsThen) {
 // --- Headers
 
 HVC_ReturnStatus Header(SavedHost &host, const IDs &function, PciConfigHeaderRecord &header) {
-  return host.ask().Get("hardware_pci_seg_bus_slot_func_pciConfigHeader", function, header);
+  return host.ask().Get("hardware_pci_seg_bus_slot_func_pciConfigHeader", Given(function), header);
 }
 
 TEST(PciHeader, Identifiers) {
@@ -454,7 +453,7 @@ class PciWrite : public testing::Test {
   PciWrite() { host_.Write(kConfig, Pattern(4096)); }
 
   HVC_ReturnStatus Write(int64_t size, int64_t address, const IDs &input) {
-    return host_.ask().Set(kRegister, {0, 0x3a, 10, 2, size, address}, input);
+    return host_.ask().Set(kRegister, {0, 0x3a, 10, 2, size, address}, Given(input));
   }
 
   // Every file of the host with its content.

@@ -62,7 +62,7 @@ std::vector<int64_t> FirstFunction(Asker &ask) {
   for (const char *list :
        {"hardware_pci_seg", "hardware_pci_seg_bus", "hardware_pci_seg_bus_slot", "hardware_pci_seg_bus_slot_func"}) {
     std::vector<int64_t> instances;
-    EXPECT_EQ(ask.List(list, function, instances), HVC_OK);
+    EXPECT_EQ(ask.List(list, Given(function), instances), HVC_OK);
     if (instances.empty()) return {};
     function.push_back(instances.front());
   }
@@ -75,15 +75,15 @@ TEST(LiveHost, AnOrdinaryUserReadsTheHeaderOfADeviceAlone) {
   std::vector<int64_t> where = FirstFunction(ask);
   if (where.empty()) GTEST_SKIP() << "no PCI devices on this machine";
   PciConfigHeaderRecord header = {};
-  ASSERT_EQ(ask.Get("hardware_pci_seg_bus_slot_func_pciConfigHeader", where, header), HVC_OK);
+  ASSERT_EQ(ask.Get("hardware_pci_seg_bus_slot_func_pciConfigHeader", Given(where), header), HVC_OK);
   const char *node = "hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr";
   where.insert(where.end(), {2, 0});
   PciConfigRegRecord vendor = {};
   OrdinaryUser user;
-  ASSERT_EQ(ask.Get(node, where, vendor), HVC_OK);
+  ASSERT_EQ(ask.Get(node, Given(where), vendor), HVC_OK);
   EXPECT_CELL(vendor.value, header.vendorID);
   where.back() = 128;
-  EXPECT_EQ(ask.Get(node, where, vendor), HVC_NO_PERMISSION);
+  EXPECT_EQ(ask.Get(node, Given(where), vendor), HVC_NO_PERMISSION);
 }
 
 }  // namespace

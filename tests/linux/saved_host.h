@@ -31,6 +31,8 @@ struct Argument {
   std::string text;
 };
 
+inline std::vector<Argument> Given(const std::vector<int64_t> &ids) { return {ids.begin(), ids.end()}; }
+
 // Asks a source by node name. The short forms expect success.
 class Asker {
  public:
