@@ -1,6 +1,7 @@
 #include "src/dcpmm/counter_output.h"
 
 #include <cerrno>
+#include <cinttypes>
 #include <cstring>
 #include <ctime>
 
@@ -51,13 +52,13 @@ HVC_ReturnStatus CounterOutput::CreateFile(int interval) {
   }
   FormatName(*local, fileName_, sizeof fileName_);
   std::printf("Data output is being written to: %s\n", fileName_);
-  file_ = std::fopen(fileName_, "w");
+  file_.reset(std::fopen(fileName_, "w"));
   if (file_ == nullptr) {
     std::printf("Cannot create output file %s: %s\n", fileName_, std::strerror(errno));
     return HVC_FAILURE;
   }
-  std::fprintf(file_, "\nTime Interval: %d\n%s%s%s", interval, kRule, kHeadings, kRule);
-  return Written(std::fflush(file_) == 0);
+  std::fprintf(file_.get(), "\nTime Interval: %d\n%s%s%s", interval, kRule, kHeadings, kRule);
+  return Written(std::fflush(file_.get()) == 0);
 }
 
 void CounterOutput::PrintHeader() const {
@@ -71,27 +72,26 @@ void CounterOutput::Put(const CounterPlace &place, const char *counter, uint64_t
                             std::string_view(counter), count};
     TablePrintRow(columns, true, false, values);
   } else if (place.channel != nullptr) {
-    std::fprintf(file_, "\n  %zu \t %s \t %s \t %s \t \t \t %lu", place.socket, place.unit, place.channel, counter,
-                 count);
+    std::fprintf(file_.get(), "\n  %zu \t %s \t %s \t %s \t \t \t %" PRIu64, place.socket, place.unit, place.channel,
+                 counter, count);
   } else {
-    std::fprintf(file_, "\n  %zu \t %s \t\t %s \t %lu", place.socket, place.unit, counter, count);
+    std::fprintf(file_.get(), "\n  %zu \t %s \t\t %s \t %" PRIu64, place.socket, place.unit, counter, count);
   }
 }
 
 HVC_ReturnStatus CounterOutput::EndIteration(int number) {
   if (csv_) {
-    std::fflush(stdout);  // whoever reads along sees each iteration as it ends
-    return HVC_OK;
+    // Whoever reads along sees each iteration as it ends. If nobody does any more, the counting ends; the reason is
+    // told at the end of the run, as for every report.
+    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? HVC_OK : HVC_FAILURE;
   }
-  std::fprintf(file_, "%s\nITERATION %d COMPLETED\n%s", kRule, number, kRule);
-  return Written(std::fflush(file_) == 0 && std::ferror(file_) == 0);
+  std::fprintf(file_.get(), "%s\nITERATION %d COMPLETED\n%s", kRule, number, kRule);
+  return Written(std::fflush(file_.get()) == 0 && std::ferror(file_.get()) == 0);
 }
 
 HVC_ReturnStatus CounterOutput::Close() {
   if (file_ == nullptr) return HVC_OK;
-  std::FILE *file = file_;
-  file_ = nullptr;
-  return Written(std::fclose(file) == 0);
+  return Written(std::fclose(file_.release()) == 0);
 }
 
 void CounterOutput::PrintDescriptions() { TablePrintDescriptions(columns); }

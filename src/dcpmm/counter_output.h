@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 
 #include "platkit/status.h"
 
@@ -20,25 +21,31 @@ class CounterOutput {
  public:
   explicit CounterOutput(bool csv) : csv_(csv) {}
 
-  // Creates the file, named by the local time, in the current directory, or prints the CSV header. A file that cannot
-  // be had is reported on standard output: HVC_FAILURE.
+  // Creates the file, named by the local time, in the current directory. One that cannot be had is reported on standard
+  // output: HVC_FAILURE.
   [[nodiscard]] HVC_ReturnStatus CreateFile(int interval);
+
+  // The line above the rows of CSV.
   void PrintHeader() const;
 
   void Put(const CounterPlace &place, const char *counter, uint64_t count) const;
 
-  // What was put is now where it belongs, whatever becomes of the run. HVC_FAILURE, reported, if it could not be
-  // written.
+  // What was put is now where it belongs, whatever becomes of the run. HVC_FAILURE if it could not be written; for the
+  // file, that is reported.
   [[nodiscard]] HVC_ReturnStatus EndIteration(int number);
   [[nodiscard]] HVC_ReturnStatus Close();
 
   static void PrintDescriptions();
 
  private:
+  struct Closer {
+    void operator()(std::FILE *file) const { std::fclose(file); }
+  };
+
   HVC_ReturnStatus Written(bool ok);
 
   bool csv_;
-  std::FILE *file_ = nullptr;
+  std::unique_ptr<std::FILE, Closer> file_;
   char fileName_[1024] = "";
 };
 

@@ -137,8 +137,8 @@ HVC_ReturnStatus Profile(const Options &options) {
   if (status != HVC_OK) return status;
   ProgramCounters();
   output.PrintHeader();
-  for (int number = 1; number <= options.iterations && status == HVC_OK; ++number)
-    status = Sample(number, options.interval, output);
+  for (int64_t number = 1; number <= options.iterations && status == HVC_OK; ++number)
+    status = Sample(static_cast<int>(number), options.interval, output);
   const HVC_ReturnStatus closed = output.Close();
   return status != HVC_OK ? status : closed;
 }

@@ -83,7 +83,7 @@ class Search {
     const HVC_ReturnStatus status =
         ReadRecord(NODAL_NODE_hardware_pci_seg_bus_slot_func_pciConfigHeader, arguments_, header);
     if (status != HVC_OK) {
-      std::puts(
+      std::puts(  // its last word has always lacked a letter
           "DCPMM Profiler Info: NODAL_NODE_hardware_pci_seg_bus_slot_func_pciConfigHeader, "
           "Unable to get pciConfiHeader");
       return status;

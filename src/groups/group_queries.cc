@@ -29,6 +29,7 @@ HVC_ReturnStatus KestrelGroupNodalGet(int64_t groupID, uint32_t node, void *buff
   return WithOneArgument(
       "KestrelGroupNodalGet", groupID,
       [](HVC_ReturnStatus status) {
+        // Spelt as those who search their logs for it know it.
         Warning("KestrelGroupNodalGet: NODAL_ParamListAddInt() faiure, error code: %u\n", status);
       },
       [&](const NODAL_ParamList *arguments) { return NODAL_Get(node, arguments, buffer, size); });
@@ -72,7 +73,7 @@ HVC_ReturnStatus Kestrel_GroupGetGroupLeaderID(int64_t groupID, uint32_t &leader
 }
 
 HVC_ReturnStatus ListMemberGroups(int64_t groupID, const MemberListing &listing, ParamList &members) {
-  bool listed = false;
+  bool listed = false;  // so that a failing list is reported when its argument list is gone, and not as the argument's
   // A list that cannot be made is reported in the name of the shared read, whoever lists.
   const HVC_ReturnStatus status = WithOneArgument(
       "KestrelGroupNodalGet", groupID,

@@ -1,7 +1,8 @@
 // One attribute of one scheduler group at a time.
 //
-// Groups come and go while a report runs. A getter that can meet a vanished group stays silent about HVC_NOT_FOUND, so
-// that the group just drops out of the report; every other failure is reported once, here, and returned.
+// Groups come and go while a report runs. The getters of parents, flags, allocations and figures are silent about
+// HVC_NOT_FOUND, so that a vanished group just drops out of the report; those of names, tags and leaders are not. Every
+// other failure is reported. All are returned.
 #ifndef KESTREL_GROUPS_GROUP_QUERIES_H
 #define KESTREL_GROUPS_GROUP_QUERIES_H
 

@@ -119,7 +119,7 @@ bool CheckDefinitions(const GlobalOptions &options) {
   const HVC_ReturnStatus status = NODAL_CheckSig(runningBuild, sizeof runningBuild, &ownBuild);
   if (status == HVC_OK) return true;
   runningBuild[sizeof runningBuild - 1] = '\0';
-  MakeFitForTerminal(runningBuild);
+  MakeFitForTerminal(STDERR_FILENO, runningBuild);
   Warning("%#x: md5 signature mismatch with running hvcore built on %s. (vs %s for app sysinfo)\n", status,
           runningBuild, ownBuild);
   if (options.checkVersion) Warning("Version check failed\n");

@@ -1,4 +1,6 @@
 // buddy-stats: the kernel's MemMap buddy allocators: for each, how many buffers of each size are free and used.
+#include <unistd.h>
+
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -7,9 +9,11 @@
 
 #include "platkit/nodes.h"
 #include "platkit/records.h"
+#include "platkit/warning.h"
 #include "src/reports/host_report.h"
 #include "src/reports/reports.h"
 #include "src/table/banner.h"
+#include "src/table/output.h"
 #include "src/table/report_row.h"
 
 namespace kestrel {
@@ -152,25 +156,35 @@ std::vector<Row> FindBuddies() {
   for (uint32_t i = 0; i < NODAL_ParamListUsedCount(names.get()); ++i) {
     const char *name = nullptr;
     if (NODAL_ParamListGetString(names.get(), i, &name) != HVC_OK) break;
-    if (std::strncmp(name, "memmap", 6) != 0) continue;
+    if (name == nullptr || std::strncmp(name, "memmap", 6) != 0) continue;
     Row row = {};
     if (Identify(name, row)) found.push_back(row);
   }
   return found;
 }
 
+// A buddy's name as a message may show it.
+struct ShownName {
+  explicit ShownName(const Row &row) {
+    std::memcpy(text, row.name, sizeof text);
+    MakeFitForTerminal(STDERR_FILENO, text);
+  }
+
+  char text[sizeof Row::name];
+};
+
 HVC_ReturnStatus ReadSizes(Row &row) {
   const ParamList arguments = MakeArgumentsFor("KestrelBuddyGetStats", 1);
   if (arguments == nullptr) return HVC_FAILURE;
   HVC_ReturnStatus status = NODAL_ParamListAddString(arguments.get(), row.name);
   if (status != HVC_OK) {
-    Warning("The param list for buddy %s could not be created: %#x", row.name, status);
+    Warning("The param list for buddy %s could not be created: %#x", ShownName(row).text, status);
     return status;
   }
   BuddyComprehensiveRecord record = {};
   status = ReadRecord(NODAL_NODE_system_buddy_comprehensive, arguments.get(), record);
   if (status != HVC_OK) {
-    Warning("Error %#x while reading %s/comprehensive", status, row.name);
+    Warning("Error %#x while reading %s/comprehensive", status, ShownName(row).text);
     return status;
   }
   std::memcpy(row.sizes, record.sizes, sizeof row.sizes);

@@ -1,8 +1,6 @@
 // comp-stats: the comprehensive view of the host's physical memory in one row: who has it, how much is free, and how
 // often the host entered each of its memory states.
 #include <array>
-#include <cstring>
-#include <string_view>
 
 #include "platkit/nodes.h"
 #include "platkit/records.h"

@@ -1,12 +1,12 @@
 // heap-stats: the kernel's heaps: their limits, their sizes, what of them is used, and their allocations. In bytes,
 // unless another unit is asked for.
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <span>
 
 #include "platkit/nodes.h"
 #include "platkit/records.h"
+#include "platkit/warning.h"
 #include "src/reports/host_report.h"
 #include "src/reports/reports.h"
 #include "src/table/banner.h"

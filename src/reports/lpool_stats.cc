@@ -4,6 +4,7 @@
 
 #include "platkit/nodes.h"
 #include "platkit/records.h"
+#include "platkit/warning.h"
 #include "src/nodal/failure.h"
 #include "src/reports/host_report.h"
 #include "src/reports/reports.h"
@@ -23,6 +24,7 @@ using enum Conversion;
 using enum FigureSum;
 using Row = LPoolRow;
 
+// The descriptions are known by their slips, which stay.
 constinit ColumnDesc columns[] = {
     {"name", "Large page pool name", 15, kS, kInTotal | kMandatory, PLAIN(name)},
     {"nodeID", "Home memory node the pool", 7, kU, kPlain, PLAIN(nodeID)},

@@ -1,11 +1,13 @@
 // The four persistent-memory reports: the region store of each volume, its regions, its extents, and what each region
 // has of each NUMA node.
+#include <cinttypes>
 #include <cstdio>
 #include <initializer_list>
 #include <string_view>
 
 #include "platkit/nodes.h"
 #include "platkit/records.h"
+#include "platkit/warning.h"
 #include "src/reports/host_report.h"
 #include "src/reports/reports.h"
 #include "src/table/banner.h"
@@ -220,7 +222,7 @@ HVC_ReturnStatus GetRegionsInfo(RegionRow &row) {
 
 void FillTexts(RegionRow &row) {
   std::string_view(FlagsDescribe(row.region.flags, PMemRegionFlagNames).Text()).copy(row.flags, sizeof row.flags - 1);
-  std::snprintf(row.numaAffinityMask, sizeof row.numaAffinityMask, "0x%lx", row.region.numaAffinityMask);
+  std::snprintf(row.numaAffinityMask, sizeof row.numaAffinityMask, "0x%" PRIx64, row.region.numaAffinityMask);
 }
 
 HVC_ReturnStatus PMemRegionsReport(const PMemReport &report) {

@@ -2,7 +2,6 @@
 #ifndef KESTREL_TABLE_FIGURE_H
 #define KESTREL_TABLE_FIGURE_H
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>

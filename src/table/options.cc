@@ -26,6 +26,7 @@ HVC_ReturnStatus ParseLevel(const char *text, uint32_t &levels) {
   }
   levels = count;
   if (count > kMostLevels) {
+    // "reseting" has been in people's scripts for as long as the option.
     Warning("Specified level %s too high, reseting to %d\n", text, static_cast<int>(kMostLevels));
     levels = kMostLevels;
   }

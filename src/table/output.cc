@@ -81,8 +81,8 @@ void EndLine() {
   NoteFailure();
 }
 
-void MakeFitForTerminal(char *text) {
-  if (OnTerminal()) ForEachShown(text, [&text](char shown) { *text++ = shown; });
+void MakeFitForTerminal(int descriptor, char *text) {
+  if (isatty(descriptor) == 1) ForEachShown(text, [&text](char shown) { *text++ = shown; });
 }
 
 bool FinishOutput() {

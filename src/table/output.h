@@ -21,8 +21,8 @@ void PutChar(char c);
 // Ends a line of a table.
 void EndLine();
 
-// Shows the control characters of a text from outside as '?' if standard output is a terminal.
-void MakeFitForTerminal(char *text);
+// Shows the control characters of a text from outside as '?' if it is to go to a terminal.
+void MakeFitForTerminal(int descriptor, char *text);
 
 // Writes out what is still buffered. False, with a warning, if standard output did not take all that was written: its
 // reader went away, or the disk is full.

@@ -6,6 +6,7 @@ namespace faults {
 namespace {
 
 using testing_support::Instance;
+using testing_support::OutputTo;
 
 constexpr char kBuddies[] = "system_buddy";
 constexpr char kMemNodes[] = "memory_memNodes";
@@ -248,6 +249,24 @@ TEST(BuddyStatsTotals, WrapInTheir32Bits) {
          "memNode,4KBfree,1GBused\n0,2147483648,2147483649\n0,2000,2518\n1,3000,3518\n1,2147483648,2147483649\n"
          ",5000,6038\n",
          "", 0});
+}
+
+TEST(BuddyStatsNames, ThatAreMissingArePassedOver) {
+  StandinHost host = BuddyHost();
+  host.AddList(kBuddies, {}, {nullptr, "memmap-00-lo", nullptr});
+  Check({"", host, WithOptions({"-qs", "name:4KBfree"}), "name,memNode,4KBfree\nmemmap-00-lo,0,1000\nTotal,,1000\n", "",
+         0});
+}
+
+TEST(BuddyStatsNames, AreFitForATerminal) {
+  if (!testing_support::HasTerminals()) GTEST_SKIP() << "there are no pseudo-terminals here";
+  StandinHost host = BuddyHost();
+  host.AddList(kBuddies, {}, {"memmap-00-\x1b[2J"});
+  const StandinRun run =
+      RunKestrel(host, WithOptions({"-qs", ""}), {.output = OutputTo::kTerminal, .errorsToOutput = true});
+  EXPECT_EQ(run.outcome.output, "memNode\nError 0xbad0003 while reading memmap-00-?[2J/comprehensive") << run;
+  EXPECT_EQ(RunKestrel(host, WithOptions({"-qs", ""})).outcome.errors,
+            "Error 0xbad0003 while reading memmap-00-\x1b[2J/comprehensive");
 }
 
 // So many buddies, of which every tenth is MemMap's.

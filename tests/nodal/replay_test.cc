@@ -19,12 +19,6 @@ const char *const kReports[] = {"group-stats",       "vm-stats",          "uw-st
                                 "lpage-stats",       "asyncremap-stats",  "pmem-regionstore-stats",
                                 "pmem-region-stats", "pmem-extent-stats", "pmem-region-numa-stats"};
 
-// The sanitizers want to be loaded first; here the test's own library is.
-std::string SanitizerOptions() {
-  const char *given = std::getenv("ASAN_OPTIONS");
-  return (given == nullptr ? "" : std::string(given) + ":") + "verify_asan_link_order=0";
-}
-
 class Replay : public testing::TestWithParam<std::string> {
  protected:
   // Runs a program as the user of the test, or as nobody.
@@ -36,7 +30,8 @@ class Replay : public testing::TestWithParam<std::string> {
       command.program = "/usr/bin/setpriv";
     }
     if (overRoot) {
-      command.environment = {{"LD_PRELOAD", ROOT_FOLDER_LIBRARY}, {"ASAN_OPTIONS", SanitizerOptions()}};
+      command.environment = {{"LD_PRELOAD", ROOT_FOLDER_LIBRARY},
+                             {"ASAN_OPTIONS", testing_support::OptionsOfPreloads()}};
     }
     testing_support::Outcome outcome = testing_support::Run(command);
     outcome.output = testing_support::MaskTimes(outcome.output);

@@ -1,10 +1,33 @@
-// Preloaded into kestrel, makes of its cache file a root folder: kestrel has no option for that.
+// Preloaded into kestrel, which has no option for it, makes it read a root folder: where it is told of a cache file
+// that file is taken for the folder, and without one ROOT_FOLDER of the environment is, and takes writes. Nor does it
+// sleep.
 #include <dlfcn.h>
+
+#include <cstdlib>
 
 #include "platkit/nodal.h"
 
-extern "C" HVC_ReturnStatus NODAL_UseCache(const char *path, uint32_t) {
-  using UseCache = HVC_ReturnStatus (*)(const char *, uint32_t);
-  const auto useCache = reinterpret_cast<UseCache>(dlsym(RTLD_NEXT, "NODAL_UseCache"));
-  return useCache(path, NODAL_CACHE_ROOT_FOLDER);
+namespace {
+
+template <typename Function>
+Function *Next(const char *name) {
+  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
+
+}  // namespace
+
+extern "C" HVC_ReturnStatus NODAL_UseCache(const char *path, uint32_t) {
+  return Next<decltype(NODAL_UseCache)>("NODAL_UseCache")(path, NODAL_CACHE_ROOT_FOLDER);
+}
+
+// What kestrel asks for before anything else.
+extern "C" HVC_ReturnStatus NODAL_CheckSig(char *kernelBuild, uint32_t size, const char **ownBuild) {
+  if (const char *root = std::getenv("ROOT_FOLDER"); root != nullptr) {
+    const HVC_ReturnStatus status =
+        Next<decltype(NODAL_UseCache)>("NODAL_UseCache")(root, NODAL_CACHE_ROOT_FOLDER | NODAL_CACHE_WRITABLE);
+    if (status != HVC_OK) return status;
+  }
+  return Next<decltype(NODAL_CheckSig)>("NODAL_CheckSig")(kernelBuild, size, ownBuild);
+}
+
+extern "C" PLATKIT_EXPORT unsigned sleep(unsigned) { return 0; }

@@ -157,6 +157,11 @@ Outcome Run(const Command &command) {
   return outcome;
 }
 
+std::string OptionsOfPreloads() {
+  const char *given = std::getenv("ASAN_OPTIONS");
+  return (given == nullptr ? "" : std::string(given) + ":") + "verify_asan_link_order=0";
+}
+
 std::ostream &operator<<(std::ostream &stream, const Outcome &outcome) {
   stream << "exit status " << outcome.exitStatus;
   if (outcome.signal != 0) stream << ", ended by signal " << outcome.signal;

@@ -34,6 +34,9 @@ struct Outcome {
   std::string errors;
 };
 
+// ASAN_OPTIONS for a program that a library is preloaded into: the sanitizers want to be loaded first themselves.
+std::string OptionsOfPreloads();
+
 // Whether this machine has pseudo-terminals: a container may be without.
 bool HasTerminals();
 

@@ -37,12 +37,6 @@ std::string MadeList(const std::string &call) {
              : "";
 }
 
-// The sanitizers want to be loaded first; here the stand-in is.
-std::string SanitizerOptions() {
-  const char *given = std::getenv("ASAN_OPTIONS");
-  return (given == nullptr ? "" : std::string(given) + ":") + "verify_asan_link_order=0";
-}
-
 }  // namespace
 
 StandinHost &StandinHost::AddBytes(std::string_view node, const std::vector<Instance> &arguments,
@@ -122,7 +116,7 @@ StandinRun RunKestrel(const StandinHost &host, const std::vector<std::string> &a
   std::vector<std::pair<std::string, std::string>> environment = {{"LD_PRELOAD", STANDIN_LIBRARY},
                                                                   {"STANDIN_SCRIPT", script},
                                                                   {"STANDIN_LOG", log},
-                                                                  {"ASAN_OPTIONS", SanitizerOptions()}};
+                                                                  {"ASAN_OPTIONS", OptionsOfPreloads()}};
   if (!options.timeZone.empty()) environment.emplace_back("TZ", options.timeZone);
 
   StandinRun run;
