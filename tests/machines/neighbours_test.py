@@ -1,0 +1,79 @@
+"""The running host's figures beside those of the tools that people have: free, ps, slabtop and the control groups' files.
+
+    neighbours_test.py KESTREL
+"""
+
+import glob
+import os
+import subprocess
+import sys
+import unittest
+
+import machines
+
+KESTREL = sys.argv[1]
+MB = 1024  # in KB, the unit of the reports
+
+# What the host may take or give between two looks at it.
+DRIFT = 256 * MB
+
+
+def report(name, *words):
+    status, output, errors = machines.run(KESTREL, "-r", name, "-q", *words)
+    if status != 0 or errors:
+        raise AssertionError(f"{name}: {status}: {errors}")
+    return machines.rows(output)
+
+
+class Neighbours(unittest.TestCase):
+    def test_free(self):
+        _, output, _ = machines.run("free", "-k")
+        memory = next(line for line in output.splitlines() if line.startswith("Mem:")).split()
+        host = report("comp-stats")[0]
+        self.assertEqual(int(host["managedByMemMap"]), int(memory[1]))
+        self.assertAlmostEqual(int(host["free"]), int(memory[3]), delta=DRIFT)
+
+    def test_ps(self):
+        # A process of its own that stands still, so that its figures do.
+        with subprocess.Popen(["sleep", "60"]) as sleeper:
+            try:
+                _, output, _ = machines.run("ps", "-o", "rss=,vsz=", "-p", str(sleeper.pid))
+                resident, size = map(int, output.split())
+                rows = {row["schedGrp"]: row for row in report("uw-stats")}
+            finally:
+                sleeper.kill()
+        row = rows[str(sleeper.pid)]
+        self.assertEqual(row["name"], "sleep")
+        self.assertEqual(int(row["memSize"]), size)
+        self.assertAlmostEqual(int(row["mapped"]), resident, delta=1 * MB)
+
+    @unittest.skipUnless(os.geteuid() == 0, "the caches of kernel objects are root's to read")
+    def test_slabtop(self):
+        _, output, _ = machines.run("slabtop", "-o", "-s", "c")
+        lines = [line.split() for line in output.splitlines()]
+        start = next(i for i, words in enumerate(lines) if words[-1:] == ["NAME"]) + 1
+        heaps = {row["name"]: row for row in report("heap-stats", "-u", "kb")}
+        for words in lines[start : start + 10]:
+            size = int(words[6].rstrip("K"))
+            self.assertAlmostEqual(int(heaps[words[7]]["size"]), size, delta=size // 4 + 1 * MB, msg=words[7])
+
+    def test_control_groups(self):
+        groups = {row["name"]: row for row in report("group-stats")}
+        found = 0
+        for file in glob.glob("/sys/fs/cgroup/**/memory.*", recursive=True):
+            folder, name = os.path.split(file)
+            if name not in ("memory.max", "memory.limit_in_bytes") or os.path.basename(folder) not in groups:
+                continue
+            if len(glob.glob(f"/sys/fs/cgroup/**/{os.path.basename(folder)}/{name}", recursive=True)) > 1:
+                continue  # a name that two groups have
+            with open(file, encoding="utf-8") as text:
+                limit = text.read().strip()
+            if limit.isdigit() and int(limit) < 1 << 62:
+                self.assertEqual(int(groups[os.path.basename(folder)]["max"]), int(limit) // 1024, folder)
+                found += 1
+        if found == 0:
+            self.skipTest("no control group here has a limit")
+
+
+if __name__ == "__main__":
+    machines.main()
