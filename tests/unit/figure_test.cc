@@ -128,8 +128,8 @@ TEST(Figure, WhatIsNotAvailableMayBeLeftOutOfASum) {
   SumFigure(PLAIN(count).Sum(FigureSum::kAddAvailable), &row, &sums);
   row.kb = UINT32_MAX;  // all ones of a narrower field only
   SumFigure(KB(kb).Sum(FigureSum::kAddAvailable), &row, &sums);
-  EXPECT_EQ(sums.kb, uint64_t{1025} + UINT32_MAX);
-  EXPECT_EQ(sums.count, 0u);
+  EXPECT_EQ(uint64_t{sums.kb}, uint64_t{1025} + UINT32_MAX);
+  EXPECT_EQ(uint32_t{sums.count}, 0u);
 }
 
 TEST(Figure, MeansAreRoundedDown) {
@@ -140,11 +140,11 @@ TEST(Figure, MeansAreRoundedDown) {
     SumFigure(kFigure, &row, &sums);
   }
   FinishSum(kFigure, &sums, 0);
-  EXPECT_EQ(sums.mean, 61u) << "a mean of no rows is their sum";
+  EXPECT_EQ(uint64_t{sums.mean}, 61u) << "a mean of no rows is their sum";
   FinishSum(PLAIN(mean).Sum(FigureSum::kAdd), &sums, 3);
-  EXPECT_EQ(sums.mean, 61u) << "a sum stays one";
+  EXPECT_EQ(uint64_t{sums.mean}, 61u) << "a sum stays one";
   FinishSum(kFigure, &sums, 3);
-  EXPECT_EQ(sums.mean, 20u);
+  EXPECT_EQ(uint64_t{sums.mean}, 20u);
 }
 
 TEST(Figure, SumsWrapInTheirOwnWidth) {
