@@ -92,7 +92,7 @@ INSTANTIATE_TEST_SUITE_P(
                     // Their counts are those of different units, but both go by the number of the first.
                     Machine{"EqualBusesInTwoSegments", {{0, 100}, {1, 100}}},
                     Machine{"EqualBusesAndAnother", {{0, 5}, {0, 6}, {1, 6}, {1, 7}}},
-                    Machine{"ThirtyTwoSockets", ManySockets(32)}, Machine{"FortySockets", ManySockets(40)}),
+                    Machine{"FortySockets", ManySockets(40)}),
     NameOf<Machine>);
 
 // The file of one socket as it stands on the disk.

@@ -49,6 +49,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -128,7 +129,8 @@ class Standin {
     const char *log = std::getenv("STANDIN_LOG");
     const char *script = std::getenv("STANDIN_SCRIPT");
     if (log == nullptr || script == nullptr) std::abort();
-    log_ = open(log, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    log_ = std::fopen(log, "ae");
+    if (log_ == nullptr) std::abort();
     std::ifstream lines(script);
     for (std::string line; std::getline(lines, line);)
       Learn(line);
@@ -136,6 +138,7 @@ class Standin {
 
   NODAL_ParamList *MakeList() {
     lists_.push_back({.number = static_cast<unsigned>(lists_.size() + 1)});
+    known_.insert(&lists_.back());
     return &lists_.back();
   }
 
@@ -174,13 +177,12 @@ class Standin {
   const std::string &ownBuild() const { return ownBuild_; }
 
   void Log(const std::string &line) const {
-    const std::string whole = line + '\n';
-    if (write(log_, whole.data(), whole.size()) != static_cast<ssize_t>(whole.size())) std::abort();
+    if (std::fprintf(log_, "%s\n", line.c_str()) < 0) std::abort();
   }
 
   // Whether a list may be used; says so in the log if it may not.
   bool Usable(const NODAL_ParamList *list, const std::string &operation) const {
-    const bool known = std::any_of(lists_.begin(), lists_.end(), [list](const auto &made) { return &made == list; });
+    const bool known = known_.contains(list);
     if (!known) {
       Log("misuse: " + operation + " of a list that was never made");
     } else if (list->destroyed) {
@@ -234,8 +236,9 @@ class Standin {
 
   static constexpr time_t kNoClock = -1;
 
-  int log_;
+  std::FILE *log_;  // written out when the program ends, or its buffer is full
   std::deque<NODAL_ParamList> lists_;
+  std::unordered_set<const NODAL_ParamList *> known_;
   std::map<Key, std::string> records_;
   std::map<Key, std::vector<NODAL_Param>> instances_;
   std::vector<Fault> faults_;

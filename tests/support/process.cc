@@ -4,20 +4,22 @@
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdio>
+#include <chrono>
 #include <cstdlib>
 #include <system_error>
 
 namespace testing_support {
 namespace {
 
-constexpr unsigned kMostSeconds = 60;
+constexpr std::chrono::minutes kMostTime(1);
 
 [[noreturn]] void Fail(const char *what) { throw std::system_error(errno, std::generic_category(), what); }
 
@@ -76,23 +78,53 @@ Channel MakeOutput(OutputTo output) {
   std::abort();
 }
 
-[[noreturn]] void Become(const Command &command, int input, int output, int errors) {
-  std::vector<char *> words;
-  words.push_back(const_cast<char *>(command.program.c_str()));
-  for (const std::string &argument : command.arguments)
-    words.push_back(const_cast<char *>(argument.c_str()));
-  words.push_back(nullptr);
+std::vector<char *> Pointers(const std::vector<std::string> &texts) {
+  std::vector<char *> pointers;
+  for (const std::string &text : texts)
+    pointers.push_back(const_cast<char *>(text.c_str()));
+  pointers.push_back(nullptr);
+  return pointers;
+}
 
-  dup2(input, STDIN_FILENO);
-  dup2(output, STDOUT_FILENO);
-  dup2(errors, STDERR_FILENO);
+// The test's own environment, and what the command adds to it.
+std::vector<std::string> EnvironmentOf(const Command &command) {
+  std::vector<std::string> environment;
+  for (char **variable = environ; *variable != nullptr; ++variable) {
+    const std::string_view text = *variable;
+    const auto isAdded = [&](const auto &added) { return text.starts_with(added.first + "="); };
+    if (std::ranges::none_of(command.environment, isAdded)) environment.emplace_back(text);
+  }
   for (const auto &[name, value] : command.environment)
-    setenv(name.c_str(), value.c_str(), 1);
-  signal(SIGPIPE, SIG_DFL);
-  alarm(kMostSeconds);
-  if (command.directory.empty() || chdir(command.directory.c_str()) == 0) execv(words[0], words.data());
-  std::perror(words[0]);
-  _exit(127);
+    environment.push_back(name + "=" + value);
+  return environment;
+}
+
+// Spawning does not copy the test's memory, which under the sanitizers is large.
+pid_t Spawn(const Command &command, int input, int output, int errors) {
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, errors, STDERR_FILENO);
+  if (!command.directory.empty()) posix_spawn_file_actions_addchdir_np(&actions, command.directory.c_str());
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  sigset_t defaults;
+  sigemptyset(&defaults);
+  sigaddset(&defaults, SIGPIPE);
+  posix_spawnattr_setsigdefault(&attributes, &defaults);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+
+  std::vector<std::string> words = {command.program};
+  words.insert(words.end(), command.arguments.begin(), command.arguments.end());
+  const std::vector<std::string> environment = EnvironmentOf(command);
+  pid_t child = 0;
+  errno = posix_spawn(&child, command.program.c_str(), &actions, &attributes, Pointers(words).data(),
+                      Pointers(environment).data());
+  posix_spawnattr_destroy(&attributes);
+  posix_spawn_file_actions_destroy(&actions);
+  if (errno != 0) Fail(command.program.c_str());
+  return child;
 }
 
 // Reads from a channel until its other end is closed; a terminal tells that by an error.
@@ -106,10 +138,14 @@ void ReadSome(pollfd &from, std::string &text) {
   }
 }
 
-void ReadBoth(int output, int errors, Outcome &outcome) {
+void ReadBoth(pid_t child, int output, int errors, Outcome &outcome) {
+  const auto deadline = std::chrono::steady_clock::now() + kMostTime;
   std::array<pollfd, 2> channels = {pollfd{output, POLLIN, 0}, pollfd{errors, POLLIN, 0}};
   while (channels[0].fd >= 0 || channels[1].fd >= 0) {
-    if (poll(channels.data(), channels.size(), -1) < 0 && errno != EINTR) Fail("poll");
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    if (left.count() <= 0) kill(child, SIGALRM);
+    const int timeout = static_cast<int>(std::max<int64_t>(left.count(), 100));
+    if (poll(channels.data(), channels.size(), timeout) < 0 && errno != EINTR) Fail("poll");
     if (channels[0].fd >= 0 && channels[0].revents != 0) ReadSome(channels[0], outcome.output);
     if (channels[1].fd >= 0 && channels[1].revents != 0) ReadSome(channels[1], outcome.errors);
   }
@@ -128,12 +164,8 @@ Outcome Run(const Command &command) {
   Channel output = MakeOutput(command.output);
   Channel errors = MakePipe();
 
-  std::fflush(nullptr);
-  const pid_t child = fork();
-  if (child < 0) Fail("fork");
-  if (child == 0) {
-    Become(command, input.out.get(), output.in.get(), command.errorsToOutput ? output.in.get() : errors.in.get());
-  }
+  const pid_t child =
+      Spawn(command, input.out.get(), output.in.get(), command.errorsToOutput ? output.in.get() : errors.in.get());
 
   // The child holds its own copies; ours would keep the channels open after its end.
   input.out.Close();
@@ -147,7 +179,7 @@ Outcome Run(const Command &command) {
   input.in.Close();
 
   Outcome outcome;
-  ReadBoth(output.out.get(), errors.out.get(), outcome);
+  ReadBoth(child, output.out.get(), errors.out.get(), outcome);
   int status = 0;
   while (waitpid(child, &status, 0) < 0) {
     if (errno != EINTR) Fail("waitpid");
