@@ -125,8 +125,8 @@ HVC_ReturnStatus PutRows(const GroupVisit &group) {
 constexpr GroupReport kReport = {
     .title = "ASYNC_REMAP STATS",
     .dashes = 43,
-    .options = "g:s:u:vq",
     .columns = columns,
+    .options = "g:s:u:vq",
     .kinds = HVC_GROUP_USER_WORLD,
     .visit = PutRows,
     .totals = &totals,

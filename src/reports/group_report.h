@@ -52,9 +52,9 @@ struct GroupReport {
   // The banner: its title, over a rule of so many dashes.
   const char *title;
   int dashes;
-  // Short options in getopt's form. With -l in it, the report has levels; with -i and -e, filters.
-  const char *options;
   ColumnTable columns;
+  // Short options in getopt's form. With -l in it, the report has levels; with -i and -e, filters.
+  const char *options = "g:l:s:u:vq";
 
   // Flags of which a group must have one to have rows, and those that the filters name.
   uint32_t kinds = UINT32_MAX;

@@ -173,8 +173,8 @@ void PrintTagRows(const GroupRun &run) {
 constexpr GroupReport kReport = {
     .title = "GROUP STATS",
     .dashes = 37,
-    .options = "e:g:i:l:s:u:vqt",
     .columns = columns,
+    .options = "e:g:i:l:s:u:vqt",
     .filterFlags = GroupFlagNames,
     .visit = PutRow,
     .ending = PrintTagRows,

@@ -45,7 +45,6 @@ HVC_ReturnStatus PutRow(const GroupVisit &group) {
 constexpr GroupReport kReport = {
     .title = "GUEST STATS",
     .dashes = 37,
-    .options = "g:l:s:u:vq",
     .columns = columns,
     .kinds = HVC_GROUP_VM,
     .visit = PutRow,

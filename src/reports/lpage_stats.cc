@@ -68,7 +68,6 @@ HVC_ReturnStatus PutRow(const GroupVisit &group) {
 constexpr GroupReport kReport = {
     .title = "VIRTUAL MACHINE LARGE PAGE STATS",
     .dashes = 58,
-    .options = "g:l:s:u:vq",
     .columns = columns,
     .kinds = HVC_GROUP_VM,
     .unitName = "LPage (2M)",

@@ -92,7 +92,6 @@ HVC_ReturnStatus PutRow(const GroupVisit &group) {
 constexpr GroupReport kReport = {
     .title = "VIRTUAL MACHINE SWAP STATS",
     .dashes = 52,
-    .options = "g:l:s:u:vq",
     .columns = columns,
     .kinds = HVC_GROUP_VM,
     .visit = PutRow,

@@ -92,8 +92,8 @@ HVC_ReturnStatus PutRow(const GroupVisit &group) {
 constexpr GroupReport kReport = {
     .title = "USER-WORLD STATS",
     .dashes = 42,
-    .options = "e:g:i:l:s:u:vq",
     .columns = columns,
+    .options = "e:g:i:l:s:u:vq",
     .kinds = HVC_GROUP_USER_WORLD,
     .filterFlags = kTypes,
     .visit = PutRow,

@@ -111,7 +111,6 @@ HVC_ReturnStatus PutRow(const GroupVisit &group) {
 constexpr GroupReport kReport = {
     .title = "VIRTUAL MACHINE STATS",
     .dashes = 47,
-    .options = "g:l:s:u:vq",
     .columns = columns,
     .kinds = HVC_GROUP_VM,
     .visit = PutRow,

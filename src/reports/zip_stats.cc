@@ -58,7 +58,6 @@ HVC_ReturnStatus PutRow(const GroupVisit &group) {
 constexpr GroupReport kReport = {
     .title = "VIRTUAL MACHINE COMPRESSION STATS",
     .dashes = 61,
-    .options = "g:l:s:u:vq",
     .columns = columns,
     .kinds = HVC_GROUP_VM,
     .visit = PutRow,
