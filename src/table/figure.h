@@ -50,6 +50,8 @@ enum class FigureSum : uint8_t {
   kAllOnes,  // there is no sum
 };
 
+void AMeanTakes64Bits();  // has no body: naming it ends the compilation
+
 // A column's place in a row structure, which may be packed, wire records included.
 struct Figure {
   uint16_t offset = 0;
@@ -58,7 +60,8 @@ struct Figure {
   FigureUnit unit = FigureUnit::kPlain;
   FigureSum sum = FigureSum::kLeave;
 
-  constexpr Figure Sum(FigureSum how) const {
+  consteval Figure Sum(FigureSum how) const {
+    if (how == FigureSum::kMean && type != FigureType::kU64) AMeanTakes64Bits();
     Figure figure = *this;
     figure.sum = how;
     return figure;
