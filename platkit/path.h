@@ -44,7 +44,8 @@ struct PathTarget {
     int64_t integer = 0;
     std::string text;
 
-    auto operator<=>(const Argument &) const = default;
+    // The comparison with 0 that this stands for is none of a pointer.
+    auto operator<=>(const Argument &) const = default;  // NOLINT(modernize-use-nullptr)
   };
 
   const Node *node = nullptr;  // null: the path names nothing in the catalogue

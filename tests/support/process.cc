@@ -80,6 +80,7 @@ Channel MakeOutput(OutputTo output) {
 
 std::vector<char *> Pointers(const std::vector<std::string> &texts) {
   std::vector<char *> pointers;
+  pointers.reserve(texts.size() + 1);
   for (const std::string &text : texts)
     pointers.push_back(const_cast<char *>(text.c_str()));
   pointers.push_back(nullptr);
@@ -95,7 +96,7 @@ std::vector<std::string> EnvironmentOf(const Command &command) {
     if (std::ranges::none_of(command.environment, isAdded)) environment.emplace_back(text);
   }
   for (const auto &[name, value] : command.environment)
-    environment.push_back(name + "=" + value);
+    environment.emplace_back(name).append("=").append(value);
   return environment;
 }
 

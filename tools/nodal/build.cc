@@ -100,9 +100,11 @@ Json ParseFile(const std::string &path) {
   } catch (const Json::parse_error &error) {
     // The library's text begins with its own name and place.
     std::string what = error.what();
-    for (const char *prefix : {"] ", "parse error", ": "})
-      if (const size_t found = what.find(prefix); found != std::string::npos)
+    for (const char *prefix : {"] ", "parse error", ": "}) {
+      if (const size_t found = what.find(prefix); found != std::string::npos) {
         what.erase(0, found + std::strlen(prefix));
+      }
+    }
     throw Failure(path + ":" + Place(text, error.byte), what);
   }
 }
