@@ -42,9 +42,12 @@ std::string MadeList(const std::string &call) {
 StandinHost &StandinHost::AddBytes(std::string_view node, const std::vector<Instance> &arguments,
                                    std::string_view bytes) {
   script_ += "record " + std::string(node) + " [" + Joined(arguments, ",") + "] ";
+  size_t end = script_.size();
+  script_.resize(end + 2 * bytes.size());
   for (const char byte : bytes) {
     const auto value = static_cast<unsigned char>(byte);
-    script_ += {"0123456789abcdef"[value >> 4], "0123456789abcdef"[value & 15]};
+    script_[end++] = "0123456789abcdef"[value >> 4];
+    script_[end++] = "0123456789abcdef"[value & 15];
   }
   script_ += '\n';
   return *this;
