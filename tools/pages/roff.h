@@ -1,0 +1,21 @@
+// Text in the language of manual pages.
+#ifndef PAGES_ROFF_H
+#define PAGES_ROFF_H
+
+#include <string>
+#include <string_view>
+
+namespace pages {
+
+// Characters that are to come out as they are, copied from a terminal included.
+std::string Literal(std::string_view text);
+
+// Running text: as Literal, but its hyphens are hyphens.
+std::string Prose(std::string_view text);
+
+std::string Bold(std::string_view text);
+std::string Italic(std::string_view text);
+
+}  // namespace pages
+
+#endif  // PAGES_ROFF_H
