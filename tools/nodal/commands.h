@@ -35,6 +35,15 @@ void Capture(const CaptureOptions &options);
 
 void Dump(const std::string &snapshot);
 
+struct DiffOptions {
+  std::string from;
+  std::string to;
+  std::vector<std::string> only;  // paths; none for all
+  bool json = false;
+};
+// Whether the snapshots are equal, whatever their headers say.
+bool Diff(const DiffOptions &options);
+
 // `input` is a file, or "-" for standard input.
 void Build(const std::string &input, const std::string &snapshot);
 

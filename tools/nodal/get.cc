@@ -1,7 +1,5 @@
 // nodal get: one record or list.
 #include <algorithm>
-#include <cstdio>
-#include <cstring>
 
 #include "tools/nodal/commands.h"
 #include "tools/nodal/output.h"
@@ -12,7 +10,6 @@
 namespace nodal {
 namespace {
 
-using platkit::FieldUnit;
 using platkit::RecordLayout;
 
 struct Row {
@@ -21,17 +18,6 @@ struct Row {
   std::string_view unit;
   std::string_view description;
 };
-
-std::string ShownValue(const platkit::Field &field, const OrderedJson &value) {
-  if (value.is_object()) return "hex " + value["hex"].get<std::string>();
-  if (value.is_string()) return Printable(value.get_ref<const std::string &>());
-  if (field.unit != FieldUnit::FLAGS) return value.dump();
-  // All bits set stand as -1 in the JSON, whatever the field's width.
-  const uint64_t width = UINT64_MAX >> (64 - 8 * field.size);
-  char hex[24];
-  std::snprintf(hex, sizeof hex, "0x%llx", static_cast<unsigned long long>(value.get<uint64_t>() & width));
-  return hex;
-}
 
 // The named fields; the other bytes are in the JSON and the raw form.
 void AddRows(const RecordLayout &layout, const OrderedJson &record, const std::string &prefix, std::vector<Row> &rows) {

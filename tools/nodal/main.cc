@@ -14,7 +14,7 @@
 
 namespace {
 
-enum ExitStatus { kSuccess = 0, kFailure = 1, kUsage = 2 };
+enum ExitStatus { kSuccess = 0, kFailure = 1, kDifferent = 1, kUsage = 2, kTrouble = 2 };
 
 struct Options {
   std::string cache;
@@ -23,7 +23,9 @@ struct Options {
   nodal::GetOptions get;
   nodal::CaptureOptions capture;
   std::string input;
+  nodal::DiffOptions diff;
   std::string snapshot;
+  int failure = kFailure;  // the status of a command that throws
 };
 
 void UseSourceOf(const Options &options) {
@@ -83,6 +85,14 @@ void Define(CLI::App &app, Options &options) {
   CLI::App *dump = app.add_subcommand("dump", "Show a whole snapshot as JSON");
   dump->add_option("snapshot", options.snapshot, "The snapshot")->required();
 
+  CLI::App *diff = app.add_subcommand("diff", "Show what is different between two snapshots");
+  diff->add_option("from", options.diff.from, "The first snapshot")->required();
+  diff->add_option("to", options.diff.to, "The second snapshot")->required();
+  diff->add_option("--only", options.diff.only, "Compare what stands at and below this path; may be repeated")
+      ->allow_extra_args(false);
+  diff->add_flag("--json", options.diff.json, "Show JSON");
+  diff->footer("The exit status is 0 if they are equal, 1 if not, 2 on trouble. Host and time are not compared.");
+
   CLI::App *build = app.add_subcommand("build", "Make a snapshot from JSON, such as dump shows");
   build->add_option("json", options.input, "The JSON file; - for standard input")->required();
   build->add_option("-o,--output", options.snapshot, "The snapshot to make")->required();
@@ -94,22 +104,25 @@ void Define(CLI::App &app, Options &options) {
   get->callback([&options] { UseSourceOf(options), nodal::Get(options.get); });
   capture->callback([&options] { UseSourceOf(options), nodal::Capture(CaptureOptionsOf(options)); });
   dump->callback([&options] { nodal::Dump(options.snapshot); });
+  diff->callback([&options] {
+    options.failure = kTrouble;
+    if (!nodal::Diff(options.diff)) throw CLI::RuntimeError(kDifferent);
+  });
   build->callback([&options] { nodal::Build(options.input, options.snapshot); });
   verify->callback([&options] {
     if (!nodal::Verify(options.snapshot)) throw CLI::RuntimeError(kFailure);
   });
 }
 
-int Run(int argc, char **argv) {
-  Options options;
+int Run(int argc, char **argv, Options &options) {
   CLI::App app("Reads the system-information tree of a hypervisor host, and makes, shows and verifies snapshots of it.",
                "nodal");
   Define(app, options);
   int status = kSuccess;
   try {
     app.parse(argc, argv);
-  } catch (const CLI::RuntimeError &) {
-    status = kFailure;
+  } catch (const CLI::RuntimeError &result) {
+    status = result.get_exit_code();
   } catch (const CLI::Success &request) {
     std::ostringstream text;  // help or version
     app.exit(request, text, text);
@@ -129,12 +142,13 @@ int main(int argc, char **argv) {
   // Writes to a closed pipe, and beyond a limit on file sizes, fail like any other, and are cleaned up after.
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);
+  Options options;
   try {
-    return Run(argc, argv);
+    return Run(argc, argv, options);
   } catch (const std::bad_alloc &) {
     nodal::Complain("out of memory");
   } catch (const std::exception &failure) {
     nodal::Complain(failure.what());
   }
-  return kFailure;
+  return options.failure;
 }

@@ -24,13 +24,6 @@ bool IsWanted(std::string_view path, std::string_view of) {
 
 }  // namespace
 
-Part::Part(const std::vector<std::string> &paths) {
-  for (const std::string &path : paths) {
-    if (!path.starts_with('/')) throw Failure(path, "a path begins with '/'");
-    paths_.push_back(path.ends_with('/') ? path.substr(0, path.size() - 1) : path);
-  }
-}
-
 bool Part::MayContain(const Shape &shape) const {
   if (shape.path.find(kRegisters) != std::string::npos) return false;
   const auto leadsThere = [&](const std::string &path) {
@@ -42,6 +35,15 @@ bool Part::MayContain(const Shape &shape) const {
 bool Part::Contains(std::string_view path) const {
   const auto leadsThere = [&](const std::string &top) { return IsAtOrBelow(path, top) && IsWanted(top, path); };
   return paths_.empty() ? leadsThere("") : std::ranges::any_of(paths_, leadsThere);
+}
+
+std::vector<std::string> PathsOf(const std::vector<std::string> &named) {
+  std::vector<std::string> paths;
+  for (const std::string &path : named) {
+    if (!path.starts_with('/')) throw Failure(path, "a path begins with '/'");
+    paths.push_back(path.ends_with('/') ? path.substr(0, path.size() - 1) : path);
+  }
+  return paths;
 }
 
 bool IsAtOrBelow(std::string_view path, std::string_view top) {

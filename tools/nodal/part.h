@@ -10,13 +10,16 @@
 
 namespace nodal {
 
+// The paths that a part is named by, without a slash at the end. Throws a Failure if one does not look like a path.
+std::vector<std::string> PathsOf(const std::vector<std::string> &named);
+
 // What stands at and below some paths; without any, everything. The devices on the PCI bus are in it only if a path
 // leads there: to read them takes long, and no report wants them of a saved host. Their registers never are: to read
 // one can change the device.
 class Part {
  public:
-  // Throws a Failure if one of them does not look like a path.
-  explicit Part(const std::vector<std::string> &paths);
+  // Takes the paths as PathsOf does.
+  explicit Part(const std::vector<std::string> &paths) : paths_(PathsOf(paths)) {}
 
   // Whether nodes of that shape can be in it.
   bool MayContain(const Shape &shape) const;

@@ -1,6 +1,7 @@
 #include "tools/nodal/record_json.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <limits>
 
@@ -120,10 +121,6 @@ void EntriesFromJson(const Field &field, const Json &json, std::span<std::byte> 
   }
 }
 
-std::span<const std::byte> BytesOfField(const Field &field, std::span<const std::byte> record) {
-  return record.subspan(field.offset, size_t{field.size} * field.count);
-}
-
 void FieldFromJson(const Field &field, const Json &json, std::span<std::byte> record) {
   const auto bytes = record.subspan(field.offset, size_t{field.size} * field.count);
   switch (field.type) {
@@ -136,19 +133,25 @@ void FieldFromJson(const Field &field, const Json &json, std::span<std::byte> re
 
 }  // namespace
 
+std::span<const std::byte> BytesOfField(const Field &field, std::span<const std::byte> record) {
+  return record.subspan(field.offset, size_t{field.size} * field.count);
+}
+
+OrderedJson FieldToJson(const Field &field, std::span<const std::byte> bytes) {
+  switch (field.type) {
+    case FieldType::kText: return FieldTextToJson(bytes);
+    case FieldType::kEntries: return EntriesToJson(field, bytes);
+    case FieldType::kGap: return ToHex(bytes);
+    default: return IntegerToJson(field, bytes);
+  }
+}
+
 OrderedJson RecordToJson(const RecordLayout &layout, std::span<const std::byte> record) {
   OrderedJson json = OrderedJson::object();
   for (const Field &field : layout.fields) {
     const auto bytes = BytesOfField(field, record);
-    const std::string name(field.name);
-    switch (field.type) {
-      case FieldType::kText: json[name] = FieldTextToJson(bytes); break;
-      case FieldType::kEntries: json[name] = EntriesToJson(field, bytes); break;
-      case FieldType::kGap:
-        if (!IsZero(bytes)) json[name] = ToHex(bytes);
-        break;
-      default: json[name] = IntegerToJson(field, bytes);
-    }
+    if (field.type == FieldType::kGap && IsZero(bytes)) continue;
+    json[std::string(field.name)] = FieldToJson(field, bytes);
   }
   return json;
 }
@@ -165,6 +168,16 @@ void RecordFromJson(const RecordLayout &layout, const Json &json, std::span<std:
       throw InvalidJson("field '" + name + "': " + invalid.what());
     }
   }
+}
+
+std::string ShownValue(const Field &field, const OrderedJson &value) {
+  if (value.is_object()) return "hex " + value["hex"].get<std::string>();
+  if (value.is_string()) return Printable(value.get_ref<const std::string &>());
+  if (field.unit != platkit::FieldUnit::FLAGS) return value.dump();
+  // All bits set stand as -1 in the JSON.
+  char hex[24];
+  std::snprintf(hex, sizeof hex, "0x%llx", static_cast<unsigned long long>(value.get<uint64_t>() & AllOnes(field)));
+  return hex;
 }
 
 OrderedJson TextToJson(std::string_view text) {

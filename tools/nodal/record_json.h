@@ -27,6 +27,15 @@ OrderedJson RecordToJson(const platkit::RecordLayout &layout, std::span<const st
 // `record` has the record's size.
 void RecordFromJson(const platkit::RecordLayout &layout, const Json &json, std::span<std::byte> record);
 
+// The bytes of a field in its record.
+std::span<const std::byte> BytesOfField(const platkit::Field &field, std::span<const std::byte> record);
+
+// The value of a field; of bytes between the named fields, hexadecimal digits.
+OrderedJson FieldToJson(const platkit::Field &field, std::span<const std::byte> bytes);
+
+// The JSON value of a field that has a name, as people read it.
+std::string ShownValue(const platkit::Field &field, const OrderedJson &value);
+
 // A string, or {"hex": ...} for what is not UTF-8.
 OrderedJson TextToJson(std::string_view text);
 std::string TextFromJson(const Json &json);
