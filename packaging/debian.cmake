@@ -14,6 +14,10 @@ foreach(component ${CPACK_COMPONENTS_ALL})
   # The license is one of those that every Debian system has.
   file(REMOVE ${tree}/share/doc/kestrel/LICENSE)
 
+  if(EXISTS ${CMAKE_CURRENT_LIST_DIR}/${PACKAGE}.lintian-overrides)
+    configure_file(${CMAKE_CURRENT_LIST_DIR}/${PACKAGE}.lintian-overrides ${tree}/share/lintian/overrides/${PACKAGE} COPYONLY)
+  endif()
+
   file(GLOB pages ${tree}/share/man/man*/*)
   execute_process(
     COMMAND gzip --best --no-name ${tree}/share/doc/${PACKAGE}/changelog ${pages}
@@ -21,11 +25,9 @@ foreach(component ${CPACK_COMPONENTS_ALL})
   )
 
   # The loader looks where the package puts the library, without being told.
-  foreach(program ${tree}/bin/kestrel ${tree}/bin/nodal)
-    if(EXISTS ${program})
-      file(RPATH_REMOVE FILE ${program})
-    endif()
-  endforeach()
+  if(EXISTS ${tree}/bin/kestrel)
+    file(RPATH_REMOVE FILE ${tree}/bin/kestrel)
+  endif()
 
   if(DEFINED ENV{SOURCE_DATE_EPOCH})
     execute_process(

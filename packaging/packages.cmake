@@ -21,26 +21,29 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY
 # A program that is linked with the library depends on the package.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY >=)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/triggers)
+# Each package has a first line of its own.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
 "memory reports of a hypervisor host
- kestrel shows an administrator where a hypervisor host's memory goes: one
- report per run, as an aligned table or as CSV. It reads the running host
- (control groups, processes, QEMU/KVM guests, /proc and /sys) or a saved host
- in a snapshot file.
- .
- The companion nodal shows the tree of system information that the reports are
- made of, and saves, shows and verifies snapshots. Both come with libplatkit,
- the library that has the tree as a C interface.")
+kestrel shows an administrator where a hypervisor host's memory goes: one
+report per run, as an aligned table or as CSV. It reads the running host
+(control groups, processes, QEMU/KVM guests, /proc and /sys) or a saved host
+in a snapshot file.
+.
+The companion nodal shows the tree of system information that the reports are
+made of, and saves, shows and verifies snapshots. Both come with libplatkit,
+the library that has the tree as a C interface.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libplatkit-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "kestrel (= ${PROJECT_VERSION}), libc6-dev | libc-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
 "system-information tree of a hypervisor host - development files
- libplatkit reads the system information of a hypervisor host, running or saved
- in a snapshot, as a tree of fixed-size records behind a C interface.
- .
- This package has its headers, the catalogue of the tree, and what the linker
- and pkg-config need.")
+libplatkit reads the system information of a hypervisor host, running or saved
+in a snapshot, as a tree of fixed-size records behind a C interface.
+.
+This package has its headers, the catalogue of the tree, and what the linker
+and pkg-config need.")
 
 include(CPack)

@@ -25,7 +25,7 @@ std::string Path(const Node &node) {
   std::string path;
   for (uint32_t i = 0; i <= node.pathArguments; ++i) {
     path += Bold(node.pieces[i]);
-    if (i < node.pathArguments) path += Italic(node.arguments[i].what);
+    if (i < node.pathArguments) path += "\\:" + Italic(node.arguments[i].what);
   }
   return path;
 }
@@ -88,16 +88,16 @@ std::string Declaration(const Field &field) {
 }  // namespace
 
 void WriteNodes(std::ostream &page) {
-  // A path that is longer than a line cannot be spread over it.
-  page << ".ad l\n";
+  // What is longer than a line is neither spread over it nor hyphenated: it has places of its own to break at.
+  page << ".ad l\n.nh\n";
   for (const Node &node : platkit::Nodes()) {
-    page << ".TP\n"
+    page << ".TP 4\n"
          << Path(node) << "\n"
-         << Bold("NODAL_NODE_" + std::string(node.name)) << "\n.br\n"
+         << Bold("NODAL_NODE_") << "\\:" << Bold(node.name) << "\n.br\n"
          << Arguments(node) << "\n.br\n"
          << Yield(node) << "\n";
   }
-  page << ".ad b\n";
+  page << ".hy\n.ad b\n";
 }
 
 void WriteRecords(std::ostream &page) {
