@@ -1,0 +1,27 @@
+/* crowd COUNT: so many processes that do nothing, until the first one ends. Says when all are there. */
+#include <signal.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+int main(int argc, char **argv) {
+  const pid_t first = getpid();
+  for (int left = argc == 2 ? atoi(argv[1]) : 0; left > 0; --left) {
+    const pid_t child = fork();
+    if (child < 0) {
+      perror("crowd");
+      return EXIT_FAILURE;
+    }
+    if (child == 0) {
+      prctl(PR_SET_PDEATHSIG, SIGKILL);
+      if (getppid() != first) return EXIT_FAILURE;
+      for (;;)
+        pause();
+    }
+  }
+  puts("ready");
+  fflush(stdout);
+  for (;;)
+    pause();
+}
