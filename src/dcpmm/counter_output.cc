@@ -10,14 +10,6 @@
 namespace kestrel {
 namespace {
 
-using enum Conversion;
-
-constinit ColumnDesc columns[] = {
-    {"Socket", "Socket Number", 5, kD, kPlain},      {"IMC", "IMC/M2M", 20, kS, kPlain},
-    {"Channel", "Channel Number", 20, kS, kPlain},   {"Event", "Name of the Hardware Event", 40, kS, kPlain},
-    {"Counts", "Number of Counts", 40, kLu, kPlain},
-};
-
 // 79 characters between two line ends.
 constexpr char kRule[] =
     "\n"
@@ -38,6 +30,14 @@ void FormatName(const std::tm &now, char *name, size_t size) {
 }
 
 }  // namespace
+
+using enum Conversion;
+
+constinit ColumnDesc counterColumns[] = {
+    {"Socket", "Socket Number", 5, kD, kPlain},      {"IMC", "IMC/M2M", 20, kS, kPlain},
+    {"Channel", "Channel Number", 20, kS, kPlain},   {"Event", "Name of the Hardware Event", 40, kS, kPlain},
+    {"Counts", "Number of Counts", 40, kLu, kPlain},
+};
 
 HVC_ReturnStatus CounterOutput::CreateFile(int interval) {
   const std::time_t now = std::time(nullptr);
@@ -62,7 +62,7 @@ HVC_ReturnStatus CounterOutput::CreateFile(int interval) {
 }
 
 void CounterOutput::PrintHeader() const {
-  if (csv_) TablePrintHeader(columns, true);
+  if (csv_) TablePrintHeader(counterColumns, true);
 }
 
 void CounterOutput::Put(const CounterPlace &place, const char *counter, uint64_t count) const {
@@ -70,7 +70,7 @@ void CounterOutput::Put(const CounterPlace &place, const char *counter, uint64_t
     const Value values[] = {place.socket, std::string_view(place.unit),
                             std::string_view(place.channel == nullptr ? "N/A" : place.channel),
                             std::string_view(counter), count};
-    TablePrintRow(columns, true, false, values);
+    TablePrintRow(counterColumns, true, false, values);
   } else if (place.channel != nullptr) {
     std::fprintf(file_.get(), "\n  %zu \t %s \t %s \t %s \t \t \t %" PRIu64, place.socket, place.unit, place.channel,
                  counter, count);
@@ -94,7 +94,7 @@ HVC_ReturnStatus CounterOutput::Close() {
   return Written(std::fclose(file_.release()) == 0);
 }
 
-void CounterOutput::PrintDescriptions() { TablePrintDescriptions(columns); }
+void CounterOutput::PrintDescriptions() { TablePrintDescriptions(counterColumns); }
 
 HVC_ReturnStatus CounterOutput::Written(bool ok) {
   if (ok) return HVC_OK;

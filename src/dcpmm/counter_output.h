@@ -7,8 +7,12 @@
 #include <memory>
 
 #include "platkit/status.h"
+#include "src/table/column_table.h"
 
 namespace kestrel {
+
+// The columns of CSV; the file has them in a form of its own.
+extern ColumnDesc counterColumns[5];
 
 // What a count is of.
 struct CounterPlace {

@@ -66,18 +66,19 @@ HVC_ReturnStatus ParseCount(const char *text, const char *what, int &count) {
   return HVC_BAD_PARAM;
 }
 
+constexpr option kLongNames[] = {
+    {"time", required_argument, nullptr, 't'},
+    {"iterations", required_argument, nullptr, 'i'},
+    {"verbose", no_argument, nullptr, 'v'},
+    {"csvMode", no_argument, nullptr, 'q'},
+    {nullptr, 0, nullptr, 0},
+};
+
 // Unlike the other reports, this one takes no option that it does not know.
-HVC_ReturnStatus ParseOptions(int argc, char **argv, Options &options) {
-  static constexpr option kLongOptions[] = {
-      {"time", required_argument, nullptr, 't'},
-      {"iterations", required_argument, nullptr, 'i'},
-      {"verbose", no_argument, nullptr, 'v'},
-      {"csvMode", no_argument, nullptr, 'q'},
-      {nullptr, 0, nullptr, 0},
-  };
+HVC_ReturnStatus ParseOptions(const OptionSyntax &syntax, int argc, char **argv, Options &options) {
   for (;;) {
     HVC_ReturnStatus status = HVC_OK;
-    switch (getopt_long(argc, argv, "t:i:vq", kLongOptions, nullptr)) {
+    switch (getopt_long(argc, argv, syntax.letters, syntax.ownLongNames, nullptr)) {
       case -1: return HVC_OK;
       case 't': status = ParseCount(optarg, "Time interval", options.interval); break;
       case 'i': status = ParseCount(optarg, "Iterations", options.iterations); break;
@@ -143,19 +144,28 @@ HVC_ReturnStatus Profile(const Options &options) {
   return status != HVC_OK ? status : closed;
 }
 
-}  // namespace
-
-HVC_ReturnStatus KestrelDCPMMStats(int argc, char **argv) {
+HVC_ReturnStatus KestrelDCPMMStats(const Report &report, int argc, char **argv) {
   // The processor comes before the options: on any other, nothing else matters.
   HVC_ReturnStatus status = CheckCpu();
   if (status != HVC_OK) return status;
   Options options;
-  status = ParseOptions(argc, argv, options);
+  status = ParseOptions(report.options, argc, argv, options);
   if (status == HVC_OK) status = KestrelDCPMMCheckNVM();
   if (status == HVC_OK) status = FindSockets();
   if (status == HVC_OK) status = Profile(options);
   if (status == HVC_OK && options.verbose) CounterOutput::PrintDescriptions();
   return status;
 }
+
+}  // namespace
+
+constinit const Report kDcpmmStats = {
+    .name = "dcpmm-stats",
+    .summary = "a profile of the traffic to persistent-memory modules",
+    .options = {"t:i:vq", kLongNames},
+    .columns = counterColumns,
+    .readsSavedHosts = false,  // the counters that it reads are in the machine
+    .run = KestrelDCPMMStats,
+};
 
 }  // namespace kestrel

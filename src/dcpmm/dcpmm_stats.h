@@ -1,13 +1,12 @@
 #ifndef KESTREL_DCPMM_DCPMM_STATS_H
 #define KESTREL_DCPMM_DCPMM_STATS_H
 
-#include "platkit/status.h"
+#include "src/reports/report.h"
 
 namespace kestrel {
 
-// The report's entry, as in src/reports/reports.h. It is the only one that writes to the machine: it programs the
-// counters that it reads.
-[[nodiscard]] HVC_ReturnStatus KestrelDCPMMStats(int argc, char **argv);
+// The only report that writes to the machine: it programs the counters that it reads.
+extern const Report kDcpmmStats;
 
 }  // namespace kestrel
 

@@ -12,47 +12,12 @@
 #include "platkit/export.h"
 #include "platkit/nodal.h"
 #include "platkit/warning.h"
-#include "src/dcpmm/dcpmm_stats.h"
 #include "src/main/usage.h"
 #include "src/reports/reports.h"
 #include "src/table/output.h"
 
 namespace kestrel {
 namespace {
-
-template <PMemKind kind>
-HVC_ReturnStatus PMemEntry(int argc, char **argv) {
-  return KestrelPMemReport(argc, argv, kind);
-}
-
-struct Report {
-  const char *name;
-  HVC_ReturnStatus (*entry)(int argc, char **argv);
-  bool readsSavedHosts = true;
-};
-
-constexpr Report kReports[] = {
-    {"group-stats", KestrelGroupStatsReport},
-    {"vm-stats", KestrelVmStatsReport},
-    {"uw-stats", KestrelUwStatsReport},
-    {"pshare-stats", KestrelPShareGetStats},
-    {"pshareHint-stats", KestrelPShareHintGetStats},
-    {"swap-stats", KestrelSwapStatsReport},
-    {"buddy-stats", KestrelBuddyGetStats},
-    {"comp-stats", KestrelCompGetStats},
-    {"lpool-stats", KestrelLPoolStatsReport},
-    {"heap-stats", KestrelHeapStatsReport},
-    {"guest-stats", KestrelGuestStatsReport},
-    {"zip-stats", KestrelZipStatsReport},
-    {"lpage-stats", KestrelLPageStatsReport},
-    {"asyncremap-stats", KestrelAsyncRemapReport},
-    {"pmem-regionstore-stats", PMemEntry<kPMemRegionStore>},
-    {"pmem-region-stats", PMemEntry<kPMemRegion>},
-    {"pmem-extent-stats", PMemEntry<kPMemExtent>},
-    {"pmem-region-numa-stats", PMemEntry<kPMemRegionNuma>},
-    // The counters that it reads are in the machine, not in a cache file.
-    {"dcpmm-stats", KestrelDCPMMStats, false},
-};
 
 struct GlobalOptions {
   const Report *report = nullptr;
@@ -64,9 +29,9 @@ struct GlobalOptions {
 enum class Next { kGoOn, kExitSuccess, kExitFailure };
 
 const Report *FindReport(const char *name) {
-  const Report *end = std::end(kReports);
-  const Report *report = std::find_if(kReports, end, [&](const Report &r) { return strcasecmp(r.name, name) == 0; });
-  return report == end ? nullptr : report;
+  const auto *end = std::end(kReports);
+  const auto *found = std::find_if(kReports, end, [&](const Report *r) { return strcasecmp(r->name, name) == 0; });
+  return found == end ? nullptr : *found;
 }
 
 // Parses up to and including -r: what stands behind it belongs to the report.
@@ -139,7 +104,7 @@ int Run(int argc, char **argv) {
     PrintUsage(argv[0]);
     return EXIT_SUCCESS;
   }
-  return options.report->entry(argc, argv) == HVC_OK ? EXIT_SUCCESS : EXIT_FAILURE;
+  return options.report->run(*options.report, argc, argv) == HVC_OK ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 // A standard descriptor that is closed would be given to the next file that is opened, and reports or warnings written

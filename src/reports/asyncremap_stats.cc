@@ -122,11 +122,9 @@ HVC_ReturnStatus PutRows(const GroupVisit &group) {
   return status == HVC_OK ? PutClients(group, name) : status;
 }
 
-constexpr GroupReport kReport = {
+constexpr GroupFrame kFrame = {
     .title = "ASYNC_REMAP STATS",
     .dashes = 43,
-    .columns = columns,
-    .options = "g:s:u:vq",
     .kinds = HVC_GROUP_USER_WORLD,
     .visit = PutRows,
     .totals = &totals,
@@ -134,6 +132,13 @@ constexpr GroupReport kReport = {
 
 }  // namespace
 
-HVC_ReturnStatus KestrelAsyncRemapReport(int argc, char **argv) { return RunGroupReport(kReport, argc, argv); }
+constinit const Report kAsyncRemapStats = {
+    .name = "asyncremap-stats",
+    .summary = "the pages remapped for each user world, by client and type of remap",
+    .options = {"g:s:u:vq"},
+    .columns = columns,
+    .sums = Sums::kTotalRow,
+    .run = RunInFrame<kFrame>,
+};
 
 }  // namespace kestrel

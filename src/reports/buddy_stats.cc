@@ -195,11 +195,9 @@ void PrintRow(const ReportOptions &options, bool total, const Row &row) {
   PrintFigures(columns, options.csv, total, &row, ReportUnit::kKB);
 }
 
-}  // namespace
-
-HVC_ReturnStatus KestrelBuddyGetStats(int argc, char **argv) {
+HVC_ReturnStatus KestrelBuddyGetStats(const Report &report, int argc, char **argv) {
   HostRun run;
-  HVC_ReturnStatus status = StartHostReport(argc, argv, "s:vq", columns, run);
+  HVC_ReturnStatus status = StartHostReport(report, argc, argv, run);
   if (status != HVC_OK) return status;
 
   const ReportOptions &options = run.options;
@@ -220,5 +218,16 @@ HVC_ReturnStatus KestrelBuddyGetStats(int argc, char **argv) {
   EndHostReport(columns, options);
   return HVC_OK;
 }
+
+}  // namespace
+
+constinit const Report kBuddyStats = {
+    .name = "buddy-stats",
+    .summary = "free and used buffers of each size, by buddy allocator",
+    .options = {"s:vq"},
+    .columns = columns,
+    .sums = Sums::kTotalRow,
+    .run = KestrelBuddyGetStats,
+};
 
 }  // namespace kestrel

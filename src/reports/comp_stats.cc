@@ -90,11 +90,9 @@ HVC_ReturnStatus ReadRow(Row &row) {
   return HVC_OK;
 }
 
-}  // namespace
-
-HVC_ReturnStatus KestrelCompGetStats(int argc, char **argv) {
+HVC_ReturnStatus KestrelCompGetStats(const Report &report, int argc, char **argv) {
   HostRun run;
-  HVC_ReturnStatus status = StartHostReport(argc, argv, "s:u:vq", columns, run);
+  HVC_ReturnStatus status = StartHostReport(report, argc, argv, run);
   if (status != HVC_OK) return status;
 
   if (!run.options.csv) {
@@ -112,5 +110,15 @@ HVC_ReturnStatus KestrelCompGetStats(int argc, char **argv) {
   EndHostReport(columns, run.options);
   return HVC_OK;
 }
+
+}  // namespace
+
+constinit const Report kCompStats = {
+    .name = "comp-stats",
+    .summary = "the host's physical memory in one row, and how often it was short",
+    .options = {"s:u:vq"},
+    .columns = columns,
+    .run = KestrelCompGetStats,
+};
 
 }  // namespace kestrel

@@ -1,7 +1,5 @@
 #include "src/reports/group_report.h"
 
-#include <cstring>
-
 #include "src/groups/group_queries.h"
 #include "src/groups/traverse.h"
 #include "src/table/banner.h"
@@ -9,10 +7,8 @@
 namespace kestrel {
 namespace {
 
-bool Takes(const GroupReport &report, char letter) { return std::strchr(report.options, letter) != nullptr; }
-
-HVC_ReturnStatus ApplyOptions(const GroupReport &report, GroupRun &run) {
-  HVC_ReturnStatus status = UnitParse(run.options.unit, false, run.unit);
+HVC_ReturnStatus ApplyOptions(const Report &report, GroupRun &run) {
+  HVC_ReturnStatus status = UnitParse(run.options.unit, report.inBytes, run.unit);
   if (status != HVC_OK) return status;
   status = FlagsParseFilter(run.options.inclusionFilter, report.filterFlags, run.inclusion, FilterKind::kInclusion);
   if (status != HVC_OK) return status;
@@ -22,19 +18,24 @@ HVC_ReturnStatus ApplyOptions(const GroupReport &report, GroupRun &run) {
   return HVC_OK;
 }
 
-void PrintBanner(const GroupReport &report, const GroupRun &run) {
-  const Banner banner(report.title, report.dashes);
+void PrintBanner(const Report &report, const GroupRun &run) {
+  const GroupFrame &frame = run.frame;
+  const Banner banner(frame.title, frame.dashes);
   banner.Setting("Start Group ID", static_cast<uint64_t>(run.options.startGroup));
-  if (Takes(report, 'l')) banner.Setting("No. of levels", run.options.levels);
-  banner.Setting("Unit", report.unitName != nullptr ? report.unitName : WalkUnitName(run.unit));
-  if (Takes(report, 'i')) banner.Setting("Inclusion filter", FlagsDescribe(run.inclusion, report.filterFlags).Text());
-  if (Takes(report, 'e')) banner.Setting("Exclusion filter", FlagsDescribe(run.exclusion, report.filterFlags).Text());
+  if (report.options.Takes('l')) banner.Setting("No. of levels", run.options.levels);
+  banner.Setting("Unit", frame.unitName != nullptr ? frame.unitName : WalkUnitName(run.unit));
+  if (report.options.Takes('i')) {
+    banner.Setting("Inclusion filter", FlagsDescribe(run.inclusion, report.filterFlags).Text());
+  }
+  if (report.options.Takes('e')) {
+    banner.Setting("Exclusion filter", FlagsDescribe(run.exclusion, report.filterFlags).Text());
+  }
   banner.SelectedColumns(report.columns);
 }
 
 // A group without any flag has no rows in any report: it is in no inclusion filter, the default one included.
 bool Qualifies(const GroupRun &run, uint32_t flags) {
-  return (flags & run.report.kinds) != 0 && (flags & run.inclusion) != 0 && (flags & run.exclusion) == 0;
+  return (flags & run.frame.kinds) != 0 && (flags & run.inclusion) != 0 && (flags & run.exclusion) == 0;
 }
 
 HVC_ReturnStatus VisitGroup(int64_t groupID, uint32_t childCount, bool, void *context) {
@@ -42,26 +43,27 @@ HVC_ReturnStatus VisitGroup(int64_t groupID, uint32_t childCount, bool, void *co
   GroupFlagsRecord flags = {};
   const HVC_ReturnStatus status = Kestrel_GroupGetFlags(groupID, flags);
   if (status != HVC_OK) return status;
-  return Qualifies(run, flags.flags) ? run.report.visit({run, groupID, childCount, flags.flags}) : HVC_OK;
+  return Qualifies(run, flags.flags) ? run.frame.visit({run, groupID, childCount, flags.flags}) : HVC_OK;
 }
 
-void PrintTotals(const GroupReport &report, const GroupRun &run) {
-  FinishSums(report.columns, report.totals, run.rows);
-  PrintFigures(report.columns, run.options.csv, true, report.totals, run.unit);
-  TablePrintSeparator(report.columns, run.options.csv);
+void PrintTotals(const GroupRun &run) {
+  const ColumnTable columns = run.report.columns;
+  FinishSums(columns, run.frame.totals, run.rows);
+  PrintFigures(columns, run.options.csv, true, run.frame.totals, run.unit);
+  TablePrintSeparator(columns, run.options.csv);
 }
 
 }  // namespace
 
 void GroupVisit::PutRow(const void *row) const {
-  const GroupReport &report = run.report;
-  if (report.totals != nullptr) SumFigures(report.columns, row, report.totals);
-  PrintFigures(report.columns, run.options.csv, false, row, run.unit);
+  const ColumnTable columns = run.report.columns;
+  if (run.frame.totals != nullptr) SumFigures(columns, row, run.frame.totals);
+  PrintFigures(columns, run.options.csv, false, row, run.unit);
   ++run.rows;
 }
 
-HVC_ReturnStatus RunGroupReport(const GroupReport &report, int argc, char **argv) {
-  GroupRun run = {.report = report};
+HVC_ReturnStatus RunGroupReport(const Report &report, const GroupFrame &frame, int argc, char **argv) {
+  GroupRun run = {.report = report, .frame = frame};
   HVC_ReturnStatus status = ParseReportOptions(argc, argv, report.options, run.options);
   if (status != HVC_OK) return status;
   status = ApplyOptions(report, run);
@@ -72,8 +74,8 @@ HVC_ReturnStatus RunGroupReport(const GroupReport &report, int argc, char **argv
   TablePrintHead(report.columns, options.csv);
   status = KestrelTraverseGroups(options.startGroup, options.levels, options.csv, VisitGroup, &run);
   TablePrintSeparator(report.columns, options.csv);
-  if (report.totals != nullptr) PrintTotals(report, run);
-  if (report.ending != nullptr) report.ending(run);
+  if (frame.totals != nullptr) PrintTotals(run);
+  if (frame.ending != nullptr) frame.ending(run);
   if (options.verbose) TablePrintDescriptions(report.columns);
   return status;
 }

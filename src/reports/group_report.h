@@ -1,5 +1,5 @@
 // The frame of the per-group reports: a walk over the scheduler groups, rows for each group that qualifies, and what
-// stands above and below them. A report is a GroupReport: its columns, and how a group's row is read.
+// stands above and below them. A report fills a GroupFrame: which groups have rows, and how a group's row is read.
 #ifndef KESTREL_REPORTS_GROUP_REPORT_H
 #define KESTREL_REPORTS_GROUP_REPORT_H
 
@@ -10,18 +10,17 @@
 
 #include "platkit/records.h"
 #include "platkit/status.h"
-#include "src/table/column_table.h"
-#include "src/table/flags.h"
-#include "src/table/options.h"
+#include "src/reports/report.h"
 #include "src/table/report_row.h"
 
 namespace kestrel {
 
-struct GroupReport;
+struct GroupFrame;
 
 // A report on its way, with the options in force.
 struct GroupRun {
-  const GroupReport &report;
+  const Report &report;
+  const GroupFrame &frame;
   ReportOptions options = {};
   ReportUnit unit = ReportUnit::kKB;
   uint32_t inclusion = UINT32_MAX;
@@ -48,17 +47,12 @@ struct GroupVisit {
   void PutRow(const void *row) const;
 };
 
-struct GroupReport {
+struct GroupFrame {
   // The banner: its title, over a rule of so many dashes.
   const char *title;
   int dashes;
-  ColumnTable columns;
-  // Short options in getopt's form. With -l in it, the report has levels; with -i and -e, filters.
-  const char *options = "g:l:s:u:vq";
-
-  // Flags of which a group must have one to have rows, and those that the filters name.
+  // Flags of which a group must have one to have rows.
   uint32_t kinds = UINT32_MAX;
-  FlagTable filterFlags = {};
   // What the banner says instead of the chosen unit, for a report of counts.
   const char *unitName = nullptr;
 
@@ -75,7 +69,15 @@ struct GroupReport {
 
 // Runs a report from its options to its last line. What the walk came to is the result: the rows, the totals and all
 // that follows are printed whatever it was.
-[[nodiscard]] HVC_ReturnStatus RunGroupReport(const GroupReport &report, int argc, char **argv);
+[[nodiscard]] HVC_ReturnStatus RunGroupReport(const Report &report, const GroupFrame &frame, int argc, char **argv);
+
+template <const GroupFrame &frame>
+HVC_ReturnStatus RunInFrame(const Report &report, int argc, char **argv) {
+  return RunGroupReport(report, frame, argc, argv);
+}
+
+// The options that most of these reports take.
+inline constexpr OptionSyntax kGroupOptions = {"g:l:s:u:vq"};
 
 // Whose row it is, at the head of the rows of virtual machines and user worlds.
 struct GroupHead {

@@ -170,18 +170,23 @@ void PrintTagRows(const GroupRun &run) {
   TablePrintSeparator(columns, run.options.csv);
 }
 
-constexpr GroupReport kReport = {
+constexpr GroupFrame kFrame = {
     .title = "GROUP STATS",
     .dashes = 37,
-    .columns = columns,
-    .options = "e:g:i:l:s:u:vqt",
-    .filterFlags = GroupFlagNames,
     .visit = PutRow,
     .ending = PrintTagRows,
 };
 
 }  // namespace
 
-HVC_ReturnStatus KestrelGroupStatsReport(int argc, char **argv) { return RunGroupReport(kReport, argc, argv); }
+constinit const Report kGroupStats = {
+    .name = "group-stats",
+    .summary = "the hierarchy of scheduler groups, and what each reserves and consumes",
+    .options = {"e:g:i:l:s:u:vqt"},
+    .columns = columns,
+    .filterFlags = GroupFlagNames,
+    .sums = Sums::kTagRows,
+    .run = RunInFrame<kFrame>,
+};
 
 }  // namespace kestrel

@@ -42,10 +42,9 @@ HVC_ReturnStatus PutRow(const GroupVisit &group) {
   return status;
 }
 
-constexpr GroupReport kReport = {
+constexpr GroupFrame kFrame = {
     .title = "GUEST STATS",
     .dashes = 37,
-    .columns = columns,
     .kinds = HVC_GROUP_VM,
     .visit = PutRow,
     .totals = &totals,
@@ -53,6 +52,13 @@ constexpr GroupReport kReport = {
 
 }  // namespace
 
-HVC_ReturnStatus KestrelGuestStatsReport(int argc, char **argv) { return RunGroupReport(kReport, argc, argv); }
+constinit const Report kGuestStats = {
+    .name = "guest-stats",
+    .summary = "what the guest of each virtual machine says of its memory",
+    .options = kGroupOptions,
+    .columns = columns,
+    .sums = Sums::kTotalRow,
+    .run = RunInFrame<kFrame>,
+};
 
 }  // namespace kestrel

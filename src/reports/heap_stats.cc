@@ -79,7 +79,7 @@ static_assert(std::size(columns) == kColumns);
 
 // The long option --verbose is -u without a text: it takes back a unit that was given before it, and asks for no
 // descriptions. Scripts have it in them, so it stays; -v asks for the descriptions.
-constexpr option kLongOptions[] = {
+constexpr option kLongNames[] = {
     {"unit", required_argument, nullptr, 'u'},
     {"verbose", no_argument, nullptr, 'u'},
     {"cSelect", required_argument, nullptr, 's'},
@@ -194,14 +194,12 @@ void PrintReport(const Heaps &heaps, const ReportOptions &options, ReportUnit un
   EndHostReport(columns, options);
 }
 
-}  // namespace
-
-HVC_ReturnStatus KestrelHeapStatsReport(int argc, char **argv) {
+HVC_ReturnStatus KestrelHeapStatsReport(const Report &report, int argc, char **argv) {
   ReportOptions options;
-  HVC_ReturnStatus status = ParseReportOptions(argc, argv, "s:u:vq", kLongOptions, options);
+  HVC_ReturnStatus status = ParseReportOptions(argc, argv, report.options, options);
   if (status != HVC_OK) return status;
   ReportUnit unit = ReportUnit::kBytes;
-  if (options.unit != nullptr) status = UnitParse(options.unit, true, unit);
+  if (options.unit != nullptr) status = UnitParse(options.unit, report.inBytes, unit);
   if (status != HVC_OK) return status;
   ColumnsApplySelection(columns, options.selection);
 
@@ -210,5 +208,17 @@ HVC_ReturnStatus KestrelHeapStatsReport(int argc, char **argv) {
   if (KestrelHeapGetMemMapStats(heaps) == HVC_OK) PrintReport(heaps, options, unit);
   return HVC_OK;
 }
+
+}  // namespace
+
+constinit const Report kHeapStats = {
+    .name = "heap-stats",
+    .summary = "the kernel's heaps",
+    .options = {"s:u:vq", kLongNames},
+    .columns = columns,
+    .inBytes = true,
+    .sums = Sums::kTotalRow,
+    .run = KestrelHeapStatsReport,
+};
 
 }  // namespace kestrel

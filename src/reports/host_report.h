@@ -4,8 +4,7 @@
 
 #include "platkit/status.h"
 #include "src/nodal/param_list.h"
-#include "src/table/column_table.h"
-#include "src/table/options.h"
+#include "src/reports/report.h"
 #include "src/table/unit.h"
 
 namespace kestrel {
@@ -16,11 +15,10 @@ struct HostRun {
 };
 
 // Parses a report's options, checks the unit and applies the column selection.
-[[nodiscard]] inline HVC_ReturnStatus StartHostReport(int argc, char **argv, const char *shortOptions,
-                                                      ColumnTable columns, HostRun &run) {
-  HVC_ReturnStatus status = ParseReportOptions(argc, argv, shortOptions, run.options);
-  if (status == HVC_OK) status = UnitParse(run.options.unit, false, run.unit);
-  if (status == HVC_OK) ColumnsApplySelection(columns, run.options.selection);
+[[nodiscard]] inline HVC_ReturnStatus StartHostReport(const Report &report, int argc, char **argv, HostRun &run) {
+  HVC_ReturnStatus status = ParseReportOptions(argc, argv, report.options, run.options);
+  if (status == HVC_OK) status = UnitParse(run.options.unit, report.inBytes, run.unit);
+  if (status == HVC_OK) ColumnsApplySelection(report.columns, run.options.selection);
   return status;
 }
 

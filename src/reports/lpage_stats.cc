@@ -65,10 +65,9 @@ HVC_ReturnStatus PutRow(const GroupVisit &group) {
 }
 
 // All figures are counts. A unit is still accepted, and a wrong one refused, as in the other reports.
-constexpr GroupReport kReport = {
+constexpr GroupFrame kFrame = {
     .title = "VIRTUAL MACHINE LARGE PAGE STATS",
     .dashes = 58,
-    .columns = columns,
     .kinds = HVC_GROUP_VM,
     .unitName = "LPage (2M)",
     .visit = PutRow,
@@ -77,6 +76,13 @@ constexpr GroupReport kReport = {
 
 }  // namespace
 
-HVC_ReturnStatus KestrelLPageStatsReport(int argc, char **argv) { return RunGroupReport(kReport, argc, argv); }
+constinit const Report kLPageStats = {
+    .name = "lpage-stats",
+    .summary = "how each virtual machine is backed with large pages",
+    .options = kGroupOptions,
+    .columns = columns,
+    .sums = Sums::kTotalRow,
+    .run = RunInFrame<kFrame>,
+};
 
 }  // namespace kestrel

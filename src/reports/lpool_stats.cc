@@ -138,11 +138,9 @@ HVC_ReturnStatus KestrelTraverseLPools(bool csv) {
   return HVC_OK;
 }
 
-}  // namespace
-
-HVC_ReturnStatus KestrelLPoolStatsReport(int argc, char **argv) {
+HVC_ReturnStatus KestrelLPoolStatsReport(const Report &report, int argc, char **argv) {
   HostRun run;
-  HVC_ReturnStatus status = StartHostReport(argc, argv, "s:vq", columns, run);
+  HVC_ReturnStatus status = StartHostReport(report, argc, argv, run);
   if (status != HVC_OK) return status;
 
   const ReportOptions &options = run.options;
@@ -158,5 +156,16 @@ HVC_ReturnStatus KestrelLPoolStatsReport(int argc, char **argv) {
   }
   return HVC_OK;
 }
+
+}  // namespace
+
+constinit const Report kLPoolStats = {
+    .name = "lpool-stats",
+    .summary = "the pools of large pages of each NUMA node",
+    .options = {"s:vq"},
+    .columns = columns,
+    .sums = Sums::kTotalRow,
+    .run = KestrelLPoolStatsReport,
+};
 
 }  // namespace kestrel

@@ -321,44 +321,75 @@ HVC_ReturnStatus PMemRegionNumaReport(const PMemReport &report) {
   });
 }
 
-struct Report {
+// What the reports of this family differ in, besides their columns.
+struct PMemFrame {
   const char *title;
-  ColumnTable columns;
   HVC_ReturnStatus (*print)(const PMemReport &report);
 };
 
-// In the order of PMemKind.
-constexpr Report kReports[] = {
-    {"PERSISTENT MEMORY REGIONSTORE STATS", region_store::columns, PMemRegionStoreReport},
-    {"PERSISTENT MEMORY REGION STATS", regions::columns, PMemRegionsReport},
-    {"PERSISTENT MEMORY EXTENT STATS", extents::columns, PMemExtentsReport},
-    {"PERSISTENT MEMORY REGION NUMA STATS", region_numa::columns, PMemRegionNumaReport},
-};
+constexpr PMemFrame kRegionStoreFrame = {"PERSISTENT MEMORY REGIONSTORE STATS", PMemRegionStoreReport};
+constexpr PMemFrame kRegionsFrame = {"PERSISTENT MEMORY REGION STATS", PMemRegionsReport};
+constexpr PMemFrame kExtentsFrame = {"PERSISTENT MEMORY EXTENT STATS", PMemExtentsReport};
+constexpr PMemFrame kRegionNumaFrame = {"PERSISTENT MEMORY REGION NUMA STATS", PMemRegionNumaReport};
 
-HVC_ReturnStatus Run(const Report &report, int argc, char **argv) {
+HVC_ReturnStatus KestrelPMemReport(const Report &report, const PMemFrame &frame, int argc, char **argv) {
   HostRun run;
-  const HVC_ReturnStatus status = StartHostReport(argc, argv, "s:u:vq", report.columns, run);
+  const HVC_ReturnStatus status = StartHostReport(report, argc, argv, run);
   if (status != HVC_OK) return status;
 
   const ReportOptions &options = run.options;
   if (!options.csv) {
-    const Banner banner(report.title, 49);
+    const Banner banner(frame.title, 49);
     banner.Setting("Unit", UnitName(run.unit));
     banner.SelectedColumns(report.columns);
   }
   TablePrintHead(report.columns, options.csv);
   TablePrintSeparator(report.columns, options.csv);  // these reports have two lines above their first row
   // A walk that stops has said why, and the rows that it printed stand: the report itself has not failed.
-  static_cast<void>(report.print({report.columns, run}));
+  static_cast<void>(frame.print({report.columns, run}));
   EndHostReport(report.columns, options);
   return HVC_OK;
 }
 
+template <const PMemFrame &frame>
+HVC_ReturnStatus RunInFrame(const Report &report, int argc, char **argv) {
+  return KestrelPMemReport(report, frame, argc, argv);
+}
+
+constexpr OptionSyntax kOptions = {"s:u:vq"};
+
 }  // namespace
 
-HVC_ReturnStatus KestrelPMemReport(int argc, char **argv, int kind) {
-  if (kind < 0 || kind >= static_cast<int>(std::size(kReports))) return HVC_BAD_PARAM;
-  return Run(kReports[kind], argc, argv);
-}
+constinit const Report kPMemRegionStoreStats = {
+    .name = "pmem-regionstore-stats",
+    .summary = "the region store of each volume of persistent memory",
+    .options = kOptions,
+    .columns = region_store::columns,
+    .run = RunInFrame<kRegionStoreFrame>,
+};
+
+constinit const Report kPMemRegionStats = {
+    .name = "pmem-region-stats",
+    .summary = "the regions of persistent memory",
+    .options = kOptions,
+    .columns = regions::columns,
+    .run = RunInFrame<kRegionsFrame>,
+};
+
+constinit const Report kPMemExtentStats = {
+    .name = "pmem-extent-stats",
+    .summary = "the extents of persistent memory, and where they are",
+    .options = kOptions,
+    .columns = extents::columns,
+    .run = RunInFrame<kExtentsFrame>,
+};
+
+constinit const Report kPMemRegionNumaStats = {
+    .name = "pmem-region-numa-stats",
+    .summary = "what each region of persistent memory has of each NUMA node",
+    .options = kOptions,
+    .columns = region_numa::columns,
+    .run = RunInFrame<kRegionNumaFrame>,
+};
 
 }  // namespace kestrel

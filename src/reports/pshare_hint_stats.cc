@@ -33,11 +33,9 @@ void PrintRow(const HostRun &run, bool total, const Row &row) {
   PrintFigures(columns, run.options.csv, total, &row, run.unit);
 }
 
-}  // namespace
-
-HVC_ReturnStatus KestrelPShareHintGetStats(int argc, char **argv) {
+HVC_ReturnStatus KestrelPShareHintGetStats(const Report &report, int argc, char **argv) {
   HostRun run;
-  HVC_ReturnStatus status = StartHostReport(argc, argv, "s:u:vq", columns, run);
+  HVC_ReturnStatus status = StartHostReport(report, argc, argv, run);
   if (status != HVC_OK) return status;
 
   PShareStatsRecord record = {};
@@ -60,5 +58,16 @@ HVC_ReturnStatus KestrelPShareHintGetStats(int argc, char **argv) {
   EndHostReport(columns, run.options);
   return HVC_OK;
 }
+
+}  // namespace
+
+constinit const Report kPShareHintStats = {
+    .name = "pshareHint-stats",
+    .summary = "the hints that page sharing goes by",
+    .options = {"s:u:vq"},
+    .columns = columns,
+    .sums = Sums::kTotalRow,
+    .run = KestrelPShareHintGetStats,
+};
 
 }  // namespace kestrel

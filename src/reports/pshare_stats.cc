@@ -31,11 +31,9 @@ void PrintBanner(const PShareStatsRecord &record, ReportUnit unit) {
   banner.SelectedColumns(columns);
 }
 
-}  // namespace
-
-HVC_ReturnStatus KestrelPShareGetStats(int argc, char **argv) {
+HVC_ReturnStatus KestrelPShareGetStats(const Report &report, int argc, char **argv) {
   HostRun run;
-  HVC_ReturnStatus status = StartHostReport(argc, argv, "s:u:vq", columns, run);
+  HVC_ReturnStatus status = StartHostReport(report, argc, argv, run);
   if (status != HVC_OK) return status;
 
   // Nothing is printed before the read has succeeded, so a failing run leaves no half table.
@@ -49,5 +47,15 @@ HVC_ReturnStatus KestrelPShareGetStats(int argc, char **argv) {
   EndHostReport(columns, run.options);
   return HVC_OK;
 }
+
+}  // namespace
+
+constinit const Report kPShareStats = {
+    .name = "pshare-stats",
+    .summary = "page sharing on the whole host, and what it saves",
+    .options = {"s:u:vq"},
+    .columns = columns,
+    .run = KestrelPShareGetStats,
+};
 
 }  // namespace kestrel

@@ -1,30 +1,40 @@
-// The entries of the reports. Each gets main's arguments, with option parsing left where the report's name stood, and
-// returns the status of what it gathered.
+// The reports. Each is described, and implemented, in the file of its name.
 #ifndef KESTREL_REPORTS_REPORTS_H
 #define KESTREL_REPORTS_REPORTS_H
 
-#include "platkit/status.h"
+#include "src/dcpmm/dcpmm_stats.h"
+#include "src/reports/report.h"
 
 namespace kestrel {
 
-[[nodiscard]] HVC_ReturnStatus KestrelGroupStatsReport(int argc, char **argv);
-[[nodiscard]] HVC_ReturnStatus KestrelVmStatsReport(int argc, char **argv);
-[[nodiscard]] HVC_ReturnStatus KestrelUwStatsReport(int argc, char **argv);
-[[nodiscard]] HVC_ReturnStatus KestrelPShareGetStats(int argc, char **argv);
-[[nodiscard]] HVC_ReturnStatus KestrelPShareHintGetStats(int argc, char **argv);
-[[nodiscard]] HVC_ReturnStatus KestrelSwapStatsReport(int argc, char **argv);
-[[nodiscard]] HVC_ReturnStatus KestrelBuddyGetStats(int argc, char **argv);
-[[nodiscard]] HVC_ReturnStatus KestrelCompGetStats(int argc, char **argv);
-[[nodiscard]] HVC_ReturnStatus KestrelLPoolStatsReport(int argc, char **argv);
-[[nodiscard]] HVC_ReturnStatus KestrelHeapStatsReport(int argc, char **argv);
-[[nodiscard]] HVC_ReturnStatus KestrelGuestStatsReport(int argc, char **argv);
-[[nodiscard]] HVC_ReturnStatus KestrelZipStatsReport(int argc, char **argv);
-[[nodiscard]] HVC_ReturnStatus KestrelLPageStatsReport(int argc, char **argv);
-[[nodiscard]] HVC_ReturnStatus KestrelAsyncRemapReport(int argc, char **argv);
+extern const Report kGroupStats;
+extern const Report kVmStats;
+extern const Report kUwStats;
+extern const Report kPShareStats;
+extern const Report kPShareHintStats;
+extern const Report kSwapStats;
+extern const Report kBuddyStats;
+extern const Report kCompStats;
+extern const Report kLPoolStats;
+extern const Report kHeapStats;
+extern const Report kGuestStats;
+extern const Report kZipStats;
+extern const Report kLPageStats;
+extern const Report kAsyncRemapStats;
+extern const Report kPMemRegionStoreStats;
+extern const Report kPMemRegionStats;
+extern const Report kPMemExtentStats;
+extern const Report kPMemRegionNumaStats;
 
-// Kinds of the persistent-memory reports; any other is HVC_BAD_PARAM.
-enum PMemKind { kPMemRegionStore, kPMemRegion, kPMemExtent, kPMemRegionNuma };
-[[nodiscard]] HVC_ReturnStatus KestrelPMemReport(int argc, char **argv, int kind);
+inline constexpr const Report *kReports[] = {
+    &kGroupStats,      &kVmStats,         &kUwStats,
+    &kPShareStats,     &kPShareHintStats, &kSwapStats,
+    &kBuddyStats,      &kCompStats,       &kLPoolStats,
+    &kHeapStats,       &kGuestStats,      &kZipStats,
+    &kLPageStats,      &kAsyncRemapStats, &kPMemRegionStoreStats,
+    &kPMemRegionStats, &kPMemExtentStats, &kPMemRegionNumaStats,
+    &kDcpmmStats,
+};
 
 }  // namespace kestrel
 

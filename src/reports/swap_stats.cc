@@ -89,10 +89,9 @@ HVC_ReturnStatus PutRow(const GroupVisit &group) {
   return HVC_OK;
 }
 
-constexpr GroupReport kReport = {
+constexpr GroupFrame kFrame = {
     .title = "VIRTUAL MACHINE SWAP STATS",
     .dashes = 52,
-    .columns = columns,
     .kinds = HVC_GROUP_VM,
     .visit = PutRow,
     .totals = &totals,
@@ -100,6 +99,13 @@ constexpr GroupReport kReport = {
 
 }  // namespace
 
-HVC_ReturnStatus KestrelSwapStatsReport(int argc, char **argv) { return RunGroupReport(kReport, argc, argv); }
+constinit const Report kSwapStats = {
+    .name = "swap-stats",
+    .summary = "what the host swaps of each virtual machine, and the room in its swap files",
+    .options = kGroupOptions,
+    .columns = columns,
+    .sums = Sums::kTotalRow,
+    .run = RunInFrame<kFrame>,
+};
 
 }  // namespace kestrel

@@ -89,19 +89,24 @@ HVC_ReturnStatus PutRow(const GroupVisit &group) {
   return HVC_OK;
 }
 
-constexpr GroupReport kReport = {
+constexpr GroupFrame kFrame = {
     .title = "USER-WORLD STATS",
     .dashes = 42,
-    .columns = columns,
-    .options = "e:g:i:l:s:u:vq",
     .kinds = HVC_GROUP_USER_WORLD,
-    .filterFlags = kTypes,
     .visit = PutRow,
     .totals = &totals,
 };
 
 }  // namespace
 
-HVC_ReturnStatus KestrelUwStatsReport(int argc, char **argv) { return RunGroupReport(kReport, argc, argv); }
+constinit const Report kUwStats = {
+    .name = "uw-stats",
+    .summary = "how the address space of each user world is reserved and backed",
+    .options = {"e:g:i:l:s:u:vq"},
+    .columns = columns,
+    .filterFlags = kTypes,
+    .sums = Sums::kTotalRow,
+    .run = RunInFrame<kFrame>,
+};
 
 }  // namespace kestrel

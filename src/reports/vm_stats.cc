@@ -108,10 +108,9 @@ HVC_ReturnStatus PutRow(const GroupVisit &group) {
   return HVC_OK;
 }
 
-constexpr GroupReport kReport = {
+constexpr GroupFrame kFrame = {
     .title = "VIRTUAL MACHINE STATS",
     .dashes = 47,
-    .columns = columns,
     .kinds = HVC_GROUP_VM,
     .visit = PutRow,
     .totals = &totals,
@@ -119,6 +118,13 @@ constexpr GroupReport kReport = {
 
 }  // namespace
 
-HVC_ReturnStatus KestrelVmStatsReport(int argc, char **argv) { return RunGroupReport(kReport, argc, argv); }
+constinit const Report kVmStats = {
+    .name = "vm-stats",
+    .summary = "how the memory of each virtual machine is backed",
+    .options = kGroupOptions,
+    .columns = columns,
+    .sums = Sums::kTotalRow,
+    .run = RunInFrame<kFrame>,
+};
 
 }  // namespace kestrel

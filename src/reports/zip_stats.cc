@@ -55,10 +55,9 @@ HVC_ReturnStatus PutRow(const GroupVisit &group) {
   return HVC_OK;
 }
 
-constexpr GroupReport kReport = {
+constexpr GroupFrame kFrame = {
     .title = "VIRTUAL MACHINE COMPRESSION STATS",
     .dashes = 61,
-    .columns = columns,
     .kinds = HVC_GROUP_VM,
     .visit = PutRow,
     .totals = &totals,
@@ -66,6 +65,13 @@ constexpr GroupReport kReport = {
 
 }  // namespace
 
-HVC_ReturnStatus KestrelZipStatsReport(int argc, char **argv) { return RunGroupReport(kReport, argc, argv); }
+constinit const Report kZipStats = {
+    .name = "zip-stats",
+    .summary = "the compression cache of each virtual machine",
+    .options = kGroupOptions,
+    .columns = columns,
+    .sums = Sums::kTotalRow,
+    .run = RunInFrame<kFrame>,
+};
 
 }  // namespace kestrel

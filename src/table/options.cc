@@ -2,21 +2,12 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <iterator>
 
 #include "platkit/warning.h"
 
 namespace kestrel {
 namespace {
-
-constexpr option kLongOptions[] = {
-    {"gid", required_argument, nullptr, 'g'},     {"level", required_argument, nullptr, 'l'},
-    {"unit", required_argument, nullptr, 'u'},    {"iFilter", required_argument, nullptr, 'i'},
-    {"eFilter", required_argument, nullptr, 'e'}, {"cSelect", required_argument, nullptr, 's'},
-    {"verbose", no_argument, nullptr, 'v'},       {"csvMode", no_argument, nullptr, 'q'},
-    {"tags", no_argument, nullptr, 't'},
-};
 
 HVC_ReturnStatus ParseLevel(const char *text, uint32_t &levels) {
   const auto count = static_cast<uint32_t>(std::strtol(text, nullptr, 10));
@@ -38,17 +29,13 @@ int64_t ParseGroup(const char *text) { return static_cast<int32_t>(std::strtol(t
 
 }  // namespace
 
-HVC_ReturnStatus ParseReportOptions(int argc, char **argv, const char *shortOptions, ReportOptions &options) {
-  option longOptions[std::size(kLongOptions) + 1] = {};
-  std::copy_if(std::begin(kLongOptions), std::end(kLongOptions), longOptions,
-               [&](const option &o) { return std::strchr(shortOptions, o.val) != nullptr; });
-  return ParseReportOptions(argc, argv, shortOptions, longOptions, options);
-}
-
-HVC_ReturnStatus ParseReportOptions(int argc, char **argv, const char *shortOptions, const option *longOptions,
-                                    ReportOptions &options) {
+HVC_ReturnStatus ParseReportOptions(int argc, char **argv, const OptionSyntax &syntax, ReportOptions &options) {
+  option shared[std::size(kSharedLongNames)] = {};
+  std::copy_if(std::begin(kSharedLongNames), std::end(kSharedLongNames), shared,
+               [&](const option &o) { return syntax.Takes(static_cast<char>(o.val)); });
+  const option *longNames = syntax.ownLongNames != nullptr ? syntax.ownLongNames : shared;
   for (;;) {
-    switch (getopt_long(argc, argv, shortOptions, longOptions, nullptr)) {
+    switch (getopt_long(argc, argv, syntax.letters, longNames, nullptr)) {
       case -1: return HVC_OK;
       case 'g': options.startGroup = ParseGroup(optarg); break;
       case 'l':

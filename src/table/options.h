@@ -5,6 +5,7 @@
 #include <getopt.h>
 
 #include <cstdint>
+#include <cstring>
 
 #include "platkit/status.h"
 
@@ -24,15 +25,27 @@ struct ReportOptions {
   bool tags = false;                // -t
 };
 
-// Parses a report's options, going on where the global options ended: the letters of `shortOptions`, in getopt's form,
-// and their long names. A later option replaces an earlier one; unknown options and missing arguments are passed over.
-// Only the level is checked here, as it is met: HVC_BAD_PARAM.
-[[nodiscard]] HVC_ReturnStatus ParseReportOptions(int argc, char **argv, const char *shortOptions,
-                                                  ReportOptions &options);
+// The long names that the letters have, but in reports with long names of their own. The last is all zeros.
+inline constexpr option kSharedLongNames[] = {
+    {"gid", required_argument, nullptr, 'g'},     {"level", required_argument, nullptr, 'l'},
+    {"unit", required_argument, nullptr, 'u'},    {"iFilter", required_argument, nullptr, 'i'},
+    {"eFilter", required_argument, nullptr, 'e'}, {"cSelect", required_argument, nullptr, 's'},
+    {"verbose", no_argument, nullptr, 'v'},       {"csvMode", no_argument, nullptr, 'q'},
+    {"tags", no_argument, nullptr, 't'},          {nullptr, 0, nullptr, 0},
+};
 
-// The same with long options of the report's own; the last is all zeros.
-[[nodiscard]] HVC_ReturnStatus ParseReportOptions(int argc, char **argv, const char *shortOptions,
-                                                  const option *longOptions, ReportOptions &options);
+// The options that a report takes, in getopt's form: their letters, and its own long names instead of the shared ones.
+struct OptionSyntax {
+  const char *letters;
+  const option *ownLongNames = nullptr;
+
+  bool Takes(char letter) const { return std::strchr(letters, letter) != nullptr; }
+};
+
+// Parses a report's options, going on where the global options ended. A later option replaces an earlier one; unknown
+// options and missing arguments are passed over. Only the level is checked here, as it is met: HVC_BAD_PARAM.
+[[nodiscard]] HVC_ReturnStatus ParseReportOptions(int argc, char **argv, const OptionSyntax &syntax,
+                                                  ReportOptions &options);
 
 }  // namespace kestrel
 
