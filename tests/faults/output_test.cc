@@ -96,6 +96,18 @@ TEST_F(Terminal, ShowsNoControlCharacters) {
   EXPECT_EQ(RunKestrel(host, arguments).outcome.output, "gid,name,tag\n0,a\x1b[31mb\tc\nd\x7f,\ae\n");
 }
 
+// A terminal that reads UTF-8 obeys these as it does those of one byte.
+TEST_F(Terminal, ShowsNoEncodedControlCharacters) {
+  StandinHost host;
+  host.Add({.id = 0,
+            .name = "a\xc2\x9b"
+                    "31m\xc2\xb5\xc2",
+            .tag = "\xc2\x80"});
+  const std::vector<std::string> arguments = {"-r", "group-stats", "-q", "-s", "name:tag"};
+  EXPECT_EQ(RunKestrel(host, arguments, {.output = OutputTo::kTerminal}).outcome.output,
+            "gid,name,tag\n0,a??31m\xc2\xb5\xc2,??\n");
+}
+
 TEST_F(Terminal, ShowsTheSameTablesAsAPipe) {
   for (const std::vector<std::string> &arguments :
        {std::vector<std::string>{"-r", "group-stats", "-v"}, {"-r", "pshare-stats"}, {"-h"}}) {

@@ -99,6 +99,7 @@ TEST_F(Write, NoSuchFolder) {
   AddSmallHost(writer);
   EXPECT_EQ(writer.Write(scratch_.Path("missing/file")), HVC_NOT_FOUND);
   EXPECT_EQ(writer.Write(scratch_.Write("file", "x") + "/below"), HVC_NOT_FOUND);
+  EXPECT_EQ(writer.Write(scratch_.Path(std::string(300, 'x'))), HVC_NAME_TOO_LONG);
 }
 
 TEST_F(Write, AFolderThatIsNotTheUsers) {

@@ -26,6 +26,18 @@ TEST(Catalogue, UnknownNodesAreNull) {
   EXPECT_EQ(FindNode("sched_groups"), nullptr);
 }
 
+TEST(Catalogue, UnitsHaveNamesWhereFiguresNeedThem) {
+  EXPECT_EQ(UnitName(FieldUnit::KB), "KB");
+  EXPECT_EQ(UnitName(FieldUnit::BYTES), "bytes");
+  EXPECT_EQ(UnitName(FieldUnit::PAGES), "4 KB pages");
+  EXPECT_EQ(UnitName(FieldUnit::BLOCKS), "2 MB blocks");
+  EXPECT_EQ(UnitName(FieldUnit::PERCENT), "%");
+  EXPECT_EQ(UnitName(FieldUnit::USEC), "us");
+  for (const FieldUnit unit :
+       {FieldUnit::NONE, FieldUnit::COUNT, FieldUnit::ID, FieldUnit::FLAGS, FieldUnit::BOOL, FieldUnit::NUMBER})
+    EXPECT_EQ(UnitName(unit), "");
+}
+
 // The sizes that callers of the C interface pass.
 TEST(Catalogue, RecordSizes) {
   const std::pair<uint16_t, uint32_t> sizes[] = {

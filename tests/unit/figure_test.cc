@@ -89,6 +89,15 @@ TEST(Figure, Sums) {
   EXPECT_EQ(LoadFigure(PLAIN(text), &sums, ReportUnit::kKB).text(), "");
 }
 
+TEST(Figure, NoFigureIsZeroAndEmpty) {
+  Row row = Sample(), sums = {};
+  EXPECT_EQ(Number(Figure(), row, ReportUnit::kKB), 0u);
+  EXPECT_EQ(LoadFigure(Figure(), &row, ReportUnit::kKB).text(), "");
+  SumFigure(Figure(), &row, &sums);
+  const Row none = {};
+  EXPECT_EQ(std::memcmp(&sums, &none, sizeof sums), 0);
+}
+
 TEST(Figure, LoadsTextByItsAddress) {
   Row row = {};
   EXPECT_EQ(LoadFigure(PLAIN(name), &row, ReportUnit::kKB).text(), "") << "there is none";
@@ -152,14 +161,17 @@ TEST(Figure, SumsWrapInTheirOwnWidth) {
   row.count = 0x80000001u;
   row.kb = UINT64_MAX;
   row.byte = 255;
+  row.tag = 32769;
   for (int i = 0; i < 2; ++i) {
     SumFigure(PLAIN(count).Sum(FigureSum::kAdd), &row, &sums);
+    SumFigure(PLAIN(tag).Sum(FigureSum::kAdd), &row, &sums);
     SumFigure(KB(kb).Sum(FigureSum::kAdd), &row, &sums);
     SumFigure(PLAIN(byte).Sum(FigureSum::kAdd), &row, &sums);
   }
   EXPECT_EQ(Number(PLAIN(count), sums, ReportUnit::kKB), 2u);
   EXPECT_EQ(Number(PLAIN(kb), sums, ReportUnit::kKB), UINT64_MAX - 1);
   EXPECT_EQ(Number(PLAIN(byte), sums, ReportUnit::kKB), 254u);
+  EXPECT_EQ(Number(PLAIN(tag), sums, ReportUnit::kKB), 2u);
 }
 
 }  // namespace

@@ -75,5 +75,13 @@ TEST(Path, WhatDoesNotFitIsNotOk) {
   EXPECT_FALSE(path.ok());
 }
 
+TEST(Path, AnIntegerMayBeWhatDoesNotFit) {
+  PathWriter path;
+  path.Literal(std::string(4094, 'x')).Integer(-1);
+  EXPECT_TRUE(path.ok());
+  path.Integer(1);
+  EXPECT_FALSE(path.ok());
+}
+
 }  // namespace
 }  // namespace platkit
