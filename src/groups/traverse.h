@@ -16,8 +16,11 @@ using GroupCallback = HVC_ReturnStatus (*)(int64_t groupID, uint32_t childCount,
 // in the kernel's order. What fails below the start group keeps that group out of the walk and nothing else: groups
 // vanish while it goes on.
 //
-// HVC_NOT_FOUND, silently, if the start group does not exist; else the status of the callback for the start group, or
-// of reading the last of its children's IDs.
+// Groups that name each other are visited each time they are named, but not without end: a walk that is longer than any
+// tree can make it is ended, which is reported.
+//
+// HVC_NOT_FOUND, silently, if the start group does not exist; HVC_LIMIT_EXCEEDED if the walk was ended; else the status
+// of the callback for the start group, or of reading the last of its children's IDs.
 [[nodiscard]] HVC_ReturnStatus KestrelTraverseGroups(int64_t groupID, uint32_t levels, bool csv, GroupCallback callback,
                                                      void *context);
 
