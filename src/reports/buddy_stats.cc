@@ -3,9 +3,9 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <span>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "platkit/nodes.h"
 #include "platkit/records.h"
@@ -89,6 +89,13 @@ constinit ColumnDesc columns[] = {
 constexpr uint32_t kMostBuddies = 99;
 constexpr uint32_t kMostNameBytes = kMostBuddies * 128;
 
+struct BuddyRows {
+  std::span<Row> All() { return {rows, count}; }
+
+  Row rows[kMostBuddies] = {};
+  size_t count = 0;
+};
+
 // What the two digits at the name's position 7 read as.
 int NodeDigits(const Row &row) {
   const char digits[] = {row.name[7], row.name[8], '\0'};
@@ -104,7 +111,7 @@ bool BuddyRowLess(const Row &a, const Row &b) {
 }
 
 // A selection sort, since what BuddyRowLess says is not a strict order, and std::sort asks for one.
-void SortRows(std::vector<Row> &found) {
+void SortRows(std::span<Row> found) {
   for (size_t i = 0; i < found.size(); ++i) {
     size_t least = i;
     for (size_t k = i + 1; k < found.size(); ++k) {
@@ -142,8 +149,8 @@ bool Identify(std::string_view name, Row &row) {
 }
 
 // The buddies that there are, as far as they can be had: a host without them is not an error, and has an empty table.
-std::vector<Row> FindBuddies() {
-  std::vector<Row> found;
+BuddyRows FindBuddies() {
+  BuddyRows found;
   const ParamList names(NODAL_ParamListCreateAndAllocateParams(NODAL_LIST_INSTANCES, kMostBuddies, kMostNameBytes));
   if (names == nullptr) return found;
   const HVC_ReturnStatus status = NODAL_GetInstanceList(NODAL_NODE_system_buddy, nullptr, names.get());
@@ -153,12 +160,12 @@ std::vector<Row> FindBuddies() {
   }
   if (status != HVC_OK) return found;
 
-  for (uint32_t i = 0; i < NODAL_ParamListUsedCount(names.get()); ++i) {
+  for (uint32_t i = 0; i < NODAL_ParamListUsedCount(names.get()) && found.count < kMostBuddies; ++i) {
     const char *name = nullptr;
     if (NODAL_ParamListGetString(names.get(), i, &name) != HVC_OK) break;
     if (name == nullptr || std::strncmp(name, "memmap", 6) != 0) continue;
     Row row = {};
-    if (Identify(name, row)) found.push_back(row);
+    if (Identify(name, row)) found.rows[found.count++] = row;
   }
   return found;
 }
@@ -203,11 +210,11 @@ HVC_ReturnStatus KestrelBuddyGetStats(const Report &report, int argc, char **arg
   const ReportOptions &options = run.options;
   if (!options.csv) Banner("MEMMAP BUDDY STATS", 44).SelectedColumns(columns);
   TablePrintHead(columns, options.csv);
-  std::vector<Row> found = FindBuddies();
-  SortRows(found);
+  BuddyRows found = FindBuddies();
+  SortRows(found.All());
   Row totals = {};
   std::strcpy(totals.name, "Total");
-  for (Row &row : found) {
+  for (Row &row : found.All()) {
     status = ReadSizes(row);
     if (status != HVC_OK) return status;
     PrintRow(options, false, row);
