@@ -84,8 +84,7 @@ const Instances::Found &Instances::Lookup(const Node &node, const Arguments &out
   const auto known = found_.find(key);
   if (known != found_.end()) return known->second;
   Found found;
-  found.inOrder = Find(node, outer);
-  found.all.insert(found.inOrder.begin(), found.inOrder.end());
+  AppendNew(Find(node, outer), found.all, found.inOrder);
   return found_.emplace(key, std::move(found)).first->second;
 }
 

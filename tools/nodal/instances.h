@@ -22,8 +22,8 @@ class Instances {
  public:
   explicit Instances(Tree &tree) : tree_(tree) {}
 
-  // What the argument of `node` behind `outer`, the arguments before it, may be, in the kernel's order. Throws a
-  // Failure if a list cannot be read; one that is absent is empty.
+  // What the argument of `node` behind `outer`, the arguments before it, may be, in the kernel's order and each once.
+  // Throws a Failure if a list cannot be read; one that is absent is empty.
   const Arguments &Of(const Node &node, const Arguments &outer) { return Lookup(node, outer).inOrder; }
   bool Contains(const Node &node, const Arguments &outer, const Argument &instance) {
     return Lookup(node, outer).all.contains(instance);

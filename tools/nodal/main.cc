@@ -2,7 +2,10 @@
 #include <signal.h>
 
 #include <CLI/CLI.hpp>
+#include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <new>
 #include <sstream>
 #include <string>
 
@@ -135,6 +138,18 @@ int Run(int argc, char **argv, Options &options) {
   return status;
 }
 
+// A value of the JSON library takes memory to be destroyed: for want of that, nothing can be caught any more.
+[[noreturn]] void EndWithoutMemory() {
+  try {
+    if (const std::exception_ptr failure = std::current_exception()) std::rethrow_exception(failure);
+  } catch (const std::bad_alloc &) {
+    std::fputs("nodal: out of memory\n", stderr);
+    std::_Exit(kFailure);
+  } catch (...) {
+  }
+  std::abort();
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -143,6 +158,7 @@ int main(int argc, char **argv) {
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);
   Options options;
+  std::set_terminate(EndWithoutMemory);
   try {
     return Run(argc, argv, options);
   } catch (const std::bad_alloc &) {

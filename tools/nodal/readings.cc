@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 
 namespace nodal {
 
@@ -21,7 +20,6 @@ Reading *Readings::Ask(const Node &node, bool asRecord, const Arguments &argumen
   } else {
     reading.status = host_.List(node, arguments, reading.entries);
   }
-  if (reading.status == HVC_NO_MEMORY) throw std::bad_alloc();
   return &byPath_.emplace(std::move(path), std::move(reading)).first->second;
 }
 

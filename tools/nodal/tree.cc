@@ -36,26 +36,32 @@ Arguments EntriesOf(const NODAL_ParamList &list) {
   return entries;
 }
 
+// What the host lacks is an answer; what this program lacks is none.
+HVC_ReturnStatus Answer(HVC_ReturnStatus status) {
+  if (status == HVC_NO_MEMORY) throw std::bad_alloc();
+  return status;
+}
+
 }  // namespace
 
 HVC_ReturnStatus HostTree::Get(const Node &node, const Arguments &arguments, std::span<std::byte> record) {
-  return NODAL_Get(node.id, ListOf(arguments).get(), record.data(), static_cast<uint32_t>(record.size()));
+  return Answer(NODAL_Get(node.id, ListOf(arguments).get(), record.data(), static_cast<uint32_t>(record.size())));
 }
 
 HVC_ReturnStatus HostTree::List(const Node &node, const Arguments &arguments, Arguments &entries) {
   const nodal::List list = MakeList();
-  const HVC_ReturnStatus status = NODAL_GetInstanceList(node.id, ListOf(arguments).get(), list.get());
+  const HVC_ReturnStatus status = Answer(NODAL_GetInstanceList(node.id, ListOf(arguments).get(), list.get()));
   entries = EntriesOf(*list);
   return status;
 }
 
 HVC_ReturnStatus SourceTree::Get(const Node &node, const Arguments &arguments, std::span<std::byte> record) {
-  return source_.Get(node, ParamsOf(arguments), record);
+  return Answer(source_.Get(node, ParamsOf(arguments), record));
 }
 
 HVC_ReturnStatus SourceTree::List(const Node &node, const Arguments &arguments, Arguments &entries) {
   const nodal::List list = MakeList();
-  const HVC_ReturnStatus status = source_.List(node, ParamsOf(arguments), *list);
+  const HVC_ReturnStatus status = Answer(source_.List(node, ParamsOf(arguments), *list));
   if (status == HVC_OK) entries = EntriesOf(*list);
   return status;
 }
