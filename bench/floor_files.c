@@ -1,6 +1,6 @@
 /*
- * floor_files LIST: the least that a report of the running host can cost. Opens, reads and closes the recorded files and
- * folders, with the reads that gave something and no others.
+ * floor_files LIST: the least that a report of the running host can cost. Opens, reads and closes the recorded files
+ * and folders, with the reads that gave something and no others.
  */
 #define _GNU_SOURCE
 #include <dirent.h>

@@ -1,6 +1,6 @@
 /*
- * floor_lookups SNAPSHOT KEYS OUTPUT: the least that a report of a saved host can cost. Looks up the recorded keys in their
- * order, copies each value out, and writes the report's bytes.
+ * floor_lookups SNAPSHOT KEYS OUTPUT: the least that a report of a saved host can cost. Looks up the recorded keys in
+ * their order, copies each value out, and writes the report's bytes.
  */
 #include <cdb.h>
 #include <fcntl.h>

@@ -1,7 +1,7 @@
 // make_host FILE GROUPS [SEED]: writes a saved host of so many scheduler groups, the same one for the same words.
 //
-// The file is written from docs/snapshot.md alone, without the library's own writer. Of the library it takes the digest of
-// the definitions and the layouts of the records.
+// The file is written from docs/snapshot.md alone, without the library's own writer. Of the library it takes the digest
+// of the definitions and the layouts of the records.
 #include <cdb.h>
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -170,8 +170,7 @@ class Host {
   size_t Place(Kind kind, size_t parent) {
     lastID_ += 1 + static_cast<int64_t>(random_.Below(3));
     groups_[parent].members.push_back(lastID_);
-    groups_.push_back(
-        {.kind = kind, .id = lastID_, .parent = groups_[parent].id, .level = groups_[parent].level + 1});
+    groups_.push_back({.kind = kind, .id = lastID_, .parent = groups_[parent].id, .level = groups_[parent].level + 1});
     return groups_.size() - 1;
   }
 

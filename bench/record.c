@@ -2,9 +2,9 @@
  * Loaded before a report's own libraries: notes what it looks up in a snapshot and what it reads of the host, for the
  * floors to do the same.
  *
- * BENCH_KEYS names the file for the keys of look-ups: the length of each in 32 bits, then the key. BENCH_FILES names the
- * one for files and folders that gave something, a line for each time one was opened: how many reads gave something, and
- * the path. Reads that found the end are not counted, nor what could not be opened.
+ * BENCH_KEYS names the file for the keys of look-ups: the length of each in 32 bits, then the key. BENCH_FILES names
+ * the one for files and folders that gave something, a line for each time one was opened: how many reads gave
+ * something, and the path. Reads that found the end are not counted, nor what could not be opened.
  */
 #define _GNU_SOURCE
 #include <dirent.h>
@@ -40,6 +40,7 @@ __attribute__((destructor)) static void Finish(void) {
     perror("record");
     _exit(EXIT_FAILURE);
   }
+  keys = files = NULL; /* the report's own libraries may still close what they kept open */
 }
 
 EXPORT int cdb_find(struct cdb *database, const void *key, unsigned length);

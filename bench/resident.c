@@ -1,6 +1,7 @@
 /*
- * resident MB: a process in the guise of a virtual machine, to be started as qemu-system-x86_64. A line on its input makes
- * that much memory resident, or lets it go again; it answers with a line when that is done, and ends with its input.
+ * resident MB: a process in the guise of a virtual machine, to be started as qemu-system-x86_64. A line on its input
+ * makes that much memory resident, or lets it go again; it answers with a line when that is done, and ends with its
+ * input.
  */
 #include <stdio.h>
 #include <stdlib.h>
