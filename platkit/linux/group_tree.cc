@@ -164,9 +164,10 @@ HVC_ReturnStatus GroupTree::ReadFolders(Group &group) {
   if (!hierarchy().exists) return HVC_OK;
   std::vector<Found> found;
   FolderReader folder(files_, HostPath(group.folder));
-  FolderReader::Entry entry;
-  while (folder.Next(entry)) {
-    if (entry.isFolder) found.push_back({std::string(entry.name), entry.inode});
+  if (!folder.HasNoFolders()) {
+    for (FolderReader::Entry entry; folder.Next(entry);) {
+      if (entry.isFolder) found.push_back({std::string(entry.name), entry.inode});
+    }
   }
   // A hierarchy whose top cannot be found, as in a saved root without one, leaves a host without control groups.
   if (folder.status() != HVC_OK && group.kind != GroupKind::kHost) return folder.status();

@@ -1,5 +1,6 @@
 #include "platkit/linux/host_files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/stat.h>
@@ -83,7 +84,10 @@ HVC_ReturnStatus HostFiles::OpenBelowRoot(const HostPath &path, int flags, FileD
   const HVC_ReturnStatus status = OpenRoot();
   if (status != HVC_OK) return status;
   if (reach_ == Reach::kHost) {
-    file = FileDescriptor(openat(rootFolder_.get(), path.c_str(), flags | O_CLOEXEC));
+    const bool isInFolder = lastFolder_ != nullptr && path.view().starts_with(lastFolderPath_);
+    file =
+        FileDescriptor(isInFolder ? openat(lastFolder_->get(), path.c_str() + lastFolderPath_.size(), flags | O_CLOEXEC)
+                                  : openat(rootFolder_.get(), path.c_str(), flags | O_CLOEXEC));
   } else {
     open_how how = {};
     how.flags = static_cast<uint64_t>(flags | O_CLOEXEC);
@@ -101,6 +105,15 @@ HVC_ReturnStatus HostFiles::OpenFor(Access access, const HostPath &path, int fla
 
 HVC_ReturnStatus HostFiles::Open(const HostPath &path, int flags, FileDescriptor &file) {
   return OpenFor(Access::kRead, path, flags | O_RDONLY, file);
+}
+
+HVC_ReturnStatus HostFiles::OpenFolder(const HostPath &path, std::shared_ptr<const FileDescriptor> &folder) {
+  FileDescriptor opened;
+  const HVC_ReturnStatus status = Open(path, O_DIRECTORY, opened);
+  if (status != HVC_OK) return status;
+  folder = lastFolder_ = std::make_shared<const FileDescriptor>(std::move(opened));
+  lastFolderPath_.assign(path.view()) += '/';
+  return HVC_OK;
 }
 
 HVC_ReturnStatus HostFiles::Read(const HostPath &path, std::span<char> buffer, std::string_view &text) {
@@ -233,30 +246,19 @@ bool LineReader::Fill() {
   return status_ == HVC_OK;
 }
 
-FolderReader::FolderReader(HostFiles &files, const HostPath &path) {
-  FileDescriptor file;
-  status_ = files.Open(path, O_DIRECTORY, file);
-  if (status_ != HVC_OK) return;
-  folder_ = fdopendir(file.get());
-  if (folder_ == nullptr) {
-    status_ = StatusOfErrno(errno);
-  } else {
-    file.Release();
-  }
-}
+FolderReader::FolderReader(HostFiles &files, const HostPath &path)
+    : reach_(files.reach()), status_(files.OpenFolder(path, folder_)) {}
 
-FolderReader::~FolderReader() {
-  if (folder_ != nullptr) closedir(folder_);
+bool FolderReader::HasNoFolders() const {
+  // A folder's own links are the one above it and its ".".
+  struct stat about;
+  return status_ == HVC_OK && reach_ == Reach::kHost && fstat(folder_->get(), &about) == 0 && about.st_nlink == 2;
 }
 
 bool FolderReader::Next(Entry &entry) {
-  while (status_ == HVC_OK) {
-    errno = 0;
-    const dirent *found = readdir(folder_);
-    if (found == nullptr) {
-      if (errno != 0) status_ = StatusOfErrno(errno);
-      return false;
-    }
+  while (next_ < end_ || Fill()) {
+    const auto *found = reinterpret_cast<const dirent64 *>(buffer_ + next_);
+    next_ += found->d_reclen;
     const std::string_view name = found->d_name;
     if (name == "." || name == "..") continue;
     entry = {.name = name, .inode = found->d_ino, .isFolder = found->d_type == DT_DIR};
@@ -264,11 +266,21 @@ bool FolderReader::Next(Entry &entry) {
     if (found->d_type == DT_UNKNOWN) {
       struct stat about;
       entry.isFolder =
-          fstatat(dirfd(folder_), found->d_name, &about, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(about.st_mode);
+          fstatat(folder_->get(), found->d_name, &about, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(about.st_mode);
     }
     return true;
   }
   return false;
+}
+
+// False behind the last entry and on failure.
+bool FolderReader::Fill() {
+  if (status_ != HVC_OK) return false;
+  const ssize_t got = getdents64(folder_->get(), buffer_, sizeof buffer_);
+  if (got < 0) status_ = StatusOfErrno(errno);
+  next_ = 0;
+  end_ = got > 0 ? static_cast<size_t>(got) : 0;
+  return end_ > 0;
 }
 
 }  // namespace platkit

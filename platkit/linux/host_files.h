@@ -2,12 +2,11 @@
 #ifndef PLATKIT_LINUX_HOST_FILES_H
 #define PLATKIT_LINUX_HOST_FILES_H
 
-#include <dirent.h>
-
 #include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -27,6 +26,7 @@ class HostPath {
 
   // Null if the path is longer than any that the kernel takes.
   const char *c_str() const { return fits_ ? bytes_ : nullptr; }
+  std::string_view view() const { return {bytes_, size_}; }
 
  private:
   void Append(std::string_view text);
@@ -82,6 +82,10 @@ class HostFiles {
   // Opens a file or folder for reading.
   [[nodiscard]] HVC_ReturnStatus Open(const HostPath &path, int flags, FileDescriptor &file);
 
+  // Opens a folder to be listed. It stays open until the next one: on the running host, what is in it is found from
+  // there, and not by way of all the folders above it.
+  [[nodiscard]] HVC_ReturnStatus OpenFolder(const HostPath &path, std::shared_ptr<const FileDescriptor> &folder);
+
   // Reads the start of a file, as much of it as `buffer` takes; `text` lies within the buffer.
   [[nodiscard]] HVC_ReturnStatus Read(const HostPath &path, std::span<char> buffer, std::string_view &text);
 
@@ -102,6 +106,8 @@ class HostFiles {
   // Whether there is such a file or folder, be it for this user or not.
   bool Exists(const HostPath &path);
 
+  Reach reach() const { return reach_; }
+
   // Told of every open from now on.
   void ObserveOpens(Observer observer) { observer_ = std::move(observer); }
 
@@ -113,6 +119,8 @@ class HostFiles {
   Reach reach_;
   Writes writes_;
   FileDescriptor rootFolder_;
+  std::shared_ptr<const FileDescriptor> lastFolder_;
+  std::string lastFolderPath_;  // ends with a slash
   Observer observer_;
 };
 
@@ -154,17 +162,26 @@ class FolderReader {
   };
 
   FolderReader(HostFiles &files, const HostPath &path);
-  ~FolderReader();
-  FolderReader(const FolderReader &) = delete;
-  FolderReader &operator=(const FolderReader &) = delete;
 
   bool Next(Entry &entry);
+
+  // Whether the running host's folder has no folders in it, which its number of links tells without a look at its
+  // entries. False of a saved folder: not all file systems that it may be on count them.
+  bool HasNoFolders() const;
 
   HVC_ReturnStatus status() const { return status_; }
 
  private:
+  bool Fill();
+
+  static constexpr size_t kBufferSize = 32 * 1024;
+
+  Reach reach_;
+  std::shared_ptr<const FileDescriptor> folder_;  // stands before the status of opening it
   HVC_ReturnStatus status_;
-  DIR *folder_ = nullptr;
+  size_t next_ = 0;  // of the entries in the buffer
+  size_t end_ = 0;
+  alignas(uint64_t) char buffer_[kBufferSize];
 };
 
 }  // namespace platkit
