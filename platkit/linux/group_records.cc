@@ -104,7 +104,7 @@ HVC_ReturnStatus GroupRecords::Capacity(Group &group, GroupCapacityRecord &recor
   Figure own = Figure(0);
   if (group.kind == GroupKind::kControlGroup) {
     own = tree_.Amount(group, GroupAmount::kMin);
-    if (IsGone(group, own)) return HVC_NOT_FOUND;
+    if (IsGone(group, own.IfAbsent(tree_.Amount(group, GroupAmount::kMax)))) return HVC_NOT_FOUND;
   } else {
     own = HostMemory().total * 1024;
   }
