@@ -1,11 +1,12 @@
 #include "platkit/linux/figure_files.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace platkit {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\n";
+constexpr bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n'; }
 
 // A control group without a limit reads as the highest multiple of the page size below 2^63, whatever that size.
 constexpr uint64_t kUnlimitedFrom = (uint64_t{1} << 63) - (uint64_t{1} << 20);
@@ -19,9 +20,11 @@ Figure ParseKeyedFigure(std::string_view text) {
 }  // namespace
 
 std::string_view Trim(std::string_view text) {
-  const size_t first = text.find_first_not_of(kBlanks);
-  return first == std::string_view::npos ? std::string_view()
-                                         : text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
+  while (!text.empty() && IsBlank(text.front()))
+    text.remove_prefix(1);
+  while (!text.empty() && IsBlank(text.back()))
+    text.remove_suffix(1);
+  return text;
 }
 
 bool ParseNumber(std::string_view text, uint64_t &value) {
@@ -47,26 +50,25 @@ Figure ReadAmount(HostFiles &files, const HostPath &path) {
 }
 
 bool SplitKey(std::string_view line, std::string_view &key, std::string_view &rest) {
-  const size_t end = line.find_first_of(": \t");
-  if (end == 0 || end == std::string_view::npos) return false;
-  key = line.substr(0, end);
-  rest = Trim(line.substr(end + 1));
+  const auto *end = std::find_if(line.begin(), line.end(), [](char c) { return c == ':' || c == ' ' || c == '\t'; });
+  if (end == line.begin() || end == line.end()) return false;
+  key = {line.begin(), end};
+  rest = Trim({end + 1, line.end()});
   return true;
 }
 
-void TakeFigure(std::string_view key, std::string_view rest, std::span<const WantedFigure> wanted) {
-  for (const WantedFigure &want : wanted) {
-    if (want.key != key) continue;
-    if (want.figure->isAbsent()) *want.figure = ParseKeyedFigure(rest);
-    return;
-  }
+bool TakeFigure(std::string_view key, std::string_view rest, std::span<const WantedFigure> wanted) {
+  const auto want = std::ranges::find(wanted, key, &WantedFigure::key);
+  if (want == wanted.end() || !want->figure->isAbsent()) return false;
+  *want->figure = ParseKeyedFigure(rest);
+  return true;
 }
 
 void ReadFigures(HostFiles &files, const HostPath &path, std::span<const WantedFigure> wanted) {
   LineReader lines(files, path);
   std::string_view line, key, rest;
-  while (lines.Next(line)) {
-    if (SplitKey(line, key, rest)) TakeFigure(key, rest, wanted);
+  for (size_t left = wanted.size(); left > 0 && lines.Next(line);) {
+    if (SplitKey(line, key, rest) && TakeFigure(key, rest, wanted)) --left;
   }
   if (lines.status() == HVC_OK || lines.status() == HVC_NOT_FOUND) return;
   for (const WantedFigure &want : wanted)
