@@ -1,124 +1,15 @@
 #include "platkit/snapshot/snapshot_writer.h"
 
 #include <cdb.h>
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
+
+#include "platkit/draft.h"
 
 namespace platkit::snapshot {
 namespace {
-
-HVC_ReturnStatus WriteStatus(int error) {
-  switch (error) {
-    case ENOENT:
-    case ENOTDIR: return HVC_NOT_FOUND;
-    case EACCES:
-    case EPERM:
-    case EROFS: return HVC_NO_PERMISSION;
-    case ENAMETOOLONG: return HVC_NAME_TOO_LONG;
-    case ENOMEM: return HVC_NO_MEMORY;
-    default: return HVC_WRITE_ERROR;
-  }
-}
-
-// Where the file really goes: behind links, so that a link stays one. A target that does not exist yet is itself, and
-// so is a link that leads nowhere.
-HVC_ReturnStatus Resolve(const std::string &path, std::string &target) {
-  struct stat info;
-  if (stat(path.c_str(), &info) != 0) {
-    target = path;
-    return errno == ENOENT ? HVC_OK : WriteStatus(errno);
-  }
-  // To rename over a device or a pipe would take it away from everybody else.
-  if (!S_ISREG(info.st_mode)) return HVC_ALREADY_EXISTS;
-  char *resolved = realpath(path.c_str(), nullptr);
-  if (resolved == nullptr) return WriteStatus(errno);
-  target = resolved;
-  std::free(resolved);
-  return HVC_OK;
-}
-
-// A file that is being written beside its target. It has a name only when it is whole, where the file system allows
-// that: then nothing is left of it, however the program ends. Unless it takes the target's place, it is removed.
-class Draft {
- public:
-  explicit Draft(const std::string &target) : target_(target) {}
-  ~Draft() {
-    if (fd_ >= 0) close(fd_);
-    if (!path_.empty()) unlink(path_.c_str());
-  }
-  Draft(const Draft &) = delete;
-  Draft &operator=(const Draft &) = delete;
-
-  int fd() const { return fd_; }
-
-  bool Create() {
-    // Without /proc, it could not be given a name.
-    if (access(kOwnDescriptors, F_OK) == 0) fd_ = open(Folder().c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, 0666);
-    if (fd_ >= 0) return true;
-    return TryNames([this](const char *path) {
-      fd_ = open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
-      return fd_ >= 0;
-    });
-  }
-
-  bool TakePlace() {
-    if (fsync(fd_) != 0 || !GiveName()) return false;
-    const int closed = close(fd_);
-    fd_ = -1;
-    if (closed != 0 || rename(path_.c_str(), target_.c_str()) != 0) return false;
-    path_.clear();
-    SyncFolder();
-    return true;
-  }
-
- private:
-  static constexpr char kOwnDescriptors[] = "/proc/self/fd";
-
-  // Tries names beside the target until one is free; false with errno if none is to be had.
-  template <typename Try>
-  bool TryNames(Try take) {
-    constexpr int kMostTries = 100;
-
-    for (int i = 0; i < kMostTries; ++i) {
-      std::string path = target_ + ".new-" + std::to_string(arc4random());
-      if (take(path.c_str())) {
-        path_ = std::move(path);
-        return true;
-      }
-      if (errno != EEXIST) break;
-    }
-    return false;
-  }
-
-  bool GiveName() {
-    if (!path_.empty()) return true;
-    const std::string descriptor = std::string(kOwnDescriptors) + "/" + std::to_string(fd_);
-    return TryNames(
-        [&](const char *path) { return linkat(AT_FDCWD, descriptor.c_str(), AT_FDCWD, path, AT_SYMLINK_FOLLOW) == 0; });
-  }
-
-  std::string Folder() const {
-    const size_t slash = target_.rfind('/');
-    return slash == std::string::npos ? "." : target_.substr(0, slash + 1);
-  }
-
-  // The file is in its place already; on a file system that cannot sync a folder, that is all there is to be had.
-  void SyncFolder() const {
-    const int fd = open(Folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd < 0) return;
-    static_cast<void>(fsync(fd));
-    close(fd);
-  }
-
-  const std::string &target_;
-  std::string path_;
-  int fd_ = -1;
-};
 
 bool ReadAt(int fd, std::span<unsigned char> bytes, uint64_t position) {
   while (!bytes.empty()) {
@@ -203,12 +94,11 @@ HVC_ReturnStatus SnapshotWriter::Write(const std::string &path) {
   std::ranges::sort(entries_, {}, key);
   if (std::ranges::adjacent_find(entries_, {}, key) != entries_.end()) return HVC_ALREADY_EXISTS;
 
-  std::string target;
-  const HVC_ReturnStatus status = Resolve(path, target);
+  Draft draft;
+  const HVC_ReturnStatus status = draft.Create(path);
   if (status != HVC_OK) return status;
-  Draft draft(target);
-  if (!draft.Create() || !WriteDatabase(draft.fd()) || !draft.TakePlace()) return WriteStatus(errno);
-  return HVC_OK;
+  if (!WriteDatabase(draft.fd())) return WriteStatus(errno);
+  return draft.TakePlace();
 }
 
 bool SnapshotWriter::WriteDatabase(int fd) const {
