@@ -33,6 +33,13 @@ struct CaptureOptions {
 // Tells on standard error what it came to.
 void Capture(const CaptureOptions &options);
 
+struct MetricsOptions {
+  std::string prefix = "kestrel_";
+  std::vector<std::string> only;  // families and metrics; none for the standard ones
+  std::string output;             // empty for standard output
+};
+void ShowMetrics(const MetricsOptions &options);
+
 void Dump(const std::string &snapshot);
 
 struct DiffOptions {

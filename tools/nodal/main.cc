@@ -13,6 +13,7 @@
 #include "platkit/nodal.h"
 #include "platkit/version.h"
 #include "tools/nodal/commands.h"
+#include "tools/nodal/metric_table.h"
 #include "tools/nodal/output.h"
 
 namespace {
@@ -24,6 +25,7 @@ struct Options {
   std::string root;
   nodal::ListOptions list;
   nodal::GetOptions get;
+  nodal::MetricsOptions metrics;
   nodal::CaptureOptions capture;
   std::string input;
   nodal::DiffOptions diff;
@@ -48,14 +50,21 @@ nodal::CaptureOptions CaptureOptionsOf(const Options &options) {
   return capture;
 }
 
+std::string MetricFamiliesText() {
+  std::string text = "Families (* only if asked for):";
+  for (const nodal::FamilyDescription &family : nodal::MetricFamilies())
+    text += "\n  " + std::string(family.name) + (family.isStandard ? "  " : "* ") + std::string(family.text);
+  return text;
+}
+
 void Define(CLI::App &app, Options &options) {
   app.require_subcommand(1);
   app.fallthrough();
   app.set_version_flag("--version", "nodal " PLATKIT_VERSION ", definitions " + platkit::OwnDefinitions().build);
-  CLI::Option *cache =
-      app.add_option("--cache", options.cache, "Read a snapshot instead of the running host (ls, get, capture)");
+  CLI::Option *cache = app.add_option("--cache", options.cache,
+                                      "Read a snapshot instead of the running host (ls, get, metrics, capture)");
   app.add_option("--root", options.root,
-                 "Read the /proc and /sys saved in a folder instead of the running host (ls, get, capture)")
+                 "Read the /proc and /sys saved in a folder instead of the running host (ls, get, metrics, capture)")
       ->excludes(cache);
   const auto isGiven = [](const std::string &value) { return value.empty() ? "the name is empty" : ""; };
   for (CLI::Option *source : app.get_options())
@@ -71,6 +80,15 @@ void Define(CLI::App &app, Options &options) {
   CLI::Option *json = get->add_flag("--json", options.get.json, "Show JSON");
   get->add_flag("--raw", options.get.raw, "Write the bytes as they are")->excludes(json)->excludes(descriptions);
   json->excludes(descriptions);
+
+  CLI::App *metrics = app.add_subcommand("metrics", "Show the host's figures as metrics, in Prometheus' text format");
+  metrics->add_option("--prefix", options.metrics.prefix, "What the names begin with")->capture_default_str();
+  metrics
+      ->add_option("--only", options.metrics.only,
+                   "Show this family, or this metric by its name without the prefix; may be repeated")
+      ->allow_extra_args(false);
+  metrics->add_option("-o,--output", options.metrics.output, "The file to write, at once and whole")->check(isGiven);
+  metrics->footer(MetricFamiliesText());
 
   CLI::App *capture = app.add_subcommand("capture", "Save the running host as a snapshot");
   capture->add_option("-o,--output", options.snapshot, "The snapshot to make")->required();
@@ -105,6 +123,7 @@ void Define(CLI::App &app, Options &options) {
 
   list->callback([&options] { UseSourceOf(options), nodal::List(options.list); });
   get->callback([&options] { UseSourceOf(options), nodal::Get(options.get); });
+  metrics->callback([&options] { UseSourceOf(options), nodal::ShowMetrics(options.metrics); });
   capture->callback([&options] { UseSourceOf(options), nodal::Capture(CaptureOptionsOf(options)); });
   dump->callback([&options] { nodal::Dump(options.snapshot); });
   diff->callback([&options] {

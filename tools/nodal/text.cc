@@ -52,6 +52,8 @@ bool IsUtf8(std::string_view text) {
   return true;
 }
 
+size_t Utf8Prefix(std::string_view text) { return FirstCharacter(text).size; }
+
 std::string Printable(std::string_view text) {
   std::string shown;
   while (!text.empty()) {

@@ -14,6 +14,9 @@ namespace nodal {
 
 bool IsUtf8(std::string_view text);
 
+// The bytes of the first character of a text that is not empty; 0: it is not UTF-8.
+size_t Utf8Prefix(std::string_view text);
+
 // The text as it may be shown on a terminal: '?' stands for control characters and for what is not UTF-8.
 std::string Printable(std::string_view text);
 

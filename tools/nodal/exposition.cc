@@ -1,0 +1,55 @@
+#include "tools/nodal/exposition.h"
+
+#include <algorithm>
+#include <charconv>
+#include <iterator>
+
+#include "tools/nodal/text.h"
+
+namespace nodal {
+
+Labels &Labels::Add(std::string_view name, std::string_view value) {
+  if (value.empty()) return *this;
+  if (!text_.empty()) text_ += ',';
+  text_ += std::string(name) + "=\"" + LabelValue(value) + "\"";
+  return *this;
+}
+
+std::string LabelValue(std::string_view text) {
+  std::string value;
+  while (!text.empty()) {
+    const size_t size = Utf8Prefix(text);
+    const char first = text[0];
+    if (first == '\n') {
+      value += "\\n";
+    } else if (size == 0 || first == '\x7f' || (first >= 0 && first < ' ')) {
+      value += "\\\\x" + ToHex(BytesOf(text.substr(0, 1)));
+    } else {
+      if (first == '\\' || first == '"') value += '\\';
+      value += text.substr(0, size);
+    }
+    text.remove_prefix(std::max<size_t>(size, 1));
+  }
+  return value;
+}
+
+std::string NumberText(double value) {
+  // As many digits as the largest value of 64 bits has, times a block of 2 MB.
+  char digits[64];
+  const std::to_chars_result end = std::to_chars(std::begin(digits), std::end(digits), value, std::chars_format::fixed);
+  return {digits, end.ptr};
+}
+
+void Exposition::AddSample(const Labels &labels, double value) {
+  const std::string name = prefix_ + std::string(metric_->name);
+  if (!isDescribed_) {
+    text_ += "# HELP " + name + " " + std::string(metric_->help) + "\n";
+    text_ += "# TYPE " + name + (metric_->type == MetricType::counter ? " counter\n" : " gauge\n");
+    isDescribed_ = true;
+  }
+  text_ += name;
+  if (!labels.text().empty()) text_ += "{" + labels.text() + "}";
+  text_ += " " + NumberText(value) + "\n";
+}
+
+}  // namespace nodal
