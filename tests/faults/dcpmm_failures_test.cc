@@ -353,21 +353,5 @@ TEST(DcpmmDiscovery, ASocketWhoseHeaderFailsIsNone) {
   EXPECT_EQ(StepCalls(profile.run), std::vector<std::string>());
 }
 
-// Whatever fails before the first write, the run ends in order.
-TEST(DcpmmDiscovery, EveryCallMayFailOnce) {
-  const StandinRun clean = RunProfile(MemoryHost(kOneSocket)).run;
-  const auto firstWrite = std::find_if(clean.calls.begin(), clean.calls.end(),
-                                       [](const std::string &call) { return call.starts_with("NODAL_Set"); });
-  const unsigned calls = testing_support::FallibleCalls({.outcome = {}, .calls = {clean.calls.begin(), firstWrite}});
-  ASSERT_GT(calls, 70u);
-  for (unsigned call = 1; call <= calls; ++call) {
-    const Profile profile = RunProfile(MemoryHost(kOneSocket).Fail({.call = call}));
-    SCOPED_TRACE(testing::Message() << "call " << call << " fails\n" << profile.run);
-    ASSERT_EQ(profile.run.outcome.signal, 0);
-    ASSERT_TRUE(profile.run.outcome.exitStatus == 0 || profile.run.outcome.exitStatus == 1);
-    ASSERT_EQ(ListErrors(profile.run), "");
-  }
-}
-
 }  // namespace
 }  // namespace faults

@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "tests/faults/figures.h"
+
 namespace faults {
 
 using testing_support::Group;
@@ -11,39 +13,40 @@ using testing_support::StandinHost;
 
 namespace {
 
-Group WithFigures(Group group) {
-  const auto base = static_cast<uint64_t>(group.id + 1) * 1000;
-  group.alloc = {.min = base + 1,
-                 .max = base + 2,
-                 .shares = static_cast<int32_t>(base + 3),
-                 .minLimit = base + 4,
+Group WithFigures(Group group, const Figures &figures) {
+  group.alloc = {.min = figures.Wide(1),
+                 .max = figures.Wide(2),
+                 .shares = figures.Signed(3),
+                 .minLimit = figures.Wide(4),
                  .unread_28 = {}};
-  group.capacity.consumedResv = base + 5;
-  group.capacity.availResv = base + 6;
+  group.capacity.consumedResv = figures.Wide(5);
+  group.capacity.availResv = figures.Wide(6);
   GroupMemoryStatsRecord &memory = group.memory;
-  memory.memSize = base + 7;
-  memory.ovhdResv = base + 8;
-  memory.ovhd = base + 9;
-  memory.sharedSaved = base + 10;
-  memory.consumed = base + 11;
-  memory.touched = base + 12;
-  memory.bMin = base + 13;
-  memory.bMax = base + 14;
-  memory.bShares = base + 15;
-  memory.fShares = base + 16;
-  memory.iMin = base + 17;
-  memory.eMin = base + 18;
-  memory.bActive = base + 19;
-  memory.allocTgt = base + 20;
-  memory.mps = base + 21;
-  memory.rMinPeak = base + 22;
-  memory.eMinPeak = base + 23;
-  memory.consumedPeak = base + 24;
-  memory.memSizePeak = base + 25;
-  memory.throttlePct = static_cast<uint8_t>(group.id + 26);
-  memory.rMinChildPeak = base + 27;
+  memory.memSize = figures.Wide(7);
+  memory.ovhdResv = figures.Wide(8);
+  memory.ovhd = figures.Wide(9);
+  memory.sharedSaved = figures.Wide(10);
+  memory.consumed = figures.Wide(11);
+  memory.touched = figures.Wide(12);
+  memory.bMin = figures.Wide(13);
+  memory.bMax = figures.Wide(14);
+  memory.bShares = figures.Wide(15);
+  memory.fShares = figures.Wide(16);
+  memory.iMin = figures.Wide(17);
+  memory.eMin = figures.Wide(18);
+  memory.bActive = figures.Wide(19);
+  memory.allocTgt = figures.Wide(20);
+  memory.mps = figures.Wide(21);
+  memory.rMinPeak = figures.Wide(22);
+  memory.eMinPeak = figures.Wide(23);
+  memory.consumedPeak = figures.Wide(24);
+  memory.memSizePeak = figures.Wide(25);
+  memory.throttlePct = figures.Byte(25);
+  memory.rMinChildPeak = figures.Wide(27);
   return group;
 }
+
+Group WithFigures(const Group &group) { return WithFigures(group, static_cast<uint64_t>(group.id + 1) * 1000); }
 
 }  // namespace
 
@@ -76,16 +79,7 @@ Record Unread() {
   return record;
 }
 
-// The figures of a client: its number and, behind it, that of the figure, so that each tells where it comes from.
-struct Figures {
-  uint64_t client;
-
-  uint64_t Wide(uint64_t figure) const { return client * 1000000000 + figure; }
-  uint32_t Narrow(uint32_t figure) const { return static_cast<uint32_t>(client) * 1000 + figure; }
-  int32_t Signed(uint32_t figure) const { return static_cast<int32_t>(Narrow(figure)); }
-};
-
-VmmMemoryStatsRecord VmmFigures(const Figures &figures, bool flag) {
+VmmMemoryStatsRecord VmmFigures(const Figures &figures, uint64_t mapped, bool flag) {
   auto record = Unread<VmmMemoryStatsRecord>();
   record.memSizeLimit = figures.Wide(1);
   record.memSize = figures.Wide(2);
@@ -98,7 +92,7 @@ VmmMemoryStatsRecord VmmFigures(const Figures &figures, bool flag) {
   record.vpmemRW = figures.Wide(9);
   record.vpmemUC = figures.Wide(10);
   record.llswapUsed = figures.Wide(11);
-  record.mapped = figures.Wide(1000 + figures.client);
+  record.mapped = figures.Wide(mapped);
   record.shared = figures.Wide(13);
   record.sharedSaved = figures.Wide(14);
   record.zipSaved = figures.Wide(15);
@@ -178,7 +172,7 @@ LPageStatsRecord LPageFigures(const Figures &figures) {
   return record;
 }
 
-UwMemoryStatsRecord UwFigures(const Figures &figures, bool flag) {
+UwMemoryStatsRecord UwFigures(const Figures &figures, uint64_t mapped, bool flag) {
   auto record = Unread<UwMemoryStatsRecord>();
   record.min = figures.Wide(101);
   record.max = figures.Wide(102);
@@ -189,7 +183,7 @@ UwMemoryStatsRecord UwFigures(const Figures &figures, bool flag) {
   record.touched = figures.Wide(107);
   record.allocTgt = figures.Wide(108);
   record.zipped = figures.Wide(109);
-  record.mapped = figures.Wide(1000 + figures.client);
+  record.mapped = figures.Wide(mapped);
   record.sharedSaved = figures.Wide(111);
   record.zipSaved = figures.Wide(112);
   record.swapTgt = figures.Wide(113);
@@ -210,33 +204,51 @@ UwMemoryStatsRecord UwFigures(const Figures &figures, bool flag) {
   return record;
 }
 
-RemapStatsRecord RemapFigures(uint64_t base) {
+RemapStatsRecord RemapFigures(const Figures &figures) {
   auto record = Unread<RemapStatsRecord>();
-  record.added = base + 1;
-  record.filtered = base + 2;
-  record.prepared = base + 3;
-  record.staged = base + 4;
-  record.canceled = base + 5;
-  record.remapped = base + 6;
-  record.cUnprepared = base + 7;
-  record.cPrepared = base + 8;
-  record.cStaged = base + 9;
+  record.added = figures.Wide(1);
+  record.filtered = figures.Wide(2);
+  record.prepared = figures.Wide(3);
+  record.staged = figures.Wide(4);
+  record.canceled = figures.Wide(5);
+  record.remapped = figures.Wide(6);
+  record.cUnprepared = figures.Wide(7);
+  record.cPrepared = figures.Wide(8);
+  record.cStaged = figures.Wide(9);
   return record;
 }
 
+struct Leader {
+  int64_t group;
+  uint32_t id;
+  uint32_t vmmID;
+  Figures figures;
+  Figures vmmFigures;  // those of the VMM's own client
+  uint64_t mapped;     // the number of this figure; it is large enough for what is subtracted from it
+  bool flags;          // half of them are set, and the others if not
+};
+
 // The leader of a group and all that can be asked about it, whether its reports should ask or not.
+void AddLeader(StandinHost &host, const Leader &leader) {
+  host.AddRecord("sched_groups_groupLeaderID", {leader.group}, GroupLeaderIDRecord{leader.id});
+  host.AddRecord("sched_memClients_kestrel_vmm", {leader.id}, VmmFigures(leader.figures, leader.mapped, leader.flags));
+  host.AddRecord("sched_memClients_kestrel_uw", {leader.id}, UwFigures(leader.figures, leader.mapped, leader.flags));
+  host.AddRecord("sched_memClients_kestrel_guest", {leader.id}, GuestFigures(leader.figures));
+  host.AddRecord("sched_memClients_memzipInfo", {leader.id}, ZipFigures(leader.figures));
+  host.AddRecord("worldGroups_vmmLeaderID", {leader.id}, VmmLeaderIDRecord{leader.vmmID});
+  host.AddRecord("sched_memClients_swapInfo", {leader.vmmID}, SwapFigures(leader.vmmFigures, leader.flags));
+  host.AddRecord("memory_lpage_vmLPage", {leader.vmmID}, LPageFigures(leader.vmmFigures));
+}
+
 void AddLeader(StandinHost &host, int64_t group, uint32_t leader, uint32_t vmmLeader) {
-  const Figures figures = {.client = static_cast<uint64_t>(group) + 100};
-  const Figures vmmFigures = {.client = static_cast<uint64_t>(group) + 101};
-  const bool isMail = group == 30;
-  host.AddRecord("sched_groups_groupLeaderID", {group}, GroupLeaderIDRecord{leader});
-  host.AddRecord("sched_memClients_kestrel_vmm", {leader}, VmmFigures(figures, isMail));
-  host.AddRecord("sched_memClients_kestrel_uw", {leader}, UwFigures(figures, isMail));
-  host.AddRecord("sched_memClients_kestrel_guest", {leader}, GuestFigures(figures));
-  host.AddRecord("sched_memClients_memzipInfo", {leader}, ZipFigures(figures));
-  host.AddRecord("worldGroups_vmmLeaderID", {leader}, VmmLeaderIDRecord{vmmLeader});
-  host.AddRecord("sched_memClients_swapInfo", {vmmLeader}, SwapFigures(vmmFigures, isMail));
-  host.AddRecord("memory_lpage_vmLPage", {vmmLeader}, LPageFigures(vmmFigures));
+  const auto client = static_cast<uint64_t>(group) + 100;
+  AddLeader(host, {.group = group,
+                   .id = leader,
+                   .vmmID = vmmLeader,
+                   .figures = Figures::OfClient(client),
+                   .vmmFigures = Figures::OfClient(client + 1),
+                   .mapped = 1000 + client,
+                   .flags = group == 30});
 }
 
 struct RemapClient {
@@ -244,16 +256,17 @@ struct RemapClient {
   std::vector<const char *> types;
 };
 
-// The memory clients of a group; the figures of the n-th type of a client begin at n times 1000 times its ID.
-void AddRemapClients(StandinHost &host, int64_t group, const std::vector<RemapClient> &clients) {
+// The memory clients of a group. The figures of the n-th type of a client are n times those of the first.
+void AddRemapClients(StandinHost &host, int64_t group, const std::vector<RemapClient> &clients,
+                     Figures (*figuresOf)(uint64_t client)) {
   std::vector<Instance> ids;
   for (const RemapClient &client : clients) {
     ids.emplace_back(client.id);
     std::vector<Instance> types;
     for (const char *type : client.types) {
       types.emplace_back(type);
-      const auto base = static_cast<uint64_t>(client.id) * 1000 * types.size();
-      host.AddRecord("sched_memClients_remapTypes", {client.id, type}, RemapFigures(base));
+      const Figures figures = figuresOf(static_cast<uint64_t>(client.id));
+      host.AddRecord("sched_memClients_remapTypes", {client.id, type}, RemapFigures(figures.Times(types.size())));
     }
     host.AddList("sched_memClients_remapTypes", {client.id}, types);
   }
@@ -279,15 +292,58 @@ StandinHost MachinesHost() {
   AddLeader(host, 10, 110, 111);
   AddLeader(host, 20, 120, 121);
   AddLeader(host, 30, 130, 131);
-  AddRemapClients(host, 10, {{110, {"copy"}}});
-  AddRemapClients(host, 20, {{120, {"copy", "move", "zero"}}, {121, {"copy", "move"}}});
-  AddRemapClients(host, 30, {{130, {"copy"}}});
+  const auto thousands = [](uint64_t client) { return Figures(client * 1000); };
+  AddRemapClients(host, 10, {{110, {"copy"}}}, thousands);
+  AddRemapClients(host, 20, {{120, {"copy", "move", "zero"}}, {121, {"copy", "move"}}}, thousands);
+  AddRemapClients(host, 30, {{130, {"copy"}}}, thousands);
   return host;
 }
 
 StandinHost MachinesHostLedBy(int64_t group, uint32_t leader, uint32_t vmmLeader) {
   StandinHost host = MachinesHost();
   AddLeader(host, group, leader, vmmLeader);
+  return host;
+}
+
+namespace {
+
+// A group whose record names another parent than the walk comes from, one that shows whose it is.
+void AddOwned(StandinHost &host, int64_t owner, const Group &group) {
+  Group owned = WithFigures(group, Figures::MultiplesOf(static_cast<uint64_t>(owner)));
+  owned.tag = "t" + std::to_string(owner);
+  owned.parent = owner * 3;
+  host.Add(owned);
+}
+
+// A group with a leader and remap clients, and the sub-container of its VMM or user world, which counts as its own.
+void AddOwner(StandinHost &host, int64_t id, uint32_t flags, uint32_t innerFlags, std::vector<Instance> others = {}) {
+  const std::string name = std::to_string(id);
+  const int64_t inner = 2 * id;
+  others.insert(others.begin(), inner);
+  AddOwned(host, id, {.id = id, .name = "group-" + name, .flags = flags, .children = others});
+  AddOwned(host, id, {.id = inner, .name = "inner-" + name, .flags = innerFlags});
+  const auto owner = static_cast<uint32_t>(id);
+  const Figures figures = Figures::MultiplesOf(owner);
+  AddLeader(host, {.group = id,
+                   .id = 4 * owner,
+                   .vmmID = 5 * owner,
+                   .figures = figures,
+                   .vmmFigures = figures,
+                   .mapped = 1000,
+                   .flags = id % 4 == 1});
+  AddRemapClients(host, id, {{4 * id, {"copy", "move"}}, {5 * id, {"copy"}}}, Figures::MultiplesOf);
+}
+
+}  // namespace
+
+StandinHost OwnersHost() {
+  StandinHost host;
+  AddOwned(host, 113, {.id = 0, .name = "host", .flags = HVC_GROUP_PREDEFINED, .children = {127, 131, 137}});
+  AddOwner(host, 127, HVC_GROUP_VM, HVC_GROUP_VMM_SUB_CONTAINER, {139, 149});
+  AddOwner(host, 139, HVC_GROUP_USER_WORLD, HVC_GROUP_UW_SUB_CONTAINER);
+  AddOwner(host, 149, HVC_GROUP_VM, HVC_GROUP_VMM_SUB_CONTAINER);
+  AddOwner(host, 131, HVC_GROUP_USER_WORLD, HVC_GROUP_UW_SUB_CONTAINER);
+  AddOwner(host, 137, HVC_GROUP_VM | HVC_GROUP_USER_WORLD, HVC_GROUP_VMM_SUB_CONTAINER);
   return host;
 }
 

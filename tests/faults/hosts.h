@@ -27,6 +27,16 @@ testing_support::StandinHost MachinesHost();
 // The same, with `leader` for the one that leads the group, and `vmmLeader` for the one that leads its VMM.
 testing_support::StandinHost MachinesHostLedBy(int64_t group, uint32_t leader, uint32_t vmmLeader);
 
+// Groups every figure of which is a multiple of its owner's number, names and identifiers too. 137 is a VM and a user
+// world; those without a name here are sub-containers and belong to the group above.
+//
+//   0 host -+- 127 (VM) ----+- 254
+//           |               +- 139 (user world) -- 278
+//           |               +- 149 (VM) ---------- 298
+//           +- 131 (user world) -- 262
+//           +- 137 (both) -------- 274
+testing_support::StandinHost OwnersHost();
+
 // A host with page-sharing figures alone.
 testing_support::StandinHost SharingHost();
 PShareStatsRecord SharingFigures();

@@ -4,6 +4,7 @@
 
 namespace faults {
 
+using testing_support::Instance;
 using testing_support::SetText;
 using testing_support::StandinHost;
 
@@ -30,31 +31,35 @@ MemNodeRecord OnNumaNode(uint8_t node) {
   return record;
 }
 
-RegionStoreRecord RegionStore(uint32_t base) {
+RegionStoreRecord RegionStore(const Figures &figures) {
   auto record = AllOnes<RegionStoreRecord>();
-  record.allocatedBlocks = base + 1;
-  record.reservedBlocks = base + 2;
-  record.availableBlocks = base + 3;
-  record.totalRegions = base + 4;
-  record.freeRegions = base + 5;
-  record.totalBlocks = base + 6;
+  record.allocatedBlocks = figures.Narrow(1);
+  record.reservedBlocks = figures.Narrow(2);
+  record.availableBlocks = figures.Narrow(3);
+  record.totalRegions = figures.Narrow(4);
+  record.freeRegions = figures.Narrow(5);
+  record.totalBlocks = figures.Narrow(6);
   return record;
 }
 
-RegionRecord Region(uint32_t base, uint32_t flags) {
+RegionRecord Region(const Figures &figures, uint32_t flags) {
   auto record = AllOnes<RegionRecord>();
-  record.size = base * 1024;
-  record.reservedBlocks = base + 1;
+  record.size = figures.Wide(0) * 1024;
+  record.reservedBlocks = figures.Narrow(1);
   record.flags = flags;
-  record.openCount = base + 2;
-  record.allocatedBlocks = base + 3;
-  record.managementTag = static_cast<uint16_t>(base + 4);
-  record.numaAffinityMask = base;
+  record.openCount = figures.Narrow(2);
+  record.allocatedBlocks = figures.Narrow(3);
+  record.managementTag = static_cast<uint16_t>(figures.Narrow(4));
+  record.numaAffinityMask = figures.Wide(0);
   return record;
 }
 
-ExtentRecord Extent(uint64_t base) {
-  return {.startBlock = base + 1, .endBlock = base + 2, .startMPN = base + 3, .endMPN = base + 4, .numaNode = base + 5};
+ExtentRecord Extent(const Figures &figures) {
+  return {.startBlock = figures.Narrow(1),
+          .endBlock = figures.Narrow(2),
+          .startMPN = figures.Narrow(3),
+          .endMPN = figures.Narrow(4),
+          .numaNode = figures.Narrow(5)};
 }
 
 RegionNumaRecord OnNode(uint32_t node, uint64_t blocks) { return {.numaNode = node, .allocatedBlocks = blocks}; }
@@ -73,11 +78,11 @@ PShareStatsRecord HintFigures() {
 
 StandinHost HintsHost() { return StandinHost().AddRecord("memory_pshare_stats", {}, HintFigures()); }
 
-BuddyComprehensiveRecord BuddyFigures(uint32_t base) {
+BuddyComprehensiveRecord BuddyFigures(const Figures &figures) {
   auto record = AllOnes<BuddyComprehensiveRecord>();
   for (uint32_t k = 0; k < 19; ++k) {
-    record.sizes[k].free = base + k;
-    record.sizes[k].used = base + 500 + k;
+    record.sizes[k].free = figures.Narrow(k);
+    record.sizes[k].used = figures.Narrow(500 + k);
   }
   return record;
 }
@@ -128,20 +133,20 @@ StandinHost ComprehensiveHost() {
       .AddRecord(kTransitions, {"low"}, Transitions(80000000, 900));
 }
 
-LPoolStatsRecord LargePagesFigures(uint32_t base) {
+LPoolStatsRecord LargePagesFigures(const Figures &figures) {
   auto record = AllOnes<LPoolStatsRecord>();
-  record.nrLPages = base + 1;
-  record.nrFreeSPages = base + 2;
-  record.nrSPageAllocs = base + 3;
-  record.nrSPageFrees = base + 4;
-  record.nrReapAttempts = base + 5;
-  record.nrSPagesReaped = base + 6;
-  record.nrDefragAttempts = base + 7;
-  record.nrDefragCancelled = base + 8;
-  record.nrDefragReaped = base + 9;
-  record.nrLPagesDefragged = base + 10;
-  record.peakDefragAttempts = base + 11;
-  record.nrCachehit = base + 12;
+  record.nrLPages = figures.Narrow(1);
+  record.nrFreeSPages = figures.Narrow(2);
+  record.nrSPageAllocs = figures.Narrow(3);
+  record.nrSPageFrees = figures.Narrow(4);
+  record.nrReapAttempts = figures.Narrow(5);
+  record.nrSPagesReaped = figures.Narrow(6);
+  record.nrDefragAttempts = figures.Narrow(7);
+  record.nrDefragCancelled = figures.Narrow(8);
+  record.nrDefragReaped = figures.Narrow(9);
+  record.nrLPagesDefragged = figures.Narrow(10);
+  record.peakDefragAttempts = figures.Narrow(11);
+  record.nrCachehit = figures.Narrow(12);
   return record;
 }
 
@@ -164,29 +169,29 @@ StandinHost LargePagesHost() {
       .AddRecord(kPools, {1, "mail"}, LargePagesFigures(7000));
 }
 
-HeapStatsRecord HeapFigures(const std::string &name, uint32_t base) {
+HeapStatsRecord HeapFigures(const std::string &name, const Figures &figures) {
   auto record = AllOnes<HeapStatsRecord>();
   SetText(record.name, name);
-  record.dynGrow = static_cast<uint8_t>(base / 1000);
-  record.lowerLimit = base + 1;
-  record.upperLimit = base + 2;
-  record.reserved = static_cast<uint8_t>(200 + base / 1000);
-  record.numRanges = base + 3;
-  record.dlMallocOvhd = base + 4;
-  record.size = 10 * base + 5;
-  record.initial = base + 6;
-  record.avail = 3 * base + 7;
-  record.pctFreeOfCur = base + 8;
-  record.max = 20 * base + 9;
-  record.maxAvail = base + 10;
-  record.pctFreeOfMax = base + 11;
-  record.lowPctFreeOfMax = base + 12;
-  record.numSuccAllocs = base + 13;
-  record.numFailAllocs = base + 14;
-  record.avgAllocSize = base + 15;
-  record.numReqsPerGrowth = base + 16;
-  record.numGrowthOps = base + 17;
-  record.numShrinkOps = base + 18;
+  record.dynGrow = figures.Byte(0);
+  record.lowerLimit = figures.Narrow(1);
+  record.upperLimit = figures.Narrow(2);
+  record.reserved = figures.Byte(200);
+  record.numRanges = figures.Narrow(3);
+  record.dlMallocOvhd = figures.Narrow(4);
+  record.size = figures.Times(10).Narrow(5);
+  record.initial = figures.Narrow(6);
+  record.avail = figures.Times(3).Narrow(7);
+  record.pctFreeOfCur = figures.Narrow(8);
+  record.max = figures.Times(20).Narrow(9);
+  record.maxAvail = figures.Narrow(10);
+  record.pctFreeOfMax = figures.Narrow(11);
+  record.lowPctFreeOfMax = figures.Narrow(12);
+  record.numSuccAllocs = figures.Narrow(13);
+  record.numFailAllocs = figures.Narrow(14);
+  record.avgAllocSize = figures.Narrow(15);
+  record.numReqsPerGrowth = figures.Narrow(16);
+  record.numGrowthOps = figures.Narrow(17);
+  record.numShrinkOps = figures.Narrow(18);
   return record;
 }
 
@@ -244,6 +249,88 @@ StandinHost PMemHost() {
   host.AddRecord(kExtents, {"vol-2", -1}, Extent(2000));
   host.AddRecord(kExtents, {"vol-3", 5}, Extent(3000));
   host.AddRecord(kExtents, {"vol-3", 6}, Extent(3100));
+  return host;
+}
+
+StandinHost BuddyOwnersHost() {
+  return StandinHost()
+      .AddList("system_buddy", {}, {"memmap-01-hi", "heap-00-lo", "memmap-00-hi", "memmap-01-lo", "memmap-00-lo"})
+      .AddRecord("memory_memNodes", {0}, OnNumaNode(7))
+      .AddRecord("memory_memNodes", {1}, OnNumaNode(200))
+      .AddRecord("system_buddy_comprehensive", {"memmap-00-lo"}, BuddyFigures(Figures::MultiplesOf(127)))
+      .AddRecord("system_buddy_comprehensive", {"memmap-00-hi"}, BuddyFigures(Figures::MultiplesOf(131)))
+      .AddRecord("system_buddy_comprehensive", {"memmap-01-lo"}, BuddyFigures(Figures::MultiplesOf(137)))
+      .AddRecord("system_buddy_comprehensive", {"memmap-01-hi"}, BuddyFigures(Figures::MultiplesOf(139)));
+}
+
+StandinHost LargePageOwnersHost() {
+  constexpr char kShared[] = "memory_lpage_nodeList_psharePool";
+  constexpr char kPools[] = "memory_lpage_nodeList_vmPools";
+  auto memInfo = AllOnes<MemInfoRecord>();
+  memInfo.numNodes = 2;
+  // The names of the page-sharing pools are the report's own.
+  return StandinHost()
+      .AddRecord("memory_memInfo", {}, memInfo)
+      .AddRecord("sched_globalStats_numVMs", {}, NumVMsRecord{2})
+      .AddRecord(kShared, {0}, LargePagesFigures(Figures::MultiplesOf(127)))
+      .AddList(kPools, {0}, {"pool-131", "pool-137"})
+      .AddRecord(kPools, {0, "pool-131"}, LargePagesFigures(Figures::MultiplesOf(131)))
+      .AddRecord(kPools, {0, "pool-137"}, LargePagesFigures(Figures::MultiplesOf(137)))
+      .AddRecord(kShared, {1}, LargePagesFigures(Figures::MultiplesOf(139)))
+      .AddList(kPools, {1}, {"pool-149"})
+      .AddRecord(kPools, {1, "pool-149"}, LargePagesFigures(Figures::MultiplesOf(149)));
+}
+
+StandinHost HeapOwnersHost() {
+  StandinHost host;
+  host.AddList("system_heaps", {}, {"heap-127", "heap-131", "heap-137"});
+  for (const uint64_t owner : {127, 131, 137}) {
+    const std::string name = "heap-" + std::to_string(owner);
+    host.AddRecord("system_heaps_stats", {name.c_str()}, HeapFigures(name, Figures::MultiplesOf(owner)));
+  }
+  return host;
+}
+
+namespace {
+
+void AddVolume(StandinHost &host, const std::vector<uint64_t> &owners) {
+  uint64_t product = 1;
+  for (const uint64_t owner : owners)
+    product *= owner;
+  const Instance volumeName = ("vol-" + std::to_string(product)).c_str();
+  const std::string store = "memory_pmem_volumes_regionStore_";
+  host.AddRecord("memory_pmem_volumes_info", {volumeName}, PMemVolumeRecord{});
+  host.AddRecord(store + "info", {volumeName}, RegionStore(Figures::MultiplesOf(product)));
+  host.AddRecord(store + "isClean", {volumeName}, RegionStoreCleanRecord{1});
+  std::vector<Instance> regions, extents;
+  for (const uint64_t owner : owners) {
+    const Instance regionName = ("reg-" + std::to_string(owner)).c_str();
+    const Figures figures = Figures::MultiplesOf(owner);
+    const auto extent = static_cast<int64_t>(owner) * 2;
+    regions.push_back(regionName);
+    extents.emplace_back(extent);
+    RegionRecord record = Region(figures, 1);
+    record.size = owner * 1024;
+    record.numaAffinityMask = owner * 3;
+    host.AddRecord(store + "regions_info", {volumeName, regionName}, record);
+    host.AddRecord("memory_pmem_volumes_extents", {volumeName, extent}, Extent(figures));
+    const std::string numa = store + "regions_numaAllocInfo";
+    host.AddList(numa, {volumeName, regionName}, {0, 1});
+    host.AddRecord(numa, {volumeName, regionName, 0}, OnNode(0, figures.Wide(1)));
+    host.AddRecord(numa, {volumeName, regionName, 1}, OnNode(1, figures.Wide(2)));
+  }
+  host.AddList(store + "regions", {volumeName}, regions);
+  host.AddList("memory_pmem_volumes_extents", {volumeName}, extents);
+}
+
+}  // namespace
+
+StandinHost PMemOwnersHost() {
+  StandinHost host;
+  host.AddList("memory_pmem_volumes", {}, {"vol-16637", "vol-19043", "vol-149"});
+  AddVolume(host, {127, 131});
+  AddVolume(host, {137, 139});
+  AddVolume(host, {149});
   return host;
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/faults/figures.h"
 #include "tests/support/standin_host.h"
 
 namespace faults {
@@ -20,7 +21,7 @@ PShareStatsRecord HintFigures();
 // Memory node 0 is of NUMA node 7, memory node 1 of NUMA node 200. The counts of buddy i in the order of nodes, low
 // before high, are 1000 i + k free and 1000 i + 500 + k used buffers of size k; i counts from 1.
 testing_support::StandinHost BuddyHost();
-BuddyComprehensiveRecord BuddyFigures(uint32_t base);
+BuddyComprehensiveRecord BuddyFigures(const Figures &figures);
 
 // A host in soft state, with each amount and each count of transitions.
 testing_support::StandinHost ComprehensiveHost();
@@ -34,11 +35,11 @@ GlobalMemoryRecord GlobalMemoryFigures();
 //
 // The figures of a pool are the first plus 1 to 12; the one that is not shown is all ones.
 testing_support::StandinHost LargePagesHost();
-LPoolStatsRecord LargePagesFigures(uint32_t base);
+LPoolStatsRecord LargePagesFigures(const Figures &figures);
 
 // Heaps heap-1, heap-2 and heap-3, whose records call them main, slab and net.
 testing_support::StandinHost HeapsHost();
-HeapStatsRecord HeapFigures(const std::string &name, uint32_t base);
+HeapStatsRecord HeapFigures(const std::string &name, const Figures &figures);
 
 // Three volumes of persistent memory with regions and extents:
 //
@@ -46,6 +47,13 @@ HeapStatsRecord HeapFigures(const std::string &name, uint32_t base);
 //   vol-2: region  reg-c on node 0;                         extent -1
 //   vol-3: regions reg-d on node 1, reg-e on nodes 0 and 1; extents 5 and 6
 testing_support::StandinHost PMemHost();
+
+// The same kinds of host with figures that are multiples of their owners' numbers: a buddy's, a pool's, a heap's, a
+// region's or extent's. The names of all but buddies end in that number; a volume's in the product of what it has.
+testing_support::StandinHost BuddyOwnersHost();
+testing_support::StandinHost LargePageOwnersHost();
+testing_support::StandinHost HeapOwnersHost();
+testing_support::StandinHost PMemOwnersHost();
 
 }  // namespace faults
 

@@ -1,0 +1,39 @@
+// Figures that tell where they come from.
+#ifndef TESTS_FAULTS_FIGURES_H
+#define TESTS_FAULTS_FIGURES_H
+
+#include <cstdint>
+
+namespace faults {
+
+class Figures {
+ public:
+  // A number and those behind it, for example 2001, 2002 and so on.
+  Figures(uint64_t first) : Figures(first, first, false) {}
+
+  // The same for a memory client; the wide ones have room for all its number: client 110's seventh is 110000000007.
+  static Figures OfClient(uint64_t client) { return {client * 1000000000, client * 1000, false}; }
+
+  // Multiples of the owner's number, so that it also shows in what is computed from them.
+  static Figures MultiplesOf(uint64_t owner) { return {owner, owner, true}; }
+
+  Figures Times(uint64_t factor) const { return {wide_ * factor, narrow_ * factor, multiples_}; }
+
+  uint64_t Wide(uint64_t number) const { return multiples_ ? wide_ * number : wide_ + number; }
+  uint32_t Narrow(uint32_t number) const {
+    return static_cast<uint32_t>(multiples_ ? narrow_ * number : narrow_ + number);
+  }
+  int32_t Signed(uint32_t number) const { return static_cast<int32_t>(Narrow(number)); }
+  uint8_t Byte(uint8_t number) const { return static_cast<uint8_t>(multiples_ ? narrow_ : narrow_ / 1000 + number); }
+
+ private:
+  Figures(uint64_t wide, uint64_t narrow, bool multiples) : wide_(wide), narrow_(narrow), multiples_(multiples) {}
+
+  uint64_t wide_;
+  uint64_t narrow_;
+  bool multiples_;
+};
+
+}  // namespace faults
+
+#endif  // TESTS_FAULTS_FIGURES_H
