@@ -103,6 +103,7 @@ class Search {
 }  // namespace
 
 HVC_ReturnStatus KestrelDCPMMFindBuses() {
+  sockets.clear();
   const ParamList arguments = MakeArguments(std::size(kLevels));
   if (arguments == nullptr) {
     std::puts("DCPMM Profiler Info: NODAL_ParamListCreate Failure");

@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "tests/linux/archive.h"
+
 namespace platkit {
 namespace {
 
@@ -22,22 +24,6 @@ OwnedList ListOf(const std::vector<Argument> &arguments) {
   for (const Argument &argument : arguments)
     EXPECT_EQ(argument.isText ? list->Add(argument.text) : list->Add(argument.integer), HVC_OK);
   return list;
-}
-
-std::string BytesOfHex(const std::string &line) {
-  std::string digits;
-  std::string bytes;
-  std::copy_if(line.begin(), line.end(), std::back_inserter(digits), [](char c) { return c != ' '; });
-  for (size_t i = 0; i + 1 < digits.size(); i += 2) {
-    bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
-  }
-  return bytes;
-}
-
-// What the lines of an entry stand for in its file.
-std::string Content(const std::string &kind, const std::string &line) {
-  if (kind == "Hex") return BytesOfHex(line);
-  return line + (kind == "Words" ? '\0' : '\n');
 }
 
 }  // namespace
@@ -151,28 +137,14 @@ SavedHost::~SavedHost() {
   fs::remove_all(root_);
 }
 
-// An archive is a text file of entries, each a line "Kind: path" and the lines that belong to it. Lines before the
-// first entry are remarks.
 void SavedHost::Unpack(const std::string &archive) {
   std::ifstream in(archive);
   ASSERT_TRUE(in) << archive;
-  std::ofstream file;
-  std::string kind;
-  for (std::string line; std::getline(in, line);) {
-    const size_t colon = line.find(": ");
-    const std::string word = line.substr(0, colon);
-    const std::string path = colon == std::string::npos ? "" : line.substr(colon + 2);
-    if (word == "Folder") {
-      MakeFolder(path);
-    } else if (word == "Link") {
-      const size_t arrow = path.find(" -> ");
-      MakeLink(path.substr(0, arrow), path.substr(arrow + 4));
-    } else if (word == "File" || word == "Words" || word == "Hex") {
-      kind = word;
-      Write(path, "");
-      file = std::ofstream(Path(path), std::ios::binary);
-    } else if (file.is_open()) {
-      file << Content(kind, line);
+  for (const ArchiveEntry &entry : ReadArchive(in)) {
+    switch (entry.kind) {
+      case ArchiveEntry::Kind::kFile: Write(entry.path, entry.content); break;
+      case ArchiveEntry::Kind::kFolder: MakeFolder(entry.path); break;
+      case ArchiveEntry::Kind::kLink: MakeLink(entry.path, entry.content); break;
     }
   }
 }

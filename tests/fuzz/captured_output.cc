@@ -1,0 +1,48 @@
+#include "tests/fuzz/captured_output.h"
+
+#include <cerrno>
+#include <utility>
+
+namespace fuzz {
+
+TextStream::TextStream() {
+  cookie_io_functions_t functions = {};
+  functions.write = Write;
+  functions.close = Close;
+  file_ = fopencookie(this, "w", functions);
+}
+
+TextStream::~TextStream() {
+  if (!closed_) std::fclose(file_);
+}
+
+std::string TextStream::Take() {
+  if (!closed_) std::fflush(file_);
+  return std::exchange(text_, {});
+}
+
+ssize_t TextStream::Write(void *stream, const char *bytes, size_t size) {
+  auto *self = static_cast<TextStream *>(stream);
+  if (self->broken_) {
+    errno = ENOSPC;
+    return 0;
+  }
+  self->text_.append(bytes, size);
+  return static_cast<ssize_t>(size);
+}
+
+int TextStream::Close(void *stream) {
+  static_cast<TextStream *>(stream)->closed_ = true;
+  return 0;
+}
+
+// The C library lets a program put other streams in the place of the standard ones.
+CapturedOutput::CapturedOutput()
+    : savedOutput_(std::exchange(stdout, output.file())), savedErrors_(std::exchange(stderr, errors.file())) {}
+
+CapturedOutput::~CapturedOutput() {
+  stdout = savedOutput_;
+  stderr = savedErrors_;
+}
+
+}  // namespace fuzz

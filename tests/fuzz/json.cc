@@ -1,0 +1,15 @@
+// Any text as nodal's JSON. What is built of it can be reported on, and is the same when it is dumped and built again.
+#include "tests/fuzz/kestrel.h"
+#include "tests/fuzz/nodal.h"
+#include "tests/fuzz/target.h"
+#include "tools/nodal/commands.h"
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+  const fuzz::MemoryFile json(fuzz::Text(data, size));
+  const std::string snapshot = fuzz::ScratchFolder() + "/built.nodal";
+  if (!fuzz::Succeeds([&] { nodal::Build(json.path(), snapshot); })) return 0;
+  fuzz::CheckRoundTrip(snapshot);
+  fuzz::Succeeds([&] { nodal::Verify(snapshot); });
+  fuzz::ReportOnSnapshot(snapshot);
+  return 0;
+}

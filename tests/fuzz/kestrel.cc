@@ -1,0 +1,125 @@
+#include "tests/fuzz/kestrel.h"
+
+#include <getopt.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <iterator>
+#include <thread>
+
+#include "platkit/snapshot/snapshot_file.h"
+#include "src/dcpmm/sockets.h"
+#include "tests/fuzz/captured_output.h"
+#include "tests/fuzz/program_state.h"
+#include "tests/fuzz/target.h"
+
+// src/main/main.cc, compiled under another name.
+int KestrelMain(int argc, char **argv);
+
+namespace fuzz {
+namespace {
+
+constexpr int kMostPeriods = 3;
+
+// The configuration space of a device, so that its registers can still be written when a longer file cannot.
+constexpr rlim_t kMostFileBytes = 4096;
+
+// While kestrel runs. The fuzzer has a thread of its own, which does sleep.
+thread_local TextStream *kestrelOutput = nullptr;
+int periods = 0;
+
+void LimitFiles(rlim_t size) {
+  rlimit limit = {};
+  getrlimit(RLIMIT_FSIZE, &limit);
+  limit.rlim_cur = std::min(size, limit.rlim_max);
+  setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+// What the banners and the messages are made of, besides what comes from outside.
+bool IsFitForTerminal(std::string_view text) {
+  for (size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    if ((c < 0x20 && c != '\n' && c != '\t') || c == 0x7f) return false;
+    // U+0080 to U+009F, which are control characters too
+    if (c == 0xc2 && i + 1 < text.size() && (static_cast<unsigned char>(text[i + 1]) & 0xe0) == 0x80) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+Outcome RunKestrel(std::span<const std::string> words) {
+  static const ProgramState atStart("kestrel");
+  atStart.Restore();
+  isBusListEmpty = 1;
+  optind = 0;  // lets getopt begin anew
+  std::signal(SIGXFSZ, SIG_IGN);
+
+  std::vector<std::string> all = {"kestrel"};
+  all.insert(all.end(), words.begin(), words.end());
+  std::vector<char *> argv;
+  std::ranges::transform(all, std::back_inserter(argv), [](std::string &word) { return word.data(); });
+  argv.push_back(nullptr);
+
+  CapturedOutput captured;
+  kestrelOutput = &captured.output;
+  periods = 0;
+  Outcome outcome = {.status = KestrelMain(static_cast<int>(all.size()), argv.data()), .output = {}, .errors = {}};
+  kestrelOutput = nullptr;
+  if (periods >= kMostPeriods) LimitFiles(RLIM_INFINITY);
+  outcome.output = captured.output.Take();
+  outcome.errors = captured.errors.Take();
+  return outcome;
+}
+
+std::vector<std::string> WordsOf(std::string_view text, char separator) {
+  std::vector<std::string> words;
+  while (!text.empty()) {
+    const size_t end = std::min(text.find(separator), text.size());
+    std::string word(text.substr(0, end));
+    word.resize(std::min(word.find('\0'), word.size()));
+    words.push_back(std::move(word));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return words;
+}
+
+std::string WithoutFolders(std::string word) {
+  std::ranges::replace(word, '/', '_');
+  return word;
+}
+
+void ReportOnSnapshot(const std::string &path) {
+  std::vector<std::string> words = {"--force", "-c", path};
+  {
+    platkit::snapshot::SnapshotFile file;
+    if (file.Open(path.c_str()) == HVC_OK) {
+      for (const std::string &word : WordsOf(file.header().host, ' '))
+        words.push_back(WithoutFolders(word));
+    }
+  }
+  const Outcome outcome = RunKestrel(words);
+  REQUIRE(outcome.status == 0 || outcome.status == 1);
+  REQUIRE(IsFitForTerminal(outcome.output));
+}
+
+}  // namespace fuzz
+
+extern "C" {
+
+int isatty(int) noexcept { return fuzz::kestrelOutput != nullptr ? 1 : 0; }
+
+unsigned sleep(unsigned seconds) {
+  if (fuzz::kestrelOutput == nullptr) {
+    std::this_thread::sleep_for(std::chrono::seconds(seconds));
+  } else if (++fuzz::periods == fuzz::kMostPeriods) {
+    fuzz::kestrelOutput->Break();
+    fuzz::LimitFiles(fuzz::kMostFileBytes);
+  }
+  return 0;
+}
+
+}  // extern "C"

@@ -1,0 +1,72 @@
+// Command lines of nodal, a word on each line, in a folder with a snapshot, its JSON and a saved root folder.
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <vector>
+
+#include "platkit/nodal.h"
+#include "tests/fuzz/captured_output.h"
+#include "tests/fuzz/kestrel.h"
+#include "tests/fuzz/nodal.h"
+#include "tests/fuzz/root_folder.h"
+#include "tests/fuzz/target.h"
+#include "tools/nodal/commands.h"
+
+// tools/nodal/main.cc, compiled under another name.
+int NodalMain(int argc, char **argv);
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char *kHost = R"({"format": 1, "host": "-r heap-stats", "nodes": {
+  "/sched/groups/0/members/groups": [4],
+  "/sched/groups/4/groupName": {"name": "web"},
+  "/system/heaps": ["main"],
+  "/system/heaps/main/stats": {"name": "main", "size": 4096}}})";
+
+// Command lines may write over what they read, so there is a new folder for each.
+fuzz::RootFolder NewFolder() {
+  using enum platkit::ArchiveEntry::Kind;
+  fuzz::RootFolder folder("commands");
+  folder.Put({kFile, "host.json", kHost});
+  folder.Put({kFile, "root/proc/meminfo", "MemTotal: 1000 kB\n"});
+  folder.Put({kFile, "root/proc/1/status", "Name:\tinit\nTgid:\t1\nVmSize:\t10 kB\nVmRSS:\t5 kB\n"});
+  const std::string snapshot = folder.path() + "/host.nodal";
+  REQUIRE(fuzz::Succeeds([&] { nodal::Build(folder.path() + "/host.json", snapshot); }));
+  return folder;
+}
+
+bool IsNodePath(const std::string &word) {
+  constexpr const char *kTops[] = {"/sched", "/memory", "/system", "/hardware", "/worldGroups"};
+  return word == "/" || std::ranges::any_of(kTops, [&](const char *top) { return word.starts_with(top); });
+}
+
+// The paths of nodes lead nowhere in a file system; no other word may lead out of the folder.
+std::vector<std::string> HarmlessWordsOf(std::string_view text) {
+  std::vector<std::string> words = fuzz::WordsOf(text, '\n');
+  for (std::string &word : words) {
+    if (!IsNodePath(word)) word = fuzz::WithoutFolders(word);
+  }
+  return words;
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+  const fuzz::RootFolder files = NewFolder();
+  const fuzz::WorkingFolder folder(files.path());
+  REQUIRE(NODAL_UseCache("host.nodal", NODAL_CACHE_SNAPSHOT) == HVC_OK);
+  std::vector<std::string> words = HarmlessWordsOf(fuzz::Text(data, size));
+  words.insert(words.begin(), "nodal");
+  std::vector<char *> argv;
+  std::ranges::transform(words, std::back_inserter(argv), [](std::string &word) { return word.data(); });
+  argv.push_back(nullptr);
+
+  const fuzz::KeptSignals signals;
+  fuzz::CapturedOutput captured;
+  const int status = NodalMain(static_cast<int>(words.size()), argv.data());
+  const bool isStatus = status >= 0 && status <= 2;
+  REQUIRE(isStatus);
+  return 0;
+}

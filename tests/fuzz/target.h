@@ -1,0 +1,29 @@
+// A fuzz target: one function that takes any bytes. libFuzzer calls it with inputs of its own making; replay_main.cc, with
+// those that are kept in corpus/.
+#ifndef TESTS_FUZZ_TARGET_H
+#define TESTS_FUZZ_TARGET_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
+
+namespace fuzz {
+
+inline std::string_view Text(const uint8_t *data, size_t size) { return {reinterpret_cast<const char *>(data), size}; }
+
+[[noreturn]] inline void Fail(const char *file, int line, const char *what) {
+  std::fprintf(stderr, "%s:%d: this does not hold: %s\n", file, line, what);
+  std::abort();
+}
+
+}  // namespace fuzz
+
+// Ends the process, as a sanitizer does, if a property does not hold.
+#define REQUIRE(property) \
+  if (!(property)) fuzz::Fail(__FILE__, __LINE__, #property)
+
+#endif  // TESTS_FUZZ_TARGET_H
