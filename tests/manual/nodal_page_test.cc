@@ -1,0 +1,35 @@
+// nodal(1) against what the program says of itself.
+#include <gtest/gtest.h>
+
+#include "tests/manual/manual_page.h"
+#include "tests/support/process.h"
+
+namespace manual_test {
+namespace {
+
+std::string Help(const std::vector<std::string> &arguments) {
+  const testing_support::Outcome outcome = testing_support::Run({.program = NODAL_PROGRAM, .arguments = arguments});
+  EXPECT_EQ(outcome.exitStatus, 0) << outcome;
+  return outcome.output;
+}
+
+std::set<std::string> Commands() {
+  const std::string help = Help({"--help"});
+  return FindAll(help.substr(help.find("\nSubcommands:")), "\n  ([a-z]+) ");
+}
+
+std::set<std::string> Options(const std::string &text) { return FindAll(text, "(--[a-z]+)"); }
+
+TEST(NodalPage, HasEachCommand) { EXPECT_EQ(ManualPage("nodal.1").Subsections("COMMANDS"), Commands()); }
+
+TEST(NodalPage, HasEachOptionAndNoOther) {
+  std::set<std::string> options = Options(Help({"--help"}));
+  for (const std::string &command : Commands())
+    options.merge(Options(Help({command, "--help"})));
+  EXPECT_GT(options.size(), 8u);
+  // In examples, other programs have their own.
+  EXPECT_EQ(Options(ManualPage("nodal.1").text()), options);
+}
+
+}  // namespace
+}  // namespace manual_test
