@@ -4,12 +4,12 @@
 
 #include <filesystem>
 
-#include "tests/manual/manual_page.h"
+#include "tests/pages/page.h"
 #include "tests/support/process.h"
 #include "tests/support/scratch.h"
 #include "tests/support/text.h"
 
-namespace manual_test {
+namespace pages_test {
 namespace {
 
 using testing_support::Command;
@@ -61,7 +61,7 @@ class Examples : public testing::TestWithParam<const char *> {
 };
 
 TEST_P(Examples, DoWhatThePageShows) {
-  for (const std::string &example : ManualPage(GetParam()).Examples()) {
+  for (const std::string &example : Page(GetParam()).Examples()) {
     if (example.starts_with("#include")) {
       testing_support::WriteFile(File("groups.c"), example);
     } else if (example.starts_with(kPrompt)) {
@@ -75,4 +75,4 @@ INSTANTIATE_TEST_SUITE_P(OfPage, Examples, testing::Values("nodal.1", "platkit.3
                          [](const auto &page) { return page.index == 0 ? "nodal" : "platkit"; });
 
 }  // namespace
-}  // namespace manual_test
+}  // namespace pages_test

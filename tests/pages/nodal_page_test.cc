@@ -1,10 +1,10 @@
 // nodal(1) against what the program says of itself.
 #include <gtest/gtest.h>
 
-#include "tests/manual/manual_page.h"
+#include "tests/pages/page.h"
 #include "tests/support/process.h"
 
-namespace manual_test {
+namespace pages_test {
 namespace {
 
 std::string Help(const std::vector<std::string> &arguments) {
@@ -20,7 +20,7 @@ std::set<std::string> Commands() {
 
 std::set<std::string> Options(const std::string &text) { return FindAll(text, "(--[a-z]+)"); }
 
-TEST(NodalPage, HasEachCommand) { EXPECT_EQ(ManualPage("nodal.1").Subsections("COMMANDS"), Commands()); }
+TEST(NodalPage, HasEachCommand) { EXPECT_EQ(Page("nodal.1").Subsections("COMMANDS"), Commands()); }
 
 TEST(NodalPage, HasEachOptionAndNoOther) {
   std::set<std::string> options = Options(Help({"--help"}));
@@ -28,8 +28,8 @@ TEST(NodalPage, HasEachOptionAndNoOther) {
     options.merge(Options(Help({command, "--help"})));
   EXPECT_GT(options.size(), 8u);
   // In examples, other programs have their own.
-  EXPECT_EQ(Options(ManualPage("nodal.1").text()), options);
+  EXPECT_EQ(Options(Page("nodal.1").text()), options);
 }
 
 }  // namespace
-}  // namespace manual_test
+}  // namespace pages_test

@@ -1,4 +1,4 @@
-#include "tests/manual/manual_page.h"
+#include "tests/pages/page.h"
 
 #include <regex>
 #include <utility>
@@ -6,12 +6,13 @@
 #include "tests/support/scratch.h"
 #include "tests/support/text.h"
 
-namespace manual_test {
+namespace pages_test {
 namespace {
 
 std::string WithoutEscapes(std::string_view text) {
   constexpr std::pair<std::string_view, std::string_view> kEscapes[] = {
-      {"\\-", "-"}, {"\\e", "\\"}, {"\\(aq", "'"}, {"\\&", ""}, {"\\:", ""}, {"\\fB", ""}, {"\\fI", ""}, {"\\fR", ""}};
+      {"\\-", "-"}, {"\\e", "\\"}, {"\\(aq", "'"}, {"\\(ga", "`"}, {"\\(ha", "^"}, {"\\(ti", "~"},
+      {"\\&", ""},  {"\\:", ""},   {"\\fB", ""},   {"\\fI", ""},   {"\\fR", ""}};
   std::string plain;
   while (!text.empty()) {
     const std::pair<std::string_view, std::string_view> *escape = nullptr;
@@ -26,11 +27,11 @@ std::string WithoutEscapes(std::string_view text) {
 
 }  // namespace
 
-ManualPage::ManualPage(const std::string &name)
+Page::Page(const std::string &name)
     : text_(WithoutEscapes(
           testing_support::ReadFile(std::string(BUILD_FOLDER) + "/man/man" + name.back() + "/" + name))) {}
 
-std::vector<std::string> ManualPage::Examples() const {
+std::vector<std::string> Page::Examples() const {
   std::vector<std::string> examples;
   bool inExample = false;
   for (const std::string &line : testing_support::Lines(text_)) {
@@ -46,7 +47,7 @@ std::vector<std::string> ManualPage::Examples() const {
   return examples;
 }
 
-std::set<std::string> ManualPage::Subsections(std::string_view section) const {
+std::set<std::string> Page::Subsections(std::string_view section) const {
   std::set<std::string> names;
   bool inSection = false;
   for (const std::string &line : testing_support::Lines(text_)) {
@@ -64,4 +65,4 @@ std::set<std::string> FindAll(const std::string &text, const std::string &expres
   return found;
 }
 
-}  // namespace manual_test
+}  // namespace pages_test

@@ -1,18 +1,18 @@
 // A manual page, as its reader sees it.
-#ifndef TESTS_MANUAL_MANUAL_PAGE_H
-#define TESTS_MANUAL_MANUAL_PAGE_H
+#ifndef TESTS_PAGES_PAGE_H
+#define TESTS_PAGES_PAGE_H
 
 #include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace manual_test {
+namespace pages_test {
 
 // The page of that file name, such as nodal.1, without the escapes of its language.
-class ManualPage {
+class Page {
  public:
-  explicit ManualPage(const std::string &name);
+  explicit Page(const std::string &name);
 
   // The text of each block that stands word for word.
   std::vector<std::string> Examples() const;
@@ -29,6 +29,6 @@ class ManualPage {
 // All that the expression finds in the text: its first group.
 std::set<std::string> FindAll(const std::string &text, const std::string &expression);
 
-}  // namespace manual_test
+}  // namespace pages_test
 
-#endif  // TESTS_MANUAL_MANUAL_PAGE_H
+#endif  // TESTS_PAGES_PAGE_H
