@@ -1,0 +1,115 @@
+#include <string>
+#include <string_view>
+
+#include "src/reports/reports.h"
+#include "tools/describe/text.h"
+#include "tools/describe/writers.h"
+
+namespace describe::manual {
+namespace {
+
+using kestrel::ColumnDesc;
+using kestrel::Report;
+using kestrel::Sums;
+
+// A text as roff prints it.
+std::string Escaped(std::string_view text) {
+  std::string escaped;
+  if (text.starts_with('.') || text.starts_with('\'')) escaped += "\\&";
+  for (const char c : text) {
+    if (c == '-') {
+      escaped += "\\-";
+    } else if (c == '\\') {
+      escaped += "\\e";
+    } else {
+      escaped += c;
+    }
+  }
+  return escaped;
+}
+
+std::string Capitalized(std::string_view text) {
+  std::string capitalized(text);
+  if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') capitalized[0] = static_cast<char>(text[0] - 'a' + 'A');
+  return capitalized;
+}
+
+// A font's macro leaves a space between its words, unless these are in quotation marks.
+std::string Quoted(std::string_view text) { return '"' + Escaped(text) + '"'; }
+
+void PutSynopsis(std::ostream &out, const Report &report) {
+  out << ".PP\n.nh\n.B kestrel \\-r " << Escaped(report.name) << '\n';
+  for (const Option &option : OptionsOf(report)) {
+    if (option.argument == Argument::kNone) {
+      out << ".RB [ \\-" << option.letter << " ]\n";
+    } else {
+      out << ".RB [ \\-" << option.letter << "\\ \\fI" << Escaped(option.placeholder) << "\\fR ]\n";
+    }
+  }
+  out << ".hy\n";
+}
+
+// Fills a text into lines, as it stands best in a page's source.
+void PutFilled(std::ostream &out, std::string_view text) {
+  constexpr size_t kLine = 80;
+  while (text.size() > kLine) {
+    const size_t end = text.rfind(' ', kLine);
+    if (end == std::string_view::npos) break;
+    out << text.substr(0, end) << '\n';
+    text.remove_prefix(end + 1);
+  }
+  out << text << '\n';
+}
+
+void PutColumn(std::ostream &out, const Report &report, const ColumnDesc &column) {
+  out << ".TP 20\n.B " << Quoted(column.name) << '\n';
+  std::string text = Capitalized(MeaningOf(column)) + " (" + KindOf(column);
+  const std::string sum = SumOf(report, column);
+  if (!sum.empty()) text += "; " + sum;
+  if (column.mandatory()) text += "; always shown";
+  PutFilled(out, Escaped(text + ')'));
+}
+
+std::string Listed(const auto &names) {
+  std::string list;
+  for (const auto &name : names)
+    list.append(list.empty() ? "" : ", ").append(name);
+  return list;
+}
+
+std::vector<std::string> FlagsOf(const Report &report) {
+  std::vector<std::string> flags;
+  for (const kestrel::FlagName &flag : report.filterFlags)
+    flags.emplace_back(flag.name);
+  return flags;
+}
+
+}  // namespace
+
+void PutReports(std::ostream &out) {
+  for (const Report *report : kestrel::kReports)
+    out << ".TP\n.B " << Escaped(report->name) << '\n' << Escaped(Capitalized(report->summary)) << ".\n";
+}
+
+void PutReport(std::ostream &out, const Report &report) {
+  out << ".SS " << Escaped(report.name) << '\n' << Escaped(Capitalized(report.summary)) << ".\n";
+  if (report.sums == Sums::kTotalRow) out << "A row of totals follows the others.\n";
+  PutSynopsis(out, report);
+}
+
+void PutColumns(std::ostream &out, const Report &report) {
+  if (report.inBytes) {
+    out << ".PP\nThe units are " << Listed(UnitsOf(report)) << ".\nWithout\n.BR \\-u ,\nit is "
+        << UnitsOf(report).front() << ".\n";
+  }
+  if (!report.filterFlags.empty()) {
+    out << ".PP\n";
+    PutFilled(out, "The flags that its filters know are " + Listed(FlagsOf(report)) + ".");
+  }
+  out << ".PP\n.PD 0\n";
+  for (const ColumnDesc &column : report.columns)
+    PutColumn(out, report, column);
+  out << ".PD\n";
+}
+
+}  // namespace describe::manual

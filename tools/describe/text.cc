@@ -1,0 +1,114 @@
+#include "tools/describe/text.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace describe {
+namespace {
+
+using kestrel::ColumnDesc;
+using kestrel::Conversion;
+using kestrel::FigureSum;
+using kestrel::FigureUnit;
+using kestrel::Report;
+
+// By long name, since one letter may be different options of different reports.
+constexpr Option kOptions[] = {
+    {'g', "gid", Argument::kNumber, "group", "Begin at this scheduler group"},
+    {'l', "level", Argument::kNumber, "levels", "Go down so many levels of groups"},
+    {'u', "unit", Argument::kUnit, "unit", "Show amounts in this unit"},
+    {'i', "iFilter", Argument::kFlags, "flags", "Only groups with one of these flags"},
+    {'e', "eFilter", Argument::kFlags, "flags", "No groups with one of these flags"},
+    {'t', "tags", Argument::kNone, "", "Add the sums over the groups of each tag"},
+    {'t', "time", Argument::kNumber, "seconds", "Seconds from one reading of the counters to the next"},
+    {'i', "iterations", Argument::kNumber, "count", "How often to read the counters"},
+    {'s', "cSelect", Argument::kColumns, "columns", "Show these columns"},
+    {'v', "verbose", Argument::kNone, "", "Describe the columns"},
+    {'q', "csvMode", Argument::kNone, "", "Print CSV"},
+};
+
+bool TakesArgument(const Report &report, char letter) { return std::strchr(report.options.letters, letter)[1] == ':'; }
+
+const Option &FindOption(std::string_view longName) {
+  const auto *found =
+      std::find_if(std::begin(kOptions), std::end(kOptions), [&](const Option &o) { return longName == o.longName; });
+  if (found == std::end(kOptions)) throw std::runtime_error("nothing is said of --" + std::string(longName));
+  return *found;
+}
+
+// Without its own long name, a report's letter is the shared option of that letter.
+const Option &SharedOption(char letter) {
+  for (const option *name = kestrel::kSharedLongNames; name->name != nullptr; ++name) {
+    if (name->val == letter) return FindOption(name->name);
+  }
+  throw std::runtime_error(std::string("nothing is said of -") + letter);
+}
+
+Option OptionOf(const Report &report, char letter) {
+  if (report.options.ownLongNames == nullptr) return SharedOption(letter);
+  for (const option *name = report.options.ownLongNames; name->name != nullptr; ++name) {
+    const bool takesArgument = name->has_arg == required_argument;
+    if (name->val == letter && takesArgument == TakesArgument(report, letter)) return FindOption(name->name);
+  }
+  Option option = SharedOption(letter);
+  option.longName = nullptr;
+  return option;
+}
+
+bool HasFigureSums(const Report &report) {
+  return std::any_of(report.columns.begin(), report.columns.end(),
+                     [](const ColumnDesc &column) { return column.figure.sum != FigureSum::kLeave; });
+}
+
+}  // namespace
+
+std::vector<Option> OptionsOf(const Report &report) {
+  std::vector<Option> options;
+  for (const char letter : std::string_view("gluietsvq")) {
+    if (report.options.Takes(letter)) options.push_back(OptionOf(report, letter));
+  }
+  const size_t letters =
+      std::count_if(report.options.letters, report.options.letters + std::strlen(report.options.letters),
+                    [](char c) { return c != ':'; });
+  if (options.size() != letters) throw std::runtime_error(std::string(report.name) + " has an option of its own");
+  return options;
+}
+
+std::vector<std::string> UnitsOf(const Report &report) {
+  if (!report.options.Takes('u')) return {};
+  if (report.inBytes) return {"b", "kb", "mb", "pg"};
+  return {"kb", "mb", "pg"};
+}
+
+std::string KindOf(const ColumnDesc &column) {
+  switch (column.figure.unit) {
+    case FigureUnit::kKB:
+    case FigureUnit::kPages:
+    case FigureUnit::kBytes: return "amount";
+    case FigureUnit::kYesNo: return "y or n";
+    case FigureUnit::kPlain: break;
+  }
+  return column.conversion == Conversion::kS ? "text" : "number";
+}
+
+std::string SumOf(const Report &report, const ColumnDesc &column) {
+  if (report.sums == kestrel::Sums::kNone || !column.inTotal()) return {};
+  switch (column.figure.sum) {
+    case FigureSum::kAdd: return "sum";
+    case FigureSum::kAddAvailable: return "sum without what is not available";
+    case FigureSum::kAddTwice: return "twice the sum";
+    case FigureSum::kMean: return "mean";
+    case FigureSum::kLast: return "the last one";
+    case FigureSum::kAllOnes: return "always -1";
+    case FigureSum::kLeave: break;
+  }
+  if (column.conversion == Conversion::kS) return "label";
+  return HasFigureSums(report) ? "no sum" : "sum";
+}
+
+std::string_view MeaningOf(const ColumnDesc &column) {
+  std::string_view meaning = column.description;
+  return meaning.substr(0, meaning.find_last_not_of(' ') + 1);
+}
+
+}  // namespace describe
