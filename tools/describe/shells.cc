@@ -117,9 +117,9 @@ std::string ZshAction(Argument argument) {
   switch (argument) {
     case Argument::kNone: return "";
     case Argument::kNumber: return " ";
-    case Argument::kUnit: return "_kestrel_unit";
-    case Argument::kColumns: return "_kestrel_list columns";
-    case Argument::kFlags: return "_kestrel_list flags";
+    case Argument::kUnit: return " _kestrel_choose $report/units";
+    case Argument::kColumns: return " _kestrel_list $report/columns";
+    case Argument::kFlags: return " _kestrel_list $report/flags";
   }
   return "";
 }
@@ -142,13 +142,11 @@ std::vector<Word> ZshOptions(const Report &report) {
 }  // namespace
 
 void zsh::PutWords(std::ostream &out) {
-  // A meaning stands in brackets behind its word, as _values wants it.
   PutCases(
       [&](const std::string &key, const std::vector<Word> &words) {
         out << "    " << key << ") choices=(\n";
         for (const Word &word : words) {
-          std::string text = word.text;
-          if (!word.meaning.empty()) text += "[" + Replaced(Replaced(word.meaning, '\\', "\\\\"), ']', "\\]") + "]";
+          const std::string text = word.meaning.empty() ? word.text : word.text + ":" + word.meaning;
           out << "      " << InMarks(text) << '\n';
         }
         out << "    ) ;;\n";

@@ -92,7 +92,9 @@ std::string KindOf(const ColumnDesc &column) {
 }
 
 std::string SumOf(const Report &report, const ColumnDesc &column) {
-  if (report.sums == kestrel::Sums::kNone || !column.inTotal()) return {};
+  if (report.sums == kestrel::Sums::kNone) return {};
+  // The rows of tags have all columns.
+  if (report.sums == kestrel::Sums::kTotalRow && !column.inTotal()) return {};
   switch (column.figure.sum) {
     case FigureSum::kAdd: return "sum";
     case FigureSum::kAddAvailable: return "sum without what is not available";

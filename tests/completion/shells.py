@@ -1,0 +1,91 @@
+"""Shells at a terminal: what they offer for a line that somebody typed, and what they make of it with Tab."""
+
+import os
+import pty
+import re
+import select
+import signal
+import subprocess
+import time
+
+
+class Terminal:
+    """A shell in a terminal of its own, whose line editor tells its line between two marks."""
+
+    SHOW = '\x18\x12'  # ^X^R
+
+    def __init__(self, command, environment, setup, clear, insert_all):
+        self._clear = clear
+        self._insert_all = insert_all
+        self._pid, self._fd = pty.fork()
+        if self._pid == 0:
+            os.execvpe(command[0], command, environment)
+        for line in setup + ["printf '<<%s>>' ready"]:
+            os.write(self._fd, (line + '\n').encode())
+        while self._marked() != 'ready':
+            pass
+
+    def close(self):
+        os.close(self._fd)
+        os.kill(self._pid, signal.SIGKILL)
+        os.waitpid(self._pid, 0)
+
+    def line_after(self, keys):
+        """The line, once the keys are typed into an empty one."""
+        os.write(self._fd, (self._clear + keys + self.SHOW).encode())
+        return self._marked()
+
+    def offers(self, line):
+        """What stands behind the line's last blank, colon or equals sign if all is inserted that is offered there."""
+        head = line[:max(line.rfind(c) for c in ' :=') + 1]
+        whole = self.line_after(line + self._insert_all)
+        if whole == line:
+            return set()
+        assert whole.startswith(head), (head, whole)
+        return set(whole[len(head):].replace(head[head.rfind(' ') + 1:] or '\0', '').split())
+
+    def _marked(self):
+        seen = ''
+        end = time.monotonic() + 60
+        while time.monotonic() < end:
+            if select.select([self._fd], [], [], 1)[0]:
+                seen += os.read(self._fd, 65536).decode(errors='replace')
+            found = re.search(r'<<(.*?)>>(?!.*<<%s)', seen.replace('\r', '').replace('<<%s>>', ''), re.S)
+            if found:
+                return found.group(1)
+        raise AssertionError('the shell does not answer: ' + repr(seen[-500:]))
+
+
+def bash(environment, files):
+    setup = ["PS1='$ '", 'bind "set bell-style none"', 'bind "set enable-bracketed-paste off"',
+             r"""bind -x '"\C-x\C-r": printf "<<%s>>" "$READLINE_LINE"'"""]
+    setup += ["source '%s'" % file for file in files]
+    return Terminal(['bash', '--norc', '--noprofile', '-i'], environment, setup, '\x01\x0b', '\x1b*')
+
+
+def zsh(environment, folder):
+    setup = ["PS1='$ '; unsetopt beep", "fpath=('%s' $fpath); autoload -Uz compinit; compinit -u -D" % folder,
+             'bindkey -e; setopt no_list_beep; zmodload zsh/complist',
+             "show-line() { printf '<<%s>>' $BUFFER }; zle -N show-line; bindkey '^X^R' show-line",
+             "zle -C all-matches complete-word _generic; bindkey '^X*' all-matches",
+             "zstyle ':completion:all-matches::::' completer _all_matches _complete",
+             "zstyle ':completion:all-matches:*' insert true; zstyle ':completion:*' insert-tab false"]
+    return Terminal(['zsh', '-f', '-i'], environment, setup, '\x01\x0b', '\x18*')
+
+
+class Fish:
+    def __init__(self, environment, files):
+        self._environment = environment
+        self._files = files
+
+    def close(self):
+        pass
+
+    def offers(self, line):
+        script = ''.join("source '%s'\n" % file for file in self._files) + 'complete -C $argv[1]'
+        run = subprocess.run(['fish', '--no-config', '-c', script, line], env=self._environment, stdin=subprocess.DEVNULL,
+                             capture_output=True, text=True, check=True)
+        assert run.stderr == '', run.stderr
+        word = line[line.rfind(' ') + 1:]
+        head = word[:max(word.rfind(c) for c in ':=') + 1]
+        return {offer.split('\t')[0].removeprefix(head) for offer in run.stdout.splitlines()}

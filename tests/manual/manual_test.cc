@@ -1,0 +1,259 @@
+// kestrel(1) against the program that it is about: each report, option and column, what it says of units and totals,
+// and its examples word for word.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <regex>
+
+#include "tests/manual/page.h"
+#include "tests/support/process.h"
+#include "tests/support/text.h"
+
+namespace manual {
+namespace {
+
+using testing_support::Lines;
+using testing_support::Outcome;
+
+const Page &ThePage() {
+  static const Page page(MANUAL_PAGE);
+  return page;
+}
+
+Outcome Kestrel(std::vector<std::string> arguments) {
+  return testing_support::Run({.program = KESTREL_PROGRAM, .arguments = std::move(arguments)});
+}
+
+// What a report of the sample prints.
+std::string OfSample(const std::string &report, std::vector<std::string> options) {
+  options.insert(options.begin(), {"-c", SAMPLE_SNAPSHOT, "-r", report});
+  const Outcome outcome = Kestrel(std::move(options));
+  EXPECT_EQ(outcome.exitStatus, 0) << outcome;
+  return outcome.output;
+}
+
+using Fields = std::vector<std::string>;
+
+Fields Split(const std::string &line) {
+  Fields fields = {""};
+  for (const char c : line) {
+    if (c == ',') {
+      fields.emplace_back();
+    } else {
+      fields.back() += c;
+    }
+  }
+  return fields;
+}
+
+// The rows of CSV, without the header. The tags' rows stand below a line of their own.
+std::vector<Fields> Rows(const std::string &csv) {
+  std::vector<Fields> rows;
+  for (const std::string &line : Lines(csv)) {
+    if (line != "Virtual tags report") rows.push_back(Split(line));
+  }
+  rows.erase(rows.begin());
+  return rows;
+}
+
+std::string LowerCase(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
+  return text;
+}
+
+std::string UsageText() { return Kestrel({"-h"}).output; }
+
+// The reports that the usage text lists.
+std::vector<std::string> UsageReports() {
+  const std::string text = UsageText();
+  const size_t begin = text.find("Supported report types:\n");
+  const size_t end = text.find("\n\n", begin);
+  std::vector<std::string> names;
+  for (const std::string &line : Lines(text.substr(begin, end - begin))) {
+    if (line.ends_with("-stats")) names.push_back(line.substr(line.rfind(' ') + 1));
+  }
+  return names;
+}
+
+// The letters of a report's options in the usage text, in the order of the alphabet.
+std::string UsageLetters(const std::string &report) {
+  const std::string text = UsageText();
+  const size_t begin = std::min(text.find("\n   '" + report + "'"), text.size());
+  const size_t end = std::min(text.find("\n\n", begin), text.size());
+  const std::string block = text.substr(begin, end - begin);     // empty for a report without its own
+  std::string letters = report == "dcpmm-stats" ? "qv" : "qsv";  // the options for all reports
+  const std::regex option("\n      -([a-z]), --");
+  for (std::sregex_iterator i(block.begin(), block.end(), option); i != std::sregex_iterator(); ++i)
+    letters += (*i)[1];
+  std::sort(letters.begin(), letters.end());
+  return letters;
+}
+
+TEST(Manual, HasTheReportsOfTheUsageText) {
+  std::vector<std::string> usage = UsageReports();
+  std::sort(usage.begin(), usage.end());
+  EXPECT_EQ(usage.size(), 19U);
+  std::vector<std::string> listed = ThePage().listed();
+  std::sort(listed.begin(), listed.end());
+  EXPECT_EQ(listed, usage);
+  std::vector<std::string> described;
+  for (const auto &[name, section] : ThePage().reports())
+    described.push_back(name);
+  EXPECT_EQ(described, usage);
+}
+
+TEST(Manual, HasTheGroupFlagsOfTheUsageText) {
+  const std::string text = UsageText();
+  const std::regex flag("\n {17}([a-z]+) ");
+  const std::string source = testing_support::Run({.program = "/bin/cat", .arguments = {MANUAL_PAGE}}).output;
+  int flags = 0;
+  for (std::sregex_iterator i(text.begin(), text.end(), flag); i != std::sregex_iterator(); ++i, ++flags)
+    EXPECT_NE(source.find(".TP\n.B " + (*i)[1].str() + "\n"), source.npos) << (*i)[1];
+  EXPECT_EQ(flags, 15 + 2);
+}
+
+TEST(Manual, ExamplesPrintWhatTheyShow) {
+  const char *path = std::getenv("PATH");
+  for (const Example &example : ThePage().examples()) {
+    const Outcome outcome = testing_support::Run({
+        .program = "/bin/sh",
+        .arguments = {"-c", example.command},
+        .environment = {{"PATH", std::string(PROGRAMS ":") + path}, {"LC_ALL", "C"}},
+        .directory = SAMPLES,
+    });
+    EXPECT_EQ(testing_support::MaskTimes(outcome.output), testing_support::MaskTimes(example.output))
+        << example.command << outcome;
+  }
+  EXPECT_EQ(ThePage().examples().size(), 4U);
+}
+
+class ReportSectionTest : public testing::TestWithParam<std::string> {
+ protected:
+  const ReportSection &Section() const { return ThePage().reports().at(GetParam()); }
+};
+
+TEST_P(ReportSectionTest, HasItsOptions) { EXPECT_EQ(Section().letters, UsageLetters(GetParam())); }
+
+// The sections of what can be read from a saved host.
+class SampledSection : public ReportSectionTest {
+ protected:
+  // All rows, and those of tags as well where there are such.
+  std::vector<Fields> RowsIn(const char *unit) const {
+    std::vector<std::string> options = {"-q"};
+    if (Takes('t')) options.insert(options.end(), {"-t"});
+    if (Takes('u')) options.insert(options.end(), {"-u", unit});
+    return Rows(OfSample(GetParam(), options));
+  }
+
+  bool Takes(char letter) const { return Section().letters.find(letter) != std::string::npos; }
+};
+
+TEST_P(SampledSection, HasTheColumnsThatTheReportDescribes) {
+  const std::string text = OfSample(GetParam(), {"-q", "-v"});
+  const std::regex line("\n *([^ :]+): ([^\n]*?) *(?=\n)");
+  const auto descriptions = text.find("\nDescription of report header labels:\n");
+  ASSERT_NE(descriptions, text.npos);
+  const std::string described = text.substr(text.find('\n', descriptions + 1));
+  std::vector<std::string> expected;
+  for (std::sregex_iterator i(described.begin(), described.end(), line); i != std::sregex_iterator(); ++i)
+    expected.push_back((*i)[1].str() + ": " + LowerCase((*i)[2]));
+  std::vector<std::string> actual;
+  for (const Column &column : Section().columns)
+    actual.push_back(column.name + ": " + LowerCase(column.meaning));
+  EXPECT_EQ(actual, expected);
+}
+
+TEST_P(SampledSection, SaysWhatIsAlwaysShown) {
+  std::string expected;
+  for (const Column &column : Section().columns) {
+    if (column.alwaysShown) expected += (expected.empty() ? "" : ",") + column.name;
+  }
+  const std::string header = Lines(OfSample(GetParam(), {"-q", "-s", "none"})).at(0);
+  EXPECT_EQ(header, expected);
+}
+
+// What a unit changes is an amount: in MB, it is what it is in KB, rounded up. All ones is the same in every unit.
+TEST_P(SampledSection, SaysWhatAUnitConverts) {
+  std::vector<Fields> inKB = RowsIn("kb");
+  std::vector<Fields> inMB = RowsIn("mb");
+  ASSERT_EQ(inKB.size(), inMB.size());
+  ASSERT_FALSE(inKB.empty());
+  if (GetParam() == "heap-stats") inKB.pop_back(), inMB.pop_back();  // these totals are of the columns beside them
+  for (size_t row = 0; row < inKB.size(); ++row) {
+    for (size_t i = 0; i < Section().columns.size(); ++i) {
+      const Column &column = Section().columns[i];
+      const std::string &kb = inKB[row].at(i);
+      std::string expected = kb;
+      const bool isNone = kb.empty() || kb == "-1" || kb == "18446744073709551615";
+      if (column.kind == "amount" && !isNone) expected = std::to_string((std::stoull(kb) + 1023) / 1024);
+      EXPECT_EQ(inMB[row].at(i), expected) << column.name << " is " << kb << " KB in row " << row;
+    }
+  }
+}
+
+TEST_P(SampledSection, SaysWhatTheTotalsHave) {
+  // Between the rules of a table are the header, the rows and, if there is one, the row of totals.
+  int parts = 0;
+  bool wasRule = false;
+  for (const std::string &line : Lines(OfSample(GetParam(), {}))) {
+    const bool isRule = line.starts_with("----");
+    parts += wasRule && !isRule;
+    wasRule = isRule;
+  }
+  const bool hasTotals = parts == 3;
+  EXPECT_EQ(Section().hasTotals, hasTotals);
+  if (!hasTotals) return;
+  const Fields totals = RowsIn("kb").back();
+  ASSERT_EQ(totals.size(), Section().columns.size());
+  for (size_t i = 0; i < totals.size(); ++i)
+    EXPECT_EQ(Section().columns[i].inTotal, !totals[i].empty()) << Section().columns[i].name << ' ' << totals[i];
+}
+
+std::vector<std::string> SampledReports() {
+  std::vector<std::string> reports = UsageReports();
+  std::erase(reports, "dcpmm-stats");
+  return reports;
+}
+
+std::string NameOf(const testing::TestParamInfo<std::string> &info) {
+  std::string name = info.param;
+  std::replace(name.begin(), name.end(), '-', '_');
+  return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Usage, ReportSectionTest, testing::ValuesIn(UsageReports()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Usage, SampledSection, testing::ValuesIn(SampledReports()), NameOf);
+
+TEST(Manual, HasTheColumnsOfTheProfiler) {
+  std::string names;
+  for (const Column &column : ThePage().reports().at("dcpmm-stats").columns)
+    names += column.name + ' ';
+  EXPECT_EQ(names, "Socket IMC Channel Event Counts ");
+}
+
+// Those who read the page with one of these see no complaint, of whatever level.
+class Renderer : public testing::TestWithParam<const char *> {};
+
+TEST_P(Renderer, HasNothingToSay) {
+  const std::string command = GetParam();
+  const std::string program = command.substr(0, command.find(' '));
+  const auto run = [](const std::string &line) {
+    return testing_support::Run(
+        {.program = "/bin/sh", .arguments = {"-c", line}, .environment = {{"LC_ALL", "C.UTF-8"}}});
+  };
+  if (run("command -v " + program).exitStatus != 0) GTEST_SKIP() << program << " is missing";
+  const Outcome outcome = run(command + " " MANUAL_PAGE " 2>&1 >/dev/null");
+  EXPECT_EQ(outcome.exitStatus, 0) << outcome;
+  EXPECT_EQ(outcome.output, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Commands, Renderer, testing::Values("groff -man -ww -z", "mandoc -Tlint", "man -l"),
+                         [](const auto &command) {
+                           const std::string words = command.param;
+                           return words.substr(0, words.find(' '));
+                         });
+
+}  // namespace
+}  // namespace manual
