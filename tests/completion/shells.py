@@ -42,7 +42,8 @@ class Terminal:
         if whole == line:
             return set()
         assert whole.startswith(head), (head, whole)
-        return set(whole[len(head):].replace(head[head.rfind(' ') + 1:] or '\0', '').split())
+        # zsh ends what wants more with a colon or an equals sign, and repeats what stands before all but the first.
+        return {offer.removeprefix(head[head.rfind(' ') + 1:]).rstrip(':=') for offer in whole[len(head):].split()}
 
     def _marked(self):
         seen = ''
@@ -50,9 +51,9 @@ class Terminal:
         while time.monotonic() < end:
             if select.select([self._fd], [], [], 1)[0]:
                 seen += os.read(self._fd, 65536).decode(errors='replace')
-            found = re.search(r'<<(.*?)>>(?!.*<<%s)', seen.replace('\r', '').replace('<<%s>>', ''), re.S)
-            if found:
-                return found.group(1)
+            marked = re.search('<<(.*?)>>', seen.replace('<<%s>>', ''), re.S)  # but not the command that prints the marks
+            if marked:
+                return marked.group(1)
         raise AssertionError('the shell does not answer: ' + repr(seen[-500:]))
 
 

@@ -48,21 +48,21 @@ class Filler {
     }
   }
 
-  // A page that shows some reports shows them all.
+  // A page that shows some reports shows all of them.
   void Finish() const {
-    if (described_.empty()) return;
+    if (shown_.empty()) return;
     for (const Report *report : kestrel::kReports) {
-      if (described_.count(report->name) != 1) throw std::runtime_error(std::string("nothing about ") + report->name);
+      for (const std::string what : {"report ", "columns "}) {
+        if (shown_.count(what + report->name) != 1) throw std::runtime_error("not once: " + what + report->name);
+      }
     }
   }
 
  private:
   void Put(const std::string &what, const std::string &name) {
+    if (!name.empty()) shown_.insert(what + ' ' + name);
     if (what == "report") return manual::PutReport(out_, FindReport(name));
-    if (what == "columns") {
-      described_.insert(name);
-      return manual::PutColumns(out_, FindReport(name));
-    }
+    if (what == "columns") return manual::PutColumns(out_, FindReport(name));
     if (what == "reports") return manual::PutReports(out_);
     if (what == "words-of-bash") return bash::PutWords(out_);
     if (what == "words-of-zsh") return zsh::PutWords(out_);
@@ -71,7 +71,7 @@ class Filler {
   }
 
   std::ostream &out_;
-  std::multiset<std::string> described_;
+  std::multiset<std::string> shown_;
 };
 
 void Fill(const char *source, const char *target) {

@@ -30,24 +30,14 @@ std::string LowerCase(std::string text) {
   return text;
 }
 
-// Within '...' of bash and zsh, there is no way to write the mark itself.
-std::string InMarks(std::string_view text) {
-  std::string quoted = "'";
-  for (const char c : text) {
-    if (c == '\'') {
-      quoted += "'\\''";
-    } else {
-      quoted += c;
-    }
-  }
-  return quoted + '\'';
-}
-
 std::string Replaced(std::string text, char from, std::string_view to) {
   for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
     text.replace(at, 1, to);
   return text;
 }
+
+// Within '...' of bash and zsh, there is no way to write the mark itself.
+std::string InMarks(std::string text) { return "'" + Replaced(std::move(text), '\'', "'\\''") + "'"; }
 
 std::vector<Word> Columns(const Report &report) {
   std::vector<Word> words;
@@ -86,6 +76,38 @@ std::vector<Word> OptionWords(const Report &report) {
   return words;
 }
 
+// What zsh's _arguments takes for an option.
+std::string ZshAction(Argument argument) {
+  switch (argument) {
+    case Argument::kNone: return "";
+    case Argument::kNumber: return " ";
+    case Argument::kUnit: return " _kestrel_choose $report/units";
+    case Argument::kColumns: return " _kestrel_list $report/columns";
+    case Argument::kFlags: return " _kestrel_list $report/flags";
+  }
+  return "";
+}
+
+// An option in the two forms that _arguments is to know, each of which rules out the other.
+std::vector<Word> ZshOptions(const Report &report) {
+  std::vector<Word> words;
+  for (const Option &option : OptionsOf(report)) {
+    const bool takesArgument = option.argument != Argument::kNone;
+    std::string rest = std::string("[") + option.meaning + "]";
+    if (takesArgument) rest += std::string(":") + option.placeholder + ":" + ZshAction(option.argument);
+    const std::string letter = std::string("-") + option.letter;
+    if (option.longName == nullptr) {
+      words.push_back({letter + (takesArgument ? "+" : "") + rest, ""});
+    } else {
+      const std::string longName = std::string("--") + option.longName;
+      const std::string either = "(" + letter + " " + longName + ")";
+      words.push_back({either + letter + (takesArgument ? "+" : "") + rest, ""});
+      words.push_back({either + longName + (takesArgument ? "=" : "") + rest, ""});
+    }
+  }
+  return words;
+}
+
 void PutCases(const PutCase &put, const std::function<std::vector<Word>(const Report &)> &options) {
   put("reports", Reports());
   for (const Report *report : kestrel::kReports) {
@@ -109,37 +131,6 @@ void bash::PutWords(std::ostream &out) {
       },
       OptionWords);
 }
-
-namespace {
-
-// What zsh's _arguments takes for an option.
-std::string ZshAction(Argument argument) {
-  switch (argument) {
-    case Argument::kNone: return "";
-    case Argument::kNumber: return " ";
-    case Argument::kUnit: return " _kestrel_choose $report/units";
-    case Argument::kColumns: return " _kestrel_list $report/columns";
-    case Argument::kFlags: return " _kestrel_list $report/flags";
-  }
-  return "";
-}
-
-std::vector<Word> ZshOptions(const Report &report) {
-  std::vector<Word> words;
-  for (const Option &option : OptionsOf(report)) {
-    const std::string letter = std::string("-") + option.letter;
-    const std::string longName = option.longName == nullptr ? "" : std::string("--") + option.longName;
-    const bool takesArgument = option.argument != Argument::kNone;
-    std::string rest = std::string("[") + option.meaning + "]";
-    if (takesArgument) rest += std::string(":") + option.placeholder + ":" + ZshAction(option.argument);
-    const std::string instead = "(" + letter + (longName.empty() ? "" : " " + longName) + ")";
-    words.push_back({instead + letter + (takesArgument ? "+" : "") + rest, ""});
-    if (!longName.empty()) words.push_back({instead + longName + (takesArgument ? "=" : "") + rest, ""});
-  }
-  return words;
-}
-
-}  // namespace
 
 void zsh::PutWords(std::ostream &out) {
   PutCases(
