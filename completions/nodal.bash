@@ -17,16 +17,11 @@ _nodal_offer_paths() {
   _nodal_offer "$("$program" "${tree[@]}" ls "$parent" 2>/dev/null | while read -r name; do echo "$parent$name"; done)"
 }
 
-_nodal_offer_files() {
-  compopt -o filenames
-  local IFS=$'\n'
-  COMPREPLY=($(compgen -f -- "$1"))
-}
-
 _nodal() {
-  # The line up to the cursor by its blanks alone; bash divides it at colons and equals signs as well.
+  # The line up to the cursor by its blanks alone, but those behind a backslash; bash divides it at colons and equals signs
+  # as well.
   local line=${COMP_LINE:0:COMP_POINT} typed i
-  read -ra typed <<<"$line"
+  read -a typed <<<"$line"
   [[ $line == *[[:blank:]] ]] && typed+=('')
   local last=$((${#typed[@]} - 1))
   local word=${typed[last]#[\"\']}
@@ -54,10 +49,10 @@ _nodal() {
   case $option in
     --only) _nodal_offer_paths ;;
     --key) ;;
-    -*) _nodal_offer_files "$word" ;;
+    -*) compopt -o default ;;  # readline's own completion of files
     *)
       if [[ $word == --*=* ]]; then
-        _nodal_offer_files "${word#*=}"
+        compopt -o default
       elif [[ $word == -* ]]; then
         _nodal_offer "$(sed -n 's/^  \(-[^ ]*\).*/\1/p' <<<"$help" | tr , '\n')"
       elif [[ -z $command ]]; then
@@ -65,7 +60,7 @@ _nodal() {
       elif [[ $help == *$'\n  path '* ]]; then
         _nodal_offer_paths
       else
-        _nodal_offer_files "$word"
+        compopt -o default
       fi
       ;;
   esac

@@ -34,7 +34,8 @@ class Completion(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.folder = tempfile.TemporaryDirectory()
-        os.symlink(SAMPLES + '/' + SNAPSHOT, cls.folder.name + '/' + SNAPSHOT)
+        for name in (SNAPSHOT, 'a:b.nodal', 'with blank.nodal'):
+            os.symlink(SAMPLES + '/' + SNAPSHOT, cls.folder.name + '/' + name)
         os.chdir(cls.folder.name)
         environment = {'PATH': PROGRAMS + ':' + os.environ['PATH'], 'HOME': cls.folder.name, 'TERM': 'dumb',
                        'LC_ALL': 'C.UTF-8'}
@@ -131,6 +132,7 @@ class Completion(unittest.TestCase):
         self.offers('kestrel -c t', SNAPSHOT)
         self.offers('kestrel --cache t', SNAPSHOT)
         self.offers('kestrel --cache=t', SNAPSHOT)
+        self.offers('kestrel -ct', '' if SHELL == 'bash' else '-c' + SNAPSHOT)
         self.offers('kestrel -c %s/t' % self.folder.name, self.folder.name + '/' + SNAPSHOT)
 
     def test_nodal(self):
@@ -165,6 +167,9 @@ class Completion(unittest.TestCase):
                 ('kestrel -r vm-stats -s name:mem', 'kestrel -r vm-stats -s name:memSize'),
                 ('kestrel -r group-stats -i vm:us', 'kestrel -r group-stats -i vm:usr' + more),
                 ('kestrel -c t', 'kestrel -c %s ' % SNAPSHOT),
+                ('kestrel -c a', 'kestrel -c %s ' % ('a\\:b.nodal' if SHELL == 'bash' else 'a:b.nodal')),
+                ('kestrel -c a\\:', 'kestrel -c %s ' % ('a\\:b.nodal' if SHELL == 'bash' else 'a:b.nodal')),
+                ('kestrel -c with\\ b', 'kestrel -c with\\ blank.nodal '),
                 ('nodal --cache %s get /sched/groups/10/memAl' % SNAPSHOT,
                  'nodal --cache %s get /sched/groups/10/memAllocationInKB' % SNAPSHOT)]:
             with self.subTest(line):
