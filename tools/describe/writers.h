@@ -1,4 +1,4 @@
-// What the templates' placeholders stand for. A word is what follows a placeholder's name.
+// What the templates' placeholders stand for.
 #ifndef TOOLS_DESCRIBE_WRITERS_H
 #define TOOLS_DESCRIBE_WRITERS_H
 
@@ -16,7 +16,7 @@ void PutColumns(std::ostream &out, const kestrel::Report &report);
 }  // namespace manual
 
 // The cases of a shell's statement over a key: "reports", or a report's name in lower case with "/options", "/columns",
-// "/units" or "/flags". Each makes an array "choices" of what the key stands for.
+// "/units" or "/flags" behind it. They put what the key stands for into an array "choices"; in fish, they print it.
 namespace bash {
 void PutWords(std::ostream &out);
 }
