@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cctype>
 #include <functional>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -88,22 +89,23 @@ std::string ZshAction(Argument argument) {
   return "";
 }
 
-// An option in the two forms that _arguments is to know, each of which rules out the other.
+// The forms of an option that _arguments is to know, each of which rules out the other.
 std::vector<Word> ZshOptions(const Report &report) {
   std::vector<Word> words;
   for (const Option &option : OptionsOf(report)) {
     const bool takesArgument = option.argument != Argument::kNone;
-    std::string rest = std::string("[") + option.meaning + "]";
-    if (takesArgument) rest += std::string(":") + option.placeholder + ":" + ZshAction(option.argument);
-    const std::string letter = std::string("-") + option.letter;
-    if (option.longName == nullptr) {
-      words.push_back({letter + (takesArgument ? "+" : "") + rest, ""});
-    } else {
-      const std::string longName = std::string("--") + option.longName;
-      const std::string either = "(" + letter + " " + longName + ")";
-      words.push_back({either + letter + (takesArgument ? "+" : "") + rest, ""});
-      words.push_back({either + longName + (takesArgument ? "=" : "") + rest, ""});
-    }
+    std::ostringstream rest;
+    rest << '[' << option.meaning << ']';
+    if (takesArgument) rest << ':' << option.placeholder << ':' << ZshAction(option.argument);
+    std::ostringstream either;
+    if (option.longName != nullptr) either << "(-" << option.letter << " --" << option.longName << ')';
+    std::ostringstream letter;
+    letter << either.str() << '-' << option.letter << (takesArgument ? "+" : "") << rest.str();
+    words.push_back({letter.str(), ""});
+    if (option.longName == nullptr) continue;
+    std::ostringstream longName;
+    longName << either.str() << "--" << option.longName << (takesArgument ? "=" : "") << rest.str();
+    words.push_back({longName.str(), ""});
   }
   return words;
 }
