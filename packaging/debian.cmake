@@ -18,6 +18,11 @@ foreach(component ${CPACK_COMPONENTS_ALL})
     configure_file(${CMAKE_CURRENT_LIST_DIR}/${PACKAGE}.lintian-overrides ${tree}/share/lintian/overrides/${PACKAGE} COPYONLY)
   endif()
 
+  # Debian's zsh looks for the completions of packages in a folder of their own.
+  if(EXISTS ${tree}/share/zsh/site-functions)
+    file(RENAME ${tree}/share/zsh/site-functions ${tree}/share/zsh/vendor-completions)
+  endif()
+
   file(GLOB pages ${tree}/share/man/man*/*)
   execute_process(
     COMMAND gzip --best --no-name ${tree}/share/doc/${PACKAGE}/changelog ${pages}
