@@ -18,8 +18,8 @@ _nodal_offer_paths() {
 }
 
 _nodal() {
-  # The line up to the cursor by its blanks alone, but those behind a backslash; bash divides it at colons and equals signs
-  # as well.
+  # The line up to the cursor by its blanks alone, but those behind a backslash; bash divides it at colons and equals
+  # signs as well.
   local line=${COMP_LINE:0:COMP_POINT} typed i
   read -a typed <<<"$line"
   [[ $line == *[[:blank:]] ]] && typed+=('')

@@ -51,7 +51,8 @@ class Terminal:
         while time.monotonic() < end:
             if select.select([self._fd], [], [], 1)[0]:
                 seen += os.read(self._fd, 65536).decode(errors='replace')
-            marked = re.search('<<(.*?)>>', seen.replace('<<%s>>', ''), re.S)  # but not the command that prints the marks
+            # The terminal shows the commands that print the marks, too.
+            marked = re.search('<<(.*?)>>', seen.replace('<<%s>>', ''), re.S)
             if marked:
                 return marked.group(1)
         raise AssertionError('the shell does not answer: ' + repr(seen[-500:]))
@@ -84,8 +85,8 @@ class Fish:
 
     def offers(self, line):
         script = ''.join("source '%s'\n" % file for file in self._files) + 'complete -C $argv[1]'
-        run = subprocess.run(['fish', '--no-config', '-c', script, line], env=self._environment, stdin=subprocess.DEVNULL,
-                             capture_output=True, text=True, check=True)
+        run = subprocess.run(['fish', '--no-config', '-c', script, line], env=self._environment,
+                             stdin=subprocess.DEVNULL, capture_output=True, text=True, check=True)
         assert run.stderr == '', run.stderr
         word = line[line.rfind(' ') + 1:]
         head = word[:max(word.rfind(c) for c in ':=') + 1]
