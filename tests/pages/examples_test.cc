@@ -27,8 +27,8 @@ class Examples : public testing::TestWithParam<const char *> {
   }
 
   // Commands behind prompts, and below each of them its output.
-  void RunSession(const std::string &session) {
-    const std::vector<std::string> lines = testing_support::Lines(session);
+  void RunCommands(const std::string &text) {
+    const std::vector<std::string> lines = testing_support::Lines(text);
     for (size_t i = 0; i < lines.size();) {
       const std::string command = lines[i++].substr(kPrompt.size());
       std::string expected;
@@ -65,7 +65,7 @@ TEST_P(Examples, DoWhatThePageShows) {
     if (example.starts_with("#include")) {
       testing_support::WriteFile(File("groups.c"), example);
     } else if (example.starts_with(kPrompt)) {
-      RunSession(example);
+      RunCommands(example);
     }
   }
   EXPECT_GE(commands(), 2u);
