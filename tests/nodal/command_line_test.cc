@@ -18,7 +18,7 @@ TEST(CommandLine, Usage) {
 TEST(CommandLine, HelpAndVersion) {
   const Outcome help = Nodal("--help");
   EXPECT_EQ(help.status, 0);
-  for (const char *command : {"ls", "get", "dump", "diff", "build", "verify", "--cache", "--root"})
+  for (const char *command : {"ls", "get", "dump", "diff", "metrics", "build", "verify", "--cache", "--root"})
     EXPECT_NE(help.out.find(command), std::string::npos) << command;
   EXPECT_EQ(Nodal("get --help").status, 0);
   const Outcome version = Nodal("--version");
