@@ -1,0 +1,185 @@
+// The recipes of docs/recipes.md do, word for word, what they are shown to do.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/support/process.h"
+#include "tests/support/scratch.h"
+
+namespace {
+
+using testing_support::ReadFile;
+using testing_support::ScratchDirectory;
+using testing_support::WriteFile;
+
+struct Block {
+  std::string language;
+  std::string text;
+  std::string before;  // the paragraph above it
+};
+
+struct Recipe {
+  std::string name;
+  std::string prose;
+  std::vector<Block> blocks;
+};
+
+void PrintTo(const Recipe &recipe, std::ostream *stream) { *stream << recipe.name; }
+
+std::vector<Recipe> ReadRecipes() {
+  std::vector<Recipe> recipes;
+  std::istringstream page(ReadFile(RECIPES_PAGE));
+  bool inBlock = false;
+  std::string paragraph;
+  for (std::string line; std::getline(page, line);) {
+    if (line.starts_with("## ")) recipes.push_back({.name = line.substr(3), .prose = {}, .blocks = {}});
+    if (recipes.empty()) continue;
+    Recipe &recipe = recipes.back();
+    if (line.starts_with("```")) {
+      inBlock = !inBlock;
+      if (inBlock) recipe.blocks.push_back({.language = line.substr(3), .text = {}, .before = paragraph});
+      paragraph.clear();
+    } else if (inBlock) {
+      recipe.blocks.back().text += line + "\n";
+    } else {
+      recipe.prose += line + "\n";
+      paragraph += line + "\n";
+    }
+  }
+  return recipes;
+}
+
+std::vector<std::string> Matches(const std::string &text, const std::string &pattern) {
+  const std::regex regex(pattern);
+  std::vector<std::string> matches;
+  for (auto match = std::sregex_iterator(text.begin(), text.end(), regex); match != std::sregex_iterator(); ++match)
+    matches.push_back((*match)[match->size() > 1 ? 1 : 0]);
+  return matches;
+}
+
+bool IsInstalled(const std::string &program) {
+  return std::system(("command -v " + program + " >/dev/null").c_str()) == 0;
+}
+
+// A folder with the sample host, and a shell in it.
+class Workbench {
+ public:
+  Workbench() { std::filesystem::copy_file(SAMPLE_SNAPSHOT, folder_.File("two-vms.nodal")); }
+
+  testing_support::Outcome Run(const std::string &script) const {
+    const std::filesystem::path programs = std::filesystem::path(NODAL_PROGRAM).parent_path();
+    const std::string path = STANDINS ":" + programs.string() + ":" + std::getenv("PATH");
+    return testing_support::Run({.program = "/bin/sh",
+                                 .arguments = {"-c", script},
+                                 .environment = {{"PATH", path}, {"NODAL", NODAL_PROGRAM}, {"SAMPLE", SAMPLE_SNAPSHOT}},
+                                 .directory = folder_.path().string(),
+                                 .errorsToOutput = true});
+  }
+
+  std::string File(const std::string &name) const { return folder_.File(name); }
+
+ private:
+  ScratchDirectory folder_;
+};
+
+class RecipeTest : public testing::TestWithParam<Recipe> {};
+
+TEST_P(RecipeTest, DoesWhatItShows) {
+  const Recipe &recipe = GetParam();
+  for (const std::string &program : Matches(recipe.prose, "Needs `([a-z0-9]+)`")) {
+    if (!IsInstalled(program)) GTEST_SKIP() << program << " is missing";
+  }
+  const Workbench workbench;
+  for (size_t i = 0; i < recipe.blocks.size(); ++i) {
+    if (recipe.blocks[i].language != "sh") continue;
+    const bool isShown = i + 1 < recipe.blocks.size() && recipe.blocks[i + 1].language == "text";
+    const testing_support::Outcome outcome = workbench.Run(recipe.blocks[i].text);
+    EXPECT_EQ(outcome.exitStatus, 0) << recipe.blocks[i].text;
+    EXPECT_EQ(outcome.output, isShown ? recipe.blocks[i + 1].text : "") << recipe.blocks[i].text;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Recipes, RecipeTest, testing::ValuesIn(ReadRecipes()), [](const auto &recipe) {
+  return std::regex_replace(recipe.param.name, std::regex("[^A-Za-z]"), "");
+});
+
+// The files that a recipe gives, by what the text above each calls it.
+std::map<std::string, std::string> FilesOfRecipes() {
+  std::map<std::string, std::string> files;
+  for (const Recipe &recipe : ReadRecipes()) {
+    for (const Block &block : recipe.blocks) {
+      if (block.language == "sh" || block.language == "text") continue;
+      const std::vector<std::string> names = Matches(block.before, "in\\s+`([^`]+)`");
+      EXPECT_FALSE(names.empty()) << block.text;
+      if (!names.empty()) files[std::filesystem::path(names.back()).filename()] = block.text;
+    }
+  }
+  return files;
+}
+
+TEST(RecipeFiles, AreFour) {
+  std::set<std::string> names;
+  for (const auto &[name, text] : FilesOfRecipes())
+    names.insert(name);
+  EXPECT_EQ(names, (std::set<std::string>{"kestrel-alerts.yml", "kestrel-metrics", "kestrel-metrics.service",
+                                          "kestrel-metrics.timer"}));
+}
+
+// The programs and folders of an installed host stand for those of the build.
+std::string InPlace(const std::string &text, const Workbench &workbench) {
+  const std::string program = std::regex_replace(text, std::regex("/usr/bin/nodal"), NODAL_PROGRAM);
+  return std::regex_replace(program, std::regex("/var/lib/prometheus/node-exporter/"), workbench.File(""));
+}
+
+TEST(RecipeFiles, ServiceAndCronWriteTheMetrics) {
+  std::map<std::string, std::string> files = FilesOfRecipes();
+  const std::vector<std::string> commands = {Matches(files["kestrel-metrics.service"], "ExecStart=(.*)").at(0),
+                                             Matches(files["kestrel-metrics"], "(?:\\* ){5}root (.*)").at(0)};
+  for (const std::string &command : commands) {
+    const Workbench workbench;
+    const testing_support::Outcome outcome = workbench.Run(InPlace(command, workbench));
+    EXPECT_EQ(outcome.exitStatus, 0) << outcome.output;
+    EXPECT_TRUE(ReadFile(workbench.File("kestrel.prom")).ends_with("# EOF\n"));
+  }
+}
+
+TEST(RecipeFiles, SystemdTakesTheUnits) {
+  if (!IsInstalled("systemd-analyze")) GTEST_SKIP() << "systemd-analyze is missing";
+  const Workbench workbench;
+  for (const auto &[name, text] : FilesOfRecipes())
+    WriteFile(workbench.File(name), InPlace(text, workbench));
+  for (const char *unit : {"kestrel-metrics.service", "kestrel-metrics.timer"}) {
+    const testing_support::Outcome outcome = workbench.Run("systemd-analyze verify --man=no ./" + std::string(unit));
+    EXPECT_EQ(outcome.exitStatus, 0) << outcome.output;
+    EXPECT_EQ(outcome.output.find(unit), std::string::npos) << outcome.output;
+  }
+}
+
+TEST(RecipeFiles, AlertsFire) {
+  if (!IsInstalled("promtool")) GTEST_SKIP() << "promtool is missing (package prometheus)";
+  const Workbench workbench;
+  WriteFile(workbench.File("kestrel-alerts.yml"), FilesOfRecipes()["kestrel-alerts.yml"]);
+  std::filesystem::copy_file(ALERTS_TEST, workbench.File("alerts_test.yml"));
+  const testing_support::Outcome check = workbench.Run("promtool check rules kestrel-alerts.yml");
+  EXPECT_EQ(check.exitStatus, 0) << check.output;
+  const testing_support::Outcome test = workbench.Run("promtool test rules alerts_test.yml");
+  EXPECT_EQ(test.exitStatus, 0) << test.output;
+}
+
+// A rule on a metric that is not there would never fire.
+TEST(RecipeFiles, MetricsThatAreNamedExist) {
+  const testing_support::Outcome metrics = Workbench().Run("nodal --cache two-vms.nodal metrics");
+  const std::vector<std::string> named = Matches(ReadFile(RECIPES_PAGE), "kestrel_[a-z_]+");
+  EXPECT_GT(named.size(), 3u);
+  for (const std::string &name : named)
+    EXPECT_NE(metrics.output.find("\n" + name + "{"), std::string::npos) << name;
+}
+
+}  // namespace
