@@ -1,15 +1,15 @@
 #include <sys/stat.h>
 
-#include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <set>
-#include <sstream>
 
 #include "platkit/path.h"
 #include "platkit/version.h"
+#include "tests/linux/saved_host.h"
 #include "tests/nodal/program.h"
+#include "tests/support/text.h"
 #include "tools/nodal/exposition.h"
 #include "tools/nodal/figures.h"
 #include "tools/nodal/metric_table.h"
@@ -18,14 +18,7 @@ namespace nodal {
 namespace {
 
 using platkit::FieldUnit;
-
-std::vector<std::string> LinesOf(const std::string &text) {
-  std::vector<std::string> lines;
-  std::istringstream stream(text);
-  for (std::string line; std::getline(stream, line);)
-    lines.push_back(line);
-  return lines;
-}
+using testing_support::Lines;
 
 std::string Families() {
   std::string words;
@@ -107,7 +100,7 @@ TEST(MetricTable, ThePageListsEach) {
   }
   std::vector<std::string> listed;
   bool inFamilies = false;
-  for (const std::string &line : LinesOf(Contents(METRICS_PAGE))) {
+  for (const std::string &line : Lines(Contents(METRICS_PAGE))) {
     inFamilies = inFamilies || line.starts_with("## ");
     const bool isOfTable = line.starts_with("| metric ") || line.starts_with("|--");
     if (inFamilies && !line.empty() && !isOfTable) listed.push_back(line);
@@ -174,7 +167,7 @@ class MetricsOf : public testing::Test {
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_TRUE(outcome.out.ends_with("# EOF\n"));
     std::string samples;
-    for (const std::string &line : LinesOf(outcome.out)) {
+    for (const std::string &line : Lines(outcome.out)) {
       if (!line.starts_with('#')) samples += line + "\n";
     }
     return samples;
@@ -317,7 +310,7 @@ TEST_F(MetricsOf, BuffersOfEachSize) {
     "/system/buddy/memmap-03-lo/comprehensive": {"sizes": [{"free": 5, "used": 6}, {"free": 7}]},
     "/system/buddy/heap/comprehensive": {"sizes": [{"free": -1}, {"free": 9}]})",
               "--only buddy_free_buffers");
-  const std::vector<std::string> lines = LinesOf(samples);
+  const std::vector<std::string> lines = Lines(samples);
   ASSERT_EQ(lines.size(), 2 * 19u - 1);
   EXPECT_EQ(lines[0], R"(kestrel_buddy_free_buffers{buddy="memmap-03-lo",numa_node="1",buffer_bytes="4096"} 5)");
   EXPECT_EQ(lines[1], R"(kestrel_buddy_free_buffers{buddy="memmap-03-lo",numa_node="1",buffer_bytes="8192"} 7)");
@@ -374,7 +367,7 @@ TEST_F(MetricsOf, WhatCannotBeReadIsCounted) {
 
 TEST_F(MetricsOf, StandardFamilies) {
   std::set<std::string> shown;
-  for (const std::string &line : LinesOf(Nodal("metrics --prefix '' --cache " SAMPLE_SNAPSHOT).out)) {
+  for (const std::string &line : Lines(Nodal("metrics --prefix '' --cache " SAMPLE_SNAPSHOT).out)) {
     if (!line.starts_with('#')) shown.insert(line.substr(0, line.find('_')));
   }
   for (const FamilyDescription &family : MetricFamilies())
@@ -465,6 +458,18 @@ class MetricsOfSample : public testing::Test {
     return {(flags & 8) != 0 ? MetricFamily::world : MetricFamily::group};
   }
 
+  static std::vector<std::string> Cells(const std::string &line) {
+    std::vector<std::string> cells(1);
+    for (const char c : line) {
+      if (c == ',') {
+        cells.emplace_back();
+      } else {
+        cells.back() += c;
+      }
+    }
+    return cells;
+  }
+
   static double Scale(FieldUnit unit) {
     const std::map<FieldUnit, double> scales = {{FieldUnit::KB, 1024},
                                                 {FieldUnit::PAGES, 4096},
@@ -478,7 +483,7 @@ class MetricsOfSample : public testing::Test {
 
 TEST_F(MetricsOfSample, EachHasTheFiguresOfItsField) {
   std::map<std::string, std::vector<double>> shown;
-  for (const std::string &line : LinesOf(Nodal("metrics --prefix '' --cache " SAMPLE_SNAPSHOT + Families()).out)) {
+  for (const std::string &line : Lines(Nodal("metrics --prefix '' --cache " SAMPLE_SNAPSHOT + Families()).out)) {
     if (!line.starts_with('#'))
       shown[line.substr(0, line.find_first_of("{ "))].push_back(std::stod(line.substr(line.rfind(' '))));
   }
@@ -497,6 +502,61 @@ TEST_F(MetricsOfSample, EachHasTheFiguresOfItsField) {
       EXPECT_DOUBLE_EQ(values[i], expected[i]) << metric.name;
   }
 }
+
+// The columns of vm-stats that metrics show as well.
+TEST_F(MetricsOfSample, MachinesAreThoseOfTheReport) {
+  const std::map<std::string, std::string> metrics = {{"memSizeLimit", "vm_size_limit_bytes"},
+                                                      {"memSize", "vm_size_bytes"},
+                                                      {"allocTgt", "vm_allocation_target_bytes"},
+                                                      {"balloonTgt", "vm_balloon_target_bytes"},
+                                                      {"ballooned", "vm_ballooned_bytes"},
+                                                      {"swapped", "vm_swapped_bytes"},
+                                                      {"mapped", "vm_mapped_bytes"},
+                                                      {"touched", "vm_touched_bytes"},
+                                                      {"zipped", "vm_zipped_bytes"},
+                                                      {"zipSaved", "vm_zip_saved_bytes"},
+                                                      {"shared", "vm_shared_bytes"},
+                                                      {"zero", "vm_zero_bytes"},
+                                                      {"sharedSaved", "vm_shared_saved_bytes"}};
+  const std::string samples = Nodal("metrics --only vm --prefix '' --cache " SAMPLE_SNAPSHOT).out;
+  const std::vector<std::string> report = Lines(
+      testing_support::Run({.program = KESTREL_PROGRAM, .arguments = {"-c", SAMPLE_SNAPSHOT, "-r", "vm-stats", "-q"}})
+          .output);
+  ASSERT_EQ(report.size(), 4u);
+  const std::vector<std::string> columns = Cells(report[0]);
+  for (const std::string &line : {report[1], report[2]}) {
+    const std::vector<std::string> cells = Cells(line);
+    ASSERT_EQ(cells.size(), columns.size());
+    for (size_t i = 0; i < cells.size(); ++i) {
+      const auto metric = metrics.find(columns[i]);
+      if (metric == metrics.end()) continue;
+      const std::string sample = metric->second + "{group=\"" + cells[2] + "\",vm=\"" + cells[0] + "\"} " +
+                                 std::to_string(std::stoull(cells[i]) * 1024) + "\n";
+      EXPECT_NE(samples.find(sample), std::string::npos) << sample;
+    }
+  }
+}
+
+// A host and its capture have the same figures, and as many that could not be read.
+class MetricsOfASavedHost : public testing::TestWithParam<std::string> {};
+
+TEST_P(MetricsOfASavedHost, AreThoseOfItsCapture) {
+  platkit::SavedHost host(GetParam());
+  for (const char *file : {"proc/slabinfo", "sys/kernel/mm/ksm/pages_shared"}) {
+    host.Remove(file);
+    host.MakeFolder(file);
+  }
+  const Scratch scratch;
+  const std::string root = "--root " + host.Path("") + " ";
+  ASSERT_EQ(Nodal(root + "capture -o " + scratch.Path("host")).status, 0);
+  const std::string ofHost = Nodal(root + "metrics" + Families()).out;
+  EXPECT_EQ(Nodal("--cache " + scratch.Path("host") + " metrics" + Families()).out, ofHost);
+  EXPECT_NE(ofHost.find("\nkestrel_group_info{group=\"0\",name=\"host\""), std::string::npos);
+  EXPECT_EQ(ofHost.find("\nkestrel_reading_failures 0\n"), std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(Hosts, MetricsOfASavedHost,
+                         testing::Values("clients.host", "persistent-memory.host", "two-nodes.host", "v1.host"));
 
 // What the collectors' own checker says.
 class Promtool : public testing::TestWithParam<std::string> {
