@@ -20,6 +20,7 @@ namespace nodal {
 namespace {
 
 constexpr uint64_t kSmallestBuffer = 4096;
+constexpr uint32_t kNotAvailable = UINT32_MAX;
 
 // Which metrics are wanted: those of a family, or single ones. Without a word, those of the standard families.
 class Choice {
@@ -122,7 +123,7 @@ class Sampler {
   void AddMemoryState(const Subject &) {
     GlobalMemoryRecord memory;
     if (GetRecord(readings_, "sched_globalStats_memory_kestrel", {}, memory) != HVC_OK) return;
-    if (memory.memState == UINT32_MAX) return;
+    if (memory.memState == kNotAvailable) return;
     for (uint32_t number = 0; const Argument &state : MemoryStates())
       exposition_.AddSample(Labels().Add("state", state.text), memory.memState == number++ ? 1 : 0);
   }
@@ -131,23 +132,20 @@ class Sampler {
   void AddMemoryStateEntries(const Subject &) {
     const Arguments &states = MemoryStates();
     for (size_t i = 0; i < states.size(); ++i) {
-      const std::optional<uint32_t> fromAbove =
-          i == 0 ? 1 : TransitionsOf(states[i - 1], &StateTransitionsRecord::toLowerCount);
-      const std::optional<uint32_t> fromBelow =
-          i + 1 == states.size() ? 0 : TransitionsOf(states[i + 1], &StateTransitionsRecord::toHigherCount);
-      if (!fromAbove || !fromBelow) continue;
+      const uint32_t fromAbove = i == 0 ? 1 : TransitionsOf(states[i - 1]).toLowerCount;
+      const uint32_t fromBelow = i + 1 == states.size() ? 0 : TransitionsOf(states[i + 1]).toHigherCount;
+      if (fromAbove == kNotAvailable || fromBelow == kNotAvailable) continue;
       exposition_.AddSample(Labels().Add("state", states[i].text),
-                            static_cast<double>(uint64_t{*fromAbove} + *fromBelow));
+                            static_cast<double>(uint64_t{fromAbove} + fromBelow));
     }
   }
 
-  std::optional<uint32_t> TransitionsOf(const Argument &state, uint32_t StateTransitionsRecord::*count) {
-    StateTransitionsRecord record;
-    if (GetRecord(readings_, "sched_globalStats_memory_stateTransitions", {state}, record) != HVC_OK ||
-        record.*count == UINT32_MAX) {
-      return std::nullopt;
+  StateTransitionsRecord TransitionsOf(const Argument &state) {
+    StateTransitionsRecord record = {};
+    if (GetRecord(readings_, "sched_globalStats_memory_stateTransitions", {state}, record) != HVC_OK) {
+      record.toLowerCount = record.toHigherCount = kNotAvailable;
     }
-    return record.*count;
+    return record;
   }
 
   void AddGroupInfo(const Subject &subject) {
