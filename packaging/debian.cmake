@@ -29,11 +29,6 @@ foreach(component ${CPACK_COMPONENTS_ALL})
     COMMAND_ERROR_IS_FATAL ANY
   )
 
-  # Debian's zsh has a folder of its own for what packages complete.
-  if(EXISTS ${tree}/share/zsh/site-functions)
-    file(RENAME ${tree}/share/zsh/site-functions ${tree}/share/zsh/vendor-completions)
-  endif()
-
   # The loader looks where the package puts the library, without being told.
   if(EXISTS ${tree}/bin/kestrel)
     file(RPATH_REMOVE FILE ${tree}/bin/kestrel)
