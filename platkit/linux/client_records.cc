@@ -59,7 +59,7 @@ HVC_ReturnStatus ClientRecords::Vmm(int64_t client, VmmMemoryStatsRecord &record
     const Figure max = tree_.Amount(*owner.group, GroupAmount::kMax) / 1024;
     record.allocTgt = Cell(Lower(memory, Lower(high, max)));
   }
-  return HVC_OK;
+  return tree_.Confirm(*vm);
 }
 
 // What the guest does with its memory is known to nobody else.
@@ -71,7 +71,7 @@ HVC_ReturnStatus ClientRecords::Guest(int64_t client, GuestStatsRecord &record) 
   record.memTotal = Cell(memory);
   record.lpageTotal = kNoCount;
   record.memNeeded = HVC_KB_NONE;
-  return HVC_OK;
+  return tree_.Confirm(*vm);
 }
 
 // The kernel counts compressed memory of control groups alone.
@@ -85,7 +85,7 @@ HVC_ReturnStatus ClientRecords::Zip(int64_t client, ZipStatsRecord &record) {
   record.usedCache = Cell(stat.zswap / 1024);
   record.zipped = PagesInKB(stat.zswapOut).Cell(0);
   record.unZipped = PagesInKB(stat.zswapIn).Cell(0);
-  return HVC_OK;
+  return tree_.Confirm(*vm);
 }
 
 HVC_ReturnStatus ClientRecords::VmmLeaderID(int64_t client, VmmLeaderIDRecord &record) {
@@ -111,7 +111,7 @@ HVC_ReturnStatus ClientRecords::SwapInfo(int64_t client, VmSwapInfoRecord &recor
   record.totalReg = Cell(space.total);
   record.freeReg = Cell(space.free);
   record.currentSwapper = 1;  // a monitor does not swap
-  return HVC_OK;
+  return tree_.Confirm(*vm);
 }
 
 HVC_ReturnStatus ClientRecords::LargePages(int64_t client, LPageStatsRecord &record) {
@@ -136,7 +136,7 @@ HVC_ReturnStatus ClientRecords::LargePages(int64_t client, LPageStatsRecord &rec
   if (record.backings2M != kNoCount) record.backings1G = static_cast<uint32_t>(Cell(gigantic / kGiganticPageKB));
   record.allocSuccess = stat.hugeAllocs.Cell(0);
   record.broken = stat.hugeSplits.Cell(0);
-  return HVC_OK;
+  return tree_.Confirm(*vm);
 }
 
 HVC_ReturnStatus ClientRecords::UserWorld(int64_t client, UwMemoryStatsRecord &record) {
@@ -145,7 +145,7 @@ HVC_ReturnStatus ClientRecords::UserWorld(int64_t client, UwMemoryStatsRecord &r
   const Owner owner = OwnerOf(*process, kUserWorldRecord);
   const ProcessStatus *status = tree_.StatusOf(*process);
   const Figure limit = ReadAddressSpaceLimit(files_, process->id);
-  if (status == nullptr || (limit.isAbsent() && !files_.Exists(HostPath("proc/", process->id)))) return HVC_NOT_FOUND;
+  if (status == nullptr) return HVC_NOT_FOUND;
   const ProcessSharing &sharing = SharingOf(sharing_, *process);
   const Figure unswappable = status->locked + status->pinned;
   const Figure swapBacked = status->anonymous + status->sharedMemory;
@@ -166,7 +166,7 @@ HVC_ReturnStatus ClientRecords::UserWorld(int64_t client, UwMemoryStatsRecord &r
   record.pageableUnacct = Cell(status->files);
   record.pinned = Cell(Lower(unswappable + status->hugePages, status->Consumed()));
   record.prealloced = Cell(status->hugePages);
-  return HVC_OK;
+  return tree_.Confirm(*process);
 }
 
 HVC_ReturnStatus ClientRecords::TotalCommon(int64_t client, TotalCommonRecord &) {
@@ -181,7 +181,7 @@ HVC_ReturnStatus ClientRecords::RemapTypes(int64_t client, ParamList &list) {
     if (RemappedPages(owner, type).isAbsent()) continue;
     if (const HVC_ReturnStatus status = list.Add(kRemapTypes[type]); status != HVC_OK) return status;
   }
-  return HVC_OK;
+  return tree_.Confirm(*process);
 }
 
 // The kernel counts the pages that it has moved, and does so at once: none wait.
@@ -194,7 +194,7 @@ HVC_ReturnStatus ClientRecords::Remap(int64_t client, std::string_view type, Rem
   const Figure pages = RemappedPages(owner, index);
   if (pages.isAbsent()) return HVC_NOT_FOUND;
   record.added = record.remapped = Cell(pages);
-  return HVC_OK;
+  return tree_.Confirm(*process);
 }
 
 Group *ClientRecords::FindProcess(int64_t client) {

@@ -181,8 +181,6 @@ HVC_ReturnStatus GroupRecords::ProcessStats(Group &group, GroupMemoryStatsRecord
   const ProcessStatus *status = tree_.StatusOf(group);
   if (status == nullptr) return HVC_NOT_FOUND;
   const Figure saved = SharingOf(sharing_, group).Saved();
-  // Kernels before 5.19 do not tell, nor does a process that is gone.
-  if (saved.isAbsent() && !files_.Exists(HostPath("proc/", group.id))) return HVC_NOT_FOUND;
   record.memSize = status->size.Cell(0);
   record.memSizePeak = status->sizePeak.Cell(0);
   record.consumed = status->Consumed().Cell(0);
@@ -190,7 +188,7 @@ HVC_ReturnStatus GroupRecords::ProcessStats(Group &group, GroupMemoryStatsRecord
   record.touched = status->Consumed().Cell(0);
   record.ovhd = status->pageTables.Cell(0);
   record.sharedSaved = saved.Cell(0);
-  if (group.kind != GroupKind::kVm) return HVC_OK;
+  if (group.kind != GroupKind::kVm) return tree_.Confirm(group);
   // A guest is as large as it was made; the process' own peak would be one of something else.
   const Figure guestMemory = tree_.GuestMemory(group);
   if (!guestMemory.isAbsent()) record.memSize = record.memSizePeak = guestMemory.Cell(0);
@@ -198,7 +196,7 @@ HVC_ReturnStatus GroupRecords::ProcessStats(Group &group, GroupMemoryStatsRecord
   const Limits limits = LimitsOf(group, kVmStatsRecord);
   record.bMin = limits.min;
   record.bMax = limits.max;
-  return HVC_OK;
+  return tree_.Confirm(group);
 }
 
 HVC_ReturnStatus GroupRecords::VmmStats(Group &group, GroupMemoryStatsRecord &record) {
@@ -211,7 +209,7 @@ HVC_ReturnStatus GroupRecords::VmmStats(Group &group, GroupMemoryStatsRecord &re
   const Limits limits = LimitsOf(group, kVmmStatsRecord);
   record.bMin = limits.min;
   record.bMax = limits.max;
-  return HVC_OK;
+  return tree_.Confirm(*vm);
 }
 
 void GroupRecords::Renew(Group &keeper, GivenRecord record) {

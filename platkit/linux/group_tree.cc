@@ -225,11 +225,13 @@ void GroupTree::AddProcess(Group &parent, int64_t pid, ProcessStatus &&status) {
     ForgetChildren(*known);
   }
   std::string name = status.name;
+  const ProcessIdentity identity = status.identity;
   groups_.insert_or_assign(pid, Group{.kind = GroupKind::kProcess,
                                       .id = pid,
                                       .parentID = parent.id,
                                       .name = std::move(name),
-                                      .status = std::make_unique<ProcessStatus>(std::move(status))});
+                                      .status = std::make_unique<ProcessStatus>(std::move(status)),
+                                      .identity = identity});
   parent.children.push_back(pid);
 }
 
@@ -239,7 +241,7 @@ void GroupTree::SeekVm(Group &group) {
   if (status == nullptr) return;
   group.vmSought = true;
   std::optional<VirtualMachine> machine = vmFinder_.Find(group.id, *status);
-  if (!machine) return;
+  if (!machine || Confirm(group) != HVC_OK) return;
   group.kind = GroupKind::kVm;
   if (!machine->name.empty()) group.name = std::move(machine->name);
   group.guestMemory = machine->guestMemory;
@@ -252,10 +254,14 @@ void GroupTree::SeekVm(Group &group) {
 const ProcessStatus *GroupTree::StatusOf(Group &group) {
   if (group.status == nullptr) {
     auto status = std::make_unique<ProcessStatus>();
-    if (ReadProcessStatus(files_, group.id, *status) != HVC_OK) return nullptr;
+    if (ReadProcessStatus(files_, group.id, *status) != HVC_OK || Confirm(group) != HVC_OK) return nullptr;
     group.status = std::move(status);
   }
   return group.status.get();
+}
+
+HVC_ReturnStatus GroupTree::Confirm(const Group &process) {
+  return IsStill(files_, process.id, process.identity) ? HVC_OK : HVC_NOT_FOUND;
 }
 
 Figure GroupTree::Amount(Group &group, GroupAmount amount) {

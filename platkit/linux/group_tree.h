@@ -67,6 +67,7 @@ struct Group {
   std::optional<Figure> numaMoved = {};
   uint32_t recordsGiven = 0;
 
+  ProcessIdentity identity = {};  // of a process, and of a machine's
   bool vmSought = false;
   bool mappingsSought = false;
   Figure guestMemory = {};  // in KB; absent if neither the machine's command line nor its mappings tell
@@ -104,6 +105,9 @@ class GroupTree {
 
   // What was kept of a group, or is read. A status is null if the process is gone.
   const ProcessStatus *StatusOf(Group &group);
+
+  // HVC_NOT_FOUND if the process, or the machine's, is gone: then what was read of it may be of another one.
+  [[nodiscard]] HVC_ReturnStatus Confirm(const Group &process);
   Figure Amount(Group &group, GroupAmount amount);
   const GroupStat &StatOf(Group &group);
 

@@ -37,6 +37,11 @@ ssize_t ReadOnce(const FileDescriptor &file, std::span<char> room) {
   return got;
 }
 
+uint64_t InodeOfFile(const FileDescriptor &file) {
+  struct stat about;
+  return file.isOpen() && fstat(file.get(), &about) == 0 ? about.st_ino : 0;
+}
+
 // HVC_OK if the file reaches from `offset` over `size` bytes.
 HVC_ReturnStatus CheckReach(const struct stat &about, uint32_t offset, size_t size) {
   return about.st_size < 0 || static_cast<uint64_t>(about.st_size) < offset + size ? HVC_OFFSET_PAST_END : HVC_OK;
@@ -191,6 +196,13 @@ bool HostFiles::Exists(const HostPath &path) {
   return path.c_str() != nullptr && OpenBelowRoot(path, O_PATH, file) != HVC_NOT_FOUND;
 }
 
+HVC_ReturnStatus HostFiles::Identify(const HostPath &path, uint64_t &inode) {
+  FileDescriptor file;
+  const HVC_ReturnStatus status = OpenBelowRoot(path, O_PATH, file);
+  inode = InodeOfFile(file);
+  return status;
+}
+
 LineReader::LineReader(HostFiles &files, const HostPath &path) : status_(files.Open(path, 0, file_)) {}
 
 bool LineReader::Next(std::string_view &line) {
@@ -213,6 +225,8 @@ bool LineReader::Next(std::string_view &line) {
   start_ += length + 1;
   return true;
 }
+
+uint64_t LineReader::inode() const { return InodeOfFile(file_); }
 
 bool LineReader::PassLineEnd() {
   size_t length = 0;

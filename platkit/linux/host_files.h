@@ -107,6 +107,8 @@ class HostFiles {
   bool Exists(const HostPath &path);
 
   Reach reach() const { return reach_; }
+  // Tells the inode number of a file or folder, be it for this user or not.
+  [[nodiscard]] HVC_ReturnStatus Identify(const HostPath &path, uint64_t &inode);
 
   // Told of every open from now on.
   void ObserveOpens(Observer observer) { observer_ = std::move(observer); }
@@ -134,6 +136,9 @@ class LineReader {
   bool Next(std::string_view &line);
 
   HVC_ReturnStatus status() const { return status_; }
+
+  // The file's; 0 if it could not be opened.
+  uint64_t inode() const;
 
  private:
   bool Fill();

@@ -1,5 +1,8 @@
 #include "platkit/linux/process.h"
 
+#include <time.h>
+#include <unistd.h>
+
 #include <algorithm>
 
 #include "platkit/linux/figure_files.h"
@@ -30,10 +33,48 @@ void MarkUnread(std::span<const WantedFigure> wanted) {
     *want.figure = want.figure->IfAbsent(Figure::Unreadable());
 }
 
+constexpr uint64_t kNanoseconds = 1'000'000'000;
+
+uint64_t TimeSinceStart() {
+  timespec now = {};
+  clock_gettime(CLOCK_BOOTTIME, &now);
+  return static_cast<uint64_t>(now.tv_sec) * kNanoseconds + static_cast<uint64_t>(now.tv_nsec);
+}
+
+// When the process that has the PID now was started: the latest time that the kernel's count of ticks allows, and the
+// end of time if that is not told. "pid (name) state ...": the name may have anything in it; the count is the 20th word
+// behind it.
+uint64_t StartOf(HostFiles &files, int64_t pid) {
+  constexpr int kCount = 20;
+  char buffer[1024];
+  std::string_view text;
+  if (files.Read(HostPath("proc/", pid, "/stat"), buffer, text) != HVC_OK) return UINT64_MAX;
+  text.remove_prefix(std::min(text.rfind(')'), text.size()));
+  for (int i = 0; i < kCount; ++i) {
+    const size_t blank = text.find(' ');
+    if (blank == std::string_view::npos) return UINT64_MAX;
+    text.remove_prefix(blank + 1);
+  }
+  uint64_t ticks = 0;
+  if (!ParseNumber(text.substr(0, text.find(' ')), ticks)) return UINT64_MAX;
+  return (ticks + 1) * (kNanoseconds / static_cast<uint64_t>(sysconf(_SC_CLK_TCK)));
+}
+
 }  // namespace
+
+bool IsStill(HostFiles &files, int64_t pid, const ProcessIdentity &identity) {
+  uint64_t inode = 0;
+  const HVC_ReturnStatus status = files.Identify(HostPath("proc/", pid, "/status"), inode);
+  if (status == HVC_NOT_FOUND) return false;
+  // Of a process that is not for this user, nothing was read that could be another's.
+  if (status != HVC_OK || identity.inode == 0) return true;
+  // Two processes never have the same number. One may get another, if the kernel forgot that it had been looked at.
+  return inode == identity.inode || StartOf(files, pid) <= identity.seenAt;
+}
 
 HVC_ReturnStatus ReadProcessStatus(HostFiles &files, int64_t pid, ProcessStatus &status) {
   status = {};
+  status.identity.seenAt = TimeSinceStart();
   const WantedFigure wanted[] = {
       {"VmSize", &status.size},        {"VmPeak", &status.sizePeak},        {"VmRSS", &status.resident},
       {"VmHWM", &status.residentPeak}, {"HugetlbPages", &status.hugePages}, {"VmPTE", &status.pageTables},
@@ -49,6 +90,7 @@ HVC_ReturnStatus ReadProcessStatus(HostFiles &files, int64_t pid, ProcessStatus 
   };
   Kind kind;
   LineReader lines(files, HostPath("proc/", pid, "/status"));
+  status.identity.inode = lines.inode();
   std::string_view line, key, rest;
   while (lines.Next(line)) {
     if (!SplitKey(line, key, rest)) continue;

@@ -1,4 +1,6 @@
 // A process, as its status file tells of it.
+//
+// All that the kernel has of a process is found by its PID, which is another's soon after the process has ended.
 #ifndef PLATKIT_LINUX_PROCESS_H
 #define PLATKIT_LINUX_PROCESS_H
 
@@ -10,8 +12,15 @@
 
 namespace platkit {
 
+// Which of those that had a PID a process is.
+struct ProcessIdentity {
+  uint64_t inode = 0;   // of its status file; 0 if that is not for this user
+  uint64_t seenAt = 0;  // a time before the file was read, in nanoseconds since the host was started
+};
+
 // Amounts are in KB. Those that a process must have are unreadable where the file does not give them.
 struct ProcessStatus {
+  ProcessIdentity identity;
   std::string name = "?";
   uint64_t threads = 0;
   Figure size, sizePeak, resident, residentPeak, hugePages, pageTables;
@@ -36,6 +45,9 @@ struct ProcessStatus {
 // Reads the status of a process. What has no memory of its own is HVC_NOT_FOUND: a kernel thread, a zombie, a thread
 // other than its process' first. A process whose status is not for this user is there, with nothing known of it.
 [[nodiscard]] HVC_ReturnStatus ReadProcessStatus(HostFiles &files, int64_t pid, ProcessStatus &status);
+
+// Whether the PID is that of the same process still: then what was read of the PID meanwhile is that process' own.
+bool IsStill(HostFiles &files, int64_t pid, const ProcessIdentity &identity);
 
 // The limit of a process' address space, in bytes; absent if the process is gone.
 Figure ReadAddressSpaceLimit(HostFiles &files, int64_t pid);
