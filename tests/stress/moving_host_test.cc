@@ -1,0 +1,381 @@
+// Every report of a running host whose processes and control groups come and go as fast as they can.
+//
+// Names tell figures: whatever has a name has the figures that go with it, or the row was put together from two.
+#include <fcntl.h>
+#include <sched.h>
+#include <spawn.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <map>
+#include <regex>
+#include <thread>
+
+#include "gtest/gtest.h"
+#include "platkit/linux/hierarchy.h"
+#include "tests/support/process.h"
+#include "tests/support/scratch.h"
+#include "tests/support/text.h"
+
+namespace stress {
+namespace {
+
+using testing_support::Outcome;
+using testing_support::ScratchDirectory;
+using namespace std::chrono_literals;
+
+constexpr auto kTime = 3s;
+constexpr int kStepMB = 4;  // more than a load takes besides its memory
+constexpr int kMostMB = 16;
+
+constexpr const char *kReports[] = {
+    "group-stats",       "vm-stats",          "uw-stats",
+    "pshare-stats",      "pshareHint-stats",  "swap-stats",
+    "buddy-stats",       "comp-stats",        "lpool-stats",
+    "heap-stats",        "guest-stats",       "zip-stats",
+    "lpage-stats",       "asyncremap-stats",  "pmem-regionstore-stats",
+    "pmem-region-stats", "pmem-extent-stats", "pmem-region-numa-stats",
+    "dcpmm-stats",
+};
+
+// What a report may say of what vanished while it was read. The getters of all else are silent about that.
+const std::regex kVanished(
+    "(Kestrel_GroupGet(Name|Tag|GroupLeaderID)\\(\\) failure, error code: 195887107"
+    "|KestrelAsyncRemap(ReportCallback(Int)?|GetStats):[0-9]+ failure: Not found)");
+
+bool WriteText(const std::string &path, const std::string &text) {
+  const int fd = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  if (fd < 0) return false;
+  const bool written = write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+  close(fd);
+  return written;
+}
+
+// Of the test's own: with their own PIDs, which may then be given out again at once.
+bool HasOwnProcesses() { return getpid() == 1; }
+
+// Starts and ends processes until it is destroyed.
+class Churn {
+ public:
+  virtual ~Churn() = default;
+
+ protected:
+  // To be called when the rest of the object is there, and gone.
+  template <typename Round>
+  void Start(Round round) {
+    thread_ = std::thread([this, round] {
+      for (int i = 0; !stop_; ++i)
+        round(i);
+    });
+  }
+  void Stop() {
+    stop_ = true;
+    if (thread_.joinable()) thread_.join();
+  }
+
+  static pid_t StartLoad(int megabytes, std::chrono::microseconds time, const std::string &group = "") {
+    std::string words[] = {LOAD_PROGRAM, std::to_string(megabytes), std::to_string(time.count()), group};
+    char *arguments[] = {words[0].data(), words[1].data(), words[2].data(), group.empty() ? nullptr : words[3].data(),
+                         nullptr};
+    pid_t child = -1;
+    return posix_spawn(&child, LOAD_PROGRAM, nullptr, nullptr, arguments, environ) == 0 ? child : -1;
+  }
+  static void Await(pid_t child) {
+    while (child > 0 && waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+    }
+  }
+
+ private:
+  std::atomic<bool> stop_ = false;
+  std::thread thread_;
+};
+
+int SizeOf(int round) { return round * 7 % (kMostMB / kStepMB) * kStepMB + kStepMB; }
+
+// Processes that live for some milliseconds, and get the PIDs of those before them.
+class ProcessChurn : public Churn {
+ public:
+  ProcessChurn() {
+    Start([this](int round) {
+      pid_t &place = loads_[static_cast<size_t>(round) % std::size(loads_)];
+      Await(place);
+      if (HasOwnProcesses()) WriteText("/proc/sys/kernel/ns_last_pid", std::to_string(kFirstPid));
+      place = StartLoad(SizeOf(round), std::chrono::milliseconds(round % 4 * 30));
+    });
+  }
+  ~ProcessChurn() override {
+    Stop();
+    for (const pid_t load : loads_)
+      Await(load);
+  }
+
+ private:
+  static constexpr int kFirstPid = 20000;
+
+  pid_t loads_[12] = {};
+};
+
+// Control groups with a limit and a load in them that is below it.
+class GroupChurn : public Churn {
+ public:
+  explicit GroupChurn(const std::string &top) : top_(top) {
+    Start([this](int round) {
+      const int megabytes = SizeOf(round);
+      const std::string folder = top_ + "/limit-" + std::to_string(2 * megabytes);
+      if (mkdir(folder.c_str(), 0755) != 0) return;
+      for (const char *file : {"/memory.limit_in_bytes", "/memory.max"})
+        WriteText(folder + file, std::to_string(2 * megabytes) + "M");
+      Await(StartLoad(megabytes, std::chrono::milliseconds(round % 3 * 4), folder + "/cgroup.procs"));
+      // What a process leaves behind may take a moment.
+      for (int i = 0; i < 1000 && rmdir(folder.c_str()) != 0 && errno == EBUSY; ++i)
+        usleep(100);
+    });
+  }
+  ~GroupChurn() override { Stop(); }
+
+ private:
+  const std::string top_;
+};
+
+// A control group of the test's own for others to be made in.
+class OwnGroup {
+ public:
+  OwnGroup() {
+    platkit::HostFiles files("/", platkit::Reach::kHost);
+    const platkit::Hierarchy hierarchy = platkit::FindHierarchy(files);
+    if (hierarchy.memoryFiles == platkit::MemoryFiles::kNone) return;
+    const std::string folder = "/" + hierarchy.top + "/kestrel-test-" + std::to_string(arc4random());
+    if (mkdir(folder.c_str(), 0755) != 0) return;
+    folder_ = folder;
+    WriteText(folder_ + "/cgroup.subtree_control", "+memory");
+  }
+  ~OwnGroup() {
+    if (!folder_.empty()) rmdir(folder_.c_str());
+  }
+  OwnGroup(const OwnGroup &) = delete;
+  OwnGroup &operator=(const OwnGroup &) = delete;
+
+  const std::string &folder() const { return folder_; }
+
+  // Whether groups in it have limits.
+  bool IsUsable() const {
+    const std::string probe = folder_ + "/probe";
+    if (folder_.empty() || mkdir(probe.c_str(), 0755) != 0) return false;
+    const bool limits = access((probe + "/memory.max").c_str(), W_OK) == 0 ||
+                        access((probe + "/memory.limit_in_bytes").c_str(), W_OK) == 0;
+    return rmdir(probe.c_str()) == 0 && limits;
+  }
+
+ private:
+  std::string folder_;
+};
+
+// A row of CSV, by the names of its columns.
+using Row = std::map<std::string, std::string>;
+
+std::vector<std::string> Cells(const std::string &line) {
+  std::vector<std::string> cells(1);
+  for (const char c : line) {
+    if (c == ',') {
+      cells.emplace_back();
+    } else {
+      cells.back() += c;
+    }
+  }
+  return cells;
+}
+
+std::vector<Row> Rows(const std::string &csv) {
+  std::vector<Row> rows;
+  std::vector<std::string> names;
+  for (const std::string &line : testing_support::Lines(csv)) {
+    const std::vector<std::string> cells = Cells(line);
+    if (names.empty()) {
+      names = cells;
+      continue;
+    }
+    Row row;
+    for (size_t i = 0; i < std::min(names.size(), cells.size()); ++i)
+      row[names[i]] = cells[i];
+    rows.push_back(row);
+  }
+  return rows;
+}
+
+// Holds the rows of a report whose names tell figures against these; counts them.
+class RowCheck {
+ public:
+  void Check(const std::string &csv) {
+    for (const Row &row : Rows(csv)) {
+      std::smatch number;
+      const auto name = row.find("name");
+      if (name == row.end()) continue;
+      if (std::regex_match(name->second, number, std::regex("load-([0-9]+)"))) CheckLoad(row, std::stoll(number[1]));
+      if (std::regex_match(name->second, number, std::regex("limit-([0-9]+)"))) CheckLimit(row, std::stoll(number[1]));
+    }
+  }
+
+  int loads() const { return loads_; }
+  int limited() const { return limited_; }
+
+ private:
+  // The columns are those of group-stats and of uw-stats.
+  void CheckLoad(const Row &row, int64_t megabytes) {
+    ++loads_;
+    for (const char *column : {"memSize", "consumed", "touched", "mapped", "memBStore"}) {
+      const auto cell = row.find(column);
+      if (cell == row.end()) continue;
+      const int64_t kb = std::stoll(cell->second);
+      EXPECT_TRUE(kb >= megabytes << 10 && kb < (megabytes + kStepMB) << 10) << Shown(row, column);
+    }
+    if (row.contains("memSizeLimit")) {
+      EXPECT_EQ(row.at("memSizeLimit"), std::to_string((megabytes + 1024) << 10)) << Shown(row, "memSizeLimit");
+    }
+    if (row.contains("pinned")) {
+      const int64_t kb = std::stoll(row.at("pinned"));
+      EXPECT_TRUE(kb == 0 || kb == megabytes << 10) << Shown(row, "pinned");
+    }
+  }
+
+  void CheckLimit(const Row &row, int64_t megabytes) {
+    ++limited_;
+    for (const char *column : {"max", "bMax"}) {
+      const auto cell = row.find(column);
+      const bool isSet = cell->second != "-1" && cell->second != "18446744073709551615";
+      EXPECT_TRUE(!isSet || cell->second == std::to_string(megabytes << 10)) << Shown(row, column);
+    }
+    const std::string &consumed = row.at("consumed");
+    if (consumed != "18446744073709551615") {
+      EXPECT_LE(std::stoll(consumed), megabytes << 10) << Shown(row, "consumed");
+    }
+  }
+
+  static std::string Shown(const Row &row, const char *column) {
+    std::string shown = std::string(column) + " of";
+    for (const auto &[name, cell] : row)
+      shown += " " + name + "=" + cell;
+    return shown;
+  }
+
+  int loads_ = 0;
+  int limited_ = 0;
+};
+
+class MovingHost : public testing::Test {
+ protected:
+  Outcome Report(const std::string &report, const std::string &cache = "") const {
+    std::vector<std::string> words = {"-r", report, "-q"};
+    if (!cache.empty()) words.insert(words.begin(), {"-c", cache});
+    return testing_support::Run(
+        {.program = KESTREL_PROGRAM, .arguments = words, .directory = scratch_.path().string()});
+  }
+
+  // What each report says of this host when nothing moves.
+  void ReadAtRest() {
+    for (const char *report : kReports)
+      atRest_[report] = Report(report);
+  }
+
+  // A report of the host, or of a snapshot of it.
+  void CheckReport(const std::string &report, const std::string &cache = "") {
+    const Outcome run = Report(report, cache);
+    const Outcome &rest = atRest_.at(report);
+    EXPECT_EQ(run.signal, 0) << report;
+    EXPECT_EQ(run.exitStatus, rest.exitStatus) << report << ": " << run.errors;
+    for (const std::string &line : testing_support::Lines(run.errors)) {
+      EXPECT_TRUE(std::regex_match(line, kVanished) || rest.errors.find(line) != std::string::npos)
+          << report << ": " << line;
+    }
+    rows_.Check(run.output);
+  }
+
+  void CheckCapture() {
+    const std::string path = scratch_.File("moving.nodal");
+    const Outcome capture = testing_support::Run({.program = NODAL_PROGRAM, .arguments = {"capture", "-o", path}});
+    EXPECT_EQ(capture.exitStatus, 0) << capture;
+    EXPECT_EQ(testing_support::Lines(capture.errors).size(), 1u) << capture;
+    const Outcome verify = testing_support::Run({.program = NODAL_PROGRAM, .arguments = {"verify", path}});
+    EXPECT_EQ(verify.exitStatus, 0) << verify;
+    for (const char *report : {"group-stats", "uw-stats"})
+      CheckReport(report, path);
+  }
+
+  // Goes round all reports and a capture, once at least and until the time is over; where the machine is slow, until
+  // some of the names have been met.
+  void CheckAll() {
+    const auto end = std::chrono::steady_clock::now() + kTime;
+    const auto isOver = [&] {
+      const auto now = std::chrono::steady_clock::now();
+      return HasFailure() || now >= end + 10 * kTime || (now >= end && rows_.loads() + rows_.limited() > 0);
+    };
+    for (const char *report : kReports)
+      CheckReport(report);
+    CheckCapture();
+    while (!isOver()) {
+      for (size_t i = 0; i < std::size(kReports) && !isOver(); ++i) {
+        CheckReport(kReports[i]);
+        // Most rows that can be checked are in these.
+        CheckReport("group-stats");
+        CheckReport("uw-stats");
+      }
+      if (!isOver()) CheckCapture();
+    }
+  }
+
+  const ScratchDirectory scratch_;
+  std::map<std::string, Outcome> atRest_;
+  RowCheck rows_;
+};
+
+TEST_F(MovingHost, Processes) {
+  ReadAtRest();
+  {
+    const ProcessChurn one, two;
+    CheckAll();
+  }
+  RecordProperty("rows", rows_.loads());
+  EXPECT_GT(rows_.loads(), 0) << "none of them was met";
+}
+
+TEST_F(MovingHost, ControlGroups) {
+  const OwnGroup own;
+  if (!own.IsUsable()) GTEST_SKIP() << "control groups with limits cannot be made here";
+  ReadAtRest();
+  {
+    const GroupChurn one(own.folder());
+    CheckAll();
+  }
+  RecordProperty("rows", rows_.limited());
+  EXPECT_GT(rows_.limited(), 0) << "none of them was met";
+}
+
+// Moves on into a namespace of processes, with a /proc of its own, where there may be one.
+void TakeOwnProcesses() {
+  if (unshare(CLONE_NEWPID | CLONE_NEWNS) != 0) return;
+  const pid_t child = fork();
+  if (child > 0) {
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    _exit(WIFEXITED(status) ? WEXITSTATUS(status) : 1);
+  }
+  if (child < 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+      mount("proc", "/proc", "proc", 0, nullptr) != 0) {
+    _exit(1);
+  }
+}
+
+}  // namespace
+}  // namespace stress
+
+int main(int argc, char **argv) {
+  testing::InitGoogleTest(&argc, argv);
+  if (!GTEST_FLAG_GET(list_tests)) stress::TakeOwnProcesses();
+  return RUN_ALL_TESTS();
+}
