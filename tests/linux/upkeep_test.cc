@@ -2,6 +2,7 @@
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "tests/linux/saved_host.h"
 
@@ -65,6 +66,37 @@ TEST(Upkeep, OnlyWhatIsAskedForIsRead) {
   EXPECT_EQ(host.Opens("proc/meminfo"), 0);
   EXPECT_EQ(host.Opens(kTop + "system.slice"), 0);
   EXPECT_EQ(host.Opens(kTop + "system.slice/memory.min"), 0);
+}
+
+// A file that takes the place of another has another inode, as the files of the next process with a PID have.
+void Replace(SavedHost &host, const std::string &path) {
+  host.Write(path + ".new", host.Read(path));
+  std::filesystem::rename(host.Path(path + ".new"), host.Path(path));
+}
+
+TEST(Upkeep, AProcessIsGoneWhenItsPidIsAnothers) {
+  SavedHost host("v2.host");
+  Asker ask = host.ask();
+  ask.Members(host.ControlGroup(kWeb));
+  UwMemoryStatsRecord record = {};
+  GroupMemoryStatsRecord stats = {};
+  ASSERT_EQ(ask.Get("sched_memClients_kestrel_uw", {101}, record), HVC_OK);
+  Replace(host, "proc/101/status");
+  const std::string begun = "101 (a) b) S";
+  for (const std::string &stat : {begun + " 1 1 1", begun + " 4", std::string(), std::string("101 (x")}) {
+    host.Write("proc/101/stat", stat);
+    EXPECT_EQ(ask.Get("sched_memClients_kestrel_uw", {101}, record), HVC_NOT_FOUND) << stat;
+    EXPECT_EQ(ask.Get("sched_groups_stats_memoryStats", {101}, stats), HVC_NOT_FOUND) << stat;
+  }
+  // One that began before the listing is the one that was listed, whatever the kernel has forgotten since.
+  std::string words = begun;
+  for (int field = 4; field < 22; ++field)
+    words += " 9999999999999";
+  host.Write("proc/101/stat", words + " 1 0 0\n");
+  EXPECT_EQ(ask.Get("sched_memClients_kestrel_uw", {101}, record), HVC_OK);
+  EXPECT_EQ(ask.Get("sched_groups_stats_memoryStats", {101}, stats), HVC_OK);
+  host.Write("proc/101/stat", words + " 9999999999999 0 0\n");
+  EXPECT_EQ(ask.Get("sched_groups_stats_memoryStats", {101}, stats), HVC_NOT_FOUND);
 }
 
 TEST(Upkeep, ARecordAskedForAgainIsReadAnew) {

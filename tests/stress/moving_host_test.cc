@@ -98,15 +98,15 @@ class Churn {
 
 int SizeOf(int round) { return round * 7 % (kMostMB / kStepMB) * kStepMB + kStepMB; }
 
-// Processes that live for some milliseconds, and get the PIDs of those before them.
+// Processes that live for some milliseconds. Each gets the PID of the one before it in its place, if that can be done.
 class ProcessChurn : public Churn {
  public:
   ProcessChurn() {
     Start([this](int round) {
       pid_t &place = loads_[static_cast<size_t>(round) % std::size(loads_)];
       Await(place);
-      if (HasOwnProcesses()) WriteText("/proc/sys/kernel/ns_last_pid", std::to_string(kFirstPid));
-      place = StartLoad(SizeOf(round), std::chrono::milliseconds(round % 4 * 30));
+      if (HasOwnProcesses() && place > 0) WriteText("/proc/sys/kernel/ns_last_pid", std::to_string(place - 1));
+      place = StartLoad(SizeOf(round), std::chrono::milliseconds(round % 4 * 6));
     });
   }
   ~ProcessChurn() override {
@@ -116,9 +116,7 @@ class ProcessChurn : public Churn {
   }
 
  private:
-  static constexpr int kFirstPid = 20000;
-
-  pid_t loads_[12] = {};
+  pid_t loads_[13] = {};  // not a multiple of the number of sizes, so that a place has one after the other
 };
 
 // Control groups with a limit and a load in them that is below it.
