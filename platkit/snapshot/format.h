@@ -48,6 +48,13 @@ inline constexpr uint32_t kRecordHead = 8;  // the lengths of key and value
 inline constexpr uint32_t kSlotBytes = 8;
 inline constexpr uint64_t kMostFileBytes = UINT32_MAX;
 
+// The hash of a key, or of a key's end behind a start that has the hash `start`.
+constexpr uint32_t Hash(std::string_view text, uint32_t start = 5381) {
+  for (const char c : text)
+    start = (start * 33) ^ static_cast<unsigned char>(c);
+  return start;
+}
+
 enum class ValueType : uint8_t { kRecord = 'R', kIntegers = 'I', kTexts = 'T', kHeader = 'H', kChecks = 'C' };
 
 // The types of entries; the checks of the index are no entry.

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
@@ -151,6 +152,22 @@ HVC_ReturnStatus SnapshotFile::Find(std::string_view key, Value &value) {
   if (found == 0) return IsReallyAbsent(key) ? HVC_NOT_FOUND : HVC_SNAPSHOT_DAMAGED;
   if (found < 0) return HVC_SNAPSHOT_DAMAGED;
   return Decode(Bytes(cdb_datapos(&cdb_), cdb_datalen(&cdb_)), value);
+}
+
+void SnapshotFile::ExpectKey(uint32_t hash) const {
+  const uint32_t table = hash % kTables;
+  const uint32_t slots = Integer(table * 8 + 4);
+  if (slots > 0) __builtin_prefetch(cdb_.cdb_mem + Integer(table * 8) + hash / kTables % slots * kSlotBytes);
+}
+
+// The entries of a group take about a KB.
+void SnapshotFile::ExpectNeighbours(const Value &value) const {
+  constexpr ptrdiff_t kBefore = 512, kBehind = 768, kCacheLine = 64;
+  const auto *file = reinterpret_cast<const std::byte *>(cdb_.cdb_mem);
+  const ptrdiff_t position = value.payload.data() - file;
+  const ptrdiff_t end = std::min<ptrdiff_t>(position + kBehind, cdb_.cdb_dend);
+  for (ptrdiff_t line = std::max<ptrdiff_t>(position - kBefore, 0); line < end; line += kCacheLine)
+    __builtin_prefetch(file + line);
 }
 
 HVC_ReturnStatus SnapshotFile::Decode(std::span<const std::byte> bytes, Value &value) {

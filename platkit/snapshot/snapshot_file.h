@@ -40,6 +40,11 @@ class SnapshotFile {
   // HVC_SNAPSHOT_DAMAGED: its value, or what leads to it, is not what was written.
   [[nodiscard]] HVC_ReturnStatus Find(std::string_view key, Value &value);
 
+  // Look-ups that are about to come: what leads to a key of that hash, and what stands around a value that was found,
+  // begin to be fetched from memory meanwhile.
+  void ExpectKey(uint32_t hash) const;
+  void ExpectNeighbours(const Value &value) const;
+
   // Reads the entries in the order in which they stand in the file, the version and the checks of the index aside.
   class Cursor {
    public:

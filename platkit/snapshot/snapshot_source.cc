@@ -24,17 +24,43 @@ class SnapshotSource : public Source {
  private:
   HVC_ReturnStatus Find(const Node &node, Arguments arguments, ValueType type, Value &value);
   HVC_ReturnStatus StatusOfAbsent(std::string_view path);
+  bool ExpectSiblings(const Node &node, Arguments arguments);
 
   snapshot::SnapshotFile file_;
+  // The instance that was asked for last, by the start of its path and its number.
+  std::string_view lastStart_;
+  int64_t lastInstance_ = 0;
 };
 
 HVC_ReturnStatus SnapshotSource::Find(const Node &node, Arguments arguments, ValueType type, Value &value) {
   PathWriter path;
   WritePath(node, arguments, path);
   if (!path.ok()) return HVC_NOT_FOUND;  // no key is as long as that
+  const bool siblingsFollow = ExpectSiblings(node, arguments);
   const HVC_ReturnStatus status = file_.Find(path.view(), value);
   if (status == HVC_NOT_FOUND) return StatusOfAbsent(path.view());
+  if (status == HVC_OK && siblingsFollow) file_.ExpectNeighbours(value);
   return status == HVC_OK && value.type != type ? HVC_SNAPSHOT_DAMAGED : status;
+}
+
+// The nodes of one instance, such as a group, are asked for one after the other. Their entries stand side by side, but
+// what leads to them is anywhere in the index: a large file's is not in the processor's cache, and each look-up would
+// wait for memory. So all are fetched when the first one is asked for. True if this is the first.
+bool SnapshotSource::ExpectSiblings(const Node &node, Arguments arguments) {
+  if (arguments.size() != 1 || arguments[0].kind != ParamKind::kInt) return false;
+  const std::string_view start = node.pieces[0];
+  const int64_t instance = arguments[0].integer;
+  if (instance == lastInstance_ && start == lastStart_) return false;
+  lastStart_ = start;
+  lastInstance_ = instance;
+  PathWriter path;
+  const uint32_t hash = snapshot::Hash(path.Literal(start).Integer(instance).view());
+  for (const Node &sibling : Nodes()) {
+    if (sibling.pathArguments == 1 && sibling.pieces[0] == start) {
+      file_.ExpectKey(snapshot::Hash(sibling.pieces[1], hash));
+    }
+  }
+  return true;
 }
 
 // Why a node is not in the file: it was not there, or it could not be read.

@@ -146,5 +146,67 @@ TEST(HostFiles, Folders) {
   EXPECT_EQ(FolderReader(files, HostPath("top/file")).status(), HVC_NOT_FOUND);
 }
 
+// A control group may go, and another one come under its name, while its files are read.
+TEST(HostFiles, FilesOfAFolderAreThoseOfTheOneThatWasListed) {
+  for (const Reach reach : {Reach::kHost, Reach::kRootFolder}) {
+    SavedHost host;
+    host.Write("group/file", "listed");
+    host.Write("group/below/file", "below");
+    host.Write("group-1/file", "another");
+    HostFiles files(host.Path(""), reach);
+    ASSERT_EQ(FolderReader(files, HostPath("group")).status(), HVC_OK);
+    char buffer[16];
+    std::string_view text;
+    EXPECT_EQ(files.Read(HostPath("group-1/file"), buffer, text), HVC_OK);
+    EXPECT_EQ(text, "another");
+    EXPECT_EQ(files.Read(HostPath("group/below/file"), buffer, text), HVC_OK);
+    EXPECT_EQ(text, "below");
+    ASSERT_EQ(rename(host.Path("group").c_str(), host.Path("gone").c_str()), 0);
+    host.Write("group/file", "new");
+    EXPECT_EQ(files.Read(HostPath("group/file"), buffer, text), HVC_OK);
+    EXPECT_EQ(text, reach == Reach::kHost ? "listed" : "new");
+    ASSERT_EQ(FolderReader(files, HostPath("group")).status(), HVC_OK);
+    EXPECT_EQ(files.Read(HostPath("group/file"), buffer, text), HVC_OK);
+    EXPECT_EQ(text, "new");
+  }
+}
+
+// Listings may be read in turns.
+TEST(HostFiles, AFolderIsReadToItsEndWhenAnotherIsOpened) {
+  SavedHost host;
+  host.Write("one/file", "");
+  host.Write("two/other", "");
+  HostFiles files(host.Path(""), Reach::kHost);
+  FolderReader one(files, HostPath("one"));
+  FolderReader two(files, HostPath("two"));
+  FolderReader::Entry entry;
+  ASSERT_TRUE(one.Next(entry));
+  EXPECT_EQ(entry.name, "file");
+  ASSERT_TRUE(two.Next(entry));
+  EXPECT_EQ(entry.name, "other");
+  EXPECT_FALSE(one.Next(entry));
+  EXPECT_EQ(one.status(), HVC_OK);
+}
+
+TEST(HostFiles, FoldersWithoutFolders) {
+  HostFiles running("/", Reach::kHost);
+  FolderReader top(running, HostPath("sys/kernel"));
+  EXPECT_FALSE(top.HasNoFolders());
+  int without = 0;
+  for (FolderReader::Entry entry; top.Next(entry);) {
+    FolderReader folder(running, HostPath("sys/kernel/", entry.name));
+    if (!folder.HasNoFolders()) continue;
+    ++without;
+    for (FolderReader::Entry below; folder.Next(below);)
+      EXPECT_FALSE(below.isFolder) << "sys/kernel/" << entry.name << "/" << below.name;
+  }
+  EXPECT_GT(without, 0);
+
+  SavedHost host;
+  host.Write("folder/file", "");
+  HostFiles saved(host.Path(""), Reach::kRootFolder);
+  EXPECT_FALSE(FolderReader(saved, HostPath("folder")).HasNoFolders()) << "nobody knows what it is saved on";
+}
+
 }  // namespace
 }  // namespace platkit
