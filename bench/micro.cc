@@ -1,0 +1,239 @@
+// What the parts of kestrel and libplatkit that most of the time goes to cost, one by one.
+#include <benchmark/benchmark.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <string>
+
+#include "platkit/catalogue.h"
+#include "platkit/linux/control_group.h"
+#include "platkit/linux/heaps.h"
+#include "platkit/linux/hierarchy.h"
+#include "platkit/linux/meminfo.h"
+#include "platkit/linux/process.h"
+#include "platkit/linux/zones.h"
+#include "platkit/nodal.h"
+#include "platkit/nodes.h"
+#include "platkit/path.h"
+#include "platkit/records.h"
+#include "src/table/report_row.h"
+
+namespace {
+
+using benchmark::State;
+
+// The row printer: a name and figures, as most rows have them.
+
+namespace row {
+
+using namespace kestrel;
+using enum Conversion;
+
+struct Row {
+  GroupNameRecord name;
+  GroupMemoryStatsRecord stats;
+};
+
+constinit ColumnDesc columns[] = {
+    {"name", "", 28, kS, kInTotal, PLAIN(name.name)},
+    {"memSize", "", 10, kLu, kInTotal, KB(stats.memSize)},
+    {"ovhd", "", 10, kLu, kInTotal, KB(stats.ovhd)},
+    {"sharedSaved", "", 10, kLu, kInTotal, KB(stats.sharedSaved)},
+    {"consumed", "", 10, kLu, kInTotal, KB(stats.consumed)},
+    {"touched", "", 10, kLu, kInTotal, KB(stats.touched)},
+    {"bMax", "", 10, kLd, kInTotal, KB(stats.bMax)},
+    {"allocTgt", "", 10, kLu, kInTotal, KB(stats.allocTgt)},
+    {"throttlePct", "", 3, kU, kInTotal, PLAIN(stats.throttlePct)},
+};
+
+void Print(State &state) {
+  const bool csv = state.range(0) != 0;
+  Row row = {};
+  std::snprintf(row.name.name, sizeof row.name.name, "service-1234");
+  row.stats.memSize = 123456789;
+  row.stats.consumed = 2345678;
+  row.stats.touched = 1024;
+  row.stats.bMax = HVC_KB_NONE;
+  ColumnsApplySelection(columns, nullptr);
+  for (auto _ : state)
+    PrintFigures(columns, csv, false, &row, ReportUnit::kMB);
+}
+BENCHMARK(Print)->ArgName("csv")->Arg(0)->Arg(1);
+
+void ConvertUnit(State &state) {
+  uint64_t kb = 123456789;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(kb);
+    benchmark::DoNotOptimize(OptionalKBToUnit(kb, ReportUnit::kMB));
+  }
+}
+BENCHMARK(ConvertUnit);
+
+}  // namespace row
+
+// Reads of a saved host of 1,000 groups: from the path, which is the key, to the value.
+
+void WritePath(State &state) {
+  const platkit::Node &node = *platkit::FindNode(NODAL_NODE_sched_groups_stats_memoryStats);
+  NODAL_Param group = {.kind = platkit::ParamKind::kInt, .length = 0, .integer = 123456};
+  for (auto _ : state) {
+    platkit::PathWriter path;
+    platkit::WritePath(node, {&group, 1}, path);
+    benchmark::DoNotOptimize(path.view());
+  }
+}
+BENCHMARK(WritePath);
+
+NODAL_ParamList *TopGroup() {
+  NODAL_ParamList *arguments = NODAL_ParamListCreate(NODAL_LIST_INSTANCES, 1);
+  if (NODAL_UseCache(SAVED_HOST, NODAL_CACHE_SNAPSHOT) != HVC_OK || NODAL_ParamListAddInt(arguments, 0) != HVC_OK) {
+    std::cerr << SAVED_HOST << " cannot be read\n";
+    std::exit(EXIT_FAILURE);
+  }
+  return arguments;
+}
+
+void ReadRecord(State &state) {
+  NODAL_ParamList *arguments = TopGroup();
+  GroupMemoryStatsRecord record;
+  for (auto _ : state) {
+    if (NODAL_Get(NODAL_NODE_sched_groups_stats_memoryStats, arguments, &record, sizeof record) != HVC_OK) {
+      state.SkipWithError("no record");
+    }
+  }
+  NODAL_ParamListDestroy(arguments);
+}
+BENCHMARK(ReadRecord);
+
+void ReadList(State &state) {
+  NODAL_ParamList *arguments = TopGroup();
+  uint32_t entries = 0;
+  for (auto _ : state) {
+    NODAL_ParamList *members = nullptr;
+    if (NODAL_GetInstanceListAlloc(NODAL_NODE_sched_groups_members_groups, arguments, &members) != HVC_OK) {
+      state.SkipWithError("no list");
+    }
+    entries = NODAL_ParamListUsedCount(members);
+    NODAL_ParamListDestroy(members);
+  }
+  state.counters["entries"] = entries;
+  NODAL_ParamListDestroy(arguments);
+}
+BENCHMARK(ReadList);
+
+// The parsers of the kernel's files, over copies of this host's own: what the kernel takes to write them does not
+// count.
+
+class CopiedHost {
+ public:
+  CopiedHost() : root_(std::filesystem::temp_directory_path() / ("kestrel-micro-" + std::to_string(getpid()))) {
+    Copy("proc/self/status", "proc/" + std::to_string(getpid()) + "/status");
+    for (const char *file : {"proc/meminfo", "proc/zoneinfo", "proc/slabinfo"})
+      Copy(file, file);
+    platkit::HostFiles host("/", platkit::Reach::kHost);
+    hierarchy_ = platkit::FindHierarchy(host);
+    if (hierarchy_.memoryFiles != platkit::MemoryFiles::kNone)
+      Copy(hierarchy_.top + "/memory.stat", "group/memory.stat");
+  }
+  ~CopiedHost() {
+    std::error_code error;
+    std::filesystem::remove_all(root_, error);
+  }
+  CopiedHost(const CopiedHost &) = delete;
+  CopiedHost &operator=(const CopiedHost &) = delete;
+
+  platkit::HostFiles &files() { return files_; }
+  platkit::PageSize &pageSize() { return pageSize_; }
+  platkit::MemoryFiles memoryFiles() const { return hierarchy_.memoryFiles; }
+
+  bool Has(const std::string &file) const { return std::filesystem::exists(root_ / file); }
+
+ private:
+  // The kernel's files do not tell their size, so they are read to their end. What is not for this user is not copied.
+  void Copy(const std::string &from, const std::string &to) {
+    std::FILE *source = std::fopen(("/" + from).c_str(), "re");
+    if (source == nullptr) return;
+    std::filesystem::create_directories((root_ / to).parent_path());
+    std::FILE *copy = std::fopen((root_ / to).c_str(), "we");
+    for (int c; copy != nullptr && (c = std::fgetc(source)) != EOF;)
+      std::fputc(c, copy);
+    if (copy != nullptr) std::fclose(copy);
+    std::fclose(source);
+  }
+
+  std::filesystem::path root_;
+  platkit::HostFiles files_{root_, platkit::Reach::kHost};
+  platkit::PageSize pageSize_{files_};
+  platkit::Hierarchy hierarchy_;
+};
+
+// The price of any small file: open, read, close.
+void OpenFile(State &state) {
+  CopiedHost host;
+  char buffer[64];
+  std::string_view text;
+  for (auto _ : state)
+    benchmark::DoNotOptimize(host.files().Read(platkit::HostPath("proc/meminfo"), buffer, text));
+}
+BENCHMARK(OpenFile);
+
+void ParseStatus(State &state) {
+  CopiedHost host;
+  platkit::ProcessStatus status;
+  for (auto _ : state) {
+    if (platkit::ReadProcessStatus(host.files(), getpid(), status) != HVC_OK) state.SkipWithError("no status");
+  }
+}
+BENCHMARK(ParseStatus);
+
+void ParseMeminfo(State &state) {
+  CopiedHost host;
+  for (auto _ : state)
+    benchmark::DoNotOptimize(platkit::ReadMeminfo(host.files()));
+}
+BENCHMARK(ParseMeminfo);
+
+void ParseZones(State &state) {
+  CopiedHost host;
+  for (auto _ : state)
+    benchmark::DoNotOptimize(platkit::ReadZones(host.files(), host.pageSize()));
+}
+BENCHMARK(ParseZones);
+
+void ParseGroupStat(State &state) {
+  CopiedHost host;
+  if (!host.Has("group/memory.stat")) state.SkipWithError("no control groups with memory files here");
+  for (auto _ : state) {
+    platkit::ControlGroupFiles group;
+    benchmark::DoNotOptimize(group.Stat(host.files(), host.memoryFiles(), "group"));
+  }
+}
+BENCHMARK(ParseGroupStat);
+
+void ParseHeaps(State &state) {
+  CopiedHost host;
+  if (!host.Has("proc/slabinfo")) state.SkipWithError("only root may read the caches");
+  platkit::Heaps heaps(host.files(), host.pageSize());
+  for (auto _ : state) {
+    NODAL_ParamList *list = NODAL_ParamListCreate(NODAL_LIST_INSTANCES, 1);
+    if (heaps.List(*list) != HVC_OK) state.SkipWithError("no heaps");
+    NODAL_ParamListDestroy(list);
+  }
+}
+BENCHMARK(ParseHeaps);
+
+}  // namespace
+
+// Rows are printed to standard output, so what is measured is said on standard error.
+int main(int argc, char **argv) {
+  if (std::freopen("/dev/null", "w", stdout) == nullptr) return EXIT_FAILURE;
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return EXIT_FAILURE;
+  benchmark::ConsoleReporter reporter(benchmark::ConsoleReporter::OO_Tabular);
+  reporter.SetOutputStream(&std::cerr);
+  benchmark::RunSpecifiedBenchmarks(&reporter);
+  return EXIT_SUCCESS;
+}
