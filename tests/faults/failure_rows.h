@@ -63,6 +63,8 @@ struct Report {
   FailureTable table;
   // The places of which a successful read, the last of several, is followed by a row; none: the rows follow all reads.
   std::vector<std::string> rowReads = {};
+  // The names of the rows in the order in which their memory nodes are looked up, if they are.
+  std::vector<std::string> lookedUp = {};
   Total total = Total::kNone;
   Header header = Header::kFirst;
   Parts parts = Parts::kOne;

@@ -213,6 +213,7 @@ std::vector<Report> HostReports() {
            .arguments = {"-r", "buddy-stats"},
            .table = Buddies(),
            .rowReads = {kBuddy},
+           .lookedUp = {"memmap-01-hi", "memmap-00-hi", "memmap-01-lo", "memmap-00-lo"},
            .total = Total::kAdded,
            .sharedColumns = {"name", "memNode", "numaNode"}},
           {.name = "CompStats",

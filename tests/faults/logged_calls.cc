@@ -42,6 +42,8 @@ std::string ListOf(const std::string &node) { return "list of " + node; }
 
 std::string WriteOf(const std::string &node) { return "write of " + node; }
 
+std::string NodeOf(const std::string &place) { return place.substr(place.rfind(' ') + 1); }
+
 CallLog::CallLog(const std::vector<std::string> &log, Parts parts) {
   std::map<std::string, List> lists;
   std::map<size_t, size_t> makers;  // of the lists that instances are taken from, by call

@@ -14,6 +14,8 @@ namespace faults {
 std::string ListOf(const std::string &node);
 // The same for calls about the node's being written.
 std::string WriteOf(const std::string &node);
+// The node of any of these places.
+std::string NodeOf(const std::string &place);
 
 struct LoggedCall {
   size_t line = 0;  // of the log
@@ -40,6 +42,8 @@ class CallLog {
   const std::vector<LoggedCall> &calls() const { return calls_; }
   // Where the visit of a group and of all below it ends.
   size_t EndOfGroup(size_t part) const;
+  // How many groups the group is below the start group.
+  size_t DepthOf(size_t part) const { return depths_[part]; }
 
  private:
   void MarkGroups(const std::map<size_t, size_t> &makers);

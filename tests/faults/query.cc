@@ -43,10 +43,19 @@ HVC_ReturnStatus TotalCommon(int64_t id) {
   return status;
 }
 
+// Loses a block of that size, for the sanitizers to find.
+HVC_ReturnStatus Leak(int64_t size) {
+  [[maybe_unused]] static void *volatile block;
+  block = std::malloc(static_cast<size_t>(size));
+  block = nullptr;
+  return HVC_OK;
+}
+
 constexpr struct {
   const char *name;
   HVC_ReturnStatus (*make)(int64_t id);
-} kQueries[] = {{"leader", Leader}, {"vmmAlloc", VmmAlloc}, {"vmmLeader", VmmLeader}, {"totalCommon", TotalCommon}};
+} kQueries[] = {
+    {"leader", Leader}, {"vmmAlloc", VmmAlloc}, {"vmmLeader", VmmLeader}, {"totalCommon", TotalCommon}, {"leak", Leak}};
 
 }  // namespace
 

@@ -1,0 +1,61 @@
+// What a run without failures tells of those with one.
+#ifndef TESTS_FAULTS_ORACLE_H
+#define TESTS_FAULTS_ORACLE_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "tests/faults/failure_rows.h"
+#include "tests/faults/logged_calls.h"
+#include "tests/faults/memory_modules.h"
+#include "tests/faults/report_table.h"
+
+namespace faults {
+
+class Oracle {
+ public:
+  struct Expected {
+    std::string output;
+    std::string errors;
+    int exitStatus;
+  };
+
+  Oracle(const Report &report, const testing_support::StandinRun &clean);
+
+  const std::vector<LoggedCall> &calls() const { return log_.calls(); }
+
+  // The first row of the report's table for a call that fails so; null if there is none.
+  const FailureRow *Find(const LoggedCall &call, HVC_ReturnStatus status) const;
+
+  // There has to be a row for the call.
+  Expected WhenFails(const LoggedCall &call, HVC_ReturnStatus status) const;
+
+ private:
+  // The last line of the log before the header is printed.
+  size_t HeaderLine(const testing_support::StandinRun &clean) const;
+  // The lines of the reads that each row follows.
+  std::vector<size_t> RowLines() const;
+  // For each row the line at which its buddy's memory node is looked up.
+  std::vector<size_t> Lookups() const;
+
+  // The next read of the search for sockets after a call of it; null if it is over.
+  const LoggedCall *NextRead(const LoggedCall &call) const;
+  bool HasSocket(const LoggedCall &call) const;
+  bool IsLost(size_t row, const FailureRow &failure, const LoggedCall &call) const;
+  std::string WithoutLost(const FailureRow &failure, const LoggedCall &call, bool endsRun) const;
+  std::string Messages(const FailureRow &row, const LoggedCall &call, HVC_ReturnStatus status) const;
+  int ExitStatus(const FailureRow &row, const LoggedCall &call) const;
+
+  const Report &report_;
+  ReportTable table_;
+  CallLog log_;
+  size_t headerLine_;
+  std::vector<size_t> rowLines_;
+  std::vector<size_t> lookups_;
+  std::vector<Step> steps_;  // of a profile
+};
+
+}  // namespace faults
+
+#endif  // TESTS_FAULTS_ORACLE_H

@@ -1,0 +1,36 @@
+// The table in the CSV output of a run, taken apart.
+#ifndef TESTS_FAULTS_REPORT_TABLE_H
+#define TESTS_FAULTS_REPORT_TABLE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/faults/failure_rows.h"
+
+namespace faults {
+
+using Cells = std::vector<std::string>;
+
+std::string Joined(const Cells &cells);
+
+struct ReportTable {
+  ReportTable(const Report &report, const std::string &output);
+
+  Cells header = {};  // none: the run did not come to its table
+  std::vector<Cells> rows = {};
+  std::optional<Cells> total = {};
+  std::string closing = {};  // the descriptions and what follows them
+};
+
+// The total row of a table's rows, with texts and blanks like another one's.
+Cells TotalLike(const Cells &other, const ReportTable &table, Total kind);
+
+// Whether the figures of a row, and the numbers in its names, are multiples of one owner's number.
+bool HasOneOwner(const Report &report, const ReportTable &table, const Cells &row);
+
+}  // namespace faults
+
+#endif  // TESTS_FAULTS_REPORT_TABLE_H
