@@ -192,7 +192,7 @@ Outcome Run(const Command &command) {
 
 std::string OptionsOfPreloads() {
   const char *given = std::getenv("ASAN_OPTIONS");
-  return (given == nullptr ? "" : std::string(given) + ":") + "verify_asan_link_order=0";
+  return (given == nullptr ? "" : std::string(given) + ":") + "verify_asan_link_order=0:exitcode=99";
 }
 
 std::ostream &operator<<(std::ostream &stream, const Outcome &outcome) {

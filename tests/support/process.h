@@ -34,7 +34,8 @@ struct Outcome {
   std::string errors;
 };
 
-// ASAN_OPTIONS for a program that a library is preloaded into: the sanitizers want to be loaded first themselves.
+// ASAN_OPTIONS for a program that a library is preloaded into: the sanitizers want to be loaded first themselves. What
+// they find ends the program with a status of its own, which no test takes for the program's.
 std::string OptionsOfPreloads();
 
 // Whether this machine has pseudo-terminals: a container may be without.
