@@ -3,6 +3,8 @@
 // back its lists, no row has figures of two owners, and the total is that of the rows above it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
 #include <set>
 #include <tuple>
@@ -12,9 +14,13 @@
 #include "tests/faults/oracle.h"
 #include "tests/faults/report_case.h"
 #include "tests/faults/report_table.h"
+#include "tests/support/text.h"
 
 namespace faults {
 namespace {
+
+using testing_support::Lines;
+using testing_support::Words;
 
 constexpr HVC_ReturnStatus kNotFound = 0x0bad0003;
 constexpr HVC_ReturnStatus kStatuses[] = {HVC_FAILURE, kNotFound, 0x0bad0031};
@@ -98,6 +104,20 @@ TEST_P(ReportFailures, AreAllInItsTable) {
     EXPECT_EQ(found.count(&row), 1u) << row.operation << ", " << row.place << ", " << row.number
                                      << ": there is no such call";
   }
+}
+
+TEST(ReportTables, AreThereForAllReports) {
+  std::set<std::string> listed;
+  bool inList = false;
+  for (const std::string &line : Lines(RunKestrel(StandinHost(), {"-h"}).outcome.output)) {
+    if (line.empty()) inList = false;
+    if (inList) listed.insert(Words(line).front());
+    if (line == "   Supported report types:") inList = true;
+  }
+  std::set<std::string> withTable;
+  for (const Report &report : AllReports())
+    withTable.insert(*std::next(std::ranges::find(report.arguments, "-r")));
+  EXPECT_EQ(withTable, listed);
 }
 
 // Every call of one kind fails: an operation on one node or list, or on arguments.
