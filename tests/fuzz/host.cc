@@ -1,5 +1,5 @@
 // The files of a host, in the form of tests/linux/hosts: all that the catalogue has is read of them. The capture is
-// sound, and kestrel says of it what it says of the host.
+// sound, and kestrel says of it what it says of the host, if the host does not contradict itself.
 #include <sstream>
 
 #include "platkit/nodal.h"
@@ -31,6 +31,21 @@ bool Capture(const fuzz::RootFolder &root, const std::vector<std::string> &paths
   return fuzz::Succeeds([&] { nodal::Capture({.snapshot = snapshot, .only = paths, .root = root.path()}); });
 }
 
+// A process that is in two control groups, as one seems to be that moves while they are read, is in two of the capture.
+// There can be no other problem.
+bool IsSound(const std::string &snapshot) {
+  bool isSound = false;
+  std::string text;
+  REQUIRE(fuzz::Succeeds([&] { isSound = nodal::Verify(snapshot); }, &text));
+  std::istringstream problems(text.substr(0, text.rfind(snapshot)));
+  for (std::string problem; std::getline(problems, problem);) {
+    if (problem.find(" both list group ") != std::string::npos) continue;
+    std::fprintf(stderr, "%s\n", problem.c_str());
+    REQUIRE(isSound);
+  }
+  return isSound;
+}
+
 // Without banners, which tell the time.
 void CompareReports(const fuzz::RootFolder &root, const std::string &snapshot, const std::string &report) {
   ReadFrom(root);
@@ -58,9 +73,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const std::string snapshot = fuzz::ScratchFolder() + "/host.nodal";
   Capture(root, {"/hardware/pci"}, snapshot);
   REQUIRE(Capture(root, {}, snapshot));
-  bool isSound = false;
-  REQUIRE(fuzz::Succeeds([&] { isSound = nodal::Verify(snapshot); }));
-  REQUIRE(isSound);
+  if (!IsSound(snapshot)) return 0;
   // Each input is shown one report, for time.
   CompareReports(root, snapshot, kReports[size % std::size(kReports)]);
   return 0;

@@ -7,11 +7,15 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstring>
 #include <iterator>
+#include <map>
 #include <thread>
 
+#include "platkit/path.h"
 #include "platkit/snapshot/snapshot_file.h"
 #include "src/dcpmm/sockets.h"
+#include "src/table/options.h"
 #include "tests/fuzz/captured_output.h"
 #include "tests/fuzz/program_state.h"
 #include "tests/fuzz/target.h"
@@ -21,6 +25,9 @@ int KestrelMain(int argc, char **argv);
 
 namespace fuzz {
 namespace {
+
+using platkit::snapshot::SnapshotFile;
+using platkit::snapshot::Value;
 
 constexpr int kMostPeriods = 3;
 
@@ -47,6 +54,38 @@ bool IsFitForTerminal(std::string_view text) {
     if (c == 0xc2 && i + 1 < text.size() && (static_cast<unsigned char>(text[i + 1]) & 0xe0) == 0x80) return false;
   }
   return true;
+}
+
+// Whether a walk over the groups takes so many visits that it would only be slow. Groups that name each other multiply
+// them, level by level; what kestrel does about that, other tests show in less time.
+bool IsLongWalk(SnapshotFile &file) {
+  constexpr uint64_t kMostVisits = 10'000;
+  struct Group {
+    std::vector<int64_t> members;
+    uint64_t visits = 1;  // of a walk from here, over so many levels as were gone through
+  };
+  std::map<int64_t, Group> groups;
+  SnapshotFile::Cursor cursor(file);
+  const platkit::Node *lists = platkit::FindNode("sched_groups_members_groups");
+  for (Value value; cursor.Next() == HVC_OK;) {
+    const platkit::PathTarget target = platkit::ParsePath(cursor.key());
+    if (target.node != lists || cursor.Read(value) != HVC_OK) continue;
+    std::vector<int64_t> &members = groups[target.arguments[0].integer].members;
+    members.resize(value.payload.size() / sizeof(int64_t));
+    if (!members.empty()) std::memcpy(members.data(), value.payload.data(), members.size() * sizeof(int64_t));
+  }
+  for (uint32_t level = 1; level < kestrel::kMostLevels; ++level) {
+    std::map<int64_t, uint64_t> visits;
+    for (const auto &[id, group] : groups) {
+      uint64_t &sum = visits[id] = 1;
+      for (const int64_t member : group.members)
+        sum += groups.contains(member) ? groups[member].visits : 1;
+      if (sum > kMostVisits) return true;
+    }
+    for (const auto &[id, sum] : visits)
+      groups[id].visits = sum;
+  }
+  return false;
 }
 
 }  // namespace
@@ -95,8 +134,9 @@ std::string WithoutFolders(std::string word) {
 void ReportOnSnapshot(const std::string &path) {
   std::vector<std::string> words = {"--force", "-c", path};
   {
-    platkit::snapshot::SnapshotFile file;
+    SnapshotFile file;
     if (file.Open(path.c_str()) == HVC_OK) {
+      if (IsLongWalk(file)) return;
       for (const std::string &word : WordsOf(file.header().host, ' '))
         words.push_back(WithoutFolders(word));
     }
