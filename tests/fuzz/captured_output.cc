@@ -45,4 +45,14 @@ CapturedOutput::~CapturedOutput() {
   stderr = savedErrors_;
 }
 
+bool IsFitForTerminal(std::string_view text) {
+  for (size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    if ((c < 0x20 && c != '\n' && c != '\t') || c == 0x7f) return false;
+    // U+0080 to U+009F, which are control characters too
+    if (c == 0xc2 && i + 1 < text.size() && (static_cast<unsigned char>(text[i + 1]) & 0xe0) == 0x80) return false;
+  }
+  return true;
+}
+
 }  // namespace fuzz

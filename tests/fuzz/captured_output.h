@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 namespace fuzz {
 
@@ -47,6 +48,9 @@ class CapturedOutput {
   FILE *const savedOutput_;
   FILE *const savedErrors_;
 };
+
+// Whether nothing in the text moves a cursor or changes a terminal's state: names come from outside.
+bool IsFitForTerminal(std::string_view text);
 
 }  // namespace fuzz
 

@@ -45,17 +45,6 @@ void LimitFiles(rlim_t size) {
   setrlimit(RLIMIT_FSIZE, &limit);
 }
 
-// What the banners and the messages are made of, besides what comes from outside.
-bool IsFitForTerminal(std::string_view text) {
-  for (size_t i = 0; i < text.size(); ++i) {
-    const auto c = static_cast<unsigned char>(text[i]);
-    if ((c < 0x20 && c != '\n' && c != '\t') || c == 0x7f) return false;
-    // U+0080 to U+009F, which are control characters too
-    if (c == 0xc2 && i + 1 < text.size() && (static_cast<unsigned char>(text[i + 1]) & 0xe0) == 0x80) return false;
-  }
-  return true;
-}
-
 // Whether a walk over the groups takes so many visits that it would only be slow. Groups that name each other multiply
 // them, level by level; what kestrel does about that, other tests show in less time.
 bool IsLongWalk(SnapshotFile &file) {
@@ -86,6 +75,13 @@ bool IsLongWalk(SnapshotFile &file) {
       groups[id].visits = sum;
   }
   return false;
+}
+
+// What a user typed is shown as it is.
+std::string WithoutControls(std::string word) {
+  std::ranges::replace_if(
+      word, [](unsigned char c) { return c < 0x20 || c >= 0x7f; }, '?');
+  return word;
 }
 
 }  // namespace
@@ -138,12 +134,13 @@ void ReportOnSnapshot(const std::string &path) {
     if (file.Open(path.c_str()) == HVC_OK) {
       if (IsLongWalk(file)) return;
       for (const std::string &word : WordsOf(file.header().host, ' '))
-        words.push_back(WithoutFolders(word));
+        words.push_back(WithoutControls(WithoutFolders(word)));
     }
   }
   const Outcome outcome = RunKestrel(words);
   REQUIRE(outcome.status == 0 || outcome.status == 1);
   REQUIRE(IsFitForTerminal(outcome.output));
+  REQUIRE(IsFitForTerminal(outcome.errors));
 }
 
 }  // namespace fuzz

@@ -17,8 +17,8 @@ struct Outcome {
   bool operator==(const Outcome &) const = default;
 };
 
-// `words` are those behind the program's name. What is printed is printed as for a terminal; sleeping takes no time, and
-// after a few periods of it output fails, for who may ask for two thousand million of them.
+// `words` are those behind the program's name. What is printed is printed as for a terminal; sleeping takes no time,
+// and after a few periods of it output fails, for who may ask for two thousand million of them.
 Outcome RunKestrel(std::span<const std::string> words);
 
 // The words of a command line in a text.

@@ -61,6 +61,15 @@ bool Succeeds(const std::function<void()> &command, std::string *output) {
   return true;
 }
 
+bool IsSound(const std::string &snapshot, std::string *problems) {
+  bool isSound = false;
+  std::string output;
+  if (!Succeeds([&] { isSound = nodal::Verify(snapshot); }, &output)) return false;
+  REQUIRE(IsFitForTerminal(output));
+  if (problems != nullptr) *problems = output.substr(0, output.rfind(snapshot));
+  return isSound;
+}
+
 void CheckRoundTrip(const std::string &snapshot) {
   const std::string again = ScratchFolder() + "/again.nodal";
   std::string dump;

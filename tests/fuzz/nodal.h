@@ -31,6 +31,9 @@ const std::string &ScratchFolder();
 // `output`, if given, gets what it printed.
 bool Succeeds(const std::function<void()> &command, std::string *output = nullptr);
 
+// Whether a snapshot opens and has no problem. What is told of it may be shown.
+bool IsSound(const std::string &snapshot, std::string *problems = nullptr);
+
 // Dumps the snapshot and builds another of the dump, which must be the same, byte for byte.
 void CheckRoundTrip(const std::string &snapshot);
 

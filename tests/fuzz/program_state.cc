@@ -30,8 +30,8 @@ std::vector<T> Table(const std::string &file, uint64_t offset, size_t count) {
   return table;
 }
 
-// In an instrumented program the size of a variable includes the room around it that nobody may touch, which the compiler
-// and the C library's own copying would watch.
+// In an instrumented program the size of a variable includes the room around it that nobody may touch, which the
+// compiler and the C library's own copying would watch.
 __attribute__((no_sanitize("address"))) void Copy(volatile char *to, const volatile char *from, size_t size) {
   for (; size >= sizeof(uint64_t); size -= sizeof(uint64_t), to += sizeof(uint64_t), from += sizeof(uint64_t))
     *reinterpret_cast<volatile uint64_t *>(to) = *reinterpret_cast<const volatile uint64_t *>(from);

@@ -16,8 +16,8 @@ class RootFolder {
 
   const std::string &path() const { return path_; }
 
-  // Entries that lead out of the folder, or cannot be made, are passed over: an input must not write to the machine that
-  // it is tried on.
+  // Entries that lead out of the folder, or cannot be made, are passed over: an input must not write to the machine
+  // that it is tried on.
   void Put(const std::vector<platkit::ArchiveEntry> &entries) const;
   void Put(const platkit::ArchiveEntry &entry) const;
 

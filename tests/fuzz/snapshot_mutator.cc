@@ -32,7 +32,9 @@ class Bytes {
   explicit Bytes(std::span<uint8_t> bytes) : bytes_(bytes) {}
 
   size_t size() const { return bytes_.size(); }
-  bool Has(uint64_t position, uint64_t size) const { return position <= this->size() && size <= this->size() - position; }
+  bool Has(uint64_t position, uint64_t size) const {
+    return position <= this->size() && size <= this->size() - position;
+  }
   uint32_t Integer(size_t position) const { return cdb_unpack(&bytes_[position]); }
   void PutCheck(size_t start, size_t size, size_t position) {
     cdb_pack(Check(std::as_bytes(bytes_.subspan(start, size))), &bytes_[position]);
@@ -71,7 +73,8 @@ std::vector<Entry> EntriesOf(std::span<const uint8_t> bytes) {
   SnapshotFile::Cursor cursor(file);
   Value value;
   while (cursor.Next() == HVC_OK) {
-    if (cursor.Read(value) == HVC_OK) entries.push_back({std::string(cursor.key()), value.type, std::string(value.text())});
+    if (cursor.Read(value) == HVC_OK)
+      entries.push_back({std::string(cursor.key()), value.type, std::string(value.text())});
   }
   return entries;
 }
