@@ -58,14 +58,14 @@ void Print(State &state) {
   row.stats.touched = 1024;
   row.stats.bMax = HVC_KB_NONE;
   ColumnsApplySelection(columns, nullptr);
-  for (auto _ : state)
+  for ([[maybe_unused]] auto _ : state)
     PrintFigures(columns, csv, false, &row, ReportUnit::kMB);
 }
 BENCHMARK(Print)->ArgName("csv")->Arg(0)->Arg(1);
 
 void ConvertUnit(State &state) {
   uint64_t kb = 123456789;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(kb);
     benchmark::DoNotOptimize(OptionalKBToUnit(kb, ReportUnit::kMB));
   }
@@ -79,7 +79,7 @@ BENCHMARK(ConvertUnit);
 void WritePath(State &state) {
   const platkit::Node &node = *platkit::FindNode(NODAL_NODE_sched_groups_stats_memoryStats);
   NODAL_Param group = {.kind = platkit::ParamKind::kInt, .length = 0, .integer = 123456};
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     platkit::PathWriter path;
     platkit::WritePath(node, {&group, 1}, path);
     benchmark::DoNotOptimize(path.view());
@@ -99,7 +99,7 @@ NODAL_ParamList *TopGroup() {
 void ReadRecord(State &state) {
   NODAL_ParamList *arguments = TopGroup();
   GroupMemoryStatsRecord record;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     if (NODAL_Get(NODAL_NODE_sched_groups_stats_memoryStats, arguments, &record, sizeof record) != HVC_OK) {
       state.SkipWithError("no record");
     }
@@ -111,7 +111,7 @@ BENCHMARK(ReadRecord);
 void ReadList(State &state) {
   NODAL_ParamList *arguments = TopGroup();
   uint32_t entries = 0;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     NODAL_ParamList *members = nullptr;
     if (NODAL_GetInstanceListAlloc(NODAL_NODE_sched_groups_members_groups, arguments, &members) != HVC_OK) {
       state.SkipWithError("no list");
@@ -175,7 +175,7 @@ void OpenFile(State &state) {
   CopiedHost host;
   char buffer[64];
   std::string_view text;
-  for (auto _ : state)
+  for ([[maybe_unused]] auto _ : state)
     benchmark::DoNotOptimize(host.files().Read(platkit::HostPath("proc/meminfo"), buffer, text));
 }
 BENCHMARK(OpenFile);
@@ -183,7 +183,7 @@ BENCHMARK(OpenFile);
 void ParseStatus(State &state) {
   CopiedHost host;
   platkit::ProcessStatus status;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     if (platkit::ReadProcessStatus(host.files(), getpid(), status) != HVC_OK) state.SkipWithError("no status");
   }
 }
@@ -191,14 +191,14 @@ BENCHMARK(ParseStatus);
 
 void ParseMeminfo(State &state) {
   CopiedHost host;
-  for (auto _ : state)
+  for ([[maybe_unused]] auto _ : state)
     benchmark::DoNotOptimize(platkit::ReadMeminfo(host.files()));
 }
 BENCHMARK(ParseMeminfo);
 
 void ParseZones(State &state) {
   CopiedHost host;
-  for (auto _ : state)
+  for ([[maybe_unused]] auto _ : state)
     benchmark::DoNotOptimize(platkit::ReadZones(host.files(), host.pageSize()));
 }
 BENCHMARK(ParseZones);
@@ -206,7 +206,7 @@ BENCHMARK(ParseZones);
 void ParseGroupStat(State &state) {
   CopiedHost host;
   if (!host.Has("group/memory.stat")) state.SkipWithError("no control groups with memory files here");
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     platkit::ControlGroupFiles group;
     benchmark::DoNotOptimize(group.Stat(host.files(), host.memoryFiles(), "group"));
   }
@@ -217,7 +217,7 @@ void ParseHeaps(State &state) {
   CopiedHost host;
   if (!host.Has("proc/slabinfo")) state.SkipWithError("only root may read the caches");
   platkit::Heaps heaps(host.files(), host.pageSize());
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     NODAL_ParamList *list = NODAL_ParamListCreate(NODAL_LIST_INSTANCES, 1);
     if (heaps.List(*list) != HVC_OK) state.SkipWithError("no heaps");
     NODAL_ParamListDestroy(list);
