@@ -191,6 +191,7 @@ TEST(HostFiles, AFolderIsReadToItsEndWhenAnotherIsOpened) {
 TEST(HostFiles, FoldersWithoutFolders) {
   HostFiles running("/", Reach::kHost);
   FolderReader top(running, HostPath("sys/kernel"));
+  if (top.status() != HVC_OK) GTEST_SKIP() << "no /sys/kernel here";
   EXPECT_FALSE(top.HasNoFolders());
   int without = 0;
   for (FolderReader::Entry entry; top.Next(entry);) {
