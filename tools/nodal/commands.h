@@ -23,9 +23,9 @@ void Get(const GetOptions &options);
 
 struct CaptureOptions {
   std::string snapshot;
-  std::vector<std::string> only;  // paths; none for all
+  std::vector<std::string> only = {};  // paths; none for all
   bool anonymize = false;
-  std::string key;  // of the pseudonyms; empty for one that nobody knows
+  std::string key = {};  // of the pseudonyms; empty for one that nobody knows
   // What is read instead of the running host, if any: a snapshot, or a root folder.
   std::string cache = {};
   std::string root = {};
