@@ -37,8 +37,8 @@ struct WantedFigure {
 // Takes the figure of a line if it is wanted, and no earlier line gave it; else false. A unit of "kB" is passed over.
 bool TakeFigure(std::string_view key, std::string_view rest, std::span<const WantedFigure> wanted);
 
-// Reads a file of keys and figures, as far as there are figures to be found. Figures that have no line, or no file, stay absent; if the file cannot be read to
-// its end, those that it did not give are unreadable.
+// Reads a file of keys and figures, as far as there are figures to be found. Figures that have no line, or no file,
+// stay absent; if the file cannot be read to its end, those that it did not give are unreadable.
 void ReadFigures(HostFiles &files, const HostPath &path, std::span<const WantedFigure> wanted);
 
 }  // namespace platkit

@@ -170,8 +170,8 @@ class FolderReader {
 
   bool Next(Entry &entry);
 
-  // Whether a control group of the running host has none below it, which the folder's number of links tells without a look
-  // at its entries. False of a saved folder: not all file systems that it may be on count them.
+  // Whether a control group of the running host has none below it, which the folder's number of links tells without a
+  // look at its entries. False of a saved folder: not all file systems that it may be on count them.
   bool HasNoFolders() const;
 
   HVC_ReturnStatus status() const { return status_; }
