@@ -1,7 +1,8 @@
-// describe: fills the templates of kestrel's manual page and of the shells' completions with what the reports say of
-// themselves, so that neither can go stale.
+// describe: fills the templates of the manual pages and of the shells' completions with what the reports and the nodes
+// say of themselves, so that none can go stale.
 //   describe TEMPLATE OUTPUT
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <set>
@@ -9,6 +10,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "src/reports/reports.h"
 #include "tools/describe/writers.h"
@@ -25,18 +27,19 @@ const Report &FindReport(const std::string &name) {
   throw std::runtime_error("there is no report " + name);
 }
 
-// Fills a template line by line. A placeholder is a line of its own, as "@report comp-stats@".
+// Fills a template line by line. A placeholder is a line of its own, as "@report comp-stats@". Files that are taken in
+// are named by their paths from the template's folder.
 class Filler {
  public:
-  explicit Filler(std::ostream &out) : out_(out) {}
+  Filler(std::ostream &out, std::filesystem::path folder) : out_(out), folder_(std::move(folder)) {}
 
   void PutLine(const std::string &line) {
     if (line.size() > 2 && line.front() == '@' && line.back() == '@') {
       std::istringstream words(line.substr(1, line.size() - 2));
       std::string what;
-      std::string report;
-      words >> what >> report;
-      Put(what, report);
+      std::string argument;
+      words >> what >> argument;
+      Put(what, argument);
       return;
     }
     constexpr std::string_view kVersion = "@version@";
@@ -59,25 +62,39 @@ class Filler {
   }
 
  private:
-  void Put(const std::string &what, const std::string &name) {
-    if (!name.empty()) shown_.insert(what + ' ' + name);
-    if (what == "report") return manual::PutReport(out_, FindReport(name));
-    if (what == "columns") return manual::PutColumns(out_, FindReport(name));
+  void Put(const std::string &what, const std::string &argument) {
+    if (what == "report") return manual::PutReport(out_, ShownReport(what, argument));
+    if (what == "columns") return manual::PutColumns(out_, ShownReport(what, argument));
     if (what == "reports") return manual::PutReports(out_);
+    if (what == "nodes") return manual::PutNodes(out_);
+    if (what == "records") return manual::PutRecords(out_);
+    if (what == "markdown") return PutFile(argument);
     if (what == "words-of-bash") return bash::PutWords(out_);
     if (what == "words-of-zsh") return zsh::PutWords(out_);
     if (what == "words-of-fish") return fish::PutWords(out_);
     throw std::runtime_error("there is no placeholder @" + what + "@");
   }
 
+  const Report &ShownReport(const std::string &what, const std::string &name) {
+    shown_.insert(what + ' ' + name);
+    return FindReport(name);
+  }
+
+  void PutFile(const std::string &name) {
+    std::ifstream text(folder_ / name);
+    manual::PutMarkdown(out_, text);
+    if (!text.eof()) throw std::runtime_error(name + " could not be read");
+  }
+
   std::ostream &out_;
+  std::filesystem::path folder_;
   std::multiset<std::string> shown_;
 };
 
 void Fill(const char *source, const char *target) {
   std::ifstream in(source);
   std::ofstream out(target);
-  Filler filler(out);
+  Filler filler(out, std::filesystem::path(source).parent_path());
   for (std::string line; std::getline(in, line);)
     filler.PutLine(line);
   filler.Finish();

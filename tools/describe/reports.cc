@@ -2,6 +2,7 @@
 #include <string_view>
 
 #include "src/reports/reports.h"
+#include "tools/describe/roff.h"
 #include "tools/describe/text.h"
 #include "tools/describe/writers.h"
 
@@ -12,22 +13,6 @@ using kestrel::ColumnDesc;
 using kestrel::Report;
 using kestrel::Sums;
 
-// A text as roff prints it.
-std::string Escaped(std::string_view text) {
-  std::string escaped;
-  if (text.starts_with('.') || text.starts_with('\'')) escaped += "\\&";
-  for (const char c : text) {
-    if (c == '-') {
-      escaped += "\\-";
-    } else if (c == '\\') {
-      escaped += "\\e";
-    } else {
-      escaped += c;
-    }
-  }
-  return escaped;
-}
-
 std::string Capitalized(std::string_view text) {
   std::string capitalized(text);
   if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') capitalized[0] = static_cast<char>(text[0] - 'a' + 'A');
@@ -35,15 +20,15 @@ std::string Capitalized(std::string_view text) {
 }
 
 // A font's macro leaves a space between its words, unless these are in quotation marks.
-std::string Quoted(std::string_view text) { return '"' + Escaped(text) + '"'; }
+std::string Quoted(std::string_view text) { return '"' + Literal(text) + '"'; }
 
 void PutSynopsis(std::ostream &out, const Report &report) {
-  out << ".PP\n.nh\n.B kestrel \\-r " << Escaped(report.name) << '\n';
+  out << ".PP\n.nh\n.B kestrel \\-r " << Literal(report.name) << '\n';
   for (const Option &option : OptionsOf(report)) {
     if (option.argument == Argument::kNone) {
       out << ".RB [ \\-" << option.letter << " ]\n";
     } else {
-      out << ".RB [ \\-" << option.letter << "\\ \\fI" << Escaped(option.placeholder) << "\\fR ]\n";
+      out << ".RB [ \\-" << option.letter << "\\ \\fI" << Literal(option.placeholder) << "\\fR ]\n";
     }
   }
   out << ".hy\n";
@@ -67,7 +52,7 @@ void PutColumn(std::ostream &out, const Report &report, const ColumnDesc &column
   const std::string sum = SumOf(report, column);
   if (!sum.empty()) text += "; " + sum;
   if (column.mandatory()) text += "; always shown";
-  PutFilled(out, Escaped(text + ')'));
+  PutFilled(out, Literal(text + ')'));
 }
 
 std::string Listed(const auto &names) {
@@ -88,11 +73,11 @@ std::vector<std::string> FlagsOf(const Report &report) {
 
 void PutReports(std::ostream &out) {
   for (const Report *report : kestrel::kReports)
-    out << ".TP\n.B " << Escaped(report->name) << '\n' << Escaped(Capitalized(report->summary)) << ".\n";
+    out << ".TP\n.B " << Literal(report->name) << '\n' << Literal(Capitalized(report->summary)) << ".\n";
 }
 
 void PutReport(std::ostream &out, const Report &report) {
-  out << ".SS " << Escaped(report.name) << '\n' << Escaped(Capitalized(report.summary)) << ".\n";
+  out << ".SS " << Literal(report.name) << '\n' << Literal(Capitalized(report.summary)) << ".\n";
   if (report.sums == Sums::kTotalRow) out << "A row of totals follows the others.\n";
   PutSynopsis(out, report);
 }

@@ -1,6 +1,6 @@
-#include "tools/pages/roff.h"
+#include "tools/describe/roff.h"
 
-namespace pages {
+namespace describe {
 namespace {
 
 std::string Escape(std::string_view text, std::string_view hyphen) {
@@ -28,4 +28,4 @@ std::string Prose(std::string_view text) { return Escape(text, "-"); }
 std::string Bold(std::string_view text) { return "\\fB" + Literal(text) + "\\fR"; }
 std::string Italic(std::string_view text) { return "\\fI" + Literal(text) + "\\fR"; }
 
-}  // namespace pages
+}  // namespace describe

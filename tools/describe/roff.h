@@ -1,11 +1,11 @@
 // Text in the language of manual pages.
-#ifndef PAGES_ROFF_H
-#define PAGES_ROFF_H
+#ifndef TOOLS_DESCRIBE_ROFF_H
+#define TOOLS_DESCRIBE_ROFF_H
 
 #include <string>
 #include <string_view>
 
-namespace pages {
+namespace describe {
 
 // Characters that are to come out as they are, copied from a terminal included.
 std::string Literal(std::string_view text);
@@ -16,6 +16,6 @@ std::string Prose(std::string_view text);
 std::string Bold(std::string_view text);
 std::string Italic(std::string_view text);
 
-}  // namespace pages
+}  // namespace describe
 
-#endif  // PAGES_ROFF_H
+#endif  // TOOLS_DESCRIBE_ROFF_H

@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <vector>
 
-#include "tools/pages/page.h"
-#include "tools/pages/roff.h"
+#include "tools/describe/roff.h"
+#include "tools/describe/writers.h"
 
-namespace pages {
+namespace describe::manual {
 namespace {
 
 using platkit::Field;
@@ -87,28 +87,28 @@ std::string Declaration(const Field &field) {
 
 }  // namespace
 
-void WriteNodes(std::ostream &page) {
+void PutNodes(std::ostream &out) {
   // What is longer than a line is neither spread over it nor hyphenated: it has places of its own to break at.
-  page << ".ad l\n.nh\n";
+  out << ".ad l\n.nh\n";
   for (const Node &node : platkit::Nodes()) {
-    page << ".TP 4\n"
-         << Path(node) << "\n"
-         << Bold("NODAL_NODE_") << "\\:" << Bold(node.name) << "\n.br\n"
-         << Arguments(node) << "\n.br\n"
-         << Yield(node) << "\n";
+    out << ".TP 4\n"
+        << Path(node) << "\n"
+        << Bold("NODAL_NODE_") << "\\:" << Bold(node.name) << "\n.br\n"
+        << Arguments(node) << "\n.br\n"
+        << Yield(node) << "\n";
   }
-  page << ".hy\n.ad b\n";
+  out << ".hy\n.ad b\n";
 }
 
-void WriteRecords(std::ostream &page) {
+void PutRecords(std::ostream &out) {
   for (const RecordLayout *record : Records()) {
-    page << ".SS " << Literal(record->name) << " (" << record->size << " bytes)\n.PD 0\n";
+    out << ".SS " << Literal(record->name) << " (" << record->size << " bytes)\n.PD 0\n";
     for (const Field &field : record->fields) {
       if (field.type == FieldType::kGap) continue;
-      page << ".TP\n" << Declaration(field) << "\n" << Prose(field.description) << "\n";
+      out << ".TP\n" << Declaration(field) << "\n" << Prose(field.description) << "\n";
     }
-    page << ".PD\n";
+    out << ".PD\n";
   }
 }
 
-}  // namespace pages
+}  // namespace describe::manual

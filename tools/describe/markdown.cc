@@ -2,10 +2,10 @@
 #include <string>
 #include <vector>
 
-#include "tools/pages/page.h"
-#include "tools/pages/roff.h"
+#include "tools/describe/roff.h"
+#include "tools/describe/writers.h"
 
-namespace pages {
+namespace describe::manual {
 namespace {
 
 std::string_view Trim(std::string_view text) {
@@ -109,6 +109,6 @@ class Converter {
 
 }  // namespace
 
-void WriteMarkdown(std::istream &text, std::ostream &page) { Converter(page).Convert(text); }
+void PutMarkdown(std::ostream &out, std::istream &text) { Converter(out).Convert(text); }
 
-}  // namespace pages
+}  // namespace describe::manual
