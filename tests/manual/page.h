@@ -1,50 +1,40 @@
-// The manual page as a reader takes it: its sections, the columns that it tells of, and its examples.
+// A manual page, as its reader sees it.
 #ifndef TESTS_MANUAL_PAGE_H
 #define TESTS_MANUAL_PAGE_H
 
-#include <map>
+#include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace manual {
 
-struct Column {
-  std::string name;
-  std::string meaning;
-  std::string kind;  // "amount", "number", "text", "y or n"
-  bool inTotal = false;
-  bool alwaysShown = false;
-};
+// What a text of the source prints, without the escapes of its language.
+std::string Printed(std::string_view source);
 
-struct ReportSection {
-  std::string letters;  // of its options, in the order of the alphabet
-  bool hasTotals = false;
-  std::vector<Column> columns;
-};
-
-struct Example {
-  std::string command;
-  std::string output;
-};
-
+// The page of that file name, such as nodal.1. Throws if it cannot be read.
 class Page {
  public:
-  // Reads the source of a page; throws if it cannot be read.
-  explicit Page(const std::string &file);
+  explicit Page(const std::string &name);
 
-  // The reports that the description lists, and the sections about them.
-  const std::vector<std::string> &listed() const { return listed_; }
-  const std::map<std::string, ReportSection> &reports() const { return reports_; }
-  const std::vector<Example> &examples() const { return examples_; }
+  // Of the source.
+  const std::vector<std::string> &lines() const { return lines_; }
+
+  // What stands in the source, without escapes.
+  std::string Text() const;
+
+  // The text of each block that stands word for word.
+  std::vector<std::string> Examples() const;
+
+  // The subsections of a section.
+  std::set<std::string> Subsections(std::string_view section) const;
 
  private:
-  void ReadExample(const std::vector<std::string> &lines, size_t &at);
-  void ReadReport(const std::vector<std::string> &lines, size_t &at);
-
-  std::vector<std::string> listed_;
-  std::map<std::string, ReportSection> reports_;
-  std::vector<Example> examples_;
+  std::vector<std::string> lines_;
 };
+
+// All that the expression finds in the text: its first group.
+std::set<std::string> FindAll(const std::string &text, const std::string &expression);
 
 }  // namespace manual
 

@@ -5,11 +5,11 @@
 #include <cctype>
 #include <regex>
 
-#include "tests/pages/page.h"
+#include "tests/manual/page.h"
 #include "tests/support/scratch.h"
 #include "tests/support/text.h"
 
-namespace pages_test {
+namespace manual {
 namespace {
 
 std::vector<std::string> WordsOf(std::string text) {
@@ -22,7 +22,7 @@ TEST(SnapshotPage, HasEveryWordOfTheText) {
   const std::string text = testing_support::ReadFile(SNAPSHOT_TEXT);
   const std::string body = std::regex_replace(text.substr(text.find('\n')), std::regex("```[a-z]*"), "");
   const std::vector<std::string> words = WordsOf(body);
-  const std::vector<std::string> page = WordsOf(Page("nodal-snapshot.5").text());
+  const std::vector<std::string> page = WordsOf(Page("nodal-snapshot.5").Text());
   EXPECT_GT(words.size(), 1000u);
   auto place = page.begin();
   for (const std::string &word : words) {
@@ -33,10 +33,10 @@ TEST(SnapshotPage, HasEveryWordOfTheText) {
 }
 
 TEST(SnapshotPage, HasNoMarkupOfTheText) {
-  const std::string page = Page("nodal-snapshot.5").text();
+  const std::string page = Page("nodal-snapshot.5").Text();
   for (const char *markup : {"`", "**", "##", "| "})
     EXPECT_EQ(page.find(markup), std::string::npos) << markup;
 }
 
 }  // namespace
-}  // namespace pages_test
+}  // namespace manual

@@ -1,12 +1,12 @@
-// kestrel(1) against the program that it is about: each report, option and column, what it says of units and totals,
-// and its examples word for word.
+// kestrel(1) against the program that it is about: each report, option and column, and what it says of units and
+// totals.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cctype>
-#include <cstdlib>
 #include <regex>
 
+#include "tests/manual/kestrel_page.h"
 #include "tests/manual/page.h"
 #include "tests/support/process.h"
 #include "tests/support/text.h"
@@ -17,8 +17,8 @@ namespace {
 using testing_support::Lines;
 using testing_support::Outcome;
 
-const Page &ThePage() {
-  static const Page page(MANUAL_PAGE);
+const KestrelPage &ThePage() {
+  static const KestrelPage page;
   return page;
 }
 
@@ -91,7 +91,7 @@ std::string UsageLetters(const std::string &report) {
   return letters;
 }
 
-TEST(Manual, HasTheReportsOfTheUsageText) {
+TEST(KestrelPage, HasTheReportsOfTheUsageText) {
   std::vector<std::string> usage = UsageReports();
   std::sort(usage.begin(), usage.end());
   EXPECT_EQ(usage.size(), 19U);
@@ -104,29 +104,14 @@ TEST(Manual, HasTheReportsOfTheUsageText) {
   EXPECT_EQ(described, usage);
 }
 
-TEST(Manual, HasTheGroupFlagsOfTheUsageText) {
+TEST(KestrelPage, HasTheGroupFlagsOfTheUsageText) {
   const std::string text = UsageText();
   const std::regex flag("\n {17}([a-z]+) ");
-  const std::string source = testing_support::Run({.program = "/bin/cat", .arguments = {MANUAL_PAGE}}).output;
+  const std::string source = Page("kestrel.1").Text();
   int flags = 0;
   for (std::sregex_iterator i(text.begin(), text.end(), flag); i != std::sregex_iterator(); ++i, ++flags)
     EXPECT_NE(source.find(".TP\n.B " + (*i)[1].str() + "\n"), source.npos) << (*i)[1];
   EXPECT_EQ(flags, 15 + 2);
-}
-
-TEST(Manual, ExamplesPrintWhatTheyShow) {
-  const char *path = std::getenv("PATH");
-  for (const Example &example : ThePage().examples()) {
-    const Outcome outcome = testing_support::Run({
-        .program = "/bin/sh",
-        .arguments = {"-c", example.command},
-        .environment = {{"PATH", std::string(PROGRAMS ":") + path}, {"LC_ALL", "C"}},
-        .directory = SAMPLES,
-    });
-    EXPECT_EQ(testing_support::MaskTimes(outcome.output), testing_support::MaskTimes(example.output))
-        << example.command << outcome;
-  }
-  EXPECT_EQ(ThePage().examples().size(), 4U);
 }
 
 class ReportSectionTest : public testing::TestWithParam<std::string> {
@@ -226,34 +211,12 @@ std::string NameOf(const testing::TestParamInfo<std::string> &info) {
 INSTANTIATE_TEST_SUITE_P(Usage, ReportSectionTest, testing::ValuesIn(UsageReports()), NameOf);
 INSTANTIATE_TEST_SUITE_P(Usage, SampledSection, testing::ValuesIn(SampledReports()), NameOf);
 
-TEST(Manual, HasTheColumnsOfTheProfiler) {
+TEST(KestrelPage, HasTheColumnsOfTheProfiler) {
   std::string names;
   for (const Column &column : ThePage().reports().at("dcpmm-stats").columns)
     names += column.name + ' ';
   EXPECT_EQ(names, "Socket IMC Channel Event Counts ");
 }
-
-// Those who read the page with one of these see no complaint, of whatever level.
-class Renderer : public testing::TestWithParam<const char *> {};
-
-TEST_P(Renderer, HasNothingToSay) {
-  const std::string command = GetParam();
-  const std::string program = command.substr(0, command.find(' '));
-  const auto run = [](const std::string &line) {
-    return testing_support::Run(
-        {.program = "/bin/sh", .arguments = {"-c", line}, .environment = {{"LC_ALL", "C.UTF-8"}}});
-  };
-  if (run("command -v " + program).exitStatus != 0) GTEST_SKIP() << program << " is missing";
-  const Outcome outcome = run(command + " " MANUAL_PAGE " 2>&1 >/dev/null");
-  EXPECT_EQ(outcome.exitStatus, 0) << outcome;
-  EXPECT_EQ(outcome.output, "");
-}
-
-INSTANTIATE_TEST_SUITE_P(Commands, Renderer, testing::Values("groff -man -ww -z", "mandoc -Tlint", "man -l"),
-                         [](const auto &command) {
-                           const std::string words = command.param;
-                           return words.substr(0, words.find(' '));
-                         });
 
 }  // namespace
 }  // namespace manual

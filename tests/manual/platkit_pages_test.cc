@@ -1,18 +1,18 @@
 // platkit(3) and platkit-nodes(3) against the library and its header.
 #include <gtest/gtest.h>
 
-#include "tests/pages/page.h"
+#include "tests/manual/page.h"
 #include "tests/support/process.h"
 #include "tests/support/scratch.h"
 
-namespace pages_test {
+namespace manual {
 namespace {
 
 TEST(PlatkitPages, HaveEachSymbolOfTheLibrary) {
   const testing_support::Outcome symbols = testing_support::Run(
       {.program = NM_PROGRAM, .arguments = {"--dynamic", "--defined-only", "--format=posix", PLATKIT_LIBRARY}});
   ASSERT_EQ(symbols.exitStatus, 0) << symbols;
-  const std::string pages = Page("platkit.3").text() + Page("platkit-nodes.3").text();
+  const std::string pages = Page("platkit.3").Text() + Page("platkit-nodes.3").Text();
   const std::set<std::string> words = FindAll(pages, "([A-Za-z_0-9]+)");
   const std::set<std::string> exported = FindAll("\n" + symbols.output, "\n([A-Za-z_0-9]+) ");
   EXPECT_GT(exported.size(), 60u);
@@ -23,7 +23,7 @@ TEST(PlatkitPages, HaveEachSymbolOfTheLibrary) {
 TEST(PlatkitPages, HaveEachStatusAndConstantOfTheHeader) {
   const std::string header = testing_support::ReadFile(NODAL_HEADER);
   const std::string expression = "((HVC|NODAL)_[A-Z]+[A-Z_]+)[^A-Za-z_]";
-  const std::set<std::string> named = FindAll(Page("platkit.3").text(), expression);
+  const std::set<std::string> named = FindAll(Page("platkit.3").Text(), expression);
   const std::set<std::string> declared = FindAll(header, expression);
   EXPECT_GT(declared.size(), 20u);
   for (const std::string &name : declared)
@@ -31,4 +31,4 @@ TEST(PlatkitPages, HaveEachStatusAndConstantOfTheHeader) {
 }
 
 }  // namespace
-}  // namespace pages_test
+}  // namespace manual

@@ -1,10 +1,10 @@
 // nodal(1) against what the program says of itself.
 #include <gtest/gtest.h>
 
-#include "tests/pages/page.h"
+#include "tests/manual/page.h"
 #include "tests/support/process.h"
 
-namespace pages_test {
+namespace manual {
 namespace {
 
 std::string Help(const std::vector<std::string> &arguments) {
@@ -28,8 +28,8 @@ TEST(NodalPage, HasEachOptionAndNoOther) {
     options.merge(Options(Help({command, "--help"})));
   EXPECT_GT(options.size(), 8u);
   // In examples, other programs have their own.
-  EXPECT_EQ(Options(Page("nodal.1").text()), options);
+  EXPECT_EQ(Options(Page("nodal.1").Text()), options);
 }
 
 }  // namespace
-}  // namespace pages_test
+}  // namespace manual
