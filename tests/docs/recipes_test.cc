@@ -6,12 +6,17 @@
 #include <map>
 #include <regex>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "tests/docs/markdown.h"
 #include "tests/support/process.h"
 #include "tests/support/scratch.h"
+
+namespace docs {
+
+// How a failure names a recipe.
+void PrintTo(const Section &recipe, std::ostream *stream) { *stream << recipe.name; }
 
 namespace {
 
@@ -19,41 +24,10 @@ using testing_support::ReadFile;
 using testing_support::ScratchDirectory;
 using testing_support::WriteFile;
 
-struct Block {
-  std::string language;
-  std::string text;
-  std::string before;  // the paragraph above it
-};
-
-struct Recipe {
-  std::string name;
-  std::string prose;
-  std::vector<Block> blocks;
-};
-
-void PrintTo(const Recipe &recipe, std::ostream *stream) { *stream << recipe.name; }
-
-std::vector<Recipe> ReadRecipes() {
-  std::vector<Recipe> recipes;
-  std::istringstream page(ReadFile(RECIPES_PAGE));
-  bool inBlock = false;
-  std::string paragraph;
-  for (std::string line; std::getline(page, line);) {
-    if (line.starts_with("## ")) recipes.push_back({.name = line.substr(3), .prose = {}, .blocks = {}});
-    if (recipes.empty()) continue;
-    Recipe &recipe = recipes.back();
-    if (line.starts_with("```")) {
-      inBlock = !inBlock;
-      if (inBlock) recipe.blocks.push_back({.language = line.substr(3), .text = {}, .before = paragraph});
-      paragraph.clear();
-    } else if (inBlock) {
-      recipe.blocks.back().text += line + "\n";
-    } else {
-      recipe.prose += line + "\n";
-      paragraph += line + "\n";
-    }
-  }
-  return recipes;
+std::vector<Section> ReadRecipes() {
+  std::vector<Section> sections = ReadSections(RECIPES_PAGE);
+  sections.erase(sections.begin());
+  return sections;
 }
 
 std::vector<std::string> Matches(const std::string &text, const std::string &pattern) {
@@ -89,10 +63,10 @@ class Workbench {
   ScratchDirectory folder_;
 };
 
-class RecipeTest : public testing::TestWithParam<Recipe> {};
+class RecipeTest : public testing::TestWithParam<Section> {};
 
 TEST_P(RecipeTest, DoesWhatItShows) {
-  const Recipe &recipe = GetParam();
+  const Section &recipe = GetParam();
   for (const std::string &program : Matches(recipe.prose, "Needs `([a-z0-9]+)`")) {
     if (!IsInstalled(program)) GTEST_SKIP() << program << " is missing";
   }
@@ -113,7 +87,7 @@ INSTANTIATE_TEST_SUITE_P(Recipes, RecipeTest, testing::ValuesIn(ReadRecipes()), 
 // The files that a recipe gives, by what the text above each calls it.
 std::map<std::string, std::string> FilesOfRecipes() {
   std::map<std::string, std::string> files;
-  for (const Recipe &recipe : ReadRecipes()) {
+  for (const Section &recipe : ReadRecipes()) {
     for (const Block &block : recipe.blocks) {
       if (block.language == "sh" || block.language == "text") continue;
       const std::vector<std::string> names = Matches(block.before, "in\\s+`([^`]+)`");
@@ -183,3 +157,4 @@ TEST(RecipeFiles, MetricsThatAreNamedExist) {
 }
 
 }  // namespace
+}  // namespace docs
