@@ -43,13 +43,13 @@ class Guest:
         with open(f"/proc/{self.pid}/status", encoding="utf-8") as file:
             return machines.fields(file.read())
 
-    def resident(self):
-        status = self.status()
-        return status["VmRSS"] + status["HugetlbPages"]
-
     def stop(self):
         self.qemu.kill()
         self.qemu.communicate()
+
+
+def resident(status):
+    return status["VmRSS"] + status["HugetlbPages"]
 
 
 def can_use_kvm():
@@ -60,7 +60,7 @@ def can_use_kvm():
         return False
 
 
-class ReportsOnGuests(unittest.TestCase):
+class ReportsOnGuests(machines.TestCase):
     @classmethod
     def setUpClass(cls):
         either = ["-accel", "kvm", "-accel", "tcg"]
@@ -86,8 +86,12 @@ class ReportsOnGuests(unittest.TestCase):
         self.assertEqual(len(own), 1, f"{report}: one row for the machine")
         return own[0]
 
-    def assertNear(self, value, expected, tolerance, what):
-        self.assertLessEqual(abs(int(value) - expected), tolerance, f"{what}: {value}, not {expected}")
+    def watch(self, guest, report):
+        """The machine's row, and the status of its process before and after the report."""
+        return machines.around(guest.status, lambda: self.row_of(guest, report))
+
+    def assertIsSwapped(self, row, statuses):
+        self.assertBetween(row["swapped"], [status["VmSwap"] for status in statuses], 0, "swapped")
 
     def for_each_guest(self, check):
         for guest, name, memory in (self.private, "quiet-one", 256 * MB), (self.shared, "quiet-two", 192 * MB):
@@ -96,12 +100,13 @@ class ReportsOnGuests(unittest.TestCase):
 
     def test_a_guest_is_a_group_with_a_monitor(self):
         def check(guest, name, memory):
-            rows = {row["gid"]: row for row in self.report("group-stats", "-g", str(guest.pid))}
+            rows, statuses = machines.around(guest.status, lambda: self.report("group-stats", "-g", str(guest.pid)))
+            rows = {row["gid"]: row for row in rows}
             self.assertEqual(len(rows), 2)
             machine = rows.pop(str(guest.pid))
             self.assertEqual((machine["name"], machine["flags"]), (name, "vm:uw"))
             self.assertEqual(int(machine["memSize"]), memory)
-            self.assertNear(machine["consumed"], guest.resident(), DRIFT, "consumed")
+            self.assertBetween(machine["consumed"], [resident(status) for status in statuses], DRIFT, "consumed")
             [monitor] = rows.values()
             self.assertEqual((monitor["name"], monitor["parGid"]), ("vmm", str(guest.pid)))
 
@@ -109,20 +114,21 @@ class ReportsOnGuests(unittest.TestCase):
 
     def test_vm_stats(self):
         def check(guest, name, memory):
-            row = self.row_of(guest, "vm-stats")
+            row, statuses = self.watch(guest, "vm-stats")
             self.assertEqual((row["name"], int(row["memSize"])), (name, memory))
-            self.assertGreaterEqual(guest.resident(), memory, "it is preallocated")
+            self.assertGreaterEqual(resident(statuses[0]), memory, "it is preallocated")
             self.assertNear(row["mapped"], memory, MB, "mapped")
             self.assertNear(row["consumed"], memory, MB, "consumed")
-            self.assertEqual(int(row["swapped"]), guest.status()["VmSwap"])
-            self.assertNear(row["ovhd"], guest.resident() - memory, DRIFT, "ovhd")
+            self.assertIsSwapped(row, statuses)
+            self.assertBetween(row["ovhd"], [resident(status) - memory for status in statuses], DRIFT, "ovhd")
 
         self.for_each_guest(check)
 
     def test_swap_stats(self):
         def check(guest, name, _):
-            row = self.row_of(guest, "swap-stats")
-            self.assertEqual((row["name"], int(row["swapped"])), (name, guest.status()["VmSwap"]))
+            row, statuses = self.watch(guest, "swap-stats")
+            self.assertEqual(row["name"], name)
+            self.assertIsSwapped(row, statuses)
 
         self.for_each_guest(check)
 
@@ -130,14 +136,13 @@ class ReportsOnGuests(unittest.TestCase):
         self.for_each_guest(lambda guest, name, _: self.assertEqual(self.row_of(guest, "lpage-stats")["name"], name))
 
     def test_uw_stats(self):
-        def check(guest, name, memory):
-            row = self.row_of(guest, "uw-stats")
+        def check(guest, name, _):
+            row, statuses = self.watch(guest, "uw-stats")
             self.assertEqual((row["type"], row["name"]), ("(all)", name))
-            status = guest.status()
-            self.assertNear(row["memSize"], status["VmSize"], DRIFT, "memSize")
-            self.assertNear(row["mapped"], guest.resident(), DRIFT, "mapped")
-            self.assertNear(row["shm"], status["RssShmem"], MB, "shm")
-            self.assertEqual(int(row["swapped"]), status["VmSwap"])
+            self.assertBetween(row["memSize"], [status["VmSize"] for status in statuses], DRIFT, "memSize")
+            self.assertBetween(row["mapped"], [resident(status) for status in statuses], DRIFT, "mapped")
+            self.assertBetween(row["shm"], [status["RssShmem"] for status in statuses], MB, "shm")
+            self.assertIsSwapped(row, statuses)
 
         self.for_each_guest(check)
 

@@ -40,6 +40,25 @@ def fields(text):
     return found
 
 
+def around(read, act):
+    """What a function returns, and what another one read before it and after it."""
+    before = read()
+    done = act()
+    return done, [before, read()]
+
+
+class TestCase(unittest.TestCase):
+    """Tests of figures that need not be as exact as those that they are compared with."""
+
+    def assertNear(self, value, expected, tolerance, what):
+        self.assertBetween(value, [expected], tolerance, what)
+
+    def assertBetween(self, value, readings, tolerance, what):
+        """A figure that moves by itself is between what it was before and after, or near to one of these."""
+        low, high = min(readings) - tolerance, max(readings) + tolerance
+        self.assertTrue(low <= int(value) <= high, f"{what}: {value}, not from {low} to {high}")
+
+
 def main():
     """Runs the tests of the program; ends with SKIPPED if none could be run."""
     ran = unittest.main(argv=sys.argv[:1], exit=False, verbosity=2).result

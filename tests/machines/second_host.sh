@@ -2,7 +2,8 @@
 # The first program of the second host. It sets the host up, runs every report there, and hands over what they said and
 # the host's own files, as an archive on the disk. The folders of the archive:
 #   files    the files of /proc, /sys and the control groups that the reports are compared with, at their own paths
-#   live     each report: its output, its messages (.err) and its exit status (.status)
+#   live     each report: its output, its messages (.err) and its exit status (.status); and the lines of files whose
+#            figures move by themselves, behind their paths, as they were right before it (.before) and after it (.after)
 #   user     the same for an ordinary user
 #   replay   the same from the host's capture, which is host.nodal
 export PATH=/bin LD_LIBRARY_PATH=/lib
@@ -84,7 +85,7 @@ start_loads() {
 merging_is_done() { [ "$(cat /sys/kernel/mm/ksm/pages_sharing)" -gt 4000 ]; }
 
 save_files() {
-  for file in /proc/meminfo /proc/vmstat /proc/buddyinfo /proc/zoneinfo /proc/slabinfo /proc/iomem \
+  for file in /proc/vmstat /proc/zoneinfo /proc/slabinfo /proc/iomem \
     $(ls /tmp/ready.* | sed 's,/tmp/ready.\(.*\),/proc/\1/status /proc/\1/cmdline,') /sys/kernel/mm/ksm/pages_* \
     /sys/fs/cgroup/outer/memory.* /sys/fs/cgroup/outer/*/memory.* /sys/devices/system/node/node*/hugepages/*/*; do
     [ -d "$out/files${file%/*}" ] || mkdir -p "$out/files${file%/*}"
@@ -103,6 +104,20 @@ run_reports() {
   done
 }
 
+watched() {
+  read_what_moves before
+  "$@"
+  status=$?
+  read_what_moves after
+  return $status
+}
+
+# By one program, since each takes its time here.
+read_what_moves() {
+  grep '' /proc/meminfo /proc/buddyinfo /sys/fs/cgroup/outer/memory*.current /sys/fs/cgroup/outer/*/memory*.current \
+    >"$folder/$report.$1"
+}
+
 as_nobody() { su -s /bin/sh nobody -c 'cd /tmp && exec "$0" "$@"' -- "$@"; }
 
 set_up_devices
@@ -112,7 +127,7 @@ start_loads
 mkdir $out
 cd /tmp || exit
 save_files
-run_reports live
+run_reports live watched
 run_reports user as_nobody
 if nodal --help | grep -qw capture; then
   nodal capture -o $out/host.nodal >$out/capture 2>$out/capture.err
