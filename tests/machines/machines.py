@@ -56,7 +56,8 @@ class TestCase(unittest.TestCase):
     def assertBetween(self, value, readings, tolerance, what):
         """A figure that moves by itself is between what it was before and after, or near to one of these."""
         low, high = min(readings) - tolerance, max(readings) + tolerance
-        self.assertTrue(low <= int(value) <= high, f"{what}: {value}, not from {low} to {high}")
+        if not low <= int(value) <= high:
+            self.fail(f"{what}: {value}, not from {low} to {high}")
 
 
 def main():
