@@ -1,7 +1,6 @@
 // Command lines of nodal, a word on each line, in a folder with a snapshot, its JSON and a saved root folder.
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
+#include <iterator>
 #include <vector>
 
 #include "platkit/nodal.h"
@@ -16,8 +15,6 @@
 int NodalMain(int argc, char **argv);
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr const char *kHost = R"({"format": 1, "host": "-r heap-stats", "nodes": {
   "/sched/groups/0/members/groups": [4],
@@ -39,7 +36,7 @@ fuzz::RootFolder NewFolder() {
 
 bool IsNodePath(const std::string &word) {
   constexpr const char *kTops[] = {"/sched", "/memory", "/system", "/hardware", "/worldGroups"};
-  return word == "/" || std::ranges::any_of(kTops, [&](const char *top) { return word.starts_with(top); });
+  return std::ranges::any_of(kTops, [&](const char *top) { return word.starts_with(top); });
 }
 
 // The paths of nodes lead nowhere in a file system; no other word may lead out of the folder.

@@ -1,7 +1,9 @@
 // A snapshot that is whole, of a host that may make no sense: an input is the words of kestrel's command line, then
 // nodes with their instances and what is stored there. It is reported on, and must come out of a dump and a build the
 // same.
+#include <algorithm>
 #include <array>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -12,7 +14,6 @@
 #include "tests/fuzz/nodal.h"
 #include "tests/fuzz/target.h"
 #include "tools/nodal/arguments.h"
-#include "tools/nodal/commands.h"
 
 namespace {
 
