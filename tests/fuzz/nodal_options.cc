@@ -1,4 +1,4 @@
-// Command lines of nodal, a word on each line, in a folder with a snapshot, its JSON and a saved root folder.
+// Command lines of nodal, a word on each line, in a folder with two snapshots, their JSON and a saved root folder.
 #include <algorithm>
 #include <iterator>
 #include <vector>
@@ -29,8 +29,11 @@ fuzz::RootFolder NewFolder() {
   folder.Put({kFile, "host.json", kHost});
   folder.Put({kFile, "root/proc/meminfo", "MemTotal: 1000 kB\n"});
   folder.Put({kFile, "root/proc/1/status", "Name:\tinit\nTgid:\t1\nVmSize:\t10 kB\nVmRSS:\t5 kB\n"});
-  const std::string snapshot = folder.path() + "/host.nodal";
-  REQUIRE(fuzz::Succeeds([&] { nodal::Build(folder.path() + "/host.json", snapshot); }));
+  folder.Put({kFile, "old.json", R"({"format": 1, "nodes": {"/system/heaps": ["net"]}})"});
+  for (const std::string host : {"/host", "/old"}) {
+    const std::string file = folder.path() + host;
+    REQUIRE(fuzz::Succeeds([&] { nodal::Build(file + ".json", file + ".nodal"); }));
+  }
   return folder;
 }
 
