@@ -25,6 +25,7 @@ TEST(Build, Syntax) {
             ":1:1: syntax error while parsing value - unexpected end of input; expected '[', '{', or a literal\n");
   EXPECT_EQ(Complaint("{\"a\": \"\xff\"}"),
             ":1:8: syntax error while parsing value - invalid string: ill-formed UTF-8 byte; last read: '\"?'\n");
+  EXPECT_EQ(Complaint("{\"format\": 1e999}"), ": number overflow parsing '1e999'\n");
 }
 
 TEST(Build, Frame) {

@@ -90,6 +90,15 @@ std::string Place(const std::string &text, size_t bytesRead) {
   return std::to_string(line) + ":" + std::to_string(before.size() - lineStart + 1);
 }
 
+// What the library says, without its own name and place.
+std::string Words(const Json::exception &error) {
+  std::string what = error.what();
+  for (const char *prefix : {"] ", "parse error", ": "}) {
+    if (const size_t found = what.find(prefix); found != std::string::npos) what.erase(0, found + std::strlen(prefix));
+  }
+  return what;
+}
+
 Json ParseFile(const std::string &path) {
   const std::string text = ReadFile(path);
   try {
@@ -98,14 +107,9 @@ Json ParseFile(const std::string &path) {
     Json::sax_parse(text, &check);
     return json;
   } catch (const Json::parse_error &error) {
-    // The library's text begins with its own name and place.
-    std::string what = error.what();
-    for (const char *prefix : {"] ", "parse error", ": "}) {
-      if (const size_t found = what.find(prefix); found != std::string::npos) {
-        what.erase(0, found + std::strlen(prefix));
-      }
-    }
-    throw Failure(path + ":" + Place(text, error.byte), what);
+    throw Failure(path + ":" + Place(text, error.byte), Words(error));
+  } catch (const Json::out_of_range &error) {
+    throw Failure(path, Words(error));  // a number, wherever it stands
   }
 }
 
