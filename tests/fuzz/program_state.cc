@@ -63,7 +63,7 @@ ProgramState::ProgramState(std::string_view nameSpace) {
       const std::string_view name = text(sections[section.sh_link], symbol.st_name);
       if (!isVariable(symbol) || !name.starts_with("_Z") || name.find(mangled) == std::string_view::npos) continue;
       if (!IsPlain(name)) continue;
-      char *place = reinterpret_cast<char *>(LoadAddress() + symbol.st_value);
+      char *place = reinterpret_cast<char *>(LoadAddress() + symbol.st_value);  // NOLINT(performance-no-int-to-ptr)
       variables_.push_back({place, std::vector<char>(symbol.st_size)});
       Copy(variables_.back().bytes.data(), place, symbol.st_size);
     }

@@ -43,9 +43,10 @@ void CheckRoundTrip(const RecordLayout &layout, const Bytes &record) {
 void Show(const Node &node, const Bytes &record) {
   platkit::UseSource(std::make_unique<OneRecord>(record));
   nodal::Arguments arguments;
-  for (size_t i = 0; i < node.recordArguments(); ++i)
-    arguments.push_back(node.arguments[i].kind == platkit::ParamKind::kInt ? nodal::IntArgument(4)
-                                                                           : nodal::TextArgument("x"));
+  for (size_t i = 0; i < node.recordArguments(); ++i) {
+    const bool isInteger = node.arguments[i].kind == platkit::ParamKind::kInt;
+    arguments.push_back(isInteger ? nodal::IntArgument(4) : nodal::TextArgument("x"));
+  }
   const std::string path = nodal::PathOf(node, arguments);
   REQUIRE(fuzz::Succeeds([&] { nodal::Get({.path = path, .descriptions = true}); }));
   REQUIRE(fuzz::Succeeds([&] { nodal::Get({.path = path, .json = true}); }));

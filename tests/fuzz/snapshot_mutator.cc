@@ -1,7 +1,6 @@
 // Changes to snapshots that get past their checks: of the bytes anywhere, with the checks put right again; and of the
 // entries, in a file that is made anew.
 #include <algorithm>
-#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -125,7 +124,7 @@ size_t LLVMFuzzerCustomMutator(uint8_t *data, size_t size, size_t maxSize, unsig
       MutateEntries(entries, random);
       const std::string file = FileOf(entries);
       if (!file.empty() && file.size() <= maxSize) {
-        std::memcpy(data, file.data(), file.size());
+        std::ranges::copy(file, data);
         return file.size();
       }
     }
