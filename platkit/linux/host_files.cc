@@ -97,7 +97,11 @@ HVC_ReturnStatus HostFiles::OpenBelowRoot(const HostPath &path, int flags, FileD
     open_how how = {};
     how.flags = static_cast<uint64_t>(flags | O_CLOEXEC);
     how.resolve = RESOLVE_IN_ROOT | RESOLVE_NO_MAGICLINKS;
-    file = FileDescriptor(static_cast<int>(syscall(SYS_openat2, rootFolder_.get(), path.c_str(), &how, sizeof how)));
+    // The kernel does not vouch for a ".." in a link while anything is renamed anywhere, and says to try again.
+    int tries = 100;
+    do {
+      file = FileDescriptor(static_cast<int>(syscall(SYS_openat2, rootFolder_.get(), path.c_str(), &how, sizeof how)));
+    } while (!file.isOpen() && errno == EAGAIN && --tries > 0);
   }
   return file.isOpen() ? HVC_OK : StatusOfErrno(errno);
 }

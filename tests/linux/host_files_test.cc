@@ -3,6 +3,9 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <thread>
 
 #include "tests/linux/saved_host.h"
 
@@ -107,6 +110,32 @@ TEST(HostFiles, ASavedRootLeadsNowhereElse) {
   HostFiles running(host.Path(""), Reach::kHost);
   EXPECT_EQ(running.Read(HostPath("absolute"), buffer, text), HVC_OK);
   EXPECT_EQ(text, "outside");
+}
+
+TEST(HostFiles, LinksAreFollowedWhileOtherFilesAreRenamed) {
+  SavedHost host;
+  host.Write("devices/region0/size", "1");
+  host.Write("other", "");
+  host.MakeLink("bus/region0", "../devices/region0");
+  HostFiles files(host.Path(""), Reach::kRootFolder);
+  std::atomic<bool> done = false;
+  std::thread renaming([&] {
+    const std::string here = host.Path("other"), there = host.Path("another");
+    while (!done) {
+      EXPECT_EQ(std::rename(here.c_str(), there.c_str()), 0);
+      EXPECT_EQ(std::rename(there.c_str(), here.c_str()), 0);
+    }
+  });
+  int read = 0;
+  constexpr int kReads = 20000;
+  for (int i = 0; i < kReads; ++i) {
+    char buffer[8];
+    std::string_view text;
+    if (files.Read(HostPath("bus/region0/size"), buffer, text) == HVC_OK) ++read;
+  }
+  done = true;
+  renaming.join();
+  EXPECT_EQ(read, kReads);
 }
 
 TEST(HostFiles, AFileWithoutEndIsNotReadToIt) {
