@@ -1,7 +1,8 @@
 // A file that appears whole or not at all.
 //
 // It is written beside its target, synced, and renamed. It has a name only when it is whole, where the file system
-// allows that: then nothing is left of it, however the program ends. Unless it takes the target's place, it is removed.
+// allows that: then nothing is left of it, however the program ends, but for the moment in which it takes the target's
+// place. Unless it does that, it is removed.
 #ifndef PLATKIT_DRAFT_H
 #define PLATKIT_DRAFT_H
 

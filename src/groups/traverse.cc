@@ -54,8 +54,9 @@ class Walk {
   HVC_ReturnStatus Run(int64_t groupID, uint32_t levels) {
     const HVC_ReturnStatus status = Visit(groupID, levels);
     if (!ended_) return status;
-    Warning("KestrelTraverseGroups: the groups below %ld name each other in a circle, ended after %u of them\n",
-            groupID, check_.visits());
+    Warning(
+        "KestrelTraverseGroups: there are too many groups below %ld, or they name each other: ended after %u visits\n",
+        groupID, check_.visits());
     return HVC_LIMIT_EXCEEDED;
   }
 

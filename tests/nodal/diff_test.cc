@@ -195,6 +195,11 @@ TEST_F(Diff, Trouble) {
     EXPECT_EQ(outcome.status, 2);
     EXPECT_EQ(outcome.err, "nodal: " + damaged + ": /system/heaps: Snapshot is damaged\n");
   }
+  bytes = Contents(sound);
+  bytes[bytes.find("/system/heaps") + 8] = 'e';
+  const std::string renamed = scratch_.Write("renamed", bytes);
+  for (const std::string &words : {renamed + " " + sound, sound + " " + renamed, renamed + " " + renamed})
+    EXPECT_EQ(Nodal("diff " + words).err, "nodal: " + renamed + ": /system/eeaps: Snapshot is damaged\n");
   const Outcome missing = Nodal("diff " + sound + " " + scratch_.Path("missing"));
   EXPECT_EQ(missing.status, 2);
   EXPECT_EQ(missing.err, "nodal: " + scratch_.Path("missing") + ": Not found\n");

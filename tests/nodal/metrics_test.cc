@@ -154,6 +154,10 @@ TEST(Exposition, LabelValues) {
   EXPECT_EQ(LabelValue("a\"b\\c\nd"), "a\\\"b\\\\c\\nd");
   EXPECT_EQ(LabelValue("caf\xc3\xa9 \xf0\x9f\x98\x80"), "caf\xc3\xa9 \xf0\x9f\x98\x80");
   EXPECT_EQ(LabelValue("\xff\x1b[m\x7f\xc3"), "\\\\xff\\\\x1b[m\\\\x7f\\\\xc3");
+  EXPECT_EQ(LabelValue("\xc2\x9b"
+                       "31m\xc2\xa0"),
+            "\\\\xc2\\\\x9b31m\xc2\xa0")
+      << "a terminal may obey the first";
   EXPECT_EQ(Labels().Add("a", "1").Add("b", "").Add("c", "x").text(), "a=\"1\",c=\"x\"");
 }
 

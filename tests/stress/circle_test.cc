@@ -22,8 +22,8 @@ int64_t Rows(const Outcome &outcome) { return std::ranges::count(outcome.output,
 constexpr int kMostUnquestioned = 1 << 20;
 
 std::string Ended(int64_t startGroup, int visits) {
-  return "KestrelTraverseGroups: the groups below " + std::to_string(startGroup) +
-         " name each other in a circle, ended after " + std::to_string(visits) + " of them\n";
+  return "KestrelTraverseGroups: there are too many groups below " + std::to_string(startGroup) +
+         ", or they name each other: ended after " + std::to_string(visits) + " visits\n";
 }
 
 TEST(Circle, AGroupThatIsItsOwnChildHasALineOnEachLevel) {

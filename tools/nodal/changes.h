@@ -43,7 +43,7 @@ class EntriesByPath {
  public:
   using Filter = std::function<bool(std::string_view path)>;
 
-  EntriesByPath(const std::string &snapshot, const platkit::snapshot::SnapshotFile &file, const Filter &filter);
+  EntriesByPath(const std::string &snapshot, platkit::snapshot::SnapshotFile &file, const Filter &filter);
 
   // Null: there are no more.
   const Entries *current() const { return current_ == nullptr ? nullptr : &current_->entries; }

@@ -237,7 +237,7 @@ class Selection {
 }  // namespace
 
 bool Diff(const DiffOptions &options) {
-  const Snapshot from(options.from), to(options.to);
+  Snapshot from(options.from), to(options.to);
   Selection selection(options.only);
   const EntriesByPath::Filter filter = [&](std::string_view path) { return selection.Contains(path); };
   EntriesByPath fromEntries(from.path, from.file, filter), toEntries(to.path, to.file, filter);

@@ -24,7 +24,7 @@ void PrintEntry(const char *separator, const std::string &key, const OrderedJson
 }
 
 // Prints the nodes whose keys are UTF-8, or those whose keys are not; whether there are others.
-bool PrintNodes(const std::string &path, const SnapshotFile &file, bool utf8) {
+bool PrintNodes(const std::string &path, SnapshotFile &file, bool utf8) {
   const char *separator = "\n";
   bool others = false;
   for (Entries entries(path, file); entries.Next();) {

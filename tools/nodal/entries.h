@@ -13,7 +13,7 @@ void OpenSnapshot(const std::string &path, platkit::snapshot::SnapshotFile &file
 
 class Entries {
  public:
-  Entries(const std::string &path, const platkit::snapshot::SnapshotFile &file) : path_(path), cursor_(file) {}
+  Entries(const std::string &path, platkit::snapshot::SnapshotFile &file) : path_(path), file_(file), cursor_(file) {}
 
   // Goes to the next entry that is not of the header; false: there is none. Throws a Failure where the file is damaged,
   // or its keys are not in order.
@@ -24,8 +24,10 @@ class Entries {
 
  private:
   bool NextOfFile();
+  bool IndexLeadsHere();
 
   std::string path_;
+  platkit::snapshot::SnapshotFile &file_;
   platkit::snapshot::SnapshotFile::Cursor cursor_;
   bool isFirst_ = true;
   std::string key_;

@@ -16,21 +16,18 @@ Labels &Labels::Add(std::string_view name, std::string_view value) {
 }
 
 std::string LabelValue(std::string_view text) {
-  std::string value;
-  while (!text.empty()) {
-    const size_t size = Utf8Prefix(text);
-    const char first = text[0];
-    if (first == '\n') {
-      value += "\\n";
-    } else if (size == 0 || first == '\x7f' || (first >= 0 && first < ' ')) {
-      value += "\\\\x" + ToHex(BytesOf(text.substr(0, 1)));
-    } else {
-      if (first == '\\' || first == '"') value += '\\';
-      value += text.substr(0, size);
-    }
-    text.remove_prefix(std::max<size_t>(size, 1));
+  std::string quoted;
+  for (const char c : text) {
+    if (c == '\\' || c == '"') quoted += '\\';
+    quoted += c;
   }
-  return value;
+  return Escaped(quoted, [](std::string_view character) {
+    if (character == "\n") return std::string("\\n");
+    std::string bytes;
+    for (const std::byte byte : BytesOf(character))
+      bytes += "\\\\x" + ToHex(std::span(&byte, 1));
+    return bytes;
+  });
 }
 
 std::string NumberText(double value) {

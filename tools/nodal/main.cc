@@ -20,6 +20,9 @@ namespace {
 
 enum ExitStatus { kSuccess = 0, kFailure = 1, kDifferent = 1, kUsage = 2, kTrouble = 2 };
 
+// What the command at work ends with when it fails.
+ExitStatus failureStatus = kFailure;
+
 struct Options {
   std::string cache;
   std::string root;
@@ -30,7 +33,6 @@ struct Options {
   std::string input;
   nodal::DiffOptions diff;
   std::string snapshot;
-  int failure = kFailure;  // the status of a command that throws
 };
 
 void UseSourceOf(const Options &options) {
@@ -127,7 +129,7 @@ void Define(CLI::App &app, Options &options) {
   capture->callback([&options] { UseSourceOf(options), nodal::Capture(CaptureOptionsOf(options)); });
   dump->callback([&options] { nodal::Dump(options.snapshot); });
   diff->callback([&options] {
-    options.failure = kTrouble;
+    failureStatus = kTrouble;
     if (!nodal::Diff(options.diff)) throw CLI::RuntimeError(kDifferent);
   });
   build->callback([&options] { nodal::Build(options.input, options.snapshot); });
@@ -136,7 +138,8 @@ void Define(CLI::App &app, Options &options) {
   });
 }
 
-int Run(int argc, char **argv, Options &options) {
+int Run(int argc, char **argv) {
+  Options options;
   CLI::App app("Reads the system-information tree of a hypervisor host, and makes, shows and verifies snapshots of it.",
                "nodal");
   Define(app, options);
@@ -163,7 +166,7 @@ int Run(int argc, char **argv, Options &options) {
     if (const std::exception_ptr failure = std::current_exception()) std::rethrow_exception(failure);
   } catch (const std::bad_alloc &) {
     std::fputs("nodal: out of memory\n", stderr);
-    std::_Exit(kFailure);
+    std::_Exit(failureStatus);
   } catch (...) {
   }
   std::abort();
@@ -176,14 +179,13 @@ int main(int argc, char **argv) {
   // Writes to a closed pipe, and beyond a limit on file sizes, fail like any other, and are cleaned up after.
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);
-  Options options;
   std::set_terminate(EndWithoutMemory);
   try {
-    return Run(argc, argv, options);
+    return Run(argc, argv);
   } catch (const std::bad_alloc &) {
     nodal::Complain("out of memory");
   } catch (const std::exception &failure) {
     nodal::Complain(failure.what());
   }
-  return options.failure;
+  return failureStatus;
 }

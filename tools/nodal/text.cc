@@ -52,21 +52,24 @@ bool IsUtf8(std::string_view text) {
   return true;
 }
 
-size_t Utf8Prefix(std::string_view text) { return FirstCharacter(text).size; }
-
-std::string Printable(std::string_view text) {
+std::string Escaped(std::string_view text, std::string (*escape)(std::string_view character)) {
   std::string shown;
   while (!text.empty()) {
     const auto [size, code] = FirstCharacter(text);
-    const bool control = code < 0x20 || (code >= 0x7f && code < 0xa0);
-    if (size == 0 || control) {
-      shown += '?';
+    const bool isControl = code < 0x20 || (code >= 0x7f && code < 0xa0);
+    const std::string_view character = text.substr(0, size == 0 ? 1 : size);
+    if (size == 0 || isControl) {
+      shown += escape(character);
     } else {
-      shown += text.substr(0, size);
+      shown += character;
     }
-    text.remove_prefix(size == 0 ? 1 : size);
+    text.remove_prefix(character.size());
   }
   return shown;
+}
+
+std::string Printable(std::string_view text) {
+  return Escaped(text, [](std::string_view) { return std::string("?"); });
 }
 
 std::string ToHex(std::span<const std::byte> bytes) {

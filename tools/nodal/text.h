@@ -14,8 +14,8 @@ namespace nodal {
 
 bool IsUtf8(std::string_view text);
 
-// The bytes of the first character of a text that is not empty; 0: it is not UTF-8.
-size_t Utf8Prefix(std::string_view text);
+// The text with something else in the place of each control character, and of each byte that is not UTF-8.
+std::string Escaped(std::string_view text, std::string (*escape)(std::string_view character));
 
 // The text as it may be shown on a terminal: '?' stands for control characters and for what is not UTF-8.
 std::string Printable(std::string_view text);
