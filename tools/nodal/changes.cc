@@ -107,8 +107,7 @@ std::string_view EntriesByPath::Stream::path() const {
   return std::string_view(entries.key()).substr(isOfFailures ? kFailurePrefix.size() : 0);
 }
 
-EntriesByPath::EntriesByPath(const std::string &snapshot, platkit::snapshot::SnapshotFile &file,
-                             const Filter &filter)
+EntriesByPath::EntriesByPath(const std::string &snapshot, platkit::snapshot::SnapshotFile &file, const Filter &filter)
     : filter_(filter),
       nodes_{.entries = Entries(snapshot, file), .isOfFailures = false},
       failures_{.entries = Entries(snapshot, file), .isOfFailures = true} {
