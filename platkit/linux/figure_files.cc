@@ -58,7 +58,10 @@ bool SplitKey(std::string_view line, std::string_view &key, std::string_view &re
 }
 
 bool TakeFigure(std::string_view key, std::string_view rest, std::span<const WantedFigure> wanted) {
-  const auto want = std::ranges::find(wanted, key, &WantedFigure::key);
+  // Keys of one file begin alike, and most lines are none of those wanted: their ends tell it soonest.
+  const auto want = std::ranges::find_if(wanted, [key](const WantedFigure &figure) {
+    return figure.key.size() == key.size() && figure.key.back() == key.back() && figure.key == key;
+  });
   if (want == wanted.end() || !want->figure->isAbsent()) return false;
   *want->figure = ParseKeyedFigure(rest);
   return true;

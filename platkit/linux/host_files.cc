@@ -84,15 +84,27 @@ HVC_ReturnStatus HostFiles::OpenRoot() {
   return rootFolder_.isOpen() ? HVC_OK : StatusOfErrno(errno);
 }
 
+HostFiles::Place HostFiles::PlaceOf(const HostPath &path) {
+  constexpr std::string_view kProcesses = "proc/";
+  if (lastFolder_ != nullptr && path.view().starts_with(lastFolderPath_)) {
+    return {lastFolder_->get(), path.c_str() + lastFolderPath_.size()};
+  }
+  if (path.view().starts_with(kProcesses)) {
+    if (!processes_.isOpen()) {
+      processes_ = FileDescriptor(openat(rootFolder_.get(), "proc", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    }
+    if (processes_.isOpen()) return {processes_.get(), path.c_str() + kProcesses.size()};
+  }
+  return {rootFolder_.get(), path.c_str()};
+}
+
 HVC_ReturnStatus HostFiles::OpenBelowRoot(const HostPath &path, int flags, FileDescriptor &file) {
   if (path.c_str() == nullptr) return HVC_IO_ERROR;
   const HVC_ReturnStatus status = OpenRoot();
   if (status != HVC_OK) return status;
   if (reach_ == Reach::kHost) {
-    const bool isInFolder = lastFolder_ != nullptr && path.view().starts_with(lastFolderPath_);
-    file =
-        FileDescriptor(isInFolder ? openat(lastFolder_->get(), path.c_str() + lastFolderPath_.size(), flags | O_CLOEXEC)
-                                  : openat(rootFolder_.get(), path.c_str(), flags | O_CLOEXEC));
+    const Place place = PlaceOf(path);
+    file = FileDescriptor(openat(place.folder, place.path, flags | O_CLOEXEC));
   } else {
     open_how how = {};
     how.flags = static_cast<uint64_t>(flags | O_CLOEXEC);
@@ -201,10 +213,22 @@ bool HostFiles::Exists(const HostPath &path) {
 }
 
 HVC_ReturnStatus HostFiles::Identify(const HostPath &path, uint64_t &inode) {
-  FileDescriptor file;
-  const HVC_ReturnStatus status = OpenBelowRoot(path, O_PATH, file);
-  inode = InodeOfFile(file);
-  return status;
+  inode = 0;
+  if (reach_ == Reach::kRootFolder) {
+    FileDescriptor file;
+    const HVC_ReturnStatus status = OpenBelowRoot(path, O_PATH, file);
+    inode = InodeOfFile(file);
+    return status;
+  }
+  // The running host's need not be opened.
+  if (path.c_str() == nullptr) return HVC_IO_ERROR;
+  const HVC_ReturnStatus status = OpenRoot();
+  if (status != HVC_OK) return status;
+  struct stat about;
+  const Place place = PlaceOf(path);
+  if (fstatat(place.folder, place.path, &about, 0) != 0) return StatusOfErrno(errno);
+  inode = about.st_ino;
+  return HVC_OK;
 }
 
 LineReader::LineReader(HostFiles &files, const HostPath &path) : status_(files.Open(path, 0, file_)) {}

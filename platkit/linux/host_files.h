@@ -106,9 +106,10 @@ class HostFiles {
   // Whether there is such a file or folder, be it for this user or not.
   bool Exists(const HostPath &path);
 
-  Reach reach() const { return reach_; }
   // Tells the inode number of a file or folder, be it for this user or not.
   [[nodiscard]] HVC_ReturnStatus Identify(const HostPath &path, uint64_t &inode);
+
+  Reach reach() const { return reach_; }
 
   // Told of every open from now on.
   void ObserveOpens(Observer observer) { observer_ = std::move(observer); }
@@ -117,10 +118,18 @@ class HostFiles {
   HVC_ReturnStatus OpenFor(Access access, const HostPath &path, int flags, FileDescriptor &file);
   HVC_ReturnStatus OpenBelowRoot(const HostPath &path, int flags, FileDescriptor &file);
 
+  // The folder from which the running host's kernel finds a file soonest, and the file's path from there.
+  struct Place {
+    int folder;
+    const char *path;
+  };
+  Place PlaceOf(const HostPath &path);
+
   std::string root_;
   Reach reach_;
   Writes writes_;
   FileDescriptor rootFolder_;
+  FileDescriptor processes_;  // the running host's folder of them
   std::shared_ptr<const FileDescriptor> lastFolder_;
   std::string lastFolderPath_;  // ends with a slash
   Observer observer_;

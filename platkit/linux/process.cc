@@ -75,37 +75,42 @@ bool IsStill(HostFiles &files, int64_t pid, const ProcessIdentity &identity) {
 HVC_ReturnStatus ReadProcessStatus(HostFiles &files, int64_t pid, ProcessStatus &status) {
   status = {};
   status.identity.seenAt = TimeSinceStart();
+  // In the kernel's order, but for those that a process must have, which come first.
   const WantedFigure wanted[] = {
-      {"VmSize", &status.size},        {"VmPeak", &status.sizePeak},        {"VmRSS", &status.resident},
-      {"VmHWM", &status.residentPeak}, {"HugetlbPages", &status.hugePages}, {"VmPTE", &status.pageTables},
-  };
-  const WantedFigure perhaps[] = {
+      {"VmPeak", &status.sizePeak},
+      {"VmSize", &status.size},
+      {"VmHWM", &status.residentPeak},
+      {"VmRSS", &status.resident},
+      {"VmPTE", &status.pageTables},
+      {"HugetlbPages", &status.hugePages},
+      {"VmLck", &status.locked},
+      {"VmPin", &status.pinned},
       {"RssAnon", &status.anonymous},
       {"RssFile", &status.files},
       {"RssShmem", &status.sharedMemory},
-      {"VmLck", &status.locked},
-      {"VmPin", &status.pinned},
       {"VmSwap", &status.swapped},
       {"THP_enabled", &status.transparentHugePages},
   };
+  constexpr size_t kRequired = 6;
   Kind kind;
   LineReader lines(files, HostPath("proc/", pid, "/status"));
   status.identity.inode = lines.inode();
   std::string_view line, key, rest;
-  while (lines.Next(line)) {
+  // What the process is stands before its memory and its threads: once all of these are told, what follows is signals,
+  // capabilities and the like, a third of the file.
+  for (size_t left = std::size(wanted); (left > 0 || status.threads == 0) && lines.Next(line);) {
     if (!SplitKey(line, key, rest)) continue;
     TakeLine(key, rest, pid, kind, status);
-    TakeFigure(key, rest, wanted);
-    TakeFigure(key, rest, perhaps);
+    if (TakeFigure(key, rest, wanted)) --left;
   }
   if (lines.status() == HVC_NOT_FOUND) return HVC_NOT_FOUND;
   if (lines.status() == HVC_OK) {
     if (!kind.hasMemory || kind.isKernelThread || kind.isZombie || kind.isThread) return HVC_NOT_FOUND;
     status.hugePages = status.hugePages.IfAbsent(Figure(0));  // a kernel built without them
+    MarkUnread(std::span(wanted).first<kRequired>());
   } else {
-    MarkUnread(perhaps);
+    MarkUnread(wanted);
   }
-  MarkUnread(wanted);
   return HVC_OK;
 }
 
