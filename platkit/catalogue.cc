@@ -119,6 +119,7 @@ Definitions DigestOfCatalogue() {
 
 }  // namespace
 
+static_assert(std::size(kNodes) <= kMostNodes);
 std::span<const Node> Nodes() { return kNodes; }
 
 const Node *FindNode(uint32_t id) { return id == kNoNode || id > std::size(kNodes) ? nullptr : &kNodes[id - 1]; }

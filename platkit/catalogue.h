@@ -80,6 +80,7 @@ struct Node {
 
 // All nodes, in the order of nodes.def.
 std::span<const Node> Nodes();
+inline constexpr size_t kMostNodes = 64;
 
 // The node with that identifier, or null.
 const Node *FindNode(uint32_t id);

@@ -1,6 +1,7 @@
 #include "platkit/snapshot/snapshot_source.h"
 
 #include <algorithm>
+#include <bitset>
 #include <cstring>
 #include <new>
 
@@ -30,6 +31,8 @@ class SnapshotSource : public Source {
   // The instance that was asked for last, by the start of its path and its number.
   std::string_view lastStart_;
   int64_t lastInstance_ = 0;
+  // The nodes that were asked for of an instance, by their places in the catalogue.
+  std::bitset<kMostNodes> asked_;
 };
 
 HVC_ReturnStatus SnapshotSource::Find(const Node &node, Arguments arguments, ValueType type, Value &value) {
@@ -45,9 +48,12 @@ HVC_ReturnStatus SnapshotSource::Find(const Node &node, Arguments arguments, Val
 
 // The nodes of one instance, such as a group, are asked for one after the other. Their entries stand side by side, but
 // what leads to them is anywhere in the index: a large file's is not in the processor's cache, and each look-up would
-// wait for memory. So all are fetched when the first one is asked for. True if this is the first.
+// wait for memory. So all that were asked for of earlier instances are fetched when the first one is asked for. True if
+// this is the first.
 bool SnapshotSource::ExpectSiblings(const Node &node, Arguments arguments) {
   if (arguments.size() != 1 || arguments[0].kind != ParamKind::kInt) return false;
+  const std::span<const Node> nodes = Nodes();
+  asked_.set(static_cast<size_t>(&node - nodes.data()));
   const std::string_view start = node.pieces[0];
   const int64_t instance = arguments[0].integer;
   if (instance == lastInstance_ && start == lastStart_) return false;
@@ -55,10 +61,8 @@ bool SnapshotSource::ExpectSiblings(const Node &node, Arguments arguments) {
   lastInstance_ = instance;
   PathWriter path;
   const uint32_t hash = snapshot::Hash(path.Literal(start).Integer(instance).view());
-  for (const Node &sibling : Nodes()) {
-    if (sibling.pathArguments == 1 && sibling.pieces[0] == start) {
-      file_.ExpectKey(snapshot::Hash(sibling.pieces[1], hash));
-    }
+  for (size_t i = 0; i < nodes.size(); ++i) {
+    if (asked_[i] && nodes[i].pieces[0] == start) file_.ExpectKey(snapshot::Hash(nodes[i].pieces[1], hash));
   }
   return true;
 }
