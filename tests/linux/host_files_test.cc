@@ -175,6 +175,32 @@ TEST(HostFiles, Folders) {
   EXPECT_EQ(FolderReader(files, HostPath("top/file")).status(), HVC_NOT_FOUND);
 }
 
+TEST(HostFiles, AFileIsIdentifiedByItsInode) {
+  for (const Reach reach : {Reach::kHost, Reach::kRootFolder}) {
+    SavedHost host;
+    host.Write("proc/7/status", "one");
+    HostFiles files(host.Path(""), reach);
+    const auto inodeOf = [](const std::string &path) {
+      struct stat about = {};
+      EXPECT_EQ(stat(path.c_str(), &about), 0) << path;
+      return about.st_ino;
+    };
+    uint64_t first = 0, second = 0;
+    EXPECT_EQ(files.Identify(HostPath("proc/7/status"), first), HVC_OK);
+    EXPECT_EQ(first, inodeOf(host.Path("proc/7/status")));
+    EXPECT_EQ(LineReader(files, HostPath("proc/7/status")).inode(), first);
+    host.Write("proc/7/other", "two");
+    ASSERT_EQ(rename(host.Path("proc/7/other").c_str(), host.Path("proc/7/status").c_str()), 0);
+    EXPECT_EQ(files.Identify(HostPath("proc/7/status"), second), HVC_OK);
+    EXPECT_NE(first, second);
+    EXPECT_EQ(files.Identify(HostPath("proc/8/status"), second), HVC_NOT_FOUND);
+    EXPECT_EQ(second, 0u);
+    EXPECT_EQ(files.Identify(HostPath("proc/7/status/x"), second), HVC_NOT_FOUND);
+    EXPECT_EQ(files.Identify(HostPath("proc/", std::string(PATH_MAX, 'x')), second), HVC_IO_ERROR);
+    EXPECT_EQ(HostFiles(host.Path("none"), reach).Identify(HostPath("proc"), second), HVC_NOT_FOUND);
+  }
+}
+
 // A control group may go, and another one come under its name, while its files are read.
 TEST(HostFiles, FilesOfAFolderAreThoseOfTheOneThatWasListed) {
   for (const Reach reach : {Reach::kHost, Reach::kRootFolder}) {
