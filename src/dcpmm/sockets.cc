@@ -52,7 +52,7 @@ class Search {
       std::printf("DCPMM Profiler Info: %s Failure\n", level.nodeName);
       return status;
     }
-    for (uint32_t i = 0; i < NODAL_ParamListUsedCount(instances.get()) && status == HVC_OK; ++i)
+    for (uint32_t i = 0; status == HVC_OK && i < NODAL_ParamListUsedCount(instances.get()); ++i)
       status = Into(depth, instances.get(), i);
     return status;
   }

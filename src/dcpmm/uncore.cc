@@ -177,12 +177,13 @@ HVC_ReturnStatus KestrelDCPMMProgramEvent(const UncoreUnit &unit, const char *ev
     std::printf("%s: Invalid eventName %s\n", kStep, eventName);
     return HVC_FAILURE;
   }
+  ParamList inputArgs;  // ends last
   const ParamList instanceArgs = MakeArguments(1);
   if (instanceArgs == nullptr) {
     std::puts("Cannot create instanceArgs");
     return HVC_NO_MEMORY;
   }
-  const ParamList inputArgs(NODAL_ParamListCreate(NODAL_LIST_INPUT, 1));
+  inputArgs.reset(NODAL_ParamListCreate(NODAL_LIST_INPUT, 1));
   if (inputArgs == nullptr) {
     std::puts("cannot create inputArgs");
     return HVC_NO_MEMORY;

@@ -153,12 +153,7 @@ BuddyRows FindBuddies() {
   BuddyRows found;
   const ParamList names(NODAL_ParamListCreateAndAllocateParams(NODAL_LIST_INSTANCES, kMostBuddies, kMostNameBytes));
   if (names == nullptr) return found;
-  const HVC_ReturnStatus status = NODAL_GetInstanceList(NODAL_NODE_system_buddy, nullptr, names.get());
-  // Any other failure means that there is nothing to show, but these buddies exist.
-  if (status == HVC_LIMIT_EXCEEDED) {
-    Warning("KestrelBuddyGetStats: the names of the buddies don't fit into a list of %u\n", kMostBuddies);
-  }
-  if (status != HVC_OK) return found;
+  if (NODAL_GetInstanceList(NODAL_NODE_system_buddy, nullptr, names.get()) != HVC_OK) return found;
 
   for (uint32_t i = 0; i < NODAL_ParamListUsedCount(names.get()) && found.count < kMostBuddies; ++i) {
     const char *name = nullptr;

@@ -135,6 +135,7 @@ HVC_ReturnStatus ReadHeap(NODAL_ParamList *arguments, const char *name, Heaps &h
 }
 
 HVC_ReturnStatus KestrelHeapGetMemMapStats(Heaps &heaps) {
+  ParamList arguments;  // ends after the heaps' names
   ParamList names;
   HVC_ReturnStatus status = ListInstances(NODAL_NODE_system_heaps, nullptr, names);
   if (status != HVC_OK) return Failed("NODAL_GetInstanceListAlloc() for heapList", status);
@@ -145,7 +146,7 @@ HVC_ReturnStatus KestrelHeapGetMemMapStats(Heaps &heaps) {
   }
   heaps.records.reset(static_cast<HeapStatsRecord *>(std::malloc(count * sizeof(HeapStatsRecord))));
   if (heaps.records == nullptr) return Failed("malloc() for stats", HVC_NO_MEMORY);
-  const ParamList arguments = MakeArguments(1);
+  arguments = MakeArguments(1);
   if (arguments == nullptr) return Failed("NODAL_ParamListCreate() for heapParam", HVC_NO_RESOURCES);
   for (uint32_t i = 0; i < count; ++i) {
     const char *name = nullptr;

@@ -144,10 +144,12 @@ HVC_ReturnStatus ListBelow(const char *step, uint32_t node, std::initializer_lis
   return status == HVC_OK ? ListInstances(node, arguments.get(), instances) : status;
 }
 
-// The text at a place of a list, and an empty one where it cannot be had: what lies below it is then not found.
+// The text at a place of a list, whatever the status, and an empty one if none is given: what lies below it is then not
+// found.
 const char *TextOrEmpty(const NODAL_ParamList *list, uint32_t index) {
-  const char *text = "";
-  return NODAL_ParamListGetString(list, index, &text) == HVC_OK ? text : "";
+  const char *text = nullptr;
+  static_cast<void>(NODAL_ParamListGetString(list, index, &text));
+  return text == nullptr ? "" : text;
 }
 
 // A report of this family on its way.
@@ -171,7 +173,7 @@ HVC_ReturnStatus ForEachVolume(Visit visit) {
   ParamList volumes;
   HVC_ReturnStatus status = ListInstances(NODAL_NODE_memory_pmem_volumes, nullptr, volumes);
   if (status != HVC_OK) return status;
-  for (uint32_t i = 0; i < NODAL_ParamListUsedCount(volumes.get()) && status == HVC_OK; ++i)
+  for (uint32_t i = 0; status == HVC_OK && i < NODAL_ParamListUsedCount(volumes.get()); ++i)
     status = visit(volumes.get(), i);
   return status;
 }
@@ -235,7 +237,7 @@ HVC_ReturnStatus PMemRegionsReport(const PMemReport &report) {
       status = ListBelow(kStep, NODAL_NODE_memory_pmem_volumes_regionStore_regions, {uuid}, regions);
     }
     if (status != HVC_OK) return status;
-    for (uint32_t k = 0; k < NODAL_ParamListUsedCount(regions.get()) && status == HVC_OK; ++k) {
+    for (uint32_t k = 0; status == HVC_OK && k < NODAL_ParamListUsedCount(regions.get()); ++k) {
       RegionRow row = {};
       row.uuid = uuid;
       status = Checked(kStep, "NODAL_ParamListGetString", NODAL_ParamListGetString(regions.get(), k, &row.regionUuid));
@@ -313,7 +315,7 @@ HVC_ReturnStatus PMemRegionNumaReport(const PMemReport &report) {
     HVC_ReturnStatus status =
         ListBelow(kNumaListStep, NODAL_NODE_memory_pmem_volumes_regionStore_regions, {row.uuid}, regions);
     if (status != HVC_OK) return status;
-    for (uint32_t k = 0; k < NODAL_ParamListUsedCount(regions.get()) && status == HVC_OK; ++k) {
+    for (uint32_t k = 0; status == HVC_OK && k < NODAL_ParamListUsedCount(regions.get()); ++k) {
       row.regionUuid = TextOrEmpty(regions.get(), k);
       status = PrintNodes(report, row);
     }

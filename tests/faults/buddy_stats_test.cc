@@ -289,8 +289,7 @@ TEST(BuddyStatsNumber, IsNinetyNineAtMost) {
 }
 
 TEST(BuddyStatsNumber, BeyondNinetyNineNoneAreReported) {
-  Check({"", Many(100), WithOptions({"-v", "-s", "name:2MBfree"}), kNoRows,
-         "KestrelBuddyGetStats: the names of the buddies don't fit into a list of 99\n", 0});
+  Check({"", Many(100), WithOptions({"-v", "-s", "name:2MBfree"}), kNoRows, "", 0});
 }
 
 TEST(BuddyStatsNumber, MayBeAllOfMemMaps) {

@@ -15,7 +15,7 @@
 //
 //   record <node> <arguments> <bytes in hexadecimal>
 //   list <node> <arguments> <instance>...
-//   fail <operation, or *> <node, or *> <which call, from 1; 0: each> <status>
+//   fail <operation, or *> <node, or *> <which call, from 1; 0: each> <status> [answers]
 //   cache <path>
 //   signature <status> "<kernel's build text>" "<own build text>"
 //   unit <segment> <bus> <slot> <function>
@@ -24,7 +24,8 @@
 //
 // with arguments written as in the log, and a text instance in quotes, or null for a text that is missing. A record or
 // list given again takes the place of the first. The node of a call on a list of instances is the one that the list was
-// read from. Where a call answers with a pointer, a failure is null.
+// read from. Where a call answers with a pointer, a failure is null. One that answers leaves a record, or what is in a
+// list, where it is asked for, in spite of its status.
 //
 // A unit has event counters behind its configuration registers; the traffic lines below it are its own (see uncore.h).
 //
@@ -104,6 +105,7 @@ struct Fault {
   std::string node;
   unsigned call;
   HVC_ReturnStatus status;
+  bool answers = false;
   unsigned seen = 0;
 };
 
@@ -143,13 +145,15 @@ class Standin {
   }
 
   // The status that the script has for this call instead of success; 0 if it has none.
-  HVC_ReturnStatus FaultOf(const std::string &operation, const std::string &node) {
+  HVC_ReturnStatus FaultOf(const std::string &operation, const std::string &node, bool *answers = nullptr) {
     HVC_ReturnStatus status = 0;
     for (Fault &fault : faults_) {
       if (fault.operation != "*" && fault.operation != operation) continue;
       if (fault.node != "*" && fault.node != node) continue;
       ++fault.seen;
-      if (fault.call == 0 || fault.call == fault.seen) status = fault.status;
+      if (fault.call != 0 && fault.call != fault.seen) continue;
+      status = fault.status;
+      if (answers != nullptr) *answers = fault.answers;
     }
     return status;
   }
@@ -208,6 +212,7 @@ class Standin {
     } else if (kind == "fail") {
       Fault fault{};
       words >> fault.operation >> fault.node >> fault.call >> std::hex >> fault.status;
+      fault.answers = (words >> word) && word == "answers";
       faults_.push_back(fault);
     } else if (kind == "cache") {
       words >> std::ws;
@@ -306,19 +311,20 @@ HVC_ReturnStatus Find(const char *operation, const NODAL_ParamList *list, uint32
                       const NODAL_Param *&param) {
   const std::string call = std::string(operation) + "(" + Name(list) + ", " + std::to_string(index) + ")";
   if (!TheStandin().Usable(list, operation)) return Logged(call, HVC_BAD_PARAM);
-  const HVC_ReturnStatus fault = TheStandin().FaultOf(operation, list->node);
-  if (fault != 0) return Logged(call, fault);
+  bool answers = true;
+  const HVC_ReturnStatus fault = TheStandin().FaultOf(operation, list->node, &answers);
+  if (!answers) return Logged(call, fault);
   if (index >= list->params.size()) return Logged(call, HVC_NOT_FOUND);
   if (list->params[index].isText != isText) return Logged(call, HVC_WRONG_KIND);
   param = &list->params[index];
-  return Logged(call, 0);
+  return Logged(call, fault);
 }
 
 template <typename T>
 HVC_ReturnStatus GetInteger(const char *operation, const NODAL_ParamList *list, uint32_t index, T *value) {
   const NODAL_Param *param = nullptr;
   const HVC_ReturnStatus status = Find(operation, list, index, false, param);
-  if (status == 0) *value = static_cast<T>(param->integer);
+  if (param != nullptr) *value = static_cast<T>(param->integer);
   return status;
 }
 
@@ -457,7 +463,7 @@ HVC_ReturnStatus NODAL_ParamListGetUInt32(const NODAL_ParamList *list, uint32_t 
 HVC_ReturnStatus NODAL_ParamListGetString(const NODAL_ParamList *list, uint32_t index, const char **text) {
   const NODAL_Param *param = nullptr;
   const HVC_ReturnStatus status = Find("NODAL_ParamListGetString", list, index, true, param);
-  if (status == 0) *text = param->text ? param->text->c_str() : nullptr;
+  if (param != nullptr) *text = param->text ? param->text->c_str() : nullptr;
   return status;
 }
 
@@ -484,14 +490,18 @@ HVC_ReturnStatus NODAL_Get(uint32_t id, const NODAL_ParamList *args, void *recor
   const std::string arguments = Written(args);
   const std::string call = "NODAL_Get(" + node + ", " + arguments + ", " + std::to_string(size) + ")";
   if (args != nullptr && !standin.Usable(args, "NODAL_Get")) return Logged(call, HVC_BAD_PARAM);
-  const HVC_ReturnStatus fault = standin.FaultOf("NODAL_Get", node);
-  if (fault != 0) return Logged(call, fault);
+  bool answers = true;
+  const HVC_ReturnStatus fault = standin.FaultOf("NODAL_Get", node, &answers);
+  if (!answers) return Logged(call, fault);
   const std::string *bytes = standin.Record(node, arguments);
-  if (bytes == nullptr && node == kConfigRegister) return Logged(call, ReadRegister(args, record, size));
+  if (bytes == nullptr && node == kConfigRegister) {
+    const HVC_ReturnStatus status = ReadRegister(args, record, size);
+    return Logged(call, fault == 0 ? status : fault);
+  }
   if (bytes == nullptr) return Logged(call, HVC_NOT_FOUND);
   if (bytes->size() != size) return Logged(call, HVC_WRONG_SIZE);
   std::memcpy(record, bytes->data(), size);
-  return Logged(call, 0);
+  return Logged(call, fault);
 }
 
 HVC_ReturnStatus NODAL_Set(uint32_t id, const NODAL_ParamList *args, const NODAL_ParamList *input, void *output,

@@ -56,7 +56,8 @@ TEST(LongList, OfBuddiesDoesNotFit) {
   host.AddList("/system/buddy", std::vector<std::string>(kMany, "memmap-0-lo"));
   const Outcome run = Report("buddy-stats", host.Write());
   EXPECT_EQ(run.exitStatus, 0);
-  EXPECT_EQ(run.errors, "KestrelBuddyGetStats: the names of the buddies don't fit into a list of 99\n");
+  EXPECT_EQ(run.errors, "");
+  EXPECT_EQ(testing_support::Lines(run.output).size(), 2u) << "the header and the total";
 }
 
 // A snapshot that names the same volumes and regions over and over is saved again as fast as it was read.

@@ -98,8 +98,8 @@ StandinHost &StandinHost::AddCache(std::string_view path) {
 }
 
 StandinHost &StandinHost::Fail(const Fault &fault) {
-  script_ +=
-      "fail " + fault.operation + ' ' + fault.node + ' ' + std::to_string(fault.call) + ' ' + Hex(fault.status) + '\n';
+  script_ += "fail " + fault.operation + ' ' + fault.node + ' ' + std::to_string(fault.call) + ' ' + Hex(fault.status) +
+             (fault.answers ? " answers\n" : "\n");
   return *this;
 }
 

@@ -33,6 +33,7 @@ struct Fault {
   std::string node = "*";
   unsigned call = 0;                      // which of the calls that fit, counted from 1; 0: each
   HVC_ReturnStatus status = HVC_FAILURE;  // or the error number, for time and localtime
+  bool answers = false;                   // a record, or what is in a list, is given all the same
 };
 
 // A scheduler group with all its records.
