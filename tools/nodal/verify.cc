@@ -65,6 +65,8 @@ class FileCheck {
       const size_t records = entries_ + std::size(snapshot::kReservedKeys);
       problems_.Report("index", Plural(file_.CountUsedSlots(), "slot") + " in use for " + Plural(records, "record"));
     }
+    CheckIndexOf(snapshot::kVersionKey, snapshot::kContentsBytes);
+    CheckIndexOf(snapshot::kIndexCheckKey, snapshot::kIndexCheckPosition);
     if (!file_.TablesAreWhole()) problems_.Report("index", "a hash table is damaged");
     if (!IsTime(file_.header().time)) problems_.Report("time", "not of the form 2026-03-14T09:26:53Z");
     return std::move(found_);
@@ -73,13 +75,11 @@ class FileCheck {
  private:
   void CheckEntry(const SnapshotFile::Cursor &cursor) {
     const std::string key(cursor.key());
-    uint32_t position = 0;
-    const bool found = file_.FindPosition(key, position) == HVC_OK && position == cursor.position();
     if (snapshot::IsReservedKey(key) || (entries_ > 1 && key == previous_)) {
       problems_.Report(key, "it is there twice");
     } else {
       if (entries_ > 1 && key < previous_) problems_.Report(key, "not in the order of the keys");
-      if (!found) problems_.Report(key, "the index does not lead to it");
+      CheckIndexOf(key, cursor.position());
     }
     previous_ = key;
     Value value;
@@ -88,6 +88,12 @@ class FileCheck {
     } else {
       CheckValue(key, value);
     }
+  }
+
+  void CheckIndexOf(std::string_view key, uint32_t position) {
+    uint32_t found = 0;
+    if (file_.FindPosition(key, found) == HVC_OK && found == position) return;
+    problems_.Report(key, "the index does not lead to it");
   }
 
   void CheckValue(const std::string &key, const Value &value) {
