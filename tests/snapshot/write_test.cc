@@ -5,8 +5,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <functional>
+#include <utility>
 
+#include "platkit/draft.h"
 #include "tests/snapshot/scratch.h"
 #include "tests/snapshot/small_host.h"
 
@@ -25,6 +29,17 @@ class Write : public testing::Test {
 
   Scratch scratch_;
 };
+
+TEST(WriteStatus, TellsWhyAWriteFailed) {
+  const std::pair<int, HVC_ReturnStatus> statuses[] = {
+      {ENOENT, HVC_NOT_FOUND},    {ENOTDIR, HVC_NOT_FOUND},   {EACCES, HVC_NO_PERMISSION},
+      {EPERM, HVC_NO_PERMISSION}, {EROFS, HVC_NO_PERMISSION}, {ENAMETOOLONG, HVC_NAME_TOO_LONG},
+      {ENOMEM, HVC_NO_MEMORY},    {ENOSPC, HVC_WRITE_ERROR},  {EFBIG, HVC_WRITE_ERROR},
+      {EIO, HVC_WRITE_ERROR},
+  };
+  for (const auto &[error, status] : statuses)
+    EXPECT_EQ(WriteStatus(error), status) << std::strerror(error);
+}
 
 TEST_F(Write, TheSameContentGivesTheSameBytes) {
   SnapshotWriter forth, back;
