@@ -224,14 +224,10 @@ void GroupTree::AddProcess(Group &parent, int64_t pid, ProcessStatus &&status) {
     if (Group *old = FindKnown(known->parentID); old != nullptr) std::erase(old->children, pid);
     ForgetChildren(*known);
   }
-  std::string name = status.name;
-  const ProcessIdentity identity = status.identity;
-  groups_.insert_or_assign(pid, Group{.kind = GroupKind::kProcess,
-                                      .id = pid,
-                                      .parentID = parent.id,
-                                      .name = std::move(name),
-                                      .status = std::make_unique<ProcessStatus>(std::move(status)),
-                                      .identity = identity});
+  Group process = {.kind = GroupKind::kProcess, .id = pid, .parentID = parent.id, .name = status.name};
+  process.identity = status.identity;
+  process.status = std::make_unique<ProcessStatus>(std::move(status));
+  groups_.insert_or_assign(pid, std::move(process));
   parent.children.push_back(pid);
 }
 
