@@ -236,10 +236,9 @@ std::vector<std::string> CallsAround(const StandinRun &run, size_t before, const
 }
 
 TEST(DcpmmCalls, OneWrite) {
-  EXPECT_EQ(CallsAround(RunProfile(MemoryHost(kOneSocket)).run, 9,
-                        "NODAL_Set(hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr, [0,100,10,2,4,228], "
-                        "[4194531], null, 0) = 0",
-                        2),
+  const std::string write =
+      "NODAL_Set(hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr, [0,100,10,2,4,228], [4194531], null, 0) = 0";
+  EXPECT_EQ(CallsAround(RunProfile(MemoryHost(kOneSocket)).run, 9, write, 2),
             (std::vector<std::string>{
                 "NODAL_ParamListCreate(1, 1) = list",
                 "NODAL_ParamListCreate(0, 1) = list",
@@ -250,8 +249,7 @@ TEST(DcpmmCalls, OneWrite) {
                 "NODAL_ParamListAddInt(list, 4) = 0",
                 "NODAL_ParamListAddInt(list, 228) = 0",
                 "NODAL_ParamListAddInt(list, 4194531) = 0",
-                "NODAL_Set(hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr, [0,100,10,2,4,228], [4194531], "
-                "null, 0) = 0",
+                write,
                 "NODAL_ParamListDestroy(list)",
                 "NODAL_ParamListDestroy(list)",
             }));

@@ -101,9 +101,10 @@ void AddProgramming(std::vector<Step> &steps, const Socket &socket) {
   for (const Controller &controller : kControllers)
     steps.push_back(Freeze(socket, controller));
   for (const Controller &controller : kControllers) {
-    for (const Event &event : controller.events())
+    for (const Event &event : controller.events()) {
       steps.push_back(Write(socket, controller, event.controlRegister, event.value,
                             std::string("kestrelDCPMMProgramAllUnits: Error programming ") + event.name + "\n"));
+    }
   }
 }
 
@@ -117,6 +118,20 @@ void AddReset(std::vector<Step> &steps, const Socket &socket) {
   }
 }
 
+Step Read(const Socket &socket, const std::string &shown, const Controller &controller, const Event &event,
+          const std::string &count) {
+  return {.kind = Step::kRead,
+          .calls = {"NODAL_Get(" + Access(socket, controller, event.countRegister) + "4) = 0",
+                    "NODAL_Get(" + Access(socket, controller, event.countRegister + 4) + "4) = 0"},
+          .failure = std::string("kestrelDCPMMReadAllCounters: Error reading ") + event.counter + "\n",
+          .file = "\n  " + shown + controller.inFile + event.counter + controller.beforeCount + count,
+          .row = shown + "," + controller.name + "," + controller.channel + "," + event.counter + "," + count + "\n"};
+}
+
+Step Trailer(int iteration) {
+  return {.kind = Step::kTrailer, .file = kRule + "\nITERATION " + std::to_string(iteration) + " COMPLETED\n" + kRule};
+}
+
 void AddReading(std::vector<Step> &steps, const std::vector<Socket> &sockets, size_t number, size_t period) {
   const Socket &socket = sockets[number];
   const std::string shown = std::to_string(ShownNumber(sockets, socket.bus));
@@ -124,15 +139,8 @@ void AddReading(std::vector<Step> &steps, const std::vector<Socket> &sockets, si
     const Controller &controller = kControllers[i];
     steps.push_back(Freeze(socket, controller));
     for (size_t j = 0; j < controller.events().size(); ++j) {
-      const Event &event = controller.events()[j];
       const std::string count = std::to_string(Amount(number, i, j, period));
-      steps.push_back(
-          {.kind = Step::kRead,
-           .calls = {"NODAL_Get(" + Access(socket, controller, event.countRegister) + "4) = 0",
-                     "NODAL_Get(" + Access(socket, controller, event.countRegister + 4) + "4) = 0"},
-           .failure = std::string("kestrelDCPMMReadAllCounters: Error reading ") + event.counter + "\n",
-           .file = "\n  " + shown + controller.inFile + event.counter + controller.beforeCount + count,
-           .row = shown + "," + controller.name + "," + controller.channel + "," + event.counter + "," + count + "\n"});
+      steps.push_back(Read(socket, shown, controller, controller.events()[j], count));
     }
   }
 }
@@ -216,8 +224,7 @@ std::vector<Step> Steps(const std::vector<Socket> &sockets, int iterations, int 
     steps.push_back({.kind = Step::kSleep, .calls = {"sleep(" + std::to_string(seconds) + ")"}});
     for (size_t number = 0; number < sockets.size(); ++number)
       AddReading(steps, sockets, number, static_cast<size_t>(iteration - 1));
-    steps.push_back(
-        {.kind = Step::kTrailer, .file = kRule + "\nITERATION " + std::to_string(iteration) + " COMPLETED\n" + kRule});
+    steps.push_back(Trailer(iteration));
   }
   return steps;
 }
