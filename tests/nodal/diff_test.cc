@@ -184,13 +184,18 @@ TEST_F(Diff, APart) {
   EXPECT_EQ(Of(from, from, " --only /").status, 0);
 }
 
+// Both orders of a sound file and another, and that other one with itself.
+std::vector<std::string> PairsOf(const std::string &sound, const std::string &other) {
+  return {other + " " + sound, sound + " " + other, other + " " + other};
+}
+
 // What was overwritten must not count as a difference, nor go unnoticed where the files are equal otherwise.
 TEST_F(Diff, Trouble) {
   const std::string sound = Built(scratch_, HostOf(R"("/memory/memInfo": {}, "/system/heaps": ["main"])"), "sound");
   std::string bytes = Contents(sound);
   bytes[bytes.find("main")] = 'M';
   const std::string damaged = scratch_.Write("damaged", bytes);
-  for (const std::string &words : {damaged + " " + sound, sound + " " + damaged, damaged + " " + damaged}) {
+  for (const std::string &words : PairsOf(sound, damaged)) {
     const Outcome outcome = Nodal("diff " + words);
     EXPECT_EQ(outcome.status, 2);
     EXPECT_EQ(outcome.err, "nodal: " + damaged + ": /system/heaps: Snapshot is damaged\n");
@@ -198,7 +203,7 @@ TEST_F(Diff, Trouble) {
   bytes = Contents(sound);
   bytes[bytes.find("/system/heaps") + 8] = 'e';
   const std::string renamed = scratch_.Write("renamed", bytes);
-  for (const std::string &words : {renamed + " " + sound, sound + " " + renamed, renamed + " " + renamed})
+  for (const std::string &words : PairsOf(sound, renamed))
     EXPECT_EQ(Nodal("diff " + words).err, "nodal: " + renamed + ": /system/eeaps: Snapshot is damaged\n");
   const Outcome missing = Nodal("diff " + sound + " " + scratch_.Path("missing"));
   EXPECT_EQ(missing.status, 2);

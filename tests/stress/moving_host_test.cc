@@ -257,7 +257,7 @@ class RowCheck {
   static std::string Shown(const Row &row, const char *column) {
     std::string shown = std::string(column) + " of";
     for (const auto &[name, cell] : row)
-      shown += " " + name + "=" + cell;
+      shown.append(" ").append(name).append("=").append(cell);
     return shown;
   }
 

@@ -6,7 +6,6 @@ namespace nodal {
 namespace {
 
 using platkit::Field;
-using platkit::Node;
 using platkit::RecordLayout;
 
 constexpr FamilyDescription kFamilies[] = {
