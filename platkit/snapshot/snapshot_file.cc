@@ -179,11 +179,9 @@ HVC_ReturnStatus SnapshotFile::Decode(std::span<const std::byte> bytes, Value &v
   return HVC_OK;
 }
 
-HVC_ReturnStatus SnapshotFile::FindPosition(std::string_view key, uint32_t &position) {
-  const int found = cdb_find(&cdb_, key.data(), static_cast<unsigned>(key.size()));
-  if (found < 0) return HVC_SNAPSHOT_DAMAGED;
-  position = found == 0 ? 0 : cdb_keypos(&cdb_) - kRecordHead;
-  return HVC_OK;
+bool SnapshotFile::IndexLeadsTo(std::string_view key, uint32_t position) {
+  return cdb_find(&cdb_, key.data(), static_cast<unsigned>(key.size())) > 0 &&
+         cdb_keypos(&cdb_) - kRecordHead == position;
 }
 
 bool SnapshotFile::TablesAreWhole() {

@@ -68,8 +68,8 @@ class SnapshotFile {
     std::span<const std::byte> bytes_;
   };
 
-  // The index, for those who verify it. A look-up for `key` ends at the record at `position`, or at 0 if there is none.
-  [[nodiscard]] HVC_ReturnStatus FindPosition(std::string_view key, uint32_t &position);
+  // The index, for those who verify it: whether a look-up for `key` ends at the record at `position`.
+  bool IndexLeadsTo(std::string_view key, uint32_t position);
   bool TablesAreWhole();
   uint64_t CountUsedSlots() const;
 

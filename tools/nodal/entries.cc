@@ -25,18 +25,13 @@ bool Entries::NextOfFile() {
   if (status != HVC_OK) throw Failure(path_, status);
   const std::string previous = std::move(key_);
   key_ = cursor_.key();
-  if (cursor_.Read(value_) != HVC_OK || !IndexLeadsHere())
+  // A value has a check of its own. A key that was overwritten is one that nobody finds.
+  if (cursor_.Read(value_) != HVC_OK || !file_.IndexLeadsTo(key_, cursor_.position()))
     throw Failure(path_, key_ + ": " + StatusText(HVC_SNAPSHOT_DAMAGED));
   const bool ascending = isFirst_ || previous < key_;
   if (!ascending || snapshot::IsReservedKey(key_)) throw Failure(path_, key_ + ": not in the order of the keys");
   isFirst_ = false;
   return true;
-}
-
-// A value has a check of its own. A key that was overwritten is one that nobody finds.
-bool Entries::IndexLeadsHere() {
-  uint32_t position = 0;
-  return file_.FindPosition(key_, position) == HVC_OK && position == cursor_.position();
 }
 
 }  // namespace nodal

@@ -24,7 +24,6 @@ class Entries {
 
  private:
   bool NextOfFile();
-  bool IndexLeadsHere();
 
   std::string path_;
   platkit::snapshot::SnapshotFile &file_;

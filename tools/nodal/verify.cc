@@ -91,9 +91,7 @@ class FileCheck {
   }
 
   void CheckIndexOf(std::string_view key, uint32_t position) {
-    uint32_t found = 0;
-    if (file_.FindPosition(key, found) == HVC_OK && found == position) return;
-    problems_.Report(key, "the index does not lead to it");
+    if (!file_.IndexLeadsTo(key, position)) problems_.Report(key, "the index does not lead to it");
   }
 
   void CheckValue(const std::string &key, const Value &value) {
