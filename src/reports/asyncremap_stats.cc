@@ -138,7 +138,8 @@ constinit const Report kAsyncRemapStats = {
     .options = {"g:s:u:vq"},
     .columns = columns,
     .sums = Sums::kTotalRow,
-    .run = RunInFrame<kFrame>,
+    .frame = &kFrame,
+    .run = RunGroupReport,
 };
 
 }  // namespace kestrel

@@ -62,7 +62,8 @@ void GroupVisit::PutRow(const void *row) const {
   ++run.rows;
 }
 
-HVC_ReturnStatus RunGroupReport(const Report &report, const GroupFrame &frame, int argc, char **argv) {
+HVC_ReturnStatus RunGroupReport(const Report &report, int argc, char **argv) {
+  const GroupFrame &frame = *report.frame;
   GroupRun run = {.report = report, .frame = frame};
   HVC_ReturnStatus status = ParseReportOptions(argc, argv, report.options, run.options);
   if (status != HVC_OK) return status;

@@ -15,9 +15,7 @@
 
 namespace kestrel {
 
-struct GroupFrame;
-
-// A report on its way, with the options in force.
+// A running report, with the options in force.
 struct GroupRun {
   const Report &report;
   const GroupFrame &frame;
@@ -67,14 +65,9 @@ struct GroupFrame {
   void (*ending)(const GroupRun &run) = nullptr;
 };
 
-// Runs a report from its options to its last line. What the walk came to is the result: the rows, the totals and all
-// that follows are printed whatever it was.
-[[nodiscard]] HVC_ReturnStatus RunGroupReport(const Report &report, const GroupFrame &frame, int argc, char **argv);
-
-template <const GroupFrame &frame>
-HVC_ReturnStatus RunInFrame(const Report &report, int argc, char **argv) {
-  return RunGroupReport(report, frame, argc, argv);
-}
+// Runs the report in its frame, from its options to its last line. Returns the status of the walk. Rows, totals and all
+// that follows are printed whatever that status is.
+[[nodiscard]] HVC_ReturnStatus RunGroupReport(const Report &report, int argc, char **argv);
 
 // The options that most of these reports take.
 inline constexpr OptionSyntax kGroupOptions = {"g:l:s:u:vq"};

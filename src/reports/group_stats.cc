@@ -186,7 +186,8 @@ constinit const Report kGroupStats = {
     .columns = columns,
     .filterFlags = GroupFlagNames,
     .sums = Sums::kTagRows,
-    .run = RunInFrame<kFrame>,
+    .frame = &kFrame,
+    .run = RunGroupReport,
 };
 
 }  // namespace kestrel

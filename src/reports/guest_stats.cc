@@ -58,7 +58,8 @@ constinit const Report kGuestStats = {
     .options = kGroupOptions,
     .columns = columns,
     .sums = Sums::kTotalRow,
-    .run = RunInFrame<kFrame>,
+    .frame = &kFrame,
+    .run = RunGroupReport,
 };
 
 }  // namespace kestrel

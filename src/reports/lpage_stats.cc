@@ -82,7 +82,8 @@ constinit const Report kLPageStats = {
     .options = kGroupOptions,
     .columns = columns,
     .sums = Sums::kTotalRow,
-    .run = RunInFrame<kFrame>,
+    .frame = &kFrame,
+    .run = RunGroupReport,
 };
 
 }  // namespace kestrel

@@ -323,39 +323,43 @@ HVC_ReturnStatus PMemRegionNumaReport(const PMemReport &report) {
   });
 }
 
-// What the reports of this family differ in, besides their columns.
-struct PMemFrame {
-  const char *title;
-  HVC_ReturnStatus (*print)(const PMemReport &report);
-};
+// Prints the rows of a report of this family.
+using PrintRows = HVC_ReturnStatus (*)(const PMemReport &report);
 
-constexpr PMemFrame kRegionStoreFrame = {"PERSISTENT MEMORY REGIONSTORE STATS", PMemRegionStoreReport};
-constexpr PMemFrame kRegionsFrame = {"PERSISTENT MEMORY REGION STATS", PMemRegionsReport};
-constexpr PMemFrame kExtentsFrame = {"PERSISTENT MEMORY EXTENT STATS", PMemExtentsReport};
-constexpr PMemFrame kRegionNumaFrame = {"PERSISTENT MEMORY REGION NUMA STATS", PMemRegionNumaReport};
-
-HVC_ReturnStatus KestrelPMemReport(const Report &report, const PMemFrame &frame, int argc, char **argv) {
+HVC_ReturnStatus KestrelPMemReport(const Report &report, const char *title, PrintRows printRows, int argc,
+                                   char **argv) {
   HostRun run;
   const HVC_ReturnStatus status = StartHostReport(report, argc, argv, run);
   if (status != HVC_OK) return status;
 
   const ReportOptions &options = run.options;
   if (!options.csv) {
-    const Banner banner(frame.title, 49);
+    const Banner banner(title, 49);
     banner.Setting("Unit", UnitName(run.unit));
     banner.SelectedColumns(report.columns);
   }
   TablePrintHead(report.columns, options.csv);
   TablePrintSeparator(report.columns, options.csv);  // these reports have two lines above their first row
   // A walk that stops has said why, and the rows that it printed stand: the report itself has not failed.
-  static_cast<void>(frame.print({report.columns, run}));
+  static_cast<void>(printRows({report.columns, run}));
   EndHostReport(report.columns, options);
   return HVC_OK;
 }
 
-template <const PMemFrame &frame>
-HVC_ReturnStatus RunInFrame(const Report &report, int argc, char **argv) {
-  return KestrelPMemReport(report, frame, argc, argv);
+HVC_ReturnStatus RunRegionStores(const Report &report, int argc, char **argv) {
+  return KestrelPMemReport(report, "PERSISTENT MEMORY REGIONSTORE STATS", PMemRegionStoreReport, argc, argv);
+}
+
+HVC_ReturnStatus RunRegions(const Report &report, int argc, char **argv) {
+  return KestrelPMemReport(report, "PERSISTENT MEMORY REGION STATS", PMemRegionsReport, argc, argv);
+}
+
+HVC_ReturnStatus RunExtents(const Report &report, int argc, char **argv) {
+  return KestrelPMemReport(report, "PERSISTENT MEMORY EXTENT STATS", PMemExtentsReport, argc, argv);
+}
+
+HVC_ReturnStatus RunRegionNuma(const Report &report, int argc, char **argv) {
+  return KestrelPMemReport(report, "PERSISTENT MEMORY REGION NUMA STATS", PMemRegionNumaReport, argc, argv);
 }
 
 constexpr OptionSyntax kOptions = {"s:u:vq"};
@@ -367,7 +371,7 @@ constinit const Report kPMemRegionStoreStats = {
     .summary = "the region store of each volume of persistent memory",
     .options = kOptions,
     .columns = region_store::columns,
-    .run = RunInFrame<kRegionStoreFrame>,
+    .run = RunRegionStores,
 };
 
 constinit const Report kPMemRegionStats = {
@@ -375,7 +379,7 @@ constinit const Report kPMemRegionStats = {
     .summary = "the regions of persistent memory",
     .options = kOptions,
     .columns = regions::columns,
-    .run = RunInFrame<kRegionsFrame>,
+    .run = RunRegions,
 };
 
 constinit const Report kPMemExtentStats = {
@@ -383,7 +387,7 @@ constinit const Report kPMemExtentStats = {
     .summary = "the extents of persistent memory, and where they are",
     .options = kOptions,
     .columns = extents::columns,
-    .run = RunInFrame<kExtentsFrame>,
+    .run = RunExtents,
 };
 
 constinit const Report kPMemRegionNumaStats = {
@@ -391,7 +395,7 @@ constinit const Report kPMemRegionNumaStats = {
     .summary = "what each region of persistent memory has of each NUMA node",
     .options = kOptions,
     .columns = region_numa::columns,
-    .run = RunInFrame<kRegionNumaFrame>,
+    .run = RunRegionNuma,
 };
 
 }  // namespace kestrel

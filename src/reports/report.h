@@ -11,6 +11,8 @@
 
 namespace kestrel {
 
+struct GroupFrame;
+
 // What stands below a report's rows.
 enum class Sums : uint8_t {
   kNone,
@@ -27,6 +29,7 @@ struct Report {
   bool inBytes = false;        // in bytes, unless -u asks for something else
   Sums sums = Sums::kNone;
   bool readsSavedHosts = true;
+  const GroupFrame *frame = nullptr;  // of a per-group report
 
   // Gets main's arguments, with option parsing left where the report's name stood, and returns the status of what it
   // gathered.

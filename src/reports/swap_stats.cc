@@ -105,7 +105,8 @@ constinit const Report kSwapStats = {
     .options = kGroupOptions,
     .columns = columns,
     .sums = Sums::kTotalRow,
-    .run = RunInFrame<kFrame>,
+    .frame = &kFrame,
+    .run = RunGroupReport,
 };
 
 }  // namespace kestrel

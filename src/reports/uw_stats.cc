@@ -106,7 +106,8 @@ constinit const Report kUwStats = {
     .columns = columns,
     .filterFlags = kTypes,
     .sums = Sums::kTotalRow,
-    .run = RunInFrame<kFrame>,
+    .frame = &kFrame,
+    .run = RunGroupReport,
 };
 
 }  // namespace kestrel

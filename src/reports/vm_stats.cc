@@ -124,7 +124,8 @@ constinit const Report kVmStats = {
     .options = kGroupOptions,
     .columns = columns,
     .sums = Sums::kTotalRow,
-    .run = RunInFrame<kFrame>,
+    .frame = &kFrame,
+    .run = RunGroupReport,
 };
 
 }  // namespace kestrel

@@ -71,7 +71,8 @@ constinit const Report kZipStats = {
     .options = kGroupOptions,
     .columns = columns,
     .sums = Sums::kTotalRow,
-    .run = RunInFrame<kFrame>,
+    .frame = &kFrame,
+    .run = RunGroupReport,
 };
 
 }  // namespace kestrel
