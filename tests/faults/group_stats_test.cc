@@ -1,4 +1,6 @@
 // The walk over the groups and the reads of each, with every way in which they fail.
+#include <algorithm>
+
 #include "tests/faults/hosts.h"
 #include "tests/faults/report_case.h"
 

@@ -284,7 +284,7 @@ StandinHost LargePageOwnersHost() {
 StandinHost HeapOwnersHost() {
   StandinHost host;
   host.AddList("system_heaps", {}, {"heap-127", "heap-131", "heap-137"});
-  for (const uint64_t owner : {127, 131, 137}) {
+  for (const uint64_t owner : {127u, 131u, 137u}) {
     const std::string name = "heap-" + std::to_string(owner);
     host.AddRecord("system_heaps_stats", {name.c_str()}, HeapFigures(name, Figures::MultiplesOf(owner)));
   }

@@ -1,4 +1,6 @@
 // What is wrong with a JSON file is told exactly, and nothing is left of the snapshot.
+#include <algorithm>
+
 #include "tests/nodal/program.h"
 
 namespace {
@@ -19,13 +21,17 @@ std::string Complaint(const std::string &json) {
 std::string NodesComplaint(const std::string &nodes) { return Complaint(HostOf(nodes)); }
 
 TEST(Build, Syntax) {
-  EXPECT_EQ(Complaint("{\n  \"format\": 1,\n  \"nodes\": {]\n}"),
-            ":3:13: syntax error while parsing object key - unexpected ']'; expected string literal\n");
-  EXPECT_EQ(Complaint(""),
-            ":1:1: syntax error while parsing value - unexpected end of input; expected '[', '{', or a literal\n");
-  EXPECT_EQ(Complaint("{\"a\": \"\xff\"}"),
-            ":1:8: syntax error while parsing value - invalid string: ill-formed UTF-8 byte; last read: '\"?'\n");
-  EXPECT_EQ(Complaint("{\"format\": 1e999}"), ": number overflow parsing '1e999'\n");
+  // The place is ours. The reason is the JSON library's, whose wording changes with its version.
+  const auto complains = [](const std::string &json, const std::string &place, const std::string &reason) {
+    const std::string complaint = Complaint(json);
+    EXPECT_TRUE(complaint.starts_with(place) && complaint.ends_with('\n')) << complaint;
+    EXPECT_NE(complaint.find(reason), std::string::npos) << complaint;
+    EXPECT_EQ(std::ranges::count(complaint, '\n'), 1) << complaint;
+  };
+  complains("{\n  \"format\": 1,\n  \"nodes\": {]\n}", ":3:13: syntax error", "unexpected ']'");
+  complains("", ":1:1: syntax error", "unexpected end of input");
+  complains("{\"a\": \"\xff\"}", ":1:8: syntax error", "ill-formed UTF-8 byte");
+  complains("{\"format\": 1e999}", ": number overflow", "1e999");
 }
 
 TEST(Build, Frame) {

@@ -1,5 +1,6 @@
 #include <signal.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 

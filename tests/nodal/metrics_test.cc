@@ -1,5 +1,6 @@
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <regex>

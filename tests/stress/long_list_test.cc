@@ -106,7 +106,7 @@ TEST_F(ShortMemory, IsAMessage) {
   for (const char *report : {"group-stats", "asyncremap-stats", "lpool-stats", "heap-stats", "pmem-regionstore-stats",
                              "pmem-region-stats", "pmem-extent-stats", "pmem-region-numa-stats"}) {
     const Outcome whole = Report(report, path);
-    for (const size_t roomMB : {12, 20}) {
+    for (const size_t roomMB : {12u, 20u}) {
       const Outcome run = Report(report, path, fileMB + roomMB);
       const bool ended = run.signal == 0 && (run.exitStatus == 0 || run.exitStatus == 1);
       EXPECT_TRUE(ended) << report << " with " << roomMB << " MB: " << run;

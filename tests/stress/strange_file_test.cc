@@ -133,7 +133,7 @@ TEST(StrangeFile, ALongerOneIsNone) {
   std::string endless = SmallSnapshot().substr(0, 2048 + 8 + 14);
   SetInteger(endless, 2048 + 4, UINT32_MAX);
   endless.resize(1 << 16, '1');
-  for (const uint64_t excess : {1, 2, 2049, 4097}) {
+  for (const uint64_t excess : {1u, 2u, 2049u, 4097u}) {
     const std::string path = scratch.File("endless-" + std::to_string(excess));
     ASSERT_TRUE(WriteWithHole(path, endless, kLongest + excess, ""));
     EXPECT_EQ(HeapStats(path).errors, Refusal(path, HVC_SNAPSHOT_DAMAGED));

@@ -144,7 +144,7 @@ TEST(Figure, WhatIsNotAvailableMayBeLeftOutOfASum) {
 TEST(Figure, MeansAreRoundedDown) {
   constexpr Figure kFigure = PLAIN(mean).Sum(FigureSum::kMean);
   Row row = {}, sums = {};
-  for (const uint64_t value : {10, 20, 31}) {
+  for (const uint64_t value : {10u, 20u, 31u}) {
     row.mean = value;
     SumFigure(kFigure, &row, &sums);
   }

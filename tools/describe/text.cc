@@ -67,10 +67,9 @@ std::vector<Option> OptionsOf(const Report &report) {
   for (const char letter : std::string_view("gluietsvq")) {
     if (report.options.Takes(letter)) options.push_back(OptionOf(report, letter));
   }
-  const size_t letters =
-      std::count_if(report.options.letters, report.options.letters + std::strlen(report.options.letters),
-                    [](char c) { return c != ':'; });
-  if (options.size() != letters) throw std::runtime_error(std::string(report.name) + " has an option of its own");
+  const std::string_view letters = report.options.letters;
+  const auto colons = static_cast<size_t>(std::ranges::count(letters, ':'));
+  if (options.size() != letters.size() - colons) throw std::runtime_error(std::string(report.name) + " has an option of its own");
   return options;
 }
 
