@@ -69,7 +69,8 @@ std::vector<Option> OptionsOf(const Report &report) {
   }
   const std::string_view letters = report.options.letters;
   const auto colons = static_cast<size_t>(std::ranges::count(letters, ':'));
-  if (options.size() != letters.size() - colons) throw std::runtime_error(std::string(report.name) + " has an option of its own");
+  if (options.size() != letters.size() - colons)
+    throw std::runtime_error(std::string(report.name) + " has an option of its own");
   return options;
 }
 

@@ -1,0 +1,1 @@
+// Has nothing in it: its target compiles the headers that all test programs share.
