@@ -67,8 +67,10 @@ std::vector<Report> AllReports() {
   return all;
 }
 
-StandinRun RunOver(const Report &report, const std::optional<Fault> &fault = {}) {
-  StandinHost host = report.host().AddCache("/host.cache");
+StandinHost HostOf(const Report &report) { return report.host().AddCache("/host.cache"); }
+
+// A run of the report over its host, in which a call may fail.
+StandinRun RunOver(const Report &report, StandinHost host, const std::optional<Fault> &fault = {}) {
   if (fault) host.Fail(*fault);
   return RunKestrel(host, report.arguments);
 }
@@ -99,7 +101,7 @@ class ReportFailures : public testing::TestWithParam<Report> {};
 
 TEST_P(ReportFailures, AreAllInItsTable) {
   const Report &report = GetParam();
-  const StandinRun clean = RunOver(report);
+  const StandinRun clean = RunOver(report, HostOf(report));
   ASSERT_EQ(clean.outcome.exitStatus, 0) << clean;
   CheckAnyRun(report, clean);
   const Oracle oracle(report, clean);
@@ -142,11 +144,15 @@ TEST_P(ReportFailures, ForGoodEndInOrder) {
                                   row.operation == "NODAL_ParamListRemoveLastParam";
     kinds.emplace(row.operation, isAboutArguments || row.place.empty() ? "*" : NodeOf(row.place));
   }
+  const StandinHost host = HostOf(GetParam());
   for (const auto &[operation, node] : kinds) {
     for (const HVC_ReturnStatus status : {HVC_FAILURE, kNotFound}) {
-      const StandinRun run = RunOver(GetParam(), Fault{.operation = operation, .node = node, .status = status});
-      SCOPED_TRACE(testing::Message() << operation << " of " << node << " fails\n" << run);
+      const StandinRun run = RunOver(GetParam(), host, Fault{.operation = operation, .node = node, .status = status});
       CheckAnyRun(GetParam(), run);
+      if (HasFailure()) {
+        ADD_FAILURE() << operation << " of " << node << " fails\n" << run;
+        return;
+      }
     }
   }
 }
@@ -158,17 +164,17 @@ class EveryCall : public testing::TestWithParam<std::tuple<Report, Failing>> {};
 TEST_P(EveryCall, FailsAsItsTableSays) {
   const auto &[report, failing] = GetParam();
   const auto [status, answers] = failing;
-  const StandinRun clean = RunOver(report);
+  const StandinHost host = HostOf(report);
+  const StandinRun clean = RunOver(report, host);
   const Oracle oracle(report, clean);
   for (size_t i = 0; i < oracle.calls().size(); ++i) {
     const LoggedCall &call = oracle.calls()[i];
     if (status != HVC_FAILURE && HasOneFailure(report, call)) continue;
     if (answers && !CanAnswer(call)) continue;
     const StandinRun run =
-        RunOver(report, Fault{.call = static_cast<unsigned>(i + 1), .status = status, .answers = answers});
-    SCOPED_TRACE(testing::Message() << clean.calls[call.line] << " fails\n" << run);
+        RunOver(report, host, Fault{.call = static_cast<unsigned>(i + 1), .status = status, .answers = answers});
     const FailureRow *row = oracle.Find(call, status);
-    ASSERT_NE(row, nullptr);
+    ASSERT_NE(row, nullptr) << clean.calls[call.line];
     const bool isSuccess = answers && row->isIgnored;
     const Oracle::Expected expected =
         isSuccess ? Oracle::Expected{clean.outcome.output, "", 0} : oracle.WhenFails(call, status);
@@ -176,7 +182,10 @@ TEST_P(EveryCall, FailsAsItsTableSays) {
     EXPECT_EQ(run.outcome.output, expected.output);
     EXPECT_EQ(run.outcome.errors, expected.errors);
     EXPECT_EQ(run.outcome.exitStatus, expected.exitStatus);
-    if (HasFailure()) return;
+    if (HasFailure()) {
+      ADD_FAILURE() << clean.calls[call.line] << " fails\n" << run;
+      return;
+    }
   }
 }
 

@@ -4,7 +4,7 @@
 
 #include <cerrno>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <system_error>
 
 namespace testing_support {
@@ -22,9 +22,11 @@ ScratchDirectory::~ScratchDirectory() {
 
 std::string ReadFile(const std::filesystem::path &path) {
   std::ifstream file(path, std::ios::binary);
-  std::string contents{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  if (!file) throw std::runtime_error("cannot read " + path.string());
-  return contents;
+  std::ostringstream contents;
+  if (!file || (file.peek() != EOF && !(contents << file.rdbuf()))) {
+    throw std::runtime_error("cannot read " + path.string());
+  }
+  return contents.str();
 }
 
 void WriteFile(const std::filesystem::path &path, const std::string &contents) {
