@@ -391,7 +391,7 @@ def run_all(chosen, count, sources, arguments, names):
             results.write(f"{mutant.id}\t{result}\t{by}\t{seconds:.1f}\n")
             results.flush()
     killed = sum(tally.get(result, 0) for result in KILLED)
-    print(f"\n{done} mutants in {(time.monotonic() - begin) / 60:.0f} minutes:", end=" ")
+    print(f"\n{done} mutants in {(time.monotonic() - begin) / 60:.1f} minutes:", end=" ")
     print(f"{killed} killed ({tally.get('hang', 0)} of them by the time limit), {len(survivors)} survived.")
     print(f"Not counted: {tally.get('uncompilable', 0)} do not compile, {tally.get('equivalent', 0)} change no object.")
     if done:
