@@ -40,6 +40,10 @@ DECLARING = set(
 SHOWN = 70  # characters of a changed text in an identifier
 
 
+class Unreadable(Exception):
+    """Brackets that do not match, with their place."""
+
+
 @dataclasses.dataclass(frozen=True)
 class Mutant:
     id: str
@@ -147,11 +151,11 @@ class Finder:
                 opened.append(index)
             elif token.text in CLOSING.values():
                 if not opened or CLOSING[self.text(opened[-1])] != token.text:
-                    raise ValueError(f"{self.place(token.start)}: unmatched {token.text}")
+                    raise Unreadable(f"{self.place(token.start)}: unmatched {token.text}")
                 start = opened.pop()
                 partner[start], partner[index] = index, start
         if opened:
-            raise ValueError(f"{self.place(self.tokens[opened[-1]].start)}: unmatched {self.text(opened[-1])}")
+            raise Unreadable(f"{self.place(self.tokens[opened[-1]].start)}: unmatched {self.text(opened[-1])}")
         return partner
 
     def match_angles(self):

@@ -1,8 +1,8 @@
 """Runs the tests on mutants of the sources; scripts/mutate says how to call it.
 
 build/mutate holds a copy of the tracked files (source), its build (build), and both as they are without a mutant
-(pristine). After each mutant, whatever differs from pristine is copied back with its time stamps. So ninja compiles only
-the mutated file for the next mutant, and no mutant sees what an earlier one left behind.
+(pristine). After each mutant, whatever differs from pristine is copied back with its time stamps. For the next mutant,
+ninja then compiles only the mutated file, and no mutant sees what an earlier one left behind.
 """
 
 import argparse
@@ -232,7 +232,12 @@ def run(command, log, seconds, **options):
     """Runs a command in a process group of its own. Returns its exit status, None if it took too long."""
     with open(log, "wb") as output:
         process = subprocess.Popen(
-            command, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT, start_new_session=True, **options
+            command,
+            stdin=subprocess.DEVNULL,
+            stdout=output,
+            stderr=subprocess.STDOUT,
+            start_new_session=True,
+            **options,
         )
         try:
             return process.wait(seconds)
@@ -272,7 +277,7 @@ def read_text(path):
 
 def name_killer():
     """The test that failed, by ctest's output, and the case of Google Test in it, by ctest's log."""
-    failed = re.search(r"^\s*\d+ - (\S+) \(", read_text(LOG), re.M)
+    failed = re.search(r"^\s+\d+ - (\S+) .*\(\w[^()]*\)", read_text(LOG), re.M)
     if not failed:
         return "the tests' command"
     case = re.search(r"^\[  FAILED  \] (\w[\w/.]*)", read_text(f"{BUILD}/Testing/Temporary/LastTest.log"), re.M)
@@ -287,7 +292,7 @@ def put_quick_tests_first():
     lines = read_text(path).split("\n")
     if "---" not in lines:
         return
-    costs = [line.split(" ") for line in lines[: lines.index("---")]]
+    costs = [line.rsplit(" ", 2) for line in lines[: lines.index("---")]]
     highest = max((float(cost[2]) for cost in costs), default=0) + 1
     with open(path, "w", encoding="utf-8") as file:
         for name, runs, cost in costs:
@@ -315,6 +320,8 @@ class Runner:
         begin = time.monotonic()
         if run_tests(self.tests, None) != 0:
             raise Stop(f"{read_text(LOG)}\nscripts/mutate: the tests fail without a mutant")
+        if "No tests were found" in read_text(LOG):
+            raise Stop(f"scripts/mutate: no tests found by: {self.tests}")
         seconds = time.monotonic() - begin
         self.limit = EXTRA_SECONDS + SLOWER * seconds
         print(f"Passed in {seconds:.0f} s. Each mutant may take {self.limit:.0f} s.", flush=True)
@@ -437,7 +444,7 @@ def main():
 if __name__ == "__main__":
     try:
         sys.exit(main())
-    except (Stop, ValueError) as error:
+    except (Stop, mutants.Unreadable) as error:
         sys.exit(str(error))
     except BrokenPipeError:
         sys.exit(1)
