@@ -280,7 +280,8 @@ def name_killer():
     failed = re.search(r"^\s+\d+ - (\S+) .*\(\w[^()]*\)", read_text(LOG), re.M)
     if not failed:
         return "the tests' command"
-    case = re.search(r"^\[  FAILED  \] (\w[\w/.]*)", read_text(f"{BUILD}/Testing/Temporary/LastTest.log"), re.M)
+    output = read_text(f"{BUILD}/Testing/Temporary/LastTest.log").partition(f" Testing: {failed[1]}")[2]
+    case = re.search(r"^\[  FAILED  \] (\w[\w/.]*)", output, re.M)
     if not case or case[1] == failed[1]:
         return failed[1]
     return f"{failed[1]} ({case[1]})"
