@@ -154,8 +154,8 @@ TEST(Build, FilesThatCannotBeHad) {
 TEST(Build, AFullDisk) {
   const Scratch scratch;
   const std::string source = scratch.Write("host.json", HostOf(""));
-  const Outcome outcome = Nodal("--version >/dev/null; ulimit -f 1; " NODAL_PROGRAM " build " + source + " -o " +
-                                scratch.Path("host.nodal"));
+  const Outcome outcome =
+      Nodal("--version >/dev/null; ulimit -f 1; " + kNodal + " build " + source + " -o " + scratch.Path("host.nodal"));
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err, "nodal: " + scratch.Path("host.nodal") + ": Write error\n");
   EXPECT_EQ(scratch.Names(), std::vector<std::string>{"host.json"});

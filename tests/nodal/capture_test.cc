@@ -13,7 +13,7 @@
 
 namespace {
 
-std::string Dumped(const std::string &snapshot) { return Nodal("dump " + snapshot).out; }
+std::string Dumped(const std::string &snapshot) { return Nodal("dump " + testing_support::Quoted(snapshot)).out; }
 
 // The dump from the nodes on.
 std::string NodesOf(const std::string &snapshot) {
@@ -22,7 +22,7 @@ std::string NodesOf(const std::string &snapshot) {
 }
 
 Outcome CaptureSample(const Scratch &scratch, const std::string &words = "", const std::string &name = "captured") {
-  return Nodal("--cache " SAMPLE_SNAPSHOT " capture -o " + scratch.Path(name) + " " + words);
+  return Nodal("--cache " + kSample + " capture -o " + scratch.Path(name) + " " + words);
 }
 
 // The paths of the nodes in a snapshot.
@@ -202,7 +202,7 @@ TEST_F(Capture, Parts) {
   for (const std::string &path : Paths(scratch_.Path("captured")))
     EXPECT_TRUE(path.starts_with("/sched/groups/10/")) << path;
   EXPECT_EQ(Nodal("get /sched/groups/10/members/groups --cache " + scratch_.Path("captured")).out,
-            Nodal("get /sched/groups/10/members/groups --cache " SAMPLE_SNAPSHOT).out);
+            Nodal("get /sched/groups/10/members/groups --cache " + kSample).out);
 }
 
 TEST_F(Capture, PartsThatAreNotThere) {
@@ -261,9 +261,8 @@ TEST_F(Capture, TheRunningHost) {
 }
 
 TEST_F(Capture, NothingIsLeftOfAFileThatDoesNotFit) {
-  const Outcome full =
-      Nodal("--version >/dev/null; ulimit -f 1; " NODAL_PROGRAM " --cache " SAMPLE_SNAPSHOT " capture -o " +
-            scratch_.Path("captured"));
+  const Outcome full = Nodal("--version >/dev/null; ulimit -f 1; " + kNodal + " --cache " + kSample + " capture -o " +
+                             scratch_.Path("captured"));
   EXPECT_EQ(full.status, 1);
   EXPECT_EQ(full.err, "nodal: " + scratch_.Path("captured") + ": Write error\n");
   EXPECT_TRUE(scratch_.Names().empty());

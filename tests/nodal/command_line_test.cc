@@ -27,8 +27,8 @@ TEST(CommandLine, HelpAndVersion) {
 }
 
 TEST(CommandLine, OutputThatCannotBeWritten) {
-  for (const std::string words : {"dump " SAMPLE_SNAPSHOT, "--cache " SAMPLE_SNAPSHOT " ls /sched", "--help",
-                                  "--version", "verify " SAMPLE_SNAPSHOT}) {
+  for (const std::string &words : {"dump " + kSample, "--cache " + kSample + " ls /sched", std::string("--help"),
+                                  std::string("--version"), "verify " + kSample}) {
     const Outcome full = Nodal(words + " >/dev/full");
     EXPECT_EQ(full.status, 1) << words;
     EXPECT_EQ(full.err, "nodal: standard output: No space left on device\n");
@@ -44,7 +44,7 @@ TEST(CommandLine, AReaderThatWentAway) {
   ASSERT_EQ(dup2(ends[1], 9), 9);
   close(ends[0]);
   close(ends[1]);
-  const Outcome outcome = Nodal("dump " SAMPLE_SNAPSHOT " >&9");
+  const Outcome outcome = Nodal("dump " + kSample + " >&9");
   close(9);
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err, "nodal: standard output: Broken pipe\n");

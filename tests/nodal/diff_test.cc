@@ -31,10 +31,10 @@ class Diff : public testing::Test {
 };
 
 TEST_F(Diff, EqualSnapshots) {
-  const Outcome outcome = Nodal("diff " SAMPLE_SNAPSHOT " " SAMPLE_SNAPSHOT);
+  const Outcome outcome = Nodal("diff " + kSample + " " + kSample);
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.out, "");
-  const Outcome json = Nodal("diff --json " SAMPLE_SNAPSHOT " " SAMPLE_SNAPSHOT);
+  const Outcome json = Nodal("diff --json " + kSample + " " + kSample);
   EXPECT_EQ(json.status, 0);
   EXPECT_EQ(nlohmann::json::parse(json.out)["changes"], nlohmann::json::array());
 }
@@ -210,7 +210,7 @@ TEST_F(Diff, Trouble) {
   EXPECT_EQ(missing.status, 2);
   EXPECT_EQ(missing.err, "nodal: " + scratch_.Path("missing") + ": Not found\n");
   EXPECT_EQ(Nodal("diff " + sound).status, 2);
-  EXPECT_EQ(Nodal("diff " SAMPLE_SNAPSHOT " " + sound + " >/dev/full").status, 2);
+  EXPECT_EQ(Nodal("diff " + kSample + " " + sound + " >/dev/full").status, 2);
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 
 namespace {
 
-Outcome OnSample(const std::string &words) { return Nodal("--cache " SAMPLE_SNAPSHOT " " + words); }
+Outcome OnSample(const std::string &words) { return Nodal("--cache " + kSample + " " + words); }
 
 std::string Listed(const std::string &path) {
   const Outcome outcome = OnSample("ls " + path);

@@ -372,7 +372,7 @@ TEST_F(MetricsOf, WhatCannotBeReadIsCounted) {
 
 TEST_F(MetricsOf, StandardFamilies) {
   std::set<std::string> shown;
-  for (const std::string &line : Lines(Nodal("metrics --prefix '' --cache " SAMPLE_SNAPSHOT).out)) {
+  for (const std::string &line : Lines(Nodal("metrics --prefix '' --cache " + kSample).out)) {
     if (!line.starts_with('#')) shown.insert(line.substr(0, line.find('_')));
   }
   for (const FamilyDescription &family : MetricFamilies())
@@ -382,7 +382,7 @@ TEST_F(MetricsOf, StandardFamilies) {
 TEST_F(MetricsOf, Words) {
   for (const char *words :
        {"--only frob", "--only ''", "--only kestrel_vm", "--prefix 9", "--prefix a-b", "--prefix 'a b'"}) {
-    const Outcome outcome = Nodal(std::string("metrics --cache " SAMPLE_SNAPSHOT " ") + words);
+    const Outcome outcome = Nodal("metrics --cache " + kSample + " " + words);
     EXPECT_EQ(outcome.status, 1) << words;
     EXPECT_EQ(outcome.out, "") << words;
   }
@@ -392,7 +392,7 @@ TEST_F(MetricsOf, Words) {
 }
 
 TEST_F(MetricsOf, AFileAppearsWhole) {
-  const std::string words = "--only host --cache " SAMPLE_SNAPSHOT;
+  const std::string words = "--only host --cache " + kSample;
   const std::string text = Nodal("metrics " + words).out;
   const std::string path = scratch_.Write("host.prom", "before");
   chmod(path.c_str(), 0600);
@@ -406,11 +406,10 @@ TEST_F(MetricsOf, AFileAppearsWhole) {
 TEST_F(MetricsOf, AFileThatCannotBeWrittenStays) {
   const std::string path = scratch_.Write("host.prom", "before");
   // A file may have a block of 512 bytes here.
-  const testing_support::Outcome full = testing_support::Run(
-      {.program = "/bin/sh",
-       .arguments = {"-c", "ulimit -f 1; exec " NODAL_PROGRAM " metrics --cache " SAMPLE_SNAPSHOT " -o " + path}});
-  EXPECT_EQ(full.exitStatus, 1);
-  EXPECT_EQ(full.errors, "nodal: " + path + ": Write error\n");
+  const Outcome full =
+      Nodal("--version >/dev/null; ulimit -f 1; " + kNodal + " metrics --cache " + kSample + " -o " + path);
+  EXPECT_EQ(full.status, 1);
+  EXPECT_EQ(full.err, "nodal: " + path + ": Write error\n");
   EXPECT_EQ(Contents(path), "before");
   EXPECT_EQ(scratch_.Names(), std::vector<std::string>{"host.prom"});
   EXPECT_EQ(Nodal("metrics -o " + scratch_.Path("no/host.prom")).err,
@@ -421,7 +420,7 @@ TEST_F(MetricsOf, AFileThatCannotBeWrittenStays) {
 // Every metric of the sample, held against its dump.
 class MetricsOfSample : public testing::Test {
  protected:
-  static nlohmann::json Nodes() { return nlohmann::json::parse(Nodal("dump " SAMPLE_SNAPSHOT).out)["nodes"]; }
+  static nlohmann::json Nodes() { return nlohmann::json::parse(Nodal("dump " + kSample).out)["nodes"]; }
 
   static std::vector<double> Sorted(std::vector<double> values) {
     std::ranges::sort(values);
@@ -488,7 +487,7 @@ class MetricsOfSample : public testing::Test {
 
 TEST_F(MetricsOfSample, EachHasTheFiguresOfItsField) {
   std::map<std::string, std::vector<double>> shown;
-  for (const std::string &line : Lines(Nodal("metrics --prefix '' --cache " SAMPLE_SNAPSHOT + Families()).out)) {
+  for (const std::string &line : Lines(Nodal("metrics --prefix '' --cache " + kSample + Families()).out)) {
     if (!line.starts_with('#'))
       shown[line.substr(0, line.find_first_of("{ "))].push_back(std::stod(line.substr(line.rfind(' '))));
   }
@@ -523,7 +522,7 @@ TEST_F(MetricsOfSample, MachinesAreThoseOfTheReport) {
                                                       {"shared", "vm_shared_bytes"},
                                                       {"zero", "vm_zero_bytes"},
                                                       {"sharedSaved", "vm_shared_saved_bytes"}};
-  const std::string samples = Nodal("metrics --only vm --prefix '' --cache " SAMPLE_SNAPSHOT).out;
+  const std::string samples = Nodal("metrics --only vm --prefix '' --cache " + kSample).out;
   const std::vector<std::string> report = Lines(
       testing_support::Run({.program = KESTREL_PROGRAM, .arguments = {"-c", SAMPLE_SNAPSHOT, "-r", "vm-stats", "-q"}})
           .output);
@@ -579,7 +578,7 @@ TEST_P(Promtool, AcceptsThem) {
   EXPECT_EQ(outcome.out, "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Hosts, Promtool, testing::Values("--cache " SAMPLE_SNAPSHOT, ""));
+INSTANTIATE_TEST_SUITE_P(Hosts, Promtool, testing::Values("--cache " + kSample, ""));
 
 }  // namespace
 }  // namespace nodal

@@ -118,11 +118,11 @@ class Profile : public testing::Test {
   }
 
   testing_support::Outcome Run() {
-    return testing_support::Run({.program = KESTREL_PROGRAM,
-                                 .arguments = {"-r", "dcpmm-stats", "-q", "-i", "2"},
-                                 .environment = {{"LD_PRELOAD", ROOT_FOLDER_LIBRARY},
-                                                 {"ROOT_FOLDER", host_.Path("")},
-                                                 {"ASAN_OPTIONS", testing_support::OptionsOfPreloads()}}});
+    testing_support::Command command = {.program = KESTREL_PROGRAM,
+                                        .arguments = {"-r", "dcpmm-stats", "-q", "-i", "2"},
+                                        .environment = {{"ROOT_FOLDER", host_.Path("")}}};
+    testing_support::Preload(command, ROOT_FOLDER_LIBRARY);
+    return testing_support::Run(command);
   }
 
   SavedHost host_{"persistent-memory.host"};

@@ -8,6 +8,11 @@
 
 #include "tests/snapshot/scratch.h"
 #include "tests/support/process.h"
+#include "tests/support/text.h"
+
+// Words for Nodal() and the shell.
+inline const std::string kNodal = testing_support::Quoted(NODAL_PROGRAM);
+inline const std::string kSample = testing_support::Quoted(SAMPLE_SNAPSHOT);
 
 struct Outcome {
   int status = -1;
@@ -17,7 +22,7 @@ struct Outcome {
 
 // `words` as they are typed behind the program's name, redirections included.
 inline Outcome Nodal(const std::string &words) {
-  const std::string command = std::string(NODAL_PROGRAM) + " " + words;
+  const std::string command = kNodal + " " + words;
   const testing_support::Outcome run = testing_support::Run({.program = "/bin/sh", .arguments = {"-c", command}});
   return {run.exitStatus, run.output, run.errors};
 }

@@ -29,10 +29,7 @@ class Replay : public testing::TestWithParam<std::string> {
                                {"--reuid=65534", "--regid=65534", "--clear-groups", program});
       command.program = "/usr/bin/setpriv";
     }
-    if (overRoot) {
-      command.environment = {{"LD_PRELOAD", ROOT_FOLDER_LIBRARY},
-                             {"ASAN_OPTIONS", testing_support::OptionsOfPreloads()}};
-    }
+    if (overRoot) testing_support::Preload(command, ROOT_FOLDER_LIBRARY);
     testing_support::Outcome outcome = testing_support::Run(command);
     outcome.output = testing_support::MaskTimes(outcome.output);
     return outcome;

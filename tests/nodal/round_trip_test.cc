@@ -10,14 +10,15 @@ namespace {
 using platkit::snapshot::Header;
 using platkit::snapshot::SnapshotWriter;
 using platkit::snapshot::ValueType;
+using testing_support::Quoted;
 
 std::span<const std::byte> Bytes(std::string_view text) { return std::as_bytes(std::span(text)); }
 
 void ExpectRoundTrip(const std::string &snapshot) {
   const Scratch scratch;
-  const Outcome outcome = Nodal("dump " + snapshot + " | " NODAL_PROGRAM " build - -o " + scratch.Path("again"));
+  const Outcome outcome = Nodal("dump " + Quoted(snapshot) + " | " + kNodal + " build - -o " + scratch.Path("again"));
   ASSERT_EQ(outcome.status, 0) << outcome.err;
-  EXPECT_TRUE(Contents(snapshot) == Contents(scratch.Path("again"))) << Nodal("dump " + snapshot).out;
+  EXPECT_TRUE(Contents(snapshot) == Contents(scratch.Path("again"))) << Nodal("dump " + Quoted(snapshot)).out;
 }
 
 TEST(RoundTrip, TheSample) { ExpectRoundTrip(SAMPLE_SNAPSHOT); }

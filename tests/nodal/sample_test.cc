@@ -11,7 +11,7 @@ namespace {
 using platkit::Field;
 using platkit::FieldType;
 
-nlohmann::json SampleNodes() { return nlohmann::json::parse(Nodal("dump " SAMPLE_SNAPSHOT).out)["nodes"]; }
+nlohmann::json SampleNodes() { return nlohmann::json::parse(Nodal("dump " + kSample).out)["nodes"]; }
 
 TEST(Sample, EveryNodeOccurs) {
   std::set<std::pair<const platkit::Node *, bool>> met;
@@ -49,7 +49,7 @@ TEST(Sample, EveryFieldOfEveryNodeHasAFigure) {
 }
 
 TEST(Sample, FitsTogether) {
-  const Outcome outcome = Nodal("verify " SAMPLE_SNAPSHOT);
+  const Outcome outcome = Nodal("verify " + kSample);
   EXPECT_EQ(outcome.status, 0) << outcome.out;
 }
 

@@ -20,7 +20,7 @@ std::string ProblemsOf(const std::string &nodes) {
 }
 
 TEST(Verify, Summary) {
-  EXPECT_EQ(Nodal("verify " SAMPLE_SNAPSHOT).out, SAMPLE_SNAPSHOT ": 275 records, 73 lists, no problems\n");
+  EXPECT_EQ(Nodal("verify " + kSample).out, SAMPLE_SNAPSHOT ": 275 records, 73 lists, no problems\n");
   const Scratch scratch;
   const std::string host = Built(scratch, HostOf(R"("/system/heaps": ["main"])"));
   EXPECT_EQ(Nodal("verify " + host).out, "/system/heaps: lists heap 'main', of which there is nothing\n" + host +

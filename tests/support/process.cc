@@ -14,7 +14,12 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <stdexcept>
 #include <system_error>
+
+#include "tests/support/scratch.h"
 
 namespace testing_support {
 namespace {
@@ -152,6 +157,34 @@ void ReadBoth(pid_t child, int output, int errors, Outcome &outcome) {
   }
 }
 
+// Links to libraries, for the paths that LD_PRELOAD cannot have: the loader splits it at blanks and colons.
+class PreloadLinks {
+ public:
+  const std::string &LinkTo(const std::string &library) {
+    std::string &link = links_[library];
+    if (link.empty()) {
+      const std::filesystem::path folder = folder_.path() / std::to_string(links_.size());
+      std::filesystem::create_directory(folder);
+      link = folder / std::filesystem::path(library).filename();
+      if (IsSplit(link)) throw std::runtime_error(link + ": LD_PRELOAD cannot have a blank or colon; change TMPDIR");
+      std::filesystem::create_symlink(library, link);
+    }
+    return link;
+  }
+
+  static bool IsSplit(const std::string &path) { return path.find_first_of(" :") != std::string::npos; }
+
+ private:
+  ScratchDirectory folder_;
+  std::map<std::string, std::string> links_;  // by library
+};
+
+std::string PathForPreload(const std::string &library) {
+  if (!PreloadLinks::IsSplit(library)) return library;
+  static PreloadLinks links;  // until the test program ends
+  return links.LinkTo(library);
+}
+
 }  // namespace
 
 bool HasTerminals() {
@@ -190,9 +223,12 @@ Outcome Run(const Command &command) {
   return outcome;
 }
 
-std::string OptionsOfPreloads() {
+void Preload(Command &command, const std::string &library) {
+  command.environment.emplace_back("LD_PRELOAD", PathForPreload(library));
+  // The sanitizers would insist on being loaded first themselves.
   const char *given = std::getenv("ASAN_OPTIONS");
-  return (given == nullptr ? "" : std::string(given) + ":") + "verify_asan_link_order=0:exitcode=99";
+  command.environment.emplace_back(
+      "ASAN_OPTIONS", (given == nullptr ? "" : std::string(given) + ":") + "verify_asan_link_order=0:exitcode=99");
 }
 
 std::ostream &operator<<(std::ostream &stream, const Outcome &outcome) {

@@ -34,9 +34,8 @@ struct Outcome {
   std::string errors;
 };
 
-// ASAN_OPTIONS for a program that a library is preloaded into: the sanitizers want to be loaded first themselves. What
-// they find ends the program with a status of its own, which no test takes for the program's.
-std::string OptionsOfPreloads();
+// Makes the program load a library before its own. A sanitizer's report then ends the program with status 99.
+void Preload(Command &command, const std::string &library);
 
 // Whether this machine has pseudo-terminals: a container may be without.
 bool HasTerminals();

@@ -116,21 +116,19 @@ StandinRun RunKestrel(const StandinHost &host, const std::vector<std::string> &a
   const std::string log = scratch.File("log");
   WriteFile(script, host.script());
 
-  std::vector<std::pair<std::string, std::string>> environment = {{"LD_PRELOAD", STANDIN_LIBRARY},
-                                                                  {"STANDIN_SCRIPT", script},
-                                                                  {"STANDIN_LOG", log},
-                                                                  {"ASAN_OPTIONS", OptionsOfPreloads()}};
-  if (!options.timeZone.empty()) environment.emplace_back("TZ", options.timeZone);
-
-  StandinRun run;
-  run.outcome = Run({
+  Command command = {
       .program = options.program.empty() ? KESTREL_PROGRAM : options.program,
       .arguments = arguments,
-      .environment = environment,
+      .environment = {{"STANDIN_SCRIPT", script}, {"STANDIN_LOG", log}},
       .directory = options.directory,
       .output = options.output,
       .errorsToOutput = options.errorsToOutput,
-  });
+  };
+  Preload(command, STANDIN_LIBRARY);
+  if (!options.timeZone.empty()) command.environment.emplace_back("TZ", options.timeZone);
+
+  StandinRun run;
+  run.outcome = Run(command);
   run.outcome.output = MaskTimes(run.outcome.output);
   if (std::filesystem::exists(log)) run.calls = Lines(ReadFile(log));
   return run;

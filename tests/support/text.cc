@@ -21,6 +21,18 @@ std::vector<std::string> Lines(std::string_view text) {
   return lines;
 }
 
+std::string Quoted(std::string_view text) {
+  std::string word = "'";
+  for (const char c : text) {
+    if (c == '\'') {
+      word += R"('\'')";
+    } else {
+      word += c;
+    }
+  }
+  return word + "'";
+}
+
 std::vector<std::string> Words(std::string_view line) {
   std::vector<std::string> words;
   bool inWord = false;

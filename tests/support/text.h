@@ -14,6 +14,9 @@ std::string MaskTimes(const std::string &text);
 // The lines of a text without their line ends. A last line without one counts too.
 std::vector<std::string> Lines(std::string_view text);
 
+// The text as one word of a shell's command.
+std::string Quoted(std::string_view text);
+
 // Splits at blanks; '...' keeps blanks, and an empty word, together.
 std::vector<std::string> Words(std::string_view line);
 
