@@ -19,8 +19,55 @@ const char *const kReports[] = {"group-stats",       "vm-stats",          "uw-st
                                 "lpage-stats",       "asyncremap-stats",  "pmem-regionstore-stats",
                                 "pmem-region-stats", "pmem-extent-stats", "pmem-region-numa-stats"};
 
+// The programs and libraries that a test runs.
+struct Programs {
+  std::string kestrel;
+  std::string nodal;
+  std::string rootFolder;
+};
+
+// Copies for every user: a clone may be below a folder that only its owner can enter. They are laid out as in the
+// build, where kestrel finds the library from where it is itself.
+class PublicPrograms {
+ public:
+  PublicPrograms() {
+    const std::filesystem::path top = Open(scratch_.path());
+    const std::filesystem::path bin = Open(top / "bin"), lib = Open(top / "lib");
+    Copy(PLATKIT_LIBRARY, lib);
+    programs_ = {Copy(KESTREL_PROGRAM, bin), Copy(NODAL_PROGRAM, bin), Copy(ROOT_FOLDER_LIBRARY, lib)};
+  }
+
+  const Programs &programs() const { return programs_; }
+
+ private:
+  static constexpr auto kMode = static_cast<std::filesystem::perms>(0755);
+
+  static std::filesystem::path Open(const std::filesystem::path &folder) {
+    std::filesystem::create_directory(folder);
+    std::filesystem::permissions(folder, kMode);
+    return folder;
+  }
+
+  static std::string Copy(const std::filesystem::path &file, const std::filesystem::path &folder) {
+    const std::filesystem::path copy = folder / file.filename();
+    std::filesystem::copy_file(file, copy);
+    std::filesystem::permissions(copy, kMode);
+    return copy;
+  }
+
+  const testing_support::ScratchDirectory scratch_;
+  Programs programs_;
+};
+
 class Replay : public testing::TestWithParam<std::string> {
  protected:
+  // From now on, runs programs as nobody.
+  void BecomeNobody() {
+    static const PublicPrograms copies;
+    programs_ = copies.programs();
+    asNobody_ = true;
+  }
+
   // Runs a program as the user of the test, or as nobody.
   testing_support::Outcome RunIt(const std::string &program, std::vector<std::string> words, bool overRoot = false) {
     testing_support::Command command = {.program = program, .arguments = std::move(words)};
@@ -29,7 +76,7 @@ class Replay : public testing::TestWithParam<std::string> {
                                {"--reuid=65534", "--regid=65534", "--clear-groups", program});
       command.program = "/usr/bin/setpriv";
     }
-    if (overRoot) testing_support::Preload(command, ROOT_FOLDER_LIBRARY);
+    if (overRoot) testing_support::Preload(command, programs_.rootFolder);
     testing_support::Outcome outcome = testing_support::Run(command);
     outcome.output = testing_support::MaskTimes(outcome.output);
     return outcome;
@@ -40,15 +87,15 @@ class Replay : public testing::TestWithParam<std::string> {
     std::filesystem::permissions(scratch.folder(), std::filesystem::perms::all);
     const std::string root = host.Path("");
     const std::string snapshot = scratch.Path("host.nodal");
-    const auto captured = RunIt(NODAL_PROGRAM, {"--root", root, "capture", "-o", snapshot});
+    const auto captured = RunIt(programs_.nodal, {"--root", root, "capture", "-o", snapshot});
     ASSERT_EQ(captured.exitStatus, 0) << captured;
     const Outcome verified = Nodal("verify " + snapshot);
     EXPECT_EQ(verified.status, 0) << verified.out;
     for (const std::string report : kReports) {
       for (const std::vector<std::string> &more : {std::vector<std::string>{}, {"-q", "-v"}}) {
         SCOPED_TRACE(report);
-        const auto live = RunIt(KESTREL_PROGRAM, Words(root, report, more), true);
-        const auto replayed = RunIt(KESTREL_PROGRAM, Words(snapshot, report, more));
+        const auto live = RunIt(programs_.kestrel, Words(root, report, more), true);
+        const auto replayed = RunIt(programs_.kestrel, Words(snapshot, report, more));
         EXPECT_EQ(live.output, replayed.output);
         EXPECT_EQ(live.errors, replayed.errors);
         EXPECT_EQ(live.exitStatus, replayed.exitStatus);
@@ -56,7 +103,7 @@ class Replay : public testing::TestWithParam<std::string> {
     }
   }
 
-  bool asNobody_ = false;
+  Programs programs_ = {KESTREL_PROGRAM, NODAL_PROGRAM, ROOT_FOLDER_LIBRARY};
 
  private:
   static std::vector<std::string> Words(const std::string &cache, const std::string &report,
@@ -65,6 +112,8 @@ class Replay : public testing::TestWithParam<std::string> {
     words.insert(words.end(), more.begin(), more.end());
     return words;
   }
+
+  bool asNobody_ = false;
 };
 
 TEST_P(Replay, OfASavedHost) {
@@ -85,8 +134,8 @@ TEST_P(Replay, OfAHostWithFilesThatCannotBeRead) {
 
 TEST_P(Replay, OfAHostWithFilesThatAreNotForTheUser) {
   SavedHost host(GetParam());
-  asNobody_ = geteuid() == 0;
-  const auto tried = RunIt(NODAL_PROGRAM, {"--version"});
+  if (geteuid() == 0) BecomeNobody();
+  const auto tried = RunIt(programs_.nodal, {"--version"});
   if (tried.exitStatus != 0) GTEST_SKIP() << "an ordinary user cannot run the programs here: " << tried;
   for (const char *file : {"proc/slabinfo", "proc/iomem", "proc/meminfo"}) {
     host.Write(file, "");
