@@ -13,6 +13,8 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
+#include <cstring>
 #include <map>
 #include <regex>
 #include <thread>
@@ -267,6 +269,10 @@ class RowCheck {
 
 class MovingHost : public testing::Test {
  protected:
+  void SetUp() override {
+    if (access("/proc/self/status", R_OK) != 0) GTEST_SKIP() << "/proc is not mounted here";
+  }
+
   Outcome Report(const std::string &report, const std::string &cache = "") const {
     std::vector<std::string> words = {"-r", report, "-q"};
     if (!cache.empty()) words.insert(words.begin(), {"-c", cache});
@@ -353,20 +359,47 @@ TEST_F(MovingHost, ControlGroups) {
   EXPECT_GT(rows_.limited(), 0) << "none of them was met";
 }
 
-// Moves on into a namespace of processes, with a /proc of its own, where there may be one.
+// The status of a process that could not go into a namespace of its own; no test program ends with it.
+constexpr int kNoNamespace = 111;
+
+[[noreturn]] void EndWithoutNamespace(const char *what) {
+  std::fprintf(stderr, "Testing among the host's processes, since %s failed: %s\n", what, std::strerror(errno));
+  _exit(kNoNamespace);
+}
+
+// The exit status of a child; a signal that ended it is reported, and counts as a failure.
+int StatusOf(pid_t child) {
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0) {
+    if (errno == EINTR) continue;
+    std::perror("waitpid");
+    return 1;
+  }
+  if (WIFEXITED(status)) return WEXITSTATUS(status);
+  std::fprintf(stderr, "The tests were ended by a signal: %s\n", strsignal(WTERMSIG(status)));
+  return 1;
+}
+
+// Goes on in a child that has a namespace of processes and a /proc of its own, and ends with its status. Where this
+// cannot be had, says why, and goes on in this process, which keeps its namespaces.
 void TakeOwnProcesses() {
-  if (unshare(CLONE_NEWPID | CLONE_NEWNS) != 0) return;
-  const pid_t child = fork();
-  if (child > 0) {
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    _exit(WIFEXITED(status) ? WEXITSTATUS(status) : 1);
+  const pid_t outer = fork();
+  if (outer < 0) {
+    std::perror("Testing among the host's processes, since fork failed");
+    return;
   }
-  if (child < 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-      mount("proc", "/proc", "proc", 0, nullptr) != 0) {
-    _exit(1);
+  if (outer > 0) {
+    const int status = StatusOf(outer);
+    if (status == kNoNamespace) return;
+    _exit(status);
   }
+  if (unshare(CLONE_NEWPID | CLONE_NEWNS) != 0) EndWithoutNamespace("unshare");
+  const pid_t inner = fork();
+  if (inner < 0) EndWithoutNamespace("fork");
+  if (inner > 0) _exit(StatusOf(inner));
+  // What is mounted on a private /proc is not passed on to other namespaces. In a chroot, / may be no mount point.
+  if (mount(nullptr, "/proc", nullptr, MS_PRIVATE, nullptr) != 0) EndWithoutNamespace("making /proc private");
+  if (mount("proc", "/proc", "proc", 0, nullptr) != 0) EndWithoutNamespace("mounting /proc");
 }
 
 }  // namespace
