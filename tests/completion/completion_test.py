@@ -13,7 +13,11 @@ import unittest
 
 import shells
 
-SHELL, COMPLETIONS, PROGRAMS, SAMPLES = sys.argv[1:5]
+SHELL, COMPLETIONS, BUILT, SAMPLES = sys.argv[1:5]
+# A folder of links, since PATH cannot have a colon, and a clone's path may.
+LINKS = tempfile.TemporaryDirectory()
+PROGRAMS = LINKS.name + '/bin'
+os.symlink(BUILT, PROGRAMS)
 SNAPSHOT = 'two-vms.nodal'
 
 

@@ -4,6 +4,7 @@ import os
 import pty
 import re
 import select
+import shlex
 import signal
 import subprocess
 import time
@@ -61,12 +62,12 @@ class Terminal:
 def bash(environment, files):
     setup = ["PS1='$ '", 'bind "set bell-style none"', 'bind "set enable-bracketed-paste off"',
              r"""bind -x '"\C-x\C-r": printf "<<%s>>" "$READLINE_LINE"'"""]
-    setup += ["source '%s'" % file for file in files]
+    setup += ['source ' + shlex.quote(file) for file in files]
     return Terminal(['bash', '--norc', '--noprofile', '-i'], environment, setup, '\x01\x0b', '\x1b*')
 
 
 def zsh(environment, folder):
-    setup = ["PS1='$ '; unsetopt beep", "fpath=('%s' $fpath); autoload -Uz compinit; compinit -u -D" % folder,
+    setup = ["PS1='$ '; unsetopt beep", "fpath=(%s $fpath); autoload -Uz compinit; compinit -u -D" % shlex.quote(folder),
              'bindkey -e; setopt no_list_beep; zmodload zsh/complist',
              "show-line() { printf '<<%s>>' $BUFFER }; zle -N show-line; bindkey '^X^R' show-line",
              "zle -C all-matches complete-word _generic; bindkey '^X*' all-matches",
@@ -84,8 +85,8 @@ class Fish:
         pass
 
     def offers(self, line):
-        script = ''.join("source '%s'\n" % file for file in self._files) + 'complete -C $argv[1]'
-        run = subprocess.run(['fish', '--no-config', '-c', script, line], env=self._environment,
+        script = 'for file in $argv[2..-1]; source $file; end; complete -C $argv[1]'
+        run = subprocess.run(['fish', '--no-config', '-c', script, line, *self._files], env=self._environment,
                              stdin=subprocess.DEVNULL, capture_output=True, text=True, check=True)
         assert run.stderr == '', run.stderr
         word = line[line.rfind(' ') + 1:]

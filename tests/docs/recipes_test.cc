@@ -45,11 +45,15 @@ bool IsInstalled(const std::string &program) {
 // A folder with the sample host, and a shell in it.
 class Workbench {
  public:
-  Workbench() { std::filesystem::copy_file(SAMPLE_SNAPSHOT, folder_.File("two-vms.nodal")); }
+  Workbench() {
+    std::filesystem::copy_file(SAMPLE_SNAPSHOT, folder_.File("two-vms.nodal"));
+    // By links, since PATH cannot have a colon, nor a unit's ExecStart a blank, and a clone's path may.
+    std::filesystem::create_directory_symlink(STANDINS, links_.File("standins"));
+    std::filesystem::create_directory_symlink(std::filesystem::path(NODAL_PROGRAM).parent_path(), links_.File("bin"));
+  }
 
   testing_support::Outcome Run(const std::string &script) const {
-    const std::filesystem::path programs = std::filesystem::path(NODAL_PROGRAM).parent_path();
-    const std::string path = STANDINS ":" + programs.string() + ":" + std::getenv("PATH");
+    const std::string path = links_.File("standins") + ":" + links_.File("bin") + ":" + std::getenv("PATH");
     return testing_support::Run({.program = "/bin/sh",
                                  .arguments = {"-c", script},
                                  .environment = {{"PATH", path}, {"NODAL", NODAL_PROGRAM}, {"SAMPLE", SAMPLE_SNAPSHOT}},
@@ -58,9 +62,11 @@ class Workbench {
   }
 
   std::string File(const std::string &name) const { return folder_.File(name); }
+  std::string Nodal() const { return links_.File("bin/nodal"); }
 
  private:
-  ScratchDirectory folder_;
+  const ScratchDirectory folder_;
+  const ScratchDirectory links_;
 };
 
 class RecipeTest : public testing::TestWithParam<Section> {};
@@ -108,7 +114,7 @@ TEST(RecipeFiles, AreFour) {
 
 // The programs and folders of an installed host stand for those of the build.
 std::string InPlace(const std::string &text, const Workbench &workbench) {
-  const std::string program = std::regex_replace(text, std::regex("/usr/bin/nodal"), NODAL_PROGRAM);
+  const std::string program = std::regex_replace(text, std::regex("/usr/bin/nodal"), workbench.Nodal());
   return std::regex_replace(program, std::regex("/var/lib/prometheus/node-exporter/"), workbench.File(""));
 }
 

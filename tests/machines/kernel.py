@@ -31,10 +31,10 @@ def main(folder):
     # The package has nothing but the name of the newest kernel's.
     newest = re.search(r"Depends: (linux-image-\S+)", output("apt-cache", "depends", PACKAGE))
     output("apt-get", "-q", "download", newest[1], cwd=partial)
-    [archive] = glob.glob(f"{partial}/*.deb")
+    [archive] = glob.glob(f"{glob.escape(partial)}/*.deb")
     output("dpkg-deb", "-x", archive, partial)
     os.remove(archive)
-    [kernel] = glob.glob(f"{partial}/boot/vmlinuz-*")
+    [kernel] = glob.glob(f"{glob.escape(partial)}/boot/vmlinuz-*")
     os.rename(kernel, f"{partial}/vmlinuz")
     shutil.rmtree(folder, ignore_errors=True)
     os.rename(partial, folder)

@@ -37,7 +37,7 @@ class Modules:
     def __init__(self, kernel):
         self.taken = {}
         self._paths = {}
-        for path in glob.glob(f"{kernel}/**/*.ko*", recursive=True):
+        for path in glob.glob(f"{glob.escape(kernel)}/**/*.ko*", recursive=True):
             name = re.sub(r"\.ko.*", "", os.path.basename(path))
             self._paths[name.replace("-", "_")] = path
 
@@ -57,7 +57,7 @@ class Modules:
 def libraries_of(*programs):
     """The paths of the shared libraries that programs need, the loader among them."""
     listed = subprocess.run(["ldd", *programs], check=True, stdout=subprocess.PIPE, text=True).stdout
-    return set(re.findall(r"(/\S+) \(0x", listed))
+    return set(re.findall(r"^\t(?:\S+ => )?(/.*) \(0x", listed, re.M))
 
 
 def write(path, content, mode=0o755):
@@ -101,7 +101,7 @@ def make_root(folder, programs, kernel, reports):
 
 
 def pack(root, archive):
-    names = sorted(os.path.relpath(path, root) for path in glob.glob(f"{root}/**", recursive=True))
+    names = sorted(os.path.relpath(path, root) for path in glob.glob(f"{glob.escape(root)}/**", recursive=True))
     with open(archive, "wb") as file:
         subprocess.run(["busybox", "cpio", "-o", "-H", "newc"], cwd=root, input="\n".join(names).encode(), stdout=file,
                        stderr=subprocess.DEVNULL, check=True)
