@@ -50,7 +50,7 @@ def parse_arguments():
     parser.add_argument("--seed", type=int, default=1, metavar="N", help="which mutants to draw (default: 1)")
     parser.add_argument("--count", type=int, default=100, metavar="N", help="how many mutants (default: 100)")
     parser.add_argument("--tests", default=TESTS, metavar="COMMAND", help=f"runs the tests (default: {TESTS})")
-    parser.add_argument("--targets", default="all", metavar="NAMES", help="what the tests need built (default: all)")
+    parser.add_argument("--targets", default="daily_tests", metavar="NAMES", help="what the tests need built (default: daily_tests)")
     parser.add_argument("--only", metavar="FILE", help="run the mutants that this file names")
     parser.add_argument("--list", action="store_true", help="print the names of the drawn mutants, run nothing")
     parser.add_argument("--compare", nargs=2, metavar=("OLD", "NEW"), help="compare two files of results")

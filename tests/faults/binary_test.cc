@@ -39,7 +39,7 @@ TEST(Binary, ShowsTheStatusTexts) {
   ASSERT_TRUE(symbols.contains("HVC_ReturnStatusToString"));
   EXPECT_EQ(symbols.at("HVC_ReturnStatusToString").kind, "T");
   ASSERT_TRUE(symbols.contains("returnStatusStrs"));
-#if !defined(__SANITIZE_ADDRESS__)  // which adds to the size of every object
+#if !defined(KESTREL_SANITIZE)  // which adds to the size of every object
   EXPECT_EQ(std::stoul(symbols.at("returnStatusStrs").size), 355 * sizeof(const char *));
 #endif
 }
@@ -48,7 +48,7 @@ TEST(Binary, ShowsWhetherThereAreSockets) {
   const std::map<std::string, Symbol> symbols = SymbolsOf(KESTREL_PROGRAM);
   ASSERT_TRUE(symbols.contains("isBusListEmpty"));
   EXPECT_EQ(symbols.at("isBusListEmpty").kind, "D");  // set from the start
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(KESTREL_SANITIZE)
   EXPECT_EQ(std::stoul(symbols.at("isBusListEmpty").size), 1u);
 #endif
 }
@@ -61,7 +61,7 @@ TEST(Binary, TheStandinHasAllThatTheLibraryHas) {
     EXPECT_TRUE(standin.contains(name)) << name;
 }
 
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(KESTREL_SANITIZE)
 TEST(Binary, NeedsThePlatformLibraryAndTheLanguagesOwn) {
   const Outcome outcome =
       testing_support::Run({.program = "/usr/bin/env", .arguments = {"readelf", "-d", KESTREL_PROGRAM}});

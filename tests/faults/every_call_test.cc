@@ -30,7 +30,12 @@ struct Failing {
   HVC_ReturnStatus status;
   bool answers = false;
 };
+#ifdef KESTREL_SANITIZE
+// Starting a sanitized program takes long, and the way to fail hardly changes what it then does with its memory.
+constexpr Failing kWays[] = {{HVC_FAILURE}};
+#else
 constexpr Failing kWays[] = {{kStatuses[0]}, {kStatuses[1]}, {kStatuses[2]}, {HVC_FAILURE, true}};
+#endif
 
 // Operations that can give something in spite of their status.
 bool CanAnswer(const LoggedCall &call) {
@@ -200,7 +205,7 @@ INSTANTIATE_TEST_SUITE_P(Reports, EveryCall,
 
 // A program that leaks over the stand-in is found out where the build looks for leaks, so that the runs above were too.
 TEST(Leaks, AreFound) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef KESTREL_SANITIZE
   const StandinRun run = RunKestrel(StandinHost(), {"leak", "1000"}, {.program = QUERY_PROGRAM});
   EXPECT_EQ(run.outcome.exitStatus, 99);
   EXPECT_NE(run.outcome.errors.find("1000 byte(s) leaked"), std::string::npos) << run;

@@ -62,7 +62,7 @@ TEST_P(Examples, DoWhatThePageShows) {
   size_t commands = 0;
   for (const std::string &text : Page(GetParam().name).Examples()) {
     if (text.starts_with("#include")) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef KESTREL_SANITIZE
       GTEST_SKIP() << "a program without the sanitizers cannot have a library with them";
 #endif
       testing_support::WriteFile(File("groups.c"), text);

@@ -26,7 +26,7 @@ Outcome Report(const std::string &report, const std::string &path, size_t mostMB
 class ShortMemory : public testing::Test {
  protected:
   void SetUp() override {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef KESTREL_SANITIZE
     GTEST_SKIP() << "the sanitizers need more address space than these tests leave them";
 #endif
   }

@@ -114,7 +114,7 @@ TEST(StrangeFile, ALongSnapshotIsNotLoaded) {
   EXPECT_EQ(run.errors, "");
   EXPECT_EQ(run.exitStatus, 0);
   EXPECT_TRUE(run.output.starts_with("name\nheap\n")) << run.output;
-#ifndef __SANITIZE_ADDRESS__
+#ifndef KESTREL_SANITIZE
   // Memory of one's own is limited, address space is not.
   EXPECT_EQ(HeapStats(path, "ulimit -d 16384").output, run.output);
   // Without the address space, there is nothing to be read.

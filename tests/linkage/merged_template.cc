@@ -1,0 +1,17 @@
+// The fault that check looks for, made on purpose: a template outside of the unnamed namespace whose argument is a
+// constant inside it. Some compilers give each file's instance the same weak name, and the linker keeps only one of them.
+namespace linkage {
+
+template <const int &number>
+int Number() {
+  return number;
+}
+
+namespace {
+constexpr int kNumber = 1;
+}
+
+extern int (*const number)();
+int (*const number)() = Number<kNumber>;
+
+}  // namespace linkage
