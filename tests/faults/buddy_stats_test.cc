@@ -1,6 +1,6 @@
 // The MemMap buddies of all memory nodes: which appear, in what order, and what becomes of those that cannot be read.
-#include "tests/faults/failing_call.h"
 #include "tests/faults/machine_hosts.h"
+#include "tests/faults/report_case.h"
 
 namespace faults {
 namespace {
@@ -306,116 +306,23 @@ TEST(BuddyStatsNumber, MayBeAllOfMemMaps) {
   Check({"", host, WithOptions({"-q", "-s", "name:4KBfree"}), "name,memNode,4KBfree\n" + rows + "Total,,99\n", "", 0});
 }
 
-// Calls that fail.
-
-class BuddyTableCall : public testing::TestWithParam<FailingCall> {};
-
-TEST_P(BuddyTableCall, Fails) {
-  CheckWithStatuses(BuddyHost(), WithOptions({"-v", "-s", "name:2MBfree"}), GetParam(), kAnyFailure);
+TEST(BuddyStatsFailure, OfTheNamesLeavesATableOfNone) {
+  Check({"", BuddyHost().Fail({.operation = "NODAL_GetInstanceList", .node = kBuddies}),
+         WithOptions({"-v", "-s", "name:2MBfree"}), kNoRows, "", 0});
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Around, BuddyTableCall,
-    testing::Values(FailingCall{"NoListForTheNames", "NODAL_ParamListCreateAndAllocateParams", "*", 1, kNoRows, "", 0},
-                    FailingCall{"TheNames", "NODAL_GetInstanceList", kBuddies, 1, kNoRows, "", 0},
-                    FailingCall{"TheFirstName", "NODAL_ParamListGetString", kBuddies, 1, kNoRows, "", 0},
-                    FailingCall{"EachMemoryNode", "NODAL_Get", kMemNodes, 0, kNoRows,
-                                "Error <hex> while reading /memory/memNodes/1Error <hex> while reading "
-                                "/memory/memNodes/0Error <hex> while reading /memory/memNodes/1Error <hex> while "
-                                "reading /memory/memNodes/0",
-                                0},
-                    FailingCall{"TheThirdFigures", "NODAL_Get", kFigures, 3, kStopped,
-                                "Error <hex> while reading memmap-01-lo/comprehensive", 1}),
-    NameOf<FailingCall>);
-
-class BuddyCall : public testing::TestWithParam<FailingCall> {};
-
-TEST_P(BuddyCall, Fails) {
-  CheckWithStatuses(BuddyHost(), WithOptions({"-q", "-s", "name:4KBfree"}), GetParam(), kAnyFailure);
+TEST(BuddyStatsFailure, OfEachMemoryNodeLeavesATableOfNone) {
+  const std::string one = "Error 0xbad0001 while reading /memory/memNodes/1";
+  const std::string zero = "Error 0xbad0001 while reading /memory/memNodes/0";
+  Check({"", BuddyHost().Fail({.operation = "NODAL_Get", .node = kMemNodes}), WithOptions({"-v", "-s", "name:2MBfree"}),
+         kNoRows, one + zero + one + zero, 0});
 }
 
-constexpr char kSelected[] = "name,memNode,4KBfree\n";
-constexpr char kRow00Lo[] = "memmap-00-lo,0,1000\n";
-constexpr char kRow00Hi[] = "memmap-00-hi,0,2000\n";
-constexpr char kRow01Lo[] = "memmap-01-lo,1,3000\n";
-constexpr char kRow01Hi[] = "memmap-01-hi,1,4000\n";
-
-std::string Output(const std::vector<const char *> &rows, const std::string &total = "") {
-  std::string output = kSelected;
-  for (const char *row : rows)
-    output += row;
-  return output + (total.empty() ? "" : "Total,," + total + "\n");
+TEST(BuddyStatsFailure, OfFiguresLeavesTheTableOpen) {
+  Check({"", BuddyHost().Fail({.operation = "NODAL_Get", .node = kFigures, .call = 3}),
+         WithOptions({"-v", "-s", "name:2MBfree"}), kStopped,
+         "Error 0xbad0001 while reading memmap-01-lo/comprehensive", 1});
 }
-
-// The names come in the order of the list, other buddies among them.
-INSTANTIATE_TEST_SUITE_P(Name, BuddyCall,
-                         testing::Values(FailingCall{"OfTheFirst", "NODAL_ParamListGetString", kBuddies, 1,
-                                                     Output({}, "0"), "", 0},
-                                         FailingCall{"OfAnother", "NODAL_ParamListGetString", kBuddies, 2,
-                                                     Output({kRow01Hi}, "4000"), "", 0},
-                                         FailingCall{"InTheMiddle", "NODAL_ParamListGetString", kBuddies, 4,
-                                                     Output({kRow00Hi, kRow01Hi}, "6000"), "", 0},
-                                         FailingCall{"OfTheLast", "NODAL_ParamListGetString", kBuddies, 6,
-                                                     Output({kRow00Hi, kRow01Lo, kRow01Hi}, "9000"), "", 0}),
-                         NameOf<FailingCall>);
-
-// The memory nodes are looked up for 01-hi, 00-hi, 01-lo and 00-lo.
-constexpr char kNoNodeList[] = "KestrelMemNode2NUMANode: NODAL_ParamListCreate() failure\n";
-
-INSTANTIATE_TEST_SUITE_P(MemoryNode, BuddyCall,
-                         testing::Values(FailingCall{"NoListForTheFirst", "NODAL_ParamListCreate", "*", 1,
-                                                     Output({kRow00Lo, kRow00Hi, kRow01Lo}, "6000"), kNoNodeList, 0},
-                                         FailingCall{"NoListForTheSecond", "NODAL_ParamListCreate", "*", 2,
-                                                     Output({kRow00Lo, kRow01Lo, kRow01Hi}, "8000"), kNoNodeList, 0},
-                                         FailingCall{"NoListForTheLast", "NODAL_ParamListCreate", "*", 4,
-                                                     Output({kRow00Hi, kRow01Lo, kRow01Hi}, "9000"), kNoNodeList, 0},
-                                         FailingCall{"NoListForAny", "NODAL_ParamListCreate", "*", 0, Output({}, "0"),
-                                                     std::string(kNoNodeList) + kNoNodeList + kNoNodeList + kNoNodeList,
-                                                     0},
-                                         FailingCall{"TheFirstIsNotAdded", "NODAL_ParamListAddInt", "*", 1,
-                                                     Output({kRow00Lo, kRow00Hi, kRow01Lo}, "6000"),
-                                                     "The param list for memNode 1 could not be created: <hex>", 0},
-                                         FailingCall{"TheThirdIsNotAdded", "NODAL_ParamListAddInt", "*", 3,
-                                                     Output({kRow00Lo, kRow00Hi, kRow01Hi}, "7000"),
-                                                     "The param list for memNode 1 could not be created: <hex>", 0},
-                                         FailingCall{"TheLastIsNotAdded", "NODAL_ParamListAddInt", "*", 4,
-                                                     Output({kRow00Hi, kRow01Lo, kRow01Hi}, "9000"),
-                                                     "The param list for memNode 0 could not be created: <hex>", 0},
-                                         FailingCall{"TheFirstIsUnreadable", "NODAL_Get", kMemNodes, 1,
-                                                     Output({kRow00Lo, kRow00Hi, kRow01Lo}, "6000"),
-                                                     "Error <hex> while reading /memory/memNodes/1", 0},
-                                         FailingCall{"TheSecondIsUnreadable", "NODAL_Get", kMemNodes, 2,
-                                                     Output({kRow00Lo, kRow01Lo, kRow01Hi}, "8000"),
-                                                     "Error <hex> while reading /memory/memNodes/0", 0},
-                                         FailingCall{"TheLastIsUnreadable", "NODAL_Get", kMemNodes, 4,
-                                                     Output({kRow00Hi, kRow01Lo, kRow01Hi}, "9000"),
-                                                     "Error <hex> while reading /memory/memNodes/0", 0}),
-                         NameOf<FailingCall>);
-
-// The figures are read in the order of the rows. Their lists come after the four of the memory nodes.
-INSTANTIATE_TEST_SUITE_P(
-    Figures, BuddyCall,
-    testing::Values(FailingCall{"NoListForTheFirst", "NODAL_ParamListCreate", "*", 5, Output({}),
-                                "KestrelBuddyGetStats: NODAL_ParamListCreate() failure\n", 1},
-                    FailingCall{"NoListForTheSecond", "NODAL_ParamListCreate", "*", 6, Output({kRow00Lo}),
-                                "KestrelBuddyGetStats: NODAL_ParamListCreate() failure\n", 1},
-                    FailingCall{"NoListForTheLast", "NODAL_ParamListCreate", "*", 8,
-                                Output({kRow00Lo, kRow00Hi, kRow01Lo}),
-                                "KestrelBuddyGetStats: NODAL_ParamListCreate() failure\n", 1},
-                    FailingCall{"TheFirstIsNotAdded", "NODAL_ParamListAddString", "*", 1, Output({}),
-                                "The param list for buddy memmap-00-lo could not be created: <hex>", 1},
-                    FailingCall{"TheThirdIsNotAdded", "NODAL_ParamListAddString", "*", 3, Output({kRow00Lo, kRow00Hi}),
-                                "The param list for buddy memmap-01-lo could not be created: <hex>", 1},
-                    FailingCall{"TheLastIsNotAdded", "NODAL_ParamListAddString", "*", 4,
-                                Output({kRow00Lo, kRow00Hi, kRow01Lo}),
-                                "The param list for buddy memmap-01-hi could not be created: <hex>", 1},
-                    FailingCall{"TheFirstIsUnreadable", "NODAL_Get", kFigures, 1, Output({}),
-                                "Error <hex> while reading memmap-00-lo/comprehensive", 1},
-                    FailingCall{"TheSecondIsUnreadable", "NODAL_Get", kFigures, 2, Output({kRow00Lo}),
-                                "Error <hex> while reading memmap-00-hi/comprehensive", 1},
-                    FailingCall{"TheLastIsUnreadable", "NODAL_Get", kFigures, 4, Output({kRow00Lo, kRow00Hi, kRow01Lo}),
-                                "Error <hex> while reading memmap-01-hi/comprehensive", 1}),
-    NameOf<FailingCall>);
 
 TEST(BuddyStatsMessages, NameTheWholeNumberOfANode) {
   StandinHost host;

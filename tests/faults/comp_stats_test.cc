@@ -1,6 +1,6 @@
 // The one row of the whole machine. Its banner and header are printed before anything is read.
-#include "tests/faults/failing_call.h"
 #include "tests/faults/machine_hosts.h"
+#include "tests/faults/report_case.h"
 
 namespace faults {
 namespace {
@@ -221,69 +221,9 @@ INSTANTIATE_TEST_SUITE_P(
                "0,1,1,4294967295,4294967295\n")),
     NameOf<ReportCase>);
 
-// Calls that fail.
-
-class CompCall : public testing::TestWithParam<FailingCall> {};
-
-TEST_P(CompCall, Fails) {
-  CheckWithStatuses(ComprehensiveHost(), WithOptions({"-v", "-u", "mb", "-s", "total:memState"}), GetParam(),
-                    kAnyFailure);
-}
-
-constexpr char kNoMemMapList[] = "KestrelCompGetMemMapStats: NODAL_ParamListCreate() failure\n";
-constexpr char kNoGlobalList[] = "KestrelCompGetGlobalKestrel: NODAL_ParamListCreate() failure\n";
-
-FailingCall Stopped(const char *name, const char *operation, const char *node, unsigned call,
-                    const std::string &errors = "") {
-  return {name, operation, node, call, kStopped, errors, 1};
-}
-
-INSTANTIATE_TEST_SUITE_P(Lists, CompCall,
-                         testing::Values(Stopped("ForTheMemory", "NODAL_ParamListCreate", "*", 1, kNoMemMapList),
-                                         Stopped("ForTheScheduler", "NODAL_ParamListCreate", "*", 2, kNoGlobalList),
-                                         Stopped("ForTheHighState", "NODAL_ParamListCreate", "*", 3, kNoGlobalList),
-                                         Stopped("ForTheClearState", "NODAL_ParamListCreate", "*", 4, kNoGlobalList),
-                                         Stopped("ForTheSoftState", "NODAL_ParamListCreate", "*", 5, kNoGlobalList),
-                                         Stopped("ForTheHardState", "NODAL_ParamListCreate", "*", 6, kNoGlobalList),
-                                         Stopped("ForTheLowState", "NODAL_ParamListCreate", "*", 7, kNoGlobalList)),
-                         NameOf<FailingCall>);
-
-INSTANTIATE_TEST_SUITE_P(Names, CompCall,
-                         testing::Values(Stopped("High", "NODAL_ParamListAddString", "*", 1),
-                                         Stopped("Clear", "NODAL_ParamListAddString", "*", 2),
-                                         Stopped("Soft", "NODAL_ParamListAddString", "*", 3),
-                                         Stopped("Hard", "NODAL_ParamListAddString", "*", 4),
-                                         Stopped("Low", "NODAL_ParamListAddString", "*", 5)),
-                         NameOf<FailingCall>);
-
-INSTANTIATE_TEST_SUITE_P(Reads, CompCall,
-                         testing::Values(Stopped("OfTheMemory", "NODAL_Get", "memory_comprehensive", 1),
-                                         Stopped("OfTheScheduler", "NODAL_Get", "sched_globalStats_memory_kestrel", 1),
-                                         Stopped("OfTheHighState", "NODAL_Get", kTransitions, 1),
-                                         Stopped("OfTheClearState", "NODAL_Get", kTransitions, 2),
-                                         Stopped("OfTheSoftState", "NODAL_Get", kTransitions, 3),
-                                         Stopped("OfTheHardState", "NODAL_Get", kTransitions, 4),
-                                         Stopped("OfTheLowState", "NODAL_Get", kTransitions, 5)),
-                         NameOf<FailingCall>);
-
-TEST(CompStatsFailure, LeavesTheHeaderInCsv) {
-  Check({"", StandinHost(), WithOptions({"-qv", "-s", "total"}), "total\n", "", 1});
-}
-
-// The first failure is the last call: nothing further is read.
-TEST(CompStatsFailure, IsTheEnd) {
-  StandinHost host = ComprehensiveHost();
-  host.Fail({.operation = "NODAL_Get", .node = "sched_globalStats_memory_kestrel", .status = 0x0bad0003});
-  EXPECT_EQ(CallsThatCount(RunKestrel(host, WithOptions({}))),
-            (std::vector<std::string>{
-                "NODAL_CheckSig(21) = 0",
-                "NODAL_ParamListCreate(1, 1) = list1",
-                "NODAL_Get(memory_comprehensive, [], 88) = 0",
-                "NODAL_ParamListDestroy(list1)",
-                "NODAL_ParamListCreate(1, 1) = list2",
-                "NODAL_Get(sched_globalStats_memory_kestrel, [], 352) = 0x0bad0003",
-                "NODAL_ParamListDestroy(list2)",
-            }));
+TEST(CompStatsFailure, LeavesTheHeader) {
+  Check({"", ComprehensiveHost().Fail({.operation = "NODAL_Get", .node = kTransitions, .call = 5}),
+         WithOptions({"-v", "-u", "mb", "-s", "total:memState"}), kStopped, "", 1});
 }
 
 TEST(CompStatsCalls, SevenRecordsAreReadInTheirOrder) {

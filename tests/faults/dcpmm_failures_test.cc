@@ -1,9 +1,11 @@
-// Every call of a profile of persistent memory that fails: what is said, how the run ends, and what its file then
-// holds.
+// Calls of a profile of persistent memory that fail where every_call_test.cc does not look: of a run into a file, whose
+// contents count then, of its second iteration, and of a second socket.
 #include <algorithm>
 #include <map>
 
+#include "tests/faults/failure_rows.h"
 #include "tests/faults/memory_modules.h"
+#include "tests/faults/oracle.h"
 #include "tests/faults/report_case.h"
 
 namespace faults {
@@ -18,57 +20,41 @@ constexpr HVC_ReturnStatus kBusy = 0x0bad0004;
 
 // A call of a write or read, and what is said when it fails.
 struct FailingCall {
-  const char *operation;
+  std::string operation;
   std::string node;
   unsigned number;  // of the calls of that operation that a write or read makes
   std::string message;
 };
 
-const std::vector<FailingCall> kWriteCalls = {
-    {"NODAL_ParamListCreate", "*", 1, "Cannot create instanceArgs\n"},
-    {"NODAL_ParamListCreate", "*", 2, "cannot create inputArgs\n"},
-    {"NODAL_ParamListAddInt", "*", 1, "NODAL_ParamListAddInt seg failure 195887108\n"},
-    {"NODAL_ParamListAddInt", "*", 2, "NODAL_ParamListAddInt bus failure 195887108\n"},
-    {"NODAL_ParamListAddInt", "*", 3, "NODAL_ParamListAddInt slot failure 195887108\n"},
-    {"NODAL_ParamListAddInt", "*", 4, "NODAL_ParamListAddInt func failure 195887108\n"},
-    {"NODAL_ParamListAddInt", "*", 5, "NODAL_ParamListAddInt size failure 195887108\n"},
-    {"NODAL_ParamListAddInt", "*", 6, "NODAL_ParamListAddInt control failure 195887108\n"},
-    {"NODAL_ParamListAddInt", "*", 7, "NODAL_ParamListAddInt event failure 195887108\n"},
-    {"NODAL_Set", kConfigRegister, 1, "KestrelDCPMMProgramEvent: error fetching PCI information Busy\n"},
-};
-
-const std::vector<FailingCall> kReadCalls = {
-    {"NODAL_ParamListCreate", "*", 1, "Cannot allocate instanceArgs\n"},
-    {"NODAL_ParamListAddInt", "*", 1, "NODAL_ParamListAddInt for seg failure 195887108\n"},
-    {"NODAL_ParamListAddInt", "*", 2, "NODAL_ParamListAddInt for bus failure 195887108\n"},
-    {"NODAL_ParamListAddInt", "*", 3, "NODAL_ParamListAddInt for slot failure 195887108\n"},
-    {"NODAL_ParamListAddInt", "*", 4, "NODAL_ParamListAddInt for func failure 195887108\n"},
-    {"NODAL_ParamListAddInt", "*", 5, "NODAL_ParamListAddInt for seg failure 195887108\n"},
-    {"NODAL_ParamListAddInt", "*", 6, "NODAL_ParamListAddInt for lowCounter failure 195887108\n"},
-    {"NODAL_Get", kConfigRegister, 1, "KestrelDCPMMReadCounters: error fetching PCI information Busy\n"},
-    {"NODAL_ParamListRemoveLastParam", "*", 1,
-     "KestrelDCPMMReadCounters: NODAL_ParamListRemoveLastParam failure 195887108\n"},
-    {"NODAL_ParamListAddInt", "*", 7,
-     "KestrelDCPMMReadCounters: NODAL_ParamListAddInt for highCounter failure 195887108\n"},
-    {"NODAL_Get", kConfigRegister, 2, "KestrelDCPMMReadCounters: error fetching PCI information Busy\n"},
-};
+std::vector<FailingCall> CallsAt(const std::string &place) {
+  std::vector<FailingCall> calls;
+  for (const FailureRow &row : Profiler().table) {
+    if (row.place != place) continue;
+    const bool isAccess = row.operation == "NODAL_Set" || row.operation == "NODAL_Get";
+    calls.push_back({row.operation, isAccess ? kConfigRegister : "*", row.number,
+                     Replaced(WithStatus(row.messages[0].text, kBusy), "<text>", "Busy")});
+  }
+  return calls;
+}
 
 const std::vector<FailingCall> &CallsOf(const Step &step) {
   static const std::vector<FailingCall> none;
-  if (step.kind == Step::kWrite) return kWriteCalls;
-  return step.kind == Step::kRead ? kReadCalls : none;
+  static const std::vector<FailingCall> ofWrites = CallsAt(WriteOf(kConfigRegister));
+  static const std::vector<FailingCall> ofReads = CallsAt(kConfigRegister);
+  if (step.kind == Step::kWrite) return ofWrites;
+  return step.kind == Step::kRead ? ofReads : none;
 }
 
 unsigned CallsOf(const Step &step, const FailingCall &like) {
   const std::vector<FailingCall> &calls = CallsOf(step);
   return static_cast<unsigned>(std::count_if(calls.begin(), calls.end(), [&like](const FailingCall &call) {
-    return call.node == like.node && std::string(call.operation) == like.operation;
+    return call.node == like.node && call.operation == like.operation;
   }));
 }
 
 // How often an operation is called before the first write.
 unsigned CallsBefore(const StandinRun &clean, const FailingCall &like, const std::vector<Step> &steps) {
-  const std::string start = like.operation + std::string("(") + (like.node == "*" ? "" : like.node);
+  const std::string start = like.operation + "(" + (like.node == "*" ? "" : like.node);
   unsigned count = 0;
   for (const std::string &call : clean.calls)
     count += call.starts_with(start) ? 1 : 0;
@@ -140,11 +126,10 @@ TEST_P(FailingSteps, EndTheRun) {
 // iteration starts with step 94. Two sockets: 76 steps program, 32 reset.
 INSTANTIATE_TEST_SUITE_P(
     Dcpmm, FailingSteps,
-    testing::Values(Part{"Freezing", kOneSocket, 1, 0, 8}, Part{"Programming", kOneSocket, 1, 8, 38},
-                    Part{"Resetting", kOneSocket, 1, 38, 54}, Part{"ReadingTheFirstController", kOneSocket, 1, 55, 70},
-                    Part{"ReadingTheSecondController", kOneSocket, 1, 70, 85},
-                    Part{"ReadingTheMeshes", kOneSocket, 1, 85, 93}, Part{"ASecondReset", kOneSocket, 2, 94, 96},
-                    Part{"ReadingAgain", kOneSocket, 2, 111, 114}, Part{"TheSecondSocket", kTwoSockets, 1, 38, 39},
+    testing::Values(Part{"TheFirstWrite", kOneSocket, 1, 0, 1}, Part{"TheFirstReset", kOneSocket, 1, 38, 39},
+                    Part{"TheFirstReads", kOneSocket, 1, 55, 58}, Part{"TheLastMesh", kOneSocket, 1, 92, 93},
+                    Part{"ASecondReset", kOneSocket, 2, 94, 96}, Part{"ReadingAgain", kOneSocket, 2, 111, 114},
+                    Part{"TheSecondSocket", kTwoSockets, 1, 38, 39},
                     Part{"ReadingTheSecondSocket", kTwoSockets, 1, 147, 149}),
     NameOf<Part>);
 
@@ -194,13 +179,6 @@ INSTANTIATE_TEST_SUITE_P(
                 {"-q"},
                 "NODAL_ParamListAddInt seg failure 4294967294\nkestrelDCPMMFreezeUnit: Error in IMC Unit Freeze\n",
                 {}},
-        Failure{"ARowBeforeTheFailure",
-                FailingHost({.operation = "NODAL_Get", .node = kConfigRegister, .call = 4, .status = kBusy}),
-                {"-q", "-v"},
-                std::string(kCsvHeader) + "0,IMC-0,Channel-0,UNC_M_PMM_RPQ_INSERTS,10001\n"
-                                          "KestrelDCPMMReadCounters: error fetching PCI information Busy\n"
-                                          "kestrelDCPMMReadAllCounters: Error reading UNC_M_PMM_WPQ_INSERTS\n",
-                {}},
         Failure{"AUnitThatIsNotThere",
                 MemoryHost({})
                     .AddList("hardware_pci_seg", {}, {0})
@@ -214,95 +192,24 @@ INSTANTIATE_TEST_SUITE_P(
                 {{kFileName, FileStart(20)}}}),
     NameOf<Failure>);
 
-constexpr char kNoBus[] = "\n No Valid PCI BUS found.\n";
-
-// Fails before there is a socket, at the first call that fits; the file's absence shows that it ends there.
-Failure NoSocket(const char *name, const Fault &fault, const std::string &message) {
-  return {name, FailingHost(fault), {}, "DCPMM Profiler Info: " + message + "\n" + kNoBus, {}};
-}
-
-// The adds of a list begin with the processor's number; the first segment, bus, slot and function follow.
 INSTANTIATE_TEST_SUITE_P(
-    DcpmmDiscovery, Failures,
-    testing::Values(
-        NoSocket("List", {.operation = "NODAL_ParamListCreate", .call = 2}, "NODAL_ParamListCreate Failure"),
-        NoSocket("Segments", {.operation = "NODAL_GetInstanceListAlloc", .node = "hardware_pci_seg"},
-                 "NODAL_NODE_hardware_pci_seg Failure"),
-        NoSocket("Segment", {.operation = "NODAL_ParamListGetParam", .node = "hardware_pci_seg"},
-                 "NODAL_NODE_hardware_pci_seg, Unable to get segment param from segList"),
-        NoSocket("AddedSegment", {.operation = "NODAL_ParamListAddInt", .call = 2},
-                 "NODAL_NODE_hardware_pci_seg, Unable to add segment to paramList"),
-        NoSocket("Buses", {.operation = "NODAL_GetInstanceListAlloc", .node = "hardware_pci_seg_bus"},
-                 "NODAL_NODE_hardware_pci_seg_bus Failure"),
-        NoSocket("Bus", {.operation = "NODAL_ParamListGetParam", .node = "hardware_pci_seg_bus"},
-                 "NODAL_NODE_hardware_pci_seg_bus, Unable to get bus param from busList"),
-        NoSocket("AddedBus", {.operation = "NODAL_ParamListAddInt", .call = 3},
-                 "NODAL_NODE_hardware_pci_seg_bus, Unable to add bus to paramList"),
-        NoSocket("Slots", {.operation = "NODAL_GetInstanceListAlloc", .node = "hardware_pci_seg_bus_slot"},
-                 "NODAL_NODE_hardware_pci_seg_bus_slot Failure"),
-        NoSocket("Slot", {.operation = "NODAL_ParamListGetParam", .node = "hardware_pci_seg_bus_slot"},
-                 "NODAL_NODE_hardware_pci_seg_bus_slot, Unable to get slot param from slotList"),
-        NoSocket("AddedSlot", {.operation = "NODAL_ParamListAddInt", .call = 4},
-                 "NODAL_NODE_hardware_pci_seg_bus_slot, Unable to add slot to paramList"),
-        NoSocket("Functions", {.operation = "NODAL_GetInstanceListAlloc", .node = "hardware_pci_seg_bus_slot_func"},
-                 "NODAL_NODE_hardware_pci_seg_bus_slot_func Failure"),
-        NoSocket("Function", {.operation = "NODAL_ParamListGetParam", .node = "hardware_pci_seg_bus_slot_func"},
-                 "NODAL_NODE_hardware_pci_seg_bus_slot_func, Unable to get func param from funcList"),
-        NoSocket("AddedFunction", {.operation = "NODAL_ParamListAddInt", .call = 5},
-                 "NODAL_NODE_hardware_pci_seg_bus_slot_func, Unable to add func to paramList"),
-        NoSocket("Header", {.operation = "NODAL_Get", .node = kConfigHeader},
-                 "NODAL_NODE_hardware_pci_seg_bus_slot_func_pciConfigHeader, Unable to get pciConfiHeader"),
-        NoSocket("NotFoundIsLikeAnyOther",
-                 {.operation = "NODAL_GetInstanceListAlloc",
-                  .node = "hardware_pci_seg_bus_slot_func",
-                  .call = 2,
-                  .status = 0x0bad0003},
-                 "NODAL_NODE_hardware_pci_seg_bus_slot_func Failure"),
-        NoSocket("HeaderThatNobodyNeeds",
-                 {.operation = "NODAL_Get", .node = kConfigHeader, .call = 3, .status = 0x0bad0003},
-                 "NODAL_NODE_hardware_pci_seg_bus_slot_func_pciConfigHeader, Unable to get pciConfiHeader")),
-    NameOf<Failure>);
-
-INSTANTIATE_TEST_SUITE_P(
-    DcpmmChecks, Failures,
-    testing::Values(
-        Failure{"ProcessorList",
-                FailingHost({.operation = "NODAL_ParamListCreate", .call = 1}),
-                {"-x"},
-                "ERROR: could not create cpuListInputParam: Success\n",
-                {}},
-        Failure{"ProcessorNumber",
-                FailingHost({.operation = "NODAL_ParamListAddInt", .call = 1, .status = 0x0bad0014}),
-                {},
-                "NODAL_ParamListAddInt cpuListInputParam Failure Out of memory\n",
-                {}},
-        Failure{"Processor",
-                FailingHost({.operation = "NODAL_Get", .node = "hardware_cpu_cpuList", .status = 0x0bad0001}),
-                {"-q"},
-                "ERROR: could not get cpuInfo: Failure\n",
-                {}},
-        Failure{"NoProcessor", StandinHost(), {"-t", "0"}, "ERROR: could not get cpuInfo: Not found\n", {}},
-        Failure{"Modules",
-                FailingHost({.operation = "NODAL_GetInstanceListAlloc", .node = "hardware_nvd_dimm"}),
-                {},
-                "KestrelDCPMMCheckNVM: NODAL_GetInstanceListAlloc failure\n",
-                {}},
-        Failure{
-            "ModulesNotFound",
-            FailingHost({.operation = "NODAL_GetInstanceListAlloc", .node = "hardware_nvd_dimm", .status = 0x0bad0003}),
-            {"-q"},
-            "KestrelDCPMMCheckNVM: NODAL_GetInstanceListAlloc failure\n",
-            {}},
-        Failure{"Time",
-                FailingHost({.operation = "time", .status = 75}),
-                {"-v"},
-                "time() failed: Value too large for defined data type\n\n Cannot Create report output file\n",
-                {}},
-        Failure{"LocalTime",
-                FailingHost({.operation = "localtime", .status = 22}),
-                {},
-                "localtime() failed: Invalid argument\n\n Cannot Create report output file\n",
-                {}}),
+    DcpmmFile, Failures,
+    testing::Values(Failure{"NoSocket",
+                            FailingHost({.operation = "NODAL_GetInstanceListAlloc", .node = "hardware_pci_seg"}),
+                            {},
+                            "DCPMM Profiler Info: NODAL_NODE_hardware_pci_seg Failure\n\n No Valid PCI BUS found.\n",
+                            {}},
+                    Failure{
+                        "Time",
+                        FailingHost({.operation = "time", .status = 75}),
+                        {"-v"},
+                        "time() failed: Value too large for defined data type\n\n Cannot Create report output file\n",
+                        {}},
+                    Failure{"LocalTime",
+                            FailingHost({.operation = "localtime", .status = 22}),
+                            {},
+                            "localtime() failed: Invalid argument\n\n Cannot Create report output file\n",
+                            {}}),
     NameOf<Failure>);
 
 // A discovery that fails later goes on with what it has found. The second socket's bus comes after the first one's.
@@ -339,18 +246,6 @@ TEST(DcpmmDiscovery, GoesOnWithTheSocketsFoundSoFar) {
     EXPECT_EQ(StepCalls(profile.run), Calls(Steps(found)));
     EXPECT_EQ(ListErrors(profile.run), "");
   }
-}
-
-// The failing header is the socket's own.
-TEST(DcpmmDiscovery, ASocketWhoseHeaderFailsIsNone) {
-  const Profile profile =
-      RunProfile(FailingHost({.operation = "NODAL_Get", .node = kConfigHeader, .call = 6, .status = kBusy}), {"-q"});
-  EXPECT_EQ(profile.run.outcome.output,
-            std::string("DCPMM Profiler Info: NODAL_NODE_hardware_pci_seg_bus_slot_func_pciConfigHeader, Unable to get "
-                        "pciConfiHeader\n") +
-                kNoBus);
-  EXPECT_EQ(profile.run.outcome.exitStatus, 1);
-  EXPECT_EQ(StepCalls(profile.run), std::vector<std::string>());
 }
 
 }  // namespace

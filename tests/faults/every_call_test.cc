@@ -1,9 +1,10 @@
 // Every call of every report fails once, in every way that the program tells apart, and the run is held against the
-// report's table of failures: its output to the byte, its messages and its status. Whatever fails, the program gives
-// back its lists, no row has figures of two owners, and the total is that of the rows above it.
+// report's table of failures: its output to the byte, its messages, its status, and what it reads. Whatever fails, the
+// program gives back its lists, no row has figures of two owners, and the total is that of the rows above it.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
 #include <optional>
 #include <set>
@@ -187,6 +188,10 @@ TEST_P(EveryCall, FailsAsItsTableSays) {
     EXPECT_EQ(run.outcome.output, expected.output);
     EXPECT_EQ(run.outcome.errors, expected.errors);
     EXPECT_EQ(run.outcome.exitStatus, expected.exitStatus);
+    const auto accesses = oracle.AccessesWhenFails(call, status);
+    if (accesses) {
+      EXPECT_EQ(CallLog(run.calls, Parts::kOne).Accesses(SIZE_MAX, SIZE_MAX), *accesses);
+    }
     if (HasFailure()) {
       ADD_FAILURE() << clean.calls[call.line] << " fails\n" << run;
       return;

@@ -47,6 +47,7 @@ struct FailureRow {
   int exitStatus = 0;                       // if the run ends
   std::vector<HVC_ReturnStatus> only = {};  // the statuses that the row is for; none: those that no earlier row is for
   bool isIgnored = false;                   // the status is: what the call gives in spite of it counts
+  bool readsOn = false;                     // more is read than the effect lets expect
 };
 
 using FailureTable = std::vector<FailureRow>;

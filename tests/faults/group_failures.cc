@@ -99,9 +99,15 @@ FailureTable Head() {
 
 // The VMM is the first child that says so; without it there is no allocation.
 FailureTable VmmAlloc() {
-  return Joined({Children(2, {"Kestrel_GroupGetVMMAlloc: NODAL_ParamListAddInt() failure: <text>\n"},
-                          {"Kestrel_GroupGetVMMAlloc: GetInstanceListAlloc failure: <text>\n"}, kLosesGroup),
-                 Flags(3), Alloc(1, {{"Kestrel_GroupGetVMMAlloc: VM GroupGetAlloc failure, error code: <number>\n"}}),
+  // The next child is looked at if one has no ID or flags.
+  FailureTable children = Children(2, {"Kestrel_GroupGetVMMAlloc: NODAL_ParamListAddInt() failure: <text>\n"},
+                                   {"Kestrel_GroupGetVMMAlloc: GetInstanceListAlloc failure: <text>\n"}, kLosesGroup);
+  FailureTable flags = Flags(3);
+  children.back().readsOn = true;
+  for (FailureRow &row : flags)
+    row.readsOn = true;
+  return Joined({children, flags,
+                 Alloc(1, {{"Kestrel_GroupGetVMMAlloc: VM GroupGetAlloc failure, error code: <number>\n"}}),
                  Alloc(2, {{"Kestrel_GroupGetVMMAlloc: GroupGetAlloc failure, error code: <number>\n"}})});
 }
 

@@ -1,4 +1,4 @@
-// The walk over the groups and the reads of each, with every way in which they fail.
+// The walk over the groups, and what the report shows of each.
 #include <algorithm>
 
 #include "tests/faults/hosts.h"
@@ -7,178 +7,34 @@
 namespace faults {
 namespace {
 
-constexpr char kNoWalkList[] = "KestrelGroupNodalGet: NODAL_ParamListCreate() failure\n";
-constexpr char kAddFailed[] = "KestrelGroupNodalGet: NODAL_ParamListAddInt() faiure, error code: ";
-
-// A run over the small host, one column in CSV, with calls that fail.
-ReportCase Gids(const char *name, const std::vector<Fault> &faults, const std::string &output,
-                const std::string &errors, int exitStatus) {
-  StandinHost host = SmallHost();
-  for (const Fault &fault : faults)
-    host.Fail(fault);
-  return {name, host, {"-r", "group-stats", "-q", "-s", "gid"}, output, errors, exitStatus};
-}
-
 class GroupStats : public testing::TestWithParam<ReportCase> {};
 
 TEST_P(GroupStats, AnswersAs) { Check(GetParam()); }
 
-// The walk's own calls. They come in the order 0, 1, 4, 5, 7.
+// Several failing calls, and a status that is no signed number.
 
-constexpr char kList[] = "NODAL_GetInstanceListAlloc";
-constexpr char kCreate[] = "NODAL_ParamListCreate";
-constexpr char kAdd[] = "NODAL_ParamListAddInt";
-constexpr char kGet[] = "NODAL_Get";
-constexpr char kGetInt64[] = "NODAL_ParamListGetInt64";
-constexpr char kRemove[] = "NODAL_ParamListRemoveLastParam";
+StandinHost Failing(const Fault &fault) { return SmallHost().Fail(fault); }
 
-INSTANTIATE_TEST_SUITE_P(
-    WalkAtTheStartGroup, GroupStats,
-    testing::Values(Gids("NoArgumentList", {{.operation = kCreate, .call = 1}}, "gid\n", kNoWalkList, 1),
-                    Gids("NoArgument", {{.operation = kAdd, .call = 1}}, "gid\n",
-                         "KestrelTraverseGroups: NODAL_ParamListAddInt() failure: Failure\n", 1),
-                    Gids("NoArgumentNotFound", {{.operation = kAdd, .call = 1, .status = 0x0bad0003}}, "gid\n",
-                         "KestrelTraverseGroups: NODAL_ParamListAddInt() failure: Not found\n", 1),
-                    Gids("NotFound", {{.operation = kList, .call = 1, .status = 0x0bad0003}}, "gid\n", "", 1),
-                    Gids("Failure", {{.operation = kList, .call = 1}}, "gid\n",
-                         "KestrelTraverseGroups: NODAL_GetInstanceListAlloc failure: Failure\n", 1),
-                    Gids("NotInitialized", {{.operation = kList, .call = 1, .status = 0x0bad0031}}, "gid\n",
-                         "KestrelTraverseGroups: NODAL_GetInstanceListAlloc failure: Not initialized\n", 1),
-                    Gids("BaseOfTheStatuses", {{.operation = kList, .call = 1, .status = 0x0bad0000}}, "gid\n",
-                         "KestrelTraverseGroups: NODAL_GetInstanceListAlloc failure: Unknown status\n", 1),
-                    Gids("ConsoleStatus", {{.operation = kList, .call = 1, .status = 0x2bad0000}}, "gid\n",
-                         "KestrelTraverseGroups: NODAL_GetInstanceListAlloc failure: Opaque service console status\n",
-                         1),
-                    Gids("BareIndex", {{.operation = kList, .call = 1, .status = 4}}, "gid\n",
-                         "KestrelTraverseGroups: NODAL_GetInstanceListAlloc failure: Busy\n", 1)),
-    NameOf<ReportCase>);
-
-INSTANTIATE_TEST_SUITE_P(
-    WalkBelowTheStartGroup, GroupStats,
-    testing::Values(
-        Gids("AVanishedGroup", {{.operation = kList, .call = 2, .status = 0x0bad0003}}, "gid\n0\n4\n5\n7\n", "", 0),
-        Gids("AVanishedParent", {{.operation = kList, .call = 3, .status = 0x0bad0003}}, "gid\n0\n1\n7\n", "", 0),
-        Gids("TheLastVanished", {{.operation = kList, .call = 5, .status = 0x0bad0003}}, "gid\n0\n1\n4\n5\n", "", 0),
-        Gids("AFailure", {{.operation = kList, .call = 3}}, "gid\n0\n1\n7\n",
-             "KestrelTraverseGroups: NODAL_GetInstanceListAlloc failure: Failure\n", 0),
-        Gids("TheFirstIdIsUnreadable", {{.operation = kGetInt64, .call = 1}}, "gid\n0\n4\n5\n7\n", "", 0),
-        Gids("TheLastIdIsUnreadable", {{.operation = kGetInt64, .call = 4}}, "gid\n0\n1\n4\n5\n", "", 1),
-        Gids("TheLastIdIsNotFound", {{.operation = kGetInt64, .call = 4, .status = 0x0bad0003}}, "gid\n0\n1\n4\n5\n",
-             "", 1),
-        Gids("AnInnerLastIdIsUnreadable", {{.operation = kGetInt64, .call = 3}}, "gid\n0\n1\n4\n7\n", "", 0),
-        Gids("NoIdIsReadable", {{.operation = kGetInt64}}, "gid\n0\n", "", 1),
-        Gids("RemovalsFail", {{.operation = kRemove}}, "gid\n0\n1\n4\n5\n7\n", "", 0)),
-    NameOf<ReportCase>);
-
-// The reads of one group, in their order: the flags and then six records.
-
-// A read of the start group that fails.
-ReportCase AtStart(const char *name, const char *node, HVC_ReturnStatus status, const std::string &errors) {
-  return Gids(name, {{.operation = kGet, .node = node, .call = 1, .status = status}}, "gid\n", errors, 1);
-}
-
-// A read of group 4, the third in the walk, that fails.
-ReportCase Below(const char *name, const char *node, HVC_ReturnStatus status, const std::string &errors) {
-  return Gids(name, {{.operation = kGet, .node = node, .call = 3, .status = status}}, "gid\n0\n1\n7\n", errors, 0);
-}
-
-constexpr char kFlags[] = "sched_groups_groupFlags";
-constexpr char kName[] = "sched_groups_groupName";
-constexpr char kTag[] = "sched_groups_groupTag";
-constexpr char kParent[] = "sched_groups_parentGroupID";
-constexpr char kAlloc[] = "sched_groups_memAllocationInKB";
-constexpr char kCapacity[] = "sched_groups_stats_capacity";
-constexpr char kMemory[] = "sched_groups_stats_memoryStats";
-
-constexpr HVC_ReturnStatus kNotFound = 0x0bad0003;
-constexpr HVC_ReturnStatus kNotInitialized = 0x0bad0031;
-
-INSTANTIATE_TEST_SUITE_P(
-    NotFound, GroupStats,
-    testing::Values(AtStart("Flags", kFlags, kNotFound, ""),
-                    AtStart("Name", kName, kNotFound, "Kestrel_GroupGetName() failure, error code: 195887107\n"),
-                    AtStart("Tag", kTag, kNotFound, "Kestrel_GroupGetTag() failure, error code: 195887107\n"),
-                    AtStart("Parent", kParent, kNotFound, ""), AtStart("Alloc", kAlloc, kNotFound, ""),
-                    AtStart("Capacity", kCapacity, kNotFound, ""), AtStart("Memory", kMemory, kNotFound, ""),
-                    Below("FlagsBelow", kFlags, kNotFound, ""),
-                    Below("NameBelow", kName, kNotFound, "Kestrel_GroupGetName() failure, error code: 195887107\n"),
-                    Below("TagBelow", kTag, kNotFound, "Kestrel_GroupGetTag() failure, error code: 195887107\n"),
-                    Below("ParentBelow", kParent, kNotFound, ""), Below("AllocBelow", kAlloc, kNotFound, ""),
-                    Below("CapacityBelow", kCapacity, kNotFound, ""), Below("MemoryBelow", kMemory, kNotFound, "")),
-    NameOf<ReportCase>);
-
-INSTANTIATE_TEST_SUITE_P(
-    NotInitialized, GroupStats,
-    testing::Values(
-        AtStart("Flags", kFlags, kNotInitialized, ""),
-        AtStart("Name", kName, kNotInitialized, "Kestrel_GroupGetName() failure, error code: 195887153\n"),
-        AtStart("Tag", kTag, kNotInitialized, "Kestrel_GroupGetTag() failure, error code: 195887153\n"),
-        AtStart("Parent", kParent, kNotInitialized, "Kestrel_GroupGetParentID() failure, error code: 195887153\n"),
-        AtStart("Alloc", kAlloc, kNotInitialized, "Kestrel_GroupGetAlloc() failure, error code: 195887153\n"),
-        AtStart("Capacity", kCapacity, kNotInitialized, "KestrelGroupGetCapacity() failure, error code: 195887153\n"),
-        AtStart("Memory", kMemory, kNotInitialized, "KestrelGroupGetMemoryStats() failure, error code: 195887153\n"),
-        Below("FlagsBelow", kFlags, kNotInitialized, "")),
-    NameOf<ReportCase>);
-
-INSTANTIATE_TEST_SUITE_P(
-    Failure, GroupStats,
-    testing::Values(
-        AtStart("Flags", kFlags, 0x0bad0001, "Kestrel_GroupGetFlags() failure, error code: 195887105\n"),
-        AtStart("Name", kName, 0x0bad0001, "Kestrel_GroupGetName() failure, error code: 195887105\n"),
-        AtStart("Tag", kTag, 0x0bad0001, "Kestrel_GroupGetTag() failure, error code: 195887105\n"),
-        AtStart("Parent", kParent, 0x0bad0001, "Kestrel_GroupGetParentID() failure, error code: 195887105\n"),
-        AtStart("Alloc", kAlloc, 0x0bad0001, "Kestrel_GroupGetAlloc() failure, error code: 195887105\n"),
-        AtStart("Capacity", kCapacity, 0x0bad0001, "KestrelGroupGetCapacity() failure, error code: 195887105\n"),
-        AtStart("Memory", kMemory, 0x0bad0001, "KestrelGroupGetMemoryStats() failure, error code: 195887105\n"),
-        AtStart("StatusAboveTheSignedRange", kFlags, 0x80000001,
-                "Kestrel_GroupGetFlags() failure, error code: 2147483649\n"),
-        Below("FlagsBelow", kFlags, 0x0bad0001, "Kestrel_GroupGetFlags() failure, error code: 195887105\n"),
-        Below("NameBelow", kName, 0x0bad0001, "Kestrel_GroupGetName() failure, error code: 195887105\n"),
-        Below("TagBelow", kTag, 0x0bad0001, "Kestrel_GroupGetTag() failure, error code: 195887105\n"),
-        Below("ParentBelow", kParent, 0x0bad0001, "Kestrel_GroupGetParentID() failure, error code: 195887105\n"),
-        Below("AllocBelow", kAlloc, 0x0bad0001, "Kestrel_GroupGetAlloc() failure, error code: 195887105\n"),
-        Below("CapacityBelow", kCapacity, 0x0bad0001, "KestrelGroupGetCapacity() failure, error code: 195887105\n"),
-        Below("MemoryBelow", kMemory, 0x0bad0001, "KestrelGroupGetMemoryStats() failure, error code: 195887105\n")),
-    NameOf<ReportCase>);
-
-// The argument lists of the reads: the walk makes the first, each read of the start group the next.
-
-ReportCase NoList(const char *name, unsigned call, const std::string &getter) {
-  return Gids(name, {{.operation = kCreate, .call = call}}, "gid\n",
-              kNoWalkList + getter + "() failure, error code: 195887105\n", 1);
-}
-
-ReportCase NotAdded(const char *name, unsigned call, HVC_ReturnStatus status, const std::string &getter) {
-  const std::string code = std::to_string(status) + "\n";
-  return Gids(name, {{.operation = kAdd, .call = call, .status = status}}, "gid\n",
-              kAddFailed + code + (getter.empty() ? "" : getter + "() failure, error code: " + code), 1);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    ArgumentLists, GroupStats,
-    testing::Values(NoList("Flags", 2, "Kestrel_GroupGetFlags"), NoList("Name", 3, "Kestrel_GroupGetName"),
-                    NoList("Tag", 4, "Kestrel_GroupGetTag"), NoList("Parent", 5, "Kestrel_GroupGetParentID"),
-                    NoList("Alloc", 6, "Kestrel_GroupGetAlloc"), NoList("Capacity", 7, "KestrelGroupGetCapacity"),
-                    NoList("Memory", 8, "KestrelGroupGetMemoryStats")),
-    NameOf<ReportCase>);
-
-INSTANTIATE_TEST_SUITE_P(Arguments, GroupStats,
-                         testing::Values(NotAdded("Flags", 2, 0x0bad0001, "Kestrel_GroupGetFlags"),
-                                         NotAdded("Name", 3, 0x0bad0001, "Kestrel_GroupGetName"),
-                                         NotAdded("Tag", 4, 0x0bad0001, "Kestrel_GroupGetTag"),
-                                         NotAdded("Parent", 5, 0x0bad0001, "Kestrel_GroupGetParentID"),
-                                         NotAdded("Alloc", 6, 0x0bad0001, "Kestrel_GroupGetAlloc"),
-                                         NotAdded("Capacity", 7, 0x0bad0001, "KestrelGroupGetCapacity"),
-                                         NotAdded("Memory", 8, 0x0bad0001, "KestrelGroupGetMemoryStats"),
-                                         // The getters that stay silent about what has vanished do so here too.
-                                         NotAdded("FlagsNotFound", 2, kNotFound, ""),
-                                         NotAdded("NameNotFound", 3, kNotFound, "Kestrel_GroupGetName"),
-                                         NotAdded("TagNotFound", 4, kNotFound, "Kestrel_GroupGetTag"),
-                                         NotAdded("ParentNotFound", 5, kNotFound, ""),
-                                         NotAdded("AllocNotFound", 6, kNotFound, ""),
-                                         NotAdded("CapacityNotFound", 7, kNotFound, ""),
-                                         NotAdded("MemoryNotFound", 8, kNotFound, ""),
-                                         NotAdded("FlagsNotInitialized", 2, kNotInitialized, "")),
+INSTANTIATE_TEST_SUITE_P(Failures, GroupStats,
+                         testing::Values(ReportCase{"NoIdIsReadable",
+                                                    Failing({.operation = "NODAL_ParamListGetInt64"}),
+                                                    {"-r", "group-stats", "-q", "-s", "gid"},
+                                                    "gid\n0\n",
+                                                    "",
+                                                    1},
+                                         ReportCase{"RemovalsFail",
+                                                    Failing({.operation = "NODAL_ParamListRemoveLastParam"}),
+                                                    {"-r", "group-stats", "-q", "-s", "gid"},
+                                                    "gid\n0\n1\n4\n5\n7\n",
+                                                    "",
+                                                    0},
+                                         ReportCase{
+                                             "StatusAboveTheSignedRange",
+                                             Failing({.operation = "NODAL_Get", .call = 1, .status = 0x80000001}),
+                                             {"-r", "group-stats", "-q", "-s", "gid"},
+                                             "gid\n",
+                                             "Kestrel_GroupGetFlags() failure, error code: 2147483649\n",
+                                             1}),
                          NameOf<ReportCase>);
 
 // What prints and what does not.
@@ -403,7 +259,7 @@ TEST(GroupStatsTable, IsClosedAlsoAfterAFailure) {
 
 TEST(GroupStatsTable, MessagesStandWhereTheyWereMade) {
   StandinHost host = SmallHost();
-  host.Fail({.operation = kGet, .node = kMemory, .call = 3});
+  host.Fail({.operation = "NODAL_Get", .node = "sched_groups_stats_memoryStats", .call = 3});
   const StandinRun run = RunKestrel(host, {"-r", "group-stats", "-q", "-s", "gid"}, {.errorsToOutput = true});
   EXPECT_EQ(run.outcome.output, "gid\n0\n1\nKestrelGroupGetMemoryStats() failure, error code: 195887105\n7\n");
 }
@@ -473,13 +329,6 @@ TEST(GroupStatsCalls, AGroupThatDoesNotPrintIsNotReadFurther) {
   const StandinRun run = RunKestrel(SmallHost(), {"-r", "group-stats", "-i", "vmm"});
   EXPECT_EQ(Reads(run),
             (std::vector<std::string>{"groupFlags 0", "groupFlags 1", "groupFlags 4", "groupFlags 5", "groupFlags 7"}));
-}
-
-TEST(GroupStatsCalls, AFailedReadIsTheGroupsLast) {
-  StandinHost host = SmallHost();
-  host.Fail({.operation = kGet, .node = kTag, .call = 1});
-  EXPECT_EQ(Reads(RunKestrel(host, {"-r", "group-stats"})),
-            (std::vector<std::string>{"groupFlags 0", "groupName 0", "groupTag 0"}));
 }
 
 TEST(GroupStatsCalls, IdsOfAnyWidthAreHandedOnWhole) {

@@ -1,7 +1,7 @@
 // The kernel's heaps. Whatever fails once the options are read, the report succeeds; its Total row stands a column to
 // the left.
-#include "tests/faults/failing_call.h"
 #include "tests/faults/machine_hosts.h"
+#include "tests/faults/report_case.h"
 
 namespace faults {
 namespace {
@@ -279,84 +279,13 @@ TEST(HeapStatsList, MayBeEmptyInCsv) {
          "KestrelHeapGetMemMapStats: NODAL_ParamListUsedCount() returned 0\n", 0});
 }
 
-ReportCase Vanished(const char *name, unsigned call, const std::string &rows) {
-  return {name,
-          HeapsHost().Fail({.operation = "NODAL_Get", .node = kStats, .call = call, .status = 0x0bad0003}),
-          WithOptions({"-q", "-s", "avail"}),
-          "name,avail\n" + rows,
-          "",
-          0};
-}
-
-// The total of the sizes stands under avail.
-INSTANTIATE_TEST_SUITE_P(Vanished, HeapStats,
-                         testing::Values(Vanished("TheFirst", 1, "slab,6007\nnet,9007\nTotal,50010\n"),
-                                         Vanished("TheSecond", 2, "main,3007\nnet,9007\nTotal,40010\n"),
-                                         Vanished("TheLast", 3, "main,3007\nslab,6007\nTotal,30010\n"),
-                                         Vanished("All", 0, "Total,0\n")),
-                         NameOf<ReportCase>);
-
 TEST(HeapStatsList, MayVanishWhole) {
   Check({"", StandinHost().AddList(kHeaps, {}, {"h1", "h2"}), WithOptions({"-v", "-s", "size"}), kEmptyTable, "", 0});
 }
 
-// A name that stays in the list of arguments spoils those after it.
-TEST(HeapStatsList, KeepsANameThatIsNotRemoved) {
-  Check({"", HeapsHost().Fail({.operation = "NODAL_ParamListRemoveLastParam", .call = 1}),
-         WithOptions({"-q", "-s", "avail"}), "name,avail\nmain,3007\nTotal,10005\n", "", 0});
-}
-
-// Calls that fail.
-
-class HeapCall : public testing::TestWithParam<FailingCall> {};
-
-TEST_P(HeapCall, Fails) { CheckWithStatuses(HeapsHost(), WithOptions({"-v"}), GetParam(), kAnyFailure); }
-
-FailingCall Silenced(const char *name, const char *operation, const char *node, unsigned call, const char *message) {
-  return {name, operation, node, call, "", std::string("KestrelHeapGetMemMapStats: ") + message + "\n", 0};
-}
-
-INSTANTIATE_TEST_SUITE_P(Lists, HeapCall,
-                         testing::Values(Silenced("TheHeaps", "NODAL_GetInstanceListAlloc", kHeaps, 1,
-                                                  "NODAL_GetInstanceListAlloc() for heapList failure"),
-                                         Silenced("NoListForANode", "NODAL_ParamListCreate", "*", 1,
-                                                  "NODAL_ParamListCreate() for heapParam failure")),
-                         NameOf<FailingCall>);
-
-INSTANTIATE_TEST_SUITE_P(
-    Names, HeapCall,
-    testing::Values(
-        Silenced("TheFirst", "NODAL_ParamListGetString", kHeaps, 1, "NODAL_ParamListGetString() failure"),
-        Silenced("TheSecond", "NODAL_ParamListGetString", kHeaps, 2, "NODAL_ParamListGetString() failure"),
-        Silenced("TheLast", "NODAL_ParamListGetString", kHeaps, 3, "NODAL_ParamListGetString() failure"),
-        Silenced("TheFirstIsNotAdded", "NODAL_ParamListAddString", "*", 1, "NODAL_ParamListAddString() failure"),
-        Silenced("TheSecondIsNotAdded", "NODAL_ParamListAddString", "*", 2, "NODAL_ParamListAddString() failure"),
-        Silenced("TheLastIsNotAdded", "NODAL_ParamListAddString", "*", 3, "NODAL_ParamListAddString() failure")),
-    NameOf<FailingCall>);
-
-class HeapRead : public testing::TestWithParam<FailingCall> {};
-
-TEST_P(HeapRead, Fails) { CheckWithStatuses(HeapsHost(), WithOptions({"-v"}), GetParam(), kAnyFailureButNotFound); }
-
-INSTANTIATE_TEST_SUITE_P(Records, HeapRead,
-                         testing::Values(Silenced("TheFirst", "NODAL_Get", kStats, 1, "NODAL_Get() failure"),
-                                         Silenced("TheSecond", "NODAL_Get", kStats, 2, "NODAL_Get() failure"),
-                                         Silenced("TheLast", "NODAL_Get", kStats, 3, "NODAL_Get() failure")),
-                         NameOf<FailingCall>);
-
-TEST(HeapStatsFailure, PrintsNothingInCsvEither) {
-  Check({"", HeapsHost().Fail({.operation = "NODAL_Get", .node = kStats, .call = 3}), WithOptions({"-q"}), "",
+TEST(HeapStatsFailure, LeavesNoTableToo) {
+  Check({"", HeapsHost().Fail({.operation = "NODAL_Get", .node = kStats, .call = 3}), WithOptions({"-v"}), "",
          "KestrelHeapGetMemMapStats: NODAL_Get() failure\n", 0});
-}
-
-TEST(HeapStatsFailure, IsTheLastRead) {
-  StandinHost host = HeapsHost();
-  host.Fail({.operation = "NODAL_Get", .node = kStats, .call = 1});
-  std::vector<std::string> reads;
-  for (const std::string &call : RunKestrel(host, WithOptions({})).calls) {
-    if (call.starts_with("NODAL_Get(")) reads.push_back(call);
-  }
-  EXPECT_EQ(reads, (std::vector<std::string>{"NODAL_Get(system_heaps_stats, [\"heap-1\"], 148) = 0x0bad0001"}));
 }
 
 TEST(HeapStatsCalls, OneListServesAllNames) {

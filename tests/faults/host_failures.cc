@@ -103,7 +103,7 @@ FailureTable Heaps() {
       {.operation = kGet, .place = kHeap, .effect = kLosesRow, .only = {kNotFound}},
       {kGet, kHeap, 0, says("NODAL_Get() failure"), kEndsRun},
       // The name that stays makes one argument too many of each that follows it.
-      {"NODAL_ParamListRemoveLastParam", kHeap, 0, {}, kEndsTable},
+      {.operation = "NODAL_ParamListRemoveLastParam", .place = kHeap, .effect = kEndsTable, .readsOn = true},
   };
 }
 

@@ -125,6 +125,15 @@ void CallLog::MarkRegisters(const std::vector<std::string> &log) {
   }
 }
 
+std::vector<std::string> CallLog::Accesses(size_t last, size_t next) const {
+  std::vector<std::string> accesses;
+  for (const LoggedCall &call : calls_) {
+    const bool isMade = call.line <= last || call.line >= next;
+    if (isMade && IsAccess(call.operation)) accesses.push_back(call.place + " [" + call.arguments + "]");
+  }
+  return accesses;
+}
+
 size_t CallLog::EndOfGroup(size_t part) const {
   for (size_t later = part + 1; later < starts_.size(); ++later) {
     if (depths_[later] <= depths_[part]) return starts_[later];

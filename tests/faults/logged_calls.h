@@ -40,6 +40,8 @@ class CallLog {
 
   // The calls that can fail, in their order.
   const std::vector<LoggedCall> &calls() const { return calls_; }
+  // The reads and writes up to a line and from another on, as place and arguments.
+  std::vector<std::string> Accesses(size_t last, size_t next) const;
   // Where the visit of a group and of all below it ends.
   size_t EndOfGroup(size_t part) const;
   // How many groups the group is below the start group.

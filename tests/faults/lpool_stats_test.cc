@@ -1,6 +1,6 @@
 // The large-page pools node by node. Two names of the walk stand in its messages, one of them short of a letter.
-#include "tests/faults/failing_call.h"
 #include "tests/faults/machine_hosts.h"
+#include "tests/faults/report_case.h"
 
 namespace faults {
 namespace {
@@ -150,126 +150,40 @@ TEST(LPoolStatsTotals, WrapInTheirOwnWidth) {
          "", 0});
 }
 
-// Calls that fail.
+StandinHost Failing(const Fault &fault) { return LargePagesHost().Fail(fault); }
 
-class LPoolTableCall : public testing::TestWithParam<FailingCall> {};
-
-TEST_P(LPoolTableCall, Fails) {
-  CheckWithStatuses(LargePagesHost(), WithOptions({"-v", "-s", "nrLPages"}), GetParam(), kAnyFailure);
+TEST(LPoolStatsFailure, LeavesTheTableOpen) {
+  Check({"", Failing({.operation = "NODAL_GetInstanceListAllocHint", .node = kPools, .call = 2}),
+         WithOptions({"-v", "-s", "nrLPages"}),
+         std::string(kStopped) + "       pshare-0             1001\n            web             2001\n"
+                                 "a-pool-with-a-long-name     3001\n             db             4001\n"
+                                 "       pshare-1             5001\n",
+         "KestrelTraverseLPools: NODAL_GetInstanceListAllocHint() failure\n", 1});
 }
 
-INSTANTIATE_TEST_SUITE_P(Around, LPoolTableCall,
-                         testing::Values(FailingCall{"TheNumberOfNodes", "NODAL_Get", kMemInfo, 1, kStopped,
-                                                     "KestrelTraversLPools: NODAL_Get hardwareInfo failure\n", 1},
-                                         FailingCall{"TheNumberOfMachines", "NODAL_Get", kNumVMs, 1, kStopped,
-                                                     "KestrelTraversLPools: NODAL_Get numVMs failure\n", 1},
-                                         FailingCall{
-                                             "ThePoolsOfTheSecondNode", "NODAL_GetInstanceListAllocHint", kPools, 2,
-                                             std::string(kStopped) +
-                                                 "       pshare-0             1001\n            web             2001\n"
-                                                 "a-pool-with-a-long-name     3001\n             db             4001\n"
-                                                 "       pshare-1             5001\n",
-                                             "KestrelTraverseLPools: NODAL_GetInstanceListAllocHint() failure\n", 1}),
-                         NameOf<FailingCall>);
+// More than one call fails.
 
-class LPoolCall : public testing::TestWithParam<FailingCall> {};
+constexpr char kUnread[] = "KestrelGetVmPoolStats() failure, error code: 195887105\n";
 
-TEST_P(LPoolCall, Fails) {
-  CheckWithStatuses(LargePagesHost(), WithOptions({"-q", "-s", "nodeID:nrLPages"}), GetParam(), kAnyFailure);
+TEST(LPoolStatsFailure, OfEachSharedPoolLeavesThoseOfMachines) {
+  Check({"", Failing({.operation = "NODAL_Get", .node = kShared}), WithOptions({"-q", "-s", "nodeID:nrLPages"}),
+         "name,nodeID,nrLPages\nweb,0,2001\na-pool-with-a-long-name,0,3001\ndb,0,4001\nweb,1,6001\nmail,1,7001\n"
+         "Total,,22005\n",
+         std::string(kUnread) + kUnread, 0});
 }
 
-// The rows in their order; one that is left out is missing in the total.
-std::string Rows(const std::vector<size_t> &which, const std::string &total = "") {
-  constexpr const char *kRows[] = {"pshare-0,0,1001\n", "web,0,2001\n",      "a-pool-with-a-long-name,0,3001\n",
-                                   "db,0,4001\n",       "pshare-1,1,5001\n", "web,1,6001\n",
-                                   "mail,1,7001\n"};
-  std::string rows = "name,nodeID,nrLPages\n";
-  for (const size_t row : which)
-    rows += kRows[row];
-  return rows + (total.empty() ? "" : "Total,," + total + "\n");
+TEST(LPoolStatsFailure, OfEachMachinesPoolLeavesTheSharedOnes) {
+  Check({"", Failing({.operation = "NODAL_Get", .node = kPools}), WithOptions({"-q", "-s", "nodeID:nrLPages"}),
+         "name,nodeID,nrLPages\npshare-0,0,1001\npshare-1,1,5001\nTotal,,6002\n",
+         std::string(kUnread) + kUnread + kUnread + kUnread + kUnread, 0});
 }
 
-// What fails about one pool leaves that pool out. The lists and their nodes: 1 pshare-0, 2 the pools of node 0, 3 to 5
-// one each, 6 pshare-1, 7 the pools of node 1, 8 and 9 one each.
-FailingCall WithoutThisPool(const char *name, const char *operation, const char *node, unsigned call, size_t pool,
-                            const std::string &errors) {
-  std::vector<size_t> others;
-  for (size_t other = 0; other < 7; ++other) {
-    if (other != pool) others.push_back(other);
-  }
-  return {name, operation, node, call, Rows(others, std::to_string(28007 - (1000 * (pool + 1) + 1))), errors, 0};
+TEST(LPoolStatsFailure, OfEachListEndsTheReport) {
+  Check({"", Failing({.operation = "NODAL_ParamListCreate"}), WithOptions({"-q", "-s", "nrLPages"}), "name,nrLPages\n",
+         "KestrelGetPSharePoolStats: NODAL_ParamListCreate() failure\n"
+         "KestrelTraverseLPools: NODAL_ParamListCreate() failure\n",
+         1});
 }
-
-constexpr char kPoolFailure[] = "KestrelGetVmPoolStats() failure, error code: <number>\n";
-
-constexpr char kNoSharedList[] = "KestrelGetPSharePoolStats: NODAL_ParamListCreate() failure\n";
-constexpr char kSharedNotAdded[] = "KestrelGetPSharePoolStats: NODAL_ParamListAddInt() failure, error code: <number>\n";
-
-INSTANTIATE_TEST_SUITE_P(
-    SharedPool, LPoolCall,
-    testing::Values(WithoutThisPool("NoListForTheFirst", "NODAL_ParamListCreate", "*", 1, 0, kNoSharedList),
-                    WithoutThisPool("NoListForTheSecond", "NODAL_ParamListCreate", "*", 6, 4, kNoSharedList),
-                    WithoutThisPool("TheFirstNodeIsNotAdded", "NODAL_ParamListAddInt", "*", 1, 0, kSharedNotAdded),
-                    WithoutThisPool("TheSecondNodeIsNotAdded", "NODAL_ParamListAddInt", "*", 6, 4, kSharedNotAdded),
-                    WithoutThisPool("TheFirstIsUnreadable", "NODAL_Get", kShared, 1, 0, kPoolFailure),
-                    WithoutThisPool("TheSecondIsUnreadable", "NODAL_Get", kShared, 2, 4, kPoolFailure),
-                    FailingCall{"NoneIsReadable", "NODAL_Get", kShared, 0, Rows({1, 2, 3, 5, 6}, "22005"),
-                                std::string(kPoolFailure) + kPoolFailure, 0}),
-    NameOf<FailingCall>);
-
-constexpr char kNoPoolList[] = "KestrelGetVmPoolStats: NODAL_ParamListCreate() failure\n";
-constexpr char kNodeNotAdded[] = "KestrelGetVmPoolStats: NODAL_ParamListAddInt() failure, error code: <number>\n";
-constexpr char kNameNotAdded[] = "KestrelGetVmPoolStats: NODAL_ParamListAddString() failure, error code: <number>\n";
-
-INSTANTIATE_TEST_SUITE_P(
-    MachinePool, LPoolCall,
-    testing::Values(
-        WithoutThisPool("NoListForTheFirst", "NODAL_ParamListCreate", "*", 3, 1, kNoPoolList),
-        WithoutThisPool("NoListForOneInTheMiddle", "NODAL_ParamListCreate", "*", 4, 2, kNoPoolList),
-        WithoutThisPool("NoListForTheLast", "NODAL_ParamListCreate", "*", 9, 6, kNoPoolList),
-        WithoutThisPool("TheNodeOfTheFirstIsNotAdded", "NODAL_ParamListAddInt", "*", 3, 1, kNodeNotAdded),
-        WithoutThisPool("TheNodeOfOneInTheMiddleIsNotAdded", "NODAL_ParamListAddInt", "*", 5, 3, kNodeNotAdded),
-        WithoutThisPool("TheNodeOfTheLastIsNotAdded", "NODAL_ParamListAddInt", "*", 9, 6, kNodeNotAdded),
-        WithoutThisPool("TheFirstNameIsNotAdded", "NODAL_ParamListAddString", "*", 1, 1, kNameNotAdded),
-        WithoutThisPool("ANameInTheMiddleIsNotAdded", "NODAL_ParamListAddString", "*", 4, 5, kNameNotAdded),
-        WithoutThisPool("TheLastNameIsNotAdded", "NODAL_ParamListAddString", "*", 5, 6, kNameNotAdded),
-        WithoutThisPool("TheFirstIsUnreadable", "NODAL_Get", kPools, 1, 1, kPoolFailure),
-        WithoutThisPool("OneInTheMiddleIsUnreadable", "NODAL_Get", kPools, 3, 3, kPoolFailure),
-        WithoutThisPool("TheLastIsUnreadable", "NODAL_Get", kPools, 5, 6, kPoolFailure),
-        FailingCall{"NoneIsReadable", "NODAL_Get", kPools, 0, Rows({0, 4}, "6002"),
-                    std::string(kPoolFailure) + kPoolFailure + kPoolFailure + kPoolFailure + kPoolFailure, 0}),
-    NameOf<FailingCall>);
-
-// What fails about the list of a node's pools ends the report.
-constexpr char kNoWalkList[] = "KestrelTraverseLPools: NODAL_ParamListCreate() failure\n";
-constexpr char kWalkNotAdded[] = "KestrelTraverseLPools: NODAL_ParamListAddInt() failure, error code: <number>\n";
-constexpr char kNotListed[] = "KestrelTraverseLPools: NODAL_GetInstanceListAllocHint() failure\n";
-constexpr char kNoName[] = "KestrelTraverseLPools: NODAL_ParamListGetString() failure\n";
-
-INSTANTIATE_TEST_SUITE_P(
-    Pools, LPoolCall,
-    testing::Values(
-        FailingCall{"NoListForTheFirstNode", "NODAL_ParamListCreate", "*", 2, Rows({0}), kNoWalkList, 1},
-        FailingCall{"NoListForTheSecondNode", "NODAL_ParamListCreate", "*", 7, Rows({0, 1, 2, 3, 4}), kNoWalkList, 1},
-        FailingCall{"TheFirstNodeIsNotAdded", "NODAL_ParamListAddInt", "*", 2, Rows({0}), kWalkNotAdded, 1},
-        FailingCall{"TheSecondNodeIsNotAdded", "NODAL_ParamListAddInt", "*", 7, Rows({0, 1, 2, 3, 4}), kWalkNotAdded,
-                    1},
-        FailingCall{"OfTheFirstNodeNotListed", "NODAL_GetInstanceListAllocHint", kPools, 1, Rows({0}), kNotListed, 1},
-        FailingCall{"OfTheSecondNodeNotListed", "NODAL_GetInstanceListAllocHint", kPools, 2, Rows({0, 1, 2, 3, 4}),
-                    kNotListed, 1},
-        FailingCall{"TheFirstName", "NODAL_ParamListGetString", kPools, 1, Rows({0}), kNoName, 1},
-        FailingCall{"ANameInTheMiddle", "NODAL_ParamListGetString", kPools, 3, Rows({0, 1, 2}), kNoName, 1},
-        FailingCall{"TheLastName", "NODAL_ParamListGetString", kPools, 5, Rows({0, 1, 2, 3, 4, 5}), kNoName, 1}),
-    NameOf<FailingCall>);
-
-INSTANTIATE_TEST_SUITE_P(Start, LPoolCall,
-                         testing::Values(FailingCall{"TheNumberOfNodes", "NODAL_Get", kMemInfo, 1, Rows({}),
-                                                     "KestrelTraversLPools: NODAL_Get hardwareInfo failure\n", 1},
-                                         FailingCall{"TheNumberOfMachines", "NODAL_Get", kNumVMs, 1, Rows({}),
-                                                     "KestrelTraversLPools: NODAL_Get numVMs failure\n", 1},
-                                         FailingCall{"EveryList", "NODAL_ParamListCreate", "*", 0, Rows({}),
-                                                     std::string(kNoSharedList) + kNoWalkList, 1}),
-                         NameOf<FailingCall>);
 
 TEST(LPoolStatsMessages, StandBetweenTheRows) {
   StandinHost host = LargePagesHost();

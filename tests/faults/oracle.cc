@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <map>
 
-#include "tests/faults/failing_call.h"
-
 namespace faults {
+
+using testing_support::StandinRun;
+
 namespace {
 
 constexpr HVC_ReturnStatus kNotFound = 0x0bad0003;
@@ -17,6 +19,18 @@ const char *TextOf(HVC_ReturnStatus status) {
 }
 
 }  // namespace
+
+std::string Replaced(std::string text, const std::string &part, const std::string &replacement) {
+  for (size_t at = text.find(part); at != text.npos; at = text.find(part, at + replacement.size()))
+    text.replace(at, part.size(), replacement);
+  return text;
+}
+
+std::string WithStatus(const std::string &errors, HVC_ReturnStatus status) {
+  char hex[16];
+  std::snprintf(hex, sizeof hex, "%#x", status);
+  return Replaced(Replaced(errors, "<number>", std::to_string(status)), "<hex>", hex);
+}
 
 Oracle::Oracle(const Report &report, const StandinRun &clean)
     : report_(report),
@@ -52,6 +66,19 @@ Oracle::Expected Oracle::WhenFails(const LoggedCall &call, HVC_ReturnStatus stat
   const bool isSaidFirst = row.effect == Effect::kEndsSearch;
   output = isSaidFirst ? messages + output : output + messages;
   return {output + (isSaidFirst && endsRun ? "\n No Valid PCI BUS found.\n" : ""), "", ExitStatus(row, call)};
+}
+
+std::optional<std::vector<std::string>> Oracle::AccessesWhenFails(const LoggedCall &call,
+                                                                  HVC_ReturnStatus status) const {
+  const FailureRow &row = *Find(call, status);
+  if (row.isIgnored || row.readsOn) return {};
+  switch (row.effect) {
+    case Effect::kLosesGroup:
+    case Effect::kLosesChild: return log_.Accesses(call.line, log_.EndOfGroup(call.part));
+    case Effect::kEndsTable:
+    case Effect::kEndsRun: return log_.Accesses(call.line, SIZE_MAX);
+    default: return {};
+  }
 }
 
 size_t Oracle::HeaderLine(const StandinRun &clean) const {

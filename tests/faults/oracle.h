@@ -3,6 +3,7 @@
 #define TESTS_FAULTS_ORACLE_H
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,11 @@
 #include "tests/faults/report_table.h"
 
 namespace faults {
+
+std::string Replaced(std::string text, const std::string &part, const std::string &replacement);
+
+// The messages of a FailureRow with the status for <number> and <hex>.
+std::string WithStatus(const std::string &errors, HVC_ReturnStatus status);
 
 class Oracle {
  public:
@@ -30,6 +36,8 @@ class Oracle {
 
   // There has to be a row for the call.
   Expected WhenFails(const LoggedCall &call, HVC_ReturnStatus status) const;
+  // What such a run reads and writes, as Accesses() has it; nothing if the row does not say.
+  std::optional<std::vector<std::string>> AccessesWhenFails(const LoggedCall &call, HVC_ReturnStatus status) const;
 
  private:
   // The last line of the log before the header is printed.

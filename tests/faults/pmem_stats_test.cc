@@ -2,8 +2,8 @@
 // succeeds with what it has printed.
 #include <algorithm>
 
-#include "tests/faults/failing_call.h"
 #include "tests/faults/machine_hosts.h"
+#include "tests/faults/report_case.h"
 
 namespace faults {
 namespace {
@@ -376,7 +376,7 @@ TEST_P(PMemKind, MayHaveNoVolumes) {
                              Table(40, "                                    uuid\n", "") +
                              "Description of report header labels:\n                uuid: Volume UUID\n";
   Check({"", StandinHost().AddList(kVolumes, {}, {}), Arguments({"-v", "-s", "uuid"}), output, "", 0});
-  CheckWithStatuses(PMemHost(), Arguments({"-v", "-s", "uuid"}), {"", kList, kVolumes, 1, output, "", 0}, kAnyFailure);
+  Check({"", PMemHost().Fail({.operation = kList, .node = kVolumes}), Arguments({"-v", "-s", "uuid"}), output, "", 0});
 }
 
 TEST_P(PMemKind, MayHaveNoVolumesInCsv) {
@@ -390,243 +390,6 @@ INSTANTIATE_TEST_SUITE_P(Kinds, PMemKind,
                                          Kind{"Nodes", kNumaReport, "REGION NUMA"}),
                          NameOf<Kind>);
 
-// Calls that fail: of the first volume, of one in the middle, of the last.
-
-using Call = std::pair<const char *, FailingCall>;  // of a report
-
-class PMemCall : public testing::TestWithParam<Call> {};
-
-std::string NameOfCall(const testing::TestParamInfo<Call> &info) { return info.param.second.name; }
-
-TEST_P(PMemCall, Fails) {
-  const auto &[report, failing] = GetParam();
-  const std::string columns = "uuid:regionUuid:extentID:isClean:num2MAllocated";
-  CheckWithStatuses(PMemHost(), Report(report, {"-q", "-s", columns}), failing, kAnyFailure);
-}
-
-// One of the reports with so many rows when the call fails.
-Call Fails(const char *report, const std::vector<const char *> &rows, size_t count, const char *name,
-           const char *operation, const char *node, unsigned call, const std::string &errors) {
-  std::string output = rows[0];
-  for (size_t row = 1; row <= count; ++row)
-    output += rows[row];
-  return {report, {name, operation, node, call, output, errors, 0}};
-}
-
-Call Store(size_t rows, const char *name, const char *operation, const char *node, unsigned call,
-           const std::string &errors) {
-  return Fails(kStores, {"uuid,isClean\n", "vol-1,y\n", "vol-2,n\n", "vol-3,y\n"}, rows, name, operation, node, call,
-               errors);
-}
-
-constexpr char kNoVolumeName[] = "PMemRegionStoreReport: NODAL_ParamListGetString Failure\n";
-constexpr char kVolumeStep[] = "PMemRegionStoreReport: PMemGetVolumeInfo failure\n";
-constexpr char kStoreStep[] = "PMemRegionStoreReport: PMemGetRegionStoreInfo failure\n";
-const std::string kNoInfoList = std::string("PMemGetVolumeInfo: NODAL_ParamListCreate failure\n") + kVolumeStep;
-const std::string kInfoNotAdded = std::string("PMemGetVolumeInfo: NODAL_ParamListAddString failure\n") + kVolumeStep;
-const std::string kNoStoreList = std::string("PMemGetRegionStoreInfo: NODAL_ParamListCreate failure\n") + kStoreStep;
-const std::string kStoreNotAdded =
-    std::string("PMemGetRegionStoreInfo: NODAL_ParamListAddString failure\n") + kStoreStep;
-const std::string kNoStore = std::string("PMemGetRegionStoreInfo: NODAL_Get failure\n") + kStoreStep;
-
-INSTANTIATE_TEST_SUITE_P(StoreNames, PMemCall,
-                         testing::Values(Store(0, "OfTheFirst", kGetString, kVolumes, 1, kNoVolumeName),
-                                         Store(1, "OfTheSecond", kGetString, kVolumes, 2, kNoVolumeName),
-                                         Store(2, "OfTheThird", kGetString, kVolumes, 3, kNoVolumeName)),
-                         NameOfCall);
-
-INSTANTIATE_TEST_SUITE_P(StoreVolumes, PMemCall,
-                         testing::Values(Store(0, "NoListForTheFirst", kCreate, "*", 1, kNoInfoList),
-                                         Store(1, "NoListForTheSecond", kCreate, "*", 3, kNoInfoList),
-                                         Store(2, "NoListForTheThird", kCreate, "*", 5, kNoInfoList),
-                                         Store(0, "TheFirstIsNotAdded", kAddString, "*", 1, kInfoNotAdded),
-                                         Store(1, "TheSecondIsNotAdded", kAddString, "*", 3, kInfoNotAdded),
-                                         Store(2, "TheThirdIsNotAdded", kAddString, "*", 5, kInfoNotAdded),
-                                         Store(0, "TheFirstIsUnreadable", kGet, kInfo, 1, kVolumeStep),
-                                         Store(1, "TheSecondIsUnreadable", kGet, kInfo, 2, kVolumeStep),
-                                         Store(2, "TheThirdIsUnreadable", kGet, kInfo, 3, kVolumeStep)),
-                         NameOfCall);
-
-INSTANTIATE_TEST_SUITE_P(StoreFigures, PMemCall,
-                         testing::Values(Store(0, "NoListForTheFirst", kCreate, "*", 2, kNoStoreList),
-                                         Store(1, "NoListForTheSecond", kCreate, "*", 4, kNoStoreList),
-                                         Store(2, "NoListForTheThird", kCreate, "*", 6, kNoStoreList),
-                                         Store(0, "TheFirstIsNotAdded", kAddString, "*", 2, kStoreNotAdded),
-                                         Store(1, "TheSecondIsNotAdded", kAddString, "*", 4, kStoreNotAdded),
-                                         Store(2, "TheThirdIsNotAdded", kAddString, "*", 6, kStoreNotAdded),
-                                         Store(0, "TheFirstIsUnreadable", kGet, kStore, 1, kNoStore),
-                                         Store(1, "TheSecondIsUnreadable", kGet, kStore, 2, kNoStore),
-                                         Store(2, "TheThirdIsUnreadable", kGet, kStore, 3, kNoStore),
-                                         Store(0, "TheFirstMayBeCleanOrNot", kGet, kClean, 1, kStoreStep),
-                                         Store(1, "TheSecondMayBeCleanOrNot", kGet, kClean, 2, kStoreStep),
-                                         Store(2, "TheThirdMayBeCleanOrNot", kGet, kClean, 3, kStoreStep)),
-                         NameOfCall);
-
-Call Region(size_t rows, const char *name, const char *operation, const char *node, unsigned call,
-            const std::string &errors) {
-  return Fails(
-      kRegionsReport,
-      {"uuid,regionUuid\n", "vol-1,reg-a\n", "vol-1,reg-b\n", "vol-2,reg-c\n", "vol-3,reg-d\n", "vol-3,reg-e\n"}, rows,
-      name, operation, node, call, errors);
-}
-
-constexpr char kNoRegionName[] = "PMemRegionsReport: NODAL_ParamListGetString failure\n";
-constexpr char kNoRegionsList[] = "PMemRegionsReport: NODAL_ParamListCreate failure\n";
-constexpr char kRegionsNotAdded[] = "PMemRegionsReport: NODAL_ParamListAddString failure\n";
-constexpr char kRegionStep[] = "PMemRegionsReport: GetRegionsInfo failure\n";
-const std::string kNoRegionList = std::string("GetRegionsInfo: NODAL_ParamListCreate failure\n") + kRegionStep;
-const std::string kRegionNotAdded = std::string("GetRegionsInfo: NODAL_ParamListAddString failure\n") + kRegionStep;
-const std::string kNoRegion = std::string("GetRegionsInfo: NODAL_Get failure\n") + kRegionStep;
-
-INSTANTIATE_TEST_SUITE_P(RegionVolumes, PMemCall,
-                         testing::Values(Region(0, "NoNameOfTheFirst", kGetString, kVolumes, 1, kNoRegionName),
-                                         Region(2, "NoNameOfTheSecond", kGetString, kVolumes, 2, kNoRegionName),
-                                         Region(3, "NoNameOfTheThird", kGetString, kVolumes, 3, kNoRegionName),
-                                         Region(0, "NoListForTheFirst", kCreate, "*", 1, kNoRegionsList),
-                                         Region(2, "NoListForTheSecond", kCreate, "*", 4, kNoRegionsList),
-                                         Region(3, "NoListForTheThird", kCreate, "*", 6, kNoRegionsList),
-                                         Region(0, "TheFirstIsNotAdded", kAddString, "*", 1, kRegionsNotAdded),
-                                         Region(2, "TheSecondIsNotAdded", kAddString, "*", 6, kRegionsNotAdded),
-                                         Region(3, "TheThirdIsNotAdded", kAddString, "*", 9, kRegionsNotAdded),
-                                         Region(0, "OfTheFirstNotListed", kList, kRegions, 1, ""),
-                                         Region(2, "OfTheSecondNotListed", kList, kRegions, 2, ""),
-                                         Region(3, "OfTheThirdNotListed", kList, kRegions, 3, "")),
-                         NameOfCall);
-
-INSTANTIATE_TEST_SUITE_P(
-    Regions, PMemCall,
-    testing::Values(Region(0, "NoNameOfTheFirst", kGetString, kRegions, 1, kNoRegionName),
-                    Region(1, "NoNameOfTheSecond", kGetString, kRegions, 2, kNoRegionName),
-                    Region(4, "NoNameOfTheLast", kGetString, kRegions, 5, kNoRegionName),
-                    Region(0, "NoListForTheFirst", kCreate, "*", 2, kNoRegionList),
-                    Region(2, "NoListForOneInTheMiddle", kCreate, "*", 5, kNoRegionList),
-                    Region(4, "NoListForTheLast", kCreate, "*", 8, kNoRegionList),
-                    Region(0, "TheVolumeOfTheFirstIsNotAdded", kAddString, "*", 2, kRegionNotAdded),
-                    Region(0, "TheFirstIsNotAdded", kAddString, "*", 3, kRegionNotAdded),
-                    Region(2, "TheVolumeOfOneInTheMiddleIsNotAdded", kAddString, "*", 7, kRegionNotAdded),
-                    Region(2, "OneInTheMiddleIsNotAdded", kAddString, "*", 8, kRegionNotAdded),
-                    Region(4, "TheVolumeOfTheLastIsNotAdded", kAddString, "*", 12, kRegionNotAdded),
-                    Region(4, "TheLastIsNotAdded", kAddString, "*", 13, kRegionNotAdded),
-                    Region(0, "TheFirstIsUnreadable", kGet, kRegion, 1, kNoRegion),
-                    Region(1, "TheSecondIsUnreadable", kGet, kRegion, 2, kNoRegion),
-                    Region(4, "TheLastIsUnreadable", kGet, kRegion, 5, kNoRegion)),
-    NameOfCall);
-
-Call Extent(size_t rows, const char *name, const char *operation, const char *node, unsigned call,
-            const std::string &errors) {
-  return Fails(kExtentsReport,
-               {"uuid,extentID\n", "vol-1,0\n", "vol-1,1\n", "vol-2,18446744073709551615\n", "vol-3,5\n", "vol-3,6\n"},
-               rows, name, operation, node, call, errors);
-}
-
-constexpr char kNoExtentsList[] = "PMemExtentsReport: NODAL_ParamListCreate failure\n";
-constexpr char kExtentsNotAdded[] = "PMemExtentsReport: NODAL_ParamListAddString failure\n";
-constexpr char kNoExtentId[] = "PMemExtentsReport: NODAL_ParamListGetInt32 failure\n";
-constexpr char kExtentStep[] = "PMemExtentsReport: GetExtentsInfo failure\n";
-const std::string kNoExtentList = std::string("GetExtentsInfo: NODAL_ParamListCreate failure\n") + kExtentStep;
-const std::string kExtentVolumeNotAdded =
-    std::string("GetExtentsInfo: NODAL_ParamListAddString failure\n") + kExtentStep;
-const std::string kExtentNotAdded = std::string("GetExtentsInfo: NODAL_ParamListAddInt failure\n") + kExtentStep;
-const std::string kNoExtent = std::string("GetExtentsInfo: NODAL_Get failure\n") + kExtentStep;
-
-INSTANTIATE_TEST_SUITE_P(ExtentVolumes, PMemCall,
-                         testing::Values(Extent(0, "NoListForTheFirst", kCreate, "*", 1, kNoExtentsList),
-                                         Extent(2, "NoListForTheSecond", kCreate, "*", 4, kNoExtentsList),
-                                         Extent(3, "NoListForTheThird", kCreate, "*", 6, kNoExtentsList),
-                                         Extent(0, "TheFirstIsNotAdded", kAddString, "*", 1, kExtentsNotAdded),
-                                         Extent(2, "TheSecondIsNotAdded", kAddString, "*", 4, kExtentsNotAdded),
-                                         Extent(3, "TheThirdIsNotAdded", kAddString, "*", 6, kExtentsNotAdded),
-                                         Extent(0, "OfTheFirstNotListed", kList, kExtents, 1, ""),
-                                         Extent(2, "OfTheSecondNotListed", kList, kExtents, 2, ""),
-                                         Extent(3, "OfTheThirdNotListed", kList, kExtents, 3, "")),
-                         NameOfCall);
-
-INSTANTIATE_TEST_SUITE_P(
-    Extents, PMemCall,
-    testing::Values(Extent(0, "NoNumberOfTheFirst", kGetInt32, kExtents, 1, kNoExtentId),
-                    Extent(2, "NoNumberOfOneInTheMiddle", kGetInt32, kExtents, 3, kNoExtentId),
-                    Extent(4, "NoNumberOfTheLast", kGetInt32, kExtents, 5, kNoExtentId),
-                    Extent(0, "NoListForTheFirst", kCreate, "*", 2, kNoExtentList),
-                    Extent(2, "NoListForOneInTheMiddle", kCreate, "*", 5, kNoExtentList),
-                    Extent(4, "NoListForTheLast", kCreate, "*", 8, kNoExtentList),
-                    Extent(0, "TheVolumeOfTheFirstIsNotAdded", kAddString, "*", 2, kExtentVolumeNotAdded),
-                    Extent(2, "TheVolumeOfOneInTheMiddleIsNotAdded", kAddString, "*", 5, kExtentVolumeNotAdded),
-                    Extent(4, "TheVolumeOfTheLastIsNotAdded", kAddString, "*", 8, kExtentVolumeNotAdded),
-                    Extent(0, "TheFirstIsNotAdded", kAddInt, "*", 1, kExtentNotAdded),
-                    Extent(2, "OneInTheMiddleIsNotAdded", kAddInt, "*", 3, kExtentNotAdded),
-                    Extent(4, "TheLastIsNotAdded", kAddInt, "*", 5, kExtentNotAdded),
-                    Extent(0, "TheFirstIsUnreadable", kGet, kExtents, 1, kNoExtent),
-                    Extent(1, "TheSecondIsUnreadable", kGet, kExtents, 2, kNoExtent),
-                    Extent(4, "TheLastIsUnreadable", kGet, kExtents, 5, kNoExtent)),
-    NameOfCall);
-
-Call Numa(size_t rows, const char *name, const char *operation, const char *node, unsigned call,
-          const std::string &errors) {
-  return Fails(kNumaReport,
-               {"uuid,regionUuid,num2MAllocated\n", "vol-1,reg-a,1001\n", "vol-1,reg-a,1002\n", "vol-1,reg-b,1003\n",
-                "vol-2,reg-c,2001\n", "vol-3,reg-d,3001\n", "vol-3,reg-e,3002\n", "vol-3,reg-e,3003\n"},
-               rows, name, operation, node, call, errors);
-}
-
-// The report has two names for itself.
-constexpr char kNoNumaList[] = "PMemRegionNumaReport: NODAL_ParamListCreate failure\n";
-constexpr char kNumaNotAdded[] = "PMemRegionNumaReport: NODAL_ParamListAddString failure\n";
-constexpr char kNoNumber[] = "PMemRegionsNumaReport: NODAL_ParamListGetInt32 failure\n";
-constexpr char kNodeStep[] = "PMemRegionsNumaReport: GetRegionsNumaInfo failure\n";
-const std::string kNoNodeList = std::string("GetRegionsNumaInfo: NODAL_ParamListCreate failure\n") + kNodeStep;
-const std::string kNamesNotAdded = std::string("GetRegionsNumaInfo: NODAL_ParamListAddString failure\n") + kNodeStep;
-const std::string kNodeNotAdded = std::string("GetRegionsNumaInfo: NODAL_ParamListAddInt failure\n") + kNodeStep;
-const std::string kNoNode = std::string("GetRegionsNumaInfo: NODAL_Get failure\n") + kNodeStep;
-
-INSTANTIATE_TEST_SUITE_P(NodesVolumes, PMemCall,
-                         testing::Values(Numa(0, "NoListForTheFirst", kCreate, "*", 1, kNoNumaList),
-                                         Numa(3, "NoListForTheSecond", kCreate, "*", 7, kNoNumaList),
-                                         Numa(4, "NoListForTheThird", kCreate, "*", 10, kNoNumaList),
-                                         Numa(0, "TheFirstIsNotAdded", kAddString, "*", 1, kNumaNotAdded),
-                                         Numa(3, "TheSecondIsNotAdded", kAddString, "*", 12, kNumaNotAdded),
-                                         Numa(4, "TheThirdIsNotAdded", kAddString, "*", 17, kNumaNotAdded),
-                                         Numa(0, "OfTheFirstNotListed", kList, kRegions, 1, ""),
-                                         Numa(3, "OfTheSecondNotListed", kList, kRegions, 2, ""),
-                                         Numa(4, "OfTheThirdNotListed", kList, kRegions, 3, "")),
-                         NameOfCall);
-
-INSTANTIATE_TEST_SUITE_P(NodesRegions, PMemCall,
-                         testing::Values(Numa(0, "NoListForTheFirst", kCreate, "*", 2, kNoNumaList),
-                                         Numa(2, "NoListForTheSecond", kCreate, "*", 5, kNoNumaList),
-                                         Numa(5, "NoListForTheLast", kCreate, "*", 13, kNoNumaList),
-                                         Numa(0, "TheVolumeOfTheFirstIsNotAdded", kAddString, "*", 2, kNumaNotAdded),
-                                         Numa(0, "TheFirstIsNotAdded", kAddString, "*", 3, kNumaNotAdded),
-                                         Numa(2, "TheVolumeOfTheSecondIsNotAdded", kAddString, "*", 8, kNumaNotAdded),
-                                         Numa(2, "TheSecondIsNotAdded", kAddString, "*", 9, kNumaNotAdded),
-                                         Numa(5, "TheVolumeOfTheLastIsNotAdded", kAddString, "*", 22, kNumaNotAdded),
-                                         Numa(5, "TheLastIsNotAdded", kAddString, "*", 23, kNumaNotAdded),
-                                         Numa(0, "OfTheFirstNotListed", kList, kNuma, 1, ""),
-                                         Numa(2, "OfTheSecondNotListed", kList, kNuma, 2, ""),
-                                         Numa(5, "OfTheLastNotListed", kList, kNuma, 5, "")),
-                         NameOfCall);
-
-INSTANTIATE_TEST_SUITE_P(
-    Nodes, PMemCall,
-    testing::Values(Numa(0, "NoNumberOfTheFirst", kGetInt32, kNuma, 1, kNoNumber),
-                    Numa(3, "NoNumberOfOneInTheMiddle", kGetInt32, kNuma, 4, kNoNumber),
-                    Numa(6, "NoNumberOfTheLast", kGetInt32, kNuma, 7, kNoNumber),
-                    Numa(0, "NoListForTheFirst", kCreate, "*", 3, kNoNodeList),
-                    Numa(3, "NoListForOneInTheMiddle", kCreate, "*", 9, kNoNodeList),
-                    Numa(6, "NoListForTheLast", kCreate, "*", 15, kNoNodeList),
-                    Numa(0, "TheVolumeOfTheFirstIsNotAdded", kAddString, "*", 4, kNamesNotAdded),
-                    Numa(0, "TheRegionOfTheFirstIsNotAdded", kAddString, "*", 5, kNamesNotAdded),
-                    Numa(3, "TheVolumeOfOneInTheMiddleIsNotAdded", kAddString, "*", 15, kNamesNotAdded),
-                    Numa(3, "TheRegionOfOneInTheMiddleIsNotAdded", kAddString, "*", 16, kNamesNotAdded),
-                    Numa(6, "TheVolumeOfTheLastIsNotAdded", kAddString, "*", 26, kNamesNotAdded),
-                    Numa(6, "TheRegionOfTheLastIsNotAdded", kAddString, "*", 27, kNamesNotAdded),
-                    Numa(0, "TheFirstIsNotAdded", kAddInt, "*", 1, kNodeNotAdded),
-                    Numa(3, "OneInTheMiddleIsNotAdded", kAddInt, "*", 4, kNodeNotAdded),
-                    Numa(6, "TheLastIsNotAdded", kAddInt, "*", 7, kNodeNotAdded),
-                    Numa(0, "TheFirstIsUnreadable", kGet, kNuma, 1, kNoNode),
-                    Numa(3, "OneInTheMiddleIsUnreadable", kGet, kNuma, 4, kNoNode),
-                    Numa(6, "TheLastIsUnreadable", kGet, kNuma, 7, kNoNode)),
-    NameOfCall);
-
 // The table is closed and described also after a failure, in the third volume here.
 TEST(PMemFailure, LeavesTheTableClosed) {
   StandinHost host = PMemHost();
@@ -634,15 +397,18 @@ TEST(PMemFailure, LeavesTheTableClosed) {
   Check({"", host, Report(kStores, {"-v", "-s", "isClean"}),
          Banner("REGIONSTORE", "KB", "isClean") + Table(7, "isClean\n", "      y\n      n\n") +
              "Description of report header labels:\n             isClean: Is region store clean ?\n",
-         kStoreStep, 0});
+         "PMemRegionStoreReport: PMemGetRegionStoreInfo failure\n", 0});
 }
 
 TEST(PMemFailure, StandsBetweenTheRowsAndTheEnd) {
   StandinHost host = PMemHost();
   host.Fail({.operation = kGet, .node = kNuma, .call = 5});
   const StandinRun run = RunKestrel(host, Report(kNumaReport, {"-s", "numaNode"}), {.errorsToOutput = true});
-  EXPECT_EQ(run.outcome.output, Banner("REGION NUMA", "KB", "numaNode") + Rule(10) + "  numaNode\n" + Rule(10) +
-                                    Rule(10) + "        10\n        11\n        12\n        20\n" + kNoNode + Rule(10));
+  EXPECT_EQ(run.outcome.output,
+            Banner("REGION NUMA", "KB", "numaNode") + Rule(10) + "  numaNode\n" + Rule(10) + Rule(10) +
+                "        10\n        11\n        12\n        20\n"
+                "GetRegionsNumaInfo: NODAL_Get failure\nPMemRegionsNumaReport: GetRegionsNumaInfo failure\n" +
+                Rule(10));
   EXPECT_EQ(run.outcome.exitStatus, 0);
 }
 
@@ -657,36 +423,6 @@ TEST(PMemVolumes, MayBeEmpty) {
   Check({"", PMemHost().AddList(kNuma, {"vol-1", "reg-a"}, {}), Report(kNumaReport, {"-qs", "regionUuid"}),
          "regionUuid\nreg-b\nreg-c\nreg-d\nreg-e\nreg-e\n", "", 0});
 }
-
-// Whether a name could be read is not asked for by the reports on extents and nodes. What they then read is of no
-// matter, as long as it is no row of another's, and they say nothing about the name.
-class PMemUnreadName : public testing::TestWithParam<FailingCall> {};
-
-TEST_P(PMemUnreadName, IsNotMentioned) {
-  const FailingCall &failing = GetParam();
-  for (const char *report : {kExtentsReport, kNumaReport}) {
-    const StandinRun clean = RunKestrel(PMemHost(), Report(report, {"-q"}));
-    for (const HVC_ReturnStatus status : kAnyFailure) {
-      const StandinRun run = RunKestrel(
-          PMemHost().Fail(
-              {.operation = failing.operation, .node = failing.node, .call = failing.call, .status = status}),
-          Report(report, {"-q"}));
-      EXPECT_EQ(run.outcome.exitStatus, 0) << run;
-      EXPECT_EQ(run.outcome.errors.find("GetString"), std::string::npos) << run;
-      EXPECT_EQ(ListErrors(run), "") << run;
-      EXPECT_TRUE(clean.outcome.output.starts_with(run.outcome.output)) << run;
-    }
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(Names, PMemUnreadName,
-                         testing::Values(FailingCall{"OfTheFirstVolume", kGetString, kVolumes, 1, "", "", 0},
-                                         FailingCall{"OfTheSecondVolume", kGetString, kVolumes, 2, "", "", 0},
-                                         FailingCall{"OfTheThirdVolume", kGetString, kVolumes, 3, "", "", 0},
-                                         FailingCall{"OfTheFirstRegion", kGetString, kRegions, 1, "", "", 0},
-                                         FailingCall{"OfTheSecondRegion", kGetString, kRegions, 2, "", "", 0},
-                                         FailingCall{"OfTheLastRegion", kGetString, kRegions, 5, "", "", 0}),
-                         NameOf<FailingCall>);
 
 // The calls of a run about the first volume alone.
 

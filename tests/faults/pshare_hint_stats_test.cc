@@ -1,5 +1,5 @@
-#include "tests/faults/failing_call.h"
 #include "tests/faults/machine_hosts.h"
+#include "tests/faults/report_case.h"
 
 namespace faults {
 namespace {
@@ -143,18 +143,6 @@ INSTANTIATE_TEST_SUITE_P(
                    "",
                    1}),
     NameOf<ReportCase>);
-
-class PShareHintCall : public testing::TestWithParam<FailingCall> {};
-
-TEST_P(PShareHintCall, Fails) {
-  CheckWithStatuses(HintsHost(), {"-r", "pshareHint-stats", "-v"}, GetParam(), kAnyFailure);
-}
-
-INSTANTIATE_TEST_SUITE_P(Reads, PShareHintCall,
-                         testing::Values(FailingCall{"NoList", "NODAL_ParamListCreate", "*", 1, "",
-                                                     "KestrelPShareHintGetStats: NODAL_ParamListCreate() failure\n", 1},
-                                         FailingCall{"TheRead", "NODAL_Get", "*", 1, "", "", 1}),
-                         NameOf<FailingCall>);
 
 TEST(PShareHintStatsCalls, OneRecordIsReadOnce) {
   EXPECT_EQ(CallsThatCount(RunKestrel(HintsHost(), {"-r", "pshareHint-stats"})),
