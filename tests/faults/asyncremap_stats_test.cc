@@ -11,11 +11,9 @@ class AsyncRemapStats : public testing::TestWithParam<ReportCase> {};
 
 TEST_P(AsyncRemapStats, AnswersAs) { Check(GetParam()); }
 
-ReportCase Remap(const char *name, const StandinHost &host, const std::vector<std::string> &options,
-                 const std::string &output, const std::string &errors = "", int exitStatus = 0) {
-  std::vector<std::string> arguments = {"-r", "asyncremap-stats", "-q"};
-  arguments.insert(arguments.end(), options.begin(), options.end());
-  return {name, host, arguments, output, errors, exitStatus};
+constexpr ReportCase Remap(const char *name, StandinHost (*host)(), const char *options, const char *output,
+                           const char *errors = "", int exitStatus = 0) {
+  return {name, host, {"-r asyncremap-stats -q", options}, output, errors, exitStatus};
 }
 
 StandinHost OneUserWorld() { return StandinHost().Add({.id = 0, .name = "shell", .flags = HVC_GROUP_USER_WORLD}); }
@@ -38,39 +36,49 @@ StandinHost WithoutTypeName() {
   return OneType(7, nullptr, 1).AddRecord("sched_memClients_remapTypes", {int64_t{7}, ""}, record);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Lists, AsyncRemapStats,
-    testing::Values(
-        Remap("NoClients", OneUserWorld().AddList("sched_groups_members_memClients", {0L}, {}), {"-s", "added"},
-              "type,added\n,0\n"),
-        Remap("NoTypes",
-              OneUserWorld()
-                  .AddList("sched_groups_members_memClients", {0L}, {int64_t{7}})
-                  .AddList("sched_memClients_remapTypes", {int64_t{7}}, {}),
-              {"-s", "added"}, "type,added\n,0\n"),
-        Remap("AClientThatVanishedIsReported",
-              OneUserWorld().AddList("sched_groups_members_memClients", {0L}, {int64_t{7}}), {"-s", "added"},
-              "type,added\n,0\n",
-              "KestrelAsyncRemapReportCallbackInt:305 failure: Not found\n"
-              "KestrelAsyncRemapReportCallback:403 failure: Not found\n",
-              1),
-        Remap("TypeWithoutAName", WithoutTypeName(), {"-s", "name:added"}, "name,type,added\nshell,,4\n,,4\n"),
-        Remap("TypeWithAnEmptyName", OneType(7, "", 1), {"-s", "name:added"}, "name,type,added\nshell,,4\n,,4\n"),
-        Remap("AClientIdIsUnsigned", OneType(4294967295, "copy", 1), {"-s", "grpLeader:added"},
-              "grpLeader,type,added\n-1,copy,4\n,,4\n")),
-    NameOf<ReportCase>);
+constexpr ReportCase kListsCases[] = {
+    Remap(
+        "NoClients", [] { return OneUserWorld().AddList("sched_groups_members_memClients", {0L}, {}); }, "-s added",
+        "type,added\n,0\n"),
+    Remap(
+        "NoTypes",
+        [] {
+          return OneUserWorld()
+              .AddList("sched_groups_members_memClients", {0L}, {int64_t{7}})
+              .AddList("sched_memClients_remapTypes", {int64_t{7}}, {});
+        },
+        "-s added", "type,added\n,0\n"),
+    Remap(
+        "AClientThatVanishedIsReported",
+        [] { return OneUserWorld().AddList("sched_groups_members_memClients", {0L}, {int64_t{7}}); }, "-s added",
+        "type,added\n,0\n",
+        "KestrelAsyncRemapReportCallbackInt:305 failure: Not found\n"
+        "KestrelAsyncRemapReportCallback:403 failure: Not found\n",
+        1),
+    Remap("TypeWithoutAName", WithoutTypeName, "-s name:added", "name,type,added\nshell,,4\n,,4\n"),
+    Remap(
+        "TypeWithAnEmptyName", [] { return OneType(7, "", 1); }, "-s name:added", "name,type,added\nshell,,4\n,,4\n"),
+    Remap(
+        "AClientIdIsUnsigned", [] { return OneType(4294967295, "copy", 1); }, "-s grpLeader:added",
+        "grpLeader,type,added\n-1,copy,4\n,,4\n"),
+};
 
-INSTANTIATE_TEST_SUITE_P(Figures, AsyncRemapStats,
-                         testing::Values(Remap("OnePageInKb", OneType(7, "copy", 1), {"-s", "added"},
-                                               "type,added\ncopy,4\n,4\n"),
-                                         Remap("OnePageInMb", OneType(7, "copy", 1), {"-s", "added", "-u", "mb"},
-                                               "type,added\ncopy,1\n,1\n"),
-                                         Remap("OnePageInPages", OneType(7, "copy", 1), {"-s", "added", "-u", "pg"},
-                                               "type,added\ncopy,1\n,1\n"),
-                                         // Pages times four never come to all ones.
-                                         Remap("AllOnesWraps", OneType(7, "copy", UINT64_MAX), {"-s", "added"},
-                                               "type,added\ncopy,18446744073709551612\n,18446744073709551612\n")),
-                         NameOf<ReportCase>);
+INSTANTIATE_TEST_SUITE_P(Lists, AsyncRemapStats, testing::ValuesIn(kListsCases), NameOf<ReportCase>);
+
+constexpr ReportCase kFiguresCases[] = {
+    Remap(
+        "OnePageInKb", [] { return OneType(7, "copy", 1); }, "-s added", "type,added\ncopy,4\n,4\n"),
+    Remap(
+        "OnePageInMb", [] { return OneType(7, "copy", 1); }, "-s added -u mb", "type,added\ncopy,1\n,1\n"),
+    Remap(
+        "OnePageInPages", [] { return OneType(7, "copy", 1); }, "-s added -u pg", "type,added\ncopy,1\n,1\n"),
+    // Pages times four never come to all ones.
+    Remap(
+        "AllOnesWraps", [] { return OneType(7, "copy", UINT64_MAX); }, "-s added",
+        "type,added\ncopy,18446744073709551612\n,18446744073709551612\n"),
+};
+
+INSTANTIATE_TEST_SUITE_P(Figures, AsyncRemapStats, testing::ValuesIn(kFiguresCases), NameOf<ReportCase>);
 
 TEST(AsyncRemapStatsRows, StandBeforeTheMessagesOfWhatFollows) {
   StandinHost host = MachinesHost();

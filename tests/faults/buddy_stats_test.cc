@@ -102,7 +102,7 @@ Description of report header labels:
 )";
 
 // The Total row has nothing in this column.
-const std::string kMandatoryAlone = std::string(R"(
+constexpr char kMandatoryAlone[] = R"(
  MEMMAP BUDDY STATS: <time>
  --------------------------------------------
    Selected columns : memNode
@@ -115,7 +115,8 @@ memNode
       1
       1
 -------
-)") + std::string(7, ' ') + "\n-------\n";
+)"
+                                   "       \n-------\n";
 
 constexpr char kNoRows[] = R"(
  MEMMAP BUDDY STATS: <time>
@@ -147,29 +148,24 @@ constexpr char kStopped[] = R"(
         memmap-00-hi       0       2009
 )";
 
-std::vector<std::string> WithOptions(const std::vector<std::string> &options) {
-  std::vector<std::string> arguments = {"-r", "buddy-stats"};
-  arguments.insert(arguments.end(), options.begin(), options.end());
-  return arguments;
-}
-
 class BuddyStats : public testing::TestWithParam<ReportCase> {};
 
 TEST_P(BuddyStats, AnswersAs) { Check(GetParam()); }
 
-INSTANTIATE_TEST_SUITE_P(
-    Forms, BuddyStats,
-    testing::Values(ReportCase{"AllColumns", BuddyHost(), WithOptions({"-q"}), kHeader + kAllRows, "", 0},
-                    ReportCase{"AllColumnsWithDescriptions", BuddyHost(), WithOptions({"--csvMode", "--verbose"}),
-                               kHeader + kAllRows + kDescriptions, "", 0},
-                    ReportCase{"Table", BuddyHost(),
-                               WithOptions({"-v", "--cSelect=1gbused:NAME:type:4KBFREE:numanode:1GB"}), kTable, "", 0},
-                    ReportCase{"MandatoryAlone", BuddyHost(), WithOptions({"-s", "nothing"}), kMandatoryAlone, "", 0},
-                    ReportCase{"MandatoryAloneInCsv", BuddyHost(), WithOptions({"-qs", ""}), "memNode\n0\n0\n1\n1\n\n",
-                               "", 0},
-                    ReportCase{"ThereAreNoUnits", BuddyHost(), WithOptions({"-u", "b", "--unit=tb", "-qs", "2MBused"}),
-                               "memNode,2MBused\n0,1509\n0,2509\n1,3509\n1,4509\n,12036\n", "", 0}),
-    NameOf<ReportCase>);
+const ReportCase kFormsCases[] = {
+    {"AllColumns", BuddyHost, "-r buddy-stats -q", {kHeader, kAllRows.c_str()}},
+    {"AllColumnsWithDescriptions",
+     BuddyHost,
+     "-r buddy-stats --csvMode --verbose",
+     {kHeader, kAllRows.c_str(), kDescriptions}},
+    {"Table", BuddyHost, "-r buddy-stats -v --cSelect=1gbused:NAME:type:4KBFREE:numanode:1GB", kTable},
+    {"MandatoryAlone", BuddyHost, "-r buddy-stats -s nothing", kMandatoryAlone},
+    {"MandatoryAloneInCsv", BuddyHost, "-r buddy-stats -qs ''", "memNode\n0\n0\n1\n1\n\n"},
+    {"ThereAreNoUnits", BuddyHost, "-r buddy-stats -u b --unit=tb -qs 2MBused",
+     "memNode,2MBused\n0,1509\n0,2509\n1,3509\n1,4509\n,12036\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Forms, BuddyStats, testing::ValuesIn(kFormsCases), NameOf<ReportCase>);
 
 // Which buddies appear and in what order.
 
@@ -187,57 +183,110 @@ StandinHost Named(const std::vector<const char *> &names) {
   return host;
 }
 
-ReportCase Names(const char *name, const std::vector<const char *> &buddies, const std::string &rows) {
-  return {name,
-          Named(buddies),
-          WithOptions({"-q", "-s", "name:type:numaNode"}),
-          "name,memNode,type,numaNode\n" + rows + "Total,,,\n",
-          "",
-          0};
+constexpr ReportCase Names(const char *name, StandinHost (*host)(), const char *rows) {
+  return {name, host, "-r buddy-stats -q -s name:type:numaNode", {"name,memNode,type,numaNode\n", rows, "Total,,,\n"}};
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Names, BuddyStats,
-    testing::Values(Names("None", {}, ""),
-                    Names("NoneOfMemMap", {"memma", "MEMMAP-00-lo", "xmemmap-00-lo", "heap", ""}, ""),
-                    Names("NothingAfterTheWord", {"memmap", "memmap-"}, "memmap,0,high,0\nmemmap-,0,high,0\n"),
-                    Names("AnyCharacterAfterTheWord", {"memmapN02o", "memmap_01x"},
-                          "memmap_01x,1,high,1\nmemmapN02o,2,low,2\n"),
-                    Names("NoNumber", {"memmap-ab-lo"}, "memmap-ab-lo,0,low,0\n"),
-                    // Fifteen characters of a name are kept, and the last of them says whether it is low.
-                    Names("FifteenCharacters", {"memmap-03-23456"}, "memmap-03-23456,3,high,3\n"),
-                    Names("SixteenCharacters", {"memmap-03-23456o"}, "memmap-03-23456,3,high,3\n"),
-                    Names("LowInTheFifteenth", {"memmap-03-2345ohigh"}, "memmap-03-2345o,3,low,3\n"),
-                    Names("NumberCutShort", {"memmap-000000000012345"}, "memmap-00000000,0,high,0\n"),
-                    // The whole number is the node's, but its first two digits are what counts in the order.
-                    Names("ThreeDigits", {"memmap-13-hi", "memmap-123-lo", "memmap-11-hi", "memmap-100-lo"},
-                          "memmap-100-lo,100,low,100\nmemmap-11-hi,11,high,11\nmemmap-123-lo,123,low,123\n"
-                          "memmap-13-hi,13,high,13\n"),
-                    Names("OneDigit", {"memmap-10-hi", "memmap-2-hi", "memmap-1-hi"},
-                          "memmap-1-hi,1,high,1\nmemmap-2-hi,2,high,2\nmemmap-10-hi,10,high,10\n"),
-                    // With one digit, "lo" stands a place too early to be seen.
-                    Names("OneDigitLow", {"memmap-4-hi", "memmap-4-lo"}, "memmap-4-hi,4,high,4\nmemmap-4-lo,4,low,4\n"),
-                    // Digits that differ but come to the same number keep their places.
-                    Names("TheSameNumberWrittenTwice", {"memmap-5-hi", "memmap-05-lo"},
-                          "memmap-5-hi,5,high,5\nmemmap-05-lo,5,low,5\n")),
-    NameOf<ReportCase>);
+constexpr ReportCase kNamesCases[] = {
+    Names(
+        "None", [] { return Named({}); }, ""),
+    Names(
+        "NoneOfMemMap",
+        [] {
+          return Named({"memma", "MEMMAP-00-lo", "xmemmap-00-lo", "heap", ""});
+        },
+        ""),
+    Names(
+        "NothingAfterTheWord",
+        [] {
+          return Named({"memmap", "memmap-"});
+        },
+        "memmap,0,high,0\nmemmap-,0,high,0\n"),
+    Names(
+        "AnyCharacterAfterTheWord",
+        [] {
+          return Named({"memmapN02o", "memmap_01x"});
+        },
+        "memmap_01x,1,high,1\nmemmapN02o,2,low,2\n"),
+    Names(
+        "NoNumber", [] { return Named({"memmap-ab-lo"}); }, "memmap-ab-lo,0,low,0\n"),
+    // Fifteen characters of a name are kept, and the last of them says whether it is low.
+    Names(
+        "FifteenCharacters", [] { return Named({"memmap-03-23456"}); }, "memmap-03-23456,3,high,3\n"),
+    Names(
+        "SixteenCharacters", [] { return Named({"memmap-03-23456o"}); }, "memmap-03-23456,3,high,3\n"),
+    Names(
+        "LowInTheFifteenth", [] { return Named({"memmap-03-2345ohigh"}); }, "memmap-03-2345o,3,low,3\n"),
+    Names(
+        "NumberCutShort", [] { return Named({"memmap-000000000012345"}); }, "memmap-00000000,0,high,0\n"),
+    // The whole number is the node's, but its first two digits are what counts in the order.
+    Names(
+        "ThreeDigits",
+        [] {
+          return Named({"memmap-13-hi", "memmap-123-lo", "memmap-11-hi", "memmap-100-lo"});
+        },
+        "memmap-100-lo,100,low,100\nmemmap-11-hi,11,high,11\nmemmap-123-lo,123,low,123\n"
+        "memmap-13-hi,13,high,13\n"),
+    Names(
+        "OneDigit",
+        [] {
+          return Named({"memmap-10-hi", "memmap-2-hi", "memmap-1-hi"});
+        },
+        "memmap-1-hi,1,high,1\nmemmap-2-hi,2,high,2\nmemmap-10-hi,10,high,10\n"),
+    // With one digit, "lo" stands a place too early to be seen.
+    Names(
+        "OneDigitLow",
+        [] {
+          return Named({"memmap-4-hi", "memmap-4-lo"});
+        },
+        "memmap-4-hi,4,high,4\nmemmap-4-lo,4,low,4\n"),
+    // Digits that differ but come to the same number keep their places.
+    Names(
+        "TheSameNumberWrittenTwice",
+        [] {
+          return Named({"memmap-5-hi", "memmap-05-lo"});
+        },
+        "memmap-5-hi,5,high,5\nmemmap-05-lo,5,low,5\n"),
+};
 
-INSTANTIATE_TEST_SUITE_P(
-    Order, BuddyStats,
-    testing::Values(
-        Names("LowBeforeOthersOfItsNode", {"memmap-02-hi", "memmap-01-dma", "memmap-02-lo", "memmap-01-lo"},
-              "memmap-01-lo,1,low,1\nmemmap-01-dma,1,high,1\nmemmap-02-lo,2,low,2\nmemmap-02-hi,2,high,2\n"),
-        // The first of a pair changes places with the low one that was found last.
-        Names("TheSwapTurnsOthersRound", {"memmap-01-h1", "memmap-01-h2", "memmap-01-lo"},
-              "memmap-01-lo,1,low,1\nmemmap-01-h2,1,high,1\nmemmap-01-h1,1,high,1\n"),
-        // Of two low ones, each comes before the other; the last to be looked at wins.
-        Names("TheLastOfTwoLowOnes", {"memmap-01-lo1", "memmap-01-lo2", "memmap-01-hi"},
-              "memmap-01-lo2,1,high,1\nmemmap-01-lo1,1,high,1\nmemmap-01-hi,1,high,1\n"),
-        Names("TheLastOfThreeLowOnes", {"memmap-01-lo1", "memmap-01-lo2", "memmap-01-lo3"},
-              "memmap-01-lo3,1,high,1\nmemmap-01-lo1,1,high,1\nmemmap-01-lo2,1,high,1\n"),
-        Names("NamesThatAreEqual", {"memmap-01-lo", "memmap-00-hi", "memmap-01-lo"},
-              "memmap-00-hi,0,high,0\nmemmap-01-lo,1,low,1\nmemmap-01-lo,1,low,1\n")),
-    NameOf<ReportCase>);
+INSTANTIATE_TEST_SUITE_P(Names, BuddyStats, testing::ValuesIn(kNamesCases), NameOf<ReportCase>);
+
+constexpr ReportCase kOrderCases[] = {
+    Names(
+        "LowBeforeOthersOfItsNode",
+        [] {
+          return Named({"memmap-02-hi", "memmap-01-dma", "memmap-02-lo", "memmap-01-lo"});
+        },
+        "memmap-01-lo,1,low,1\nmemmap-01-dma,1,high,1\nmemmap-02-lo,2,low,2\nmemmap-02-hi,2,high,2\n"),
+    // The first of a pair changes places with the low one that was found last.
+    Names(
+        "TheSwapTurnsOthersRound",
+        [] {
+          return Named({"memmap-01-h1", "memmap-01-h2", "memmap-01-lo"});
+        },
+        "memmap-01-lo,1,low,1\nmemmap-01-h2,1,high,1\nmemmap-01-h1,1,high,1\n"),
+    // Of two low ones, each comes before the other; the last to be looked at wins.
+    Names(
+        "TheLastOfTwoLowOnes",
+        [] {
+          return Named({"memmap-01-lo1", "memmap-01-lo2", "memmap-01-hi"});
+        },
+        "memmap-01-lo2,1,high,1\nmemmap-01-lo1,1,high,1\nmemmap-01-hi,1,high,1\n"),
+    Names(
+        "TheLastOfThreeLowOnes",
+        [] {
+          return Named({"memmap-01-lo1", "memmap-01-lo2", "memmap-01-lo3"});
+        },
+        "memmap-01-lo3,1,high,1\nmemmap-01-lo1,1,high,1\nmemmap-01-lo2,1,high,1\n"),
+    Names(
+        "NamesThatAreEqual",
+        [] {
+          return Named({"memmap-01-lo", "memmap-00-hi", "memmap-01-lo"});
+        },
+        "memmap-00-hi,0,high,0\nmemmap-01-lo,1,low,1\nmemmap-01-lo,1,low,1\n"),
+};
+
+INSTANTIATE_TEST_SUITE_P(Order, BuddyStats, testing::ValuesIn(kOrderCases), NameOf<ReportCase>);
 
 TEST(BuddyStatsTotals, WrapInTheir32Bits) {
   StandinHost host = BuddyHost();
@@ -245,17 +294,15 @@ TEST(BuddyStatsTotals, WrapInTheir32Bits) {
   half.sizes[0].free = 0x80000000;
   half.sizes[18].used = 0x80000001;
   host.AddRecord(kFigures, {"memmap-00-lo"}, half).AddRecord(kFigures, {"memmap-01-hi"}, half);
-  Check({"", host, WithOptions({"-q", "-s", "4KBfree:1GBused"}),
-         "memNode,4KBfree,1GBused\n0,2147483648,2147483649\n0,2000,2518\n1,3000,3518\n1,2147483648,2147483649\n"
-         ",5000,6038\n",
-         "", 0});
+  Check(host, "-r buddy-stats -q -s 4KBfree:1GBused",
+        "memNode,4KBfree,1GBused\n0,2147483648,2147483649\n0,2000,2518\n1,3000,3518\n1,2147483648,2147483649\n"
+        ",5000,6038\n");
 }
 
 TEST(BuddyStatsNames, ThatAreMissingArePassedOver) {
   StandinHost host = BuddyHost();
   host.AddList(kBuddies, {}, {nullptr, "memmap-00-lo", nullptr});
-  Check({"", host, WithOptions({"-qs", "name:4KBfree"}), "name,memNode,4KBfree\nmemmap-00-lo,0,1000\nTotal,,1000\n", "",
-         0});
+  Check(host, "-r buddy-stats -qs name:4KBfree", "name,memNode,4KBfree\nmemmap-00-lo,0,1000\nTotal,,1000\n");
 }
 
 TEST(BuddyStatsNames, AreFitForATerminal) {
@@ -263,9 +310,9 @@ TEST(BuddyStatsNames, AreFitForATerminal) {
   StandinHost host = BuddyHost();
   host.AddList(kBuddies, {}, {"memmap-00-\x1b[2J"});
   const StandinRun run =
-      RunKestrel(host, WithOptions({"-qs", ""}), {.output = OutputTo::kTerminal, .errorsToOutput = true});
+      RunKestrel(host, {"-r", "buddy-stats", "-qs", ""}, {.output = OutputTo::kTerminal, .errorsToOutput = true});
   EXPECT_EQ(run.outcome.output, "memNode\nError 0xbad0003 while reading memmap-00-?[2J/comprehensive") << run;
-  EXPECT_EQ(RunKestrel(host, WithOptions({"-qs", ""})).outcome.errors,
+  EXPECT_EQ(RunKestrel(host, {"-r", "buddy-stats", "-qs", ""}).outcome.errors,
             "Error 0xbad0003 while reading memmap-00-\x1b[2J/comprehensive");
 }
 
@@ -282,14 +329,13 @@ StandinHost Many(size_t count) {
 }
 
 TEST(BuddyStatsNumber, IsNinetyNineAtMost) {
-  Check({"", Many(99), WithOptions({"-q", "-s", "name"}),
-         "name,memNode\nmemmap-00-0,0\nmemmap-00-10,0\nmemmap-00-20,0\nmemmap-00-30,0\nmemmap-00-40,0\n"
-         "memmap-00-50,0\nmemmap-00-60,0\nmemmap-00-70,0\nmemmap-00-80,0\nmemmap-00-90,0\nTotal,\n",
-         "", 0});
+  Check(Many(99), "-r buddy-stats -q -s name",
+        "name,memNode\nmemmap-00-0,0\nmemmap-00-10,0\nmemmap-00-20,0\nmemmap-00-30,0\nmemmap-00-40,0\n"
+        "memmap-00-50,0\nmemmap-00-60,0\nmemmap-00-70,0\nmemmap-00-80,0\nmemmap-00-90,0\nTotal,\n");
 }
 
 TEST(BuddyStatsNumber, BeyondNinetyNineNoneAreReported) {
-  Check({"", Many(100), WithOptions({"-v", "-s", "name:2MBfree"}), kNoRows, "", 0});
+  Check(Many(100), "-r buddy-stats -v -s name:2MBfree", kNoRows);
 }
 
 TEST(BuddyStatsNumber, MayBeAllOfMemMaps) {
@@ -303,25 +349,24 @@ TEST(BuddyStatsNumber, MayBeAllOfMemMaps) {
     rows += name + ",0,1\n";
   }
   host.AddList(kBuddies, {}, names);
-  Check({"", host, WithOptions({"-q", "-s", "name:4KBfree"}), "name,memNode,4KBfree\n" + rows + "Total,,99\n", "", 0});
+  Check(host, "-r buddy-stats -q -s name:4KBfree", "name,memNode,4KBfree\n" + rows + "Total,,99\n");
 }
 
 TEST(BuddyStatsFailure, OfTheNamesLeavesATableOfNone) {
-  Check({"", BuddyHost().Fail({.operation = "NODAL_GetInstanceList", .node = kBuddies}),
-         WithOptions({"-v", "-s", "name:2MBfree"}), kNoRows, "", 0});
+  Check(BuddyHost().Fail({.operation = "NODAL_GetInstanceList", .node = kBuddies}), "-r buddy-stats -v -s name:2MBfree",
+        kNoRows);
 }
 
 TEST(BuddyStatsFailure, OfEachMemoryNodeLeavesATableOfNone) {
   const std::string one = "Error 0xbad0001 while reading /memory/memNodes/1";
   const std::string zero = "Error 0xbad0001 while reading /memory/memNodes/0";
-  Check({"", BuddyHost().Fail({.operation = "NODAL_Get", .node = kMemNodes}), WithOptions({"-v", "-s", "name:2MBfree"}),
-         kNoRows, one + zero + one + zero, 0});
+  Check(BuddyHost().Fail({.operation = "NODAL_Get", .node = kMemNodes}), "-r buddy-stats -v -s name:2MBfree", kNoRows,
+        one + zero + one + zero);
 }
 
 TEST(BuddyStatsFailure, OfFiguresLeavesTheTableOpen) {
-  Check({"", BuddyHost().Fail({.operation = "NODAL_Get", .node = kFigures, .call = 3}),
-         WithOptions({"-v", "-s", "name:2MBfree"}), kStopped,
-         "Error 0xbad0001 while reading memmap-01-lo/comprehensive", 1});
+  Check(BuddyHost().Fail({.operation = "NODAL_Get", .node = kFigures, .call = 3}), "-r buddy-stats -v -s name:2MBfree",
+        kStopped, "Error 0xbad0001 while reading memmap-01-lo/comprehensive", 1);
 }
 
 TEST(BuddyStatsMessages, NameTheWholeNumberOfANode) {
@@ -329,15 +374,15 @@ TEST(BuddyStatsMessages, NameTheWholeNumberOfANode) {
   host.AddList(kBuddies, {}, {"memmap-4000000", "memmap-07-lo"});
   host.AddRecord(kMemNodes, {7}, MemNodeRecord{.numaNode = 3, .unread_1 = {}});
   host.AddRecord(kFigures, {"memmap-07-lo"}, BuddyFigures(1));
-  Check({"", host, WithOptions({"-q", "-s", "name:numaNode"}), "name,memNode,numaNode\nmemmap-07-lo,7,3\nTotal,,\n",
-         "Error 0xbad0003 while reading /memory/memNodes/4000000", 0});
+  Check(host, "-r buddy-stats -q -s name:numaNode", "name,memNode,numaNode\nmemmap-07-lo,7,3\nTotal,,\n",
+        "Error 0xbad0003 while reading /memory/memNodes/4000000");
 }
 
 TEST(BuddyStatsMessages, StandBetweenTheRows) {
   StandinHost host = BuddyHost();
   host.Fail({.operation = "NODAL_Get", .node = kMemNodes, .call = 2});
   host.Fail({.operation = "NODAL_Get", .node = kFigures, .call = 3});
-  const StandinRun run = RunKestrel(host, WithOptions({"-q", "-s", "name"}), {.errorsToOutput = true});
+  const StandinRun run = RunKestrel(host, {"-r", "buddy-stats", "-q", "-s", "name"}, {.errorsToOutput = true});
   EXPECT_EQ(run.outcome.output,
             "name,memNode\nError 0xbad0001 while reading /memory/memNodes/0memmap-00-lo,0\nmemmap-01-lo,1\n"
             "Error 0xbad0001 while reading memmap-01-hi/comprehensive");
@@ -345,7 +390,7 @@ TEST(BuddyStatsMessages, StandBetweenTheRows) {
 }
 
 TEST(BuddyStatsCalls, NodesAreLookedUpBeforeTheFirstRow) {
-  const StandinRun run = RunKestrel(BuddyHost(), WithOptions({}));
+  const StandinRun run = RunKestrel(BuddyHost(), {"-r", "buddy-stats"});
   EXPECT_EQ(CallsThatCount(run), (std::vector<std::string>{
                                      "NODAL_CheckSig(21) = 0",
                                      "NODAL_ParamListCreateAndAllocateParams(1, 99, 12672) = list1",

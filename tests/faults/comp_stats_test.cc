@@ -33,24 +33,29 @@ constexpr char kDescriptions[] =
     "              numLow: Num of times host in low state\n"
     "            memState: Current memory state\n";
 
-const std::string kRule = std::string(230, '-') + "\n";
-
-const std::string kTableInKb =
+constexpr char kTableInKb[] =
     R"(
  COMPREHENSIVE STATS: <time>
  ---------------------------------------------
    Unit             : KB
    Selected columns : (all)
 
-)" + kRule +
+)"
+    "------------------------------------------------------------------------------------------------------------------"
+    "------------------------------------------------------------------------------------------------------------------"
+    "--\n"
     "     total  discarded managedByMemMap reliableMem kernelCode dataAndHeap  buddyOvhd    rsvdLow managedByMemSched"
     "    minFree hvcClientConsumed otherConsumed       free    numHigh   numClear    numSoft    numHard     numLow"
-    " memState\n" +
-    kRule +
+    " memState\n"
+    "------------------------------------------------------------------------------------------------------------------"
+    "------------------------------------------------------------------------------------------------------------------"
+    "--\n"
     "  16777217          1        16000001       20480       2050       30004       1025          4          15000008"
     "      70009             40005         50006    6000007         21       4010     600300   80050000    7000000"
-    "     Soft\n" +
-    kRule;
+    "     Soft\n"
+    "------------------------------------------------------------------------------------------------------------------"
+    "------------------------------------------------------------------------------------------------------------------"
+    "--\n";
 
 constexpr char kTableInPages[] = R"(
  COMPREHENSIVE STATS: <time>
@@ -94,40 +99,35 @@ constexpr char kStopped[] = R"(
 -------------------
 )";
 
-std::vector<std::string> WithOptions(const std::vector<std::string> &options) {
-  std::vector<std::string> arguments = {"-r", "comp-stats"};
-  arguments.insert(arguments.end(), options.begin(), options.end());
-  return arguments;
-}
-
 class CompStats : public testing::TestWithParam<ReportCase> {};
 
 TEST_P(CompStats, AnswersAs) { Check(GetParam()); }
 
 constexpr char kCounts[] = ",21,4010,600300,80050000,7000000,Soft\n";
 
-INSTANTIATE_TEST_SUITE_P(
-    Forms, CompStats,
-    testing::Values(
-        ReportCase{"TableInKb", ComprehensiveHost(), WithOptions({}), kTableInKb, "", 0},
-        ReportCase{"TableInPages", ComprehensiveHost(), WithOptions({"-vu", "PG", "-s", "MEMSTATE:total:minfree"}),
-                   kTableInPages, "", 0},
-        ReportCase{"NoColumns", ComprehensiveHost(), WithOptions({"-s", "none", "--unit", "mb"}), kNoColumns, "", 0},
-        ReportCase{"Csv", ComprehensiveHost(), WithOptions({"-q"}),
-                   std::string(kHeader) +
-                       "16777217,1,16000001,20480,2050,30004,1025,4,15000008,70009,40005,50006,6000007" + kCounts,
-                   "", 0},
-        ReportCase{"CsvInMb", ComprehensiveHost(), WithOptions({"-qu", "mb"}),
-                   std::string(kHeader) + "16385,1,15626,20,3,30,2,1,14649,69,40,49,5860" + kCounts, "", 0},
-        ReportCase{"CsvInPagesWithDescriptions", ComprehensiveHost(), WithOptions({"-q", "-u", "pg", "-v"}),
-                   std::string(kHeader) + "4194305,1,4000001,5120,513,7501,257,1,3750002,17503,10002,12502,1500002" +
-                       kCounts + kDescriptions,
-                   "", 0},
-        ReportCase{"BytesAreNotOffered", ComprehensiveHost(), WithOptions({"-u", "b"}), "",
-                   "Invalid unit specified. Choose from {mb, kb, pg}\n", 1},
-        ReportCase{"NoSuchUnit", ComprehensiveHost(), WithOptions({"-qu", "Page"}), "",
-                   "Invalid unit specified. Choose from {mb, kb, pg}\n", 1}),
-    NameOf<ReportCase>);
+constexpr ReportCase kFormsCases[] = {
+    {"TableInKb", ComprehensiveHost, "-r comp-stats", kTableInKb},
+    {"TableInPages", ComprehensiveHost, "-r comp-stats -vu PG -s MEMSTATE:total:minfree", kTableInPages},
+    {"NoColumns", ComprehensiveHost, "-r comp-stats -s none --unit mb", kNoColumns},
+    {"Csv",
+     ComprehensiveHost,
+     "-r comp-stats -q",
+     {kHeader, "16777217,1,16000001,20480,2050,30004,1025,4,15000008,70009,40005,50006,6000007", kCounts}},
+    {"CsvInMb",
+     ComprehensiveHost,
+     "-r comp-stats -qu mb",
+     {kHeader, "16385,1,15626,20,3,30,2,1,14649,69,40,49,5860", kCounts}},
+    {"CsvInPagesWithDescriptions",
+     ComprehensiveHost,
+     "-r comp-stats -q -u pg -v",
+     {kHeader, "4194305,1,4000001,5120,513,7501,257,1,3750002,17503,10002,12502,1500002", kCounts, kDescriptions}},
+    {"BytesAreNotOffered", ComprehensiveHost, "-r comp-stats -u b", "",
+     "Invalid unit specified. Choose from {mb, kb, pg}\n", 1},
+    {"NoSuchUnit", ComprehensiveHost, "-r comp-stats -qu Page", "",
+     "Invalid unit specified. Choose from {mb, kb, pg}\n", 1},
+};
+
+INSTANTIATE_TEST_SUITE_P(Forms, CompStats, testing::ValuesIn(kFormsCases), NameOf<ReportCase>);
 
 // Figures that are missing, and others at the ends of their ranges.
 
@@ -145,49 +145,64 @@ StandinHost HostWith(uint64_t discarded, uint64_t managedByMemSched, uint64_t mi
       .AddRecord("sched_globalStats_memory_kestrel", {}, global);
 }
 
-ReportCase Amounts(const char *name, const StandinHost &host, const char *unit, const std::string &row) {
+constexpr ReportCase Amounts(const char *name, StandinHost (*host)(), const char *unit, const char *row) {
   return {name,
           host,
-          WithOptions({"-q", "-u", unit, "-s", "discarded:managedByMemSched:minFree:free"}),
-          "discarded,managedByMemSched,minFree,free\n" + row,
-          "",
-          0};
+          {"-r comp-stats -q -s discarded:managedByMemSched:minFree:free -u", unit},
+          {"discarded,managedByMemSched,minFree,free\n", row}};
 }
 
-constexpr char kAllOnes[] = "18446744073709551615";
+constexpr ReportCase kAmountsCases[] = {
+    Amounts(
+        "MissingInMb", [] { return HostWith(kMissing, 5, kMissing, 1025); }, "mb",
+        "18446744073709551615,1,18446744073709551615,2\n"),
+    Amounts(
+        "MissingInPages", [] { return HostWith(5, kMissing, 4, kMissing); }, "pg",
+        "2,18446744073709551615,1,18446744073709551615\n"),
+    Amounts(
+        "MissingInKb", [] { return HostWith(0, kMissing, 4, kMissing); }, "kb",
+        "0,18446744073709551615,4,18446744073709551615\n"),
+    // One less is an amount, and wraps when it is rounded up.
+    Amounts(
+        "LargestInKb", [] { return HostWith(kMissing - 1, 0, 0, 1); }, "kb", "18446744073709551614,0,0,1\n"),
+    Amounts(
+        "LargestInMb", [] { return HostWith(kMissing - 1, kMissing - 1023, kMissing - 1022, 1); }, "mb",
+        "0,18014398509481983,0,1\n"),
+    Amounts(
+        "LargestInPages", [] { return HostWith(kMissing - 1, kMissing - 3, kMissing - 2, 1); }, "pg",
+        "0,4611686018427387903,0,1\n"),
+};
 
-INSTANTIATE_TEST_SUITE_P(
-    Amounts, CompStats,
-    testing::Values(Amounts("MissingInMb", HostWith(kMissing, 5, kMissing, 1025), "mb",
-                            std::string(kAllOnes) + ",1," + kAllOnes + ",2\n"),
-                    Amounts("MissingInPages", HostWith(5, kMissing, 4, kMissing), "pg",
-                            std::string("2,") + kAllOnes + ",1," + kAllOnes + "\n"),
-                    Amounts("MissingInKb", HostWith(0, kMissing, 4, kMissing), "kb",
-                            std::string("0,") + kAllOnes + ",4," + kAllOnes + "\n"),
-                    // One less is an amount, and wraps when it is rounded up.
-                    Amounts("LargestInKb", HostWith(kMissing - 1, 0, 0, 1), "kb", "18446744073709551614,0,0,1\n"),
-                    Amounts("LargestInMb", HostWith(kMissing - 1, kMissing - 1023, kMissing - 1022, 1), "mb",
-                            "0,18014398509481983,0,1\n"),
-                    Amounts("LargestInPages", HostWith(kMissing - 1, kMissing - 3, kMissing - 2, 1), "pg",
-                            "0,4611686018427387903,0,1\n")),
-    NameOf<ReportCase>);
+INSTANTIATE_TEST_SUITE_P(Amounts, CompStats, testing::ValuesIn(kAmountsCases), NameOf<ReportCase>);
 
-ReportCase State(const char *name, uint32_t state, const std::string &text) {
+StandinHost InState(uint32_t state) {
   GlobalMemoryRecord global = GlobalMemoryFigures();
   global.memState = state;
-  return {name,
-          ComprehensiveHost().AddRecord("sched_globalStats_memory_kestrel", {}, global),
-          WithOptions({"-q", "-s", "memState"}),
-          "memState\n" + text + "\n",
-          "",
-          0};
+  return ComprehensiveHost().AddRecord("sched_globalStats_memory_kestrel", {}, global);
 }
 
-INSTANTIATE_TEST_SUITE_P(States, CompStats,
-                         testing::Values(State("High", 0, "High"), State("Clear", 1, "Clear"), State("Soft", 2, "Soft"),
-                                         State("Hard", 3, "Hard"), State("Low", 4, "Low"), State("Five", 5, "Unknown"),
-                                         State("AllOnes", UINT32_MAX, "Unknown")),
-                         NameOf<ReportCase>);
+constexpr ReportCase State(const char *name, StandinHost (*host)(), const char *text) {
+  return {name, host, "-r comp-stats -q -s memState", {"memState\n", text, "\n"}};
+}
+
+constexpr ReportCase kStatesCases[] = {
+    State(
+        "High", [] { return InState(0); }, "High"),
+    State(
+        "Clear", [] { return InState(1); }, "Clear"),
+    State(
+        "Soft", [] { return InState(2); }, "Soft"),
+    State(
+        "Hard", [] { return InState(3); }, "Hard"),
+    State(
+        "Low", [] { return InState(4); }, "Low"),
+    State(
+        "Five", [] { return InState(5); }, "Unknown"),
+    State(
+        "AllOnes", [] { return InState(UINT32_MAX); }, "Unknown"),
+};
+
+INSTANTIATE_TEST_SUITE_P(States, CompStats, testing::ValuesIn(kStatesCases), NameOf<ReportCase>);
 
 // A host with so many transitions out of each state, to the higher and to the lower.
 StandinHost Counted(const std::vector<std::pair<uint32_t, uint32_t>> &counts) {
@@ -202,32 +217,44 @@ StandinHost Counted(const std::vector<std::pair<uint32_t, uint32_t>> &counts) {
   return host;
 }
 
-ReportCase Counts(const char *name, const std::vector<std::pair<uint32_t, uint32_t>> &counts, const std::string &row) {
+constexpr ReportCase Counts(const char *name, StandinHost (*host)(), const char *row) {
   return {name,
-          Counted(counts),
-          WithOptions({"-q", "-s", "numHigh:numClear:numSoft:numHard:numLow"}),
-          "numHigh,numClear,numSoft,numHard,numLow\n" + row,
-          "",
-          0};
+          host,
+          "-r comp-stats -q -s numHigh:numClear:numSoft:numHard:numLow",
+          {"numHigh,numClear,numSoft,numHard,numLow\n", row}};
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Counts, CompStats,
-    testing::Values(
-        Counts("NeverChanged", {{0, 0}, {0, 0}, {0, 0}, {0, 0}, {0, 0}}, "1,0,0,0,0\n"),
-        Counts("OutOfTheRange", {{9, 0}, {0, 0}, {0, 0}, {0, 0}, {0, 9}}, "1,0,0,0,0\n"),
-        Counts("Wrapped",
-               {{0, 0xffffffff}, {0xffffffff, 0x80000000}, {2, 0xfffffff0}, {0x80000001, 0xffffffff}, {0x0f, 0}},
-               "0,1,1,4294967295,4294967295\n")),
-    NameOf<ReportCase>);
+constexpr ReportCase kCountsCases[] = {
+    Counts(
+        "NeverChanged",
+        [] {
+          return Counted({{0, 0}, {0, 0}, {0, 0}, {0, 0}, {0, 0}});
+        },
+        "1,0,0,0,0\n"),
+    Counts(
+        "OutOfTheRange",
+        [] {
+          return Counted({{9, 0}, {0, 0}, {0, 0}, {0, 0}, {0, 9}});
+        },
+        "1,0,0,0,0\n"),
+    Counts(
+        "Wrapped",
+        [] {
+          return Counted(
+              {{0, 0xffffffff}, {0xffffffff, 0x80000000}, {2, 0xfffffff0}, {0x80000001, 0xffffffff}, {0x0f, 0}});
+        },
+        "0,1,1,4294967295,4294967295\n"),
+};
+
+INSTANTIATE_TEST_SUITE_P(Counts, CompStats, testing::ValuesIn(kCountsCases), NameOf<ReportCase>);
 
 TEST(CompStatsFailure, LeavesTheHeader) {
-  Check({"", ComprehensiveHost().Fail({.operation = "NODAL_Get", .node = kTransitions, .call = 5}),
-         WithOptions({"-v", "-u", "mb", "-s", "total:memState"}), kStopped, "", 1});
+  Check(ComprehensiveHost().Fail({.operation = "NODAL_Get", .node = kTransitions, .call = 5}),
+        "-r comp-stats -v -u mb -s total:memState", kStopped, "", 1);
 }
 
 TEST(CompStatsCalls, SevenRecordsAreReadInTheirOrder) {
-  const StandinRun run = RunKestrel(ComprehensiveHost(), WithOptions({"-s", "total"}));
+  const StandinRun run = RunKestrel(ComprehensiveHost(), {"-r", "comp-stats", "-s", "total"});
   EXPECT_EQ(CallsThatCount(run), (std::vector<std::string>{
                                      "NODAL_CheckSig(21) = 0",
                                      "NODAL_ParamListCreate(1, 1) = list1",
@@ -260,7 +287,7 @@ TEST(CompStatsCalls, SevenRecordsAreReadInTheirOrder) {
 }
 
 TEST(CompStatsCalls, ABadUnitReadsNothing) {
-  EXPECT_EQ(RunKestrel(ComprehensiveHost(), WithOptions({"-u", "b"})).calls,
+  EXPECT_EQ(RunKestrel(ComprehensiveHost(), {"-r", "comp-stats", "-u", "b"}).calls,
             std::vector<std::string>{"NODAL_CheckSig(21) = 0"});
 }
 

@@ -18,6 +18,7 @@ using testing_support::Lines;
 using testing_support::OutputTo;
 using testing_support::ScratchDirectory;
 using testing_support::Unit;
+using testing_support::Words;
 
 using Files = std::map<std::string, std::string>;
 
@@ -444,7 +445,7 @@ TEST(DcpmmDiscovery, EmptyListsAreNoFailure) {
 // The options. A run over one socket shows its iterations by rows, and its interval by how it sleeps.
 struct Given {
   const char *name;
-  std::vector<std::string> options;
+  const char *options;
   int iterations;
   const char *interval;
 };
@@ -454,9 +455,7 @@ void PrintTo(const Given &given, std::ostream *stream) { *stream << given.name; 
 class GivenOptions : public testing::TestWithParam<Given> {};
 
 TEST_P(GivenOptions, Count) {
-  std::vector<std::string> options = GetParam().options;
-  options.emplace_back("-q");
-  const Profile profile = RunProfile(MemoryHost(kOneSocket), options);
+  const Profile profile = RunProfile(MemoryHost(kOneSocket), Words(GetParam().options + std::string(" -q")));
   ExpectSound(profile);
   EXPECT_EQ(profile.run.outcome.output, Csv(Steps(kOneSocket, GetParam().iterations)));
   std::vector<std::string> sleeps = StepCalls(profile.run);
@@ -465,29 +464,33 @@ TEST_P(GivenOptions, Count) {
                                              std::string("sleep(") + GetParam().interval + ")"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Dcpmm, GivenOptions,
-                         testing::Values(Given{"None", {}, 1, "1"}, Given{"Short", {"-t", "3", "-i", "2"}, 2, "3"},
-                                         Given{"OneWord", {"-t3", "-i2"}, 2, "3"}, Given{"Joined", {"-qi2"}, 2, "1"},
-                                         Given{"Long", {"--time", "3", "--iterations", "2"}, 2, "3"},
-                                         Given{"LongInOneWord", {"--time=3", "--iterations=2"}, 2, "3"},
-                                         Given{"StartOfALongOption", {"--iter", "2", "--t=4"}, 2, "4"},
-                                         Given{"TheLastCounts", {"-t", "8", "-i", "4", "-t", "5", "-i", "2"}, 2, "5"},
-                                         Given{"StartsWithANumber", {"-t", "5x", "-i", " 2s"}, 2, "5"},
-                                         Given{"Decimal", {"-t", "010", "-i", "+2"}, 2, "10"},
-                                         // What is left of a number in 32 bits.
-                                         Given{"LowBitsOne", {"-t", "4294967297", "-i", "4294967297"}, 1, "1"},
-                                         Given{"TheLargest", {"-t", "2147483647"}, 1, "2147483647"},
-                                         Given{"Words", {"lunch", "-t", "2", "time"}, 1, "2"}),
-                         NameOf<Given>);
+constexpr Given kDcpmmCases[] = {
+    Given{"None", "", 1, "1"},
+    Given{"Short", "-t 3 -i 2", 2, "3"},
+    Given{"OneWord", "-t3 -i2", 2, "3"},
+    Given{"Joined", "-qi2", 2, "1"},
+    Given{"Long", "--time 3 --iterations 2", 2, "3"},
+    Given{"LongInOneWord", "--time=3 --iterations=2", 2, "3"},
+    Given{"StartOfALongOption", "--iter 2 --t=4", 2, "4"},
+    Given{"TheLastCounts", "-t 8 -i 4 -t 5 -i 2", 2, "5"},
+    Given{"StartsWithANumber", "-t 5x -i ' 2s'", 2, "5"},
+    Given{"Decimal", "-t 010 -i +2", 2, "10"},
+    // What is left of a number in 32 bits.
+    Given{"LowBitsOne", "-t 4294967297 -i 4294967297", 1, "1"},
+    Given{"TheLargest", "-t 2147483647", 1, "2147483647"},
+    Given{"Words", "lunch -t 2 time", 1, "2"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Dcpmm, GivenOptions, testing::ValuesIn(kDcpmmCases), NameOf<Given>);
 
 class Refused : public testing::TestWithParam<ReportCase> {};
 
 // Nothing is left behind, and no register touched.
 TEST_P(Refused, AnswersAs) {
   const ReportCase &expected = GetParam();
-  const Profile profile = RunProfile(expected.host, expected.arguments);
-  EXPECT_EQ(profile.run.outcome.output, expected.output);
-  EXPECT_EQ(profile.run.outcome.errors, expected.errors);
+  const Profile profile = RunProfile(expected.host(), Words(expected.arguments.JoinedBy(" ")));
+  EXPECT_EQ(profile.run.outcome.output, expected.output.JoinedBy(""));
+  EXPECT_EQ(profile.run.outcome.errors, expected.errors.JoinedBy(""));
   EXPECT_EQ(profile.run.outcome.exitStatus, expected.exitStatus);
   EXPECT_EQ(ListErrors(profile.run), "") << profile.run;
   EXPECT_EQ(profile.files, Files());
@@ -496,40 +499,49 @@ TEST_P(Refused, AnswersAs) {
 
 constexpr char kInvalidOption[] = "\n Invalid option\n";
 
-ReportCase BadOptions(const char *name, std::vector<std::string> options, const std::string &output,
-                      const std::string &errors) {
-  return {name, MemoryHost(kOneSocket), std::move(options), output, errors, 1};
+StandinHost OneSocketHost() { return MemoryHost(kOneSocket); }
+
+constexpr ReportCase BadOptions(const char *name, const Text &options, const char *output, const Text &errors) {
+  return {name, OneSocketHost, options, output, errors, 1};
 }
 
-ReportCase BadTime(const char *name, const std::string &text) {
-  return BadOptions(name, {"-t", text}, "", "\nInvalid Time interval " + text + ", must be > 0\n");
+constexpr ReportCase BadTime(const char *name, const char *text) {
+  return BadOptions(name, {"-t", *text == '\0' ? "''" : text}, "",
+                    {"\nInvalid Time interval ", text, ", must be > 0\n"});
 }
 
-ReportCase BadIterations(const char *name, const std::string &text) {
-  return BadOptions(name, {"-i", text}, "", "\nInvalid Iterations " + text + ", must be > 0\n");
+constexpr ReportCase BadIterations(const char *name, const char *text) {
+  return BadOptions(name, {"-i", *text == '\0' ? "''" : text}, "", {"\nInvalid Iterations ", text, ", must be > 0\n"});
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    DcpmmOptions, Refused,
-    testing::Values(
-        BadTime("TimeZero", "0"), BadTime("TimeNegative", "-3"), BadTime("TimeNotANumber", "abc"),
-        BadTime("TimeEmpty", ""), BadTime("TimeLowBitsZero", "4294967296"),
-        BadTime("TimeLowBitsNegative", "2147483648"), BadIterations("IterationsZero", "0"),
-        BadIterations("IterationsNegative", "-3"), BadIterations("IterationsNotANumber", "abc"),
-        BadIterations("IterationsEmpty", ""), BadIterations("IterationsLowBitsZero", "-4294967296"),
-        BadOptions("ZeroIsNotMended", {"-t", "0", "-t", "1"}, "", "\nInvalid Time interval 0, must be > 0\n"),
-        BadOptions("FirstErrorFirst", {"-i", "-1", "-x", "-t", "0"}, "", "\nInvalid Iterations -1, must be > 0\n"),
-        BadOptions("UnknownBeforeZero", {"-x", "-t", "0"}, kInvalidOption, ""),
-        BadOptions("UnknownShort", {"-x"}, kInvalidOption, ""),
-        BadOptions("UnknownLong", {"--lunch"}, kInvalidOption, ""),
-        BadOptions("AmbiguousOrOfOthers", {"--cSelect=IMC"}, kInvalidOption, ""),
-        BadOptions("ColumnSelection", {"-s", "IMC"}, kInvalidOption, ""),
-        BadOptions("Unit", {"-q", "-u", "mb"}, kInvalidOption, ""), BadOptions("Help", {"-h"}, kInvalidOption, ""),
-        BadOptions("CacheTooLate", {"-c", "/host.cache"}, kInvalidOption, ""),
-        BadOptions("ArgumentOfAFlag", {"--csvMode=yes"}, kInvalidOption, ""),
-        BadOptions("TimeWithoutAnArgument", {"-q", "-t"}, kInvalidOption, ""),
-        BadOptions("IterationsWithoutAnArgument", {"--iterations"}, kInvalidOption, "")),
-    NameOf<ReportCase>);
+constexpr ReportCase kDcpmmOptionsCases[] = {
+    BadTime("TimeZero", "0"),
+    BadTime("TimeNegative", "-3"),
+    BadTime("TimeNotANumber", "abc"),
+    BadTime("TimeEmpty", ""),
+    BadTime("TimeLowBitsZero", "4294967296"),
+    BadTime("TimeLowBitsNegative", "2147483648"),
+    BadIterations("IterationsZero", "0"),
+    BadIterations("IterationsNegative", "-3"),
+    BadIterations("IterationsNotANumber", "abc"),
+    BadIterations("IterationsEmpty", ""),
+    BadIterations("IterationsLowBitsZero", "-4294967296"),
+    BadOptions("ZeroIsNotMended", "-t 0 -t 1", "", "\nInvalid Time interval 0, must be > 0\n"),
+    BadOptions("FirstErrorFirst", "-i -1 -x -t 0", "", "\nInvalid Iterations -1, must be > 0\n"),
+    BadOptions("UnknownBeforeZero", "-x -t 0", kInvalidOption, ""),
+    BadOptions("UnknownShort", "-x", kInvalidOption, ""),
+    BadOptions("UnknownLong", "--lunch", kInvalidOption, ""),
+    BadOptions("AmbiguousOrOfOthers", "--cSelect=IMC", kInvalidOption, ""),
+    BadOptions("ColumnSelection", "-s IMC", kInvalidOption, ""),
+    BadOptions("Unit", "-q -u mb", kInvalidOption, ""),
+    BadOptions("Help", "-h", kInvalidOption, ""),
+    BadOptions("CacheTooLate", "-c /host.cache", kInvalidOption, ""),
+    BadOptions("ArgumentOfAFlag", "--csvMode=yes", kInvalidOption, ""),
+    BadOptions("TimeWithoutAnArgument", "-q -t", kInvalidOption, ""),
+    BadOptions("IterationsWithoutAnArgument", "--iterations", kInvalidOption, ""),
+};
+
+INSTANTIATE_TEST_SUITE_P(DcpmmOptions, Refused, testing::ValuesIn(kDcpmmOptionsCases), NameOf<ReportCase>);
 
 constexpr char kNoModules[] =
     "\nNO AEP DIMMS IN THE PLATFORM.\n\nProfiling is not supported in NON-AEP platforms... Exiting\n";
@@ -540,23 +552,18 @@ StandinHost WithModel(uint8_t model) {
 
 StandinHost WithoutModules() { return MemoryHost(kOneSocket).AddList("hardware_nvd_dimm", {}, {}); }
 
-INSTANTIATE_TEST_SUITE_P(
-    DcpmmMachines, Refused,
-    testing::Values(
-        ReportCase{"OtherModel", WithModel(86), {}, "\nProfiling not supported for this CPU Model: 86\n", "", 1},
-        ReportCase{"ModelZero", WithModel(0), {"-q"}, "\nProfiling not supported for this CPU Model: 0\n", "", 1},
-        ReportCase{
-            "HighestModel", WithModel(255), {"-v"}, "\nProfiling not supported for this CPU Model: 255\n", "", 1},
-        ReportCase{"ModelBeforeOptions",
-                   WithModel(84),
-                   {"-x", "-t", "0"},
-                   "\nProfiling not supported for this CPU Model: 84\n",
-                   "",
-                   1},
-        ReportCase{"NoModules", WithoutModules(), {}, kNoModules, "", 1},
-        ReportCase{"NoModulesInCsv", WithoutModules(), {"-q", "-v"}, kNoModules, "", 1},
-        ReportCase{"OptionsBeforeModules", WithoutModules(), {"-x"}, kInvalidOption, "", 1}),
-    NameOf<ReportCase>);
+constexpr ReportCase kDcpmmMachinesCases[] = {
+    {"OtherModel", [] { return WithModel(86); }, "", "\nProfiling not supported for this CPU Model: 86\n", "", 1},
+    {"ModelZero", [] { return WithModel(0); }, "-q", "\nProfiling not supported for this CPU Model: 0\n", "", 1},
+    {"HighestModel", [] { return WithModel(255); }, "-v", "\nProfiling not supported for this CPU Model: 255\n", "", 1},
+    {"ModelBeforeOptions", [] { return WithModel(84); }, "-x -t 0",
+     "\nProfiling not supported for this CPU Model: 84\n", "", 1},
+    {"NoModules", WithoutModules, "", kNoModules, "", 1},
+    {"NoModulesInCsv", WithoutModules, "-q -v", kNoModules, "", 1},
+    {"OptionsBeforeModules", WithoutModules, "-x", kInvalidOption, "", 1},
+};
+
+INSTANTIATE_TEST_SUITE_P(DcpmmMachines, Refused, testing::ValuesIn(kDcpmmMachinesCases), NameOf<ReportCase>);
 
 // Places where no file can be made, not even by root.
 TEST(DcpmmFile, ThatIsADirectoryIsAnError) {

@@ -22,162 +22,95 @@ StandinHost WithCaches() { return SharingHost().AddCache("/host.cache").AddCache
 
 class FrontEnd : public testing::TestWithParam<ReportCase> {};
 
-TEST_P(FrontEnd, AnswersAs) { Check(GetParam()); }
+constexpr char kUsage[] = "<usage>";  // for the text of Usage()
 
-INSTANTIATE_TEST_SUITE_P(
-    Usage, FrontEnd,
-    testing::Values(
-        ReportCase{"ShortHelp", SharingHost(), {"-h"}, Usage(), "", 0},
-        ReportCase{"LongHelp", SharingHost(), {"--help"}, Usage(), "", 0},
-        ReportCase{"HelpBeforeAReport", SharingHost(), {"-h", "-r", "pshare-stats"}, Usage(), "", 0},
-        ReportCase{"HelpBeforeAnErrorIsSeen", SharingHost(), {"-h", "-x"}, Usage(), "", 0},
-        ReportCase{"HelpOpensNoCache", SharingHost(), {"-c", "/absent", "-h"}, Usage(), "", 0},
-        ReportCase{"HelpChecksNoDefinitions", WithOtherDefinitions(), {"-h"}, Usage(), "", 0},
-        ReportCase{"NoArguments", SharingHost(), {}, Usage(), "", 0},
-        ReportCase{"OnlyAWord", SharingHost(), {"pshare-stats"}, Usage(), "", 0},
-        ReportCase{"OnlyACache", WithCaches(), {"-c", "/host.cache"}, Usage(), "", 0},
-        ReportCase{"UnknownReport", SharingHost(), {"-r", "lunch-stats"}, Usage(), "Invalid report lunch-stats\n", 1},
-        ReportCase{"EmptyReport", SharingHost(), {"-r", ""}, Usage(), "Invalid report \n", 1},
-        ReportCase{"StartOfAReportsName", SharingHost(), {"-r", "pshare"}, Usage(), "Invalid report pshare\n", 1},
-        ReportCase{"UnknownReportBeforeItsCache",
-                   SharingHost(),
-                   {"-c", "/absent", "-r", "no"},
-                   Usage(),
-                   "Invalid report no\n",
-                   1},
-        ReportCase{"UnknownReportBeforeTheDefinitions",
-                   WithOtherDefinitions(),
-                   {"-r", "no"},
-                   Usage(),
-                   "Invalid report no\n",
-                   1},
-        ReportCase{"UnknownOption", SharingHost(), {"-x", "-r", "pshare-stats"}, Usage(), kOutOfSequence, 1},
-        ReportCase{"UnknownLongOption", SharingHost(), {"--lunch", "-r", "pshare-stats"}, Usage(), kOutOfSequence, 1},
-        ReportCase{
-            "ReportOptionTooEarly", SharingHost(), {"-u", "mb", "-r", "pshare-stats"}, Usage(), kOutOfSequence, 1},
-        ReportCase{"ReportWithoutAName", SharingHost(), {"-r"}, Usage(), kOutOfSequence, 1},
-        ReportCase{"CacheWithoutAPath", SharingHost(), {"-c"}, Usage(), kOutOfSequence, 1},
-        ReportCase{"ShortForceWithoutAWord", SharingHost(), {"-f"}, Usage(), kOutOfSequence, 1},
-        ReportCase{
-            "LongForceWithAWord", SharingHost(), {"--force=yes", "-r", "pshare-stats"}, Usage(), kOutOfSequence, 1}),
-    NameOf<ReportCase>);
+TEST_P(FrontEnd, AnswersAs) {
+  const ReportCase &expected = GetParam();
+  const std::string output = expected.output.JoinedBy("");
+  Check(expected.host(), expected.arguments.JoinedBy(" "), output == kUsage ? Usage() : output,
+        expected.errors.JoinedBy(""), expected.exitStatus);
+}
 
-INSTANTIATE_TEST_SUITE_P(
-    Reports, FrontEnd,
-    testing::Values(
-        ReportCase{"UpperCase", SharingHost(), {"-r", "PSHARE-STATS", "-q"}, kSharingCsv, "", 0},
-        ReportCase{"OneWord", SharingHost(), {"-rpshare-stats", "-q"}, kSharingCsv, "", 0},
-        ReportCase{"LongOption", SharingHost(), {"--report", "pshare-stats", "-q"}, kSharingCsv, "", 0},
-        ReportCase{"LongOptionInOneWord", SharingHost(), {"--report=pshare-stats", "-q"}, kSharingCsv, "", 0},
-        ReportCase{"WordsAreSkipped", SharingHost(), {"lunch", "-r", "pshare-stats", "-q"}, kSharingCsv, "", 0},
-        ReportCase{"HelpIsTheReports", SharingHost(), {"-r", "pshare-stats", "-h", "-q"}, kSharingCsv, "", 0},
-        ReportCase{
-            "ASecondReportIsNotSeen", SharingHost(), {"-r", "pshare-stats", "-r", "no", "-q"}, kSharingCsv, "", 0},
-        ReportCase{"ShortForceEatsTheNextWord", SharingHost(), {"-f", "-r", "pshare-stats"}, Usage(), "", 0},
-        ReportCase{"ShortForceEatsItsOwnWord", SharingHost(), {"-fx", "-r", "pshare-stats", "-q"}, kSharingCsv, "", 0},
-        ReportCase{"LongForceEatsNothing", SharingHost(), {"--force", "-r", "pshare-stats", "-q"}, kSharingCsv, "", 0},
-        ReportCase{"AFailingReport", StandinHost(), {"-r", "pshare-stats"}, "", "", 1}),
-    NameOf<ReportCase>);
+constexpr ReportCase kUsageCases[] = {
+    {"ShortHelp", SharingHost, "-h", kUsage},
+    {"LongHelp", SharingHost, "--help", kUsage},
+    {"HelpBeforeAReport", SharingHost, "-h -r pshare-stats", kUsage},
+    {"HelpBeforeAnErrorIsSeen", SharingHost, "-h -x", kUsage},
+    {"HelpOpensNoCache", SharingHost, "-c /absent -h", kUsage},
+    {"HelpChecksNoDefinitions", WithOtherDefinitions, "-h", kUsage},
+    {"NoArguments", SharingHost, "", kUsage},
+    {"OnlyAWord", SharingHost, "pshare-stats", kUsage},
+    {"OnlyACache", WithCaches, "-c /host.cache", kUsage},
+    {"UnknownReport", SharingHost, "-r lunch-stats", kUsage, "Invalid report lunch-stats\n", 1},
+    {"EmptyReport", SharingHost, "-r ''", kUsage, "Invalid report \n", 1},
+    {"StartOfAReportsName", SharingHost, "-r pshare", kUsage, "Invalid report pshare\n", 1},
+    {"UnknownReportBeforeItsCache", SharingHost, "-c /absent -r no", kUsage, "Invalid report no\n", 1},
+    {"UnknownReportBeforeTheDefinitions", WithOtherDefinitions, "-r no", kUsage, "Invalid report no\n", 1},
+    {"UnknownOption", SharingHost, "-x -r pshare-stats", kUsage, kOutOfSequence, 1},
+    {"UnknownLongOption", SharingHost, "--lunch -r pshare-stats", kUsage, kOutOfSequence, 1},
+    {"ReportOptionTooEarly", SharingHost, "-u mb -r pshare-stats", kUsage, kOutOfSequence, 1},
+    {"ReportWithoutAName", SharingHost, "-r", kUsage, kOutOfSequence, 1},
+    {"CacheWithoutAPath", SharingHost, "-c", kUsage, kOutOfSequence, 1},
+    {"ShortForceWithoutAWord", SharingHost, "-f", kUsage, kOutOfSequence, 1},
+    {"LongForceWithAWord", SharingHost, "--force=yes -r pshare-stats", kUsage, kOutOfSequence, 1},
+};
 
-INSTANTIATE_TEST_SUITE_P(
-    Caches, FrontEnd,
-    testing::Values(
-        ReportCase{"Opened", WithCaches(), {"-c", "/host.cache", "-r", "pshare-stats", "-q"}, kSharingCsv, "", 0},
-        ReportCase{
-            "LongOption", WithCaches(), {"--cache=/other cache", "-r", "pshare-stats", "-q"}, kSharingCsv, "", 0},
-        ReportCase{"EmptyPath", WithCaches(), {"-c", "", "-r", "pshare-stats", "-q"}, kSharingCsv, "", 0},
-        ReportCase{"TheLastCounts",
-                   WithCaches(),
-                   {"-c", "/absent", "-c", "/host.cache", "-r", "pshare-stats", "-q"},
-                   kSharingCsv,
-                   "",
-                   0},
-        ReportCase{"Absent",
-                   WithCaches(),
-                   {"-c", "/absent", "-r", "pshare-stats"},
-                   "",
-                   "Couldn't open cache file /absent, error code: 195887107\n",
-                   1},
-        ReportCase{"AbsentWithoutAReport",
-                   WithCaches(),
-                   {"-c", "/absent"},
-                   "",
-                   "Couldn't open cache file /absent, error code: 195887107\n",
-                   1},
-        ReportCase{"Damaged",
-                   WithCaches().Fail({.operation = "NODAL_UseCache", .status = 0x0bad001f}),
-                   {"-c", "/host.cache", "-r", "pshare-stats"},
-                   "",
-                   "Couldn't open cache file /host.cache, error code: 195887135\n",
-                   1},
-        ReportCase{"StatusAboveTheSignedRange",
-                   WithCaches().Fail({.operation = "NODAL_UseCache", .status = 0xfffffffe}),
-                   {"-c", "/host.cache", "-r", "pshare-stats"},
-                   "",
-                   "Couldn't open cache file /host.cache, error code: 4294967294\n",
-                   1},
-        ReportCase{"ProfilerHasNone",
-                   WithCaches(),
-                   {"-c", "/host.cache", "-r", "dcpmm-stats"},
-                   "",
-                   "DCPMM report does not work on cache file\n",
-                   1},
-        ReportCase{"AfterTheReportItIsTheReports",
-                   SharingHost(),
-                   {"-r", "pshare-stats", "-c", "/absent", "-q"},
-                   kSharingCsv,
-                   "",
-                   0}),
-    NameOf<ReportCase>);
+INSTANTIATE_TEST_SUITE_P(Usage, FrontEnd, testing::ValuesIn(kUsageCases), NameOf<ReportCase>);
 
-INSTANTIATE_TEST_SUITE_P(
-    Definitions, FrontEnd,
-    testing::Values(
-        ReportCase{"Differ",
-                   WithOtherDefinitions(),
-                   {"-r", "pshare-stats"},
-                   "",
-                   std::string(kMismatch) + "Version check failed\n",
-                   1},
-        ReportCase{"DifferWithoutAReport",
-                   WithOtherDefinitions(),
-                   {},
-                   "",
-                   std::string(kMismatch) + "Version check failed\n",
-                   1},
-        ReportCase{"ForcedByTheLongOption",
-                   WithOtherDefinitions(),
-                   {"--force", "-r", "pshare-stats", "-q"},
-                   kSharingCsv,
-                   kMismatch,
-                   0},
-        ReportCase{"ForcedByTheShortOption",
-                   WithOtherDefinitions(),
-                   {"-f", "it", "-r", "pshare-stats", "-q"},
-                   kSharingCsv,
-                   kMismatch,
-                   0},
-        ReportCase{"ForcedWithoutAReport", WithOtherDefinitions(), {"--force"}, Usage(), kMismatch, 0},
-        ReportCase{"ForcedAndTheReportFails",
-                   StandinHost().Signature(0x0bad0021, "kernel-77", "tool-78"),
-                   {"--force", "-r", "pshare-stats"},
-                   "",
-                   kMismatch,
-                   1},
-        ReportCase{"ForcedTooLate",
-                   WithOtherDefinitions(),
-                   {"-r", "pshare-stats", "--force"},
-                   "",
-                   std::string(kMismatch) + "Version check failed\n",
-                   1},
-        ReportCase{"BuildTextOfTwentyCharactersAndMore",
-                   SharingHost().Signature(0x0bad0001, "abcdefghijklmnopqrstuvwxyz", "tool"),
-                   {"-r", "pshare-stats"},
-                   "",
-                   "0xbad0001: md5 signature mismatch with running hvcore built on abcdefghijklmnopqrst. (vs tool for "
-                   "app sysinfo)\nVersion check failed\n",
-                   1}),
-    NameOf<ReportCase>);
+constexpr ReportCase kReportsCases[] = {
+    {"UpperCase", SharingHost, "-r PSHARE-STATS -q", kSharingCsv},
+    {"OneWord", SharingHost, "-rpshare-stats -q", kSharingCsv},
+    {"LongOption", SharingHost, "--report pshare-stats -q", kSharingCsv},
+    {"LongOptionInOneWord", SharingHost, "--report=pshare-stats -q", kSharingCsv},
+    {"WordsAreSkipped", SharingHost, "lunch -r pshare-stats -q", kSharingCsv},
+    {"HelpIsTheReports", SharingHost, "-r pshare-stats -h -q", kSharingCsv},
+    {"ASecondReportIsNotSeen", SharingHost, "-r pshare-stats -r no -q", kSharingCsv},
+    {"ShortForceEatsTheNextWord", SharingHost, "-f -r pshare-stats", kUsage},
+    {"ShortForceEatsItsOwnWord", SharingHost, "-fx -r pshare-stats -q", kSharingCsv},
+    {"LongForceEatsNothing", SharingHost, "--force -r pshare-stats -q", kSharingCsv},
+    {"AFailingReport", [] { return StandinHost(); }, "-r pshare-stats", "", "", 1},
+};
+
+INSTANTIATE_TEST_SUITE_P(Reports, FrontEnd, testing::ValuesIn(kReportsCases), NameOf<ReportCase>);
+
+constexpr ReportCase kCachesCases[] = {
+    {"Opened", WithCaches, "-c /host.cache -r pshare-stats -q", kSharingCsv},
+    {"LongOption", WithCaches, "'--cache=/other cache' -r pshare-stats -q", kSharingCsv},
+    {"EmptyPath", WithCaches, "-c '' -r pshare-stats -q", kSharingCsv},
+    {"TheLastCounts", WithCaches, "-c /absent -c /host.cache -r pshare-stats -q", kSharingCsv},
+    {"Absent", WithCaches, "-c /absent -r pshare-stats", "",
+     "Couldn't open cache file /absent, error code: 195887107\n", 1},
+    {"AbsentWithoutAReport", WithCaches, "-c /absent", "", "Couldn't open cache file /absent, error code: 195887107\n",
+     1},
+    {"Damaged", [] { return WithCaches().Fail({.operation = "NODAL_UseCache", .status = 0x0bad001f}); },
+     "-c /host.cache -r pshare-stats", "", "Couldn't open cache file /host.cache, error code: 195887135\n", 1},
+    {"StatusAboveTheSignedRange",
+     [] { return WithCaches().Fail({.operation = "NODAL_UseCache", .status = 0xfffffffe}); },
+     "-c /host.cache -r pshare-stats", "", "Couldn't open cache file /host.cache, error code: 4294967294\n", 1},
+    {"ProfilerHasNone", WithCaches, "-c /host.cache -r dcpmm-stats", "", "DCPMM report does not work on cache file\n",
+     1},
+    {"AfterTheReportItIsTheReports", SharingHost, "-r pshare-stats -c /absent -q", kSharingCsv},
+};
+
+INSTANTIATE_TEST_SUITE_P(Caches, FrontEnd, testing::ValuesIn(kCachesCases), NameOf<ReportCase>);
+
+constexpr ReportCase kDefinitionsCases[] = {
+    {"Differ", WithOtherDefinitions, "-r pshare-stats", "", {kMismatch, "Version check failed\n"}, 1},
+    {"DifferWithoutAReport", WithOtherDefinitions, "", "", {kMismatch, "Version check failed\n"}, 1},
+    {"ForcedByTheLongOption", WithOtherDefinitions, "--force -r pshare-stats -q", kSharingCsv, kMismatch},
+    {"ForcedByTheShortOption", WithOtherDefinitions, "-f it -r pshare-stats -q", kSharingCsv, kMismatch},
+    {"ForcedWithoutAReport", WithOtherDefinitions, "--force", kUsage, kMismatch},
+    {"ForcedAndTheReportFails", [] { return StandinHost().Signature(0x0bad0021, "kernel-77", "tool-78"); },
+     "--force -r pshare-stats", "", kMismatch, 1},
+    {"ForcedTooLate", WithOtherDefinitions, "-r pshare-stats --force", "", {kMismatch, "Version check failed\n"}, 1},
+    {"BuildTextOfTwentyCharactersAndMore",
+     [] { return SharingHost().Signature(0x0bad0001, "abcdefghijklmnopqrstuvwxyz", "tool"); }, "-r pshare-stats", "",
+     "0xbad0001: md5 signature mismatch with running hvcore built on abcdefghijklmnopqrst. (vs tool for "
+     "app sysinfo)\nVersion check failed\n",
+     1},
+};
+
+INSTANTIATE_TEST_SUITE_P(Definitions, FrontEnd, testing::ValuesIn(kDefinitionsCases), NameOf<ReportCase>);
 
 TEST(FrontEndCalls, HelpAndUsageErrorsDoNotTouchThePlatform) {
   for (const std::vector<std::string> &arguments :

@@ -185,21 +185,19 @@ class GroupReport : public testing::TestWithParam<Report> {
  protected:
   const Report &report() const { return GetParam(); }
 
-  ReportCase Over(const StandinHost &host, const std::vector<std::string> &options, const std::string &output,
-                  const std::string &errors = "", int exitStatus = 0) const {
-    std::vector<std::string> arguments = {"-r", report().report, "-q"};
-    arguments.insert(arguments.end(), options.begin(), options.end());
-    return {report().name, host, arguments, output, errors, exitStatus};
+  StandinRun CheckOver(const StandinHost &host, const std::string &options, const std::string &output,
+                       const std::string &errors = "", int exitStatus = 0) const {
+    return Check(host, std::string("-r ") + report().report + " -q " + options, output, errors, exitStatus);
   }
   std::string Whole() const { return report().header + report().rows + report().otherRows + report().total; }
   std::string Empty() const { return report().header + report().emptyTotal; }
 };
 
-TEST_P(GroupReport, PrintsItsGroupsAndTheirTotal) { Check(Over(MachinesHost(), {}, Whole())); }
+TEST_P(GroupReport, PrintsItsGroupsAndTheirTotal) { CheckOver(MachinesHost(), "", Whole()); }
 
 TEST_P(GroupReport, OtherGroupsAreNoRows) {
   for (const char *group : {"11", "21", "31"})
-    Check(Over(MachinesHost(), {"-g", group}, Empty()));
+    CheckOver(MachinesHost(), std::string("-g ") + group, Empty());
 }
 
 TEST_P(GroupReport, OtherGroupsAreAskedForNothingButTheirFlags) {
@@ -211,13 +209,13 @@ TEST_P(GroupReport, OtherGroupsAreAskedForNothingButTheirFlags) {
 TEST_P(GroupReport, PrintsATotalOfNothing) {
   StandinHost host;
   host.Add({.id = 0, .flags = HVC_GROUP_PREDEFINED});
-  Check(Over(host, {}, Empty()));
-  Check(Over(host, {"-g", "99"}, Empty(), "", 1));
+  CheckOver(host, "", Empty());
+  CheckOver(host, "-g 99", Empty(), "", 1);
 }
 
 TEST_P(GroupReport, TheLastChildsIdDecidesTheResult) {
   const Fault unreadable = {.operation = "NODAL_ParamListGetInt64", .node = "sched_groups_members_groups"};
-  Check(Over(MachinesHost().Fail(unreadable), {}, Empty(), "", 1));
+  CheckOver(MachinesHost().Fail(unreadable), "", Empty(), "", 1);
 }
 
 // The argument lists alike, with room for two; when they are destroyed is another matter.
@@ -251,15 +249,15 @@ TEST_P(GroupReport, ReadsInAFixedOrder) {
 
 TEST_P(GroupReport, BadUnitsEndItBeforeItReads) {
   constexpr char kBadUnit[] = "Invalid unit specified. Choose from {mb, kb, pg}\n";
-  for (const char *unit : {"b", "", "gb"}) {
-    const StandinRun run = Check(Over(MachinesHost(), {"-s", "name", "-u", unit}, "", kBadUnit, 1));
+  for (const char *unit : {"b", "''", "gb"}) {
+    const StandinRun run = CheckOver(MachinesHost(), std::string("-s name -u ") + unit, "", kBadUnit, 1);
     EXPECT_EQ(run.calls, std::vector<std::string>{"NODAL_CheckSig(21) = 0"});
   }
 }
 
 TEST_P(GroupReport, OptionsOfOtherReportsAreIgnored) {
-  Check(Over(MachinesHost(), {"-t", "--tags", "-x", "--force", "-g"}, Whole()));
-  if (!report().hasLevels) Check(Over(MachinesHost(), {"-l", "0", "--level=0"}, Whole()));
+  CheckOver(MachinesHost(), "-t --tags -x --force -g", Whole());
+  if (!report().hasLevels) CheckOver(MachinesHost(), "-l 0 --level=0", Whole());
 }
 
 INSTANTIATE_TEST_SUITE_P(Machines, GroupReport, testing::ValuesIn(Reports()), NameOf<Report>);
@@ -268,29 +266,29 @@ INSTANTIATE_TEST_SUITE_P(Machines, GroupReport, testing::ValuesIn(Reports()), Na
 class LevelledReport : public GroupReport {};
 
 TEST_P(LevelledReport, LevelsEndTheWalk) {
-  Check(Over(MachinesHost(), {"-l", "1"}, Empty()));
-  Check(Over(MachinesHost(), {"-l", "2"}, Whole()));
+  CheckOver(MachinesHost(), "-l 1", Empty());
+  CheckOver(MachinesHost(), "-l 2", Whole());
 }
 
 TEST_P(LevelledReport, LevelsHaveBounds) {
   for (const char *level : {"0", "abc", "4294967296"}) {
     const std::string message = "Invalid level " + std::string(level) + ", must be > 0\n";
-    const StandinRun run = Check(Over(MachinesHost(), {"-u", "b", "-l", level}, "", message, 1));
+    const StandinRun run = CheckOver(MachinesHost(), std::string("-u b -l ") + level, "", message, 1);
     EXPECT_EQ(run.calls, std::vector<std::string>{"NODAL_CheckSig(21) = 0"});
   }
   for (const char *level : {"13", "-1"}) {
     const std::string message = "Specified level " + std::string(level) + " too high, reseting to 12\n";
-    Check(Over(MachinesHost(), {"-l", level}, Whole(), message));
+    CheckOver(MachinesHost(), std::string("-l ") + level, Whole(), message);
   }
-  Check(Over(MachinesHost(), {"-l", "20", "--level=0"}, "",
-             "Specified level 20 too high, reseting to 12\nInvalid level 0, must be > 0\n", 1));
+  CheckOver(MachinesHost(), "-l 20 --level=0", "",
+            "Specified level 20 too high, reseting to 12\nInvalid level 0, must be > 0\n", 1);
 }
 
 TEST_P(LevelledReport, IdsAreUnsignedAsArguments) {
   const StandinHost host = MachinesHostLedBy(report().group, 4294967290, 4294967291);
   const bool isUnsigned = std::string(report().report) == "lpage-stats";
-  Check(Over(host, {"-g", std::to_string(report().group), "-s", "worldGrp"},
-             std::string("worldGrp\n") + (isUnsigned ? "4294967290" : "-6") + "\n\n"));
+  CheckOver(host, "-s worldGrp -g " + std::to_string(report().group),
+            std::string("worldGrp\n") + (isUnsigned ? "4294967290" : "-6") + "\n\n");
 }
 
 std::vector<Report> LevelledReports() {
@@ -307,11 +305,8 @@ class AVmWithoutAVmm : public testing::Test {
  protected:
   // Fails at the start group, and is left out below it.
   static void IsLeftOut(const StandinHost &atTheStart, const StandinHost &below) {
-    const std::vector<std::string> arguments = {"-r", "vm-stats", "-q", "-s", "name:min"};
-    std::vector<std::string> atWeb = arguments;
-    atWeb.insert(atWeb.end(), {"-g", "10"});
-    Check({"", atTheStart, atWeb, "name,min\nTotal,0\n", "", 1});
-    Check({"", below, arguments, "name,min\nmail,32001\nTotal,32001\n", "", 0});
+    Check(atTheStart, "-r vm-stats -q -s name:min -g 10", "name,min\nTotal,0\n", "", 1);
+    Check(below, "-r vm-stats -q -s name:min", "name,min\nmail,32001\nTotal,32001\n");
   }
 };
 
@@ -327,41 +322,46 @@ TEST_F(AVmWithoutAVmm, HasOtherChildren) {
 
 // A VM's allocation is kept in 32 bits, converted with its sign, and cut back.
 
-ReportCase Allocated(const char *name, uint64_t vmmMin, uint64_t vmmMax, uint64_t minLimit, const std::string &row,
-                     const std::string &total) {
+StandinHost WithAlloc(uint64_t vmmMin, uint64_t vmmMax, uint64_t minLimit) {
   StandinHost host = MachinesHost();
   const GroupAllocRecord vm = {.min = 1, .max = 2, .shares = -3, .minLimit = minLimit, .unread_28 = {}};
   const GroupAllocRecord vmm = {.min = vmmMin, .max = vmmMax, .shares = 4, .minLimit = 5, .unread_28 = {}};
   host.AddRecord("sched_groups_memAllocationInKB", {int64_t{10}}, vm);
   host.AddRecord("sched_groups_memAllocationInKB", {int64_t{11}}, vmm);
-  return {name,
-          host,
-          {"-r", "vm-stats", "-q", "-s", "min:max:minLimit:shares", "-u", "mb", "-g", "10"},
-          "min,max,minLimit,shares\n" + row + ",-3\n" + total + ",,,\n",
-          "",
-          0};
+  return host;
+}
+
+constexpr ReportCase Allocated(const char *name, StandinHost (*host)(), const char *rows) {
+  return {name, host, "-r vm-stats -q -s min:max:minLimit:shares -u mb -g 10", {"min,max,minLimit,shares\n", rows}};
 }
 
 class VmAllocation : public testing::TestWithParam<ReportCase> {};
 
 TEST_P(VmAllocation, ShowsAs) { Check(GetParam()); }
 
-INSTANTIATE_TEST_SUITE_P(Machines, VmAllocation,
-                         testing::Values(Allocated("Plain", 1, 1025, 1024, "1,2,1", "1"),
-                                         Allocated("NoLimits", 0, UINT64_MAX, UINT64_MAX, "0,-1,-1", "0"),
-                                         Allocated("NegativeLimits", 0, 0x80000000, 0xfffffffe, "0,-1,-1", "0"),
-                                         Allocated("HighBitsAreLost", 0x100000401, 0x200000001, 0x500000000, "2,1,0",
-                                                   "2"),
-                                         Allocated("NegativeReservation", 0x80000401, 0, 0, "-2097150,0,0", "-2097150"),
-                                         Allocated("ReservationNotAvailable", UINT64_MAX, 0, 0, "-1,0,0", "-1")),
-                         NameOf<ReportCase>);
+constexpr ReportCase kMachinesCases[] = {
+    Allocated(
+        "Plain", [] { return WithAlloc(1, 1025, 1024); }, "1,2,1,-3\n1,,,\n"),
+    Allocated(
+        "NoLimits", [] { return WithAlloc(0, UINT64_MAX, UINT64_MAX); }, "0,-1,-1,-3\n0,,,\n"),
+    Allocated(
+        "NegativeLimits", [] { return WithAlloc(0, 0x80000000, 0xfffffffe); }, "0,-1,-1,-3\n0,,,\n"),
+    Allocated(
+        "HighBitsAreLost", [] { return WithAlloc(0x100000401, 0x200000001, 0x500000000); }, "2,1,0,-3\n2,,,\n"),
+    Allocated(
+        "NegativeReservation", [] { return WithAlloc(0x80000401, 0, 0); }, "-2097150,0,0,-3\n-2097150,,,\n"),
+    Allocated(
+        "ReservationNotAvailable", [] { return WithAlloc(UINT64_MAX, 0, 0); }, "-1,0,0,-3\n-1,,,\n"),
+};
+
+INSTANTIATE_TEST_SUITE_P(Machines, VmAllocation, testing::ValuesIn(kMachinesCases), NameOf<ReportCase>);
 
 // The tables of runs that found no group.
 
 struct Table {
   const char *name;  // of the test
   const char *report;
-  std::vector<std::string> options;
+  const char *options;
   const char *title;
   const char *settings;
   const char *table;
@@ -373,12 +373,10 @@ class EmptyTable : public testing::TestWithParam<Table> {};
 
 TEST_P(EmptyTable, IsClosedAfterAFailure) {
   const Table &table = GetParam();
-  std::vector<std::string> arguments = {"-r", table.report, "-v", "-g", "3000000000"};
-  arguments.insert(arguments.end(), table.options.begin(), table.options.end());
-  Check(
-      {table.name, MachinesHost(), arguments,
-       "\n" + std::string(table.title) + "   Start Group ID   : 18446744072414584320\n" + table.settings + table.table,
-       "", 1});
+  const std::string arguments = std::string("-r ") + table.report + " -v -g 3000000000 " + table.options;
+  Check(MachinesHost(), arguments,
+        "\n" + std::string(table.title) + "   Start Group ID   : 18446744072414584320\n" + table.settings + table.table,
+        "", 1);
 }
 
 constexpr char kVmTable[] = R"(
@@ -427,62 +425,39 @@ Description of report header labels:
                added: Total number of pages ever added
 )";
 
-INSTANTIATE_TEST_SUITE_P(
-    Machines, EmptyTable,
-    testing::Values(Table{"VmStats",
-                          "vm-stats",
-                          {"-s", "name", "-l", "3"},
-                          " VIRTUAL MACHINE STATS: <time>\n -----------------------------------------------\n",
-                          "   No. of levels    : 3\n   Unit             : KB\n   Selected columns : name\n",
-                          kVmTable},
-                    Table{"UwStats",
-                          "uw-stats",
-                          {"-s", "MIN:name", "-u", "Mb", "-i", "VM", "-e", "vm:uw"},
-                          " USER-WORLD STATS: <time>\n ------------------------------------------\n",
-                          "   No. of levels    : 12\n   Unit             : MB\n   Inclusion filter : vm\n"
-                          "   Exclusion filter : (all)\n   Selected columns : name:min\n",
-                          kUwTable},
-                    Table{"UwStatsWithoutFilters",
-                          "uw-stats",
-                          {"-s", "name:min"},
-                          " USER-WORLD STATS: <time>\n ------------------------------------------\n",
-                          "   No. of levels    : 12\n   Unit             : KB\n   Inclusion filter : (all)\n"
-                          "   Exclusion filter : (none)\n   Selected columns : name:min\n",
-                          kUwTable},
-                    Table{
-                        "SwapStats",
-                        "swap-stats",
-                        {"-s", "name", "-u", "pg"},
-                        " VIRTUAL MACHINE SWAP STATS: <time>\n ----------------------------------------------------\n",
-                        "   No. of levels    : 12\n   Unit             : Page (4K)\n   Selected columns : name\n",
-                        kWideVmTable},
-                    Table{"GuestStats",
-                          "guest-stats",
-                          {"-s", "name"},
-                          " GUEST STATS: <time>\n -------------------------------------\n",
-                          "   No. of levels    : 12\n   Unit             : KB\n   Selected columns : name\n",
-                          kWideVmTable},
-                    Table{"ZipStats",
-                          "zip-stats",
-                          {"-s", "name"},
-                          " VIRTUAL MACHINE COMPRESSION STATS: <time>\n"
-                          " -------------------------------------------------------------\n",
-                          "   No. of levels    : 12\n   Unit             : KB\n   Selected columns : name\n",
-                          kWideVmTable},
-                    Table{"LPageStats",
-                          "lpage-stats",
-                          {"-s", "name", "-u", "mb"},
-                          " VIRTUAL MACHINE LARGE PAGE STATS: <time>\n"
-                          " ----------------------------------------------------------\n",
-                          "   No. of levels    : 12\n   Unit             : LPage (2M)\n   Selected columns : name\n",
-                          kWideVmTable},
-                    Table{"AsyncRemapStats",
-                          "asyncremap-stats",
-                          {"-s", "added", "-u", "PG"},
-                          " ASYNC_REMAP STATS: <time>\n -------------------------------------------\n",
-                          "   Unit             : Page (4K)\n   Selected columns : type:added\n",
-                          kRemapTable}),
-    NameOf<Table>);
+constexpr Table kTables[] = {
+    {"VmStats", "vm-stats", "-s name -l 3",
+     " VIRTUAL MACHINE STATS: <time>\n -----------------------------------------------\n",
+     "   No. of levels    : 3\n   Unit             : KB\n   Selected columns : name\n", kVmTable},
+    {"UwStats", "uw-stats", "-s MIN:name -u Mb -i VM -e vm:uw",
+     " USER-WORLD STATS: <time>\n ------------------------------------------\n",
+     "   No. of levels    : 12\n   Unit             : MB\n   Inclusion filter : vm\n"
+     "   Exclusion filter : (all)\n   Selected columns : name:min\n",
+     kUwTable},
+    {"UwStatsWithoutFilters", "uw-stats", "-s name:min",
+     " USER-WORLD STATS: <time>\n ------------------------------------------\n",
+     "   No. of levels    : 12\n   Unit             : KB\n   Inclusion filter : (all)\n"
+     "   Exclusion filter : (none)\n   Selected columns : name:min\n",
+     kUwTable},
+    {"SwapStats", "swap-stats", "-s name -u pg",
+     " VIRTUAL MACHINE SWAP STATS: <time>\n ----------------------------------------------------\n",
+     "   No. of levels    : 12\n   Unit             : Page (4K)\n   Selected columns : name\n", kWideVmTable},
+    {"GuestStats", "guest-stats", "-s name", " GUEST STATS: <time>\n -------------------------------------\n",
+     "   No. of levels    : 12\n   Unit             : KB\n   Selected columns : name\n", kWideVmTable},
+    {"ZipStats", "zip-stats", "-s name",
+     " VIRTUAL MACHINE COMPRESSION STATS: <time>\n"
+     " -------------------------------------------------------------\n",
+     "   No. of levels    : 12\n   Unit             : KB\n   Selected columns : name\n", kWideVmTable},
+    {"LPageStats", "lpage-stats", "-s name -u mb",
+     " VIRTUAL MACHINE LARGE PAGE STATS: <time>\n"
+     " ----------------------------------------------------------\n",
+     "   No. of levels    : 12\n   Unit             : LPage (2M)\n   Selected columns : name\n", kWideVmTable},
+    {"AsyncRemapStats", "asyncremap-stats", "-s added -u PG",
+     " ASYNC_REMAP STATS: <time>\n -------------------------------------------\n",
+     "   Unit             : Page (4K)\n   Selected columns : type:added\n", kRemapTable},
+};
+
+INSTANTIATE_TEST_SUITE_P(Machines, EmptyTable, testing::ValuesIn(kTables), NameOf<Table>);
 
 }  // namespace
 }  // namespace faults

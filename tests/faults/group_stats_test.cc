@@ -15,36 +15,24 @@ TEST_P(GroupStats, AnswersAs) { Check(GetParam()); }
 
 StandinHost Failing(const Fault &fault) { return SmallHost().Fail(fault); }
 
-INSTANTIATE_TEST_SUITE_P(Failures, GroupStats,
-                         testing::Values(ReportCase{"NoIdIsReadable",
-                                                    Failing({.operation = "NODAL_ParamListGetInt64"}),
-                                                    {"-r", "group-stats", "-q", "-s", "gid"},
-                                                    "gid\n0\n",
-                                                    "",
-                                                    1},
-                                         ReportCase{"RemovalsFail",
-                                                    Failing({.operation = "NODAL_ParamListRemoveLastParam"}),
-                                                    {"-r", "group-stats", "-q", "-s", "gid"},
-                                                    "gid\n0\n1\n4\n5\n7\n",
-                                                    "",
-                                                    0},
-                                         ReportCase{
-                                             "StatusAboveTheSignedRange",
-                                             Failing({.operation = "NODAL_Get", .call = 1, .status = 0x80000001}),
-                                             {"-r", "group-stats", "-q", "-s", "gid"},
-                                             "gid\n",
-                                             "Kestrel_GroupGetFlags() failure, error code: 2147483649\n",
-                                             1}),
-                         NameOf<ReportCase>);
+constexpr ReportCase kFailuresCases[] = {
+    {"NoIdIsReadable", [] { return Failing({.operation = "NODAL_ParamListGetInt64"}); }, "-r group-stats -q -s gid",
+     "gid\n0\n", "", 1},
+    {"RemovalsFail", [] { return Failing({.operation = "NODAL_ParamListRemoveLastParam"}); },
+     "-r group-stats -q -s gid", "gid\n0\n1\n4\n5\n7\n"},
+    {"StatusAboveTheSignedRange", [] { return Failing({.operation = "NODAL_Get", .call = 1, .status = 0x80000001}); },
+     "-r group-stats -q -s gid", "gid\n", "Kestrel_GroupGetFlags() failure, error code: 2147483649\n", 1},
+};
+
+INSTANTIATE_TEST_SUITE_P(Failures, GroupStats, testing::ValuesIn(kFailuresCases), NameOf<ReportCase>);
 
 // What prints and what does not.
 
-ReportCase Csv(const char *name, const StandinHost &host, const std::vector<std::string> &options,
-               const std::string &output) {
-  std::vector<std::string> arguments = {"-r", "group-stats", "-q"};
-  arguments.insert(arguments.end(), options.begin(), options.end());
-  return {name, host, arguments, output, "", 0};
+constexpr ReportCase Csv(const char *name, StandinHost (*host)(), const char *options, const Text &output) {
+  return {name, host, {"-r group-stats -q", options}, output};
 }
+
+constexpr char kLongName[] = "nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn";
 
 Group Plain(int64_t id) { return {.id = id, .name = "g" + std::to_string(id), .tag = "t"}; }
 
@@ -63,39 +51,49 @@ StandinHost WithoutFlags(int64_t id) {
   return SmallHost().Add(group);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, GroupStats,
-    testing::Values(
-        Csv("AllColumns", SmallHost(), {"-l", "1"},
-            "gid,name,parGid,nChild,min,max,minLimit,shares,conResv,availResv,memSize,memSizePeak,iMin,eMin,eMinPeak,"
-            "rMinPeak,rMinChildPeak,bMin,bMax,bShares,fShares,ovhdResv,ovhd,allocTgt,consumed,consumedPeak,touched,"
-            "bActive,sharedSaved,mps,throttlePct,flags,tag\n"
-            "0,host,-1,3,1001,1002,1004,1003,1005,1006,1007,1025,1017,1018,1023,1022,1027,1013,1014,1015,1016,1008,"
-            "1009,1020,1011,1024,1012,1019,1010,1021,26,pre,top\n"),
-        Csv("AGroupWithoutFlagsIsHidden", WithoutFlags(4), {"-s", "gid"}, "gid\n0\n1\n5\n7\n"),
-        Csv("AHiddenStartGroup", WithoutFlags(0), {"-s", "gid"}, "gid\n1\n4\n5\n7\n"),
-        Csv("ChildrenBelowTheLevelsCount", SmallHost(), {"-l", "2", "-s", "nChild"},
-            "gid,nChild\n0,3\n1,0\n4,1\n7,0\n"),
-        Csv("AllFlags", OneGroup({.flags = 0x7fff}), {"-s", "flags"}, "gid,flags\n0,(all)\n"),
-        Csv("FlagsWithoutAName", OneGroup({.flags = 0xffff8000}), {"-s", "flags"}, "gid,flags\n0,(none)\n"),
-        Csv("FlagsInTheirOrder", OneGroup({.flags = 0x4005}), {"-s", "flags"}, "gid,flags\n0,pre:vm:usr\n"),
-        Csv("NameThatFillsItsField", OneGroup({.name = std::string(64, 'n'), .tag = "12345678"}), {"-s", "name:tag"},
-            "gid,name,tag\n0," + std::string(64, 'n') + ",12345678\n")),
-    NameOf<ReportCase>);
+constexpr ReportCase kRowsCases[] = {
+    Csv("AllColumns", SmallHost, "-l 1",
+        "gid,name,parGid,nChild,min,max,minLimit,shares,conResv,availResv,memSize,memSizePeak,iMin,eMin,eMinPeak,"
+        "rMinPeak,rMinChildPeak,bMin,bMax,bShares,fShares,ovhdResv,ovhd,allocTgt,consumed,consumedPeak,touched,"
+        "bActive,sharedSaved,mps,throttlePct,flags,tag\n"
+        "0,host,-1,3,1001,1002,1004,1003,1005,1006,1007,1025,1017,1018,1023,1022,1027,1013,1014,1015,1016,1008,"
+        "1009,1020,1011,1024,1012,1019,1010,1021,26,pre,top\n"),
+    Csv(
+        "AGroupWithoutFlagsIsHidden", [] { return WithoutFlags(4); }, "-s gid", "gid\n0\n1\n5\n7\n"),
+    Csv(
+        "AHiddenStartGroup", [] { return WithoutFlags(0); }, "-s gid", "gid\n1\n4\n5\n7\n"),
+    Csv("ChildrenBelowTheLevelsCount", SmallHost, "-l 2 -s nChild", "gid,nChild\n0,3\n1,0\n4,1\n7,0\n"),
+    Csv(
+        "AllFlags", [] { return OneGroup({.flags = 0x7fff}); }, "-s flags", "gid,flags\n0,(all)\n"),
+    Csv(
+        "FlagsWithoutAName", [] { return OneGroup({.flags = 0xffff8000}); }, "-s flags", "gid,flags\n0,(none)\n"),
+    Csv(
+        "FlagsInTheirOrder", [] { return OneGroup({.flags = 0x4005}); }, "-s flags", "gid,flags\n0,pre:vm:usr\n"),
+    Csv("NameThatFillsItsField", [] { return OneGroup({.name = kLongName, .tag = "12345678"}); }, "-s name:tag",
+        {"gid,name,tag\n0,", kLongName, ",12345678\n"}),
+};
 
-INSTANTIATE_TEST_SUITE_P(Limits, GroupStats,
-                         testing::Values(Csv("AtTheBound", OneGroup(WithLimits(0xFFFFFFFFF0, 0xFFFFFFFFF0)),
-                                             {"-s", "max:minLimit"},
-                                             "gid,max,minLimit\n0,1099511627760,1099511627760\n"),
-                                         Csv("AboveTheBound", OneGroup(WithLimits(0xFFFFFFFFF1, 0xFFFFFFFFF1)),
-                                             {"-s", "max:minLimit", "-u", "mb"}, "gid,max,minLimit\n0,-1,-1\n"),
-                                         Csv("AllOnes", OneGroup(WithLimits(UINT64_MAX, UINT64_MAX)),
-                                             {"-s", "max:minLimit", "-u", "pg"}, "gid,max,minLimit\n0,-1,-1\n"),
-                                         Csv("OneKbInMb", OneGroup(WithLimits(1, 1025)),
-                                             {"-s", "max:minLimit", "-u", "mb"}, "gid,max,minLimit\n0,1,2\n"),
-                                         Csv("FiveKbInPages", OneGroup(WithLimits(5, 4)),
-                                             {"-s", "max:minLimit", "-u", "pg"}, "gid,max,minLimit\n0,2,1\n")),
-                         NameOf<ReportCase>);
+INSTANTIATE_TEST_SUITE_P(Rows, GroupStats, testing::ValuesIn(kRowsCases), NameOf<ReportCase>);
+
+constexpr ReportCase kLimitsCases[] = {
+    Csv(
+        "AtTheBound", [] { return OneGroup(WithLimits(0xFFFFFFFFF0, 0xFFFFFFFFF0)); }, "-s max:minLimit",
+        "gid,max,minLimit\n0,1099511627760,1099511627760\n"),
+    Csv(
+        "AboveTheBound", [] { return OneGroup(WithLimits(0xFFFFFFFFF1, 0xFFFFFFFFF1)); }, "-s max:minLimit -u mb",
+        "gid,max,minLimit\n0,-1,-1\n"),
+    Csv(
+        "AllOnes", [] { return OneGroup(WithLimits(UINT64_MAX, UINT64_MAX)); }, "-s max:minLimit -u pg",
+        "gid,max,minLimit\n0,-1,-1\n"),
+    Csv(
+        "OneKbInMb", [] { return OneGroup(WithLimits(1, 1025)); }, "-s max:minLimit -u mb",
+        "gid,max,minLimit\n0,1,2\n"),
+    Csv(
+        "FiveKbInPages", [] { return OneGroup(WithLimits(5, 4)); }, "-s max:minLimit -u pg",
+        "gid,max,minLimit\n0,2,1\n"),
+};
+
+INSTANTIATE_TEST_SUITE_P(Limits, GroupStats, testing::ValuesIn(kLimitsCases), NameOf<ReportCase>);
 
 // Two groups under a third, all with the same tag.
 StandinHost AlikeTagged() {
@@ -136,58 +134,56 @@ std::string TagRows(int64_t last) {
   return rows;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Tags, GroupStats,
-    testing::Values(
-        // The base figures of the three groups are 1000, 2000 and 5000. nChild is 2; consumed is added twice.
-        Csv("ThreeAlike", AlikeTagged(),
-            {"-t", "-s",
-             "name:parGid:nChild:min:max:minLimit:shares:conResv:memSize:bMin:bMax:bShares:consumed:consumedPeak:mps:"
-             "throttlePct:flags:tag"},
-            "gid,name,parGid,nChild,min,max,minLimit,shares,conResv,memSize,bMin,bMax,bShares,consumed,consumedPeak,"
-            "mps,throttlePct,flags,tag\n"
-            "0,host,-1,2,1001,1002,1004,1003,1005,1007,1013,1014,1015,1011,1024,1021,26,pre,all\n"
-            "1,system,0,0,2001,2002,2004,2003,2005,2007,2013,2014,2015,2011,2024,2021,27,pre:sys,all\n"
-            "4,user,0,0,5001,5002,5004,5003,5005,5007,5013,5014,5015,5011,5024,5021,30,co,all\n"
-            "Virtual tags report\n"
-            "1,all,0,2,8003,-1,-1,0,8015,8021,8039,5014,0,16066,8072,-1,0,(none),all\n"),
-        Csv("OnlyPrintedGroupsCount", AlikeTagged(), {"-t", "-i", "co", "-s", "name:min"},
-            "gid,name,min\n4,user,5001\nVirtual tags report\n1,all,5001\n"),
-        Csv("NoGroups", AlikeTagged(), {"-t", "-i", "vmm", "-s", "name"}, "gid,name\nVirtual tags report\n"),
-        Csv("CaseCounts", StandinHost().Add({.id = 0, .tag = "a", .children = {1}}).Add({.id = 1, .tag = "A"}),
-            {"-t", "-s", "tag"}, "gid,tag\n0,a\n1,A\nVirtual tags report\n1,a\n1,A\n"),
-        Csv("EmptyTags", StandinHost().Add({.id = 0, .children = {1}}).Add({.id = 1}), {"-t", "-s", "nChild:tag"},
-            "gid,nChild,tag\n0,1,\n1,0,\nVirtual tags report\n1,1,\n"),
-        Csv("SevenCharactersMatch",
-            StandinHost().Add({.id = 0, .tag = "1234567", .children = {1}}).Add({.id = 1, .tag = "1234567"}),
-            {"-t", "-s", "name:tag"}, "gid,name,tag\n0,,1234567\n1,,1234567\nVirtual tags report\n1,1234567,1234567\n"),
-        // A slot keeps seven characters of a tag, so a tag of eight matches no slot, not even its own.
-        Csv("EightCharactersNeverMatch",
-            StandinHost().Add({.id = 0, .tag = "12345678", .children = {1}}).Add({.id = 1, .tag = "12345678"}),
-            {"-t", "-s", "name:tag"},
-            "gid,name,tag\n0,,12345678\n1,,12345678\nVirtual tags report\n1,12345678,1234567\n1,12345678,1234567\n")),
-    NameOf<ReportCase>);
+constexpr ReportCase kTagsCases[] = {
+    // The base figures of the three groups are 1000, 2000 and 5000. nChild is 2; consumed is added twice.
+    Csv("ThreeAlike", AlikeTagged,
+        "-t -s "
+        "name:parGid:nChild:min:max:minLimit:shares:conResv:memSize:bMin:bMax:bShares:consumed:consumedPeak:mps:"
+        "throttlePct:flags:tag",
+        "gid,name,parGid,nChild,min,max,minLimit,shares,conResv,memSize,bMin,bMax,bShares,consumed,consumedPeak,"
+        "mps,throttlePct,flags,tag\n"
+        "0,host,-1,2,1001,1002,1004,1003,1005,1007,1013,1014,1015,1011,1024,1021,26,pre,all\n"
+        "1,system,0,0,2001,2002,2004,2003,2005,2007,2013,2014,2015,2011,2024,2021,27,pre:sys,all\n"
+        "4,user,0,0,5001,5002,5004,5003,5005,5007,5013,5014,5015,5011,5024,5021,30,co,all\n"
+        "Virtual tags report\n"
+        "1,all,0,2,8003,-1,-1,0,8015,8021,8039,5014,0,16066,8072,-1,0,(none),all\n"),
+    Csv("OnlyPrintedGroupsCount", AlikeTagged, "-t -i co -s name:min",
+        "gid,name,min\n4,user,5001\nVirtual tags report\n1,all,5001\n"),
+    Csv("NoGroups", AlikeTagged, "-t -i vmm -s name", "gid,name\nVirtual tags report\n"),
+    Csv(
+        "CaseCounts",
+        [] { return StandinHost().Add({.id = 0, .tag = "a", .children = {1}}).Add({.id = 1, .tag = "A"}); },
+        "-t -s tag", "gid,tag\n0,a\n1,A\nVirtual tags report\n1,a\n1,A\n"),
+    Csv(
+        "EmptyTags", [] { return StandinHost().Add({.id = 0, .children = {1}}).Add({.id = 1}); }, "-t -s nChild:tag",
+        "gid,nChild,tag\n0,1,\n1,0,\nVirtual tags report\n1,1,\n"),
+    Csv(
+        "SevenCharactersMatch",
+        [] { return StandinHost().Add({.id = 0, .tag = "1234567", .children = {1}}).Add({.id = 1, .tag = "1234567"}); },
+        "-t -s name:tag", "gid,name,tag\n0,,1234567\n1,,1234567\nVirtual tags report\n1,1234567,1234567\n"),
+    // A slot keeps seven characters of a tag, so a tag of eight matches no slot, not even its own.
+    Csv(
+        "EightCharactersNeverMatch",
+        [] {
+          return StandinHost().Add({.id = 0, .tag = "12345678", .children = {1}}).Add({.id = 1, .tag = "12345678"});
+        },
+        "-t -s name:tag",
+        "gid,name,tag\n0,,12345678\n1,,12345678\nVirtual tags report\n1,12345678,1234567\n1,12345678,1234567\n"),
+};
+
+INSTANTIATE_TEST_SUITE_P(Tags, GroupStats, testing::ValuesIn(kTagsCases), NameOf<ReportCase>);
 
 TEST(GroupStatsTags, AreAsManyAsThereAreSlots) {
-  Check({"",
-         TaggedApart(511),
-         {"-r", "group-stats", "-q", "-t", "-s", "tag"},
-         TaggedGroupRows(511) + TagRows(511),
-         "",
-         0});
+  Check(TaggedApart(511), "-r group-stats -q -t -s tag", TaggedGroupRows(511) + TagRows(511));
 }
 
 TEST(GroupStatsTags, BeyondTheSlotsHideTheirGroups) {
-  Check({"",
-         TaggedApart(513),
-         {"-r", "group-stats", "-q", "-t", "-s", "tag"},
-         TaggedGroupRows(511) + TagRows(511),
-         "Maximum number of VTag exceeded\nMaximum number of VTag exceeded\n",
-         0});
+  Check(TaggedApart(513), "-r group-stats -q -t -s tag", TaggedGroupRows(511) + TagRows(511),
+        "Maximum number of VTag exceeded\nMaximum number of VTag exceeded\n");
 }
 
 TEST(GroupStatsTags, TakeNoSlotsUnlessTheyAreAskedFor) {
-  Check({"", TaggedApart(512), {"-r", "group-stats", "-q", "-s", "tag"}, TaggedGroupRows(512), "", 0});
+  Check(TaggedApart(512), "-r group-stats -q -s tag", TaggedGroupRows(512));
 }
 
 constexpr char kTable[] = R"(
@@ -224,13 +220,7 @@ TEST(GroupStatsTable, WithEverythingAroundIt) {
   const std::string narrow = "      -4                         edge       -9        251             pre\n";
   expected.replace(expected.find(narrow), narrow.size(),
                    "18446744073709551612             edge       -9        251              pre\n");
-  Check({"",
-         OneGroup(group),
-         {"-r", "group-stats", "-g", "-4", "-l", "3", "-u", "pg", "-i", "ug:vm:pre", "-e", "sd", "-t", "-v", "-s",
-          "name:parGid:max:flags"},
-         expected,
-         "",
-         0});
+  Check(OneGroup(group), "-r group-stats -g -4 -l 3 -u pg -i ug:vm:pre -e sd -t -v -s name:parGid:max:flags", expected);
 }
 
 constexpr char kStoppedTable[] = R"(
@@ -254,7 +244,7 @@ Description of report header labels:
 )";
 
 TEST(GroupStatsTable, IsClosedAlsoAfterAFailure) {
-  Check({"", SmallHost(), {"-r", "group-stats", "-g", "3000000000", "-s", "gid", "-t", "-v"}, kStoppedTable, "", 1});
+  Check(SmallHost(), "-r group-stats -g 3000000000 -s gid -t -v", kStoppedTable, "", 1);
 }
 
 TEST(GroupStatsTable, MessagesStandWhereTheyWereMade) {

@@ -70,7 +70,7 @@ constexpr char kDescriptions[] = R"(Description of report header labels:
         avgAllocSize: average allocation size
 )";
 
-const std::string kTable = std::string(R"(
+constexpr char kTable[] = R"(
  HEAP STATS: <time>
  ------------------------------------
    Unit             : Page (4K)
@@ -83,8 +83,9 @@ const std::string kTable = std::string(R"(
                                slab      202      2003          5          10            1
                                 net      203      3003          8          15            1
 ------------------------------------------------------------------------------------------
-                              Total                  2          2           0)") +
-                           std::string(13, ' ') + R"(
+                              Total                  2          2           0)"
+                          "             "
+                          R"(
 ------------------------------------------------------------------------------------------
 Description of report header labels:
                 name: heap name
@@ -112,9 +113,8 @@ Description of report header labels:
                 size: current size
 )";
 
-std::string Table(const char *unit) {
-  return std::string("\n HEAP STATS: <time>\n ------------------------------------\n   Unit             : ") + unit +
-         R"(
+constexpr Text Table(const char *unit) {
+  return {"\n HEAP STATS: <time>\n ------------------------------------\n   Unit             : ", unit, R"(
    Selected columns : name
 
 -----------------------------------
@@ -126,67 +126,60 @@ std::string Table(const char *unit) {
 -----------------------------------
                               Total
 -----------------------------------
-)";
-}
-
-std::vector<std::string> WithOptions(const std::vector<std::string> &options) {
-  std::vector<std::string> arguments = {"-r", "heap-stats"};
-  arguments.insert(arguments.end(), options.begin(), options.end());
-  return arguments;
+)"};
 }
 
 class HeapStats : public testing::TestWithParam<ReportCase> {};
 
 TEST_P(HeapStats, AnswersAs) { Check(GetParam()); }
 
-ReportCase Csv(const char *name, const std::vector<std::string> &options, const std::string &rows) {
-  std::vector<std::string> arguments = WithOptions({"-q"});
-  arguments.insert(arguments.end(), options.begin(), options.end());
-  return {name, HeapsHost(), arguments, kHeader + rows, "", 0};
+constexpr ReportCase Csv(const char *name, const char *options, const Text &rows) {
+  return {name, HeapsHost, {"-r heap-stats -q", options}, {kHeader, rows}};
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Units, HeapStats,
-    testing::Values(Csv("None", {}, kRowsInBytes), Csv("Bytes", {"-u", "B"}, kRowsInBytes),
-                    Csv("Kb", {"-u", "kb"}, kRowsInKb), Csv("Pages", {"-upg"}, kRowsInPages),
-                    Csv("Mb", {"--unit=mb"}, kRowsInMb), Csv("TheLastCounts", {"-u", "mb", "-u", "kb"}, kRowsInKb),
-                    ReportCase{"NoneInTheBanner", HeapsHost(), WithOptions({"-s", ""}), Table("Bytes"), "", 0},
-                    ReportCase{"KbInTheBanner", HeapsHost(), WithOptions({"-s", "", "-uKB"}), Table("KB"), "", 0},
-                    ReportCase{"MbInTheBanner", HeapsHost(), WithOptions({"-s", "", "-uMB"}), Table("MB"), "", 0},
-                    ReportCase{"BytesInTheBanner", HeapsHost(), WithOptions({"-s", "", "-ub"}), Table("Bytes"), "", 0},
-                    ReportCase{"NoSuchUnit", HeapsHost(), WithOptions({"-u", "gb", "-q"}), "", kBadUnit, 1},
-                    ReportCase{"EmptyUnit", HeapsHost(), WithOptions({"-u", ""}), "", kBadUnit, 1}),
-    NameOf<ReportCase>);
+constexpr ReportCase kUnitsCases[] = {
+    Csv("None", "", kRowsInBytes),
+    Csv("Bytes", "-u B", kRowsInBytes),
+    Csv("Kb", "-u kb", kRowsInKb),
+    Csv("Pages", "-upg", kRowsInPages),
+    Csv("Mb", "--unit=mb", kRowsInMb),
+    Csv("TheLastCounts", "-u mb -u kb", kRowsInKb),
+    {"NoneInTheBanner", HeapsHost, "-r heap-stats -s ''", Table("Bytes")},
+    {"KbInTheBanner", HeapsHost, "-r heap-stats -s '' -uKB", Table("KB")},
+    {"MbInTheBanner", HeapsHost, "-r heap-stats -s '' -uMB", Table("MB")},
+    {"BytesInTheBanner", HeapsHost, "-r heap-stats -s '' -ub", Table("Bytes")},
+    {"NoSuchUnit", HeapsHost, "-r heap-stats -u gb -q", "", kBadUnit, 1},
+    {"EmptyUnit", HeapsHost, "-r heap-stats -u ''", "", kBadUnit, 1},
+};
+
+INSTANTIATE_TEST_SUITE_P(Units, HeapStats, testing::ValuesIn(kUnitsCases), NameOf<ReportCase>);
 
 // The long option "verbose" takes back the unit, and describes nothing.
-INSTANTIATE_TEST_SUITE_P(Verbose, HeapStats,
-                         testing::Values(Csv("Short", {"-v"}, std::string(kRowsInBytes) + kDescriptions),
-                                         Csv("ShortWithUnit", {"-vu", "kb"}, std::string(kRowsInKb) + kDescriptions),
-                                         Csv("Long", {"--verbose"}, kRowsInBytes),
-                                         Csv("LongAfterTheUnit", {"--unit", "mb", "--verbose"}, kRowsInBytes),
-                                         Csv("LongAfterTheShortUnit", {"-u", "kb", "--verb"}, kRowsInBytes),
-                                         Csv("LongBeforeTheUnit", {"--verbose", "--unit", "mb"}, kRowsInMb),
-                                         Csv("LongAfterABadUnit", {"-u", "gb", "--verbose"}, kRowsInBytes),
-                                         Csv("LongAndShort", {"-u", "mb", "--verbose", "-v"},
-                                             std::string(kRowsInBytes) + kDescriptions),
-                                         Csv("LongWithAnArgument", {"-u", "mb", "--verbose=kb"}, kRowsInMb)),
-                         NameOf<ReportCase>);
+constexpr ReportCase kVerboseCases[] = {
+    Csv("Short", "-v", {kRowsInBytes, kDescriptions}),
+    Csv("ShortWithUnit", "-vu kb", {kRowsInKb, kDescriptions}),
+    Csv("Long", "--verbose", kRowsInBytes),
+    Csv("LongAfterTheUnit", "--unit mb --verbose", kRowsInBytes),
+    Csv("LongAfterTheShortUnit", "-u kb --verb", kRowsInBytes),
+    Csv("LongBeforeTheUnit", "--verbose --unit mb", kRowsInMb),
+    Csv("LongAfterABadUnit", "-u gb --verbose", kRowsInBytes),
+    Csv("LongAndShort", "-u mb --verbose -v", {kRowsInBytes, kDescriptions}),
+    Csv("LongWithAnArgument", "-u mb --verbose=kb", kRowsInMb),
+};
 
-INSTANTIATE_TEST_SUITE_P(
-    Forms, HeapStats,
-    testing::Values(ReportCase{"Table", HeapsHost(),
-                               WithOptions({"-v", "-upg", "-s", "RESERVED:numranges:size:max:avgAllocSize"}), kTable,
-                               "", 0},
-                    ReportCase{"TheNameIsMandatory", HeapsHost(), WithOptions({"-q", "-s", "gid"}),
-                               "name\nmain\nslab\nnet\nTotal\n", "", 0},
-                    // Hidden columns change nothing about the others' sums.
-                    ReportCase{"SumsOfChosenColumns", HeapsHost(),
-                               WithOptions({"-q", "-s", "dlMallocOvdh:max:maxAvail:numShrinkOps:avgAllocSize"}),
-                               "name,dlMallocOvdh,max,maxAvail,numShrinkOps,avgAllocSize\n"
-                               "main,1004,20009,1010,1018,1015\nslab,2004,40009,2010,2018,2015\n"
-                               "net,3004,60009,3010,3018,3015\nTotal,41994,0,0,0,\n",
-                               "", 0}),
-    NameOf<ReportCase>);
+INSTANTIATE_TEST_SUITE_P(Verbose, HeapStats, testing::ValuesIn(kVerboseCases), NameOf<ReportCase>);
+
+constexpr ReportCase kFormsCases[] = {
+    {"Table", HeapsHost, "-r heap-stats -v -upg -s RESERVED:numranges:size:max:avgAllocSize", kTable},
+    {"TheNameIsMandatory", HeapsHost, "-r heap-stats -q -s gid", "name\nmain\nslab\nnet\nTotal\n"},
+    // Hidden columns change nothing about the others' sums.
+    {"SumsOfChosenColumns", HeapsHost, "-r heap-stats -q -s dlMallocOvdh:max:maxAvail:numShrinkOps:avgAllocSize",
+     "name,dlMallocOvdh,max,maxAvail,numShrinkOps,avgAllocSize\n"
+     "main,1004,20009,1010,1018,1015\nslab,2004,40009,2010,2018,2015\n"
+     "net,3004,60009,3010,3018,3015\nTotal,41994,0,0,0,\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Forms, HeapStats, testing::ValuesIn(kFormsCases), NameOf<ReportCase>);
 
 // Figures at the ends of their ranges.
 
@@ -219,78 +212,92 @@ HeapStatsRecord Numbered(const std::string &name, uint32_t number) {
   return record;
 }
 
-ReportCase Used(const char *name, const StandinHost &host, const char *unit, const std::string &rows) {
+constexpr ReportCase Used(const char *name, StandinHost (*host)(), const char *unit, const char *rows) {
   return {name,
           host,
-          WithOptions({"-q", "-u", unit, "-s", "dlMallocOvdh:used:avail:size"}),
-          "name,dlMallocOvdh,used,avail,size\n" + rows,
-          "",
-          0};
+          {"-r heap-stats -q -s dlMallocOvdh:used:avail:size -u", unit},
+          {"name,dlMallocOvdh,used,avail,size\n", rows}};
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Figures, HeapStats,
-    testing::Values(
-        Used("OneByteInKb", OneHeap(Sized("h", 1, 0)), "kb", "h,0,1,0,1\nTotal,1,0,1,0\n"),
-        Used("OneByteInPages", OneHeap(Sized("h", 1, 0)), "pg", "h,0,1,0,1\nTotal,1,0,1,0\n"),
-        Used("OneByteInMb", OneHeap(Sized("h", 1, 0)), "mb", "h,0,1,0,1\nTotal,1,0,1,0\n"),
-        Used("OneByteMoreThanAPage", OneHeap(Sized("h", 4097, 4096)), "pg", "h,0,1,1,2\nTotal,1,1,2,0\n"),
-        Used("OneByteMoreThanOneMb", OneHeap(Sized("h", 0x100001, 0x100000)), "mb", "h,0,1,1,2\nTotal,1,1,2,0\n"),
-        // What is used wraps in 32 bits in a row, in 64 in the sum.
-        Used("MoreAvailableThanThereIs", OneHeap(Sized("h", 100, 200)), "b",
-             "h,0,4294967196,200,100\nTotal,18446744073709551516,200,100,0\n"),
-        Used("MoreAvailableThanThereIsInKb", OneHeap(Sized("h", 100, 200)), "kb", "h,0,4194304,1,1\nTotal,0,1,1,0\n"),
-        Used("MoreAvailableInOneOfTwo", TwoHeaps(Sized("h", 100, 200), Sized("i", 900, 300)), "b",
-             "h,0,4294967196,200,100\ni,0,600,300,900\nTotal,500,500,1000,0\n"),
-        Used("SumsBeyond32Bits", TwoHeaps(Sized("h", 0xffffffff, 0), Sized("i", 0xffffffff, 1)), "b",
-             "h,0,4294967295,0,4294967295\ni,0,4294967294,1,4294967295\nTotal,8589934589,1,8589934590,0\n"),
-        Used("LargestInMb", OneHeap(Sized("h", 0xffffffff, 0)), "mb", "h,0,4096,0,4096\nTotal,4096,0,4096,0\n")),
-    NameOf<ReportCase>);
+constexpr ReportCase kFiguresCases[] = {
+    Used(
+        "OneByteInKb", [] { return OneHeap(Sized("h", 1, 0)); }, "kb", "h,0,1,0,1\nTotal,1,0,1,0\n"),
+    Used(
+        "OneByteInPages", [] { return OneHeap(Sized("h", 1, 0)); }, "pg", "h,0,1,0,1\nTotal,1,0,1,0\n"),
+    Used(
+        "OneByteInMb", [] { return OneHeap(Sized("h", 1, 0)); }, "mb", "h,0,1,0,1\nTotal,1,0,1,0\n"),
+    Used(
+        "OneByteMoreThanAPage", [] { return OneHeap(Sized("h", 4097, 4096)); }, "pg", "h,0,1,1,2\nTotal,1,1,2,0\n"),
+    Used(
+        "OneByteMoreThanOneMb", [] { return OneHeap(Sized("h", 0x100001, 0x100000)); }, "mb",
+        "h,0,1,1,2\nTotal,1,1,2,0\n"),
+    // What is used wraps in 32 bits in a row, in 64 in the sum.
+    Used(
+        "MoreAvailableThanThereIs", [] { return OneHeap(Sized("h", 100, 200)); }, "b",
+        "h,0,4294967196,200,100\nTotal,18446744073709551516,200,100,0\n"),
+    Used(
+        "MoreAvailableThanThereIsInKb", [] { return OneHeap(Sized("h", 100, 200)); }, "kb",
+        "h,0,4194304,1,1\nTotal,0,1,1,0\n"),
+    Used(
+        "MoreAvailableInOneOfTwo", [] { return TwoHeaps(Sized("h", 100, 200), Sized("i", 900, 300)); }, "b",
+        "h,0,4294967196,200,100\ni,0,600,300,900\nTotal,500,500,1000,0\n"),
+    Used(
+        "SumsBeyond32Bits", [] { return TwoHeaps(Sized("h", 0xffffffff, 0), Sized("i", 0xffffffff, 1)); }, "b",
+        "h,0,4294967295,0,4294967295\ni,0,4294967294,1,4294967295\nTotal,8589934589,1,8589934590,0\n"),
+    Used(
+        "LargestInMb", [] { return OneHeap(Sized("h", 0xffffffff, 0)); }, "mb",
+        "h,0,4096,0,4096\nTotal,4096,0,4096,0\n"),
+};
 
-INSTANTIATE_TEST_SUITE_P(
-    Numbers, HeapStats,
-    testing::Values(
-        // Some columns are signed. Under numRanges stands the lower half of a sum.
-        ReportCase{"Signs", TwoHeaps(Numbered("h", 0xffffffff), Numbered("i", 2)), WithOptions({"-q"}),
-                   std::string(kHeader) +
-                       "h,255,-1,-1,255,-1,4294967295,0,0,0,0,0,-1,0,-1,-1,4294967295,4294967295,4294967295,"
-                       "4294967295,4294967295,4294967295\n"
-                       "i,255,2,2,255,2,2,0,0,0,0,0,2,0,2,2,2,2,2,2,2,2\n"
-                       "Total,,,,,1,0,0,0,0,0,0,,0,,,,,1,0,,\n",
-                   "", 0},
-        ReportCase{"ASignInTheTotal", OneHeap(Numbered("h", 0x80000000)),
-                   WithOptions({"-q", "-s", "numRanges:numGrowthOps"}),
-                   "name,numRanges,numGrowthOps\nh,-2147483648,2147483648\nTotal,-2147483648,2147483648\n", "", 0},
-        ReportCase{"NameThatFillsItsField", OneHeap(Sized(std::string(36, 'n'), 7, 0)),
-                   WithOptions({"-q", "-s", "size"}), "name,size\n" + std::string(36, 'n') + ",7\nTotal,0\n", "", 0},
-        ReportCase{"NoName", OneHeap(Sized("", 7, 0)), WithOptions({"-q", "-s", "size"}), "name,size\n,7\nTotal,0\n",
-                   "", 0}),
-    NameOf<ReportCase>);
+INSTANTIATE_TEST_SUITE_P(Figures, HeapStats, testing::ValuesIn(kFiguresCases), NameOf<ReportCase>);
+
+constexpr char kLongName[] = "nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn";
+
+constexpr ReportCase kNumbersCases[] = {
+    // Some columns are signed. Under numRanges stands the lower half of a sum.
+    {"Signs",
+     [] { return TwoHeaps(Numbered("h", 0xffffffff), Numbered("i", 2)); },
+     "-r heap-stats -q",
+     {kHeader,
+      "h,255,-1,-1,255,-1,4294967295,0,0,0,0,0,-1,0,-1,-1,4294967295,4294967295,4294967295,"
+      "4294967295,4294967295,4294967295\n"
+      "i,255,2,2,255,2,2,0,0,0,0,0,2,0,2,2,2,2,2,2,2,2\n"
+      "Total,,,,,1,0,0,0,0,0,0,,0,,,,,1,0,,\n"}},
+    {"ASignInTheTotal", [] { return OneHeap(Numbered("h", 0x80000000)); }, "-r heap-stats -q -s numRanges:numGrowthOps",
+     "name,numRanges,numGrowthOps\nh,-2147483648,2147483648\nTotal,-2147483648,2147483648\n"},
+    {"NameThatFillsItsField",
+     [] { return OneHeap(Sized(kLongName, 7, 0)); },
+     "-r heap-stats -q -s size",
+     {"name,size\n", kLongName, ",7\nTotal,0\n"}},
+    {"NoName", [] { return OneHeap(Sized("", 7, 0)); }, "-r heap-stats -q -s size", "name,size\n,7\nTotal,0\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Numbers, HeapStats, testing::ValuesIn(kNumbersCases), NameOf<ReportCase>);
 
 // Heaps that are not there.
 
 TEST(HeapStatsList, MayBeEmpty) {
-  Check({"", StandinHost().AddList(kHeaps, {}, {}), WithOptions({"-v", "-s", "size"}), kEmptyTable,
-         "KestrelHeapGetMemMapStats: NODAL_ParamListUsedCount() returned 0\n", 0});
+  Check(StandinHost().AddList(kHeaps, {}, {}), "-r heap-stats -v -s size", kEmptyTable,
+        "KestrelHeapGetMemMapStats: NODAL_ParamListUsedCount() returned 0\n");
 }
 
 TEST(HeapStatsList, MayBeEmptyInCsv) {
-  Check({"", StandinHost().AddList(kHeaps, {}, {}), WithOptions({"-q"}), std::string(kHeader) + kNoRows,
-         "KestrelHeapGetMemMapStats: NODAL_ParamListUsedCount() returned 0\n", 0});
+  Check(StandinHost().AddList(kHeaps, {}, {}), "-r heap-stats -q", std::string(kHeader) + kNoRows,
+        "KestrelHeapGetMemMapStats: NODAL_ParamListUsedCount() returned 0\n");
 }
 
 TEST(HeapStatsList, MayVanishWhole) {
-  Check({"", StandinHost().AddList(kHeaps, {}, {"h1", "h2"}), WithOptions({"-v", "-s", "size"}), kEmptyTable, "", 0});
+  Check(StandinHost().AddList(kHeaps, {}, {"h1", "h2"}), "-r heap-stats -v -s size", kEmptyTable);
 }
 
 TEST(HeapStatsFailure, LeavesNoTableToo) {
-  Check({"", HeapsHost().Fail({.operation = "NODAL_Get", .node = kStats, .call = 3}), WithOptions({"-v"}), "",
-         "KestrelHeapGetMemMapStats: NODAL_Get() failure\n", 0});
+  Check(HeapsHost().Fail({.operation = "NODAL_Get", .node = kStats, .call = 3}), "-r heap-stats -v", "",
+        "KestrelHeapGetMemMapStats: NODAL_Get() failure\n");
 }
 
 TEST(HeapStatsCalls, OneListServesAllNames) {
   const StandinRun run =
-      RunKestrel(HeapsHost().Fail({.operation = "NODAL_Get", .call = 2, .status = 0x0bad0003}), WithOptions({}));
+      RunKestrel(HeapsHost().Fail({.operation = "NODAL_Get", .call = 2, .status = 0x0bad0003}), {"-r", "heap-stats"});
   EXPECT_EQ(CallsThatCount(run), (std::vector<std::string>{
                                      "NODAL_CheckSig(21) = 0",
                                      "NODAL_GetInstanceListAlloc(system_heaps, []) = 0 list1",
@@ -314,7 +321,7 @@ TEST(HeapStatsCalls, OneListServesAllNames) {
 }
 
 TEST(HeapStatsCalls, AnEmptyListIsTheLastCall) {
-  EXPECT_EQ(CallsThatCount(RunKestrel(StandinHost().AddList(kHeaps, {}, {}), WithOptions({}))),
+  EXPECT_EQ(CallsThatCount(RunKestrel(StandinHost().AddList(kHeaps, {}, {}), {"-r", "heap-stats"})),
             (std::vector<std::string>{
                 "NODAL_CheckSig(21) = 0",
                 "NODAL_GetInstanceListAlloc(system_heaps, []) = 0 list1",
@@ -323,7 +330,7 @@ TEST(HeapStatsCalls, AnEmptyListIsTheLastCall) {
 }
 
 TEST(HeapStatsCalls, ABadUnitReadsNothing) {
-  EXPECT_EQ(RunKestrel(HeapsHost(), WithOptions({"-u", "gb"})).calls,
+  EXPECT_EQ(RunKestrel(HeapsHost(), {"-r", "heap-stats", "-u", "gb"}).calls,
             std::vector<std::string>{"NODAL_CheckSig(21) = 0"});
 }
 

@@ -92,12 +92,6 @@ constexpr char kStopped[] = R"(
 --------------------------------
 )";
 
-std::vector<std::string> WithOptions(const std::vector<std::string> &options) {
-  std::vector<std::string> arguments = {"-r", "lpool-stats"};
-  arguments.insert(arguments.end(), options.begin(), options.end());
-  return arguments;
-}
-
 class LPoolStats : public testing::TestWithParam<ReportCase> {};
 
 TEST_P(LPoolStats, AnswersAs) { Check(GetParam()); }
@@ -108,27 +102,29 @@ StandinHost WithNodes(uint32_t nodes, uint32_t machines) {
   return LargePagesHost().AddRecord(kMemInfo, {}, memInfo).AddRecord(kNumVMs, {}, NumVMsRecord{machines});
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Forms, LPoolStats,
-    testing::Values(
-        ReportCase{"AllColumns", LargePagesHost(), WithOptions({"-q"}), std::string(kHeader) + kAllRows, "", 0},
-        ReportCase{"AllColumnsWithDescriptions", LargePagesHost(), WithOptions({"--verbose", "--csvMode"}),
-                   std::string(kHeader) + kAllRows + kDescriptions, "", 0},
-        ReportCase{"Table", LargePagesHost(), WithOptions({"-v", "--cSelect", "nodeid:NRLPAGES:peakDefragAttempts"}),
-                   kTable, "", 0},
-        ReportCase{"TheNameIsMandatory", LargePagesHost(), WithOptions({"-q", "-s", "free"}),
-                   "name\npshare-0\nweb\na-pool-with-a-long-name\ndb\npshare-1\nweb\nmail\nTotal\n", "", 0},
-        ReportCase{"ThereAreNoUnits", WithNodes(1, 3), WithOptions({"-u", "b", "-qs", "nrCachehit"}),
-                   "name,nrCachehit\npshare-0,1012\nweb,2012\na-pool-with-a-long-name,3012\ndb,4012\nTotal,10048\n", "",
-                   0},
-        ReportCase{"NoNodes", WithNodes(0, 3), WithOptions({"-s", "nrLPages"}), kNoPools, "", 0},
-        ReportCase{"NoNodesInCsv", WithNodes(0, 3), WithOptions({"-q"}),
-                   std::string(kHeader) + "Total,,0,0,0,0,0,0,0,0,0,0,0,0\n", "", 0},
-        // The number of machines is only a hint.
-        ReportCase{"NoMachines", WithNodes(2, 0), WithOptions({"-q"}), std::string(kHeader) + kAllRows, "", 0},
-        ReportCase{"NoMachinePools", LargePagesHost().AddList(kPools, {0}, {}), WithOptions({"-qs", "nodeID"}),
-                   "name,nodeID\npshare-0,0\npshare-1,1\nweb,1\nmail,1\nTotal,\n", "", 0}),
-    NameOf<ReportCase>);
+constexpr ReportCase kFormsCases[] = {
+    {"AllColumns", LargePagesHost, "-r lpool-stats -q", {kHeader, kAllRows}},
+    {"AllColumnsWithDescriptions",
+     LargePagesHost,
+     "-r lpool-stats --verbose --csvMode",
+     {kHeader, kAllRows, kDescriptions}},
+    {"Table", LargePagesHost, "-r lpool-stats -v --cSelect nodeid:NRLPAGES:peakDefragAttempts", kTable},
+    {"TheNameIsMandatory", LargePagesHost, "-r lpool-stats -q -s free",
+     "name\npshare-0\nweb\na-pool-with-a-long-name\ndb\npshare-1\nweb\nmail\nTotal\n"},
+    {"ThereAreNoUnits", [] { return WithNodes(1, 3); }, "-r lpool-stats -u b -qs nrCachehit",
+     "name,nrCachehit\npshare-0,1012\nweb,2012\na-pool-with-a-long-name,3012\ndb,4012\nTotal,10048\n"},
+    {"NoNodes", [] { return WithNodes(0, 3); }, "-r lpool-stats -s nrLPages", kNoPools},
+    {"NoNodesInCsv",
+     [] { return WithNodes(0, 3); },
+     "-r lpool-stats -q",
+     {kHeader, "Total,,0,0,0,0,0,0,0,0,0,0,0,0\n"}},
+    // The number of machines is only a hint.
+    {"NoMachines", [] { return WithNodes(2, 0); }, "-r lpool-stats -q", {kHeader, kAllRows}},
+    {"NoMachinePools", [] { return LargePagesHost().AddList(kPools, {0}, {}); }, "-r lpool-stats -qs nodeID",
+     "name,nodeID\npshare-0,0\npshare-1,1\nweb,1\nmail,1\nTotal,\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Forms, LPoolStats, testing::ValuesIn(kFormsCases), NameOf<ReportCase>);
 
 TEST(LPoolStatsTotals, WrapInTheirOwnWidth) {
   LPoolStatsRecord large = {};
@@ -142,23 +138,23 @@ TEST(LPoolStatsTotals, WrapInTheirOwnWidth) {
   other.nrCachehit = 5;
   const StandinHost host =
       WithNodes(1, 1).AddRecord(kShared, {0}, large).AddList(kPools, {0}, {"web"}).AddRecord(kPools, {0, "web"}, other);
-  Check({"", host, WithOptions({"-q", "-s", "nrLPages:nrFreeSPages:nrSPageAllocs:nrCachehit"}),
-         "name,nrLPages,nrFreeSPages,nrSPageAllocs,nrCachehit\n"
-         "pshare-0,2147483648,4294967295,4294967295,18446744073709551615\n"
-         "web,2147483649,3,4294967295,5\n"
-         "Total,1,2,8589934590,4\n",
-         "", 0});
+  Check(host, "-r lpool-stats -q -s nrLPages:nrFreeSPages:nrSPageAllocs:nrCachehit",
+        "name,nrLPages,nrFreeSPages,nrSPageAllocs,nrCachehit\n"
+        "pshare-0,2147483648,4294967295,4294967295,18446744073709551615\n"
+        "web,2147483649,3,4294967295,5\n"
+        "Total,1,2,8589934590,4\n");
 }
 
 StandinHost Failing(const Fault &fault) { return LargePagesHost().Fail(fault); }
 
 TEST(LPoolStatsFailure, LeavesTheTableOpen) {
-  Check({"", Failing({.operation = "NODAL_GetInstanceListAllocHint", .node = kPools, .call = 2}),
-         WithOptions({"-v", "-s", "nrLPages"}),
-         std::string(kStopped) + "       pshare-0             1001\n            web             2001\n"
-                                 "a-pool-with-a-long-name     3001\n             db             4001\n"
-                                 "       pshare-1             5001\n",
-         "KestrelTraverseLPools: NODAL_GetInstanceListAllocHint() failure\n", 1});
+  Check(Failing({.operation = "NODAL_GetInstanceListAllocHint", .node = kPools, .call = 2}),
+        "-r lpool-stats -v -s nrLPages",
+        std::string(kStopped) +
+            "       pshare-0             1001\n            web             2001\n"
+            "a-pool-with-a-long-name     3001\n             db             4001\n"
+            "       pshare-1             5001\n",
+        "KestrelTraverseLPools: NODAL_GetInstanceListAllocHint() failure\n", 1);
 }
 
 // More than one call fails.
@@ -166,30 +162,30 @@ TEST(LPoolStatsFailure, LeavesTheTableOpen) {
 constexpr char kUnread[] = "KestrelGetVmPoolStats() failure, error code: 195887105\n";
 
 TEST(LPoolStatsFailure, OfEachSharedPoolLeavesThoseOfMachines) {
-  Check({"", Failing({.operation = "NODAL_Get", .node = kShared}), WithOptions({"-q", "-s", "nodeID:nrLPages"}),
-         "name,nodeID,nrLPages\nweb,0,2001\na-pool-with-a-long-name,0,3001\ndb,0,4001\nweb,1,6001\nmail,1,7001\n"
-         "Total,,22005\n",
-         std::string(kUnread) + kUnread, 0});
+  Check(Failing({.operation = "NODAL_Get", .node = kShared}), "-r lpool-stats -q -s nodeID:nrLPages",
+        "name,nodeID,nrLPages\nweb,0,2001\na-pool-with-a-long-name,0,3001\ndb,0,4001\nweb,1,6001\nmail,1,7001\n"
+        "Total,,22005\n",
+        std::string(kUnread) + kUnread);
 }
 
 TEST(LPoolStatsFailure, OfEachMachinesPoolLeavesTheSharedOnes) {
-  Check({"", Failing({.operation = "NODAL_Get", .node = kPools}), WithOptions({"-q", "-s", "nodeID:nrLPages"}),
-         "name,nodeID,nrLPages\npshare-0,0,1001\npshare-1,1,5001\nTotal,,6002\n",
-         std::string(kUnread) + kUnread + kUnread + kUnread + kUnread, 0});
+  Check(Failing({.operation = "NODAL_Get", .node = kPools}), "-r lpool-stats -q -s nodeID:nrLPages",
+        "name,nodeID,nrLPages\npshare-0,0,1001\npshare-1,1,5001\nTotal,,6002\n",
+        std::string(kUnread) + kUnread + kUnread + kUnread + kUnread);
 }
 
 TEST(LPoolStatsFailure, OfEachListEndsTheReport) {
-  Check({"", Failing({.operation = "NODAL_ParamListCreate"}), WithOptions({"-q", "-s", "nrLPages"}), "name,nrLPages\n",
-         "KestrelGetPSharePoolStats: NODAL_ParamListCreate() failure\n"
-         "KestrelTraverseLPools: NODAL_ParamListCreate() failure\n",
-         1});
+  Check(Failing({.operation = "NODAL_ParamListCreate"}), "-r lpool-stats -q -s nrLPages", "name,nrLPages\n",
+        "KestrelGetPSharePoolStats: NODAL_ParamListCreate() failure\n"
+        "KestrelTraverseLPools: NODAL_ParamListCreate() failure\n",
+        1);
 }
 
 TEST(LPoolStatsMessages, StandBetweenTheRows) {
   StandinHost host = LargePagesHost();
   host.Fail({.operation = "NODAL_Get", .node = kShared, .call = 2, .status = 0x0bad0003});
   host.Fail({.operation = "NODAL_ParamListGetString", .node = kPools, .call = 5});
-  const StandinRun run = RunKestrel(host, WithOptions({"-q", "-s", "nodeID"}), {.errorsToOutput = true});
+  const StandinRun run = RunKestrel(host, {"-r", "lpool-stats", "-q", "-s", "nodeID"}, {.errorsToOutput = true});
   EXPECT_EQ(run.outcome.output,
             "name,nodeID\npshare-0,0\nweb,0\na-pool-with-a-long-name,0\ndb,0\n"
             "KestrelGetVmPoolStats() failure, error code: 195887107\n"
@@ -198,7 +194,7 @@ TEST(LPoolStatsMessages, StandBetweenTheRows) {
 }
 
 TEST(LPoolStatsCalls, ThePoolsComeNodeByNode) {
-  const StandinRun run = RunKestrel(LargePagesHost(), WithOptions({}));
+  const StandinRun run = RunKestrel(LargePagesHost(), {"-r", "lpool-stats"});
   EXPECT_EQ(CallsThatCount(run),
             (std::vector<std::string>{
                 "NODAL_CheckSig(21) = 0",

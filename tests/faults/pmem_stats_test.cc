@@ -30,12 +30,6 @@ constexpr char kRegionsReport[] = "pmem-region-stats";
 constexpr char kExtentsReport[] = "pmem-extent-stats";
 constexpr char kNumaReport[] = "pmem-region-numa-stats";
 
-std::vector<std::string> Report(const char *report, const std::vector<std::string> &options) {
-  std::vector<std::string> arguments = {"-r", report};
-  arguments.insert(arguments.end(), options.begin(), options.end());
-  return arguments;
-}
-
 std::string Banner(const std::string &word, const std::string &unit, const std::string &columns) {
   return "\n PERSISTENT MEMORY " + word +
          " STATS: <time>\n -------------------------------------------------\n   Unit             : " + unit +
@@ -96,25 +90,25 @@ StandinHost FullStore() {
   return PMemHost().AddList(kVolumes, {}, {"vol-1"}).AddRecord(kStore, {"vol-1"}, record);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Stores, PMemStats,
-    testing::Values(ReportCase{"Table", PMemHost(), Report(kStores, {}), kStoreTable, "", 0},
-                    ReportCase{"Csv", PMemHost(), Report(kStores, {"-q"}), kStoreCsv, "", 0},
-                    // The unit is checked and named, and converts nothing here.
-                    ReportCase{"CsvInMbWithDescriptions", PMemHost(),
-                               Report(kStores, {"--csvMode", "--verbose", "--unit=MB"}),
-                               std::string(kStoreCsv) + kStoreDescriptions, "", 0},
-                    ReportCase{"NoColumns", PMemHost(), Report(kStores, {"-s", "name", "-u", "pg"}),
-                               Banner("REGIONSTORE", "Page (4K)", "(none)") + "\n\n\n\n\n\n\n\n", "", 0},
-                    ReportCase{"NoColumnsInCsv", PMemHost(), Report(kStores, {"-q", "-s", ""}), "\n\n\n\n", "", 0},
-                    ReportCase{"LargeFigures", FullStore(),
-                               Report(kStores, {"-q", "-s",
-                                                "alloc2mblocks:totalRegions:freeRegions:"
-                                                "total2MBlocks:resvd2MBlocks"}),
-                               "alloc2MBlocks,resvd2MBlocks,totalRegions,freeRegions,total2MBlocks\n"
-                               "18446744073709551615,18446744073709551615,4294967295,2147483648,9223372036854775808\n",
-                               "", 0}),
-    NameOf<ReportCase>);
+const std::string kNoStoreColumns = Banner("REGIONSTORE", "Page (4K)", "(none)") + "\n\n\n\n\n\n\n\n";
+
+const ReportCase kStoresCases[] = {
+    {"Table", PMemHost, "-r pmem-regionstore-stats", kStoreTable.c_str()},
+    {"Csv", PMemHost, "-r pmem-regionstore-stats -q", kStoreCsv},
+    // The unit is checked and named, and converts nothing here.
+    {"CsvInMbWithDescriptions",
+     PMemHost,
+     "-r pmem-regionstore-stats --csvMode --verbose --unit=MB",
+     {kStoreCsv, kStoreDescriptions}},
+    {"NoColumns", PMemHost, "-r pmem-regionstore-stats -s name -u pg", kNoStoreColumns.c_str()},
+    {"NoColumnsInCsv", PMemHost, "-r pmem-regionstore-stats -q -s ''", "\n\n\n\n"},
+    {"LargeFigures", FullStore,
+     "-r pmem-regionstore-stats -q -s alloc2mblocks:totalRegions:freeRegions:total2MBlocks:resvd2MBlocks",
+     "alloc2MBlocks,resvd2MBlocks,totalRegions,freeRegions,total2MBlocks\n"
+     "18446744073709551615,18446744073709551615,4294967295,2147483648,9223372036854775808\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Stores, PMemStats, testing::ValuesIn(kStoresCases), NameOf<ReportCase>);
 
 // Regions.
 
@@ -176,75 +170,94 @@ StandinHost OneRegion(const RegionFigures &figures) {
       .AddRecord(kRegion, {"v", "r"}, record);
 }
 
-ReportCase Sized(const char *name, uint64_t bytes, const char *unit, const std::string &size) {
-  return {name,
-          OneRegion({.size = bytes}),
-          Report(kRegionsReport, {"-q", "-s", "size", "-u", unit}),
-          "size\n" + size + "\n",
-          "",
-          0};
+constexpr ReportCase Sized(const char *name, StandinHost (*host)(), const char *unit, const char *size) {
+  return {name, host, {"-r pmem-region-stats -q -s size -u", unit}, {"size\n", size, "\n"}};
 }
 
-ReportCase Flagged(const char *name, uint32_t flags, const std::string &text) {
-  return {name, OneRegion({.flags = flags}), Report(kRegionsReport, {"-q", "-s", "flags"}), "flags\n" + text + "\n", "",
-          0};
+constexpr ReportCase Flagged(const char *name, StandinHost (*host)(), const char *flags) {
+  return {name, host, "-r pmem-region-stats -q -s flags", {"flags\n", flags, "\n"}};
 }
 
 constexpr char kAllFlags[] = "allocated:dangling:locked:readOnly:blockDev:persistResv:system:zombie";
 
-INSTANTIATE_TEST_SUITE_P(
-    Regions, PMemStats,
-    testing::Values(
-        ReportCase{"Table", PMemHost(), Report(kRegionsReport, {"-umb", "-s", "NUMAAFFINITYMASK:flags:size:uuid"}),
-                   kRegionTable, "", 0},
-        ReportCase{"Csv", PMemHost(), Report(kRegionsReport, {"-q"}), kRegionCsv, "", 0},
-        ReportCase{"CsvWithDescriptions", PMemHost(), Report(kRegionsReport, {"-q", "-v"}),
-                   std::string(kRegionCsv) + kRegionDescriptions, "", 0},
-        ReportCase{"CsvInPages", PMemHost(), Report(kRegionsReport, {"-q", "-u", "pg", "-s", "size"}),
-                   "size\n275\n300\n525\n775\n800\n", "", 0},
-        // Texts that are wider than their columns push the others until there is room again.
-        ReportCase{"TableWithWideTexts", OneRegion({.flags = 0xff, .tag = 0xffff, .mask = UINT64_MAX}),
-                   Report(kRegionsReport, {"-s", "flags:numOpened:allocated2MBlks:managementTag:numaAffinityMask"}),
-                   Banner("REGION", "KB", "flags:numOpened:allocated2MBlks:managementTag:numaAffinityMask") +
-                       Table(102,
-                             "                                   flags  numOpened allocated2MBlks managementTag     "
-                             "numaAffinityMask\n",
-                             std::string(kAllFlags) + " 3                   4                       65535" +
-                                 std::string(29, ' ') + "0xffffffffffffffff" + std::string(28, ' ') + "\n"),
-                   "", 0}),
-    NameOf<ReportCase>);
+const std::string kWideTable =
+    Banner("REGION", "KB", "flags:numOpened:allocated2MBlks:managementTag:numaAffinityMask") +
+    Table(102,
+          "                                   flags  numOpened allocated2MBlks managementTag     "
+          "numaAffinityMask\n",
+          std::string(kAllFlags) + " 3                   4                       65535" + std::string(29, ' ') +
+              "0xffffffffffffffff" + std::string(28, ' ') + "\n");
 
-INSTANTIATE_TEST_SUITE_P(RegionSize, PMemStats,
-                         testing::Values(Sized("NothingInKb", 0, "kb", "0"), Sized("OneByteInKb", 1, "kb", "1"),
-                                         Sized("OneByteInMb", 1, "mb", "1"), Sized("OneByteInPages", 1, "pg", "1"),
-                                         Sized("FiveKbInPages", 5120, "pg", "2"),
-                                         Sized("OneByteMoreThanAPage", 4097, "pg", "2"),
-                                         Sized("OneByteMoreThanOneMb", 0x100001, "mb", "2"),
-                                         // There is no mark for a missing size: all ones wraps like any other.
-                                         Sized("AllOnesInKb", UINT64_MAX, "kb", "0"),
-                                         Sized("AllOnesInMb", UINT64_MAX, "mb", "0"),
-                                         Sized("LargestInKb", UINT64_MAX - 1023, "kb", "18014398509481983"),
-                                         Sized("LargestInMb", UINT64_MAX - 1023, "mb", "17592186044416"),
-                                         Sized("LargestInPages", UINT64_MAX - 1023, "pg", "4503599627370496")),
-                         NameOf<ReportCase>);
+const ReportCase kRegionsCases[] = {
+    {"Table", PMemHost, "-r pmem-region-stats -umb -s NUMAAFFINITYMASK:flags:size:uuid", kRegionTable.c_str()},
+    {"Csv", PMemHost, "-r pmem-region-stats -q", kRegionCsv},
+    {"CsvWithDescriptions", PMemHost, "-r pmem-region-stats -q -v", {kRegionCsv, kRegionDescriptions}},
+    {"CsvInPages", PMemHost, "-r pmem-region-stats -q -u pg -s size", "size\n275\n300\n525\n775\n800\n"},
+    // Texts that are wider than their columns push the others until there is room again.
+    {"TableWithWideTexts", [] { return OneRegion({.flags = 0xff, .tag = 0xffff, .mask = UINT64_MAX}); },
+     "-r pmem-region-stats -s flags:numOpened:allocated2MBlks:managementTag:numaAffinityMask", kWideTable.c_str()},
+};
 
-INSTANTIATE_TEST_SUITE_P(RegionFlags, PMemStats,
-                         testing::Values(Flagged("None", 0, "(none)"), Flagged("Two", 0x9, "allocated:readOnly"),
-                                         Flagged("One", 0x10, "blockDev"), Flagged("AllThatHaveNames", 0xff, kAllFlags),
-                                         Flagged("AllOnes", 0xffffffff, kAllFlags),
-                                         Flagged("NoneThatHasAName", 0xffffff00, "(none)"),
-                                         Flagged("OneWithAName", 0x80000020, "persistResv")),
-                         NameOf<ReportCase>);
+INSTANTIATE_TEST_SUITE_P(Regions, PMemStats, testing::ValuesIn(kRegionsCases), NameOf<ReportCase>);
 
-INSTANTIATE_TEST_SUITE_P(
-    RegionMarks, PMemStats,
-    testing::Values(ReportCase{"Nothing", OneRegion({}),
-                               Report(kRegionsReport, {"-q", "-s", "managementTag:numaAffinityMask"}),
-                               "managementTag,numaAffinityMask\n0,0x0\n", "", 0},
-                    ReportCase{"AllOnes", OneRegion({.tag = 0xffff, .mask = UINT64_MAX}),
-                               Report(kRegionsReport, {"-q", "-s", "managementTag:numaAffinityMask"}),
-                               "managementTag,numaAffinityMask\n65535,0xffffffffffffffff\n", "", 0}),
-    NameOf<ReportCase>);
+constexpr ReportCase kRegionSizeCases[] = {
+    Sized(
+        "NothingInKb", [] { return OneRegion({.size = 0}); }, "kb", "0"),
+    Sized(
+        "OneByteInKb", [] { return OneRegion({.size = 1}); }, "kb", "1"),
+    Sized(
+        "OneByteInMb", [] { return OneRegion({.size = 1}); }, "mb", "1"),
+    Sized(
+        "OneByteInPages", [] { return OneRegion({.size = 1}); }, "pg", "1"),
+    Sized(
+        "FiveKbInPages", [] { return OneRegion({.size = 5120}); }, "pg", "2"),
+    Sized(
+        "OneByteMoreThanAPage", [] { return OneRegion({.size = 4097}); }, "pg", "2"),
+    Sized(
+        "OneByteMoreThanOneMb", [] { return OneRegion({.size = 0x100001}); }, "mb", "2"),
+    // There is no mark for a missing size: all ones wraps like any other.
+    Sized(
+        "AllOnesInKb", [] { return OneRegion({.size = UINT64_MAX}); }, "kb", "0"),
+    Sized(
+        "AllOnesInMb", [] { return OneRegion({.size = UINT64_MAX}); }, "mb", "0"),
+    Sized(
+        "LargestInKb", [] { return OneRegion({.size = UINT64_MAX - 1023}); }, "kb", "18014398509481983"),
+    Sized(
+        "LargestInMb", [] { return OneRegion({.size = UINT64_MAX - 1023}); }, "mb", "17592186044416"),
+    Sized(
+        "LargestInPages", [] { return OneRegion({.size = UINT64_MAX - 1023}); }, "pg", "4503599627370496"),
+};
+
+INSTANTIATE_TEST_SUITE_P(RegionSize, PMemStats, testing::ValuesIn(kRegionSizeCases), NameOf<ReportCase>);
+
+constexpr ReportCase kRegionFlagsCases[] = {
+    Flagged(
+        "None", [] { return OneRegion({.flags = 0}); }, "(none)"),
+    Flagged(
+        "Two", [] { return OneRegion({.flags = 0x9}); }, "allocated:readOnly"),
+    Flagged(
+        "One", [] { return OneRegion({.flags = 0x10}); }, "blockDev"),
+    Flagged(
+        "AllThatHaveNames", [] { return OneRegion({.flags = 0xff}); }, kAllFlags),
+    Flagged(
+        "AllOnes", [] { return OneRegion({.flags = 0xffffffff}); }, kAllFlags),
+    Flagged(
+        "NoneThatHasAName", [] { return OneRegion({.flags = 0xffffff00}); }, "(none)"),
+    Flagged(
+        "OneWithAName", [] { return OneRegion({.flags = 0x80000020}); }, "persistResv"),
+};
+
+INSTANTIATE_TEST_SUITE_P(RegionFlags, PMemStats, testing::ValuesIn(kRegionFlagsCases), NameOf<ReportCase>);
+
+constexpr ReportCase kRegionMarksCases[] = {
+    {"Nothing", [] { return OneRegion({}); }, "-r pmem-region-stats -q -s managementTag:numaAffinityMask",
+     "managementTag,numaAffinityMask\n0,0x0\n"},
+    {"AllOnes", [] { return OneRegion({.tag = 0xffff, .mask = UINT64_MAX}); },
+     "-r pmem-region-stats -q -s managementTag:numaAffinityMask",
+     "managementTag,numaAffinityMask\n65535,0xffffffffffffffff\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(RegionMarks, PMemStats, testing::ValuesIn(kRegionMarksCases), NameOf<ReportCase>);
 
 // Extents.
 
@@ -277,21 +290,22 @@ const std::string kExtentTable =
         "                                   vol-3          5       3005       3001       3002       3003       3004\n"
         "                                   vol-3          6       3105       3101       3102       3103       3104\n");
 
-INSTANTIATE_TEST_SUITE_P(
-    Extents, PMemStats,
-    testing::Values(ReportCase{"Table", PMemHost(), Report(kExtentsReport, {"-u", "pg"}), kExtentTable, "", 0},
-                    ReportCase{"TableWithDescriptions", PMemHost(), Report(kExtentsReport, {"-vu", "pg"}),
-                               kExtentTable + kExtentDescriptions, "", 0},
-                    ReportCase{"Csv", PMemHost(), Report(kExtentsReport, {"-q"}), kExtentCsv, "", 0},
-                    ReportCase{"LargestAndSmallestNumber",
-                               PMemHost()
-                                   .AddList(kVolumes, {}, {"vol-1"})
-                                   .AddList(kExtents, {"vol-1"}, {INT32_MAX, INT32_MIN})
-                                   .AddRecord(kExtents, {"vol-1", INT32_MAX}, ExtentRecord{})
-                                   .AddRecord(kExtents, {"vol-1", INT32_MIN}, ExtentRecord{}),
-                               Report(kExtentsReport, {"-q", "-s", "extentID:numaNode"}),
-                               "extentID,numaNode\n2147483647,0\n18446744071562067968,0\n", "", 0}),
-    NameOf<ReportCase>);
+const ReportCase kExtentsCases[] = {
+    {"Table", PMemHost, "-r pmem-extent-stats -u pg", kExtentTable.c_str()},
+    {"TableWithDescriptions", PMemHost, "-r pmem-extent-stats -vu pg", {kExtentTable.c_str(), kExtentDescriptions}},
+    {"Csv", PMemHost, "-r pmem-extent-stats -q", kExtentCsv},
+    {"LargestAndSmallestNumber",
+     [] {
+       return PMemHost()
+           .AddList(kVolumes, {}, {"vol-1"})
+           .AddList(kExtents, {"vol-1"}, {INT32_MAX, INT32_MIN})
+           .AddRecord(kExtents, {"vol-1", INT32_MAX}, ExtentRecord{})
+           .AddRecord(kExtents, {"vol-1", INT32_MIN}, ExtentRecord{});
+     },
+     "-r pmem-extent-stats -q -s extentID:numaNode", "extentID,numaNode\n2147483647,0\n18446744071562067968,0\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Extents, PMemStats, testing::ValuesIn(kExtentsCases), NameOf<ReportCase>);
 
 // Nodes of regions.
 
@@ -322,20 +336,21 @@ const std::string kNumaTable =
         "                                   vol-3                                    reg-e         32           "
         "3003\n");
 
-INSTANTIATE_TEST_SUITE_P(Nodes, PMemStats,
-                         testing::Values(ReportCase{"Table", PMemHost(), Report(kNumaReport, {}), kNumaTable, "", 0},
-                                         ReportCase{"Csv", PMemHost(), Report(kNumaReport, {"-q"}), kNumaCsv, "", 0},
-                                         ReportCase{"CsvWithDescriptions", PMemHost(), Report(kNumaReport, {"-qv"}),
-                                                    std::string(kNumaCsv) + kNumaDescriptions, "", 0},
-                                         ReportCase{"LargeFigures",
-                                                    PMemHost()
-                                                        .AddList(kVolumes, {}, {"vol-2"})
-                                                        .AddRecord(kNuma, {"vol-2", "reg-c", 0},
-                                                                   RegionNumaRecord{.numaNode = UINT32_MAX,
-                                                                                    .allocatedBlocks = UINT64_MAX}),
-                                                    Report(kNumaReport, {"-q", "-s", "numaNode:num2MAllocated"}),
-                                                    "numaNode,num2MAllocated\n-1,18446744073709551615\n", "", 0}),
-                         NameOf<ReportCase>);
+const ReportCase kNodesCases[] = {
+    {"Table", PMemHost, "-r pmem-region-numa-stats", kNumaTable.c_str()},
+    {"Csv", PMemHost, "-r pmem-region-numa-stats -q", kNumaCsv},
+    {"CsvWithDescriptions", PMemHost, "-r pmem-region-numa-stats -qv", {kNumaCsv, kNumaDescriptions}},
+    {"LargeFigures",
+     [] {
+       return PMemHost()
+           .AddList(kVolumes, {}, {"vol-2"})
+           .AddRecord(kNuma, {"vol-2", "reg-c", 0},
+                      RegionNumaRecord{.numaNode = UINT32_MAX, .allocatedBlocks = UINT64_MAX});
+     },
+     "-r pmem-region-numa-stats -q -s numaNode:num2MAllocated", "numaNode,num2MAllocated\n-1,18446744073709551615\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Nodes, PMemStats, testing::ValuesIn(kNodesCases), NameOf<ReportCase>);
 
 // What holds for all four.
 
@@ -349,15 +364,15 @@ void PrintTo(const Kind &kind, std::ostream *stream) { *stream << kind.name; }
 
 class PMemKind : public testing::TestWithParam<Kind> {
  protected:
-  std::vector<std::string> Arguments(const std::vector<std::string> &options) const {
-    return Report(GetParam().report, options);
+  std::string Arguments(const std::string &options) const {
+    return std::string("-r ") + GetParam().report + " " + options;
   }
 };
 
 TEST_P(PMemKind, OffersNoBytes) {
-  for (const char *unit : {"b", "tb", ""}) {
-    const StandinRun run = Check(
-        {"", PMemHost(), Arguments({"-u", unit, "-v"}), "", "Invalid unit specified. Choose from {mb, kb, pg}\n", 1});
+  for (const char *unit : {"b", "tb", "''"}) {
+    const StandinRun run = Check(PMemHost(), Arguments(std::string("-v -u ") + unit), "",
+                                 "Invalid unit specified. Choose from {mb, kb, pg}\n", 1);
     EXPECT_EQ(run.calls, std::vector<std::string>{"NODAL_CheckSig(21) = 0"});
   }
 }
@@ -367,7 +382,7 @@ TEST_P(PMemKind, NamesItselfAndTheUnit) {
   const StandinHost host = StandinHost().AddList(kVolumes, {}, {});
   const std::vector<std::pair<const char *, const char *>> units = {{"mb", "MB"}, {"KB", "KB"}, {"pg", "Page (4K)"}};
   for (const auto &[unit, name] : units) {
-    Check({"", host, Arguments({"-u", unit, "-s", "uuid"}), Banner(GetParam().word, name, "uuid") + table, "", 0});
+    Check(host, Arguments(std::string("-s uuid -u ") + unit), Banner(GetParam().word, name, "uuid") + table);
   }
 }
 
@@ -375,13 +390,11 @@ TEST_P(PMemKind, MayHaveNoVolumes) {
   const std::string output = Banner(GetParam().word, "KB", "uuid") +
                              Table(40, "                                    uuid\n", "") +
                              "Description of report header labels:\n                uuid: Volume UUID\n";
-  Check({"", StandinHost().AddList(kVolumes, {}, {}), Arguments({"-v", "-s", "uuid"}), output, "", 0});
-  Check({"", PMemHost().Fail({.operation = kList, .node = kVolumes}), Arguments({"-v", "-s", "uuid"}), output, "", 0});
+  Check(StandinHost().AddList(kVolumes, {}, {}), Arguments("-v -s uuid"), output);
+  Check(PMemHost().Fail({.operation = kList, .node = kVolumes}), Arguments("-v -s uuid"), output);
 }
 
-TEST_P(PMemKind, MayHaveNoVolumesInCsv) {
-  Check({"", StandinHost(), Arguments({"-q", "-s", "uuid"}), "uuid\n", "", 0});
-}
+TEST_P(PMemKind, MayHaveNoVolumesInCsv) { Check(StandinHost(), Arguments("-q -s uuid"), "uuid\n"); }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, PMemKind,
                          testing::Values(Kind{"Stores", kStores, "REGIONSTORE"},
@@ -394,16 +407,16 @@ INSTANTIATE_TEST_SUITE_P(Kinds, PMemKind,
 TEST(PMemFailure, LeavesTheTableClosed) {
   StandinHost host = PMemHost();
   host.Fail({.operation = kGet, .node = kClean, .call = 3, .status = 0x0bad0003});
-  Check({"", host, Report(kStores, {"-v", "-s", "isClean"}),
-         Banner("REGIONSTORE", "KB", "isClean") + Table(7, "isClean\n", "      y\n      n\n") +
-             "Description of report header labels:\n             isClean: Is region store clean ?\n",
-         "PMemRegionStoreReport: PMemGetRegionStoreInfo failure\n", 0});
+  Check(host, "-r pmem-regionstore-stats -v -s isClean",
+        Banner("REGIONSTORE", "KB", "isClean") + Table(7, "isClean\n", "      y\n      n\n") +
+            "Description of report header labels:\n             isClean: Is region store clean ?\n",
+        "PMemRegionStoreReport: PMemGetRegionStoreInfo failure\n");
 }
 
 TEST(PMemFailure, StandsBetweenTheRowsAndTheEnd) {
   StandinHost host = PMemHost();
   host.Fail({.operation = kGet, .node = kNuma, .call = 5});
-  const StandinRun run = RunKestrel(host, Report(kNumaReport, {"-s", "numaNode"}), {.errorsToOutput = true});
+  const StandinRun run = RunKestrel(host, {"-r", "pmem-region-numa-stats", "-s", "numaNode"}, {.errorsToOutput = true});
   EXPECT_EQ(run.outcome.output,
             Banner("REGION NUMA", "KB", "numaNode") + Rule(10) + "  numaNode\n" + Rule(10) + Rule(10) +
                 "        10\n        11\n        12\n        20\n"
@@ -414,14 +427,13 @@ TEST(PMemFailure, StandsBetweenTheRowsAndTheEnd) {
 
 // Volumes and regions without anything in them are passed over.
 TEST(PMemVolumes, MayBeEmpty) {
-  Check({"", PMemHost().AddList(kRegions, {"vol-1"}, {}), Report(kRegionsReport, {"-qs", "regionUuid"}),
-         "regionUuid\nreg-c\nreg-d\nreg-e\n", "", 0});
-  Check({"", PMemHost().AddList(kExtents, {"vol-2"}, {}), Report(kExtentsReport, {"-qs", "extentID"}),
-         "extentID\n0\n1\n5\n6\n", "", 0});
-  Check({"", PMemHost().AddList(kRegions, {"vol-3"}, {}), Report(kNumaReport, {"-qs", "regionUuid"}),
-         "regionUuid\nreg-a\nreg-a\nreg-b\nreg-c\n", "", 0});
-  Check({"", PMemHost().AddList(kNuma, {"vol-1", "reg-a"}, {}), Report(kNumaReport, {"-qs", "regionUuid"}),
-         "regionUuid\nreg-b\nreg-c\nreg-d\nreg-e\nreg-e\n", "", 0});
+  Check(PMemHost().AddList(kRegions, {"vol-1"}, {}), "-r pmem-region-stats -qs regionUuid",
+        "regionUuid\nreg-c\nreg-d\nreg-e\n");
+  Check(PMemHost().AddList(kExtents, {"vol-2"}, {}), "-r pmem-extent-stats -qs extentID", "extentID\n0\n1\n5\n6\n");
+  Check(PMemHost().AddList(kRegions, {"vol-3"}, {}), "-r pmem-region-numa-stats -qs regionUuid",
+        "regionUuid\nreg-a\nreg-a\nreg-b\nreg-c\n");
+  Check(PMemHost().AddList(kNuma, {"vol-1", "reg-a"}, {}), "-r pmem-region-numa-stats -qs regionUuid",
+        "regionUuid\nreg-b\nreg-c\nreg-d\nreg-e\nreg-e\n");
 }
 
 // The calls of a run about the first volume alone.
@@ -429,7 +441,7 @@ TEST(PMemVolumes, MayBeEmpty) {
 StandinHost FirstVolume() { return PMemHost().AddList(kVolumes, {}, {"vol-1"}); }
 
 TEST(PMemCalls, OfAVolumeAndItsStore) {
-  EXPECT_EQ(CallsThatCount(RunKestrel(FirstVolume(), Report(kStores, {}))),
+  EXPECT_EQ(CallsThatCount(RunKestrel(FirstVolume(), {"-r", "pmem-regionstore-stats"})),
             (std::vector<std::string>{
                 "NODAL_CheckSig(21) = 0",
                 "NODAL_GetInstanceListAlloc(memory_pmem_volumes, []) = 0 list1",
@@ -448,7 +460,7 @@ TEST(PMemCalls, OfAVolumeAndItsStore) {
 }
 
 TEST(PMemCalls, OfItsRegions) {
-  EXPECT_EQ(CallsThatCount(RunKestrel(FirstVolume(), Report(kRegionsReport, {}))),
+  EXPECT_EQ(CallsThatCount(RunKestrel(FirstVolume(), {"-r", "pmem-region-stats"})),
             (std::vector<std::string>{
                 "NODAL_CheckSig(21) = 0",
                 "NODAL_GetInstanceListAlloc(memory_pmem_volumes, []) = 0 list1",
@@ -476,12 +488,12 @@ TEST(PMemCalls, OfItsRegions) {
 
 // The number of regions is asked for again after every row.
 TEST(PMemCalls, TheRegionsAreCountedAgainAfterEveryRow) {
-  const StandinRun run = RunKestrel(FirstVolume(), Report(kRegionsReport, {}));
+  const StandinRun run = RunKestrel(FirstVolume(), {"-r", "pmem-region-stats"});
   EXPECT_EQ(std::count(run.calls.begin(), run.calls.end(), "NODAL_ParamListUsedCount(list3) = 2"), 3) << run;
 }
 
 TEST(PMemCalls, OfItsExtents) {
-  EXPECT_EQ(CallsThatCount(RunKestrel(FirstVolume(), Report(kExtentsReport, {}))),
+  EXPECT_EQ(CallsThatCount(RunKestrel(FirstVolume(), {"-r", "pmem-extent-stats"})),
             (std::vector<std::string>{
                 "NODAL_CheckSig(21) = 0",
                 "NODAL_GetInstanceListAlloc(memory_pmem_volumes, []) = 0 list1",
@@ -514,7 +526,7 @@ std::string NodesListed(const std::string &region, const std::string &list) {
 
 TEST(PMemCalls, OfTheNodesOfItsRegions) {
   const StandinHost host = FirstVolume().AddList(kNuma, {"vol-1", "reg-a"}, {1});
-  EXPECT_EQ(CallsThatCount(RunKestrel(host, Report(kNumaReport, {}))),
+  EXPECT_EQ(CallsThatCount(RunKestrel(host, {"-r", "pmem-region-numa-stats"})),
             (std::vector<std::string>{
                 "NODAL_CheckSig(21) = 0",
                 "NODAL_GetInstanceListAlloc(memory_pmem_volumes, []) = 0 list1",

@@ -77,72 +77,65 @@ StandinHost HostWith(uint64_t active, uint64_t added, uint64_t removed, uint64_t
   return StandinHost().AddRecord("memory_pshare_stats", {}, record);
 }
 
-ReportCase Csv(const char *name, const StandinHost &host, const std::vector<std::string> &options,
-               const std::string &rows) {
-  std::vector<std::string> arguments = {"-r", "pshareHint-stats", "-q"};
-  arguments.insert(arguments.end(), options.begin(), options.end());
-  return {name, host, arguments, kCsvHeader + rows, "", 0};
+constexpr ReportCase Csv(const char *name, StandinHost (*host)(), const char *options, const Text &rows) {
+  return {name, host, {"-r pshareHint-stats -q", options}, {kCsvHeader, rows}};
 }
 
 class PShareHintStats : public testing::TestWithParam<ReportCase> {};
 
 TEST_P(PShareHintStats, AnswersAs) { Check(GetParam()); }
 
-INSTANTIATE_TEST_SUITE_P(
-    Forms, PShareHintStats,
-    testing::Values(
-        ReportCase{"TableInKb", HintsHost(), {"-r", "pshareHint-stats"}, kTableInKb, "", 0},
-        ReportCase{"TableInPages",
-                   HintsHost(),
-                   {"-r", "PSHAREHINT-STATS", "-u", "pg", "-s", "ACTIVE:type", "-v"},
-                   kTableInPages,
-                   "",
-                   0},
-        ReportCase{
-            "NoColumns", HintsHost(), {"-r", "pshareHint-stats", "-u", "mb", "-s", "cow", "-v"}, kNoColumns, "", 0},
-        ReportCase{"NoColumnsInCsv", HintsHost(), {"-r", "pshareHint-stats", "-q", "-s", ""}, "\n\n\n\n", "", 0},
-        Csv("CsvInMb", HintsHost(), {"-u", "mb"}, "regular,196,98,98\nlpage,79,20,59\nTotal,274,118,157\n"),
-        Csv("CsvWithDescriptions", HintsHost(), {"--verbose", "--unit=PG"},
-            std::string("regular,49996,24996,25000\nlpage,20005,5007,14998\nTotal,70001,30003,39995\n") +
-                kDescriptions),
-        Csv("OtherOptionsAreNone", HintsHost(), {"-x", "--gid=4", "-upg", "-l", "0", "-s"},
-            "regular,49996,24996,25000\nlpage,20005,5007,14998\nTotal,70001,30003,39995\n")),
-    NameOf<ReportCase>);
+constexpr ReportCase kFormsCases[] = {
+    {"TableInKb", HintsHost, "-r pshareHint-stats", kTableInKb},
+    {"TableInPages", HintsHost, "-r PSHAREHINT-STATS -u pg -s ACTIVE:type -v", kTableInPages},
+    {"NoColumns", HintsHost, "-r pshareHint-stats -u mb -s cow -v", kNoColumns},
+    {"NoColumnsInCsv", HintsHost, "-r pshareHint-stats -q -s ''", "\n\n\n\n"},
+    Csv("CsvInMb", HintsHost, "-u mb", "regular,196,98,98\nlpage,79,20,59\nTotal,274,118,157\n"),
+    Csv("CsvWithDescriptions", HintsHost, "--verbose --unit=PG",
+        {"regular,49996,24996,25000\nlpage,20005,5007,14998\nTotal,70001,30003,39995\n", kDescriptions}),
+    Csv("OtherOptionsAreNone", HintsHost, "-x --gid=4 -upg -l 0 -s",
+        "regular,49996,24996,25000\nlpage,20005,5007,14998\nTotal,70001,30003,39995\n"),
+};
 
-INSTANTIATE_TEST_SUITE_P(Figures, PShareHintStats,
-                         testing::Values(Csv("NoneForLargePages", HostWith(7, 100, 40, 0, 0), {"-u", "pg"},
-                                             "regular,100,40,60\nlpage,0,0,0\nTotal,100,40,7\n"),
-                                         // More for large pages than in all: the differences wrap.
-                                         Csv("MoreForLargePagesInPages", HostWith(0, 1, 2, 2, 4), {"-u", "pg"},
-                                             "regular,4611686018427387903,4611686018427387902,1\n"
-                                             "lpage,2,4,4611686018427387902\nTotal,1,2,0\n"),
-                                         Csv("MoreForLargePagesInKb", HostWith(0, 1, 2, 2, 4), {},
-                                             "regular,18446744073709551612,18446744073709551608,4\n"
-                                             "lpage,8,16,18446744073709551608\nTotal,4,8,0\n"),
-                                         Csv("MoreForLargePagesInMb", HostWith(0, 1, 2, 2, 4), {"-u", "mb"},
-                                             "regular,0,0,1\nlpage,1,1,0\nTotal,1,1,0\n"),
-                                         // All ones is a count like any other here.
-                                         Csv("AllOnes", HostWith(UINT64_MAX, 257, 0, 1, 0), {"-u", "mb"},
-                                             "regular,1,0,1\nlpage,1,0,1\nTotal,2,0,0\n"),
-                                         Csv("AllOnesInKb", HostWith(UINT64_MAX, 257, 0, 1, 0), {},
-                                             "regular,1024,0,1024\nlpage,4,0,4\nTotal,1028,0,18446744073709551612\n")),
-                         NameOf<ReportCase>);
+INSTANTIATE_TEST_SUITE_P(Forms, PShareHintStats, testing::ValuesIn(kFormsCases), NameOf<ReportCase>);
 
-INSTANTIATE_TEST_SUITE_P(
-    Failures, PShareHintStats,
-    testing::Values(
-        ReportCase{"BytesAreNotOffered", HintsHost(), {"-r", "pshareHint-stats", "-u", "b"}, "", kBadUnit, 1},
-        ReportCase{"EmptyUnit", HintsHost(), {"-r", "pshareHint-stats", "-q", "-u", ""}, "", kBadUnit, 1},
-        ReportCase{
-            "AnotherUnitOverrides", HintsHost(), {"-r", "pshareHint-stats", "-u", "mb", "-u", "tb"}, "", kBadUnit, 1},
-        ReportCase{"NoRecord", StandinHost(), {"-r", "pshareHint-stats", "-v"}, "", "", 1},
-        ReportCase{"RecordOfAnotherSize",
-                   StandinHost().AddBytes("memory_pshare_stats", {}, std::string(104, 'x')),
-                   {"-r", "pshareHint-stats"},
-                   "",
-                   "",
-                   1}),
-    NameOf<ReportCase>);
+constexpr ReportCase kFiguresCases[] = {
+    Csv(
+        "NoneForLargePages", [] { return HostWith(7, 100, 40, 0, 0); }, "-u pg",
+        "regular,100,40,60\nlpage,0,0,0\nTotal,100,40,7\n"),
+    // More for large pages than in all: the differences wrap.
+    Csv(
+        "MoreForLargePagesInPages", [] { return HostWith(0, 1, 2, 2, 4); }, "-u pg",
+        "regular,4611686018427387903,4611686018427387902,1\n"
+        "lpage,2,4,4611686018427387902\nTotal,1,2,0\n"),
+    Csv(
+        "MoreForLargePagesInKb", [] { return HostWith(0, 1, 2, 2, 4); }, "",
+        "regular,18446744073709551612,18446744073709551608,4\n"
+        "lpage,8,16,18446744073709551608\nTotal,4,8,0\n"),
+    Csv(
+        "MoreForLargePagesInMb", [] { return HostWith(0, 1, 2, 2, 4); }, "-u mb",
+        "regular,0,0,1\nlpage,1,1,0\nTotal,1,1,0\n"),
+    // All ones is a count like any other here.
+    Csv(
+        "AllOnes", [] { return HostWith(UINT64_MAX, 257, 0, 1, 0); }, "-u mb",
+        "regular,1,0,1\nlpage,1,0,1\nTotal,2,0,0\n"),
+    Csv(
+        "AllOnesInKb", [] { return HostWith(UINT64_MAX, 257, 0, 1, 0); }, "",
+        "regular,1024,0,1024\nlpage,4,0,4\nTotal,1028,0,18446744073709551612\n"),
+};
+
+INSTANTIATE_TEST_SUITE_P(Figures, PShareHintStats, testing::ValuesIn(kFiguresCases), NameOf<ReportCase>);
+
+constexpr ReportCase kFailuresCases[] = {
+    {"BytesAreNotOffered", HintsHost, "-r pshareHint-stats -u b", "", kBadUnit, 1},
+    {"EmptyUnit", HintsHost, "-r pshareHint-stats -q -u ''", "", kBadUnit, 1},
+    {"AnotherUnitOverrides", HintsHost, "-r pshareHint-stats -u mb -u tb", "", kBadUnit, 1},
+    {"NoRecord", [] { return StandinHost(); }, "-r pshareHint-stats -v", "", "", 1},
+    {"RecordOfAnotherSize", [] { return StandinHost().AddBytes("memory_pshare_stats", {}, std::string(104, 'x')); },
+     "-r pshareHint-stats", "", "", 1},
+};
+
+INSTANTIATE_TEST_SUITE_P(Failures, PShareHintStats, testing::ValuesIn(kFailuresCases), NameOf<ReportCase>);
 
 TEST(PShareHintStatsCalls, OneRecordIsReadOnce) {
   EXPECT_EQ(CallsThatCount(RunKestrel(HintsHost(), {"-r", "pshareHint-stats"})),

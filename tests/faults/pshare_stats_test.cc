@@ -80,68 +80,43 @@ class PShareStats : public testing::TestWithParam<ReportCase> {};
 
 TEST_P(PShareStats, AnswersAs) { Check(GetParam()); }
 
-INSTANTIATE_TEST_SUITE_P(
-    Forms, PShareStats,
-    testing::Values(
-        ReportCase{"TableInKb", SharingHost(), {"-r", "pshare-stats"}, kTableInKb, "", 0},
-        ReportCase{"TableInPages",
-                   SharingHost(),
-                   {"-r", "pshare-stats", "-u", "pg", "-s", "zero:COW", "-v"},
-                   kTableInPages,
-                   "",
-                   0},
-        ReportCase{
-            "NoColumns", SharingHost(), {"-r", "pshare-stats", "-u", "mb", "-s", "gid", "-v"}, kNoColumns, "", 0},
-        ReportCase{"NoColumnsInCsv", SharingHost(), {"-r", "pshare-stats", "-q", "-s", ""}, "\n\n", "", 0},
-        ReportCase{"CsvInMb",
-                   SharingHost(),
-                   {"-r", "pshare-stats", "-qu", "mb"},
-                   std::string(kCsvHeader) + "2,1,0,1,3907,15625000,1\n",
-                   "",
-                   0},
-        ReportCase{"CsvWithDescriptions",
-                   SharingHost(),
-                   {"-r", "pshare-stats", "--csvMode", "--verbose", "--unit=PG"},
-                   std::string(kCsvHeader) + "257,1,0,256,1000000,4000000000,5\n" + kDescriptions,
-                   "",
-                   0}),
-    NameOf<ReportCase>);
+constexpr ReportCase kFormsCases[] = {
+    {"TableInKb", SharingHost, "-r pshare-stats", kTableInKb},
+    {"TableInPages", SharingHost, "-r pshare-stats -u pg -s zero:COW -v", kTableInPages},
+    {"NoColumns", SharingHost, "-r pshare-stats -u mb -s gid -v", kNoColumns},
+    {"NoColumnsInCsv", SharingHost, "-r pshare-stats -q -s ''", "\n\n"},
+    {"CsvInMb", SharingHost, "-r pshare-stats -qu mb", {kCsvHeader, "2,1,0,1,3907,15625000,1\n"}},
+    {"CsvWithDescriptions",
+     SharingHost,
+     "-r pshare-stats --csvMode --verbose --unit=PG",
+     {kCsvHeader, "257,1,0,256,1000000,4000000000,5\n", kDescriptions}},
+};
 
-INSTANTIATE_TEST_SUITE_P(
-    Conversions, PShareStats,
-    testing::Values(
-        ReportCase{"NothingInMb", HostWith(0), {"-r", "pshare-stats", "-qscow", "-umb"}, "cow\n0\n", "", 0},
-        ReportCase{"OnePageInMb", HostWith(1), {"-r", "pshare-stats", "-qscow", "-umb"}, "cow\n1\n", "", 0},
-        ReportCase{"OneMbOfPagesInMb", HostWith(256), {"-r", "pshare-stats", "-qscow", "-umb"}, "cow\n1\n", "", 0},
-        ReportCase{"OnePageMoreInMb", HostWith(257), {"-r", "pshare-stats", "-qscow", "-umb"}, "cow\n2\n", "", 0},
-        // A count of pages has no mark for a missing figure: all ones wraps like any other.
-        ReportCase{"AllOnesInKb",
-                   HostWith(UINT64_MAX),
-                   {"-r", "pshare-stats", "-qscow"},
-                   "cow\n18446744073709551612\n",
-                   "",
-                   0},
-        ReportCase{"AllOnesInMb", HostWith(UINT64_MAX), {"-r", "pshare-stats", "-qscow", "-umb"}, "cow\n0\n", "", 0},
-        ReportCase{"AllOnesInPages",
-                   HostWith(UINT64_MAX),
-                   {"-r", "pshare-stats", "-qscow", "-upg"},
-                   "cow\n4611686018427387903\n",
-                   "",
-                   0}),
-    NameOf<ReportCase>);
+INSTANTIATE_TEST_SUITE_P(Forms, PShareStats, testing::ValuesIn(kFormsCases), NameOf<ReportCase>);
 
-INSTANTIATE_TEST_SUITE_P(
-    Failures, PShareStats,
-    testing::Values(ReportCase{"BytesAreNotOffered", SharingHost(), {"-r", "pshare-stats", "-u", "b"}, "", kBadUnit, 1},
-                    ReportCase{"UnknownUnit", SharingHost(), {"-r", "pshare-stats", "-u", "gb", "-q"}, "", kBadUnit, 1},
-                    ReportCase{"NoRecord", StandinHost(), {"-r", "pshare-stats", "-v"}, "", "", 1},
-                    ReportCase{"RecordOfAnotherSize",
-                               StandinHost().AddBytes("memory_pshare_stats", {}, std::string(200, 'x')),
-                               {"-r", "pshare-stats", "-q"},
-                               "",
-                               "",
-                               1}),
-    NameOf<ReportCase>);
+constexpr ReportCase kConversionsCases[] = {
+    {"NothingInMb", [] { return HostWith(0); }, "-r pshare-stats -qscow -umb", "cow\n0\n"},
+    {"OnePageInMb", [] { return HostWith(1); }, "-r pshare-stats -qscow -umb", "cow\n1\n"},
+    {"OneMbOfPagesInMb", [] { return HostWith(256); }, "-r pshare-stats -qscow -umb", "cow\n1\n"},
+    {"OnePageMoreInMb", [] { return HostWith(257); }, "-r pshare-stats -qscow -umb", "cow\n2\n"},
+    // A count of pages has no mark for a missing figure: all ones wraps like any other.
+    {"AllOnesInKb", [] { return HostWith(UINT64_MAX); }, "-r pshare-stats -qscow", "cow\n18446744073709551612\n"},
+    {"AllOnesInMb", [] { return HostWith(UINT64_MAX); }, "-r pshare-stats -qscow -umb", "cow\n0\n"},
+    {"AllOnesInPages", [] { return HostWith(UINT64_MAX); }, "-r pshare-stats -qscow -upg",
+     "cow\n4611686018427387903\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Conversions, PShareStats, testing::ValuesIn(kConversionsCases), NameOf<ReportCase>);
+
+constexpr ReportCase kFailuresCases[] = {
+    {"BytesAreNotOffered", SharingHost, "-r pshare-stats -u b", "", kBadUnit, 1},
+    {"UnknownUnit", SharingHost, "-r pshare-stats -u gb -q", "", kBadUnit, 1},
+    {"NoRecord", [] { return StandinHost(); }, "-r pshare-stats -v", "", "", 1},
+    {"RecordOfAnotherSize", [] { return StandinHost().AddBytes("memory_pshare_stats", {}, std::string(200, 'x')); },
+     "-r pshare-stats -q", "", "", 1},
+};
+
+INSTANTIATE_TEST_SUITE_P(Failures, PShareStats, testing::ValuesIn(kFailuresCases), NameOf<ReportCase>);
 
 TEST(PShareStatsCalls, OneRecordIsReadOnce) {
   EXPECT_EQ(RunKestrel(SharingHost(), {"-r", "pshare-stats"}).calls, (std::vector<std::string>{

@@ -13,39 +13,43 @@ constexpr char kShell[] = "type,name\nuw,shell\n,\n";
 constexpr char kMail[] = "type,name\n(all),mail\n,\n";
 constexpr char kNone[] = "type,name\n,\n";
 
-ReportCase Types(const char *name, const std::vector<std::string> &options, const std::string &output,
-                 const std::string &errors = "", int exitStatus = 0) {
-  std::vector<std::string> arguments = {"-r", "uw-stats", "-q", "-s", "type:name"};
-  arguments.insert(arguments.end(), options.begin(), options.end());
-  return {name, MachinesHost(), arguments, output, errors, exitStatus};
+constexpr ReportCase Types(const char *name, const char *options, const char *output, const char *errors = "",
+                           int exitStatus = 0) {
+  return {name, MachinesHost, {"-r uw-stats -q -s type:name", options}, output, errors, exitStatus};
 }
 
 class UwStats : public testing::TestWithParam<ReportCase> {};
 
 TEST_P(UwStats, AnswersAs) { Check(GetParam()); }
 
-INSTANTIATE_TEST_SUITE_P(
-    Filters, UwStats,
-    testing::Values(Types("None", {}, kBoth), Types("VmBased", {"-i", "vm"}, kMail),
-                    Types("AnyCase", {"--iFilter=VM"}, kMail), Types("UserWorlds", {"-i", "uw"}, kBoth),
-                    Types("BothTypes", {"-i", ":vm::uw"}, kBoth), Types("NoType", {"-i", ":"}, kNone),
-                    Types("EmptyInclusion", {"-i", ""}, kNone), Types("NotVmBased", {"-e", "vm"}, kShell),
-                    Types("NoUserWorlds", {"--eFilter", "uw"}, kNone), Types("EmptyExclusion", {"-e", ""}, kBoth),
-                    Types("ExclusionWins", {"-i", "vm", "-e", "vm"}, kNone),
-                    Types("TheLastCounts", {"-i", "xx", "-e", "yy", "-i", "vm", "-e", ":"}, kMail)),
-    NameOf<ReportCase>);
+constexpr ReportCase kFiltersCases[] = {
+    Types("None", "", kBoth),
+    Types("VmBased", "-i vm", kMail),
+    Types("AnyCase", "--iFilter=VM", kMail),
+    Types("UserWorlds", "-i uw", kBoth),
+    Types("BothTypes", "-i :vm::uw", kBoth),
+    Types("NoType", "-i :", kNone),
+    Types("EmptyInclusion", "-i ''", kNone),
+    Types("NotVmBased", "-e vm", kShell),
+    Types("NoUserWorlds", "--eFilter uw", kNone),
+    Types("EmptyExclusion", "-e ''", kBoth),
+    Types("ExclusionWins", "-i vm -e vm", kNone),
+    Types("TheLastCounts", "-i xx -e yy -i vm -e :", kMail),
+};
 
-INSTANTIATE_TEST_SUITE_P(
-    BadFilters, UwStats,
-    testing::Values(Types("UnknownType", {"-i", "xx"}, "", "Invalid flag (xx) in filter\n", 1),
-                    Types("UnknownSecondType", {"-i", "vm:xx:yy"}, "", "Invalid flag (xx) in filter\n", 1),
-                    Types("UnknownInExclusion", {"-e", "uw:zz"}, "", "Invalid flag (zz) in filter\n", 1),
-                    Types("AGroupsFlagIsNoType", {"-e", "sys"}, "", "Invalid flag (sys) in filter\n", 1),
-                    Types("InclusionIsReadFirst", {"-e", "zz", "-i", "xx"}, "", "Invalid flag (xx) in filter\n", 1),
-                    Types("UnitIsReadBefore", {"-i", "xx", "-u", "b"}, "",
-                          "Invalid unit specified. Choose from {mb, kb, pg}\n", 1),
-                    Types("LevelIsReadBefore", {"-i", "xx", "-l", "0"}, "", "Invalid level 0, must be > 0\n", 1)),
-    NameOf<ReportCase>);
+INSTANTIATE_TEST_SUITE_P(Filters, UwStats, testing::ValuesIn(kFiltersCases), NameOf<ReportCase>);
+
+constexpr ReportCase kBadFiltersCases[] = {
+    Types("UnknownType", "-i xx", "", "Invalid flag (xx) in filter\n", 1),
+    Types("UnknownSecondType", "-i vm:xx:yy", "", "Invalid flag (xx) in filter\n", 1),
+    Types("UnknownInExclusion", "-e uw:zz", "", "Invalid flag (zz) in filter\n", 1),
+    Types("AGroupsFlagIsNoType", "-e sys", "", "Invalid flag (sys) in filter\n", 1),
+    Types("InclusionIsReadFirst", "-e zz -i xx", "", "Invalid flag (xx) in filter\n", 1),
+    Types("UnitIsReadBefore", "-i xx -u b", "", "Invalid unit specified. Choose from {mb, kb, pg}\n", 1),
+    Types("LevelIsReadBefore", "-i xx -l 0", "", "Invalid level 0, must be > 0\n", 1),
+};
+
+INSTANTIATE_TEST_SUITE_P(BadFilters, UwStats, testing::ValuesIn(kBadFiltersCases), NameOf<ReportCase>);
 
 TEST(UwStatsCalls, ABadFilterReadsNothing) {
   for (const char *option : {"-i", "-e"}) {
