@@ -23,8 +23,8 @@ struct Symbol {
 
 // The symbols that a program or library defines for others.
 std::map<std::string, Symbol> SymbolsOf(const char *file) {
-  const Outcome outcome = testing_support::Run(
-      {.program = "/usr/bin/env", .arguments = {"nm", "-D", "-S", "-t", "d", "--defined-only", file}});
+  const Outcome outcome =
+      testing_support::Run({.program = NM_PROGRAM, .arguments = {"-D", "-S", "-t", "d", "--defined-only", file}});
   EXPECT_EQ(outcome.exitStatus, 0) << outcome;
   std::map<std::string, Symbol> symbols;
   for (const std::string &line : Lines(outcome.output)) {
@@ -63,8 +63,7 @@ TEST(Binary, TheStandinHasAllThatTheLibraryHas) {
 
 #if !defined(KESTREL_SANITIZE)
 TEST(Binary, NeedsThePlatformLibraryAndTheLanguagesOwn) {
-  const Outcome outcome =
-      testing_support::Run({.program = "/usr/bin/env", .arguments = {"readelf", "-d", KESTREL_PROGRAM}});
+  const Outcome outcome = testing_support::Run({.program = READELF_PROGRAM, .arguments = {"-d", KESTREL_PROGRAM}});
   ASSERT_EQ(outcome.exitStatus, 0) << outcome;
   std::set<std::string> libraries;
   for (const std::string &line : Lines(outcome.output)) {
@@ -82,7 +81,7 @@ TEST(Binary, NeedsThePlatformLibraryAndTheLanguagesOwn) {
 // Whoever wraps an operation of the library must see the calls of the program, and none of the library's own.
 TEST(Library, CallsItsOwnOperationsDirectly) {
   const Outcome outcome =
-      testing_support::Run({.program = "/usr/bin/env", .arguments = {"readelf", "-r", "-W", PLATFORM_LIBRARY}});
+      testing_support::Run({.program = READELF_PROGRAM, .arguments = {"-r", "-W", PLATFORM_LIBRARY}});
   ASSERT_EQ(outcome.exitStatus, 0) << outcome;
   for (const std::string &line : Lines(outcome.output)) {
     const bool isCall = line.find("JUMP_SLO") != line.npos || line.find("GLOB_DAT") != line.npos;
