@@ -263,6 +263,7 @@ def ninja(targets, log, seconds):
 def run_tests(command, seconds):
     # Tests keep their files in TMPDIR, and those of a killed test go with it.
     with tempfile.TemporaryDirectory(prefix="mutate.", ignore_cleanup_errors=True) as scratch:
+        os.chmod(scratch, 0o755)  # some tests run programs as another user
         environment = dict(os.environ, TMPDIR=scratch, GTEST_FAIL_FAST="1")
         return run(["sh", "-c", command], LOG, seconds, env=environment, preexec_fn=limit_memory)
 
