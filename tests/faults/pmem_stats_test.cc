@@ -9,7 +9,6 @@ namespace faults {
 namespace {
 
 constexpr char kVolumes[] = "memory_pmem_volumes";
-constexpr char kInfo[] = "memory_pmem_volumes_info";
 constexpr char kStore[] = "memory_pmem_volumes_regionStore_info";
 constexpr char kClean[] = "memory_pmem_volumes_regionStore_isClean";
 constexpr char kRegions[] = "memory_pmem_volumes_regionStore_regions";
@@ -17,11 +16,6 @@ constexpr char kRegion[] = "memory_pmem_volumes_regionStore_regions_info";
 constexpr char kNuma[] = "memory_pmem_volumes_regionStore_regions_numaAllocInfo";
 constexpr char kExtents[] = "memory_pmem_volumes_extents";
 
-constexpr char kCreate[] = "NODAL_ParamListCreate";
-constexpr char kAddInt[] = "NODAL_ParamListAddInt";
-constexpr char kAddString[] = "NODAL_ParamListAddString";
-constexpr char kGetString[] = "NODAL_ParamListGetString";
-constexpr char kGetInt32[] = "NODAL_ParamListGetInt32";
 constexpr char kGet[] = "NODAL_Get";
 constexpr char kList[] = "NODAL_GetInstanceListAlloc";
 
