@@ -101,41 +101,39 @@ TEST(AsyncRemapStatsCalls, AGroupIsReadInAFixedOrder) {
   const auto isListOfTheGroup = [](const std::string &call) { return call.starts_with("NODAL_ParamListCreate(1, 1)"); };
   calls.erase(calls.begin(), std::find_if(calls.begin(), calls.end(), isListOfTheGroup));
   calls.resize(std::min<size_t>(calls.size(), 33));
-  EXPECT_EQ(calls, (std::vector<std::string>{
-                       "NODAL_ParamListCreate(1, 1) = list5",
-                       "NODAL_ParamListAddInt(list5, 20) = 0",
-                       "NODAL_GetInstanceListAlloc(sched_groups_members_memClients, [20]) = 0 list6",
-                       "NODAL_ParamListGetUInt32(list6, 0) = 0",
-                       "NODAL_ParamListCreate(1, 1) = list7",
-                       "NODAL_ParamListAddInt(list7, 120) = 0",
-                       "NODAL_GetInstanceListAlloc(sched_memClients_remapTypes, [120]) = 0 list8",
-                       "NODAL_ParamListGetString(list8, 0) = 0",
-                       "NODAL_ParamListCreate(1, 2) = list9",
-                       "NODAL_ParamListAddInt(list9, 120) = 0",
-                       "NODAL_ParamListAddString(list9, \"copy\") = 0",
-                       "NODAL_Get(sched_memClients_remapTypes, [120,\"copy\"], 80) = 0",
-                       "NODAL_ParamListGetString(list8, 1) = 0",
-                       "NODAL_ParamListCreate(1, 2) = list10",
-                       "NODAL_ParamListAddInt(list10, 120) = 0",
-                       "NODAL_ParamListAddString(list10, \"move\") = 0",
-                       "NODAL_Get(sched_memClients_remapTypes, [120,\"move\"], 80) = 0",
-                       "NODAL_ParamListGetString(list8, 2) = 0",
-                       "NODAL_ParamListCreate(1, 2) = list11",
-                       "NODAL_ParamListAddInt(list11, 120) = 0",
-                       "NODAL_ParamListAddString(list11, \"zero\") = 0",
-                       "NODAL_Get(sched_memClients_remapTypes, [120,\"zero\"], 80) = 0",
-                       "NODAL_ParamListGetUInt32(list6, 1) = 0",
-                       "NODAL_ParamListCreate(1, 1) = list12",
-                       "NODAL_ParamListAddInt(list12, 121) = 0",
-                       "NODAL_GetInstanceListAlloc(sched_memClients_remapTypes, [121]) = 0 list13",
-                       "NODAL_ParamListGetString(list13, 0) = 0",
-                       "NODAL_ParamListCreate(1, 2) = list14",
-                       "NODAL_ParamListAddInt(list14, 121) = 0",
-                       "NODAL_ParamListAddString(list14, \"copy\") = 0",
-                       "NODAL_Get(sched_memClients_remapTypes, [121,\"copy\"], 80) = 0",
-                       "NODAL_ParamListGetString(list13, 1) = 0",
-                       "NODAL_ParamListCreate(1, 2) = list15",
-                   }));
+  EXPECT_EQ(calls, Lines("NODAL_ParamListCreate(1, 1) = list5\n"
+                         "NODAL_ParamListAddInt(list5, 20) = 0\n"
+                         "NODAL_GetInstanceListAlloc(sched_groups_members_memClients, [20]) = 0 list6\n"
+                         "NODAL_ParamListGetUInt32(list6, 0) = 0\n"
+                         "NODAL_ParamListCreate(1, 1) = list7\n"
+                         "NODAL_ParamListAddInt(list7, 120) = 0\n"
+                         "NODAL_GetInstanceListAlloc(sched_memClients_remapTypes, [120]) = 0 list8\n"
+                         "NODAL_ParamListGetString(list8, 0) = 0\n"
+                         "NODAL_ParamListCreate(1, 2) = list9\n"
+                         "NODAL_ParamListAddInt(list9, 120) = 0\n"
+                         "NODAL_ParamListAddString(list9, \"copy\") = 0\n"
+                         "NODAL_Get(sched_memClients_remapTypes, [120,\"copy\"], 80) = 0\n"
+                         "NODAL_ParamListGetString(list8, 1) = 0\n"
+                         "NODAL_ParamListCreate(1, 2) = list10\n"
+                         "NODAL_ParamListAddInt(list10, 120) = 0\n"
+                         "NODAL_ParamListAddString(list10, \"move\") = 0\n"
+                         "NODAL_Get(sched_memClients_remapTypes, [120,\"move\"], 80) = 0\n"
+                         "NODAL_ParamListGetString(list8, 2) = 0\n"
+                         "NODAL_ParamListCreate(1, 2) = list11\n"
+                         "NODAL_ParamListAddInt(list11, 120) = 0\n"
+                         "NODAL_ParamListAddString(list11, \"zero\") = 0\n"
+                         "NODAL_Get(sched_memClients_remapTypes, [120,\"zero\"], 80) = 0\n"
+                         "NODAL_ParamListGetUInt32(list6, 1) = 0\n"
+                         "NODAL_ParamListCreate(1, 1) = list12\n"
+                         "NODAL_ParamListAddInt(list12, 121) = 0\n"
+                         "NODAL_GetInstanceListAlloc(sched_memClients_remapTypes, [121]) = 0 list13\n"
+                         "NODAL_ParamListGetString(list13, 0) = 0\n"
+                         "NODAL_ParamListCreate(1, 2) = list14\n"
+                         "NODAL_ParamListAddInt(list14, 121) = 0\n"
+                         "NODAL_ParamListAddString(list14, \"copy\") = 0\n"
+                         "NODAL_Get(sched_memClients_remapTypes, [121,\"copy\"], 80) = 0\n"
+                         "NODAL_ParamListGetString(list13, 1) = 0\n"
+                         "NODAL_ParamListCreate(1, 2) = list15\n"));
 }
 
 }  // namespace

@@ -391,50 +391,48 @@ TEST(BuddyStatsMessages, StandBetweenTheRows) {
 
 TEST(BuddyStatsCalls, NodesAreLookedUpBeforeTheFirstRow) {
   const StandinRun run = RunKestrel(BuddyHost(), {"-r", "buddy-stats"});
-  EXPECT_EQ(CallsThatCount(run), (std::vector<std::string>{
-                                     "NODAL_CheckSig(21) = 0",
-                                     "NODAL_ParamListCreateAndAllocateParams(1, 99, 12672) = list1",
-                                     "NODAL_GetInstanceList(system_buddy, []) = 0 list1",
-                                     "NODAL_ParamListGetString(list1, 0) = 0",
-                                     "NODAL_ParamListCreate(1, 1) = list2",
-                                     "NODAL_ParamListAddInt(list2, 1) = 0",
-                                     "NODAL_Get(memory_memNodes, [1], 28) = 0",
-                                     "NODAL_ParamListDestroy(list2)",
-                                     "NODAL_ParamListGetString(list1, 1) = 0",
-                                     "NODAL_ParamListGetString(list1, 2) = 0",
-                                     "NODAL_ParamListCreate(1, 1) = list3",
-                                     "NODAL_ParamListAddInt(list3, 0) = 0",
-                                     "NODAL_Get(memory_memNodes, [0], 28) = 0",
-                                     "NODAL_ParamListDestroy(list3)",
-                                     "NODAL_ParamListGetString(list1, 3) = 0",
-                                     "NODAL_ParamListCreate(1, 1) = list4",
-                                     "NODAL_ParamListAddInt(list4, 1) = 0",
-                                     "NODAL_Get(memory_memNodes, [1], 28) = 0",
-                                     "NODAL_ParamListDestroy(list4)",
-                                     "NODAL_ParamListGetString(list1, 4) = 0",
-                                     "NODAL_ParamListGetString(list1, 5) = 0",
-                                     "NODAL_ParamListCreate(1, 1) = list5",
-                                     "NODAL_ParamListAddInt(list5, 0) = 0",
-                                     "NODAL_Get(memory_memNodes, [0], 28) = 0",
-                                     "NODAL_ParamListDestroy(list5)",
-                                     "NODAL_ParamListDestroy(list1)",
-                                     "NODAL_ParamListCreate(1, 1) = list6",
-                                     "NODAL_ParamListAddString(list6, \"memmap-00-lo\") = 0",
-                                     "NODAL_Get(system_buddy_comprehensive, [\"memmap-00-lo\"], 236) = 0",
-                                     "NODAL_ParamListDestroy(list6)",
-                                     "NODAL_ParamListCreate(1, 1) = list7",
-                                     "NODAL_ParamListAddString(list7, \"memmap-00-hi\") = 0",
-                                     "NODAL_Get(system_buddy_comprehensive, [\"memmap-00-hi\"], 236) = 0",
-                                     "NODAL_ParamListDestroy(list7)",
-                                     "NODAL_ParamListCreate(1, 1) = list8",
-                                     "NODAL_ParamListAddString(list8, \"memmap-01-lo\") = 0",
-                                     "NODAL_Get(system_buddy_comprehensive, [\"memmap-01-lo\"], 236) = 0",
-                                     "NODAL_ParamListDestroy(list8)",
-                                     "NODAL_ParamListCreate(1, 1) = list9",
-                                     "NODAL_ParamListAddString(list9, \"memmap-01-hi\") = 0",
-                                     "NODAL_Get(system_buddy_comprehensive, [\"memmap-01-hi\"], 236) = 0",
-                                     "NODAL_ParamListDestroy(list9)",
-                                 }));
+  EXPECT_EQ(CallsThatCount(run), Lines("NODAL_CheckSig(21) = 0\n"
+                                       "NODAL_ParamListCreateAndAllocateParams(1, 99, 12672) = list1\n"
+                                       "NODAL_GetInstanceList(system_buddy, []) = 0 list1\n"
+                                       "NODAL_ParamListGetString(list1, 0) = 0\n"
+                                       "NODAL_ParamListCreate(1, 1) = list2\n"
+                                       "NODAL_ParamListAddInt(list2, 1) = 0\n"
+                                       "NODAL_Get(memory_memNodes, [1], 28) = 0\n"
+                                       "NODAL_ParamListDestroy(list2)\n"
+                                       "NODAL_ParamListGetString(list1, 1) = 0\n"
+                                       "NODAL_ParamListGetString(list1, 2) = 0\n"
+                                       "NODAL_ParamListCreate(1, 1) = list3\n"
+                                       "NODAL_ParamListAddInt(list3, 0) = 0\n"
+                                       "NODAL_Get(memory_memNodes, [0], 28) = 0\n"
+                                       "NODAL_ParamListDestroy(list3)\n"
+                                       "NODAL_ParamListGetString(list1, 3) = 0\n"
+                                       "NODAL_ParamListCreate(1, 1) = list4\n"
+                                       "NODAL_ParamListAddInt(list4, 1) = 0\n"
+                                       "NODAL_Get(memory_memNodes, [1], 28) = 0\n"
+                                       "NODAL_ParamListDestroy(list4)\n"
+                                       "NODAL_ParamListGetString(list1, 4) = 0\n"
+                                       "NODAL_ParamListGetString(list1, 5) = 0\n"
+                                       "NODAL_ParamListCreate(1, 1) = list5\n"
+                                       "NODAL_ParamListAddInt(list5, 0) = 0\n"
+                                       "NODAL_Get(memory_memNodes, [0], 28) = 0\n"
+                                       "NODAL_ParamListDestroy(list5)\n"
+                                       "NODAL_ParamListDestroy(list1)\n"
+                                       "NODAL_ParamListCreate(1, 1) = list6\n"
+                                       "NODAL_ParamListAddString(list6, \"memmap-00-lo\") = 0\n"
+                                       "NODAL_Get(system_buddy_comprehensive, [\"memmap-00-lo\"], 236) = 0\n"
+                                       "NODAL_ParamListDestroy(list6)\n"
+                                       "NODAL_ParamListCreate(1, 1) = list7\n"
+                                       "NODAL_ParamListAddString(list7, \"memmap-00-hi\") = 0\n"
+                                       "NODAL_Get(system_buddy_comprehensive, [\"memmap-00-hi\"], 236) = 0\n"
+                                       "NODAL_ParamListDestroy(list7)\n"
+                                       "NODAL_ParamListCreate(1, 1) = list8\n"
+                                       "NODAL_ParamListAddString(list8, \"memmap-01-lo\") = 0\n"
+                                       "NODAL_Get(system_buddy_comprehensive, [\"memmap-01-lo\"], 236) = 0\n"
+                                       "NODAL_ParamListDestroy(list8)\n"
+                                       "NODAL_ParamListCreate(1, 1) = list9\n"
+                                       "NODAL_ParamListAddString(list9, \"memmap-01-hi\") = 0\n"
+                                       "NODAL_Get(system_buddy_comprehensive, [\"memmap-01-hi\"], 236) = 0\n"
+                                       "NODAL_ParamListDestroy(list9)\n"));
 }
 
 }  // namespace

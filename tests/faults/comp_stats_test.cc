@@ -255,35 +255,33 @@ TEST(CompStatsFailure, LeavesTheHeader) {
 
 TEST(CompStatsCalls, SevenRecordsAreReadInTheirOrder) {
   const StandinRun run = RunKestrel(ComprehensiveHost(), {"-r", "comp-stats", "-s", "total"});
-  EXPECT_EQ(CallsThatCount(run), (std::vector<std::string>{
-                                     "NODAL_CheckSig(21) = 0",
-                                     "NODAL_ParamListCreate(1, 1) = list1",
-                                     "NODAL_Get(memory_comprehensive, [], 88) = 0",
-                                     "NODAL_ParamListDestroy(list1)",
-                                     "NODAL_ParamListCreate(1, 1) = list2",
-                                     "NODAL_Get(sched_globalStats_memory_kestrel, [], 352) = 0",
-                                     "NODAL_ParamListDestroy(list2)",
-                                     "NODAL_ParamListCreate(1, 1) = list3",
-                                     "NODAL_ParamListAddString(list3, \"high\") = 0",
-                                     "NODAL_Get(sched_globalStats_memory_stateTransitions, [\"high\"], 32) = 0",
-                                     "NODAL_ParamListDestroy(list3)",
-                                     "NODAL_ParamListCreate(1, 1) = list4",
-                                     "NODAL_ParamListAddString(list4, \"clear\") = 0",
-                                     "NODAL_Get(sched_globalStats_memory_stateTransitions, [\"clear\"], 32) = 0",
-                                     "NODAL_ParamListDestroy(list4)",
-                                     "NODAL_ParamListCreate(1, 1) = list5",
-                                     "NODAL_ParamListAddString(list5, \"soft\") = 0",
-                                     "NODAL_Get(sched_globalStats_memory_stateTransitions, [\"soft\"], 32) = 0",
-                                     "NODAL_ParamListDestroy(list5)",
-                                     "NODAL_ParamListCreate(1, 1) = list6",
-                                     "NODAL_ParamListAddString(list6, \"hard\") = 0",
-                                     "NODAL_Get(sched_globalStats_memory_stateTransitions, [\"hard\"], 32) = 0",
-                                     "NODAL_ParamListDestroy(list6)",
-                                     "NODAL_ParamListCreate(1, 1) = list7",
-                                     "NODAL_ParamListAddString(list7, \"low\") = 0",
-                                     "NODAL_Get(sched_globalStats_memory_stateTransitions, [\"low\"], 32) = 0",
-                                     "NODAL_ParamListDestroy(list7)",
-                                 }));
+  EXPECT_EQ(CallsThatCount(run), Lines("NODAL_CheckSig(21) = 0\n"
+                                       "NODAL_ParamListCreate(1, 1) = list1\n"
+                                       "NODAL_Get(memory_comprehensive, [], 88) = 0\n"
+                                       "NODAL_ParamListDestroy(list1)\n"
+                                       "NODAL_ParamListCreate(1, 1) = list2\n"
+                                       "NODAL_Get(sched_globalStats_memory_kestrel, [], 352) = 0\n"
+                                       "NODAL_ParamListDestroy(list2)\n"
+                                       "NODAL_ParamListCreate(1, 1) = list3\n"
+                                       "NODAL_ParamListAddString(list3, \"high\") = 0\n"
+                                       "NODAL_Get(sched_globalStats_memory_stateTransitions, [\"high\"], 32) = 0\n"
+                                       "NODAL_ParamListDestroy(list3)\n"
+                                       "NODAL_ParamListCreate(1, 1) = list4\n"
+                                       "NODAL_ParamListAddString(list4, \"clear\") = 0\n"
+                                       "NODAL_Get(sched_globalStats_memory_stateTransitions, [\"clear\"], 32) = 0\n"
+                                       "NODAL_ParamListDestroy(list4)\n"
+                                       "NODAL_ParamListCreate(1, 1) = list5\n"
+                                       "NODAL_ParamListAddString(list5, \"soft\") = 0\n"
+                                       "NODAL_Get(sched_globalStats_memory_stateTransitions, [\"soft\"], 32) = 0\n"
+                                       "NODAL_ParamListDestroy(list5)\n"
+                                       "NODAL_ParamListCreate(1, 1) = list6\n"
+                                       "NODAL_ParamListAddString(list6, \"hard\") = 0\n"
+                                       "NODAL_Get(sched_globalStats_memory_stateTransitions, [\"hard\"], 32) = 0\n"
+                                       "NODAL_ParamListDestroy(list6)\n"
+                                       "NODAL_ParamListCreate(1, 1) = list7\n"
+                                       "NODAL_ParamListAddString(list7, \"low\") = 0\n"
+                                       "NODAL_Get(sched_globalStats_memory_stateTransitions, [\"low\"], 32) = 0\n"
+                                       "NODAL_ParamListDestroy(list7)\n"));
 }
 
 TEST(CompStatsCalls, ABadUnitReadsNothing) {

@@ -173,17 +173,18 @@ TEST_P(Moments, NameTheFile) {
   EXPECT_EQ(profile.files, (Files{{moment.file, WholeFile(Steps({}), 100000)}}));
 }
 
-INSTANTIATE_TEST_SUITE_P(Dcpmm, Moments,
-                         testing::Values(Moment{"EndOfJanuary", 1706745599, "UTC", "dcpmm-stats-20240131246060"},
-                                         Moment{"Midnight", 1706745600, "UTC", "dcpmm-stats-20240201010101"},
-                                         Moment{"YearsEnd", 1704067199, "UTC", "dcpmm-stats-20231231246060"},
-                                         Moment{"YearsBegin", 1704067200, "UTC", "dcpmm-stats-20240101010101"},
-                                         Moment{"LeapDay", 1709210096, "UTC", "dcpmm-stats-20240229133557"},
-                                         Moment{"FirstSecond", 0, "UTC", "dcpmm-stats-19700101010101"},
-                                         Moment{"EastOfGreenwich", 1704067199, "EST-5", "dcpmm-stats-20240101056060"},
-                                         Moment{"WestOfGreenwich", 1704067200, "WST+5:30",
-                                                "dcpmm-stats-20231231193101"}),
-                         NameOf<Moment>);
+constexpr Moment kMoments[] = {
+    {"EndOfJanuary", 1706745599, "UTC", "dcpmm-stats-20240131246060"},
+    {"Midnight", 1706745600, "UTC", "dcpmm-stats-20240201010101"},
+    {"YearsEnd", 1704067199, "UTC", "dcpmm-stats-20231231246060"},
+    {"YearsBegin", 1704067200, "UTC", "dcpmm-stats-20240101010101"},
+    {"LeapDay", 1709210096, "UTC", "dcpmm-stats-20240229133557"},
+    {"FirstSecond", 0, "UTC", "dcpmm-stats-19700101010101"},
+    {"EastOfGreenwich", 1704067199, "EST-5", "dcpmm-stats-20240101056060"},
+    {"WestOfGreenwich", 1704067200, "WST+5:30", "dcpmm-stats-20231231193101"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Dcpmm, Moments, testing::ValuesIn(kMoments), NameOf<Moment>);
 
 // What is read up to the first register, without lists and results.
 std::vector<std::string> Discovery(const StandinRun &run) {
@@ -202,23 +203,21 @@ TEST(DcpmmCalls, DiscoveryReadsEveryFunctionInListOrder) {
   host.AddList("hardware_pci_seg_bus_slot_func", {0, 100, 13}, {});
   host.AddList("hardware_pci_seg_bus_slot_func", {0, 100, 10}, {6, 2});
   EXPECT_EQ(Discovery(RunProfile(host).run),
-            (std::vector<std::string>{
-                "NODAL_Get(hardware_cpu_cpuList, [0], 200)",
-                "NODAL_GetInstanceListAlloc(hardware_nvd_dimm, [])",
-                "NODAL_GetInstanceListAlloc(hardware_pci_seg, [])",
-                "NODAL_GetInstanceListAlloc(hardware_pci_seg_bus, [0])",
-                "NODAL_GetInstanceListAlloc(hardware_pci_seg_bus_slot, [0,100])",
-                "NODAL_GetInstanceListAlloc(hardware_pci_seg_bus_slot_func, [0,100,13])",
-                "NODAL_GetInstanceListAlloc(hardware_pci_seg_bus_slot_func, [0,100,10])",
-                "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigHeader, [0,100,10,6], 164)",
-                "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigHeader, [0,100,10,2], 164)",
-                "NODAL_GetInstanceListAlloc(hardware_pci_seg_bus_slot, [0,0])",
-                "NODAL_GetInstanceListAlloc(hardware_pci_seg_bus_slot_func, [0,0,0])",
-                "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigHeader, [0,0,0,0], 164)",
-                "NODAL_GetInstanceListAlloc(hardware_pci_seg_bus_slot_func, [0,0,31])",
-                "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigHeader, [0,0,31,0], 164)",
-                "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigHeader, [0,0,31,2], 164)",
-            }));
+            Lines("NODAL_Get(hardware_cpu_cpuList, [0], 200)\n"
+                  "NODAL_GetInstanceListAlloc(hardware_nvd_dimm, [])\n"
+                  "NODAL_GetInstanceListAlloc(hardware_pci_seg, [])\n"
+                  "NODAL_GetInstanceListAlloc(hardware_pci_seg_bus, [0])\n"
+                  "NODAL_GetInstanceListAlloc(hardware_pci_seg_bus_slot, [0,100])\n"
+                  "NODAL_GetInstanceListAlloc(hardware_pci_seg_bus_slot_func, [0,100,13])\n"
+                  "NODAL_GetInstanceListAlloc(hardware_pci_seg_bus_slot_func, [0,100,10])\n"
+                  "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigHeader, [0,100,10,6], 164)\n"
+                  "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigHeader, [0,100,10,2], 164)\n"
+                  "NODAL_GetInstanceListAlloc(hardware_pci_seg_bus_slot, [0,0])\n"
+                  "NODAL_GetInstanceListAlloc(hardware_pci_seg_bus_slot_func, [0,0,0])\n"
+                  "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigHeader, [0,0,0,0], 164)\n"
+                  "NODAL_GetInstanceListAlloc(hardware_pci_seg_bus_slot_func, [0,0,31])\n"
+                  "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigHeader, [0,0,31,0], 164)\n"
+                  "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigHeader, [0,0,31,2], 164)\n"));
 }
 
 // The calls of a run from the one that ends so on, without the numbers of the lists.
@@ -260,20 +259,18 @@ TEST(DcpmmCalls, OneRead) {
   EXPECT_EQ(
       CallsAround(RunProfile(MemoryHost(kOneSocket)).run, 7,
                   "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr, [0,100,8,0,4,528], 4) = 0", 4),
-      (std::vector<std::string>{
-          "NODAL_ParamListCreate(1, 1) = list",
-          "NODAL_ParamListAddInt(list, 0) = 0",
-          "NODAL_ParamListAddInt(list, 100) = 0",
-          "NODAL_ParamListAddInt(list, 8) = 0",
-          "NODAL_ParamListAddInt(list, 0) = 0",
-          "NODAL_ParamListAddInt(list, 4) = 0",
-          "NODAL_ParamListAddInt(list, 528) = 0",
-          "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr, [0,100,8,0,4,528], 4) = 0",
-          "NODAL_ParamListRemoveLastParam(list) = 0",
-          "NODAL_ParamListAddInt(list, 532) = 0",
-          "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr, [0,100,8,0,4,532], 4) = 0",
-          "NODAL_ParamListDestroy(list)",
-      }));
+      Lines("NODAL_ParamListCreate(1, 1) = list\n"
+            "NODAL_ParamListAddInt(list, 0) = 0\n"
+            "NODAL_ParamListAddInt(list, 100) = 0\n"
+            "NODAL_ParamListAddInt(list, 8) = 0\n"
+            "NODAL_ParamListAddInt(list, 0) = 0\n"
+            "NODAL_ParamListAddInt(list, 4) = 0\n"
+            "NODAL_ParamListAddInt(list, 528) = 0\n"
+            "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr, [0,100,8,0,4,528], 4) = 0\n"
+            "NODAL_ParamListRemoveLastParam(list) = 0\n"
+            "NODAL_ParamListAddInt(list, 532) = 0\n"
+            "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr, [0,100,8,0,4,532], 4) = 0\n"
+            "NODAL_ParamListDestroy(list)\n"));
 }
 
 TEST(DcpmmCalls, EveryRegisterOfAChannelAndOfAMesh) {
@@ -285,41 +282,37 @@ TEST(DcpmmCalls, EveryRegisterOfAChannelAndOfAMesh) {
     if (call.starts_with("sleep") || call.find("[0,100,13,2,") != call.npos) channel.push_back(call);
     if (call.starts_with("sleep") || call.find("[0,100,9,0,") != call.npos) mesh.push_back(call);
   }
-  EXPECT_EQ(channel, (std::vector<std::string>{
-                         "NODAL_Set(, [0,100,13,2,4,244], [256], null, 0) = 0",
-                         "NODAL_Set(, [0,100,13,2,4,228], [4194531], null, 0) = 0",
-                         "NODAL_Set(, [0,100,13,2,4,216], [4194535], null, 0) = 0",
-                         "NODAL_Set(, [0,100,13,2,4,224], [4197380], null, 0) = 0",
-                         "NODAL_Set(, [0,100,13,2,4,220], [4195076], null, 0) = 0",
-                         "NODAL_Set(, [0,100,13,2,4,244], [258], null, 0) = 0",
-                         "NODAL_Set(, [0,100,13,2,4,244], [0], null, 0) = 0",
-                         "sleep(9)",
-                         "NODAL_Set(, [0,100,13,2,4,244], [256], null, 0) = 0",
-                         "NODAL_Get(, [0,100,13,2,4,184], 4) = 0",
-                         "NODAL_Get(, [0,100,13,2,4,188], 4) = 0",
-                         "NODAL_Get(, [0,100,13,2,4,160], 4) = 0",
-                         "NODAL_Get(, [0,100,13,2,4,164], 4) = 0",
-                         "NODAL_Get(, [0,100,13,2,4,176], 4) = 0",
-                         "NODAL_Get(, [0,100,13,2,4,180], 4) = 0",
-                         "NODAL_Get(, [0,100,13,2,4,168], 4) = 0",
-                         "NODAL_Get(, [0,100,13,2,4,172], 4) = 0",
-                     }));
-  EXPECT_EQ(mesh, (std::vector<std::string>{
-                      "NODAL_Set(, [0,100,9,0,4,600], [256], null, 0) = 0",
-                      "NODAL_Set(, [0,100,9,0,4,568], [4194604], null, 0) = 0",
-                      "NODAL_Set(, [0,100,9,0,4,560], [4194860], null, 0) = 0",
-                      "NODAL_Set(, [0,100,9,0,4,576], [4227128], null, 0) = 0",
-                      "NODAL_Set(, [0,100,9,0,4,600], [258], null, 0) = 0",
-                      "NODAL_Set(, [0,100,9,0,4,600], [0], null, 0) = 0",
-                      "sleep(9)",
-                      "NODAL_Set(, [0,100,9,0,4,600], [256], null, 0) = 0",
-                      "NODAL_Get(, [0,100,9,0,4,528], 4) = 0",
-                      "NODAL_Get(, [0,100,9,0,4,532], 4) = 0",
-                      "NODAL_Get(, [0,100,9,0,4,520], 4) = 0",
-                      "NODAL_Get(, [0,100,9,0,4,524], 4) = 0",
-                      "NODAL_Get(, [0,100,9,0,4,536], 4) = 0",
-                      "NODAL_Get(, [0,100,9,0,4,540], 4) = 0",
-                  }));
+  EXPECT_EQ(channel, Lines("NODAL_Set(, [0,100,13,2,4,244], [256], null, 0) = 0\n"
+                           "NODAL_Set(, [0,100,13,2,4,228], [4194531], null, 0) = 0\n"
+                           "NODAL_Set(, [0,100,13,2,4,216], [4194535], null, 0) = 0\n"
+                           "NODAL_Set(, [0,100,13,2,4,224], [4197380], null, 0) = 0\n"
+                           "NODAL_Set(, [0,100,13,2,4,220], [4195076], null, 0) = 0\n"
+                           "NODAL_Set(, [0,100,13,2,4,244], [258], null, 0) = 0\n"
+                           "NODAL_Set(, [0,100,13,2,4,244], [0], null, 0) = 0\n"
+                           "sleep(9)\n"
+                           "NODAL_Set(, [0,100,13,2,4,244], [256], null, 0) = 0\n"
+                           "NODAL_Get(, [0,100,13,2,4,184], 4) = 0\n"
+                           "NODAL_Get(, [0,100,13,2,4,188], 4) = 0\n"
+                           "NODAL_Get(, [0,100,13,2,4,160], 4) = 0\n"
+                           "NODAL_Get(, [0,100,13,2,4,164], 4) = 0\n"
+                           "NODAL_Get(, [0,100,13,2,4,176], 4) = 0\n"
+                           "NODAL_Get(, [0,100,13,2,4,180], 4) = 0\n"
+                           "NODAL_Get(, [0,100,13,2,4,168], 4) = 0\n"
+                           "NODAL_Get(, [0,100,13,2,4,172], 4) = 0\n"));
+  EXPECT_EQ(mesh, Lines("NODAL_Set(, [0,100,9,0,4,600], [256], null, 0) = 0\n"
+                        "NODAL_Set(, [0,100,9,0,4,568], [4194604], null, 0) = 0\n"
+                        "NODAL_Set(, [0,100,9,0,4,560], [4194860], null, 0) = 0\n"
+                        "NODAL_Set(, [0,100,9,0,4,576], [4227128], null, 0) = 0\n"
+                        "NODAL_Set(, [0,100,9,0,4,600], [258], null, 0) = 0\n"
+                        "NODAL_Set(, [0,100,9,0,4,600], [0], null, 0) = 0\n"
+                        "sleep(9)\n"
+                        "NODAL_Set(, [0,100,9,0,4,600], [256], null, 0) = 0\n"
+                        "NODAL_Get(, [0,100,9,0,4,528], 4) = 0\n"
+                        "NODAL_Get(, [0,100,9,0,4,532], 4) = 0\n"
+                        "NODAL_Get(, [0,100,9,0,4,520], 4) = 0\n"
+                        "NODAL_Get(, [0,100,9,0,4,524], 4) = 0\n"
+                        "NODAL_Get(, [0,100,9,0,4,536], 4) = 0\n"
+                        "NODAL_Get(, [0,100,9,0,4,540], 4) = 0\n"));
 }
 
 TEST(DcpmmCalls, TheClockIsReadForAFileOnly) {
@@ -379,15 +372,17 @@ TEST_P(Combined, InCsv) {
   EXPECT_EQ(has("0,IMC-1,Channel-1,UNC_M_CAS_COUNT_RD,0"), 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Dcpmm, Combined,
-                         testing::Values(Halves{"HighOverLow", 0x5, 0x00010002, "7"},
-                                         Halves{"MaskedAway", 0x5, 0xffff0000, "5"},
-                                         Halves{"WholeMask", 0, 0xffffffff, "65535"},
-                                         Halves{"SameBits", 0xff, 0x0f, "255"},
-                                         Halves{"TopBit", 0x80000000, 0, "2147483648"},
-                                         Halves{"TopBitAndHigh", 0x80000000, 0x80008000, "2147516416"},
-                                         Halves{"AllOnes", 0xffffffff, 0xffffffff, "4294967295"}),
-                         NameOf<Halves>);
+constexpr Halves kHalves[] = {
+    {"HighOverLow", 0x5, 0x00010002, "7"},
+    {"MaskedAway", 0x5, 0xffff0000, "5"},
+    {"WholeMask", 0, 0xffffffff, "65535"},
+    {"SameBits", 0xff, 0x0f, "255"},
+    {"TopBit", 0x80000000, 0, "2147483648"},
+    {"TopBitAndHigh", 0x80000000, 0x80008000, "2147516416"},
+    {"AllOnes", 0xffffffff, 0xffffffff, "4294967295"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Dcpmm, Combined, testing::ValuesIn(kHalves), NameOf<Halves>);
 
 // What is a socket, and what is not.
 struct Function {
@@ -417,17 +412,15 @@ TEST_P(Functions, MakeASocketOrNot) {
   EXPECT_EQ(StepCalls(profile.run), Calls(steps));
 }
 
-INSTANTIATE_TEST_SUITE_P(Dcpmm, Functions,
-                         testing::Values(Function{"TheControllers", 10, 2, 0x8086, 0x2042, true},
-                                         Function{"OtherFunction", 10, 3, 0x8086, 0x2042, false},
-                                         Function{"OtherSlot", 11, 2, 0x8086, 0x2042, false},
-                                         Function{"OtherVendor", 10, 2, 0x1022, 0x2042, false},
-                                         Function{"OtherDevice", 10, 2, 0x8086, 0x2046, false},
-                                         Function{"SwappedBytes", 10, 2, 0x8680, 0x4220, false},
-                                         Function{"SwappedNumbers", 10, 2, 0x2042, 0x8086, false},
-                                         Function{"SlotBeyondAByte", 266, 2, 0x8086, 0x2042, false},
-                                         Function{"NoDevice", 10, 2, 0xffff, 0xffff, false}),
-                         NameOf<Function>);
+constexpr Function kFunctions[] = {
+    {"TheControllers", 10, 2, 0x8086, 0x2042, true},  {"OtherFunction", 10, 3, 0x8086, 0x2042, false},
+    {"OtherSlot", 11, 2, 0x8086, 0x2042, false},      {"OtherVendor", 10, 2, 0x1022, 0x2042, false},
+    {"OtherDevice", 10, 2, 0x8086, 0x2046, false},    {"SwappedBytes", 10, 2, 0x8680, 0x4220, false},
+    {"SwappedNumbers", 10, 2, 0x2042, 0x8086, false}, {"SlotBeyondAByte", 266, 2, 0x8086, 0x2042, false},
+    {"NoDevice", 10, 2, 0xffff, 0xffff, false},
+};
+
+INSTANTIATE_TEST_SUITE_P(Dcpmm, Functions, testing::ValuesIn(kFunctions), NameOf<Function>);
 
 TEST(DcpmmDiscovery, EmptyListsAreNoFailure) {
   for (const auto &[node, arguments] :
@@ -464,7 +457,7 @@ TEST_P(GivenOptions, Count) {
                                              std::string("sleep(") + GetParam().interval + ")"));
 }
 
-constexpr Given kDcpmmCases[] = {
+constexpr Given kGivenOptions[] = {
     Given{"None", "", 1, "1"},
     Given{"Short", "-t 3 -i 2", 2, "3"},
     Given{"OneWord", "-t3 -i2", 2, "3"},
@@ -481,7 +474,7 @@ constexpr Given kDcpmmCases[] = {
     Given{"Words", "lunch -t 2 time", 1, "2"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Dcpmm, GivenOptions, testing::ValuesIn(kDcpmmCases), NameOf<Given>);
+INSTANTIATE_TEST_SUITE_P(Dcpmm, GivenOptions, testing::ValuesIn(kGivenOptions), NameOf<Given>);
 
 class Refused : public testing::TestWithParam<ReportCase> {};
 

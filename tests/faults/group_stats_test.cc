@@ -256,50 +256,48 @@ TEST(GroupStatsTable, MessagesStandWhereTheyWereMade) {
 
 TEST(GroupStatsCalls, AGroupIsReadInAFixedOrder) {
   const StandinRun run = RunKestrel(SmallHost(), {"-r", "group-stats", "-l", "1"});
-  EXPECT_EQ(CallsThatCount(run), (std::vector<std::string>{
-                                     "NODAL_CheckSig(21) = 0",
-                                     "NODAL_ParamListCreate(1, 2) = list1",
-                                     "NODAL_ParamListAddInt(list1, 0) = 0",
-                                     "NODAL_GetInstanceListAlloc(sched_groups_members_groups, [0]) = 0 list2",
-                                     "NODAL_ParamListRemoveLastParam(list1) = 0",
-                                     "NODAL_ParamListDestroy(list1)",
-                                     "NODAL_ParamListCreate(1, 2) = list3",
-                                     "NODAL_ParamListAddInt(list3, 0) = 0",
-                                     "NODAL_Get(sched_groups_groupFlags, [0], 4) = 0",
-                                     "NODAL_ParamListRemoveLastParam(list3) = 0",
-                                     "NODAL_ParamListDestroy(list3)",
-                                     "NODAL_ParamListCreate(1, 2) = list4",
-                                     "NODAL_ParamListAddInt(list4, 0) = 0",
-                                     "NODAL_Get(sched_groups_groupName, [0], 64) = 0",
-                                     "NODAL_ParamListRemoveLastParam(list4) = 0",
-                                     "NODAL_ParamListDestroy(list4)",
-                                     "NODAL_ParamListCreate(1, 2) = list5",
-                                     "NODAL_ParamListAddInt(list5, 0) = 0",
-                                     "NODAL_Get(sched_groups_groupTag, [0], 8) = 0",
-                                     "NODAL_ParamListRemoveLastParam(list5) = 0",
-                                     "NODAL_ParamListDestroy(list5)",
-                                     "NODAL_ParamListCreate(1, 2) = list6",
-                                     "NODAL_ParamListAddInt(list6, 0) = 0",
-                                     "NODAL_Get(sched_groups_parentGroupID, [0], 8) = 0",
-                                     "NODAL_ParamListRemoveLastParam(list6) = 0",
-                                     "NODAL_ParamListDestroy(list6)",
-                                     "NODAL_ParamListCreate(1, 2) = list7",
-                                     "NODAL_ParamListAddInt(list7, 0) = 0",
-                                     "NODAL_Get(sched_groups_memAllocationInKB, [0], 32) = 0",
-                                     "NODAL_ParamListRemoveLastParam(list7) = 0",
-                                     "NODAL_ParamListDestroy(list7)",
-                                     "NODAL_ParamListCreate(1, 2) = list8",
-                                     "NODAL_ParamListAddInt(list8, 0) = 0",
-                                     "NODAL_Get(sched_groups_stats_capacity, [0], 24) = 0",
-                                     "NODAL_ParamListRemoveLastParam(list8) = 0",
-                                     "NODAL_ParamListDestroy(list8)",
-                                     "NODAL_ParamListCreate(1, 2) = list9",
-                                     "NODAL_ParamListAddInt(list9, 0) = 0",
-                                     "NODAL_Get(sched_groups_stats_memoryStats, [0], 320) = 0",
-                                     "NODAL_ParamListRemoveLastParam(list9) = 0",
-                                     "NODAL_ParamListDestroy(list9)",
-                                     "NODAL_ParamListDestroy(list2)",
-                                 }));
+  EXPECT_EQ(CallsThatCount(run), Lines("NODAL_CheckSig(21) = 0\n"
+                                       "NODAL_ParamListCreate(1, 2) = list1\n"
+                                       "NODAL_ParamListAddInt(list1, 0) = 0\n"
+                                       "NODAL_GetInstanceListAlloc(sched_groups_members_groups, [0]) = 0 list2\n"
+                                       "NODAL_ParamListRemoveLastParam(list1) = 0\n"
+                                       "NODAL_ParamListDestroy(list1)\n"
+                                       "NODAL_ParamListCreate(1, 2) = list3\n"
+                                       "NODAL_ParamListAddInt(list3, 0) = 0\n"
+                                       "NODAL_Get(sched_groups_groupFlags, [0], 4) = 0\n"
+                                       "NODAL_ParamListRemoveLastParam(list3) = 0\n"
+                                       "NODAL_ParamListDestroy(list3)\n"
+                                       "NODAL_ParamListCreate(1, 2) = list4\n"
+                                       "NODAL_ParamListAddInt(list4, 0) = 0\n"
+                                       "NODAL_Get(sched_groups_groupName, [0], 64) = 0\n"
+                                       "NODAL_ParamListRemoveLastParam(list4) = 0\n"
+                                       "NODAL_ParamListDestroy(list4)\n"
+                                       "NODAL_ParamListCreate(1, 2) = list5\n"
+                                       "NODAL_ParamListAddInt(list5, 0) = 0\n"
+                                       "NODAL_Get(sched_groups_groupTag, [0], 8) = 0\n"
+                                       "NODAL_ParamListRemoveLastParam(list5) = 0\n"
+                                       "NODAL_ParamListDestroy(list5)\n"
+                                       "NODAL_ParamListCreate(1, 2) = list6\n"
+                                       "NODAL_ParamListAddInt(list6, 0) = 0\n"
+                                       "NODAL_Get(sched_groups_parentGroupID, [0], 8) = 0\n"
+                                       "NODAL_ParamListRemoveLastParam(list6) = 0\n"
+                                       "NODAL_ParamListDestroy(list6)\n"
+                                       "NODAL_ParamListCreate(1, 2) = list7\n"
+                                       "NODAL_ParamListAddInt(list7, 0) = 0\n"
+                                       "NODAL_Get(sched_groups_memAllocationInKB, [0], 32) = 0\n"
+                                       "NODAL_ParamListRemoveLastParam(list7) = 0\n"
+                                       "NODAL_ParamListDestroy(list7)\n"
+                                       "NODAL_ParamListCreate(1, 2) = list8\n"
+                                       "NODAL_ParamListAddInt(list8, 0) = 0\n"
+                                       "NODAL_Get(sched_groups_stats_capacity, [0], 24) = 0\n"
+                                       "NODAL_ParamListRemoveLastParam(list8) = 0\n"
+                                       "NODAL_ParamListDestroy(list8)\n"
+                                       "NODAL_ParamListCreate(1, 2) = list9\n"
+                                       "NODAL_ParamListAddInt(list9, 0) = 0\n"
+                                       "NODAL_Get(sched_groups_stats_memoryStats, [0], 320) = 0\n"
+                                       "NODAL_ParamListRemoveLastParam(list9) = 0\n"
+                                       "NODAL_ParamListDestroy(list9)\n"
+                                       "NODAL_ParamListDestroy(list2)\n"));
 }
 
 // The records that a run reads, as node and group, for example "groupFlags 4".
@@ -317,8 +315,11 @@ std::vector<std::string> Reads(const StandinRun &run) {
 
 TEST(GroupStatsCalls, AGroupThatDoesNotPrintIsNotReadFurther) {
   const StandinRun run = RunKestrel(SmallHost(), {"-r", "group-stats", "-i", "vmm"});
-  EXPECT_EQ(Reads(run),
-            (std::vector<std::string>{"groupFlags 0", "groupFlags 1", "groupFlags 4", "groupFlags 5", "groupFlags 7"}));
+  EXPECT_EQ(Reads(run), Lines("groupFlags 0\n"
+                              "groupFlags 1\n"
+                              "groupFlags 4\n"
+                              "groupFlags 5\n"
+                              "groupFlags 7\n"));
 }
 
 TEST(GroupStatsCalls, IdsOfAnyWidthAreHandedOnWhole) {

@@ -298,25 +298,23 @@ TEST(HeapStatsFailure, LeavesNoTableToo) {
 TEST(HeapStatsCalls, OneListServesAllNames) {
   const StandinRun run =
       RunKestrel(HeapsHost().Fail({.operation = "NODAL_Get", .call = 2, .status = 0x0bad0003}), {"-r", "heap-stats"});
-  EXPECT_EQ(CallsThatCount(run), (std::vector<std::string>{
-                                     "NODAL_CheckSig(21) = 0",
-                                     "NODAL_GetInstanceListAlloc(system_heaps, []) = 0 list1",
-                                     "NODAL_ParamListCreate(1, 1) = list2",
-                                     "NODAL_ParamListGetString(list1, 0) = 0",
-                                     "NODAL_ParamListAddString(list2, \"heap-1\") = 0",
-                                     "NODAL_Get(system_heaps_stats, [\"heap-1\"], 148) = 0",
-                                     "NODAL_ParamListRemoveLastParam(list2) = 0",
-                                     "NODAL_ParamListGetString(list1, 1) = 0",
-                                     "NODAL_ParamListAddString(list2, \"heap-2\") = 0",
-                                     "NODAL_Get(system_heaps_stats, [\"heap-2\"], 148) = 0x0bad0003",
-                                     "NODAL_ParamListRemoveLastParam(list2) = 0",
-                                     "NODAL_ParamListGetString(list1, 2) = 0",
-                                     "NODAL_ParamListAddString(list2, \"heap-3\") = 0",
-                                     "NODAL_Get(system_heaps_stats, [\"heap-3\"], 148) = 0",
-                                     "NODAL_ParamListRemoveLastParam(list2) = 0",
-                                     "NODAL_ParamListDestroy(list1)",
-                                     "NODAL_ParamListDestroy(list2)",
-                                 }));
+  EXPECT_EQ(CallsThatCount(run), Lines("NODAL_CheckSig(21) = 0\n"
+                                       "NODAL_GetInstanceListAlloc(system_heaps, []) = 0 list1\n"
+                                       "NODAL_ParamListCreate(1, 1) = list2\n"
+                                       "NODAL_ParamListGetString(list1, 0) = 0\n"
+                                       "NODAL_ParamListAddString(list2, \"heap-1\") = 0\n"
+                                       "NODAL_Get(system_heaps_stats, [\"heap-1\"], 148) = 0\n"
+                                       "NODAL_ParamListRemoveLastParam(list2) = 0\n"
+                                       "NODAL_ParamListGetString(list1, 1) = 0\n"
+                                       "NODAL_ParamListAddString(list2, \"heap-2\") = 0\n"
+                                       "NODAL_Get(system_heaps_stats, [\"heap-2\"], 148) = 0x0bad0003\n"
+                                       "NODAL_ParamListRemoveLastParam(list2) = 0\n"
+                                       "NODAL_ParamListGetString(list1, 2) = 0\n"
+                                       "NODAL_ParamListAddString(list2, \"heap-3\") = 0\n"
+                                       "NODAL_Get(system_heaps_stats, [\"heap-3\"], 148) = 0\n"
+                                       "NODAL_ParamListRemoveLastParam(list2) = 0\n"
+                                       "NODAL_ParamListDestroy(list1)\n"
+                                       "NODAL_ParamListDestroy(list2)\n"));
   EXPECT_EQ(ListErrors(run), "");
 }
 

@@ -196,59 +196,57 @@ TEST(LPoolStatsMessages, StandBetweenTheRows) {
 TEST(LPoolStatsCalls, ThePoolsComeNodeByNode) {
   const StandinRun run = RunKestrel(LargePagesHost(), {"-r", "lpool-stats"});
   EXPECT_EQ(CallsThatCount(run),
-            (std::vector<std::string>{
-                "NODAL_CheckSig(21) = 0",
-                "NODAL_Get(memory_memInfo, [], 24) = 0",
-                "NODAL_Get(sched_globalStats_numVMs, [], 4) = 0",
-                "NODAL_ParamListCreate(1, 1) = list1",
-                "NODAL_ParamListAddInt(list1, 0) = 0",
-                "NODAL_Get(memory_lpage_nodeList_psharePool, [0], 96) = 0",
-                "NODAL_ParamListDestroy(list1)",
-                "NODAL_ParamListCreate(1, 2) = list2",
-                "NODAL_ParamListAddInt(list2, 0) = 0",
-                "NODAL_GetInstanceListAllocHint(memory_lpage_nodeList_vmPools, [0], 3) = 0 list3",
-                "NODAL_ParamListDestroy(list2)",
-                "NODAL_ParamListGetString(list3, 0) = 0",
-                "NODAL_ParamListCreate(1, 2) = list4",
-                "NODAL_ParamListAddInt(list4, 0) = 0",
-                "NODAL_ParamListAddString(list4, \"web\") = 0",
-                "NODAL_Get(memory_lpage_nodeList_vmPools, [0,\"web\"], 96) = 0",
-                "NODAL_ParamListDestroy(list4)",
-                "NODAL_ParamListGetString(list3, 1) = 0",
-                "NODAL_ParamListCreate(1, 2) = list5",
-                "NODAL_ParamListAddInt(list5, 0) = 0",
-                "NODAL_ParamListAddString(list5, \"a-pool-with-a-long-name\") = 0",
-                "NODAL_Get(memory_lpage_nodeList_vmPools, [0,\"a-pool-with-a-long-name\"], 96) = 0",
-                "NODAL_ParamListDestroy(list5)",
-                "NODAL_ParamListGetString(list3, 2) = 0",
-                "NODAL_ParamListCreate(1, 2) = list6",
-                "NODAL_ParamListAddInt(list6, 0) = 0",
-                "NODAL_ParamListAddString(list6, \"db\") = 0",
-                "NODAL_Get(memory_lpage_nodeList_vmPools, [0,\"db\"], 96) = 0",
-                "NODAL_ParamListDestroy(list6)",
-                "NODAL_ParamListDestroy(list3)",
-                "NODAL_ParamListCreate(1, 1) = list7",
-                "NODAL_ParamListAddInt(list7, 1) = 0",
-                "NODAL_Get(memory_lpage_nodeList_psharePool, [1], 96) = 0",
-                "NODAL_ParamListDestroy(list7)",
-                "NODAL_ParamListCreate(1, 2) = list8",
-                "NODAL_ParamListAddInt(list8, 1) = 0",
-                "NODAL_GetInstanceListAllocHint(memory_lpage_nodeList_vmPools, [1], 3) = 0 list9",
-                "NODAL_ParamListDestroy(list8)",
-                "NODAL_ParamListGetString(list9, 0) = 0",
-                "NODAL_ParamListCreate(1, 2) = list10",
-                "NODAL_ParamListAddInt(list10, 1) = 0",
-                "NODAL_ParamListAddString(list10, \"web\") = 0",
-                "NODAL_Get(memory_lpage_nodeList_vmPools, [1,\"web\"], 96) = 0",
-                "NODAL_ParamListDestroy(list10)",
-                "NODAL_ParamListGetString(list9, 1) = 0",
-                "NODAL_ParamListCreate(1, 2) = list11",
-                "NODAL_ParamListAddInt(list11, 1) = 0",
-                "NODAL_ParamListAddString(list11, \"mail\") = 0",
-                "NODAL_Get(memory_lpage_nodeList_vmPools, [1,\"mail\"], 96) = 0",
-                "NODAL_ParamListDestroy(list11)",
-                "NODAL_ParamListDestroy(list9)",
-            }));
+            Lines("NODAL_CheckSig(21) = 0\n"
+                  "NODAL_Get(memory_memInfo, [], 24) = 0\n"
+                  "NODAL_Get(sched_globalStats_numVMs, [], 4) = 0\n"
+                  "NODAL_ParamListCreate(1, 1) = list1\n"
+                  "NODAL_ParamListAddInt(list1, 0) = 0\n"
+                  "NODAL_Get(memory_lpage_nodeList_psharePool, [0], 96) = 0\n"
+                  "NODAL_ParamListDestroy(list1)\n"
+                  "NODAL_ParamListCreate(1, 2) = list2\n"
+                  "NODAL_ParamListAddInt(list2, 0) = 0\n"
+                  "NODAL_GetInstanceListAllocHint(memory_lpage_nodeList_vmPools, [0], 3) = 0 list3\n"
+                  "NODAL_ParamListDestroy(list2)\n"
+                  "NODAL_ParamListGetString(list3, 0) = 0\n"
+                  "NODAL_ParamListCreate(1, 2) = list4\n"
+                  "NODAL_ParamListAddInt(list4, 0) = 0\n"
+                  "NODAL_ParamListAddString(list4, \"web\") = 0\n"
+                  "NODAL_Get(memory_lpage_nodeList_vmPools, [0,\"web\"], 96) = 0\n"
+                  "NODAL_ParamListDestroy(list4)\n"
+                  "NODAL_ParamListGetString(list3, 1) = 0\n"
+                  "NODAL_ParamListCreate(1, 2) = list5\n"
+                  "NODAL_ParamListAddInt(list5, 0) = 0\n"
+                  "NODAL_ParamListAddString(list5, \"a-pool-with-a-long-name\") = 0\n"
+                  "NODAL_Get(memory_lpage_nodeList_vmPools, [0,\"a-pool-with-a-long-name\"], 96) = 0\n"
+                  "NODAL_ParamListDestroy(list5)\n"
+                  "NODAL_ParamListGetString(list3, 2) = 0\n"
+                  "NODAL_ParamListCreate(1, 2) = list6\n"
+                  "NODAL_ParamListAddInt(list6, 0) = 0\n"
+                  "NODAL_ParamListAddString(list6, \"db\") = 0\n"
+                  "NODAL_Get(memory_lpage_nodeList_vmPools, [0,\"db\"], 96) = 0\n"
+                  "NODAL_ParamListDestroy(list6)\n"
+                  "NODAL_ParamListDestroy(list3)\n"
+                  "NODAL_ParamListCreate(1, 1) = list7\n"
+                  "NODAL_ParamListAddInt(list7, 1) = 0\n"
+                  "NODAL_Get(memory_lpage_nodeList_psharePool, [1], 96) = 0\n"
+                  "NODAL_ParamListDestroy(list7)\n"
+                  "NODAL_ParamListCreate(1, 2) = list8\n"
+                  "NODAL_ParamListAddInt(list8, 1) = 0\n"
+                  "NODAL_GetInstanceListAllocHint(memory_lpage_nodeList_vmPools, [1], 3) = 0 list9\n"
+                  "NODAL_ParamListDestroy(list8)\n"
+                  "NODAL_ParamListGetString(list9, 0) = 0\n"
+                  "NODAL_ParamListCreate(1, 2) = list10\n"
+                  "NODAL_ParamListAddInt(list10, 1) = 0\n"
+                  "NODAL_ParamListAddString(list10, \"web\") = 0\n"
+                  "NODAL_Get(memory_lpage_nodeList_vmPools, [1,\"web\"], 96) = 0\n"
+                  "NODAL_ParamListDestroy(list10)\n"
+                  "NODAL_ParamListGetString(list9, 1) = 0\n"
+                  "NODAL_ParamListCreate(1, 2) = list11\n"
+                  "NODAL_ParamListAddInt(list11, 1) = 0\n"
+                  "NODAL_ParamListAddString(list11, \"mail\") = 0\n"
+                  "NODAL_Get(memory_lpage_nodeList_vmPools, [1,\"mail\"], 96) = 0\n"
+                  "NODAL_ParamListDestroy(list11)\n"
+                  "NODAL_ParamListDestroy(list9)\n"));
 }
 
 }  // namespace

@@ -436,48 +436,44 @@ StandinHost FirstVolume() { return PMemHost().AddList(kVolumes, {}, {"vol-1"}); 
 
 TEST(PMemCalls, OfAVolumeAndItsStore) {
   EXPECT_EQ(CallsThatCount(RunKestrel(FirstVolume(), {"-r", "pmem-regionstore-stats"})),
-            (std::vector<std::string>{
-                "NODAL_CheckSig(21) = 0",
-                "NODAL_GetInstanceListAlloc(memory_pmem_volumes, []) = 0 list1",
-                "NODAL_ParamListGetString(list1, 0) = 0",
-                "NODAL_ParamListCreate(1, 1) = list2",
-                "NODAL_ParamListAddString(list2, \"vol-1\") = 0",
-                "NODAL_Get(memory_pmem_volumes_info, [\"vol-1\"], 40) = 0",
-                "NODAL_ParamListDestroy(list2)",
-                "NODAL_ParamListCreate(1, 1) = list3",
-                "NODAL_ParamListAddString(list3, \"vol-1\") = 0",
-                "NODAL_Get(memory_pmem_volumes_regionStore_info, [\"vol-1\"], 48) = 0",
-                "NODAL_Get(memory_pmem_volumes_regionStore_isClean, [\"vol-1\"], 1) = 0",
-                "NODAL_ParamListDestroy(list3)",
-                "NODAL_ParamListDestroy(list1)",
-            }));
+            Lines("NODAL_CheckSig(21) = 0\n"
+                  "NODAL_GetInstanceListAlloc(memory_pmem_volumes, []) = 0 list1\n"
+                  "NODAL_ParamListGetString(list1, 0) = 0\n"
+                  "NODAL_ParamListCreate(1, 1) = list2\n"
+                  "NODAL_ParamListAddString(list2, \"vol-1\") = 0\n"
+                  "NODAL_Get(memory_pmem_volumes_info, [\"vol-1\"], 40) = 0\n"
+                  "NODAL_ParamListDestroy(list2)\n"
+                  "NODAL_ParamListCreate(1, 1) = list3\n"
+                  "NODAL_ParamListAddString(list3, \"vol-1\") = 0\n"
+                  "NODAL_Get(memory_pmem_volumes_regionStore_info, [\"vol-1\"], 48) = 0\n"
+                  "NODAL_Get(memory_pmem_volumes_regionStore_isClean, [\"vol-1\"], 1) = 0\n"
+                  "NODAL_ParamListDestroy(list3)\n"
+                  "NODAL_ParamListDestroy(list1)\n"));
 }
 
 TEST(PMemCalls, OfItsRegions) {
   EXPECT_EQ(CallsThatCount(RunKestrel(FirstVolume(), {"-r", "pmem-region-stats"})),
-            (std::vector<std::string>{
-                "NODAL_CheckSig(21) = 0",
-                "NODAL_GetInstanceListAlloc(memory_pmem_volumes, []) = 0 list1",
-                "NODAL_ParamListGetString(list1, 0) = 0",
-                "NODAL_ParamListCreate(1, 1) = list2",
-                "NODAL_ParamListAddString(list2, \"vol-1\") = 0",
-                "NODAL_GetInstanceListAlloc(memory_pmem_volumes_regionStore_regions, [\"vol-1\"]) = 0 list3",
-                "NODAL_ParamListDestroy(list2)",
-                "NODAL_ParamListGetString(list3, 0) = 0",
-                "NODAL_ParamListCreate(1, 2) = list4",
-                "NODAL_ParamListAddString(list4, \"vol-1\") = 0",
-                "NODAL_ParamListAddString(list4, \"reg-a\") = 0",
-                "NODAL_Get(memory_pmem_volumes_regionStore_regions_info, [\"vol-1\",\"reg-a\"], 80) = 0",
-                "NODAL_ParamListDestroy(list4)",
-                "NODAL_ParamListGetString(list3, 1) = 0",
-                "NODAL_ParamListCreate(1, 2) = list5",
-                "NODAL_ParamListAddString(list5, \"vol-1\") = 0",
-                "NODAL_ParamListAddString(list5, \"reg-b\") = 0",
-                "NODAL_Get(memory_pmem_volumes_regionStore_regions_info, [\"vol-1\",\"reg-b\"], 80) = 0",
-                "NODAL_ParamListDestroy(list5)",
-                "NODAL_ParamListDestroy(list3)",
-                "NODAL_ParamListDestroy(list1)",
-            }));
+            Lines("NODAL_CheckSig(21) = 0\n"
+                  "NODAL_GetInstanceListAlloc(memory_pmem_volumes, []) = 0 list1\n"
+                  "NODAL_ParamListGetString(list1, 0) = 0\n"
+                  "NODAL_ParamListCreate(1, 1) = list2\n"
+                  "NODAL_ParamListAddString(list2, \"vol-1\") = 0\n"
+                  "NODAL_GetInstanceListAlloc(memory_pmem_volumes_regionStore_regions, [\"vol-1\"]) = 0 list3\n"
+                  "NODAL_ParamListDestroy(list2)\n"
+                  "NODAL_ParamListGetString(list3, 0) = 0\n"
+                  "NODAL_ParamListCreate(1, 2) = list4\n"
+                  "NODAL_ParamListAddString(list4, \"vol-1\") = 0\n"
+                  "NODAL_ParamListAddString(list4, \"reg-a\") = 0\n"
+                  "NODAL_Get(memory_pmem_volumes_regionStore_regions_info, [\"vol-1\",\"reg-a\"], 80) = 0\n"
+                  "NODAL_ParamListDestroy(list4)\n"
+                  "NODAL_ParamListGetString(list3, 1) = 0\n"
+                  "NODAL_ParamListCreate(1, 2) = list5\n"
+                  "NODAL_ParamListAddString(list5, \"vol-1\") = 0\n"
+                  "NODAL_ParamListAddString(list5, \"reg-b\") = 0\n"
+                  "NODAL_Get(memory_pmem_volumes_regionStore_regions_info, [\"vol-1\",\"reg-b\"], 80) = 0\n"
+                  "NODAL_ParamListDestroy(list5)\n"
+                  "NODAL_ParamListDestroy(list3)\n"
+                  "NODAL_ParamListDestroy(list1)\n"));
 }
 
 // The number of regions is asked for again after every row.
@@ -488,29 +484,27 @@ TEST(PMemCalls, TheRegionsAreCountedAgainAfterEveryRow) {
 
 TEST(PMemCalls, OfItsExtents) {
   EXPECT_EQ(CallsThatCount(RunKestrel(FirstVolume(), {"-r", "pmem-extent-stats"})),
-            (std::vector<std::string>{
-                "NODAL_CheckSig(21) = 0",
-                "NODAL_GetInstanceListAlloc(memory_pmem_volumes, []) = 0 list1",
-                "NODAL_ParamListGetString(list1, 0) = 0",
-                "NODAL_ParamListCreate(1, 1) = list2",
-                "NODAL_ParamListAddString(list2, \"vol-1\") = 0",
-                "NODAL_GetInstanceListAlloc(memory_pmem_volumes_extents, [\"vol-1\"]) = 0 list3",
-                "NODAL_ParamListDestroy(list2)",
-                "NODAL_ParamListGetInt32(list3, 0) = 0",
-                "NODAL_ParamListCreate(1, 2) = list4",
-                "NODAL_ParamListAddString(list4, \"vol-1\") = 0",
-                "NODAL_ParamListAddInt(list4, 0) = 0",
-                "NODAL_Get(memory_pmem_volumes_extents, [\"vol-1\",0], 40) = 0",
-                "NODAL_ParamListDestroy(list4)",
-                "NODAL_ParamListGetInt32(list3, 1) = 0",
-                "NODAL_ParamListCreate(1, 2) = list5",
-                "NODAL_ParamListAddString(list5, \"vol-1\") = 0",
-                "NODAL_ParamListAddInt(list5, 1) = 0",
-                "NODAL_Get(memory_pmem_volumes_extents, [\"vol-1\",1], 40) = 0",
-                "NODAL_ParamListDestroy(list5)",
-                "NODAL_ParamListDestroy(list3)",
-                "NODAL_ParamListDestroy(list1)",
-            }));
+            Lines("NODAL_CheckSig(21) = 0\n"
+                  "NODAL_GetInstanceListAlloc(memory_pmem_volumes, []) = 0 list1\n"
+                  "NODAL_ParamListGetString(list1, 0) = 0\n"
+                  "NODAL_ParamListCreate(1, 1) = list2\n"
+                  "NODAL_ParamListAddString(list2, \"vol-1\") = 0\n"
+                  "NODAL_GetInstanceListAlloc(memory_pmem_volumes_extents, [\"vol-1\"]) = 0 list3\n"
+                  "NODAL_ParamListDestroy(list2)\n"
+                  "NODAL_ParamListGetInt32(list3, 0) = 0\n"
+                  "NODAL_ParamListCreate(1, 2) = list4\n"
+                  "NODAL_ParamListAddString(list4, \"vol-1\") = 0\n"
+                  "NODAL_ParamListAddInt(list4, 0) = 0\n"
+                  "NODAL_Get(memory_pmem_volumes_extents, [\"vol-1\",0], 40) = 0\n"
+                  "NODAL_ParamListDestroy(list4)\n"
+                  "NODAL_ParamListGetInt32(list3, 1) = 0\n"
+                  "NODAL_ParamListCreate(1, 2) = list5\n"
+                  "NODAL_ParamListAddString(list5, \"vol-1\") = 0\n"
+                  "NODAL_ParamListAddInt(list5, 1) = 0\n"
+                  "NODAL_Get(memory_pmem_volumes_extents, [\"vol-1\",1], 40) = 0\n"
+                  "NODAL_ParamListDestroy(list5)\n"
+                  "NODAL_ParamListDestroy(list3)\n"
+                  "NODAL_ParamListDestroy(list1)\n"));
 }
 
 std::string NodesListed(const std::string &region, const std::string &list) {

@@ -139,12 +139,10 @@ INSTANTIATE_TEST_SUITE_P(Failures, PShareHintStats, testing::ValuesIn(kFailuresC
 
 TEST(PShareHintStatsCalls, OneRecordIsReadOnce) {
   EXPECT_EQ(CallsThatCount(RunKestrel(HintsHost(), {"-r", "pshareHint-stats"})),
-            (std::vector<std::string>{
-                "NODAL_CheckSig(21) = 0",
-                "NODAL_ParamListCreate(1, 1) = list1",
-                "NODAL_Get(memory_pshare_stats, [], 208) = 0",
-                "NODAL_ParamListDestroy(list1)",
-            }));
+            Lines("NODAL_CheckSig(21) = 0\n"
+                  "NODAL_ParamListCreate(1, 1) = list1\n"
+                  "NODAL_Get(memory_pshare_stats, [], 208) = 0\n"
+                  "NODAL_ParamListDestroy(list1)\n"));
 }
 
 TEST(PShareHintStatsCalls, ABadUnitReadsNothing) {

@@ -119,12 +119,11 @@ constexpr ReportCase kFailuresCases[] = {
 INSTANTIATE_TEST_SUITE_P(Failures, PShareStats, testing::ValuesIn(kFailuresCases), NameOf<ReportCase>);
 
 TEST(PShareStatsCalls, OneRecordIsReadOnce) {
-  EXPECT_EQ(RunKestrel(SharingHost(), {"-r", "pshare-stats"}).calls, (std::vector<std::string>{
-                                                                         "NODAL_CheckSig(21) = 0",
-                                                                         "NODAL_ParamListCreate(1, 1) = list1",
-                                                                         "NODAL_Get(memory_pshare_stats, [], 208) = 0",
-                                                                         "NODAL_ParamListDestroy(list1)",
-                                                                     }));
+  EXPECT_EQ(RunKestrel(SharingHost(), {"-r", "pshare-stats"}).calls,
+            Lines("NODAL_CheckSig(21) = 0\n"
+                  "NODAL_ParamListCreate(1, 1) = list1\n"
+                  "NODAL_Get(memory_pshare_stats, [], 208) = 0\n"
+                  "NODAL_ParamListDestroy(list1)\n"));
 }
 
 TEST(PShareStatsCalls, ABadUnitReadsNothing) {

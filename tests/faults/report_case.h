@@ -19,6 +19,7 @@ namespace faults {
 
 using testing_support::Fault;
 using testing_support::Group;
+using testing_support::Lines;
 using testing_support::StandinHost;
 using testing_support::StandinRun;
 

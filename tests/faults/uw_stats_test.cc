@@ -64,12 +64,10 @@ TEST(UwStatsCalls, AGroupThatDoesNotPrintIsAskedForItsFlagsAndItsChildren) {
   std::erase_if(reads, [](const std::string &call) {
     return !call.starts_with("NODAL_Get(") && !call.starts_with("NODAL_GetInstanceListAlloc(");
   });
-  EXPECT_EQ(reads, (std::vector<std::string>{
-                       "NODAL_GetInstanceListAlloc(sched_groups_members_groups, [20]) = 0 list2",
-                       "NODAL_Get(sched_groups_groupFlags, [20], 4) = 0",
-                       "NODAL_GetInstanceListAlloc(sched_groups_members_groups, [21]) = 0 list5",
-                       "NODAL_Get(sched_groups_groupFlags, [21], 4) = 0",
-                   }));
+  EXPECT_EQ(reads, Lines("NODAL_GetInstanceListAlloc(sched_groups_members_groups, [20]) = 0 list2\n"
+                         "NODAL_Get(sched_groups_groupFlags, [20], 4) = 0\n"
+                         "NODAL_GetInstanceListAlloc(sched_groups_members_groups, [21]) = 0 list5\n"
+                         "NODAL_Get(sched_groups_groupFlags, [21], 4) = 0\n"));
 }
 
 }  // namespace
