@@ -1,5 +1,5 @@
 /* The public headers in a program written in C. */
-#include "tests/unit/c_interface.h"
+#include "tests/platkit/c_interface.h"
 
 #include <stddef.h>
 

@@ -1,5 +1,5 @@
-#include "tests/snapshot/scratch.h"
-#include "tests/snapshot/small_host.h"
+#include "tests/platkit/snapshot/scratch.h"
+#include "tests/platkit/snapshot/small_host.h"
 
 namespace platkit::snapshot {
 namespace {

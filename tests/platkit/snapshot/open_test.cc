@@ -6,8 +6,8 @@
 #include <unistd.h>
 
 #include "platkit/nodal.h"
-#include "tests/snapshot/scratch.h"
-#include "tests/snapshot/small_host.h"
+#include "tests/platkit/snapshot/scratch.h"
+#include "tests/platkit/snapshot/small_host.h"
 
 namespace platkit::snapshot {
 namespace {

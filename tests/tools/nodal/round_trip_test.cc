@@ -3,7 +3,7 @@
 
 #include "platkit/path.h"
 #include "platkit/snapshot/snapshot_writer.h"
-#include "tests/nodal/program.h"
+#include "tests/tools/nodal/program.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "platkit/source.h"
 #include "platkit/str.h"
 #include "platkit/warning.h"
-#include "tests/unit/c_interface.h"
+#include "tests/platkit/c_interface.h"
 
 namespace platkit {
 namespace {

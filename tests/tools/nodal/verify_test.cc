@@ -1,6 +1,6 @@
 #include <cdb.h>
 
-#include "tests/nodal/program.h"
+#include "tests/tools/nodal/program.h"
 
 namespace {
 

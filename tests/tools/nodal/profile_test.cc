@@ -5,8 +5,8 @@
 #include <iterator>
 
 #include "tests/linux/saved_host.h"
-#include "tests/nodal/program.h"
 #include "tests/support/text.h"
+#include "tests/tools/nodal/program.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // A host of a few entries: one of each kind of value.
-#ifndef TESTS_SNAPSHOT_SMALL_HOST_H
-#define TESTS_SNAPSHOT_SMALL_HOST_H
+#ifndef TESTS_PLATKIT_SNAPSHOT_SMALL_HOST_H
+#define TESTS_PLATKIT_SNAPSHOT_SMALL_HOST_H
 
 #include <gtest/gtest.h>
 
@@ -111,4 +111,4 @@ inline SmallHost ReadSmallHost(Source &source,
 
 }  // namespace platkit::snapshot
 
-#endif  // TESTS_SNAPSHOT_SMALL_HOST_H
+#endif  // TESTS_PLATKIT_SNAPSHOT_SMALL_HOST_H

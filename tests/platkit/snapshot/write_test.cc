@@ -11,8 +11,8 @@
 #include <utility>
 
 #include "platkit/draft.h"
-#include "tests/snapshot/scratch.h"
-#include "tests/snapshot/small_host.h"
+#include "tests/platkit/snapshot/scratch.h"
+#include "tests/platkit/snapshot/small_host.h"
 
 namespace platkit::snapshot {
 namespace {

@@ -1,7 +1,7 @@
 // What is wrong with a JSON file is told exactly, and nothing is left of the snapshot.
 #include <algorithm>
 
-#include "tests/nodal/program.h"
+#include "tests/tools/nodal/program.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <set>
 
 #include "platkit/path.h"
-#include "tests/nodal/program.h"
+#include "tests/tools/nodal/program.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "tests/nodal/program.h"
+#include "tests/tools/nodal/program.h"
 
 namespace {
 

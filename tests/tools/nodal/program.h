@@ -1,12 +1,12 @@
 // Runs nodal as a shell does.
-#ifndef TESTS_NODAL_PROGRAM_H
-#define TESTS_NODAL_PROGRAM_H
+#ifndef TESTS_TOOLS_NODAL_PROGRAM_H
+#define TESTS_TOOLS_NODAL_PROGRAM_H
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "tests/snapshot/scratch.h"
+#include "tests/platkit/snapshot/scratch.h"
 #include "tests/support/process.h"
 #include "tests/support/text.h"
 
@@ -37,4 +37,4 @@ inline std::string Built(const Scratch &scratch, const std::string &json, const 
 
 inline std::string HostOf(const std::string &nodes) { return R"({"format": 1, "nodes": {)" + nodes + "}}"; }
 
-#endif  // TESTS_NODAL_PROGRAM_H
+#endif  // TESTS_TOOLS_NODAL_PROGRAM_H

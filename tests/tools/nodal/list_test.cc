@@ -1,5 +1,5 @@
 // ls and get.
-#include "tests/nodal/program.h"
+#include "tests/tools/nodal/program.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <unistd.h>
 
 #include "platkit/version.h"
-#include "tests/nodal/program.h"
+#include "tests/tools/nodal/program.h"
 
 namespace {
 

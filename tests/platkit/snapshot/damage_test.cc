@@ -1,6 +1,6 @@
 // Cut and overwritten snapshots: whatever happened to the file, a read gives what was written or a status.
-#include "tests/snapshot/scratch.h"
-#include "tests/snapshot/small_host.h"
+#include "tests/platkit/snapshot/scratch.h"
+#include "tests/platkit/snapshot/small_host.h"
 
 namespace platkit::snapshot {
 namespace {

@@ -7,7 +7,7 @@
 #include "platkit/path.h"
 #include "platkit/snapshot/snapshot_source.h"
 #include "platkit/source.h"
-#include "tests/nodal/program.h"
+#include "tests/tools/nodal/program.h"
 #include "tools/nodal/commands.h"
 #include "tools/nodal/output.h"
 

@@ -1,5 +1,5 @@
-#ifndef TESTS_UNIT_C_INTERFACE_H
-#define TESTS_UNIT_C_INTERFACE_H
+#ifndef TESTS_PLATKIT_C_INTERFACE_H
+#define TESTS_PLATKIT_C_INTERFACE_H
 
 #include <stdint.h>
 
