@@ -32,7 +32,7 @@ LOG = f"{WORK}/tests.log"
 TESTS = f"ctest --test-dir {BUILD} -LE slow -j2 --stop-on-failure"
 FLAGS = "-O1 -g0 -DNDEBUG"
 COMPILE_SECONDS = 600
-# What a mutant may take: this much, and so many times what the tests take without one.
+# The time limit of a mutant: these seconds, plus a multiple of the time that the tests take without a mutant.
 EXTRA_SECONDS, SLOWER = 30, 3
 # A mutant that allocates without end fails before the machine runs out of memory.
 MEMORY_BYTES = 4 << 30

@@ -5,7 +5,7 @@
 namespace testing_support {
 
 std::string MaskTimes(const std::string &text) {
-  if (text.find(" STATS: ") == text.npos) return text;  // CSV, of which the tests read much
+  if (text.find(" STATS: ") == text.npos) return text;  // most outputs are CSV
   static const std::regex title(
       R"(( STATS: )(Mon|Tue|Wed|Thu|Fri|Sat|Sun) [A-Z][a-z]{2} [ 0-9][0-9] [0-9]{2}:[0-9]{2}:[0-9]{2} [0-9]{4}\n)");
   return std::regex_replace(text, title, "$1<time>\n");
