@@ -83,9 +83,14 @@ TEST(HostFiles, PartsOfAFile) {
   HostFiles readOnly(host.Path(""), Reach::kRootFolder);
   EXPECT_EQ(readOnly.WriteAt(HostPath("file"), 0, bytes), HVC_READ_ONLY);
   EXPECT_EQ(host.Read("file"), "01xxxx6789");
+}
 
-  // Some of the kernel's files say that they are longer than what they give.
+// The size of some kernel files is larger than their contents.
+TEST(HostFiles, PartsOfAKernelFile) {
+  char room[4];
+  const std::span<std::byte> bytes = std::as_writable_bytes(std::span(room));
   HostFiles running("/", Reach::kHost);
+  if (!running.Exists(HostPath("sys/kernel/uevent_seqnum"))) GTEST_SKIP() << "no /sys/kernel here";
   EXPECT_EQ(running.ReadAt(HostPath("sys/kernel/uevent_seqnum"), 1000, bytes), HVC_TRANSFER_TRUNCATED);
 }
 
