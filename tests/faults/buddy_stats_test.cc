@@ -265,7 +265,7 @@ constexpr ReportCase kOrderCases[] = {
           return Named({"memmap-01-h1", "memmap-01-h2", "memmap-01-lo"});
         },
         "memmap-01-lo,1,low,1\nmemmap-01-h2,1,high,1\nmemmap-01-h1,1,high,1\n"),
-    // Of two low ones, each comes before the other; the last to be looked at wins.
+    // Two low types each sort before the other; the one compared last wins.
     Names(
         "TheLastOfTwoLowOnes",
         [] {

@@ -468,7 +468,7 @@ constexpr Given kGivenOptions[] = {
     Given{"TheLastCounts", "-t 8 -i 4 -t 5 -i 2", 2, "5"},
     Given{"StartsWithANumber", "-t 5x -i ' 2s'", 2, "5"},
     Given{"Decimal", "-t 010 -i +2", 2, "10"},
-    // What is left of a number in 32 bits.
+    // Numbers are truncated to 32 bits.
     Given{"LowBitsOne", "-t 4294967297 -i 4294967297", 1, "1"},
     Given{"TheLargest", "-t 2147483647", 1, "2147483647"},
     Given{"Words", "lunch -t 2 time", 1, "2"},

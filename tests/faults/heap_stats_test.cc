@@ -231,7 +231,7 @@ constexpr ReportCase kFiguresCases[] = {
     Used(
         "OneByteMoreThanOneMb", [] { return OneHeap(Sized("h", 0x100001, 0x100000)); }, "mb",
         "h,0,1,1,2\nTotal,1,1,2,0\n"),
-    // What is used wraps in 32 bits in a row, in 64 in the sum.
+    // The used size wraps at 32 bits in a row and at 64 bits in the sum.
     Used(
         "MoreAvailableThanThereIs", [] { return OneHeap(Sized("h", 100, 200)); }, "b",
         "h,0,4294967196,200,100\nTotal,18446744073709551516,200,100,0\n"),

@@ -36,7 +36,7 @@ class Oracle {
 
   // There has to be a row for the call.
   Expected WhenFails(const LoggedCall &call, HVC_ReturnStatus status) const;
-  // What such a run reads and writes, as Accesses() has it; nothing if the row does not say.
+  // The reads and writes of such a run, in the form of Accesses(); no value if the row does not define them.
   std::optional<std::vector<std::string>> AccessesWhenFails(const LoggedCall &call, HVC_ReturnStatus status) const;
 
  private:

@@ -397,7 +397,7 @@ void TakeOwnProcesses() {
   const pid_t inner = fork();
   if (inner < 0) EndWithoutNamespace("fork");
   if (inner > 0) _exit(StatusOf(inner));
-  // What is mounted on a private /proc is not passed on to other namespaces. In a chroot, / may be no mount point.
+  // Mounts on a private /proc do not propagate to other namespaces. In a chroot, / may not be a mount point.
   if (mount(nullptr, "/proc", nullptr, MS_PRIVATE, nullptr) != 0) EndWithoutNamespace("making /proc private");
   if (mount("proc", "/proc", "proc", 0, nullptr) != 0) EndWithoutNamespace("mounting /proc");
 }
