@@ -4,6 +4,7 @@
 
 #include <type_traits>
 
+#include "platkit/node_ref.h"
 #include "platkit/version.h"
 
 namespace platkit {
@@ -32,7 +33,6 @@ consteval FieldType TypeOf() {
   constexpr RecordLayout k##name = {#name, size, k##name##Fields};
 #include "platkit/records.def"
 
-struct NoRecord {};
 constexpr NoRecord kNoRecord;
 
 consteval const RecordLayout *LayoutOf(const RecordLayout &layout) { return &layout; }
@@ -79,15 +79,8 @@ consteval Node ParseRow(uint32_t id, std::string_view name, std::string_view pat
   return node;
 }
 
-// Identifiers count from 1 in the order of the rows; 0 names nothing.
-enum NodeID : uint32_t {
-  kNoNode,
-#define NODE(name, path, entries, record) kID_##name,
-#include "platkit/nodes.def"
-};
-
 constexpr Node kNodes[] = {
-#define NODE(name, path, entries, record) ParseRow(kID_##name, #name, path, entries, LayoutOf(k##record)),
+#define NODE(name, path, entries, record) ParseRow(nodes::name.id(), #name, path, entries, LayoutOf(k##record)),
 #include "platkit/nodes.def"
 };
 
@@ -122,7 +115,7 @@ Definitions DigestOfCatalogue() {
 static_assert(std::size(kNodes) <= kMostNodes);
 std::span<const Node> Nodes() { return kNodes; }
 
-const Node *FindNode(uint32_t id) { return id == kNoNode || id > std::size(kNodes) ? nullptr : &kNodes[id - 1]; }
+const Node *FindNode(uint32_t id) { return id == 0 || id > std::size(kNodes) ? nullptr : &kNodes[id - 1]; }
 
 const Node *FindNode(std::string_view name) {
   for (const Node &node : kNodes) {
@@ -156,5 +149,5 @@ std::string_view UnitName(FieldUnit unit) {
 
 }  // namespace platkit
 
-#define NODE(name, path, entries, record) const uint16_t NODAL_NODE_##name = platkit::kID_##name;
+#define NODE(name, path, entries, record) const uint16_t NODAL_NODE_##name = platkit::nodes::name.id();
 #include "platkit/nodes.def"
