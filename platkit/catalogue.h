@@ -1,73 +1,38 @@
-// The catalogue of nodes in the form that the library works with: nodes.def, taken apart at compile time.
+// The catalogue of nodes, as the library works with it. platkit/catalogue/nodes.def lists the nodes.
 #ifndef PLATKIT_CATALOGUE_H
 #define PLATKIT_CATALOGUE_H
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <span>
-#include <string>
 #include <string_view>
 
+#include "platkit/definitions.h"
 #include "platkit/param_list.h"
+#include "platkit/record_layout.h"
 #include "platkit/records.h"
 
 namespace platkit {
 
-// How a record's fields are read and printed by name.
-enum class FieldType : uint8_t { kU8, kU16, kU32, kU64, kI32, kI64, kText, kEntries, kGap };
-
-enum class FieldUnit : uint8_t {
-  NONE,
-  KB,
-  BYTES,
-  PAGES,
-  BLOCKS,
-  PERCENT,
-  USEC,
-  COUNT,
-  ID,
-  FLAGS,
-  BOOL,
-  NUMBER,
-};
-
-struct RecordLayout;
-
-struct Field {
-  uint32_t offset;
-  uint32_t size;  // of one entry, where the field is an array
-  FieldType type;
-  FieldUnit unit;
-  std::string_view name;         // for a gap, unread_<offset>
-  std::string_view description;  // empty for a gap
-  uint32_t count = 1;            // of entries
-  const RecordLayout *entry = nullptr;
-};
-
-struct RecordLayout {
-  std::string_view name;
-  uint32_t size;
-  std::span<const Field> fields;  // in the order of their offsets, gaps included: together they cover the record
-};
-
-// An instance argument of a path, or the entry of a list: what it is ("group") and of which kind.
+// An argument of a path, or an entry of a list: what it names, for example "group", and its kind.
 struct Instance {
   std::string_view what;
   ParamKind kind;
 };
 
 struct Node {
-  static constexpr size_t kMostArguments = 6;
+  static constexpr size_t kMaxArguments = 6;
 
-  uint32_t id;
+  uint32_t id;            // as in the object NODAL_NODE_<name>
   std::string_view name;  // as in NODAL_NODE_<name>
-  std::string_view path;  // the template of nodes.def
+  std::string_view path;  // as in nodes.def
 
-  // The path's fixed pieces, each standing before the argument of the same index; the last stands behind them all and
-  // may be empty. A node that is both list and record has one argument more as a record, behind the list's whole path.
-  std::array<std::string_view, kMostArguments + 1> pieces;
-  std::array<Instance, kMostArguments> arguments;
-  uint8_t pathArguments;  // those of the list; also of the record, unless it is both
+  // The fixed pieces of the path. pieces[i] precedes arguments[i]; the last piece follows the last argument and may be
+  // empty. A node that is both list and record takes one more argument as a record, at the end of the path.
+  std::array<std::string_view, kMaxArguments + 1> pieces;
+  std::array<Instance, kMaxArguments> arguments;
+  uint8_t pathArguments;  // without that additional argument
 
   bool isList;
   Instance entry;              // of the list
@@ -78,25 +43,15 @@ struct Node {
   uint32_t recordArguments() const { return pathArguments + (isList && isRecord() ? 1u : 0u); }
 };
 
-// All nodes, in the order of nodes.def.
+// All nodes, in the order of nodes.def, which is also that of their identifiers.
 std::span<const Node> Nodes();
-inline constexpr size_t kMostNodes = 64;
+inline constexpr size_t kMaxNodes = 64;
 
 // The node with that identifier, or null.
 const Node *FindNode(uint32_t id);
 
-// The node of that name, or null.
+// The node of that name, or null. Code that knows the name uses platkit::nodes (node_ref.h) instead.
 const Node *FindNode(std::string_view name);
-
-// The library's own definitions: a digest over paths, argument kinds and record sizes (32 hexadecimal digits), and
-// their build text: the library's version and the start of the digest, at most 20 characters.
-struct Definitions {
-  std::string signature;
-  std::string build;
-};
-const Definitions &OwnDefinitions();
-
-std::string_view UnitName(FieldUnit unit);
 
 }  // namespace platkit
 

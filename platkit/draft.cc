@@ -87,9 +87,9 @@ bool Draft::GiveName() {
 // Tries names beside the target until one is free; false with errno if none is to be had.
 template <typename Try>
 bool Draft::TryNames(Try take) {
-  constexpr int kMostTries = 100;
+  constexpr int kMaxTries = 100;
 
-  for (int i = 0; i < kMostTries; ++i) {
+  for (int i = 0; i < kMaxTries; ++i) {
     std::string path = target_ + ".new-" + std::to_string(arc4random());
     if (take(path.c_str())) {
       path_ = std::move(path);

@@ -17,8 +17,8 @@ struct NoRecord {};
 // Identifiers of nodes count from 1 in the order of the catalogue; 0 is no node.
 enum class NodeId : uint16_t {
   kNone,
-#define NODE(name, path, entries, record) name,
-#include "platkit/nodes.def"
+#define PLATKIT_NODE(name, path, entry, record) name,
+#include "platkit/catalogue/nodes.def"
 };
 
 // A node of the catalogue that yields a Record; NodeRef<NoRecord> is a node that is only a list.
@@ -41,8 +41,8 @@ struct NodeRef {
 
 namespace nodes {
 
-#define NODE(name, path, entries, record) inline constexpr NodeRef<record> name = {NodeId::name};
-#include "platkit/nodes.def"
+#define PLATKIT_NODE(name, path, entry, record) inline constexpr NodeRef<record> name = {NodeId::name};
+#include "platkit/catalogue/nodes.def"
 
 }  // namespace nodes
 }  // namespace platkit

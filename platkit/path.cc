@@ -90,7 +90,7 @@ PathTarget MatchNode(const Node &node, std::string_view path) {
 }  // namespace
 
 PathWriter &PathWriter::Literal(std::string_view text) {
-  if (kMostBytes - size_ < text.size()) {
+  if (kMaxBytes - size_ < text.size()) {
     ok_ = false;
   } else {
     std::memcpy(bytes_ + size_, text.data(), text.size());
@@ -100,7 +100,7 @@ PathWriter &PathWriter::Literal(std::string_view text) {
 }
 
 PathWriter &PathWriter::Integer(int64_t value) {
-  const auto written = std::to_chars(bytes_ + size_, bytes_ + kMostBytes, value);
+  const auto written = std::to_chars(bytes_ + size_, bytes_ + kMaxBytes, value);
   if (written.ec != std::errc()) {
     ok_ = false;
   } else {

@@ -27,11 +27,11 @@ class PathWriter {
   std::string_view view() const { return {bytes_, size_}; }
 
  private:
-  static constexpr size_t kMostBytes = 4096;
+  static constexpr size_t kMaxBytes = 4096;
 
   bool ok_ = true;
   size_t size_ = 0;
-  char bytes_[kMostBytes];
+  char bytes_[kMaxBytes];
 };
 
 // Writes the path of a node. `arguments` are as many as the node takes as a record or as a list.

@@ -1,21 +1,36 @@
 /*
  * NODAL: the system-information interface of the platform library.
  *
- * The kernel publishes its state as a tree of nodes. A node is a record (a fixed-size packed structure, see records.h),
- * a list (the instances below it), or a list at one depth and a record one level deeper. nodes.def is the catalogue of
- * all of them.
+ * The kernel publishes its state as a tree of nodes. A node is a record (a packed struct, see records.h), a list (the
+ * instances below it), or both: a list at one path, and a record for each of its entries. nodes.h declares all nodes.
  *
  * Conventions
  *
- * 1. A node is named by its 16-bit identifier, read from an object of nodes.h and widened to 32 bits, and by an
- * argument list: one integer or text per instance on its path, outermost first. Null and an empty list mean the same.
- * 2. Every operation that can fail returns an HVC_ReturnStatus; 0 is success. Nothing is written to an output on
- * failure, unless the operation says so. Null pointers, wrong counts and wrong kinds of arguments get a status, never a
- * crash. HVC_NOT_FOUND is an ordinary answer: groups, clients and heaps come and go between listing and reading.
- * 3. The library never prints on its caller's behalf.
- * 4. Reads go to the running host until NODAL_UseCache succeeds, and from then on to the source that it named.
- * 5. The interface is for one thread at a time. A parameter list may be destroyed by another thread than its maker.
- * 6. A list handed out belongs to whoever received it and is released with NODAL_ParamListDestroy.
+ * 1. Nodes. Read a node's 16-bit identifier from its object in nodes.h and widen it to 32 bits. Its arguments are one
+ *    integer or text for each {argument} of its path, outermost first. A null argument list and an empty one mean the
+ *    same.
+ *
+ * 2. Errors. Operations that can fail return an HVC_ReturnStatus: HVC_OK is success. Each operation lists its other
+ *    statuses. HVC_NO_MEMORY is always possible. On failure, outputs stay as they were unless the operation says
+ *    otherwise. HVC_NOT_FOUND is an ordinary answer: groups, clients and heaps may vanish between a listing and a read.
+ *
+ * 3. Null. Operations that return a status answer a null pointer with HVC_BAD_PARAM, except where null is allowed.
+ *    A null list destroys as nothing, counts 0 parameters, and has none at any index.
+ *
+ * 4. Ownership. The caller owns each list that it created or received, and releases it with NODAL_ParamListDestroy. The
+ *    caller also owns all buffers that it passes. The library copies texts that it is given, and keeps no pointer of
+ * the caller's after the call.
+ *
+ * 5. Lifetime of texts. A text or parameter read from a list belongs to the list. A text stays valid until its
+ * parameter is removed, the list is filled again, or the list is destroyed. A NODAL_Param pointer stays valid until the
+ * list changes in any way. Texts are bytes that end in a NUL; their encoding is not checked.
+ *
+ * 6. Threads. One thread at a time may use the interface. A list may be destroyed by another thread than the one that
+ *    created it.
+ *
+ * 7. Sources. Reads go to the running host until NODAL_UseCache succeeds, and then to the source that it named.
+ *
+ * 8. Output. The library prints nothing. Only Warning (warning.h) writes, to standard error.
  */
 #ifndef PLATKIT_NODAL_H
 #define PLATKIT_NODAL_H
@@ -41,44 +56,45 @@ typedef struct NODAL_Param NODAL_Param;
 #define NODAL_LIST_INSTANCES 1u /* arguments or instances */
 
 /*
- * Makes an empty list of the given kind. `capacity` is a hint: the list grows past it. A destroyed list is kept for the
- * next one, so a program that makes and destroys one list at a time allocates memory once.
+ * Creates an empty list. `kind` is one of NODAL_LIST_... `capacity` is the number of parameters that the caller
+ * expects; the list grows past it.
  *
- * Returns null if the kind is unknown or memory is short.
+ * Returns the list, or null if the kind is unknown or memory is short. The caller destroys it.
  */
 PLATKIT_EXPORT NODAL_ParamList *NODAL_ParamListCreate(uint32_t kind, uint32_t capacity);
 
 /*
- * Makes an empty list with room for exactly `count` parameters and `bytes` bytes of text, terminators included. It is
- * filled up to that and no further: one parameter more gets HVC_LIMIT_EXCEEDED.
+ * Creates an empty list of limited room: at most `count` parameters, and at most `bytes` bytes of text, NULs included.
+ * What exceeds the room gets HVC_LIMIT_EXCEEDED.
  *
- * Returns null if the kind is unknown or memory is short.
+ * Returns the list, or null if the kind is unknown or memory is short. The caller destroys it.
  */
 PLATKIT_EXPORT NODAL_ParamList *NODAL_ParamListCreateAndAllocateParams(uint32_t kind, uint32_t count, uint32_t bytes);
 
-/* Releases a list with all its texts. Null is allowed. */
+/* Releases a list and its texts. Null is allowed. */
 PLATKIT_EXPORT void NODAL_ParamListDestroy(NODAL_ParamList *list);
 
 /*
- * Appends an integer, or a copy of a text, to a list.
+ * Appends an integer.
  *
- * HVC_BAD_PARAM: `list` or `text` is null. HVC_LIMIT_EXCEEDED: the list was made with a fixed room, which is used up.
- * HVC_NO_MEMORY.
+ * HVC_BAD_PARAM: `list` is null. HVC_LIMIT_EXCEEDED: the list has limited room, which is used up.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_ParamListAddInt(NODAL_ParamList *list, int64_t value);
+
+/* Appends a copy of `text`, which ends in a NUL. Statuses as for NODAL_ParamListAddInt, a null text included. */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_ParamListAddString(NODAL_ParamList *list, const char *text);
 
 /* Removes the last parameter. HVC_BAD_PARAM: `list` is null. HVC_NOT_FOUND: the list is empty. */
 PLATKIT_EXPORT HVC_ReturnStatus NODAL_ParamListRemoveLastParam(NODAL_ParamList *list);
 
-/* The number of parameters in a list; 0 for null. */
+/* Returns the number of parameters; 0 for null. */
 PLATKIT_EXPORT uint32_t NODAL_ParamListUsedCount(const NODAL_ParamList *list);
 
 /*
- * Store the integer parameter at `index`, counted from 0.
+ * Store the integer at `index`, counted from 0, in `*value`.
  *
- * HVC_BAD_PARAM: a null pointer. HVC_NOT_FOUND: no such index. HVC_WRONG_KIND: the parameter is a text.
- * HVC_OUT_OF_RANGE: the integer does not fit the type asked for.
+ * HVC_BAD_PARAM: a null pointer. HVC_NOT_FOUND: the list ends before `index`. HVC_WRONG_KIND: the parameter is a text.
+ * HVC_OUT_OF_RANGE: the integer does not fit the type of `*value`.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_ParamListGetInt64(const NODAL_ParamList *list, uint32_t index,
                                                                           int64_t *value);
@@ -88,66 +104,66 @@ PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_ParamListGetUInt32(const
                                                                            uint32_t *value);
 
 /*
- * Stores a pointer to the text parameter at `index`. The text is terminated, belongs to the list, and stays where it is
- * until that parameter is removed or the list destroyed. Statuses as for the integers.
+ * Stores a pointer to the text at `index` in `*text`. The list owns the text (convention 5).
+ *
+ * HVC_BAD_PARAM: a null pointer. HVC_NOT_FOUND: the list ends before `index`. HVC_WRONG_KIND: the parameter is an
+ * integer.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_ParamListGetString(const NODAL_ParamList *list, uint32_t index,
                                                                            const char **text);
 
-/*
- * The parameter at `index`, or null if there is none. It belongs to the list and is good until the list is changed or
- * destroyed.
- */
+/* Returns the parameter at `index`, which the list owns (convention 5), or null if the list ends before it. */
 PLATKIT_EXPORT const NODAL_Param *NODAL_ParamListGetParam(const NODAL_ParamList *list, uint32_t index);
 
-/* The integer value of a parameter; 0 for a text and for null. */
+/* Returns the integer of a parameter; 0 for a text and for null. */
 PLATKIT_EXPORT int64_t NODAL_ParamGetInt(const NODAL_Param *param);
 
 /*
- * Reads a record into `record`. `size` must be the record's size: a record is read whole or not at all.
+ * Reads the record of a node into `record`. `size` is the size of the record's struct in bytes. records.h has the
+ * structs, with the unit of each field.
  *
- * HVC_NOT_FOUND: no such instance, or the source has no such record. HVC_NO_SUCH_NODE: unknown identifier.
- * HVC_NOT_A_RECORD: the node is only a list. HVC_WRONG_COUNT, HVC_WRONG_KIND: the arguments do not fit the node.
- * HVC_WRONG_SIZE: `size` is not the size of the record, or the source holds one of another size. HVC_BAD_PARAM:
- * `record` is null. HVC_SNAPSHOT_DAMAGED: a snapshot's record is not what was written. HVC_NO_PERMISSION: the record
- * exists, but not for this user. HVC_IO_ERROR: it cannot be read.
+ * HVC_BAD_PARAM: `record` is null. HVC_NO_SUCH_NODE: unknown identifier. HVC_NOT_A_RECORD: the node is only a list.
+ * HVC_WRONG_COUNT, HVC_WRONG_KIND: the arguments do not fit the node. HVC_WRONG_SIZE: `size` is not the record's size,
+ * or the source holds a record of another size. HVC_NOT_FOUND: no such instance, or the source has no such record.
+ * HVC_NO_PERMISSION: this user may not read it. HVC_IO_ERROR: the read failed. HVC_SNAPSHOT_DAMAGED: the snapshot's
+ * copy is damaged.
  *
- * A register of a device's configuration space also answers HVC_BAD_PARAM: the size is not 1, 2 or 4;
- * HVC_UNALIGNED_ADDRESS: the address is no multiple of the size; HVC_ADDRESS_TOO_HIGH: the space ends before it.
+ * A register of a device's configuration space (pciConfigReg) adds: HVC_BAD_PARAM: its size is not 1, 2 or 4 bytes.
+ * HVC_UNALIGNED_ADDRESS: its address is not a multiple of its size. HVC_ADDRESS_TOO_HIGH: the space ends before it.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_Get(uint32_t node, const NODAL_ParamList *args, void *record,
                                                             uint32_t size);
 
 /*
- * Writes the value in `input` to a node. Nodes that can be written yield no output: `output` is null and `outputSize`
- * 0.
+ * Writes the value in `input` to a node. No node returns output: pass null and 0 for `output` and `outputSize`.
  *
- * The one node that can be written is a register of a device's configuration space (pciConfigReg), which takes one
- * integer: the value, written with a single access of the size that the arguments give, 1, 2 or 4 bytes. The running
- * host takes it; of saved hosts, only a root folder that was named with NODAL_CACHE_WRITABLE does. No other operation
- * writes anything.
+ * One node can be written: a register of a device's configuration space (pciConfigReg). Its value is one integer,
+ * written with a single access of the size in the arguments: 1, 2 or 4 bytes. The running host takes it, and so does a
+ * root folder that was opened with NODAL_CACHE_WRITABLE. Nothing else in this interface writes to a source.
  *
- * HVC_READ_ONLY: the node, or the source, cannot be written. HVC_NODE_NOT_WRITABLE: `input` is not one integer.
- * HVC_OUT_OF_RANGE: the value does not fit the register. HVC_NO_PERMISSION: this user may not write it. Other statuses
- * as for NODAL_Get.
+ * HVC_BAD_PARAM: `input` is null, or an output was passed. HVC_READ_ONLY: the node or the source cannot be written.
+ * HVC_NODE_NOT_WRITABLE: `input` is not one integer. HVC_OUT_OF_RANGE: the value does not fit the register.
+ * HVC_NO_PERMISSION: this user may not write it. Other statuses as for NODAL_Get.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_Set(uint32_t node, const NODAL_ParamList *args,
                                                             const NODAL_ParamList *input, void *output,
                                                             uint32_t outputSize);
 
 /*
- * Fills `list` with the instances of a list node, in the kernel's order. What the list held before is dropped, and it
- * is left empty on failure.
+ * Fills `list` with the instances of a list node, in the kernel's order, in place of what it held. The list is empty
+ * after a failure, except after HVC_BAD_PARAM.
  *
- * HVC_NOT_A_LIST: the node is only a record. HVC_LIMIT_EXCEEDED: the list was made with a fixed room, and there are
- * more instances than fit. Other statuses as for NODAL_Get.
+ * HVC_BAD_PARAM: `list` is null, or also serves as the arguments. HVC_NOT_A_LIST: the node is only a record.
+ * HVC_LIMIT_EXCEEDED: the list has limited room, too little for the instances. Other statuses as for NODAL_Get.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_GetInstanceList(uint32_t node, const NODAL_ParamList *args,
                                                                         NODAL_ParamList *list);
 
 /*
- * Stores a new list with the instances of a list node, which the caller destroys. A failure leaves no list to destroy.
- * Statuses as for NODAL_GetInstanceList. `hint` is the number of instances that the caller expects, and may be wrong.
+ * Store a new list with the instances of a list node in `*list`. The caller destroys it; a failure leaves nothing to
+ * destroy. `hint` is the number of instances that the caller expects. It need not be right.
+ *
+ * Statuses as for NODAL_GetInstanceList.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_GetInstanceListAlloc(uint32_t node, const NODAL_ParamList *args,
                                                                              NODAL_ParamList **list);
@@ -155,37 +171,31 @@ PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_GetInstanceListAllocHint
                                                                                  const NODAL_ParamList *args,
                                                                                  uint32_t hint, NODAL_ParamList **list);
 
-/*
- * Flags of NODAL_UseCache: what `path` names, and whether it may be written.
- *
- * NODAL_CACHE_SNAPSHOT: a snapshot file. NODAL_CACHE_ROOT_FOLDER: a folder that holds a saved /proc and /sys, read as
- * if it were the host's root. It records what was, and stays as it is, unless NODAL_CACHE_WRITABLE is added: NODAL_Set
- * then writes to the files in it, as it does on the running host.
- */
-#define NODAL_CACHE_SNAPSHOT 0u
-#define NODAL_CACHE_ROOT_FOLDER 1u
-#define NODAL_CACHE_WRITABLE 2u
+/* Flags of NODAL_UseCache: one of the first two, and perhaps the third. */
+#define NODAL_CACHE_SNAPSHOT 0u    /* a snapshot file */
+#define NODAL_CACHE_ROOT_FOLDER 1u /* a folder with a saved /proc and /sys, read as the root of the host */
+#define NODAL_CACHE_WRITABLE 2u    /* with a root folder: NODAL_Set writes to its files */
 
 /*
- * From now on answers every read of the process from a saved host, and reads nothing from the running one. On failure
- * the source stays what it was.
+ * Answers every later read of the process from a saved host, and none from the running one. On failure, the source
+ * stays the same.
  *
- * HVC_NOT_FOUND: there is no such file. HVC_NO_PERMISSION: it may not be read. HVC_IO_ERROR: it cannot be read.
- * HVC_NOT_A_SNAPSHOT: it is something else. HVC_SNAPSHOT_DAMAGED: it is a snapshot that was cut or overwritten.
- * HVC_SNAPSHOT_TOO_NEW: a newer library wrote it, in a form that this one does not know. HVC_BAD_PARAM: `path` is null,
- * or flags are unknown or do not go together.
+ * HVC_BAD_PARAM: `path` is null, or the flags are unknown or exclude each other. HVC_NOT_FOUND: no such file.
+ * HVC_NO_PERMISSION: this user may not read it. HVC_IO_ERROR: the read failed. HVC_NOT_A_SNAPSHOT: the file is not a
+ * snapshot. HVC_SNAPSHOT_DAMAGED: the snapshot is truncated or damaged. HVC_SNAPSHOT_TOO_NEW: a newer library wrote the
+ * snapshot, in a format that this one does not know.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_UseCache(const char *path, uint32_t flags);
 
 /*
- * Compares the definitions of the tree that is read with this library's own: the paths, argument kinds and record sizes
- * of the catalogue. The running host always matches; a snapshot matches if it was taken with the same definitions.
+ * Compares the definitions of the source's tree with the library's own: paths, kinds of arguments, sizes of records.
+ * The running host always matches. A snapshot matches if a library with the same definitions took it.
  *
- * `kernelBuild` gets the build text of the tree's definitions, cut to `size` - 1 bytes and terminated; `*ownBuild` is
- * set to the library's own, a constant of at most 20 characters that changes only with the library's version and
- * catalogue. Both are set whether the definitions match or not.
+ * Copies the build text of the source's definitions to `kernelBuild`, truncated to `size` - 1 bytes and terminated.
+ * Points `*ownBuild` to the library's own: at most 20 characters, valid as long as the process runs. Both are set if
+ * the status is HVC_OK or HVC_DEFINITIONS_DIFFER.
  *
- * HVC_DEFINITIONS_DIFFER: they do not match. HVC_BAD_PARAM: a null pointer, or a `size` of 0.
+ * HVC_DEFINITIONS_DIFFER: the definitions do not match. HVC_BAD_PARAM: a null pointer, or a `size` of 0.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_CheckSig(char *kernelBuild, uint32_t size,
                                                                  const char **ownBuild);

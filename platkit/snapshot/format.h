@@ -38,15 +38,15 @@ inline constexpr size_t kFailureBytes = 4;
 
 constexpr bool IsFailureKey(std::string_view key) { return key.starts_with(kFailurePrefix); }
 
-inline constexpr size_t kMostKeyBytes = 4096;
-inline constexpr size_t kMostHeaderText = 255;
+inline constexpr size_t kMaxKeyBytes = 4096;
+inline constexpr size_t kMaxHeaderText = 255;
 
 // A constant database: a table of contents of 256 hash tables, the records, the hash tables.
 inline constexpr uint32_t kTables = 256;
 inline constexpr uint32_t kContentsBytes = kTables * 8;
 inline constexpr uint32_t kRecordHead = 8;  // the lengths of key and value
 inline constexpr uint32_t kSlotBytes = 8;
-inline constexpr uint64_t kMostFileBytes = UINT32_MAX;
+inline constexpr uint64_t kMaxFileBytes = UINT32_MAX;
 
 // The hash of a key, or of a key's end behind a start that has the hash `start`.
 constexpr uint32_t Hash(std::string_view text, uint32_t start = 5381) {

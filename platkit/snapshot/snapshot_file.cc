@@ -50,7 +50,7 @@ HVC_ReturnStatus SnapshotFile::Open(const char *path) {
   close(fd);
   if (status == HVC_OK) status = CheckVersion();
   if (status != HVC_OK) return status;
-  if (static_cast<uint64_t>(info.st_size) > kMostFileBytes) return HVC_SNAPSHOT_DAMAGED;
+  if (static_cast<uint64_t>(info.st_size) > kMaxFileBytes) return HVC_SNAPSHOT_DAMAGED;
   if (!IndexIsChained() || !IndexCheckIsWhole()) return HVC_SNAPSHOT_DAMAGED;
   return ReadHeader();
 }
@@ -120,7 +120,7 @@ bool SnapshotFile::IsReallyAbsent(std::string_view key) {
     if (Integer(slot) != hash) continue;
     if (record > cdb_.cdb_dend - kRecordHead) return false;
     const uint32_t length = Integer(record);
-    if (length > kMostKeyBytes || length > cdb_.cdb_dend - kRecordHead - record) return false;
+    if (length > kMaxKeyBytes || length > cdb_.cdb_dend - kRecordHead - record) return false;
     if (cdb_hash(cdb_.cdb_mem + record + kRecordHead, length) != hash) return false;
   }
   return true;
@@ -141,7 +141,7 @@ HVC_ReturnStatus SnapshotFile::ReadHeader() {
 HVC_ReturnStatus SnapshotFile::ReadHeaderText(std::string_view key, std::string &text) {
   Value value;
   if (Find(key, value) != HVC_OK) return HVC_SNAPSHOT_DAMAGED;
-  if (value.type != ValueType::kHeader || value.payload.size() > kMostHeaderText) return HVC_SNAPSHOT_DAMAGED;
+  if (value.type != ValueType::kHeader || value.payload.size() > kMaxHeaderText) return HVC_SNAPSHOT_DAMAGED;
   if (value.text().find('\0') != std::string_view::npos) return HVC_SNAPSHOT_DAMAGED;
   text = value.text();
   return HVC_OK;
@@ -206,7 +206,7 @@ HVC_ReturnStatus SnapshotFile::Cursor::Next() {
   const uint32_t room = end - next_ - kRecordHead;
   const uint32_t keyLength = file_.Integer(next_);
   const uint32_t valueLength = file_.Integer(next_ + 4);
-  if (keyLength > kMostKeyBytes || keyLength > room || valueLength > room - keyLength) return HVC_SNAPSHOT_DAMAGED;
+  if (keyLength > kMaxKeyBytes || keyLength > room || valueLength > room - keyLength) return HVC_SNAPSHOT_DAMAGED;
   position_ = next_;
   const auto *record = file_.cdb_.cdb_mem + next_ + kRecordHead;
   key_ = {reinterpret_cast<const char *>(record), keyLength};

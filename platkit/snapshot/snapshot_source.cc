@@ -32,7 +32,7 @@ class SnapshotSource : public Source {
   std::string_view lastStart_;
   int64_t lastInstance_ = 0;
   // The nodes that were asked for of an instance, by their places in the catalogue.
-  std::bitset<kMostNodes> asked_;
+  std::bitset<kMaxNodes> asked_;
 };
 
 HVC_ReturnStatus SnapshotSource::Find(const Node &node, Arguments arguments, ValueType type, Value &value) {

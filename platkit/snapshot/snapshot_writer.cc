@@ -49,7 +49,7 @@ HVC_ReturnStatus SnapshotWriter::AddHeader(const Header &header) {
 
 HVC_ReturnStatus SnapshotWriter::AddHeaderText(std::string_view key, std::string_view text) {
   if (text.find('\0') != std::string_view::npos) return HVC_BAD_PARAM;
-  if (text.size() > kMostHeaderText) return HVC_LIMIT_EXCEEDED;
+  if (text.size() > kMaxHeaderText) return HVC_LIMIT_EXCEEDED;
   return Add(key, ValueType::kHeader, std::as_bytes(std::span(text)));
 }
 
@@ -70,10 +70,10 @@ HVC_ReturnStatus SnapshotWriter::AddFailure(std::string_view path, HVC_ReturnSta
 
 HVC_ReturnStatus SnapshotWriter::Add(std::string_view key, ValueType type, std::span<const std::byte> payload) {
   if (IsReservedKey(key)) return HVC_ALREADY_EXISTS;
-  if (key.size() > kMostKeyBytes || payload.size() > kMostFileBytes) return HVC_LIMIT_EXCEEDED;
+  if (key.size() > kMaxKeyBytes || payload.size() > kMaxFileBytes) return HVC_LIMIT_EXCEEDED;
   const uint64_t valueLength = payload.size() + kValueOverhead;
   const uint64_t fileBytes = fileBytes_ + kRecordHead + key.size() + valueLength + 2 * kSlotBytes;
-  if (fileBytes > kMostFileBytes) return HVC_LIMIT_EXCEEDED;
+  if (fileBytes > kMaxFileBytes) return HVC_LIMIT_EXCEEDED;
   fileBytes_ = fileBytes;
 
   entries_.push_back({.start = bytes_.size(),

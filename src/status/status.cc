@@ -1,29 +1,20 @@
 #include "src/status/status.h"
 
-#include <iterator>
-
-extern "C" constinit const char *const returnStatusStrs[kestrel::kStatusTextCount] = {
-#define STATUS(index, name, text) text,
-#include "platkit/status.def"
-};
+#include "platkit/status_texts.h"
 
 namespace {
 
-constexpr unsigned kRowIndexes[] = {
-#define STATUS(index, name, text) index,
-#include "platkit/status.def"
-};
-
-// A text is found by its position, so a row that is missing or out of place would shift all that follow it.
-consteval bool EveryRowIsInItsPlace() {
-  for (unsigned i = 0; i < std::size(kRowIndexes); ++i) {
-    if (kRowIndexes[i] != i) return false;
-  }
-  return std::size(kRowIndexes) == kestrel::kStatusTextCount;
+constexpr kestrel::StatusTexts AllTexts() {
+  kestrel::StatusTexts texts = {};
+  for (unsigned i = 0; i < texts.size(); ++i)
+    texts[i] = platkit::kStatusTexts[i].text;
+  return texts;
 }
-static_assert(EveryRowIsInItsPlace());
+static_assert(platkit::kStatusTexts.size() == kestrel::kStatusTextCount);
 
 }  // namespace
+
+extern "C" constinit const kestrel::StatusTexts returnStatusStrs = AllTexts();
 
 extern "C" const char *HVC_ReturnStatusToString(HVC_ReturnStatus status) {
   if (status > HVC_STATUS_LAST_OWN) return "Opaque service console status";

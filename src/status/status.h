@@ -2,19 +2,22 @@
 #ifndef KESTREL_STATUS_STATUS_H
 #define KESTREL_STATUS_STATUS_H
 
+#include <array>
+
 #include "platkit/export.h"
 #include "platkit/status.h"
 
 namespace kestrel {
 
 inline constexpr unsigned kStatusTextCount = 355;
+using StatusTexts = std::array<const char *, kStatusTextCount>;
 
 }  // namespace kestrel
 
 extern "C" {
 
-// The texts of the kernel's own statuses, by index; index 0 is success.
-extern PLATKIT_EXPORT const char *const returnStatusStrs[kestrel::kStatusTextCount];
+// The texts of the kernel's own statuses, by index; index 0 is success. Other programs see an array of pointers.
+extern PLATKIT_EXPORT const kestrel::StatusTexts returnStatusStrs;
 
 // A constant text for any status. Statuses of the service console's space are not interpreted. A bare index, without
 // HVC_STATUS_BASE, selects the same text as the status does.

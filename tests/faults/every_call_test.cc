@@ -152,7 +152,7 @@ TEST_P(ReportFailures, ForGoodEndInOrder) {
   }
   const StandinHost host = HostOf(GetParam());
   for (const auto &[operation, node] : kinds) {
-    for (const HVC_ReturnStatus status : {HVC_FAILURE, kNotFound}) {
+    for (const HVC_ReturnStatus status : {HVC_ReturnStatus{HVC_FAILURE}, kNotFound}) {
       const StandinRun run = RunOver(GetParam(), host, Fault{.operation = operation, .node = node, .status = status});
       CheckAnyRun(GetParam(), run);
       if (HasFailure()) {

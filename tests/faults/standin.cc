@@ -86,13 +86,13 @@ constexpr uint16_t kFirstNode = 60000;
 constexpr char kConfigRegister[] = "hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr";
 
 enum Row : uint16_t {
-#define NODE(name, path, entries, record) kRow_##name,
-#include "platkit/nodes.def"
+#define PLATKIT_NODE(name, path, entry, record) kRow_##name,
+#include "platkit/catalogue/nodes.def"
 };
 
 constexpr const char *kNodeNames[] = {
-#define NODE(name, path, entries, record) #name,
-#include "platkit/nodes.def"
+#define PLATKIT_NODE(name, path, entry, record) #name,
+#include "platkit/catalogue/nodes.def"
 };
 
 std::string NodeName(uint32_t id) {
@@ -380,7 +380,8 @@ HVC_ReturnStatus WriteRegister(const NODAL_ParamList *args, const NODAL_ParamLis
   int64_t offset = 0;
   if (input->params.size() != 1) return HVC_WRONG_COUNT;
   const auto value = static_cast<uint32_t>(input->params[0].integer);
-  return IsRegister(args, address, offset) && TheStandin().uncore().Write(address, offset, value) ? 0 : HVC_NOT_FOUND;
+  return IsRegister(args, address, offset) && TheStandin().uncore().Write(address, offset, value) ? HVC_OK
+                                                                                                  : HVC_NOT_FOUND;
 }
 
 // The function of that name that the stand-in's hides.
@@ -401,8 +402,8 @@ bool Succeeds(const std::string &operation, const std::string &arguments) {
 
 extern "C" {
 
-#define NODE(name, path, entries, record) const uint16_t NODAL_NODE_##name = kFirstNode - kRow_##name;
-#include "platkit/nodes.def"
+#define PLATKIT_NODE(name, path, entry, record) const uint16_t NODAL_NODE_##name = kFirstNode - kRow_##name;
+#include "platkit/catalogue/nodes.def"
 
 NODAL_ParamList *NODAL_ParamListCreate(uint32_t kind, uint32_t capacity) {
   return NewList("NODAL_ParamListCreate",
@@ -537,7 +538,7 @@ HVC_ReturnStatus NODAL_UseCache(const char *path, uint32_t flags) {
   const std::string call = std::string("NODAL_UseCache(") + path + ", " + std::to_string(flags) + ")";
   const HVC_ReturnStatus fault = TheStandin().FaultOf("NODAL_UseCache", "");
   if (fault != 0) return Logged(call, fault);
-  return Logged(call, TheStandin().HasCache(path) ? 0 : HVC_NOT_FOUND);
+  return Logged(call, TheStandin().HasCache(path) ? HVC_OK : HVC_NOT_FOUND);
 }
 
 // Fills the buffer to its last byte and leaves it to the caller to end the text, as a library may.

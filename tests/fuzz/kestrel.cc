@@ -32,7 +32,7 @@ using platkit::snapshot::Value;
 constexpr int kMostPeriods = 3;
 
 // The configuration space of a device, so that its registers can still be written when a longer file cannot.
-constexpr rlim_t kMostFileBytes = 4096;
+constexpr rlim_t kMaxFileBytes = 4096;
 
 // While kestrel runs. The fuzzer has a thread of its own, which does sleep.
 thread_local TextStream *kestrelOutput = nullptr;
@@ -154,7 +154,7 @@ unsigned sleep(unsigned seconds) {
     std::this_thread::sleep_for(std::chrono::seconds(seconds));
   } else if (++fuzz::periods == fuzz::kMostPeriods) {
     fuzz::kestrelOutput->Break();
-    fuzz::LimitFiles(fuzz::kMostFileBytes);
+    fuzz::LimitFiles(fuzz::kMaxFileBytes);
   }
   return 0;
 }

@@ -14,4 +14,4 @@ uint32_t CountMembersInC(int64_t group);
 }
 #endif
 
-#endif /* TESTS_UNIT_C_INTERFACE_H */
+#endif /* TESTS_PLATKIT_C_INTERFACE_H */

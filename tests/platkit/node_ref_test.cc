@@ -45,8 +45,8 @@ void ExpectRecordOf(NodeRef<Record> ref) {
 }
 
 TEST(NodeRef, EveryRecordHasTheSizeInTheCatalogue) {
-#define NODE(name, path, entries, record) ExpectRecordOf(nodes::name);
-#include "platkit/nodes.def"
+#define PLATKIT_NODE(name, path, entry, record) ExpectRecordOf(nodes::name);
+#include "platkit/catalogue/nodes.def"
 }
 
 }  // namespace

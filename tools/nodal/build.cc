@@ -209,7 +209,7 @@ void AddHeader(const Json &json, SnapshotWriter &writer) {
     if (!json.contains(key)) continue;
     try {
       *text = TextFromJson(json[key]);
-      if (text->size() > snapshot::kMostHeaderText) throw InvalidJson("longer than 255 bytes");
+      if (text->size() > snapshot::kMaxHeaderText) throw InvalidJson("longer than 255 bytes");
       if (text->find('\0') != std::string::npos) throw InvalidJson("a NUL stands in the text");
     } catch (const InvalidJson &invalid) {
       throw InvalidJson(std::string(key) + ": " + invalid.what());

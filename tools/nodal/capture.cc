@@ -33,7 +33,7 @@ void Check(const std::string &where, HVC_ReturnStatus status) {
 
 std::string HostName(const std::string &root) {
   platkit::HostFiles files(root, root == "/" ? platkit::Reach::kHost : platkit::Reach::kRootFolder);
-  char buffer[platkit::snapshot::kMostHeaderText];
+  char buffer[platkit::snapshot::kMaxHeaderText];
   std::string_view name;
   if (files.ReadShort(platkit::HostPath("proc/sys/kernel/hostname"), buffer, name) != HVC_OK) return "";
   return std::string(name.substr(0, name.find_first_of(std::string_view("\n\0", 2))));

@@ -27,7 +27,7 @@ size_t PlaceInPath(std::string_view what, Outer outer, const Node &node) {
     if (node.arguments[i].what == what) return i;
     if (i == outer.size() || node.arguments[i].what != outer[i].what) break;
   }
-  return Node::kMostArguments;
+  return Node::kMaxArguments;
 }
 
 // Appends what is not there yet.
@@ -57,7 +57,7 @@ std::vector<std::string> PlacesOf(std::string_view what, const Argument &instanc
   std::vector<std::string> places;
   for (const Node &node : platkit::Nodes()) {
     const size_t argument = PlaceInPath(what, outer, node);
-    if (argument == Node::kMostArguments) continue;
+    if (argument == Node::kMaxArguments) continue;
     Arguments arguments(outerArguments.begin(), outerArguments.begin() + static_cast<std::ptrdiff_t>(argument));
     arguments.push_back(instance);
     std::string place = InstancePath(node, arguments);

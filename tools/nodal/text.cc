@@ -2,22 +2,15 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <iterator>
+
+#include "platkit/status_texts.h"
 
 namespace nodal {
 namespace {
 
+using platkit::kStatusTexts;
+
 constexpr std::string_view kHexDigits = "0123456789abcdef";
-
-struct StatusName {
-  HVC_ReturnStatus status;
-  std::string_view text;
-};
-
-constexpr StatusName kStatusTexts[] = {
-#define STATUS(index, name, text) {HVC_##name, text},
-#include "platkit/status.def"
-};
 
 struct Character {
   size_t size;  // 0: not UTF-8
@@ -98,13 +91,13 @@ std::string Plural(size_t count, const std::string &what) {
 }
 
 std::string StatusText(HVC_ReturnStatus status) {
-  const auto *known = std::ranges::find(kStatusTexts, status, &StatusName::status);
-  return known != std::end(kStatusTexts) ? std::string(known->text) : "Status " + std::to_string(status);
+  const auto *known = std::ranges::find(kStatusTexts, status, &platkit::StatusText::status);
+  return known != kStatusTexts.end() ? std::string(known->text) : "Status " + std::to_string(status);
 }
 
 std::optional<HVC_ReturnStatus> StatusOfText(std::string_view text) {
-  const auto *known = std::ranges::find(kStatusTexts, text, &StatusName::text);
-  if (known == std::end(kStatusTexts)) return std::nullopt;
+  const auto *known = std::ranges::find(kStatusTexts, text, &platkit::StatusText::text);
+  if (known == kStatusTexts.end()) return std::nullopt;
   return known->status;
 }
 

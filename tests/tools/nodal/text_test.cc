@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platkit/status_texts.h"
+
 namespace nodal {
 namespace {
 
@@ -30,8 +32,8 @@ TEST(Text, Hex) {
 TEST(Text, Statuses) {
   EXPECT_EQ(StatusText(HVC_NOT_FOUND), "Not found");
   EXPECT_EQ(StatusText(0x0bad0163), "Status 195887459");
-#define STATUS(index, name, text) EXPECT_EQ(StatusOfText(StatusText(HVC_##name)), HVC_##name) << (text);
-#include "platkit/status.def"
+  for (const platkit::StatusText &row : platkit::kStatusTexts)
+    EXPECT_EQ(StatusOfText(StatusText(row.status)), row.status) << row.text;
   EXPECT_EQ(StatusOfText("Status 195887459"), std::nullopt);
 }
 

@@ -1,0 +1,22 @@
+// The definitions of a tree: which nodes it has, and what they take and yield.
+#ifndef PLATKIT_DEFINITIONS_H
+#define PLATKIT_DEFINITIONS_H
+
+#include <string>
+
+namespace platkit {
+
+struct Definitions {
+  // A digest over the paths, kinds of arguments and sizes of records: 32 hexadecimal digits.
+  std::string signature;
+
+  // The library's version and the start of the signature, at most 20 characters.
+  std::string build;
+};
+
+// The definitions of this library's catalogue.
+const Definitions &OwnDefinitions();
+
+}  // namespace platkit
+
+#endif  // PLATKIT_DEFINITIONS_H

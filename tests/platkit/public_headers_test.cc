@@ -1,0 +1,111 @@
+// Each public header alone: it compiles as C11 and as C++20, keeps a program's own macros, and defines no others than
+// its own.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace {
+
+// Short names that programs are likely to define.
+const std::vector<std::string> kMacrosOfAProgram = {
+    "STATUS", "NODE",  "FIELD", "TEXT",  "ENTRIES", "GAP",  "RECORD_BEGIN", "RECORD_END", "KB",      "BYTES",  "PAGES",
+    "ID",     "FLAGS", "BOOL",  "COUNT", "NUMBER",  "NONE", "PERCENT",      "OK",         "FAILURE", "Record", "Field",
+};
+
+struct Output {
+  int status;
+  std::string text;
+};
+
+// Runs a compiler over a source text. What may contain a quote reaches the shell in variables.
+Output Compile(const std::string &compiler, const std::string &options, const std::string &source) {
+  setenv("COMPILER", compiler.c_str(), 1);
+  setenv("SOURCE", source.c_str(), 1);
+  setenv("INCLUDE_FOLDER", PLATKIT_INCLUDE_DIR, 1);
+  const std::string command =
+      "printf '%s' \"$SOURCE\" | \"$COMPILER\" -Wall -Wextra -Wpedantic -Werror -I\"$INCLUDE_FOLDER\" " + options +
+      " - 2>&1";
+  FILE *pipe = popen(command.c_str(), "r");
+  Output output = {.status = -1, .text = {}};
+  if (pipe == nullptr) return output;
+  char buffer[4096];
+  for (size_t count; (count = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+    output.text.append(buffer, count);
+  output.status = pclose(pipe);
+  return output;
+}
+
+std::vector<std::string> PublicHeaders() {
+  std::vector<std::string> names;
+  for (const auto &entry : std::filesystem::directory_iterator(PLATKIT_INCLUDE_DIR "/platkit"))
+    names.push_back(entry.path().filename());
+  return names;
+}
+
+// Includes the header after macros of all those names, which must have their values after it.
+std::string ProgramWith(const std::string &header) {
+  std::string source;
+  for (const std::string &name : kMacrosOfAProgram)
+    source += "#define " + name + " 7\n";
+  source += "#include <platkit/" + header + ">\n";
+  for (const std::string &name : kMacrosOfAProgram)
+    source += "#if " + name + " != 7\n#error " + name + "\n#endif\n";
+  return source + "extern int notEmpty;\n";
+}
+
+void ExpectToCompile(const std::string &compiler, const std::string &options) {
+  const std::vector<std::string> headers = PublicHeaders();
+  ASSERT_EQ(headers.size(), 7u);
+  for (const std::string &header : headers) {
+    const Output output = Compile(compiler, options + " -fsyntax-only", ProgramWith(header));
+    EXPECT_EQ(output.status, 0) << header << ":\n" << output.text;
+  }
+}
+
+bool HasClang() { return std::system("command -v clang >/dev/null") == 0; }
+
+TEST(PublicHeaders, CompileAloneAsC) { ExpectToCompile(PLATKIT_C_COMPILER, "-x c -std=c11"); }
+
+TEST(PublicHeaders, CompileAloneAsCxx) { ExpectToCompile(PLATKIT_C_COMPILER, "-x c++ -std=c++20"); }
+
+TEST(PublicHeaders, CompileAloneAsCWithClang) {
+  if (!HasClang()) GTEST_SKIP() << "clang is not installed";
+  ExpectToCompile("clang", "-x c -std=c11");
+}
+
+TEST(PublicHeaders, CompileAloneAsCxxWithClang) {
+  if (!HasClang()) GTEST_SKIP() << "clang is not installed";
+  ExpectToCompile("clang", "-x c++ -std=c++20");
+}
+
+// The names of the macros that a program has.
+std::set<std::string> MacrosOf(const std::string &source) {
+  const Output output = Compile(PLATKIT_C_COMPILER, "-x c -std=c11 -E -dM", source);
+  EXPECT_EQ(output.status, 0) << output.text;
+  std::set<std::string> names;
+  const std::regex form("#define (\\w+)");
+  for (std::sregex_iterator found(output.text.begin(), output.text.end(), form), end; found != end; ++found)
+    names.insert((*found)[1]);
+  return names;
+}
+
+TEST(PublicHeaders, DefineMacrosOfTheirOwnPrefixesOnly) {
+  std::string all;
+  for (const std::string &header : PublicHeaders())
+    all += "#include <platkit/" + header + ">\n";
+  const std::set<std::string> systems = MacrosOf("#include <stddef.h>\n#include <stdint.h>\n");
+  const std::set<std::string> defined = MacrosOf(all);
+  EXPECT_TRUE(defined.contains("NODAL_CACHE_SNAPSHOT"));
+  for (const std::string &name : defined) {
+    if (systems.contains(name)) continue;
+    EXPECT_TRUE(name.starts_with("PLATKIT_") || name.starts_with("HVC_") || name.starts_with("NODAL_")) << name;
+  }
+}
+
+}  // namespace
