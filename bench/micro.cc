@@ -31,23 +31,24 @@ namespace row {
 
 using namespace kestrel;
 using enum Conversion;
+using enum FigureUnit;
 
 struct Row {
   GroupNameRecord name;
   GroupMemoryStatsRecord stats;
 };
 
-constinit ColumnDesc columns[] = {
-    {"name", "", 28, kS, kInTotal, PLAIN(name.name)},
-    {"memSize", "", 10, kLu, kInTotal, KB(stats.memSize)},
-    {"ovhd", "", 10, kLu, kInTotal, KB(stats.ovhd)},
-    {"sharedSaved", "", 10, kLu, kInTotal, KB(stats.sharedSaved)},
-    {"consumed", "", 10, kLu, kInTotal, KB(stats.consumed)},
-    {"touched", "", 10, kLu, kInTotal, KB(stats.touched)},
-    {"bMax", "", 10, kLd, kInTotal, KB(stats.bMax)},
-    {"allocTgt", "", 10, kLu, kInTotal, KB(stats.allocTgt)},
-    {"throttlePct", "", 3, kU, kInTotal, PLAIN(stats.throttlePct)},
-};
+constinit auto columns = ColumnsOf<Row>({
+    {"name", "", 28, kS, [](auto &row) { return Text(row.name.name); }},
+    {"memSize", "", 10, kLu, kKB, [](auto &row) { return row.stats.memSize; }},
+    {"ovhd", "", 10, kLu, kKB, [](auto &row) { return row.stats.ovhd; }},
+    {"sharedSaved", "", 10, kLu, kKB, [](auto &row) { return row.stats.sharedSaved; }},
+    {"consumed", "", 10, kLu, kKB, [](auto &row) { return row.stats.consumed; }},
+    {"touched", "", 10, kLu, kKB, [](auto &row) { return row.stats.touched; }},
+    {"bMax", "", 10, kLd, kKB, [](auto &row) { return row.stats.bMax; }},
+    {"allocTgt", "", 10, kLu, kKB, [](auto &row) { return row.stats.allocTgt; }},
+    {"throttlePct", "", 3, kU, [](auto &row) { return row.stats.throttlePct; }},
+});
 
 void Print(State &state) {
   const bool csv = state.range(0) != 0;

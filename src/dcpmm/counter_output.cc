@@ -5,7 +5,7 @@
 #include <cstring>
 #include <ctime>
 
-#include "src/table/column_table.h"
+#include "src/table/report_row.h"
 
 namespace kestrel {
 namespace {
@@ -34,9 +34,9 @@ void FormatName(const std::tm &now, char *name, size_t size) {
 using enum Conversion;
 
 constinit ColumnDesc counterColumns[] = {
-    {"Socket", "Socket Number", 5, kD, kPlain},      {"IMC", "IMC/M2M", 20, kS, kPlain},
-    {"Channel", "Channel Number", 20, kS, kPlain},   {"Event", "Name of the Hardware Event", 40, kS, kPlain},
-    {"Counts", "Number of Counts", 40, kLu, kPlain},
+    {"Socket", "Socket Number", 5, kD},      {"IMC", "IMC/M2M", 20, kS},
+    {"Channel", "Channel Number", 20, kS},   {"Event", "Name of the Hardware Event", 40, kS},
+    {"Counts", "Number of Counts", 40, kLu},
 };
 
 HVC_ReturnStatus CounterOutput::CreateFile(int interval) {

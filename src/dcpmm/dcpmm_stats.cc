@@ -8,14 +8,15 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "platkit/nodes.h"
 #include "platkit/records.h"
 #include "platkit/warning.h"
 #include "src/dcpmm/counter_output.h"
 #include "src/dcpmm/sockets.h"
 #include "src/dcpmm/uncore.h"
+#include "src/nodal/nodes.h"
 #include "src/nodal/param_list.h"
 #include "src/status/status.h"
+#include "src/table/terminal_text.h"
 
 namespace kestrel {
 namespace {
@@ -42,7 +43,7 @@ HVC_ReturnStatus ReadCpu(CpuRecord &cpu) {
     std::printf("NODAL_ParamListAddInt cpuListInputParam Failure %s\n", HVC_ReturnStatusToString(status));
     return HVC_FAILURE;
   }
-  status = ReadRecord(NODAL_NODE_hardware_cpu_cpuList, arguments.get(), cpu);
+  status = ReadRecord(nodes::kCpu, arguments.get(), cpu);
   if (status != HVC_OK) {
     std::printf("ERROR: could not get cpuInfo: %s\n", HVC_ReturnStatusToString(status));
     return HVC_FAILURE;
@@ -62,7 +63,7 @@ HVC_ReturnStatus CheckCpu() {
 HVC_ReturnStatus ParseCount(const char *text, const char *what, int &count) {
   count = static_cast<int>(std::strtol(text, nullptr, 10));
   if (count >= 1) return HVC_OK;
-  Warning("\nInvalid %s %s, must be > 0\n", what, text);
+  Warning("\nInvalid %s %s, must be > 0\n", what, ForWarning(text).c_str());
   return HVC_BAD_PARAM;
 }
 
@@ -92,7 +93,7 @@ HVC_ReturnStatus ParseOptions(const OptionSyntax &syntax, int argc, char **argv,
 
 HVC_ReturnStatus KestrelDCPMMCheckNVM() {
   ParamList modules;
-  if (ListInstances(NODAL_NODE_hardware_nvd_dimm, nullptr, modules) != HVC_OK) {
+  if (ListInstances(nodes::kNvdDimms, nullptr, modules) != HVC_OK) {
     std::puts("KestrelDCPMMCheckNVM: NODAL_GetInstanceListAlloc failure");
     return HVC_FAILURE;
   }

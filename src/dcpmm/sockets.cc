@@ -6,8 +6,8 @@
 #include <iterator>
 #include <vector>
 
-#include "platkit/nodes.h"
 #include "platkit/records.h"
+#include "src/nodal/nodes.h"
 #include "src/nodal/param_list.h"
 
 constinit uint8_t isBusListEmpty = 1;
@@ -25,17 +25,17 @@ constexpr uint16_t kControllerDevice = 0x2042;
 
 // The levels of the PCI tree, each a list below an instance of the one before, and their names in messages.
 struct Level {
-  const uint16_t &node;
+  ListRef node;
   const char *nodeName;
   const char *instance;
   const char *list;
 };
 
 constexpr Level kLevels[] = {
-    {NODAL_NODE_hardware_pci_seg, "NODAL_NODE_hardware_pci_seg", "segment", "segList"},
-    {NODAL_NODE_hardware_pci_seg_bus, "NODAL_NODE_hardware_pci_seg_bus", "bus", "busList"},
-    {NODAL_NODE_hardware_pci_seg_bus_slot, "NODAL_NODE_hardware_pci_seg_bus_slot", "slot", "slotList"},
-    {NODAL_NODE_hardware_pci_seg_bus_slot_func, "NODAL_NODE_hardware_pci_seg_bus_slot_func", "func", "funcList"},
+    {nodes::kPciSegments, "NODAL_NODE_hardware_pci_seg", "segment", "segList"},
+    {nodes::kPciBuses, "NODAL_NODE_hardware_pci_seg_bus", "bus", "busList"},
+    {nodes::kPciSlots, "NODAL_NODE_hardware_pci_seg_bus_slot", "slot", "slotList"},
+    {nodes::kPciFunctions, "NODAL_NODE_hardware_pci_seg_bus_slot_func", "func", "funcList"},
 };
 
 // Goes through the tree in the order of its lists. One list of arguments grows and shrinks on the way.
@@ -80,8 +80,7 @@ class Search {
   HVC_ReturnStatus LookAtFunction() {
     const auto [segment, bus, slot, function] = place_;
     PciConfigHeaderRecord header = {};
-    const HVC_ReturnStatus status =
-        ReadRecord(NODAL_NODE_hardware_pci_seg_bus_slot_func_pciConfigHeader, arguments_, header);
+    const HVC_ReturnStatus status = ReadRecord(nodes::kPciConfigHeader, arguments_, header);
     if (status != HVC_OK) {
       std::puts(  // its last word has always lacked a letter
           "DCPMM Profiler Info: NODAL_NODE_hardware_pci_seg_bus_slot_func_pciConfigHeader, "

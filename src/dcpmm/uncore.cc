@@ -9,9 +9,9 @@
 #include <iterator>
 #include <span>
 
-#include "platkit/nodes.h"
 #include "platkit/records.h"
 #include "src/dcpmm/sockets.h"
+#include "src/nodal/nodes.h"
 #include "src/nodal/param_list.h"
 #include "src/status/status.h"
 
@@ -123,8 +123,7 @@ HVC_ReturnStatus ReadHalves(const UncoreUnit &unit, const Counter &counter, uint
   }
   const auto read = [&](uint32_t &half) {
     PciConfigRegRecord record = {};
-    const HVC_ReturnStatus status = CheckAccess(
-        kStep, ReadRecord(NODAL_NODE_hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr, arguments.get(), record));
+    const HVC_ReturnStatus status = CheckAccess(kStep, ReadRecord(nodes::kPciConfigReg, arguments.get(), record));
     half = record.value;
     return status;
   };
@@ -196,8 +195,7 @@ HVC_ReturnStatus KestrelDCPMMProgramEvent(const UncoreUnit &unit, const char *ev
                                                      {"control", event->controlRegister}});
   if (status == HVC_OK) status = Add(inputArgs.get(), {{"event", event->value}});
   if (status != HVC_OK) return status;
-  return CheckAccess(kStep, NODAL_Set(NODAL_NODE_hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr,
-                                      instanceArgs.get(), inputArgs.get(), nullptr, 0));
+  return CheckAccess(kStep, NODAL_Set(nodes::kPciConfigReg.id, instanceArgs.get(), inputArgs.get(), nullptr, 0));
 }
 
 HVC_ReturnStatus KestrelDCPMMReadCounters(const UncoreUnit &unit, const char *counterName,

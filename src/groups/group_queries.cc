@@ -1,6 +1,5 @@
 #include "src/groups/group_queries.h"
 
-#include "platkit/nodes.h"
 #include "platkit/warning.h"
 #include "src/groups/one_argument.h"
 #include "src/status/status.h"
@@ -8,7 +7,7 @@
 namespace kestrel {
 namespace {
 
-// The first of a VM's children that is a VMM sub-container. Children that cannot be read are passed over.
+// Finds the first child of a VM that is a VMM sub-container. It skips children that it cannot read.
 HVC_ReturnStatus FindVmmChild(const NODAL_ParamList *children, int64_t &vmmGroupID) {
   const uint32_t count = NODAL_ParamListUsedCount(children);
   for (uint32_t i = 0; i < count; ++i) {
@@ -18,7 +17,7 @@ HVC_ReturnStatus FindVmmChild(const NODAL_ParamList *children, int64_t &vmmGroup
     if (Kestrel_GroupGetFlags(child, flags) != HVC_OK) continue;
     if ((flags.flags & HVC_GROUP_VMM_SUB_CONTAINER) == 0) continue;
     vmmGroupID = child;
-    return child == -1 ? HVC_NOT_FOUND : HVC_OK;  // all ones is no group's ID
+    return child == -1 ? HVC_NOT_FOUND : HVC_OK;  // -1 is no group
   }
   return HVC_NOT_FOUND;
 }
@@ -29,35 +28,38 @@ HVC_ReturnStatus KestrelGroupNodalGet(int64_t groupID, uint32_t node, void *buff
   return WithOneArgument(
       "KestrelGroupNodalGet", groupID,
       [](HVC_ReturnStatus status) {
-        // Spelt as those who search their logs for it know it.
+        // "faiure" is fixed: people search their logs for it.
         Warning("KestrelGroupNodalGet: NODAL_ParamListAddInt() faiure, error code: %u\n", status);
       },
       [&](const NODAL_ParamList *arguments) { return NODAL_Get(node, arguments, buffer, size); });
 }
 
 HVC_ReturnStatus Kestrel_GroupGetName(int64_t groupID, GroupNameRecord &name) {
-  return ReadGroupRecord("Kestrel_GroupGetName", groupID, NODAL_NODE_sched_groups_groupName, name, {});
+  return ReadGroupRecord(__func__, groupID, nodes::kGroupName, name, {});
 }
 
 HVC_ReturnStatus Kestrel_GroupGetTag(int64_t groupID, GroupTagRecord &tag) {
-  return ReadGroupRecord("Kestrel_GroupGetTag", groupID, NODAL_NODE_sched_groups_groupTag, tag, {});
+  return ReadGroupRecord(__func__, groupID, nodes::kGroupTag, tag, {});
 }
 
 HVC_ReturnStatus Kestrel_GroupGetParentID(int64_t groupID, ParentGroupIDRecord &parent) {
-  return ReadGroupRecord("Kestrel_GroupGetParentID", groupID, NODAL_NODE_sched_groups_parentGroupID, parent);
+  return ReadGroupRecord(__func__, groupID, nodes::kParentGroupID, parent);
 }
 
 HVC_ReturnStatus Kestrel_GroupGetFlags(int64_t groupID, GroupFlagsRecord &flags) {
-  return ReadGroupRecord("Kestrel_GroupGetFlags", groupID, NODAL_NODE_sched_groups_groupFlags, flags,
-                         {HVC_NOT_FOUND, HVC_NOT_INITIALIZED});
+  return ReadGroupRecord(__func__, groupID, nodes::kGroupFlags, flags, {HVC_NOT_FOUND, HVC_NOT_INITIALIZED});
 }
 
 HVC_ReturnStatus Kestrel_GroupGetAlloc(int64_t groupID, GroupAllocRecord &alloc) {
-  return ReadGroupRecord("Kestrel_GroupGetAlloc", groupID, NODAL_NODE_sched_groups_memAllocationInKB, alloc);
+  return ReadGroupRecord(__func__, groupID, nodes::kGroupAlloc, alloc);
+}
+
+HVC_ReturnStatus KestrelGroupGetCapacity(int64_t groupID, GroupCapacityRecord &capacity) {
+  return ReadGroupRecord(__func__, groupID, nodes::kGroupCapacity, capacity);
 }
 
 HVC_ReturnStatus KestrelGroupGetMemoryStats(int64_t groupID, GroupMemoryStatsRecord &stats) {
-  return ReadGroupRecord("KestrelGroupGetMemoryStats", groupID, NODAL_NODE_sched_groups_stats_memoryStats, stats);
+  return ReadGroupRecord(__func__, groupID, nodes::kGroupMemoryStats, stats);
 }
 
 HVC_ReturnStatus Kestrel_GroupGetGroupLeaderID(int64_t groupID, uint32_t &leader) {
@@ -67,14 +69,14 @@ HVC_ReturnStatus Kestrel_GroupGetGroupLeaderID(int64_t groupID, uint32_t &leader
   if (status != HVC_OK) return status;
   if ((flags.flags & (HVC_GROUP_VM | HVC_GROUP_USER_WORLD)) == 0) return HVC_BAD_PARAM;
   GroupLeaderIDRecord record = {};
-  status = ReadGroupRecord("Kestrel_GroupGetGroupLeaderID", groupID, NODAL_NODE_sched_groups_groupLeaderID, record, {});
+  status = ReadGroupRecord(__func__, groupID, nodes::kGroupLeaderID, record, {});
   if (status == HVC_OK) leader = record.leaderID;
   return status;
 }
 
 HVC_ReturnStatus ListMemberGroups(int64_t groupID, const MemberListing &listing, ParamList &members) {
-  bool listed = false;  // so that a failing list is reported when its argument list is gone, and not as the argument's
-  // A list that cannot be made is reported in the name of the shared read, whoever lists.
+  bool listed = false;  // tells a failed listing from a failed argument
+  // If the argument list cannot be made, the warning names the shared read, whatever the caller.
   const HVC_ReturnStatus status = WithOneArgument(
       "KestrelGroupNodalGet", groupID,
       [&](HVC_ReturnStatus failure) {
@@ -82,7 +84,7 @@ HVC_ReturnStatus ListMemberGroups(int64_t groupID, const MemberListing &listing,
       },
       [&](const NODAL_ParamList *arguments) {
         listed = true;
-        return ListInstances(NODAL_NODE_sched_groups_members_groups, arguments, members);
+        return ListInstances(nodes::kMemberGroups, arguments, members);
       });
   if (listed && status != HVC_OK && !(status == HVC_NOT_FOUND && listing.vanishedIsSilent)) {
     Warning("%s: %s failure: %s\n", listing.caller, listing.listStep, HVC_ReturnStatusToString(status));

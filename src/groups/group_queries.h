@@ -1,8 +1,10 @@
-// One attribute of one scheduler group at a time.
+// Getters: each reads one record of one scheduler group.
 //
-// Groups come and go while a report runs. The getters of parents, flags, allocations and figures are silent about
-// HVC_NOT_FOUND, so that a vanished group just drops out of the report; those of names, tags and leaders are not. Every
-// other failure is reported. All are returned.
+// Groups come and go while a report runs. The getters of parents, flags, allocations and memory statistics therefore
+// do not warn of HVC_NOT_FOUND: a vanished group just drops out of the report. They warn of every other failure, and
+// the getters of names, tags and leaders of every failure. All of them return the status.
+//
+// Functions named Kestrel... or Kestrel_... are spelled as in the warnings that carry their names.
 #ifndef KESTREL_GROUPS_GROUP_QUERIES_H
 #define KESTREL_GROUPS_GROUP_QUERIES_H
 
@@ -15,15 +17,15 @@
 
 namespace kestrel {
 
-// The shared read: a node with the group's ID as its only argument. Reports what keeps it from reading, but leaves the
-// status of the read itself to its caller.
+// Reads a node whose only argument is the group's ID. It warns if it cannot make the argument, but not of the status of
+// the read itself.
 [[nodiscard]] HVC_ReturnStatus KestrelGroupNodalGet(int64_t groupID, uint32_t node, void *buffer, uint32_t size);
 
-// Reads a record of a group for the step of that name, which reports what it is not silent about.
+// Reads a record of a group for the function `step`, and warns in its name of a status that is not among `silent`.
 template <typename Record>
-[[nodiscard]] HVC_ReturnStatus ReadGroupRecord(const char *step, int64_t groupID, uint32_t node, Record &record,
+[[nodiscard]] HVC_ReturnStatus ReadGroupRecord(const char *step, int64_t groupID, NodeRef<Record> node, Record &record,
                                                Statuses silent = kVanished) {
-  const HVC_ReturnStatus status = KestrelGroupNodalGet(groupID, node, &record, sizeof record);
+  const HVC_ReturnStatus status = KestrelGroupNodalGet(groupID, node.id, &record, sizeof record);
   WarnOfFailure(step, status, silent);
   return status;
 }
@@ -33,14 +35,14 @@ template <typename Record>
 [[nodiscard]] HVC_ReturnStatus Kestrel_GroupGetParentID(int64_t groupID, ParentGroupIDRecord &parent);
 [[nodiscard]] HVC_ReturnStatus Kestrel_GroupGetFlags(int64_t groupID, GroupFlagsRecord &flags);
 [[nodiscard]] HVC_ReturnStatus Kestrel_GroupGetAlloc(int64_t groupID, GroupAllocRecord &alloc);
+[[nodiscard]] HVC_ReturnStatus KestrelGroupGetCapacity(int64_t groupID, GroupCapacityRecord &capacity);
 [[nodiscard]] HVC_ReturnStatus KestrelGroupGetMemoryStats(int64_t groupID, GroupMemoryStatsRecord &stats);
 
-// The memory client that leads a VM or user-world group; 0 on failure. Other groups have no leader: HVC_BAD_PARAM,
-// silently.
+// The memory client that leads a VM or user-world group; 0 on failure. Returns HVC_BAD_PARAM without a warning for
+// other groups, which have no leader.
 [[nodiscard]] HVC_ReturnStatus Kestrel_GroupGetGroupLeaderID(int64_t groupID, uint32_t &leader);
 
-// How a virtual machine's memory is allocated: its guest memory is that of its VMM sub-container, while shares and the
-// limit of the reservation are set on the VM as a whole.
+// The allocation of a VM: minimum and maximum of its VMM sub-container, shares and minLimit of the VM's own group.
 #pragma pack(push, 1)
 struct VmmAllocRecord {
   uint64_t min;
@@ -51,16 +53,16 @@ struct VmmAllocRecord {
 #pragma pack(pop)
 static_assert(sizeof(VmmAllocRecord) == 28);
 
-// HVC_NOT_FOUND, silently, for a group without a VMM sub-container. `alloc` is written on success only.
+// Returns HVC_NOT_FOUND without a warning for a group without a VMM sub-container. Writes `alloc` on success only.
 [[nodiscard]] HVC_ReturnStatus Kestrel_GroupGetVMMAlloc(int64_t vmGroupID, VmmAllocRecord &alloc);
 
-// Lists a group's direct children. What fails is reported in the name of `caller`, with `listStep` for the listing
-// itself, except, if `vanishedIsSilent`, a group that does not exist.
 struct MemberListing {
-  const char *caller;
-  const char *listStep;
-  bool vanishedIsSilent;
+  const char *caller;     // warns in the name of this function,
+  const char *listStep;   // and calls the listing itself by this name
+  bool vanishedIsSilent;  // no warning of HVC_NOT_FOUND
 };
+
+// Lists the direct children of a group.
 [[nodiscard]] HVC_ReturnStatus ListMemberGroups(int64_t groupID, const MemberListing &listing, ParamList &members);
 
 }  // namespace kestrel

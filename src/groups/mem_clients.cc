@@ -1,6 +1,5 @@
 #include "src/groups/mem_clients.h"
 
-#include "platkit/nodes.h"
 #include "platkit/warning.h"
 #include "src/groups/one_argument.h"
 #include "src/status/status.h"
@@ -8,10 +7,14 @@
 namespace kestrel {
 namespace {
 
-void WarnUnlessVanished(const char *getter, HVC_ReturnStatus status) {
+// As ReadClientRecord, but the warning has the text of the status, not its number.
+template <typename Record>
+HVC_ReturnStatus ReadClientRecordByText(const char *getter, uint32_t clientID, NodeRef<Record> node, Record &record) {
+  const HVC_ReturnStatus status = Kestrel_MemClientNodalGet(clientID, node.id, &record, sizeof record);
   if (status != HVC_OK && status != HVC_NOT_FOUND) {
     Warning("%s() failure: %s\n", getter, HVC_ReturnStatusToString(status));
   }
+  return status;
 }
 
 }  // namespace
@@ -26,17 +29,12 @@ HVC_ReturnStatus Kestrel_MemClientNodalGet(uint32_t clientID, uint32_t node, voi
 }
 
 HVC_ReturnStatus Kestrel_MemClientGetTotalCommonStats(uint32_t clientID, TotalCommonRecord &stats) {
-  const HVC_ReturnStatus status =
-      Kestrel_MemClientNodalGet(clientID, NODAL_NODE_sched_memClients_kestrel_totalCommon, &stats, sizeof stats);
-  WarnUnlessVanished("Kestrel_MemClientGetTotalCommonStats", status);
-  return status;
+  return ReadClientRecordByText(__func__, clientID, nodes::kTotalCommon, stats);
 }
 
 HVC_ReturnStatus Kestrel_GetVmmLeaderID(uint32_t clientID, uint32_t &vmmLeaderID) {
   VmmLeaderIDRecord record = {};
-  const HVC_ReturnStatus status =
-      Kestrel_MemClientNodalGet(clientID, NODAL_NODE_worldGroups_vmmLeaderID, &record, sizeof record);
-  WarnUnlessVanished("Kestrel_GetVmmLeaderID", status);
+  const HVC_ReturnStatus status = ReadClientRecordByText(__func__, clientID, nodes::kVmmLeaderID, record);
   if (status == HVC_OK) vmmLeaderID = record.vmmLeaderID;
   return status;
 }

@@ -15,6 +15,7 @@
 #include "src/main/usage.h"
 #include "src/reports/reports.h"
 #include "src/table/output.h"
+#include "src/table/terminal_text.h"
 
 namespace kestrel {
 namespace {
@@ -25,7 +26,7 @@ struct GlobalOptions {
   bool checkVersion = true;
 };
 
-// What is left to do once the global options are parsed.
+// What to do after the global options are parsed.
 enum class Next { kGoOn, kExitSuccess, kExitFailure };
 
 const Report *FindReport(const char *name) {
@@ -34,9 +35,9 @@ const Report *FindReport(const char *name) {
   return found == end ? nullptr : *found;
 }
 
-// Parses up to and including -r: what stands behind it belongs to the report.
+// Parses up to and including -r. The rest belongs to the report.
 Next ParseGlobalOptions(int argc, char **argv, GlobalOptions &options) {
-  // -f swallows the next word while --force does not. Scripts rely on both by now.
+  // -f takes an argument, which is ignored, but --force takes none. Scripts rely on both.
   static constexpr char kShortOptions[] = "f:c:r:h";
   static constexpr option kLongOptions[] = {
       {"force", no_argument, nullptr, 'f'},
@@ -54,7 +55,7 @@ Next ParseGlobalOptions(int argc, char **argv, GlobalOptions &options) {
       case 'r':
         options.report = FindReport(optarg);
         if (options.report != nullptr) break;
-        Warning("Invalid report %s\n", optarg);
+        Warning("Invalid report %s\n", ForWarning(optarg).c_str());
         PrintUsage(argv[0]);
         return Next::kExitFailure;
       case '?':
@@ -74,7 +75,8 @@ bool UseCacheFile(const GlobalOptions &options) {
     return false;
   }
   const HVC_ReturnStatus status = NODAL_UseCache(options.cacheFile, NODAL_CACHE_SNAPSHOT);
-  if (status != HVC_OK) Warning("Couldn't open cache file %s, error code: %u\n", options.cacheFile, status);
+  if (status != HVC_OK)
+    Warning("Couldn't open cache file %s, error code: %u\n", ForWarning(options.cacheFile).c_str(), status);
   return status == HVC_OK;
 }
 
@@ -84,9 +86,8 @@ bool CheckDefinitions(const GlobalOptions &options) {
   const HVC_ReturnStatus status = NODAL_CheckSig(runningBuild, sizeof runningBuild, &ownBuild);
   if (status == HVC_OK) return true;
   runningBuild[sizeof runningBuild - 1] = '\0';
-  MakeFitForTerminal(STDERR_FILENO, runningBuild);
   Warning("%#x: md5 signature mismatch with running hvcore built on %s. (vs %s for app sysinfo)\n", status,
-          runningBuild, ownBuild);
+          ForWarning(runningBuild).c_str(), ForWarning(ownBuild).c_str());
   if (options.checkVersion) Warning("Version check failed\n");
   return !options.checkVersion;
 }
@@ -107,8 +108,8 @@ int Run(int argc, char **argv) {
   return options.report->run(*options.report, argc, argv) == HVC_OK ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
-// A standard descriptor that is closed would be given to the next file that is opened, and reports or warnings written
-// into it. What stands in for it here fails when it is used, as the closed one would.
+// Opens closed standard descriptors, so that no other file gets their numbers and with them reports or warnings. Their
+// use still fails, since each is opened for the wrong direction.
 void OccupyStandardDescriptors() {
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
     if (fcntl(fd, F_GETFD) == -1) static_cast<void>(open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY));
@@ -120,7 +121,7 @@ void OccupyStandardDescriptors() {
 
 PLATKIT_EXPORT int main(int argc, char **argv) {
   kestrel::OccupyStandardDescriptors();
-  std::signal(SIGPIPE, SIG_IGN);  // a reader that went away is an error like any other
+  std::signal(SIGPIPE, SIG_IGN);  // so that a write fails with EPIPE
   const int result = kestrel::Run(argc, argv);
   return kestrel::FinishOutput() ? result : EXIT_FAILURE;
 }

@@ -1,4 +1,4 @@
-// What a step says of its failure.
+// Warnings about failed reads.
 #ifndef KESTREL_NODAL_FAILURE_H
 #define KESTREL_NODAL_FAILURE_H
 
@@ -12,10 +12,10 @@ namespace kestrel {
 
 using Statuses = std::initializer_list<HVC_ReturnStatus>;
 
-// What a read answers for a group or client that went away while the report runs: no failure to report.
+// The status of a group or client that vanished while the report runs, which needs no warning.
 inline constexpr Statuses kVanished = {HVC_NOT_FOUND};
 
-// Reports the failure of a step by the number of its status, unless that is among the silent ones.
+// Warns that the function `step` failed, with the number of its status, unless the status is one of `silent`.
 inline void WarnOfFailure(const char *step, HVC_ReturnStatus status, Statuses silent) {
   if (status != HVC_OK && std::ranges::find(silent, status) == silent.end()) {
     Warning("%s() failure, error code: %u\n", step, status);

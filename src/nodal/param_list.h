@@ -1,4 +1,4 @@
-// Parameter lists with an owner.
+// Owning handles over parameter lists, and reads of nodes.
 #ifndef KESTREL_NODAL_PARAM_LIST_H
 #define KESTREL_NODAL_PARAM_LIST_H
 
@@ -6,6 +6,7 @@
 
 #include "platkit/nodal.h"
 #include "platkit/warning.h"
+#include "src/nodal/nodes.h"
 
 namespace kestrel {
 
@@ -13,33 +14,33 @@ struct ParamListDestroyer {
   void operator()(NODAL_ParamList *list) const { NODAL_ParamListDestroy(list); }
 };
 
-// A parameter list that is destroyed where its owner's scope ends, or earlier with reset().
+// Owns a parameter list.
 using ParamList = std::unique_ptr<NODAL_ParamList, ParamListDestroyer>;
 
-// An empty list for `capacity` instance arguments; null on failure.
+// An empty list with room for `capacity` instance arguments; null on failure.
 inline ParamList MakeArguments(uint32_t capacity) {
   return ParamList(NODAL_ParamListCreate(NODAL_LIST_INSTANCES, capacity));
 }
 
-// The same for the step of that name, which reports it if there is none to be had.
+// As MakeArguments, but warns of a failure in the name of the function `step`.
 inline ParamList MakeArgumentsFor(const char *step, uint32_t capacity) {
   ParamList arguments = MakeArguments(capacity);
   if (arguments == nullptr) Warning("%s: NODAL_ParamListCreate() failure\n", step);
   return arguments;
 }
 
-// Reads the instances of a list node; `list` is set on success only.
-[[nodiscard]] inline HVC_ReturnStatus ListInstances(uint32_t node, const NODAL_ParamList *arguments, ParamList &list) {
+// Reads the instances of a list node into `list`, which changes on success only.
+template <typename Record>
+[[nodiscard]] HVC_ReturnStatus ListInstances(NodeRef<Record> node, const NODAL_ParamList *arguments, ParamList &list) {
   NODAL_ParamList *instances = nullptr;
-  const HVC_ReturnStatus status = NODAL_GetInstanceListAlloc(node, arguments, &instances);
+  const HVC_ReturnStatus status = NODAL_GetInstanceListAlloc(node.id, arguments, &instances);
   if (status == HVC_OK) list.reset(instances);
   return status;
 }
 
-// Reads a whole record.
 template <typename Record>
-[[nodiscard]] HVC_ReturnStatus ReadRecord(uint32_t node, const NODAL_ParamList *arguments, Record &record) {
-  return NODAL_Get(node, arguments, &record, sizeof record);
+[[nodiscard]] HVC_ReturnStatus ReadRecord(NodeRef<Record> node, const NODAL_ParamList *arguments, Record &record) {
+  return NODAL_Get(node.id, arguments, &record, sizeof record);
 }
 
 }  // namespace kestrel

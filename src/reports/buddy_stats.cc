@@ -7,21 +7,20 @@
 #include <string_view>
 #include <utility>
 
-#include "platkit/nodes.h"
 #include "platkit/records.h"
 #include "platkit/warning.h"
 #include "src/reports/host_report.h"
 #include "src/reports/reports.h"
 #include "src/table/banner.h"
-#include "src/table/output.h"
 #include "src/table/report_row.h"
+#include "src/table/terminal_text.h"
 
 namespace kestrel {
 namespace {
 
-// A buddy's name as in "memmap-02-lo": the memory node and whether it serves low memory are told by the name alone.
+// A buddy. Its name, such as "memmap-02-lo", gives its memory node and whether it serves low memory.
 struct BuddyRow {
-  char name[16];  // longer names are cut, and the buddy is looked for under what is left
+  char name[16];  // a longer name is truncated, also for the reads that follow
   uint32_t memNode;
   uint32_t numaNode;
   const char *type;
@@ -29,89 +28,101 @@ struct BuddyRow {
 };
 
 using enum Conversion;
+using enum FigureUnit;
 using enum FigureSum;
-using Row = BuddyRow;
 
-#define FREE(k, size, text) \
-  { size "free", "free " text " buffers", 10, kU, kInTotal, PLAIN(sizes[k].free).Sum(kAdd) }
-#define USED(k, size, text) \
-  { size "used", "used " text " buffers", 10, kU, kInTotal, PLAIN(sizes[k].used).Sum(kAdd) }
-
-constinit ColumnDesc columns[] = {
-    {"name", "Name of the buddy", 20, kS, kInTotal, PLAIN(name)},
-    {"memNode", "Memory node the buddy belongs to", 2, kU, kMandatory, PLAIN(memNode)},
-    {"type", "Legacy memory type name", 4, kS, kPlain, PLAIN(type)},
-    {"numaNode", "NUMA node the buddy belongs to", 2, kU, kPlain, PLAIN(numaNode)},
-    FREE(0, "4KB", "4KB"),
-    FREE(1, "8KB", "8KB"),
-    FREE(2, "16KB", "16KB"),
-    FREE(3, "32KB", "32KB"),
-    FREE(4, "64KB", "64KB"),
-    FREE(5, "128KB", "128 KB"),
-    FREE(6, "256KB", "256 KB"),
-    FREE(7, "512KB", "512 KB"),
-    FREE(8, "1MB", "1MB"),
-    FREE(9, "2MB", "2MB"),
-    FREE(10, "4MB", "4MB"),
-    FREE(11, "8MB", "8MB"),
-    FREE(12, "16MB", "16MB"),
-    FREE(13, "32MB", "32MB"),
-    FREE(14, "64MB", "64MB"),
-    FREE(15, "128MB", "128MB"),
-    FREE(16, "256MB", "256MB"),
-    FREE(17, "512MB", "256MB"),  // sic: people look the text up as it has always been
-    FREE(18, "1GB", "1GB"),
-    USED(0, "4KB", "4KB"),
-    USED(1, "8KB", "8KB"),
-    USED(2, "16KB", "16KB"),
-    USED(3, "32KB", "32KB"),
-    USED(4, "64KB", "64KB"),
-    USED(5, "128KB", "128 KB"),
-    USED(6, "256KB", "256 KB"),
-    USED(7, "512KB", "512 KB"),
-    USED(8, "1MB", "1MB"),
-    USED(9, "2MB", "2MB"),
-    USED(10, "4MB", "4MB"),
-    USED(11, "8MB", "8MB"),
-    USED(12, "16MB", "16MB"),
-    USED(13, "32MB", "32MB"),
-    USED(14, "64MB", "64MB"),
-    USED(15, "128MB", "128MB"),
-    USED(16, "256MB", "256MB"),
-    USED(17, "512MB", "512MB"),
-    USED(18, "1GB", "1GB"),
+// The sizes of buffers. The texts are fixed: three of them have a blank.
+struct BufferSize {
+  std::string_view name;         // in the columns' names
+  std::string_view description;  // in their descriptions
 };
 
-#undef FREE
-#undef USED
+constexpr BufferSize kSizes[] = {
+    {"4KB", "4KB"},      {"8KB", "8KB"},      {"16KB", "16KB"},    {"32KB", "32KB"}, {"64KB", "64KB"},
+    {"128KB", "128 KB"}, {"256KB", "256 KB"}, {"512KB", "512 KB"}, {"1MB", "1MB"},   {"2MB", "2MB"},
+    {"4MB", "4MB"},      {"8MB", "8MB"},      {"16MB", "16MB"},    {"32MB", "32MB"}, {"64MB", "64MB"},
+    {"128MB", "128MB"},  {"256MB", "256MB"},  {"512MB", "512MB"},  {"1GB", "1GB"},
+};
+static_assert(std::size(kSizes) == std::size(BuddyRow().sizes));
 
-// The list that takes the names of all buddies has room for so many, of so many bytes in all.
-constexpr uint32_t kMostBuddies = 99;
-constexpr uint32_t kMostNameBytes = kMostBuddies * 128;
+// A constant text that lives as long as the program.
+struct ColumnText {
+  constexpr ColumnText(std::string_view a, std::string_view b, std::string_view c = {}) {
+    size_t length = 0;
+    for (const std::string_view piece : {a, b, c})
+      length += piece.copy(text + length, sizeof text - 1 - length);
+  }
+
+  char text[32] = {};
+};
+
+template <size_t size>
+constexpr ColumnText kFreeName(kSizes[size].name, "free");
+template <size_t size>
+constexpr ColumnText kUsedName(kSizes[size].name, "used");
+// The description of 512MBfree names another size; that is fixed.
+constexpr std::string_view FreeSize(size_t size) {
+  return kSizes[size].name == "512MB" ? "256MB" : kSizes[size].description;
+}
+
+template <size_t size>
+constexpr ColumnText kFreeDescription("free ", FreeSize(size), " buffers");
+template <size_t size>
+constexpr ColumnText kUsedDescription("used ", kSizes[size].description, " buffers");
+
+template <size_t size>
+constexpr Column<BuddyRow> FreeColumn() {
+  return {
+      kFreeName<size>.text, kFreeDescription<size>.text, 10, kU, [](auto &row) { return row.sizes[size].free; }, kAdd};
+}
+
+template <size_t size>
+constexpr Column<BuddyRow> UsedColumn() {
+  return {
+      kUsedName<size>.text, kUsedDescription<size>.text, 10, kU, [](auto &row) { return row.sizes[size].used; }, kAdd};
+}
+
+template <size_t... sizes>
+constexpr auto BuddyColumns(std::index_sequence<sizes...>) {
+  return ColumnsOf<BuddyRow>({
+      {"name", "Name of the buddy", 20, kS, [](auto &row) { return Text(row.name); }, kInTotal},
+      {"memNode", "Memory node the buddy belongs to", 2, kU, [](auto &row) { return row.memNode; }, kMandatory},
+      {"type", "Legacy memory type name", 4, kS, [](auto &row) { return Text(row.type); }},
+      {"numaNode", "NUMA node the buddy belongs to", 2, kU, [](auto &row) { return row.numaNode; }},
+      FreeColumn<sizes>()...,
+      UsedColumn<sizes>()...,
+  });
+}
+
+constinit auto columns = BuddyColumns(std::make_index_sequence<std::size(kSizes)>());
+
+// Capacity of the list of names.
+constexpr uint32_t kMaxBuddies = 99;
+constexpr uint32_t kMaxNameBytes = kMaxBuddies * 128;
 
 struct BuddyRows {
-  std::span<Row> All() { return {rows, count}; }
+  std::span<BuddyRow> All() { return {rows, count}; }
 
-  Row rows[kMostBuddies] = {};
+  BuddyRow rows[kMaxBuddies] = {};
   size_t count = 0;
 };
 
-// What the two digits at the name's position 7 read as.
-int NodeDigits(const Row &row) {
+// The number in the two characters at position 7 of the name.
+int NodeDigits(const BuddyRow &row) {
   const char digits[] = {row.name[7], row.name[8], '\0'};
   return std::atoi(digits);
 }
 
-// Rows go by their memory node, low memory first. Of a node's number only two digits count here, and two buddies of the
-// same node that both serve low memory are each less than the other: the order of the rows follows from the sort below.
-bool BuddyRowLess(const Row &a, const Row &b) {
+// Orders by memory node, of which only two digits count, and then low memory first. It is no strict order: of two
+// low-memory buddies of one node, each is less than the other.
+bool BuddyRowLess(const BuddyRow &a, const BuddyRow &b) {
   if (std::strcmp(a.name, b.name) == 0) return false;
   if (std::memcmp(a.name + 7, b.name + 7, 2) != 0) return NodeDigits(a) < NodeDigits(b);
   return std::memcmp(a.name + 10, "lo", 2) == 0;
 }
 
-// A selection sort, since what BuddyRowLess says is not a strict order, and std::sort asks for one.
-void SortRows(std::span<Row> found) {
+// Sorts by selection: the order of the printed rows depends on it, since BuddyRowLess is no strict order.
+void SortRows(std::span<BuddyRow> found) {
   for (size_t i = 0; i < found.size(); ++i) {
     size_t least = i;
     for (size_t k = i + 1; k < found.size(); ++k) {
@@ -121,7 +132,7 @@ void SortRows(std::span<Row> found) {
   }
 }
 
-// The NUMA node of a memory node. Some of the messages have no line end, so that the next one follows in the same line.
+// Finds the NUMA node of a memory node. Some warnings lack their newline; that is fixed.
 bool KestrelMemNode2NUMANode(uint32_t memNode, uint32_t &numaNode) {
   const ParamList arguments = MakeArgumentsFor("KestrelMemNode2NUMANode", 1);
   if (arguments == nullptr) return false;
@@ -131,7 +142,7 @@ bool KestrelMemNode2NUMANode(uint32_t memNode, uint32_t &numaNode) {
     return false;
   }
   MemNodeRecord record = {};
-  status = ReadRecord(NODAL_NODE_memory_memNodes, arguments.get(), record);
+  status = ReadRecord(nodes::kMemNode, arguments.get(), record);
   if (status != HVC_OK) {
     Warning("Error %#x while reading /memory/memNodes/%u", status, memNode);
     return false;
@@ -140,62 +151,56 @@ bool KestrelMemNode2NUMANode(uint32_t memNode, uint32_t &numaNode) {
   return true;
 }
 
-// Fills a row from a buddy's name, but for its counts. A buddy of an unknown NUMA node is left out of the report.
-bool Identify(std::string_view name, Row &row) {
+// Fills a row, except for its counts, from a buddy's name. False if the NUMA node is unknown: the buddy has no row.
+bool Identify(std::string_view name, BuddyRow &row) {
   name.copy(row.name, sizeof row.name - 1);
   row.type = row.name[std::strlen(row.name) - 1] == 'o' ? "low" : "high";
   row.memNode = static_cast<uint32_t>(std::strtol(row.name + 7, nullptr, 10));
   return KestrelMemNode2NUMANode(row.memNode, row.numaNode);
 }
 
-// The buddies that there are, as far as they can be had: a host without them is not an error, and has an empty table.
+// Finds the buddies that can be read. A host without any is no error: its table is empty.
 BuddyRows FindBuddies() {
   BuddyRows found;
-  const ParamList names(NODAL_ParamListCreateAndAllocateParams(NODAL_LIST_INSTANCES, kMostBuddies, kMostNameBytes));
+  const ParamList names(NODAL_ParamListCreateAndAllocateParams(NODAL_LIST_INSTANCES, kMaxBuddies, kMaxNameBytes));
   if (names == nullptr) return found;
-  if (NODAL_GetInstanceList(NODAL_NODE_system_buddy, nullptr, names.get()) != HVC_OK) return found;
+  if (NODAL_GetInstanceList(nodes::kBuddies.id, nullptr, names.get()) != HVC_OK) return found;
 
-  for (uint32_t i = 0; i < NODAL_ParamListUsedCount(names.get()) && found.count < kMostBuddies; ++i) {
+  for (uint32_t i = 0; i < NODAL_ParamListUsedCount(names.get()) && found.count < kMaxBuddies; ++i) {
     const char *name = nullptr;
     if (NODAL_ParamListGetString(names.get(), i, &name) != HVC_OK) break;
     if (name == nullptr || std::strncmp(name, "memmap", 6) != 0) continue;
-    Row row = {};
+    BuddyRow row = {};
     if (Identify(name, row)) found.rows[found.count++] = row;
   }
   return found;
 }
 
-// A buddy's name as a message may show it.
-struct ShownName {
-  explicit ShownName(const Row &row) {
-    std::memcpy(text, row.name, sizeof text);
-    MakeFitForTerminal(STDERR_FILENO, text);
-  }
-
-  char text[sizeof Row::name];
-};
-
-HVC_ReturnStatus ReadSizes(Row &row) {
+HVC_ReturnStatus ReadSizes(BuddyRow &row) {
   const ParamList arguments = MakeArgumentsFor("KestrelBuddyGetStats", 1);
   if (arguments == nullptr) return HVC_FAILURE;
   HVC_ReturnStatus status = NODAL_ParamListAddString(arguments.get(), row.name);
   if (status != HVC_OK) {
-    Warning("The param list for buddy %s could not be created: %#x", ShownName(row).text, status);
+    Warning("The param list for buddy %s could not be created: %#x", ForWarning(row.name).c_str(), status);
     return status;
   }
   BuddyComprehensiveRecord record = {};
-  status = ReadRecord(NODAL_NODE_system_buddy_comprehensive, arguments.get(), record);
+  status = ReadRecord(nodes::kBuddyComprehensive, arguments.get(), record);
   if (status != HVC_OK) {
-    Warning("Error %#x while reading %s/comprehensive", status, ShownName(row).text);
+    Warning("Error %#x while reading %s/comprehensive", status, ForWarning(row.name).c_str());
     return status;
   }
   std::memcpy(row.sizes, record.sizes, sizeof row.sizes);
   return HVC_OK;
 }
 
-void PrintRow(const ReportOptions &options, bool total, const Row &row) {
-  PrintFigures(columns, options.csv, total, &row, ReportUnit::kKB);
+constexpr BuddyRow TotalLabel() {
+  BuddyRow row = {};
+  std::string_view("Total").copy(row.name, sizeof row.name);
+  return row;
 }
+
+constexpr BuddyRow kTotal = TotalLabel();
 
 HVC_ReturnStatus KestrelBuddyGetStats(const Report &report, int argc, char **argv) {
   HostRun run;
@@ -207,16 +212,15 @@ HVC_ReturnStatus KestrelBuddyGetStats(const Report &report, int argc, char **arg
   TablePrintHead(columns, options.csv);
   BuddyRows found = FindBuddies();
   SortRows(found.All());
-  Row totals = {};
-  std::strcpy(totals.name, "Total");
-  for (Row &row : found.All()) {
+  ColumnSums sums;
+  for (BuddyRow &row : found.All()) {
     status = ReadSizes(row);
     if (status != HVC_OK) return status;
-    PrintRow(options, false, row);
-    SumFigures(columns, &row, &totals);
+    PrintFigures(columns, options.csv, false, &row, ReportUnit::kKB);
+    sums.Add(columns, &row);
   }
   TablePrintSeparator(columns, options.csv);
-  PrintRow(options, true, totals);
+  sums.Print(columns, options.csv, true, &kTotal, ReportUnit::kKB);
   EndHostReport(columns, options);
   return HVC_OK;
 }

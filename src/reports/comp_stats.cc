@@ -2,7 +2,6 @@
 // often the host entered each of its memory states.
 #include <array>
 
-#include "platkit/nodes.h"
 #include "platkit/records.h"
 #include "src/reports/host_report.h"
 #include "src/reports/reports.h"
@@ -14,38 +13,40 @@ namespace {
 
 enum MemState { kHigh, kClear, kSoft, kHard, kLow, kMemStates };
 
-struct CompStatsRow {
+struct CompRow {
   ComprehensiveRecord host;
   GlobalMemoryRecord sched;
-  uint32_t entered[kMemStates];  // how often the host entered each state
+  uint32_t entered[kMemStates];  // number of times the host entered each state
   const char *memState;
 };
 
 using enum Conversion;
-using Row = CompStatsRow;
+using enum FigureUnit;
 
-// The blanks at the end of some descriptions belong to them.
-constinit ColumnDesc columns[] = {
-    {"total", "Total physical memory on host", 10, kLu, kPlain, KB(host.total)},
-    {"discarded", "Discarded by hvcore  ", 10, kLu, kPlain, KB(host.discarded)},
-    {"managedByMemMap", "Memory managed by MemMap", 10, kLu, kPlain, KB(host.managedByMemMap)},
-    {"reliableMem", "Reliable memory", 10, kLu, kPlain, KB(host.reliableMem)},
-    {"kernelCode", "Hvcore code region", 10, kLu, kPlain, KB(host.kernelCode)},
-    {"dataAndHeap", "Hvcore data and heap", 10, kLu, kPlain, KB(host.dataAndHeap)},
-    {"buddyOvhd", "Memmap buddy overhead ", 10, kLu, kPlain, KB(host.buddyOvhd)},
-    {"rsvdLow", "Reserved low memory", 10, kLu, kPlain, KB(host.rsvdLow)},
-    {"managedByMemSched", "Memory managed by MemSched", 10, kLu, kPlain, KB(sched.managedByMemSched)},
-    {"minFree", "Min Free", 10, kLu, kPlain, KB(sched.minFree)},
-    {"hvcClientConsumed", "Consumed by hvcore clients", 10, kLu, kPlain, KB(host.hvcClientConsumed)},
-    {"otherConsumed", "Consumed by non-hvcore clients", 10, kLu, kPlain, KB(host.otherConsumed)},
-    {"free", "Available (Free) physical memory", 10, kLu, kPlain, KB(host.free)},
-    {"numHigh", "Num times host in high state", 10, kU, kPlain, PLAIN(entered[kHigh])},
-    {"numClear", "Num times host in clear state", 10, kU, kPlain, PLAIN(entered[kClear])},
-    {"numSoft", "Num times host in soft state", 10, kU, kPlain, PLAIN(entered[kSoft])},
-    {"numHard", "Num of times host in hard state", 10, kU, kPlain, PLAIN(entered[kHard])},
-    {"numLow", "Num of times host in low state", 10, kU, kPlain, PLAIN(entered[kLow])},
-    {"memState", "Current memory state", 7, kS, kPlain, PLAIN(memState)},
-};
+// The blanks at the end of some descriptions are fixed.
+constinit auto columns = ColumnsOf<CompRow>({
+    {"total", "Total physical memory on host", 10, kLu, kKB, [](auto &row) { return row.host.total; }},
+    {"discarded", "Discarded by hvcore  ", 10, kLu, kKB, [](auto &row) { return row.host.discarded; }},
+    {"managedByMemMap", "Memory managed by MemMap", 10, kLu, kKB, [](auto &row) { return row.host.managedByMemMap; }},
+    {"reliableMem", "Reliable memory", 10, kLu, kKB, [](auto &row) { return row.host.reliableMem; }},
+    {"kernelCode", "Hvcore code region", 10, kLu, kKB, [](auto &row) { return row.host.kernelCode; }},
+    {"dataAndHeap", "Hvcore data and heap", 10, kLu, kKB, [](auto &row) { return row.host.dataAndHeap; }},
+    {"buddyOvhd", "Memmap buddy overhead ", 10, kLu, kKB, [](auto &row) { return row.host.buddyOvhd; }},
+    {"rsvdLow", "Reserved low memory", 10, kLu, kKB, [](auto &row) { return row.host.rsvdLow; }},
+    {"managedByMemSched", "Memory managed by MemSched", 10, kLu, kKB,
+     [](auto &row) { return row.sched.managedByMemSched; }},
+    {"minFree", "Min Free", 10, kLu, kKB, [](auto &row) { return row.sched.minFree; }},
+    {"hvcClientConsumed", "Consumed by hvcore clients", 10, kLu, kKB,
+     [](auto &row) { return row.host.hvcClientConsumed; }},
+    {"otherConsumed", "Consumed by non-hvcore clients", 10, kLu, kKB, [](auto &row) { return row.host.otherConsumed; }},
+    {"free", "Available (Free) physical memory", 10, kLu, kKB, [](auto &row) { return row.host.free; }},
+    {"numHigh", "Num times host in high state", 10, kU, [](auto &row) { return row.entered[kHigh]; }},
+    {"numClear", "Num times host in clear state", 10, kU, [](auto &row) { return row.entered[kClear]; }},
+    {"numSoft", "Num times host in soft state", 10, kU, [](auto &row) { return row.entered[kSoft]; }},
+    {"numHard", "Num of times host in hard state", 10, kU, [](auto &row) { return row.entered[kHard]; }},
+    {"numLow", "Num of times host in low state", 10, kU, [](auto &row) { return row.entered[kLow]; }},
+    {"memState", "Current memory state", 7, kS, [](auto &row) { return Text(row.memState); }},
+});
 
 using Transitions = std::array<StateTransitionsRecord, kMemStates>;
 
@@ -54,19 +55,18 @@ HVC_ReturnStatus ReadTransitions(const char *state, StateTransitionsRecord &reco
   if (arguments == nullptr) return HVC_FAILURE;
   const HVC_ReturnStatus status = NODAL_ParamListAddString(arguments.get(), state);
   if (status != HVC_OK) return status;
-  return ReadRecord(NODAL_NODE_sched_globalStats_memory_stateTransitions, arguments.get(), record);
+  return ReadRecord(nodes::kStateTransitions, arguments.get(), record);
 }
 
 HVC_ReturnStatus KestrelCompGetGlobalKestrel(GlobalMemoryRecord &sched, Transitions &transitions) {
-  HVC_ReturnStatus status =
-      ReadHostRecord("KestrelCompGetGlobalKestrel", NODAL_NODE_sched_globalStats_memory_kestrel, sched);
+  HVC_ReturnStatus status = ReadHostRecord("KestrelCompGetGlobalKestrel", nodes::kGlobalMemory, sched);
   constexpr const char *kStates[kMemStates] = {"high", "clear", "soft", "hard", "low"};
   for (size_t state = 0; state < kMemStates && status == HVC_OK; ++state)
     status = ReadTransitions(kStates[state], transitions[state]);
   return status;
 }
 
-// A state is entered from its two neighbours. The host starts in the high one, which counts as entering it.
+// A state is entered from its two neighbours. The host starts in the high state, which counts as entering it.
 void CountEntries(const Transitions &transitions, uint32_t (&entered)[kMemStates]) {
   for (size_t state = 0; state < kMemStates; ++state) {
     entered[state] = state == kHigh ? 1 : transitions[state - 1].toLowerCount;
@@ -79,8 +79,8 @@ const char *NameOf(uint32_t memState) {
   return memState < kMemStates ? kNames[memState] : "Unknown";
 }
 
-HVC_ReturnStatus ReadRow(Row &row) {
-  HVC_ReturnStatus status = ReadHostRecord("KestrelCompGetMemMapStats", NODAL_NODE_memory_comprehensive, row.host);
+HVC_ReturnStatus ReadRow(CompRow &row) {
+  HVC_ReturnStatus status = ReadHostRecord("KestrelCompGetMemMapStats", nodes::kComprehensive, row.host);
   if (status != HVC_OK) return status;
   Transitions transitions = {};
   status = KestrelCompGetGlobalKestrel(row.sched, transitions);
@@ -100,10 +100,9 @@ HVC_ReturnStatus KestrelCompGetStats(const Report &report, int argc, char **argv
     banner.Setting("Unit", WalkUnitName(run.unit));
     banner.SelectedColumns(columns);
   }
-  // Unlike page sharing's, this report has its banner and header out before it reads, and leaves them behind if a read
-  // fails.
+  // Banner and header are printed before the reads, and stay if a read fails.
   TablePrintHead(columns, run.options.csv);
-  Row row = {};
+  CompRow row = {};
   status = ReadRow(row);
   if (status != HVC_OK) return status;
   PrintFigures(columns, run.options.csv, false, &row, run.unit);

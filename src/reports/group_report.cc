@@ -33,7 +33,7 @@ void PrintBanner(const Report &report, const GroupRun &run) {
   banner.SelectedColumns(report.columns);
 }
 
-// A group without any flag has no rows in any report: it is in no inclusion filter, the default one included.
+// A group without flags has no rows in any report: even the default inclusion filter needs one.
 bool Qualifies(const GroupRun &run, uint32_t flags) {
   return (flags & run.frame.kinds) != 0 && (flags & run.inclusion) != 0 && (flags & run.exclusion) == 0;
 }
@@ -43,23 +43,21 @@ HVC_ReturnStatus VisitGroup(int64_t groupID, uint32_t childCount, bool, void *co
   GroupFlagsRecord flags = {};
   const HVC_ReturnStatus status = Kestrel_GroupGetFlags(groupID, flags);
   if (status != HVC_OK) return status;
-  return Qualifies(run, flags.flags) ? run.frame.visit({run, groupID, childCount, flags.flags}) : HVC_OK;
+  return Qualifies(run, flags.flags) ? run.frame.callback({run, groupID, childCount, flags.flags}) : HVC_OK;
 }
 
 void PrintTotals(const GroupRun &run) {
   const ColumnTable columns = run.report.columns;
-  FinishSums(columns, run.frame.totals, run.rows);
-  PrintFigures(columns, run.options.csv, true, run.frame.totals, run.unit);
+  run.sums.Print(columns, run.options.csv, true, run.frame.totalLabel, run.unit);
   TablePrintSeparator(columns, run.options.csv);
 }
 
 }  // namespace
 
-void GroupVisit::PutRow(const void *row) const {
+void GroupVisit::PrintRowAt(const void *row) const {
   const ColumnTable columns = run.report.columns;
-  if (run.frame.totals != nullptr) SumFigures(columns, row, run.frame.totals);
+  if (run.frame.totalLabel != nullptr) run.sums.Add(columns, row);
   PrintFigures(columns, run.options.csv, false, row, run.unit);
-  ++run.rows;
 }
 
 HVC_ReturnStatus RunGroupReport(const Report &report, int argc, char **argv) {
@@ -75,8 +73,8 @@ HVC_ReturnStatus RunGroupReport(const Report &report, int argc, char **argv) {
   TablePrintHead(report.columns, options.csv);
   status = KestrelTraverseGroups(options.startGroup, options.levels, options.csv, VisitGroup, &run);
   TablePrintSeparator(report.columns, options.csv);
-  if (frame.totals != nullptr) PrintTotals(run);
-  if (frame.ending != nullptr) frame.ending(run);
+  if (frame.totalLabel != nullptr) PrintTotals(run);
+  if (frame.printEnding != nullptr) frame.printEnding(run);
   if (options.verbose) TablePrintDescriptions(report.columns);
   return status;
 }

@@ -4,7 +4,6 @@
 #include <cstring>
 #include <string_view>
 
-#include "platkit/nodes.h"
 #include "platkit/records.h"
 #include "platkit/str.h"
 #include "platkit/warning.h"
@@ -17,10 +16,10 @@ namespace kestrel {
 namespace {
 
 struct GroupStatsRow {
-  uint64_t groupID;  // 1 in a tag's row, 0 in one that is free
+  uint64_t groupID;  // in the label of a tag's row, 1
   ParentGroupIDRecord parent;
   GroupNameRecord name;
-  char flags[64];  // holds all names but one; all of them are "(all)"
+  char flags[64];  // long enough for all names but one; all 15 are "(all)"
   GroupAllocRecord alloc;
   uint32_t nChild;
   GroupCapacityRecord capacity;
@@ -29,152 +28,157 @@ struct GroupStatsRow {
 };
 
 using enum Conversion;
+using enum FigureUnit;
 using enum FigureSum;
-using Row = GroupStatsRow;
 
-// The sums are those of a tag's row. Some of them are odd, and users know them so: consumed is counted twice, bMax is
-// that of the last group, shares and the percentage stay 0. A limit has no sum.
-constinit ColumnDesc columns[] = {
-    {"gid", "Group ID", 8, kLu, kInTotal | kMandatory, PLAIN(groupID)},
-    {"name", "Group name", 28, kS, kInTotal, PLAIN(name.name)},
-    {"parGid", "Parent group ID", 8, kLd, kInTotal, PLAIN(parent.parentGroupID)},
-    {"nChild", "Number of child groups", 8, kD, kInTotal, PLAIN(nChild).Sum(kAdd)},
-    {"min", "Configured memory reservation", 10, kLd, kInTotal, KB(alloc.min).Sum(kAdd)},
-    {"max", "Configured memory limit", 10, kLd, kInTotal, KB(alloc.max).Sum(kAllOnes)},
-    {"minLimit", "Configured memory reservation limit", 10, kLd, kInTotal, KB(alloc.minLimit).Sum(kAllOnes)},
-    {"shares", "Configured shares", 10, kLd, kInTotal, PLAIN(alloc.shares)},
-    {"conResv", "Total memory reservation consumed by children", 10, kLu, kInTotal,
-     KB(capacity.consumedResv).Sum(kAdd)},
-    {"availResv", "Total memory reservation available to group", 10, kLu, kInTotal, KB(capacity.availResv).Sum(kAdd)},
-    {"memSize", "Guest physical / Accounted UW virtual / kernel machine address space currently consumed", 10, kLu,
-     kInTotal, KB(stats.memSize).Sum(kAdd)},
+// A maximum close to the largest amount that the kernel can express means unlimited.
+uint64_t Limit(uint64_t kb) { return kb > 0xFFFFFFFFF0 ? HVC_KB_NONE : kb; }
+
+// The sums are for the rows of tags. Some are odd, but fixed: consumed counts twice, bMax is the last group's, shares
+// and throttlePct stay 0, and maxima print -1.
+constinit auto columns = ColumnsOf<GroupStatsRow>({
+    {"gid", "Group ID", 8, kLu, [](auto &row) { return row.groupID; }, kInTotal | kMandatory},
+    {"name", "Group name", 28, kS, [](auto &row) { return Text(row.name.name); }, kInTotal},
+    {"parGid", "Parent group ID", 8, kLd, [](auto &row) { return row.parent.parentGroupID; }, kInTotal},
+    {"nChild", "Number of child groups", 8, kD, [](auto &row) { return row.nChild; }, kAdd},
+    {"min", "Configured memory reservation", 10, kLd, kKB, [](auto &row) { return row.alloc.min; }, kAdd},
+    {"max", "Configured memory limit", 10, kLd, kKB, [](auto &row) { return Limit(row.alloc.max); }, kAllOnes},
+    {"minLimit", "Configured memory reservation limit", 10, kLd, kKB,
+     [](auto &row) { return Limit(row.alloc.minLimit); }, kAllOnes},
+    {"shares", "Configured shares", 10, kLd, [](auto &row) { return row.alloc.shares; }, kInTotal},
+    {"conResv", "Total memory reservation consumed by children", 10, kLu, kKB,
+     [](auto &row) { return row.capacity.consumedResv; }, kAdd},
+    {"availResv", "Total memory reservation available to group", 10, kLu, kKB,
+     [](auto &row) { return row.capacity.availResv; }, kAdd},
+    {"memSize", "Guest physical / Accounted UW virtual / kernel machine address space currently consumed", 10, kLu, kKB,
+     [](auto &row) { return row.stats.memSize; }, kAdd},
     {"memSizePeak",
      "Peak guest physical / Accounted UW virtual / kernel machine address space currently consumed (since last reset)",
-     10, kLu, kInTotal, KB(stats.memSizePeak).Sum(kAdd)},
-    {"iMin", "Implicit memory reservation", 10, kLu, kInTotal, KB(stats.iMin).Sum(kAdd)},
-    {"eMin", "Effective memory reservation", 10, kLu, kInTotal, KB(stats.eMin).Sum(kAdd)},
-    {"eMinPeak", "Peak value for effective memory reservation (since last reset)", 10, kLu, kInTotal,
-     KB(stats.eMinPeak).Sum(kAdd)},
-    {"rMinPeak", "Peak value for requested memory reservation (since last reset)", 10, kLu, kInTotal,
-     KB(stats.rMinPeak).Sum(kAdd)},
-    {"rMinChildPeak", "Peak requested memory reservation value for subgroups (since last reset)", 10, kLu, kInTotal,
-     KB(stats.rMinChildPeak).Sum(kAdd)},
-    {"bMin", "Base memory reservation", 10, kLu, kInTotal, KB(stats.bMin).Sum(kAdd)},
-    {"bMax", "Base memory limit", 10, kLu, kInTotal, KB(stats.bMax).Sum(kLast)},
-    {"bShares", "Base shares", 10, kLu, kInTotal, PLAIN(stats.bShares)},
-    {"fShares", "flattened base shares", 10, kLu, kInTotal, PLAIN(stats.fShares)},
-    {"ovhdResv", "Reserved overhead memory", 10, kLu, kInTotal, KB(stats.ovhdResv).Sum(kAdd)},
-    {"ovhd", "Consumed overhead memory", 10, kLu, kInTotal, KB(stats.ovhd).Sum(kAdd)},
-    {"allocTgt", "Memory allocation target for group", 10, kLu, kInTotal, KB(stats.allocTgt).Sum(kAdd)},
-    {"consumed", "Total memory consumed by group", 10, kLu, kInTotal, KB(stats.consumed).Sum(kAddTwice)},
-    {"consumedPeak", "Peak value for total memory consumed by group (since last reset)", 10, kLu, kInTotal,
-     KB(stats.consumedPeak).Sum(kAdd)},
-    {"touched", "Estimate of guest memory touched", 10, kLu, kInTotal, KB(stats.touched).Sum(kAdd)},
-    {"bActive", "Base activeness", 10, kLu, kInTotal, KB(stats.bActive).Sum(kAdd)},
-    {"sharedSaved", "Estimate of memory savings from page sharing", 10, kLu, kInTotal, KB(stats.sharedSaved).Sum(kAdd)},
-    // Converted like the others, whatever its description says.
-    {"mps", "Memory per share (KB)", 20, kLd, kInTotal, KB(stats.mps).Sum(kAllOnes)},
-    {"throttlePct", "% of possible time the guest is allowed to be executed", 3, kU, kPlain, PLAIN(stats.throttlePct)},
-    {"flags", "Group flags", 16, kS, kInTotal, PLAIN(flags)},
-    {"tag", "Group Tag", 28, kS, kInTotal, PLAIN(tag.tag)},
-};
+     10, kLu, kKB, [](auto &row) { return row.stats.memSizePeak; }, kAdd},
+    {"iMin", "Implicit memory reservation", 10, kLu, kKB, [](auto &row) { return row.stats.iMin; }, kAdd},
+    {"eMin", "Effective memory reservation", 10, kLu, kKB, [](auto &row) { return row.stats.eMin; }, kAdd},
+    {"eMinPeak", "Peak value for effective memory reservation (since last reset)", 10, kLu, kKB,
+     [](auto &row) { return row.stats.eMinPeak; }, kAdd},
+    {"rMinPeak", "Peak value for requested memory reservation (since last reset)", 10, kLu, kKB,
+     [](auto &row) { return row.stats.rMinPeak; }, kAdd},
+    {"rMinChildPeak", "Peak requested memory reservation value for subgroups (since last reset)", 10, kLu, kKB,
+     [](auto &row) { return row.stats.rMinChildPeak; }, kAdd},
+    {"bMin", "Base memory reservation", 10, kLu, kKB, [](auto &row) { return row.stats.bMin; }, kAdd},
+    {"bMax", "Base memory limit", 10, kLu, kKB, [](auto &row) { return row.stats.bMax; }, kLast},
+    {"bShares", "Base shares", 10, kLu, [](auto &row) { return row.stats.bShares; }, kInTotal},
+    {"fShares", "flattened base shares", 10, kLu, [](auto &row) { return row.stats.fShares; }, kInTotal},
+    {"ovhdResv", "Reserved overhead memory", 10, kLu, kKB, [](auto &row) { return row.stats.ovhdResv; }, kAdd},
+    {"ovhd", "Consumed overhead memory", 10, kLu, kKB, [](auto &row) { return row.stats.ovhd; }, kAdd},
+    {"allocTgt", "Memory allocation target for group", 10, kLu, kKB, [](auto &row) { return row.stats.allocTgt; },
+     kAdd},
+    {"consumed", "Total memory consumed by group", 10, kLu, kKB, [](auto &row) { return row.stats.consumed; },
+     kAddTwice},
+    {"consumedPeak", "Peak value for total memory consumed by group (since last reset)", 10, kLu, kKB,
+     [](auto &row) { return row.stats.consumedPeak; }, kAdd},
+    {"touched", "Estimate of guest memory touched", 10, kLu, kKB, [](auto &row) { return row.stats.touched; }, kAdd},
+    {"bActive", "Base activeness", 10, kLu, kKB, [](auto &row) { return row.stats.bActive; }, kAdd},
+    {"sharedSaved", "Estimate of memory savings from page sharing", 10, kLu, kKB,
+     [](auto &row) { return row.stats.sharedSaved; }, kAdd},
+    // Converted to the display unit in spite of the "(KB)".
+    {"mps", "Memory per share (KB)", 20, kLd, kKB, [](auto &row) { return row.stats.mps; }, kAllOnes},
+    {"throttlePct", "% of possible time the guest is allowed to be executed", 3, kU,
+     [](auto &row) { return row.stats.throttlePct; }},
+    {"flags", "Group flags", 16, kS, [](auto &row) { return Text(row.flags); }, kInTotal},
+    {"tag", "Group Tag", 28, kS, [](auto &row) { return Text(row.tag.tag); }, kInTotal},
+});
 
-void SetFlags(Row &row, uint32_t flags) {
+void SetFlags(GroupStatsRow &row, uint32_t flags) {
   std::string_view(FlagsDescribe(flags, GroupFlagNames).Text()).copy(row.flags, sizeof row.flags - 1);
 }
 
-// The rows of sums, one per tag, in the order in which the tags were met.
-class TagRows {
- public:
-  // False if the group's tag is a new one and there is no row left for it.
-  [[nodiscard]] bool Add(const Row &row) {
-    Row *sums = Find(row.tag);
-    if (sums != nullptr) SumFigures(columns, &row, sums);
-    return sums != nullptr;
+// The sums of the groups that have a tag.
+struct TagRow {
+  bool IsFree() const { return label.groupID == 0; }
+
+  // `label` is terminated, so a tag of eight characters loses its last one and never matches again: each group that has
+  // it gets a row of its own.
+  bool Has(const GroupTagRecord &tag) const { return std::strncmp(label.tag.tag, tag.tag, sizeof tag.tag) == 0; }
+
+  void Take(const GroupTagRecord &tag) {
+    char terminated[sizeof tag.tag + 1] = {};
+    std::memcpy(terminated, tag.tag, sizeof tag.tag);
+    Str_Strcpy(label.name.name, terminated, sizeof label.name.name);
+    Str_Strcpy(label.tag.tag, terminated, sizeof label.tag.tag);
+    label.groupID = 1;
+    SetFlags(label, 0);
   }
 
-  template <typename Visit>
-  void ForEach(Visit visit) const {
-    for (const Row &row : rows_) {
-      if (row.groupID == 0) return;
-      visit(row);
+  GroupStatsRow label;
+  ColumnSums sums;
+};
+
+// One row of sums for each tag, in the order in which the walk meets the tags.
+class TagRows {
+ public:
+  // False if all rows are taken by other tags.
+  [[nodiscard]] bool Add(const GroupStatsRow &row) {
+    for (TagRow &tagRow : rows_) {
+      if (tagRow.IsFree())
+        tagRow.Take(row.tag);
+      else if (!tagRow.Has(row.tag))
+        continue;
+      tagRow.sums.Add(columns, &row);
+      return true;
+    }
+    return false;
+  }
+
+  void Print(const GroupRun &run) const {
+    for (const TagRow &row : rows_) {
+      if (row.IsFree()) return;
+      row.sums.Print(columns, run.options.csv, false, &row.label, run.unit);
     }
   }
 
  private:
-  Row *Find(const GroupTagRecord &tag) {
-    for (Row &row : rows_) {
-      if (row.groupID == 0) {
-        Take(row, tag);
-        return &row;
-      }
-      if (std::strncmp(row.tag.tag, tag.tag, sizeof tag.tag) == 0) return &row;
-    }
-    return nullptr;
-  }
-
-  // A row's own tag is always terminated. One of eight characters loses its last here, and so never matches again:
-  // every group that has it gets a row to itself.
-  static void Take(Row &row, const GroupTagRecord &tag) {
-    char terminated[sizeof tag.tag + 1] = {};
-    std::memcpy(terminated, tag.tag, sizeof tag.tag);
-    Str_Strcpy(row.name.name, terminated, sizeof row.name.name);
-    Str_Strcpy(row.tag.tag, terminated, sizeof row.tag.tag);
-    row.groupID = 1;
-    SetFlags(row, 0);
-  }
-
-  Row rows_[512] = {};
+  TagRow rows_[512] = {};
 };
 
 constinit TagRows tagRows;
 
-// A limit close to the largest amount that the kernel can express is no limit.
-uint64_t Limit(uint64_t kb) { return kb > 0xFFFFFFFFF0 ? HVC_KB_NONE : kb; }
-
-// Reads what a row is made of, besides the flags.
-HVC_ReturnStatus ReadRow(int64_t groupID, Row &row) {
+HVC_ReturnStatus ReadRow(int64_t groupID, GroupStatsRow &row) {
   HVC_ReturnStatus status = Kestrel_GroupGetName(groupID, row.name);
   if (status == HVC_OK) status = Kestrel_GroupGetTag(groupID, row.tag);
   if (status == HVC_OK) status = Kestrel_GroupGetParentID(groupID, row.parent);
   if (status == HVC_OK) status = Kestrel_GroupGetAlloc(groupID, row.alloc);
-  if (status == HVC_OK) {
-    status = ReadGroupRecord("KestrelGroupGetCapacity", groupID, NODAL_NODE_sched_groups_stats_capacity, row.capacity);
-  }
+  if (status == HVC_OK) status = KestrelGroupGetCapacity(groupID, row.capacity);
   if (status == HVC_OK) status = KestrelGroupGetMemoryStats(groupID, row.stats);
   return status;
 }
 
-HVC_ReturnStatus PutRow(const GroupVisit &group) {
-  Row row = {};
+HVC_ReturnStatus KestrelGroupStatsCallback(const GroupVisit &group) {
+  GroupStatsRow row = {};
   row.groupID = static_cast<uint64_t>(group.groupID);
   row.nChild = group.childCount;
+  SetFlags(row, group.flags);
   const HVC_ReturnStatus status = ReadRow(group.groupID, row);
   if (status != HVC_OK) return status;
 
-  SetFlags(row, group.flags);
-  row.alloc.max = Limit(row.alloc.max);
-  row.alloc.minLimit = Limit(row.alloc.minLimit);
   if (group.run.options.tags && !tagRows.Add(row)) {
     Warning("Maximum number of VTag exceeded\n");
     return HVC_NO_MEMORY;
   }
-  group.Put(row);
+  group.PrintRow(row);
   return HVC_OK;
 }
 
 void PrintTagRows(const GroupRun &run) {
   if (!run.options.tags) return;
   std::puts("Virtual tags report");
-  tagRows.ForEach([&](const Row &row) { PrintFigures(columns, run.options.csv, false, &row, run.unit); });
+  tagRows.Print(run);
   TablePrintSeparator(columns, run.options.csv);
 }
 
 constexpr GroupFrame kFrame = {
     .title = "GROUP STATS",
     .dashes = 37,
-    .visit = PutRow,
-    .ending = PrintTagRows,
+    .callback = KestrelGroupStatsCallback,
+    .printEnding = PrintTagRows,
 };
 
 }  // namespace

@@ -1,5 +1,4 @@
 // guest-stats: what the guest of each virtual machine says of its own memory.
-#include "platkit/nodes.h"
 #include "src/groups/mem_clients.h"
 #include "src/reports/group_report.h"
 #include "src/reports/reports.h"
@@ -7,38 +6,39 @@
 namespace kestrel {
 namespace {
 
-struct GuestStatsRow {
+struct GuestRow {
   GroupHead head;
   GuestStatsRecord guest;
 };
 
 using enum Conversion;
+using enum FigureUnit;
 using enum FigureSum;
-using namespace head_columns;
-using Row = GuestStatsRow;
 
-// Figures print signed, so that one which is not available shows as -1. Such figures are not in the totals.
-constinit ColumnDesc columns[] = {
-    {"name", "Virtual machine name", 20, kS, kInTotal, kName},
-    kSchedGrp,
-    kParSchedGroup,
-    kWorldGrp,
-    {"memTotal", "Total memory", 10, kLd, kInTotal, KB(guest.memTotal).Sum(kAddAvailable)},
-    {"lpageTotal", "Total large pages available for guest apps", 10, kD, kInTotal,
-     PLAIN(guest.lpageTotal).Sum(kAddAvailable)},
-    {"memNeeded", "Memory required by current workload", 10, kLd, kInTotal, KB(guest.memNeeded).Sum(kAddAvailable)},
-};
+// Figures print signed: -1 is not available. The totals leave it out.
+constinit auto columns = ColumnsOf<GuestRow>({
+    {"name", "Virtual machine name", 20, kS, [](auto &row) { return Text(row.head.name.name); }, kInTotal},
+    SchedGroupColumn<GuestRow>(),
+    ParentGroupColumn<GuestRow>(),
+    WorldGroupColumn<GuestRow>(),
+    {"memTotal", "Total memory", 10, kLd, kKB, [](auto &row) { return row.guest.memTotal; }, kAddAvailable},
+    {"lpageTotal", "Total large pages available for guest apps", 10, kD, [](auto &row) { return row.guest.lpageTotal; },
+     kAddAvailable},
+    {"memNeeded", "Memory required by current workload", 10, kLd, kKB, [](auto &row) { return row.guest.memNeeded; },
+     kAddAvailable},
+});
 
-constinit Row totals = TotalRow<Row>();
+constexpr GuestRow kTotal = TotalLabel<GuestRow>();
 
-HVC_ReturnStatus PutRow(const GroupVisit &group) {
-  Row row = {};
+HVC_ReturnStatus KestrelGuestGetStats(uint32_t leaderID, GuestStatsRecord &guest) {
+  return ReadClientRecord(__func__, leaderID, nodes::kGuestStats, guest);
+}
+
+HVC_ReturnStatus KestrelGuestGroupCallback(const GroupVisit &group) {
+  GuestRow row = {};
   HVC_ReturnStatus status = ReadGroupHead(group.groupID, row.head);
-  if (status == HVC_OK) {
-    status = ReadClientRecord("KestrelGuestGetStats", row.head.leaderID, NODAL_NODE_sched_memClients_kestrel_guest,
-                              row.guest);
-  }
-  if (status == HVC_OK) group.Put(row);
+  if (status == HVC_OK) status = KestrelGuestGetStats(row.head.leaderID, row.guest);
+  if (status == HVC_OK) group.PrintRow(row);
   return status;
 }
 
@@ -46,8 +46,8 @@ constexpr GroupFrame kFrame = {
     .title = "GUEST STATS",
     .dashes = 37,
     .kinds = HVC_GROUP_VM,
-    .visit = PutRow,
-    .totals = &totals,
+    .callback = KestrelGuestGroupCallback,
+    .totalLabel = &kTotal,
 };
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <memory>
 #include <span>
 
-#include "platkit/nodes.h"
 #include "platkit/records.h"
 #include "platkit/warning.h"
 #include "src/reports/host_report.h"
@@ -17,13 +16,12 @@ namespace {
 
 struct HeapRow {
   HeapStatsRecord heap;
-  uint32_t used;  // wraps where more is available than there is
 };
 
 using enum Conversion;
-using Row = HeapRow;
+using enum FigureUnit;
 
-// The columns' places in the table, for the total row.
+// Indexes of the columns, for the total row.
 enum HeapColumn {
   kName,
   kDynGrow,
@@ -50,35 +48,36 @@ enum HeapColumn {
   kColumns
 };
 
-constinit ColumnDesc columns[] = {
-    {"name", "heap name", 35, kS, kInTotal | kMandatory, PLAIN(heap.name)},
-    {"dynGrow", "dynamically growable", 12, kD, kPlain, PLAIN(heap.dynGrow)},
-    {"lowerLimit", "lower limit", 7, kD, kPlain, PLAIN(heap.lowerLimit)},
-    {"upperLimit", "upper limit", 7, kD, kPlain, PLAIN(heap.upperLimit)},
-    {"reserved", "reserved", 7, kD, kPlain, PLAIN(heap.reserved)},
-    {"numRanges", "num ranges", 7, kD, kInTotal, PLAIN(heap.numRanges)},
-    {"dlMallocOvdh", "DL malloc overhead", 10, kLu, kInTotal, BYTES(heap.dlMallocOvhd)},
-    {"used", "current used", 10, kLu, kInTotal, BYTES(used)},
-    {"avail", "current available", 10, kLu, kInTotal, BYTES(heap.avail)},
-    {"size", "current size", 10, kLu, kInTotal, BYTES(heap.size)},
-    {"initial", "initial size", 10, kLu, kInTotal, BYTES(heap.initial)},
-    {"max", "max size", 11, kLu, kInTotal, BYTES(heap.max)},
-    {"pctFreeOfCur", "% free of current", 12, kD, kPlain, PLAIN(heap.pctFreeOfCur)},
-    {"maxAvail", "max available", 12, kLu, kInTotal, BYTES(heap.maxAvail)},
-    {"pctFreeOfMax", "% free of max", 7, kD, kPlain, PLAIN(heap.pctFreeOfMax)},
-    {"lowPctFreeOfMax", "lowest % free of max", 12, kD, kPlain, PLAIN(heap.lowPctFreeOfMax)},
-    {"numSuccAllocs", "number of succeeded allocations", 10, kU, kPlain, PLAIN(heap.numSuccAllocs)},
-    // Described as its neighbour is; a changed text would only differ from what people have.
-    {"numFailAllocs", "number of succeeded allocations", 10, kU, kPlain, PLAIN(heap.numFailAllocs)},
-    {"numGrowthOps", "number of growth operations", 10, kU, kInTotal, PLAIN(heap.numGrowthOps)},
-    {"numShrinkOps", "number of shrink operations", 10, kU, kInTotal, PLAIN(heap.numShrinkOps)},
-    {"numReqsPerGrowth", "number of requests per growth operations", 10, kU, kPlain, PLAIN(heap.numReqsPerGrowth)},
-    {"avgAllocSize", "average allocation size", 10, kU, kPlain, BYTES(heap.avgAllocSize)},
-};
+constinit auto columns = ColumnsOf<HeapRow>({
+    {"name", "heap name", 35, kS, [](auto &row) { return Text(row.heap.name); }, kInTotal | kMandatory},
+    {"dynGrow", "dynamically growable", 12, kD, [](auto &row) { return row.heap.dynGrow; }},
+    {"lowerLimit", "lower limit", 7, kD, [](auto &row) { return row.heap.lowerLimit; }},
+    {"upperLimit", "upper limit", 7, kD, [](auto &row) { return row.heap.upperLimit; }},
+    {"reserved", "reserved", 7, kD, [](auto &row) { return row.heap.reserved; }},
+    {"numRanges", "num ranges", 7, kD, [](auto &row) { return row.heap.numRanges; }, kInTotal},
+    {"dlMallocOvdh", "DL malloc overhead", 10, kLu, kBytes, [](auto &row) { return row.heap.dlMallocOvhd; }, kInTotal},
+    {"used", "current used", 10, kLu, kBytes, [](auto &row) { return row.heap.size - row.heap.avail; }, kInTotal},
+    {"avail", "current available", 10, kLu, kBytes, [](auto &row) { return row.heap.avail; }, kInTotal},
+    {"size", "current size", 10, kLu, kBytes, [](auto &row) { return row.heap.size; }, kInTotal},
+    {"initial", "initial size", 10, kLu, kBytes, [](auto &row) { return row.heap.initial; }, kInTotal},
+    {"max", "max size", 11, kLu, kBytes, [](auto &row) { return row.heap.max; }, kInTotal},
+    {"pctFreeOfCur", "% free of current", 12, kD, [](auto &row) { return row.heap.pctFreeOfCur; }},
+    {"maxAvail", "max available", 12, kLu, kBytes, [](auto &row) { return row.heap.maxAvail; }, kInTotal},
+    {"pctFreeOfMax", "% free of max", 7, kD, [](auto &row) { return row.heap.pctFreeOfMax; }},
+    {"lowPctFreeOfMax", "lowest % free of max", 12, kD, [](auto &row) { return row.heap.lowPctFreeOfMax; }},
+    {"numSuccAllocs", "number of succeeded allocations", 10, kU, [](auto &row) { return row.heap.numSuccAllocs; }},
+    // The description repeats its neighbour's; it is fixed.
+    {"numFailAllocs", "number of succeeded allocations", 10, kU, [](auto &row) { return row.heap.numFailAllocs; }},
+    {"numGrowthOps", "number of growth operations", 10, kU, [](auto &row) { return row.heap.numGrowthOps; }, kInTotal},
+    {"numShrinkOps", "number of shrink operations", 10, kU, [](auto &row) { return row.heap.numShrinkOps; }, kInTotal},
+    {"numReqsPerGrowth", "number of requests per growth operations", 10, kU,
+     [](auto &row) { return row.heap.numReqsPerGrowth; }},
+    {"avgAllocSize", "average allocation size", 10, kU, kBytes, [](auto &row) { return row.heap.avgAllocSize; }},
+});
 static_assert(std::size(columns) == kColumns);
 
-// The long option --verbose is -u without a text: it takes back a unit that was given before it, and asks for no
-// descriptions. Scripts have it in them, so it stays; -v asks for the descriptions.
+// The long option --verbose acts as -u without a text: it resets the unit to the default and prints no descriptions.
+// Scripts use it, so it stays. -v prints the descriptions.
 constexpr option kLongNames[] = {
     {"unit", required_argument, nullptr, 'u'},
     {"verbose", no_argument, nullptr, 'u'},
@@ -119,12 +118,12 @@ HVC_ReturnStatus Failed(const char *what, HVC_ReturnStatus status) {
   return status;
 }
 
-// Reads the heap of a name into the next record. One that went away since it was listed leaves the record to the next.
+// Reads a heap into the next record. A heap that vanished since it was listed is skipped.
 HVC_ReturnStatus ReadHeap(NODAL_ParamList *arguments, const char *name, Heaps &heaps) {
   HVC_ReturnStatus status = NODAL_ParamListAddString(arguments, name);
   if (status != HVC_OK) return Failed("NODAL_ParamListAddString()", status);
   HeapStatsRecord record = {};
-  status = ReadRecord(NODAL_NODE_system_heaps_stats, arguments, record);
+  status = ReadRecord(nodes::kHeapStats, arguments, record);
   if (status != HVC_OK && status != HVC_NOT_FOUND) return Failed("NODAL_Get()", status);
   if (status == HVC_OK) {
     heaps.records[heaps.count++] = record;
@@ -135,9 +134,9 @@ HVC_ReturnStatus ReadHeap(NODAL_ParamList *arguments, const char *name, Heaps &h
 }
 
 HVC_ReturnStatus KestrelHeapGetMemMapStats(Heaps &heaps) {
-  ParamList arguments;  // ends after the heaps' names
+  ParamList arguments;  // destroyed after `names`
   ParamList names;
-  HVC_ReturnStatus status = ListInstances(NODAL_NODE_system_heaps, nullptr, names);
+  HVC_ReturnStatus status = ListInstances(nodes::kHeaps, nullptr, names);
   if (status != HVC_OK) return Failed("NODAL_GetInstanceListAlloc() for heapList", status);
   const uint32_t count = NODAL_ParamListUsedCount(names.get());
   if (count == 0) {
@@ -159,12 +158,12 @@ HVC_ReturnStatus KestrelHeapGetMemMapStats(Heaps &heaps) {
 }
 
 void PrintHeap(const HeapStatsRecord &heap, const ReportOptions &options, ReportUnit unit) {
-  const Row row = {.heap = heap, .used = heap.size - heap.avail};
+  const HeapRow row = {heap};
   PrintFigures(columns, options.csv, false, &row, unit);
 }
 
-// From the ranges on, each total stands one column to the left of its own, where the readers of this report have
-// learned to look for it. What then is in a column without a total is not printed.
+// From numRanges on, each total is one column to the left of its own; scripts rely on it. A total that lands in a
+// column that is not in the total row is not printed.
 void PrintTotals(const HeapSums &sums, const ReportOptions &options, ReportUnit unit) {
   Value values[kColumns] = {};
   values[kName] = Value("Total");
@@ -205,7 +204,7 @@ HVC_ReturnStatus KestrelHeapStatsReport(const Report &report, int argc, char **a
   ColumnsApplySelection(columns, options.selection);
 
   Heaps heaps;
-  // A failure has its message and prints no table, but is no failure of the report: scripts go by that.
+  // After a failure there is a warning and no table, but the report succeeds; scripts rely on it.
   if (KestrelHeapGetMemMapStats(heaps) == HVC_OK) PrintReport(heaps, options, unit);
   return HVC_OK;
 }

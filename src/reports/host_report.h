@@ -14,7 +14,7 @@ struct HostRun {
   ReportUnit unit = ReportUnit::kKB;
 };
 
-// Parses a report's options, checks the unit and applies the column selection.
+// Parses a report's options, including the unit, and applies the column selection.
 [[nodiscard]] inline HVC_ReturnStatus StartHostReport(const Report &report, int argc, char **argv, HostRun &run) {
   HVC_ReturnStatus status = ParseReportOptions(argc, argv, report.options, run.options);
   if (status == HVC_OK) status = UnitParse(run.options.unit, report.inBytes, run.unit);
@@ -22,15 +22,15 @@ struct HostRun {
   return status;
 }
 
-// The line below the last row, and the descriptions if they are wanted.
+// Prints the line below the last row and, with -v, the descriptions.
 inline void EndHostReport(ColumnTable columns, const ReportOptions &options) {
   TablePrintSeparator(columns, options.csv);
   if (options.verbose) TablePrintDescriptions(columns);
 }
 
-// Reads a record that the host has one of. A failure of the read itself is silent.
+// Reads a record without arguments for the function `step`. A failure of the read itself gets no warning.
 template <typename Record>
-[[nodiscard]] HVC_ReturnStatus ReadHostRecord(const char *step, uint32_t node, Record &record) {
+[[nodiscard]] HVC_ReturnStatus ReadHostRecord(const char *step, NodeRef<Record> node, Record &record) {
   const ParamList noArguments = MakeArgumentsFor(step, 1);
   return noArguments == nullptr ? HVC_FAILURE : ReadRecord(node, noArguments.get(), record);
 }

@@ -1,5 +1,4 @@
 // lpage-stats: how the memory of each virtual machine is backed by large pages, and what kept it from being so.
-#include "platkit/nodes.h"
 #include "src/groups/mem_clients.h"
 #include "src/reports/group_report.h"
 #include "src/reports/reports.h"
@@ -7,71 +6,66 @@
 namespace kestrel {
 namespace {
 
-constexpr uint32_t kSmallerPerLarger = 512;  // pages of 2 MB in one of 1 GB
+constexpr uint32_t k2MPagesPer1G = 512;
 
-struct LPageStatsRow {
+struct LPageRow {
   GroupHead head;
-  uint32_t nrBackings;     // in units of 2 MB
-  uint64_t nrLockSuccess;  // a sum of 32 bits that is shown and summed up in 64, as is the threshold
-  uint64_t maxSwapThreshold;
   LPageStatsRecord lpage;
 };
 
 using enum Conversion;
+using enum FigureUnit;
 using enum FigureSum;
-using namespace head_columns;
-using Row = LPageStatsRow;
 
-constinit ColumnDesc columns[] = {
-    {"name", "Virtual machine name", 20, kS, kInTotal, kName},
-    kSchedGrp,
-    kParSchedGroup,
-    {"worldGrp", "World group ID", 10, kU, kPlain, kLeaderID},  // unsigned here
-    {"nrBackings", "Current number of lpage backings", 10, kU, kInTotal, PLAIN(nrBackings).Sum(kAdd)},
-    {"nrAllocSuccess", "Number of lpage backing attempts succeeded", 10, kLu, kInTotal,
-     PLAIN(lpage.allocSuccess).Sum(kAdd)},
-    {"nrLockSuccess", "Number of guest lpage locking attempts", 10, kLu, kInTotal, PLAIN(nrLockSuccess).Sum(kAdd)},
-    {"nrBroken", "Number of guest lpage backings broken", 10, kLu, kInTotal, PLAIN(lpage.broken).Sum(kAdd)},
-    // The total is the sum of the thresholds, though there is no such threshold anywhere.
-    {"maxSwapThreshold", "Current max swap-in threshold to back with lpage", 10, kLu, kInTotal,
-     PLAIN(maxSwapThreshold).Sum(kAdd)},
-    {"nrFailPinned", "Number of lpage backing attempts failed due to pinning", 10, kLu, kInTotal,
-     PLAIN(lpage.failPinned).Sum(kAdd)},
-    {"nrFailSwapped", "Number of lpage backing attempts failed to avoid excessive swapins", 10, kLu, kInTotal,
-     PLAIN(lpage.failSwapped).Sum(kAdd)},
-    {"nrFailPinnedLate", "Number of lpage backing attempts failed due to late pinning", 10, kLu, kInTotal,
-     PLAIN(lpage.failPinnedLate).Sum(kAdd)},
-    {"nrFailNoMem", "Number of lpage backing attempts failed due to lack of memory", 10, kLu, kInTotal,
-     PLAIN(lpage.failNoMem).Sum(kAdd)},
-};
+constinit auto columns = ColumnsOf<LPageRow>({
+    {"name", "Virtual machine name", 20, kS, [](auto &row) { return Text(row.head.name.name); }, kInTotal},
+    SchedGroupColumn<LPageRow>(),
+    ParentGroupColumn<LPageRow>(),
+    WorldGroupColumn<LPageRow>(kU),
+    {"nrBackings", "Current number of lpage backings", 10, kU,
+     [](auto &row) { return row.lpage.backings1G * k2MPagesPer1G + row.lpage.backings2M; }, kAdd},
+    {"nrAllocSuccess", "Number of lpage backing attempts succeeded", 10, kLu,
+     [](auto &row) { return row.lpage.allocSuccess; }, kAdd},
+    {"nrLockSuccess", "Number of guest lpage locking attempts", 10, kLu,
+     [](auto &row) { return uint64_t{row.lpage.lockSuccess2 + row.lpage.lockSuccess}; }, kAdd},
+    {"nrBroken", "Number of guest lpage backings broken", 10, kLu, [](auto &row) { return row.lpage.broken; }, kAdd},
+    // The total is the sum of the thresholds.
+    {"maxSwapThreshold", "Current max swap-in threshold to back with lpage", 10, kLu,
+     [](auto &row) { return uint64_t{row.lpage.maxSwapThreshold}; }, kAdd},
+    {"nrFailPinned", "Number of lpage backing attempts failed due to pinning", 10, kLu,
+     [](auto &row) { return row.lpage.failPinned; }, kAdd},
+    {"nrFailSwapped", "Number of lpage backing attempts failed to avoid excessive swapins", 10, kLu,
+     [](auto &row) { return row.lpage.failSwapped; }, kAdd},
+    {"nrFailPinnedLate", "Number of lpage backing attempts failed due to late pinning", 10, kLu,
+     [](auto &row) { return row.lpage.failPinnedLate; }, kAdd},
+    {"nrFailNoMem", "Number of lpage backing attempts failed due to lack of memory", 10, kLu,
+     [](auto &row) { return row.lpage.failNoMem; }, kAdd},
+});
 
-constinit Row totals = TotalRow<Row>();
+constexpr LPageRow kTotal = TotalLabel<LPageRow>();
 
-HVC_ReturnStatus PutRow(const GroupVisit &group) {
-  Row row = {};
+HVC_ReturnStatus KestrelLPageGetLPageStats(uint32_t vmmLeaderID, LPageStatsRecord &lpage) {
+  return ReadClientRecord(__func__, vmmLeaderID, nodes::kLPageStats, lpage);
+}
+
+HVC_ReturnStatus KestrelLPageGroupCallback(const GroupVisit &group) {
+  LPageRow row = {};
   uint32_t vmmLeaderID = 0;
   HVC_ReturnStatus status = ReadGroupHead(group.groupID, row.head);
   if (status == HVC_OK) status = Kestrel_GetVmmLeaderID(row.head.leaderID, vmmLeaderID);
-  if (status == HVC_OK) {
-    status = ReadClientRecord("KestrelLPageGetLPageStats", vmmLeaderID, NODAL_NODE_memory_lpage_vmLPage, row.lpage);
-  }
-  if (status != HVC_OK) return status;
-
-  row.nrBackings = row.lpage.backings1G * kSmallerPerLarger + row.lpage.backings2M;
-  row.nrLockSuccess = row.lpage.lockSuccess2 + row.lpage.lockSuccess;
-  row.maxSwapThreshold = row.lpage.maxSwapThreshold;
-  group.Put(row);
-  return HVC_OK;
+  if (status == HVC_OK) status = KestrelLPageGetLPageStats(vmmLeaderID, row.lpage);
+  if (status == HVC_OK) group.PrintRow(row);
+  return status;
 }
 
-// All figures are counts. A unit is still accepted, and a wrong one refused, as in the other reports.
+// All figures are counts, so -u changes nothing; a wrong unit is still an error.
 constexpr GroupFrame kFrame = {
     .title = "VIRTUAL MACHINE LARGE PAGE STATS",
     .dashes = 58,
     .kinds = HVC_GROUP_VM,
     .unitName = "LPage (2M)",
-    .visit = PutRow,
-    .totals = &totals,
+    .callback = KestrelLPageGroupCallback,
+    .totalLabel = &kTotal,
 };
 
 }  // namespace

@@ -2,7 +2,6 @@
 // machines.
 #include <cstdio>
 
-#include "platkit/nodes.h"
 #include "platkit/records.h"
 #include "platkit/warning.h"
 #include "src/nodal/failure.h"
@@ -21,48 +20,51 @@ struct LPoolRow {
 };
 
 using enum Conversion;
+using enum FigureUnit;
 using enum FigureSum;
-using Row = LPoolRow;
 
-// The descriptions are known by their slips, which stay.
-constinit ColumnDesc columns[] = {
-    {"name", "Large page pool name", 15, kS, kInTotal | kMandatory, PLAIN(name)},
-    {"nodeID", "Home memory node the pool", 7, kU, kPlain, PLAIN(nodeID)},
-    {"nrLPages", "# of large pages in the pool", 16, kU, kInTotal, PLAIN(pool.nrLPages).Sum(kAdd)},
-    {"nrFreeSPages", "# of small pages free", 16, kU, kInTotal, PLAIN(pool.nrFreeSPages).Sum(kAdd)},
-    {"nrSPageAllocs", "Total small page alloc count", 16, kLu, kInTotal, PLAIN(pool.nrSPageAllocs).Sum(kAdd)},
-    {"nrSPageFrees", "Total small page free count", 16, kLu, kInTotal, PLAIN(pool.nrSPageFrees).Sum(kAdd)},
-    {"nrReapAttempts", "Total reap attemts", 16, kLu, kInTotal, PLAIN(pool.nrReapAttempts).Sum(kAdd)},
-    {"nrSPagesReaped", "Total number of small pages reaped", 16, kLu, kInTotal, PLAIN(pool.nrSPagesReaped).Sum(kAdd)},
-    {"nrDefragAttempts", "Total large page defrag attempts", 16, kLu, kInTotal, PLAIN(pool.nrDefragAttempts).Sum(kAdd)},
-    {"nrDefragCancelled", "Total defrag attempts cancelled", 16, kLu, kInTotal,
-     PLAIN(pool.nrDefragCancelled).Sum(kAdd)},
-    {"nrDefragReaped", "Total defrag attempts reaped", 16, kLu, kInTotal, PLAIN(pool.nrDefragReaped).Sum(kAdd)},
-    {"nrLPagesDefragged", "Total number of large pages defragged", 16, kLu, kInTotal,
-     PLAIN(pool.nrLPagesDefragged).Sum(kAdd)},
-    // A peak of single pages, yet its total is the sum over the pools.
-    {"peakDefragAttempts", "Peak defrag attempts for any large page", 16, kLu, kInTotal,
-     PLAIN(pool.peakDefragAttempts).Sum(kAdd)},
-    {"nrCachehit", "Hit count in lpage victim cache", 16, kLu, kInTotal, PLAIN(pool.nrCachehit).Sum(kAdd)},
-};
+// "attemts" and the missing "of" are fixed.
+constinit auto columns = ColumnsOf<LPoolRow>({
+    {"name", "Large page pool name", 15, kS, [](auto &row) { return Text(row.name); }, kInTotal | kMandatory},
+    {"nodeID", "Home memory node the pool", 7, kU, [](auto &row) { return row.nodeID; }},
+    {"nrLPages", "# of large pages in the pool", 16, kU, [](auto &row) { return row.pool.nrLPages; }, kAdd},
+    {"nrFreeSPages", "# of small pages free", 16, kU, [](auto &row) { return row.pool.nrFreeSPages; }, kAdd},
+    {"nrSPageAllocs", "Total small page alloc count", 16, kLu, [](auto &row) { return row.pool.nrSPageAllocs; }, kAdd},
+    {"nrSPageFrees", "Total small page free count", 16, kLu, [](auto &row) { return row.pool.nrSPageFrees; }, kAdd},
+    {"nrReapAttempts", "Total reap attemts", 16, kLu, [](auto &row) { return row.pool.nrReapAttempts; }, kAdd},
+    {"nrSPagesReaped", "Total number of small pages reaped", 16, kLu, [](auto &row) { return row.pool.nrSPagesReaped; },
+     kAdd},
+    {"nrDefragAttempts", "Total large page defrag attempts", 16, kLu,
+     [](auto &row) { return row.pool.nrDefragAttempts; }, kAdd},
+    {"nrDefragCancelled", "Total defrag attempts cancelled", 16, kLu,
+     [](auto &row) { return row.pool.nrDefragCancelled; }, kAdd},
+    {"nrDefragReaped", "Total defrag attempts reaped", 16, kLu, [](auto &row) { return row.pool.nrDefragReaped; },
+     kAdd},
+    {"nrLPagesDefragged", "Total number of large pages defragged", 16, kLu,
+     [](auto &row) { return row.pool.nrLPagesDefragged; }, kAdd},
+    // The total is the sum of the peaks.
+    {"peakDefragAttempts", "Peak defrag attempts for any large page", 16, kLu,
+     [](auto &row) { return row.pool.peakDefragAttempts; }, kAdd},
+    {"nrCachehit", "Hit count in lpage victim cache", 16, kLu, [](auto &row) { return row.pool.nrCachehit; }, kAdd},
+});
 
-constinit Row totals = {.name = "Total", .nodeID = 255, .pool = {}};
+constexpr LPoolRow kTotal = {.name = "Total", .nodeID = 0, .pool = {}};
 
-void LPoolPrintRow(const Row &row, bool total, bool csv) { PrintFigures(columns, csv, total, &row, ReportUnit::kKB); }
+constinit ColumnSums sums;
 
-void PutPool(const Row &row, bool csv) {
-  LPoolPrintRow(row, false, csv);
-  SumFigures(columns, &row, &totals);
+void LPoolPrintRow(const LPoolRow &row, bool csv) {
+  PrintFigures(columns, csv, false, &row, ReportUnit::kKB);
+  sums.Add(columns, &row);
 }
 
-// Reads the record of a pool. Both kinds of pool fail with the message of a VM's.
-HVC_ReturnStatus ReadPool(uint32_t node, const NODAL_ParamList *arguments, LPoolStatsRecord &pool) {
+// Reads the record of a pool. Warnings name VM pools for both kinds.
+HVC_ReturnStatus ReadPool(NodeRef<LPoolStatsRecord> node, const NODAL_ParamList *arguments, LPoolStatsRecord &pool) {
   const HVC_ReturnStatus status = ReadRecord(node, arguments, pool);
   WarnOfFailure("KestrelGetVmPoolStats", status, {});
   return status;
 }
 
-// Starts the arguments of the step of that name with the node; null, reported, on failure.
+// Makes the arguments of the function `step`, the first of which is the NUMA node; null, with a warning, on failure.
 ParamList MakeNodeArguments(const char *step, uint32_t capacity, uint32_t node) {
   ParamList arguments = MakeArgumentsFor(step, capacity);
   if (arguments == nullptr) return nullptr;
@@ -72,17 +74,17 @@ ParamList MakeNodeArguments(const char *step, uint32_t capacity, uint32_t node) 
   return nullptr;
 }
 
-// A pool that cannot be read is reported and left out. The next one may be fine.
-void PutPSharePool(uint32_t node, bool csv) {
+// A pool that cannot be read gets a warning and no row.
+void PrintPSharePool(uint32_t node, bool csv) {
   const ParamList arguments = MakeNodeArguments("KestrelGetPSharePoolStats", 1, node);
   if (arguments == nullptr) return;
   char name[128];
   std::snprintf(name, sizeof name, "%s%u", "pshare-", node);
-  Row row = {.name = name, .nodeID = node, .pool = {}};
-  if (ReadPool(NODAL_NODE_memory_lpage_nodeList_psharePool, arguments.get(), row.pool) == HVC_OK) PutPool(row, csv);
+  LPoolRow row = {.name = name, .nodeID = node, .pool = {}};
+  if (ReadPool(nodes::kPSharePool, arguments.get(), row.pool) == HVC_OK) LPoolPrintRow(row, csv);
 }
 
-void PutVmPool(uint32_t node, const char *name, bool csv) {
+void PrintVmPool(uint32_t node, const char *name, bool csv) {
   const ParamList arguments = MakeNodeArguments("KestrelGetVmPoolStats", 2, node);
   if (arguments == nullptr) return;
   const HVC_ReturnStatus status = NODAL_ParamListAddString(arguments.get(), name);
@@ -90,22 +92,21 @@ void PutVmPool(uint32_t node, const char *name, bool csv) {
     Warning("KestrelGetVmPoolStats: NODAL_ParamListAddString() failure, error code: %u\n", status);
     return;
   }
-  Row row = {.name = name, .nodeID = node, .pool = {}};
-  if (ReadPool(NODAL_NODE_memory_lpage_nodeList_vmPools, arguments.get(), row.pool) == HVC_OK) PutPool(row, csv);
+  LPoolRow row = {.name = name, .nodeID = node, .pool = {}};
+  if (ReadPool(nodes::kVmPools, arguments.get(), row.pool) == HVC_OK) LPoolPrintRow(row, csv);
 }
 
-// The walk's own failures end it, whatever their status was.
+// Ends the walk over the pools: the status is the same for all failures.
 HVC_ReturnStatus EndWalk(const char *message) {
   Warning("%s\n", message);
   return HVC_FAILURE;
 }
 
-HVC_ReturnStatus PutVmPools(uint32_t node, uint32_t vmCount, bool csv) {
+HVC_ReturnStatus PrintVmPools(uint32_t node, uint32_t vmCount, bool csv) {
   ParamList arguments = MakeNodeArguments("KestrelTraverseLPools", 2, node);
   if (arguments == nullptr) return HVC_FAILURE;
   NODAL_ParamList *listed = nullptr;
-  const HVC_ReturnStatus status =
-      NODAL_GetInstanceListAllocHint(NODAL_NODE_memory_lpage_nodeList_vmPools, arguments.get(), vmCount, &listed);
+  const HVC_ReturnStatus status = NODAL_GetInstanceListAllocHint(nodes::kVmPools.id, arguments.get(), vmCount, &listed);
   arguments.reset();
   if (status != HVC_OK) return EndWalk("KestrelTraverseLPools: NODAL_GetInstanceListAllocHint() failure");
 
@@ -115,24 +116,24 @@ HVC_ReturnStatus PutVmPools(uint32_t node, uint32_t vmCount, bool csv) {
     if (NODAL_ParamListGetString(names.get(), i, &name) != HVC_OK) {
       return EndWalk("KestrelTraverseLPools: NODAL_ParamListGetString() failure");
     }
-    PutVmPool(node, name, csv);
+    PrintVmPool(node, name, csv);
   }
   return HVC_OK;
 }
 
-// The walk's name has two spellings in its messages: without its second e while it finds out what there is.
+// Warnings of the first two reads misspell the function's name; that is fixed.
 HVC_ReturnStatus KestrelTraverseLPools(bool csv) {
   MemInfoRecord memInfo = {};
-  if (ReadRecord(NODAL_NODE_memory_memInfo, nullptr, memInfo) != HVC_OK) {
+  if (ReadRecord(nodes::kMemInfo, nullptr, memInfo) != HVC_OK) {
     return EndWalk("KestrelTraversLPools: NODAL_Get hardwareInfo failure");
   }
   NumVMsRecord vms = {};
-  if (ReadRecord(NODAL_NODE_sched_globalStats_numVMs, nullptr, vms) != HVC_OK) {
+  if (ReadRecord(nodes::kNumVMs, nullptr, vms) != HVC_OK) {
     return EndWalk("KestrelTraversLPools: NODAL_Get numVMs failure");
   }
   for (uint32_t node = 0; node < memInfo.numNodes; ++node) {
-    PutPSharePool(node, csv);
-    const HVC_ReturnStatus status = PutVmPools(node, vms.numVMs, csv);
+    PrintPSharePool(node, csv);
+    const HVC_ReturnStatus status = PrintVmPools(node, vms.numVMs, csv);
     if (status != HVC_OK) return status;
   }
   return HVC_OK;
@@ -149,7 +150,7 @@ HVC_ReturnStatus KestrelLPoolStatsReport(const Report &report, int argc, char **
   status = KestrelTraverseLPools(options.csv);
   if (status != HVC_OK) return status;
   TablePrintSeparator(columns, options.csv);
-  LPoolPrintRow(totals, true, options.csv);
+  sums.Print(columns, options.csv, true, &kTotal, ReportUnit::kKB);
   EndHostReport(columns, options);
   if (options.verbose) {
     std::puts("Displayed stats are either in small 4K page (SPage) or large 2M page (LPage) units");

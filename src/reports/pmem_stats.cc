@@ -5,7 +5,6 @@
 #include <initializer_list>
 #include <string_view>
 
-#include "platkit/nodes.h"
 #include "platkit/records.h"
 #include "platkit/warning.h"
 #include "src/reports/host_report.h"
@@ -18,6 +17,7 @@ namespace kestrel {
 namespace {
 
 using enum Conversion;
+using enum FigureUnit;
 
 // The flags of a region. No mask shares a bit with noFlags, which is never shown.
 constexpr FlagName PMemRegionFlagNames[] = {
@@ -59,55 +59,51 @@ struct RegionNumaRow {
 };
 
 namespace region_store {
-using Row = RegionStoreRow;
-constinit ColumnDesc columns[] = {
-    {"uuid", "Volume UUID", 40, kS, kInTotal, PLAIN(uuid)},
-    {"alloc2MBlocks", "Allocated 2M Blocks", 10, kLu, kPlain, PLAIN(store.allocatedBlocks)},
-    {"resvd2MBlocks", "Reserved 2M Blocks", 10, kLu, kPlain, PLAIN(store.reservedBlocks)},
-    {"avail2MBlocks", "Available Reservable 2M Blocks", 10, kLu, kInTotal, PLAIN(store.availableBlocks)},
-    {"totalRegions", "Total regions in the region store", 10, kLu, kInTotal, PLAIN(store.totalRegions)},
-    {"freeRegions", "Free regions in the region store", 10, kLu, kInTotal, PLAIN(store.freeRegions)},
-    {"total2MBlocks", "Total 2M Blocks", 10, kLu, kInTotal, PLAIN(store.totalBlocks)},
-    {"isClean", "Is region store clean ?", 4, kC, kInTotal, YES_NO(clean.isClean)},
-};
+constinit auto columns = ColumnsOf<RegionStoreRow>({
+    {"uuid", "Volume UUID", 40, kS, [](auto &row) { return Text(row.uuid); }},
+    {"alloc2MBlocks", "Allocated 2M Blocks", 10, kLu, [](auto &row) { return row.store.allocatedBlocks; }},
+    {"resvd2MBlocks", "Reserved 2M Blocks", 10, kLu, [](auto &row) { return row.store.reservedBlocks; }},
+    {"avail2MBlocks", "Available Reservable 2M Blocks", 10, kLu, [](auto &row) { return row.store.availableBlocks; }},
+    {"totalRegions", "Total regions in the region store", 10, kLu, [](auto &row) { return row.store.totalRegions; }},
+    {"freeRegions", "Free regions in the region store", 10, kLu, [](auto &row) { return row.store.freeRegions; }},
+    {"total2MBlocks", "Total 2M Blocks", 10, kLu, [](auto &row) { return row.store.totalBlocks; }},
+    {"isClean", "Is region store clean ?", 4, kC, kYesNo, [](auto &row) { return row.clean.isClean; }},
+});
 }  // namespace region_store
 
 namespace regions {
-using Row = RegionRow;
-constinit ColumnDesc columns[] = {
-    {"uuid", "Volume UUID", 40, kS, kInTotal, PLAIN(uuid)},
-    {"regionUuid", "Region UUID", 40, kS, kInTotal, PLAIN(regionUuid)},
-    {"size", "Region memory size", 14, kLu, kInTotal, BYTES(region.size)},
-    {"reserved2MBlks", "Reserved 2M blocks", 10, kLu, kInTotal, PLAIN(region.reservedBlocks)},
-    {"flags", "Flags", 40, kS, kInTotal, PLAIN(flags)},
-    {"numOpened", "Open count", 10, kLu, kInTotal, PLAIN(region.openCount)},
-    {"allocated2MBlks", "Allocated 2m blocks", 10, kLu, kInTotal, PLAIN(region.allocatedBlocks)},
-    {"managementTag", "Management Tag", 10, kLd, kInTotal, PLAIN(region.managementTag)},
-    {"numaAffinityMask", "NUMA affinity mask", 20, kS, kInTotal, PLAIN(numaAffinityMask)},
-};
+constinit auto columns = ColumnsOf<RegionRow>({
+    {"uuid", "Volume UUID", 40, kS, [](auto &row) { return Text(row.uuid); }},
+    {"regionUuid", "Region UUID", 40, kS, [](auto &row) { return Text(row.regionUuid); }},
+    {"size", "Region memory size", 14, kLu, kBytes, [](auto &row) { return row.region.size; }},
+    {"reserved2MBlks", "Reserved 2M blocks", 10, kLu, [](auto &row) { return row.region.reservedBlocks; }},
+    {"flags", "Flags", 40, kS, [](auto &row) { return Text(row.flags); }},
+    {"numOpened", "Open count", 10, kLu, [](auto &row) { return row.region.openCount; }},
+    {"allocated2MBlks", "Allocated 2m blocks", 10, kLu, [](auto &row) { return row.region.allocatedBlocks; }},
+    {"managementTag", "Management Tag", 10, kLd, [](auto &row) { return row.region.managementTag; }},
+    {"numaAffinityMask", "NUMA affinity mask", 20, kS, [](auto &row) { return Text(row.numaAffinityMask); }},
+});
 }  // namespace regions
 
 namespace extents {
-using Row = ExtentRow;
-constinit ColumnDesc columns[] = {
-    {"uuid", "Volume UUID", 40, kS, kInTotal, PLAIN(uuid)},
-    {"extentID", "Extent Number", 10, kLu, kInTotal, PLAIN(extentID)},
-    {"numaNode", "NUMA Node of this extent", 10, kLu, kInTotal, PLAIN(extent.numaNode)},
-    {"startBlk", "Starting blocknum of extent", 10, kLu, kInTotal, PLAIN(extent.startBlock)},
-    {"endBlk", "Ending blocknum of extent", 10, kLu, kInTotal, PLAIN(extent.endBlock)},
-    {"startMPN", "Starting MPN of extent", 10, kLu, kInTotal, PLAIN(extent.startMPN)},
-    {"endMPN", "Ending MPN of extent", 10, kLu, kInTotal, PLAIN(extent.endMPN)},
-};
+constinit auto columns = ColumnsOf<ExtentRow>({
+    {"uuid", "Volume UUID", 40, kS, [](auto &row) { return Text(row.uuid); }},
+    {"extentID", "Extent Number", 10, kLu, [](auto &row) { return row.extentID; }},
+    {"numaNode", "NUMA Node of this extent", 10, kLu, [](auto &row) { return row.extent.numaNode; }},
+    {"startBlk", "Starting blocknum of extent", 10, kLu, [](auto &row) { return row.extent.startBlock; }},
+    {"endBlk", "Ending blocknum of extent", 10, kLu, [](auto &row) { return row.extent.endBlock; }},
+    {"startMPN", "Starting MPN of extent", 10, kLu, [](auto &row) { return row.extent.startMPN; }},
+    {"endMPN", "Ending MPN of extent", 10, kLu, [](auto &row) { return row.extent.endMPN; }},
+});
 }  // namespace extents
 
 namespace region_numa {
-using Row = RegionNumaRow;
-constinit ColumnDesc columns[] = {
-    {"uuid", "Volume UUID", 40, kS, kInTotal, PLAIN(uuid)},
-    {"regionUuid", "Region UUID", 40, kS, kInTotal, PLAIN(regionUuid)},
-    {"numaNode", "NUMA node", 10, kD, kInTotal, PLAIN(numa.numaNode)},
-    {"num2MAllocated", "Number of 2M blocks allocated", 10, kLu, kInTotal, PLAIN(numa.allocatedBlocks)},
-};
+constinit auto columns = ColumnsOf<RegionNumaRow>({
+    {"uuid", "Volume UUID", 40, kS, [](auto &row) { return Text(row.uuid); }},
+    {"regionUuid", "Region UUID", 40, kS, [](auto &row) { return Text(row.regionUuid); }},
+    {"numaNode", "NUMA node", 10, kD, [](auto &row) { return row.numa.numaNode; }},
+    {"num2MAllocated", "Number of 2M blocks allocated", 10, kLu, [](auto &row) { return row.numa.allocatedBlocks; }},
+});
 }  // namespace region_numa
 
 // Says which operation of a step failed, or which inner step.
@@ -137,7 +133,8 @@ HVC_ReturnStatus MakeTextsAndNumber(const char *step, std::initializer_list<cons
 }
 
 // Lists the instances below some texts. That there is no list is not reported: there may be no such memory.
-HVC_ReturnStatus ListBelow(const char *step, uint32_t node, std::initializer_list<const char *> texts,
+template <typename Record>
+HVC_ReturnStatus ListBelow(const char *step, NodeRef<Record> node, std::initializer_list<const char *> texts,
                            ParamList &instances) {
   ParamList arguments;
   const HVC_ReturnStatus status = MakeTexts(step, texts, static_cast<uint32_t>(texts.size()), arguments);
@@ -171,7 +168,7 @@ class PMemReport {
 template <typename Visit>
 HVC_ReturnStatus ForEachVolume(Visit visit) {
   ParamList volumes;
-  HVC_ReturnStatus status = ListInstances(NODAL_NODE_memory_pmem_volumes, nullptr, volumes);
+  HVC_ReturnStatus status = ListInstances(nodes::kPMemVolumes, nullptr, volumes);
   if (status != HVC_OK) return status;
   for (uint32_t i = 0; status == HVC_OK && i < NODAL_ParamListUsedCount(volumes.get()); ++i)
     status = visit(volumes.get(), i);
@@ -183,7 +180,7 @@ HVC_ReturnStatus PMemGetVolumeInfo(const char *volume) {
   ParamList arguments;
   const HVC_ReturnStatus status = MakeTexts("PMemGetVolumeInfo", {volume}, 1, arguments);
   PMemVolumeRecord record = {};
-  return status == HVC_OK ? ReadRecord(NODAL_NODE_memory_pmem_volumes_info, arguments.get(), record) : status;
+  return status == HVC_OK ? ReadRecord(nodes::kPMemVolume, arguments.get(), record) : status;
 }
 
 HVC_ReturnStatus PMemGetRegionStoreInfo(RegionStoreRow &row) {
@@ -191,10 +188,9 @@ HVC_ReturnStatus PMemGetRegionStoreInfo(RegionStoreRow &row) {
   ParamList arguments;
   HVC_ReturnStatus status = MakeTexts(kStep, {row.uuid}, 1, arguments);
   if (status != HVC_OK) return status;
-  status = Checked(kStep, "NODAL_Get",
-                   ReadRecord(NODAL_NODE_memory_pmem_volumes_regionStore_info, arguments.get(), row.store));
+  status = Checked(kStep, "NODAL_Get", ReadRecord(nodes::kRegionStore, arguments.get(), row.store));
   if (status != HVC_OK) return status;
-  return ReadRecord(NODAL_NODE_memory_pmem_volumes_regionStore_isClean, arguments.get(), row.clean);
+  return ReadRecord(nodes::kRegionStoreClean, arguments.get(), row.clean);
 }
 
 HVC_ReturnStatus PMemRegionStoreReport(const PMemReport &report) {
@@ -218,8 +214,7 @@ HVC_ReturnStatus GetRegionsInfo(RegionRow &row) {
   ParamList arguments;
   const HVC_ReturnStatus status = MakeTexts(kStep, {row.uuid, row.regionUuid}, 2, arguments);
   if (status != HVC_OK) return status;
-  return Checked(kStep, "NODAL_Get",
-                 ReadRecord(NODAL_NODE_memory_pmem_volumes_regionStore_regions_info, arguments.get(), row.region));
+  return Checked(kStep, "NODAL_Get", ReadRecord(nodes::kRegion, arguments.get(), row.region));
 }
 
 void FillTexts(RegionRow &row) {
@@ -234,7 +229,7 @@ HVC_ReturnStatus PMemRegionsReport(const PMemReport &report) {
     HVC_ReturnStatus status = Checked(kStep, "NODAL_ParamListGetString", NODAL_ParamListGetString(volumes, i, &uuid));
     ParamList regions;
     if (status == HVC_OK) {
-      status = ListBelow(kStep, NODAL_NODE_memory_pmem_volumes_regionStore_regions, {uuid}, regions);
+      status = ListBelow(kStep, nodes::kRegions, {uuid}, regions);
     }
     if (status != HVC_OK) return status;
     for (uint32_t k = 0; status == HVC_OK && k < NODAL_ParamListUsedCount(regions.get()); ++k) {
@@ -255,7 +250,7 @@ HVC_ReturnStatus GetExtentsInfo(int32_t extent, ExtentRow &row) {
   ParamList arguments;
   const HVC_ReturnStatus status = MakeTextsAndNumber(kStep, {row.uuid}, extent, arguments);
   if (status != HVC_OK) return status;
-  return Checked(kStep, "NODAL_Get", ReadRecord(NODAL_NODE_memory_pmem_volumes_extents, arguments.get(), row.extent));
+  return Checked(kStep, "NODAL_Get", ReadRecord(nodes::kExtents, arguments.get(), row.extent));
 }
 
 HVC_ReturnStatus PMemExtentsReport(const PMemReport &report) {
@@ -264,7 +259,7 @@ HVC_ReturnStatus PMemExtentsReport(const PMemReport &report) {
     ExtentRow row = {};
     row.uuid = TextOrEmpty(volumes, i);
     ParamList extents;
-    HVC_ReturnStatus status = ListBelow(kStep, NODAL_NODE_memory_pmem_volumes_extents, {row.uuid}, extents);
+    HVC_ReturnStatus status = ListBelow(kStep, nodes::kExtents, {row.uuid}, extents);
     if (status != HVC_OK) return status;
     for (uint32_t k = 0; k < NODAL_ParamListUsedCount(extents.get()); ++k) {
       int32_t extent = 0;
@@ -283,9 +278,7 @@ HVC_ReturnStatus GetRegionsNumaInfo(int32_t node, RegionNumaRow &row) {
   ParamList arguments;
   const HVC_ReturnStatus status = MakeTextsAndNumber(kStep, {row.uuid, row.regionUuid}, node, arguments);
   if (status != HVC_OK) return status;
-  return Checked(
-      kStep, "NODAL_Get",
-      ReadRecord(NODAL_NODE_memory_pmem_volumes_regionStore_regions_numaAllocInfo, arguments.get(), row.numa));
+  return Checked(kStep, "NODAL_Get", ReadRecord(nodes::kRegionNuma, arguments.get(), row.numa));
 }
 
 // This walk's name has two spellings in its messages: the second one from the nodes on.
@@ -294,8 +287,7 @@ constexpr char kNumaNodeStep[] = "PMemRegionsNumaReport";
 
 HVC_ReturnStatus PrintNodes(const PMemReport &report, RegionNumaRow &row) {
   ParamList nodes;
-  HVC_ReturnStatus status = ListBelow(kNumaListStep, NODAL_NODE_memory_pmem_volumes_regionStore_regions_numaAllocInfo,
-                                      {row.uuid, row.regionUuid}, nodes);
+  HVC_ReturnStatus status = ListBelow(kNumaListStep, nodes::kRegionNuma, {row.uuid, row.regionUuid}, nodes);
   if (status != HVC_OK) return status;
   for (uint32_t i = 0; i < NODAL_ParamListUsedCount(nodes.get()); ++i) {
     int32_t node = 0;
@@ -312,8 +304,7 @@ HVC_ReturnStatus PMemRegionNumaReport(const PMemReport &report) {
     RegionNumaRow row = {};
     row.uuid = TextOrEmpty(volumes, i);
     ParamList regions;
-    HVC_ReturnStatus status =
-        ListBelow(kNumaListStep, NODAL_NODE_memory_pmem_volumes_regionStore_regions, {row.uuid}, regions);
+    HVC_ReturnStatus status = ListBelow(kNumaListStep, nodes::kRegions, {row.uuid}, regions);
     if (status != HVC_OK) return status;
     for (uint32_t k = 0; status == HVC_OK && k < NODAL_ParamListUsedCount(regions.get()); ++k) {
       row.regionUuid = TextOrEmpty(regions.get(), k);

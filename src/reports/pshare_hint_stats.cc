@@ -1,5 +1,4 @@
 // pshareHint-stats: the hints that page sharing goes by, for regular pages, for large pages, and in all.
-#include "platkit/nodes.h"
 #include "platkit/records.h"
 #include "src/reports/host_report.h"
 #include "src/reports/reports.h"
@@ -17,19 +16,21 @@ struct PShareHintRow {
 };
 
 using enum Conversion;
-using Row = PShareHintRow;
+using enum FigureUnit;
 
-constinit ColumnDesc columns[] = {
-    {"type", "Hint type (regular or large page hint)", 10, kS, kInTotal, PLAIN(type)},
-    {"totAdd", "Total hints added", 15, kLu, kInTotal, PAGES(totAdd)},
-    {"totRemove", "Total hints removed", 15, kLu, kInTotal, PAGES(totRemove)},
-    {"active", "Currently active hints", 15, kLu, kInTotal, PAGES(active)},
-};
+constinit auto columns = ColumnsOf<PShareHintRow>({
+    {"type", "Hint type (regular or large page hint)", 10, kS, [](auto &row) { return Text(row.type); }, kInTotal},
+    {"totAdd", "Total hints added", 15, kLu, kPages, [](auto &row) { return row.totAdd; }, kInTotal},
+    {"totRemove", "Total hints removed", 15, kLu, kPages, [](auto &row) { return row.totRemove; }, kInTotal},
+    {"active", "Currently active hints", 15, kLu, kPages, [](auto &row) { return row.active; }, kInTotal},
+});
 
-// Of one type, what was added and not removed is active. Counters that contradict each other show as huge numbers.
-Row OfType(const char *type, uint64_t added, uint64_t removed) { return {type, added, removed, added - removed}; }
+// The hints of a type. If more were removed than added, `active` wraps.
+PShareHintRow OfType(const char *type, uint64_t added, uint64_t removed) {
+  return {type, added, removed, added - removed};
+}
 
-void PrintRow(const HostRun &run, bool total, const Row &row) {
+void PrintRow(const HostRun &run, bool total, const PShareHintRow &row) {
   PrintFigures(columns, run.options.csv, total, &row, run.unit);
 }
 
@@ -39,7 +40,7 @@ HVC_ReturnStatus KestrelPShareHintGetStats(const Report &report, int argc, char 
   if (status != HVC_OK) return status;
 
   PShareStatsRecord record = {};
-  status = ReadHostRecord("KestrelPShareHintGetStats", NODAL_NODE_memory_pshare_stats, record);
+  status = ReadHostRecord("KestrelPShareHintGetStats", nodes::kPShareStats, record);
   if (status != HVC_OK) return status;
 
   if (!run.options.csv) {
@@ -53,7 +54,7 @@ HVC_ReturnStatus KestrelPShareHintGetStats(const Report &report, int argc, char 
       OfType("regular", record.hintsAdded - record.lpageHintsAdded, record.hintsRemoved - record.lpageHintsRemoved));
   PrintRow(run, false, OfType("lpage", record.lpageHintsAdded, record.lpageHintsRemoved));
   TablePrintSeparator(columns, run.options.csv);
-  // The kernel's own count of active hints, which need not agree with the two rows above.
+  // `active` is the kernel's own count, not the sum of the two rows above.
   PrintRow(run, true, {"Total", record.hintsAdded, record.hintsRemoved, record.hintsActive});
   EndHostReport(columns, run.options);
   return HVC_OK;

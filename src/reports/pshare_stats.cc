@@ -1,5 +1,4 @@
 // pshare-stats: what page sharing saves on the whole host, in one row.
-#include "platkit/nodes.h"
 #include "platkit/records.h"
 #include "src/reports/host_report.h"
 #include "src/reports/reports.h"
@@ -10,17 +9,19 @@ namespace kestrel {
 namespace {
 
 using enum Conversion;
-using Row = PShareStatsRecord;
+using enum FigureUnit;
 
-constinit ColumnDesc columns[] = {
-    {"cow", "Client memory marked copy-on-write", 10, kLu, kInTotal, PAGES(cow)},
-    {"cow1", "Client's COWed memory with single ref", 10, kLu, kInTotal, PAGES(cow1)},
-    {"zero", "Zeroed client memory", 10, kLu, kInTotal, PAGES(zero)},
-    {"used", "Machine memory used for backing COWed client memory", 10, kLu, kInTotal, PAGES(used)},
-    {"reclaimed", "Machine memory reclaimed via pshare", 10, kLu, kInTotal, PAGES(reclaimed)},
-    {"totAdd", "Total client memory added to pshare table", 10, kLu, kInTotal, PAGES(totAdd)},
-    {"totRemove", "Total client memory removed from pshare table", 10, kLu, kInTotal, PAGES(totRemove)},
-};
+constinit auto columns = ColumnsOf<PShareStatsRecord>({
+    {"cow", "Client memory marked copy-on-write", 10, kLu, kPages, [](auto &row) { return row.cow; }},
+    {"cow1", "Client's COWed memory with single ref", 10, kLu, kPages, [](auto &row) { return row.cow1; }},
+    {"zero", "Zeroed client memory", 10, kLu, kPages, [](auto &row) { return row.zero; }},
+    {"used", "Machine memory used for backing COWed client memory", 10, kLu, kPages,
+     [](auto &row) { return row.used; }},
+    {"reclaimed", "Machine memory reclaimed via pshare", 10, kLu, kPages, [](auto &row) { return row.reclaimed; }},
+    {"totAdd", "Total client memory added to pshare table", 10, kLu, kPages, [](auto &row) { return row.totAdd; }},
+    {"totRemove", "Total client memory removed from pshare table", 10, kLu, kPages,
+     [](auto &row) { return row.totRemove; }},
+});
 
 void PrintBanner(const PShareStatsRecord &record, ReportUnit unit) {
   const Banner banner("PSHARE STATS", 38, 17);
@@ -36,9 +37,9 @@ HVC_ReturnStatus KestrelPShareGetStats(const Report &report, int argc, char **ar
   HVC_ReturnStatus status = StartHostReport(report, argc, argv, run);
   if (status != HVC_OK) return status;
 
-  // Nothing is printed before the read has succeeded, so a failing run leaves no half table.
+  // The read comes first, so that a failing run prints no part of a table.
   PShareStatsRecord record = {};
-  status = ReadHostRecord("KestrelPShareGetStats", NODAL_NODE_memory_pshare_stats, record);
+  status = ReadHostRecord("KestrelPShareGetStats", nodes::kPShareStats, record);
   if (status != HVC_OK) return status;
 
   if (!run.options.csv) PrintBanner(record, run.unit);

@@ -1,7 +1,6 @@
 // swap-stats: what the host swaps of each virtual machine, by which swapper, and the room in its swap files.
 #include <string_view>
 
-#include "platkit/nodes.h"
 #include "src/groups/mem_clients.h"
 #include "src/reports/group_report.h"
 #include "src/reports/reports.h"
@@ -11,90 +10,95 @@ namespace {
 
 struct SwapStatsRow {
   GroupHead head;
-  char curSwapper[4];
-  // Narrow in the record, but shown and summed in 64 bits.
-  uint64_t cacheUsage;
-  uint64_t vmmSwapOn;
-  uint64_t hvcSwapOn;
   VmSwapInfoRecord swap;
   VmmMemoryStatsRecord vmm;
 };
 
 using enum Conversion;
+using enum FigureUnit;
 using enum FigureSum;
-using namespace head_columns;
-using Row = SwapStatsRow;
 
-constinit ColumnDesc columns[] = {
-    {"name", "Virtual machine name", 20, kS, kInTotal, kName},
-    kSchedGrp,
-    kParSchedGroup,
-    kWorldGrp,
-    {"isSwapping", "is the VM currently swapping out", 10, kC, kPlain, YES_NO(swap.isSwapping)},
-    {"CurSwapper", "hvc or vmm swapper currently active", 10, kS, kPlain, PLAIN(curSwapper)},
-    {"cacheUsage", "Swap slot cache usage", 10, kLu, kPlain, KB(cacheUsage)},
-    {"swapoutReady", "Ready-time spent by swap-out client", 10, kLu, kPlain, PLAIN(swap.swapoutReady)},
-    {"swapTgt", "Host swap target", 10, kLu, kInTotal, KB(swap.swapTgt).Sum(kAdd)},
-    {"swapped", "Amount swapped by host", 10, kLu, kInTotal, KB(swap.swapped).Sum(kAdd)},
-    // "phsyical" is how the reports' readers know these lines.
-    {"swapRead", "Total guest phsyical memory read, and not released, from swap space", 10, kLu, kInTotal,
-     KB(swap.swapRead).Sum(kAdd)},
-    {"swapIn", "Total guest phsyical memory swapped in, and released, from swap space", 10, kLu, kInTotal,
-     KB(swap.swapIn).Sum(kAdd)},
-    {"swapOut", "Total guest physical memory swapped out to swap space", 10, kLu, kInTotal, KB(swap.swapOut).Sum(kAdd)},
-    {"discarded", "Total swapped memory discarded from swap space", 10, kLu, kInTotal, KB(swap.discarded).Sum(kAdd)},
-    {"COWSwapper", "Total guest physical memory swapped out which was marked as COW by HVcore", 10, kLu, kInTotal,
-     KB(swap.cowSwapper).Sum(kAdd)},
-    {"vmmSwapOn", "Number of times vmm swapper was turned on", 10, kLu, kInTotal, PLAIN(vmmSwapOn).Sum(kAdd)},
-    {"hvcSwapOn", "Number of times hvc swapper was turned on", 10, kLu, kInTotal, PLAIN(hvcSwapOn).Sum(kAdd)},
-    {"llswapped", "Memory swapped to llswap", 10, kLu, kInTotal, KB(vmm.llswapped).Sum(kAdd)},
-    {"llswapUsed", "Total space used in llswap including internal fragmentation", 10, kLu, kInTotal,
-     KB(vmm.llswapUsed).Sum(kAdd)},
-    {"totalReg", "Total space in the regular swap file", 10, kLu, kInTotal, KB(swap.totalReg).Sum(kAdd)},
-    {"freeReg", "Free space in the regular swap file", 10, kLu, kInTotal, KB(swap.freeReg).Sum(kAdd)},
-    {"cptTgt", "Total checkpoint memory to read", 10, kLu, kInTotal, KB(swap.cptTgt).Sum(kAdd)},
-    {"cptRead", "Checkpoint memory read from checkpoint file", 10, kLu, kInTotal, KB(swap.cptRead).Sum(kAdd)},
-    {"cptWritten", "Checkpoint memory written to checkpoint file", 10, kLu, kInTotal, KB(swap.cptWritten).Sum(kAdd)},
-    {"totalMig", "Total space in the migration swap file", 10, kLu, kInTotal, KB(swap.totalMig).Sum(kAdd)},
-    {"freeMig", "Free space in the migration swap file", 10, kLu, kInTotal, KB(swap.freeMig).Sum(kAdd)},
-    {"gblSwapRead", "Guest physical memory read from global swap file", 10, kLu, kInTotal,
-     KB(swap.gblSwapRead).Sum(kAdd)},
-    {"gblSwapIn", "Guest physical memory swapped in from global swap file", 10, kLu, kInTotal,
-     KB(swap.gblSwapIn).Sum(kAdd)},
-    {"gblSwapOut", "Guest physical memory swapped out to global swap file", 10, kLu, kInTotal,
-     KB(swap.gblSwapOut).Sum(kAdd)},
-};
+// The name of a VM's current swapper.
+std::string_view SwapperName(uint32_t currentSwapper) { return currentSwapper != 0 ? "hvc" : "vmm"; }
 
-constinit Row totals = TotalRow<Row>();
+// Some figures have 32 bits in the record, but are shown and summed in 64.
+constinit auto columns = ColumnsOf<SwapStatsRow>({
+    {"name", "Virtual machine name", 20, kS, [](auto &row) { return Text(row.head.name.name); }, kInTotal},
+    SchedGroupColumn<SwapStatsRow>(),
+    ParentGroupColumn<SwapStatsRow>(),
+    WorldGroupColumn<SwapStatsRow>(),
+    {"isSwapping", "is the VM currently swapping out", 10, kC, kYesNo, [](auto &row) { return row.swap.isSwapping; }},
+    {"CurSwapper", "hvc or vmm swapper currently active", 10, kS,
+     [](auto &row) { return SwapperName(row.swap.currentSwapper); }},
+    {"cacheUsage", "Swap slot cache usage", 10, kLu, kKB, [](auto &row) { return uint64_t{row.swap.cacheUsage}; }},
+    {"swapoutReady", "Ready-time spent by swap-out client", 10, kLu, [](auto &row) { return row.swap.swapoutReady; }},
+    {"swapTgt", "Host swap target", 10, kLu, kKB, [](auto &row) { return row.swap.swapTgt; }, kAdd},
+    {"swapped", "Amount swapped by host", 10, kLu, kKB, [](auto &row) { return row.swap.swapped; }, kAdd},
+    // "phsyical" is fixed: scripts match these texts.
+    {"swapRead", "Total guest phsyical memory read, and not released, from swap space", 10, kLu, kKB,
+     [](auto &row) { return row.swap.swapRead; }, kAdd},
+    {"swapIn", "Total guest phsyical memory swapped in, and released, from swap space", 10, kLu, kKB,
+     [](auto &row) { return row.swap.swapIn; }, kAdd},
+    {"swapOut", "Total guest physical memory swapped out to swap space", 10, kLu, kKB,
+     [](auto &row) { return row.swap.swapOut; }, kAdd},
+    {"discarded", "Total swapped memory discarded from swap space", 10, kLu, kKB,
+     [](auto &row) { return row.swap.discarded; }, kAdd},
+    {"COWSwapper", "Total guest physical memory swapped out which was marked as COW by HVcore", 10, kLu, kKB,
+     [](auto &row) { return row.swap.cowSwapper; }, kAdd},
+    {"vmmSwapOn", "Number of times vmm swapper was turned on", 10, kLu,
+     [](auto &row) { return uint64_t{row.swap.vmmSwapOn}; }, kAdd},
+    {"hvcSwapOn", "Number of times hvc swapper was turned on", 10, kLu,
+     [](auto &row) { return uint64_t{row.swap.hvcSwapOn}; }, kAdd},
+    {"llswapped", "Memory swapped to llswap", 10, kLu, kKB, [](auto &row) { return row.vmm.llswapped; }, kAdd},
+    {"llswapUsed", "Total space used in llswap including internal fragmentation", 10, kLu, kKB,
+     [](auto &row) { return row.vmm.llswapUsed; }, kAdd},
+    {"totalReg", "Total space in the regular swap file", 10, kLu, kKB, [](auto &row) { return row.swap.totalReg; },
+     kAdd},
+    {"freeReg", "Free space in the regular swap file", 10, kLu, kKB, [](auto &row) { return row.swap.freeReg; }, kAdd},
+    {"cptTgt", "Total checkpoint memory to read", 10, kLu, kKB, [](auto &row) { return row.swap.cptTgt; }, kAdd},
+    {"cptRead", "Checkpoint memory read from checkpoint file", 10, kLu, kKB, [](auto &row) { return row.swap.cptRead; },
+     kAdd},
+    {"cptWritten", "Checkpoint memory written to checkpoint file", 10, kLu, kKB,
+     [](auto &row) { return row.swap.cptWritten; }, kAdd},
+    {"totalMig", "Total space in the migration swap file", 10, kLu, kKB, [](auto &row) { return row.swap.totalMig; },
+     kAdd},
+    {"freeMig", "Free space in the migration swap file", 10, kLu, kKB, [](auto &row) { return row.swap.freeMig; },
+     kAdd},
+    {"gblSwapRead", "Guest physical memory read from global swap file", 10, kLu, kKB,
+     [](auto &row) { return row.swap.gblSwapRead; }, kAdd},
+    {"gblSwapIn", "Guest physical memory swapped in from global swap file", 10, kLu, kKB,
+     [](auto &row) { return row.swap.gblSwapIn; }, kAdd},
+    {"gblSwapOut", "Guest physical memory swapped out to global swap file", 10, kLu, kKB,
+     [](auto &row) { return row.swap.gblSwapOut; }, kAdd},
+});
 
-HVC_ReturnStatus PutRow(const GroupVisit &group) {
-  Row row = {};
+constexpr SwapStatsRow kTotal = TotalLabel<SwapStatsRow>();
+
+HVC_ReturnStatus KestrelSwapGetSwapStats(uint32_t vmmLeaderID, VmSwapInfoRecord &swap) {
+  return ReadClientRecord(__func__, vmmLeaderID, nodes::kVmSwapInfo, swap);
+}
+
+HVC_ReturnStatus KestrelVMGetVMMStats(uint32_t leaderID, VmmMemoryStatsRecord &vmm) {
+  return ReadClientRecord(__func__, leaderID, nodes::kVmmMemoryStats, vmm);
+}
+
+HVC_ReturnStatus KestrelSwapStatsCallback(const GroupVisit &group) {
+  SwapStatsRow row = {};
   uint32_t vmmLeaderID = 0;
   HVC_ReturnStatus status = ReadGroupHead(group.groupID, row.head);
   if (status == HVC_OK) status = Kestrel_GetVmmLeaderID(row.head.leaderID, vmmLeaderID);
-  if (status == HVC_OK) {
-    status = ReadClientRecord("KestrelSwapGetSwapStats", vmmLeaderID, NODAL_NODE_sched_memClients_swapInfo, row.swap);
-  }
-  if (status == HVC_OK) {
-    status =
-        ReadClientRecord("KestrelVMGetVMMStats", row.head.leaderID, NODAL_NODE_sched_memClients_kestrel_vmm, row.vmm);
-  }
-  if (status != HVC_OK) return status;
-
-  std::string_view(row.swap.currentSwapper != 0 ? "hvc" : "vmm").copy(row.curSwapper, sizeof row.curSwapper - 1);
-  row.cacheUsage = row.swap.cacheUsage;
-  row.vmmSwapOn = row.swap.vmmSwapOn;
-  row.hvcSwapOn = row.swap.hvcSwapOn;
-  group.Put(row);
-  return HVC_OK;
+  if (status == HVC_OK) status = KestrelSwapGetSwapStats(vmmLeaderID, row.swap);
+  if (status == HVC_OK) status = KestrelVMGetVMMStats(row.head.leaderID, row.vmm);
+  if (status == HVC_OK) group.PrintRow(row);
+  return status;
 }
 
 constexpr GroupFrame kFrame = {
     .title = "VIRTUAL MACHINE SWAP STATS",
     .dashes = 52,
     .kinds = HVC_GROUP_VM,
-    .visit = PutRow,
-    .totals = &totals,
+    .callback = KestrelSwapStatsCallback,
+    .totalLabel = &kTotal,
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 // vm-stats: how the memory of each virtual machine is backed: mapped, shared, compressed, ballooned, swapped.
-#include "platkit/nodes.h"
+#include <algorithm>
+
 #include "src/groups/group_queries.h"
 #include "src/groups/mem_clients.h"
 #include "src/reports/group_report.h"
@@ -10,110 +11,106 @@ namespace {
 
 struct VmStatsRow {
   GroupHead head;
-  // The VM's allocation, kept in 32 bits.
-  int32_t min;
-  int32_t max;
-  int32_t minLimit;
-  int32_t shares;
-  uint64_t consumed;
+  VmmAllocRecord alloc;
   VmmMemoryStatsRecord vmm;
   VmSwapInfoRecord swap;
   GroupMemoryStatsRecord group;
 };
 
 using enum Conversion;
+using enum FigureUnit;
 using enum FigureSum;
-using namespace head_columns;
-using Row = VmStatsRow;
 
-constinit ColumnDesc columns[] = {
-    {"name", "Virtual machine name", 15, kS, kInTotal, kName},
-    {"b", "Is balloon driver active?", 1, kC, kPlain, YES_NO(vmm.balloonActive)},
-    kSchedGrp,
-    kParSchedGroup,
-    kWorldGrp,
-    {"memSizeLimit", "Upper bound on guest physical memory size", 10, kLu, kInTotal, KB(vmm.memSizeLimit).Sum(kAdd)},
-    {"memSize", "Guest physical memory size", 10, kLu, kInTotal, KB(vmm.memSize).Sum(kAdd)},
-    {"min", "Configured host physical memory reservation for guest", 10, kLd, kInTotal, KB(min).Sum(kAdd)},
-    {"max", "Configured host physical memory limit for guest", 10, kLd, kPlain, KB(max)},
-    {"minLimit", "Configured upper bound for VM reservation (includes ovhdResv)", 10, kLd, kPlain, KB(minLimit)},
-    {"shares", "Configured shares", 10, kLd, kPlain, PLAIN(shares)},
-    {"ovhdResv", "Reserved overhead memory", 10, kLu, kInTotal, KB(group.ovhdResv).Sum(kAdd)},
-    {"ovhd", "Consumed overhead memory", 10, kLu, kInTotal, KB(group.ovhd).Sum(kAdd)},
-    {"allocTgt", "Host physical memory allocation target", 10, kLu, kInTotal, KB(vmm.allocTgt).Sum(kAdd)},
-    {"consumed", "Host physical memory consumed by guest", 10, kLu, kInTotal, KB(consumed).Sum(kAdd)},
-    {"balloonTgt", "Target balloon size", 10, kLu, kInTotal, KB(vmm.balloonTgt).Sum(kAdd)},
-    {"ballooned", "Actual balloon size", 10, kLu, kInTotal, KB(vmm.ballooned).Sum(kAdd)},
-    {"swapTgt", "Host swap target", 10, kLu, kInTotal, KB(vmm.swapTgt).Sum(kAdd)},
-    {"swapped", "Amount swapped by host", 10, kLu, kInTotal, KB(swap.swapped).Sum(kAdd)},
-    {"mapped", "Guest physical memory backed by host memory", 10, kLu, kInTotal, KB(vmm.mapped).Sum(kAdd)},
-    {"touched", "Guest physical memory actively used by VM", 10, kLu, kInTotal, KB(vmm.touched).Sum(kAdd)},
-    {"zipped", "Guest physical memory that is compressed", 10, kLu, kInTotal, KB(vmm.zipped).Sum(kAdd)},
-    {"vpmemRO", "Guest physical persistent memory that is cached read-only", 10, kLu, kInTotal,
-     KB(vmm.vpmemRO).Sum(kAdd)},
-    {"vpmemRW", "Guest physical persistent memory that is cached read-write", 10, kLu, kInTotal,
-     KB(vmm.vpmemRW).Sum(kAdd)},
-    {"vpmemUC", "Guest physical persistent memory that is not yet cached", 10, kLu, kInTotal,
-     KB(vmm.vpmemUC).Sum(kAdd)},
-    {"zipSaved", "Host physical memory saved by compression", 10, kLu, kInTotal, KB(vmm.zipSaved).Sum(kAdd)},
-    {"shared", "Subset of mapped that is marked COW as a result of page-sharing", 10, kLu, kInTotal,
-     KB(vmm.shared).Sum(kAdd)},
-    {"zero", "Subset of shared pages that are zero-filled", 10, kLu, kInTotal, KB(vmm.zero).Sum(kAdd)},
-    {"sharedSaved", "Host physical memory saved as a result of page-sharing", 10, kLu, kInTotal,
-     KB(vmm.sharedSaved).Sum(kAdd)},
-    {"useReliableMem", "Uses Reliable memory", 1, kS, kPlain, YES_NO(vmm.useReliableMem)},
-    {"swapScope", "Swap scope", 1, kLu, kPlain, PLAIN(vmm.swapScope)},
-};
+// An amount of the VM's allocation, cut to 32 bits.
+int32_t Amount(uint64_t kb) { return static_cast<int32_t>(kb); }
 
-constinit Row totals = TotalRow<Row>();
+// A maximum of the VM's allocation, cut to 32 bits. A negative result means unlimited.
+int32_t Limit(uint64_t kb) { return std::max(Amount(kb), -1); }
 
-// In 32 bits, a limit beyond what they hold may come out negative: no limit.
-int32_t Limit(uint64_t kb) {
-  const auto limit = static_cast<int32_t>(kb);
-  return limit < 0 ? -1 : limit;
+uint64_t ConsumedKB(const VmmMemoryStatsRecord &vmm) {
+  return vmm.zipped + vmm.mapped - vmm.sharedSaved - vmm.zipSaved;
 }
 
-HVC_ReturnStatus ReadAlloc(int64_t groupID, Row &row) {
-  VmmAllocRecord alloc = {};
-  const HVC_ReturnStatus status = Kestrel_GroupGetVMMAlloc(groupID, alloc);
-  row.min = static_cast<int32_t>(alloc.min);
-  row.max = Limit(alloc.max);
-  row.minLimit = Limit(alloc.minLimit);
-  row.shares = alloc.shares;
-  return status;
+constinit auto columns = ColumnsOf<VmStatsRow>({
+    {"name", "Virtual machine name", 15, kS, [](auto &row) { return Text(row.head.name.name); }, kInTotal},
+    {"b", "Is balloon driver active?", 1, kC, kYesNo, [](auto &row) { return row.vmm.balloonActive; }},
+    SchedGroupColumn<VmStatsRow>(),
+    ParentGroupColumn<VmStatsRow>(),
+    WorldGroupColumn<VmStatsRow>(),
+    {"memSizeLimit", "Upper bound on guest physical memory size", 10, kLu, kKB,
+     [](auto &row) { return row.vmm.memSizeLimit; }, kAdd},
+    {"memSize", "Guest physical memory size", 10, kLu, kKB, [](auto &row) { return row.vmm.memSize; }, kAdd},
+    {"min", "Configured host physical memory reservation for guest", 10, kLd, kKB,
+     [](auto &row) { return Amount(row.alloc.min); }, kAdd},
+    {"max", "Configured host physical memory limit for guest", 10, kLd, kKB,
+     [](auto &row) { return Limit(row.alloc.max); }},
+    {"minLimit", "Configured upper bound for VM reservation (includes ovhdResv)", 10, kLd, kKB,
+     [](auto &row) { return Limit(row.alloc.minLimit); }},
+    {"shares", "Configured shares", 10, kLd, [](auto &row) { return row.alloc.shares; }},
+    {"ovhdResv", "Reserved overhead memory", 10, kLu, kKB, [](auto &row) { return row.group.ovhdResv; }, kAdd},
+    {"ovhd", "Consumed overhead memory", 10, kLu, kKB, [](auto &row) { return row.group.ovhd; }, kAdd},
+    {"allocTgt", "Host physical memory allocation target", 10, kLu, kKB, [](auto &row) { return row.vmm.allocTgt; },
+     kAdd},
+    {"consumed", "Host physical memory consumed by guest", 10, kLu, kKB, [](auto &row) { return ConsumedKB(row.vmm); },
+     kAdd},
+    {"balloonTgt", "Target balloon size", 10, kLu, kKB, [](auto &row) { return row.vmm.balloonTgt; }, kAdd},
+    {"ballooned", "Actual balloon size", 10, kLu, kKB, [](auto &row) { return row.vmm.ballooned; }, kAdd},
+    {"swapTgt", "Host swap target", 10, kLu, kKB, [](auto &row) { return row.vmm.swapTgt; }, kAdd},
+    {"swapped", "Amount swapped by host", 10, kLu, kKB, [](auto &row) { return row.swap.swapped; }, kAdd},
+    {"mapped", "Guest physical memory backed by host memory", 10, kLu, kKB, [](auto &row) { return row.vmm.mapped; },
+     kAdd},
+    {"touched", "Guest physical memory actively used by VM", 10, kLu, kKB, [](auto &row) { return row.vmm.touched; },
+     kAdd},
+    {"zipped", "Guest physical memory that is compressed", 10, kLu, kKB, [](auto &row) { return row.vmm.zipped; },
+     kAdd},
+    {"vpmemRO", "Guest physical persistent memory that is cached read-only", 10, kLu, kKB,
+     [](auto &row) { return row.vmm.vpmemRO; }, kAdd},
+    {"vpmemRW", "Guest physical persistent memory that is cached read-write", 10, kLu, kKB,
+     [](auto &row) { return row.vmm.vpmemRW; }, kAdd},
+    {"vpmemUC", "Guest physical persistent memory that is not yet cached", 10, kLu, kKB,
+     [](auto &row) { return row.vmm.vpmemUC; }, kAdd},
+    {"zipSaved", "Host physical memory saved by compression", 10, kLu, kKB, [](auto &row) { return row.vmm.zipSaved; },
+     kAdd},
+    {"shared", "Subset of mapped that is marked COW as a result of page-sharing", 10, kLu, kKB,
+     [](auto &row) { return row.vmm.shared; }, kAdd},
+    {"zero", "Subset of shared pages that are zero-filled", 10, kLu, kKB, [](auto &row) { return row.vmm.zero; }, kAdd},
+    {"sharedSaved", "Host physical memory saved as a result of page-sharing", 10, kLu, kKB,
+     [](auto &row) { return row.vmm.sharedSaved; }, kAdd},
+    {"useReliableMem", "Uses Reliable memory", 1, kS, kYesNo, [](auto &row) { return row.vmm.useReliableMem; }},
+    {"swapScope", "Swap scope", 1, kLu, [](auto &row) { return row.vmm.swapScope; }},
+});
+
+constexpr VmStatsRow kTotal = TotalLabel<VmStatsRow>();
+
+HVC_ReturnStatus KestrelVMGetVMMStats(uint32_t leaderID, VmmMemoryStatsRecord &vmm) {
+  return ReadClientRecord(__func__, leaderID, nodes::kVmmMemoryStats, vmm);
 }
 
-// The swap figures are those of the monitor's own client.
-HVC_ReturnStatus ReadSwapInfo(uint32_t leaderID, VmSwapInfoRecord &swap) {
+// Reads the swap figures, which belong to the client of the VMM leader.
+HVC_ReturnStatus KestrelVMGetSwapStats(uint32_t leaderID, VmSwapInfoRecord &swap) {
   uint32_t vmmLeaderID = 0;
   const HVC_ReturnStatus status = Kestrel_GetVmmLeaderID(leaderID, vmmLeaderID);
   if (status != HVC_OK) return status;
-  return ReadClientRecord("KestrelVMGetSwapStats", vmmLeaderID, NODAL_NODE_sched_memClients_swapInfo, swap);
+  return ReadClientRecord(__func__, vmmLeaderID, nodes::kVmSwapInfo, swap);
 }
 
-HVC_ReturnStatus PutRow(const GroupVisit &group) {
-  Row row = {};
+HVC_ReturnStatus KestrelVmStatsCallback(const GroupVisit &group) {
+  VmStatsRow row = {};
   HVC_ReturnStatus status = ReadGroupHead(group.groupID, row.head);
-  if (status == HVC_OK) status = ReadAlloc(group.groupID, row);
-  if (status == HVC_OK) {
-    status =
-        ReadClientRecord("KestrelVMGetVMMStats", row.head.leaderID, NODAL_NODE_sched_memClients_kestrel_vmm, row.vmm);
-  }
-  if (status == HVC_OK) status = ReadSwapInfo(row.head.leaderID, row.swap);
+  if (status == HVC_OK) status = Kestrel_GroupGetVMMAlloc(group.groupID, row.alloc);
+  if (status == HVC_OK) status = KestrelVMGetVMMStats(row.head.leaderID, row.vmm);
+  if (status == HVC_OK) status = KestrelVMGetSwapStats(row.head.leaderID, row.swap);
   if (status == HVC_OK) status = KestrelGroupGetMemoryStats(group.groupID, row.group);
-  if (status != HVC_OK) return status;
-
-  row.consumed = row.vmm.zipped + row.vmm.mapped - row.vmm.sharedSaved - row.vmm.zipSaved;
-  group.Put(row);
-  return HVC_OK;
+  if (status == HVC_OK) group.PrintRow(row);
+  return status;
 }
 
 constexpr GroupFrame kFrame = {
     .title = "VIRTUAL MACHINE STATS",
     .dashes = 47,
     .kinds = HVC_GROUP_VM,
-    .visit = PutRow,
-    .totals = &totals,
+    .callback = KestrelVmStatsCallback,
+    .totalLabel = &kTotal,
 };
 
 }  // namespace

@@ -1,5 +1,4 @@
 // zip-stats: the compression cache of each virtual machine.
-#include "platkit/nodes.h"
 #include "src/groups/mem_clients.h"
 #include "src/reports/group_report.h"
 #include "src/reports/reports.h"
@@ -7,60 +6,57 @@
 namespace kestrel {
 namespace {
 
-struct ZipStatsRow {
+struct ZipRow {
   GroupHead head;
-  // Narrow in the record, but shown and summed in 64 bits.
-  uint64_t nrFreeHalf;
-  uint64_t nrFreeQuarter;
   ZipStatsRecord zip;
 };
 
 using enum Conversion;
+using enum FigureUnit;
 using enum FigureSum;
-using namespace head_columns;
-using Row = ZipStatsRow;
 
-// The totals take every figure as it is: one that is not available, all ones, lowers its total by one.
-constinit ColumnDesc columns[] = {
-    {"name", "Virtual machine name", 20, kS, kInTotal, kName},
-    kSchedGrp,
-    kParSchedGroup,
-    kWorldGrp,
-    {"totalCache", "Total compression cache configured", 10, kLu, kInTotal, KB(zip.totalCache).Sum(kAdd)},
-    {"maxCache", "Maximum compression cache", 10, kLu, kInTotal, KB(zip.maxCache).Sum(kAdd)},
-    {"usedCache", "Total compression cache used", 10, kLu, kInTotal, KB(zip.usedCache).Sum(kAdd)},
-    {"zipped", "Total memory compressed", 10, kLu, kInTotal, KB(zip.zipped).Sum(kAdd)},
-    {"unZipped", "Total memory decompressed", 10, kLu, kInTotal, KB(zip.unZipped).Sum(kAdd)},
-    {"zipRejected", "Total memory rejected", 10, kLu, kInTotal, KB(zip.zipRejected).Sum(kAdd)},
-    {"nrFreeHalf", "Total free half pages", 10, kLu, kInTotal, PLAIN(nrFreeHalf).Sum(kAdd)},
-    {"nrFreeQuarter", "Total free quarter pages", 10, kLu, kInTotal, PLAIN(nrFreeQuarter).Sum(kAdd)},
-    {"avgZipTime", "Average compression time in usec", 10, kLu, kInTotal, PLAIN(zip.avgZipTime).Sum(kMean)},
-    {"avgUnzipTime", "Average decompression time in usec", 10, kLu, kInTotal, PLAIN(zip.avgUnzipTime).Sum(kMean)},
-};
+// Sums take every figure as it is: all ones (not available) lowers a total by one. The counts of free pages have 32
+// bits in the record, but are shown and summed in 64.
+constinit auto columns = ColumnsOf<ZipRow>({
+    {"name", "Virtual machine name", 20, kS, [](auto &row) { return Text(row.head.name.name); }, kInTotal},
+    SchedGroupColumn<ZipRow>(),
+    ParentGroupColumn<ZipRow>(),
+    WorldGroupColumn<ZipRow>(),
+    {"totalCache", "Total compression cache configured", 10, kLu, kKB, [](auto &row) { return row.zip.totalCache; },
+     kAdd},
+    {"maxCache", "Maximum compression cache", 10, kLu, kKB, [](auto &row) { return row.zip.maxCache; }, kAdd},
+    {"usedCache", "Total compression cache used", 10, kLu, kKB, [](auto &row) { return row.zip.usedCache; }, kAdd},
+    {"zipped", "Total memory compressed", 10, kLu, kKB, [](auto &row) { return row.zip.zipped; }, kAdd},
+    {"unZipped", "Total memory decompressed", 10, kLu, kKB, [](auto &row) { return row.zip.unZipped; }, kAdd},
+    {"zipRejected", "Total memory rejected", 10, kLu, kKB, [](auto &row) { return row.zip.zipRejected; }, kAdd},
+    {"nrFreeHalf", "Total free half pages", 10, kLu, [](auto &row) { return uint64_t{row.zip.nrFreeHalf}; }, kAdd},
+    {"nrFreeQuarter", "Total free quarter pages", 10, kLu, [](auto &row) { return uint64_t{row.zip.nrFreeQuarter}; },
+     kAdd},
+    {"avgZipTime", "Average compression time in usec", 10, kLu, [](auto &row) { return row.zip.avgZipTime; }, kMean},
+    {"avgUnzipTime", "Average decompression time in usec", 10, kLu, [](auto &row) { return row.zip.avgUnzipTime; },
+     kMean},
+});
 
-constinit Row totals = TotalRow<Row>();
+constexpr ZipRow kTotal = TotalLabel<ZipRow>();
 
-HVC_ReturnStatus PutRow(const GroupVisit &group) {
-  Row row = {};
+HVC_ReturnStatus KestrelZipGetZipStats(uint32_t leaderID, ZipStatsRecord &zip) {
+  return ReadClientRecord(__func__, leaderID, nodes::kZipStats, zip);
+}
+
+HVC_ReturnStatus KestrelZipGroupCallback(const GroupVisit &group) {
+  ZipRow row = {};
   HVC_ReturnStatus status = ReadGroupHead(group.groupID, row.head);
-  if (status == HVC_OK) {
-    status =
-        ReadClientRecord("KestrelZipGetZipStats", row.head.leaderID, NODAL_NODE_sched_memClients_memzipInfo, row.zip);
-  }
-  if (status != HVC_OK) return status;
-
-  row.nrFreeHalf = row.zip.nrFreeHalf;
-  row.nrFreeQuarter = row.zip.nrFreeQuarter;
-  group.Put(row);
-  return HVC_OK;
+  if (status == HVC_OK) status = KestrelZipGetZipStats(row.head.leaderID, row.zip);
+  if (status == HVC_OK) group.PrintRow(row);
+  return status;
 }
 
 constexpr GroupFrame kFrame = {
     .title = "VIRTUAL MACHINE COMPRESSION STATS",
     .dashes = 61,
     .kinds = HVC_GROUP_VM,
-    .visit = PutRow,
-    .totals = &totals,
+    .callback = KestrelZipGroupCallback,
+    .totalLabel = &kTotal,
 };
 
 }  // namespace

@@ -1,44 +1,86 @@
-// Column tables: the engine that prints every report's rows, as an aligned table or as CSV.
+// Column tables: one row per column of a report, and the parts of a printed table around its rows.
 #ifndef KESTREL_TABLE_COLUMN_TABLE_H
 #define KESTREL_TABLE_COLUMN_TABLE_H
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <span>
-#include <string_view>
 
 #include "src/table/figure.h"
 #include "src/table/name_list.h"
 
 namespace kestrel {
 
-// How a column's value prints: the printf conversions of the same names. The first three take the low 32 bits.
+// How a column's value prints: the printf conversions of the same names. kU, kD and kC take the low 32 bits.
 enum class Conversion : uint8_t { kU, kD, kC, kLu, kLd, kS };
 
-// What a column's flags say.
 enum ColumnFlag : uint8_t {
-  kPlain = 0,
-  kInTotal = 1,    // has a value in a total row; else it is blank there
-  kMandatory = 2,  // no column selection removes it
+  kInTotal = 1,    // has a value in a total row although it has no sum
+  kMandatory = 2,  // no column selection hides it
 };
 
 struct ColumnDesc {
-  const char *name;  // header, CSV header, and what -s matches
+  const char *name;  // in the header, and for -s
   const char *description;
-  uint8_t width;  // widened to the name by ColumnsApplySelection
+  uint8_t width;  // ColumnsApplySelection widens it to the name
   Conversion conversion;
-  uint8_t flags;  // of ColumnFlag
+  uint8_t flags = 0;  // of ColumnFlag
   Figure figure = {};
   bool shown = true;  // only ColumnsApplySelection clears it
 
-  bool inTotal() const { return (flags & kInTotal) != 0; }
-  bool mandatory() const { return (flags & kMandatory) != 0; }
+  // Whether the column has a value in a total row. If not, it is blank there.
+  bool IsInTotal() const { return (flags & kInTotal) != 0 || figure.sum != FigureSum::kNoSum; }
+  bool IsMandatory() const { return (flags & kMandatory) != 0; }
 };
 
-// A report's columns, static and writable: one run prints one table.
+inline constexpr size_t kMaxColumns = 64;
+
+// A report's columns. They are static and writable, since one run prints one table.
 using ColumnTable = std::span<ColumnDesc>;
 
-// Hides the columns that a selection (names separated by ':', case ignored, null for all) does not name, and widens
-// each column to its name. Only the first 128 characters of a selection count.
+// What comes last in a column's description: how it is summed, or flags of ColumnFlag.
+struct ColumnTraits {
+  constexpr ColumnTraits() = default;
+  constexpr ColumnTraits(FigureSum how) : sum(how) {}
+  constexpr ColumnTraits(int ofColumnFlag) : flags(static_cast<uint8_t>(ofColumnFlag)) {}
+
+  FigureSum sum = FigureSum::kNoSum;
+  uint8_t flags = 0;
+};
+
+// A column of a table whose rows are of type `Row`. `read` is a lambda that takes the figure from a row.
+template <typename Row>
+struct Column : ColumnDesc {
+  template <typename Read>
+  constexpr Column(const char *label, const char *meaning, uint8_t minWidth, Conversion printed, Read read,
+                   ColumnTraits traits = {})
+      : Column(label, meaning, minWidth, printed, FigureUnit::kPlain, read, traits) {}
+
+  template <typename Read>
+  constexpr Column(const char *label, const char *meaning, uint8_t minWidth, Conversion printed, FigureUnit unit, Read,
+                   ColumnTraits traits = {})
+      : ColumnDesc{.name = label,
+                   .description = meaning,
+                   .width = minWidth,
+                   .conversion = printed,
+                   .flags = traits.flags,
+                   .figure = FigureOf<Row, Read>(unit, traits.sum)} {}
+};
+
+// Makes a report's columns, which are described as in
+//   {"min", "Configured memory reservation", 10, kLd, kKB, [](auto &row) { return row.alloc.min; }, kAdd}
+template <typename Row, size_t count>
+constexpr std::array<ColumnDesc, count> ColumnsOf(const Column<Row> (&described)[count]) {
+  static_assert(count <= kMaxColumns);
+  std::array<ColumnDesc, count> columns = {};
+  for (size_t i = 0; i < count; ++i)
+    columns[i] = described[i];
+  return columns;
+}
+
+// Applies a column selection: names separated by ':', ignoring case; null selects all. Hides the other columns, unless
+// they are mandatory, and widens each column to its name. Only the first 128 characters of a selection count.
 void ColumnsApplySelection(ColumnTable table, const char *selection);
 
 // The names of the shown columns, separated by ':'; "(all)" or "(none)".
@@ -46,16 +88,13 @@ NameList ColumnsDescribeSelection(ColumnTable table);
 
 void TablePrintHeader(ColumnTable table, bool csv);
 
-// The dashed line; nothing in CSV mode.
+// Prints a line of dashes; nothing in CSV.
 void TablePrintSeparator(ColumnTable table, bool csv);
 
-// Separator, header, separator.
+// Prints separator, header, separator.
 void TablePrintHead(ColumnTable table, bool csv);
 
-// Prints a row. `values` has one value per column, shown or not; a missing one at the end counts as empty.
-void TablePrintRow(ColumnTable table, bool csv, bool total, std::span<const Value> values);
-
-// The labels and their meanings, for -v.
+// Prints what the shown columns mean, for -v.
 void TablePrintDescriptions(ColumnTable table);
 
 }  // namespace kestrel

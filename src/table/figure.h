@@ -1,9 +1,11 @@
-// Values of a row, and figures: which field of a report's row a column shows, and how.
+// What a column shows: which value of a row, in which unit it comes, and how it is summed.
 #ifndef KESTREL_TABLE_FIGURE_H
 #define KESTREL_TABLE_FIGURE_H
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <string_view>
 #include <type_traits>
@@ -12,95 +14,95 @@
 
 namespace kestrel {
 
-// One value of a row: a number, a text, or both forms of the same. Without either, it is 0 and empty.
-class Value {
- public:
-  Value() = default;
-  Value(uint64_t number) : number_(number) {}
-  Value(std::string_view text) : text_(text) {}
-  Value(uint64_t number, std::string_view text) : number_(number), text_(text) {}
-
-  uint64_t number() const { return number_; }
-  std::string_view text() const { return text_; }
-
- private:
-  uint64_t number_ = 0;
-  std::string_view text_;
-};
-
-enum class FigureType : uint8_t { kNone, kU8, kU16, kU32, kU64, kI32, kI64, kText, kTextPointer };
-
-// How a figure becomes what is displayed.
+// The unit that a figure has in its row.
 enum class FigureUnit : uint8_t {
-  kPlain,  // as it is
-  kKB,     // an amount in KB, all ones if there is none
-  kPages,  // a count of 4 KB pages
+  kPlain,  // never converted
+  kKB,     // all ones: not available, or unlimited
+  kPages,  // of 4 KB
   kBytes,
-  kYesNo,  // y if it is not 0, else n: a character and a text
+  kYesNo,  // prints y unless it is 0, else n
 };
 
-// How a row's figure goes into a row of sums. Sums are formed before any conversion, so they are rounded once.
+// How the figures of all rows become one figure of a total row. Sums are made of unconverted figures, so that they are
+// rounded once, and wrap in the width of the figure.
 enum class FigureSum : uint8_t {
-  kLeave,  // not at all
+  kNoSum,
   kAdd,
-  kAddAvailable,  // added unless it is all ones, "not available"
+  kAddAvailable,  // leaves out all ones, "not available"
   kAddTwice,
-  kMean,     // added, and divided by the number of rows in the end
-  kLast,     // the sum is the last row's figure
-  kAllOnes,  // there is no sum
+  kMean,     // rounded down
+  kLast,     // the figure of the last row
+  kAllOnes,  // whatever the rows have
 };
 
-void AMeanTakes64Bits();  // has no body: naming it ends the compilation
-
-// A column's place in a row structure, which may be packed, wire records included.
+// One figure of a row. It is a number or a text.
 struct Figure {
-  uint16_t offset = 0;
-  uint16_t size = 0;
-  FigureType type = FigureType::kNone;
+  uint64_t (*number)(const void *row) = nullptr;  // signed numbers are sign-extended
+  std::string_view (*text)(const void *row) = nullptr;
+  uint8_t bits = 64;  // width of the number
+  bool isSigned = false;
   FigureUnit unit = FigureUnit::kPlain;
-  FigureSum sum = FigureSum::kLeave;
+  FigureSum sum = FigureSum::kNoSum;
 
-  consteval Figure Sum(FigureSum how) const {
-    if (how == FigureSum::kMean && type != FigureType::kU64) AMeanTakes64Bits();
-    Figure figure = *this;
-    figure.sum = how;
-    return figure;
+  // Cuts a number to the figure's width and extends it again.
+  uint64_t Cut(uint64_t value) const {
+    const int unused = 64 - bits;
+    if (isSigned) return static_cast<uint64_t>(static_cast<int64_t>(value << unused) >> unused);
+    return value << unused >> unused;
+  }
+
+  // The number as a table shows it.
+  uint64_t Displayed(uint64_t value, ReportUnit displayUnit) const {
+    switch (unit) {
+      case FigureUnit::kPlain:
+      case FigureUnit::kYesNo: return value;
+      case FigureUnit::kKB: return Cut(OptionalKBToUnit(value, displayUnit));
+      case FigureUnit::kPages: return Cut(PagesToUnit(value, displayUnit));
+      case FigureUnit::kBytes: return Cut(BytesToUnit(value, displayUnit));
+    }
+    return value;
   }
 };
 
-template <typename T>
-consteval FigureType FigureTypeOf() {
-  if constexpr (std::is_same_v<T, uint8_t>) return FigureType::kU8;
-  if constexpr (std::is_same_v<T, uint16_t>) return FigureType::kU16;
-  if constexpr (std::is_same_v<T, uint32_t>) return FigureType::kU32;
-  if constexpr (std::is_same_v<T, uint64_t>) return FigureType::kU64;
-  if constexpr (std::is_same_v<T, int32_t>) return FigureType::kI32;
-  if constexpr (std::is_same_v<T, int64_t>) return FigureType::kI64;
-  if constexpr (std::is_same_v<std::remove_extent_t<T>, char> && std::is_array_v<T>) return FigureType::kText;
-  if constexpr (std::is_same_v<T, const char *>) return FigureType::kTextPointer;
+template <typename Row, typename Read>
+uint64_t ReadNumber(const void *row) {
+  return static_cast<uint64_t>(Read()(*static_cast<const Row *>(row)));
 }
 
-template <typename Member>
-consteval Figure FigureAt(size_t offset, FigureUnit unit) {
-  using T = std::remove_reference_t<Member>;
-  return {.offset = static_cast<uint16_t>(offset), .size = sizeof(T), .type = FigureTypeOf<T>(), .unit = unit};
+template <typename Row, typename Read>
+std::string_view ReadText(const void *row) {
+  return Read()(*static_cast<const Row *>(row));
 }
 
-// The figure at a member of the report's row, as PLAIN(alloc.shares); `Row` names the row's type where these stand.
-#define PLAIN(member) FigureAt<decltype(Row::member)>(offsetof(Row, member), FigureUnit::kPlain)
-#define KB(member) FigureAt<decltype(Row::member)>(offsetof(Row, member), FigureUnit::kKB)
-#define PAGES(member) FigureAt<decltype(Row::member)>(offsetof(Row, member), FigureUnit::kPages)
-#define BYTES(member) FigureAt<decltype(Row::member)>(offsetof(Row, member), FigureUnit::kBytes)
-#define YES_NO(member) FigureAt<decltype(Row::member)>(offsetof(Row, member), FigureUnit::kYesNo)
+// The figure that `Read`, the type of a lambda without captures, takes from a row of type `Row`. It returns an integer
+// or a string_view by value, so that it can read the unaligned fields of packed records.
+template <typename Row, typename Read>
+constexpr Figure FigureOf(FigureUnit unit, FigureSum sum) {
+  using Type = std::invoke_result_t<Read, const Row &>;
+  Figure figure = {.unit = unit, .sum = sum};
+  if constexpr (std::same_as<Type, std::string_view>) {
+    figure.text = ReadText<Row, Read>;
+  } else {
+    static_assert(std::integral<Type>, "a text is a string_view: use Text()");
+    figure.number = ReadNumber<Row, Read>;
+    figure.bits = sizeof(Type) * 8;
+    figure.isSigned = std::is_signed_v<Type>;
+    if (sum == FigureSum::kMean && sizeof(Type) != sizeof(uint64_t)) std::abort();  // does not compile in a constant
+  }
+  return figure;
+}
 
-// The displayed value of a figure of the row at `row`. Narrow signed fields are converted sign-extended and cut back.
-Value LoadFigure(const Figure &figure, const void *row, ReportUnit unit);
+// The text of a field, which may fill its room without a terminator.
+template <size_t size>
+std::string_view Text(const char (&field)[size]) {
+  return {field, strnlen(field, size)};
+}
 
-// Adds the figure of one row into a row of sums of the same type, in the field's own width, which wraps.
-void SumFigure(const Figure &figure, const void *row, void *sums);
-
-// Turns a sum over so many rows into their mean, rounded down, if the figure is one that has a mean.
-void FinishSum(const Figure &figure, void *sums, uint32_t rows);
+// A terminated text; empty for null.
+template <std::same_as<const char *> Pointer>
+std::string_view Text(Pointer text) {
+  return text == nullptr ? std::string_view() : text;
+}
 
 }  // namespace kestrel
 

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "platkit/warning.h"
+#include "src/table/terminal_text.h"
 
 namespace kestrel {
 namespace {
@@ -12,19 +13,19 @@ namespace {
 HVC_ReturnStatus ParseLevel(const char *text, uint32_t &levels) {
   const auto count = static_cast<uint32_t>(std::strtol(text, nullptr, 10));
   if (count == 0) {
-    Warning("Invalid level %s, must be > 0\n", text);
+    Warning("Invalid level %s, must be > 0\n", ForWarning(text).c_str());
     return HVC_BAD_PARAM;
   }
   levels = count;
-  if (count > kMostLevels) {
-    // "reseting" has been in people's scripts for as long as the option.
-    Warning("Specified level %s too high, reseting to %d\n", text, static_cast<int>(kMostLevels));
-    levels = kMostLevels;
+  if (count > kMaxLevels) {
+    // "reseting" is fixed: scripts match it.
+    Warning("Specified level %s too high, reseting to %d\n", ForWarning(text).c_str(), static_cast<int>(kMaxLevels));
+    levels = kMaxLevels;
   }
   return HVC_OK;
 }
 
-// Group IDs are kept in 32 bits with their sign.
+// Group IDs are cut to 32 bits and sign-extended.
 int64_t ParseGroup(const char *text) { return static_cast<int32_t>(std::strtol(text, nullptr, 10)); }
 
 }  // namespace

@@ -11,11 +11,11 @@
 
 namespace kestrel {
 
-inline constexpr uint32_t kMostLevels = 12;
+inline constexpr uint32_t kMaxLevels = 12;
 
 struct ReportOptions {
   int64_t startGroup = 0;           // -g
-  uint32_t levels = kMostLevels;    // -l
+  uint32_t levels = kMaxLevels;     // -l
   const char *unit = nullptr;       // -u
   const char *selection = nullptr;  // -s
   char *inclusionFilter = nullptr;  // -i
@@ -25,7 +25,7 @@ struct ReportOptions {
   bool tags = false;                // -t
 };
 
-// The long names that the letters have, but in reports with long names of their own. The last is all zeros.
+// The long names of the options, except in reports that have long names of their own. The last one is all zeros.
 inline constexpr option kSharedLongNames[] = {
     {"gid", required_argument, nullptr, 'g'},     {"level", required_argument, nullptr, 'l'},
     {"unit", required_argument, nullptr, 'u'},    {"iFilter", required_argument, nullptr, 'i'},
@@ -34,7 +34,7 @@ inline constexpr option kSharedLongNames[] = {
     {"tags", no_argument, nullptr, 't'},          {nullptr, 0, nullptr, 0},
 };
 
-// The options that a report takes, in getopt's form: their letters, and its own long names instead of the shared ones.
+// The options of a report, as getopt takes them: letters, and perhaps long names that replace the shared ones.
 struct OptionSyntax {
   const char *letters;
   const option *ownLongNames = nullptr;
@@ -42,8 +42,9 @@ struct OptionSyntax {
   bool Takes(char letter) const { return std::strchr(letters, letter) != nullptr; }
 };
 
-// Parses a report's options, going on where the global options ended. A later option replaces an earlier one; unknown
-// options and missing arguments are passed over. Only the level is checked here, as it is met: HVC_BAD_PARAM.
+// Parses a report's options from where the parser of the global options stopped. A later option replaces an earlier
+// one. Unknown options and missing arguments are ignored. A bad level ends it with HVC_BAD_PARAM; the rest is not
+// checked here.
 [[nodiscard]] HVC_ReturnStatus ParseReportOptions(int argc, char **argv, const OptionSyntax &syntax,
                                                   ReportOptions &options);
 

@@ -1,19 +1,50 @@
-// Rows of figures: between a report's row structure and the table engine.
+// The rows of a table.
 #ifndef KESTREL_TABLE_REPORT_ROW_H
 #define KESTREL_TABLE_REPORT_ROW_H
+
+#include <cstdint>
+#include <span>
+#include <string_view>
 
 #include "src/table/column_table.h"
 
 namespace kestrel {
 
-// Prints the figures of the row structure at `row`, each converted to the display unit as its column says.
+// Prints the figures of the row structure at `row`. In a total row, the columns that are not in it are blank.
 void PrintFigures(ColumnTable table, bool csv, bool total, const void *row, ReportUnit unit);
 
-// Adds every figure of `row` into `sums`, a structure of the same type, as its column says.
-void SumFigures(ColumnTable table, const void *row, void *sums);
+// The sums of a table's figures.
+class ColumnSums {
+ public:
+  void Add(ColumnTable table, const void *row);
 
-// Makes means of the sums over `rows` rows whose columns say so.
-void FinishSums(ColumnTable table, void *sums, uint32_t rows);
+  // Prints a row of the sums. Columns without a sum show the figures of the row structure at `label`.
+  void Print(ColumnTable table, bool csv, bool total, const void *label, ReportUnit unit) const;
+
+ private:
+  uint64_t Result(const Figure &figure, size_t column) const;
+
+  uint64_t sums_[kMaxColumns] = {};
+  uint32_t rows_ = 0;
+};
+
+// A value for a row that is no structure: a number or a text. The default is both 0 and empty.
+class Value {
+ public:
+  Value() = default;
+  Value(uint64_t number) : number_(number) {}
+  Value(std::string_view text) : text_(text) {}
+
+  uint64_t number() const { return number_; }
+  std::string_view text() const { return text_; }
+
+ private:
+  uint64_t number_ = 0;
+  std::string_view text_;
+};
+
+// Prints a row of values, one for each column, shown or not. Values missing at the end count as default ones.
+void TablePrintRow(ColumnTable table, bool csv, bool total, std::span<const Value> values);
 
 }  // namespace kestrel
 

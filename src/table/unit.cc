@@ -2,7 +2,6 @@
 
 #include <strings.h>
 
-#include "platkit/records.h"
 #include "platkit/warning.h"
 
 namespace kestrel {
@@ -33,24 +32,6 @@ const char *UnitName(ReportUnit unit) {
     case ReportUnit::kBytes: return "Bytes";
   }
   return "Unknown";
-}
-
-uint64_t KBToUnit(uint64_t kb, ReportUnit unit) {
-  switch (unit) {
-    case ReportUnit::kMB: return (kb + 1023) >> 10;
-    case ReportUnit::kKB: return kb;
-    case ReportUnit::kPage: return (kb + 3) >> 2;
-    case ReportUnit::kBytes: return kb << 10;
-  }
-  return 0;
-}
-
-uint64_t OptionalKBToUnit(uint64_t kb, ReportUnit unit) { return kb == HVC_KB_NONE ? kb : KBToUnit(kb, unit); }
-
-uint64_t PagesToUnit(uint64_t pages, ReportUnit unit) { return KBToUnit(pages * 4, unit); }
-
-uint64_t BytesToUnit(uint64_t bytes, ReportUnit unit) {
-  return unit == ReportUnit::kBytes ? bytes : KBToUnit((bytes + 1023) >> 10, unit);
 }
 
 }  // namespace kestrel

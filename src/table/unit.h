@@ -1,34 +1,46 @@
-// Display units.
+// The display unit that a user chooses with -u, and conversions to it.
 #ifndef KESTREL_TABLE_UNIT_H
 #define KESTREL_TABLE_UNIT_H
 
 #include <cstdint>
 
-#include "platkit/export.h"
+#include "platkit/records.h"
 #include "platkit/status.h"
 
 namespace kestrel {
 
 enum class ReportUnit : uint32_t { kMB = 3, kKB = 4, kPage = 5, kBytes = 6 };
 
-// Reads a unit's text, case ignored: mb, kb, pg and, where bytes are allowed, b. Null gives KB. Any other text gets a
-// warning and HVC_BAD_PARAM, and leaves `unit` as it was.
+// Parses a unit, ignoring case: mb, kb, pg and, if `bytesAllowed`, b. Null means KB. For any other text it warns,
+// returns HVC_BAD_PARAM and does not change `unit`.
 [[nodiscard]] HVC_ReturnStatus UnitParse(const char *text, bool bytesAllowed, ReportUnit &unit);
 
-// "KB", "MB", "Page (4K)", "Bytes".
+// "KB", "MB", "Page (4K)" or "Bytes".
 const char *UnitName(ReportUnit unit);
 
-// An amount in KB in a display unit, rounded up. 64-bit arithmetic, which wraps.
-uint64_t KBToUnit(uint64_t kb, ReportUnit unit);
+// Converts KB to a display unit, rounding up. The arithmetic has 64 bits and wraps.
+constexpr uint64_t KBToUnit(uint64_t kb, ReportUnit unit) {
+  switch (unit) {
+    case ReportUnit::kMB: return (kb + 1023) >> 10;
+    case ReportUnit::kKB: return kb;
+    case ReportUnit::kPage: return (kb + 3) >> 2;
+    case ReportUnit::kBytes: return kb << 10;
+  }
+  return 0;
+}
 
-// The same for an amount that may be unavailable, or a limit that may not be set: all ones stays all ones.
-uint64_t OptionalKBToUnit(uint64_t kb, ReportUnit unit);
+// Converts KB, but leaves all ones (not available, or unlimited) as it is.
+constexpr uint64_t OptionalKBToUnit(uint64_t kb, ReportUnit unit) {
+  return kb == HVC_KB_NONE ? kb : KBToUnit(kb, unit);
+}
 
-// A count of 4 KB pages in a display unit. Page counts have no mark for "not available".
-uint64_t PagesToUnit(uint64_t pages, ReportUnit unit);
+// Converts a count of 4 KB pages. No count means "not available".
+constexpr uint64_t PagesToUnit(uint64_t pages, ReportUnit unit) { return KBToUnit(pages * 4, unit); }
 
-// An amount in bytes in a display unit: rounded up to KB, and from there on as such.
-uint64_t BytesToUnit(uint64_t bytes, ReportUnit unit);
+// Converts bytes, which are first rounded up to KB unless the display unit is bytes.
+constexpr uint64_t BytesToUnit(uint64_t bytes, ReportUnit unit) {
+  return unit == ReportUnit::kBytes ? bytes : KBToUnit((bytes + 1023) >> 10, unit);
+}
 
 }  // namespace kestrel
 

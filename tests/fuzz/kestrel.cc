@@ -63,7 +63,7 @@ bool IsLongWalk(SnapshotFile &file) {
     members.resize(value.payload.size() / sizeof(int64_t));
     if (!members.empty()) std::memcpy(members.data(), value.payload.data(), members.size() * sizeof(int64_t));
   }
-  for (uint32_t level = 1; level < kestrel::kMostLevels; ++level) {
+  for (uint32_t level = 1; level < kestrel::kMaxLevels; ++level) {
     std::map<int64_t, uint64_t> visits;
     for (const auto &[id, group] : groups) {
       uint64_t &sum = visits[id] = 1;

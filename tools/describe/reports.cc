@@ -51,7 +51,7 @@ void PutColumn(std::ostream &out, const Report &report, const ColumnDesc &column
   std::string text = Capitalized(MeaningOf(column)) + " (" + KindOf(column);
   const std::string sum = SumOf(report, column);
   if (!sum.empty()) text += "; " + sum;
-  if (column.mandatory()) text += "; always shown";
+  if (column.IsMandatory()) text += "; always shown";
   PutFilled(out, Literal(text + ')'));
 }
 

@@ -57,7 +57,7 @@ Option OptionOf(const Report &report, char letter) {
 
 bool HasFigureSums(const Report &report) {
   return std::any_of(report.columns.begin(), report.columns.end(),
-                     [](const ColumnDesc &column) { return column.figure.sum != FigureSum::kLeave; });
+                     [](const ColumnDesc &column) { return column.figure.sum != FigureSum::kNoSum; });
 }
 
 }  // namespace
@@ -94,7 +94,7 @@ std::string KindOf(const ColumnDesc &column) {
 std::string SumOf(const Report &report, const ColumnDesc &column) {
   if (report.sums == kestrel::Sums::kNone) return {};
   // The rows of tags have all columns.
-  if (report.sums == kestrel::Sums::kTotalRow && !column.inTotal()) return {};
+  if (report.sums == kestrel::Sums::kTotalRow && !column.IsInTotal()) return {};
   switch (column.figure.sum) {
     case FigureSum::kAdd: return "sum";
     case FigureSum::kAddAvailable: return "sum without what is not available";
@@ -102,7 +102,7 @@ std::string SumOf(const Report &report, const ColumnDesc &column) {
     case FigureSum::kMean: return "mean";
     case FigureSum::kLast: return "the last one";
     case FigureSum::kAllOnes: return "always -1";
-    case FigureSum::kLeave: break;
+    case FigureSum::kNoSum: break;
   }
   if (column.conversion == Conversion::kS) return "label";
   return HasFigureSums(report) ? "no sum" : "sum";

@@ -2,28 +2,22 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdarg>
 #include <cstring>
-#include <functional>
 #include <random>
+
+#include "src/table/report_row.h"
+#include "tests/src/table/printed.h"
 
 namespace kestrel {
 namespace {
 
 using enum Conversion;
 
-std::string Printed(const std::function<void()> &print) {
-  testing::internal::CaptureStdout();
-  print();
-  std::fflush(stdout);
-  return testing::internal::GetCapturedStdout();
-}
-
 std::vector<ColumnDesc> Columns() {
   return {
       {"gid", "Group ID", 8, kLu, kInTotal | kMandatory},
       {"name", "Group name", 10, kS, kInTotal},
-      {"pct", "Percentage", 3, kU, kPlain},
+      {"pct", "Percentage", 3, kU},
       {"consumedPeak", "A name wider than its column", 4, kLd, kInTotal},
   };
 }
@@ -98,14 +92,14 @@ TEST(ColumnTable, TotalRowBlanksWhatHasNoTotal) {
   const Value values[] = {uint64_t{7}, std::string_view("Total"), uint64_t{50}, uint64_t{9}};
   EXPECT_EQ(Printed([&] { TablePrintRow(columns, false, true, values); }), "       7      Total                9\n");
   EXPECT_EQ(Printed([&] { TablePrintRow(columns, true, true, values); }), "7,Total,,9\n");
-  columns[0].flags = kPlain;
+  columns[0].flags = 0;
   EXPECT_EQ(Printed([&] { TablePrintRow(columns, true, true, values); }), ",Total,,9\n");
   EXPECT_EQ(Printed([&] { TablePrintRow(columns, false, true, values); }), "              Total                9\n");
 }
 
 TEST(ColumnTable, AMissingLastValueIsNotPrintedInATotalRow) {
   auto columns = Columns();
-  columns[3].flags = kPlain;
+  columns[3].flags = 0;
   const Value values[] = {uint64_t{7}, std::string_view("Total"), uint64_t{50}};
   EXPECT_EQ(Printed([&] { TablePrintRow(columns, true, true, values); }), "7,Total,,\n");
 }
@@ -148,7 +142,7 @@ std::string ReferenceRow(const std::vector<ColumnDesc> &columns, bool csv, bool 
     const int width = csv ? 0 : column.width - carry;
     const uint64_t number = column.conversion == kS ? 0 : values[i].number();
     int printed = 0;
-    if (total && !column.inTotal()) {
+    if (total && !column.IsInTotal()) {
       printed = std::snprintf(field, sizeof field, "%*s", width, "");
     } else {
       switch (column.conversion) {
@@ -179,7 +173,7 @@ TEST(ColumnTable, RowsAreThoseOfPrintf) {
       const auto conversion = static_cast<Conversion>(upTo(5));
       // Now and then a width or a text long enough for the carry to go round.
       const auto width = static_cast<uint8_t>(upTo(9) == 0 ? upTo(255) : upTo(20));
-      columns.push_back({"x", "", width, conversion, static_cast<uint8_t>(upTo(1) == 0 ? kPlain : kInTotal)});
+      columns.push_back({"x", "", width, conversion, static_cast<uint8_t>(upTo(1) == 0 ? 0 : kInTotal)});
       columns.back().shown = upTo(5) != 0;
       if (conversion == kS) {
         values.emplace_back(std::string_view(texts).substr(0, upTo(9) == 0 ? upTo(400) : upTo(20)));

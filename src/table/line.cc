@@ -1,0 +1,79 @@
+#include "src/table/line.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "src/table/output.h"
+#include "src/table/terminal_text.h"
+
+namespace kestrel {
+namespace {
+
+// Writes a number into `digits` and returns its text.
+template <typename Number, size_t size>
+std::string_view Format(char (&digits)[size], Number number) {
+  const char *end = std::to_chars(digits, digits + size, number).ptr;
+  return {digits, static_cast<size_t>(end - digits)};
+}
+
+}  // namespace
+
+void Line::Flush() {
+  PrintBytes({text_, size_});
+  size_ = 0;
+}
+
+inline void Line::Append(std::string_view text) {
+  if (text.size() > sizeof text_ - size_) {
+    Flush();
+    if (text.size() > sizeof text_) return PrintBytes(text);
+  }
+  std::memcpy(text_ + size_, text.data(), text.size());
+  size_ += text.size();
+}
+
+inline void Line::Pad(int count) {
+  if (count <= 0) return;
+  const auto size = static_cast<size_t>(count);  // below 256
+  if (size > sizeof text_ - size_) Flush();
+  std::memset(text_ + size_, ' ', size);
+  size_ += size;
+}
+
+void Line::PrintText(const ColumnDesc &column, std::string_view text) {
+  if (!first_) Append(csv_ ? "," : " ");
+  first_ = false;
+  if (csv_) return Append(text);
+  const int width = column.width - carry_;
+  const int length = static_cast<int>(text.size());
+  Pad(width - length);
+  Append(text);
+  Pad(-width - length);
+  carry_ = static_cast<uint8_t>(carry_ + std::max(length, std::abs(width)) - column.width);
+}
+
+void Line::PrintForeignText(const ColumnDesc &column, std::string_view text) {
+  if (!OutputIsTerminal() || !NeedsMask(text)) return PrintText(column, text);
+  std::string masked(text);
+  MaskForTerminal(masked);
+  PrintText(column, masked);
+}
+
+void Line::PrintNumber(const ColumnDesc &column, uint64_t number) {
+  char digits[24];
+  switch (column.conversion) {
+    case Conversion::kU: return PrintText(column, Format(digits, static_cast<uint32_t>(number)));
+    case Conversion::kD: return PrintText(column, Format(digits, static_cast<int32_t>(number)));
+    case Conversion::kLu: return PrintText(column, Format(digits, number));
+    case Conversion::kLd: return PrintText(column, Format(digits, static_cast<int64_t>(number)));
+    case Conversion::kC: digits[0] = static_cast<char>(number); return PrintText(column, {digits, 1});
+    case Conversion::kS: return PrintText(column, {});
+  }
+}
+
+void Line::End() { PrintLine({text_, size_}); }
+
+}  // namespace kestrel
