@@ -122,6 +122,7 @@ void OccupyStandardDescriptors() {
 PLATKIT_EXPORT int main(int argc, char **argv) {
   kestrel::OccupyStandardDescriptors();
   std::signal(SIGPIPE, SIG_IGN);  // so that a write fails with EPIPE
+  kestrel::OpenOutput();
   const int result = kestrel::Run(argc, argv);
   return kestrel::FinishOutput() ? result : EXIT_FAILURE;
 }

@@ -12,19 +12,49 @@
 namespace kestrel {
 namespace {
 
+constinit bool isOpen = false;
 constinit int failure = 0;  // errno of the first failed write
+
+// Writes for stdio, which wants 0 for a failure.
+ssize_t WriteOutput(void *, const char *bytes, size_t size) {
+  size_t written = 0;
+  while (written < size) {
+    const ssize_t count = write(STDOUT_FILENO, bytes + written, size - written);
+    if (count == -1 && errno == EINTR) continue;
+    if (count == -1) {
+      if (failure == 0) failure = errno;
+      return 0;
+    }
+    written += static_cast<size_t>(count);
+  }
+  return static_cast<ssize_t>(size);
+}
 
 bool HasFailed() {
   if (ferror_unlocked(stdout) == 0) return false;
-  if (failure == 0) failure = errno != 0 ? errno : EIO;
+  // A failure that WriteOutput did not see has lost its errno.
+  if (failure == 0) failure = EIO;
   return true;
 }
 
 void WarnOfLostOutput() {
-  Warning("Couldn't write to standard output: %s\n", std::strerror(failure));
+  if (failure != EPIPE) Warning("Couldn't write to standard output: %s\n", std::strerror(failure));
 }
 
 }  // namespace
+
+// By the time that a failure is noticed, errno has changed: the library flushes standard output, too. Therefore stdio
+// writes through WriteOutput.
+void OpenOutput() {
+  if (fileno(stdout) != STDOUT_FILENO) return;
+  static char buffer[1 << 16];
+  std::FILE *output =
+      fopencookie(nullptr, "w", {.read = nullptr, .write = WriteOutput, .seek = nullptr, .close = nullptr});
+  if (output == nullptr) return;
+  std::setvbuf(output, buffer, OutputIsTerminal() ? _IOLBF : _IOFBF, sizeof buffer);
+  stdout = output;
+  isOpen = true;
+}
 
 bool OutputIsTerminal() {
   static const bool isTerminal = isatty(STDOUT_FILENO) == 1;
@@ -36,7 +66,9 @@ void PrintBytes(std::string_view bytes) { fwrite_unlocked(bytes.data(), 1, bytes
 void PrintLine(std::string_view line) {
   PrintBytes(line);
   putc_unlocked('\n', stdout);
-  static_cast<void>(HasFailed());
+  if (!isOpen || !HasFailed()) return;
+  WarnOfLostOutput();
+  std::exit(EXIT_FAILURE);
 }
 
 bool FinishOutput() {

@@ -603,7 +603,7 @@ TEST(DcpmmCsv, ToAFullDeviceIsAnError) {
 TEST(DcpmmCsv, EndsWhenNobodyReadsAlong) {
   const StandinRun run = RunKestrel(MemoryHost(kOneSocket), {"-r", "dcpmm-stats", "-q", "-i", "5"},
                                     {.output = OutputTo::kClosedPipe, .timeZone = "UTC"});
-  EXPECT_EQ(run.outcome.errors, "Couldn't write to standard output: Broken pipe\n");
+  EXPECT_EQ(run.outcome.errors, "");
   EXPECT_EQ(run.outcome.exitStatus, 1);
   const auto sleeps = [](const std::string &call) { return call.starts_with("sleep("); };
   EXPECT_EQ(std::count_if(run.calls.begin(), run.calls.end(), sleeps), 1) << run;

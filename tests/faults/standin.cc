@@ -551,11 +551,13 @@ HVC_ReturnStatus NODAL_CheckSig(char *kernelBuild, uint32_t size, const char **o
 }
 
 void Warning(const char *format, ...) {
+  const int savedErrno = errno;
   std::fflush(stdout);
   va_list arguments;
   va_start(arguments, format);
   std::vfprintf(stderr, format, arguments);
   va_end(arguments);
+  errno = savedErrno;
 }
 
 char *Str_Strcpy(char *destination, const char *source, size_t size) {
