@@ -1,7 +1,5 @@
 #include "src/groups/traverse.h"
 
-#include <bit>
-
 #include "platkit/warning.h"
 #include "src/groups/group_queries.h"
 #include "src/nodal/param_list.h"
@@ -9,43 +7,12 @@
 namespace kestrel {
 namespace {
 
-// Tells a tree from groups that name each other, or one group many times: there the visits multiply with every level,
-// and nobody would see the end. It takes the same memory whatever the host.
-class TreeCheck {
- public:
-  // Whether the walk may visit that group.
-  bool Admits(int64_t groupID) {
-    if (visits_ == kMostVisits || names_ > kMostNames) return false;
-    if (visits_ >= kUnquestioned) {
-      // A tree has each group once. Where groups come again and again, one that was marked does so too; the mark moves
-      // on in case it stands on one that comes no more.
-      if (std::has_single_bit(visits_)) {
-        mark_ = groupID;
-      } else if (groupID == mark_) {
-        return false;
-      }
-    }
-    ++visits_;
-    return true;
-  }
-
-  // A group names so many members, which may be visited or not.
-  void Count(uint32_t members) { names_ += members; }
-
-  uint32_t visits() const { return visits_; }
-
- private:
-  // Small circles are gone through: a walk has few levels, so that they end by themselves.
-  static constexpr uint32_t kUnquestioned = 1 << 20;
-  // No host has as many groups: a Linux kernel has at most half as many processes, and 65,535 control groups with
-  // memory of their own. Long lists cost time and memory before their members are visited, hence the other bound.
-  static constexpr uint32_t kMostVisits = 1 << 23;
-  static constexpr uint64_t kMostNames = 1 << 27;
-
-  uint32_t visits_ = 0;
-  uint64_t names_ = 0;
-  int64_t mark_ = 0;
-};
+// What the longest walk costs: 1 for each group in a list of members, and kVisitCost for each visit. That allows
+// 16 million visits. Linux has at most 4,194,304 processes, and four groups that each name all four take 5.6 million
+// visits. A hand-edited snapshot can contain a cycle of groups, whose visits multiply with each level: such a walk
+// could take hours.
+constexpr uint64_t kBudget = uint64_t{1} << 30;
+constexpr uint64_t kVisitCost = 64;
 
 class Walk {
  public:
@@ -53,27 +20,27 @@ class Walk {
 
   HVC_ReturnStatus Run(int64_t groupID, uint32_t levels) {
     const HVC_ReturnStatus status = Visit(groupID, levels);
-    if (!ended_) return status;
-    Warning(
-        "KestrelTraverseGroups: there are too many groups below %ld, or they name each other: ended after %u visits\n",
-        groupID, check_.visits());
+    if (!HasEnded()) return status;
+    Warning("KestrelTraverseGroups: too many groups below %ld, or a cycle of groups: stopped after %u visits\n",
+            groupID, visits_);
     return HVC_LIMIT_EXCEEDED;
   }
 
  private:
+  bool HasEnded() const { return cost_ > kBudget; }
   HVC_ReturnStatus Visit(int64_t groupID, uint32_t levels);
 
   const bool csv_;
   const GroupCallback callback_;
   void *const context_;
-  TreeCheck check_;
-  bool ended_ = false;
+  uint32_t visits_ = 0;
+  uint64_t cost_ = 0;
 };
 
 HVC_ReturnStatus Walk::Visit(int64_t groupID, uint32_t levels) {
-  ended_ = ended_ || !check_.Admits(groupID);
-  if (ended_) return HVC_LIMIT_EXCEEDED;
-
+  if (HasEnded()) return HVC_LIMIT_EXCEEDED;
+  ++visits_;
+  cost_ += kVisitCost;
   ParamList children;
   HVC_ReturnStatus status = ListMemberGroups(
       groupID, {.caller = "KestrelTraverseGroups", .listStep = "NODAL_GetInstanceListAlloc", .vanishedIsSilent = true},
@@ -81,15 +48,15 @@ HVC_ReturnStatus Walk::Visit(int64_t groupID, uint32_t levels) {
   if (status != HVC_OK) return status;
 
   const uint32_t count = NODAL_ParamListUsedCount(children.get());
-  check_.Count(count);
+  cost_ += count;
   status = callback_(groupID, count, csv_, context_);
   if (status != HVC_OK || levels == 1) return status;
 
-  for (uint32_t i = 0; i < count && !ended_; ++i) {
+  for (uint32_t i = 0; i < count && !HasEnded(); ++i) {
     int64_t child = 0;
     status = NODAL_ParamListGetInt64(children.get(), i, &child);
     if (status != HVC_OK) continue;
-    // A group that vanished, or that its callback refused, is no reason to leave out its siblings.
+    // A failure below a child does not concern its siblings.
     static_cast<void>(Visit(child, levels - 1));
   }
   return status;

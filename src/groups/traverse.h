@@ -8,19 +8,17 @@
 
 namespace kestrel {
 
-// Called once per visited group, before its children. A status other than HVC_OK keeps the walk out of the group's
-// children.
+// Called once for each visit of a group, before its children. After a status other than HVC_OK, the walk skips the
+// group's children.
 using GroupCallback = HVC_ReturnStatus (*)(int64_t groupID, uint32_t childCount, bool csv, void *context);
 
-// Visits a group and its descendants, `levels` levels in all (at least 1), each parent before its children and children
-// in the kernel's order. What fails below the start group keeps that group out of the walk and nothing else: groups
-// vanish while it goes on.
+// Visits a group and its descendants on `levels` levels in all (at least 1), parents before children, and children in
+// the order of their list. A failure below the start group prunes the walk there and has no other effect, since groups
+// vanish while it runs. A group is visited as often as it is named; a walk that exceeds its budget stops with a
+// warning.
 //
-// Groups that name each other are visited each time they are named, but not without end: a walk that is longer than any
-// tree can make it is ended, which is reported.
-//
-// HVC_NOT_FOUND, silently, if the start group does not exist; HVC_LIMIT_EXCEEDED if the walk was ended; else the status
-// of the callback for the start group, or of reading the last of its children's IDs.
+// Returns HVC_NOT_FOUND without a warning if the start group does not exist, and HVC_LIMIT_EXCEEDED if the budget is
+// exceeded. Otherwise returns the status of the callback for the start group, or of reading its last child's ID.
 [[nodiscard]] HVC_ReturnStatus KestrelTraverseGroups(int64_t groupID, uint32_t levels, bool csv, GroupCallback callback,
                                                      void *context);
 
