@@ -19,7 +19,7 @@ namespace {
 using enum Conversion;
 using enum FigureUnit;
 
-// The flags of a region. No mask shares a bit with noFlags, which is never shown.
+// The flags of a region. noFlags has no bits, so it is never shown.
 constexpr FlagName PMemRegionFlagNames[] = {
     {0, "noFlags"},
     {HVC_REGION_ALLOCATED, "allocated"},
@@ -42,7 +42,7 @@ struct RegionRow {
   const char *uuid;
   const char *regionUuid;
   RegionRecord region;
-  char flags[80];  // holds all names
+  char flags[80];  // long enough for all names
   char numaAffinityMask[19];
 };
 
@@ -106,13 +106,13 @@ constinit auto columns = ColumnsOf<RegionNumaRow>({
 });
 }  // namespace region_numa
 
-// Says which operation of a step failed, or which inner step.
+// Warns if an operation of the function `step` failed, and returns its status.
 HVC_ReturnStatus Checked(const char *step, const char *operation, HVC_ReturnStatus status) {
   if (status != HVC_OK) Warning("%s: %s failure\n", step, operation);
   return status;
 }
 
-// Makes the arguments of the step of that name: texts.
+// Makes the arguments of the function `step`: texts.
 HVC_ReturnStatus MakeTexts(const char *step, std::initializer_list<const char *> texts, uint32_t capacity,
                            ParamList &arguments) {
   arguments = MakeArguments(capacity);
@@ -124,7 +124,7 @@ HVC_ReturnStatus MakeTexts(const char *step, std::initializer_list<const char *>
   return status;
 }
 
-// The same with a number behind the texts.
+// Makes the arguments of the function `step`: texts, and then a number.
 HVC_ReturnStatus MakeTextsAndNumber(const char *step, std::initializer_list<const char *> texts, int32_t number,
                                     ParamList &arguments) {
   const HVC_ReturnStatus status = MakeTexts(step, texts, static_cast<uint32_t>(texts.size()) + 1, arguments);
@@ -132,7 +132,7 @@ HVC_ReturnStatus MakeTextsAndNumber(const char *step, std::initializer_list<cons
   return Checked(step, "NODAL_ParamListAddInt", NODAL_ParamListAddInt(arguments.get(), number));
 }
 
-// Lists the instances below some texts. That there is no list is not reported: there may be no such memory.
+// Lists the instances below texts. A missing list gets no warning: the host may have no such memory.
 template <typename Record>
 HVC_ReturnStatus ListBelow(const char *step, NodeRef<Record> node, std::initializer_list<const char *> texts,
                            ParamList &instances) {
@@ -141,15 +141,14 @@ HVC_ReturnStatus ListBelow(const char *step, NodeRef<Record> node, std::initiali
   return status == HVC_OK ? ListInstances(node, arguments.get(), instances) : status;
 }
 
-// The text at a place of a list, whatever the status, and an empty one if none is given: what lies below it is then not
-// found.
-const char *TextOrEmpty(const NODAL_ParamList *list, uint32_t index) {
-  const char *text = nullptr;
-  static_cast<void>(NODAL_ParamListGetString(list, index, &text));
-  return text == nullptr ? "" : text;
+// The name at an index of a list. If it cannot be read, it is null, which the library refuses as an argument.
+const char *NameAt(const NODAL_ParamList *list, uint32_t index) {
+  const char *name = nullptr;
+  static_cast<void>(NODAL_ParamListGetString(list, index, &name));
+  return name;
 }
 
-// A report of this family on its way.
+// A running report.
 class PMemReport {
  public:
   PMemReport(ColumnTable columns, const HostRun &run) : columns_(columns), run_(run) {}
@@ -164,7 +163,7 @@ class PMemReport {
   const HostRun &run_;
 };
 
-// The volumes, one after another, up to the first that fails.
+// Calls `visit` for each volume until it fails.
 template <typename Visit>
 HVC_ReturnStatus ForEachVolume(Visit visit) {
   ParamList volumes;
@@ -175,7 +174,7 @@ HVC_ReturnStatus ForEachVolume(Visit visit) {
   return status;
 }
 
-// That the volume's record can be read is all that is asked of it.
+// Checks that the volume's record can be read.
 HVC_ReturnStatus PMemGetVolumeInfo(const char *volume) {
   ParamList arguments;
   const HVC_ReturnStatus status = MakeTexts("PMemGetVolumeInfo", {volume}, 1, arguments);
@@ -199,7 +198,7 @@ HVC_ReturnStatus PMemRegionStoreReport(const PMemReport &report) {
     RegionStoreRow row = {};
     HVC_ReturnStatus status = NODAL_ParamListGetString(volumes, i, &row.uuid);
     if (status != HVC_OK) {
-      Warning("%s: NODAL_ParamListGetString Failure\n", kStep);  // the one with a capital
+      Warning("%s: NODAL_ParamListGetString Failure\n", kStep);  // the capital F is fixed
       return status;
     }
     status = Checked(kStep, "PMemGetVolumeInfo", PMemGetVolumeInfo(row.uuid));
@@ -256,17 +255,16 @@ HVC_ReturnStatus GetExtentsInfo(int32_t extent, ExtentRow &row) {
 HVC_ReturnStatus PMemExtentsReport(const PMemReport &report) {
   constexpr char kStep[] = "PMemExtentsReport";
   return ForEachVolume([&](const NODAL_ParamList *volumes, uint32_t i) {
-    ExtentRow row = {};
-    row.uuid = TextOrEmpty(volumes, i);
+    const char *uuid = NameAt(volumes, i);
     ParamList extents;
-    HVC_ReturnStatus status = ListBelow(kStep, nodes::kExtents, {row.uuid}, extents);
+    HVC_ReturnStatus status = ListBelow(kStep, nodes::kExtents, {uuid}, extents);
     if (status != HVC_OK) return status;
     for (uint32_t k = 0; k < NODAL_ParamListUsedCount(extents.get()); ++k) {
       int32_t extent = 0;
       status = Checked(kStep, "NODAL_ParamListGetInt32", NODAL_ParamListGetInt32(extents.get(), k, &extent));
+      ExtentRow row = {.uuid = uuid, .extentID = extent, .extent = {}};
       if (status == HVC_OK) status = Checked(kStep, "GetExtentsInfo", GetExtentsInfo(extent, row));
       if (status != HVC_OK) return status;
-      row.extentID = extent;
       report.PrintRow(row);
     }
     return status;
@@ -281,17 +279,18 @@ HVC_ReturnStatus GetRegionsNumaInfo(int32_t node, RegionNumaRow &row) {
   return Checked(kStep, "NODAL_Get", ReadRecord(nodes::kRegionNuma, arguments.get(), row.numa));
 }
 
-// This walk's name has two spellings in its messages: the second one from the nodes on.
+// Warnings spell the function's name in two ways: the second one from the nodes on.
 constexpr char kNumaListStep[] = "PMemRegionNumaReport";
 constexpr char kNumaNodeStep[] = "PMemRegionsNumaReport";
 
-HVC_ReturnStatus PrintNodes(const PMemReport &report, RegionNumaRow &row) {
+HVC_ReturnStatus PrintNodes(const PMemReport &report, const char *uuid, const char *regionUuid) {
   ParamList nodes;
-  HVC_ReturnStatus status = ListBelow(kNumaListStep, nodes::kRegionNuma, {row.uuid, row.regionUuid}, nodes);
+  HVC_ReturnStatus status = ListBelow(kNumaListStep, nodes::kRegionNuma, {uuid, regionUuid}, nodes);
   if (status != HVC_OK) return status;
   for (uint32_t i = 0; i < NODAL_ParamListUsedCount(nodes.get()); ++i) {
     int32_t node = 0;
     status = Checked(kNumaNodeStep, "NODAL_ParamListGetInt32", NODAL_ParamListGetInt32(nodes.get(), i, &node));
+    RegionNumaRow row = {.uuid = uuid, .regionUuid = regionUuid, .numa = {}};
     if (status == HVC_OK) status = Checked(kNumaNodeStep, "GetRegionsNumaInfo", GetRegionsNumaInfo(node, row));
     if (status != HVC_OK) return status;
     report.PrintRow(row);
@@ -301,15 +300,12 @@ HVC_ReturnStatus PrintNodes(const PMemReport &report, RegionNumaRow &row) {
 
 HVC_ReturnStatus PMemRegionNumaReport(const PMemReport &report) {
   return ForEachVolume([&](const NODAL_ParamList *volumes, uint32_t i) {
-    RegionNumaRow row = {};
-    row.uuid = TextOrEmpty(volumes, i);
+    const char *uuid = NameAt(volumes, i);
     ParamList regions;
-    HVC_ReturnStatus status = ListBelow(kNumaListStep, nodes::kRegions, {row.uuid}, regions);
+    HVC_ReturnStatus status = ListBelow(kNumaListStep, nodes::kRegions, {uuid}, regions);
     if (status != HVC_OK) return status;
-    for (uint32_t k = 0; status == HVC_OK && k < NODAL_ParamListUsedCount(regions.get()); ++k) {
-      row.regionUuid = TextOrEmpty(regions.get(), k);
-      status = PrintNodes(report, row);
-    }
+    for (uint32_t k = 0; status == HVC_OK && k < NODAL_ParamListUsedCount(regions.get()); ++k)
+      status = PrintNodes(report, uuid, NameAt(regions.get(), k));
     return status;
   });
 }
@@ -330,8 +326,8 @@ HVC_ReturnStatus KestrelPMemReport(const Report &report, const char *title, Prin
     banner.SelectedColumns(report.columns);
   }
   TablePrintHead(report.columns, options.csv);
-  TablePrintSeparator(report.columns, options.csv);  // these reports have two lines above their first row
-  // A walk that stops has said why, and the rows that it printed stand: the report itself has not failed.
+  TablePrintSeparator(report.columns, options.csv);  // the second line above the rows is fixed
+  // A walk that stops has warned. The report still succeeds.
   static_cast<void>(printRows({report.columns, run}));
   EndHostReport(report.columns, options);
   return HVC_OK;

@@ -127,6 +127,32 @@ TEST_F(Terminal, ShowsNoEncodedControlCharacters) {
             "gid,name,tag\n0,a??31m\xc2\xb5?,??\n");
 }
 
+TEST_F(Terminal, ShowsNoCharactersThatChangeTheDirectionOfText) {
+  StandinHost host;
+  host.Add({.id = 0,
+            .name = "a\xe2\x80\xae"
+                    "b\xff"});
+  const std::vector<std::string> arguments = {"-r", "group-stats", "-q", "-s", "name"};
+  EXPECT_EQ(RunKestrel(host, arguments, {.output = OutputTo::kTerminal}).outcome.output, "gid,name\n0,a???b?\n");
+  EXPECT_EQ(RunKestrel(host, arguments).outcome.output,
+            "gid,name\n0,a\xe2\x80\xae"
+            "b\xff\n");
+}
+
+TEST_F(Terminal, ShowsNoControlCharactersOfAnArgument) {
+  const auto warnings = [](const std::vector<std::string> &arguments) {
+    const StandinRun run =
+        RunKestrel(BothReportsHost(), arguments, {.output = OutputTo::kTerminal, .errorsToOutput = true});
+    return run.outcome.output.substr(0, run.outcome.output.find('\n'));
+  };
+  EXPECT_EQ(warnings({"-r", "\x1b[2J"}), "Invalid report ?[2J");
+  EXPECT_EQ(warnings({"-c", "/\x9b.cache", "-r", "vm-stats"}),
+            "Couldn't open cache file /?.cache, error code: 195887107");
+  EXPECT_EQ(warnings({"-r", "group-stats", "-i", "vm:\x1b"}), "Invalid flag (?) in filter");
+  EXPECT_EQ(warnings({"-r", "group-stats", "-l", "\x1b"}), "Invalid level ?, must be > 0");
+  EXPECT_EQ(warnings({"-r", "group-stats", "-l", "99\x1b"}), "Specified level 99? too high, reseting to 12");
+}
+
 TEST_F(Terminal, ShowsTheSameTablesAsAPipe) {
   for (const std::vector<std::string> &arguments :
        {std::vector<std::string>{"-r", "group-stats", "-v"}, {"-r", "pshare-stats"}, {"-h"}}) {

@@ -16,16 +16,18 @@
 //   record <node> <arguments> <bytes in hexadecimal>
 //   list <node> <arguments> <instance>...
 //   fail <operation, or *> <node, or *> <which call, from 1; 0: each> <status> [answers]
+//   short-records
 //   cache <path>
 //   signature <status> "<kernel's build text>" "<own build text>"
 //   unit <segment> <bus> <slot> <function>
 //   traffic <event> <amount>...
 //   clock <seconds since 1970>
 //
-// with arguments written as in the log, and a text instance in quotes, or null for a text that is missing. A record or
-// list given again takes the place of the first. The node of a call on a list of instances is the one that the list was
-// read from. Where a call answers with a pointer, a failure is null. One that answers leaves a record, or what is in a
-// list, where it is asked for, in spite of its status.
+// with arguments written as in the log. A text instance is in quotes, or null for a null text. A later record or list
+// replaces an earlier one. The node of a call on a list of instances is the one that the list was read from. A call
+// that returns a pointer fails with null. With "answers", a failing call fills its output all the same. With
+// "short-records", a record that is shorter than asked for leaves the rest of the output as it is; otherwise its size
+// is an error.
 //
 // A unit has event counters behind its configuration registers; the traffic lines below it are its own (see uncore.h).
 //
@@ -119,8 +121,14 @@ std::string FromHex(const std::string &digits) {
   return bytes;
 }
 
+// A library that lists null texts also takes them as arguments; others refuse them.
+bool listsNullTexts = false;
+
 NODAL_Param ToInstance(const std::string &word) {
-  if (word == "null") return {.isText = true};
+  if (word == "null") {
+    listsNullTexts = true;
+    return {.isText = true};
+  }
   if (word.front() == '"') return {.isText = true, .text = word.substr(1, word.size() - 2)};
   return {.integer = std::stoll(word)};
 }
@@ -163,6 +171,8 @@ class Standin {
     return found == records_.end() ? nullptr : &found->second;
   }
 
+  bool allowsShortRecords() const { return allowsShortRecords_; }
+
   const std::vector<NODAL_Param> *Instances(const std::string &node, const std::string &arguments) const {
     const auto found = instances_.find({node, arguments});
     return found == instances_.end() ? nullptr : &found->second;
@@ -200,7 +210,9 @@ class Standin {
     std::istringstream words(line);
     std::string kind, node, arguments, word;
     words >> kind;
-    if (kind == "record") {
+    if (kind == "short-records") {
+      allowsShortRecords_ = true;
+    } else if (kind == "record") {
       words >> node >> arguments >> word;
       records_[{node, arguments}] = FromHex(word);
     } else if (kind == "list") {
@@ -245,6 +257,7 @@ class Standin {
   std::deque<NODAL_ParamList> lists_;
   std::unordered_set<const NODAL_ParamList *> known_;
   std::map<Key, std::string> records_;
+  bool allowsShortRecords_ = false;
   std::map<Key, std::vector<NODAL_Param>> instances_;
   std::vector<Fault> faults_;
   std::vector<std::string> caches_;
@@ -429,6 +442,9 @@ HVC_ReturnStatus NODAL_ParamListAddInt(NODAL_ParamList *list, int64_t value) {
 HVC_ReturnStatus NODAL_ParamListAddString(NODAL_ParamList *list, const char *text) {
   NODAL_Param param{.isText = true};
   if (text != nullptr) param.text = text;
+  if (text == nullptr && !listsNullTexts) {
+    return Logged("NODAL_ParamListAddString(" + Name(list) + ", null)", HVC_BAD_PARAM);
+  }
   return Add("NODAL_ParamListAddString", list, param);
 }
 
@@ -500,8 +516,9 @@ HVC_ReturnStatus NODAL_Get(uint32_t id, const NODAL_ParamList *args, void *recor
     return Logged(call, fault == 0 ? status : fault);
   }
   if (bytes == nullptr) return Logged(call, HVC_NOT_FOUND);
-  if (bytes->size() != size) return Logged(call, HVC_WRONG_SIZE);
-  std::memcpy(record, bytes->data(), size);
+  const bool fits = bytes->size() == size || (bytes->size() < size && standin.allowsShortRecords());
+  if (!fits) return Logged(call, HVC_WRONG_SIZE);
+  std::memcpy(record, bytes->data(), bytes->size());
   return Logged(call, fault);
 }
 

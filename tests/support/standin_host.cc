@@ -39,6 +39,11 @@ std::string MadeList(const std::string &call) {
 
 }  // namespace
 
+StandinHost &StandinHost::AllowShortRecords() {
+  script_ += "short-records\n";
+  return *this;
+}
+
 StandinHost &StandinHost::AddBytes(std::string_view node, const std::vector<Instance> &arguments,
                                    std::string_view bytes) {
   script_ += "record " + std::string(node) + " [" + Joined(arguments, ",") + "] ";

@@ -71,6 +71,8 @@ class StandinHost {
     static_assert(std::is_trivially_copyable_v<Record>);
     return AddBytes(node, arguments, {reinterpret_cast<const char *>(&record), sizeof record});
   }
+  // Lets records be shorter than asked for. The stand-in leaves the rest of the output as it is.
+  StandinHost &AllowShortRecords();
   StandinHost &AddBytes(std::string_view node, const std::vector<Instance> &arguments, std::string_view bytes);
   StandinHost &AddList(std::string_view node, const std::vector<Instance> &arguments,
                        const std::vector<Instance> &instances);
