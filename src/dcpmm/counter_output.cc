@@ -10,7 +10,7 @@
 namespace kestrel {
 namespace {
 
-// 79 characters between two line ends.
+// 79 characters between two newlines.
 constexpr char kRule[] =
     "\n"
     "===============================================================================\n";
@@ -23,7 +23,7 @@ HVC_ReturnStatus CannotCreate() {
   return HVC_FAILURE;
 }
 
-// Hours, minutes and seconds are each one more than the clock shows. Scripts that pick up these files count on it.
+// Hour, minute and second are one more than the clock shows; scripts that look for these files rely on it.
 void FormatName(const std::tm &now, char *name, size_t size) {
   std::snprintf(name, size, "dcpmm-stats-%04d%02d%02d%02d%02d%02d", now.tm_year + 1900, now.tm_mon + 1, now.tm_mday,
                 now.tm_hour + 1, now.tm_min + 1, now.tm_sec + 1);
@@ -65,7 +65,7 @@ void CounterOutput::PrintHeader() const {
   if (csv_) TablePrintHeader(counterColumns, true);
 }
 
-void CounterOutput::Put(const CounterPlace &place, const char *counter, uint64_t count) const {
+void CounterOutput::Print(const CounterPlace &place, const char *counter, uint64_t count) const {
   if (csv_) {
     const Value values[] = {place.socket, std::string_view(place.unit),
                             std::string_view(place.channel == nullptr ? "N/A" : place.channel),
@@ -81,8 +81,7 @@ void CounterOutput::Put(const CounterPlace &place, const char *counter, uint64_t
 
 HVC_ReturnStatus CounterOutput::EndIteration(int number) {
   if (csv_) {
-    // Whoever reads along sees each iteration as it ends. If nobody does any more, the counting ends; the reason is
-    // told at the end of the run, as for every report.
+    // A reader of the pipe sees each iteration as it ends.
     return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? HVC_OK : HVC_FAILURE;
   }
   std::fprintf(file_.get(), "%s\nITERATION %d COMPLETED\n%s", kRule, number, kRule);

@@ -11,10 +11,10 @@
 
 namespace kestrel {
 
-// The columns of CSV; the file has them in a form of its own.
+// The columns of CSV. The file has its own format.
 extern ColumnDesc counterColumns[5];
 
-// What a count is of.
+// The unit that a count comes from.
 struct CounterPlace {
   size_t socket;
   const char *unit;     // "IMC-0"
@@ -25,17 +25,17 @@ class CounterOutput {
  public:
   explicit CounterOutput(bool csv) : csv_(csv) {}
 
-  // Creates the file, named by the local time, in the current directory. One that cannot be had is reported on standard
-  // output: HVC_FAILURE.
+  // Creates the file in the current directory and names it after the local time. On failure it prints the reason to
+  // standard output and returns HVC_FAILURE.
   [[nodiscard]] HVC_ReturnStatus CreateFile(int interval);
 
-  // The line above the rows of CSV.
+  // Prints the header of CSV.
   void PrintHeader() const;
 
-  void Put(const CounterPlace &place, const char *counter, uint64_t count) const;
+  void Print(const CounterPlace &place, const char *counter, uint64_t count) const;
 
-  // What was put is now where it belongs, whatever becomes of the run. HVC_FAILURE if it could not be written; for the
-  // file, that is reported.
+  // Writes all counts so far, so that they survive whatever happens to the run. HVC_FAILURE if they cannot be written,
+  // with a message for the file.
   [[nodiscard]] HVC_ReturnStatus EndIteration(int number);
   [[nodiscard]] HVC_ReturnStatus Close();
 

@@ -1,5 +1,4 @@
-// dcpmm-stats: a profile of the traffic to persistent-memory modules, taken from the processors' hardware counters over
-// a number of intervals.
+// dcpmm-stats: a profile of the traffic to persistent-memory modules, from the processors' hardware counters.
 #include "src/dcpmm/dcpmm_stats.h"
 
 #include <getopt.h>
@@ -21,7 +20,7 @@
 namespace kestrel {
 namespace {
 
-// The one model whose counters are known here.
+// The only supported processor model.
 constexpr uint8_t kModel = 85;
 
 struct Options {
@@ -34,7 +33,7 @@ struct Options {
 HVC_ReturnStatus ReadCpu(CpuRecord &cpu) {
   const ParamList arguments = MakeArguments(1);
   if (arguments == nullptr) {
-    // There is no status to tell of.
+    // The message has a status although there is none.
     std::printf("ERROR: could not create cpuListInputParam: %s\n", HVC_ReturnStatusToString(HVC_OK));
     return HVC_FAILURE;
   }
@@ -59,7 +58,7 @@ HVC_ReturnStatus CheckCpu() {
   return HVC_FAILURE;
 }
 
-// A count of at least 1.
+// Parses a number, cut to 32 bits, that must be at least 1.
 HVC_ReturnStatus ParseCount(const char *text, const char *what, int &count) {
   count = static_cast<int>(std::strtol(text, nullptr, 10));
   if (count >= 1) return HVC_OK;
@@ -75,7 +74,7 @@ constexpr option kLongNames[] = {
     {nullptr, 0, nullptr, 0},
 };
 
-// Unlike the other reports, this one takes no option that it does not know.
+// Unlike the other reports, this one refuses unknown options.
 HVC_ReturnStatus ParseOptions(const OptionSyntax &syntax, int argc, char **argv, Options &options) {
   for (;;) {
     HVC_ReturnStatus status = HVC_OK;
@@ -103,8 +102,7 @@ HVC_ReturnStatus KestrelDCPMMCheckNVM() {
   return HVC_FAILURE;
 }
 
-// A search that fails half-way leaves the sockets that it found, which are profiled. One that ends well without finding
-// any is followed by an empty profile.
+// After a failed search, the sockets found before are profiled. After a search that finds none, the profile is empty.
 HVC_ReturnStatus FindSockets() {
   if (KestrelDCPMMFindBuses() == HVC_OK || isBusListEmpty == 0) return HVC_OK;
   std::puts("\n No Valid PCI BUS found.");
@@ -146,7 +144,7 @@ HVC_ReturnStatus Profile(const Options &options) {
 }
 
 HVC_ReturnStatus KestrelDCPMMStats(const Report &report, int argc, char **argv) {
-  // The processor comes before the options: on any other, nothing else matters.
+  // The processor is checked first: on an unsupported one, even the options do not matter.
   HVC_ReturnStatus status = CheckCpu();
   if (status != HVC_OK) return status;
   Options options;
@@ -165,7 +163,7 @@ constinit const Report kDcpmmStats = {
     .summary = "a profile of the traffic to persistent-memory modules",
     .options = {"t:i:vq", kLongNames},
     .columns = counterColumns,
-    .readsSavedHosts = false,  // the counters that it reads are in the machine
+    .readsSavedHosts = false,  // it reads the counters of the machine
     .run = KestrelDCPMMStats,
 };
 

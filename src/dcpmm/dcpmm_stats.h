@@ -5,7 +5,7 @@
 
 namespace kestrel {
 
-// The only report that writes to the machine: it programs the counters that it reads.
+// The only report that writes to the machine: it programs the counters before it reads them.
 extern const Report kDcpmmStats;
 
 }  // namespace kestrel

@@ -17,13 +17,13 @@ namespace {
 
 constinit std::vector<Socket> sockets;
 
-// The function by which a socket's memory controllers are recognised.
+// The PCI function that identifies the memory controllers of a socket.
 constexpr int64_t kControllerSlot = 10;
 constexpr int64_t kControllerFunction = 2;
 constexpr uint16_t kControllerVendor = 0x8086;
 constexpr uint16_t kControllerDevice = 0x2042;
 
-// The levels of the PCI tree, each a list below an instance of the one before, and their names in messages.
+// The levels of the PCI tree and their names in messages. Each level is a list below an instance of the level above.
 struct Level {
   ListRef node;
   const char *nodeName;
@@ -38,7 +38,7 @@ constexpr Level kLevels[] = {
     {nodes::kPciFunctions, "NODAL_NODE_hardware_pci_seg_bus_slot_func", "func", "funcList"},
 };
 
-// Goes through the tree in the order of its lists. One list of arguments grows and shrinks on the way.
+// Searches the tree in the order of its lists. One argument list grows and shrinks with the depth.
 class Search {
  public:
   explicit Search(NODAL_ParamList *arguments) : arguments_(arguments) {}
@@ -82,7 +82,7 @@ class Search {
     PciConfigHeaderRecord header = {};
     const HVC_ReturnStatus status = ReadRecord(nodes::kPciConfigHeader, arguments_, header);
     if (status != HVC_OK) {
-      std::puts(  // its last word has always lacked a letter
+      std::puts(  // "pciConfiHeader" is fixed
           "DCPMM Profiler Info: NODAL_NODE_hardware_pci_seg_bus_slot_func_pciConfigHeader, "
           "Unable to get pciConfiHeader");
       return status;

@@ -1,4 +1,4 @@
-// The processor sockets of the machine, as far as their memory controllers are found on the PCI buses.
+// The processor sockets whose memory controllers are found on the PCI buses.
 #ifndef KESTREL_DCPMM_SOCKETS_H
 #define KESTREL_DCPMM_SOCKETS_H
 
@@ -17,19 +17,19 @@ extern PLATKIT_EXPORT uint8_t isBusListEmpty;
 
 namespace kestrel {
 
-// A socket is known by the bus that its memory controllers are on. Its number is its place in the order of finding.
+// A socket, identified by the bus of its memory controllers. Sockets are numbered in the order in which they are found.
 struct Socket {
   uint32_t segment;
   uint32_t bus;
 };
 
-// Looks for the memory controller of each socket among all functions of all buses. The first failure is reported on
-// standard output and ends the search; what was found before it stays.
+// Searches all functions of all buses for the memory controller of each socket. The first failure is printed to
+// standard output and ends the search; the sockets found before it stay.
 [[nodiscard]] HVC_ReturnStatus KestrelDCPMMFindBuses();
 
 std::span<const Socket> Sockets();
 
-// The first socket whose bus has that number.
+// The first socket on a bus of that number.
 std::optional<size_t> SocketOfBus(uint32_t bus);
 
 }  // namespace kestrel

@@ -18,8 +18,9 @@
 namespace kestrel {
 namespace {
 
-// What is written where. An event's value selects the event in bits 0 to 7 and its mask in bits 8 to 15; bit 22 enables
-// the counter. A unit's control takes 0x100 to freeze its counters, 0x2 with it to reset them, 0 to let them run.
+// A value and the register that it is written to. An event's value has the event in bits 0 to 7 and its mask in bits 8
+// to 15; bit 22 enables the counter. A unit's control takes 0x100 to freeze its counters, 0x102 to reset them, 0 to run
+// them.
 struct Event {
   const char *name;
   uint32_t value;
@@ -43,7 +44,7 @@ constexpr Event DcpmmEventTable[] = {
     {"M2M_UNIT_CONTROL_UNFREEZE", 0x00000000, 0x258, 4},
 };
 
-// The two registers that hold the halves of a counter.
+// A counter, whose halves are in two registers.
 struct Counter {
   const char *name;
   uint32_t lowRegister;
@@ -63,7 +64,7 @@ constexpr Counter DcpmmCounterTable[] = {
     {"UNC_M2M_IMC_WRITES_NI", 0x218, 0x21C, 0xFFFF, 32, 4},
 };
 
-// What each kind of unit counts, in the order of programming and of reading.
+// The events and counters of each kind of unit, in the order of programming and reading.
 using Names = std::span<const char *const>;
 constexpr const char *kIMCEvents[] = {"RPQ_EVENT", "WPQ_EVENT", "CAS_COUNT_WR_EVENT", "CAS_COUNT_RD_EVENT"};
 constexpr const char *kM2MEvents[] = {"M2M_TAG_CLEAN_EVENT", "M2M_TAG_DIRTY_EVENT", "M2M_WRITE_NI_EVENT"};
@@ -81,7 +82,7 @@ const Entry *Find(const Entry (&table)[size], const char *name) {
 
 bool IsM2M(const UncoreUnit &unit) { return unit.slot == 8 || unit.slot == 9; }
 
-// What is not among the places counts as the last of them.
+// A unit without a place of its own has the last one.
 const UnitPlace &PlaceOf(const UncoreUnit &unit) {
   const UnitPlace *last = std::end(kUnitPlaces) - 1;
   return *std::find_if(std::begin(kUnitPlaces), last, [&](const UnitPlace &place) {
@@ -89,7 +90,7 @@ const UnitPlace &PlaceOf(const UncoreUnit &unit) {
   });
 }
 
-// A number for an argument list, with the words by which a message tells that it could not be added.
+// A number for an argument list, and the words for it in a message.
 struct Argument {
   const char *words;
   uint32_t value;
@@ -127,7 +128,7 @@ HVC_ReturnStatus ReadHalves(const UncoreUnit &unit, const Counter &counter, uint
     half = record.value;
     return status;
   };
-  // The size is called a segment in its message, too.
+  // The message about the size also says "seg"; that is fixed.
   HVC_ReturnStatus status = Add(arguments.get(), {{"for seg", unit.segment},
                                                   {"for bus", unit.bus},
                                                   {"for slot", unit.slot},
@@ -150,13 +151,13 @@ HVC_ReturnStatus ReadHalves(const UncoreUnit &unit, const Counter &counter, uint
   return read(high);
 }
 
-// The halves are put together in 32 bits, where a shift by 32 is none: what is over 32 bits of a counter falls into its
-// low half. The figures have always been formed so, and are compared with those of earlier runs.
+// Combines the halves in 32 bits, where a shift by 32 is a shift by 0: the high half is ORed into the low one. This is
+// fixed, since people compare counts with those of earlier runs.
 uint64_t Combine(const Counter &counter, uint32_t low, uint32_t high) {
   return ((high & counter.highMask) << (counter.shift % 32)) | low;
 }
 
-// Ends the process for a step that went wrong.
+// Ends the process after a failed step.
 [[noreturn]] void Die(const char *step, const char *what, const char *name = "") {
   std::printf("%s: %s%s\n", step, what, name);
   std::exit(EXIT_FAILURE);
@@ -176,7 +177,7 @@ HVC_ReturnStatus KestrelDCPMMProgramEvent(const UncoreUnit &unit, const char *ev
     std::printf("%s: Invalid eventName %s\n", kStep, eventName);
     return HVC_FAILURE;
   }
-  ParamList inputArgs;  // ends last
+  ParamList inputArgs;  // destroyed last
   const ParamList instanceArgs = MakeArguments(1);
   if (instanceArgs == nullptr) {
     std::puts("Cannot create instanceArgs");
@@ -215,7 +216,7 @@ HVC_ReturnStatus KestrelDCPMMReadCounters(const UncoreUnit &unit, const char *co
     return HVC_FAILURE;
   }
   const UnitPlace &place = PlaceOf(unit);
-  output.Put({*socket, place.name, place.channel}, counter->name, Combine(*counter, low, high));
+  output.Print({*socket, place.name, place.channel}, counter->name, Combine(*counter, low, high));
   return HVC_OK;
 }
 
@@ -239,7 +240,7 @@ void kestrelDCPMMResetUnit(const UncoreUnit &unit) {
     ProgramOrDie(unit, "M2M_UNIT_CONTROL_RESET", kStep, "Error in M2M Unit Reset");
     ProgramOrDie(unit, "M2M_UNIT_CONTROL_UNFREEZE", kStep, "Error in M2M Unit Unfreeze");
   } else {
-    ProgramOrDie(unit, "IMC_UNIT_CONTROL_RESET", kStep, "Error IMC Unit Reset");  // the one without "in"
+    ProgramOrDie(unit, "IMC_UNIT_CONTROL_RESET", kStep, "Error IMC Unit Reset");  // without "in", which is fixed
     ProgramOrDie(unit, "IMC_UNIT_CONTROL_UNFREEZE", kStep, "Error in IMC Unit Unfreeze");
   }
 }

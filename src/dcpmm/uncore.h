@@ -2,8 +2,8 @@
 // controllers (IMC) and of the mesh-to-memory units (M2M), which are programmed and read through registers in PCI
 // configuration space.
 //
-// Failures are reported on standard output. A counter that is half programmed counts nothing that means anything, so
-// all but the two operations on single registers end the process at the first failure.
+// Failures are printed to standard output. The functions on whole units end the process at the first failure, since a
+// half-programmed unit counts nothing meaningful.
 #ifndef KESTREL_DCPMM_UNCORE_H
 #define KESTREL_DCPMM_UNCORE_H
 
@@ -35,20 +35,20 @@ inline constexpr UnitPlace kUnitPlaces[] = {
     {8, 0, "M2M-IMC-0", nullptr},  {9, 0, "M2M-IMC-1", nullptr},
 };
 
-// Writes the event or control of that name, case ignored, to its register of the unit.
+// Writes an event or a control to its register of the unit. Names ignore case.
 [[nodiscard]] HVC_ReturnStatus KestrelDCPMMProgramEvent(const UncoreUnit &unit, const char *event);
 
-// Reads the counter of that name, case ignored, and puts its count into the output.
+// Reads a counter of the unit and prints its count. Names ignore case.
 [[nodiscard]] HVC_ReturnStatus KestrelDCPMMReadCounters(const UncoreUnit &unit, const char *counter,
                                                         const CounterOutput &output);
 
-// Stops the unit's counters where they are.
+// Stops the unit's counters.
 void kestrelDCPMMFreezeUnit(const UncoreUnit &unit);
 
-// Tells each of the unit's counters what to count.
+// Sets the events that the unit's counters count.
 void kestrelDCPMMProgramAllUnits(const UncoreUnit &unit);
 
-// Sets the unit's counters to zero and lets them run.
+// Clears the unit's counters and starts them.
 void kestrelDCPMMResetUnit(const UncoreUnit &unit);
 
 // Freezes the unit and reads all its counters.

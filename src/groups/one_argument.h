@@ -1,4 +1,4 @@
-// Reads of nodes below one group or one memory client: the pattern of most of the tree.
+// Reads of nodes whose only argument is a group or a memory client.
 #ifndef KESTREL_GROUPS_ONE_ARGUMENT_H
 #define KESTREL_GROUPS_ONE_ARGUMENT_H
 
@@ -8,9 +8,9 @@
 
 namespace kestrel {
 
-// Makes a list with one integer argument, hands it to `read`, and takes the argument and the list away again before it
-// returns the status of the read. A list that cannot be made is reported in the name of `creator`, an argument that
-// cannot be added by `addFailed`; the read's own failures are left to the caller.
+// Makes a list with one integer argument, calls `read` with it, removes the argument, and returns the status of the
+// read. If it cannot make the list, it warns in the name of `creator`; if it cannot add the argument, it calls
+// `addFailed`. The caller reports failures of the read.
 template <typename AddFailed, typename Read>
 [[nodiscard]] HVC_ReturnStatus WithOneArgument(const char *creator, int64_t argument, AddFailed addFailed, Read read) {
   const ParamList arguments = MakeArgumentsFor(creator, 2);

@@ -1,4 +1,4 @@
-// The front end: global options, the choice of a report, the cache file, the check of the definitions, the exit status.
+// The front end: parses the global options, opens the cache file, checks the definitions and runs a report.
 #include <fcntl.h>
 #include <getopt.h>
 #include <strings.h>

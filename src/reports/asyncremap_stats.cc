@@ -1,5 +1,4 @@
-// asyncremap-stats: the pages that asynchronous remapping moved, for each memory client of each user world and each
-// type of remap.
+// asyncremap-stats: the pages that asynchronous remapping moves, by memory client of a user world and by type of remap.
 #include "platkit/warning.h"
 #include "src/groups/group_queries.h"
 #include "src/nodal/nodes.h"

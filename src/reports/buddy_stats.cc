@@ -1,4 +1,4 @@
-// buddy-stats: the kernel's MemMap buddy allocators: for each, how many buffers of each size are free and used.
+// buddy-stats: the free and used buffers of each size in each of the kernel's buddy allocators.
 #include <unistd.h>
 
 #include <cstdlib>

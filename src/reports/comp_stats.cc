@@ -1,5 +1,5 @@
-// comp-stats: the comprehensive view of the host's physical memory in one row: who has it, how much is free, and how
-// often the host entered each of its memory states.
+// comp-stats: the host's physical memory in one row: its consumers, free memory, and how often the host entered each
+// memory state.
 #include <array>
 
 #include "platkit/records.h"

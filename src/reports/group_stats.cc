@@ -1,5 +1,5 @@
-// group-stats: the hierarchy of scheduler groups, a row per group, with what each is configured to get, what it
-// reserves and what it consumes; and, on demand, the sums over groups with the same tag.
+// group-stats: the hierarchy of scheduler groups, with the configuration, reservations and consumption of each. With
+// -t, also the sums of the groups that have the same tag.
 #include <cstdio>
 #include <cstring>
 #include <string_view>
@@ -185,7 +185,7 @@ constexpr GroupFrame kFrame = {
 
 constinit const Report kGroupStats = {
     .name = "group-stats",
-    .summary = "the hierarchy of scheduler groups, and what each reserves and consumes",
+    .summary = "the hierarchy of scheduler groups, with the reservations and consumption of each",
     .options = {"e:g:i:l:s:u:vqt"},
     .columns = columns,
     .filterFlags = GroupFlagNames,

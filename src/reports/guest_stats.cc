@@ -1,4 +1,4 @@
-// guest-stats: what the guest of each virtual machine says of its own memory.
+// guest-stats: the memory figures that the guest of each virtual machine reports.
 #include "src/groups/mem_clients.h"
 #include "src/reports/group_report.h"
 #include "src/reports/reports.h"
@@ -54,7 +54,7 @@ constexpr GroupFrame kFrame = {
 
 constinit const Report kGuestStats = {
     .name = "guest-stats",
-    .summary = "what the guest of each virtual machine says of its memory",
+    .summary = "the memory figures that the guest of each virtual machine reports",
     .options = kGroupOptions,
     .columns = columns,
     .sums = Sums::kTotalRow,

@@ -1,5 +1,4 @@
-// heap-stats: the kernel's heaps: their limits, their sizes, what of them is used, and their allocations. In bytes,
-// unless another unit is asked for.
+// heap-stats: the limits, sizes and allocations of the kernel's heaps. The default unit is bytes.
 #include <cstdlib>
 #include <memory>
 #include <span>

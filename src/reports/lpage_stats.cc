@@ -1,4 +1,4 @@
-// lpage-stats: how the memory of each virtual machine is backed by large pages, and what kept it from being so.
+// lpage-stats: the large pages that back each virtual machine, and failed attempts to back it so.
 #include "src/groups/mem_clients.h"
 #include "src/reports/group_report.h"
 #include "src/reports/reports.h"

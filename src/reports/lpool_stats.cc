@@ -1,5 +1,5 @@
-// lpool-stats: the kernel's pools of large pages, node by node: the node's page-sharing pool, then those of the virtual
-// machines.
+// lpool-stats: the kernel's pools of large pages. Each NUMA node has a page-sharing pool and one for each virtual
+// machine.
 #include <cstdio>
 
 #include "platkit/records.h"

@@ -1,5 +1,4 @@
-// The four persistent-memory reports: the region store of each volume, its regions, its extents, and what each region
-// has of each NUMA node.
+// The four persistent-memory reports: region stores, regions, extents, and the NUMA placement of regions.
 #include <cinttypes>
 #include <cstdio>
 #include <initializer_list>
@@ -371,7 +370,7 @@ constinit const Report kPMemRegionStats = {
 
 constinit const Report kPMemExtentStats = {
     .name = "pmem-extent-stats",
-    .summary = "the extents of persistent memory, and where they are",
+    .summary = "the extents of persistent memory, and their places",
     .options = kOptions,
     .columns = extents::columns,
     .run = RunExtents,
@@ -379,7 +378,7 @@ constinit const Report kPMemExtentStats = {
 
 constinit const Report kPMemRegionNumaStats = {
     .name = "pmem-region-numa-stats",
-    .summary = "what each region of persistent memory has of each NUMA node",
+    .summary = "the NUMA placement of each region of persistent memory",
     .options = kOptions,
     .columns = region_numa::columns,
     .run = RunRegionNuma,

@@ -1,4 +1,4 @@
-// pshareHint-stats: the hints that page sharing goes by, for regular pages, for large pages, and in all.
+// pshareHint-stats: the hints of page sharing, for regular pages, large pages and both.
 #include "platkit/records.h"
 #include "src/reports/host_report.h"
 #include "src/reports/reports.h"
@@ -64,7 +64,7 @@ HVC_ReturnStatus KestrelPShareHintGetStats(const Report &report, int argc, char 
 
 constinit const Report kPShareHintStats = {
     .name = "pshareHint-stats",
-    .summary = "the hints that page sharing goes by",
+    .summary = "the hints of page sharing",
     .options = {"s:u:vq"},
     .columns = columns,
     .sums = Sums::kTotalRow,

@@ -1,4 +1,4 @@
-// pshare-stats: what page sharing saves on the whole host, in one row.
+// pshare-stats: page sharing on the whole host, in one row.
 #include "platkit/records.h"
 #include "src/reports/host_report.h"
 #include "src/reports/reports.h"
@@ -53,7 +53,7 @@ HVC_ReturnStatus KestrelPShareGetStats(const Report &report, int argc, char **ar
 
 constinit const Report kPShareStats = {
     .name = "pshare-stats",
-    .summary = "page sharing on the whole host, and what it saves",
+    .summary = "page sharing on the whole host, and the memory that it saves",
     .options = {"s:u:vq"},
     .columns = columns,
     .run = KestrelPShareGetStats,

@@ -13,7 +13,7 @@ namespace kestrel {
 
 struct GroupFrame;
 
-// What stands below a report's rows.
+// The rows of sums below a report's rows.
 enum class Sums : uint8_t {
   kNone,
   kTotalRow,
@@ -21,18 +21,18 @@ enum class Sums : uint8_t {
 };
 
 struct Report {
-  const char *name;     // what -r takes, case ignored
-  const char *summary;  // what it shows
+  const char *name;     // for -r, which ignores case
+  const char *summary;  // for the manual and the completions
   OptionSyntax options;
   ColumnTable columns;
-  FlagTable filterFlags = {};  // what -i and -e name
-  bool inBytes = false;        // in bytes, unless -u asks for something else
+  FlagTable filterFlags = {};  // for -i and -e
+  bool inBytes = false;        // the default unit is bytes, and -u accepts b
   Sums sums = Sums::kNone;
   bool readsSavedHosts = true;
   const GroupFrame *frame = nullptr;  // of a per-group report
 
-  // Gets main's arguments, with option parsing left where the report's name stood, and returns the status of what it
-  // gathered.
+  // Runs the report with main's arguments. The option parser continues after the report's name. Returns the status of
+  // the reads.
   HVC_ReturnStatus (*run)(const Report &report, int argc, char **argv);
 };
 

@@ -1,4 +1,5 @@
-// The reports. Each is described, and implemented, in the file of its name.
+// The list of reports. Each report is described and implemented in the file of its name. A new report is declared here,
+// added to kReports, and added to the usage text.
 #ifndef KESTREL_REPORTS_REPORTS_H
 #define KESTREL_REPORTS_REPORTS_H
 

@@ -1,4 +1,4 @@
-// swap-stats: what the host swaps of each virtual machine, by which swapper, and the room in its swap files.
+// swap-stats: the memory of each virtual machine that the host swaps, and the space in its swap files.
 #include <string_view>
 
 #include "src/groups/mem_clients.h"
@@ -105,7 +105,7 @@ constexpr GroupFrame kFrame = {
 
 constinit const Report kSwapStats = {
     .name = "swap-stats",
-    .summary = "what the host swaps of each virtual machine, and the room in its swap files",
+    .summary = "the memory of each virtual machine that the host swaps, and the space in its swap files",
     .options = kGroupOptions,
     .columns = columns,
     .sums = Sums::kTotalRow,

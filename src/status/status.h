@@ -19,8 +19,8 @@ extern "C" {
 // The texts of the kernel's own statuses, by index; index 0 is success. Other programs see an array of pointers.
 extern PLATKIT_EXPORT const kestrel::StatusTexts returnStatusStrs;
 
-// A constant text for any status. Statuses of the service console's space are not interpreted. A bare index, without
-// HVC_STATUS_BASE, selects the same text as the status does.
+// The text of a status. Statuses of the service console share one text. An index without HVC_STATUS_BASE has the text
+// of its status.
 PLATKIT_EXPORT const char *HVC_ReturnStatusToString(HVC_ReturnStatus status);
 }
 

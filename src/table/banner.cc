@@ -10,7 +10,7 @@ namespace kestrel {
 const char *ReportTimestamp() {
   static char text[26];
   const std::time_t now = std::time(nullptr);
-  // ctime's form has no room for years of more than four digits.
+  // ctime_r fails for years of more than four digits.
   return ctime_r(&now, text) == nullptr ? "(no time)\n" : text;
 }
 

@@ -9,13 +9,13 @@
 
 namespace kestrel {
 
-// The current local time in ctime's form, line end included; the next call overwrites it.
+// The current local time as ctime prints it, with its newline. The next call overwrites it.
 const char *ReportTimestamp();
 
-// "MB" and "KB"; every other unit is shown as pages.
+// "MB", "KB", or "Page (4K)" for every other unit.
 const char *WalkUnitName(ReportUnit unit);
 
-// Prints a banner line by line: the title with the time over a rule of `dashes` dashes, then settings, their labels
+// Prints a banner line by line: the title with the time, a line of `dashes` dashes, then settings, whose labels are
 // padded to `labelWidth`.
 class Banner {
  public:
@@ -24,7 +24,7 @@ class Banner {
   void Setting(const char *label, const char *value) const;
   void Setting(const char *label, uint64_t value) const;
 
-  // The last setting, with an empty line behind it.
+  // Prints the last setting and an empty line.
   void SelectedColumns(ColumnTable table) const;
 
  private:

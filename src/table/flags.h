@@ -19,12 +19,12 @@ using FlagTable = std::span<const FlagName>;
 
 enum class FilterKind { kInclusion, kExclusion };
 
-// Reads a filter: names separated by ':', case ignored. Null includes everything or excludes nothing; a text without
-// names is the empty mask of either kind. An unknown name gets a warning, an empty mask and HVC_BAD_PARAM. `text` is
-// split in place.
+// Parses a filter: names separated by ':', ignoring case. Null includes everything or excludes nothing; a text without
+// names gives an empty mask. For an unknown name it warns, clears the mask and returns HVC_BAD_PARAM. It changes
+// `text`.
 [[nodiscard]] HVC_ReturnStatus FlagsParseFilter(char *text, FlagTable table, uint32_t &mask, FilterKind kind);
 
-// The names of a mask's bits in table order, separated by ':'; "(all)" or "(none)".
+// The names of the flags that share a bit with the mask, in table order, separated by ':'; "(all)" or "(none)".
 NameList FlagsDescribe(uint32_t mask, FlagTable table);
 
 }  // namespace kestrel

@@ -8,10 +8,11 @@
 
 namespace kestrel {
 
-// Held in fixed room, because a row has such a text: what does not fit is cut. Every table's names do.
+// Names separated by ':'. It has a fixed size, since rows are made of it, and truncates a longer text; the names of
+// every table fit.
 class NameList {
  public:
-  // Takes the next name there is, chosen or not.
+  // Adds the next name of the table if it is chosen.
   void Offer(std::string_view name, bool chosen) {
     if (!chosen) {
       all_ = false;
@@ -21,7 +22,7 @@ class NameList {
     Append(name);
   }
 
-  // All of nothing is "(all)". Good as long as the list.
+  // "(all)" if every name was chosen, "(none)" if none was. Valid as long as the list.
   const char *Text() const {
     if (all_) return "(all)";
     return size_ == 0 ? "(none)" : text_;

@@ -15,13 +15,10 @@
 #include "tests/faults/oracle.h"
 #include "tests/faults/report_case.h"
 #include "tests/faults/report_table.h"
-#include "tests/support/text.h"
+#include "tests/support/report_names.h"
 
 namespace faults {
 namespace {
-
-using testing_support::Lines;
-using testing_support::Words;
 
 constexpr HVC_ReturnStatus kNotFound = 0x0bad0003;
 constexpr HVC_ReturnStatus kStatuses[] = {HVC_FAILURE, kNotFound, 0x0bad0031};
@@ -128,13 +125,8 @@ TEST_P(ReportFailures, AreAllInItsTable) {
 }
 
 TEST(ReportTables, AreThereForAllReports) {
-  std::set<std::string> listed;
-  bool inList = false;
-  for (const std::string &line : Lines(RunKestrel(StandinHost(), {"-h"}).outcome.output)) {
-    if (line.empty()) inList = false;
-    if (inList) listed.insert(Words(line).front());
-    if (line == "   Supported report types:") inList = true;
-  }
+  const std::vector<std::string> names = testing_support::ReportNames(KESTREL_PROGRAM);
+  const std::set<std::string> listed(names.begin(), names.end());
   std::set<std::string> withTable;
   for (const Report &report : AllReports())
     withTable.insert(*std::next(std::ranges::find(report.arguments, "-r")));

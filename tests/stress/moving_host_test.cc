@@ -22,6 +22,7 @@
 #include "gtest/gtest.h"
 #include "platkit/linux/hierarchy.h"
 #include "tests/support/process.h"
+#include "tests/support/report_names.h"
 #include "tests/support/scratch.h"
 #include "tests/support/text.h"
 
@@ -36,15 +37,10 @@ constexpr auto kTime = 3s;
 constexpr int kStepMB = 4;  // more than a load takes besides its memory
 constexpr int kMostMB = 16;
 
-constexpr const char *kReports[] = {
-    "group-stats",       "vm-stats",          "uw-stats",
-    "pshare-stats",      "pshareHint-stats",  "swap-stats",
-    "buddy-stats",       "comp-stats",        "lpool-stats",
-    "heap-stats",        "guest-stats",       "zip-stats",
-    "lpage-stats",       "asyncremap-stats",  "pmem-regionstore-stats",
-    "pmem-region-stats", "pmem-extent-stats", "pmem-region-numa-stats",
-    "dcpmm-stats",
-};
+const std::vector<std::string> &AllReports() {
+  static const std::vector<std::string> names = testing_support::ReportNames(KESTREL_PROGRAM);
+  return names;
+}
 
 // What a report may say of what vanished while it was read. The getters of all else are silent about that.
 const std::regex kVanished(
@@ -282,7 +278,7 @@ class MovingHost : public testing::Test {
 
   // What each report says of this host when nothing moves.
   void ReadAtRest() {
-    for (const char *report : kReports)
+    for (const std::string &report : AllReports())
       atRest_[report] = Report(report);
   }
 
@@ -318,12 +314,12 @@ class MovingHost : public testing::Test {
       const auto now = std::chrono::steady_clock::now();
       return HasFailure() || now >= end + 10 * kTime || (now >= end && rows_.loads() + rows_.limited() > 0);
     };
-    for (const char *report : kReports)
+    for (const std::string &report : AllReports())
       CheckReport(report);
     CheckCapture();
     while (!isOver()) {
-      for (size_t i = 0; i < std::size(kReports) && !isOver(); ++i) {
-        CheckReport(kReports[i]);
+      for (size_t i = 0; i < AllReports().size() && !isOver(); ++i) {
+        CheckReport(AllReports()[i]);
         // Most rows that can be checked are in these.
         CheckReport("group-stats");
         CheckReport("uw-stats");

@@ -5,19 +5,13 @@
 #include <cstdlib>
 
 #include "tests/linux/saved_host.h"
+#include "tests/support/report_names.h"
 #include "tests/support/text.h"
 #include "tests/tools/nodal/program.h"
 
 namespace {
 
 using platkit::SavedHost;
-
-const char *const kReports[] = {"group-stats",       "vm-stats",          "uw-stats",
-                                "buddy-stats",       "pshare-stats",      "pshareHint-stats",
-                                "swap-stats",        "comp-stats",        "lpool-stats",
-                                "heap-stats",        "guest-stats",       "zip-stats",
-                                "lpage-stats",       "asyncremap-stats",  "pmem-regionstore-stats",
-                                "pmem-region-stats", "pmem-extent-stats", "pmem-region-numa-stats"};
 
 // The programs and libraries that a test runs.
 struct Programs {
@@ -91,7 +85,7 @@ class Replay : public testing::TestWithParam<std::string> {
     ASSERT_EQ(captured.exitStatus, 0) << captured;
     const Outcome verified = Nodal("verify " + snapshot);
     EXPECT_EQ(verified.status, 0) << verified.out;
-    for (const std::string report : kReports) {
+    for (const std::string &report : testing_support::SavedHostReportNames(programs_.kestrel)) {
       for (const std::vector<std::string> &more : {std::vector<std::string>{}, {"-q", "-v"}}) {
         SCOPED_TRACE(report);
         const auto live = RunIt(programs_.kestrel, Words(root, report, more), true);
