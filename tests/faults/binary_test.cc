@@ -1,4 +1,4 @@
-// The executable itself: what it needs, and what it shows to others.
+// The executable: the libraries that it needs and the symbols that it exports.
 #include <gtest/gtest.h>
 
 #include <map>
@@ -78,7 +78,7 @@ TEST(Binary, NeedsThePlatformLibraryAndTheLanguagesOwn) {
 }
 #endif
 
-// Whoever wraps an operation of the library must see the calls of the program, and none of the library's own.
+// A wrapper of a library operation must see the calls of the program, and no calls inside the library.
 TEST(Library, CallsItsOwnOperationsDirectly) {
   const Outcome outcome =
       testing_support::Run({.program = READELF_PROGRAM, .arguments = {"-r", "-W", PLATFORM_LIBRARY}});

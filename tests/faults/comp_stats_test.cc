@@ -1,4 +1,4 @@
-// The one row of the whole machine. Its banner and header are printed before anything is read.
+// comp-stats: the row of the host. Banner and header are printed before the reads.
 #include "tests/faults/machine_hosts.h"
 #include "tests/faults/report_case.h"
 
@@ -87,7 +87,7 @@ constexpr char kNoColumns[] = R"(
 
 )";
 
-// Without row, closing line and descriptions.
+// Without the row, closing line and descriptions.
 constexpr char kStopped[] = R"(
  COMPREHENSIVE STATS: <time>
  ---------------------------------------------
@@ -129,7 +129,7 @@ constexpr ReportCase kFormsCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Forms, CompStats, testing::ValuesIn(kFormsCases), NameOf<ReportCase>);
 
-// Figures that are missing, and others at the ends of their ranges.
+// Figures that are not available, and the ends of the ranges.
 
 constexpr uint64_t kMissing = UINT64_MAX;
 
@@ -162,7 +162,7 @@ constexpr ReportCase kAmountsCases[] = {
     Amounts(
         "MissingInKb", [] { return HostWith(0, kMissing, 4, kMissing); }, "kb",
         "0,18446744073709551615,4,18446744073709551615\n"),
-    // One less is an amount, and wraps when it is rounded up.
+    // One less is an amount, and wraps when rounded up.
     Amounts(
         "LargestInKb", [] { return HostWith(kMissing - 1, 0, 0, 1); }, "kb", "18446744073709551614,0,0,1\n"),
     Amounts(
@@ -204,7 +204,7 @@ constexpr ReportCase kStatesCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(States, CompStats, testing::ValuesIn(kStatesCases), NameOf<ReportCase>);
 
-// A host with so many transitions out of each state, to the higher and to the lower.
+// A host with these numbers of transitions out of each state, up and down.
 StandinHost Counted(const std::vector<std::pair<uint32_t, uint32_t>> &counts) {
   StandinHost host = ComprehensiveHost();
   const char *states[] = {"high", "clear", "soft", "hard", "low"};

@@ -1,4 +1,4 @@
-// Profiles of persistent memory: what is read and written, in which order, and every byte of what is told.
+// dcpmm-stats: the reads and writes of registers, their order, and all output.
 #include <algorithm>
 #include <cstddef>
 #include <filesystem>
@@ -24,7 +24,7 @@ using Files = std::map<std::string, std::string>;
 
 const std::vector<Socket> kOneSocket = {{0, 100}};
 
-// A bus for each socket; the tables of the processor that had the most took 32.
+// A bus for each socket; 32 is the most.
 std::vector<Socket> ManySockets(int64_t count) {
   std::vector<Socket> sockets;
   for (int64_t number = 0; number < count; ++number)
@@ -84,19 +84,18 @@ TEST_P(Machines, AreProfiledAsCsvSeveralTimes) {
   EXPECT_EQ(StepCalls(profile.run), Calls(steps));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Dcpmm, Machines,
-    testing::Values(Machine{"NoSocket", {}}, Machine{"OneSocket", kOneSocket},
-                    Machine{"TwoSockets", {{0, 100}, {0, 7}}},
-                    Machine{"FourSocketsInTwoSegments", {{0, 23}, {0, 100}, {1, 24}, {1, 101}}},
-                    Machine{"SegmentsInListOrder", {{3, 40}, {1, 41}}},
-                    // Their counts are those of different units, but both go by the number of the first.
-                    Machine{"EqualBusesInTwoSegments", {{0, 100}, {1, 100}}},
-                    Machine{"EqualBusesAndAnother", {{0, 5}, {0, 6}, {1, 6}, {1, 7}}},
-                    Machine{"FortySockets", ManySockets(40)}),
-    NameOf<Machine>);
+INSTANTIATE_TEST_SUITE_P(Dcpmm, Machines,
+                         testing::Values(Machine{"NoSocket", {}}, Machine{"OneSocket", kOneSocket},
+                                         Machine{"TwoSockets", {{0, 100}, {0, 7}}},
+                                         Machine{"FourSocketsInTwoSegments", {{0, 23}, {0, 100}, {1, 24}, {1, 101}}},
+                                         Machine{"SegmentsInListOrder", {{3, 40}, {1, 41}}},
+                                         // Counts of different units, but both have the number of the first socket.
+                                         Machine{"EqualBusesInTwoSegments", {{0, 100}, {1, 100}}},
+                                         Machine{"EqualBusesAndAnother", {{0, 5}, {0, 6}, {1, 6}, {1, 7}}},
+                                         Machine{"FortySockets", ManySockets(40)}),
+                         NameOf<Machine>);
 
-// The file of one socket as it stands on the disk.
+// The output file of one socket.
 TEST(DcpmmFile, OfOneSocket) {
   const std::string rule = "\n" + std::string(79, '=') + "\n";
   const std::string lines =
@@ -186,7 +185,7 @@ constexpr Moment kMoments[] = {
 
 INSTANTIATE_TEST_SUITE_P(Dcpmm, Moments, testing::ValuesIn(kMoments), NameOf<Moment>);
 
-// What is read up to the first register, without lists and results.
+// The reads before the first register, without lists and results.
 std::vector<std::string> Discovery(const StandinRun &run) {
   std::vector<std::string> reads;
   for (const std::string &call : run.calls) {
@@ -220,7 +219,7 @@ TEST(DcpmmCalls, DiscoveryReadsEveryFunctionInListOrder) {
                   "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigHeader, [0,0,31,2], 164)\n"));
 }
 
-// The calls of a run from the one that ends so on, without the numbers of the lists.
+// The calls of a run from the first one with this ending, without the numbers of the lists.
 std::vector<std::string> CallsAround(const StandinRun &run, size_t before, const std::string &call, size_t after) {
   const auto found = std::find(run.calls.begin(), run.calls.end(), call);
   if (found == run.calls.end() || found - run.calls.begin() < static_cast<ptrdiff_t>(before) ||
@@ -325,7 +324,7 @@ TEST(DcpmmCalls, TheClockIsReadForAFileOnly) {
   EXPECT_EQ(clockCalls(RunProfile(MemoryHost(kOneSocket), {"-q"}).run), 0);
 }
 
-// A count is the low half and, over it, the low 16 bits of the high half.
+// A count is the low half ORed with the low 16 bits of the high half.
 struct Halves {
   const char *name;
   uint32_t low;
@@ -337,7 +336,7 @@ void PrintTo(const Halves &halves, std::ostream *stream) { *stream << halves.nam
 
 class Combined : public testing::TestWithParam<Halves> {
  protected:
-  // One counter of the channel at 12.6 and one of the mesh at 9.0 have those halves, all others 0.
+  // One counter of the channel at 12.6 and one of the mesh at 9.0 have these halves, all others 0.
   static StandinHost Host() {
     const uint64_t amount = uint64_t{GetParam().high} << 32 | GetParam().low;
     StandinHost host = MemoryHost(kOneSocket);
@@ -384,7 +383,7 @@ constexpr Halves kHalves[] = {
 
 INSTANTIATE_TEST_SUITE_P(Dcpmm, Combined, testing::ValuesIn(kHalves), NameOf<Halves>);
 
-// What is a socket, and what is not.
+// Which PCI functions count as a socket.
 struct Function {
   const char *name;
   int64_t slot;
@@ -435,7 +434,7 @@ TEST(DcpmmDiscovery, EmptyListsAreNoFailure) {
   }
 }
 
-// The options. A run over one socket shows its iterations by rows, and its interval by how it sleeps.
+// The options. Rows show the number of iterations, sleep() the interval.
 struct Given {
   const char *name;
   const char *options;
@@ -478,7 +477,7 @@ INSTANTIATE_TEST_SUITE_P(Dcpmm, GivenOptions, testing::ValuesIn(kGivenOptions), 
 
 class Refused : public testing::TestWithParam<ReportCase> {};
 
-// Nothing is left behind, and no register touched.
+// No file is left behind, and no register is accessed.
 TEST_P(Refused, AnswersAs) {
   const ReportCase &expected = GetParam();
   const Profile profile = RunProfile(expected.host(), Words(expected.arguments.JoinedBy(" ")));
@@ -558,7 +557,7 @@ constexpr ReportCase kDcpmmMachinesCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(DcpmmMachines, Refused, testing::ValuesIn(kDcpmmMachinesCases), NameOf<ReportCase>);
 
-// Places where no file can be made, not even by root.
+// Folders where not even root can create a file.
 TEST(DcpmmFile, ThatIsADirectoryIsAnError) {
   const ScratchDirectory directory;
   std::filesystem::create_directory(directory.path() / kFileName);

@@ -1,6 +1,6 @@
-// Every call of every report fails once, in every way that the program tells apart, and the run is held against the
-// report's table of failures: its output to the byte, its messages, its status, and what it reads. Whatever fails, the
-// program gives back its lists, no row has figures of two owners, and the total is that of the rows above it.
+// Fails every call of every report once, in every way that the program distinguishes, and compares the run with the
+// report's table of failures: output, messages, exit status, and reads. After any failure the program destroys its
+// lists, no row has figures of two owners, and the total is the sum of the rows above it.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -23,25 +23,25 @@ namespace {
 constexpr HVC_ReturnStatus kNotFound = 0x0bad0003;
 constexpr HVC_ReturnStatus kStatuses[] = {HVC_FAILURE, kNotFound, 0x0bad0031};
 
-// A way to fail. A call may have given what it was asked for, and then fail: that is no better.
+// A way to fail. A call may fill its output and still fail.
 struct Failing {
   HVC_ReturnStatus status;
   bool answers = false;
 };
 #ifdef KESTREL_SANITIZE
-// Starting a sanitized program takes long, and the way to fail hardly changes what it then does with its memory.
+// Sanitized programs start slowly, and how a call fails hardly changes the use of memory.
 constexpr Failing kWays[] = {{HVC_FAILURE}};
 #else
 constexpr Failing kWays[] = {{kStatuses[0]}, {kStatuses[1]}, {kStatuses[2]}, {HVC_FAILURE, true}};
 #endif
 
-// Operations that can give something in spite of their status.
+// Whether the operation can fill its output and still fail.
 bool CanAnswer(const LoggedCall &call) {
   return call.operation == "NODAL_Get" || call.operation == "NODAL_ParamListGetString" ||
          call.operation.starts_with("NODAL_ParamListGetInt");
 }
 
-// What happens before a report is asked for anything.
+// Calls before the report starts.
 const FailureTable kFrontEnd = {
     {"NODAL_UseCache", "", 1, {{"Couldn't open cache file /host.cache, error code: <number>\n"}}, Effect::kEndsRun, 1},
     {"NODAL_CheckSig",
@@ -62,7 +62,7 @@ std::vector<Report> AllReports() {
   for (Report &report : all) {
     report.arguments.insert(report.arguments.end(), {"-q", "-v"});
     report.table.insert(report.table.end(), kFrontEnd.begin(), kFrontEnd.end());
-    // A profile cannot be taken from a file.
+    // dcpmm-stats refuses a saved host.
     if (report.arguments[0] == "-r") {
       std::erase_if(report.table, [](const FailureRow &row) { return row.operation == "NODAL_UseCache"; });
     }
@@ -72,13 +72,13 @@ std::vector<Report> AllReports() {
 
 StandinHost HostOf(const Report &report) { return report.host().AddCache("/host.cache"); }
 
-// A run of the report over its host, in which a call may fail.
+// Runs the report over its host, with or without a fault.
 StandinRun RunOver(const Report &report, StandinHost host, const std::optional<Fault> &fault = {}) {
   if (fault) host.Fail(*fault);
   return RunKestrel(host, report.arguments);
 }
 
-// What holds for every run, whatever fails in it.
+// Checks what holds for every run, whatever fails in it.
 void CheckAnyRun(const Report &report, const StandinRun &run) {
   EXPECT_EQ(run.outcome.signal, 0);
   EXPECT_TRUE(run.outcome.exitStatus == 0 || run.outcome.exitStatus == 1);
@@ -94,7 +94,8 @@ void CheckAnyRun(const Report &report, const StandinRun &run) {
   }
 }
 
-// A call that answers with a pointer has no status to fail with, and one of a register ends the run whatever it is.
+// Whether all statuses have the same effect: a call that returns a pointer has no status, and a failed register access
+// ends the run.
 bool HasOneFailure(const Report &report, const LoggedCall &call) {
   return call.operation.starts_with("NODAL_ParamListCreate") || call.operation == "NODAL_ParamListGetParam" ||
          (report.parts == Parts::kRegisters && call.part > 0);
@@ -133,7 +134,7 @@ TEST(ReportTables, AreThereForAllReports) {
   EXPECT_EQ(withTable, listed);
 }
 
-// Every call of one kind fails: an operation on one node or list, or on arguments.
+// Fails all calls of one kind: an operation on one node or list, or on arguments.
 TEST_P(ReportFailures, ForGoodEndInOrder) {
   std::set<std::pair<std::string, std::string>> kinds;
   for (const FailureRow &row : GetParam().table) {
@@ -200,7 +201,7 @@ std::string NameOfCalls(const testing::TestParamInfo<EveryCall::ParamType> &info
 INSTANTIATE_TEST_SUITE_P(Reports, EveryCall,
                          testing::Combine(testing::ValuesIn(AllReports()), testing::ValuesIn(kWays)), NameOfCalls);
 
-// A program that leaks over the stand-in is found out where the build looks for leaks, so that the runs above were too.
+// Checks that this build would have found leaks in the runs above.
 TEST(Leaks, AreFound) {
 #ifdef KESTREL_SANITIZE
   const StandinRun run = RunKestrel(StandinHost(), {"leak", "1000"}, {.program = QUERY_PROGRAM});

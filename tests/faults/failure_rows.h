@@ -1,7 +1,7 @@
-// What is expected when a call fails, for each report a table with a row for each kind of call that it makes.
+// What is expected when a call fails: for each report, a table with a row for each kind of call.
 //
-// A new report gets every test of every_call_test.cc by a Report with such a table. A call that no row is for fails the
-// tests, as does a row that is for no call.
+// A new report needs a Report with such a table, and then has every test of every_call_test.cc. A call without a row
+// fails the tests, and so does a row without a call.
 #ifndef TESTS_FAULTS_FAILURE_ROWS_H
 #define TESTS_FAULTS_FAILURE_ROWS_H
 
@@ -15,25 +15,25 @@
 
 namespace faults {
 
-// What becomes of the rows that would have been printed.
+// The effect of a failure on the rows that the report prints.
 enum class Effect {
   kNone,
-  kLosesRow,      // that the call is for
-  kLosesGroup,    // and the groups below it; the start group decides the result
-  kLosesChild,    // the same for a group that has no ID; the start group's last child decides the result
-  kEndsTable,     // no more rows, but all that follows them
-  kEndsRun,       // nothing more, and the status below
-  kLosesBuddy,    // whose memory node is looked up
-  kEndsScan,      // of the buddies, those that were looked up stay
-  kEndsSearch,    // for sockets, those that were found stay
-  kSpoilsSearch,  // which then ends at its next read
+  kLosesRow,      // the row that the call is for
+  kLosesGroup,    // the group and those below it; the start group decides the result
+  kLosesChild,    // as kLosesGroup, for a group without an ID; the start group's last child decides the result
+  kEndsTable,     // no more rows, but what follows them
+  kEndsRun,       // nothing more; the exit status is below
+  kLosesBuddy,    // the buddy whose memory node is read
+  kEndsScan,      // of the buddies; those found before stay
+  kEndsSearch,    // for sockets; those found before stay
+  kSpoilsSearch,  // the search ends at its next read
 };
 
-// <number>, <hex> and <text> stand for the status, <1> for the first argument of the read, <step> for what the step
-// that the call is part of says.
+// <number>, <hex> and <text> stand for the status, <1> for the first argument of the read, and <step> for the message
+// of the step around the call.
 struct Message {
   std::string text;
-  std::vector<HVC_ReturnStatus> silent = {};  // statuses that are no reason for it
+  std::vector<HVC_ReturnStatus> silent = {};  // statuses without this message
 };
 
 using Messages = std::vector<Message>;
@@ -45,9 +45,9 @@ struct FailureRow {
   Messages messages = {};
   Effect effect = Effect::kNone;
   int exitStatus = 0;                       // if the run ends
-  std::vector<HVC_ReturnStatus> only = {};  // the statuses that the row is for; none: those that no earlier row is for
-  bool isIgnored = false;                   // the status is: what the call gives in spite of it counts
-  bool readsOn = false;                     // more is read than the effect lets expect
+  std::vector<HVC_ReturnStatus> only = {};  // statuses of this row; empty: all that no earlier row has
+  bool isIgnored = false;                   // the report ignores the status and uses what the call filled
+  bool readsOn = false;                     // the report reads more than the effect implies
 };
 
 using FailureTable = std::vector<FailureRow>;
@@ -63,16 +63,15 @@ struct Report {
   testing_support::StandinHost (*host)();
   std::vector<std::string> arguments;
   FailureTable table;
-  // The places of which a successful read, the last of several, is followed by a row; none: the rows follow all reads.
+  // The last read before each row is of one of these places; empty: all rows follow all reads.
   std::vector<std::string> rowReads = {};
-  // The names of the rows in the order in which their memory nodes are looked up, if they are.
+  // The names of the rows in the order in which their memory nodes are read, if they are.
   std::vector<std::string> lookedUp = {};
   Total total = Total::kNone;
   Header header = Header::kFirst;
   Parts parts = Parts::kOne;
   bool messagesInOutput = false;
-  // Whether every figure of a row is a multiple of its owner's number, but for those of some columns, which number what
-  // the owner is part of.
+  // Whether every figure of a row is a multiple of its owner's number, except in the shared columns.
   bool hasOwners = true;
   std::vector<std::string> sharedColumns = {};
 };

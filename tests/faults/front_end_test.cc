@@ -1,4 +1,4 @@
-// The command line up to the report's own options.
+// The command line before the report's own options.
 #include "tests/faults/hosts.h"
 #include "tests/faults/report_case.h"
 #include "tests/support/scratch.h"

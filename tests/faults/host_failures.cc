@@ -1,4 +1,4 @@
-// The reports about the whole machine.
+// The failures of the host-wide reports.
 #include "tests/faults/failure_rows.h"
 #include "tests/faults/hosts.h"
 #include "tests/faults/machine_hosts.h"
@@ -18,14 +18,14 @@ constexpr char kList[] = "NODAL_GetInstanceListAlloc";
 constexpr char kGetString[] = "NODAL_ParamListGetString";
 constexpr char kGetInt32[] = "NODAL_ParamListGetInt32";
 
-// Page sharing, in both its reports.
+// Both reports of page sharing.
 
 FailureTable PShare(const std::string &step) {
   return {{kCreate, "memory_pshare_stats", 1, {{step + ": NODAL_ParamListCreate() failure\n"}}, kEndsRun, 1},
           {kGet, "memory_pshare_stats", 1, {}, kEndsRun, 1}};
 }
 
-// Buddies. What is said of a memory node or its list has no line end.
+// Buddies. Messages about a memory node or its list have no newline.
 
 constexpr char kMemNodes[] = "memory_memNodes";
 constexpr char kBuddy[] = "system_buddy_comprehensive";
@@ -59,7 +59,7 @@ FailureTable Comprehensive() {
           {kGet, kTransitions, 0, {}, kEndsRun, 1}};
 }
 
-// Large-page pools. The message of a VM's pool is also that of a page-sharing pool.
+// Large-page pools. A page-sharing pool has the message of a VM's pool.
 
 constexpr char kShared[] = "memory_lpage_nodeList_psharePool";
 constexpr char kPool[] = "memory_lpage_nodeList_vmPools";
@@ -88,7 +88,7 @@ FailureTable LargePages() {
   };
 }
 
-// Heaps. What fails is no failure of the run.
+// Heaps. The run succeeds after any failure.
 
 constexpr char kHeap[] = "system_heaps_stats";
 
@@ -102,12 +102,12 @@ FailureTable Heaps() {
       {kAddString, kHeap, 0, says("NODAL_ParamListAddString() failure"), kEndsRun},
       {.operation = kGet, .place = kHeap, .effect = kLosesRow, .only = {kNotFound}},
       {kGet, kHeap, 0, says("NODAL_Get() failure"), kEndsRun},
-      // The name that stays makes one argument too many of each that follows it.
+      // The name stays in the list, so that each later read has one argument too many.
       {.operation = "NODAL_ParamListRemoveLastParam", .place = kHeap, .effect = kEndsTable, .readsOn = true},
   };
 }
 
-// Persistent memory. What fails ends the table, and is no failure of the run either.
+// Persistent memory. A failure ends the table, and the run succeeds.
 
 constexpr char kStoreInfo[] = "memory_pmem_volumes_regionStore_info";
 constexpr char kIsClean[] = "memory_pmem_volumes_regionStore_isClean";
@@ -118,7 +118,7 @@ constexpr char kNuma[] = "memory_pmem_volumes_regionStore_regions_numaAllocInfo"
 const std::string kVolumes = ListOf("memory_pmem_volumes");
 const std::string kRegions = ListOf("memory_pmem_volumes_regionStore_regions");
 
-// The failing operation of a step, and the steps around it.
+// The messages of a failed operation and of the steps around it.
 Messages Failing(const std::vector<std::string> &parts) {
   Messages messages;
   for (const std::string &part : parts)

@@ -71,7 +71,7 @@ StandinHost SmallHost() {
 
 namespace {
 
-// A record with all its bytes set, for the fields to be set over them.
+// A record with all bytes set. The caller sets the fields that are read.
 template <typename Record>
 Record Unread() {
   Record record;
@@ -228,7 +228,7 @@ struct Leader {
   bool flags;          // half of them are set, and the others if not
 };
 
-// The leader of a group and all that can be asked about it, whether its reports should ask or not.
+// The leader of a group and all its records, whether the reports read them or not.
 void AddLeader(StandinHost &host, const Leader &leader) {
   host.AddRecord("sched_groups_groupLeaderID", {leader.group}, GroupLeaderIDRecord{leader.id});
   host.AddRecord("sched_memClients_kestrel_vmm", {leader.id}, VmmFigures(leader.figures, leader.mapped, leader.flags));
@@ -307,7 +307,7 @@ StandinHost MachinesHostLedBy(int64_t group, uint32_t leader, uint32_t vmmLeader
 
 namespace {
 
-// A group whose record names another parent than the walk comes from, one that shows whose it is.
+// A group whose record names a parent of its own, not the one in the walk.
 void AddOwned(StandinHost &host, int64_t owner, const Group &group) {
   Group owned = WithFigures(group, Figures::MultiplesOf(static_cast<uint64_t>(owner)));
   owned.tag = "t" + std::to_string(owner);
@@ -315,7 +315,7 @@ void AddOwned(StandinHost &host, int64_t owner, const Group &group) {
   host.Add(owned);
 }
 
-// A group with a leader and remap clients, and the sub-container of its VMM or user world, which counts as its own.
+// A group with a leader and remap clients, and the sub-container of its VMM or user world.
 void AddOwner(StandinHost &host, int64_t id, uint32_t flags, uint32_t innerFlags, std::vector<Instance> others = {}) {
   const std::string name = std::to_string(id);
   const int64_t inner = 2 * id;

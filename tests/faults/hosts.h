@@ -6,29 +6,28 @@
 
 namespace faults {
 
-// Five groups, no two figures of which are alike:
+// Five groups, all of whose figures differ:
 //
 //   0 host -+- 1 system
 //           +- 4 user ---- 5 web
 //           +- 7 idle
 testing_support::StandinHost SmallHost();
 
-// The group of that ID of the small host, to change and add again.
+// The group with this ID in the small host, to change and add again.
 testing_support::Group SmallGroup(int64_t id);
 
-// Virtual machines and user worlds; mail is both. No two figures are alike, and no byte that the kernel keeps to itself
-// is zero:
+// Virtual machines and user worlds; mail is both. All figures differ, and no unread byte is zero:
 //
 //   0 host -+- 10 web ----- 11 vmm.web      led by 110, its VMM by 111
 //           +- 20 shell --- 21 usr.shell    led by 120; clients 120 (copy, move, zero) and 121 (copy, move)
 //           +- 30 mail ---- 31 vmm.mail     led by 130, its VMM by 131; client 130 (copy)
 testing_support::StandinHost MachinesHost();
 
-// The same, with `leader` for the one that leads the group, and `vmmLeader` for the one that leads its VMM.
+// As above, with these leaders of the group and of its VMM.
 testing_support::StandinHost MachinesHostLedBy(int64_t group, uint32_t leader, uint32_t vmmLeader);
 
-// Groups every figure of which is a multiple of its owner's number, names and identifiers too. 137 is a VM and a user
-// world; those without a name here are sub-containers and belong to the group above.
+// Groups whose figures, names and identifiers are all multiples of their owner's number. 137 is a VM and a user world;
+// groups without a kind are sub-containers of the group above.
 //
 //   0 host -+- 127 (VM) ----+- 254
 //           |               +- 139 (user world) -- 278

@@ -94,8 +94,8 @@ CallLog::CallLog(const std::vector<std::string> &log, Parts parts) {
   }
 }
 
-// The walk reads the children of a group first of all. A group that is not the first begins with the read of its ID
-// from the list of its parent's children.
+// The walk first reads the children of a group. Except for the start group, a visit begins with the read of the group's
+// ID from the list of its parent's children.
 void CallLog::MarkGroups(const std::map<size_t, size_t> &makers) {
   std::map<size_t, size_t> walked;  // the groups whose children were listed by the walk, by the call that did
   bool isListed = false;

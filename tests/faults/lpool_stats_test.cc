@@ -1,4 +1,4 @@
-// The large-page pools node by node. Two names of the walk stand in its messages, one of them short of a letter.
+// lpool-stats: the pools of each node. Messages spell the walk's name in two ways.
 #include "tests/faults/machine_hosts.h"
 #include "tests/faults/report_case.h"
 
@@ -118,7 +118,7 @@ constexpr ReportCase kFormsCases[] = {
      [] { return WithNodes(0, 3); },
      "-r lpool-stats -q",
      {kHeader, "Total,,0,0,0,0,0,0,0,0,0,0,0,0\n"}},
-    // The number of machines is only a hint.
+    // The number of VMs is only a hint.
     {"NoMachines", [] { return WithNodes(2, 0); }, "-r lpool-stats -q", {kHeader, kAllRows}},
     {"NoMachinePools", [] { return LargePagesHost().AddList(kPools, {0}, {}); }, "-r lpool-stats -qs nodeID",
      "name,nodeID\npshare-0,0\npshare-1,1\nweb,1\nmail,1\nTotal,\n"},

@@ -1,4 +1,4 @@
-// Hosts for the reports about the whole machine, each with the nodes of one report and no two figures alike.
+// Hosts for the host-wide reports. Each has the nodes of one report, and all its figures differ.
 #ifndef TESTS_FAULTS_MACHINE_HOSTS_H
 #define TESTS_FAULTS_MACHINE_HOSTS_H
 
@@ -10,7 +10,7 @@
 
 namespace faults {
 
-// Page-sharing hints. The kernel's count of the active ones is not what the other counts come to.
+// Page-sharing hints. The kernel's count of active hints is not the difference of the other counts.
 testing_support::StandinHost HintsHost();
 PShareStatsRecord HintFigures();
 
@@ -18,12 +18,12 @@ PShareStatsRecord HintFigures();
 //
 //   memmap-01-hi, heap-00-lo, memmap-00-hi, memmap-01-lo, kseg-00, memmap-00-lo
 //
-// Memory node 0 is of NUMA node 7, memory node 1 of NUMA node 200. The counts of buddy i in the order of nodes, low
-// before high, are 1000 i + k free and 1000 i + 500 + k used buffers of size k; i counts from 1.
+// Memory node 0 is of NUMA node 7, memory node 1 of NUMA node 200. In the order of nodes, low
+// before high, the counts of buddy i are 1000 i + k free and 1000 i + 500 + k used buffers of size k; i counts from 1.
 testing_support::StandinHost BuddyHost();
 BuddyComprehensiveRecord BuddyFigures(const Figures &figures);
 
-// A host in soft state, with each amount and each count of transitions.
+// A host in soft state, with all amounts and counts of transitions.
 testing_support::StandinHost ComprehensiveHost();
 ComprehensiveRecord ComprehensiveFigures();
 GlobalMemoryRecord GlobalMemoryFigures();
@@ -48,8 +48,8 @@ HeapStatsRecord HeapFigures(const std::string &name, const Figures &figures);
 //   vol-3: regions reg-d on node 1, reg-e on nodes 0 and 1; extents 5 and 6
 testing_support::StandinHost PMemHost();
 
-// The same kinds of host with figures that are multiples of their owners' numbers: a buddy's, a pool's, a heap's, a
-// region's or extent's. The names of all but buddies end in that number; a volume's in the product of what it has.
+// Hosts of the same kinds whose figures are multiples of their owner's number. An owner is a buddy, pool, heap, region
+// or extent. All names but those of buddies end in that number; a volume's ends in the product of its owners' numbers.
 testing_support::StandinHost BuddyOwnersHost();
 testing_support::StandinHost LargePageOwnersHost();
 testing_support::StandinHost HeapOwnersHost();

@@ -1,4 +1,4 @@
-// Machines with persistent-memory modules for dcpmm-stats to profile, and what a run over them does and tells.
+// Hosts with persistent-memory modules for dcpmm-stats, and what a run over them does and prints.
 #ifndef TESTS_FAULTS_MEMORY_MODULES_H
 #define TESTS_FAULTS_MEMORY_MODULES_H
 
@@ -14,7 +14,7 @@ namespace faults {
 constexpr char kConfigHeader[] = "hardware_pci_seg_bus_slot_func_pciConfigHeader";
 constexpr char kConfigRegister[] = "hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr";
 
-// The last second of January 2024, in UTC, and the file of a run that starts then.
+// The last second of January 2024 in UTC, and the output file of a run that starts then.
 constexpr int64_t kStart = 1706745599;
 constexpr char kFileName[] = "dcpmm-stats-20240131246060";
 constexpr char kAnnouncement[] = "Data output is being written to: dcpmm-stats-20240131246060\n";
@@ -33,16 +33,16 @@ struct Socket {
   int64_t bus;
 };
 
-// A machine of the right model with modules, at kStart. Each segment has a bus 0 without memory controllers as well.
+// A host of the supported model with modules, at kStart. Each segment also has a bus 0 without memory controllers.
 testing_support::StandinHost MemoryHost(const std::vector<Socket> &sockets);
 
 // The header of a PCI function.
 std::string ConfigHeader(uint16_t vendor, uint16_t device);
 
-// The record of a processor of that model.
+// The record of a processor of this model.
 std::string Processor(uint8_t model);
 
-// One thing that a run does once it knows the sockets.
+// One step of a run after the search for sockets.
 struct Step {
   enum Kind { kWrite, kRead, kSleep, kTrailer };
 
@@ -53,7 +53,7 @@ struct Step {
   std::string row = {};                 // what CSV output gets
 };
 
-// The steps over a machine. The traffic is that of MemoryHost, and no two counts of it are alike.
+// The steps over a host. The traffic is that of MemoryHost; all its counts differ.
 std::vector<Step> Steps(const std::vector<Socket> &sockets, int iterations = 1, int seconds = 1);
 
 std::string FileStart(int seconds = 1);
@@ -61,7 +61,7 @@ std::string WholeFile(const std::vector<Step> &steps, int seconds = 1);
 std::string Csv(const std::vector<Step> &steps);
 std::vector<std::string> Calls(const std::vector<Step> &steps);
 
-// A run in a directory of its own, and the files that it leaves there.
+// A run in a directory of its own, and the files that it writes there.
 struct Profile {
   testing_support::StandinRun run;
   std::map<std::string, std::string> files;  // contents by name
@@ -75,7 +75,7 @@ struct ProfileOptions {
 Profile RunProfile(const testing_support::StandinHost &host, const std::vector<std::string> &reportOptions = {},
                    const ProfileOptions &options = {});
 
-// The calls of registers and of sleep.
+// The accesses to registers, and the calls of sleep.
 std::vector<std::string> StepCalls(const testing_support::StandinRun &run);
 
 }  // namespace faults

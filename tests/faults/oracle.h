@@ -1,4 +1,4 @@
-// What a run without failures tells of those with one.
+// Derives what is expected of runs with one failure from a run without failures.
 #ifndef TESTS_FAULTS_ORACLE_H
 #define TESTS_FAULTS_ORACLE_H
 
@@ -31,23 +31,23 @@ class Oracle {
 
   const std::vector<LoggedCall> &calls() const { return log_.calls(); }
 
-  // The first row of the report's table for a call that fails so; null if there is none.
+  // The first row of the report's table for this call and status; null if there is none.
   const FailureRow *Find(const LoggedCall &call, HVC_ReturnStatus status) const;
 
-  // There has to be a row for the call.
+  // REQUIRES: the table has a row for the call.
   Expected WhenFails(const LoggedCall &call, HVC_ReturnStatus status) const;
-  // The reads and writes of such a run, in the form of Accesses(); no value if the row does not define them.
+  // The reads and writes of such a run, as from Accesses(); none if the row does not define them.
   std::optional<std::vector<std::string>> AccessesWhenFails(const LoggedCall &call, HVC_ReturnStatus status) const;
 
  private:
   // The last line of the log before the header is printed.
   size_t HeaderLine(const testing_support::StandinRun &clean) const;
-  // The lines of the reads that each row follows.
+  // For each row, the line of the read before it.
   std::vector<size_t> RowLines() const;
-  // For each row the line at which its buddy's memory node is looked up.
+  // For each row, the line where its buddy's memory node is read.
   std::vector<size_t> Lookups() const;
 
-  // The next read of the search for sockets after a call of it; null if it is over.
+  // The next read of the search for sockets after a call; null after the last.
   const LoggedCall *NextRead(const LoggedCall &call) const;
   bool HasSocket(const LoggedCall &call) const;
   bool IsLost(size_t row, const FailureRow &failure, const LoggedCall &call) const;

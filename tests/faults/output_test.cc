@@ -102,7 +102,7 @@ TEST_F(Terminal, ShowsNoControlCharactersOfABuildText) {
   };
   const StandinRun shown = RunKestrel(host, arguments, {.output = OutputTo::kTerminal, .errorsToOutput = true});
   EXPECT_EQ(shown.outcome.output, message("1.0?[2J"));
-  // Where the message itself goes is what counts.
+  // What counts is where the message goes.
   EXPECT_EQ(RunKestrel(host, arguments, {.output = OutputTo::kTerminal}).outcome.errors, message("1.0\x1b[2J"));
 }
 
@@ -115,7 +115,7 @@ TEST_F(Terminal, ShowsNoControlCharacters) {
   EXPECT_EQ(RunKestrel(host, arguments).outcome.output, "gid,name,tag\n0,a\x1b[31mb\tc\nd\x7f,\ae\n");
 }
 
-// A terminal that reads UTF-8 obeys these as it does those of one byte.
+// A UTF-8 terminal obeys encoded controls as it does those of one byte.
 TEST_F(Terminal, ShowsNoEncodedControlCharacters) {
   StandinHost host;
   host.Add({.id = 0,

@@ -1,4 +1,4 @@
-// The table in the CSV output of a run, taken apart.
+// Parses the table in the CSV output of a run.
 #ifndef TESTS_FAULTS_REPORT_TABLE_H
 #define TESTS_FAULTS_REPORT_TABLE_H
 
@@ -25,7 +25,7 @@ struct ReportTable {
   std::string closing = {};  // the descriptions and what follows them
 };
 
-// The total row of a table's rows, with texts and blanks like another one's.
+// The expected total row of a table, with the texts and blanks of `other`.
 Cells TotalLike(const Cells &other, const ReportTable &table, Total kind);
 
 // Whether the figures of a row, and the numbers in its names, are multiples of one owner's number.

@@ -1,15 +1,15 @@
 // A scripted stand-in for libplatkit, loaded before it under an unchanged kestrel.
 //
-// It has the whole C interface and not a line of the library in it: its lists are its own, its node identifiers count
-// downwards, and it knows no host but the script's. Every call but those of Warning and Str_Strcpy leaves a line in the
-// log, with node names in place of identifiers:
+// It implements the whole C interface without the library's code: its node identifiers count downwards, and its host is
+// the script's. Every call except Warning and Str_Strcpy writes a line to the log, with node names instead of
+// identifiers:
 //
 //   NODAL_ParamListCreate(1, 2) = list1
 //   NODAL_ParamListAddInt(list1, 4) = 0
 //   NODAL_Get(sched_groups_groupName, [4], 64) = 0
 //
-// Lists are numbered in the order of their making and are kept to the end of the run, so that a use after
-// NODAL_ParamListDestroy shows as a line that begins with "misuse:".
+// Lists are numbered in the order of their creation and kept to the end of the run, so that a use after
+// NODAL_ParamListDestroy appears as a line that begins with "misuse:".
 //
 // A line of the script is one of
 //
@@ -29,10 +29,10 @@
 // "short-records", a record that is shorter than asked for leaves the rest of the output as it is; otherwise its size
 // is an error.
 //
-// A unit has event counters behind its configuration registers; the traffic lines below it are its own (see uncore.h).
+// A unit has event counters behind its configuration registers, and the traffic of the lines below it (see uncore.h).
 //
-// With a clock the stand-in also answers time, localtime and sleep, and logs them. Time then stands still but for
-// sleep, which comes back at once. A failure of time or localtime has an error number in place of the status.
+// With a clock, the stand-in also implements and logs time, localtime and sleep. Time then passes in sleep only, which
+// returns at once. A failure of time or localtime has an errno instead of a status.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <time.h>
@@ -194,7 +194,7 @@ class Standin {
     if (std::fprintf(log_, "%s\n", line.c_str()) < 0) std::abort();
   }
 
-  // Whether a list may be used; says so in the log if it may not.
+  // Whether a list may be used. If not, it logs a misuse.
   bool Usable(const NODAL_ParamList *list, const std::string &operation) const {
     const bool known = known_.contains(list);
     if (!known) {
@@ -268,7 +268,7 @@ class Standin {
   time_t clock_ = kNoClock;
 };
 
-// Made at the first call and never unmade, since calls may come from the last moments of the process.
+// Created at the first call and never destroyed, since calls may come while the process exits.
 Standin &TheStandin() {
   static Standin &standin = *new Standin;
   return standin;
@@ -319,7 +319,7 @@ HVC_ReturnStatus Add(const char *operation, NODAL_ParamList *list, const NODAL_P
   return Logged(call, 0);
 }
 
-// Finds the parameter that a getter asks for.
+// Finds the parameter for a getter.
 HVC_ReturnStatus Find(const char *operation, const NODAL_ParamList *list, uint32_t index, bool isText,
                       const NODAL_Param *&param) {
   const std::string call = std::string(operation) + "(" + Name(list) + ", " + std::to_string(index) + ")";
@@ -341,7 +341,7 @@ HVC_ReturnStatus GetInteger(const char *operation, const NODAL_ParamList *list, 
   return status;
 }
 
-// Reads a list node; the answer stands in the log with the list that it went to.
+// Reads a list node. The log has the number of the list that it fills.
 HVC_ReturnStatus ReadInstances(const char *operation, uint32_t id, const NODAL_ParamList *args, const std::string &hint,
                                NODAL_ParamList **list) {
   Standin &standin = TheStandin();
@@ -369,7 +369,7 @@ HVC_ReturnStatus ReadIntoNewList(const char *operation, uint32_t id, const NODAL
   return status;
 }
 
-// What the arguments of a configuration register name. Registers are accessed by four bytes.
+// Whether the arguments name a configuration register, which is accessed by four bytes.
 bool IsRegister(const NODAL_ParamList *args, faults::Uncore::Address &address, int64_t &offset) {
   if (args == nullptr || args->params.size() != 6 || args->params[4].integer != 4) return false;
   for (size_t i = 0; i < address.size(); ++i)
@@ -397,13 +397,13 @@ HVC_ReturnStatus WriteRegister(const NODAL_ParamList *args, const NODAL_ParamLis
                                                                                                   : HVC_NOT_FOUND;
 }
 
-// The function of that name that the stand-in's hides.
+// The function that the stand-in's function of this name hides.
 template <typename Function>
 Function *Hidden(const char *name) {
   return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
 
-// Logs a call and tells whether the script lets it succeed; errno says why if not.
+// Logs a call. False, with errno set, if the script lets it fail.
 bool Succeeds(const std::string &operation, const std::string &arguments) {
   const HVC_ReturnStatus error = TheStandin().FaultOf(operation, "");
   TheStandin().Log(operation + "(" + arguments + ")" + (error == 0 ? "" : " fails"));
@@ -558,7 +558,7 @@ HVC_ReturnStatus NODAL_UseCache(const char *path, uint32_t flags) {
   return Logged(call, TheStandin().HasCache(path) ? HVC_OK : HVC_NOT_FOUND);
 }
 
-// Fills the buffer to its last byte and leaves it to the caller to end the text, as a library may.
+// May fill the buffer without a terminator, as a library may.
 HVC_ReturnStatus NODAL_CheckSig(char *kernelBuild, uint32_t size, const char **ownBuild) {
   Standin &standin = TheStandin();
   const HVC_ReturnStatus fault = standin.FaultOf("NODAL_CheckSig", "");

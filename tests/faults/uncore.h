@@ -1,10 +1,10 @@
-// The event counters of memory controllers, as their PCI configuration registers show them.
+// Simulates the event counters of memory controllers behind their PCI configuration registers.
 //
 // A unit is a memory channel or, at slots 8 and 9, a mesh-to-memory unit. It has a control register, which stops its
 // counters (0x100) and sets them to zero (0x2), and for each counter a control register, which says what to count
-// (0x400000: count at all; low 16 bits: the event), and the halves of the count. Time passes only in the periods that
-// the program sleeps: each counter of a unit that runs then grows by what there was of its event. A unit starts out
-// running, with counts left behind by somebody else.
+// (0x400000: count at all; low 16 bits: the event), and the halves of the count. Time passes only while the
+// program sleeps: then each counter of a running unit grows by the number of its events. At first, units run and have
+// old counts.
 #ifndef TESTS_FAULTS_UNCORE_H
 #define TESTS_FAULTS_UNCORE_H
 
@@ -22,10 +22,10 @@ class Uncore {
   using Address = std::array<int64_t, 4>;
 
   void AddUnit(const Address &address);
-  // How often an event occurs in the unit that was added last, in each period; the last amount goes on for good.
+  // The number of events in each period in the unit that was added last. The last number repeats.
   void AddTraffic(uint32_t event, const std::vector<uint64_t> &amounts);
 
-  // Both tell whether there is such a register.
+  // Both return whether the register exists.
   bool Write(const Address &address, int64_t offset, uint32_t value);
   bool Read(const Address &address, int64_t offset, uint32_t &value) const;
 

@@ -1,4 +1,4 @@
-// A golden run: a host, the words on the command line, and all that kestrel must leave behind.
+// A golden run: a host, the arguments of kestrel, and its expected output, messages and exit status.
 //
 //   host: branch
 //   arguments: -r group-stats -u mb
@@ -8,7 +8,7 @@
 //   --- stderr
 //   ...
 //
-// The host is a file of hosts/ or of the samples, read from a snapshot. '...' keeps blanks in an argument together.
+// The host is a file of hosts/ or of samples/, made into a snapshot. '...' keeps blanks in an argument together.
 // Times in the output are written as <time>.
 #ifndef TESTS_REPORTS_GOLDEN_CASE_H
 #define TESTS_REPORTS_GOLDEN_CASE_H
@@ -27,7 +27,7 @@ struct GoldenCase {
   std::string errors;
 };
 
-// Throws if the file is not in the form above.
+// Throws if the file does not have the form above.
 GoldenCase ReadCase(const std::filesystem::path &file);
 
 std::string Written(const GoldenCase &golden);

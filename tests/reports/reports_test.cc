@@ -1,6 +1,6 @@
-// Runs kestrel over saved hosts and compares all that it prints with what stands in the case files.
+// Runs kestrel over saved hosts and compares output, messages and exit status with the case files.
 //
-// With UPDATE_GOLDEN=1 in the environment, a case that differs is written anew, to be looked at before it is kept.
+// With UPDATE_GOLDEN=1 in the environment, it rewrites the cases that differ. Review them before you keep them.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -18,13 +18,13 @@ namespace {
 const std::filesystem::path kFolder = REPORTS_FOLDER;
 const std::filesystem::path kSamples = SAMPLES_FOLDER;
 
-// A host of hosts/, or else the sample of that name.
+// The host of this name in hosts/, or else the sample.
 std::filesystem::path HostFile(const std::string &name) {
   const std::filesystem::path own = kFolder / "hosts" / (name + ".json");
   return std::filesystem::exists(own) ? own : kSamples / (name + ".json");
 }
 
-// What kestrel does now where the case tells what it should.
+// The case with the results of a new run.
 GoldenCase RunAnew(const GoldenCase &golden) {
   const testing_support::ScratchDirectory scratch;
   testing_support::BuildSnapshot(HostFile(golden.host), scratch.File("snapshot"));

@@ -1,4 +1,4 @@
-// What the operations on single registers answer to a name that is in no table of theirs.
+// The operations on single registers refuse unknown names.
 #include "src/dcpmm/uncore.h"
 
 #include <gtest/gtest.h>

@@ -127,7 +127,7 @@ TEST(ColumnTable, ConversionsTakeTheirOwnWidth) {
   EXPECT_EQ(Printed([&] { TablePrintRow(columns, true, false, values); }), "4294967295,-1,y,18446744073709551615,-1\n");
 }
 
-// The row printer, said with printf: the bytes must be the same.
+// The row printer written with printf. Both must print the same bytes.
 std::string ReferenceRow(const std::vector<ColumnDesc> &columns, bool csv, bool total,
                          const std::vector<Value> &values) {
   std::string line;
@@ -171,7 +171,7 @@ TEST(ColumnTable, RowsAreThoseOfPrintf) {
     std::vector<Value> values;
     for (uint64_t i = upTo(12); i > 0; --i) {
       const auto conversion = static_cast<Conversion>(upTo(5));
-      // Now and then a width or a text long enough for the carry to go round.
+      // Sometimes a width or a text is long enough for the carry to wrap.
       const auto width = static_cast<uint8_t>(upTo(9) == 0 ? upTo(255) : upTo(20));
       columns.push_back({"x", "", width, conversion, static_cast<uint8_t>(upTo(1) == 0 ? 0 : kInTotal)});
       columns.back().shown = upTo(5) != 0;
