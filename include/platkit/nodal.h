@@ -56,8 +56,8 @@ typedef struct NODAL_Param NODAL_Param;
 #define NODAL_LIST_INSTANCES 1u /* arguments or instances */
 
 /*
- * Creates an empty list. `kind` is one of NODAL_LIST_... `capacity` is the number of parameters that the caller
- * expects; the list grows past it.
+ * Creates an empty list. `kind` is NODAL_LIST_INPUT or NODAL_LIST_INSTANCES, `capacity` the number of parameters that
+ * the caller expects; the list grows past it.
  *
  * Returns the list, or null if the kind is unknown or memory is short. The caller destroys it.
  */
