@@ -12,21 +12,10 @@
 #include <cstring>
 #include <utility>
 
+#include "platkit/errno_status.h"
+
 namespace platkit {
 namespace {
-
-HVC_ReturnStatus StatusOfErrno(int error) {
-  switch (error) {
-    case ENOENT:
-    case ENOTDIR:
-    case ESRCH:
-    case ENODEV: return HVC_NOT_FOUND;
-    case EACCES:
-    case EPERM: return HVC_NO_PERMISSION;
-    case EROFS: return HVC_READ_ONLY;
-    default: return HVC_IO_ERROR;
-  }
-}
 
 // Reads once into `room`; -1 with errno set on failure.
 ssize_t ReadOnce(const FileDescriptor &file, std::span<char> room) {

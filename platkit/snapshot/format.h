@@ -1,4 +1,4 @@
-// What a snapshot file is made of, shared by its reader and its writer; docs/snapshot.md describes the whole of it.
+// The format of a snapshot file, shared by reader and writer. docs/snapshot.md describes it.
 #ifndef PLATKIT_SNAPSHOT_FORMAT_H
 #define PLATKIT_SNAPSHOT_FORMAT_H
 
@@ -9,20 +9,20 @@
 
 namespace platkit::snapshot {
 
-// The file's first record: its key tells a snapshot from other files, its value is the format's version in decimal.
+// Magic and version. The key of the first record is the magic; its value is the version of the format, in decimal.
 inline constexpr std::string_view kVersionKey = "nodal-snapshot";
 inline constexpr uint32_t kVersion = 1;
 inline constexpr std::string_view kVersionText = "1";
 
-// The second record: a check of each hash table, so that what is absent can be told from what was lost.
+// Index checksums, in the second record: one for each hash table. They tell an absent entry from a lost one.
 inline constexpr std::string_view kIndexCheckKey = "index-check";
 
-// The keys of these two, which no entry may have.
+// Keys of the format itself, which no entry may have.
 inline constexpr std::string_view kReservedKeys[] = {kVersionKey, kIndexCheckKey};
 
 constexpr bool IsReservedKey(std::string_view key) { return key == kVersionKey || key == kIndexCheckKey; }
 
-// The keys of the header. Those of nodes begin with a slash.
+// Keys of the header. Keys of nodes begin with a slash.
 inline constexpr std::string_view kSignatureKey = "signature";
 inline constexpr std::string_view kBuildKey = "build";
 inline constexpr std::string_view kHostKey = "host";
@@ -32,23 +32,24 @@ constexpr bool IsHeaderKey(std::string_view key) {
   return key == kSignatureKey || key == kBuildKey || key == kHostKey || key == kTimeKey;
 }
 
-// Before a node's path: what stands there is not the node, but the status with which it could not be read.
+// Prefix of a node's path, for a node that could not be read. The value is the status of that read.
 inline constexpr std::string_view kFailurePrefix = "failed:";
 inline constexpr size_t kFailureBytes = 4;
 
 constexpr bool IsFailureKey(std::string_view key) { return key.starts_with(kFailurePrefix); }
 
 inline constexpr size_t kMaxKeyBytes = 4096;
-inline constexpr size_t kMaxHeaderText = 255;
+inline constexpr size_t kMaxHeaderText = 255;  // bytes
 
-// A constant database: a table of contents of 256 hash tables, the records, the hash tables.
+// A constant database (cdb) has three parts: the contents (position and size of 256 hash tables), the records, and the
+// hash tables.
 inline constexpr uint32_t kTables = 256;
 inline constexpr uint32_t kContentsBytes = kTables * 8;
-inline constexpr uint32_t kRecordHead = 8;  // the lengths of key and value
+inline constexpr uint32_t kRecordHead = 8;  // lengths of key and value
 inline constexpr uint32_t kSlotBytes = 8;
 inline constexpr uint64_t kMaxFileBytes = UINT32_MAX;
 
-// The hash of a key, or of a key's end behind a start that has the hash `start`.
+// The hash of a key. `start` is the hash of the part before `text`, so that keys with a common start share its hash.
 constexpr uint32_t Hash(std::string_view text, uint32_t start = 5381) {
   for (const char c : text)
     start = (start * 33) ^ static_cast<unsigned char>(c);
@@ -57,10 +58,10 @@ constexpr uint32_t Hash(std::string_view text, uint32_t start = 5381) {
 
 enum class ValueType : uint8_t { kRecord = 'R', kIntegers = 'I', kTexts = 'T', kHeader = 'H', kChecks = 'C' };
 
-// The types of entries; the checks of the index are no entry.
+// Whether it is the type of an entry. The index checksums are not an entry.
 constexpr bool IsValueType(uint8_t byte) { return byte == 'R' || byte == 'I' || byte == 'T' || byte == 'H'; }
 
-// A value in the file is its type in one byte, the payload, and a check over both.
+// In the file, a value is one byte of type, the payload, and a checksum of both.
 struct Value {
   ValueType type = ValueType::kRecord;
   std::span<const std::byte> payload;
@@ -71,14 +72,14 @@ struct Value {
 inline constexpr size_t kCheckBytes = 4;
 inline constexpr size_t kValueOverhead = 1 + kCheckBytes;
 
-// Where the second record stands, and how long its value is.
+// Position of the second record and of its value, and length of its value.
 inline constexpr uint32_t kIndexCheckPosition =
     kContentsBytes + kRecordHead + static_cast<uint32_t>(kVersionKey.size() + kVersionText.size());
 inline constexpr uint32_t kIndexCheckValue =
     kIndexCheckPosition + kRecordHead + static_cast<uint32_t>(kIndexCheckKey.size());
 inline constexpr uint32_t kIndexCheckBytes = kTables * 4 + kValueOverhead;
 
-// The check of a value's type and payload, or of a hash table.
+// The checksum of a value's type and payload, or of a hash table.
 uint32_t Check(std::span<const std::byte> bytes);
 
 }  // namespace platkit::snapshot

@@ -9,23 +9,17 @@
 #include <charconv>
 #include <cstring>
 
+#include "platkit/errno_status.h"
+
 namespace platkit::snapshot {
 namespace {
 
-// The version record's head, key, and a value of at least one byte.
+// The head and key of the version record, and one byte of value.
 constexpr uint32_t kShortestFile = kContentsBytes + kRecordHead + static_cast<uint32_t>(kVersionKey.size()) + 1;
 
 HVC_ReturnStatus OpenStatus(int error) {
-  switch (error) {
-    case ENOENT:
-    case ENOTDIR: return HVC_NOT_FOUND;
-    case EACCES:
-    case EPERM: return HVC_NO_PERMISSION;
-    case ENXIO:
-    case ENODEV: return HVC_NOT_A_SNAPSHOT;  // a socket, or a device without a driver
-    case ENOMEM: return HVC_NO_MEMORY;
-    default: return HVC_IO_ERROR;
-  }
+  // A socket, or a device without a driver.
+  return error == ENXIO || error == ENODEV ? HVC_NOT_A_SNAPSHOT : StatusOfErrno(error);
 }
 
 }  // namespace
@@ -35,7 +29,7 @@ SnapshotFile::~SnapshotFile() {
 }
 
 HVC_ReturnStatus SnapshotFile::Open(const char *path) {
-  // Without O_NONBLOCK, a named pipe would hold the caller until somebody writes to it.
+  // Without O_NONBLOCK, open would wait for a writer of a named pipe.
   const int fd = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (fd < 0) return OpenStatus(errno);
   HVC_ReturnStatus status = HVC_OK;
@@ -72,8 +66,8 @@ HVC_ReturnStatus SnapshotFile::CheckVersion() const {
   return version > kVersion ? HVC_SNAPSHOT_TOO_NEW : HVC_OK;
 }
 
-// Each table begins where the one before it ends, the first at the end of the records, and the last ends with the file:
-// a file that was cut short, or continued, does not pass.
+// The first hash table starts at the end of the records, each other one at the end of the table before it, and the last
+// one ends with the file. A truncated or extended file does not pass.
 bool SnapshotFile::IndexIsChained() const {
   uint64_t end = Integer(0);
   if (end < kShortestFile || end != cdb_.cdb_dend) return false;
@@ -96,7 +90,7 @@ bool SnapshotFile::IndexCheckIsWhole() const {
          Check(Bytes(kIndexCheckValue, checked)) == Integer(kIndexCheckValue + checked);
 }
 
-// Each table is looked at once, when the first look-up in it finds nothing.
+// Checks each table once, at the first look-up in it that finds nothing.
 bool SnapshotFile::TableIsWhole(uint32_t table) {
   if (tablesChecked_[table]) return true;
   const uint32_t slots = Integer(table * 8 + 4);
@@ -105,8 +99,8 @@ bool SnapshotFile::TableIsWhole(uint32_t table) {
   return tablesChecked_[table];
 }
 
-// A look-up that finds nothing may have met an overwritten slot, or an overwritten key. The table's check tells the
-// one; that each record met on the way has a key of its slot's hash, the other.
+// A damaged slot or a damaged key also makes a look-up find nothing. The table's checksum rules out the first; the
+// second is ruled out if the key of each record that the look-up visited has the hash in its slot.
 bool SnapshotFile::IsReallyAbsent(std::string_view key) {
   const uint32_t hash = cdb_hash(key.data(), static_cast<unsigned>(key.size()));
   const uint32_t table = hash % kTables;
@@ -154,18 +148,18 @@ HVC_ReturnStatus SnapshotFile::Find(std::string_view key, Value &value) {
   return Decode(Bytes(cdb_datapos(&cdb_), cdb_datalen(&cdb_)), value);
 }
 
-void SnapshotFile::ExpectKey(uint32_t hash) const {
+void SnapshotFile::PrefetchKey(uint32_t hash) const {
   const uint32_t table = hash % kTables;
   const uint32_t slots = Integer(table * 8 + 4);
   if (slots > 0) __builtin_prefetch(cdb_.cdb_mem + Integer(table * 8) + hash / kTables % slots * kSlotBytes);
 }
 
-// The entries of a group take about a KB.
-void SnapshotFile::ExpectNeighbours(const Value &value) const {
-  constexpr ptrdiff_t kBefore = 512, kBehind = 768, kCacheLine = 64;
+// The entries of a group take about 1 KB.
+void SnapshotFile::PrefetchAround(const Value &value) const {
+  constexpr ptrdiff_t kBefore = 512, kAfter = 768, kCacheLine = 64;
   const auto *file = reinterpret_cast<const std::byte *>(cdb_.cdb_mem);
   const ptrdiff_t position = value.payload.data() - file;
-  const ptrdiff_t end = std::min<ptrdiff_t>(position + kBehind, cdb_.cdb_dend);
+  const ptrdiff_t end = std::min<ptrdiff_t>(position + kAfter, cdb_.cdb_dend);
   for (ptrdiff_t line = std::max<ptrdiff_t>(position - kBefore, 0); line < end; line += kCacheLine)
     __builtin_prefetch(file + line);
 }

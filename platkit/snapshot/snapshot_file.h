@@ -1,7 +1,7 @@
-// A snapshot file, mapped and never loaded: a look-up touches a few cache lines, whatever the size of the file.
+// A mapped snapshot file. A look-up touches a few cache lines, whatever the size of the file.
 //
-// The file may come from anyone. Every position and length in it is checked before use, and every value's check when it
-// is read; nothing that stands in it can lead outside it.
+// The file may be hostile. Every position and length in it is checked before use, and a value's checksum when the value
+// is read, so that nothing in the file makes the library read outside it.
 #ifndef PLATKIT_SNAPSHOT_SNAPSHOT_FILE_H
 #define PLATKIT_SNAPSHOT_SNAPSHOT_FILE_H
 
@@ -30,34 +30,37 @@ class SnapshotFile {
   SnapshotFile(const SnapshotFile &) = delete;
   SnapshotFile &operator=(const SnapshotFile &) = delete;
 
-  // Opens the file and checks what tells whether it is a snapshot, and whole: the version, the chain of its hash tables
-  // and the header. The time that takes does not grow with the file. Statuses as for NODAL_UseCache.
+  // Opens and maps the file. Checks its version, that its hash tables follow each other up to its end, and its header,
+  // in a time that does not depend on the file's size. Statuses as for NODAL_UseCache.
   [[nodiscard]] HVC_ReturnStatus Open(const char *path);
 
   const Header &header() const { return header_; }
 
-  // The value stored under `key`, good for as long as this object. HVC_NOT_FOUND: the file was written without it.
-  // HVC_SNAPSHOT_DAMAGED: its value, or what leads to it, is not what was written.
+  // Finds the value of `key`, which stays valid as long as this object.
+  //
+  // HVC_NOT_FOUND: the file was written without it. HVC_SNAPSHOT_DAMAGED: the value or its index entry is damaged.
   [[nodiscard]] HVC_ReturnStatus Find(std::string_view key, Value &value);
 
-  // Look-ups that are about to come: what leads to a key of that hash, and what stands around a value that was found,
-  // begin to be fetched from memory meanwhile.
-  void ExpectKey(uint32_t hash) const;
-  void ExpectNeighbours(const Value &value) const;
+  // Start to load into the processor's cache what coming look-ups will read: the index entry of a key with that hash,
+  // and the records around a value.
+  void PrefetchKey(uint32_t hash) const;
+  void PrefetchAround(const Value &value) const;
 
-  // Reads the entries in the order in which they stand in the file, the version and the checks of the index aside.
+  // Reads all entries in the order of the file, without the version and the index checksums.
   class Cursor {
    public:
     explicit Cursor(const SnapshotFile &file) : file_(file) {}
 
-    // Goes to the next entry, at first to the file's first. HVC_NOT_FOUND: there is none. HVC_SNAPSHOT_DAMAGED: the
-    // entry does not fit where the records are; none can be told behind it.
+    // Moves to the next entry; the first call moves to the first entry.
+    //
+    // HVC_NOT_FOUND: the file has no more entries. HVC_SNAPSHOT_DAMAGED: the entry exceeds the records, so the entries
+    // after it cannot be found.
     [[nodiscard]] HVC_ReturnStatus Next();
 
     std::string_view key() const { return key_; }
     uint32_t position() const { return position_; }
 
-    // HVC_SNAPSHOT_DAMAGED: the value is not what was written.
+    // HVC_SNAPSHOT_DAMAGED: the value is damaged.
     [[nodiscard]] HVC_ReturnStatus Read(Value &value) const { return Decode(bytes_, value); }
 
    private:
@@ -68,7 +71,7 @@ class SnapshotFile {
     std::span<const std::byte> bytes_;
   };
 
-  // The index, for those who verify it: whether a look-up for `key` ends at the record at `position`.
+  // For verification of the index. IndexLeadsTo: whether a look-up of `key` finds the record at `position`.
   bool IndexLeadsTo(std::string_view key, uint32_t position);
   bool TablesAreWhole();
   uint64_t CountUsedSlots() const;

@@ -25,32 +25,35 @@ class SnapshotSource : public Source {
  private:
   HVC_ReturnStatus Find(const Node &node, Arguments arguments, ValueType type, Value &value);
   HVC_ReturnStatus StatusOfAbsent(std::string_view path);
-  bool ExpectSiblings(const Node &node, Arguments arguments);
+  bool PrefetchSiblings(const Node &node, Arguments arguments);
 
   snapshot::SnapshotFile file_;
-  // The instance that was asked for last, by the start of its path and its number.
+  // The last instance that was read: the start of its path, and its number.
   std::string_view lastStart_;
   int64_t lastInstance_ = 0;
-  // The nodes that were asked for of an instance, by their places in the catalogue.
+  // The nodes that were read of any instance, by their indexes in Nodes().
   std::bitset<kMaxNodes> asked_;
 };
 
 HVC_ReturnStatus SnapshotSource::Find(const Node &node, Arguments arguments, ValueType type, Value &value) {
   PathWriter path;
   WritePath(node, arguments, path);
-  if (!path.ok()) return HVC_NOT_FOUND;  // no key is as long as that
-  const bool siblingsFollow = ExpectSiblings(node, arguments);
+  if (!path.ok()) return HVC_NOT_FOUND;  // longer than any key
+  const bool siblingsFollow = PrefetchSiblings(node, arguments);
   const HVC_ReturnStatus status = file_.Find(path.view(), value);
   if (status == HVC_NOT_FOUND) return StatusOfAbsent(path.view());
-  if (status == HVC_OK && siblingsFollow) file_.ExpectNeighbours(value);
+  if (status == HVC_OK && siblingsFollow) file_.PrefetchAround(value);
   return status == HVC_OK && value.type != type ? HVC_SNAPSHOT_DAMAGED : status;
 }
 
-// The nodes of one instance, such as a group, are asked for one after the other. Their entries stand side by side, but
-// what leads to them is anywhere in the index: a large file's is not in the processor's cache, and each look-up would
-// wait for memory. So all that were asked for of earlier instances are fetched when the first one is asked for. True if
-// this is the first.
-bool SnapshotSource::ExpectSiblings(const Node &node, Arguments arguments) {
+// Callers read several nodes of one instance, such as a group, and then the same nodes of the next instance. Their
+// records are neighbours, but their index entries are scattered over an index that does not fit the processor's cache,
+// so that each look-up would wait for memory. The first read of an instance therefore prefetches the index entries of
+// all nodes that were read of earlier instances. (Without this, group-stats over 100,000 groups takes 20 to 30 % more
+// processor time.)
+//
+// Returns whether this was the first read of the instance.
+bool SnapshotSource::PrefetchSiblings(const Node &node, Arguments arguments) {
   if (arguments.size() != 1 || arguments[0].kind != ParamKind::kInt) return false;
   const std::span<const Node> nodes = Nodes();
   asked_.set(static_cast<size_t>(&node - nodes.data()));
@@ -62,12 +65,12 @@ bool SnapshotSource::ExpectSiblings(const Node &node, Arguments arguments) {
   PathWriter path;
   const uint32_t hash = snapshot::Hash(path.Literal(start).Integer(instance).view());
   for (size_t i = 0; i < nodes.size(); ++i) {
-    if (asked_[i] && nodes[i].pieces[0] == start) file_.ExpectKey(snapshot::Hash(nodes[i].pieces[1], hash));
+    if (asked_[i] && nodes[i].pieces[0] == start) file_.PrefetchKey(snapshot::Hash(nodes[i].pieces[1], hash));
   }
   return true;
 }
 
-// Why a node is not in the file: it was not there, or it could not be read.
+// The file has no entry for a node that did not exist, and the status of the read for one that could not be read.
 HVC_ReturnStatus SnapshotSource::StatusOfAbsent(std::string_view path) {
   PathWriter key;
   key.Literal(snapshot::kFailurePrefix).Literal(path);

@@ -6,7 +6,8 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "platkit/draft.h"
+#include "platkit/atomic_file.h"
+#include "platkit/errno_status.h"
 
 namespace platkit::snapshot {
 namespace {
@@ -21,7 +22,7 @@ bool ReadAt(int fd, std::span<unsigned char> bytes, uint64_t position) {
   return true;
 }
 
-// Takes the checks of the hash tables, which are known only now, and puts them where the second record has left room.
+// Computes the checksums of the finished hash tables and writes them into the second record.
 bool WriteIndexCheck(int fd) {
   unsigned char contents[kContentsBytes];
   if (!ReadAt(fd, contents, 0)) return false;
@@ -94,11 +95,11 @@ HVC_ReturnStatus SnapshotWriter::Write(const std::string &path) {
   std::ranges::sort(entries_, {}, key);
   if (std::ranges::adjacent_find(entries_, {}, key) != entries_.end()) return HVC_ALREADY_EXISTS;
 
-  Draft draft;
-  const HVC_ReturnStatus status = draft.Create(path);
+  AtomicFile file;
+  const HVC_ReturnStatus status = file.Create(path);
   if (status != HVC_OK) return status;
-  if (!WriteDatabase(draft.fd())) return WriteStatus(errno);
-  return draft.TakePlace();
+  if (!WriteDatabase(file.fd())) return StatusOfErrno(errno, HVC_WRITE_ERROR);
+  return file.Commit();
 }
 
 bool SnapshotWriter::WriteDatabase(int fd) const {
@@ -113,7 +114,7 @@ bool SnapshotWriter::WriteDatabase(int fd) const {
     const char *key = bytes_.data() + entry.start;
     ok = cdb_make_add(&database, key, entry.keyLength, key + entry.keyLength, entry.valueLength) == 0;
   }
-  // The database releases its memory here, whether the file is good or not.
+  // Also releases the memory of the database, and must do so after a failure.
   const int failure = errno;
   const bool finished = cdb_make_finish(&database) == 0;
   if (!ok) errno = failure;

@@ -1,7 +1,7 @@
-// Collects the entries of a snapshot and writes them as a file.
+// Collects the entries of a snapshot and writes them to a file.
 //
-// The same content gives the same bytes, in whatever order it was added. The file appears whole or not at all: it is
-// written beside the target, without a name where the file system can do that, synced, and renamed.
+// The same entries give the same bytes, in whatever order they were added. The file is an AtomicFile: it appears whole
+// or not at all.
 #ifndef PLATKIT_SNAPSHOT_SNAPSHOT_WRITER_H
 #define PLATKIT_SNAPSHOT_SNAPSHOT_WRITER_H
 
@@ -20,8 +20,8 @@ namespace platkit::snapshot {
 
 class SnapshotWriter {
  public:
-  // HVC_LIMIT_EXCEEDED, from this and the following: the entry is longer than the format allows, or the file would be.
-  // HVC_BAD_PARAM: a text has a NUL in it. HVC_ALREADY_EXISTS: the key is one of the format's own.
+  // Statuses of this and the following operations: HVC_LIMIT_EXCEEDED: the entry exceeds the limits of the format, or
+  // makes the file exceed them. HVC_BAD_PARAM: a text contains a NUL. HVC_ALREADY_EXISTS: the key is reserved.
   [[nodiscard]] HVC_ReturnStatus AddHeader(const Header &header);
 
   [[nodiscard]] HVC_ReturnStatus AddRecord(std::string_view path, std::span<const std::byte> record) {
@@ -32,16 +32,15 @@ class SnapshotWriter {
   }
   [[nodiscard]] HVC_ReturnStatus AddTexts(std::string_view path, std::span<const std::string> texts);
 
-  // In the place of a record or list that could not be read: the status, which readers of the snapshot get in turn.
+  // Adds the status of a record or list that could not be read. Readers of the snapshot get that status.
   [[nodiscard]] HVC_ReturnStatus AddFailure(std::string_view path, HVC_ReturnStatus failure);
 
   // An entry of any kind.
   [[nodiscard]] HVC_ReturnStatus Add(std::string_view key, ValueType type, std::span<const std::byte> payload);
 
-  // Writes the snapshot to the file at `path`, in the place of one that stands there.
+  // Writes the snapshot to `path`, in place of a file that exists there.
   //
-  // HVC_ALREADY_EXISTS: a key was added twice, or there is something at `path` that is no regular file. HVC_NOT_FOUND:
-  // there is no such folder. HVC_NO_PERMISSION. HVC_WRITE_ERROR: the disk is full, or failed.
+  // HVC_ALREADY_EXISTS: a key was added twice. Other statuses as for AtomicFile.
   [[nodiscard]] HVC_ReturnStatus Write(const std::string &path);
 
  private:

@@ -304,7 +304,7 @@ TEST(SavedHost, TheRootMustBeAFolder) {
   std::unique_ptr<Source> source;
   EXPECT_EQ(OpenSavedRoot(host.Path("nowhere").c_str(), Writes::kRefused, source), HVC_NOT_FOUND);
   EXPECT_EQ(OpenSavedRoot(host.Path("file").c_str(), Writes::kRefused, source), HVC_NOT_FOUND);
-  EXPECT_EQ(OpenSavedRoot(std::string(5000, 'x').c_str(), Writes::kRefused, source), HVC_IO_ERROR);
+  EXPECT_EQ(OpenSavedRoot(std::string(5000, 'x').c_str(), Writes::kRefused, source), HVC_NAME_TOO_LONG);
   EXPECT_EQ(source, nullptr);
   EXPECT_EQ(OpenSavedRoot(host.Path("").c_str(), Writes::kRefused, source), HVC_OK);
   host.MakeFolder("closed/inner");

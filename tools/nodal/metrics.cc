@@ -6,7 +6,8 @@
 #include <set>
 #include <span>
 
-#include "platkit/draft.h"
+#include "platkit/atomic_file.h"
+#include "platkit/errno_status.h"
 #include "platkit/version.h"
 #include "tools/nodal/commands.h"
 #include "tools/nodal/exposition.h"
@@ -197,9 +198,11 @@ bool WriteAll(int fd, std::string_view text) {
 }
 
 void WriteFile(const std::string &path, std::string_view text) {
-  platkit::Draft draft;
-  HVC_ReturnStatus status = draft.Create(path);
-  if (status == HVC_OK) status = WriteAll(draft.fd(), text) ? draft.TakePlace() : platkit::WriteStatus(errno);
+  platkit::AtomicFile file;
+  HVC_ReturnStatus status = file.Create(path);
+  if (status == HVC_OK) {
+    status = WriteAll(file.fd(), text) ? file.Commit() : platkit::StatusOfErrno(errno, HVC_WRITE_ERROR);
+  }
   if (status != HVC_OK) throw Failure(path, status);
 }
 

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "tests/platkit/snapshot/scratch.h"
+#include "tests/platkit/scratch.h"
 #include "tests/support/process.h"
 #include "tests/support/text.h"
 

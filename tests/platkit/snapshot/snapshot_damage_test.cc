@@ -1,5 +1,5 @@
 // Cut and overwritten snapshots: whatever happened to the file, a read gives what was written or a status.
-#include "tests/platkit/snapshot/scratch.h"
+#include "tests/platkit/scratch.h"
 #include "tests/platkit/snapshot/small_host.h"
 
 namespace platkit::snapshot {

@@ -1,6 +1,6 @@
 // A folder for the files of one test.
-#ifndef TESTS_PLATKIT_SNAPSHOT_SCRATCH_H
-#define TESTS_PLATKIT_SNAPSHOT_SCRATCH_H
+#ifndef TESTS_PLATKIT_SCRATCH_H
+#define TESTS_PLATKIT_SCRATCH_H
 
 #include <string>
 #include <vector>
@@ -27,4 +27,4 @@ class Scratch : public testing_support::ScratchDirectory {
 
 inline std::string Contents(const std::string &path) { return testing_support::ReadFile(path); }
 
-#endif  // TESTS_PLATKIT_SNAPSHOT_SCRATCH_H
+#endif  // TESTS_PLATKIT_SCRATCH_H

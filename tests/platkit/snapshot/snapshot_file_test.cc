@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 #include "platkit/nodal.h"
-#include "tests/platkit/snapshot/scratch.h"
+#include "tests/platkit/scratch.h"
 #include "tests/platkit/snapshot/small_host.h"
 
 namespace platkit::snapshot {

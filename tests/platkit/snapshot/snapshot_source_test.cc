@@ -1,4 +1,4 @@
-#include "tests/platkit/snapshot/scratch.h"
+#include "tests/platkit/scratch.h"
 #include "tests/platkit/snapshot/small_host.h"
 
 namespace platkit::snapshot {
@@ -105,15 +105,6 @@ TEST_F(Read, EmptyAndLongLists) {
     ASSERT_EQ(longGroups.list()[i].integer, groups[i]);
   for (size_t i = 0; i < heaps.size(); ++i)
     ASSERT_EQ(longHeaps.list()[i].text(), heaps[i]);
-}
-
-TEST(Hash, IsThatOfTheDatabase) {
-  const std::string key = "/sched/groups/4/groupName\xc3\xa4";
-  for (size_t i = 0; i <= key.size(); ++i) {
-    const uint32_t start = Hash(std::string_view(key).substr(0, i));
-    EXPECT_EQ(start, cdb_hash(key.data(), static_cast<unsigned>(i)));
-    EXPECT_EQ(Hash(std::string_view(key).substr(i), start), cdb_hash(key.data(), static_cast<unsigned>(key.size())));
-  }
 }
 
 }  // namespace

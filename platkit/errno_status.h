@@ -1,0 +1,15 @@
+// The status that stands for an errno, the same throughout the library.
+#ifndef PLATKIT_ERRNO_STATUS_H
+#define PLATKIT_ERRNO_STATUS_H
+
+#include "platkit/status.h"
+
+namespace platkit {
+
+// `otherwise` is the status of every errno that has none of its own: HVC_IO_ERROR after a read, HVC_WRITE_ERROR after a
+// write.
+HVC_ReturnStatus StatusOfErrno(int error, HVC_ReturnStatus otherwise = HVC_IO_ERROR);
+
+}  // namespace platkit
+
+#endif  // PLATKIT_ERRNO_STATUS_H

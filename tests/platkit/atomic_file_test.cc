@@ -1,0 +1,143 @@
+#include "platkit/atomic_file.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tests/platkit/scratch.h"
+
+namespace platkit {
+namespace {
+
+class AtomicFileTest : public testing::Test {
+ protected:
+  // Writes a whole file, as the writer of a snapshot does.
+  static HVC_ReturnStatus Write(const std::string &path, std::string_view text) {
+    AtomicFile file;
+    const HVC_ReturnStatus status = file.Create(path);
+    if (status != HVC_OK) return status;
+    while (!text.empty()) {
+      const ssize_t count = write(file.fd(), text.data(), text.size());
+      if (count < 0) return HVC_WRITE_ERROR;
+      text.remove_prefix(static_cast<size_t>(count));
+    }
+    return file.Commit();
+  }
+
+  // Whether `check` is true in a process of its own, whose limits and user end with it.
+  static bool IsTrueInAChild(const std::function<bool()> &check) {
+    const pid_t child = fork();
+    if (child == 0) _exit(check() ? 0 : 1);
+    int exitStatus = -1;
+    return waitpid(child, &exitStatus, 0) == child && exitStatus == 0;
+  }
+
+  Scratch scratch_;
+};
+
+TEST_F(AtomicFileTest, ReplacesAnOlderFile) {
+  const std::string path = scratch_.Write("target", "older");
+  EXPECT_EQ(Write(path, "newer"), HVC_OK);
+  EXPECT_EQ(Contents(path), "newer");
+  EXPECT_EQ(scratch_.Names(), std::vector<std::string>{"target"});
+}
+
+TEST_F(AtomicFileTest, IsRemovedUnlessCommitted) {
+  const std::string path = scratch_.Write("target", "older");
+  {
+    AtomicFile file;
+    ASSERT_EQ(file.Create(path), HVC_OK);
+    ASSERT_EQ(write(file.fd(), "newer", 5), 5);
+    EXPECT_EQ(Contents(path), "older");
+  }
+  EXPECT_EQ(Contents(path), "older");
+  EXPECT_EQ(scratch_.Names(), std::vector<std::string>{"target"});
+}
+
+TEST_F(AtomicFileTest, ALinkStaysALink) {
+  const std::string path = scratch_.Write("target", "older");
+  ASSERT_EQ(symlink("target", scratch_.Path("link").c_str()), 0);
+  EXPECT_EQ(Write(scratch_.Path("link"), "newer"), HVC_OK);
+  EXPECT_TRUE(std::filesystem::is_symlink(scratch_.Path("link")));
+  EXPECT_EQ(Contents(path), "newer");
+}
+
+TEST_F(AtomicFileTest, HasTheModeOfTheUmask) {
+  const mode_t before = umask(027);
+  EXPECT_EQ(Write(scratch_.Path("file"), "text"), HVC_OK);
+  umask(before);
+  struct stat info;
+  ASSERT_EQ(stat(scratch_.Path("file").c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0640u);
+}
+
+TEST_F(AtomicFileTest, ReplacesRegularFilesOnly) {
+  EXPECT_EQ(Write("/dev/null", "text"), HVC_ALREADY_EXISTS);
+  EXPECT_EQ(Write(scratch_.folder(), "text"), HVC_ALREADY_EXISTS);
+  EXPECT_TRUE(scratch_.Names().empty());
+}
+
+TEST_F(AtomicFileTest, NamesThatCannotBe) {
+  EXPECT_EQ(Write(scratch_.Path("missing/file"), "text"), HVC_NOT_FOUND);
+  EXPECT_EQ(Write(scratch_.Write("file", "x") + "/below", "text"), HVC_NOT_FOUND);
+  EXPECT_EQ(Write(scratch_.Path(std::string(300, 'x')), "text"), HVC_NAME_TOO_LONG);
+}
+
+TEST_F(AtomicFileTest, AFolderOfAnotherUser) {
+  EXPECT_TRUE(IsTrueInAChild([this] {
+    if (chmod(scratch_.folder().c_str(), 0555) != 0) return false;
+    if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) return false;
+    return Write(scratch_.Path("file"), "text") == HVC_NO_PERMISSION;
+  }));
+  EXPECT_TRUE(scratch_.Names().empty());
+  chmod(scratch_.folder().c_str(), 0755);
+}
+
+// A limit on file sizes stands for a full disk.
+TEST_F(AtomicFileTest, AFullDiskLeavesTheOlderFile) {
+  const std::string path = scratch_.Write("file", "older");
+  const std::string text(5000, 'x');
+  for (const size_t room : {size_t{0}, size_t{1000}, text.size() - 1}) {
+    EXPECT_TRUE(IsTrueInAChild([&] {
+      signal(SIGXFSZ, SIG_IGN);
+      const rlimit limit = {.rlim_cur = room, .rlim_max = room};
+      return setrlimit(RLIMIT_FSIZE, &limit) == 0 && Write(path, text) == HVC_WRITE_ERROR;
+    })) << room;
+    EXPECT_EQ(scratch_.Names(), std::vector<std::string>{"file"});
+    EXPECT_EQ(Contents(path), "older");
+  }
+}
+
+// Without a handler, the same limit kills the process during a write.
+TEST_F(AtomicFileTest, ACrashLeavesTheOlderFile) {
+  const int unnamed = open(scratch_.folder().c_str(), O_RDWR | O_TMPFILE, 0600);
+  if (unnamed < 0) GTEST_SKIP() << "the file system has no files without names";
+  close(unnamed);
+  const std::string path = scratch_.Write("file", "older");
+  const pid_t child = fork();
+  if (child == 0) {
+    const rlimit files = {.rlim_cur = 100, .rlim_max = 100}, cores = {.rlim_cur = 0, .rlim_max = 0};
+    if (setrlimit(RLIMIT_CORE, &cores) == 0 && setrlimit(RLIMIT_FSIZE, &files) == 0) {
+      static_cast<void>(Write(path, std::string(5000, 'x')));
+    }
+    _exit(0);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGXFSZ) << status;
+  EXPECT_EQ(scratch_.Names(), std::vector<std::string>{"file"});
+  EXPECT_EQ(Contents(path), "older");
+}
+
+}  // namespace
+}  // namespace platkit
