@@ -27,7 +27,7 @@ consteval Instance ParseInstance(std::string_view text) {
 }
 
 // Splits a path without its bracketed end, which only repeats the entry of the list.
-consteval void ParsePath(Node &node) {
+consteval void SplitPath(Node &node) {
   std::string_view rest = node.path.substr(0, node.path.find('['));
   size_t argument = 0;
   for (size_t open = rest.find('{'); open != std::string_view::npos; open = rest.find('{')) {
@@ -51,7 +51,7 @@ consteval Node ParseRow(uint32_t id, std::string_view name, std::string_view pat
   node.record = record;
   node.isList = !entry.empty();
   if (node.isList) node.entry = ParseInstance(entry);
-  ParsePath(node);
+  SplitPath(node);
   if (node.isList && record != nullptr) {
     if (node.pathArguments == Node::kMaxArguments) RowHasTooManyArguments();
     node.arguments[node.pathArguments] = node.entry;

@@ -17,7 +17,7 @@ std::optional<int64_t> ParseInteger(std::string_view text) {
   const char *end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, value);
   if (error != std::errc() || stop != end) return std::nullopt;
-  // One value has one form.
+  // Reject other forms of the same integer, such as 007.
   char canonical[24];
   const auto written = std::to_chars(canonical, canonical + sizeof canonical, value);
   if (std::string_view(canonical, static_cast<size_t>(written.ptr - canonical)) != text) return std::nullopt;
@@ -34,7 +34,7 @@ std::optional<std::string> DecodeText(std::string_view text) {
       const char *low = std::strchr(kHexDigits, text[i + 2]);
       if (text[i + 1] == '\0' || text[i + 2] == '\0' || high == nullptr || low == nullptr) return std::nullopt;
       c = static_cast<unsigned char>((high - kHexDigits) << 4 | (low - kHexDigits));
-      // A terminator cannot stand inside a text, and what needs no encoding has none.
+      // A text contains no NUL, and only characters that need it are encoded.
       if (c == '\0' || !IsEncoded(c)) return std::nullopt;
       i += 2;
     } else if (IsEncoded(c)) {
@@ -59,10 +59,10 @@ std::optional<PathTarget::Argument> ParseArgument(std::string_view text, ParamKi
   return argument;
 }
 
-// Matches one row; the target's node stays null if the path is not of that row's form.
+// Matches a path against one node. The target's node stays null if they do not match.
 PathTarget MatchNode(const Node &node, std::string_view path) {
   PathTarget target;
-  const auto takeArgument = [&](const Instance &instance) {
+  const auto parseArgument = [&](const Instance &instance) {
     const size_t end = std::min(path.find('/'), path.size());
     auto argument = ParseArgument(path.substr(0, end), instance.kind);
     if (!argument) return false;
@@ -75,12 +75,12 @@ PathTarget MatchNode(const Node &node, std::string_view path) {
     if (!path.starts_with(node.pieces[i])) return target;
     path.remove_prefix(node.pieces[i].size());
     if (i == node.pathArguments) break;
-    if (!takeArgument(node.arguments[i])) return target;
+    if (!parseArgument(node.arguments[i])) return target;
   }
   target.asRecord = !node.isList;
   if (node.isList && node.isRecord() && path.starts_with('/')) {
     path.remove_prefix(1);
-    if (!takeArgument(node.entry)) return target;
+    if (!parseArgument(node.entry)) return target;
     target.asRecord = true;
   }
   if (path.empty()) target.node = &node;

@@ -1,5 +1,5 @@
-// The text form of a node with its arguments, for example /sched/groups/4/memAllocationInKB: a snapshot's key, and what
-// the nodal tool takes and prints.
+// The text form of a node with its arguments, for example /sched/groups/4/memAllocationInKB. It is a key of snapshots,
+// and the form that nodal reads and prints.
 //
 // Integers are decimal, without leading zeros. In texts, '/', '%' and control characters are percent-encoded, with two
 // upper-case hexadecimal digits.
@@ -16,7 +16,7 @@
 
 namespace platkit {
 
-// A path being written into fixed room. What does not fit is dropped, and ok() is false from then on.
+// Writes a path into a buffer of fixed size. Text that does not fit is dropped, and ok() is false from then on.
 class PathWriter {
  public:
   PathWriter &Literal(std::string_view text);
@@ -34,26 +34,26 @@ class PathWriter {
   char bytes_[kMaxBytes];
 };
 
-// Writes the path of a node. `arguments` are as many as the node takes as a record or as a list.
+// Writes the path of a node as a record or as a list, by the number of arguments.
 void WritePath(const Node &node, Arguments arguments, PathWriter &path);
 
-// What a path names: a node, as a record or as a list, and its arguments.
+// The node that a path names, as a record or as a list, and its arguments.
 struct PathTarget {
   struct Argument {
     ParamKind kind;
     int64_t integer = 0;
     std::string text;
 
-    // The comparison with 0 that this stands for is none of a pointer.
+    // clang-tidy takes the comparison with 0 in the generated code for one with a null pointer.
     auto operator<=>(const Argument &) const = default;  // NOLINT(modernize-use-nullptr)
   };
 
-  const Node *node = nullptr;  // null: the path names nothing in the catalogue
+  const Node *node = nullptr;  // null: the path names no node
   bool asRecord = false;
   std::vector<Argument> arguments;
 };
 
-// Takes a path apart. Only the one form that WritePath would give is recognised.
+// Parses a path. Accepts only the form that WritePath writes, so that a node has one path.
 PathTarget ParsePath(std::string_view path);
 
 }  // namespace platkit

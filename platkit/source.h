@@ -1,4 +1,4 @@
-// The source seam: where the records and lists of the tree come from.
+// Where the records and lists of the tree come from: the running host, a snapshot, or a test.
 #ifndef PLATKIT_SOURCE_H
 #define PLATKIT_SOURCE_H
 
@@ -11,30 +11,33 @@
 
 namespace platkit {
 
-// A source is asked only for what the catalogue has: the node is of the right shape, and the arguments are as many and
-// of the kinds that it takes.
+// REQUIRES, for all operations: the node is a record or a list, as the operation says, and the arguments have the
+// number and kinds that the node takes. nodal.h lists the statuses.
 class Source {
  public:
   virtual ~Source() = default;
 
-  // Fills `record`, which has the record's size. What stands in it after a failure is of no account.
+  // Reads a record. `record` has the record's size in bytes; it stays as it was on failure.
   [[nodiscard]] virtual HVC_ReturnStatus Get(const Node &node, Arguments arguments, std::span<std::byte> record) = 0;
 
-  // Appends the instances to `list`, which is empty. What stands in it after a failure is of no account.
+  // Appends the instances to `list`, which is empty. After a failure, the list holds any part of them.
   [[nodiscard]] virtual HVC_ReturnStatus List(const Node &node, Arguments arguments, ParamList &list) = 0;
 
-  // Writes `input` to a node.
+  // Writes `input` to a record.
   [[nodiscard]] virtual HVC_ReturnStatus Set(const Node &node, Arguments arguments, Arguments input) {
     static_cast<void>(node), static_cast<void>(arguments), static_cast<void>(input);
     return HVC_READ_ONLY;
   }
 
-  // The definitions that the tree was built with.
+  // The definitions of the source's tree, which may be those of another version.
   virtual const Definitions &definitions() const { return OwnDefinitions(); }
 };
 
-// Answers every read of the process from `source` from now on.
+// Answers every later read of the process from `source`; from the running host if it is null.
 void UseSource(std::unique_ptr<Source> source);
+
+// The source that the process reads from.
+Source &CurrentSource();
 
 }  // namespace platkit
 

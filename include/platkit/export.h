@@ -1,4 +1,4 @@
-/* Marks what libplatkit shows to the outside; everything else in it is hidden. */
+/* PLATKIT_EXPORT marks the symbols that libplatkit exports; all others are hidden. */
 #ifndef PLATKIT_EXPORT_H
 #define PLATKIT_EXPORT_H
 
@@ -8,7 +8,7 @@
 #define PLATKIT_EXPORT
 #endif
 
-/* An operation whose status must be looked at. */
+/* Marks an operation whose status the caller must check. */
 #if defined(__cplusplus)
 #define PLATKIT_NODISCARD [[nodiscard]]
 #else

@@ -181,9 +181,9 @@ PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_GetInstanceListAllocHint
  * stays the same.
  *
  * HVC_BAD_PARAM: `path` is null, or the flags are unknown or exclude each other. HVC_NOT_FOUND: no such file.
- * HVC_NO_PERMISSION: this user may not read it. HVC_IO_ERROR: the read failed. HVC_NOT_A_SNAPSHOT: the file is not a
- * snapshot. HVC_SNAPSHOT_DAMAGED: the snapshot is truncated or damaged. HVC_SNAPSHOT_TOO_NEW: a newer library wrote the
- * snapshot, in a format that this one does not know.
+ * HVC_NAME_TOO_LONG. HVC_NO_PERMISSION: this user may not read it. HVC_IO_ERROR: the read failed. HVC_NOT_A_SNAPSHOT:
+ * the file is not a snapshot. HVC_SNAPSHOT_DAMAGED: the snapshot is truncated or damaged. HVC_SNAPSHOT_TOO_NEW: a newer
+ * library wrote the snapshot, in a format that this one does not know.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_UseCache(const char *path, uint32_t flags);
 

@@ -1,4 +1,4 @@
-/* The platform's bounded string copy. */
+/* Bounded copy of strings. */
 #ifndef PLATKIT_STR_H
 #define PLATKIT_STR_H
 
@@ -11,10 +11,10 @@ extern "C" {
 #endif
 
 /*
- * Copies at most `size` - 1 bytes of `source` to `destination` and always ends what it wrote with a terminator; a
- * longer source is cut. A `size` of 0 writes nothing; a null source copies as an empty text.
+ * Copies at most `size` - 1 bytes of `source` to `destination` and adds a NUL. A longer source is truncated. A null
+ * source copies as an empty string. A `size` of 0 writes nothing.
  *
- * REQUIRES: `destination` has room for `size` bytes, and the two do not overlap.
+ * REQUIRES: `destination` has room for `size` bytes and does not overlap `source`.
  * Returns `destination`.
  */
 PLATKIT_EXPORT char *Str_Strcpy(char *destination, const char *source, size_t size);

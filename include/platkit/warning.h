@@ -1,4 +1,4 @@
-/* The platform's warning channel: where every diagnostic that is not a report's own output goes. */
+/* The channel for diagnostics. */
 #ifndef PLATKIT_WARNING_H
 #define PLATKIT_WARNING_H
 
@@ -9,9 +9,8 @@ extern "C" {
 #endif
 
 /*
- * Writes one printf-style message to standard error, with neither prefix nor line end of its own. Standard output is
- * flushed first, so that a terminal and a log of both streams show reports and messages in the order they were made.
- * Leaves errno as it was.
+ * Writes a printf-style message to standard error, without a prefix or a newline of its own. Flushes standard output
+ * first, so that a terminal or a log of both streams shows output and messages in order. Preserves errno.
  */
 PLATKIT_EXPORT void Warning(const char *format, ...)
 #if defined(__GNUC__)

@@ -26,18 +26,6 @@ TEST(Catalogue, UnknownNodesAreNull) {
   EXPECT_EQ(FindNode("sched_groups"), nullptr);
 }
 
-TEST(Catalogue, UnitsHaveNamesWhereFiguresNeedThem) {
-  EXPECT_EQ(UnitName(FieldUnit::KB), "KB");
-  EXPECT_EQ(UnitName(FieldUnit::BYTES), "bytes");
-  EXPECT_EQ(UnitName(FieldUnit::PAGES), "4 KB pages");
-  EXPECT_EQ(UnitName(FieldUnit::BLOCKS), "2 MB blocks");
-  EXPECT_EQ(UnitName(FieldUnit::PERCENT), "%");
-  EXPECT_EQ(UnitName(FieldUnit::USEC), "us");
-  for (const FieldUnit unit :
-       {FieldUnit::NONE, FieldUnit::COUNT, FieldUnit::ID, FieldUnit::FLAGS, FieldUnit::BOOL, FieldUnit::NUMBER})
-    EXPECT_EQ(UnitName(unit), "");
-}
-
 // The sizes that callers of the C interface pass.
 TEST(Catalogue, RecordSizes) {
   const std::pair<uint16_t, uint32_t> sizes[] = {
@@ -98,25 +86,6 @@ TEST(Catalogue, ArgumentsOfANodeThatIsListAndRecord) {
   EXPECT_EQ(node.arguments[0].kind, ParamKind::kText);
   EXPECT_EQ(node.arguments[2].what, "numaNode");
   EXPECT_EQ(node.arguments[2].kind, ParamKind::kInt);
-}
-
-TEST(Catalogue, FieldsCoverTheirRecords) {
-  for (const Node &node : Nodes()) {
-    if (!node.isRecord()) continue;
-    uint32_t position = 0;
-    for (const Field &field : node.record->fields) {
-      EXPECT_EQ(field.offset, position) << node.record->name << '.' << field.name;
-      position += field.size * field.count;
-    }
-    EXPECT_EQ(position, node.record->size) << node.record->name;
-  }
-}
-
-TEST(Catalogue, DefinitionsAreAFixedText) {
-  const Definitions &own = OwnDefinitions();
-  EXPECT_EQ(own.signature.size(), 32u);
-  EXPECT_LE(own.build.size(), 20u);
-  EXPECT_NE(own.build.find(own.signature.substr(0, 8)), std::string::npos);
 }
 
 }  // namespace

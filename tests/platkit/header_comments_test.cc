@@ -16,7 +16,7 @@ namespace platkit {
 namespace {
 
 std::string Header(const std::string &name) {
-  std::ifstream file(PLATKIT_INCLUDE_DIR "/platkit/" + name);
+  std::ifstream file(PLATKIT_SOURCE_DIR "/include/platkit/" + name);
   EXPECT_TRUE(file) << name;
   return {std::istreambuf_iterator<char>(file), {}};
 }

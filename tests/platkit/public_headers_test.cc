@@ -2,13 +2,14 @@
 // its own.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <regex>
 #include <set>
 #include <string>
 #include <vector>
+
+#include "tests/platkit/compiler.h"
 
 namespace {
 
@@ -18,32 +19,9 @@ const std::vector<std::string> kMacrosOfAProgram = {
     "ID",     "FLAGS", "BOOL",  "COUNT", "NUMBER",  "NONE", "PERCENT",      "OK",         "FAILURE", "Record", "Field",
 };
 
-struct Output {
-  int status;
-  std::string text;
-};
-
-// Runs a compiler over a source text. What may contain a quote reaches the shell in variables.
-Output Compile(const std::string &compiler, const std::string &options, const std::string &source) {
-  setenv("COMPILER", compiler.c_str(), 1);
-  setenv("SOURCE", source.c_str(), 1);
-  setenv("INCLUDE_FOLDER", PLATKIT_INCLUDE_DIR, 1);
-  const std::string command =
-      "printf '%s' \"$SOURCE\" | \"$COMPILER\" -Wall -Wextra -Wpedantic -Werror -I\"$INCLUDE_FOLDER\" " + options +
-      " - 2>&1";
-  FILE *pipe = popen(command.c_str(), "r");
-  Output output = {.status = -1, .text = {}};
-  if (pipe == nullptr) return output;
-  char buffer[4096];
-  for (size_t count; (count = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-    output.text.append(buffer, count);
-  output.status = pclose(pipe);
-  return output;
-}
-
 std::vector<std::string> PublicHeaders() {
   std::vector<std::string> names;
-  for (const auto &entry : std::filesystem::directory_iterator(PLATKIT_INCLUDE_DIR "/platkit"))
+  for (const auto &entry : std::filesystem::directory_iterator(PLATKIT_SOURCE_DIR "/include/platkit"))
     names.push_back(entry.path().filename());
   return names;
 }
@@ -60,33 +38,26 @@ std::string ProgramWith(const std::string &header) {
 }
 
 void ExpectToCompile(const std::string &compiler, const std::string &options) {
+  if (!IsInstalled(compiler)) GTEST_SKIP() << compiler << " is not installed";
   const std::vector<std::string> headers = PublicHeaders();
   ASSERT_EQ(headers.size(), 7u);
   for (const std::string &header : headers) {
-    const Output output = Compile(compiler, options + " -fsyntax-only", ProgramWith(header));
+    const CompilerOutput output = Compile(compiler, options + " -Werror -fsyntax-only", ProgramWith(header));
     EXPECT_EQ(output.status, 0) << header << ":\n" << output.text;
   }
 }
-
-bool HasClang() { return std::system("command -v clang >/dev/null") == 0; }
 
 TEST(PublicHeaders, CompileAloneAsC) { ExpectToCompile(PLATKIT_C_COMPILER, "-x c -std=c11"); }
 
 TEST(PublicHeaders, CompileAloneAsCxx) { ExpectToCompile(PLATKIT_C_COMPILER, "-x c++ -std=c++20"); }
 
-TEST(PublicHeaders, CompileAloneAsCWithClang) {
-  if (!HasClang()) GTEST_SKIP() << "clang is not installed";
-  ExpectToCompile("clang", "-x c -std=c11");
-}
+TEST(PublicHeaders, CompileAloneAsCWithClang) { ExpectToCompile("clang", "-x c -std=c11"); }
 
-TEST(PublicHeaders, CompileAloneAsCxxWithClang) {
-  if (!HasClang()) GTEST_SKIP() << "clang is not installed";
-  ExpectToCompile("clang", "-x c++ -std=c++20");
-}
+TEST(PublicHeaders, CompileAloneAsCxxWithClang) { ExpectToCompile("clang", "-x c++ -std=c++20"); }
 
 // The names of the macros that a program has.
 std::set<std::string> MacrosOf(const std::string &source) {
-  const Output output = Compile(PLATKIT_C_COMPILER, "-x c -std=c11 -E -dM", source);
+  const CompilerOutput output = Compile(PLATKIT_C_COMPILER, "-x c -std=c11 -E -dM", source);
   EXPECT_EQ(output.status, 0) << output.text;
   std::set<std::string> names;
   const std::regex form("#define (\\w+)");
@@ -96,6 +67,7 @@ std::set<std::string> MacrosOf(const std::string &source) {
 }
 
 TEST(PublicHeaders, DefineMacrosOfTheirOwnPrefixesOnly) {
+  if (!IsInstalled(PLATKIT_C_COMPILER)) GTEST_SKIP() << PLATKIT_C_COMPILER << " is not installed";
   std::string all;
   for (const std::string &header : PublicHeaders())
     all += "#include <platkit/" + header + ">\n";

@@ -1,4 +1,4 @@
-// Parameter lists, through the C interface.
+// The operations on parameter lists.
 #include <gtest/gtest.h>
 
 #include <memory>
