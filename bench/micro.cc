@@ -9,12 +9,12 @@
 #include <string>
 
 #include "platkit/catalogue.h"
-#include "platkit/linux/control_group.h"
-#include "platkit/linux/heaps.h"
-#include "platkit/linux/hierarchy.h"
-#include "platkit/linux/meminfo.h"
-#include "platkit/linux/process.h"
-#include "platkit/linux/zones.h"
+#include "platkit/linux/kernel/cgroup_files.h"
+#include "platkit/linux/kernel/cgroup_mount.h"
+#include "platkit/linux/kernel/meminfo.h"
+#include "platkit/linux/kernel/process_status.h"
+#include "platkit/linux/kernel/zoneinfo.h"
+#include "platkit/linux/records/heap_records.h"
 #include "platkit/nodal.h"
 #include "platkit/nodes.h"
 #include "platkit/path.h"

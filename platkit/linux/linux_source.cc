@@ -6,20 +6,20 @@
 #include <utility>
 #include <vector>
 
-#include "platkit/linux/buddies.h"
-#include "platkit/linux/client_records.h"
-#include "platkit/linux/group_records.h"
-#include "platkit/linux/group_tree.h"
-#include "platkit/linux/heaps.h"
-#include "platkit/linux/host_memory.h"
-#include "platkit/linux/large_page_pools.h"
-#include "platkit/linux/machine_counter.h"
-#include "platkit/linux/nvdimm.h"
-#include "platkit/linux/page_sharing.h"
-#include "platkit/linux/page_size.h"
-#include "platkit/linux/pci_devices.h"
-#include "platkit/linux/persistent_memory.h"
-#include "platkit/linux/processor.h"
+#include "platkit/linux/groups/group_tree.h"
+#include "platkit/linux/groups/vm_counter.h"
+#include "platkit/linux/kernel/ksm.h"
+#include "platkit/linux/kernel/page_size.h"
+#include "platkit/linux/records/buddy_records.h"
+#include "platkit/linux/records/client_records.h"
+#include "platkit/linux/records/group_records.h"
+#include "platkit/linux/records/heap_records.h"
+#include "platkit/linux/records/host_memory_records.h"
+#include "platkit/linux/records/large_page_pool_records.h"
+#include "platkit/linux/records/nvdimm_records.h"
+#include "platkit/linux/records/pci_records.h"
+#include "platkit/linux/records/pmem_records.h"
+#include "platkit/linux/records/processor_records.h"
 
 namespace platkit {
 namespace {

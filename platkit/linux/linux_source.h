@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "platkit/linux/host_files.h"
+#include "platkit/linux/files/host_files.h"
 #include "platkit/source.h"
 
 namespace platkit {

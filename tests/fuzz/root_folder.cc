@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <sstream>
 
-#include "platkit/linux/host_files.h"
+#include "platkit/linux/files/host_files.h"
 #include "tests/fuzz/nodal.h"
 
 namespace fuzz {

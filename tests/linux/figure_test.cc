@@ -1,8 +1,8 @@
-#include "platkit/linux/figure.h"
+#include "platkit/linux/kernel/figure.h"
 
 #include <gtest/gtest.h>
 
-#include "platkit/linux/figure_files.h"
+#include "platkit/linux/kernel/figure_files.h"
 
 namespace platkit {
 namespace {

@@ -1,4 +1,4 @@
-#include "platkit/linux/guest_mapping.h"
+#include "platkit/linux/kernel/process_maps.h"
 
 #include "tests/linux/saved_host.h"
 

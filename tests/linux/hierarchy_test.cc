@@ -1,4 +1,4 @@
-#include "platkit/linux/hierarchy.h"
+#include "platkit/linux/kernel/cgroup_mount.h"
 
 #include "tests/linux/saved_host.h"
 

@@ -1,4 +1,4 @@
-#include "platkit/linux/host_files.h"
+#include "platkit/linux/files/host_files.h"
 
 #include <sys/stat.h>
 

@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
-#include "platkit/linux/meminfo.h"
-#include "platkit/linux/process.h"
+#include "platkit/linux/kernel/meminfo.h"
+#include "platkit/linux/kernel/process_status.h"
 #include "tests/linux/saved_host.h"
 
 namespace platkit {

@@ -1,4 +1,4 @@
-#include "platkit/linux/virtual_machine.h"
+#include "platkit/linux/groups/vm_detector.h"
 
 #include "tests/linux/saved_host.h"
 

@@ -20,7 +20,7 @@
 #include <thread>
 
 #include "gtest/gtest.h"
-#include "platkit/linux/hierarchy.h"
+#include "platkit/linux/kernel/cgroup_mount.h"
 #include "tests/support/process.h"
 #include "tests/support/report_names.h"
 #include "tests/support/scratch.h"

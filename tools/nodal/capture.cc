@@ -9,7 +9,7 @@
 #include <optional>
 #include <set>
 
-#include "platkit/linux/host_files.h"
+#include "platkit/linux/files/host_files.h"
 #include "platkit/snapshot/snapshot_writer.h"
 #include "tools/nodal/commands.h"
 #include "tools/nodal/interruption.h"

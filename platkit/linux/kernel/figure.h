@@ -1,0 +1,88 @@
+// A figure that the kernel gave, or did not give. Absent, unreadable, unlimited and zero are four different things, and
+// arithmetic keeps them apart until a record's cell is filled.
+#ifndef PLATKIT_LINUX_KERNEL_FIGURE_H
+#define PLATKIT_LINUX_KERNEL_FIGURE_H
+
+#include <cstdint>
+
+#include "platkit/records.h"
+
+namespace platkit {
+
+class Figure {
+ public:
+  // Absent: this kernel has no such figure.
+  constexpr Figure() = default;
+  constexpr explicit Figure(uint64_t value) : kind_(Kind::kValue), value_(value) {}
+  static constexpr Figure Unreadable() { return Figure(Kind::kUnreadable); }
+  static constexpr Figure Unlimited() { return Figure(Kind::kUnlimited); }
+
+  constexpr bool isAbsent() const { return kind_ == Kind::kAbsent; }
+  constexpr Figure IfAbsent(Figure other) const { return isAbsent() ? other : *this; }
+
+  // What a cell shows: all ones for what is unreadable or unlimited.
+  constexpr uint64_t Cell(uint64_t ifAbsent) const {
+    if (kind_ == Kind::kValue) return value_;
+    return isAbsent() ? ifAbsent : HVC_KB_NONE;
+  }
+
+  // The same for a cell of 32 bits, where all ones also stands for what does not fit.
+  constexpr uint32_t Cell32(uint32_t ifAbsent) const {
+    const uint64_t cell = Cell(ifAbsent);
+    return cell > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(cell);
+  }
+
+  // An absent figure adds nothing.
+  friend constexpr Figure operator+(Figure a, Figure b) {
+    if (a.isAbsent()) return b;
+    if (b.isAbsent()) return a;
+    if (a.kind_ != Kind::kValue || b.kind_ != Kind::kValue) return Worse(a, b);
+    uint64_t sum = 0;
+    return __builtin_add_overflow(a.value_, b.value_, &sum) ? Unreadable() : Figure(sum);
+  }
+
+  // Not below 0: the two were read one after the other, and may have moved in between.
+  friend constexpr Figure operator-(Figure a, Figure b) {
+    if (a.isAbsent() || b.isAbsent()) return a;
+    if (a.kind_ == Kind::kValue && b.kind_ == Kind::kUnlimited) return Figure(0);
+    if (a.kind_ != Kind::kValue || b.kind_ != Kind::kValue) return Worse(a, b);
+    return Figure(a.value_ > b.value_ ? a.value_ - b.value_ : 0);
+  }
+
+  friend constexpr Figure operator*(Figure a, uint64_t factor) {
+    if (a.kind_ != Kind::kValue) return a;
+    uint64_t product = 0;
+    return __builtin_mul_overflow(a.value_, factor, &product) ? Unreadable() : Figure(product);
+  }
+
+  friend constexpr Figure operator/(Figure a, uint64_t divisor) {
+    return a.kind_ == Kind::kValue ? Figure(a.value_ / divisor) : a;
+  }
+
+  // The lower of two bounds; an absent bound is none.
+  friend constexpr Figure Lower(Figure a, Figure b) {
+    if (a.kind_ == Kind::kUnreadable || b.kind_ == Kind::kUnreadable) return Unreadable();
+    if (a.kind_ != Kind::kValue) return b.isAbsent() ? a : b;
+    if (b.kind_ != Kind::kValue) return a;
+    return a.value_ < b.value_ ? a : b;
+  }
+
+  friend constexpr bool operator==(Figure, Figure) = default;
+
+ private:
+  enum class Kind : uint8_t { kAbsent, kValue, kUnlimited, kUnreadable };
+
+  constexpr explicit Figure(Kind kind) : kind_(kind) {}
+
+  // Of two present figures of which one at least is no value.
+  static constexpr Figure Worse(Figure a, Figure b) {
+    return a.kind_ == Kind::kUnreadable || b.kind_ == Kind::kUnreadable ? Unreadable() : Unlimited();
+  }
+
+  Kind kind_ = Kind::kAbsent;
+  uint64_t value_ = 0;
+};
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_KERNEL_FIGURE_H

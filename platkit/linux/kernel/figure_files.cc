@@ -1,0 +1,81 @@
+#include "platkit/linux/kernel/figure_files.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace platkit {
+namespace {
+
+constexpr bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n'; }
+
+// A control group without a limit reads as the highest multiple of the page size below 2^63, whatever that size.
+constexpr uint64_t kUnlimitedFrom = (uint64_t{1} << 63) - (uint64_t{1} << 20);
+
+Figure ParseKeyedFigure(std::string_view text) {
+  if (text.ends_with(" kB")) text.remove_suffix(3);
+  uint64_t value = 0;
+  return ParseNumber(text, value) ? Figure(value) : Figure::Unreadable();
+}
+
+}  // namespace
+
+std::string_view Trim(std::string_view text) {
+  while (!text.empty() && IsBlank(text.front()))
+    text.remove_prefix(1);
+  while (!text.empty() && IsBlank(text.back()))
+    text.remove_suffix(1);
+  return text;
+}
+
+bool ParseNumber(std::string_view text, uint64_t &value) {
+  text = Trim(text);
+  const char *end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  return error == std::errc() && stop == end;
+}
+
+Figure ParseAmount(std::string_view text) {
+  if (Trim(text) == "max") return Figure::Unlimited();
+  uint64_t value = 0;
+  if (!ParseNumber(text, value)) return Figure::Unreadable();
+  return value >= kUnlimitedFrom ? Figure::Unlimited() : Figure(value);
+}
+
+Figure ReadAmount(HostFiles &files, const HostPath &path) {
+  char buffer[64];
+  std::string_view text;
+  const HVC_ReturnStatus status = files.ReadShort(path, buffer, text);
+  if (status == HVC_NOT_FOUND) return Figure();
+  return status == HVC_OK ? ParseAmount(text) : Figure::Unreadable();
+}
+
+bool SplitKey(std::string_view line, std::string_view &key, std::string_view &rest) {
+  const auto *end = std::find_if(line.begin(), line.end(), [](char c) { return c == ':' || c == ' ' || c == '\t'; });
+  if (end == line.begin() || end == line.end()) return false;
+  key = {line.begin(), end};
+  rest = Trim({end + 1, line.end()});
+  return true;
+}
+
+bool TakeFigure(std::string_view key, std::string_view rest, std::span<const WantedFigure> wanted) {
+  // Keys of one file begin alike, and most lines are none of those wanted: their ends tell it soonest.
+  const auto want = std::ranges::find_if(wanted, [key](const WantedFigure &figure) {
+    return figure.key.size() == key.size() && figure.key.back() == key.back() && figure.key == key;
+  });
+  if (want == wanted.end() || !want->figure->isAbsent()) return false;
+  *want->figure = ParseKeyedFigure(rest);
+  return true;
+}
+
+void ReadFigures(HostFiles &files, const HostPath &path, std::span<const WantedFigure> wanted) {
+  LineReader lines(files, path);
+  std::string_view line, key, rest;
+  for (size_t left = wanted.size(); left > 0 && lines.Next(line);) {
+    if (SplitKey(line, key, rest) && TakeFigure(key, rest, wanted)) --left;
+  }
+  if (lines.status() == HVC_OK || lines.status() == HVC_NOT_FOUND) return;
+  for (const WantedFigure &want : wanted)
+    *want.figure = want.figure->IfAbsent(Figure::Unreadable());
+}
+
+}  // namespace platkit

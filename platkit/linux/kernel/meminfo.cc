@@ -1,0 +1,29 @@
+#include "platkit/linux/kernel/meminfo.h"
+
+#include <array>
+
+#include "platkit/linux/kernel/figure_files.h"
+
+namespace platkit {
+
+Meminfo ReadMeminfo(HostFiles &files) {
+  // VmallocUsed is not among them: most of what it counts is counted here already.
+  std::array<Figure, 7> parts;
+  Meminfo memory;
+  const WantedFigure wanted[] = {
+      {"MemTotal", &memory.total}, {"MemFree", &memory.free},    {"Active", &memory.active},
+      {"Slab", &memory.slab},      {"KernelStack", &parts[0]},   {"ShadowCallStack", &parts[1]},
+      {"PageTables", &parts[2]},   {"SecPageTables", &parts[3]}, {"Percpu", &parts[4]},
+      {"NFS_Unstable", &parts[5]}, {"Bounce", &parts[6]},        {"HardwareCorrupted", &memory.discarded},
+  };
+  ReadFigures(files, HostPath("proc/meminfo"), wanted);
+  memory.kernel = memory.slab;
+  for (const Figure part : parts)
+    memory.kernel = memory.kernel + part;
+  for (Figure *figure : {&memory.total, &memory.free, &memory.active, &memory.kernel, &memory.slab}) {
+    *figure = figure->IfAbsent(Figure::Unreadable());
+  }
+  return memory;
+}
+
+}  // namespace platkit

@@ -1,0 +1,30 @@
+// The size of the host's pages, in which the kernel counts in many of its files.
+#ifndef PLATKIT_LINUX_KERNEL_PAGE_SIZE_H
+#define PLATKIT_LINUX_KERNEL_PAGE_SIZE_H
+
+#include <cstdint>
+#include <optional>
+
+#include "platkit/linux/files/host_files.h"
+
+namespace platkit {
+
+inline constexpr uint64_t kRecordPage = 4096;  // records count pages of this size
+
+class PageSize {
+ public:
+  explicit PageSize(HostFiles &files) : files_(files) {}
+
+  // Never below that of a record's page, of which it is a multiple. Read once.
+  uint64_t Bytes();
+  uint64_t KB() { return Bytes() / 1024; }
+  uint64_t RecordPages() { return Bytes() / kRecordPage; }
+
+ private:
+  HostFiles &files_;
+  std::optional<uint64_t> bytes_;
+};
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_KERNEL_PAGE_SIZE_H
