@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
+#include "platkit/memory_states.h"
 #include "platkit/records.h"
 #include "tools/nodal/output.h"
 
@@ -10,9 +11,6 @@ namespace nodal {
 namespace {
 
 constexpr int64_t kTopGroup = 0;
-
-// Memory states, from the one with the most free memory to the one with the least.
-constexpr std::string_view kStates[] = {"high", "clear", "soft", "hard", "low"};
 
 // Configuration registers are read four bytes at a time.
 constexpr int64_t kRegisterBytes = 4;
@@ -104,7 +102,7 @@ Arguments Instances::Find(const Node &node, const Arguments &outer) {
     for (int64_t address = 0; address < kConfigurationSpace; address += kRegisterBytes)
       found.push_back(IntArgument(address));
   } else if (what == "state") {
-    std::ranges::transform(kStates, std::back_inserter(found), TextArgument);
+    std::ranges::transform(platkit::kMemoryStates, std::back_inserter(found), TextArgument);
   }
   return found;
 }

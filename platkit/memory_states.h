@@ -1,0 +1,16 @@
+// The names of the states that the host's memory can be in.
+#ifndef PLATKIT_MEMORY_STATES_H
+#define PLATKIT_MEMORY_STATES_H
+
+#include <array>
+#include <string_view>
+
+namespace platkit {
+
+// From most to least free memory. GlobalMemoryRecord::memState is an index; names are the instances of
+// sched_globalStats_memory_stateTransitions.
+inline constexpr std::array<std::string_view, 5> kMemoryStates = {"high", "clear", "soft", "hard", "low"};
+
+}  // namespace platkit
+
+#endif  // PLATKIT_MEMORY_STATES_H
