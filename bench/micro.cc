@@ -13,8 +13,8 @@
 #include "platkit/linux/kernel/cgroup_mount.h"
 #include "platkit/linux/kernel/meminfo.h"
 #include "platkit/linux/kernel/process_status.h"
+#include "platkit/linux/kernel/slabinfo.h"
 #include "platkit/linux/kernel/zoneinfo.h"
-#include "platkit/linux/records/heap_records.h"
 #include "platkit/nodal.h"
 #include "platkit/nodes.h"
 #include "platkit/path.h"
@@ -135,9 +135,8 @@ class CopiedHost {
     for (const char *file : {"proc/meminfo", "proc/zoneinfo", "proc/slabinfo"})
       Copy(file, file);
     platkit::HostFiles host("/", platkit::Reach::kHost);
-    hierarchy_ = platkit::FindHierarchy(host);
-    if (hierarchy_.memoryFiles != platkit::MemoryFiles::kNone)
-      Copy(hierarchy_.top + "/memory.stat", "group/memory.stat");
+    mount_ = platkit::FindCgroupMount(host);
+    if (mount_.memoryFiles != platkit::CgroupVersion::kNone) Copy(mount_.top + "/memory.stat", "group/memory.stat");
   }
   ~CopiedHost() {
     std::error_code error;
@@ -147,8 +146,7 @@ class CopiedHost {
   CopiedHost &operator=(const CopiedHost &) = delete;
 
   platkit::HostFiles &files() { return files_; }
-  platkit::PageSize &pageSize() { return pageSize_; }
-  platkit::MemoryFiles memoryFiles() const { return hierarchy_.memoryFiles; }
+  platkit::CgroupVersion version() const { return mount_.memoryFiles; }
 
   bool Has(const std::string &file) const { return std::filesystem::exists(root_ / file); }
 
@@ -167,8 +165,7 @@ class CopiedHost {
 
   std::filesystem::path root_;
   platkit::HostFiles files_{root_, platkit::Reach::kHost};
-  platkit::PageSize pageSize_{files_};
-  platkit::Hierarchy hierarchy_;
+  platkit::CgroupMount mount_;
 };
 
 // The price of any small file: open, read, close.
@@ -197,34 +194,29 @@ void ParseMeminfo(State &state) {
 }
 BENCHMARK(ParseMeminfo);
 
-void ParseZones(State &state) {
+void ParseZoneinfo(State &state) {
   CopiedHost host;
   for ([[maybe_unused]] auto _ : state)
-    benchmark::DoNotOptimize(platkit::ReadZones(host.files(), host.pageSize()));
+    benchmark::DoNotOptimize(platkit::ReadZoneinfo(host.files()));
 }
-BENCHMARK(ParseZones);
+BENCHMARK(ParseZoneinfo);
 
-void ParseGroupStat(State &state) {
+void ParseCgroupStat(State &state) {
   CopiedHost host;
   if (!host.Has("group/memory.stat")) state.SkipWithError("no control groups with memory files here");
   for ([[maybe_unused]] auto _ : state) {
-    platkit::ControlGroupFiles group;
-    benchmark::DoNotOptimize(group.Stat(host.files(), host.memoryFiles(), "group"));
+    benchmark::DoNotOptimize(platkit::ReadCgroupStat(host.files(), host.version(), "group"));
   }
 }
-BENCHMARK(ParseGroupStat);
+BENCHMARK(ParseCgroupStat);
 
-void ParseHeaps(State &state) {
+void ParseSlabinfo(State &state) {
   CopiedHost host;
   if (!host.Has("proc/slabinfo")) state.SkipWithError("only root may read the caches");
-  platkit::Heaps heaps(host.files(), host.pageSize());
-  for ([[maybe_unused]] auto _ : state) {
-    NODAL_ParamList *list = NODAL_ParamListCreate(NODAL_LIST_INSTANCES, 1);
-    if (heaps.List(*list) != HVC_OK) state.SkipWithError("no heaps");
-    NODAL_ParamListDestroy(list);
-  }
+  for ([[maybe_unused]] auto _ : state)
+    benchmark::DoNotOptimize(platkit::ReadSlabinfo(host.files()));
 }
-BENCHMARK(ParseHeaps);
+BENCHMARK(ParseSlabinfo);
 
 }  // namespace
 

@@ -1,306 +1,259 @@
 #include "platkit/linux/linux_source.h"
 
+#include <array>
 #include <cstring>
-#include <tuple>
 #include <type_traits>
 #include <utility>
-#include <vector>
 
-#include "platkit/linux/groups/group_tree.h"
-#include "platkit/linux/groups/vm_counter.h"
-#include "platkit/linux/kernel/ksm.h"
-#include "platkit/linux/kernel/page_size.h"
+#include "platkit/linux/groups/host_groups.h"
 #include "platkit/linux/records/buddy_records.h"
 #include "platkit/linux/records/client_records.h"
 #include "platkit/linux/records/group_records.h"
+#include "platkit/linux/records/hardware_records.h"
 #include "platkit/linux/records/heap_records.h"
 #include "platkit/linux/records/host_memory_records.h"
 #include "platkit/linux/records/large_page_pool_records.h"
-#include "platkit/linux/records/nvdimm_records.h"
+#include "platkit/linux/records/page_sharing_records.h"
 #include "platkit/linux/records/pci_records.h"
 #include "platkit/linux/records/pmem_records.h"
-#include "platkit/linux/records/processor_records.h"
+#include "platkit/node_ref.h"
 
 namespace platkit {
 namespace {
 
-class LinuxSource final : public Source {
- public:
-  explicit LinuxSource(HostFiles files) : files_(std::move(files)) {}
+// Everything that nodes are answered from.
+struct Host {
+  explicit Host(HostFiles hostFiles) : files(std::move(hostFiles)) {}
 
-  HVC_ReturnStatus Get(const Node &node, Arguments arguments, std::span<std::byte> record) override;
-  HVC_ReturnStatus List(const Node &node, Arguments arguments, ParamList &list) override;
-  HVC_ReturnStatus Set(const Node &node, Arguments arguments, Arguments input) override;
+  HostFiles files;
+  PageSize pageSize{files};
+  HostGroups tree{files};
+  HostWideFiles wide{files};
 
- private:
-  using Recorder = HVC_ReturnStatus (LinuxSource::*)(Arguments, std::span<std::byte>);
-  using Lister = HVC_ReturnStatus (LinuxSource::*)(Arguments, ParamList &);
-  using Writer = HVC_ReturnStatus (LinuxSource::*)(Arguments, int64_t);
-
-  // How a node is read, and written. A node that is not in the table is one that Linux has no counterpart of.
-  struct Reader {
-    std::string_view node;
-    Recorder record = nullptr;
-    Lister list = nullptr;
-    Writer write = nullptr;
-  };
-  static const Reader kReaders[];
-
-  static const Reader &ReaderOf(const Node &node);
-
-  HVC_ReturnStatus PShareStats(Arguments arguments, std::span<std::byte> record);
-  HVC_ReturnStatus Processor(Arguments arguments, std::span<std::byte> record);
-  HVC_ReturnStatus Nvdimms(Arguments arguments, ParamList &list);
-  HVC_ReturnStatus Pci(Arguments arguments, ParamList &list);
-  HVC_ReturnStatus PciConfigHeader(Arguments arguments, std::span<std::byte> record);
-  HVC_ReturnStatus PciConfigReg(Arguments arguments, std::span<std::byte> record);
-  HVC_ReturnStatus SetPciConfigReg(Arguments arguments, int64_t value);
-
-  template <typename Record, HVC_ReturnStatus (GroupRecords::*read)(Group &, Record &)>
-  HVC_ReturnStatus OfGroup(Arguments arguments, std::span<std::byte> bytes);
-
-  template <HVC_ReturnStatus (GroupRecords::*list)(Group &, ParamList &)>
-  HVC_ReturnStatus ListOfGroup(Arguments arguments, ParamList &instances);
-
-  // What an operation of the part of the source that is in `part` gives for the node's arguments.
-  template <auto part, auto read>
-  HVC_ReturnStatus Of(Arguments arguments, std::span<std::byte> bytes);
-
-  template <auto part, auto list>
-  HVC_ReturnStatus ListOf(Arguments arguments, ParamList &instances);
-
-  HostFiles files_;
-  PageSize pageSize_{files_};
-  GroupTree tree_{files_};
-  PageSharing sharing_{files_, pageSize_};
-  GroupRecords groups_{files_, tree_, sharing_};
-  PciDevices pci_{files_};
-  ClientRecords clients_{files_, tree_, sharing_, pageSize_};
-
-  HostMemory memory_{files_, pageSize_};
-  MachineCounter machines_{files_, tree_};
-  Buddies buddies_{files_, pageSize_};
-  LargePagePools largePagePools_{files_, buddies_};
-  Heaps heaps_{files_, pageSize_};
-  PersistentMemory persistentMemory_{files_};
+  PageSharingRecords sharing{files, pageSize, wide, tree.reader};
+  GroupRecords groups{files, tree, wide, sharing};
+  ClientRecords clients{files, pageSize, tree, wide, sharing};
+  HostMemoryRecords memory{files, pageSize, wide};
+  BuddyRecords buddies{files, pageSize};
+  LargePagePoolRecords pools{files, buddies};
+  HeapRecords heaps{files, pageSize};
+  PmemRecords pmem{files};
+  PciRecords pci{files};
 };
 
 template <typename Record>
-void Store(const Record &record, std::span<std::byte> bytes) {
-  std::memcpy(bytes.data(), &record, sizeof record);
-}
+using FillFunction = HVC_ReturnStatus (*)(Host &, Arguments, Record &);
+using ListFunction = HVC_ReturnStatus (*)(Host &, Arguments, ParamList &);
+using WriteFunction = HVC_ReturnStatus (*)(Host &, Arguments, int64_t value);
 
-// An operation that takes the arguments of a node, as integers and texts, and last what it fills.
-template <typename>
-struct Operation;
+// How one node is answered: a function that fills its record, which starts as zeros; one that lists its instances; one
+// that writes a value. A node has those that its kind allows. The function's record must be the node's.
+class Row {
+ public:
+  Row() = default;
+  template <typename Record>
+  Row(NodeRef<Record> node, FillFunction<std::type_identity_t<Record>> fill, ListFunction list = nullptr,
+      WriteFunction write = nullptr)
+      : id_(node.id()),
+        answer_(&Answer<Record>),
+        fill_(reinterpret_cast<AnyFunction>(fill)),
+        list_(list),
+        write_(write) {}
+  Row(NodeRef<NoRecord> node, ListFunction list) : id_(node.id()), list_(list) {}
 
-template <typename Part, typename... Params>
-struct Operation<HVC_ReturnStatus (Part::*)(Params...)> {
-  using AllParams = std::tuple<Params...>;
-  static constexpr size_t kArguments = sizeof...(Params) - 1;
-  using Target = std::remove_reference_t<std::tuple_element_t<kArguments, AllParams>>;
+  uint32_t id() const { return id_; }
 
-  static HVC_ReturnStatus Call(Part &part, HVC_ReturnStatus (Part::*operation)(Params...), Arguments arguments,
-                               Target &target) {
-    const auto call = [&]<size_t... i>(std::index_sequence<i...>) {
-      return (part.*operation)(As<std::tuple_element_t<i, AllParams>>(arguments[i])..., target);
-    };
-    return call(std::make_index_sequence<kArguments>());
+  HVC_ReturnStatus Get(Host &host, Arguments arguments, std::span<std::byte> record) const {
+    return answer_ == nullptr ? HVC_NOT_FOUND : answer_(fill_, host, arguments, record);
+  }
+
+  HVC_ReturnStatus List(Host &host, Arguments arguments, ParamList &list) const {
+    return list_ == nullptr ? HVC_NOT_FOUND : list_(host, arguments, list);
+  }
+
+  HVC_ReturnStatus Set(Host &host, Arguments arguments, Arguments input) const {
+    if (write_ == nullptr) return HVC_READ_ONLY;
+    if (input.size() != 1 || input[0].kind != ParamKind::kInt) return HVC_NODE_NOT_WRITABLE;
+    return write_(host, arguments, input[0].integer);
   }
 
  private:
-  template <typename Param>
-  static Param As(const NODAL_Param &argument) {
-    if constexpr (std::is_same_v<Param, int64_t>) {
-      return argument.integer;
-    } else {
-      return argument.text();
-    }
+  using AnyFunction = void (*)();
+
+  template <typename Record>
+  static HVC_ReturnStatus Answer(AnyFunction fill, Host &host, Arguments arguments, std::span<std::byte> bytes) {
+    Record record = {};
+    const HVC_ReturnStatus status = reinterpret_cast<FillFunction<Record>>(fill)(host, arguments, record);
+    if (status == HVC_OK) std::memcpy(bytes.data(), &record, sizeof record);
+    return status;
   }
+
+  uint32_t id_ = 0;
+  HVC_ReturnStatus (*answer_)(AnyFunction, Host &, Arguments, std::span<std::byte>) = nullptr;
+  AnyFunction fill_ = nullptr;  // a FillFunction of the record that answer_ knows
+  ListFunction list_ = nullptr;
+  WriteFunction write_ = nullptr;
 };
 
-template <typename Record, HVC_ReturnStatus (GroupRecords::*read)(Group &, Record &)>
-HVC_ReturnStatus LinuxSource::OfGroup(Arguments arguments, std::span<std::byte> bytes) {
-  Group *group = tree_.Find(arguments[0].integer);
-  if (group == nullptr) return HVC_NOT_FOUND;
-  Record record = {};
-  const HVC_ReturnStatus status = (groups_.*read)(*group, record);
-  if (status == HVC_OK) Store(record, bytes);
-  return status;
-}
-
-template <HVC_ReturnStatus (GroupRecords::*list)(Group &, ParamList &)>
-HVC_ReturnStatus LinuxSource::ListOfGroup(Arguments arguments, ParamList &instances) {
-  Group *group = tree_.Find(arguments[0].integer);
-  return group == nullptr ? HVC_NOT_FOUND : (groups_.*list)(*group, instances);
-}
-
-template <auto part, auto read>
-HVC_ReturnStatus LinuxSource::Of(Arguments arguments, std::span<std::byte> bytes) {
-  using Reading = Operation<decltype(read)>;
-  typename Reading::Target record = {};
-  const HVC_ReturnStatus status = Reading::Call(this->*part, read, arguments, record);
-  if (status == HVC_OK) Store(record, bytes);
-  return status;
-}
-
-template <auto part, auto list>
-HVC_ReturnStatus LinuxSource::ListOf(Arguments arguments, ParamList &instances) {
-  return Operation<decltype(list)>::Call(this->*part, list, arguments, instances);
-}
-
-HVC_ReturnStatus LinuxSource::PShareStats(Arguments, std::span<std::byte> bytes) {
-  PShareStatsRecord record = {};
-  sharing_.Fill(record);
-  Store(record, bytes);
-  return HVC_OK;
-}
-
-HVC_ReturnStatus LinuxSource::Processor(Arguments arguments, std::span<std::byte> bytes) {
-  CpuRecord record = {};
-  const HVC_ReturnStatus status = ReadProcessor(files_, arguments[0].integer, record);
-  if (status == HVC_OK) Store(record, bytes);
-  return status;
-}
-
-HVC_ReturnStatus LinuxSource::Nvdimms(Arguments, ParamList &list) { return ListNvdimms(files_, list); }
-
-HVC_ReturnStatus LinuxSource::Pci(Arguments arguments, ParamList &list) { return pci_.List(arguments, list); }
+// Instance arguments.
+int64_t Int(Arguments arguments, size_t index) { return arguments[index].integer; }
+std::string_view Text(Arguments arguments, size_t index) { return arguments[index].text(); }
 
 PciAddress FunctionOf(Arguments arguments) {
-  return {arguments[0].integer, arguments[1].integer, arguments[2].integer, arguments[3].integer};
+  return {Int(arguments, 0), Int(arguments, 1), Int(arguments, 2), Int(arguments, 3)};
 }
 
 PciRegister RegisterOf(Arguments arguments) {
-  return {.function = FunctionOf(arguments), .size = arguments[4].integer, .address = arguments[5].integer};
+  return {.function = FunctionOf(arguments), .size = Int(arguments, 4), .address = Int(arguments, 5)};
 }
 
-HVC_ReturnStatus LinuxSource::PciConfigHeader(Arguments arguments, std::span<std::byte> bytes) {
-  PciConfigHeaderRecord record = {};
-  const HVC_ReturnStatus status = pci_.ReadHeader(FunctionOf(arguments), record);
-  if (status == HVC_OK) Store(record, bytes);
-  return status;
-}
+HVC_ReturnStatus ListPci(Host &host, Arguments a, ParamList &list) { return host.pci.List(a, list); }
 
-HVC_ReturnStatus LinuxSource::PciConfigReg(Arguments arguments, std::span<std::byte> bytes) {
-  PciConfigRegRecord record = {};
-  const HVC_ReturnStatus status = pci_.Read(RegisterOf(arguments), record);
-  if (status == HVC_OK) Store(record, bytes);
-  return status;
-}
+// One row for each node that Linux answers, in the order of the catalogue's families. Any other node is not found.
+const Row kRows[] = {
+    {nodes::sched_groups_groupName,
+     [](Host &host, Arguments a, GroupNameRecord &record) { return host.groups.Name(Int(a, 0), record); }},
+    {nodes::sched_groups_groupTag,
+     [](Host &host, Arguments a, GroupTagRecord &record) { return host.groups.Tag(Int(a, 0), record); }},
+    {nodes::sched_groups_parentGroupID,
+     [](Host &host, Arguments a, ParentGroupIDRecord &record) { return host.groups.ParentID(Int(a, 0), record); }},
+    {nodes::sched_groups_groupFlags,
+     [](Host &host, Arguments a, GroupFlagsRecord &record) { return host.groups.Flags(Int(a, 0), record); }},
+    {nodes::sched_groups_groupLeaderID,
+     [](Host &host, Arguments a, GroupLeaderIDRecord &record) { return host.groups.LeaderID(Int(a, 0), record); }},
+    {nodes::sched_groups_memAllocationInKB,
+     [](Host &host, Arguments a, GroupAllocRecord &record) { return host.groups.Alloc(Int(a, 0), record); }},
+    {nodes::sched_groups_stats_memoryStats,
+     [](Host &host, Arguments a, GroupMemoryStatsRecord &record) {
+       return host.groups.MemoryStats(Int(a, 0), record);
+     }},
+    {nodes::sched_groups_stats_capacity,
+     [](Host &host, Arguments a, GroupCapacityRecord &record) { return host.groups.Capacity(Int(a, 0), record); }},
+    {nodes::sched_groups_members_groups,
+     [](Host &host, Arguments a, ParamList &list) { return host.groups.Members(Int(a, 0), list); }},
+    {nodes::sched_groups_members_memClients,
+     [](Host &host, Arguments a, ParamList &list) { return host.groups.MemClients(Int(a, 0), list); }},
 
-HVC_ReturnStatus LinuxSource::SetPciConfigReg(Arguments arguments, int64_t value) {
-  return pci_.Write(RegisterOf(arguments), value);
-}
+    {nodes::sched_memClients_kestrel_vmm,
+     [](Host &host, Arguments a, VmmMemoryStatsRecord &record) { return host.clients.Vmm(Int(a, 0), record); }},
+    {nodes::sched_memClients_kestrel_uw,
+     [](Host &host, Arguments a, UwMemoryStatsRecord &record) { return host.clients.UserWorld(Int(a, 0), record); }},
+    {nodes::sched_memClients_kestrel_guest,
+     [](Host &host, Arguments a, GuestStatsRecord &record) { return host.clients.Guest(Int(a, 0), record); }},
+    {nodes::sched_memClients_kestrel_totalCommon,
+     [](Host &host, Arguments a, TotalCommonRecord &record) { return host.clients.TotalCommon(Int(a, 0), record); }},
+    {nodes::sched_memClients_swapInfo,
+     [](Host &host, Arguments a, VmSwapInfoRecord &record) { return host.clients.SwapInfo(Int(a, 0), record); }},
+    {nodes::sched_memClients_memzipInfo,
+     [](Host &host, Arguments a, ZipStatsRecord &record) { return host.clients.Zip(Int(a, 0), record); }},
+    {nodes::sched_memClients_remapTypes,
+     [](Host &host, Arguments a, RemapStatsRecord &record) {
+       return host.clients.Remap(Int(a, 0), Text(a, 1), record);
+     },
+     [](Host &host, Arguments a, ParamList &list) { return host.clients.RemapTypes(Int(a, 0), list); }},
+    {nodes::memory_lpage_vmLPage,
+     [](Host &host, Arguments a, LPageStatsRecord &record) { return host.clients.LargePages(Int(a, 0), record); }},
+    {nodes::worldGroups_vmmLeaderID,
+     [](Host &host, Arguments a, VmmLeaderIDRecord &record) { return host.clients.VmmLeaderID(Int(a, 0), record); }},
 
-const LinuxSource::Reader LinuxSource::kReaders[] = {
-    {.node = "sched_groups_groupName", .record = &LinuxSource::OfGroup<GroupNameRecord, &GroupRecords::Name>},
-    {.node = "sched_groups_groupTag", .record = &LinuxSource::OfGroup<GroupTagRecord, &GroupRecords::Tag>},
-    {.node = "sched_groups_parentGroupID",
-     .record = &LinuxSource::OfGroup<ParentGroupIDRecord, &GroupRecords::ParentID>},
-    {.node = "sched_groups_groupFlags", .record = &LinuxSource::OfGroup<GroupFlagsRecord, &GroupRecords::Flags>},
-    {.node = "sched_groups_groupLeaderID",
-     .record = &LinuxSource::OfGroup<GroupLeaderIDRecord, &GroupRecords::LeaderID>},
-    {.node = "sched_groups_memAllocationInKB", .record = &LinuxSource::OfGroup<GroupAllocRecord, &GroupRecords::Alloc>},
-    {.node = "sched_groups_stats_memoryStats",
-     .record = &LinuxSource::OfGroup<GroupMemoryStatsRecord, &GroupRecords::MemoryStats>},
-    {.node = "sched_groups_stats_capacity",
-     .record = &LinuxSource::OfGroup<GroupCapacityRecord, &GroupRecords::Capacity>},
-    {.node = "sched_groups_members_groups", .list = &LinuxSource::ListOfGroup<&GroupRecords::Members>},
-    {.node = "sched_groups_members_memClients", .list = &LinuxSource::ListOfGroup<&GroupRecords::MemClients>},
+    {nodes::memory_comprehensive,
+     [](Host &host, Arguments, ComprehensiveRecord &record) { return host.memory.Comprehensive(record); }},
+    {nodes::sched_globalStats_memory_kestrel,
+     [](Host &host, Arguments, GlobalMemoryRecord &record) { return host.memory.Global(record); }},
+    {nodes::sched_globalStats_memory_stateTransitions,
+     [](Host &host, Arguments a, StateTransitionsRecord &record) {
+       return host.memory.Transitions(Text(a, 0), record);
+     }},
+    {nodes::sched_globalStats_numVMs,
+     [](Host &host, Arguments, NumVMsRecord &record) { return host.groups.NumVMs(record); }},
+    {nodes::memory_pshare_stats,
+     [](Host &host, Arguments, PShareStatsRecord &record) { return host.sharing.Stats(record); }},
+    {nodes::system_heaps, [](Host &host, Arguments, ParamList &list) { return host.heaps.List(list); }},
+    {nodes::system_heaps_stats,
+     [](Host &host, Arguments a, HeapStatsRecord &record) { return host.heaps.Stats(Text(a, 0), record); }},
 
-    {.node = "sched_memClients_kestrel_vmm", .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::Vmm>},
-    {.node = "sched_memClients_kestrel_uw",
-     .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::UserWorld>},
-    {.node = "sched_memClients_kestrel_guest",
-     .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::Guest>},
-    {.node = "sched_memClients_kestrel_totalCommon",
-     .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::TotalCommon>},
-    {.node = "sched_memClients_swapInfo", .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::SwapInfo>},
-    {.node = "sched_memClients_memzipInfo", .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::Zip>},
-    {.node = "sched_memClients_remapTypes",
-     .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::Remap>,
-     .list = &LinuxSource::ListOf<&LinuxSource::clients_, &ClientRecords::RemapTypes>},
-    {.node = "memory_lpage_vmLPage", .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::LargePages>},
-    {.node = "worldGroups_vmmLeaderID",
-     .record = &LinuxSource::Of<&LinuxSource::clients_, &ClientRecords::VmmLeaderID>},
+    {nodes::system_buddy, [](Host &host, Arguments, ParamList &list) { return host.buddies.List(list); }},
+    {nodes::system_buddy_comprehensive,
+     [](Host &host, Arguments a, BuddyComprehensiveRecord &record) {
+       return host.buddies.Comprehensive(Text(a, 0), record);
+     }},
+    {nodes::memory_memNodes,
+     [](Host &host, Arguments a, MemNodeRecord &record) { return host.buddies.MemNode(Int(a, 0), record); }},
+    {nodes::memory_memInfo,
+     [](Host &host, Arguments, MemInfoRecord &record) { return host.buddies.CountMemNodes(record); }},
+    {nodes::memory_lpage_nodeList_vmPools,
+     [](Host &host, Arguments a, LPoolStatsRecord &record) { return host.pools.Stats(Int(a, 0), Text(a, 1), record); },
+     [](Host &host, Arguments a, ParamList &list) { return host.pools.List(Int(a, 0), list); }},
+    {nodes::memory_lpage_nodeList_psharePool,
+     [](Host &host, Arguments a, LPoolStatsRecord &record) { return host.pools.PSharePool(Int(a, 0), record); }},
 
-    {.node = "memory_pshare_stats", .record = &LinuxSource::PShareStats},
-    {.node = "hardware_cpu_cpuList", .record = &LinuxSource::Processor},
-    {.node = "hardware_nvd_dimm", .list = &LinuxSource::Nvdimms},
-    {.node = "hardware_pci_seg", .list = &LinuxSource::Pci},
-    {.node = "hardware_pci_seg_bus", .list = &LinuxSource::Pci},
-    {.node = "hardware_pci_seg_bus_slot", .list = &LinuxSource::Pci},
-    {.node = "hardware_pci_seg_bus_slot_func", .list = &LinuxSource::Pci},
-    {.node = "hardware_pci_seg_bus_slot_func_pciConfigHeader", .record = &LinuxSource::PciConfigHeader},
-    {.node = "hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr",
-     .record = &LinuxSource::PciConfigReg,
-     .write = &LinuxSource::SetPciConfigReg},
+    {nodes::memory_pmem_volumes, [](Host &host, Arguments, ParamList &list) { return host.pmem.Volumes(list); }},
+    {nodes::memory_pmem_volumes_info,
+     [](Host &host, Arguments a, PMemVolumeRecord &record) { return host.pmem.VolumeInfo(Text(a, 0), record); }},
+    {nodes::memory_pmem_volumes_regionStore_info,
+     [](Host &host, Arguments a, RegionStoreRecord &record) { return host.pmem.StoreInfo(Text(a, 0), record); }},
+    {nodes::memory_pmem_volumes_regionStore_isClean,
+     [](Host &host, Arguments a,
+        RegionStoreCleanRecord &record) { return host.pmem.StoreIsClean(Text(a, 0), record); }},
+    {nodes::memory_pmem_volumes_regionStore_regions,
+     [](Host &host, Arguments a, ParamList &list) { return host.pmem.Regions(Text(a, 0), list); }},
+    {nodes::memory_pmem_volumes_regionStore_regions_info,
+     [](Host &host, Arguments a,
+        RegionRecord &record) { return host.pmem.RegionInfo(Text(a, 0), Text(a, 1), record); }},
+    {nodes::memory_pmem_volumes_regionStore_regions_numaAllocInfo,
+     [](Host &host, Arguments a, RegionNumaRecord &record) {
+       return host.pmem.RegionNode(Text(a, 0), Text(a, 1), Int(a, 2), record);
+     },
+     [](Host &host, Arguments a, ParamList &list) { return host.pmem.RegionNodes(Text(a, 0), Text(a, 1), list); }},
+    {nodes::memory_pmem_volumes_extents,
+     [](Host &host, Arguments a, ExtentRecord &record) { return host.pmem.Extent(Text(a, 0), Int(a, 1), record); },
+     [](Host &host, Arguments a, ParamList &list) { return host.pmem.Extents(Text(a, 0), list); }},
 
-    {.node = "memory_comprehensive", .record = &LinuxSource::Of<&LinuxSource::memory_, &HostMemory::Comprehensive>},
-    {.node = "sched_globalStats_memory_kestrel",
-     .record = &LinuxSource::Of<&LinuxSource::memory_, &HostMemory::Global>},
-    {.node = "sched_globalStats_memory_stateTransitions",
-     .record = &LinuxSource::Of<&LinuxSource::memory_, &HostMemory::Transitions>},
-    {.node = "sched_globalStats_numVMs", .record = &LinuxSource::Of<&LinuxSource::machines_, &MachineCounter::Count>},
-    {.node = "system_buddy", .list = &LinuxSource::ListOf<&LinuxSource::buddies_, &Buddies::List>},
-    {.node = "system_buddy_comprehensive", .record = &LinuxSource::Of<&LinuxSource::buddies_, &Buddies::Comprehensive>},
-    {.node = "memory_memNodes", .record = &LinuxSource::Of<&LinuxSource::buddies_, &Buddies::MemNode>},
-    {.node = "memory_memInfo", .record = &LinuxSource::Of<&LinuxSource::buddies_, &Buddies::CountMemNodes>},
-    {.node = "memory_lpage_nodeList_vmPools",
-     .record = &LinuxSource::Of<&LinuxSource::largePagePools_, &LargePagePools::Stats>,
-     .list = &LinuxSource::ListOf<&LinuxSource::largePagePools_, &LargePagePools::List>},
-    {.node = "memory_lpage_nodeList_psharePool",
-     .record = &LinuxSource::Of<&LinuxSource::largePagePools_, &LargePagePools::PSharePool>},
-    {.node = "system_heaps", .list = &LinuxSource::ListOf<&LinuxSource::heaps_, &Heaps::List>},
-    {.node = "system_heaps_stats", .record = &LinuxSource::Of<&LinuxSource::heaps_, &Heaps::Stats>},
-    {.node = "memory_pmem_volumes",
-     .list = &LinuxSource::ListOf<&LinuxSource::persistentMemory_, &PersistentMemory::Volumes>},
-    {.node = "memory_pmem_volumes_info",
-     .record = &LinuxSource::Of<&LinuxSource::persistentMemory_, &PersistentMemory::VolumeInfo>},
-    {.node = "memory_pmem_volumes_regionStore_info",
-     .record = &LinuxSource::Of<&LinuxSource::persistentMemory_, &PersistentMemory::StoreInfo>},
-    {.node = "memory_pmem_volumes_regionStore_isClean",
-     .record = &LinuxSource::Of<&LinuxSource::persistentMemory_, &PersistentMemory::StoreIsClean>},
-    {.node = "memory_pmem_volumes_regionStore_regions",
-     .list = &LinuxSource::ListOf<&LinuxSource::persistentMemory_, &PersistentMemory::Regions>},
-    {.node = "memory_pmem_volumes_regionStore_regions_info",
-     .record = &LinuxSource::Of<&LinuxSource::persistentMemory_, &PersistentMemory::RegionInfo>},
-    {.node = "memory_pmem_volumes_regionStore_regions_numaAllocInfo",
-     .record = &LinuxSource::Of<&LinuxSource::persistentMemory_, &PersistentMemory::RegionNode>,
-     .list = &LinuxSource::ListOf<&LinuxSource::persistentMemory_, &PersistentMemory::RegionNodes>},
-    {.node = "memory_pmem_volumes_extents",
-     .record = &LinuxSource::Of<&LinuxSource::persistentMemory_, &PersistentMemory::Extent>,
-     .list = &LinuxSource::ListOf<&LinuxSource::persistentMemory_, &PersistentMemory::Extents>},
+    {nodes::hardware_cpu_cpuList,
+     [](Host &host, Arguments a, CpuRecord &record) { return ReadProcessorRecord(host.files, Int(a, 0), record); }},
+    {nodes::hardware_nvd_dimm,
+     [](Host &host, Arguments, ParamList &list) { return ListNvdimmNumbers(host.files, list); }},
+    {nodes::hardware_pci_seg, ListPci},
+    {nodes::hardware_pci_seg_bus, ListPci},
+    {nodes::hardware_pci_seg_bus_slot, ListPci},
+    {nodes::hardware_pci_seg_bus_slot_func, ListPci},
+    {nodes::hardware_pci_seg_bus_slot_func_pciConfigHeader,
+     [](Host &host, Arguments a, PciConfigHeaderRecord &record) { return host.pci.Header(FunctionOf(a), record); }},
+    {nodes::hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr,
+     [](Host &host, Arguments a, PciConfigRegRecord &record) { return host.pci.Read(RegisterOf(a), record); }, nullptr,
+     [](Host &host, Arguments a, int64_t value) { return host.pci.Write(RegisterOf(a), value); }},
 };
 
-const LinuxSource::Reader &LinuxSource::ReaderOf(const Node &node) {
-  // By identifier, so that a look-up does not depend on how many nodes there are.
-  static const std::vector<Reader> readers = [] {
-    std::vector<Reader> byID(Nodes().size() + 1);
-    for (const Reader &reader : kReaders)
-      byID[FindNode(reader.node)->id] = reader;
+// The row of a node; an empty row for a node that has none.
+const Row &RowOf(const Node &node) {
+  static const std::array<Row, kMaxNodes + 1> rows = [] {
+    std::array<Row, kMaxNodes + 1> byID;
+    for (const Row &row : kRows)
+      byID[row.id()] = row;
     return byID;
   }();
-  return readers[node.id];
+  return rows[node.id];
 }
 
-HVC_ReturnStatus LinuxSource::Get(const Node &node, Arguments arguments, std::span<std::byte> record) {
-  const Recorder reader = ReaderOf(node).record;
-  return reader == nullptr ? HVC_NOT_FOUND : (this->*reader)(arguments, record);
-}
+class LinuxSource final : public Source {
+ public:
+  explicit LinuxSource(HostFiles files) : host_(std::move(files)) {}
 
-HVC_ReturnStatus LinuxSource::List(const Node &node, Arguments arguments, ParamList &list) {
-  const Lister reader = ReaderOf(node).list;
-  return reader == nullptr ? HVC_NOT_FOUND : (this->*reader)(arguments, list);
-}
+  HVC_ReturnStatus Get(const Node &node, Arguments arguments, std::span<std::byte> record) override {
+    return RowOf(node).Get(host_, arguments, record);
+  }
 
-HVC_ReturnStatus LinuxSource::Set(const Node &node, Arguments arguments, Arguments input) {
-  const Writer writer = ReaderOf(node).write;
-  if (writer == nullptr) return HVC_READ_ONLY;
-  if (input.size() != 1 || input[0].kind != ParamKind::kInt) return HVC_NODE_NOT_WRITABLE;
-  return (this->*writer)(arguments, input[0].integer);
-}
+  HVC_ReturnStatus List(const Node &node, Arguments arguments, ParamList &list) override {
+    return RowOf(node).List(host_, arguments, list);
+  }
+
+  HVC_ReturnStatus Set(const Node &node, Arguments arguments, Arguments input) override {
+    return RowOf(node).Set(host_, arguments, input);
+  }
+
+ private:
+  Host host_;
+};
 
 }  // namespace
 

@@ -9,13 +9,13 @@
 
 namespace platkit {
 
-// The host whose root folder is at `root`. Nothing is opened until a node asks for it.
+// Opens the running host below the root folder `root`. No file is opened until a node asks for it.
 std::unique_ptr<Source> OpenLinuxHost(const char *root);
 
-// The host whose files these are.
+// Opens the host that has these files.
 std::unique_ptr<Source> OpenLinuxHost(HostFiles files);
 
-// The same for a saved root folder: HVC_NOT_FOUND, HVC_NO_PERMISSION or HVC_IO_ERROR if there is no such folder.
+// Opens a saved root folder. HVC_NOT_FOUND, HVC_NO_PERMISSION or HVC_IO_ERROR if the folder cannot be opened.
 [[nodiscard]] HVC_ReturnStatus OpenSavedRoot(const char *root, Writes writes, std::unique_ptr<Source> &source);
 
 }  // namespace platkit

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "platkit/linux/groups/process_memory.h"
 #include "platkit/linux/kernel/meminfo.h"
 #include "platkit/linux/kernel/process_status.h"
 #include "tests/linux/saved_host.h"
@@ -51,7 +52,7 @@ TEST(LiveHost, FiguresAreThoseOfTheKernel) {
   ASSERT_EQ(ReadProcessStatus(files, getpid(), status), HVC_OK);
   const GroupMemoryStatsRecord own = ask.Stats(getpid());
   const auto near = [](uint64_t a, uint64_t b) { return (a > b ? a - b : b - a) < 16 * 1024; };
-  EXPECT_TRUE(near(own.consumed, status.Consumed().Cell(0)));
+  EXPECT_TRUE(near(own.consumed, Consumed(status).Cell(0)));
   EXPECT_TRUE(near(own.memSize, status.size.Cell(0)));
   EXPECT_EQ(ask.Name(getpid()), status.name);
 }

@@ -122,6 +122,7 @@ SavedHost::SavedHost(Writes writes) {
     opened_.emplace_back(path);
     if (access == Access::kWrite) openedForWriting_.emplace_back(path);
   });
+  files.UseClock(Clock([this] { return now_; }));
   source_ = OpenLinuxHost(std::move(files));
 }
 
@@ -150,6 +151,7 @@ void SavedHost::Unpack(const std::string &archive) {
 }
 
 void SavedHost::Write(const std::string &path, std::string_view text) {
+  Age();
   fs::create_directories(fs::path(Path(path)).parent_path());
   std::ofstream(Path(path), std::ios::binary) << text;
 }
@@ -159,16 +161,24 @@ std::string SavedHost::Read(const std::string &path) const {
   return {std::istreambuf_iterator<char>(in), {}};
 }
 
-void SavedHost::MakeFolder(const std::string &path) { fs::create_directories(Path(path)); }
+void SavedHost::MakeFolder(const std::string &path) {
+  Age();
+  fs::create_directories(Path(path));
+}
 
 void SavedHost::MakeLink(const std::string &path, const std::string &target) {
+  Age();
   fs::create_directories(fs::path(Path(path)).parent_path());
   fs::create_symlink(target, Path(path));
 }
 
-void SavedHost::Remove(const std::string &path) { fs::remove_all(Path(path)); }
+void SavedHost::Remove(const std::string &path) {
+  Age();
+  fs::remove_all(Path(path));
+}
 
 void SavedHost::Forbid(const std::string &path) {
+  Age();
   fs::permissions(Path(path), fs::perms::none);
   forbidden_.push_back(Path(path));
 }

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <concepts>
 #include <cstdint>
 #include <memory>
@@ -12,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "platkit/linux/files/fresh.h"
 #include "platkit/linux/linux_source.h"
 #include "platkit/records.h"
 
@@ -79,6 +81,9 @@ class Asker {
 class SavedHost {
  public:
   // An empty root, or one unpacked from an archive of that name below hosts/.
+  //
+  // The source's clock stands still but for Age(). Each change of the host through this class makes everything that was
+  // read before too old to be reused.
   explicit SavedHost(Writes writes = Writes::kRefused);
   explicit SavedHost(const std::string &archive, Writes writes = Writes::kRefused);
   ~SavedHost();
@@ -92,6 +97,9 @@ class SavedHost {
   void MakeLink(const std::string &path, const std::string &target);
   void Remove(const std::string &path);
   void Forbid(const std::string &path);
+
+  // Lets time pass.
+  void Age(std::chrono::nanoseconds by = kFreshTime) { now_ += by; }
 
   // The identifier that the control group in a folder gets.
   int64_t ControlGroup(const std::string &folder) const;
@@ -110,6 +118,7 @@ class SavedHost {
   void Unpack(const std::string &archive);
 
   std::string root_;
+  Clock::Time now_;
   std::vector<std::string> opened_;
   std::vector<std::string> openedForWriting_;
   std::vector<std::string> forbidden_;

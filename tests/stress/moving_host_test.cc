@@ -144,9 +144,9 @@ class OwnGroup {
  public:
   OwnGroup() {
     platkit::HostFiles files("/", platkit::Reach::kHost);
-    const platkit::Hierarchy hierarchy = platkit::FindHierarchy(files);
-    if (hierarchy.memoryFiles == platkit::MemoryFiles::kNone) return;
-    const std::string folder = "/" + hierarchy.top + "/kestrel-test-" + std::to_string(arc4random());
+    const platkit::CgroupMount mount = platkit::FindCgroupMount(files);
+    if (mount.memoryFiles == platkit::CgroupVersion::kNone) return;
+    const std::string folder = "/" + mount.top + "/kestrel-test-" + std::to_string(arc4random());
     if (mkdir(folder.c_str(), 0755) != 0) return;
     folder_ = folder;
     WriteText(folder_ + "/cgroup.subtree_control", "+memory");

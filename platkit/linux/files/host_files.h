@@ -1,8 +1,7 @@
-// The host's files, below a root folder: the one place where the Linux source meets the operating system.
+// Opens, reads and writes the host's files below a root folder.
 #ifndef PLATKIT_LINUX_FILES_HOST_FILES_H
 #define PLATKIT_LINUX_FILES_HOST_FILES_H
 
-#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -11,63 +10,26 @@
 #include <string>
 #include <string_view>
 
+#include "platkit/linux/files/clock.h"
+#include "platkit/linux/files/file_descriptor.h"
+#include "platkit/linux/files/host_path.h"
 #include "platkit/status.h"
 
 namespace platkit {
 
-// A path below the root folder, without a leading slash, put together from texts and numbers in fixed room.
-class HostPath {
- public:
-  template <typename... Pieces>
-  explicit HostPath(const Pieces &...pieces) {
-    (Append(pieces), ...);
-    bytes_[size_] = '\0';
-  }
-
-  // Null if the path is longer than any that the kernel takes.
-  const char *c_str() const { return fits_ ? bytes_ : nullptr; }
-  std::string_view view() const { return {bytes_, size_}; }
-
- private:
-  void Append(std::string_view text);
-  void Append(int64_t number);
-
-  bool fits_ = true;
-  size_t size_ = 0;
-  char bytes_[PATH_MAX];
-};
-
-// A descriptor, closed with its owner.
-class FileDescriptor {
- public:
-  FileDescriptor() = default;
-  explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
-  FileDescriptor(FileDescriptor &&other) noexcept : descriptor_(other.Release()) {}
-  FileDescriptor &operator=(FileDescriptor &&other) noexcept;
-  ~FileDescriptor();
-
-  int get() const { return descriptor_; }
-  bool isOpen() const { return descriptor_ >= 0; }
-  int Release();
-
- private:
-  int descriptor_ = -1;
-};
-
-// What paths below the root folder may lead to.
+// How far symbolic links and mount points are followed.
 enum class Reach {
-  kHost,        // links of the running host lead where they lead
-  kRootFolder,  // a saved root may come from anyone: its links and mount points stay below it
+  kHost,        // the running host: wherever they lead
+  kRootFolder,  // a saved root, which may come from anyone: never out of the root folder
 };
 
-// Whether files may be written.
 enum class Writes { kRefused, kTaken };
 
 // What a file is opened for.
 enum class Access { kRead, kWrite };
 
-// Statuses throughout: HVC_NOT_FOUND if the file, its folder or its process is not there, HVC_NO_PERMISSION if it is
-// not for this user, HVC_READ_ONLY if it may be read but never written, else HVC_IO_ERROR.
+// All operations return HVC_NOT_FOUND if the file, its folder or its process does not exist, HVC_NO_PERMISSION if this
+// user may not open it, and HVC_IO_ERROR on any other failure, unless they say otherwise.
 class HostFiles {
  public:
   using Observer = std::function<void(std::string_view path, Access access)>;
@@ -79,46 +41,52 @@ class HostFiles {
   // Opens the root folder, unless it is open.
   [[nodiscard]] HVC_ReturnStatus OpenRoot();
 
-  // Opens a file or folder for reading.
+  // Opens a file or folder for reading, with more `flags` of open(2).
   [[nodiscard]] HVC_ReturnStatus Open(const HostPath &path, int flags, FileDescriptor &file);
 
-  // Opens a folder to be listed. It stays open until the next one: on the running host, what is in it is found from
-  // there, and not by way of all the folders above it.
+  // Opens a folder to list it. The folder stays open until the next call: on the running host, files in it are then
+  // opened relative to it.
   [[nodiscard]] HVC_ReturnStatus OpenFolder(const HostPath &path, std::shared_ptr<const FileDescriptor> &folder);
 
-  // Reads the start of a file, as much of it as `buffer` takes; `text` lies within the buffer.
+  // Reads the start of a file, up to the buffer's size. `text` points into the buffer.
   [[nodiscard]] HVC_ReturnStatus Read(const HostPath &path, std::span<char> buffer, std::string_view &text);
 
-  // Reads a file of one short line, with a single read. More than `buffer` takes is HVC_IO_ERROR.
+  // Reads a file of one short line, with a single read. HVC_IO_ERROR if it fills the buffer.
   [[nodiscard]] HVC_ReturnStatus ReadShort(const HostPath &path, std::span<char> buffer, std::string_view &text);
 
-  // Fills `bytes` from a place within a file, with a single read. HVC_OFFSET_PAST_END: the file ends before that.
-  // HVC_TRANSFER_TRUNCATED: it is long enough, and yet gave less.
+  // Fills `bytes` from an offset within a file, with a single read. HVC_OFFSET_PAST_END: the file ends before.
+  // HVC_TRANSFER_TRUNCATED: the file is long enough, but the read returned less.
   [[nodiscard]] HVC_ReturnStatus ReadAt(const HostPath &path, uint32_t offset, std::span<std::byte> bytes);
 
-  // Writes `bytes` over those at a place within a file, with a single write. No file is made, or made longer:
-  // HVC_OFFSET_PAST_END. HVC_TRANSFER_TRUNCATED: the file took less. HVC_READ_ONLY: these files take no writes.
+  // Overwrites bytes at an offset within a file, with a single write. Creates no file and extends none:
+  // HVC_OFFSET_PAST_END. HVC_TRANSFER_TRUNCATED: less was written. HVC_READ_ONLY: the file system is read-only, or
+  // writes are refused.
   [[nodiscard]] HVC_ReturnStatus WriteAt(const HostPath &path, uint32_t offset, std::span<const std::byte> bytes);
 
-  // Reads where a symbolic link leads; `text` lies within the buffer.
+  // Reads the target of a symbolic link. `text` points into the buffer.
   [[nodiscard]] HVC_ReturnStatus ReadLink(const HostPath &path, std::span<char> buffer, std::string_view &text);
 
-  // Whether there is such a file or folder, be it for this user or not.
+  // Whether the file or folder exists. This user need not be permitted to open it.
   bool Exists(const HostPath &path);
 
-  // Tells the inode number of a file or folder, be it for this user or not.
+  // Tells the inode number of a file or folder, which this user need not be permitted to open.
   [[nodiscard]] HVC_ReturnStatus Identify(const HostPath &path, uint64_t &inode);
 
   Reach reach() const { return reach_; }
 
-  // Told of every open from now on.
+  // The clock that the age of what was read is measured by.
+  const Clock &clock() const { return clock_; }
+  void UseClock(Clock clock) { clock_ = std::move(clock); }
+
+  // Calls `observer` before each open from now on.
   void ObserveOpens(Observer observer) { observer_ = std::move(observer); }
 
  private:
   HVC_ReturnStatus OpenFor(Access access, const HostPath &path, int flags, FileDescriptor &file);
   HVC_ReturnStatus OpenBelowRoot(const HostPath &path, int flags, FileDescriptor &file);
+  FileDescriptor OpenInRoot(const HostPath &path, int flags);
 
-  // The folder from which the running host's kernel finds a file soonest, and the file's path from there.
+  // An open folder, and a file's path relative to it.
   struct Place {
     int folder;
     const char *path;
@@ -128,74 +96,12 @@ class HostFiles {
   std::string root_;
   Reach reach_;
   Writes writes_;
+  Clock clock_;
   FileDescriptor rootFolder_;
-  FileDescriptor processes_;  // the running host's folder of them
+  FileDescriptor processes_;  // /proc of the running host
   std::shared_ptr<const FileDescriptor> lastFolder_;
   std::string lastFolderPath_;  // ends with a slash
   Observer observer_;
-};
-
-// Reads a text file line by line. Of a line longer than the buffer, the start is given. A file of more than 64 MB is
-// none of the kernel's: HVC_IO_ERROR.
-class LineReader {
- public:
-  LineReader(HostFiles &files, const HostPath &path);
-
-  // False at the end of the file and at the first failure, which status() tells apart.
-  bool Next(std::string_view &line);
-
-  HVC_ReturnStatus status() const { return status_; }
-
-  // The file's; 0 if it could not be opened.
-  uint64_t inode() const;
-
- private:
-  bool Fill();
-  bool FindLineEnd(size_t &length) const;
-  bool PassLineEnd();
-
-  static constexpr size_t kBufferSize = 4096;
-  static constexpr size_t kMostBytes = size_t{64} << 20;
-
-  FileDescriptor file_;  // stands before the status of opening it
-  HVC_ReturnStatus status_;
-  bool insideLine_ = false;  // the start of an overlong line has been given, its end not found yet
-  size_t bytesRead_ = 0;
-  size_t start_ = 0;  // of what has not been given yet
-  size_t end_ = 0;
-  char buffer_[kBufferSize];
-};
-
-// Reads the entries of a folder, without "." and "..", in no order.
-class FolderReader {
- public:
-  struct Entry {
-    std::string_view name;  // good until the next one is read
-    uint64_t inode;
-    bool isFolder;
-  };
-
-  FolderReader(HostFiles &files, const HostPath &path);
-
-  bool Next(Entry &entry);
-
-  // Whether a control group of the running host has none below it, which the folder's number of links tells without a
-  // look at its entries. False of a saved folder: not all file systems that it may be on count them.
-  bool HasNoFolders() const;
-
-  HVC_ReturnStatus status() const { return status_; }
-
- private:
-  bool Fill();
-
-  static constexpr size_t kBufferSize = 32 * 1024;
-
-  Reach reach_;
-  std::shared_ptr<const FileDescriptor> folder_;  // stands before the status of opening it
-  HVC_ReturnStatus status_;
-  size_t next_ = 0;  // of the entries in the buffer
-  size_t end_ = 0;
-  alignas(uint64_t) char buffer_[kBufferSize];
 };
 
 }  // namespace platkit

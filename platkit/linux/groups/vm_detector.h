@@ -1,51 +1,36 @@
-// Which processes run a virtual machine, and what their command lines say of it.
+// Which processes run a virtual machine.
 #ifndef PLATKIT_LINUX_GROUPS_VM_DETECTOR_H
 #define PLATKIT_LINUX_GROUPS_VM_DETECTOR_H
 
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <string_view>
-#include <vector>
 
-#include "platkit/linux/files/host_files.h"
-#include "platkit/linux/kernel/figure.h"
-#include "platkit/linux/kernel/process_status.h"
+#include "platkit/linux/files/fresh.h"
+#include "platkit/linux/kernel/kvm_debugfs.h"
+#include "platkit/linux/kernel/qemu_cmdline.h"
 
 namespace platkit {
 
-struct VirtualMachine {
-  std::string name;    // empty: the command line gives none
-  Figure guestMemory;  // in KB; absent: the command line gives none
-  Figure mostMemory;   // what it may grow to, in KB; absent: it stays as it is
-};
-
-// Takes the words of a command line, each ended by a NUL. The last word of an option that is given twice counts.
-VirtualMachine ParseCommandLine(std::string_view commandLine);
-
-// A process runs a virtual machine if it is QEMU by its program's name, if KVM lists a machine of one of its threads,
-// or, where that list is not for this user or does not tell, if it holds a KVM machine open. The last costs a look at
-// each of its descriptors, and is done only for processes of several threads while KVM is in use.
-class VirtualMachineFinder {
+// A process runs a VM if
+// - its program is QEMU by its name, or
+// - KVM's list of VMs names one of its threads, or
+// - that list cannot be read or is incomplete, and the process holds a descriptor of a KVM VM. This reads a link for
+// each
+//   descriptor, so only processes of several threads are looked at, and only while KVM is in use.
+class VmDetector {
  public:
-  explicit VirtualMachineFinder(HostFiles &files) : files_(files) {}
+  explicit VmDetector(HostFiles &files) : files_(files) {}
 
-  // Nothing if the process runs none.
-  std::optional<VirtualMachine> Find(int64_t pid, const ProcessStatus &status);
-
-  // Looks at KVM anew the next time.
-  void Forget() { kvmOwners_ = {}, allOwnersKnown_.reset(), kvmInUse_.reset(); }
+  // Returns the VM's command line; nullopt if the process runs no VM. `name` is the process' own (see ProcessStatus).
+  std::optional<QemuOptions> Detect(int64_t pid, std::string_view name, uint64_t threads);
 
  private:
-  bool OwnsKvmMachine(int64_t pid, const ProcessStatus &status);
-  bool HoldsKvmMachine(int64_t pid);
-  bool ReadKvmOwners();
-  bool IsKvmInUse();
+  bool OwnsKvmVm(int64_t pid, uint64_t threads);
 
   HostFiles &files_;
-  std::vector<int64_t> kvmOwners_;      // sorted
-  std::optional<bool> allOwnersKnown_;  // empty: KVM's list has not been read
-  std::optional<bool> kvmInUse_;
+  Fresh<KvmOwners> kvmOwners_;
+  Fresh<bool> isKvmInUse_;
 };
 
 }  // namespace platkit

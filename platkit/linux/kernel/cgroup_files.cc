@@ -1,17 +1,21 @@
 #include "platkit/linux/kernel/cgroup_files.h"
 
+#include <algorithm>
 #include <iterator>
 
+#include "platkit/linux/files/line_reader.h"
+#include "platkit/linux/files/text_scanner.h"
 #include "platkit/linux/kernel/figure_files.h"
+#include "platkit/linux/kernel/process_status.h"
 
 namespace platkit {
 namespace {
 
 struct AmountFile {
-  std::string_view v1, v2;  // empty: this version has none
+  std::string_view v1, v2;  // empty: this version has no such file
 };
 
-// In the order of GroupAmount.
+// In the order of CgroupAmount.
 constexpr AmountFile kAmountFiles[] = {
     {"", "memory.min"},
     {"", "memory.low"},
@@ -25,11 +29,11 @@ constexpr AmountFile kAmountFiles[] = {
     {"", "memory.zswap.max"},
     {"", "hugetlb.1GB.current"},
 };
-static_assert(std::size(kAmountFiles) == kGroupAmounts);
+static_assert(std::size(kAmountFiles) == kCgroupAmounts);
 
-// A version 1 key without "total_" leaves the descendants out. Shared memory's huge pages are in none.
-GroupStat ReadV1(HostFiles &files, const HostPath &path) {
-  GroupStat stat;
+// A version 1 key without "total_" does not count descendants. No key counts the huge pages of shared memory.
+CgroupStat ReadV1(HostFiles &files, const HostPath &path) {
+  CgroupStat stat;
   Figure activeAnon, activeFile;
   const WantedFigure wanted[] = {{"total_active_anon", &activeAnon},
                                  {"total_active_file", &activeFile},
@@ -41,10 +45,11 @@ GroupStat ReadV1(HostFiles &files, const HostPath &path) {
   return stat;
 }
 
-GroupStat ReadV2(HostFiles &files, const HostPath &path) {
-  GroupStat stat;
+CgroupStat ReadV2(HostFiles &files, const HostPath &path) {
+  CgroupStat stat;
   Figure activeAnon, activeFile, stack, pageTables, secondaryPageTables, perCpu, slab, sockets;
-  Figure anonHuge, sharedHuge, faults, collapses, demotedByDaemon, demotedDirectly, demotedByCollapse, demotedOnDemand;
+  Figure anonHuge, sharedHuge, faults, collapses, demotedByKswapd, demotedDirectly, demotedByKhugepaged,
+      demotedProactively;
   const WantedFigure wanted[] = {{"active_anon", &activeAnon},
                                  {"active_file", &activeFile},
                                  {"swapcached", &stat.swapCached},
@@ -68,40 +73,55 @@ GroupStat ReadV2(HostFiles &files, const HostPath &path) {
                                  {"thp_swpout_fallback", &stat.hugeSplits},
                                  {"numa_pages_migrated", &stat.numaMoved},
                                  {"pgpromote_success", &stat.promoted},
-                                 {"pgdemote_kswapd", &demotedByDaemon},
+                                 {"pgdemote_kswapd", &demotedByKswapd},
                                  {"pgdemote_direct", &demotedDirectly},
-                                 {"pgdemote_khugepaged", &demotedByCollapse},
-                                 {"pgdemote_proactive", &demotedOnDemand}};
+                                 {"pgdemote_khugepaged", &demotedByKhugepaged},
+                                 {"pgdemote_proactive", &demotedProactively}};
   ReadFigures(files, path, wanted);
   stat.active = activeAnon + activeFile;
   stat.transparent = anonHuge + sharedHuge;
   stat.hugeAllocs = faults + collapses;
-  stat.demoted = demotedByDaemon + demotedDirectly + demotedByCollapse + demotedOnDemand;
-  // Kernels before 5.18 give the parts alone. Socket buffers are charged apart from kernel memory on all of them.
+  stat.demoted = demotedByKswapd + demotedDirectly + demotedByKhugepaged + demotedProactively;
+  // Kernels before 5.18 have the parts only. No kernel counts socket buffers as kernel memory.
   stat.kernel = stat.kernel.IfAbsent(stack + pageTables + secondaryPageTables + perCpu + slab) + sockets;
   return stat;
 }
 
 }  // namespace
 
-Figure ControlGroupFiles::Amount(HostFiles &files, MemoryFiles version, const std::string &folder, GroupAmount amount) {
-  std::optional<Figure> &kept = amounts_[static_cast<size_t>(amount)];
-  if (!kept) {
-    const AmountFile &names = kAmountFiles[static_cast<size_t>(amount)];
-    const std::string_view name = version == MemoryFiles::kV1 ? names.v1 : names.v2;
-    kept = name.empty() || version == MemoryFiles::kNone ? Figure() : ReadAmount(files, HostPath(folder, "/", name));
-  }
-  return *kept;
+Figure ReadCgroupAmount(HostFiles &files, CgroupVersion version, const std::string &folder, CgroupAmount amount) {
+  const AmountFile &names = kAmountFiles[static_cast<size_t>(amount)];
+  const std::string_view name = version == CgroupVersion::kV1 ? names.v1 : names.v2;
+  if (name.empty() || version == CgroupVersion::kNone) return {};
+  return ReadAmount(files, HostPath(folder, "/", name));
 }
 
-const GroupStat &ControlGroupFiles::Stat(HostFiles &files, MemoryFiles version, const std::string &folder) {
-  if (!stat_) {
-    const HostPath path(folder, "/memory.stat");
-    stat_ = version == MemoryFiles::kV1   ? ReadV1(files, path)
-            : version == MemoryFiles::kV2 ? ReadV2(files, path)
-                                          : GroupStat();
+CgroupStat ReadCgroupStat(HostFiles &files, CgroupVersion version, const std::string &folder) {
+  const HostPath path(folder, "/memory.stat");
+  switch (version) {
+    case CgroupVersion::kNone: break;
+    case CgroupVersion::kV1: return ReadV1(files, path);
+    case CgroupVersion::kV2: return ReadV2(files, path);
   }
-  return *stat_;
+  return {};
+}
+
+HVC_ReturnStatus ReadCgroupPids(HostFiles &files, const std::string &folder, std::vector<int64_t> &pids) {
+  pids.clear();
+  LineReader lines(files, HostPath(folder, "/cgroup.procs"));
+  for (std::string_view line; lines.Next(line);) {
+    uint64_t pid = 0;
+    if (ParseNumber(line, pid) && pid > 0 && pid <= kMaxPid) pids.push_back(static_cast<int64_t>(pid));
+  }
+  std::sort(pids.begin(), pids.end());
+  pids.erase(std::unique(pids.begin(), pids.end()), pids.end());
+  return lines.status();
+}
+
+bool IsThreadedCgroup(HostFiles &files, const std::string &folder) {
+  char buffer[32];
+  std::string_view type;
+  return files.ReadShort(HostPath(folder, "/cgroup.type"), buffer, type) == HVC_OK && type == "threaded\n";
 }
 
 }  // namespace platkit

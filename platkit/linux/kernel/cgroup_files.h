@@ -1,10 +1,11 @@
-// The memory files of a control group.
+// The files of a control group's folder.
 #ifndef PLATKIT_LINUX_KERNEL_CGROUP_FILES_H
 #define PLATKIT_LINUX_KERNEL_CGROUP_FILES_H
 
-#include <array>
-#include <optional>
+#include <cstddef>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "platkit/linux/files/host_files.h"
 #include "platkit/linux/kernel/cgroup_mount.h"
@@ -12,49 +13,53 @@
 
 namespace platkit {
 
-// Amounts that have a file of their own. Which one, differs between the versions of control groups.
-enum class GroupAmount : uint8_t {
-  kMin,
-  kLow,
-  kHigh,
-  kMax,
-  kCurrent,
-  kPeak,
-  kSwap,
-  kWithSwapPeak,
-  kKernel,
-  kZswapMax,
-  kGiganticPages,  // huge pages of 1 GB
+// Amounts with a file of their own, all in bytes. The comments name the file in version 2 and in version 1.
+enum class CgroupAmount : uint8_t {
+  kMin,            // memory.min; none
+  kLow,            // memory.low; none
+  kHigh,           // memory.high; memory.soft_limit_in_bytes
+  kMax,            // memory.max; memory.limit_in_bytes
+  kCurrent,        // memory.current; memory.usage_in_bytes
+  kPeak,           // memory.peak; memory.max_usage_in_bytes
+  kSwap,           // memory.swap.current; none
+  kWithSwapPeak,   // none; memory.memsw.max_usage_in_bytes
+  kKernel,         // memory.kmem.usage_in_bytes in both
+  kZswapMax,       // memory.zswap.max; none
+  kGiganticPages,  // hugetlb.1GB.current; none: huge pages of 1 GB
 };
-inline constexpr size_t kGroupAmounts = 11;
+inline constexpr size_t kCgroupAmounts = 11;
 
-// What memory.stat adds, with all descendants; amounts in bytes, and traffic in pages since the group was made.
-struct GroupStat {
-  Figure active;       // pages on the active lists
-  Figure swap;         // version 1 alone
-  Figure swapCached;   // read from swap, and there still
-  Figure transparent;  // transparent huge pages
+// Absent if the version has no such file, or if the file does not exist: the kernel lacks it, the memory controller is
+// not enabled for the group, or the group has vanished. Unlimited if there is no limit.
+Figure ReadCgroupAmount(HostFiles &files, CgroupVersion version, const std::string &folder, CgroupAmount amount);
+
+// Lines of memory.stat, descendants included. Amounts are in bytes; "pages" counts pages since the group was created.
+// A figure without a line is absent.
+struct CgroupStat {
+  Figure active;       // active_anon + active_file
+  Figure swap;         // version 1 alone: total_swap
+  Figure swapCached;   // swapcached: swapped in and still in swap space
+  Figure transparent;  // transparent huge pages: anon_thp + shmem_thp; version 1 total_rss_huge
   // Version 2 alone.
-  Figure kernel;
-  Figure zswap, zswapped;         // what compressed memory takes, and was before
-  Figure zswapIn, zswapOut;       // pages
-  Figure swapIn, swapOut;         // pages
-  Figure hugeAllocs, hugeSplits;  // transparent huge pages given, and split to be swapped out
-  Figure numaMoved;               // pages that went where they are used
-  Figure promoted, demoted;       // pages that went to faster memory, and to slower
+  Figure kernel;             // kernel (before Linux 5.18 the sum of its parts) + sock
+  Figure zswap;              // compressed memory, as it is stored
+  Figure zswapped;           // the same before compression
+  Figure zswapIn, zswapOut;  // pages: zswpin, zswpout
+  Figure swapIn, swapOut;    // pages: pswpin, pswpout
+  Figure hugeAllocs;         // transparent huge pages: thp_fault_alloc + thp_collapse_alloc
+  Figure hugeSplits;         // transparent huge pages: thp_swpout_fallback, split to be swapped out
+  Figure numaMoved;          // pages: numa_pages_migrated
+  Figure promoted;           // pages: pgpromote_success
+  Figure demoted;            // pages: pgdemote_*
 };
 
-// Reads each file when it is first asked for, and keeps what it gave.
-class ControlGroupFiles {
- public:
-  // In bytes. Absent: the version, the kernel or the group has no such file.
-  Figure Amount(HostFiles &files, MemoryFiles version, const std::string &folder, GroupAmount amount);
-  const GroupStat &Stat(HostFiles &files, MemoryFiles version, const std::string &folder);
+CgroupStat ReadCgroupStat(HostFiles &files, CgroupVersion version, const std::string &folder);
 
- private:
-  std::array<std::optional<Figure>, kGroupAmounts> amounts_;
-  std::optional<GroupStat> stat_;
-};
+// Reads cgroup.procs: the PIDs of the group's processes, ascending and each once.
+[[nodiscard]] HVC_ReturnStatus ReadCgroupPids(HostFiles &files, const std::string &folder, std::vector<int64_t> &pids);
+
+// Whether cgroup.type is "threaded": the group's processes are then listed by a group above it.
+bool IsThreadedCgroup(HostFiles &files, const std::string &folder);
 
 }  // namespace platkit
 

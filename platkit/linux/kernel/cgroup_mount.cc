@@ -2,29 +2,22 @@
 
 #include <utility>
 
-#include "platkit/linux/kernel/figure_files.h"
+#include "platkit/linux/files/line_reader.h"
+#include "platkit/linux/files/text_scanner.h"
 
 namespace platkit {
 namespace {
 
-// Takes the first word off `text`, up to `separator`.
-std::string_view TakeWord(std::string_view &text, char separator) {
-  const size_t end = text.find(separator);
-  const std::string_view word = text.substr(0, end);
-  text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-  return word;
-}
-
 bool HasWord(std::string_view list, std::string_view wanted) {
-  while (!list.empty()) {
-    if (TakeWord(list, ',') == wanted) return true;
+  for (TextScanner words(list); !words.AtEnd();) {
+    if (words.TakeUntil(',') == wanted) return true;
   }
   return false;
 }
 
 bool IsOctalDigit(char c) { return c >= '0' && c <= '7'; }
 
-// Mount tables write blanks, line ends and backslashes as a backslash and three octal digits.
+// The kernel escapes blanks, newlines and backslashes as a backslash and three octal digits.
 std::string Unescape(std::string_view text) {
   std::string plain;
   for (size_t i = 0; i < text.size(); ++i) {
@@ -49,32 +42,35 @@ struct Mount {
   std::string_view device, root, point, type, options;
 };
 
-// id parent device root point options [optional words] - type source super-options
+// Parses "id parent device root point options [optional words] - type source super-options".
 bool ParseMount(std::string_view line, Mount &mount) {
-  const size_t separator = line.find(" - ");
+  constexpr std::string_view kSeparator = " - ";
+  const size_t separator = line.find(kSeparator);
   if (separator == std::string_view::npos) return false;
-  std::string_view tail = line.substr(separator + 3);
-  TakeWord(line, ' ');
-  TakeWord(line, ' ');
-  mount.device = TakeWord(line, ' ');
-  mount.root = TakeWord(line, ' ');
-  mount.point = TakeWord(line, ' ');
-  mount.type = TakeWord(tail, ' ');
-  TakeWord(tail, ' ');
-  mount.options = TakeWord(tail, ' ');
+  TextScanner head(line);
+  head.TakeUntil(' ');
+  head.TakeUntil(' ');
+  mount.device = head.TakeUntil(' ');
+  mount.root = head.TakeUntil(' ');
+  mount.point = head.TakeUntil(' ');
+  TextScanner tail(line.substr(separator + kSeparator.size()));
+  mount.type = tail.TakeUntil(' ');
+  tail.TakeUntil(' ');
+  mount.options = tail.TakeUntil(' ');
   return mount.root.starts_with('/') && mount.point.starts_with('/');
 }
 
 bool ParseDevice(std::string_view text, DeviceNumber &device) {
   uint64_t major = 0, minor = 0;
-  if (!ParseNumber(TakeWord(text, ':'), major) || !ParseNumber(text, minor)) return false;
+  TextScanner scanner(text);
+  if (!ParseNumber(scanner.TakeUntil(':'), major) || !ParseNumber(scanner.rest(), minor)) return false;
   device = major << 32 | minor;
   return true;
 }
 
 bool HoldsMemory(const Mount &mount) { return mount.type == "hugetlbfs" || mount.type == "tmpfs"; }
 
-// How well a mount serves; 0 if it shows no control groups.
+// How suitable a mount is; 0 if it shows no control groups.
 int Rank(const Mount &mount) {
   if (mount.type == "cgroup2") return 3;
   if (mount.type != "cgroup") return 0;
@@ -82,26 +78,26 @@ int Rank(const Mount &mount) {
   return HasWord(mount.options, "name=systemd") ? 2 : 1;
 }
 
-MemoryFiles MemoryFilesOfRank(int rank) {
-  if (rank == 4) return MemoryFiles::kV1;
-  return rank == 3 ? MemoryFiles::kV2 : MemoryFiles::kNone;
+CgroupVersion VersionOfRank(int rank) {
+  if (rank == 4) return CgroupVersion::kV1;
+  return rank == 3 ? CgroupVersion::kV2 : CgroupVersion::kNone;
 }
 
-// The part of `group` below the group that the mount shows.
+// The part of `group` below the group that is visible at the mount.
 std::string_view BelowMounted(std::string_view group, std::string_view mounted) {
   if (mounted == "/") mounted = {};
   if (!group.starts_with(mounted)) return {};
   group.remove_prefix(mounted.size());
   if (!group.starts_with('/')) return {};
   group.remove_prefix(1);
-  // A process outside the reader's control-group namespace.
+  // ".." leads out of this process' control-group namespace.
   return group == ".." || group.starts_with("../") ? std::string_view() : group;
 }
 
 }  // namespace
 
-Hierarchy FindHierarchy(HostFiles &files) {
-  Hierarchy best;
+CgroupMount FindCgroupMount(HostFiles &files) {
+  CgroupMount best;
   int bestRank = 0;
   std::vector<DeviceNumber> memoryDevices;
   LineReader lines(files, HostPath("proc/self/mountinfo"));
@@ -115,7 +111,7 @@ Hierarchy FindHierarchy(HostFiles &files) {
     if (rank <= bestRank) continue;
     bestRank = rank;
     best = {.exists = true,
-            .memoryFiles = MemoryFilesOfRank(rank),
+            .memoryFiles = VersionOfRank(rank),
             .top = BelowRoot(mount.point),
             .mounted = Unescape(mount.root),
             .v1Options = std::string(mount.type == "cgroup" ? mount.options : std::string_view()),
@@ -125,16 +121,17 @@ Hierarchy FindHierarchy(HostFiles &files) {
   return best;
 }
 
-std::string FolderOfProcess(HostFiles &files, const Hierarchy &hierarchy, int64_t pid) {
+// Lines are "id:controllers:folder", with no controllers in version 2.
+std::string ReadCgroupOfProcess(HostFiles &files, const CgroupMount &mount, int64_t pid) {
   LineReader lines(files, HostPath("proc/", pid, "/cgroup"));
-  std::string_view line;
-  while (lines.Next(line)) {
-    TakeWord(line, ':');
-    std::string_view controllers = TakeWord(line, ':');
-    const bool ours = hierarchy.v1Options.empty()
-                          ? controllers.empty()
-                          : !controllers.empty() && HasWord(hierarchy.v1Options, TakeWord(controllers, ','));
-    if (ours) return std::string(BelowMounted(line, hierarchy.mounted));
+  for (std::string_view line; lines.Next(line);) {
+    TextScanner scanner(line);
+    scanner.TakeUntil(':');
+    TextScanner controllers(scanner.TakeUntil(':'));
+    const bool isMount = mount.v1Options.empty()
+                             ? controllers.AtEnd()
+                             : !controllers.AtEnd() && HasWord(mount.v1Options, controllers.TakeUntil(','));
+    if (isMount) return std::string(BelowMounted(scanner.rest(), mount.mounted));
   }
   return {};
 }

@@ -1,40 +1,40 @@
-// Which of the host's control-group hierarchies the groups are taken from.
+// /proc/self/mountinfo and /proc/PID/cgroup: which control-group hierarchy is used, and which of its groups a process
+// is in.
 #ifndef PLATKIT_LINUX_KERNEL_CGROUP_MOUNT_H
 #define PLATKIT_LINUX_KERNEL_CGROUP_MOUNT_H
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "platkit/linux/files/host_files.h"
 
 namespace platkit {
 
-// What the memory files of a hierarchy's groups are called, if it has any.
-enum class MemoryFiles : uint8_t { kNone, kV1, kV2 };
+// The version of a hierarchy's memory files, if it has any.
+enum class CgroupVersion : uint8_t { kNone, kV1, kV2 };
 
-// A file system's device: the major number in the upper half, the minor number in the lower.
+// The device of a file system: major number in the upper 32 bits, minor number in the lower.
 using DeviceNumber = uint64_t;
 
-struct Hierarchy {
+struct CgroupMount {
   bool exists = false;
-  MemoryFiles memoryFiles = MemoryFiles::kNone;
-  std::string top;        // the mount point, below the root folder
-  std::string mounted;    // the control group that is seen there: "/" unless the mount shows only a part
-  std::string v1Options;  // of a version 1 mount: its controllers, or its name, among other words; else empty
+  CgroupVersion memoryFiles = CgroupVersion::kNone;
+  std::string top;        // the mount point, relative to the root folder
+  std::string mounted;    // the control group that is visible there: "/" unless only a part is mounted
+  std::string v1Options;  // of a version 1 mount: its controllers or its name, and other mount options; else empty
 
-  // The devices of the mounted file systems whose files are memory: tmpfs, and those of huge pages.
+  // The devices of mounted file systems whose files are memory: tmpfs and hugetlbfs.
   std::vector<DeviceNumber> memoryDevices;
 };
 
-// Looks the hierarchies up in the host's mounts. The one that limits memory is preferred, then version 2, then any that
-// tells which processes belong together.
-Hierarchy FindHierarchy(HostFiles &files);
+// Finds the hierarchy to use. The one that limits memory is preferred, then version 2, then any that tells which
+// processes belong together.
+CgroupMount FindCgroupMount(HostFiles &files);
 
-// The folder of a process' control group, below the hierarchy's top and without a slash at either end. It is empty for
-// the top itself, and for a group that the mount does not show or that cannot be told.
-std::string FolderOfProcess(HostFiles &files, const Hierarchy &hierarchy, int64_t pid);
+// The folder of a process' control group, relative to the mount's top and without a slash at either end. Empty for the
+// top itself, and for a group that is not visible or not known.
+std::string ReadCgroupOfProcess(HostFiles &files, const CgroupMount &mount, int64_t pid);
 
 }  // namespace platkit
 

@@ -1,5 +1,5 @@
-// A figure that the kernel gave, or did not give. Absent, unreadable, unlimited and zero are four different things, and
-// arithmetic keeps them apart until a record's cell is filled.
+// A figure of the kernel's: a value, or the reason why there is none. Arithmetic keeps absent, unreadable, unlimited
+// and zero apart until a record's cell is filled.
 #ifndef PLATKIT_LINUX_KERNEL_FIGURE_H
 #define PLATKIT_LINUX_KERNEL_FIGURE_H
 
@@ -20,13 +20,13 @@ class Figure {
   constexpr bool isAbsent() const { return kind_ == Kind::kAbsent; }
   constexpr Figure IfAbsent(Figure other) const { return isAbsent() ? other : *this; }
 
-  // What a cell shows: all ones for what is unreadable or unlimited.
+  // The content of a cell: all ones if the figure is unreadable or unlimited.
   constexpr uint64_t Cell(uint64_t ifAbsent) const {
     if (kind_ == Kind::kValue) return value_;
     return isAbsent() ? ifAbsent : HVC_KB_NONE;
   }
 
-  // The same for a cell of 32 bits, where all ones also stands for what does not fit.
+  // The same for a cell of 32 bits, where all ones also stands for a value that does not fit.
   constexpr uint32_t Cell32(uint32_t ifAbsent) const {
     const uint64_t cell = Cell(ifAbsent);
     return cell > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(cell);
@@ -41,7 +41,7 @@ class Figure {
     return __builtin_add_overflow(a.value_, b.value_, &sum) ? Unreadable() : Figure(sum);
   }
 
-  // Not below 0: the two were read one after the other, and may have moved in between.
+  // At least 0: the two were read one after the other, and may have changed in between.
   friend constexpr Figure operator-(Figure a, Figure b) {
     if (a.isAbsent() || b.isAbsent()) return a;
     if (a.kind_ == Kind::kValue && b.kind_ == Kind::kUnlimited) return Figure(0);
@@ -59,7 +59,7 @@ class Figure {
     return a.kind_ == Kind::kValue ? Figure(a.value_ / divisor) : a;
   }
 
-  // The lower of two bounds; an absent bound is none.
+  // The lower of two bounds. An absent bound does not count.
   friend constexpr Figure Lower(Figure a, Figure b) {
     if (a.kind_ == Kind::kUnreadable || b.kind_ == Kind::kUnreadable) return Unreadable();
     if (a.kind_ != Kind::kValue) return b.isAbsent() ? a : b;
@@ -74,7 +74,7 @@ class Figure {
 
   constexpr explicit Figure(Kind kind) : kind_(kind) {}
 
-  // Of two present figures of which one at least is no value.
+  // For two figures, neither of them absent and not both of them values.
   static constexpr Figure Worse(Figure a, Figure b) {
     return a.kind_ == Kind::kUnreadable || b.kind_ == Kind::kUnreadable ? Unreadable() : Unlimited();
   }

@@ -1,44 +1,33 @@
 #include "platkit/linux/kernel/figure_files.h"
 
 #include <algorithm>
-#include <charconv>
+
+#include "platkit/linux/files/line_reader.h"
+#include "platkit/linux/files/text_scanner.h"
 
 namespace platkit {
 namespace {
 
-constexpr bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n'; }
-
-// A control group without a limit reads as the highest multiple of the page size below 2^63, whatever that size.
-constexpr uint64_t kUnlimitedFrom = (uint64_t{1} << 63) - (uint64_t{1} << 20);
+// Without a limit, version 1 prints the highest multiple of the page size below 2^63, for any page size.
+constexpr uint64_t kMinUnlimited = (uint64_t{1} << 63) - (uint64_t{1} << 20);
 
 Figure ParseKeyedFigure(std::string_view text) {
   if (text.ends_with(" kB")) text.remove_suffix(3);
-  uint64_t value = 0;
-  return ParseNumber(text, value) ? Figure(value) : Figure::Unreadable();
+  return ParseFigure(text);
 }
 
 }  // namespace
 
-std::string_view Trim(std::string_view text) {
-  while (!text.empty() && IsBlank(text.front()))
-    text.remove_prefix(1);
-  while (!text.empty() && IsBlank(text.back()))
-    text.remove_suffix(1);
-  return text;
-}
-
-bool ParseNumber(std::string_view text, uint64_t &value) {
-  text = Trim(text);
-  const char *end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);
-  return error == std::errc() && stop == end;
+Figure ParseFigure(std::string_view text) {
+  uint64_t value = 0;
+  return ParseNumber(text, value) ? Figure(value) : Figure::Unreadable();
 }
 
 Figure ParseAmount(std::string_view text) {
   if (Trim(text) == "max") return Figure::Unlimited();
   uint64_t value = 0;
   if (!ParseNumber(text, value)) return Figure::Unreadable();
-  return value >= kUnlimitedFrom ? Figure::Unlimited() : Figure(value);
+  return value >= kMinUnlimited ? Figure::Unlimited() : Figure(value);
 }
 
 Figure ReadAmount(HostFiles &files, const HostPath &path) {
@@ -58,7 +47,7 @@ bool SplitKey(std::string_view line, std::string_view &key, std::string_view &re
 }
 
 bool TakeFigure(std::string_view key, std::string_view rest, std::span<const WantedFigure> wanted) {
-  // Keys of one file begin alike, and most lines are none of those wanted: their ends tell it soonest.
+  // Most lines are not wanted. Keys of one file often begin alike, so lengths and last characters are compared first.
   const auto want = std::ranges::find_if(wanted, [key](const WantedFigure &figure) {
     return figure.key.size() == key.size() && figure.key.back() == key.back() && figure.key == key;
   });
@@ -67,15 +56,18 @@ bool TakeFigure(std::string_view key, std::string_view rest, std::span<const Wan
   return true;
 }
 
+void MarkAbsentUnreadable(std::span<const WantedFigure> wanted) {
+  for (const WantedFigure &want : wanted)
+    *want.figure = want.figure->IfAbsent(Figure::Unreadable());
+}
+
 void ReadFigures(HostFiles &files, const HostPath &path, std::span<const WantedFigure> wanted) {
   LineReader lines(files, path);
   std::string_view line, key, rest;
   for (size_t left = wanted.size(); left > 0 && lines.Next(line);) {
     if (SplitKey(line, key, rest) && TakeFigure(key, rest, wanted)) --left;
   }
-  if (lines.status() == HVC_OK || lines.status() == HVC_NOT_FOUND) return;
-  for (const WantedFigure &want : wanted)
-    *want.figure = want.figure->IfAbsent(Figure::Unreadable());
+  if (lines.status() != HVC_OK && lines.status() != HVC_NOT_FOUND) MarkAbsentUnreadable(wanted);
 }
 
 }  // namespace platkit

@@ -1,7 +1,8 @@
-// The forms in which the kernel writes figures into text files: one amount to a file, and lines of a key and an amount.
+// The two forms in which the kernel writes figures into text files: one figure per file, and lines of a key and a
+// figure.
 //
-// Parsing is tolerant, since every kernel adds, drops and reorders lines: only the keys that are wanted are looked at,
-// the first line of a key counts, and what does not parse costs that figure alone.
+// Parsing is tolerant, because every kernel version adds, drops and reorders lines. Only wanted keys are looked at, the
+// first line of a key counts, and a figure that does not parse is unreadable without any effect on the others.
 #ifndef PLATKIT_LINUX_KERNEL_FIGURE_FILES_H
 #define PLATKIT_LINUX_KERNEL_FIGURE_FILES_H
 
@@ -13,19 +14,17 @@
 
 namespace platkit {
 
-// The text without the blanks around it.
-std::string_view Trim(std::string_view text);
+// Parses a decimal number; unreadable if the text is none.
+Figure ParseFigure(std::string_view text);
 
-// A decimal number and nothing else, blanks around it aside; false also if it does not fit 64 bits.
-bool ParseNumber(std::string_view text, uint64_t &value);
-
-// An amount, a limit, or "max". A limit so high that it stands for none is unlimited, and garbage is unreadable.
+// Parses a number or "max". "max" is unlimited, and so is a number just below 2^63, which control groups of version 1
+// use for "no limit".
 Figure ParseAmount(std::string_view text);
 
-// Reads a file that holds one amount: absent if there is no such file.
+// Reads a file that holds one amount. Absent if the file does not exist.
 Figure ReadAmount(HostFiles &files, const HostPath &path);
 
-// "Key:\t12 kB" and "key 12" alike: the key, and the rest without the blanks around it. False if there is no key.
+// Splits "Key:\t12 kB" or "key 12" into the key and the rest, without the blanks around it. False if there is no key.
 bool SplitKey(std::string_view line, std::string_view &key, std::string_view &rest);
 
 // A key, and where its figure goes.
@@ -34,11 +33,15 @@ struct WantedFigure {
   Figure *figure;
 };
 
-// Takes the figure of a line if it is wanted, and no earlier line gave it; else false. A unit of "kB" is passed over.
+// Stores the figure of a line, with or without the unit "kB". False if the key is not wanted, or an earlier line had
+// it.
 bool TakeFigure(std::string_view key, std::string_view rest, std::span<const WantedFigure> wanted);
 
-// Reads a file of keys and figures, as far as there are figures to be found. Figures that have no line, or no file,
-// stay absent; if the file cannot be read to its end, those that it did not give are unreadable.
+// Makes absent figures unreadable.
+void MarkAbsentUnreadable(std::span<const WantedFigure> wanted);
+
+// Reads a file of keys and figures until all that are wanted were found. A figure without a line stays absent, and so
+// do all if the file does not exist. If the file cannot be read to its end, figures that were not found are unreadable.
 void ReadFigures(HostFiles &files, const HostPath &path, std::span<const WantedFigure> wanted);
 
 }  // namespace platkit

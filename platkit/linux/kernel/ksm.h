@@ -1,4 +1,4 @@
-// Pages that the kernel's same-page merging (KSM) shares.
+// Same-page merging (KSM): /sys/kernel/mm/ksm for the host, /proc/PID/ksm_stat for a process.
 #ifndef PLATKIT_LINUX_KERNEL_KSM_H
 #define PLATKIT_LINUX_KERNEL_KSM_H
 
@@ -7,36 +7,19 @@
 
 #include "platkit/linux/files/host_files.h"
 #include "platkit/linux/kernel/figure.h"
-#include "platkit/linux/kernel/page_size.h"
-#include "platkit/records.h"
 
 namespace platkit {
 
-// In KB.
-struct ProcessSharing {
-  Figure merged;  // pages that are shared with equal ones; absent if this kernel does not tell
-  Figure zero;    // pages that were given up for the page of zeros, and are in no resident set
+// Reads a file of /sys/kernel/mm/ksm, such as "pages_sharing", in pages. Absent if this kernel has no such file.
+Figure ReadKsmPages(HostFiles &files, std::string_view file);
 
-  Figure Saved() const { return merged + zero; }
+// In pages. Only root may read another user's.
+struct ProcessKsm {
+  Figure merged;  // ksm_merging_pages of ksm_stat; before Linux 6.4, the file ksm_merging_pages; absent before 5.19
+  Figure zero;    // ksm_zero_pages of ksm_stat: replaced by the kernel's page of zeros; absent before 6.4
 };
 
-class PageSharing {
- public:
-  PageSharing(HostFiles &files, PageSize &pageSize) : files_(files), pageSize_(pageSize) {}
-
-  // Host-wide. A kernel without KSM shares nothing.
-  void Fill(PShareStatsRecord &record);
-
-  // What sharing saves, in KB; absent if this kernel does not tell.
-  Figure SavedOnHost();
-  ProcessSharing OfProcess(int64_t pid);
-
- private:
-  Figure ReadPages(std::string_view name);
-
-  HostFiles &files_;
-  PageSize &pageSize_;
-};
+ProcessKsm ReadProcessKsm(HostFiles &files, int64_t pid);
 
 }  // namespace platkit
 

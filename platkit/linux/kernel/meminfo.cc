@@ -7,14 +7,14 @@
 namespace platkit {
 
 Meminfo ReadMeminfo(HostFiles &files) {
-  // VmallocUsed is not among them: most of what it counts is counted here already.
+  // VmallocUsed is left out of the kernel's memory: most of it is in the other lines already.
   std::array<Figure, 7> parts;
   Meminfo memory;
   const WantedFigure wanted[] = {
       {"MemTotal", &memory.total}, {"MemFree", &memory.free},    {"Active", &memory.active},
       {"Slab", &memory.slab},      {"KernelStack", &parts[0]},   {"ShadowCallStack", &parts[1]},
       {"PageTables", &parts[2]},   {"SecPageTables", &parts[3]}, {"Percpu", &parts[4]},
-      {"NFS_Unstable", &parts[5]}, {"Bounce", &parts[6]},        {"HardwareCorrupted", &memory.discarded},
+      {"NFS_Unstable", &parts[5]}, {"Bounce", &parts[6]},        {"HardwareCorrupted", &memory.hardwareCorrupted},
   };
   ReadFigures(files, HostPath("proc/meminfo"), wanted);
   memory.kernel = memory.slab;

@@ -1,4 +1,4 @@
-// The memory of the host as a whole.
+// /proc/meminfo: the memory of the host as a whole.
 #ifndef PLATKIT_LINUX_KERNEL_MEMINFO_H
 #define PLATKIT_LINUX_KERNEL_MEMINFO_H
 
@@ -7,13 +7,15 @@
 
 namespace platkit {
 
-// In KB. The parts that a kernel does not count are left out of `kernel`; what every kernel counts is unreadable if it
-// is missing.
+// In KB. A line that every kernel has is unreadable if it is missing.
 struct Meminfo {
-  Figure total, free, active;
-  Figure kernel;     // what the kernel holds for itself
-  Figure slab;       // the part of it that object caches hold
-  Figure discarded;  // taken out of use after errors; absent if this kernel does not do that
+  Figure total;   // MemTotal
+  Figure free;    // MemFree
+  Figure active;  // Active
+  Figure slab;    // Slab
+  Figure kernel;  // Slab + KernelStack + ShadowCallStack + PageTables + SecPageTables + Percpu + NFS_Unstable + Bounce;
+                  // lines other than Slab may be missing
+  Figure hardwareCorrupted;  // HardwareCorrupted; absent if this kernel has no such line
 };
 
 Meminfo ReadMeminfo(HostFiles &files);

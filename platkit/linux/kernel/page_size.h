@@ -1,4 +1,4 @@
-// The size of the host's pages, in which the kernel counts in many of its files.
+// /proc/self/auxv: the size of the host's pages, in which many files count.
 #ifndef PLATKIT_LINUX_KERNEL_PAGE_SIZE_H
 #define PLATKIT_LINUX_KERNEL_PAGE_SIZE_H
 
@@ -9,13 +9,13 @@
 
 namespace platkit {
 
-inline constexpr uint64_t kRecordPage = 4096;  // records count pages of this size
+inline constexpr uint64_t kRecordPage = 4096;  // bytes; records count pages of this size
 
+// The size does not change while the host runs, so it is read once. It is a multiple of kRecordPage.
 class PageSize {
  public:
   explicit PageSize(HostFiles &files) : files_(files) {}
 
-  // Never below that of a record's page, of which it is a multiple. Read once.
   uint64_t Bytes();
   uint64_t KB() { return Bytes() / 1024; }
   uint64_t RecordPages() { return Bytes() / kRecordPage; }

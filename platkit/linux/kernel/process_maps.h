@@ -1,20 +1,35 @@
-// What a machine's mappings tell of its guest's memory, where its command line tells nothing.
+// /proc/PID/maps: the memory mappings of a process.
 #ifndef PLATKIT_LINUX_KERNEL_PROCESS_MAPS_H
 #define PLATKIT_LINUX_KERNEL_PROCESS_MAPS_H
 
 #include <cstdint>
-#include <span>
+#include <string_view>
 
-#include "platkit/linux/files/host_files.h"
+#include "platkit/linux/files/line_reader.h"
 #include "platkit/linux/kernel/cgroup_mount.h"
-#include "platkit/linux/kernel/figure.h"
 
 namespace platkit {
 
-// The size in KB of a process' largest mapping of memory for data: anonymous, a memory file without a name, or a file
-// of one of these devices. Pieces of a mapping that lie side by side count as one. Absent if there is none, or if the
-// mappings are not for this user.
-Figure LargestMemoryMapping(HostFiles &files, int64_t pid, std::span<const DeviceNumber> memoryDevices);
+struct Mapping {
+  uint64_t start = 0, end = 0;  // addresses, `end` exclusive
+  bool isWritable = false, isExecutable = false, isReadable = false;
+  DeviceNumber device = 0;  // of the mapped file's file system
+  uint64_t inode = 0;       // of the mapped file; 0: none
+  std::string_view name;    // path, or a name such as "[heap]"; may be empty. Valid until the next mapping is read.
+};
+
+class ProcessMaps {
+ public:
+  ProcessMaps(HostFiles &files, int64_t pid) : lines_(files, HostPath("proc/", pid, "/maps")) {}
+
+  // Reads the next mapping. Lines of another form are skipped. False at the end and on failure; status() tells which.
+  bool Next(Mapping &mapping);
+
+  HVC_ReturnStatus status() const { return lines_.status(); }
+
+ private:
+  LineReader lines_;
+};
 
 }  // namespace platkit
 

@@ -1,4 +1,4 @@
-// The host's swap space.
+// /proc/swaps: the host's swap space.
 #ifndef PLATKIT_LINUX_KERNEL_SWAPS_H
 #define PLATKIT_LINUX_KERNEL_SWAPS_H
 
@@ -7,12 +7,13 @@
 
 namespace platkit {
 
-// In KB, of swap files and partitions. Swap on a compressed memory disk is memory, and left out.
-struct SwapSpace {
-  Figure total, free;
+// In KB, of all swap files and partitions except zram, which is memory. A kernel without swap has none: 0.
+struct Swaps {
+  Figure total;  // Size
+  Figure free;   // Size less Used
 };
 
-SwapSpace ReadSwapSpace(HostFiles &files);
+Swaps ReadSwaps(HostFiles &files);
 
 }  // namespace platkit
 

@@ -1,98 +1,73 @@
 #include "platkit/linux/kernel/zoneinfo.h"
 
 #include <algorithm>
-#include <optional>
 
+#include "platkit/linux/files/line_reader.h"
+#include "platkit/linux/files/text_scanner.h"
 #include "platkit/linux/kernel/figure_files.h"
 
 namespace platkit {
 namespace {
 
-// In pages.
-struct Zone {
-  bool isLow = false;
-  Figure present, managed, free, min, low, high, promo;
-  Figure protection = Figure(0);  // the highest of those against the allocations that other zones are meant for
-};
+// More than any host has.
+constexpr size_t kMaxZones = 1 << 16;
 
-// "(0, 3019, 5067)"
+// Parses "(0, 3019, 5067)".
 Figure HighestOf(std::string_view list) {
   uint64_t highest = 0;
-  list = list.substr(0, list.find(')'));
-  list.remove_prefix(std::min<size_t>(list.find('(') + 1, list.size()));
-  while (!list.empty()) {
-    const std::string_view item = list.substr(0, list.find(','));
-    list.remove_prefix(std::min(item.size() + 1, list.size()));
-    uint64_t value = 0;
-    if (!ParseNumber(item, value)) return Figure::Unreadable();
-    highest = std::max(highest, value);
+  TextScanner numbers(TextScanner(list.substr(std::min(list.find('(') + 1, list.size()))).TakeUntil(')'));
+  while (!numbers.AtEnd()) {
+    uint64_t number = 0;
+    if (!ParseNumber(numbers.TakeUntil(','), number)) return Figure::Unreadable();
+    highest = std::max(highest, number);
   }
   return Figure(highest);
 }
 
-void TakeLine(std::string_view line, Zone &zone) {
-  line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
-  if (line.starts_with("pages ")) line.remove_prefix(6);
+void TakeZoneLine(std::string_view line, Zone &zone) {
+  TextScanner scanner(line);
+  scanner.SkipBlanks();
+  scanner.Take("pages ");
   const WantedFigure wanted[] = {
       {"present", &zone.present}, {"managed", &zone.managed}, {"free", &zone.free},   {"min", &zone.min},
       {"low", &zone.low},         {"high", &zone.high},       {"promo", &zone.promo},
   };
   std::string_view key, rest;
-  if (!SplitKey(line, key, rest)) return;
+  if (!SplitKey(scanner.rest(), key, rest)) return;
   TakeFigure(key, rest, wanted);
   if (key == "protection") zone.protection = HighestOf(rest);
 }
 
-// A zone without memory has watermarks all the same, which nothing ever meets.
-void AddZone(const Zone &zone, ZoneTotals &totals) {
-  const auto add = [](Figure &total, Figure part) { total = total + part.IfAbsent(Figure::Unreadable()); };
-  add(totals.present, zone.present);
-  if (zone.managed == Figure(0)) return;
-  add(totals.free, zone.free);
-  add(totals.min, zone.min);
-  add(totals.low, zone.low);
-  add(totals.high, zone.high);
-  add(totals.ample, zone.promo.IfAbsent(zone.high + (zone.high - zone.low)));  // before Linux 5.18
-  if (zone.isLow) add(totals.lowReserve, Lower(zone.protection, zone.managed));
-}
-
-// The zone that a line such as "Node 0, zone  Normal" starts; empty if it starts none.
-std::string_view ZoneOf(std::string_view line) {
+// The name of the zone that starts with a line such as "Node 0, zone  Normal". Empty if the line starts none.
+std::string_view ZoneName(std::string_view line) {
   constexpr std::string_view kWord = ", zone ";
   const size_t word = line.find(kWord);
   if (!line.starts_with("Node ") || word == std::string_view::npos) return {};
-  line.remove_prefix(word + kWord.size());
-  line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
-  return line;
+  TextScanner scanner(line.substr(word + kWord.size()));
+  scanner.SkipBlanks();
+  return scanner.rest();
 }
 
 }  // namespace
 
 bool IsLowZone(std::string_view zone) { return zone == "DMA" || zone == "DMA32"; }
 
-ZoneTotals ReadZones(HostFiles &files, PageSize &pageSize) {
-  ZoneTotals totals;
-  std::optional<Zone> zone;
-  bool ofZone = false;  // and not of the node, nor of the processors' share of the zone
+Zoneinfo ReadZoneinfo(HostFiles &files) {
+  Zoneinfo info;
+  bool inZone = false;  // false in the lines of a node, and of the per-CPU page sets of a zone
   LineReader lines(files, HostPath("proc/zoneinfo"));
   for (std::string_view line; lines.Next(line);) {
-    if (const std::string_view name = ZoneOf(line); !name.empty()) {
-      if (zone) AddZone(*zone, totals);
-      zone.emplace().isLow = IsLowZone(name);
-      ofZone = true;
+    if (const std::string_view name = ZoneName(line); !name.empty()) {
+      inZone = info.zones.size() < kMaxZones;
+      if (inZone) info.zones.emplace_back().isLow = IsLowZone(name);
     } else if (line.starts_with("  pagesets")) {
-      ofZone = false;
-    } else if (ofZone) {
-      TakeLine(line, *zone);
+      inZone = false;
+    } else if (inZone) {
+      TakeZoneLine(line, info.zones.back());
     }
   }
-  if (zone) AddZone(*zone, totals);
-  const bool complete = lines.status() == HVC_OK;
-  for (Figure *figure :
-       {&totals.present, &totals.free, &totals.min, &totals.low, &totals.high, &totals.ample, &totals.lowReserve}) {
-    *figure = complete ? figure->IfAbsent(Figure::Unreadable()) * pageSize.KB() : Figure::Unreadable();
-  }
-  return totals;
+  info.isComplete = lines.status() == HVC_OK;
+  return info;
 }
 
 }  // namespace platkit

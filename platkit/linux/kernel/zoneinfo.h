@@ -1,27 +1,35 @@
-// The zones of the host's memory: what they have, and the watermarks at which the kernel starts and stops to reclaim.
+// /proc/zoneinfo: the zones of the host's memory and their watermarks.
 #ifndef PLATKIT_LINUX_KERNEL_ZONEINFO_H
 #define PLATKIT_LINUX_KERNEL_ZONEINFO_H
 
 #include <string_view>
+#include <vector>
 
 #include "platkit/linux/files/host_files.h"
 #include "platkit/linux/kernel/figure.h"
-#include "platkit/linux/kernel/page_size.h"
 
 namespace platkit {
 
-// Whether a zone is there for devices that cannot address all of the memory.
-bool IsLowZone(std::string_view zone);
-
-// Sums over all zones, in KB. Unreadable if no zone tells.
-struct ZoneTotals {
-  Figure present;                 // the memory that there is, handed out by the kernel or not
-  Figure free, min, low, high;    // of what it hands out; the last three are the watermarks of free memory
-  Figure ample;                   // a watermark as far above the high one as that is above the low one
-  Figure lowReserve = Figure(0);  // kept in low zones from whoever can do with others
+// In pages. A figure is absent if the zone has no such line.
+struct Zone {
+  bool isLow = false;  // see IsLowZone
+  Figure present;      // physical pages
+  Figure managed;      // those that the page allocator manages; 0: the zone has no memory
+  Figure free;
+  Figure min, low, high;          // watermarks of free pages
+  Figure promo;                   // a higher watermark, since Linux 5.18
+  Figure protection = Figure(0);  // highest entry of "protection: (0, 3019, 5067)"
 };
 
-ZoneTotals ReadZones(HostFiles &files, PageSize &pageSize);
+struct Zoneinfo {
+  bool isComplete = false;  // false: the file could not be read to its end
+  std::vector<Zone> zones;
+};
+
+Zoneinfo ReadZoneinfo(HostFiles &files);
+
+// Whether the zone (DMA, DMA32) is kept for devices that cannot address all memory.
+bool IsLowZone(std::string_view zone);
 
 }  // namespace platkit
 

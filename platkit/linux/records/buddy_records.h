@@ -1,7 +1,7 @@
-// The buddy allocators of the host, and the memory nodes that they belong to.
+// The records of buddy allocators and of memory nodes, from /proc/buddyinfo.
 //
-// A memory node is a NUMA node that has memory. They are numbered from 0 in the order of the NUMA nodes, without the
-// gaps that there may be between these.
+// A memory node is a NUMA node with memory. Memory nodes are numbered from 0 in the order of the NUMA nodes, without
+// gaps.
 #ifndef PLATKIT_LINUX_RECORDS_BUDDY_RECORDS_H
 #define PLATKIT_LINUX_RECORDS_BUDDY_RECORDS_H
 
@@ -11,29 +11,32 @@
 #include <string_view>
 #include <vector>
 
-#include "platkit/linux/files/host_files.h"
-#include "platkit/linux/kernel/figure.h"
+#include "platkit/linux/files/fresh.h"
+#include "platkit/linux/kernel/buddyinfo.h"
 #include "platkit/linux/kernel/page_size.h"
 #include "platkit/param_list.h"
 #include "platkit/records.h"
 
 namespace platkit {
 
-// A memory node has a buddy for the zones that devices of few address bits need, and one for all others: as many of
-// the two as it has such zones. What is read for the list serves each buddy's record once; which memory node stands for
-// which NUMA node is as old as what is kept.
-class Buddies {
+// A memory node has up to two buddies: one for its low zones (see IsLowZone), and one for all others. Operations return
+// the status of reading the file if that failed.
+class BuddyRecords {
  public:
-  Buddies(HostFiles &files, PageSize &pageSize) : files_(files), pageSize_(pageSize) {}
+  BuddyRecords(HostFiles &files, PageSize &pageSize) : files_(files), pageSize_(pageSize) {}
 
-  // In the order of the memory nodes, low memory first; no more than a reader's list takes.
+  // Lists the buddies, such as "memmap-00-lo", in the order of the memory nodes, low zones first. At most 99, since
+  // kestrel takes no more.
   [[nodiscard]] HVC_ReturnStatus List(ParamList &list);
-  [[nodiscard]] HVC_ReturnStatus Comprehensive(std::string_view name, BuddyComprehensiveRecord &record);
-  [[nodiscard]] HVC_ReturnStatus MemNode(int64_t memNode, MemNodeRecord &record);
-  [[nodiscard]] HVC_ReturnStatus CountMemNodes(MemInfoRecord &record);
 
-  // The NUMA node that a memory node stands for.
+  // HVC_NOT_FOUND if there is no such buddy.
+  [[nodiscard]] HVC_ReturnStatus Comprehensive(std::string_view name, BuddyComprehensiveRecord &record);
+
+  // HVC_NOT_FOUND if there is no such memory node.
+  [[nodiscard]] HVC_ReturnStatus MemNode(int64_t memNode, MemNodeRecord &record);
   [[nodiscard]] HVC_ReturnStatus FindNumaNode(int64_t memNode, uint64_t &numaNode);
+
+  [[nodiscard]] HVC_ReturnStatus CountMemNodes(MemInfoRecord &record);
 
  private:
   static constexpr size_t kSizes = std::size(BuddyComprehensiveRecord{}.sizes);
@@ -42,24 +45,22 @@ class Buddies {
     uint64_t numaNode;
     bool isLow;
     std::string name = {};
-    std::vector<std::string> zones = {};
-    std::array<Figure, kSizes> free = {};
-    bool given = false;
+    std::array<Figure, kSizes> free = {};  // buffers of 2^index pages of a record
   };
 
-  HVC_ReturnStatus Read();
-  HVC_ReturnStatus ReadOnce() { return isRead_ ? HVC_OK : Read(); }
-  void TakeZone(std::string_view line);
-  void TakeCounts(std::string_view counts, Buddy &buddy);
-  Buddy &BuddyOf(uint64_t numaNode, bool isLow);
-  Buddy *Find(std::string_view name);
+  struct Buddies {
+    HVC_ReturnStatus status = HVC_FAILURE;
+    std::vector<Buddy> buddies;       // in the order of List()
+    std::vector<uint64_t> numaNodes;  // of the memory nodes
+  };
+
+  const Buddies &Read();
+  Buddies Arrange(const Buddyinfo &info);
+  void AddZone(const BuddyZone &zone, Buddy &buddy);
 
   HostFiles &files_;
   PageSize &pageSize_;
-  bool isRead_ = false;
-  bool nodesCounted_ = false;
-  std::vector<Buddy> buddies_;
-  std::vector<uint64_t> numaNodes_;  // of the memory nodes
+  Fresh<Buddies> buddies_;
 };
 
 }  // namespace platkit

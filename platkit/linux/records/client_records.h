@@ -1,37 +1,42 @@
-// The records of memory clients: of processes, known by their PIDs, and of the monitors of virtual machines, known by
-// the identifiers of their groups.
-//
-// What is read of a process and of its control group is kept with their groups, as for the records of groups.
+// The records of memory clients: processes, known by their PIDs, and VMMs, known by the identifiers of their groups.
 #ifndef PLATKIT_LINUX_RECORDS_CLIENT_RECORDS_H
 #define PLATKIT_LINUX_RECORDS_CLIENT_RECORDS_H
 
-#include <optional>
+#include <cstddef>
+#include <cstdint>
 #include <string_view>
-#include <unordered_set>
 
-#include "platkit/linux/groups/group_tree.h"
-#include "platkit/linux/kernel/ksm.h"
+#include "platkit/linux/groups/host_groups.h"
 #include "platkit/linux/kernel/page_size.h"
-#include "platkit/linux/kernel/swaps.h"
+#include "platkit/linux/records/host_wide_files.h"
+#include "platkit/linux/records/page_sharing_records.h"
 #include "platkit/param_list.h"
 #include "platkit/records.h"
 
 namespace platkit {
 
-// Records come filled with zeros, which stand for what Linux has no counterpart of. HVC_NOT_FOUND throughout for a
-// client that is not of the kind that has the record.
+// All operations return HVC_NOT_FOUND for a client that does not exist or is not of the kind that has the record.
+// Records come filled with zeros, which stand for figures that Linux does not have. docs/linux.md lists the source of
+// each field.
 class ClientRecords {
  public:
-  ClientRecords(HostFiles &files, GroupTree &tree, PageSharing &sharing, PageSize &pageSize)
-      : files_(files), tree_(tree), sharing_(sharing), pageSize_(pageSize) {}
+  ClientRecords(HostFiles &files, PageSize &pageSize, HostGroups &groups, HostWideFiles &host,
+                PageSharingRecords &sharing)
+      : files_(files),
+        pageSize_(pageSize),
+        reader_(groups.reader),
+        tree_(groups.tree),
+        vms_(groups.vms),
+        host_(host),
+        sharing_(sharing) {}
 
-  // Of a machine's process.
+  // Of a VM's process.
   [[nodiscard]] HVC_ReturnStatus Vmm(int64_t client, VmmMemoryStatsRecord &record);
   [[nodiscard]] HVC_ReturnStatus Guest(int64_t client, GuestStatsRecord &record);
   [[nodiscard]] HVC_ReturnStatus Zip(int64_t client, ZipStatsRecord &record);
   [[nodiscard]] HVC_ReturnStatus VmmLeaderID(int64_t client, VmmLeaderIDRecord &record);
 
-  // Of a machine's monitor.
+  // Of a VMM.
   [[nodiscard]] HVC_ReturnStatus SwapInfo(int64_t client, VmSwapInfoRecord &record);
   [[nodiscard]] HVC_ReturnStatus LargePages(int64_t client, LPageStatsRecord &record);
 
@@ -44,28 +49,29 @@ class ClientRecords {
   [[nodiscard]] HVC_ReturnStatus Remap(int64_t client, std::string_view type, RemapStatsRecord &record);
 
  private:
-  // A process, and the control group that a machine has of its own; else null.
-  struct Owner {
-    Group *process;
-    Group *group;
-  };
-
+  // Null if the client is no process, no VM's process, or no VMM. The last returns the VM of the VMM.
   Group *FindProcess(int64_t client);
-  Group *FindMachine(int64_t client);
-  Group *FindMachineOfMonitor(int64_t client);
-  Owner OwnerOf(Group &process, GivenRecord record);
-  const GroupStat &StatOf(const Owner &owner);
+  Group *FindVm(int64_t client);
+  Group *FindVmOfVmm(int64_t client);
+
+  // memory.stat of a VM's own control group; all figures are absent if `own` is null.
+  const CgroupStat &StatOf(Group *own);
+
+  // The VM's memory in swap space, in KB.
+  Figure Swapped(Group *own, const ProcessStatus &status);
+
   Figure PagesInKB(Figure pages);
-  Figure Swapped(const Owner &owner, const ProcessStatus &status);
-  const SwapSpace &HostSwap(int64_t client);
-  Figure RemappedPages(const Owner &owner, size_t type);
+  Figure GiganticPagesInKB(Group *own, const ProcessStatus &status);
+  Figure TransparentPagesInKB(Group &vm, Group *own, const ProcessStatus &status);
+  Figure RemappedPages(Group &process, size_t type);
 
   HostFiles &files_;
-  GroupTree &tree_;
-  PageSharing &sharing_;
   PageSize &pageSize_;
-  std::optional<SwapSpace> swapSpace_;
-  std::unordered_set<int64_t> swapSpaceGiven_;  // to these clients, from what is kept
+  GroupReader &reader_;
+  GroupTree &tree_;
+  VmGroups &vms_;
+  HostWideFiles &host_;
+  PageSharingRecords &sharing_;
 };
 
 }  // namespace platkit

@@ -1,10 +1,10 @@
 #include "platkit/linux/records/group_records.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string_view>
 
-#include "platkit/linux/records/printable.h"
+#include "platkit/linux/files/printable.h"
+#include "platkit/linux/groups/process_memory.h"
 
 namespace platkit {
 namespace {
@@ -32,235 +32,224 @@ uint64_t CellInKB(Figure bytes, uint64_t ifAbsent) { return (bytes / 1024).Cell(
 
 }  // namespace
 
-const ProcessSharing &SharingOf(PageSharing &sharing, Group &process) {
-  if (!process.sharing) process.sharing = sharing.OfProcess(process.id);
-  return *process.sharing;
+// The group, after it is decided whether it is a process or a VM. Null if there is none.
+Group *GroupRecords::FindOfKnownKind(int64_t id) {
+  Group *group = tree_.Find(id);
+  if (group != nullptr) tree_.DetectVm(*group);
+  return group;
 }
 
-HVC_ReturnStatus GroupRecords::Name(Group &group, GroupNameRecord &record) {
-  tree_.SeekVm(group);
-  const size_t length = std::min(group.name.size(), sizeof record.name - 1);
-  std::transform(group.name.begin(), group.name.begin() + static_cast<ptrdiff_t>(length), record.name, Printable);
+HVC_ReturnStatus GroupRecords::Name(int64_t id, GroupNameRecord &record) {
+  const Group *group = FindOfKnownKind(id);
+  if (group == nullptr) return HVC_NOT_FOUND;
+  const std::string_view name = std::string_view(group->name).substr(0, sizeof record.name - 1);
+  std::ranges::transform(name, record.name, Printable);
   return HVC_OK;
 }
 
-HVC_ReturnStatus GroupRecords::Tag(Group &group, GroupTagRecord &record) {
-  tree_.SeekVm(group);
-  TraitsOf(group).tag.copy(record.tag, sizeof record.tag);
+HVC_ReturnStatus GroupRecords::Tag(int64_t id, GroupTagRecord &record) {
+  const Group *group = FindOfKnownKind(id);
+  if (group == nullptr) return HVC_NOT_FOUND;
+  TraitsOf(*group).tag.copy(record.tag, sizeof record.tag);
   return HVC_OK;
 }
 
-HVC_ReturnStatus GroupRecords::ParentID(Group &group, ParentGroupIDRecord &record) {
-  record.parentGroupID = group.parentID;
+HVC_ReturnStatus GroupRecords::ParentID(int64_t id, ParentGroupIDRecord &record) {
+  const Group *group = tree_.Find(id);
+  if (group == nullptr) return HVC_NOT_FOUND;
+  record.parentGroupID = group->parentID;
   return HVC_OK;
 }
 
-HVC_ReturnStatus GroupRecords::Flags(Group &group, GroupFlagsRecord &record) {
-  tree_.SeekVm(group);
-  record.flags = TraitsOf(group).flags;
+HVC_ReturnStatus GroupRecords::Flags(int64_t id, GroupFlagsRecord &record) {
+  const Group *group = FindOfKnownKind(id);
+  if (group == nullptr) return HVC_NOT_FOUND;
+  record.flags = TraitsOf(*group).flags;
   return HVC_OK;
 }
 
-HVC_ReturnStatus GroupRecords::LeaderID(Group &group, GroupLeaderIDRecord &record) {
-  if (!IsProcess(group)) return HVC_NOT_FOUND;
-  record.leaderID = static_cast<uint32_t>(group.id);
+HVC_ReturnStatus GroupRecords::LeaderID(int64_t id, GroupLeaderIDRecord &record) {
+  const Group *group = tree_.Find(id);
+  if (group == nullptr || !IsProcess(*group)) return HVC_NOT_FOUND;
+  record.leaderID = static_cast<uint32_t>(group->id);
   return HVC_OK;
 }
 
-HVC_ReturnStatus GroupRecords::Members(Group &group, ParamList &list) {
-  if (group.kind == GroupKind::kHost) {
-    meminfo_.reset();
-    group.recordsGiven = 0;
-  }
-  return tree_.List(group, list);
+HVC_ReturnStatus GroupRecords::Members(int64_t id, ParamList &list) {
+  Group *group = tree_.Find(id);
+  return group == nullptr ? HVC_NOT_FOUND : tree_.List(*group, list);
 }
 
-HVC_ReturnStatus GroupRecords::MemClients(Group &group, ParamList &list) {
-  return IsProcess(group) || group.kind == GroupKind::kVmm ? list.Add(group.id) : HVC_OK;
+HVC_ReturnStatus GroupRecords::MemClients(int64_t id, ParamList &list) {
+  const Group *group = tree_.Find(id);
+  if (group == nullptr) return HVC_NOT_FOUND;
+  return IsProcess(*group) || group->kind == GroupKind::kVmm ? list.Add(group->id) : HVC_OK;
 }
 
-// Linux knows neither shares of memory nor a limit of reservations.
-HVC_ReturnStatus GroupRecords::Alloc(Group &group, GroupAllocRecord &record) {
-  tree_.SeekVm(group);
+HVC_ReturnStatus GroupRecords::NumVMs(NumVMsRecord &record) {
+  uint32_t count = 0;
+  const HVC_ReturnStatus status = tree_.CountVms(count);
+  record.numVMs = count;
+  return status;
+}
+
+// Linux has neither memory shares nor a limit on reservations.
+HVC_ReturnStatus GroupRecords::Alloc(int64_t id, GroupAllocRecord &record) {
+  Group *group = FindOfKnownKind(id);
+  if (group == nullptr) return HVC_NOT_FOUND;
   record.max = HVC_KB_NONE;
   record.minLimit = HVC_KB_NONE;
-  if (group.kind != GroupKind::kControlGroup) {
-    const Limits limits = LimitsOf(group, group.kind == GroupKind::kVm ? kVmAllocRecord : kVmmAllocRecord);
+  if (group->kind != GroupKind::kControlGroup) {
+    const Limits limits = LimitsOf(*group);
     record.min = limits.min;
     record.max = limits.max;
     return HVC_OK;
   }
-  Renew(group, kAllocRecord);
-  const Figure max = tree_.Amount(group, GroupAmount::kMax);
-  if (IsGone(group, max)) return HVC_NOT_FOUND;
-  record.min = CellInKB(tree_.Amount(group, GroupAmount::kMin), 0);
+  const Figure max = reader_.Amount(*group, CgroupAmount::kMax);
+  if (IsGone(*group, max)) return HVC_NOT_FOUND;
+  record.min = CellInKB(reader_.Amount(*group, CgroupAmount::kMin), 0);
   record.max = CellInKB(max, HVC_KB_NONE);
   return HVC_OK;
 }
 
-HVC_ReturnStatus GroupRecords::Capacity(Group &group, GroupCapacityRecord &record) {
-  if (group.kind != GroupKind::kHost && group.kind != GroupKind::kControlGroup) return HVC_OK;
-  Renew(group, kCapacityRecord);
+HVC_ReturnStatus GroupRecords::Capacity(int64_t id, GroupCapacityRecord &record) {
+  Group *group = tree_.Find(id);
+  if (group == nullptr) return HVC_NOT_FOUND;
+  if (group->kind != GroupKind::kHost && group->kind != GroupKind::kControlGroup) return HVC_OK;
   Figure own = Figure(0);
-  if (group.kind == GroupKind::kControlGroup) {
-    own = tree_.Amount(group, GroupAmount::kMin);
-    if (IsGone(group, own.IfAbsent(tree_.Amount(group, GroupAmount::kMax)))) return HVC_NOT_FOUND;
+  if (group->kind == GroupKind::kControlGroup) {
+    own = reader_.Amount(*group, CgroupAmount::kMin);
+    if (IsGone(*group, own.IfAbsent(reader_.Amount(*group, CgroupAmount::kMax)))) return HVC_NOT_FOUND;
   } else {
-    own = HostMemory().total * 1024;
+    own = host_.meminfo().total * 1024;
   }
-  const Figure reserved = ReservedByChildren(group);
+  const Figure reserved = ReservedByChildren(*group);
   record.consumedResv = CellInKB(reserved, 0);
   record.availResv = CellInKB(own - reserved, 0);
   return HVC_OK;
 }
 
-HVC_ReturnStatus GroupRecords::MemoryStats(Group &group, GroupMemoryStatsRecord &record) {
-  tree_.SeekVm(group);
+HVC_ReturnStatus GroupRecords::MemoryStats(int64_t id, GroupMemoryStatsRecord &record) {
+  Group *group = FindOfKnownKind(id);
+  if (group == nullptr) return HVC_NOT_FOUND;
   record.bMax = HVC_KB_NONE;
   record.allocTgt = HVC_KB_NONE;
-  switch (group.kind) {
-    case GroupKind::kHost: return HostStats(record);
-    case GroupKind::kKernel: return KernelStats(record);
-    case GroupKind::kControlGroup: return ControlGroupStats(group, record);
+  switch (group->kind) {
+    case GroupKind::kHost: HostStats(record); break;
+    case GroupKind::kKernel: KernelStats(record); break;
+    case GroupKind::kControlGroup: return ControlGroupStats(*group, record);
     case GroupKind::kProcess:
-    case GroupKind::kVm: return ProcessStats(group, record);
-    case GroupKind::kVmm: return VmmStats(group, record);
+    case GroupKind::kVm: return ProcessStats(*group, record);
+    case GroupKind::kVmm: return VmmStats(*group, record);
   }
-  return HVC_FAILURE;
+  return HVC_OK;
 }
 
-HVC_ReturnStatus GroupRecords::HostStats(GroupMemoryStatsRecord &record) {
-  Group *host = tree_.Find(kHostGroup);
-  Renew(*host, kStatsRecord);
-  const Meminfo &memory = HostMemory();
+void GroupRecords::HostStats(GroupMemoryStatsRecord &record) {
+  const Meminfo &memory = host_.meminfo();
   record.memSize = memory.total.Cell(0);
   record.consumed = (memory.total - memory.free).Cell(0);
   record.touched = memory.active.Cell(0);
   record.ovhd = memory.kernel.Cell(0);
   record.sharedSaved = sharing_.SavedOnHost().Cell(0);
-  return HVC_OK;
 }
 
-HVC_ReturnStatus GroupRecords::KernelStats(GroupMemoryStatsRecord &record) {
-  Renew(*tree_.Find(kHostGroup), kKernelStatsRecord);
-  record.memSize = record.consumed = HostMemory().kernel.Cell(0);
-  return HVC_OK;
+void GroupRecords::KernelStats(GroupMemoryStatsRecord &record) {
+  record.memSize = record.consumed = host_.meminfo().kernel.Cell(0);
 }
 
-// A group for which the memory controller is not enabled lacks its files. Its amounts exist all the same, and are not
-// known; it reserves nothing and has no limit.
+// A group for which the memory controller is not enabled lacks its files. Its amounts exist but are not known; it has
+// no reservation and no limit.
 HVC_ReturnStatus GroupRecords::ControlGroupStats(Group &group, GroupMemoryStatsRecord &record) {
-  Renew(group, kStatsRecord);
-  Figure consumed = tree_.Amount(group, GroupAmount::kCurrent);
+  Figure consumed = reader_.Amount(group, CgroupAmount::kCurrent);
   if (IsGone(group, consumed)) return HVC_NOT_FOUND;
-  const MemoryFiles version = tree_.hierarchy().memoryFiles;
-  const GroupStat &stat = tree_.StatOf(group);
-  const Figure swap = version == MemoryFiles::kV1 ? stat.swap : tree_.Amount(group, GroupAmount::kSwap);
-  const Figure kernel = version == MemoryFiles::kV1 ? tree_.Amount(group, GroupAmount::kKernel) : stat.kernel;
-  const Figure peak = tree_.Amount(group, GroupAmount::kPeak);
+  const CgroupVersion version = reader_.mount().memoryFiles;
+  const CgroupStat &stat = reader_.Stat(group);
+  const Figure swap = version == CgroupVersion::kV1 ? stat.swap : reader_.Amount(group, CgroupAmount::kSwap);
+  const Figure kernel = version == CgroupVersion::kV1 ? reader_.Amount(group, CgroupAmount::kKernel) : stat.kernel;
+  const Figure peak = reader_.Amount(group, CgroupAmount::kPeak);
   consumed = consumed.IfAbsent(Figure::Unreadable());
   record.consumed = CellInKB(consumed, 0);
   record.consumedPeak = CellInKB(peak, HVC_KB_NONE);
   record.memSize = CellInKB(consumed + swap, 0);
-  // Without swap accounting, version 1 counts memory alone, and its peak is that of both.
-  if (version == MemoryFiles::kV1) {
-    record.memSizePeak = CellInKB(tree_.Amount(group, GroupAmount::kWithSwapPeak).IfAbsent(peak), HVC_KB_NONE);
+  // Without swap accounting, version 1 has no peak of memory and swap; that of memory is the same then.
+  if (version == CgroupVersion::kV1) {
+    record.memSizePeak = CellInKB(reader_.Amount(group, CgroupAmount::kWithSwapPeak).IfAbsent(peak), HVC_KB_NONE);
   }
   record.touched = CellInKB(stat.active, HVC_KB_NONE);
   record.ovhd = CellInKB(kernel, HVC_KB_NONE);
-  record.bMin = CellInKB(tree_.Amount(group, GroupAmount::kMin), 0);
-  record.bMax = CellInKB(tree_.Amount(group, GroupAmount::kMax), HVC_KB_NONE);
-  record.iMin = CellInKB(tree_.Amount(group, GroupAmount::kLow), 0);
+  record.bMin = CellInKB(reader_.Amount(group, CgroupAmount::kMin), 0);
+  record.bMax = CellInKB(reader_.Amount(group, CgroupAmount::kMax), HVC_KB_NONE);
+  record.iMin = CellInKB(reader_.Amount(group, CgroupAmount::kLow), 0);
   record.eMin = CellInKB(LowestMin(group), 0);
-  record.allocTgt = CellInKB(tree_.Amount(group, GroupAmount::kHigh), HVC_KB_NONE);
+  record.allocTgt = CellInKB(reader_.Amount(group, CgroupAmount::kHigh), HVC_KB_NONE);
   return HVC_OK;
 }
 
 HVC_ReturnStatus GroupRecords::ProcessStats(Group &group, GroupMemoryStatsRecord &record) {
-  Renew(group, kStatsRecord);
-  const ProcessStatus *status = tree_.StatusOf(group);
+  const ProcessStatus *status = reader_.Status(group);
   if (status == nullptr) return HVC_NOT_FOUND;
-  const Figure saved = SharingOf(sharing_, group).Saved();
   record.memSize = status->size.Cell(0);
   record.memSizePeak = status->sizePeak.Cell(0);
-  record.consumed = status->Consumed().Cell(0);
-  record.consumedPeak = status->ConsumedPeak().Cell(0);
-  record.touched = status->Consumed().Cell(0);
+  record.consumed = Consumed(*status).Cell(0);
+  record.consumedPeak = ConsumedPeak(*status).Cell(0);
+  record.touched = Consumed(*status).Cell(0);
   record.ovhd = status->pageTables.Cell(0);
-  record.sharedSaved = saved.Cell(0);
-  if (group.kind != GroupKind::kVm) return tree_.Confirm(group);
-  // A guest is as large as it was made; the process' own peak would be one of something else.
-  const Figure guestMemory = tree_.GuestMemory(group);
+  record.sharedSaved = sharing_.OfProcess(group).saved.Cell(0);
+  if (group.kind != GroupKind::kVm) return reader_.Confirm(group);
+  // The guest's memory does not change, and a peak of the process would be a peak of something else.
+  const Figure guestMemory = vms_.GuestMemory(group);
   if (!guestMemory.isAbsent()) record.memSize = record.memSizePeak = guestMemory.Cell(0);
-  record.ovhd = status->Overhead(guestMemory).Cell(0);
-  const Limits limits = LimitsOf(group, kVmStatsRecord);
+  record.ovhd = VmOverhead(*status, guestMemory).Cell(0);
+  const Limits limits = LimitsOf(group);
   record.bMin = limits.min;
   record.bMax = limits.max;
-  return tree_.Confirm(group);
+  return reader_.Confirm(group);
 }
 
 HVC_ReturnStatus GroupRecords::VmmStats(Group &group, GroupMemoryStatsRecord &record) {
   Group *vm = tree_.Find(group.parentID);
   if (vm == nullptr) return HVC_NOT_FOUND;
-  Renew(*vm, kVmmStatsRecord);
-  const ProcessStatus *status = tree_.StatusOf(*vm);
+  const ProcessStatus *status = reader_.Status(*vm);
   if (status == nullptr) return HVC_NOT_FOUND;
-  record.memSize = record.consumed = status->Overhead(tree_.GuestMemory(*vm)).Cell(0);
-  const Limits limits = LimitsOf(group, kVmmStatsRecord);
+  record.memSize = record.consumed = VmOverhead(*status, vms_.GuestMemory(*vm)).Cell(0);
+  const Limits limits = LimitsOf(group);
   record.bMin = limits.min;
   record.bMax = limits.max;
-  return tree_.Confirm(*vm);
+  return reader_.Confirm(*vm);
 }
 
-void GroupRecords::Renew(Group &keeper, GivenRecord record) {
-  if ((keeper.recordsGiven & record) != 0) {
-    if (keeper.kind == GroupKind::kHost) meminfo_.reset();
-    if (record == kCapacityRecord) {
-      for (const int64_t id : keeper.children) {
-        if (Group *child = tree_.FindKnown(id); child != nullptr) child->Drop();
-      }
-    }
-  }
-  keeper.Renew(record);
-}
-
-const Meminfo &GroupRecords::HostMemory() {
-  if (!meminfo_) meminfo_ = ReadMeminfo(files_);
-  return *meminfo_;
-}
-
-// A machine with a control group of its own has the limits of that; nothing else limits a process or reserves for it.
-GroupRecords::Limits GroupRecords::LimitsOf(Group &group, GivenRecord record) {
+// The limits of a VM's own control group hold for the VM and its VMM. Other processes have none.
+GroupRecords::Limits GroupRecords::LimitsOf(Group &group) {
   Group *process = group.kind == GroupKind::kVmm ? tree_.FindKnown(group.parentID) : &group;
-  Group *own = process != nullptr && process->kind == GroupKind::kVm ? tree_.OwnControlGroup(*process) : nullptr;
+  Group *own = process == nullptr ? nullptr : vms_.OwnControlGroup(*process);
   if (own == nullptr) return {};
-  Renew(*own, record);
-  return {.min = CellInKB(tree_.Amount(*own, GroupAmount::kMin), 0),
-          .max = CellInKB(tree_.Amount(*own, GroupAmount::kMax), HVC_KB_NONE)};
+  return {.min = CellInKB(reader_.Amount(*own, CgroupAmount::kMin), 0),
+          .max = CellInKB(reader_.Amount(*own, CgroupAmount::kMax), HVC_KB_NONE)};
 }
 
 Figure GroupRecords::ReservedByChildren(Group &group) {
-  if (tree_.hierarchy().memoryFiles != MemoryFiles::kV2) return Figure(0);
-  if (tree_.LearnFolders(group) != HVC_OK) return Figure::Unreadable();
+  if (reader_.mount().memoryFiles != CgroupVersion::kV2) return Figure(0);
+  if (tree_.FindControlGroupsBelow(group) != HVC_OK) return Figure::Unreadable();
   Figure sum(0);
-  for (const int64_t id : group.children) {
-    Group *child = id >= kFirstControlGroup ? tree_.Find(id) : nullptr;
-    if (child != nullptr) sum = sum + tree_.Amount(*child, GroupAmount::kMin);
+  for (const int64_t id : group.controlGroups) {
+    if (Group *child = tree_.FindKnown(id); child != nullptr) sum = sum + reader_.Amount(*child, CgroupAmount::kMin);
   }
   return sum;
 }
 
-// What the kernel protects of a group is bounded by the reservation of every group above it.
+// The reservations of all groups above bound what the kernel protects.
 Figure GroupRecords::LowestMin(Group &group) {
-  Figure lowest = tree_.Amount(group, GroupAmount::kMin);
+  Figure lowest = reader_.Amount(group, CgroupAmount::kMin);
   for (Group *above = tree_.Find(group.parentID); above != nullptr && above->kind == GroupKind::kControlGroup;
        above = tree_.Find(above->parentID)) {
-    lowest = Lower(lowest, tree_.Amount(*above, GroupAmount::kMin));
+    lowest = Lower(lowest, reader_.Amount(*above, CgroupAmount::kMin));
   }
   return lowest;
 }
 
-// A file that every group has is missing if the group has vanished, or has no memory controller.
+// Whether the group has vanished. `required` is the figure of a file that exists unless the group has vanished or has
+// no memory controller.
 bool GroupRecords::IsGone(const Group &group, Figure required) {
   return required.isAbsent() && !files_.Exists(HostPath(group.folder));
 }

@@ -1,39 +1,37 @@
-// The records of scheduler groups, made from the figures of the host.
-//
-// What is read of a group is kept for all its records, and each of these is given from what is kept once: the same
-// record asked for again is made from figures read anew.
+// The records and lists of scheduler groups.
 #ifndef PLATKIT_LINUX_RECORDS_GROUP_RECORDS_H
 #define PLATKIT_LINUX_RECORDS_GROUP_RECORDS_H
 
-#include <optional>
+#include <cstdint>
 
-#include "platkit/linux/groups/group_tree.h"
-#include "platkit/linux/kernel/ksm.h"
-#include "platkit/linux/kernel/meminfo.h"
+#include "platkit/linux/groups/host_groups.h"
+#include "platkit/linux/records/host_wide_files.h"
+#include "platkit/linux/records/page_sharing_records.h"
 #include "platkit/param_list.h"
 #include "platkit/records.h"
 
 namespace platkit {
 
-// The sharing of a process, kept or read.
-const ProcessSharing &SharingOf(PageSharing &sharing, Group &process);
-
-// Records come filled with zeros, which stand for what Linux has no counterpart of.
+// All operations return HVC_NOT_FOUND if the group does not exist. Records come filled with zeros, which stand for
+// figures that Linux does not have. docs/linux.md lists the source of each field.
 class GroupRecords {
  public:
-  GroupRecords(HostFiles &files, GroupTree &tree, PageSharing &sharing)
-      : files_(files), tree_(tree), sharing_(sharing) {}
+  GroupRecords(HostFiles &files, HostGroups &groups, HostWideFiles &host, PageSharingRecords &sharing)
+      : files_(files), reader_(groups.reader), tree_(groups.tree), vms_(groups.vms), host_(host), sharing_(sharing) {}
 
-  [[nodiscard]] HVC_ReturnStatus Name(Group &group, GroupNameRecord &record);
-  [[nodiscard]] HVC_ReturnStatus Tag(Group &group, GroupTagRecord &record);
-  [[nodiscard]] HVC_ReturnStatus ParentID(Group &group, ParentGroupIDRecord &record);
-  [[nodiscard]] HVC_ReturnStatus Flags(Group &group, GroupFlagsRecord &record);
-  [[nodiscard]] HVC_ReturnStatus LeaderID(Group &group, GroupLeaderIDRecord &record);
-  [[nodiscard]] HVC_ReturnStatus Alloc(Group &group, GroupAllocRecord &record);
-  [[nodiscard]] HVC_ReturnStatus MemoryStats(Group &group, GroupMemoryStatsRecord &record);
-  [[nodiscard]] HVC_ReturnStatus Capacity(Group &group, GroupCapacityRecord &record);
-  [[nodiscard]] HVC_ReturnStatus Members(Group &group, ParamList &list);
-  [[nodiscard]] HVC_ReturnStatus MemClients(Group &group, ParamList &list);
+  [[nodiscard]] HVC_ReturnStatus Name(int64_t id, GroupNameRecord &record);
+  [[nodiscard]] HVC_ReturnStatus Tag(int64_t id, GroupTagRecord &record);
+  [[nodiscard]] HVC_ReturnStatus ParentID(int64_t id, ParentGroupIDRecord &record);
+  [[nodiscard]] HVC_ReturnStatus Flags(int64_t id, GroupFlagsRecord &record);
+  [[nodiscard]] HVC_ReturnStatus LeaderID(int64_t id, GroupLeaderIDRecord &record);
+  [[nodiscard]] HVC_ReturnStatus Alloc(int64_t id, GroupAllocRecord &record);
+  [[nodiscard]] HVC_ReturnStatus MemoryStats(int64_t id, GroupMemoryStatsRecord &record);
+  [[nodiscard]] HVC_ReturnStatus Capacity(int64_t id, GroupCapacityRecord &record);
+  [[nodiscard]] HVC_ReturnStatus Members(int64_t id, ParamList &list);
+  [[nodiscard]] HVC_ReturnStatus MemClients(int64_t id, ParamList &list);
+
+  // Counts the VMs of the host.
+  [[nodiscard]] HVC_ReturnStatus NumVMs(NumVMsRecord &record);
 
  private:
   // In KB.
@@ -42,23 +40,24 @@ class GroupRecords {
     uint64_t max = HVC_KB_NONE;
   };
 
-  void Renew(Group &keeper, GivenRecord record);
-  const Meminfo &HostMemory();
-  Limits LimitsOf(Group &group, GivenRecord record);
+  Group *FindOfKnownKind(int64_t id);
+  Limits LimitsOf(Group &group);
   Figure ReservedByChildren(Group &group);
   Figure LowestMin(Group &group);
   bool IsGone(const Group &group, Figure required);
 
-  HVC_ReturnStatus HostStats(GroupMemoryStatsRecord &record);
-  HVC_ReturnStatus KernelStats(GroupMemoryStatsRecord &record);
+  void HostStats(GroupMemoryStatsRecord &record);
+  void KernelStats(GroupMemoryStatsRecord &record);
   HVC_ReturnStatus ControlGroupStats(Group &group, GroupMemoryStatsRecord &record);
   HVC_ReturnStatus ProcessStats(Group &group, GroupMemoryStatsRecord &record);
   HVC_ReturnStatus VmmStats(Group &group, GroupMemoryStatsRecord &record);
 
   HostFiles &files_;
+  GroupReader &reader_;
   GroupTree &tree_;
-  PageSharing &sharing_;
-  std::optional<Meminfo> meminfo_;
+  VmGroups &vms_;
+  HostWideFiles &host_;
+  PageSharingRecords &sharing_;
 };
 
 }  // namespace platkit

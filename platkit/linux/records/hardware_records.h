@@ -1,18 +1,22 @@
-// The host's processors.
-#ifndef PLATKIT_LINUX_RECORDS_PROCESSOR_RECORDS_H
-#define PLATKIT_LINUX_RECORDS_PROCESSOR_RECORDS_H
+// The records of processors, and the list of persistent-memory modules.
+#ifndef PLATKIT_LINUX_RECORDS_HARDWARE_RECORDS_H
+#define PLATKIT_LINUX_RECORDS_HARDWARE_RECORDS_H
 
 #include <cstdint>
 
 #include "platkit/linux/files/host_files.h"
+#include "platkit/param_list.h"
 #include "platkit/records.h"
 
 namespace platkit {
 
-// HVC_NOT_FOUND if there is no processor of that number, or its architecture has no model numbers. HVC_IO_ERROR if the
-// model is none.
-[[nodiscard]] HVC_ReturnStatus ReadProcessor(HostFiles &files, int64_t number, CpuRecord &record);
+// From /proc/cpuinfo. HVC_NOT_FOUND if there is no processor of that number, or if its architecture has no model
+// numbers. HVC_IO_ERROR if the model does not parse, or does not fit the record.
+[[nodiscard]] HVC_ReturnStatus ReadProcessorRecord(HostFiles &files, int64_t number, CpuRecord &record);
+
+// Lists the numbers of /sys/bus/nd/devices/nmemN, ascending.
+[[nodiscard]] HVC_ReturnStatus ListNvdimmNumbers(HostFiles &files, ParamList &list);
 
 }  // namespace platkit
 
-#endif  // PLATKIT_LINUX_RECORDS_PROCESSOR_RECORDS_H
+#endif  // PLATKIT_LINUX_RECORDS_HARDWARE_RECORDS_H

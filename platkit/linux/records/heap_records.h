@@ -1,4 +1,4 @@
-// The kernel's heaps: its caches of objects of one size each.
+// The records of heaps: the kernel's caches of objects, from /proc/slabinfo.
 #ifndef PLATKIT_LINUX_RECORDS_HEAP_RECORDS_H
 #define PLATKIT_LINUX_RECORDS_HEAP_RECORDS_H
 
@@ -8,44 +8,48 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platkit/linux/files/host_files.h"
-#include "platkit/linux/kernel/figure.h"
+#include "platkit/linux/files/fresh.h"
 #include "platkit/linux/kernel/page_size.h"
+#include "platkit/linux/kernel/slabinfo.h"
 #include "platkit/param_list.h"
 #include "platkit/records.h"
 
 namespace platkit {
 
-// What is read for the list serves each heap's record once. Only root may read it: others get HVC_NO_PERMISSION.
-class Heaps {
+// Operations return the status of reading the file if that failed: HVC_NO_PERMISSION unless root asks.
+class HeapRecords {
  public:
-  Heaps(HostFiles &files, PageSize &pageSize) : files_(files), pageSize_(pageSize) {}
+  HeapRecords(HostFiles &files, PageSize &pageSize) : files_(files), pageSize_(pageSize) {}
 
-  // In the order of the kernel.
+  // Lists the heaps in the order of the file.
   [[nodiscard]] HVC_ReturnStatus List(ParamList &list);
+
+  // HVC_NOT_FOUND if there is no such heap.
   [[nodiscard]] HVC_ReturnStatus Stats(std::string_view name, HeapStatsRecord &record);
 
  private:
-  // Caches of one name, and of one that is the same as far as a record shows it, are one heap.
+  // All caches that have the same name after it is truncated to the record's field.
   struct Heap {
     std::string name;
     Figure slabs = Figure(0);
-    Figure size = Figure(0);     // in bytes, as the others
-    Figure objects = Figure(0);  // what the objects take, used or not
-    Figure avail = Figure(0);    // what those take that are not used
-    Figure objectSize;
-    bool given = false;
+    Figure size = Figure(0);         // in bytes
+    Figure objects = Figure(0);      // bytes of all objects
+    Figure freeObjects = Figure(0);  // bytes of objects that are not in use
+    Figure objectSize;               // bytes, of the first cache
   };
 
-  HVC_ReturnStatus Read();
-  void TakeCache(std::string_view line);
-  Heap *Find(std::string_view name);
+  struct Heaps {
+    HVC_ReturnStatus status = HVC_FAILURE;
+    std::vector<Heap> heaps;
+    std::unordered_map<std::string, size_t> byName;
+  };
+
+  const Heaps &Read();
+  Heaps Merge(const Slabinfo &info);
 
   HostFiles &files_;
   PageSize &pageSize_;
-  bool isRead_ = false;
-  std::vector<Heap> heaps_;
-  std::unordered_map<std::string, size_t> byName_;
+  Fresh<Heaps> heaps_;
 };
 
 }  // namespace platkit

@@ -1,94 +1,75 @@
 #include "platkit/linux/records/large_page_pool_records.h"
 
-#include <algorithm>
 #include <vector>
 
-#include "platkit/linux/kernel/figure_files.h"
+#include "platkit/linux/files/text_scanner.h"
+#include "platkit/linux/kernel/hugetlb.h"
 
 namespace platkit {
 namespace {
 
-constexpr uint64_t kSmallPage = 4;     // KB
-constexpr uint64_t kLargePage = 2048;  // KB
+constexpr uint64_t kSmallPageKB = 4;
+constexpr uint64_t kLargePageKB = 2048;
 
-constexpr std::string_view kNodes = "sys/devices/system/node";
-constexpr std::string_view kFolderPrefix = "hugepages-";
+constexpr std::string_view kNamePrefix = "hugepages-";
 
-// The page size of a folder such as "hugepages-2048kB", in KB; 0 if it is none.
-uint64_t SizeOfFolder(std::string_view folder) {
-  uint64_t size = 0;
-  if (!folder.starts_with(kFolderPrefix) || !folder.ends_with("kB")) return 0;
-  folder.remove_prefix(kFolderPrefix.size());
-  folder.remove_suffix(2);
-  return ParseNumber(folder, size) ? size : 0;
-}
-
-// The unit is the largest that is no larger than the size, so that names are short and tell sizes apart.
-std::string NameOf(uint64_t size) {
-  for (const std::string_view unit : {"KB", "MB"}) {
-    if (size < 1024 || size % 1024 != 0) return std::string(kFolderPrefix) + std::to_string(size) + std::string(unit);
+// The largest unit in which the size is a whole number keeps names short and different.
+std::string NameOf(uint64_t pageKB) {
+  uint64_t size = pageKB;
+  for (const char *unit : {"KB", "MB"}) {
+    if (size < 1024 || size % 1024 != 0) return std::string(kNamePrefix) + std::to_string(size) + unit;
     size /= 1024;
   }
-  return std::string(kFolderPrefix) + std::to_string(size) + "GB";
+  return std::string(kNamePrefix) + std::to_string(size) + "GB";
 }
 
-// The page size of a pool's name; 0 if no pool is called so.
-uint64_t SizeOfName(std::string_view name) {
-  if (!name.starts_with(kFolderPrefix) || name.size() < kFolderPrefix.size() + 3) return 0;
-  const std::string_view unit = name.substr(name.size() - 2);
-  const uint64_t factor = unit == "KB" ? 1 : unit == "MB" ? 1024 : unit == "GB" ? 1024 * 1024 : 0;
-  const std::string_view digits = name.substr(kFolderPrefix.size(), name.size() - kFolderPrefix.size() - 2);
+// The page size in a pool's name, in KB; 0 if no pool has this name.
+uint64_t PageSizeOf(std::string_view name) {
+  TextScanner scanner(name);
   uint64_t number = 0;
   uint64_t size = 0;
-  if (!ParseNumber(digits, number) || __builtin_mul_overflow(number, factor, &size)) return 0;
+  if (!scanner.Take(kNamePrefix) || !scanner.TakeNumber(number)) return 0;
+  const std::string_view unit = scanner.rest();
+  const uint64_t factor = unit == "KB" ? 1 : unit == "MB" ? 1024 : unit == "GB" ? 1024 * 1024 : 0;
+  if (__builtin_mul_overflow(number, factor, &size)) return 0;
   return NameOf(size) == name ? size : 0;
 }
 
 }  // namespace
 
-HVC_ReturnStatus LargePagePools::PSharePool(int64_t memNode, LPoolStatsRecord &) {
+HVC_ReturnStatus LargePagePoolRecords::PSharePool(int64_t memNode, LPoolStatsRecord &) {
   uint64_t numaNode = 0;
   return nodes_.FindNumaNode(memNode, numaNode);
 }
 
-// A kernel without NUMA has one node, and only the folder of the host.
-HVC_ReturnStatus LargePagePools::FindFolder(int64_t memNode, std::string &folder) {
+HVC_ReturnStatus LargePagePoolRecords::FindFolder(int64_t memNode, std::string &folder) {
   uint64_t numaNode = 0;
   const HVC_ReturnStatus status = nodes_.FindNumaNode(memNode, numaNode);
   if (status != HVC_OK) return status;
-  if (!hasNodes_) hasNodes_ = files_.Exists(HostPath(kNodes));
-  folder =
-      *hasNodes_ ? std::string(kNodes) + "/node" + std::to_string(numaNode) + "/hugepages" : "sys/kernel/mm/hugepages";
+  const bool hasFolders = hasNumaNodeFolders_.Get(files_.clock(), [this] { return HasNumaNodeFolders(files_); });
+  folder = hasFolders ? HugetlbFolderOfNode(numaNode) : kHugetlbFolder;
   return HVC_OK;
 }
 
-HVC_ReturnStatus LargePagePools::List(int64_t memNode, ParamList &list) {
-  std::string path;
-  if (const HVC_ReturnStatus status = FindFolder(memNode, path); status != HVC_OK) return status;
+HVC_ReturnStatus LargePagePoolRecords::List(int64_t memNode, ParamList &list) {
+  std::string folder;
   std::vector<uint64_t> sizes;
-  FolderReader folder(files_, HostPath(path));
-  for (FolderReader::Entry entry; folder.Next(entry);) {
-    if (const uint64_t size = SizeOfFolder(entry.name); size != 0) sizes.push_back(size);
-  }
-  // A kernel without huge pages has no such folder.
-  if (folder.status() != HVC_OK && folder.status() != HVC_NOT_FOUND) return folder.status();
-  std::sort(sizes.begin(), sizes.end());
-  for (const uint64_t size : sizes) {
-    if (const HVC_ReturnStatus status = list.Add(NameOf(size)); status != HVC_OK) return status;
-  }
-  return HVC_OK;
+  HVC_ReturnStatus status = FindFolder(memNode, folder);
+  if (status == HVC_OK) status = ListHugetlbSizes(files_, folder, sizes);
+  for (size_t i = 0; i < sizes.size() && status == HVC_OK; ++i)
+    status = list.Add(NameOf(sizes[i]));
+  return status;
 }
 
-HVC_ReturnStatus LargePagePools::Stats(int64_t memNode, std::string_view pool, LPoolStatsRecord &record) {
-  std::string path;
-  if (const HVC_ReturnStatus status = FindFolder(memNode, path); status != HVC_OK) return status;
-  const uint64_t size = SizeOfName(pool);
-  const std::string folder = path + "/" + std::string(kFolderPrefix) + std::to_string(size) + "kB";
-  const Figure pages = size == 0 ? Figure() : ReadAmount(files_, HostPath(folder, "/nr_hugepages"));
-  if (pages.isAbsent()) return HVC_NOT_FOUND;
-  const Figure free = ReadAmount(files_, HostPath(folder, "/free_hugepages")).IfAbsent(Figure::Unreadable());
-  record.nrLPages = (pages * size / kLargePage).Cell32(0);
-  record.nrFreeSPages = (free * size / kSmallPage).Cell32(0);
+HVC_ReturnStatus LargePagePoolRecords::Stats(int64_t memNode, std::string_view name, LPoolStatsRecord &record) {
+  std::string folder;
+  if (const HVC_ReturnStatus status = FindFolder(memNode, folder); status != HVC_OK) return status;
+  const uint64_t pageKB = PageSizeOf(name);
+  if (pageKB == 0) return HVC_NOT_FOUND;
+  const HugetlbPool pool = ReadHugetlbPool(files_, folder, pageKB);
+  if (pool.pages.isAbsent()) return HVC_NOT_FOUND;
+  record.nrLPages = (pool.pages * pageKB / kLargePageKB).Cell32(0);
+  record.nrFreeSPages = (pool.free * pageKB / kSmallPageKB).Cell32(0);
   return HVC_OK;
 }
 

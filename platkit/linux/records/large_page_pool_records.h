@@ -1,37 +1,38 @@
-// The pools of huge pages that the kernel sets aside, a node and a page size each.
+// The records of the pools of huge pages, one for each memory node and page size.
 #ifndef PLATKIT_LINUX_RECORDS_LARGE_PAGE_POOL_RECORDS_H
 #define PLATKIT_LINUX_RECORDS_LARGE_PAGE_POOL_RECORDS_H
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 
-#include "platkit/linux/files/host_files.h"
+#include "platkit/linux/files/fresh.h"
 #include "platkit/linux/records/buddy_records.h"
 #include "platkit/param_list.h"
 #include "platkit/records.h"
 
 namespace platkit {
 
-// Nodes are memory nodes. HVC_NOT_FOUND for one that the host does not have.
-class LargePagePools {
+// All operations return HVC_NOT_FOUND if there is no such memory node; see BuddyRecords.
+class LargePagePoolRecords {
  public:
-  LargePagePools(HostFiles &files, Buddies &nodes) : files_(files), nodes_(nodes) {}
+  LargePagePoolRecords(HostFiles &files, BuddyRecords &nodes) : files_(files), nodes_(nodes) {}
 
-  // The pools by their page size, as in "hugepages-2MB".
+  // Lists the pools, such as "hugepages-2MB", by page size.
   [[nodiscard]] HVC_ReturnStatus List(int64_t memNode, ParamList &list);
+
+  // HVC_NOT_FOUND if there is no such pool.
   [[nodiscard]] HVC_ReturnStatus Stats(int64_t memNode, std::string_view pool, LPoolStatsRecord &record);
 
-  // Page sharing has no pools of its own: that of a node is there, and is empty.
+  // Page sharing has no pools of large pages, so the record is empty.
   [[nodiscard]] HVC_ReturnStatus PSharePool(int64_t memNode, LPoolStatsRecord &record);
 
  private:
   HVC_ReturnStatus FindFolder(int64_t memNode, std::string &folder);
 
   HostFiles &files_;
-  Buddies &nodes_;
-  std::optional<bool> hasNodes_;
+  BuddyRecords &nodes_;
+  Fresh<bool> hasNumaNodeFolders_;
 };
 
 }  // namespace platkit

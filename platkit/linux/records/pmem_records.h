@@ -1,7 +1,7 @@
-// Persistent memory: the interleave sets of the host's modules, and the namespaces that are made in them.
+// The records of persistent memory.
 //
-// A volume is what the kernel calls a region: a range of addresses that one module or several interleaved ones answer.
-// The regions of a volume's region store are the kernel's namespaces.
+// A volume is a region of the kernel (nd_region): a range of addresses that is one module or an interleave set of
+// several. The regions of a volume's region store are the kernel's namespaces.
 #ifndef PLATKIT_LINUX_RECORDS_PMEM_RECORDS_H
 #define PLATKIT_LINUX_RECORDS_PMEM_RECORDS_H
 
@@ -10,18 +10,19 @@
 #include <string_view>
 #include <vector>
 
+#include "platkit/linux/files/fresh.h"
 #include "platkit/linux/files/host_files.h"
-#include "platkit/linux/files/kept.h"
 #include "platkit/linux/kernel/figure.h"
 #include "platkit/param_list.h"
 #include "platkit/records.h"
 
 namespace platkit {
 
-// A host without persistent memory has no volumes. Listing the volumes forgets all that is known and kept of them.
-class PersistentMemory {
+// All operations on a volume or a region return HVC_NOT_FOUND if there is none of that name. A host without persistent
+// memory has no volumes.
+class PmemRecords {
  public:
-  explicit PersistentMemory(HostFiles &files) : files_(files) {}
+  explicit PmemRecords(HostFiles &files) : files_(files) {}
 
   [[nodiscard]] HVC_ReturnStatus Volumes(ParamList &list);
   [[nodiscard]] HVC_ReturnStatus VolumeInfo(std::string_view volume, PMemVolumeRecord &record);
@@ -40,8 +41,8 @@ class PersistentMemory {
     std::string name;
     std::string device;
     bool hasUuid;
-    Kept<Figure> size;
-    Kept<Figure> numaNode = {};
+    Fresh<Figure> size;
+    Fresh<Figure> numaNode = {};
   };
   using RegionList = std::vector<Region>;
 
@@ -49,33 +50,35 @@ class PersistentMemory {
     std::string name;
     std::string device;
     std::vector<std::string> namespaces = {};  // the devices
-    Kept<RegionList> regions = {};
-    Kept<Figure> size = {};
-    Kept<std::vector<std::string>> modules = {};
-    Kept<bool> isReadOnly = {};
+    Fresh<RegionList> regions = {};
+    Fresh<Figure> size = {};
+    Fresh<std::vector<std::string>> modules = {};
+    Fresh<bool> isReadOnly = {};
   };
 
-  HVC_ReturnStatus ReadVolumes();
-  void NameVolumes();
-  std::string CookieOf(const Volume &volume);
-  bool IsPersistent(std::string_view device);
+  struct VolumeList {
+    HVC_ReturnStatus status = HVC_FAILURE;
+    std::vector<Volume> volumes = {};
+  };
+
+  VolumeList ReadVolumes();
   RegionList ReadRegions(const Volume &volume);
 
-  // HVC_NOT_FOUND, or a failure to look, if there is none of that name.
+  // Pointers are valid until the next operation.
   HVC_ReturnStatus FindVolume(std::string_view name, Volume *&volume);
   HVC_ReturnStatus FindRegion(std::string_view volumeName, std::string_view name, Volume *&volume, Region *&region);
 
-  // A file of a device: without the line end, and empty if it cannot be read; an amount; the NUMA node, absent if the
-  // device has none.
-  std::string ReadText(std::string_view device, std::string_view file);
-  Figure ReadFigure(std::string_view device, std::string_view file);
-  Figure ReadNumaNode(std::string_view device);
-  std::vector<std::string> ReadModules(const Volume &volume);
+  VolumeList &FreshVolumes();
+  RegionList &RegionsOf(Volume &volume);
+  Figure SizeOf(Volume &volume);
+  Figure SizeOf(Region &region);
+  Figure NumaNodeOf(Region &region);
+  const std::vector<std::string> &ModulesOf(Volume &volume);
+  bool IsReadOnly(Volume &volume);
   Figure FreeSlots(const std::vector<std::string> &modules);
 
   HostFiles &files_;
-  bool volumesKnown_ = false;
-  std::vector<Volume> volumes_;
+  Fresh<VolumeList> volumes_;
 };
 
 }  // namespace platkit

@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <thread>
 
+#include "platkit/linux/files/folder_reader.h"
+#include "platkit/linux/files/line_reader.h"
 #include "tests/linux/saved_host.h"
 
 namespace platkit {

@@ -1,4 +1,4 @@
-#include "platkit/linux/kernel/process_maps.h"
+#include "platkit/linux/groups/guest_mapping.h"
 
 #include "tests/linux/saved_host.h"
 

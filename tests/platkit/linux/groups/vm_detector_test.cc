@@ -7,62 +7,7 @@ namespace {
 
 constexpr int64_t kVmm = 20'000'000;
 
-// A command line of words.
-VirtualMachine Parse(const std::vector<std::string> &words) {
-  std::string line;
-  for (const std::string &word : words)
-    line += word + '\0';
-  return ParseCommandLine(line);
-}
-
-Figure Memory(const std::string &size) { return Parse({"qemu-kvm", "-m", size}).guestMemory; }
-
-constexpr Figure MB(uint64_t amount) { return Figure(amount * 1024); }
-
-TEST(VirtualMachine, Names) {
-  EXPECT_EQ(Parse({"qemu", "-name", "mail"}).name, "mail");
-  EXPECT_EQ(Parse({"qemu", "--name", "guest=mail,debug-threads=on"}).name, "mail");
-  EXPECT_EQ(Parse({"qemu", "-name", "debug-threads=on,guest=mail"}).name, "mail");
-  EXPECT_EQ(Parse({"qemu", "-name", "a,,b,process=x"}).name, "a,b");
-  EXPECT_EQ(Parse({"qemu", "-name", "first", "-name", "second"}).name, "second");
-  EXPECT_EQ(Parse({"qemu", "-name", "debug-threads=on"}).name, "");
-  for (const std::vector<std::string> &words : {std::vector<std::string>{},
-                                                {""},
-                                                {"-name"},
-                                                {"qemu", "-name"},
-                                                {"qemu", "-name", ""},
-                                                {"qemu", "-name", ","}}) {
-    EXPECT_EQ(Parse(words).name, "");
-  }
-}
-
-TEST(VirtualMachine, MemorySizes) {
-  EXPECT_EQ(Memory("4096"), MB(4096));
-  EXPECT_EQ(Memory("4G"), MB(4096));
-  EXPECT_EQ(Memory("1t"), MB(1 << 20));
-  EXPECT_EQ(Memory("1.5g"), MB(1536));
-  EXPECT_EQ(Memory("2048K"), MB(2));
-  EXPECT_EQ(Memory("1048576b"), MB(1));
-  EXPECT_EQ(Memory("512M"), MB(512));
-  EXPECT_EQ(Memory("size=4G,slots=2,maxmem=16G"), MB(4096));
-  EXPECT_EQ(Memory("slots=2,size=512,maxmem=16G"), MB(512));
-  EXPECT_EQ(Memory("4G,maxmem=16G"), MB(4096));
-  EXPECT_EQ(Parse({"qemu", "-m", "1G", "-m", "2G"}).guestMemory, MB(2048));
-  for (const char *bad : {"", "G", "0", "4X", "4GB", "-1", "maxmem=4G", "99999999999999999999", "99999999999999999E"}) {
-    EXPECT_TRUE(Memory(bad).isAbsent()) << bad;
-  }
-}
-
-TEST(VirtualMachine, MemoryMayGrow) {
-  const auto most = [](const std::string &size) { return Parse({"qemu-kvm", "-m", size}).mostMemory; };
-  EXPECT_EQ(most("size=4G,slots=2,maxmem=16G"), MB(16384));
-  EXPECT_EQ(most("4G,maxmem=16G"), MB(16384));
-  EXPECT_EQ(Parse({"qemu-kvm", "-m", "4G", "-m", "maxmem=8G"}).mostMemory, MB(8192));
-  for (const char *none : {"4G", "size=4G", "4G,maxmem=", "4G,maxmem=x"})
-    EXPECT_TRUE(most(none).isAbsent()) << none;
-}
-
-TEST(VirtualMachine, QemuIsKnownByItsProgramsName) {
+TEST(VmDetector, QemuIsKnownByItsProgramsName) {
   const struct {
     const char *process, *program;
     bool isMachine;
@@ -87,7 +32,7 @@ TEST(VirtualMachine, QemuIsKnownByItsProgramsName) {
   }
 }
 
-TEST(VirtualMachine, OnlyLikelyCommandLinesAreRead) {
+TEST(VmDetector, OnlyLikelyCommandLinesAreRead) {
   SavedHost host("v2.host");
   host.ask().Flags(100);
   host.ask().Flags(300);
@@ -95,7 +40,7 @@ TEST(VirtualMachine, OnlyLikelyCommandLinesAreRead) {
   EXPECT_EQ(host.Opens("proc/300/cmdline"), 1);
 }
 
-TEST(VirtualMachine, KvmTellsWhoOwnsMachines) {
+TEST(VmDetector, KvmTellsWhoOwnsMachines) {
   SavedHost host("kvm-list.host");
   EXPECT_EQ(host.ask().Members(400), std::vector<int64_t>{kVmm + 400});
   EXPECT_EQ(host.ask().Name(400), "monitor");
@@ -105,7 +50,7 @@ TEST(VirtualMachine, KvmTellsWhoOwnsMachines) {
 }
 
 // KVM names the thread that made the machine, which need not be its process' first.
-TEST(VirtualMachine, AnyThreadMayHaveMadeTheMachine) {
+TEST(VmDetector, AnyThreadMayHaveMadeTheMachine) {
   SavedHost host("kvm-list.host");
   host.MakeFolder("sys/kernel/debug/kvm/455-12");
   host.Write("proc/455/status", "Name:\tworker\nTgid:\t401\nPid:\t455\nVmSize: 9 kB\n");
@@ -113,7 +58,7 @@ TEST(VirtualMachine, AnyThreadMayHaveMadeTheMachine) {
   EXPECT_EQ(host.Opens("proc/401/fd"), 0);
 }
 
-TEST(VirtualMachine, DescriptorsTellWhereTheThreadHasEnded) {
+TEST(VmDetector, DescriptorsTellWhereTheThreadHasEnded) {
   SavedHost host("kvm-list.host");
   host.Write("sys/module/kvm_intel/refcnt", "3\n");
   host.MakeFolder("sys/kernel/debug/kvm/455-9");
@@ -121,7 +66,7 @@ TEST(VirtualMachine, DescriptorsTellWhereTheThreadHasEnded) {
   EXPECT_EQ(host.ask().Tag(400), "vm");
 }
 
-TEST(VirtualMachine, DescriptorsTellWhereTheListIsNotReadable) {
+TEST(VmDetector, DescriptorsTellWhereTheListIsNotReadable) {
   SavedHost host("kvm-descriptors.host");
   EXPECT_EQ(host.ask().Tag(400), "vm");
   EXPECT_EQ(host.ask().Tag(401), "process") << "of one thread";
@@ -134,7 +79,7 @@ TEST(VirtualMachine, DescriptorsTellWhereTheListIsNotReadable) {
   EXPECT_EQ(forbidden.ask().Tag(401), "vm");
 }
 
-TEST(VirtualMachine, DescriptorsAreLookedAtOnlyWhileKvmIsInUse) {
+TEST(VmDetector, DescriptorsAreLookedAtOnlyWhileKvmIsInUse) {
   SavedHost idle("kvm-descriptors.host");
   idle.Write("sys/module/kvm/refcnt", "0\n");
   idle.Write("dev/kvm", "");
@@ -151,7 +96,7 @@ TEST(VirtualMachine, DescriptorsAreLookedAtOnlyWhileKvmIsInUse) {
   EXPECT_EQ(none.ask().Tag(400), "process");
 }
 
-TEST(VirtualMachine, KvmIsLookedAtAnewWithTheHost) {
+TEST(VmDetector, KvmIsLookedAtAnewWithTheHost) {
   SavedHost host("kvm-list.host");
   Asker ask = host.ask();
   EXPECT_EQ(ask.Tag(401), "process");

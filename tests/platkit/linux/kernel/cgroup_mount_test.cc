@@ -5,25 +5,25 @@
 namespace platkit {
 namespace {
 
-Hierarchy Find(SavedHost &host, std::string_view mounts) {
+CgroupMount Find(SavedHost &host, std::string_view mounts) {
   host.Write("proc/self/mountinfo", mounts);
   HostFiles files(host.Path(""), Reach::kRootFolder);
-  return FindHierarchy(files);
+  return FindCgroupMount(files);
 }
 
-TEST(Hierarchy, FileSystemsWhoseFilesAreMemory) {
+TEST(CgroupMount, FileSystemsWhoseFilesAreMemory) {
   SavedHost host;
   host.Write("proc/self/mountinfo",
              "1 1 0:50 / /dev/hugepages rw - hugetlbfs hugetlbfs rw\n2 1 0:28 / /cg rw - cgroup2 none rw\n"
              "3 1 1:29 / /dev/shm rw - tmpfs tmpfs rw\n4 1 254:0 / / rw - ext4 /dev/vda rw\n"
              "5 1 x:y / /a rw - tmpfs tmpfs rw\n6 1 7 / /b rw - tmpfs tmpfs rw\n");
   HostFiles files(host.Path(""), Reach::kRootFolder);
-  const Hierarchy hierarchy = FindHierarchy(files);
-  EXPECT_EQ(hierarchy.top, "cg");
-  EXPECT_EQ(hierarchy.memoryDevices, (std::vector<DeviceNumber>{50, DeviceNumber{1} << 32 | 29}));
+  const CgroupMount mount = FindCgroupMount(files);
+  EXPECT_EQ(mount.top, "cg");
+  EXPECT_EQ(mount.memoryDevices, (std::vector<DeviceNumber>{50, DeviceNumber{1} << 32 | 29}));
 }
 
-TEST(Hierarchy, Preference) {
+TEST(CgroupMount, Preference) {
   const std::string memory = "1 1 0:1 / /v1/mem rw - cgroup cgroup rw,memory\n";
   const std::string unified = "1 1 0:1 / /v2 rw shared:1 master:2 - cgroup2 cgroup2 rw\n";
   const std::string named = "1 1 0:1 / /v1/systemd rw - cgroup cgroup rw,xattr,name=systemd\n";
@@ -31,16 +31,16 @@ TEST(Hierarchy, Preference) {
   const std::string other = "1 1 0:1 / /memory rw - tmpfs memory rw,memory\n";
   SavedHost host;
   EXPECT_EQ(Find(host, cpu + unified + memory + named).top, "v1/mem");
-  EXPECT_EQ(Find(host, cpu + unified + memory + named).memoryFiles, MemoryFiles::kV1);
+  EXPECT_EQ(Find(host, cpu + unified + memory + named).memoryFiles, CgroupVersion::kV1);
   EXPECT_EQ(Find(host, cpu + named + unified).top, "v2");
-  EXPECT_EQ(Find(host, cpu + named + unified).memoryFiles, MemoryFiles::kV2);
+  EXPECT_EQ(Find(host, cpu + named + unified).memoryFiles, CgroupVersion::kV2);
   EXPECT_EQ(Find(host, cpu + named).top, "v1/systemd");
-  EXPECT_EQ(Find(host, cpu + named).memoryFiles, MemoryFiles::kNone);
+  EXPECT_EQ(Find(host, cpu + named).memoryFiles, CgroupVersion::kNone);
   EXPECT_EQ(Find(host, cpu).top, "v1/cpu");
   EXPECT_FALSE(Find(host, other).exists);
 }
 
-TEST(Hierarchy, MountsOfAllShapes) {
+TEST(CgroupMount, MountsOfAllShapes) {
   SavedHost host;
   EXPECT_EQ(Find(host, "1 1 0:1 / /a\\040b\\134c\\9 rw - cgroup2 x rw\n").top, "a b\\c\\9");
   EXPECT_EQ(Find(host, "1 1 0:1 / / rw - cgroup2 x rw\n").top, ".");
@@ -52,33 +52,33 @@ TEST(Hierarchy, MountsOfAllShapes) {
   EXPECT_TRUE(Find(host, std::string(9000, 'o') + "\n1 1 0:1 / /top rw - cgroup2 x rw").exists);
 }
 
-TEST(Hierarchy, FolderOfAProcess) {
+TEST(CgroupMount, FolderOfAProcess) {
   SavedHost host;
   HostFiles files(host.Path(""), Reach::kRootFolder);
-  const auto folder = [&](const Hierarchy &hierarchy, std::string_view text) {
+  const auto folder = [&](const CgroupMount &mount, std::string_view text) {
     host.Write("proc/7/cgroup", text);
-    return FolderOfProcess(files, hierarchy, 7);
+    return ReadCgroupOfProcess(files, mount, 7);
   };
-  const Hierarchy v2 = {.exists = true,
-                        .memoryFiles = MemoryFiles::kV2,
-                        .top = "t",
-                        .mounted = "/",
-                        .v1Options = "",
-                        .memoryDevices = {}};
+  const CgroupMount v2 = {.exists = true,
+                          .memoryFiles = CgroupVersion::kV2,
+                          .top = "t",
+                          .mounted = "/",
+                          .v1Options = "",
+                          .memoryDevices = {}};
   EXPECT_EQ(folder(v2, "4:memory:/wrong\n0::/a:b/c\n"), "a:b/c");
   EXPECT_EQ(folder(v2, "0::/\n"), "");
   EXPECT_EQ(folder(v2, "0::/../outside\n"), "");
   EXPECT_EQ(folder(v2, "garbage\n"), "");
   EXPECT_EQ(folder(v2, ""), "");
-  Hierarchy v1 = v2;
+  CgroupMount v1 = v2;
   v1.v1Options = "rw,cpu,memory";
   EXPECT_EQ(folder(v1, "0::/wrong\n5:name=systemd:/wrong\n4:cpu,memory:/right\n"), "right");
-  Hierarchy part = v2;
+  CgroupMount part = v2;
   part.mounted = "/box";
   EXPECT_EQ(folder(part, "0::/box/in\n"), "in");
   EXPECT_EQ(folder(part, "0::/box\n"), "");
   EXPECT_EQ(folder(part, "0::/boxer/in\n"), "") << "not what the mount shows";
-  EXPECT_EQ(FolderOfProcess(files, v2, 8), "") << "no such process";
+  EXPECT_EQ(ReadCgroupOfProcess(files, v2, 8), "") << "no such process";
 }
 
 }  // namespace

@@ -488,59 +488,6 @@ TEST(ClientRecords, AnOldKernel) {
   EXPECT_EQ(RemapTypes(host, 100), Types{});
 }
 
-// Which control groups are a machine's own.
-
-bool HasOwnGroup(SavedHost &host, int64_t pid) { return host.ask().Alloc(pid).max != kNone; }
-
-TEST(OwnControlGroups, ListedOrNotTheAnswerIsTheSame) {
-  for (const bool listed : {false, true}) {
-    SavedHost host("clients.host");
-    if (listed) {
-      for (const int64_t group : {host.ControlGroup(kOwn), host.ControlGroup(kShared)})
-        host.ask().Members(group);
-    }
-    EXPECT_TRUE(HasOwnGroup(host, 310)) << "a kernel thread beside it does not count";
-    EXPECT_FALSE(HasOwnGroup(host, 320));
-    EXPECT_EQ(host.ask().Parent(310), host.ControlGroup(kOwn)) << "not the one of its threads";
-  }
-}
-
-TEST(OwnControlGroups, WhatIsBelowCounts) {
-  for (const bool listed : {false, true}) {
-    SavedHost host("clients.host");
-    host.Write(kOwn + "/a/cgroup.procs", "");
-    host.Write(kOwn + "/a/b/cgroup.procs", "311\n");
-    if (listed) host.ask().Members(host.ControlGroup(kOwn));
-    EXPECT_TRUE(HasOwnGroup(host, 310));
-    host.Write(kOwn + "/a/b/cgroup.procs", "311\n321\n");
-    host.ask().Members(host.ControlGroup(kTop + "machine.slice/web.scope"));
-    if (listed) host.ask().Members(host.ControlGroup(kOwn));
-    EXPECT_FALSE(HasOwnGroup(host, 310));
-  }
-}
-
-TEST(OwnControlGroups, ATreeOfManyFoldersIsGivenUp) {
-  SavedHost host("clients.host");
-  for (int i = 0; i < 100; ++i)
-    host.MakeFolder(kOwn + "/" + std::to_string(i));
-  EXPECT_FALSE(HasOwnGroup(host, 310));
-  host.ask().Members(host.ControlGroup(kOwn));
-  EXPECT_FALSE(HasOwnGroup(host, 310));
-}
-
-TEST(OwnControlGroups, AGroupWhoseMembersAreHiddenIsNotOwn) {
-  SavedHost host("clients.host");
-  host.Forbid(kOwn + "/cgroup.procs");
-  OrdinaryUser user;
-  EXPECT_FALSE(HasOwnGroup(host, 310));
-}
-
-TEST(OwnControlGroups, TheHostIsNobodysOwn) {
-  SavedHost host("clients.host");
-  host.Write("proc/310/cgroup", "0::/\n");
-  EXPECT_FALSE(HasOwnGroup(host, 310));
-}
-
 // What is read.
 
 // Asks for what the reports on clients ask, group by group.

@@ -1,4 +1,4 @@
-// The processors, persistent-memory modules and PCI devices of a host, and writes to the devices' registers.
+// PCI functions, and reads and writes of their registers.
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -12,8 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using IDs = std::vector<int64_t>;
-const std::string kCpuInfo = "proc/cpuinfo";
-const std::string kModules = "sys/bus/nd/devices";
 const std::string kDevices = "sys/bus/pci/devices";
 const std::string kConfig = kDevices + "/0000:3a:0a.2/config";
 const std::string kRegister = "hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr";
@@ -27,143 +25,6 @@ std::string Pattern(size_t size) {
 }
 
 uint8_t ByteAt(size_t address) { return static_cast<uint8_t>(address % 251); }
-
-// --- Processors
-
-HVC_ReturnStatus Model(SavedHost &host, int64_t cpu, uint64_t &model) {
-  CpuRecord record = {};
-  const HVC_ReturnStatus status = host.ask().Get("hardware_cpu_cpuList", {cpu}, record);
-  model = record.model;
-  return status;
-}
-
-// The model of processor 0 of a host with that cpuinfo, which is there.
-uint64_t ModelOf(std::string_view cpuinfo) {
-  SavedHost host;
-  host.Write(kCpuInfo, cpuinfo);
-  uint64_t model = 0;
-  EXPECT_EQ(Model(host, 0, model), HVC_OK) << cpuinfo;
-  return model;
-}
-
-HVC_ReturnStatus StatusOf(std::string_view cpuinfo) {
-  SavedHost host;
-  host.Write(kCpuInfo, cpuinfo);
-  uint64_t model = 0;
-  return Model(host, 0, model);
-}
-
-TEST(Processor, TheModelIsOfTheProcessorAskedFor) {
-  SavedHost host("persistent-memory.host");
-  uint64_t model = 0;
-  EXPECT_EQ(Model(host, 0, model), HVC_OK);
-  EXPECT_EQ(model, 85u);
-  EXPECT_EQ(Model(host, 1, model), HVC_OK);
-  EXPECT_EQ(model, 106u);
-  for (const int64_t absent : {int64_t{2}, int64_t{10}, int64_t{-1}, INT64_MAX, INT64_MIN}) {
-    EXPECT_EQ(Model(host, absent, model), HVC_NOT_FOUND) << absent;
-  }
-}
-
-TEST(Processor, TheRestOfTheRecordIsZero) {
-  SavedHost host("persistent-memory.host");
-  CpuRecord record;
-  std::fill_n(reinterpret_cast<char *>(&record), sizeof record, '\xff');
-  ASSERT_EQ(host.ask().Get("hardware_cpu_cpuList", {0}, record), HVC_OK);
-  std::string expected(200, '\0');
-  expected[1] = 85;
-  EXPECT_EQ(std::string(reinterpret_cast<char *>(&record), sizeof record), expected);
-}
-
-TEST(Processor, LinesMayBeUnknownMissingReorderedAndRepeated) {
-  EXPECT_EQ(ModelOf("processor: 0\nmodel: 0\n"), 0u);
-  EXPECT_EQ(ModelOf("processor: 0\nmodel: 255"), 255u) << "ended or not";
-  EXPECT_EQ(ModelOf("model\t\t: 7\nnew line\n:\nprocessor\t: 0\n\n"), 7u);
-  EXPECT_EQ(ModelOf("processor: 0\nmodel: 7\nmodel: 8\nprocessor: 1\n"), 7u) << "the first line counts";
-  EXPECT_EQ(ModelOf("processor: 0\nmodel name: 9\ncpu model: 9\nModel: 9\nmodel: 7\n"), 7u);
-  EXPECT_EQ(ModelOf("processor: 1\nmodel: 1\n\n\nprocessor: 0\nmodel: 7\n"), 7u) << "in any order";
-  EXPECT_EQ(ModelOf("processor: 0\nmodel: 7\n\nprocessor: 0\nmodel: 8\n"), 7u);
-  EXPECT_EQ(ModelOf("processor: 0\nflags: " + std::string(100000, 'x') + "\nmodel: 7\n"), 7u);
-  EXPECT_EQ(ModelOf("Hardware: board\n\nprocessor: 0\nmodel: 7\n \t\nmodel: 8\n"), 7u);
-}
-
-TEST(Processor, OtherArchitecturesHaveNoModelNumber) {
-  EXPECT_EQ(StatusOf("processor\t: 0\nBogoMIPS\t: 50.00\nCPU implementer\t: 0x41\nCPU part\t: 0xd0c\n\n"),
-            HVC_NOT_FOUND);
-  EXPECT_EQ(StatusOf("processor\t: 0\nmodel name\t: ARMv7 Processor rev 4 (v7l)\n\nHardware\t: BCM2835\n"),
-            HVC_NOT_FOUND);
-  EXPECT_EQ(StatusOf("processor\t: 0\ncpu\t\t: POWER9\n\ntimebase\t: 512000000\nmodel\t\t: 8335-GTH\n"), HVC_NOT_FOUND);
-  EXPECT_EQ(StatusOf("vendor_id: IBM/S390\nprocessor 0: version = FF,  machine = 8561\n\ncpu number: 0\n"),
-            HVC_NOT_FOUND);
-  EXPECT_EQ(StatusOf("processor\t: 0\ncpu model\t\t: MIPS 24Kc V7.4\n"), HVC_NOT_FOUND);
-}
-
-TEST(Processor, Garbage) {
-  for (const std::string &bad :
-       {std::string("x"), std::string("85x"), std::string("0x55"), std::string("-1"), std::string("256"), std::string(),
-        std::string("99999999999999999999"), std::string("8 5"), std::string("85\0", 3)}) {
-    EXPECT_EQ(StatusOf("processor: 0\nmodel: " + bad + "\n"), HVC_IO_ERROR) << bad;
-    EXPECT_EQ(StatusOf("processor: " + (bad == "256" ? "x" : bad) + "\nmodel: 85\n"), HVC_NOT_FOUND) << bad;
-  }
-  EXPECT_EQ(StatusOf(""), HVC_NOT_FOUND);
-  EXPECT_EQ(StatusOf("model: 85\n"), HVC_NOT_FOUND);
-  EXPECT_EQ(StatusOf("processor: 0\n\nmodel: 85\n"), HVC_NOT_FOUND) << "a model of no processor";
-  EXPECT_EQ(StatusOf(std::string("\0\xff\n:\n ", 6)), HVC_NOT_FOUND);
-}
-
-TEST(Processor, AFileThatCannotBeRead) {
-  SavedHost host("persistent-memory.host");
-  uint64_t model = 0;
-  host.Forbid(kCpuInfo);
-  {
-    OrdinaryUser user;
-    EXPECT_EQ(Model(host, 0, model), HVC_NO_PERMISSION);
-  }
-  host.Remove(kCpuInfo);
-  EXPECT_EQ(Model(host, 0, model), HVC_NOT_FOUND);
-  host.MakeFolder(kCpuInfo);
-  EXPECT_EQ(Model(host, 0, model), HVC_IO_ERROR);
-}
-
-// --- Persistent-memory modules
-
-IDs Modules(SavedHost &host) {
-  IDs modules;
-  EXPECT_EQ(host.ask().List("hardware_nvd_dimm", {}, modules), HVC_OK);
-  return modules;
-}
-
-TEST(Nvdimm, ModulesAreListedByNumber) {
-  SavedHost host("persistent-memory.host");
-  EXPECT_EQ(Modules(host), (IDs{0, 1, 2, 10}));
-  host.Remove(kModules + "/nmem1");
-  EXPECT_EQ(Modules(host), (IDs{0, 2, 10}));
-}
-
-TEST(Nvdimm, AHostWithoutTheBusHasNone) {
-  SavedHost host("v2.host");
-  EXPECT_EQ(Modules(host), IDs{});
-  host.MakeFolder(kModules);
-  EXPECT_EQ(Modules(host), IDs{});
-}
-
-TEST(Nvdimm, OtherNamesAreNoModules) {
-  SavedHost host;
-  for (const char *name :
-       {"nmem", "nmem-1", "nmem1x", "nmem 1", "nmem+1", "nmem07", "nmem4294967296", "Nmem3", "xnmem3"})
-    host.MakeFolder(kModules + "/" + name);
-  host.MakeFolder(kModules + "/nmem4294967295");
-  host.MakeLink(kModules + "/nmem5", "../../../devices/nmem5");
-  EXPECT_EQ(Modules(host), (IDs{5, 4294967295}));
-}
-
-TEST(Nvdimm, AFolderThatCannotBeRead) {
-  SavedHost host("persistent-memory.host");
-  host.Forbid(kModules);
-  OrdinaryUser user;
-  IDs modules;
-  EXPECT_EQ(host.ask().List("hardware_nvd_dimm", {}, modules), HVC_NO_PERMISSION);
-}
 
 // --- Lists of PCI devices
 
@@ -179,7 +40,7 @@ IDs Pci(SavedHost &host, const IDs &above) {
   return below;
 }
 
-TEST(Pci, EachListHoldsWhatIsThere) {
+TEST(PciLists, EachListHoldsWhatIsThere) {
   SavedHost host("persistent-memory.host");
   EXPECT_EQ(Pci(host, {}), (IDs{0, 0x10000}));
   EXPECT_EQ(Pci(host, {0}), (IDs{0, 0x3a, 0xae}));
@@ -191,7 +52,7 @@ TEST(Pci, EachListHoldsWhatIsThere) {
   EXPECT_EQ(Pci(host, {0x10000, 1, 0}), IDs{0});
 }
 
-TEST(Pci, BelowWhatIsNotThereNothingIsFound) {
+TEST(PciLists, BelowWhatIsNotThereNothingIsFound) {
   SavedHost host("persistent-memory.host");
   for (const IDs &above : {IDs{1}, IDs{-1}, IDs{0x3a}, IDs{INT64_MAX}, IDs{0, 1}, IDs{0, -1}, IDs{0x10000, 0},
                            IDs{0, 0, 1}, IDs{0, 0, 10}, IDs{0, INT64_MIN, 0}}) {
@@ -200,14 +61,14 @@ TEST(Pci, BelowWhatIsNotThereNothingIsFound) {
   }
 }
 
-TEST(Pci, AHostWithoutTheBusHasNoSegments) {
+TEST(PciLists, AHostWithoutTheBusHasNoSegments) {
   SavedHost host("v2.host");
   EXPECT_EQ(Pci(host, {}), IDs{});
   IDs below;
   EXPECT_EQ(ListPci(host, {0}, below), HVC_NOT_FOUND);
 }
 
-TEST(Pci, OtherNamesAreNoDevices) {
+TEST(PciLists, OtherNamesAreNoDevices) {
   SavedHost host;
   for (const char *name : {"0000:00:00",
                            "0000:00:00.8",
@@ -240,7 +101,7 @@ TEST(Pci, OtherNamesAreNoDevices) {
   EXPECT_EQ(Pci(host, {0xffffffff, 0xff, 0x1f}), IDs{7});
 }
 
-TEST(Pci, AFolderThatCannotBeRead) {
+TEST(PciLists, AFolderThatCannotBeRead) {
   SavedHost host("persistent-memory.host");
   host.Forbid(kDevices);
   OrdinaryUser user;
@@ -268,7 +129,7 @@ int Search(SavedHost &host) {
   return functions;
 }
 
-TEST(Pci, ASearchReadsEachFileOnceAndTouchesNoDevice) {
+TEST(PciLists, ASearchReadsEachFileOnceAndTouchesNoDevice) {
   SavedHost host("persistent-memory.host");
   EXPECT_EQ(Search(host), 8);
   EXPECT_EQ(host.Opens(kDevices), 1);
@@ -276,12 +137,11 @@ TEST(Pci, ASearchReadsEachFileOnceAndTouchesNoDevice) {
   EXPECT_EQ(host.opened().size(), 1u + 2 * 8);
 }
 
-TEST(Pci, ASecondSearchSeesTheHostAsItIsThen) {
+TEST(PciLists, ASecondSearchSeesTheHostAsItIsThen) {
   SavedHost host("persistent-memory.host");
   Search(host);
   host.Remove(kDevices + "/10000:01:00.0");
   host.MakeFolder(kDevices + "/0000:3a:0a.7");
-  EXPECT_EQ(Pci(host, {0, 0x3a, 10}), (IDs{2, 6})) << "as the segments were listed";
   EXPECT_EQ(Pci(host, {}), IDs{0});
   EXPECT_EQ(Pci(host, {0, 0x3a, 10}), (IDs{2, 6, 7}));
 }

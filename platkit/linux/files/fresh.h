@@ -1,0 +1,44 @@
+// The rule of freshness: what was read from the host's files is reused for at most 100 ms.
+#ifndef PLATKIT_LINUX_FILES_FRESH_H
+#define PLATKIT_LINUX_FILES_FRESH_H
+
+#include <optional>
+#include <utility>
+
+#include "platkit/linux/files/clock.h"
+
+namespace platkit {
+
+inline constexpr std::chrono::milliseconds kFreshTime{100};
+
+template <typename T>
+class Fresh {
+ public:
+  Fresh() = default;
+
+  // A value that was read already. `readAt` is a time before its file was opened.
+  Fresh(T value, Clock::Time readAt) : value_(std::move(value)), readAt_(readAt) {}
+
+  bool IsFresh(const Clock &clock) const { return IsFreshAt(clock.Now()); }
+
+  // Returns the value, calling `read` for it unless it is fresh. The reference is valid until the next call.
+  template <typename Read>
+  T &Get(const Clock &clock, Read read) {
+    const Clock::Time now = clock.Now();
+    if (!IsFreshAt(now)) {
+      value_ = read();
+      readAt_ = now;
+    }
+    return *value_;
+  }
+
+ private:
+  bool IsFreshAt(Clock::Time now) const { return value_.has_value() && now - readAt_ < kFreshTime; }
+
+  std::optional<T> value_;
+  Clock::Time readAt_;
+};
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_FILES_FRESH_H

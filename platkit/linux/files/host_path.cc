@@ -1,0 +1,23 @@
+#include "platkit/linux/files/host_path.h"
+
+#include <charconv>
+#include <cstring>
+
+namespace platkit {
+
+void HostPath::Append(std::string_view text) {
+  if (text.size() >= sizeof bytes_ - size_) {
+    fits_ = false;
+    return;
+  }
+  std::memcpy(bytes_ + size_, text.data(), text.size());
+  size_ += text.size();
+}
+
+void HostPath::Append(int64_t number) {
+  char digits[24];
+  const auto result = std::to_chars(digits, digits + sizeof digits, number);
+  Append(std::string_view(digits, result.ptr));
+}
+
+}  // namespace platkit

@@ -1,0 +1,36 @@
+#include "platkit/linux/files/system_calls.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace platkit {
+
+HVC_ReturnStatus StatusOfErrno(int error) {
+  switch (error) {
+    case ENOENT:
+    case ENOTDIR:
+    case ESRCH:
+    case ENODEV: return HVC_NOT_FOUND;
+    case EACCES:
+    case EPERM: return HVC_NO_PERMISSION;
+    case EROFS: return HVC_READ_ONLY;
+    default: return HVC_IO_ERROR;
+  }
+}
+
+ssize_t ReadOnce(const FileDescriptor &file, std::span<char> buffer) {
+  ssize_t got = 0;
+  do {
+    got = read(file.get(), buffer.data(), buffer.size());
+  } while (got < 0 && errno == EINTR);
+  return got;
+}
+
+uint64_t InodeOf(const FileDescriptor &file) {
+  struct stat about;
+  return file.isOpen() && fstat(file.get(), &about) == 0 ? about.st_ino : 0;
+}
+
+}  // namespace platkit

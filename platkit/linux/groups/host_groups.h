@@ -1,0 +1,21 @@
+// The groups of a host, as the records see them.
+#ifndef PLATKIT_LINUX_GROUPS_HOST_GROUPS_H
+#define PLATKIT_LINUX_GROUPS_HOST_GROUPS_H
+
+#include "platkit/linux/groups/group_reader.h"
+#include "platkit/linux/groups/group_tree.h"
+#include "platkit/linux/groups/vm_groups.h"
+
+namespace platkit {
+
+struct HostGroups {
+  explicit HostGroups(HostFiles &files) : reader(files), tree(files, reader), vms(files, reader, tree) {}
+
+  GroupReader reader;
+  GroupTree tree;
+  VmGroups vms;
+};
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_GROUPS_HOST_GROUPS_H

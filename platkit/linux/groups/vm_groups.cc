@@ -1,0 +1,82 @@
+#include "platkit/linux/groups/vm_groups.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platkit/linux/files/folder_reader.h"
+#include "platkit/linux/groups/guest_mapping.h"
+
+namespace platkit {
+namespace {
+
+// A VM's control group with more folders below it is not searched, and counts as shared.
+constexpr size_t kMaxFolders = 64;
+
+}  // namespace
+
+Figure VmGroups::GuestMemory(Group &vm) {
+  if (!vm.vm->memory.isAbsent()) return vm.vm->memory;
+  return vm.vm->mappedMemory.Get(files_.clock(),
+                                 [&] { return LargestMemoryMapping(files_, vm.id, reader_.mount().memoryDevices); });
+}
+
+Group *VmGroups::OwnControlGroup(Group &process) {
+  if (process.kind != GroupKind::kVm) return nullptr;
+  Group *group = tree_.FindKnown(process.parentID);
+  if (group == nullptr || group->kind != GroupKind::kControlGroup) return nullptr;
+  const bool isOwn = process.vm->hasOwnControlGroup.Get(
+      files_.clock(), [&] { return reader_.mount().memoryFiles != CgroupVersion::kNone && IsAlone(process, *group); });
+  return isOwn ? group : nullptr;
+}
+
+// Groups whose members are known from a fresh listing are not read again.
+bool VmGroups::IsAlone(const Group &vm, const Group &top) {
+  std::vector<const Group *> listed;
+  std::vector<std::string> folders;
+  const auto visit = [&](const Group &group) {
+    if (group.processesRead.IsFresh(files_.clock())) {
+      listed.push_back(&group);
+    } else {
+      folders.push_back(group.folder);
+    }
+  };
+  visit(top);
+  while (!listed.empty()) {
+    const Group &group = *listed.back();
+    listed.pop_back();
+    if (HasOtherMember(vm, group)) return false;
+    for (const int64_t id : group.controlGroups) {
+      if (const Group *child = tree_.FindKnown(id); child != nullptr) visit(*child);
+    }
+    if (listed.size() + folders.size() > kMaxFolders) return false;
+  }
+  while (!folders.empty()) {
+    const std::string folder = std::move(folders.back());
+    folders.pop_back();
+    if (ListsOtherProcess(vm, folder)) return false;
+    FolderReader entries(files_, HostPath(folder));
+    for (FolderReader::Entry entry; entries.Next(entry);) {
+      if (entry.isFolder) folders.push_back(folder + "/" + std::string(entry.name));
+    }
+    if (folders.size() > kMaxFolders) return false;
+  }
+  return true;
+}
+
+bool VmGroups::HasOtherMember(const Group &vm, const Group &group) {
+  return std::ranges::any_of(group.processes,
+                             [&](int64_t pid) { return pid != vm.id && tree_.FindKnown(pid) != nullptr; });
+}
+
+// True also if the list cannot be read.
+bool VmGroups::ListsOtherProcess(const Group &vm, const std::string &folder) {
+  std::vector<int64_t> pids;
+  const HVC_ReturnStatus result = ReadCgroupPids(files_, folder, pids);
+  const auto hasMemory = [&](int64_t pid) {
+    ProcessStatus status;
+    return pid != vm.id && ReadProcessStatus(files_, pid, status) == HVC_OK;
+  };
+  return std::ranges::any_of(pids, hasMemory) || result == HVC_NO_PERMISSION;
+}
+
+}  // namespace platkit

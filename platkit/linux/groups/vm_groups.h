@@ -1,0 +1,32 @@
+// What belongs to a VM besides its process: its guest's memory, and its control group.
+#ifndef PLATKIT_LINUX_GROUPS_VM_GROUPS_H
+#define PLATKIT_LINUX_GROUPS_VM_GROUPS_H
+
+#include "platkit/linux/groups/group_tree.h"
+
+namespace platkit {
+
+class VmGroups {
+ public:
+  VmGroups(HostFiles &files, GroupReader &reader, GroupTree &tree) : files_(files), reader_(reader), tree_(tree) {}
+
+  // The memory of a VM's guest in KB, from the command line or else from the mappings. Absent if neither tells.
+  Figure GuestMemory(Group &vm);
+
+  // The control group whose figures are the VM's, because no other process with memory of its own is in it or below it.
+  // Null if there is none. `process` may be of any kind; only a VM has such a group.
+  Group *OwnControlGroup(Group &process);
+
+ private:
+  bool IsAlone(const Group &vm, const Group &top);
+  bool HasOtherMember(const Group &vm, const Group &group);
+  bool ListsOtherProcess(const Group &vm, const std::string &folder);
+
+  HostFiles &files_;
+  GroupReader &reader_;
+  GroupTree &tree_;
+};
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_GROUPS_VM_GROUPS_H

@@ -1,0 +1,35 @@
+// The pools of huge pages: .../hugepages/hugepages-<size>kB, host-wide or of one NUMA node.
+#ifndef PLATKIT_LINUX_KERNEL_HUGETLB_H
+#define PLATKIT_LINUX_KERNEL_HUGETLB_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platkit/linux/files/host_files.h"
+#include "platkit/linux/kernel/figure.h"
+
+namespace platkit {
+
+// Whether the kernel has a folder for each NUMA node. Without it, the host is one node.
+bool HasNumaNodeFolders(HostFiles &files);
+
+// The folders of pools, host-wide and of a NUMA node.
+inline constexpr const char *kHugetlbFolder = "sys/kernel/mm/hugepages";
+std::string HugetlbFolderOfNode(uint64_t numaNode);
+
+// Lists the page sizes of the pools in a folder, in KB, ascending. A kernel without huge pages has none.
+[[nodiscard]] HVC_ReturnStatus ListHugetlbSizes(HostFiles &files, const std::string &folder,
+                                                std::vector<uint64_t> &sizes);
+
+// In pages of the pool's size.
+struct HugetlbPool {
+  Figure pages;  // nr_hugepages; absent: there is no such pool
+  Figure free;   // free_hugepages
+};
+
+HugetlbPool ReadHugetlbPool(HostFiles &files, const std::string &folder, uint64_t pageKB);
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_KERNEL_HUGETLB_H

@@ -1,0 +1,23 @@
+// /proc/iomem: where the kernel's image is in physical memory.
+#ifndef PLATKIT_LINUX_KERNEL_IOMEM_H
+#define PLATKIT_LINUX_KERNEL_IOMEM_H
+
+#include "platkit/linux/files/host_files.h"
+#include "platkit/linux/kernel/figure.h"
+
+namespace platkit {
+
+// In bytes. A part is absent if the file has no such line, and unreadable for an ordinary user, whom the kernel shows
+// zeros for addresses.
+struct KernelImage {
+  Figure code;    // Kernel code
+  Figure rodata;  // Kernel rodata
+  Figure data;    // Kernel data
+  Figure bss;     // Kernel bss
+};
+
+KernelImage ReadKernelImage(HostFiles &files);
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_KERNEL_IOMEM_H

@@ -1,0 +1,15 @@
+// /sys/module/kvm*: whether KVM is in use.
+#ifndef PLATKIT_LINUX_KERNEL_KVM_MODULE_H
+#define PLATKIT_LINUX_KERNEL_KVM_MODULE_H
+
+#include "platkit/linux/files/host_files.h"
+
+namespace platkit {
+
+// Whether refcnt of kvm_intel, kvm_amd or kvm is above 0. A KVM that is built into the kernel has no refcnt: then,
+// whether /dev/kvm exists.
+bool IsKvmInUse(HostFiles &files);
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_KERNEL_KVM_MODULE_H

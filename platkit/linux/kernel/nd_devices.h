@@ -1,0 +1,37 @@
+// /sys/bus/nd/devices: regions, namespaces and modules of persistent memory.
+#ifndef PLATKIT_LINUX_KERNEL_ND_DEVICES_H
+#define PLATKIT_LINUX_KERNEL_ND_DEVICES_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platkit/linux/files/host_files.h"
+#include "platkit/linux/kernel/figure.h"
+
+namespace platkit {
+
+// Lists the names of all devices, those of one kind by number. A host without persistent memory has none.
+[[nodiscard]] HVC_ReturnStatus ListNdDevices(HostFiles &files, std::vector<std::string> &devices);
+
+bool NdDeviceExists(HostFiles &files, std::string_view device);
+
+// Parses the first number of a device such as "region12" or "namespace12.3", where it is the region's. `kind` is
+// "region", "namespace" or "nmem". False for devices of another kind.
+bool ParseNdNumber(std::string_view device, std::string_view kind, uint64_t &number);
+
+// Readers of one file of a device.
+
+// The first line, with control characters replaced by '?'. Empty if it cannot be read.
+std::string ReadNdText(HostFiles &files, std::string_view device, std::string_view file);
+
+// An amount. Absent if the device has no such file.
+Figure ReadNdFigure(HostFiles &files, std::string_view device, std::string_view file);
+
+// numa_node. Absent if the kernel does not know the node.
+Figure ReadNdNumaNode(HostFiles &files, std::string_view device);
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_KERNEL_ND_DEVICES_H

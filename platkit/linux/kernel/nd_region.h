@@ -1,0 +1,29 @@
+// /sys/bus/nd/devices/regionN: a range of persistent memory, which is one module or an interleave set of several.
+#ifndef PLATKIT_LINUX_KERNEL_ND_REGION_H
+#define PLATKIT_LINUX_KERNEL_ND_REGION_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platkit/linux/files/host_files.h"
+#include "platkit/linux/kernel/figure.h"
+
+namespace platkit {
+
+// Whether devtype is nd_pmem, or missing. Other regions are volatile, or, in older kernels, windows onto the same
+// modules.
+bool IsPersistentRegion(HostFiles &files, std::string_view region);
+
+// set_cookie, in hexadecimal without "0x": it stays the same across reboots. Empty if the region has none.
+std::string ReadRegionCookie(HostFiles &files, std::string_view region);
+
+// resource: the first physical address. Unreadable for an ordinary user.
+Figure ReadRegionStart(HostFiles &files, std::string_view region);
+
+// mappings and mappingN: the modules, such as "nmem0".
+std::vector<std::string> ReadRegionModules(HostFiles &files, std::string_view region);
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_KERNEL_ND_REGION_H

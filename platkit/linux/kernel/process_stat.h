@@ -1,0 +1,17 @@
+// /proc/PID/stat: when a process started.
+#ifndef PLATKIT_LINUX_KERNEL_PROCESS_STAT_H
+#define PLATKIT_LINUX_KERNEL_PROCESS_STAT_H
+
+#include <cstdint>
+
+#include "platkit/linux/files/host_files.h"
+
+namespace platkit {
+
+// Reads field 22, starttime. Returns the latest time that the tick count allows, in nanoseconds since boot; UINT64_MAX
+// if it cannot be read.
+uint64_t ReadLatestStart(HostFiles &files, int64_t pid);
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_KERNEL_PROCESS_STAT_H

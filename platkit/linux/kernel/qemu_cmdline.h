@@ -1,0 +1,30 @@
+// /proc/PID/cmdline of QEMU: what its options tell about the guest.
+#ifndef PLATKIT_LINUX_KERNEL_QEMU_CMDLINE_H
+#define PLATKIT_LINUX_KERNEL_QEMU_CMDLINE_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platkit/linux/files/host_files.h"
+#include "platkit/linux/kernel/figure.h"
+
+namespace platkit {
+
+// Of an option that is given twice, the last value counts.
+struct QemuOptions {
+  bool isQemu = false;  // the program is qemu-system-..., qemu-kvm or kvm
+  std::string name;     // -name NAME or -name guest=NAME; empty: none
+  Figure memory;        // -m SIZE or -m size=SIZE, in KB; absent: none
+  Figure maxMemory;     // -m ...,maxmem=SIZE, in KB; absent: none
+};
+
+// `commandLine` holds arguments, each ended by a NUL.
+QemuOptions ParseQemuCommandLine(std::string_view commandLine);
+
+// A command line that cannot be read gives no options. At most 32 KB are read.
+QemuOptions ReadQemuCommandLine(HostFiles &files, int64_t pid);
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_KERNEL_QEMU_CMDLINE_H

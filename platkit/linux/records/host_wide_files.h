@@ -1,0 +1,40 @@
+// Host-wide files that several records use. What was read is reused while it is fresh.
+#ifndef PLATKIT_LINUX_RECORDS_HOST_WIDE_FILES_H
+#define PLATKIT_LINUX_RECORDS_HOST_WIDE_FILES_H
+
+#include "platkit/linux/files/fresh.h"
+#include "platkit/linux/kernel/meminfo.h"
+#include "platkit/linux/kernel/swaps.h"
+#include "platkit/linux/kernel/vmstat.h"
+#include "platkit/linux/kernel/zoneinfo.h"
+
+namespace platkit {
+
+class HostWideFiles {
+ public:
+  explicit HostWideFiles(HostFiles &files) : files_(files) {}
+
+  const Meminfo &meminfo() {
+    return meminfo_.Get(files_.clock(), [this] { return ReadMeminfo(files_); });
+  }
+  const Vmstat &vmstat() {
+    return vmstat_.Get(files_.clock(), [this] { return ReadVmstat(files_); });
+  }
+  const Zoneinfo &zoneinfo() {
+    return zoneinfo_.Get(files_.clock(), [this] { return ReadZoneinfo(files_); });
+  }
+  const Swaps &swaps() {
+    return swaps_.Get(files_.clock(), [this] { return ReadSwaps(files_); });
+  }
+
+ private:
+  HostFiles &files_;
+  Fresh<Meminfo> meminfo_;
+  Fresh<Vmstat> vmstat_;
+  Fresh<Zoneinfo> zoneinfo_;
+  Fresh<Swaps> swaps_;
+};
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_RECORDS_HOST_WIDE_FILES_H

@@ -1,0 +1,38 @@
+#include "platkit/linux/records/page_sharing_records.h"
+
+#include "platkit/linux/kernel/ksm.h"
+
+namespace platkit {
+
+// A figure of KSM in pages of a record.
+Figure PageSharingRecords::ReadRecordPages(std::string_view file) {
+  const Figure pages = ReadKsmPages(files_, file);
+  return pages.isAbsent() ? pages : pages * pageSize_.RecordPages();
+}
+
+Figure PageSharingRecords::SavedOnHost() { return ReadRecordPages("pages_sharing") * (kRecordPage / 1024); }
+
+ProcessSharing PageSharingRecords::OfProcess(Group &process) {
+  const ProcessKsm &pages = reader_.Ksm(process);
+  if (pages.merged.isAbsent() && pages.zero.isAbsent()) return {};
+  const uint64_t pageKB = pageSize_.KB();
+  return {.saved = (pages.merged + pages.zero) * pageKB, .zero = pages.zero * pageKB};
+}
+
+HVC_ReturnStatus PageSharingRecords::Stats(PShareStatsRecord &record) {
+  const Figure shared = ReadRecordPages("pages_shared");
+  if (shared.isAbsent()) return HVC_OK;
+  const Figure sharing = ReadRecordPages("pages_sharing");
+  const Figure copied = host_.vmstat().ksmCopies * pageSize_.RecordPages();
+  const Figure mapped = shared + sharing;
+  record.cow = mapped.Cell(0);
+  record.zero = ReadRecordPages("ksm_zero_pages").Cell(0);
+  record.used = shared.Cell(0);
+  record.reclaimed = sharing.Cell(0);
+  record.totRemove = copied.Cell(0);
+  record.totAdd = (mapped + copied).Cell(0);
+  record.hintsActive = ReadRecordPages("pages_unshared").Cell(0);
+  return HVC_OK;
+}
+
+}  // namespace platkit

@@ -1,0 +1,43 @@
+// The record of page sharing (KSM), and what KSM saves.
+#ifndef PLATKIT_LINUX_RECORDS_PAGE_SHARING_RECORDS_H
+#define PLATKIT_LINUX_RECORDS_PAGE_SHARING_RECORDS_H
+
+#include "platkit/linux/groups/host_groups.h"
+#include "platkit/linux/kernel/page_size.h"
+#include "platkit/linux/records/host_wide_files.h"
+#include "platkit/records.h"
+
+namespace platkit {
+
+// In KB. A figure is absent if this kernel does not tell.
+struct ProcessSharing {
+  Figure saved;  // merged pages and zero pages
+  Figure zero;   // pages replaced by the kernel's page of zeros, which are not resident
+};
+
+class PageSharingRecords {
+ public:
+  PageSharingRecords(HostFiles &files, PageSize &pageSize, HostWideFiles &host, GroupReader &reader)
+      : files_(files), pageSize_(pageSize), host_(host), reader_(reader) {}
+
+  // From /sys/kernel/mm/ksm and cow_ksm of /proc/vmstat. All zeros on a kernel without KSM.
+  [[nodiscard]] HVC_ReturnStatus Stats(PShareStatsRecord &record);
+
+  // pages_sharing, in KB; absent on a kernel without KSM.
+  Figure SavedOnHost();
+
+  // From ksm_stat of the process.
+  ProcessSharing OfProcess(Group &process);
+
+ private:
+  Figure ReadRecordPages(std::string_view file);
+
+  HostFiles &files_;
+  PageSize &pageSize_;
+  HostWideFiles &host_;
+  GroupReader &reader_;
+};
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_RECORDS_PAGE_SHARING_RECORDS_H

@@ -1,0 +1,22 @@
+// Sums over the zones of /proc/zoneinfo.
+#ifndef PLATKIT_LINUX_RECORDS_ZONE_TOTALS_H
+#define PLATKIT_LINUX_RECORDS_ZONE_TOTALS_H
+
+#include "platkit/linux/kernel/page_size.h"
+#include "platkit/linux/kernel/zoneinfo.h"
+
+namespace platkit {
+
+// In KB. A sum is unreadable if no zone has the line, or if the file could not be read to its end.
+struct ZoneTotals {
+  Figure present;                 // of all zones
+  Figure free, min, low, high;    // of zones with memory; min, low and high are watermarks of free memory
+  Figure ample;                   // promo: a watermark as far above high as high is above low
+  Figure lowReserve = Figure(0);  // of low zones: what is kept from allocations that can use other zones
+};
+
+ZoneTotals TotalsInKB(const Zoneinfo &info, PageSize &pageSize);
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_RECORDS_ZONE_TOTALS_H

@@ -1,0 +1,181 @@
+// Which groups there are, and what becomes of them when the host changes.
+#include "platkit/linux/groups/group_tree.h"
+
+#include <sys/resource.h>
+
+#include <filesystem>
+
+#include "tests/linux/saved_host.h"
+
+namespace platkit {
+namespace {
+
+constexpr uint64_t kNone = HVC_KB_NONE;
+constexpr int64_t kVmm = 20'000'000;
+const std::string kTop = "sys/fs/cgroup/";
+const std::string kWeb = kTop + "system.slice/web.service";
+
+// A file that replaces another has another inode number, as the files of the next process with a PID have.
+void Replace(SavedHost &host, const std::string &path) {
+  host.Write(path + ".new", host.Read(path));
+  std::filesystem::rename(host.Path(path + ".new"), host.Path(path));
+}
+
+TEST(GroupTree, AProcessIsGoneWhenItsPidIsAnothers) {
+  SavedHost host("v2.host");
+  Asker ask = host.ask();
+  ask.Members(host.ControlGroup(kWeb));
+  UwMemoryStatsRecord record = {};
+  GroupMemoryStatsRecord stats = {};
+  ASSERT_EQ(ask.Get("sched_memClients_kestrel_uw", {101}, record), HVC_OK);
+  Replace(host, "proc/101/status");
+  const std::string begun = "101 (a) b) S";
+  for (const std::string &stat : {begun + " 1 1 1", begun + " 4", std::string(), std::string("101 (x")}) {
+    host.Write("proc/101/stat", stat);
+    EXPECT_EQ(ask.Get("sched_memClients_kestrel_uw", {101}, record), HVC_NOT_FOUND) << stat;
+    EXPECT_EQ(ask.Get("sched_groups_stats_memoryStats", {101}, stats), HVC_NOT_FOUND) << stat;
+  }
+  // One that began before the listing is the one that was listed, whatever the kernel has forgotten since.
+  std::string words = begun;
+  for (int field = 4; field < 22; ++field)
+    words += " 9999999999999";
+  host.Write("proc/101/stat", words + " 1 0 0\n");
+  EXPECT_EQ(ask.Get("sched_memClients_kestrel_uw", {101}, record), HVC_OK);
+  EXPECT_EQ(ask.Get("sched_groups_stats_memoryStats", {101}, stats), HVC_OK);
+  host.Write("proc/101/stat", words + " 9999999999999 0 0\n");
+  EXPECT_EQ(ask.Get("sched_groups_stats_memoryStats", {101}, stats), HVC_NOT_FOUND);
+}
+
+TEST(GroupTree, AListingSeesWhatHasChanged) {
+  SavedHost host("v2.host");
+  Asker ask = host.ask();
+  const int64_t web = host.ControlGroup(kWeb);
+  EXPECT_EQ(ask.Members(web), (std::vector<int64_t>{100, 101}));
+  host.Write(kWeb + "/cgroup.procs", "101\n");
+  host.MakeFolder(kWeb + "/new");
+  const int64_t added = host.ControlGroup(kWeb + "/new");
+  EXPECT_EQ(ask.Members(web), (std::vector<int64_t>{added, 101}));
+  EXPECT_EQ(ask.Name(added), "new");
+}
+
+TEST(GroupTree, AVanishedProcessIsNotFound) {
+  SavedHost host("v2.host");
+  Asker ask = host.ask();
+  ask.Members(host.ControlGroup(kWeb));
+  ask.Members(300);
+  host.Remove("proc/100");
+  host.Remove("proc/300");
+  GroupMemoryStatsRecord record;
+  EXPECT_EQ(ask.Get("sched_groups_stats_memoryStats", {100}, record), HVC_NOT_FOUND);
+  EXPECT_EQ(ask.Get("sched_groups_stats_memoryStats", {300}, record), HVC_NOT_FOUND);
+  EXPECT_EQ(ask.Members(host.ControlGroup(kWeb)), std::vector<int64_t>{101});
+}
+
+TEST(GroupTree, AProcessThatMovedIsInOneGroup) {
+  SavedHost host("v2.host");
+  Asker ask = host.ask();
+  const std::string cron = kTop + "system.slice/cron.service";
+  const int64_t web = host.ControlGroup(kWeb), other = host.ControlGroup(cron);
+  ask.Members(web);
+  ask.Capacity(web);
+  host.Write(kWeb + "/cgroup.procs", "101\n");
+  host.Write(cron + "/cgroup.procs", "100\n");
+  EXPECT_EQ(ask.Members(other), std::vector<int64_t>{100});
+  EXPECT_EQ(ask.Parent(100), other);
+  // It ends, and the group that it came from is asked again.
+  host.Remove("proc/100");
+  EXPECT_EQ(ask.Members(other), std::vector<int64_t>());
+  ask.Capacity(web);
+  EXPECT_EQ(ask.Members(web), std::vector<int64_t>{101});
+}
+
+TEST(GroupTree, AVanishedControlGroupIsNotFound) {
+  SavedHost host("v2.host");
+  Asker ask = host.ask();
+  const int64_t web = host.ControlGroup(kWeb);
+  const int64_t system = host.ControlGroup(kTop + "system.slice");
+  ask.Members(system);
+  host.Remove(kWeb);
+  std::vector<int64_t> members;
+  GroupAllocRecord alloc;
+  GroupCapacityRecord capacity;
+  GroupMemoryStatsRecord stats;
+  EXPECT_EQ(ask.List("sched_groups_members_groups", {web}, members), HVC_NOT_FOUND);
+  EXPECT_EQ(ask.Get("sched_groups_memAllocationInKB", {web}, alloc), HVC_NOT_FOUND);
+  EXPECT_EQ(ask.Get("sched_groups_stats_capacity", {web}, capacity), HVC_NOT_FOUND);
+  EXPECT_EQ(ask.Get("sched_groups_stats_memoryStats", {web}, stats), HVC_NOT_FOUND);
+  EXPECT_CELL(ask.Capacity(system).consumedResv, 1024u) << "what is left of its siblings";
+}
+
+TEST(GroupTree, WhatHasNoMemoryIsNoProcess) {
+  SavedHost host("v2.host");
+  for (const char *status : {"", "Name:\tx\n", "Kthread:\t1\nVmSize: 1 kB\n", "State:\tZ (zombie)\nVmSize: 1 kB\n",
+                             "Tgid:\t99\nVmSize: 1 kB\n"}) {
+    host.Write("proc/100/status", status);
+    EXPECT_EQ(host.ask().Members(host.ControlGroup(kWeb)), std::vector<int64_t>{101}) << status;
+    GroupNameRecord record;
+    EXPECT_EQ(host.ask().Get("sched_groups_groupName", {100}, record), HVC_NOT_FOUND) << status;
+  }
+}
+
+TEST(GroupTree, AProcessThatMayNotBeReadIsThereAllTheSame) {
+  SavedHost host("v2.host");
+  host.Forbid("proc/100/status");
+  host.Forbid("proc/101/ksm_merging_pages");
+  OrdinaryUser user;
+  Asker ask = host.ask();
+  EXPECT_EQ(ask.Members(host.ControlGroup(kWeb)), (std::vector<int64_t>{100, 101}));
+  EXPECT_EQ(ask.Name(100), "?");
+  EXPECT_CELL(ask.Stats(100).memSize, kNone);
+  EXPECT_CELL(ask.Stats(100).consumed, kNone);
+  EXPECT_CELL(ask.Stats(101).sharedSaved, kNone);
+  EXPECT_CELL(ask.Stats(101).memSize, 40000u);
+}
+
+TEST(GroupTree, UnreadableMembersAreNone) {
+  SavedHost host("v2.host");
+  const int64_t web = host.ControlGroup(kWeb);
+  host.MakeFolder(kWeb + "/inner");
+  const int64_t inner = host.ControlGroup(kWeb + "/inner");
+  host.Forbid(kWeb + "/cgroup.procs");
+  OrdinaryUser user;
+  EXPECT_EQ(host.ask().Members(web), std::vector<int64_t>{inner});
+}
+
+TEST(GroupTree, GarbageInListsOfProcesses) {
+  SavedHost host("v2.host");
+  host.Write(kWeb + "/cgroup.procs", "101\nx\n-5\n0\n100\n101\n99999999999999999999\n\n4999999\n7000000\n777");
+  EXPECT_EQ(host.ask().Members(host.ControlGroup(kWeb)), (std::vector<int64_t>{100, 101}));
+}
+
+TEST(GroupTree, StartGroupsAreFoundWithoutAListing) {
+  {
+    SavedHost host("v2.host");
+    EXPECT_EQ(host.ask().Parent(100), host.ControlGroup(kWeb));
+    EXPECT_EQ(host.Opens("proc/101/status"), 0) << "a process is found without its neighbours";
+  }
+  SavedHost host("v2.host");
+  EXPECT_EQ(host.ask().Members(host.ControlGroup(kWeb)), (std::vector<int64_t>{100, 101}));
+  EXPECT_EQ(host.ask().Parent(kVmm + 300), 300);
+}
+
+// A listing must not hold descriptors for what it found.
+TEST(GroupTree, ManyGroupsNeedNoMoreDescriptors) {
+  SavedHost host;
+  host.Write("proc/self/mountinfo", "1 1 0:1 / /cg rw - cgroup2 none rw\n");
+  for (int i = 0; i < 300; ++i)
+    host.MakeFolder("cg/" + std::to_string(i) + "/inner");
+  rlimit limit = {};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+  const rlimit few = {.rlim_cur = 64, .rlim_max = limit.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+  Asker ask = host.ask();
+  const std::vector<int64_t> members = ask.Members(0);
+  EXPECT_EQ(members.size(), 301u);
+  for (const int64_t member : members)
+    EXPECT_EQ(ask.Members(member).size(), member == 5'000'000 ? 0u : 1u);
+  EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+}
+
+}  // namespace
+}  // namespace platkit

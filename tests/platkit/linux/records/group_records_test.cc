@@ -1,0 +1,143 @@
+// Figures of groups when a file is missing, garbled or not readable.
+#include "platkit/linux/records/group_records.h"
+
+#include "tests/linux/saved_host.h"
+
+namespace platkit {
+namespace {
+
+constexpr uint64_t kNone = HVC_KB_NONE;
+const std::string kTop = "sys/fs/cgroup/";
+const std::string kWeb = kTop + "system.slice/web.service";
+
+// One bad file costs its cells; the rest of the record stands.
+TEST(GroupRecords, EachFileOfAControlGroup) {
+  const struct {
+    const char *file;
+    uint64_t (*cell)(const GroupMemoryStatsRecord &);
+    uint64_t ifMissing;
+  } files[] = {
+      {"memory.current", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.consumed; }, kNone},
+      {"memory.peak", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.consumedPeak; }, kNone},
+      {"memory.min", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.bMin; }, 0},
+      {"memory.low", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.iMin; }, 0},
+      {"memory.high", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.allocTgt; }, kNone},
+      {"memory.max", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.bMax; }, kNone},
+  };
+  SavedHost host("v2.host");
+  Asker ask = host.ask();
+  const int64_t web = host.ControlGroup(kWeb);
+  ask.Members(0);
+  for (const auto &file : files) {
+    const std::string path = kWeb + "/" + file.file;
+    const auto cell = [&] { return file.cell(ask.Stats(web)); };
+    host.Write(path, "123904\n");
+    EXPECT_EQ(cell(), 121u) << path;
+    host.Write(path, "123904");
+    EXPECT_EQ(cell(), 121u) << path;
+    for (const std::string &bad : {std::string("max\n"), std::string("12x\n"), std::string("-1\n"), std::string(),
+                                   std::string("\n"), std::string("18446744073709551616\n"), std::string("1 2\n"),
+                                   std::string(10000, '1'), std::string("1\0002", 3)}) {
+      host.Write(path, bad);
+      EXPECT_EQ(cell(), kNone) << path << ": " << bad;
+      EXPECT_CELL(ask.Stats(web).touched, 1536u) << path;
+    }
+    host.Write(path, "123904\n");
+    host.Forbid(path);
+    {
+      OrdinaryUser user;
+      EXPECT_EQ(cell(), kNone) << path;
+    }
+    host.Remove(path);
+    EXPECT_EQ(cell(), file.ifMissing) << path;
+    host.MakeFolder(path);
+    EXPECT_EQ(cell(), kNone) << path << " is no file at all";
+    host.Remove(path);
+    host.Write(path, "0\n");
+  }
+}
+
+TEST(GroupRecords, EachLineOfMemoryStat) {
+  SavedHost host("v2.host");
+  const int64_t web = host.ControlGroup(kWeb);
+  const auto touched = [&](std::string_view text) -> uint64_t {
+    host.Write(kWeb + "/memory.stat", text);
+    return host.ask().Stats(web).touched;
+  };
+  host.ask().Members(0);
+  EXPECT_EQ(touched("active_anon 1024\nactive_file 2048\n"), 3u);
+  EXPECT_EQ(touched("active_file 2048\nnew_key 7\n\nactive_anon 1024"), 3u) << "in any order, ended or not";
+  EXPECT_EQ(touched("active_anon 1024\nactive_file 2048\nactive_anon 4096\n"), 3u) << "the first line counts";
+  EXPECT_EQ(touched("active_anon 1024\n"), 1u);
+  EXPECT_EQ(touched("active_anon x\nactive_file 2048\n"), kNone);
+  EXPECT_EQ(touched("active_anon\nactive_file 2048\n"), 2u) << "a key alone is no figure";
+  EXPECT_EQ(touched("active_anon 99999999999999999999\nactive_file 2048\n"), kNone);
+  EXPECT_EQ(touched("active_anon 18446744073709551615\nactive_file 2048\n"), kNone) << "the sum does not fit";
+  EXPECT_EQ(touched(std::string(9000, 'x') + "\nactive_anon 1024\n"), 1u) << "an overlong line is passed over";
+  EXPECT_EQ(touched(""), kNone);
+  EXPECT_EQ(touched(std::string("\0\xff\n:\n ", 6)), kNone);
+  host.Forbid(kWeb + "/memory.stat");
+  {
+    OrdinaryUser user;
+    EXPECT_CELL(host.ask().Stats(web).touched, kNone);
+  }
+  host.Remove(kWeb + "/memory.stat");
+  EXPECT_CELL(host.ask().Stats(web).touched, kNone);
+  EXPECT_CELL(host.ask().Stats(web).consumed, 4096u);
+}
+
+TEST(GroupRecords, EachLineOfStatus) {
+  SavedHost host("v2.host");
+  Asker ask = host.ask();
+  const auto stats = [&](std::string_view text) -> const GroupMemoryStatsRecord & {
+    host.Write("proc/100/status", text);
+    ask.Members(host.ControlGroup(kWeb));
+    return ask.Stats(100);
+  };
+  EXPECT_CELL(stats("VmRSS:\t  10 kB\nName:\tx\nHugetlbPages: 5 kB\n").consumed, 15u);
+  EXPECT_EQ(host.ask().Name(100), "x");
+  EXPECT_CELL(stats("VmRSS: 10 kB\n").consumed, 10u) << "a kernel without huge pages";
+  EXPECT_CELL(stats("VmRSS: 10 kB\n").memSize, kNone);
+  EXPECT_CELL(stats("VmRSS: 10 kB\nVmRSS: 11 kB\n").consumed, 10u);
+  EXPECT_CELL(stats("VmRSS: ten kB\nVmSize: 7 kB\n").consumed, kNone);
+  EXPECT_CELL(stats("VmRSS: ten kB\nVmSize: 7 kB\n").memSize, 7u);
+  EXPECT_CELL(stats("Groups: " + std::string(100000, '7') + "\nVmSize: 7 kB\n").memSize, 7u);
+  EXPECT_CELL(stats("Name:\ta\tb\x01\x7f\nVmSize: 1 kB\n").memSize, 1u);
+  EXPECT_EQ(host.ask().Name(100), "a?b??");
+  EXPECT_CELL(stats("Name:\t" + std::string(200, 'n') + "\nVmSize: 1 kB\n").memSize, 1u);
+  EXPECT_EQ(host.ask().Name(100), std::string(63, 'n'));
+}
+
+TEST(GroupRecords, MeminfoLines) {
+  SavedHost host("v2.host");
+  host.Write("proc/meminfo", "MemFree: 1 kB\nMemTotal: 10 kB\nMemTotal: 11 kB\nActive: x kB\n");
+  const GroupMemoryStatsRecord stats = host.ask().Stats(0);
+  EXPECT_CELL(stats.memSize, 10u);
+  EXPECT_CELL(stats.consumed, 9u);
+  EXPECT_CELL(stats.touched, kNone);
+  EXPECT_CELL(stats.ovhd, kNone);
+  host.Forbid("proc/meminfo");
+  OrdinaryUser user;
+  EXPECT_CELL(host.ask().Stats(0).memSize, kNone);
+}
+
+TEST(GroupRecords, PageSharingFiles) {
+  SavedHost host("v2.host");
+  const std::string ksm = "sys/kernel/mm/ksm/";
+  host.Write(ksm + "ksm_zero_pages", "many\n");
+  host.Write("proc/vmstat", "cow_ksm\n");
+  host.Remove(ksm + "pages_unshared");
+  host.Forbid(ksm + "pages_sharing");
+  OrdinaryUser user;
+  PShareStatsRecord stats;
+  ASSERT_EQ(host.ask().Get("memory_pshare_stats", {}, stats), HVC_OK);
+  EXPECT_CELL(stats.zero, kNone);
+  EXPECT_CELL(stats.reclaimed, kNone);
+  EXPECT_CELL(stats.cow, kNone);
+  EXPECT_CELL(stats.used, 100u);
+  EXPECT_CELL(stats.totRemove, 0u);
+  EXPECT_CELL(stats.hintsActive, 0u);
+}
+
+}  // namespace
+}  // namespace platkit
