@@ -1,4 +1,4 @@
-// A saved host: a folder that stands in for the root folder of a Linux machine, and a source that reads it.
+// A saved host: a folder that replaces the root folder of a Linux host, and a source that reads it.
 #ifndef TESTS_LINUX_SAVED_HOST_H
 #define TESTS_LINUX_SAVED_HOST_H
 
@@ -82,8 +82,8 @@ class SavedHost {
  public:
   // An empty root, or one unpacked from an archive of that name below hosts/.
   //
-  // The source's clock stands still but for Age(). Each change of the host through this class makes everything that was
-  // read before too old to be reused.
+  // The source's clock does not run; Age() advances it. Each change of the host through this class also advances it, so far
+  // that everything that was read before is read again.
   explicit SavedHost(Writes writes = Writes::kRefused);
   explicit SavedHost(const std::string &archive, Writes writes = Writes::kRefused);
   ~SavedHost();

@@ -139,7 +139,7 @@ TEST(SavedHost, ControlGroupFigures) {
   EXPECT_CELL(ask.Stats(web).allocTgt, MB(6));
 }
 
-TEST(SavedHost, AReservationIsBoundedByThatAbove) {
+TEST(SavedHost, AReservationIsBoundedByItsParents) {
   SavedHost host("v2.host");
   host.Write(kTop + "system.slice/memory.min", "1048576\n");
   Asker ask = host.ask();

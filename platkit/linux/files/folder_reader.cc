@@ -6,7 +6,7 @@
 
 #include <cerrno>
 
-#include "platkit/linux/files/system_calls.h"
+#include "platkit/errno_status.h"
 
 namespace platkit {
 

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "platkit/errno_status.h"
 #include "platkit/linux/files/system_calls.h"
 
 namespace platkit {

@@ -29,7 +29,7 @@ enum class Writes { kRefused, kTaken };
 enum class Access { kRead, kWrite };
 
 // All operations return HVC_NOT_FOUND if the file, its folder or its process does not exist, HVC_NO_PERMISSION if this
-// user may not open it, and HVC_IO_ERROR on any other failure, unless they say otherwise.
+// user may not open it, and HVC_IO_ERROR on most other failures (see errno_status.h), unless they say otherwise.
 class HostFiles {
  public:
   using Observer = std::function<void(std::string_view path, Access access)>;

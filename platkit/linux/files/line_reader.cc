@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "platkit/errno_status.h"
 #include "platkit/linux/files/system_calls.h"
 
 namespace platkit {

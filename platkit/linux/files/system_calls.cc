@@ -7,19 +7,6 @@
 
 namespace platkit {
 
-HVC_ReturnStatus StatusOfErrno(int error) {
-  switch (error) {
-    case ENOENT:
-    case ENOTDIR:
-    case ESRCH:
-    case ENODEV: return HVC_NOT_FOUND;
-    case EACCES:
-    case EPERM: return HVC_NO_PERMISSION;
-    case EROFS: return HVC_READ_ONLY;
-    default: return HVC_IO_ERROR;
-  }
-}
-
 ssize_t ReadOnce(const FileDescriptor &file, std::span<char> buffer) {
   ssize_t got = 0;
   do {

@@ -8,13 +8,8 @@
 #include <span>
 
 #include "platkit/linux/files/file_descriptor.h"
-#include "platkit/status.h"
 
 namespace platkit {
-
-// The status that stands for an errno value: HVC_NOT_FOUND if the file, its folder or its process does not exist,
-// HVC_NO_PERMISSION, HVC_READ_ONLY, else HVC_IO_ERROR.
-HVC_ReturnStatus StatusOfErrno(int error);
 
 // Calls read(2) once, and again if a signal interrupts it. -1 with errno set on failure.
 ssize_t ReadOnce(const FileDescriptor &file, std::span<char> buffer);

@@ -68,7 +68,7 @@ TEST(LinuxSource, OnlyWhatIsAskedForIsRead) {
   EXPECT_EQ(host.Opens(kTop + "system.slice/memory.min"), 0);
 }
 
-TEST(LinuxSource, ARecordAskedForAgainIsReadAgain) {
+TEST(LinuxSource, ARecordIsReadAgainAfterAChange) {
   SavedHost host("two-nodes.host");
   Asker ask = host.ask();
   const auto heap = [&] { return ask.Record<HeapStatsRecord>("system_heaps_stats", {"kmalloc-8"}); };
@@ -157,7 +157,7 @@ const SourceOfCell kSourcesOfCells[] = {
     {"two-nodes.host", "sys/bus/nd/devices/namespace10.0/size", "2097152\n", SizeOfNamespace},
 };
 
-TEST(LinuxSource, WhatWasReadIsReusedFor100Milliseconds) {
+TEST(LinuxSource, FiguresAreReusedFor100Milliseconds) {
   for (const SourceOfCell &source : kSourcesOfCells) {
     SavedHost host(source.host);
     const uint64_t before = source.cell(host);

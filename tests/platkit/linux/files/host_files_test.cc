@@ -97,7 +97,7 @@ TEST(HostFiles, PartsOfAKernelFile) {
 }
 
 // A saved root may come from anyone: nothing in it leads out of it.
-TEST(HostFiles, ASavedRootLeadsNowhereElse) {
+TEST(HostFiles, LinksStayBelowASavedRoot) {
   SavedHost outside;
   outside.Write("secret", "outside");
   SavedHost host;
@@ -145,7 +145,7 @@ TEST(HostFiles, LinksAreFollowedWhileOtherFilesAreRenamed) {
   EXPECT_EQ(read, kReads);
 }
 
-TEST(HostFiles, AFileWithoutEndIsNotReadToIt) {
+TEST(HostFiles, AnEndlessFileIsNotReadToItsEnd) {
   SavedHost host;
   host.MakeLink("endless", "/dev/zero");
   HostFiles files(host.Path(""), Reach::kHost);
@@ -156,7 +156,7 @@ TEST(HostFiles, AFileWithoutEndIsNotReadToIt) {
   EXPECT_EQ(lines.status(), HVC_IO_ERROR);
 }
 
-TEST(HostFiles, AFifoDoesNotStopTheReader) {
+TEST(HostFiles, AFifoDoesNotBlock) {
   SavedHost host;
   ASSERT_EQ(mkfifo(host.Path("fifo").c_str(), 0644), 0);
   HostFiles files(host.Path(""), Reach::kRootFolder);
@@ -209,7 +209,7 @@ TEST(HostFiles, AFileIsIdentifiedByItsInode) {
 }
 
 // A control group may go, and another one come under its name, while its files are read.
-TEST(HostFiles, FilesOfAFolderAreThoseOfTheOneThatWasListed) {
+TEST(HostFiles, FilesAreOpenedInTheFolderThatWasListed) {
   for (const Reach reach : {Reach::kHost, Reach::kRootFolder}) {
     SavedHost host;
     host.Write("group/file", "listed");

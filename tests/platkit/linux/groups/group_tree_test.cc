@@ -21,7 +21,7 @@ void Replace(SavedHost &host, const std::string &path) {
   std::filesystem::rename(host.Path(path + ".new"), host.Path(path));
 }
 
-TEST(GroupTree, AProcessIsGoneWhenItsPidIsAnothers) {
+TEST(GroupTree, AProcessWhosePidIsReusedIsNotFound) {
   SavedHost host("v2.host");
   Asker ask = host.ask();
   ask.Members(host.ControlGroup(kWeb));
@@ -107,7 +107,7 @@ TEST(GroupTree, AVanishedControlGroupIsNotFound) {
   EXPECT_CELL(ask.Capacity(system).consumedResv, 1024u) << "what is left of its siblings";
 }
 
-TEST(GroupTree, WhatHasNoMemoryIsNoProcess) {
+TEST(GroupTree, KernelThreadsAndZombiesAreNoMembers) {
   SavedHost host("v2.host");
   for (const char *status : {"", "Name:\tx\n", "Kthread:\t1\nVmSize: 1 kB\n", "State:\tZ (zombie)\nVmSize: 1 kB\n",
                              "Tgid:\t99\nVmSize: 1 kB\n"}) {
@@ -118,7 +118,7 @@ TEST(GroupTree, WhatHasNoMemoryIsNoProcess) {
   }
 }
 
-TEST(GroupTree, AProcessThatMayNotBeReadIsThereAllTheSame) {
+TEST(GroupTree, AnUnreadableProcessIsListed) {
   SavedHost host("v2.host");
   host.Forbid("proc/100/status");
   host.Forbid("proc/101/ksm_merging_pages");
@@ -132,7 +132,7 @@ TEST(GroupTree, AProcessThatMayNotBeReadIsThereAllTheSame) {
   EXPECT_CELL(ask.Stats(101).memSize, 40000u);
 }
 
-TEST(GroupTree, UnreadableMembersAreNone) {
+TEST(GroupTree, UnreadableMembersAreLeftOut) {
   SavedHost host("v2.host");
   const int64_t web = host.ControlGroup(kWeb);
   host.MakeFolder(kWeb + "/inner");

@@ -55,7 +55,7 @@ TEST(GuestMapping, OtherMappings) {
   }
 }
 
-TEST(GuestMapping, PiecesSideBySideAreOne) {
+TEST(GuestMapping, AdjacentPiecesCountAsOne) {
   EXPECT_EQ(Largest("100000-200000 rw-p 00000000 00:00 0 \n200000-300000 rw-p 00000000 00:00 0 \n"), Figure(2048));
   EXPECT_EQ(Largest("100000-200000 rw-s 00000000 00:32 5 /a\n200000-300000 rw-s 00000000 00:32 6 /b\n"), Figure(1024))
       << "of two files";
@@ -65,7 +65,7 @@ TEST(GuestMapping, PiecesSideBySideAreOne) {
       << "with a guard between them";
 }
 
-TEST(GuestMapping, WhatCannotBeReadTellsNothing) {
+TEST(GuestMapping, AFileThatCannotBeRead) {
   SavedHost host;
   HostFiles files(host.Path(""), Reach::kRootFolder);
   EXPECT_EQ(LargestMemoryMapping(files, 7, {}), Figure());

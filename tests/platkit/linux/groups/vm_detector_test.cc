@@ -7,7 +7,7 @@ namespace {
 
 constexpr int64_t kVmm = 20'000'000;
 
-TEST(VmDetector, QemuIsKnownByItsProgramsName) {
+TEST(VmDetector, QemuIsRecognizedByItsProgramName) {
   const struct {
     const char *process, *program;
     bool isMachine;
@@ -32,7 +32,7 @@ TEST(VmDetector, QemuIsKnownByItsProgramsName) {
   }
 }
 
-TEST(VmDetector, OnlyLikelyCommandLinesAreRead) {
+TEST(VmDetector, CommandLinesOfOtherProgramsAreNotRead) {
   SavedHost host("v2.host");
   host.ask().Flags(100);
   host.ask().Flags(300);
@@ -40,7 +40,7 @@ TEST(VmDetector, OnlyLikelyCommandLinesAreRead) {
   EXPECT_EQ(host.Opens("proc/300/cmdline"), 1);
 }
 
-TEST(VmDetector, KvmTellsWhoOwnsMachines) {
+TEST(VmDetector, KvmListsTheOwnersOfVms) {
   SavedHost host("kvm-list.host");
   EXPECT_EQ(host.ask().Members(400), std::vector<int64_t>{kVmm + 400});
   EXPECT_EQ(host.ask().Name(400), "monitor");
@@ -50,7 +50,7 @@ TEST(VmDetector, KvmTellsWhoOwnsMachines) {
 }
 
 // KVM names the thread that made the machine, which need not be its process' first.
-TEST(VmDetector, AnyThreadMayHaveMadeTheMachine) {
+TEST(VmDetector, AnyThreadMayHaveCreatedTheVm) {
   SavedHost host("kvm-list.host");
   host.MakeFolder("sys/kernel/debug/kvm/455-12");
   host.Write("proc/455/status", "Name:\tworker\nTgid:\t401\nPid:\t455\nVmSize: 9 kB\n");
@@ -58,7 +58,7 @@ TEST(VmDetector, AnyThreadMayHaveMadeTheMachine) {
   EXPECT_EQ(host.Opens("proc/401/fd"), 0);
 }
 
-TEST(VmDetector, DescriptorsTellWhereTheThreadHasEnded) {
+TEST(VmDetector, DescriptorsAreReadIfTheThreadHasEnded) {
   SavedHost host("kvm-list.host");
   host.Write("sys/module/kvm_intel/refcnt", "3\n");
   host.MakeFolder("sys/kernel/debug/kvm/455-9");
@@ -66,7 +66,7 @@ TEST(VmDetector, DescriptorsTellWhereTheThreadHasEnded) {
   EXPECT_EQ(host.ask().Tag(400), "vm");
 }
 
-TEST(VmDetector, DescriptorsTellWhereTheListIsNotReadable) {
+TEST(VmDetector, DescriptorsAreReadIfTheListIsUnreadable) {
   SavedHost host("kvm-descriptors.host");
   EXPECT_EQ(host.ask().Tag(400), "vm");
   EXPECT_EQ(host.ask().Tag(401), "process") << "of one thread";
@@ -79,7 +79,7 @@ TEST(VmDetector, DescriptorsTellWhereTheListIsNotReadable) {
   EXPECT_EQ(forbidden.ask().Tag(401), "vm");
 }
 
-TEST(VmDetector, DescriptorsAreLookedAtOnlyWhileKvmIsInUse) {
+TEST(VmDetector, DescriptorsAreReadOnlyWhileKvmIsInUse) {
   SavedHost idle("kvm-descriptors.host");
   idle.Write("sys/module/kvm/refcnt", "0\n");
   idle.Write("dev/kvm", "");
@@ -96,7 +96,7 @@ TEST(VmDetector, DescriptorsAreLookedAtOnlyWhileKvmIsInUse) {
   EXPECT_EQ(none.ask().Tag(400), "process");
 }
 
-TEST(VmDetector, KvmIsLookedAtAnewWithTheHost) {
+TEST(VmDetector, KvmIsReadAgainWithTheHost) {
   SavedHost host("kvm-list.host");
   Asker ask = host.ask();
   EXPECT_EQ(ask.Tag(401), "process");

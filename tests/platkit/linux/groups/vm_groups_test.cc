@@ -13,7 +13,7 @@ const std::string kShared = kTop + "shared.slice";
 
 bool HasOwnGroup(SavedHost &host, int64_t pid) { return host.ask().Alloc(pid).max != kNone; }
 
-TEST(OwnControlGroups, ListedOrNotTheAnswerIsTheSame) {
+TEST(VmGroups, TheAnswerDoesNotDependOnListings) {
   for (const bool listed : {false, true}) {
     SavedHost host("clients.host");
     if (listed) {
@@ -26,7 +26,7 @@ TEST(OwnControlGroups, ListedOrNotTheAnswerIsTheSame) {
   }
 }
 
-TEST(OwnControlGroups, WhatIsBelowCounts) {
+TEST(VmGroups, ProcessesInGroupsBelowCount) {
   for (const bool listed : {false, true}) {
     SavedHost host("clients.host");
     host.Write(kOwn + "/a/cgroup.procs", "");
@@ -40,7 +40,7 @@ TEST(OwnControlGroups, WhatIsBelowCounts) {
   }
 }
 
-TEST(OwnControlGroups, ATreeOfManyFoldersIsGivenUp) {
+TEST(VmGroups, AGroupOfManyFoldersCountsAsShared) {
   SavedHost host("clients.host");
   for (int i = 0; i < 100; ++i)
     host.MakeFolder(kOwn + "/" + std::to_string(i));
@@ -49,14 +49,14 @@ TEST(OwnControlGroups, ATreeOfManyFoldersIsGivenUp) {
   EXPECT_FALSE(HasOwnGroup(host, 310));
 }
 
-TEST(OwnControlGroups, AGroupWhoseMembersAreHiddenIsNotOwn) {
+TEST(VmGroups, AGroupWithHiddenMembersCountsAsShared) {
   SavedHost host("clients.host");
   host.Forbid(kOwn + "/cgroup.procs");
   OrdinaryUser user;
   EXPECT_FALSE(HasOwnGroup(host, 310));
 }
 
-TEST(OwnControlGroups, TheHostIsNobodysOwn) {
+TEST(VmGroups, TheHostIsNoVmsOwnGroup) {
   SavedHost host("clients.host");
   host.Write("proc/310/cgroup", "0::/\n");
   EXPECT_FALSE(HasOwnGroup(host, 310));

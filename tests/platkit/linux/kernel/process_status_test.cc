@@ -57,7 +57,7 @@ TEST(ProcessStatus, NameAndThreads) {
   EXPECT_EQ(status.threads, 0u);
 }
 
-TEST(ProcessStatus, WhatHasNoMemoryOfItsOwnIsNotFound) {
+TEST(ProcessStatus, KernelThreadsZombiesAndThreadsAreNotFound) {
   KernelFiles kernel;
   ProcessStatus status;
   for (const char *text : {"", "Name:\tx\n", "Kthread:\t1\nVmSize: 1 kB\n", "State:\tZ (zombie)\nVmSize: 1 kB\n",

@@ -14,7 +14,7 @@ BuddyComprehensiveRecord Buddy(SavedHost &host, const char *name) {
 
 using Names = std::vector<std::string>;
 
-TEST(Buddies, OnePerMemoryNodeAndKindOfZone) {
+TEST(BuddyRecords, OnePerMemoryNodeAndKindOfZone) {
   SavedHost host("two-nodes.host");
   EXPECT_EQ(host.ask().Names("system_buddy"), (Names{"memmap-00-lo", "memmap-00-hi", "memmap-01-hi"}));
   EXPECT_CELL(host.ask().Record<MemNodeRecord>("memory_memNodes", {0}).numaNode, 0u);
@@ -26,7 +26,7 @@ TEST(Buddies, OnePerMemoryNodeAndKindOfZone) {
   }
 }
 
-TEST(Buddies, FreeBuffers) {
+TEST(BuddyRecords, FreeBuffers) {
   SavedHost host("two-nodes.host");
   const BuddyComprehensiveRecord low = Buddy(host, "memmap-00-lo");
   const uint32_t expected[] = {5, 4, 3, 2, 1, 0, 0, 0, 1, 3, 703};
@@ -41,7 +41,7 @@ TEST(Buddies, FreeBuffers) {
   }
 }
 
-TEST(Buddies, LargePagesStartAtALargerSize) {
+TEST(BuddyRecords, LargePagesStartAtALargerSize) {
   SavedHost host("64k-pages.host");
   host.Write("proc/buddyinfo", "Node 0, zone Normal 1 2 3 0 0 0 0 0 0 0 0 0 0 4 5 6 7\n");
   const BuddyComprehensiveRecord buddy = Buddy(host, "memmap-00-hi");
@@ -51,7 +51,7 @@ TEST(Buddies, LargePagesStartAtALargerSize) {
   EXPECT_CELL(buddy.sizes[18].free, 5u + 2 * 6 + 4 * 7) << "what is larger counts as several";
 }
 
-TEST(Buddies, LinesOfAllKinds) {
+TEST(BuddyRecords, LinesOfAllKinds) {
   SavedHost host("two-nodes.host");
   const auto names = [&](std::string_view text) {
     host.Write("proc/buddyinfo", text);
@@ -75,7 +75,7 @@ TEST(Buddies, LinesOfAllKinds) {
   EXPECT_CELL(host.ask().Record<MemNodeRecord>("memory_memNodes", {299}).numaNode, 255u);
 }
 
-TEST(Buddies, AFileThatCannotBeRead) {
+TEST(BuddyRecords, AFileThatCannotBeRead) {
   SavedHost host("two-nodes.host");
   Names names;
   MemInfoRecord record;

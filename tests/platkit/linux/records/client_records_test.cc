@@ -1,4 +1,4 @@
-// Memory clients: the processes and the machines' monitors of saved hosts, and what becomes of their figures.
+// Figures of memory clients: processes and VMMs.
 #include <algorithm>
 
 #include "tests/linux/saved_host.h"
@@ -82,7 +82,7 @@ uint64_t Remapped(SavedHost &host, int64_t client, std::string_view type) {
   return record.remapped;
 }
 
-// What a report makes of the parts.
+// Computes what a report computes.
 template <typename Record>
 uint64_t Consumed(const Record &record) {
   return record.zipped + record.mapped - record.sharedSaved - record.zipSaved;
@@ -119,7 +119,7 @@ TEST(ClientRecords, EachClientHasTheRecordsOfItsKind) {
   EXPECT_CELL(Ask<VmmLeaderIDRecord>(host, kLeaderNode, 310).vmmLeaderID, kVmm + 310);
 }
 
-TEST(ClientRecords, AMachineWithAControlGroupOfItsOwn) {
+TEST(ClientRecords, AVmWithItsOwnControlGroup) {
   SavedHost host("clients.host");
   const VmmMemoryStatsRecord vmm = Vmm(host, 310);
   EXPECT_CELL(vmm.memSize, MB(2048));
@@ -150,7 +150,7 @@ TEST(ClientRecords, AMachineWithAControlGroupOfItsOwn) {
   EXPECT_CELL(ask.Stats(310).sharedSaved, 12000u);
 }
 
-TEST(ClientRecords, AMachineThatSharesItsControlGroup) {
+TEST(ClientRecords, AVmThatSharesItsControlGroup) {
   SavedHost host("clients.host");
   const VmmMemoryStatsRecord vmm = Vmm(host, 320);
   EXPECT_CELL(vmm.memSize, MB(4096)) << "the largest mapping of memory, of two pieces";
@@ -171,7 +171,7 @@ TEST(ClientRecords, AMachineThatSharesItsControlGroup) {
   EXPECT_EQ(host.Opens(kShared + "/memory.stat"), 0);
 }
 
-TEST(ClientRecords, WhatIsResidentBeyondTheGuestIsOverhead) {
+TEST(ClientRecords, MemoryBeyondTheGuestsIsOverhead) {
   SavedHost host("clients.host");
   host.Write("proc/310/status", "Name:\tqemu-kvm\nVmSize: 9 kB\nVmRSS: 2097252 kB\nRssAnon: 2097252 kB\nVmPTE: 5 kB\n");
   EXPECT_CELL(Vmm(host, 310).mapped, MB(2048));
@@ -256,7 +256,7 @@ TEST(ClientRecords, Compression) {
   EXPECT_EQ(StatusOf<ZipStatsRecord>(host, kZipNode, 310), HVC_NOT_FOUND) << "a kernel without it";
 }
 
-TEST(ClientRecords, GuestsTellTheHostNothing) {
+TEST(ClientRecords, FiguresThatOnlyTheGuestKnows) {
   SavedHost host("clients.host");
   const GuestStatsRecord guest = Guest(host, 310);
   EXPECT_CELL(guest.memTotal, MB(2048));
@@ -299,7 +299,7 @@ TEST(ClientRecords, UserWorlds) {
   EXPECT_EQ(static_cast<int>(Uw(host, 321).memSizeLimit), -1) << "more than the field takes";
 }
 
-TEST(ClientRecords, LockedMemoryIsNoMoreThanThereIs) {
+TEST(ClientRecords, LockedMemoryIsBoundedByConsumedMemory) {
   SavedHost host("clients.host");
   host.Write("proc/400/status", "VmSize: 900 kB\nVmRSS: 100 kB\nRssAnon: 60 kB\nRssFile: 40 kB\nVmLck: 500 kB\n");
   const UwMemoryStatsRecord uw = Uw(host, 400);
@@ -425,7 +425,7 @@ TEST(ClientRecords, SharingOfAProcess) {
 }
 
 // One bad file costs its cells; the rest of the record stands.
-TEST(ClientRecords, MemoryStatOfAMachine) {
+TEST(ClientRecords, MemoryStatOfAVm) {
   SavedHost host("clients.host");
   host.Write(kOwn + "/memory.stat", "zswapped x\nzswap 4096\nanon_thp\npswpin -1\nactive_anon 8192\nswapcached y\n");
   EXPECT_CELL(Vmm(host, 310).zipped, kNone);
@@ -488,7 +488,7 @@ TEST(ClientRecords, AnOldKernel) {
   EXPECT_EQ(RemapTypes(host, 100), Types{});
 }
 
-// What is read.
+// Which files are read.
 
 // Asks for what the reports on clients ask, group by group.
 void Walk(SavedHost &host, int64_t group, bool vmsOnly) {
@@ -523,7 +523,7 @@ std::vector<std::string> TwiceOpened(std::vector<std::string> opened) {
   return twice;
 }
 
-TEST(ClientUpkeep, AWalkReadsEachFileOnceAndNoneThatIsCostly) {
+TEST(ClientReads, AWalkReadsEachFileOnceAndNoneThatIsCostly) {
   for (const char *archive : {"clients.host", "v2.host", "v1.host", "kernel-5.10.host", "kvm-descriptors.host"}) {
     SavedHost host(archive);
     Walk(host, 0, false);
@@ -535,7 +535,7 @@ TEST(ClientUpkeep, AWalkReadsEachFileOnceAndNoneThatIsCostly) {
   }
 }
 
-TEST(ClientUpkeep, ASecondWalkSeesTheHostAsItIsThen) {
+TEST(ClientReads, ASecondWalkSeesChanges) {
   SavedHost host("clients.host");
   Walk(host, 0, false);
   host.Write("proc/swaps", "/a file 10 4 -2\n");
@@ -549,7 +549,7 @@ TEST(ClientUpkeep, ASecondWalkSeesTheHostAsItIsThen) {
   EXPECT_CELL(Vmm(host, 310).touched, 4u);
 }
 
-TEST(ClientUpkeep, ARecordAskedForAgainIsReadAnew) {
+TEST(ClientReads, ARecordIsReadAgainAfterAChange) {
   SavedHost host("clients.host");
   Walk(host, 0, false);
   host.Write("proc/swaps", "");
@@ -564,7 +564,7 @@ TEST(ClientUpkeep, ARecordAskedForAgainIsReadAnew) {
   EXPECT_EQ(static_cast<int>(Uw(host, 400).memSizeLimit), 4);
 }
 
-TEST(ClientUpkeep, OnlyWhatIsAskedForIsRead) {
+TEST(ClientReads, OnlyWhatIsAskedForIsRead) {
   SavedHost host("clients.host");
   Walk(host, 0, true);
   for (const char *path : {"proc/400/limits", "proc/400/ksm_stat", "proc/400/sched", "proc/400/maps", "proc/310/maps",
@@ -577,7 +577,7 @@ TEST(ClientUpkeep, OnlyWhatIsAskedForIsRead) {
   EXPECT_EQ(host.Opens(kTop + "app.slice/memory.stat"), 0);
 }
 
-TEST(ClientUpkeep, AVanishedMachineIsNotFound) {
+TEST(ClientReads, AVanishedVmIsNotFound) {
   SavedHost host("clients.host");
   host.ask().Members(host.ControlGroup(kOwn));
   host.Remove("proc/310");

@@ -14,7 +14,7 @@ HeapStatsRecord Heap(SavedHost &host, const char *name) {
 
 using Names = std::vector<std::string>;
 
-TEST(Heaps, OnePerCache) {
+TEST(HeapRecords, OnePerCache) {
   SavedHost host("two-nodes.host");
   EXPECT_EQ(host.ask().Names("system_heaps"), (Names{"ext4_inode_cache", "p9_fcall", "an odd name", "empty",
                                                      "a_cache_of_a_name_that_is_longer_th", "dentry", "kmalloc-8"}));
@@ -36,7 +36,7 @@ TEST(Heaps, OnePerCache) {
   EXPECT_EQ(host.ask().Get("system_heaps_stats", {"nothing"}, record), HVC_NOT_FOUND);
 }
 
-TEST(Heaps, CachesOfOneNameAreOne) {
+TEST(HeapRecords, CachesOfOneNameAreMerged) {
   SavedHost host("two-nodes.host");
   const HeapStatsRecord heap = Heap(host, "p9_fcall");
   EXPECT_CELL(heap.size, 8192u);
@@ -44,7 +44,7 @@ TEST(Heaps, CachesOfOneNameAreOne) {
   EXPECT_CELL(heap.numRanges, 2u);
 }
 
-TEST(Heaps, WhatDoesNotFitKeepsItsProportions) {
+TEST(HeapRecords, ALargeHeapIsScaledDown) {
   SavedHost host("two-nodes.host");
   const HeapStatsRecord heap = Heap(host, "dentry");
   const uint32_t most = 4294963200;
@@ -55,7 +55,7 @@ TEST(Heaps, WhatDoesNotFitKeepsItsProportions) {
   EXPECT_CELL(heap.numRanges, 2000000u);
 }
 
-TEST(Heaps, LinesOfAllKinds) {
+TEST(HeapRecords, LinesOfAllKinds) {
   SavedHost host("two-nodes.host");
   host.Write("proc/slabinfo",
              "slabinfo - version: 9\nno numbers\n : tunables\n1 2 3 4 5 : tunables 0 0 0 : slabdata 1 1 0\n"
@@ -73,7 +73,7 @@ TEST(Heaps, LinesOfAllKinds) {
   EXPECT_CELL(Heap(host, "ctrl?").avail, 100u);
 }
 
-TEST(Heaps, AreForRoot) {
+TEST(HeapRecords, OnlyRootReadsThem) {
   SavedHost host("two-nodes.host");
   Names names;
   HeapStatsRecord record;

@@ -19,7 +19,7 @@ StateTransitionsRecord Transitions(SavedHost &host, const char *state) {
   return host.ask().Record<StateTransitionsRecord>("sched_globalStats_memory_stateTransitions", {state});
 }
 
-TEST(HostMemory, WhoHoldsIt) {
+TEST(HostMemoryRecords, Comprehensive) {
   SavedHost host("two-nodes.host");
   const ComprehensiveRecord memory = Memory(host);
   EXPECT_CELL(memory.total, 4u * (3998 + 780000 + 3200000 + 4000000));
@@ -38,7 +38,7 @@ TEST(HostMemory, WhoHoldsIt) {
   EXPECT_CELL(Global(host).memState, 0u);
 }
 
-TEST(HostMemory, AnOlderKernel) {
+TEST(HostMemoryRecords, AnOlderKernel) {
   SavedHost host("two-nodes.host");
   host.Write("proc/vmstat", "nr_free_pages 1\n");
   host.Write("proc/meminfo", "MemTotal: 1000 kB\nMemFree: 10 kB\nSlab: 100 kB\n");
@@ -50,7 +50,7 @@ TEST(HostMemory, AnOlderKernel) {
   EXPECT_CELL(memory.dataAndHeap, 108u);
 }
 
-TEST(HostMemory, AnOrdinaryUserDoesNotLearnWhereTheKernelIs) {
+TEST(HostMemoryRecords, AnOrdinaryUserDoesNotLearnWhereTheKernelIs) {
   SavedHost host("two-nodes.host");
   host.Write("proc/iomem",
              "00000000-00000000 : System RAM\n  00000000-00000000 : Kernel code\n"
@@ -60,7 +60,7 @@ TEST(HostMemory, AnOrdinaryUserDoesNotLearnWhereTheKernelIs) {
   EXPECT_CELL(Memory(host).otherConsumed, 21870000u);
 }
 
-TEST(HostMemory, EachFileCostsItsCells) {
+TEST(HostMemoryRecords, EachFileCostsItsCells) {
   const struct {
     const char *file;
     uint64_t (*cell)(const ComprehensiveRecord &);
@@ -103,7 +103,7 @@ std::string ZoneOf(const std::string &free, bool tellsPromo) {
          "  pagesets\n    cpu: 0\n              high:     1\n";
 }
 
-TEST(HostMemory, StateByTheWatermarks) {
+TEST(HostMemoryRecords, StateByTheWatermarks) {
   const struct {
     const char *free;
     uint32_t state;
@@ -121,7 +121,7 @@ TEST(HostMemory, StateByTheWatermarks) {
   EXPECT_CELL(Global(host).minFree, kNone);
 }
 
-TEST(HostMemory, Transitions) {
+TEST(HostMemoryRecords, Transitions) {
   SavedHost host("two-nodes.host");
   const struct {
     const char *state;
@@ -137,7 +137,7 @@ TEST(HostMemory, Transitions) {
   }
 }
 
-TEST(HostMemory, WhatIsBelowHasNotComeBack) {
+TEST(HostMemoryRecords, AWatermarkThatIsNotRegained) {
   SavedHost host("two-nodes.host");
   host.Write("proc/zoneinfo", ZoneOf("25", true));
   EXPECT_CELL(Transitions(host, "high").toLowerCount, 50u);
@@ -155,7 +155,7 @@ TEST(HostMemory, WhatIsBelowHasNotComeBack) {
   EXPECT_CELL(Transitions(host, "hard").toLowerCount, kNone32);
 }
 
-TEST(HostMemory, Machines) {
+TEST(HostMemoryRecords, NumberOfVms) {
   SavedHost host("two-nodes.host");
   EXPECT_CELL(host.ask().Record<NumVMsRecord>("sched_globalStats_numVMs").numVMs, 1u);
   host.Remove("proc/200");

@@ -14,7 +14,7 @@ LPoolStatsRecord Pool(SavedHost &host, int64_t node, const char *name) {
 
 using Names = std::vector<std::string>;
 
-TEST(LargePagePools, OnePerNodeAndSize) {
+TEST(LargePagePoolRecords, OnePerNodeAndSize) {
   SavedHost host("two-nodes.host");
   EXPECT_EQ(host.ask().Names("memory_lpage_nodeList_vmPools", {0}), (Names{"hugepages-2MB", "hugepages-1GB"}));
   EXPECT_EQ(host.ask().Names("memory_lpage_nodeList_vmPools", {1}), Names{"hugepages-2MB"});
@@ -34,7 +34,7 @@ TEST(LargePagePools, OnePerNodeAndSize) {
   EXPECT_EQ(host.ask().Get("memory_lpage_nodeList_vmPools", {2, "hugepages-2MB"}, record), HVC_NOT_FOUND);
 }
 
-TEST(LargePagePools, SizesAndNames) {
+TEST(LargePagePoolRecords, SizesAndNames) {
   SavedHost host("two-nodes.host");
   const std::string folder = "sys/devices/system/node/node2/hugepages/hugepages-";
   for (const char *size : {"64kB", "32768kB", "16777216kB", "1536kB", "0kB", "xkB", "kB", "5"}) {
@@ -48,7 +48,7 @@ TEST(LargePagePools, SizesAndNames) {
   EXPECT_CELL(Pool(host, 1, "hugepages-16GB").nrLPages, 3u * 8192);
 }
 
-TEST(LargePagePools, EachFile) {
+TEST(LargePagePoolRecords, EachFile) {
   SavedHost host("two-nodes.host");
   const std::string folder = "sys/devices/system/node/node0/hugepages/hugepages-2048kB/";
   for (const char *bad : {"x\n", "", "-1\n", "99999999999\n"}) {
@@ -67,7 +67,7 @@ TEST(LargePagePools, EachFile) {
   EXPECT_EQ(host.ask().Names("memory_lpage_nodeList_vmPools", {0}), Names{}) << "a kernel without huge pages";
 }
 
-TEST(LargePagePools, AKernelWithoutNuma) {
+TEST(LargePagePoolRecords, AKernelWithoutNuma) {
   SavedHost host("two-nodes.host");
   host.Remove("sys/devices/system/node");
   host.Write("sys/kernel/mm/hugepages/hugepages-2048kB/nr_hugepages", "7\n");
@@ -75,7 +75,7 @@ TEST(LargePagePools, AKernelWithoutNuma) {
   EXPECT_CELL(Pool(host, 0, "hugepages-2MB").nrLPages, 7u);
 }
 
-TEST(LargePagePools, ThatOfPageSharingIsEmpty) {
+TEST(LargePagePoolRecords, ThePoolOfPageSharingIsEmpty) {
   SavedHost host("two-nodes.host");
   EXPECT_CELL(host.ask().Record<LPoolStatsRecord>("memory_lpage_nodeList_psharePool", {1}).nrLPages, 0u);
   LPoolStatsRecord record;

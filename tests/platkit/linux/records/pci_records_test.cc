@@ -16,7 +16,7 @@ const std::string kDevices = "sys/bus/pci/devices";
 const std::string kConfig = kDevices + "/0000:3a:0a.2/config";
 const std::string kRegister = "hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr";
 
-// A configuration space in which every byte tells where it stands.
+// A configuration space in which each byte depends on its address.
 std::string Pattern(size_t size) {
   std::string bytes;
   for (size_t i = 0; i < size; ++i)
@@ -52,7 +52,7 @@ TEST(PciLists, EachListHoldsWhatIsThere) {
   EXPECT_EQ(Pci(host, {0x10000, 1, 0}), IDs{0});
 }
 
-TEST(PciLists, BelowWhatIsNotThereNothingIsFound) {
+TEST(PciLists, NothingIsFoundBelowAMissingParent) {
   SavedHost host("persistent-memory.host");
   for (const IDs &above : {IDs{1}, IDs{-1}, IDs{0x3a}, IDs{INT64_MAX}, IDs{0, 1}, IDs{0, -1}, IDs{0x10000, 0},
                            IDs{0, 0, 1}, IDs{0, 0, 10}, IDs{0, INT64_MIN, 0}}) {
@@ -137,7 +137,7 @@ TEST(PciLists, ASearchReadsEachFileOnceAndTouchesNoDevice) {
   EXPECT_EQ(host.opened().size(), 1u + 2 * 8);
 }
 
-TEST(PciLists, ASecondSearchSeesTheHostAsItIsThen) {
+TEST(PciLists, ASecondSearchSeesChanges) {
   SavedHost host("persistent-memory.host");
   Search(host);
   host.Remove(kDevices + "/10000:01:00.0");
@@ -163,7 +163,7 @@ TEST(PciHeader, Identifiers) {
   EXPECT_CELL(header.deviceID, 0x0a54);
 }
 
-TEST(PciHeader, WhatIsNoFunctionIsNotFound) {
+TEST(PciHeader, AddressesWithoutAFunctionAreNotFound) {
   SavedHost host("persistent-memory.host");
   PciConfigHeaderRecord header;
   for (const IDs &function :
@@ -231,7 +231,7 @@ TEST(PciRegister, ARegisterIsReadWithTheSizeAskedFor) {
   EXPECT_TRUE(host.openedForWriting().empty());
 }
 
-TEST(PciRegister, ARegisterIsReadAnewEachTime) {
+TEST(PciRegister, ARegisterIsReadAgainEachTime) {
   SavedHost host("persistent-memory.host");
   uint64_t value = 0;
   EXPECT_EQ(ReadRegister(host, 4, 0, value), HVC_OK);
@@ -243,7 +243,7 @@ TEST(PciRegister, ARegisterIsReadAnewEachTime) {
   EXPECT_EQ(host.opened().size(), 2u) << "and nothing else";
 }
 
-TEST(PciRegister, WhatNoRegisterCanBe) {
+TEST(PciRegister, InvalidRegisters) {
   SavedHost host("persistent-memory.host", Writes::kTaken);
   host.Write(kConfig, Pattern(4096));
   const auto expect = [&host](int64_t size, int64_t address, HVC_ReturnStatus status) {
@@ -276,7 +276,7 @@ TEST(PciRegister, ASpaceThatIsNotExtendedEndsAt256) {
   EXPECT_EQ(ReadStatus(host, 4, 0x230), HVC_ADDRESS_TOO_HIGH);
 }
 
-TEST(PciRegister, BehindTheHeaderOnlyThePrivilegedRead) {
+TEST(PciRegister, OrdinaryUsersReadOnlyTheHeader) {
   SavedHost host("persistent-memory.host");
   EXPECT_EQ(ReadStatus(host, 4, 60), HVC_OK);
   EXPECT_EQ(ReadStatus(host, 4, 64), HVC_NO_PERMISSION);
@@ -374,7 +374,7 @@ TEST_F(PciWrite, TheValueMustFitTheRegister) {
   EXPECT_TRUE(host_.opened().empty());
 }
 
-TEST_F(PciWrite, AFileIsNotMadeLonger) {
+TEST_F(PciWrite, AFileIsNotExtended) {
   for (const size_t size : {0u, 64u, 66u, 255u, 256u, 4094u}) {
     host_.Write(kConfig, Pattern(size));
     const int64_t past = static_cast<int64_t>(size + 3) / 4 * 4;
@@ -389,7 +389,7 @@ TEST_F(PciWrite, AFileIsNotMadeLonger) {
   }
 }
 
-TEST_F(PciWrite, AFileIsNotMade) {
+TEST_F(PciWrite, AFileIsNotCreated) {
   host_.Remove(kConfig);
   const std::map<std::string, std::string> before = Contents();
   EXPECT_EQ(Write(4, 0xd8, {1}), HVC_NOT_FOUND);
@@ -398,7 +398,7 @@ TEST_F(PciWrite, AFileIsNotMade) {
   EXPECT_EQ(Contents(), before);
 }
 
-TEST_F(PciWrite, AUserWhoMayNotWrite) {
+TEST_F(PciWrite, AnOrdinaryUserMayNotWrite) {
   fs::permissions(host_.Path(kConfig), fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
   const std::map<std::string, std::string> before = Contents();
   {
@@ -409,7 +409,7 @@ TEST_F(PciWrite, AUserWhoMayNotWrite) {
   EXPECT_EQ(Contents(), before);
 }
 
-TEST_F(PciWrite, OnlyAPlainFileTakesAWrite) {
+TEST_F(PciWrite, OnlyARegularFileIsWritten) {
   host_.Remove(kConfig);
   host_.Write("other", Pattern(4096));
   host_.MakeLink(kConfig, "/other");
@@ -431,7 +431,7 @@ TEST_F(PciWrite, ADeviceIsReachedThroughTheLinkOfItsBus) {
   EXPECT_EQ(host_.Read("sys/devices/0000:3a:0a.2/config").front(), '\x07');
 }
 
-TEST_F(PciWrite, ASavedRootTakesNoWritesUnlessToldTo) {
+TEST_F(PciWrite, ASavedRootRefusesWritesByDefault) {
   SavedHost host("persistent-memory.host");
   EXPECT_EQ(host.ask().Set(kRegister, {0, 0x3a, 10, 2, 4, 0}, {1}), HVC_READ_ONLY);
   EXPECT_TRUE(host.opened().empty());
@@ -520,7 +520,7 @@ TEST_F(PciInterface, AnotherRootDoesNot) {
   EXPECT_EQ(host_.Read(kConfig), Pattern(4096));
 }
 
-TEST_F(PciInterface, FlagsThatDoNotGoTogether) {
+TEST_F(PciInterface, ConflictingFlags) {
   for (const uint32_t flags : {NODAL_CACHE_SNAPSHOT | NODAL_CACHE_WRITABLE, 4u, 5u, 7u, UINT32_MAX})
     EXPECT_EQ(Use(flags), HVC_BAD_PARAM) << flags;
 }

@@ -40,7 +40,7 @@ ExtentRecord Extent(SavedHost &host, const std::string &volume) {
   return host.ask().Record<ExtentRecord>("memory_pmem_volumes_extents", {volume, 0});
 }
 
-TEST(PersistentMemory, AHostWithoutHasNoVolumes) {
+TEST(PmemRecords, AHostWithoutPersistentMemory) {
   SavedHost host("v2.host");
   EXPECT_EQ(Volumes(host), Names{});
   host.MakeFolder(kDevices);
@@ -51,7 +51,7 @@ TEST(PersistentMemory, AHostWithoutHasNoVolumes) {
   EXPECT_EQ(host.ask().List("memory_pmem_volumes", {}, names), HVC_NO_PERMISSION);
 }
 
-TEST(PersistentMemory, VolumesAndTheirRegions) {
+TEST(PmemRecords, VolumesAndTheirRegions) {
   SavedHost host("two-nodes.host");
   EXPECT_EQ(Volumes(host), (Names{kVolume, "region10"})) << "a region of memory that forgets is none";
   EXPECT_EQ(Regions(host, kVolume), (Names{kMapped, kDax})) << "a namespace of no size is none";
@@ -63,7 +63,7 @@ TEST(PersistentMemory, VolumesAndTheirRegions) {
   }
 }
 
-TEST(PersistentMemory, RegionStores) {
+TEST(PmemRecords, RegionStores) {
   SavedHost host("two-nodes.host");
   const RegionStoreRecord store = Store(host, kVolume);
   EXPECT_CELL(store.totalBlocks, 4096u);
@@ -81,7 +81,7 @@ TEST(PersistentMemory, RegionStores) {
   EXPECT_FALSE(IsClean(host, "region10"));
 }
 
-TEST(PersistentMemory, Regions) {
+TEST(PmemRecords, Regions) {
   SavedHost host("two-nodes.host");
   const RegionRecord mapped = Region(host, kVolume, kMapped);
   EXPECT_CELL(mapped.size, uint64_t{4} << 30);
@@ -104,7 +104,7 @@ TEST(PersistentMemory, Regions) {
             HVC_NOT_FOUND);
 }
 
-TEST(PersistentMemory, NumaNodesOfARegion) {
+TEST(PmemRecords, NumaNodesOfARegion) {
   SavedHost host("two-nodes.host");
   EXPECT_EQ(NumaNodes(host, kVolume, kDax), std::vector<int64_t>{2});
   EXPECT_EQ(NumaNodes(host, "region10", "namespace10.0"), std::vector<int64_t>{});
@@ -117,7 +117,7 @@ TEST(PersistentMemory, NumaNodesOfARegion) {
   EXPECT_EQ(host.ask().Get(node, {kVolume, kDax, -1}, other), HVC_NOT_FOUND);
 }
 
-TEST(PersistentMemory, AVolumeIsOneExtent) {
+TEST(PmemRecords, AVolumeIsOneExtent) {
   SavedHost host("two-nodes.host");
   std::vector<int64_t> extents;
   EXPECT_EQ(host.ask().List("memory_pmem_volumes_extents", {kVolume}, extents), HVC_OK);
@@ -134,7 +134,7 @@ TEST(PersistentMemory, AVolumeIsOneExtent) {
   EXPECT_EQ(host.ask().Get("memory_pmem_volumes_extents", {kVolume, 1}, record), HVC_NOT_FOUND);
 }
 
-TEST(PersistentMemory, EachFileOfAVolume) {
+TEST(PmemRecords, EachFileOfAVolume) {
   SavedHost host("two-nodes.host");
   const std::string region = kDevices + "region0/";
   for (const char *bad : {"", "x\n", "-1\n", "99999999999999999999\n", "max\n"}) {
@@ -169,7 +169,7 @@ TEST(PersistentMemory, EachFileOfAVolume) {
   EXPECT_FALSE(IsClean(host, kVolume));
 }
 
-TEST(PersistentMemory, EachFileOfARegion) {
+TEST(PmemRecords, EachFileOfARegion) {
   SavedHost host("two-nodes.host");
   const std::string space = kDevices + "namespace0.0/";
   host.Write(space + "size", "x\n");
@@ -189,7 +189,7 @@ TEST(PersistentMemory, EachFileOfARegion) {
   EXPECT_EQ(Regions(host, kVolume), (Names{kDax, "namespace0.1"})) << "one of each name";
 }
 
-TEST(PersistentMemory, NamesOfVolumes) {
+TEST(PmemRecords, NamesOfVolumes) {
   SavedHost host("two-nodes.host");
   for (const char *bad : {"", "0x0\n", "x\n", "0xzz\n", "0x1 2\n"}) {
     host.Write(kDevices + "region0/set_cookie", bad);
@@ -206,7 +206,7 @@ TEST(PersistentMemory, NamesOfVolumes) {
   EXPECT_EQ(Volumes(host), (Names{"iset-ab", "region10"}));
 }
 
-TEST(PersistentMemory, WhatVanishesIsNotFound) {
+TEST(PmemRecords, VanishedVolumesAndRegionsAreNotFound) {
   SavedHost host("two-nodes.host");
   Volumes(host);
   Regions(host, "region10");
@@ -220,7 +220,7 @@ TEST(PersistentMemory, WhatVanishesIsNotFound) {
   EXPECT_EQ(Volumes(host), Names{kVolume});
 }
 
-TEST(PersistentMemory, AWalkReadsEachFileOnce) {
+TEST(PmemRecords, AWalkReadsEachFileOnce) {
   SavedHost host("two-nodes.host");
   for (const std::string &volume : Volumes(host)) {
     Store(host, volume);
