@@ -56,7 +56,7 @@ _nodal() {
       elif [[ $word == -* ]]; then
         _nodal_offer "$(sed -n 's/^  \(-[^ ]*\).*/\1/p' <<<"$help" | tr , '\n')"
       elif [[ -z $command ]]; then
-        _nodal_offer "$(sed '1,/^Subcommands:/d' <<<"$help" | sed -n 's/^  \([a-z][^ ]*\) .*/\1/p')"
+        _nodal_offer "$(sed '1,/^Commands:/d' <<<"$help" | sed -n 's/^  \([a-z][^ ]*\) .*/\1/p')"
       elif [[ $help == *$'\n  path '* ]]; then
         _nodal_offer_paths
       else

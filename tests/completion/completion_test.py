@@ -141,7 +141,7 @@ class Completion(unittest.TestCase):
 
     def test_nodal(self):
         commands = subprocess.run([PROGRAMS + '/nodal', '--help'], capture_output=True, text=True, check=True).stdout
-        commands = commands.split('Subcommands:\n')[1].splitlines()
+        commands = commands.split('Commands:\n')[1].splitlines()
         self.offers('nodal ', [line.split()[0] for line in commands if line.startswith('  ') and line[2] != ' '])
         self.offers('nodal --cache %s ver' % SNAPSHOT, 'verify')
         self.offers('nodal --c', '--cache')

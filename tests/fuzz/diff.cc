@@ -6,17 +6,17 @@
 #include "tests/fuzz/nodal.h"
 #include "tests/fuzz/target.h"
 #include "tests/fuzz/tree_form.h"
-#include "tools/nodal/commands.h"
+#include "tools/nodal/snapshot/diff.h"
 
 namespace {
 
 bool AreEqual(const std::string &from, const std::string &to) {
   bool areEqual = false;
   std::string changes, json;
-  REQUIRE(fuzz::Succeeds([&] { areEqual = nodal::Diff({.from = from, .to = to, .only = {}}); }, &changes));
+  REQUIRE(fuzz::Succeeds([&] { areEqual = nodal::DiffSnapshots({.from = from, .to = to, .only = {}}); }, &changes));
   REQUIRE(changes.empty() == areEqual);
   REQUIRE(fuzz::IsFitForTerminal(changes));
-  REQUIRE(fuzz::Succeeds([&] { nodal::Diff({.from = from, .to = to, .only = {}, .json = true}); }, &json));
+  REQUIRE(fuzz::Succeeds([&] { nodal::DiffSnapshots({.from = from, .to = to, .only = {}, .json = true}); }, &json));
   REQUIRE(nlohmann::json::parse(json)["changes"].empty() == areEqual);
   return areEqual;
 }

@@ -12,8 +12,8 @@
 #include "tests/fuzz/nodal.h"
 #include "tests/fuzz/root_folder.h"
 #include "tests/fuzz/target.h"
-#include "tools/nodal/arguments.h"
-#include "tools/nodal/commands.h"
+#include "tools/nodal/capture/capture.h"
+#include "tools/nodal/tree/arguments.h"
 
 namespace {
 

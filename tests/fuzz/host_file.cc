@@ -10,8 +10,8 @@
 #include "tests/fuzz/byte_reader.h"
 #include "tests/fuzz/root_folder.h"
 #include "tests/fuzz/target.h"
-#include "tools/nodal/output.h"
-#include "tools/nodal/walk.h"
+#include "tools/nodal/support/output.h"
+#include "tools/nodal/tree/walk.h"
 
 namespace {
 
@@ -96,14 +96,14 @@ void ReadNodes(const std::string &root, const std::string &below) {
   std::unique_ptr<platkit::Source> source;
   REQUIRE(platkit::OpenSavedRoot(root.c_str(), platkit::Writes::kRefused, source) == HVC_OK);
   nodal::SourceTree tree(*source);
-  const nodal::Part part({below});
+  const nodal::PathFilter filter({below});
   const auto read = [&](const nodal::Node &node, bool asRecord, const nodal::Arguments &arguments) {
     nodal::Arguments entries;
     std::vector<std::byte> record(asRecord ? node.record->size : 0);
     static_cast<void>(asRecord ? tree.Get(node, arguments, record) : tree.List(node, arguments, entries));
   };
   try {
-    nodal::Walk(tree, part).Visit([](const std::string &, size_t) {}, read);
+    nodal::Walk(tree, filter).Visit([](const std::string &, size_t) {}, read);
   } catch (const nodal::Failure &) {
     // a list that cannot be read
   }

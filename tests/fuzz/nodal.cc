@@ -10,8 +10,10 @@
 #include "tests/fuzz/captured_output.h"
 #include "tests/fuzz/target.h"
 #include "tests/support/scratch.h"
-#include "tools/nodal/commands.h"
-#include "tools/nodal/output.h"
+#include "tools/nodal/snapshot/build.h"
+#include "tools/nodal/snapshot/dump.h"
+#include "tools/nodal/snapshot/verify.h"
+#include "tools/nodal/support/output.h"
 
 namespace fuzz {
 namespace {
@@ -64,7 +66,7 @@ bool Succeeds(const std::function<void()> &command, std::string *output) {
 bool IsSound(const std::string &snapshot, std::string *problems) {
   bool isSound = false;
   std::string output;
-  if (!Succeeds([&] { isSound = nodal::Verify(snapshot); }, &output)) return false;
+  if (!Succeeds([&] { isSound = nodal::VerifySnapshot(snapshot); }, &output)) return false;
   REQUIRE(IsFitForTerminal(output));
   if (problems != nullptr) *problems = output.substr(0, output.rfind(snapshot));
   return isSound;
@@ -73,8 +75,8 @@ bool IsSound(const std::string &snapshot, std::string *problems) {
 void CheckRoundTrip(const std::string &snapshot) {
   const std::string again = ScratchFolder() + "/again.nodal";
   std::string dump;
-  REQUIRE(Succeeds([&] { nodal::Dump(snapshot); }, &dump));
-  REQUIRE(Succeeds([&] { nodal::Build(MemoryFile(dump).path(), again); }));
+  REQUIRE(Succeeds([&] { nodal::DumpSnapshot(snapshot); }, &dump));
+  REQUIRE(Succeeds([&] { nodal::BuildSnapshot(MemoryFile(dump).path(), again); }));
   REQUIRE(testing_support::ReadFile(again) == testing_support::ReadFile(snapshot));
 }
 

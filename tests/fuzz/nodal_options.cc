@@ -9,7 +9,7 @@
 #include "tests/fuzz/nodal.h"
 #include "tests/fuzz/root_folder.h"
 #include "tests/fuzz/target.h"
-#include "tools/nodal/commands.h"
+#include "tools/nodal/snapshot/build.h"
 
 // tools/nodal/main.cc, compiled under another name.
 int NodalMain(int argc, char **argv);
@@ -32,7 +32,7 @@ fuzz::RootFolder NewFolder() {
   folder.Put({kFile, "old.json", R"({"format": 1, "nodes": {"/system/heaps": ["net"]}})"});
   for (const std::string host : {"/host", "/old"}) {
     const std::string file = folder.path() + host;
-    REQUIRE(fuzz::Succeeds([&] { nodal::Build(file + ".json", file + ".nodal"); }));
+    REQUIRE(fuzz::Succeeds([&] { nodal::BuildSnapshot(file + ".json", file + ".nodal"); }));
   }
   return folder;
 }

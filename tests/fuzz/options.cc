@@ -10,14 +10,14 @@
 #include "tests/fuzz/nodal.h"
 #include "tests/fuzz/root_folder.h"
 #include "tests/fuzz/target.h"
-#include "tools/nodal/commands.h"
+#include "tools/nodal/snapshot/build.h"
 
 namespace {
 
 // In the folder that kestrel runs in, where an input can name it.
 void BuildHost() {
   const std::string snapshot = fuzz::ScratchFolder() + "/host.nodal";
-  REQUIRE(fuzz::Succeeds([&] { nodal::Build(SAMPLE_JSON, snapshot); }));
+  REQUIRE(fuzz::Succeeds([&] { nodal::BuildSnapshot(SAMPLE_JSON, snapshot); }));
 }
 
 fuzz::RootFolder MakeHostWithModules() {

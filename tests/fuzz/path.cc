@@ -1,7 +1,7 @@
 // Paths of nodes. A path that is recognised has no other form; a text finds its way through a path, whatever it is.
 #include "platkit/path.h"
 #include "tests/fuzz/target.h"
-#include "tools/nodal/arguments.h"
+#include "tools/nodal/tree/arguments.h"
 
 namespace {
 

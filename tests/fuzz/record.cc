@@ -7,9 +7,9 @@
 #include "tests/fuzz/byte_reader.h"
 #include "tests/fuzz/nodal.h"
 #include "tests/fuzz/target.h"
-#include "tools/nodal/commands.h"
-#include "tools/nodal/pseudonyms.h"
-#include "tools/nodal/record_json.h"
+#include "tools/nodal/capture/pseudonyms.h"
+#include "tools/nodal/commands/get.h"
+#include "tools/nodal/snapshot/record_json.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "platkit/path.h"
 #include "platkit/snapshot/snapshot_writer.h"
 #include "tests/fuzz/byte_reader.h"
-#include "tools/nodal/arguments.h"
+#include "tools/nodal/tree/arguments.h"
 
 namespace fuzz {
 namespace {

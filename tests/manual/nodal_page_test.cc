@@ -15,7 +15,7 @@ std::string Help(const std::vector<std::string> &arguments) {
 
 std::set<std::string> Commands() {
   const std::string help = Help({"--help"});
-  return FindAll(help.substr(help.find("\nSubcommands:")), "\n  ([a-z]+) ");
+  return FindAll(help.substr(help.find("\nCommands:")), "\n  ([a-z]+) ");
 }
 
 std::set<std::string> Options(const std::string &text) { return FindAll(text, "(--[a-z]+)"); }

@@ -1,0 +1,125 @@
+#include "tools/nodal/capture/capture.h"
+
+#include <sys/stat.h>
+
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+
+#include "platkit/linux/files/host_files.h"
+#include "tools/nodal/capture/capture_writer.h"
+#include "tools/nodal/capture/vanished.h"
+#include "tools/nodal/snapshot/snapshot_entries.h"
+#include "tools/nodal/support/output.h"
+#include "tools/nodal/support/progress.h"
+#include "tools/nodal/support/signals.h"
+#include "tools/nodal/support/text.h"
+#include "tools/nodal/tree/walk.h"
+
+namespace nodal {
+namespace {
+
+using platkit::snapshot::Header;
+
+// Reading them takes long, and no report needs them of a saved host.
+constexpr std::string_view kPciDevices = "/hardware/pci";
+
+std::string HostName(const std::string &root) {
+  platkit::HostFiles files(root, root == "/" ? platkit::Reach::kHost : platkit::Reach::kRootFolder);
+  char buffer[platkit::snapshot::kMaxHeaderText];
+  std::string_view name;
+  if (files.ReadShort(platkit::HostPath("proc/sys/kernel/hostname"), buffer, name) != HVC_OK) return "";
+  return std::string(name.substr(0, name.find_first_of(std::string_view("\n\0", 2))));
+}
+
+std::string Now() {
+  const time_t now = std::time(nullptr);
+  struct tm parts;
+  char text[32];
+  const size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", gmtime_r(&now, &parts));
+  return {text, length};
+}
+
+Header HeaderOfSnapshot(const std::string &path) {
+  const OpenedSnapshot opened(path);
+  // Its records may have other sizes than those of this program's catalogue.
+  if (opened.file.header().definitions.signature != platkit::OwnDefinitions().signature) {
+    throw Failure(path, HVC_DEFINITIONS_DIFFER);
+  }
+  return opened.file.header();
+}
+
+// The time at which a root folder was saved is unknown.
+Header HeaderOf(const CaptureOptions &options) {
+  if (!options.cache.empty()) return HeaderOfSnapshot(options.cache);
+  const bool isLive = options.root.empty();
+  return {.definitions = platkit::OwnDefinitions(),
+          .host = HostName(isLive ? "/" : options.root),
+          .time = isLive ? Now() : ""};
+}
+
+void ReadAll(CachingTree &tree, const PathFilter &filter) {
+  Progress progress;
+  const auto announce = [&](const std::string &what, size_t visits) { progress.Begin(what, visits); };
+  Walk(tree, filter).Visit(announce, [&](const Node &node, bool asRecord, const Arguments &arguments) {
+    tree.Read(node, asRecord, arguments);
+    progress.Advance();
+  });
+}
+
+void RequireAllFound(PathFilter &filter, CachingTree &tree) {
+  for (const auto &[path, answer] : tree.answers()) {
+    if (answer.status != HVC_NOT_FOUND) filter.MarkFound(path);
+  }
+  filter.RequireAllFound();
+}
+
+// Reads the host into the writer. Returns the number of instances that vanished meanwhile.
+size_t ReadInto(CaptureWriter &writer, PathFilter &filter) {
+  HostTree host;
+  CachingTree tree(host, ThrowIfSignalled);
+  ReadAll(tree, filter);
+  RequireAllFound(filter, tree);
+  const size_t vanished = OmitVanished(tree, host);
+  for (const auto &[path, answer] : tree.answers()) {
+    if (filter.Contains(path)) writer.Add(answer);
+  }
+  return vanished;
+}
+
+void Write(CaptureWriter &writer, const std::string &snapshot) {
+  ThrowIfSignalled();
+  const HVC_ReturnStatus status = writer.Write(snapshot);
+  if (status == HVC_OK) return;
+  ThrowIfSignalled();
+  throw Failure(snapshot, status);
+}
+
+std::string Summary(const std::string &path, const CaptureTotals &totals, size_t vanished, double seconds) {
+  struct stat file = {};
+  static_cast<void>(stat(path.c_str(), &file));
+  char time[32];
+  std::snprintf(time, sizeof time, "%.2f s", seconds);
+  std::string text = path + ": " + Plural(totals.nodes.size(), "node") + ", " + Plural(totals.records, "record") +
+                     ", " + Plural(totals.lists, "list") + ", " + std::to_string(file.st_size) + " bytes, " + time;
+  for (const auto &[status, count] : totals.unreadable)
+    text += "; " + std::to_string(count) + " not read: " + status;
+  if (vanished > 0) text += "; " + std::to_string(vanished) + " vanished meanwhile";
+  return text;
+}
+
+}  // namespace
+
+void Capture(const CaptureOptions &options) {
+  const auto start = std::chrono::steady_clock::now();
+  CatchSignals();
+  PathFilter filter(options.only, kPciDevices);
+  CaptureWriter writer(options.anonymize ? std::optional(Pseudonyms(options.key)) : std::nullopt);
+  writer.AddHeader(HeaderOf(options));
+  const size_t vanished = ReadInto(writer, filter);
+  Write(writer, options.snapshot);
+  const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+  Complain(Summary(options.snapshot, writer.totals(), vanished, time.count()));
+}
+
+}  // namespace nodal

@@ -1,0 +1,26 @@
+// The tree of a host as a snapshot.
+#ifndef NODAL_CAPTURE_CAPTURE_H
+#define NODAL_CAPTURE_CAPTURE_H
+
+#include <string>
+#include <vector>
+
+namespace nodal {
+
+struct CaptureOptions {
+  std::string snapshot;
+  std::vector<std::string> only = {};  // paths; empty: all but PCI devices
+  bool anonymize = false;
+  std::string key = {};  // of the pseudonyms; empty: a random one
+  // Where the process reads the tree, as in SourceOptions.
+  std::string cache = {};
+  std::string root = {};
+};
+
+// Saves the tree that the process reads, and prints a summary to standard error. Throws a Failure, also when a signal
+// asks the program to end; it leaves no new snapshot then.
+void Capture(const CaptureOptions &options);
+
+}  // namespace nodal
+
+#endif  // NODAL_CAPTURE_CAPTURE_H

@@ -1,0 +1,27 @@
+// nodal build: a snapshot from JSON.
+#include <memory>
+
+#include "tools/nodal/commands/command.h"
+#include "tools/nodal/snapshot/build.h"
+
+namespace nodal {
+namespace {
+
+struct BuildOptions {
+  std::string json;
+  std::string snapshot;
+};
+
+}  // namespace
+
+Run DeclareBuild(OptionSet &options, const SourceOptions &) {
+  const auto values = std::make_shared<BuildOptions>();
+  options.Add("json", values->json, "The JSON file; - means standard input").Required();
+  options.Add("-o,--output", values->snapshot, "The snapshot to write").Required();
+  return [values] {
+    BuildSnapshot(values->json, values->snapshot);
+    return kSuccess;
+  };
+}
+
+}  // namespace nodal

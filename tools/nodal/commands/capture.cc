@@ -1,0 +1,30 @@
+// nodal capture: the tree of a host as a snapshot.
+#include <memory>
+
+#include "tools/nodal/capture/capture.h"
+#include "tools/nodal/commands/command.h"
+
+namespace nodal {
+
+Run DeclareCapture(OptionSet &options, const SourceOptions &source) {
+  const auto values = std::make_shared<CaptureOptions>();
+  options.Add("-o,--output", values->snapshot, "The snapshot to write").Required();
+  options.AddRepeatable("--only", values->only, "Save only this path and everything below it; repeatable");
+  const Option anonymize = options.AddFlag("--anonymize", values->anonymize,
+                                           "Replace names and UUIDs, including the host's own, by pseudonyms");
+  options.Add("--key", values->key, "Derive the pseudonyms from this key: captures with one key have the same")
+      .Needs(anonymize)
+      .NotEmpty();
+  options.SetFooter(
+      "PCI devices are saved only with --only /hardware/pci, their registers never.\n"
+      "A node that cannot be read is saved with its status: a report on the snapshot fails as it would on the host.");
+  return [values, &source] {
+    UseSource(source);
+    values->cache = source.cache;
+    values->root = source.root;
+    Capture(*values);
+    return kSuccess;
+  };
+}
+
+}  // namespace nodal

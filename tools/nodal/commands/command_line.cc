@@ -1,0 +1,130 @@
+#include "tools/nodal/commands/command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <memory>
+#include <sstream>
+
+#include "platkit/catalogue.h"
+#include "platkit/version.h"
+#include "tools/nodal/support/output.h"
+
+// The only file that compiles CLI11: it implements options.h as well.
+namespace nodal {
+
+Option Option::Required() {
+  option_->required();
+  return *this;
+}
+
+Option Option::NotEmpty() {
+  option_->check([](const std::string &value) { return value.empty() ? "the value is empty" : ""; });
+  return *this;
+}
+
+Option Option::ShowDefault() {
+  option_->capture_default_str();
+  return *this;
+}
+
+Option Option::Excludes(const Option &other) {
+  option_->excludes(other.option_);
+  return *this;
+}
+
+Option Option::Needs(const Option &other) {
+  option_->needs(other.option_);
+  return *this;
+}
+
+Option OptionSet::Add(const std::string &name, std::string &value, const std::string &help) {
+  return Option(app_.add_option(name, value, help));
+}
+
+Option OptionSet::AddFlag(const std::string &name, bool &value, const std::string &help) {
+  return Option(app_.add_flag(name, value, help));
+}
+
+Option OptionSet::AddRepeatable(const std::string &name, std::vector<std::string> &values, const std::string &help) {
+  return Option(app_.add_option(name, values, help)->allow_extra_args(false));
+}
+
+void OptionSet::SetFooter(const std::string &text) { app_.footer(text); }
+
+namespace {
+
+// One word for them in all messages.
+void SetWording(CLI::App &app) { app.get_formatter()->label("SUBCOMMAND", "COMMAND"); }
+
+void DeclareSource(CLI::App &app, SourceOptions &source) {
+  OptionSet options(app);
+  const Option cache =
+      options.Add("--cache", source.cache, "Read a snapshot instead of the running host (ls, get, metrics, capture)")
+          .NotEmpty();
+  options
+      .Add("--root", source.root,
+           "Read a folder with a saved /proc and /sys instead of the running host (ls, get, metrics, capture)")
+      .NotEmpty()
+      .Excludes(cache);
+}
+
+struct DeclaredCommand {
+  const CLI::App *app;
+  Invocation invocation;
+};
+
+std::vector<DeclaredCommand> DeclareCommands(CLI::App &app, const std::shared_ptr<SourceOptions> &source) {
+  std::vector<DeclaredCommand> declared;
+  for (const Command &command : Commands()) {
+    CLI::App *own = app.add_subcommand(command.name, command.summary)->group("Commands");
+    OptionSet options(*own);
+    // Keeps what the command refers to.
+    Run run = [source, run = command.declare(options, *source)] { return run(); };
+    declared.push_back({own, {std::move(run), command.failureStatus}});
+  }
+  return declared;
+}
+
+Run PrintText(const CLI::App &app, const CLI::Success &request) {
+  std::ostringstream text;
+  app.exit(request, text, text);
+  return [text = text.str()] {
+    Print(text);
+    return kSuccess;
+  };
+}
+
+std::string MissingCommand(const CLI::App &app) {
+  const std::vector<std::string> unexpected = app.remaining();
+  if (unexpected.empty()) return "no command given";
+  return (unexpected[0].starts_with('-') ? "unknown option '" : "unknown command '") + unexpected[0] + "'";
+}
+
+std::string SeeHelp(const CLI::App &app) {
+  const auto parsed = app.get_subcommands();
+  return " (see nodal " + (parsed.empty() ? "" : parsed[0]->get_name() + " ") + "--help)";
+}
+
+}  // namespace
+
+Invocation ParseCommandLine(int argc, const char *const *argv) {
+  CLI::App app("Reads the system-information tree of a hypervisor host, and saves, shows and compares snapshots of it.",
+               "nodal");
+  SetWording(app);
+  app.require_subcommand(1);
+  app.fallthrough();
+  app.set_version_flag("--version", "nodal " PLATKIT_VERSION ", definitions " + platkit::OwnDefinitions().build);
+  const auto source = std::make_shared<SourceOptions>();
+  DeclareSource(app, *source);
+  const std::vector<DeclaredCommand> commands = DeclareCommands(app, source);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success &request) {
+    return {PrintText(app, request)};
+  } catch (const CLI::ParseError &error) {
+    throw UsageError((app.get_subcommands().empty() ? MissingCommand(app) : error.what()) + SeeHelp(app));
+  }
+  return std::ranges::find_if(commands, [](const auto &command) { return command.app->parsed(); })->invocation;
+}
+
+}  // namespace nodal

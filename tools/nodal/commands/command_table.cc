@@ -1,0 +1,29 @@
+#include "tools/nodal/commands/command.h"
+
+namespace nodal {
+
+// A command declares its options in the file of its name.
+Run DeclareLs(OptionSet &options, const SourceOptions &source);
+Run DeclareGet(OptionSet &options, const SourceOptions &source);
+Run DeclareMetrics(OptionSet &options, const SourceOptions &source);
+Run DeclareCapture(OptionSet &options, const SourceOptions &source);
+Run DeclareDump(OptionSet &options, const SourceOptions &source);
+Run DeclareDiff(OptionSet &options, const SourceOptions &source);
+Run DeclareBuild(OptionSet &options, const SourceOptions &source);
+Run DeclareVerify(OptionSet &options, const SourceOptions &source);
+
+std::span<const Command> Commands() {
+  static constexpr Command kCommands[] = {
+      {"ls", "List the entries below a path; those with children end in '/'", DeclareLs},
+      {"get", "Show a record or a list", DeclareGet},
+      {"metrics", "Show the host's figures as metrics, in Prometheus' text format", DeclareMetrics},
+      {"capture", "Save the host to a snapshot file", DeclareCapture},
+      {"dump", "Show a snapshot as JSON", DeclareDump},
+      {"diff", "Compare two snapshots", DeclareDiff, kTrouble},
+      {"build", "Build a snapshot from JSON, such as dump prints", DeclareBuild},
+      {"verify", "Check a snapshot: the file and the references in it", DeclareVerify},
+  };
+  return kCommands;
+}
+
+}  // namespace nodal

@@ -1,0 +1,81 @@
+// nodal metrics: the host's figures for monitoring.
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <memory>
+
+#include "platkit/atomic_file.h"
+#include "platkit/errno_status.h"
+#include "tools/nodal/commands/command.h"
+#include "tools/nodal/metrics/sampler.h"
+#include "tools/nodal/support/output.h"
+
+namespace nodal {
+namespace {
+
+struct MetricsOptions {
+  std::string prefix = "kestrel_";
+  std::vector<std::string> only;
+  std::string output;  // empty: standard output
+};
+
+bool IsPrefix(std::string_view text) {
+  const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == ':'; };
+  return std::ranges::all_of(text, [&](char c) { return isLetter(c) || (c >= '0' && c <= '9'); }) &&
+         (text.empty() || isLetter(text[0]));
+}
+
+bool WriteAll(int fd, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t count = write(fd, text.data(), text.size());
+    if (count < 0 && errno != EINTR) return false;
+    if (count > 0) text.remove_prefix(static_cast<size_t>(count));
+  }
+  return true;
+}
+
+void WriteFile(const std::string &path, std::string_view text) {
+  platkit::AtomicFile file;
+  HVC_ReturnStatus status = file.Create(path);
+  if (status == HVC_OK) {
+    status = WriteAll(file.fd(), text) ? file.Commit() : platkit::StatusOfErrno(errno, HVC_WRITE_ERROR);
+  }
+  if (status != HVC_OK) throw Failure(path, status);
+}
+
+void ShowMetrics(const MetricsOptions &options) {
+  if (!IsPrefix(options.prefix)) throw Failure(options.prefix, "not the start of a metric's name");
+  HostTree host;
+  const std::string text = SampleMetrics(host, MetricChoice(options.only), options.prefix);
+  if (options.output.empty()) {
+    Print(text);
+  } else {
+    WriteFile(options.output, text);
+  }
+}
+
+std::string FamiliesText() {
+  std::string text = "Families (* only with --only):";
+  for (const FamilyDescription &family : MetricFamilies())
+    text += "\n  " + std::string(family.name) + (family.isStandard ? "  " : "* ") + std::string(family.text);
+  return text;
+}
+
+}  // namespace
+
+Run DeclareMetrics(OptionSet &options, const SourceOptions &source) {
+  const auto values = std::make_shared<MetricsOptions>();
+  options.Add("--prefix", values->prefix, "Begin the names of the metrics with this").ShowDefault();
+  options.AddRepeatable("--only", values->only,
+                        "Show only this family, or this metric (its name without the prefix); repeatable");
+  options.Add("-o,--output", values->output, "Write to this file, which is replaced at once").NotEmpty();
+  options.SetFooter(FamiliesText());
+  return [values, &source] {
+    UseSource(source);
+    ShowMetrics(*values);
+    return kSuccess;
+  };
+}
+
+}  // namespace nodal

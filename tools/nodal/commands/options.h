@@ -1,0 +1,53 @@
+// The options of a command line, declared once: parsing and --help follow from the declaration.
+//
+// Thin wrappers of CLI11, which adds ten seconds to the compilation of each file that includes it. Only command_line.cc
+// does.
+#ifndef NODAL_COMMANDS_OPTIONS_H
+#define NODAL_COMMANDS_OPTIONS_H
+
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
+
+namespace nodal {
+
+// One option or operand. Each function returns the option itself, for the next one.
+class Option {
+ public:
+  explicit Option(CLI::Option *option) : option_(option) {}
+
+  Option Required();
+  Option NotEmpty();
+  Option ShowDefault();
+  Option Excludes(const Option &other);
+  Option Needs(const Option &other);
+
+ private:
+  CLI::Option *option_;
+};
+
+// `name` is that of an option, such as "-o,--output", or of an operand, such as "path". The variables receive what the
+// user gives, and keep their value without it; they must live until the command line is parsed.
+class OptionSet {
+ public:
+  explicit OptionSet(CLI::App &app) : app_(app) {}
+
+  Option Add(const std::string &name, std::string &value, const std::string &help);
+  Option AddFlag(const std::string &name, bool &value, const std::string &help);
+  // May be repeated, each time with one value.
+  Option AddRepeatable(const std::string &name, std::vector<std::string> &values, const std::string &help);
+
+  // The text below the options in --help.
+  void SetFooter(const std::string &text);
+
+ private:
+  CLI::App &app_;
+};
+
+}  // namespace nodal
+
+#endif  // NODAL_COMMANDS_OPTIONS_H

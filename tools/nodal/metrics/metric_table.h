@@ -1,0 +1,66 @@
+// The metrics of `nodal metrics`.
+#ifndef NODAL_METRICS_METRIC_TABLE_H
+#define NODAL_METRICS_METRIC_TABLE_H
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <variant>
+
+#include "platkit/node_ref.h"
+
+namespace nodal {
+
+// What metrics describe.
+enum class MetricFamily : uint8_t { kHost, kGroup, kVm, kWorld, kPool, kBuddy, kHeap, kVolume, kRegion, kReading };
+
+struct FamilyDescription {
+  MetricFamily family;
+  std::string_view name;    // for --only; the names of its metrics begin with it
+  std::string_view labels;  // separated by ", "
+  bool isStandard;          // shown without --only
+  std::string_view text;
+};
+
+enum class MetricType : uint8_t { kGauge, kCounter };
+
+// A field of a node's record, or of the entries of an array in it.
+struct NodeField {
+  platkit::NodeId node;
+  uint32_t offset;
+  std::optional<uint32_t> offsetInEntry = {};
+};
+
+// Values that are computed from several fields.
+enum class Computation : uint8_t { kMemoryState, kMemoryStateEntries, kGroupInfo, kReadingFailures, kReadingInfo };
+
+// The unit of a field decides that of the samples: KB, BYTES, PAGES and BLOCKS become bytes, PERCENT a ratio, USEC
+// seconds. The name ends accordingly.
+struct Metric {
+  MetricFamily family;
+  std::string_view name;  // without the prefix
+  MetricType type;
+  std::variant<NodeField, Computation> value;
+  std::string_view help;
+  std::string_view labels = {};  // in addition to those of the family
+
+  // Null for a computed metric.
+  const platkit::Node *node() const;
+  const platkit::Field *field() const;
+
+  // Null unless the value is in the entries of field().
+  const platkit::Field *entryField() const;
+
+  // The field that holds the value.
+  const platkit::Field *valueField() const { return entryField() != nullptr ? entryField() : field(); }
+};
+
+// In the order in which they are shown.
+std::span<const FamilyDescription> MetricFamilies();
+const FamilyDescription &DescriptionOf(MetricFamily family);
+std::span<const Metric> Metrics();
+
+}  // namespace nodal
+
+#endif  // NODAL_METRICS_METRIC_TABLE_H

@@ -1,0 +1,19 @@
+// The values of metrics.
+#ifndef NODAL_METRICS_METRIC_VALUE_H
+#define NODAL_METRICS_METRIC_VALUE_H
+
+#include <cstddef>
+#include <optional>
+#include <span>
+
+#include "platkit/catalogue.h"
+
+namespace nodal {
+
+// A field's value in base units: bytes, seconds, ratios from 0 to 1. Nothing if the value is not available or
+// unlimited.
+std::optional<double> ValueOf(const platkit::Field &field, std::span<const std::byte> bytes);
+
+}  // namespace nodal
+
+#endif  // NODAL_METRICS_METRIC_VALUE_H

@@ -1,0 +1,31 @@
+// The figures of a host as metrics.
+#ifndef NODAL_METRICS_SAMPLER_H
+#define NODAL_METRICS_SAMPLER_H
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tools/nodal/metrics/metric_table.h"
+#include "tools/nodal/tree/tree.h"
+
+namespace nodal {
+
+// The metrics that are shown.
+class MetricChoice {
+ public:
+  // `only` has names of families and metrics; empty: the standard families. Throws a Failure for an unknown name.
+  explicit MetricChoice(const std::vector<std::string> &only);
+
+  bool Contains(const Metric &metric) const;
+
+ private:
+  std::set<std::string> only_;
+};
+
+// The samples of the chosen metrics, in Prometheus' text format. Nodes of other metrics are not read.
+std::string SampleMetrics(Tree &host, const MetricChoice &choice, const std::string &prefix);
+
+}  // namespace nodal
+
+#endif  // NODAL_METRICS_SAMPLER_H

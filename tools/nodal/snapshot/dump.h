@@ -1,0 +1,14 @@
+// A snapshot as JSON. The form is described in docs/snapshot.md.
+#ifndef NODAL_SNAPSHOT_DUMP_H
+#define NODAL_SNAPSHOT_DUMP_H
+
+#include <string>
+
+namespace nodal {
+
+// Prints it. Throws a Failure.
+void DumpSnapshot(const std::string &snapshot);
+
+}  // namespace nodal
+
+#endif  // NODAL_SNAPSHOT_DUMP_H

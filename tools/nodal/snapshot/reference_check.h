@@ -1,0 +1,16 @@
+// The check of the references in a snapshot.
+#ifndef NODAL_SNAPSHOT_REFERENCE_CHECK_H
+#define NODAL_SNAPSHOT_REFERENCE_CHECK_H
+
+#include "platkit/source.h"
+#include "tools/nodal/snapshot/file_check.h"
+
+namespace nodal {
+
+// Reports nodes that refer to instances of which there is no node, and nodes of instances that nothing refers to.
+// `source` reads the snapshot.
+void CheckReferences(const CheckedNodes &nodes, platkit::Source &source, Problems &problems);
+
+}  // namespace nodal
+
+#endif  // NODAL_SNAPSHOT_REFERENCE_CHECK_H

@@ -1,0 +1,38 @@
+#include "tools/nodal/snapshot/snapshot_entries.h"
+
+#include "tools/nodal/support/output.h"
+#include "tools/nodal/support/text.h"
+
+namespace nodal {
+
+namespace snapshot = platkit::snapshot;
+
+OpenedSnapshot::OpenedSnapshot(const std::string &snapshotPath) : path(snapshotPath) {
+  const HVC_ReturnStatus status = file.Open(path.c_str());
+  if (status != HVC_OK) throw Failure(path, status);
+}
+
+bool SnapshotEntries::Next() {
+  while (NextOfFile()) {
+    if (!snapshot::IsHeaderKey(key_)) return true;
+  }
+  return false;
+}
+
+bool SnapshotEntries::NextOfFile() {
+  const HVC_ReturnStatus status = cursor_.Next();
+  if (status == HVC_NOT_FOUND) return false;
+  if (status != HVC_OK) throw Failure(snapshot_.path, status);
+  const std::string previous = std::move(key_);
+  key_ = cursor_.key();
+  // Values have a checksum. A key that was overwritten is no longer found through the index.
+  if (cursor_.Read(value_) != HVC_OK || !snapshot_.file.IndexLeadsTo(key_, cursor_.position()))
+    throw Failure(snapshot_.path, key_ + ": " + StatusText(HVC_SNAPSHOT_DAMAGED));
+  const bool ascending = isFirst_ || previous < key_;
+  if (!ascending || snapshot::IsReservedKey(key_))
+    throw Failure(snapshot_.path, key_ + ": not in the order of the keys");
+  isFirst_ = false;
+  return true;
+}
+
+}  // namespace nodal

@@ -1,0 +1,42 @@
+#include "tools/nodal/support/output.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "tools/nodal/support/text.h"
+
+namespace nodal {
+
+Failure::Failure(std::string_view where, std::string_view what)
+    : std::runtime_error(std::string(where) + ": " + std::string(what)) {}
+
+Failure::Failure(std::string_view where, HVC_ReturnStatus status) : Failure(where, StatusText(status)) {}
+
+void Print(std::string_view text) {
+  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
+    throw Failure("standard output", std::strerror(errno));
+  }
+}
+
+void FinishOutput() {
+  // Some file systems tell only at the end that there was no room.
+  if (std::fflush(stdout) != 0 || std::fclose(stdout) != 0) throw Failure("standard output", std::strerror(errno));
+}
+
+void Complain(std::string_view message) {
+  const std::string line = "nodal: " + Printable(message) + "\n";
+  std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+void HoldStandardDescriptors() {
+  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(fd, F_GETFD) != -1 || errno != EBADF) continue;
+    if (open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY) != fd) _exit(1);
+  }
+}
+
+}  // namespace nodal

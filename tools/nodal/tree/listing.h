@@ -1,0 +1,27 @@
+// The entries below a path of the tree, as a folder's.
+#ifndef NODAL_TREE_LISTING_H
+#define NODAL_TREE_LISTING_H
+
+#include <string>
+#include <vector>
+
+#include "tools/nodal/tree/tree.h"
+
+namespace nodal {
+
+struct ListingEntry {
+  std::string name;
+  bool hasChildren = false;
+  // Of the node of that name, if there is one.
+  std::string kind = "-";
+  std::string size = "-";  // of a record in bytes, of a list in entries; "?" if it cannot be read
+};
+
+// Lists what the host has below `path`, which begins with a slash and ends without one; "" is the whole tree. A node
+// without children is listed itself, under its whole path. Fixed names are sorted, instances in the kernel's order.
+// Throws a Failure if the path does not exist.
+std::vector<ListingEntry> ListPath(Tree &tree, const std::string &path);
+
+}  // namespace nodal
+
+#endif  // NODAL_TREE_LISTING_H

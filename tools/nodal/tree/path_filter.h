@@ -1,0 +1,46 @@
+// Which paths of the tree are wanted: the --only of capture and diff.
+#ifndef NODAL_TREE_PATH_FILTER_H
+#define NODAL_TREE_PATH_FILTER_H
+
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/nodal/tree/path_template.h"
+
+namespace nodal {
+
+// Whether `path` is `top` or below it.
+bool IsAtOrBelow(std::string_view path, std::string_view top);
+
+// Throws a Failure if the path is not absolute.
+std::string WithoutEndingSlash(const std::string &path);
+
+// Contains the named paths and everything below them; without any, everything.
+class PathFilter {
+ public:
+  // `onlyIfNamed` is a part of the tree that the filter contains only if a path in that part is named; "" for none.
+  // Throws a Failure if a path is not absolute.
+  explicit PathFilter(const std::vector<std::string> &paths, std::string_view onlyIfNamed = "");
+
+  bool Contains(std::string_view path) const;
+
+  // Whether a path of that form can be contained.
+  bool MayContain(const PathTemplate &form) const;
+
+  // Throws a Failure if one of the named paths is the top of none of the paths that were marked.
+  void MarkFound(std::string_view path);
+  void RequireAllFound() const;
+
+ private:
+  bool Includes(std::string_view top, std::string_view path) const;
+
+  std::vector<std::string> tops_;
+  std::string_view onlyIfNamed_;
+  std::set<std::string> found_;
+};
+
+}  // namespace nodal
+
+#endif  // NODAL_TREE_PATH_FILTER_H

@@ -1,0 +1,53 @@
+// The tree as nodal reads it.
+#ifndef NODAL_TREE_TREE_H
+#define NODAL_TREE_TREE_H
+
+#include <cstddef>
+#include <span>
+
+#include "platkit/node_ref.h"
+#include "platkit/source.h"
+#include "tools/nodal/tree/arguments.h"
+
+namespace nodal {
+
+namespace nodes = platkit::nodes;
+
+class Tree {
+ public:
+  virtual ~Tree() = default;
+
+  // `record` has the record's size. Both throw std::bad_alloc if memory is short.
+  [[nodiscard]] virtual HVC_ReturnStatus Get(const Node &node, const Arguments &arguments,
+                                             std::span<std::byte> record) = 0;
+  [[nodiscard]] virtual HVC_ReturnStatus List(const Node &node, const Arguments &arguments, Arguments &entries) = 0;
+};
+
+// What the process reads through the library's C interface: the running host, or the source given to NODAL_UseCache.
+class HostTree : public Tree {
+ public:
+  HVC_ReturnStatus Get(const Node &node, const Arguments &arguments, std::span<std::byte> record) override;
+  HVC_ReturnStatus List(const Node &node, const Arguments &arguments, Arguments &entries) override;
+};
+
+// One source, independent of what the process reads through the C interface.
+class SourceTree : public Tree {
+ public:
+  explicit SourceTree(platkit::Source &source) : source_(source) {}
+
+  HVC_ReturnStatus Get(const Node &node, const Arguments &arguments, std::span<std::byte> record) override;
+  HVC_ReturnStatus List(const Node &node, const Arguments &arguments, Arguments &entries) override;
+
+ private:
+  platkit::Source &source_;
+};
+
+template <typename Record>
+[[nodiscard]] HVC_ReturnStatus GetRecord(Tree &tree, platkit::NodeRef<Record> node, const Arguments &arguments,
+                                         Record &record) {
+  return tree.Get(node, arguments, std::as_writable_bytes(std::span(&record, 1)));
+}
+
+}  // namespace nodal
+
+#endif  // NODAL_TREE_TREE_H
