@@ -1,23 +1,16 @@
 #include "tools/nodal/capture/pseudonyms.h"
 
-#include <sys/random.h>
+#include <sodium.h>
 
 #include <algorithm>
 #include <cctype>
 #include <cstring>
-
-#include "tools/nodal/support/output.h"
+#include <stdexcept>
 
 namespace nodal {
 namespace {
 
 using platkit::FieldType;
-
-SipKey RandomKey() {
-  SipKey key;
-  if (getrandom(key.data(), sizeof key, 0) != sizeof key) throw Failure("random numbers", std::strerror(errno));
-  return key;
-}
 
 constexpr std::string_view kUuidForm = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
 
@@ -27,56 +20,68 @@ bool IsUuid(std::string_view name) {
   });
 }
 
-// Letters and digits that are not mistaken for each other, as many as five bits can tell apart.
+// 32 letters and digits that are not mistaken for each other: five bits each.
 constexpr std::string_view kDigits = "abcdefghijkmnpqrstuvwxyz23456789";
 static_assert(kDigits.size() == 32);
-constexpr size_t kMostDigits = 10;
+constexpr size_t kDigitCount = 10;
 constexpr std::string_view kPrefix = "name-";
 
-std::string Digits(uint64_t hash, size_t count) {
+std::string Digits(std::span<const unsigned char> digest, size_t count) {
   std::string digits;
-  for (; digits.size() < count; hash >>= 5)
-    digits += kDigits[hash % kDigits.size()];
+  for (const unsigned char byte : digest.first(count))
+    digits += kDigits[byte % kDigits.size()];
   return digits;
 }
 
-// What the kernel calls its own groups, and the kinds of groups.
-bool IsOfTheTree(std::string_view name) {
-  constexpr std::string_view kWords[] = {"host", "kernel", "cgroup", "process", "vm", "vmm", "uw"};
-  return std::ranges::find(kWords, name) != std::end(kWords);
+// Names of the kernel's own groups and of kinds of groups.
+bool IsFixedName(std::string_view name) {
+  constexpr std::string_view kNames[] = {"host", "kernel", "cgroup", "process", "vm", "vmm", "uw"};
+  return std::ranges::find(kNames, name) != std::end(kNames);
 }
 
-bool IsKept(std::string_view what, std::string_view name) {
+bool IsFixedInstance(std::string_view what, std::string_view name) {
   return what == "state" || what == "remapType" || (what == "buddy" && name.starts_with("memmap"));
 }
 
 }  // namespace
 
 Pseudonyms::Pseudonyms(const std::string &key) {
-  key_ = key.empty() ? RandomKey() : SipKey{SipHash({1, 0}, key), SipHash({2, 0}, key)};
+  if (sodium_init() < 0) throw std::runtime_error("libsodium: no random numbers");
+  if (key.empty()) {
+    randombytes_buf(key_.data(), key_.size());
+  } else {
+    const auto *text = reinterpret_cast<const unsigned char *>(key.data());
+    crypto_generichash(key_.data(), key_.size(), text, key.size(), nullptr, 0);
+  }
 }
 
-uint64_t Pseudonyms::Hash(std::string_view name, uint64_t use) const { return SipHash({key_[0] ^ use, key_[1]}, name); }
+Pseudonyms::Digest Pseudonyms::Hash(std::string_view name) const {
+  Digest digest;
+  const auto *text = reinterpret_cast<const unsigned char *>(name.data());
+  crypto_generichash(digest.data(), digest.size(), text, name.size(), key_.data(), key_.size());
+  return digest;
+}
+
+std::string Pseudonyms::Uuid(const Digest &digest) {
+  char digits[2 * sizeof digest + 1];
+  sodium_bin2hex(digits, sizeof digits, digest.data(), digest.size());
+  std::string uuid(kUuidForm);
+  for (const char *digit = digits; char &c : uuid) {
+    if (c != '-') c = *digit++;
+  }
+  return uuid;
+}
 
 std::string Pseudonyms::Of(std::string_view name, size_t room) const {
-  if (name.empty() || IsOfTheTree(name)) return std::string(name.substr(0, room));
-  if (IsUuid(name) && room >= kUuidForm.size()) {
-    std::string uuid(kUuidForm);
-    uint64_t bits[] = {Hash(name, 1), Hash(name, 2)};
-    for (size_t i = 0, digit = 0; i < uuid.size(); ++i) {
-      if (uuid[i] == '-') continue;
-      uuid[i] = "0123456789abcdef"[bits[digit++ / 16] & 15];
-      bits[(digit - 1) / 16] >>= 4;
-    }
-    return uuid;
-  }
-  const uint64_t hash = Hash(name, 0);
-  if (room < kPrefix.size() + kMostDigits) return Digits(hash, std::min(room, kMostDigits));
-  return std::string(kPrefix) + Digits(hash, kMostDigits);
+  if (name.empty() || IsFixedName(name)) return std::string(name.substr(0, room));
+  const Digest digest = Hash(name);
+  if (IsUuid(name) && room >= kUuidForm.size()) return Uuid(digest);
+  if (room < kPrefix.size() + kDigitCount) return Digits(digest, std::min(room, kDigitCount));
+  return std::string(kPrefix) + Digits(digest, kDigitCount);
 }
 
 Argument Pseudonyms::Of(std::string_view what, const Argument &instance) const {
-  if (instance.kind != ParamKind::kText || IsKept(what, instance.text)) return instance;
+  if (instance.kind != ParamKind::kText || IsFixedInstance(what, instance.text)) return instance;
   return TextArgument(Of(instance.text));
 }
 

@@ -1,40 +1,43 @@
-// Names in the place of names, for snapshots that are handed on.
+// Pseudonyms for the names in snapshots that are given away.
 #ifndef NODAL_CAPTURE_PSEUDONYMS_H
 #define NODAL_CAPTURE_PSEUDONYMS_H
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
 
-#include "tools/nodal/capture/sip_hash.h"
 #include "tools/nodal/tree/arguments.h"
 
 namespace nodal {
 
-// A name has the same pseudonym wherever it stands, and nobody can tell the name from it without the key. What is a
-// name, the catalogue says: the texts in paths, lists and records. A UUID stays one in form. These stay as they are:
-// the words that the tree itself is made of (memory states, types of remapping, the kinds of groups), and the names of
-// the memory map's allocators, which say which memory they serve.
+// A name has the same pseudonym everywhere. Without the key, nobody can find the name of a pseudonym. The catalogue
+// says what is a name: the texts in paths, lists and records. A UUID becomes another UUID. These texts stay: the memory
+// states, the types of remapping, the kinds of groups, and the allocators of the memory map, whose names say which
+// memory node they serve.
 class Pseudonyms {
  public:
-  // The same key gives the same pseudonyms. Without one, they are good for this object only.
+  // The same key gives the same pseudonyms. An empty key means a random one.
   explicit Pseudonyms(const std::string &key);
 
-  // The pseudonym of a name, of at most `room` bytes.
+  // The pseudonym of a name, in at most `room` bytes.
   std::string Of(std::string_view name, size_t room = SIZE_MAX) const;
 
-  // Replaces an instance of that kind.
+  // The replacement of an instance of the kind `what`.
   Argument Of(std::string_view what, const Argument &instance) const;
 
-  // Replaces the names in a record. Bytes of no known meaning may hold some as well, and are wiped out.
+  // Replaces the names in a record. Clears the unnamed bytes, since they may hold names as well.
   void Replace(const platkit::RecordLayout &layout, std::span<std::byte> record) const;
 
  private:
-  uint64_t Hash(std::string_view name, uint64_t use) const;
+  using Digest = std::array<unsigned char, 16>;
 
-  SipKey key_;
+  Digest Hash(std::string_view name) const;
+  static std::string Uuid(const Digest &digest);
+
+  std::array<unsigned char, 32> key_;
 };
 
 }  // namespace nodal
