@@ -89,10 +89,11 @@ size_t ReadInto(CaptureWriter &writer, PathFilter &filter) {
 
 void Write(CaptureWriter &writer, const std::string &snapshot) {
   ThrowIfSignalled();
-  const HVC_ReturnStatus status = writer.Write(snapshot);
-  if (status == HVC_OK) return;
-  ThrowIfSignalled();
-  throw Failure(snapshot, status);
+  WriteOrThrow(snapshot, [&] {
+    const HVC_ReturnStatus status = writer.Write(snapshot);
+    if (status != HVC_OK) ThrowIfSignalled();
+    return status;
+  });
 }
 
 std::string Summary(const std::string &path, const CaptureTotals &totals, size_t vanished, double seconds) {
@@ -103,8 +104,8 @@ std::string Summary(const std::string &path, const CaptureTotals &totals, size_t
   std::string text = path + ": " + Plural(totals.nodes.size(), "node") + ", " + Plural(totals.records, "record") +
                      ", " + Plural(totals.lists, "list") + ", " + std::to_string(file.st_size) + " bytes, " + time;
   for (const auto &[status, count] : totals.unreadable)
-    text += "; " + std::to_string(count) + " not read: " + status;
-  if (vanished > 0) text += "; " + std::to_string(vanished) + " vanished meanwhile";
+    text += "; " + std::to_string(count) + " unreadable: " + status;
+  if (vanished > 0) text += "; " + std::to_string(vanished) + " vanished during the capture";
   return text;
 }
 

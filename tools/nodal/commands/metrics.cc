@@ -37,15 +37,16 @@ bool WriteAll(int fd, std::string_view text) {
 
 void WriteFile(const std::string &path, std::string_view text) {
   platkit::AtomicFile file;
-  HVC_ReturnStatus status = file.Create(path);
-  if (status == HVC_OK) {
-    status = WriteAll(file.fd(), text) ? file.Commit() : platkit::StatusOfErrno(errno, HVC_WRITE_ERROR);
-  }
-  if (status != HVC_OK) throw Failure(path, status);
+  WriteOrThrow(path, [&] {
+    const HVC_ReturnStatus status = file.Create(path);
+    if (status != HVC_OK) return status;
+    return WriteAll(file.fd(), text) ? file.Commit() : platkit::StatusOfErrno(errno, HVC_WRITE_ERROR);
+  });
 }
 
 void ShowMetrics(const MetricsOptions &options) {
-  if (!IsPrefix(options.prefix)) throw Failure(options.prefix, "not the start of a metric's name");
+  if (!IsPrefix(options.prefix))
+    throw Failure("--prefix " + options.prefix, "expected letters, digits, '_' and ':', without a digit first");
   HostTree host;
   const std::string text = SampleMetrics(host, MetricChoice(options.only), options.prefix);
   if (options.output.empty()) {

@@ -1,14 +1,14 @@
 #include "tools/nodal/commands/source.h"
 
 #include "platkit/nodal.h"
-#include "tools/nodal/support/output.h"
+#include "tools/nodal/snapshot/open_failure.h"
 
 namespace nodal {
 namespace {
 
 void Use(const std::string &path, uint32_t kind) {
   const HVC_ReturnStatus status = NODAL_UseCache(path.c_str(), kind);
-  if (status != HVC_OK) throw Failure(path, status);
+  if (status != HVC_OK) throw OpenFailure(path, status);
 }
 
 }  // namespace

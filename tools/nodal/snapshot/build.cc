@@ -18,12 +18,11 @@ using platkit::snapshot::ValueType;
 namespace snapshot = platkit::snapshot;
 
 HVC_ReturnStatus AddRaw(std::string_view key, const Json &json, SnapshotWriter &writer) {
-  if (json.size() != 2 || !json.contains("type"))
-    throw InvalidJson("a raw value has a 'type' and a 'hex', and no more");
+  if (json.size() != 2 || !json.contains("type")) throw InvalidJson("a raw value has the keys 'type' and 'hex' only");
   const Json &type = json["type"];
   const std::string letter = type.is_string() ? type.get<std::string>() : "";
   if (letter.size() != 1 || !snapshot::IsValueType(static_cast<uint8_t>(letter[0]))) {
-    throw InvalidJson(Brief(type) + " is not a type of value: R, I, T or H");
+    throw InvalidJson("expected the type R, I, T or H, got " + Brief(type));
   }
   const std::string payload = TextFromJson({{"hex", json["hex"]}});
   return writer.Add(key, static_cast<ValueType>(letter[0]), BytesOf(payload));
@@ -35,8 +34,7 @@ HVC_ReturnStatus AddIntegers(std::string_view key, const Json &json, SnapshotWri
     const Json &entry = json[i];
     const bool fits = entry.is_number_integer() && (!entry.is_number_unsigned() || entry.get<uint64_t>() <= INT64_MAX);
     if (!fits) {
-      throw InvalidJson("entry " + std::to_string(i) + ": " + Brief(entry) +
-                        " is not a whole number from -9223372036854775808 to 9223372036854775807");
+      throw InvalidJson("entry " + std::to_string(i) + ": expected a 64-bit integer, got " + Brief(entry));
     }
     integers.push_back(entry.get<int64_t>());
   }
@@ -52,7 +50,7 @@ HVC_ReturnStatus AddTexts(std::string_view key, const Json &json, SnapshotWriter
       throw InvalidJson("entry " + std::to_string(i) + ": " + invalid.what());
     }
     if (texts.back().find('\0') != std::string::npos) {
-      throw InvalidJson("entry " + std::to_string(i) + ": a NUL stands in the text");
+      throw InvalidJson("entry " + std::to_string(i) + ": text contains a NUL");
     }
   }
   return writer.AddTexts(key, texts);
@@ -64,13 +62,13 @@ HVC_ReturnStatus AddNode(std::string_view key, const Json &json, SnapshotWriter 
     return writer.AddFailure(key.substr(snapshot::kFailurePrefix.size()), FailureFromJson(json));
   }
   const PathTarget target = platkit::ParsePath(key);
-  if (target.node == nullptr) throw InvalidJson("no such node");
+  if (target.node == nullptr) throw InvalidJson("unknown node");
   if (target.asRecord) {
     std::vector<std::byte> record(target.node->record->size);
     RecordFromJson(*target.node->record, json, record);
     return writer.AddRecord(key, record);
   }
-  if (!json.is_array()) throw InvalidJson(Brief(json) + " is not an array");
+  if (!json.is_array()) throw InvalidJson("expected an array, got " + Brief(json));
   return target.node->entry.kind == platkit::ParamKind::kInt ? AddIntegers(key, json, writer)
                                                              : AddTexts(key, json, writer);
 }
@@ -79,12 +77,12 @@ bool IsReserved(std::string_view key) { return snapshot::IsReservedKey(key) || s
 
 // Messages name an entry by its path or, with `hex`, by the hexadecimal key in the file.
 void AddNodes(const Json &nodes, bool hex, SnapshotWriter &writer) {
-  if (!nodes.is_object()) throw InvalidJson(Brief(nodes) + " is not an object");
+  if (!nodes.is_object()) throw InvalidJson("expected an object, got " + Brief(nodes));
   for (const auto &[name, value] : nodes.items()) {
     try {
       const std::string key = hex ? TextFromJson({{"hex", name}}) : name;
-      if (IsReserved(key)) throw InvalidJson("no such node");
-      if (hex && IsUtf8(key)) throw InvalidJson("a key in UTF-8 stands in 'nodes'");
+      if (IsReserved(key)) throw InvalidJson("unknown node");
+      if (hex && IsUtf8(key)) throw InvalidJson("a UTF-8 key belongs in 'nodes'");
       const HVC_ReturnStatus status = AddNode(key, value, writer);
       if (status != HVC_OK) throw InvalidJson(StatusText(status));
     } catch (const InvalidJson &invalid) {
@@ -94,14 +92,15 @@ void AddNodes(const Json &nodes, bool hex, SnapshotWriter &writer) {
 }
 
 void CheckFormat(const Json &json) {
-  if (!json.is_object()) throw InvalidJson(Brief(json) + " is not an object");
+  if (!json.is_object()) throw InvalidJson("expected an object, got " + Brief(json));
   for (const auto &[key, value] : json.items()) {
     constexpr std::string_view kKeys[] = {"format", "signature", "build", "host", "time", "nodes", "hexNodes"};
-    if (std::ranges::find(kKeys, key) == std::end(kKeys)) throw InvalidJson("no such key: '" + key + "'");
+    if (std::ranges::find(kKeys, key) == std::end(kKeys)) throw InvalidJson("unknown key '" + key + "'");
   }
-  if (!json.contains("format")) throw InvalidJson("the key 'format' is missing");
+  if (!json.contains("format")) throw InvalidJson("missing key 'format'");
   if (json["format"] != snapshot::kVersion) {
-    throw InvalidJson("format: " + Brief(json["format"]) + " is not " + std::string(snapshot::kVersionText));
+    throw InvalidJson("unsupported format " + Brief(json["format"]) + " (expected " +
+                      std::string(snapshot::kVersionText) + ")");
   }
 }
 
@@ -113,8 +112,8 @@ void AddHeader(const Json &json, SnapshotWriter &writer) {
     if (!json.contains(key)) continue;
     try {
       *text = TextFromJson(json[key]);
-      if (text->size() > snapshot::kMaxHeaderText) throw InvalidJson("longer than 255 bytes");
-      if (text->find('\0') != std::string::npos) throw InvalidJson("a NUL stands in the text");
+      if (text->size() > snapshot::kMaxHeaderText) throw InvalidJson("text exceeds 255 bytes");
+      if (text->find('\0') != std::string::npos) throw InvalidJson("text contains a NUL");
     } catch (const InvalidJson &invalid) {
       throw InvalidJson(std::string(key) + ": " + invalid.what());
     }
@@ -139,8 +138,7 @@ void BuildSnapshot(const std::string &json, const std::string &snapshot) {
   } catch (const InvalidJson &invalid) {
     throw Failure(json, invalid.what());
   }
-  const HVC_ReturnStatus status = writer.Write(snapshot);
-  if (status != HVC_OK) throw Failure(snapshot, status);
+  WriteOrThrow(snapshot, [&] { return writer.Write(snapshot); });
 }
 
 }  // namespace nodal

@@ -98,7 +98,7 @@ class DiffTextPrinter : public DiffPrinter {
   }
 
   static void ShowEntries(const Change &change) {
-    if (change.removed.empty() && change.added.empty()) Print("    in another order\n");
+    if (change.removed.empty() && change.added.empty()) Print("    order changed\n");
     for (const OrderedJson &entry : change.removed)
       Print("    - " + Shown(entry) + "\n");
     for (const OrderedJson &entry : change.added)
@@ -111,11 +111,11 @@ class DiffTextPrinter : public DiffPrinter {
     if (value.is_number_integer()) return value.dump();
     if (value.contains("status")) {
       const OrderedJson &status = value["status"];
-      return "not read: " + (status.is_string() ? status.get<std::string>() : "Status " + status.dump());
+      return "unreadable: " + (status.is_string() ? status.get<std::string>() : "Status " + status.dump());
     }
     if (value.contains("type")) return value["type"].get<std::string>() + " " + value["hex"].get<std::string>();
     if (value.contains("hex")) return "hex " + value["hex"].get<std::string>();
-    return "read";
+    return "readable";
   }
 
   std::string heading_;

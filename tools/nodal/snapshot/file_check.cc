@@ -33,15 +33,17 @@ class FileCheck {
       CheckEntry(cursor);
     }
     if (status != HVC_NOT_FOUND) {
-      problems_.Report("entry " + std::to_string(entries_ + 1), "it does not end where the records end");
+      problems_.Report("entry " + std::to_string(entries_ + 1), "entry runs past the end of the records");
     } else if (file_.CountUsedSlots() != entries_ + std::size(snapshot::kReservedKeys)) {
       const size_t records = entries_ + std::size(snapshot::kReservedKeys);
-      problems_.Report("index", Plural(file_.CountUsedSlots(), "slot") + " in use for " + Plural(records, "record"));
+      problems_.Report("index",
+                       Plural(file_.CountUsedSlots(), "slot") + " in use, expected " + std::to_string(records));
     }
     CheckIndexOf(snapshot::kVersionKey, snapshot::kContentsBytes);
     CheckIndexOf(snapshot::kIndexCheckKey, snapshot::kIndexCheckPosition);
-    if (!file_.TablesAreWhole()) problems_.Report("index", "a hash table is damaged");
-    if (!IsTime(file_.header().time)) problems_.Report("time", "not of the form 2026-03-14T09:26:53Z");
+    if (!file_.TablesAreWhole()) problems_.Report("index", "damaged hash table");
+    if (!IsTime(file_.header().time))
+      problems_.Report("time", "invalid time (expected a form such as 2026-03-14T09:26:53Z)");
     return std::move(checked_);
   }
 
@@ -49,22 +51,22 @@ class FileCheck {
   void CheckEntry(const SnapshotFile::Cursor &cursor) {
     const std::string key(cursor.key());
     if (snapshot::IsReservedKey(key) || (entries_ > 1 && key == previous_)) {
-      problems_.Report(key, "it is there twice");
+      problems_.Report(key, "duplicate key");
     } else {
-      if (entries_ > 1 && key < previous_) problems_.Report(key, "not in the order of the keys");
+      if (entries_ > 1 && key < previous_) problems_.Report(key, "key out of order");
       CheckIndexOf(key, cursor.position());
     }
     previous_ = key;
     Value value;
     if (cursor.Read(value) != HVC_OK) {
-      problems_.Report(key, "the value is damaged");
+      problems_.Report(key, "damaged value");
     } else {
       CheckValue(key, value);
     }
   }
 
   void CheckIndexOf(std::string_view key, uint32_t position) {
-    if (!file_.IndexLeadsTo(key, position)) problems_.Report(key, "the index does not lead to it");
+    if (!file_.IndexLeadsTo(key, position)) problems_.Report(key, "not found through the index");
   }
 
   void CheckValue(const std::string &key, const Value &value) {
@@ -72,7 +74,7 @@ class FileCheck {
     if (snapshot::IsFailureKey(key)) return CheckFailure(key, value);
     PathTarget target = platkit::ParsePath(key);
     if (target.node == nullptr) {
-      problems_.Report(key, "no such node in the catalogue");
+      problems_.Report(key, "unknown node");
     } else if (const std::string wrong =
                    target.asRecord ? WrongRecord(*target.node, value) : WrongList(*target.node, value);
                !wrong.empty()) {
@@ -87,12 +89,12 @@ class FileCheck {
     PathTarget target = platkit::ParsePath(path);
     Value read;
     if (target.node == nullptr) {
-      problems_.Report(key, "no such node in the catalogue");
+      problems_.Report(key, "unknown node");
     } else if (value.type != ValueType::kRecord || value.payload.size() != sizeof(HVC_ReturnStatus) ||
                std::ranges::count(value.payload, std::byte{0}) == sizeof(HVC_ReturnStatus)) {
-      problems_.Report(key, "not a failure's status");
+      problems_.Report(key, "invalid status");
     } else if (file_.Find(path, read) != HVC_NOT_FOUND) {
-      problems_.Report(key, "what could not be read is there");
+      problems_.Report(key, "saved as unreadable and with a value");
     } else {
       checked_.unread.emplace(path);
       checked_.byPath.emplace(path, std::move(target));
@@ -102,16 +104,16 @@ class FileCheck {
   static std::string WrongRecord(const Node &node, const Value &value) {
     if (value.type != ValueType::kRecord) return "not a record";
     if (value.payload.size() == node.record->size) return "";
-    return Plural(value.payload.size(), "byte") + ", not " + std::to_string(node.record->size);
+    return Plural(value.payload.size(), "byte") + " (expected " + std::to_string(node.record->size) + ")";
   }
 
   static std::string WrongList(const Node &node, const Value &value) {
     if (node.entry.kind == ParamKind::kInt) {
       if (value.type != ValueType::kIntegers) return "not a list of integers";
-      return value.payload.size() % sizeof(int64_t) == 0 ? "" : "the last integer is cut";
+      return value.payload.size() % sizeof(int64_t) == 0 ? "" : "last integer is truncated";
     }
     if (value.type != ValueType::kTexts) return "not a list of texts";
-    return value.payload.empty() || value.text().back() == '\0' ? "" : "the last text is cut";
+    return value.payload.empty() || value.text().back() == '\0' ? "" : "last text is truncated";
   }
 
   SnapshotFile &file_;

@@ -39,7 +39,7 @@ class DuplicateCheck : public nlohmann::json_sax<Json> {
   bool key(std::string &name) override {
     if (!objects_.back().keys.insert(name).second) {
       const std::string where = objects_.size() < 2 ? "" : objects_[objects_.size() - 2].current + ": ";
-      throw InvalidJson(where + "the key '" + name + "' stands twice");
+      throw InvalidJson(where + "duplicate key '" + name + "'");
     }
     objects_.back().current = name;
     return true;

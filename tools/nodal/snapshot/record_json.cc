@@ -56,7 +56,7 @@ std::string RangeOf(const Field &field) {
   switch (field.type) {
     case FieldType::kI32: return "from -2147483648 to 2147483647";
     case FieldType::kI64: return "from -9223372036854775808 to 9223372036854775807";
-    default: return "from 0 to " + std::to_string(AllOnes(field)) + ", or -1";
+    default: return "from -1 to " + std::to_string(AllOnes(field));
   }
 }
 
@@ -72,7 +72,7 @@ bool Fits(const Field &field, const Json &json) {
 }
 
 void IntegerFromJson(const Field &field, const Json &json, std::span<std::byte> bytes) {
-  if (!Fits(field, json)) throw InvalidJson(Brief(json) + " is not a whole number " + RangeOf(field));
+  if (!Fits(field, json)) throw InvalidJson("expected an integer " + RangeOf(field) + ", got " + Brief(json));
   const uint64_t value = json.is_number_unsigned() ? json.get<uint64_t>() : static_cast<uint64_t>(json.get<int64_t>());
   std::memcpy(bytes.data(), &value, bytes.size());
 }
@@ -80,15 +80,14 @@ void IntegerFromJson(const Field &field, const Json &json, std::span<std::byte> 
 std::string HexFromJson(const Json &json) {
   std::optional<std::string> bytes;
   if (json.is_string()) bytes = FromHex(json.get_ref<const std::string &>());
-  if (!bytes) throw InvalidJson(Brief(json) + " is not a string of pairs of the digits 0-9 and a-f");
+  if (!bytes) throw InvalidJson("expected pairs of the digits 0-9 and a-f, got " + Brief(json));
   return *std::move(bytes);
 }
 
 void GapFromJson(const Json &json, std::span<std::byte> bytes) {
   const std::string gap = HexFromJson(json);
   if (gap.size() != bytes.size()) {
-    throw InvalidJson("the value has " + std::to_string(gap.size()) + " bytes, the field " +
-                      std::to_string(bytes.size()));
+    throw InvalidJson("expected " + Plural(bytes.size(), "byte") + ", got " + std::to_string(gap.size()));
   }
   std::memcpy(bytes.data(), gap.data(), gap.size());
 }
@@ -99,18 +98,17 @@ void FieldTextFromJson(const Json &json, std::span<std::byte> bytes) {
     return GapFromJson(ToHex(BytesOf(text)), bytes);
   }
   const std::string text = TextFromJson(json);
-  if (text.find('\0') != std::string::npos) throw InvalidJson("a NUL stands in the text");
+  if (text.find('\0') != std::string::npos) throw InvalidJson("text contains a NUL");
   if (text.size() > bytes.size()) {
-    throw InvalidJson("the text has " + std::to_string(text.size()) + " bytes, the field " +
-                      std::to_string(bytes.size()));
+    throw InvalidJson("text has " + Plural(text.size(), "byte") + " (maximum: " + std::to_string(bytes.size()) + ")");
   }
   std::ranges::copy(BytesOf(text), bytes.begin());
 }
 
 void EntriesFromJson(const Field &field, const Json &json, std::span<std::byte> bytes) {
-  if (!json.is_array()) throw InvalidJson(Brief(json) + " is not an array");
+  if (!json.is_array()) throw InvalidJson("expected an array, got " + Brief(json));
   if (json.size() > field.count) {
-    throw InvalidJson(std::to_string(json.size()) + " entries, more than " + std::to_string(field.count));
+    throw InvalidJson(std::to_string(json.size()) + " entries (maximum: " + std::to_string(field.count) + ")");
   }
   for (size_t i = 0; i < json.size(); ++i) {
     try {
@@ -157,11 +155,11 @@ OrderedJson RecordToJson(const RecordLayout &layout, std::span<const std::byte> 
 }
 
 void RecordFromJson(const RecordLayout &layout, const Json &json, std::span<std::byte> record) {
-  if (!json.is_object()) throw InvalidJson(Brief(json) + " is not an object");
+  if (!json.is_object()) throw InvalidJson("expected an object, got " + Brief(json));
   std::ranges::fill(record, std::byte{0});
   for (const auto &[name, value] : json.items()) {
     const auto field = std::ranges::find(layout.fields, std::string_view(name), &Field::name);
-    if (field == layout.fields.end()) throw InvalidJson("no field '" + name + "' in " + std::string(layout.name));
+    if (field == layout.fields.end()) throw InvalidJson("unknown field '" + name + "' in " + std::string(layout.name));
     try {
       FieldFromJson(*field, value, record);
     } catch (const InvalidJson &invalid) {
@@ -188,7 +186,7 @@ OrderedJson TextToJson(std::string_view text) {
 std::string TextFromJson(const Json &json) {
   if (json.is_string()) return json.get<std::string>();
   if (json.is_object() && json.size() == 1 && json.contains("hex")) return HexFromJson(json["hex"]);
-  throw InvalidJson(Brief(json) + " is not a string");
+  throw InvalidJson("expected a string, got " + Brief(json));
 }
 
 OrderedJson FailureToJson(HVC_ReturnStatus failure) {
@@ -199,13 +197,14 @@ OrderedJson FailureToJson(HVC_ReturnStatus failure) {
 
 HVC_ReturnStatus FailureFromJson(const Json &json) {
   if (!json.is_object() || json.size() != 1 || !json.contains("status")) {
-    throw InvalidJson(Brief(json) + " is not a status: an object of a 'status', and no more");
+    throw InvalidJson("expected an object with only the key 'status', got " + Brief(json));
   }
   const Json &status = json["status"];
   std::optional<HVC_ReturnStatus> failure;
   if (status.is_string()) failure = StatusOfText(status.get_ref<const std::string &>());
   if (status.is_number_unsigned() && status.get<uint64_t>() <= UINT32_MAX) failure = status.get<HVC_ReturnStatus>();
-  if (!failure || *failure == HVC_OK) throw InvalidJson(Brief(status) + " is not the text or number of a failure");
+  if (!failure || *failure == HVC_OK)
+    throw InvalidJson("expected the text or number of a failure, got " + Brief(status));
   return *failure;
 }
 

@@ -58,8 +58,8 @@ class ReferenceCheck {
     const Node *list = ListOfInstances(node, outer.size());
     const std::string why = list != nullptr
                                 ? "not listed in " + PathOf(*list, {outer.begin(), outer.begin() + list->pathArguments})
-                            : what == "group" ? "not reached from group 0"
-                                              : "no such instance is known";
+                            : what == "group" ? "not reachable from group 0"
+                                              : "unknown instance";
     problems_.Report(PathPrefix(node, whole), std::string(what) + " " + ShownForm(argument) + ": " + why);
   }
 
@@ -68,7 +68,7 @@ class ReferenceCheck {
     if (tree_.List(list, arguments, entries) != HVC_OK) return;
     std::set<Argument> seen;
     for (const Argument &entry : entries) {
-      if (!seen.insert(entry).second) problems_.Report(path, Named(list.entry.what, entry) + " is listed twice");
+      if (!seen.insert(entry).second) problems_.Report(path, "lists " + Named(list.entry.what, entry) + " twice");
       CheckNamed(path, "lists", {list.arguments.data(), list.pathArguments}, arguments, list.entry.what, entry);
       if (list.id == nodes::system_buddy.id()) CheckMemNode(path, entry);
       if (list.id == nodes::sched_groups_members_groups.id()) parents_[entry.integer].push_back(arguments[0].integer);
@@ -87,7 +87,7 @@ class ReferenceCheck {
     if (paths.empty() || std::ranges::any_of(paths, [this](const auto &top) { return AnythingBelow(top); })) {
       return;
     }
-    problems_.Report(path, how + " " + Named(what, instance) + ", of which there is nothing");
+    problems_.Report(path, how + " " + Named(what, instance) + ", which has no entry");
   }
 
   bool AnythingBelow(const std::string &path) const {
@@ -115,7 +115,7 @@ class ReferenceCheck {
     for (const auto &[group, parents] : parents_) {
       const std::string path = PathOf(nodes::sched_groups_parentGroupID, {IntArgument(group)});
       if (group == 0) {
-        problems_.Report(path, "group 0 is the first, but group " + std::to_string(parents[0]) + " lists it");
+        problems_.Report(path, "group 0 is the top group, but group " + std::to_string(parents[0]) + " lists it");
         continue;
       }
       if (parents.size() > 1) {
@@ -126,7 +126,7 @@ class ReferenceCheck {
       if (GetRecord(tree_, nodes::sched_groups_parentGroupID, {IntArgument(group)}, record) != HVC_OK) continue;
       const int64_t named = record.parentGroupID;
       if (std::ranges::find(parents, named) == parents.end()) {
-        problems_.Report(path, "it is " + std::to_string(named) + ", but group " + std::to_string(parents[0]) +
+        problems_.Report(path, "names group " + std::to_string(named) + ", but group " + std::to_string(parents[0]) +
                                    " lists group " + std::to_string(group));
       }
     }

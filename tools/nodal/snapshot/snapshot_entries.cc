@@ -1,6 +1,6 @@
 #include "tools/nodal/snapshot/snapshot_entries.h"
 
-#include "tools/nodal/support/output.h"
+#include "tools/nodal/snapshot/open_failure.h"
 #include "tools/nodal/support/text.h"
 
 namespace nodal {
@@ -9,7 +9,7 @@ namespace snapshot = platkit::snapshot;
 
 OpenedSnapshot::OpenedSnapshot(const std::string &snapshotPath) : path(snapshotPath) {
   const HVC_ReturnStatus status = file.Open(path.c_str());
-  if (status != HVC_OK) throw Failure(path, status);
+  if (status != HVC_OK) throw OpenFailure(path, status);
 }
 
 bool SnapshotEntries::Next() {
@@ -29,8 +29,7 @@ bool SnapshotEntries::NextOfFile() {
   if (cursor_.Read(value_) != HVC_OK || !snapshot_.file.IndexLeadsTo(key_, cursor_.position()))
     throw Failure(snapshot_.path, key_ + ": " + StatusText(HVC_SNAPSHOT_DAMAGED));
   const bool ascending = isFirst_ || previous < key_;
-  if (!ascending || snapshot::IsReservedKey(key_))
-    throw Failure(snapshot_.path, key_ + ": not in the order of the keys");
+  if (!ascending || snapshot::IsReservedKey(key_)) throw Failure(snapshot_.path, key_ + ": key out of order");
   isFirst_ = false;
   return true;
 }

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "platkit/snapshot/snapshot_source.h"
+#include "tools/nodal/snapshot/open_failure.h"
 #include "tools/nodal/snapshot/reference_check.h"
 #include "tools/nodal/snapshot/snapshot_entries.h"
 
@@ -13,7 +14,7 @@ namespace {
 std::unique_ptr<platkit::Source> SourceOf(const std::string &snapshot) {
   std::unique_ptr<platkit::Source> source;
   const HVC_ReturnStatus status = platkit::OpenSnapshot(snapshot.c_str(), source);
-  if (status != HVC_OK) throw Failure(snapshot, status);
+  if (status != HVC_OK) throw OpenFailure(snapshot, status);
   return source;
 }
 

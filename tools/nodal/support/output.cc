@@ -16,6 +16,14 @@ Failure::Failure(std::string_view where, std::string_view what)
 
 Failure::Failure(std::string_view where, HVC_ReturnStatus status) : Failure(where, StatusText(status)) {}
 
+void WriteOrThrow(const std::string &path, const std::function<HVC_ReturnStatus()> &write) {
+  errno = 0;
+  const HVC_ReturnStatus status = write();
+  if (status == HVC_OK) return;
+  if (status == HVC_ALREADY_EXISTS) throw Failure(path, "not a regular file");
+  throw Failure(path, errno != 0 ? std::strerror(errno) : StatusText(status));
+}
+
 void Print(std::string_view text) {
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
     throw Failure("standard output", std::strerror(errno));
@@ -23,7 +31,7 @@ void Print(std::string_view text) {
 }
 
 void FinishOutput() {
-  // Some file systems tell only at the end that there was no room.
+  // Some file systems report a full disk only here.
   if (std::fflush(stdout) != 0 || std::fclose(stdout) != 0) throw Failure("standard output", std::strerror(errno));
 }
 

@@ -2,6 +2,7 @@
 #ifndef NODAL_SUPPORT_OUTPUT_H
 #define NODAL_SUPPORT_OUTPUT_H
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -10,12 +11,16 @@
 
 namespace nodal {
 
-// Ends a command: where and what, ready to be shown.
+// Ends a command. The message says where the failure is and what it is.
 class Failure : public std::runtime_error {
  public:
   Failure(std::string_view where, std::string_view what);
   Failure(std::string_view where, HVC_ReturnStatus status);
 };
+
+// Calls `write`, which writes the file at `path` whole or not at all and returns a status of platkit::WriteStatus.
+// Throws a Failure with the cause that errno names.
+void WriteOrThrow(const std::string &path, const std::function<HVC_ReturnStatus()> &write);
 
 // Both throw if standard output cannot be written.
 void Print(std::string_view text);
@@ -24,8 +29,8 @@ void FinishOutput();
 // Writes a line to standard error, without control characters.
 void Complain(std::string_view message);
 
-// A standard descriptor that the caller closed would be given to the next file that is opened, and output would go
-// there. Fills the gaps with descriptors on which reading or writing fails.
+// Occupies closed standard descriptors with descriptors on which reading or writing fails. Otherwise the next opened
+// file would get such a descriptor, and output would go into the file.
 void HoldStandardDescriptors();
 
 }  // namespace nodal

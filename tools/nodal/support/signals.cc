@@ -25,7 +25,7 @@ void CatchSignals() {
 }
 
 void ThrowIfSignalled() {
-  if (received != 0) throw Failure("ended by a signal", strsignal(received));
+  if (received != 0) throw Failure("interrupted by a signal", strsignal(received));
 }
 
 }  // namespace nodal

@@ -22,7 +22,7 @@ bool IsAtOrBelow(std::string_view path, std::string_view top) {
 }
 
 std::string WithoutEndingSlash(const std::string &path) {
-  if (!path.starts_with('/')) throw Failure(path, "a path begins with '/'");
+  if (!path.starts_with('/')) throw Failure(path, "path must begin with '/'");
   return path.ends_with('/') ? path.substr(0, path.size() - 1) : path;
 }
 

@@ -145,13 +145,13 @@ TEST_F(Capture, ABarOnATerminal) {
 
 TEST_F(Capture, AGroupThatVanishes) {
   const std::string said = CaptureChange("/sched/groups/5/groupName");
-  EXPECT_TRUE(said.ends_with("; 2 vanished meanwhile\n")) << said;
+  EXPECT_TRUE(said.ends_with("; 2 vanished during the capture\n")) << said;
   EXPECT_EQ(NodesOf(scratch_.Path("captured")), NodesOf(scratch_.Path("after")));
 }
 
 TEST_F(Capture, AWorldThatVanishesAfterItsGroupWasRead) {
   const std::string said = CaptureChange("/sched/memClients/5/kestrel/uw");
-  EXPECT_NE(said.find(" vanished meanwhile\n"), std::string::npos) << said;
+  EXPECT_NE(said.find(" vanished during the capture\n"), std::string::npos) << said;
   EXPECT_EQ(NodesOf(scratch_.Path("captured")), NodesOf(scratch_.Path("after")));
 }
 
@@ -183,8 +183,8 @@ TEST_F(Capture, WhatCannotBeReadFailsInTheSnapshotToo) {
   const std::string captured = scratch_.Path("captured");
   const Outcome outcome = Nodal("--cache " + host + " capture -o " + captured);
   EXPECT_EQ(outcome.status, 0) << outcome.err;
-  EXPECT_TRUE(
-      outcome.err.ends_with("; 1 not read: I/O error; 1 not read: No permission; 1 not read: Status 4000000000\n"))
+  EXPECT_TRUE(outcome.err.ends_with(
+      "; 1 unreadable: I/O error; 1 unreadable: No permission; 1 unreadable: Status 4000000000\n"))
       << outcome.err;
   EXPECT_EQ(Nodal("get /system/heaps --cache " + captured).err, "nodal: /system/heaps: No permission\n");
   EXPECT_EQ(Nodal("get /memory/memInfo --cache " + captured).err, "nodal: /memory/memInfo: I/O error\n");
@@ -209,7 +209,7 @@ TEST_F(Capture, PartsThatAreNotThere) {
   EXPECT_EQ(CaptureSample(scratch_, "--only /nowhere").err, "nodal: /nowhere: Not found\n");
   EXPECT_EQ(CaptureSample(scratch_, "--only /memory --only /sched/groups/99").err,
             "nodal: /sched/groups/99: Not found\n");
-  EXPECT_EQ(CaptureSample(scratch_, "--only memory").err, "nodal: memory: a path begins with '/'\n");
+  EXPECT_EQ(CaptureSample(scratch_, "--only memory").err, "nodal: memory: path must begin with '/'\n");
   EXPECT_TRUE(scratch_.Names().empty());
   EXPECT_EQ(CaptureSample(scratch_, "--key x").status, 2);
   EXPECT_EQ(CaptureSample(scratch_, "--anonymize --key ''").status, 2);
@@ -264,7 +264,7 @@ TEST_F(Capture, NothingIsLeftOfAFileThatDoesNotFit) {
   const Outcome full = Nodal("--version >/dev/null; ulimit -f 1; " + kNodal + " --cache " + kSample + " capture -o " +
                              scratch_.Path("captured"));
   EXPECT_EQ(full.status, 1);
-  EXPECT_EQ(full.err, "nodal: " + scratch_.Path("captured") + ": Write error\n");
+  EXPECT_EQ(full.err, "nodal: " + scratch_.Path("captured") + ": File too large\n");
   EXPECT_TRUE(scratch_.Names().empty());
   EXPECT_EQ(Nodal("capture -o " + scratch_.Path("missing/file")).status, 1);
 }
@@ -296,8 +296,8 @@ class Interrupting : public ChangingHost {
 
 TEST_F(Capture, NothingIsLeftOfOneThatIsInterrupted) {
   const std::string snapshot = scratch_.Path("captured");
-  EXPECT_EXIT(CaptureInterrupted(SIGINT, snapshot), testing::ExitedWithCode(1), "ended by a signal: Interrupt");
-  EXPECT_EXIT(CaptureInterrupted(SIGTERM, snapshot), testing::ExitedWithCode(1), "ended by a signal: Terminated");
+  EXPECT_EXIT(CaptureInterrupted(SIGINT, snapshot), testing::ExitedWithCode(1), "interrupted by a signal: Interrupt");
+  EXPECT_EXIT(CaptureInterrupted(SIGTERM, snapshot), testing::ExitedWithCode(1), "interrupted by a signal: Terminated");
   EXPECT_TRUE(scratch_.Names().empty());
 }
 

@@ -67,9 +67,29 @@ TEST(CommandLine, SnapshotsThatCannotBeOpened) {
   for (const std::string words : {"dump ", "verify ", "ls --cache ", "get /system/heaps --cache "}) {
     const Outcome none = Nodal(words + missing);
     EXPECT_EQ(none.status, 1);
-    EXPECT_EQ(none.err, "nodal: " + missing + ": Not found\n");
+    EXPECT_EQ(none.err, "nodal: " + missing + ": No such file or directory\n");
     EXPECT_EQ(Nodal(words + other).err, "nodal: " + other + ": Not a system-information snapshot\n");
   }
+}
+
+TEST(CommandLine, TruncatedSnapshots) {
+  const Scratch scratch;
+  const std::string bytes = Contents(SAMPLE_SNAPSHOT);
+  const std::string expected = " (expected " + std::to_string(bytes.size()) + ")\n";
+  for (const size_t size : {size_t{4096}, bytes.size() - 1}) {
+    const std::string cut = scratch.Write("cut", bytes.substr(0, size));
+    for (const std::string words : {"dump ", "verify ", "ls --cache "})
+      EXPECT_EQ(Nodal(words + cut).err, "nodal: " + cut + ": truncated at byte " + std::to_string(size) + expected);
+  }
+  const std::string longer = scratch.Write("longer", bytes + "x");
+  EXPECT_EQ(Nodal("dump " + longer).err, "nodal: " + longer + ": Snapshot is damaged\n");
+}
+
+TEST(CommandLine, UnknownWordsAreNamed) {
+  EXPECT_EQ(Nodal("").err, "nodal: no command given (see nodal --help)\n");
+  EXPECT_EQ(Nodal("frob").err, "nodal: unknown command 'frob' (see nodal --help)\n");
+  EXPECT_EQ(Nodal("--frob").err, "nodal: unknown option '--frob' (see nodal --help)\n");
+  EXPECT_TRUE(Nodal("ls --frob").err.ends_with(" (see nodal ls --help)\n"));
 }
 
 }  // namespace

@@ -59,7 +59,7 @@ TEST(Ls, NothingThere) {
     EXPECT_EQ(outcome.out, "") << path;
     EXPECT_TRUE(outcome.err.ends_with(": Not found\n")) << outcome.err;
   }
-  EXPECT_EQ(OnSample("ls sched").err, "nodal: sched: a path begins with '/'\n");
+  EXPECT_EQ(OnSample("ls sched").err, "nodal: sched: path must begin with '/'\n");
 }
 
 TEST(Ls, CyclesEnd) {

@@ -250,8 +250,9 @@ TEST_F(MetricsOf, Words) {
     EXPECT_EQ(outcome.status, 1) << words;
     EXPECT_EQ(outcome.out, "") << words;
   }
-  EXPECT_EQ(Nodal("metrics --only frob").err, "nodal: frob: no such metric, nor family of metrics\n");
-  EXPECT_EQ(Nodal("metrics --prefix 9").err, "nodal: 9: not the start of a metric's name\n");
+  EXPECT_EQ(Nodal("metrics --only frob").err, "nodal: frob: unknown metric or family (see nodal metrics --help)\n");
+  EXPECT_EQ(Nodal("metrics --prefix 9").err,
+            "nodal: --prefix 9: expected letters, digits, '_' and ':', without a digit first\n");
   EXPECT_EQ(Nodal("metrics -o ''").status, 2);
 }
 
@@ -273,11 +274,11 @@ TEST_F(MetricsOf, AFileThatCannotBeWrittenStays) {
   const Outcome full =
       Nodal("--version >/dev/null; ulimit -f 1; " + kNodal + " metrics --cache " + kSample + " -o " + path);
   EXPECT_EQ(full.status, 1);
-  EXPECT_EQ(full.err, "nodal: " + path + ": Write error\n");
+  EXPECT_EQ(full.err, "nodal: " + path + ": File too large\n");
   EXPECT_EQ(Contents(path), "before");
   EXPECT_EQ(scratch_.Names(), std::vector<std::string>{"host.prom"});
   EXPECT_EQ(Nodal("metrics -o " + scratch_.Path("no/host.prom")).err,
-            "nodal: " + scratch_.Path("no/host.prom") + ": Not found\n");
+            "nodal: " + scratch_.Path("no/host.prom") + ": No such file or directory\n");
   EXPECT_EQ(Nodal("metrics >/dev/full").status, 1);
 }
 

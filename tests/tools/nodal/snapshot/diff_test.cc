@@ -128,7 +128,7 @@ TEST_F(Diff, Lists) {
   const std::string to = R"("/sched/groups/0/members/groups": [3, 4, 2], "/system/heaps": ["b\n", "a"])";
   EXPECT_EQ(Shown(from, to),
             "~ /sched/groups/0/members/groups\n    - 1\n    - 2\n    + 4\n"
-            "~ /system/heaps\n    in another order\n");
+            "~ /system/heaps\n    order changed\n");
   EXPECT_EQ(Json(from, to), nlohmann::json::parse(
                                 R"([{"path": "/sched/groups/0/members/groups", "change": "list", "removed": [1, 2],
     "added": [4]}, {"path": "/system/heaps", "change": "list", "removed": [], "added": []}])"));
@@ -143,10 +143,10 @@ TEST_F(Diff, WhatCouldNotBeRead) {
   const std::string to = R"("failed:/memory/memInfo": {"status": 4242}, "/memory/comprehensive": {"free": 1},
     "failed:/system/buddy": {"status": "Read error"}, "/system/heaps": [], "failed:/memory/pmem/volumes": {"status": "Read error"})";
   EXPECT_EQ(Shown(from, to),
-            "~ /memory/comprehensive\n    not read: No permission -> read\n"
-            "~ /memory/memInfo\n    read -> not read: Status 4242\n"
-            "+ /memory/pmem/volumes  not read: Read error\n"
-            "~ /system/buddy\n    not read: No permission -> not read: Read error\n");
+            "~ /memory/comprehensive\n    unreadable: No permission -> readable\n"
+            "~ /memory/memInfo\n    readable -> unreadable: Status 4242\n"
+            "+ /memory/pmem/volumes  unreadable: Read error\n"
+            "~ /system/buddy\n    unreadable: No permission -> unreadable: Read error\n");
   const nlohmann::json json = Json(from, to);
   EXPECT_EQ(json[1], nlohmann::json::parse(R"({"path": "/memory/memInfo", "change": "value", "from": {"numNodes": 0},
                                                "to": {"status": 4242}})"));
@@ -159,7 +159,7 @@ TEST_F(Diff, WhatCouldNotBeRead) {
 TEST_F(Diff, WhatTheCatalogueDoesNotKnow) {
   EXPECT_EQ(Shown(R"("/new/node": {"type": "R", "hex": "00"}, "/memory/memInfo": {"type": "R", "hex": "01"})",
                   R"("/new/node": {"type": "R", "hex": "0102"}, "/memory/memInfo": {"numNodes": 1})"),
-            "~ /memory/memInfo\n    R 01 -> read\n~ /new/node\n    R 00 -> R 0102\n");
+            "~ /memory/memInfo\n    R 01 -> readable\n~ /new/node\n    R 00 -> R 0102\n");
 }
 
 TEST_F(Diff, KeysThatAreNotUtf8) {
@@ -176,9 +176,9 @@ TEST_F(Diff, APart) {
       R"("/memory/memInfo": {"numNodes": 1}, "/system/heaps": ["a"], "/system/heapsX": {"type": "R",
     "hex": ""})";
   const std::string to = R"("/memory/memInfo": {"numNodes": 2}, "failed:/system/heaps": {"status": "Read error"})";
-  EXPECT_EQ(Shown(from, to, " --only /system/heaps/"), "~ /system/heaps\n    read -> not read: Read error\n");
+  EXPECT_EQ(Shown(from, to, " --only /system/heaps/"), "~ /system/heaps\n    readable -> unreadable: Read error\n");
   EXPECT_EQ(Shown(from, to, " --only /system/heaps --only /memory"),
-            "~ /memory/memInfo\n    numNodes  1 -> 2  +1\n~ /system/heaps\n    read -> not read: Read error\n");
+            "~ /memory/memInfo\n    numNodes  1 -> 2  +1\n~ /system/heaps\n    readable -> unreadable: Read error\n");
   EXPECT_EQ(Of(from, to, " --only /nowhere").status, 2);
   EXPECT_EQ(Of(from, to, " --only /nowhere").err, "nodal: /nowhere: Not found\n");
   EXPECT_EQ(Of(from, to, " --only memory").status, 2);
@@ -208,7 +208,7 @@ TEST_F(Diff, Trouble) {
     EXPECT_EQ(Nodal("diff " + words).err, "nodal: " + renamed + ": /system/eeaps: Snapshot is damaged\n");
   const Outcome missing = Nodal("diff " + sound + " " + scratch_.Path("missing"));
   EXPECT_EQ(missing.status, 2);
-  EXPECT_EQ(missing.err, "nodal: " + scratch_.Path("missing") + ": Not found\n");
+  EXPECT_EQ(missing.err, "nodal: " + scratch_.Path("missing") + ": No such file or directory\n");
   EXPECT_EQ(Nodal("diff " + sound).status, 2);
   EXPECT_EQ(Nodal("diff " + kSample + " " + sound + " >/dev/full").status, 2);
 }

@@ -23,8 +23,8 @@ TEST(Verify, Summary) {
   EXPECT_EQ(Nodal("verify " + kSample).out, SAMPLE_SNAPSHOT ": 275 records, 73 lists, no problems\n");
   const Scratch scratch;
   const std::string host = Built(scratch, HostOf(R"("/system/heaps": ["main"])"));
-  EXPECT_EQ(Nodal("verify " + host).out, "/system/heaps: lists heap 'main', of which there is nothing\n" + host +
-                                             ": 0 records, 1 list, 1 problem\n");
+  EXPECT_EQ(Nodal("verify " + host).out,
+            "/system/heaps: lists heap 'main', which has no entry\n" + host + ": 0 records, 1 list, 1 problem\n");
 }
 
 TEST(Verify, Values) {
@@ -36,12 +36,12 @@ TEST(Verify, Values) {
                           "/hardware/nvd/dimm": {"type": "T", "hex": ""},
                           "/hardware/pci/seg": {"type": "I", "hex": "00"})"),
             "/hardware/nvd/dimm: not a list of integers\n"
-            "/hardware/pci/seg: the last integer is cut\n"
-            "/memory/memInfo: 1 byte, not 24\n"
+            "/hardware/pci/seg: last integer is truncated\n"
+            "/memory/memInfo: 1 byte (expected 24)\n"
             "/memory/pshare/stats: not a record\n"
-            "/system/buddy: the last text is cut\n"
+            "/system/buddy: last text is truncated\n"
             "/system/heaps: not a list of texts\n"
-            "/what: no such node in the catalogue\n");
+            "/what: unknown node\n");
 }
 
 TEST(Verify, Failures) {
@@ -51,17 +51,17 @@ TEST(Verify, Failures) {
                           "failed:/memory/pshare/stats": {"type": "R", "hex": "01"},
                           "failed:/system/heaps": {"status": "Not found"},
                           "failed:/what": {"status": "Not found"})"),
-            "failed:/hardware/nvd/dimm: not a failure's status\n"
-            "failed:/memory/pshare/stats: not a failure's status\n"
-            "failed:/system/heaps: what could not be read is there\n"
-            "failed:/what: no such node in the catalogue\n");
+            "failed:/hardware/nvd/dimm: invalid status\n"
+            "failed:/memory/pshare/stats: invalid status\n"
+            "failed:/system/heaps: saved as unreadable and with a value\n"
+            "failed:/what: unknown node\n");
 }
 
 TEST(Verify, Time) {
   const Scratch scratch;
   EXPECT_EQ(Problems(Built(scratch, R"({"format": 1, "time": "2026-03-14T09:26:53Z"})")), "");
   EXPECT_EQ(Problems(Built(scratch, R"({"format": 1, "time": "2026-03-14 09:26:53"})")),
-            "time: not of the form 2026-03-14T09:26:53Z\n");
+            "time: invalid time (expected a form such as 2026-03-14T09:26:53Z)\n");
 }
 
 TEST(Verify, WhatIsNamedIsThere) {
@@ -71,17 +71,17 @@ TEST(Verify, WhatIsNamedIsThere) {
                           "/memory/pmem/volumes/v/regionStore/regions": ["r"],
                           "/memory/lpage/nodeList/0/vmPools": ["p"], "/memory/memInfo": {"numNodes": 1},
                           "/system/buddy": ["memmap-05-lo", "other"])"),
-            "/memory/lpage/nodeList/0/vmPools: lists pool 'p', of which there is nothing\n"
-            "/memory/pmem/volumes/v/extents: lists extent 3, of which there is nothing\n"
-            "/memory/pmem/volumes/v/regionStore/regions: lists region 'r', of which there is nothing\n"
-            "/sched/groups/0/groupLeaderID: names client 9, of which there is nothing\n"
-            "/sched/groups/0/members/groups: lists group 1, of which there is nothing\n"
-            "/sched/groups/0/members/memClients: lists client 7, of which there is nothing\n"
-            "/sched/groups/0/members/memClients: client 7 is listed twice\n"
-            "/sched/groups/0/members/memClients: lists client 7, of which there is nothing\n"
-            "/system/buddy: lists buddy 'memmap-05-lo', of which there is nothing\n"
-            "/system/buddy: buddy 'memmap-05-lo' serves memNode 5, of which there is nothing\n"
-            "/system/buddy: lists buddy 'other', of which there is nothing\n");
+            "/memory/lpage/nodeList/0/vmPools: lists pool 'p', which has no entry\n"
+            "/memory/pmem/volumes/v/extents: lists extent 3, which has no entry\n"
+            "/memory/pmem/volumes/v/regionStore/regions: lists region 'r', which has no entry\n"
+            "/sched/groups/0/groupLeaderID: names client 9, which has no entry\n"
+            "/sched/groups/0/members/groups: lists group 1, which has no entry\n"
+            "/sched/groups/0/members/memClients: lists client 7, which has no entry\n"
+            "/sched/groups/0/members/memClients: lists client 7 twice\n"
+            "/sched/groups/0/members/memClients: lists client 7, which has no entry\n"
+            "/system/buddy: lists buddy 'memmap-05-lo', which has no entry\n"
+            "/system/buddy: buddy 'memmap-05-lo' serves memNode 5, which has no entry\n"
+            "/system/buddy: lists buddy 'other', which has no entry\n");
 }
 
 TEST(Verify, WhatIsThereIsNamed) {
@@ -90,10 +90,10 @@ TEST(Verify, WhatIsThereIsNamed) {
                           "/sched/groups/5/groupName": {}, "/sched/groups/5/groupTag": {},
                           "/sched/memClients/6/swapInfo": {}, "/memory/memNodes/3": {},
                           "/sched/globalStats/memory/stateTransitions/odd": {})"),
-            "/memory/memNodes/3: memNode 3: no such instance is known\n"
-            "/sched/globalStats/memory/stateTransitions/odd: state 'odd': no such instance is known\n"
-            "/sched/groups/5: group 5: not reached from group 0\n"
-            "/sched/memClients/6: client 6: no such instance is known\n"
+            "/memory/memNodes/3: memNode 3: unknown instance\n"
+            "/sched/globalStats/memory/stateTransitions/odd: state 'odd': unknown instance\n"
+            "/sched/groups/5: group 5: not reachable from group 0\n"
+            "/sched/memClients/6: client 6: unknown instance\n"
             "/system/buddy/b: buddy 'b': not listed in /system/buddy\n"
             "/system/heaps/h: heap 'h': not listed in /system/heaps\n");
 }
@@ -102,9 +102,9 @@ TEST(Verify, Hierarchy) {
   EXPECT_EQ(ProblemsOf(R"("/sched/groups/0/members/groups": [1, 2], "/sched/groups/1/members/groups": [2, 0],
                           "/sched/groups/1/parentGroupID": {"parentGroupID": 0},
                           "/sched/groups/2/parentGroupID": {"parentGroupID": 7})"),
-            "/sched/groups/0/parentGroupID: group 0 is the first, but group 1 lists it\n"
+            "/sched/groups/0/parentGroupID: group 0 is the top group, but group 1 lists it\n"
             "/sched/groups/2/parentGroupID: groups 0 and 1 both list group 2\n"
-            "/sched/groups/2/parentGroupID: it is 7, but group 0 lists group 2\n");
+            "/sched/groups/2/parentGroupID: names group 7, but group 0 lists group 2\n");
 }
 
 class Damaged : public testing::Test {
@@ -121,7 +121,7 @@ class Damaged : public testing::Test {
 
 TEST_F(Damaged, Value) {
   bytes_[PositionOf("/hardware/nvd/dimm") + 8 + 20] ^= 1;
-  EXPECT_EQ(Problems(scratch_.Write("damaged", bytes_)), "/hardware/nvd/dimm: the value is damaged\n");
+  EXPECT_EQ(Problems(scratch_.Write("damaged", bytes_)), "/hardware/nvd/dimm: damaged value\n");
 }
 
 TEST_F(Damaged, EveryByteIsFound) {
@@ -140,7 +140,7 @@ TEST_F(Damaged, RecordThatReachesTooFar) {
   EXPECT_TRUE(outcome.err.ends_with(": Snapshot is damaged\n"));
   bytes_[PositionOf("time") + 4 + 1] ^= 1;
   bytes_[PositionOf("/hardware/nvd/dimm") + 4 + 3] ^= 1;
-  EXPECT_EQ(Problems(scratch_.Write("damaged", bytes_)), "entry 1: it does not end where the records end\n");
+  EXPECT_EQ(Problems(scratch_.Write("damaged", bytes_)), "entry 1: entry runs past the end of the records\n");
 }
 
 TEST_F(Damaged, SlotThatLeadsNowhere) {
@@ -155,7 +155,7 @@ TEST_F(Damaged, SlotThatLeadsNowhere) {
       std::string bytes = bytes_;
       bytes[byte] ^= 1;
       EXPECT_EQ(Problems(scratch_.Write("damaged", bytes)),
-                key + ": the index does not lead to it\nindex: a hash table is damaged\n");
+                key + ": not found through the index\nindex: damaged hash table\n");
     }
   }
 }
@@ -164,9 +164,9 @@ TEST_F(Damaged, KeysThatAreNotInOrder) {
   // The key stays of the same length, so that only the order and the index are wrong.
   bytes_.replace(bytes_.find("/hardware/nvd/dimm"), 18, "zhardware/nvd/dimm");
   EXPECT_EQ(Problems(scratch_.Write("damaged", bytes_)),
-            "zhardware/nvd/dimm: the index does not lead to it\n"
-            "zhardware/nvd/dimm: no such node in the catalogue\n"
-            "/sched/globalStats/numVMs: not in the order of the keys\n");
+            "zhardware/nvd/dimm: not found through the index\n"
+            "zhardware/nvd/dimm: unknown node\n"
+            "/sched/globalStats/numVMs: key out of order\n");
 }
 
 }  // namespace
