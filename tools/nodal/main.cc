@@ -11,7 +11,7 @@
 
 namespace {
 
-// Of the running command.
+// The exit status of the command if it throws.
 nodal::ExitStatus failureStatus = nodal::kFailure;
 
 int RunCommand(int argc, char **argv) {
@@ -22,7 +22,7 @@ int RunCommand(int argc, char **argv) {
   return status;
 }
 
-// The JSON library allocates in destructors, which cannot report that memory ran out: the program ends here then.
+// The JSON library allocates memory in destructors, from which no exception can leave. The program ends here then.
 [[noreturn]] void EndWithoutMemory() {
   try {
     if (const std::exception_ptr failure = std::current_exception()) std::rethrow_exception(failure);
@@ -38,7 +38,7 @@ int RunCommand(int argc, char **argv) {
 
 int main(int argc, char **argv) {
   nodal::HoldStandardDescriptors();
-  // Writes to a closed pipe and beyond a limit on file sizes then fail like any other, and temporary files are removed.
+  // Then writes to a closed pipe or beyond a file size limit fail like others, and temporary files are removed.
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);
   std::set_terminate(EndWithoutMemory);

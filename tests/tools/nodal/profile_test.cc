@@ -1,5 +1,4 @@
-// The profile of persistent-memory modules over a saved host, whose registers are files: what it reads, and every byte
-// that it writes.
+// dcpmm-stats over a saved host whose registers are files: what it reads, and every byte that it writes.
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -27,7 +26,7 @@ constexpr Unit kUnits[] = {
     {"08.0", "M2M-IMC-0", "N/A", true},    {"09.0", "M2M-IMC-1", "N/A", true},
 };
 
-// The counters of a unit by the register of their lower half, in the order of the report.
+// The counters of a unit, by the register of the lower half, in the order of the report.
 struct Counter {
   const char *name;
   size_t place;
@@ -60,7 +59,7 @@ std::string SpaceOf(size_t number) {
   return config;
 }
 
-// The same after the profile: events in the control registers, and the counters frozen.
+// The configuration space after the profile: events in the control registers, counters frozen.
 std::string Profiled(std::string config, const Unit &unit) {
   if (unit.isMesh) {
     Put(config, 0x230, 0x0040022C);

@@ -1,4 +1,4 @@
-// Runs nodal as a shell does.
+// Runs nodal through a shell.
 #ifndef TESTS_TOOLS_NODAL_PROGRAM_H
 #define TESTS_TOOLS_NODAL_PROGRAM_H
 
@@ -10,7 +10,7 @@
 #include "tests/support/process.h"
 #include "tests/support/text.h"
 
-// Words for Nodal() and the shell.
+// Quoted for the shell.
 inline const std::string kNodal = testing_support::Quoted(NODAL_PROGRAM);
 inline const std::string kSample = testing_support::Quoted(SAMPLE_SNAPSHOT);
 
@@ -20,14 +20,14 @@ struct Outcome {
   std::string err;
 };
 
-// `words` as they are typed behind the program's name, redirections included.
+// `words` are the arguments as typed in a shell, with redirections.
 inline Outcome Nodal(const std::string &words) {
   const std::string command = kNodal + " " + words;
   const testing_support::Outcome run = testing_support::Run({.program = "/bin/sh", .arguments = {"-c", command}});
   return {run.exitStatus, run.output, run.errors};
 }
 
-// Builds a snapshot of the JSON text; the file's path.
+// Builds a snapshot from the JSON text and returns its path.
 inline std::string Built(const Scratch &scratch, const std::string &json, const std::string &name = "host.nodal") {
   const std::string source = scratch.Write(name + ".json", json);
   const Outcome outcome = Nodal("build " + source + " -o " + scratch.Path(name));

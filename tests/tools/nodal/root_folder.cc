@@ -1,6 +1,5 @@
-// Preloaded into kestrel, which has no option for it, makes it read a root folder: where it is told of a cache file
-// that file is taken for the folder, and without one ROOT_FOLDER of the environment is, and takes writes. Nor does it
-// sleep.
+// Preloaded into kestrel, makes it read a root folder, for which it has no option. The folder is the argument of -c or,
+// without -c, the environment variable ROOT_FOLDER; the latter can be written to. Sleeps return at once.
 #include <dlfcn.h>
 
 #include <cstdlib>
@@ -20,7 +19,7 @@ extern "C" HVC_ReturnStatus NODAL_UseCache(const char *path, uint32_t) {
   return Next<decltype(NODAL_UseCache)>("NODAL_UseCache")(path, NODAL_CACHE_ROOT_FOLDER);
 }
 
-// What kestrel asks for before anything else.
+// The first call of kestrel.
 extern "C" HVC_ReturnStatus NODAL_CheckSig(char *kernelBuild, uint32_t size, const char **ownBuild) {
   if (const char *root = std::getenv("ROOT_FOLDER"); root != nullptr) {
     const HVC_ReturnStatus status =

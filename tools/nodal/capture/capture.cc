@@ -21,7 +21,7 @@ namespace {
 
 using platkit::snapshot::Header;
 
-// Reading them takes long, and no report needs them of a saved host.
+// Reading them takes long, and no report of a saved host needs them.
 constexpr std::string_view kPciDevices = "/hardware/pci";
 
 std::string HostName(const std::string &root) {
@@ -42,7 +42,7 @@ std::string Now() {
 
 Header HeaderOfSnapshot(const std::string &path) {
   const OpenedSnapshot opened(path);
-  // Its records may have other sizes than those of this program's catalogue.
+  // The sizes of its records may differ from those in this program's catalogue.
   if (opened.file.header().definitions.signature != platkit::OwnDefinitions().signature) {
     throw Failure(path, HVC_DEFINITIONS_DIFFER);
   }
@@ -74,7 +74,7 @@ void RequireAllFound(PathFilter &filter, CachingTree &tree) {
   filter.RequireAllFound();
 }
 
-// Reads the host into the writer. Returns the number of instances that vanished meanwhile.
+// Reads the host into the writer. Returns the number of instances that vanished during the capture.
 size_t ReadInto(CaptureWriter &writer, PathFilter &filter) {
   HostTree host;
   CachingTree tree(host, ThrowIfSignalled);

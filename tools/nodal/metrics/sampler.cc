@@ -39,7 +39,7 @@ class Sampler {
   }
 
  private:
-  // Reads one subject after the other, so that the figures of each are of one time.
+  // Reads one subject after the other, so that the figures of each are from the same time.
   void ReadFamily(MetricFamily family) {
     std::set<const Node *> wanted;
     for (const Metric &metric : Metrics()) {

@@ -6,7 +6,7 @@
 namespace nodal {
 namespace {
 
-// The nodes that have a virtual machine's figures under the client of its monitor.
+// Whether a virtual machine's record of this node is that of its monitor's client.
 bool IsOfMonitor(const Node &node) {
   return node.id == nodes::sched_memClients_swapInfo.id() || node.id == nodes::memory_lpage_vmLPage.id();
 }

@@ -16,8 +16,8 @@ namespace nodal {
 
 struct Subject {
   Labels labels;
-  // By their kind in the paths of nodes, such as "group" or "heap". A virtual machine has two clients, its own and its
-  // "monitor"'s.
+  // By their kind in the paths of nodes, such as "group" or "heap". A virtual machine also has the client of its
+  // "monitor".
   std::map<std::string_view, Argument> instances;
 };
 
@@ -33,7 +33,7 @@ class Subjects {
  public:
   explicit Subjects(CachingTree &tree) : tree_(tree), instances_(tree) {}
 
-  // Each with labels of its own.
+  // No two have the same labels.
   const std::vector<Subject> &Of(MetricFamily family);
 
   // The instances that the node can take as its next argument after `outer`.

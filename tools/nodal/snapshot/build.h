@@ -6,7 +6,7 @@
 
 namespace nodal {
 
-// `json` is a file, or "-" for standard input. Throws a Failure, and leaves no snapshot then.
+// `json` is a file, or "-" for standard input. Throws a Failure, without writing a snapshot.
 void BuildSnapshot(const std::string &json, const std::string &snapshot);
 
 }  // namespace nodal

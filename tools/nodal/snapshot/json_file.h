@@ -1,4 +1,4 @@
-// JSON files.
+// Reads JSON files.
 #ifndef NODAL_SNAPSHOT_JSON_FILE_H
 #define NODAL_SNAPSHOT_JSON_FILE_H
 

@@ -1,4 +1,4 @@
-// The problems that a check of a snapshot finds.
+// Prints and counts the problems of a snapshot.
 #ifndef NODAL_SNAPSHOT_PROBLEMS_H
 #define NODAL_SNAPSHOT_PROBLEMS_H
 

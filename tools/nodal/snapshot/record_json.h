@@ -1,4 +1,4 @@
-// Records, texts and raw values as JSON, and back. What cannot be taken back throws an InvalidJson.
+// Records, texts and statuses to JSON and back. The functions from JSON throw an InvalidJson for an invalid value.
 #ifndef NODAL_SNAPSHOT_RECORD_JSON_H
 #define NODAL_SNAPSHOT_RECORD_JSON_H
 
@@ -30,21 +30,21 @@ void RecordFromJson(const platkit::RecordLayout &layout, const Json &json, std::
 // The bytes of a field in its record.
 std::span<const std::byte> BytesOfField(const platkit::Field &field, std::span<const std::byte> record);
 
-// The value of a field; of bytes between the named fields, hexadecimal digits.
+// The value of a field. Unnamed bytes become hexadecimal digits.
 OrderedJson FieldToJson(const platkit::Field &field, std::span<const std::byte> bytes);
 
-// The JSON value of a field that has a name, as people read it.
+// A named field's value from JSON, as text for people.
 std::string ShownValue(const platkit::Field &field, const OrderedJson &value);
 
-// A string, or {"hex": ...} for what is not UTF-8.
+// A string, or {"hex": ...} if the text is not UTF-8.
 OrderedJson TextToJson(std::string_view text);
 std::string TextFromJson(const Json &json);
 
-// {"status": "No permission"}; a number for what has no text.
+// {"status": "No permission"}, or the number of a status without text.
 OrderedJson FailureToJson(HVC_ReturnStatus failure);
 HVC_ReturnStatus FailureFromJson(const Json &json);
 
-// A value of one line, as it stands in an error message.
+// The value in one short line, for messages.
 std::string Brief(const Json &json);
 
 }  // namespace nodal

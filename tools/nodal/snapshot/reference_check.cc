@@ -79,8 +79,8 @@ class ReferenceCheck {
     return std::string(what) + " " + ShownForm(argument);
   }
 
-  // Reports an instance that the node at `path` refers to and of which there is no node. `outer` has the kinds of
-  // `outerArguments`, the instances to which it belongs.
+  // Reports an instance without any node that the node at `path` refers to. `outer` has the kinds of `outerArguments`,
+  // the instances to which it belongs.
   void CheckNamed(const std::string &path, const std::string &how, Outer outer, const Arguments &outerArguments,
                   std::string_view what, const Argument &instance) {
     const std::vector<std::string> paths = PathsOfInstance(what, instance, outer, outerArguments);

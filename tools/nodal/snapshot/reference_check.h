@@ -7,7 +7,7 @@
 
 namespace nodal {
 
-// Reports nodes that refer to instances of which there is no node, and nodes of instances that nothing refers to.
+// Reports references to instances without any node, and nodes of instances that nothing refers to.
 // `source` reads the snapshot.
 void CheckReferences(const CheckedNodes &nodes, platkit::Source &source, Problems &problems);
 

@@ -1,4 +1,4 @@
-// Values of snapshots as JSON.
+// The values in a snapshot file as JSON.
 #ifndef NODAL_SNAPSHOT_VALUE_JSON_H
 #define NODAL_SNAPSHOT_VALUE_JSON_H
 
@@ -10,19 +10,19 @@
 
 namespace nodal {
 
-// Whether a value of `target`, which is in the catalogue, is of the kind and size that the catalogue says.
+// Whether the value has the type and size that the catalogue has for `target`. REQUIRES: target.node is not null.
 bool IsAsKnown(const platkit::PathTarget &target, const platkit::snapshot::Value &value);
 
-// In the catalogue's terms where it has any, else raw.
+// By the catalogue if the value matches it, otherwise raw.
 OrderedJson ValueToJson(std::string_view key, const platkit::snapshot::Value &value);
 
-// Of values that are as known.
+// REQUIRES: IsAsKnown.
 OrderedJson ListToJson(const platkit::snapshot::Value &value);
 
-// Type and payload.
+// The type and the payload in hexadecimal.
 OrderedJson RawToJson(const platkit::snapshot::Value &value);
 
-// Of the value behind a failure's key; a value of another form is raw.
+// The value of a node that could not be read. A value of another form is raw.
 OrderedJson StoredFailureToJson(const platkit::snapshot::Value &value);
 
 }  // namespace nodal

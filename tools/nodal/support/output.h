@@ -1,4 +1,4 @@
-// Standard output, and failures.
+// Output, messages and failures.
 #ifndef NODAL_SUPPORT_OUTPUT_H
 #define NODAL_SUPPORT_OUTPUT_H
 
@@ -18,8 +18,7 @@ class Failure : public std::runtime_error {
   Failure(std::string_view where, HVC_ReturnStatus status);
 };
 
-// Calls `write`, which writes the file at `path` whole or not at all and returns a status of platkit::WriteStatus.
-// Throws a Failure with the cause that errno names.
+// Calls `write`, which writes the file at `path` and leaves errno set if it fails. Throws a Failure with that cause.
 void WriteOrThrow(const std::string &path, const std::function<HVC_ReturnStatus()> &write);
 
 // Both throw if standard output cannot be written.

@@ -11,7 +11,7 @@ namespace {
 constexpr std::chrono::milliseconds kInterval{100};
 constexpr size_t kBarWidth = 30;
 
-void Put(const std::string &text) {
+void Draw(const std::string &text) {
   std::fwrite(text.data(), 1, text.size(), stderr);
   std::fflush(stderr);
 }
@@ -21,7 +21,7 @@ void Put(const std::string &text) {
 Progress::Progress() : isShown_(isatty(STDERR_FILENO) != 0) {}
 
 Progress::~Progress() {
-  if (width_ > 0) Put("\r" + std::string(width_, ' ') + "\r");
+  if (width_ > 0) Draw("\r" + std::string(width_, ' ') + "\r");
 }
 
 void Progress::Begin(const std::string &what, size_t total) {
@@ -42,7 +42,7 @@ void Progress::Show() {
   const std::string line = "[" + std::string(filled, '#') + std::string(kBarWidth - filled, '.') + "] " + what_ + ": " +
                            std::to_string(done_) + " of " + std::to_string(total_);
   const size_t shorter = width_ > line.size() ? width_ - line.size() : 0;
-  Put("\r" + line + std::string(shorter, ' '));
+  Draw("\r" + line + std::string(shorter, ' '));
   width_ = line.size() + shorter;
 }
 

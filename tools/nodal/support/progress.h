@@ -1,4 +1,4 @@
-// How far a command has come, on a terminal.
+// A progress bar on the terminal.
 #ifndef NODAL_SUPPORT_PROGRESS_H
 #define NODAL_SUPPORT_PROGRESS_H
 
@@ -8,8 +8,7 @@
 
 namespace nodal {
 
-// A line on standard error that is overwritten as the work goes on, and wiped out at its end. Where standard error is
-// no terminal, nothing is shown.
+// Draws on standard error if that is a terminal, and erases the bar at the end.
 class Progress {
  public:
   Progress();
@@ -17,7 +16,7 @@ class Progress {
   Progress(const Progress &) = delete;
   Progress &operator=(const Progress &) = delete;
 
-  // So many things of some kind are to be done now.
+  // Starts a phase of `total` steps.
   void Begin(const std::string &what, size_t total);
   void Advance();
 
@@ -31,7 +30,7 @@ class Progress {
   size_t total_ = 0;
   std::string what_;
   Clock::time_point next_ = Clock::now();
-  size_t width_ = 0;  // of the line that stands there
+  size_t width_ = 0;  // of the drawn line
 };
 
 }  // namespace nodal

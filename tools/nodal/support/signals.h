@@ -4,11 +4,10 @@
 
 namespace nodal {
 
-// From now on, SIGINT, SIGTERM and SIGHUP do not end the program, unless it is asked to. Those that are ignored stay
-// so.
+// From now on, SIGINT, SIGTERM and SIGHUP are only recorded. Signals that are ignored stay ignored.
 void CatchSignals();
 
-// Throws a Failure if one of them came.
+// Throws a Failure if one of them has arrived.
 void ThrowIfSignalled();
 
 }  // namespace nodal

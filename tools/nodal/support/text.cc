@@ -13,7 +13,7 @@ using platkit::kStatusTexts;
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 
 struct Character {
-  size_t size;  // 0: not UTF-8
+  size_t size;  // 0 for an invalid sequence
   uint32_t code;
 };
 
@@ -28,9 +28,9 @@ Character FirstCharacter(std::string_view text) {
     if ((byte(i) & 0xc0) != 0x80) return {0, 0};
     code = code << 6 | (byte(i) & 0x3f);
   }
-  // Neither longer forms than needed, nor halves of pairs, nor what lies beyond the last character.
-  constexpr uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
-  if (code < kLeast[size] || (code >= 0xd800 && code < 0xe000) || code > 0x10ffff) return {0, 0};
+  // Reject overlong forms, surrogates and values beyond U+10FFFF.
+  constexpr uint32_t kMin[] = {0, 0, 0x80, 0x800, 0x10000};
+  if (code < kMin[size] || (code >= 0xd800 && code < 0xe000) || code > 0x10ffff) return {0, 0};
   return {size, code};
 }
 

@@ -1,4 +1,4 @@
-// Texts and bytes as nodal shows and reads them.
+// Texts, bytes and statuses in the forms that nodal prints and parses.
 #ifndef NODAL_SUPPORT_TEXT_H
 #define NODAL_SUPPORT_TEXT_H
 
@@ -14,10 +14,10 @@ namespace nodal {
 
 bool IsUtf8(std::string_view text);
 
-// The text with something else in the place of each control character, and of each byte that is not UTF-8.
+// Replaces each control character, and each byte that is not UTF-8, by what `escape` returns for it.
 std::string Escaped(std::string_view text, std::string (*escape)(std::string_view character));
 
-// The text as it may be shown on a terminal: '?' stands for control characters and for what is not UTF-8.
+// Safe for a terminal: control characters, and bytes that are not UTF-8, become '?'.
 std::string Printable(std::string_view text);
 
 std::string ToHex(std::span<const std::byte> bytes);
@@ -30,7 +30,7 @@ std::string Plural(size_t count, const std::string &what);
 
 std::string StatusText(HVC_ReturnStatus status);
 
-// The status of that text, if it is one of the kernel's.
+// The status with that text, if any.
 std::optional<HVC_ReturnStatus> StatusOfText(std::string_view text);
 
 }  // namespace nodal

@@ -10,13 +10,13 @@
 
 namespace nodal {
 
-// What a node was read as.
+// The result of reading a node.
 struct Answer {
   const Node *node;
   bool asRecord;
   Arguments arguments;
   HVC_ReturnStatus status = HVC_NOT_FOUND;
-  std::string record = {};         // its bytes
+  std::string record = {};         // the bytes
   Arguments entries = {};          // of the list
   bool isReportedMissing = false;  // a capture saves that it was not found
 };
@@ -38,7 +38,7 @@ class CachingTree : public Tree {
   // From now on, nothing more is read: nodes without an answer are not found.
   void Freeze() { isFrozen_ = true; }
 
-  // By path.
+  // The results by path.
   std::map<std::string, Answer> &answers() { return answers_; }
 
  private:

@@ -23,7 +23,7 @@ struct PathTemplate {
 // In the order of the catalogue.
 std::vector<PathTemplate> AllPathTemplates();
 
-// The parts between the slashes of a path that begins with one.
+// The parts between slashes. REQUIRES: the path is empty or begins with a slash.
 std::vector<std::string_view> SplitPath(std::string_view path);
 
 inline bool IsPlaceholder(std::string_view part) { return part.starts_with('{'); }

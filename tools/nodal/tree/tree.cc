@@ -36,7 +36,7 @@ Arguments EntriesOf(const NODAL_ParamList &list) {
   return entries;
 }
 
-// What the host lacks is an answer; what this program lacks is none.
+// A host without memory for an answer is a status; this program without memory is an exception.
 HVC_ReturnStatus Answer(HVC_ReturnStatus status) {
   if (status == HVC_NO_MEMORY) throw std::bad_alloc();
   return status;

@@ -17,7 +17,7 @@ class Tree {
  public:
   virtual ~Tree() = default;
 
-  // `record` has the record's size. Both throw std::bad_alloc if memory is short.
+  // `record` has the record's size. Both throw std::bad_alloc if memory runs out.
   [[nodiscard]] virtual HVC_ReturnStatus Get(const Node &node, const Arguments &arguments,
                                              std::span<std::byte> record) = 0;
   [[nodiscard]] virtual HVC_ReturnStatus List(const Node &node, const Arguments &arguments, Arguments &entries) = 0;

@@ -10,8 +10,8 @@
 
 namespace nodal {
 
-// Visits all nodes of one group, then all nodes of the next, so that the figures of each are of one time. Kinds of
-// instances that follow from records of others, as clients from groups, are visited after those. Configuration
+// Visits all nodes of one group, then all nodes of the next, so that the figures of each are from the same time. Kinds
+// of instances that follow from records of others, as clients from groups, are visited after those. Configuration
 // registers of PCI devices are never visited: reading one can change the device.
 class Walk {
  public:

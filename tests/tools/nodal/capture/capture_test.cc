@@ -15,7 +15,7 @@ namespace {
 
 std::string Dumped(const std::string &snapshot) { return Nodal("dump " + testing_support::Quoted(snapshot)).out; }
 
-// The dump from the nodes on.
+// The part of the dump with the nodes.
 std::string NodesOf(const std::string &snapshot) {
   const std::string dump = Dumped(snapshot);
   return dump.substr(std::min(dump.find("  \"nodes\""), dump.size()));
@@ -35,7 +35,7 @@ std::vector<std::string> Paths(const std::string &snapshot) {
   return paths;
 }
 
-// A host that is what `before` says until a node is read, and what `after` says from then on.
+// A host that reads `before` until a certain node is read, and `after` from then on.
 class ChangingHost : public platkit::Source {
  public:
   ChangingHost(const std::string &before, const std::string &after, std::string turningPoint)
@@ -64,7 +64,7 @@ class ChangingHost : public platkit::Source {
   std::string turningPoint_;
 };
 
-// A group with its own records, as JSON.
+// The JSON of a group.
 std::string GroupOf(int64_t id, int64_t parent, const std::string &flags, const std::string &members,
                     const std::string &clients) {
   const std::string path = "\"/sched/groups/" + std::to_string(id) + "/";
@@ -80,7 +80,7 @@ std::string ClientOf(int64_t id) {
   return ",\"/sched/memClients/" + std::to_string(id) + "/kestrel/uw\": {\"memSize\": 1}";
 }
 
-// Groups 5 and 7 are worlds below the host, 8 is a part of 7.
+// Groups 5 and 7 are user worlds below the host; 8 is a child of 7.
 constexpr char kWorld[] = "8";
 std::string Before() {
   return HostOf(GroupOf(0, -1, "2049", "5, 7", "") + "," + GroupOf(5, 0, kWorld, "", "5") + "," +
@@ -94,7 +94,7 @@ class Capture : public testing::Test {
  protected:
   ~Capture() override { platkit::UseSource(nullptr); }
 
-  // Captures a host that changes when `turningPoint` is read; what the command said.
+  // Captures a host that changes when `turningPoint` is read, and returns the messages.
   std::string CaptureChange(const std::string &turningPoint) {
     platkit::UseSource(std::make_unique<ChangingHost>(Built(scratch_, Before(), "before"),
                                                       Built(scratch_, After(), "after"), turningPoint));
@@ -106,7 +106,7 @@ class Capture : public testing::Test {
   Scratch scratch_;
 };
 
-TEST_F(Capture, ASnapshotIsTheSameButForTheDevices) {
+TEST_F(Capture, OfASnapshotHasAllButPciDevices) {
   const Outcome outcome = CaptureSample(scratch_);
   EXPECT_EQ(outcome.status, 0) << outcome.err;
   std::vector<std::string> expected = Paths(SAMPLE_SNAPSHOT);
@@ -120,7 +120,7 @@ TEST_F(Capture, ASnapshotIsTheSameButForTheDevices) {
   EXPECT_EQ(Nodal("verify " + scratch_.Path("whole")).status, 0);
 }
 
-TEST_F(Capture, SaysWhatItCameTo) {
+TEST_F(Capture, PrintsASummary) {
   const Outcome outcome = CaptureSample(scratch_);
   EXPECT_EQ(outcome.out, "");
   EXPECT_TRUE(outcome.err.starts_with("nodal: " + scratch_.Path("captured") + ": 42 nodes, 212 records, 55 lists, " +
@@ -161,7 +161,7 @@ TEST_F(Capture, NothingVanishesWithoutAChange) {
   EXPECT_EQ(NodesOf(scratch_.Path("captured")), NodesOf(scratch_.Path("before")));
 }
 
-TEST_F(Capture, WhatIsThereWithoutAnyRecordIsToldOf) {
+TEST_F(Capture, InstancesWithoutRecordsAreReported) {
   const std::string host =
       Built(scratch_, HostOf(GroupOf(0, -1, "2049", "5", "") + "," + GroupOf(5, 0, kWorld, "", "5")));
   EXPECT_EQ(Nodal("verify " + host).status, 1);
@@ -175,7 +175,7 @@ TEST_F(Capture, WhatIsThereWithoutAnyRecordIsToldOf) {
   EXPECT_EQ(Nodal("verify " + captured).status, 0);
 }
 
-TEST_F(Capture, WhatCannotBeReadFailsInTheSnapshotToo) {
+TEST_F(Capture, UnreadableNodesFailInTheSnapshotToo) {
   const std::string host = Built(scratch_, HostOf(GroupOf(0, -1, "2049", "", "") +
                                                   R"(, "failed:/system/heaps": {"status": "No permission"},
                                                      "failed:/memory/memInfo": {"status": "I/O error"},
@@ -260,7 +260,7 @@ TEST_F(Capture, TheRunningHost) {
   EXPECT_EQ(Nodal("get /sched/groups/0/groupName --cache " + captured).out, "name  host\n");
 }
 
-TEST_F(Capture, NothingIsLeftOfAFileThatDoesNotFit) {
+TEST_F(Capture, AFileThatDoesNotFitIsRemoved) {
   const Outcome full = Nodal("--version >/dev/null; ulimit -f 1; " + kNodal + " --cache " + kSample + " capture -o " +
                              scratch_.Path("captured"));
   EXPECT_EQ(full.status, 1);
@@ -269,7 +269,7 @@ TEST_F(Capture, NothingIsLeftOfAFileThatDoesNotFit) {
   EXPECT_EQ(Nodal("capture -o " + scratch_.Path("missing/file")).status, 1);
 }
 
-// Reads the sample, and sends the program a signal when it has come to the heaps.
+// Reads the sample, and sends the program a signal when the heaps are read.
 class Interrupting : public ChangingHost {
  public:
   explicit Interrupting(int signal) : ChangingHost(SAMPLE_SNAPSHOT, SAMPLE_SNAPSHOT, ""), signal_(signal) {}
@@ -294,7 +294,7 @@ class Interrupting : public ChangingHost {
   _exit(0);
 }
 
-TEST_F(Capture, NothingIsLeftOfOneThatIsInterrupted) {
+TEST_F(Capture, AnInterruptedCaptureWritesNothing) {
   const std::string snapshot = scratch_.Path("captured");
   EXPECT_EXIT(CaptureInterrupted(SIGINT, snapshot), testing::ExitedWithCode(1), "interrupted by a signal: Interrupt");
   EXPECT_EXIT(CaptureInterrupted(SIGTERM, snapshot), testing::ExitedWithCode(1), "interrupted by a signal: Terminated");

@@ -1,4 +1,4 @@
-// What kestrel prints of a host, it prints of the host's capture.
+// kestrel prints the same for a host and for its capture.
 #include <unistd.h>
 
 #include <algorithm>
@@ -20,8 +20,8 @@ struct Programs {
   std::string rootFolder;
 };
 
-// Copies for every user: a clone may be below a folder that only its owner can enter. They are laid out as in the
-// build, where kestrel finds the library from where it is itself.
+// Copies that every user can run: the clone may be below a folder that only its owner can enter. The layout is that of
+// the build, so that kestrel finds the library.
 class PublicPrograms {
  public:
   PublicPrograms() {
@@ -55,14 +55,14 @@ class PublicPrograms {
 
 class Replay : public testing::TestWithParam<std::string> {
  protected:
-  // From now on, runs programs as nobody.
+  // From now on, runs programs as the user nobody.
   void BecomeNobody() {
     static const PublicPrograms copies;
     programs_ = copies.programs();
     asNobody_ = true;
   }
 
-  // Runs a program as the user of the test, or as nobody.
+  // Runs a program as this user or as nobody.
   testing_support::Outcome RunIt(const std::string &program, std::vector<std::string> words, bool overRoot = false) {
     testing_support::Command command = {.program = program, .arguments = std::move(words)};
     if (asNobody_) {
@@ -115,7 +115,7 @@ TEST_P(Replay, OfASavedHost) {
   ExpectEqualReports(host);
 }
 
-// Every file that cannot be read, as a folder cannot, fails alike in both.
+// A folder in the place of a file makes it unreadable. It fails in both.
 TEST_P(Replay, OfAHostWithFilesThatCannotBeRead) {
   SavedHost host(GetParam());
   for (const char *file : {"proc/slabinfo", "proc/buddyinfo", "proc/meminfo", "proc/zoneinfo", "proc/vmstat",

@@ -76,7 +76,7 @@ TEST(Ls, NamesAreShownSafely) {
   EXPECT_EQ(Nodal("get /system/heaps --cache " + host).out, "a/b\n?[1m\ncaf\xc3\xa9?\n\n");
 }
 
-TEST(Ls, ADamagedListIsToldOf) {
+TEST(Ls, ADamagedListIsReported) {
   const Scratch scratch;
   std::string bytes = Contents(Built(scratch, HostOf(R"("/system/heaps": ["main"])")));
   bytes[bytes.find("main")] = 'M';

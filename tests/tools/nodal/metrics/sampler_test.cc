@@ -30,7 +30,7 @@ std::string Families() {
 
 class MetricsOf : public testing::Test {
  protected:
-  // Of a host with these nodes, below the lines that describe a metric.
+  // The samples of a host with these nodes, without comment lines.
   std::string Samples(const std::string &nodes, const std::string &words) {
     const Outcome outcome = Nodal("metrics --cache " + Built(scratch_, HostOf(nodes)) + " " + words);
     EXPECT_EQ(outcome.status, 0) << outcome.err;
@@ -78,7 +78,7 @@ x_heap_failed_allocations_total{heap="net"} 3
 )");
 }
 
-// A group of each kind; the machine's own client is 100, its monitor's 101.
+// A group of each kind. The virtual machine's own client is 100, its monitor's 101.
 constexpr char kGroups[] = R"(
   "/sched/groups/0/groupName": {"name": "host"}, "/sched/groups/0/groupFlags": {"flags": 2049},
   "/sched/groups/0/parentGroupID": {"parentGroupID": -1}, "/sched/groups/0/members/groups": [3, 1, 2, 4],
@@ -153,7 +153,7 @@ kestrel_host_memory_state{state="soft"} 1
 kestrel_host_memory_state{state="hard"} 0
 kestrel_host_memory_state{state="low"} 0
 )" + entries);
-  // What is not known of one state is missing from its neighbour.
+  // A state without counts leaves its neighbour without a sample.
   EXPECT_EQ(Samples(rest + transitions("low", R"("toHigherCount": -1)") +
                         R"("/sched/globalStats/memory/kestrel": {"memState": -1})",
                     words),
@@ -207,7 +207,7 @@ kestrel_region_allocated_bytes{volume="w",region="r"} 0
 )");
 }
 
-// One sample that is there twice, and a collector refuses all of them.
+// A collector refuses the whole text if one sample occurs twice.
 TEST_F(MetricsOf, NoSampleTwice) {
   const std::string nodes = R"("/system/heaps": ["a", "a", "b"], "/system/heaps/a/stats": {"size": 1},
                                "/system/heaps/b/stats": {"size": 2})";
@@ -270,7 +270,7 @@ TEST_F(MetricsOf, AFileAppearsWhole) {
 
 TEST_F(MetricsOf, AFileThatCannotBeWrittenStays) {
   const std::string path = scratch_.Write("host.prom", "before");
-  // A file may have a block of 512 bytes here.
+  // Limits files to one block of 512 bytes.
   const Outcome full =
       Nodal("--version >/dev/null; ulimit -f 1; " + kNodal + " metrics --cache " + kSample + " -o " + path);
   EXPECT_EQ(full.status, 1);
@@ -282,7 +282,7 @@ TEST_F(MetricsOf, AFileThatCannotBeWrittenStays) {
   EXPECT_EQ(Nodal("metrics >/dev/full").status, 1);
 }
 
-// Every metric of the sample, held against its dump.
+// Compares every metric of the sample with the dump.
 class MetricsOfSample : public testing::Test {
  protected:
   static nlohmann::json Nodes() { return nlohmann::json::parse(Nodal("dump " + kSample).out)["nodes"]; }
@@ -292,7 +292,7 @@ class MetricsOfSample : public testing::Test {
     return values;
   }
 
-  // The figures that a dump has of the metric, with -1 for what is not available.
+  // The metric's values in a dump; -1 means not available.
   static std::vector<double> InDump(const Metric &metric, const nlohmann::json &nodes) {
     std::vector<double> values;
     for (const auto &[key, record] : nodes.items()) {
@@ -318,7 +318,7 @@ class MetricsOfSample : public testing::Test {
     if (target.node != metric.node()) return false;
     if (target.node->path.starts_with("/sched/groups/"))
       return FamiliesOf(target.arguments[0].integer, nodes).contains(metric.family);
-    // Each client that has such a record leads a group of the family, but for a machine's user-world part.
+    // Each client with such a record leads a group of the family, except the user-world part of a virtual machine.
     return metric.family != MetricFamily::kWorld ||
            !nodes.contains("/worldGroups/" + std::to_string(target.arguments[0].integer) + "/vmmLeaderID");
   }
@@ -374,7 +374,7 @@ TEST_F(MetricsOfSample, EachHasTheFiguresOfItsField) {
   }
 }
 
-// The columns of vm-stats that metrics show as well.
+// The columns of vm-stats that are metrics too.
 TEST_F(MetricsOfSample, MachinesAreThoseOfTheReport) {
   const std::map<std::string, std::string> metrics = {{"memSizeLimit", "vm_size_limit_bytes"},
                                                       {"memSize", "vm_size_bytes"},
@@ -408,7 +408,7 @@ TEST_F(MetricsOfSample, MachinesAreThoseOfTheReport) {
   }
 }
 
-// A host and its capture have the same figures, and as many that could not be read.
+// A host and its capture have the same samples and the same number of failures.
 class MetricsOfASavedHost : public testing::TestWithParam<std::string> {};
 
 TEST_P(MetricsOfASavedHost, AreThoseOfItsCapture) {
@@ -429,7 +429,7 @@ TEST_P(MetricsOfASavedHost, AreThoseOfItsCapture) {
 INSTANTIATE_TEST_SUITE_P(Hosts, MetricsOfASavedHost,
                          testing::Values("clients.host", "persistent-memory.host", "two-nodes.host", "v1.host"));
 
-// What the collectors' own checker says.
+// Prometheus' own checker.
 class Promtool : public testing::TestWithParam<std::string> {
  protected:
   void SetUp() override {

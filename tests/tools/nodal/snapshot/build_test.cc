@@ -1,11 +1,11 @@
-// What is wrong with a JSON file is told exactly, and nothing is left of the snapshot.
+// Each error in a JSON file has its message, and no snapshot is written.
 #include <algorithm>
 
 #include "tests/tools/nodal/program.h"
 
 namespace {
 
-// The message for a JSON file, behind the program's and the file's names.
+// The message for a JSON file, without the program's and the file's names.
 std::string Complaint(const std::string &json) {
   const Scratch scratch;
   const std::string source = scratch.Write("host.json", json);
@@ -21,7 +21,7 @@ std::string Complaint(const std::string &json) {
 std::string NodesComplaint(const std::string &nodes) { return Complaint(HostOf(nodes)); }
 
 TEST(Build, Syntax) {
-  // The place is ours. The reason is the JSON library's, whose wording changes with its version.
+  // The position is ours. The reason is the JSON library's; its wording changes with the version.
   const auto complains = [](const std::string &json, const std::string &place, const std::string &reason) {
     const std::string complaint = Complaint(json);
     EXPECT_TRUE(complaint.starts_with(place) && complaint.ends_with('\n')) << complaint;
@@ -136,7 +136,7 @@ TEST(Build, Lists) {
             ": /hardware/nvd/dimm: entry 1: expected a 64-bit integer, got 9223372036854775808\n");
 }
 
-TEST(Build, FilesThatCannotBeHad) {
+TEST(Build, FilesThatCannotBeOpened) {
   const Scratch scratch;
   const std::string missing = scratch.Path("missing");
   EXPECT_EQ(Nodal("build " + missing + " -o " + scratch.Path("x")).err,

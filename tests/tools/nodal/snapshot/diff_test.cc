@@ -7,12 +7,12 @@ namespace {
 
 class Diff : public testing::Test {
  protected:
-  // Of two hosts with these nodes.
+  // Compares two hosts with these nodes.
   Outcome Of(const std::string &from, const std::string &to, const std::string &options = "") {
     return Nodal("diff " + Built(scratch_, HostOf(from), "a") + " " + Built(scratch_, HostOf(to), "b") + options);
   }
 
-  // Below the two lines that name the snapshots.
+  // The output without the two lines that name the snapshots.
   std::string Shown(const std::string &from, const std::string &to, const std::string &options = "") {
     const Outcome outcome = Of(from, to, options);
     EXPECT_EQ(outcome.status, 1) << outcome.err;
@@ -80,7 +80,7 @@ TEST_F(Diff, FieldsWithUnitAndDifference) {
                {"field": "shares", "from": 5, "to": 1005, "difference": 1000}]}])"));
 }
 
-// Neither the difference of two masks says anything, nor that of two identifiers or names.
+// The difference of two masks, identifiers or names has no meaning.
 TEST_F(Diff, FieldsThatAreNoAmounts) {
   EXPECT_EQ(Shown(R"("/sched/groups/7/groupFlags": {"flags": 1}, "/sched/groups/7/groupLeaderID": {"leaderID": 10},
                      "/sched/groups/7/groupName": {"name": "a\u001bb"}, "/sched/groups/7/groupTag": {})",
@@ -136,7 +136,7 @@ TEST_F(Diff, Lists) {
             "~ /system/heaps\n    + '?'\n    + hex ff\n");
 }
 
-// The file has what could not be read behind all that could.
+// The file has unreadable nodes after all others.
 TEST_F(Diff, WhatCouldNotBeRead) {
   const std::string from = R"("/memory/memInfo": {}, "failed:/memory/comprehensive": {"status": "No permission"},
     "failed:/system/buddy": {"status": "No permission"}, "/system/heaps": [])";
@@ -155,7 +155,7 @@ TEST_F(Diff, WhatCouldNotBeRead) {
   EXPECT_EQ(Of(from, from).status, 0);
 }
 
-// What a newer host may have.
+// As from a newer host.
 TEST_F(Diff, WhatTheCatalogueDoesNotKnow) {
   EXPECT_EQ(Shown(R"("/new/node": {"type": "R", "hex": "00"}, "/memory/memInfo": {"type": "R", "hex": "01"})",
                   R"("/new/node": {"type": "R", "hex": "0102"}, "/memory/memInfo": {"numNodes": 1})"),
@@ -185,12 +185,12 @@ TEST_F(Diff, APart) {
   EXPECT_EQ(Of(from, from, " --only /").status, 0);
 }
 
-// Both orders of a sound file and another, and that other one with itself.
+// Compares a sound file with another in both orders, and the other with itself.
 std::vector<std::string> PairsOf(const std::string &sound, const std::string &other) {
   return {other + " " + sound, sound + " " + other, other + " " + other};
 }
 
-// What was overwritten must not count as a difference, nor go unnoticed where the files are equal otherwise.
+// Damage is neither reported as a difference nor overlooked when the files are equal.
 TEST_F(Diff, Trouble) {
   const std::string sound = Built(scratch_, HostOf(R"("/memory/memInfo": {}, "/system/heaps": ["main"])"), "sound");
   std::string bytes = Contents(sound);

@@ -28,7 +28,6 @@ TEST(RoundTrip, AnEmptyHost) {
   ExpectRoundTrip(Built(scratch, R"({"format": 1})"));
 }
 
-// Every byte of every record may be anything.
 TEST(RoundTrip, RandomRecords) {
   const Scratch scratch;
   SnapshotWriter writer;

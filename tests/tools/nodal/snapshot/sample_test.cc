@@ -1,4 +1,4 @@
-// The sample host has something of everything.
+// The sample host has every node and a value in every field.
 #include <map>
 #include <nlohmann/json.hpp>
 #include <set>

@@ -4,7 +4,7 @@
 
 namespace {
 
-// What verify says of a host, without the line that sums up.
+// The output of verify without the summary.
 std::string Problems(const std::string &snapshot) {
   const Outcome outcome = Nodal("verify " + snapshot);
   EXPECT_EQ(outcome.err, "");
