@@ -38,7 +38,7 @@ _nodal() {
       tree=("${typed[i]}")
     elif [[ ${typed[i]} == -* ]]; then
       # Behind an option with an argument, the help tells of what kind that is.
-      [[ $help =~ ($'\n  '|,)"${typed[i]}"(,[^ ]*)?' '[A-Z] ]] && option=${typed[i]}
+      [[ $help =~ ($'\n  '|,)"${typed[i]}"(,[^ ]*)?' '[A-Z][A-Z] ]] && option=${typed[i]}
     elif [[ -z $command ]]; then
       command=${typed[i]}
       help+=$'\n'$("$program" "$command" --help 2>/dev/null)

@@ -26,7 +26,7 @@ function __nodal_complete
             set tree $token
         else if string match -q -- '-*' $token
             # Behind an option with an argument, the help tells of what kind that is.
-            string match -qr -- "^  (-[^ ]*,)?$token(,[^ ]*)? [A-Z]" $help
+            string match -qr -- "^  (-[^ ]*,)?$token(,[^ ]*)? [A-Z][A-Z]" $help
             and set option $token
         else if test -z "$command"
             set command $token

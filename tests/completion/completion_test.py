@@ -158,6 +158,7 @@ class Completion(unittest.TestCase):
                     ['/sched/groups/10/' + name for name in ('groupFlags', 'groupLeaderID', 'groupName', 'groupTag')])
         self.offers('nodal ls --cache %s /memory/pm' % SNAPSHOT, '/memory/pmem/')
         self.offers('nodal --cache %s capture --only /sys' % SNAPSHOT, '/system/')
+        self.offers('nodal --cache %s get --json /memory/memI' % SNAPSHOT, '/memory/memInfo')
 
     @unittest.skipIf(SHELL == 'fish', 'fish is asked, and not typed at')
     def test_tab(self):

@@ -8,11 +8,11 @@ namespace nodal {
 
 Run DeclareCapture(OptionSet &options, const SourceOptions &source) {
   const auto values = std::make_shared<CaptureOptions>();
-  options.Add("-o,--output", values->snapshot, "The snapshot to write").Required();
-  options.AddRepeatable("--only", values->only, "Save only this path and everything below it; repeatable");
+  options.Add("-o,--output SNAPSHOT", values->snapshot, "The snapshot to write").Required();
+  options.AddRepeatable("--only PATH", values->only, "Save only this path and everything below it; repeatable");
   const Option anonymize = options.AddFlag("--anonymize", values->anonymize,
                                            "Replace names and UUIDs, including the host's own, by pseudonyms");
-  options.Add("--key", values->key, "Derive the pseudonyms from this key: captures with one key have the same")
+  options.Add("--key KEY", values->key, "Derive the pseudonyms from this key: captures with one key have the same")
       .Needs(anonymize)
       .NotEmpty();
   options.SetFooter(

@@ -11,6 +11,16 @@
 
 // The only file that compiles CLI11: it implements options.h as well.
 namespace nodal {
+namespace {
+
+std::string NameOnly(const std::string &name) { return name.substr(0, name.find(' ')); }
+
+std::string ValueName(const std::string &name) {
+  const size_t space = name.find(' ');
+  return space == std::string::npos ? "" : name.substr(space + 1);
+}
+
+}  // namespace
 
 Option Option::Required() {
   option_->required();
@@ -38,7 +48,7 @@ Option Option::Needs(const Option &other) {
 }
 
 Option OptionSet::Add(const std::string &name, std::string &value, const std::string &help) {
-  return Option(app_.add_option(name, value, help));
+  return Option(app_.add_option(NameOnly(name), value, help)->type_name(ValueName(name)));
 }
 
 Option OptionSet::AddFlag(const std::string &name, bool &value, const std::string &help) {
@@ -46,23 +56,27 @@ Option OptionSet::AddFlag(const std::string &name, bool &value, const std::strin
 }
 
 Option OptionSet::AddRepeatable(const std::string &name, std::vector<std::string> &values, const std::string &help) {
-  return Option(app_.add_option(name, values, help)->allow_extra_args(false));
+  return Option(app_.add_option(NameOnly(name), values, help)->type_name(ValueName(name))->allow_extra_args(false));
 }
 
 void OptionSet::SetFooter(const std::string &text) { app_.footer(text); }
 
 namespace {
 
-// One word for them in all messages.
-void SetWording(CLI::App &app) { app.get_formatter()->label("SUBCOMMAND", "COMMAND"); }
+// The words for commands and operands in --help.
+void SetWording(CLI::App &app) {
+  app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  app.get_formatter()->label("Positionals", "Operands");
+}
 
 void DeclareSource(CLI::App &app, SourceOptions &source) {
   OptionSet options(app);
-  const Option cache =
-      options.Add("--cache", source.cache, "Read a snapshot instead of the running host (ls, get, metrics, capture)")
-          .NotEmpty();
+  const Option cache = options
+                           .Add("--cache SNAPSHOT", source.cache,
+                                "Read a snapshot instead of the running host (ls, get, metrics, capture)")
+                           .NotEmpty();
   options
-      .Add("--root", source.root,
+      .Add("--root FOLDER", source.root,
            "Read a folder with a saved /proc and /sys instead of the running host (ls, get, metrics, capture)")
       .NotEmpty()
       .Excludes(cache);

@@ -10,7 +10,7 @@ Run DeclareDiff(OptionSet &options, const SourceOptions &) {
   const auto values = std::make_shared<DiffOptions>();
   options.Add("from", values->from, "The first snapshot").Required();
   options.Add("to", values->to, "The second snapshot").Required();
-  options.AddRepeatable("--only", values->only, "Compare only this path and everything below it; repeatable");
+  options.AddRepeatable("--only PATH", values->only, "Compare only this path and everything below it; repeatable");
   options.AddFlag("--json", values->json, "Show JSON");
   options.SetFooter(
       "Exit status: 0 if the snapshots are equal, 1 if they differ, 2 on failure. Host and time are not compared.");

@@ -67,10 +67,10 @@ std::string FamiliesText() {
 
 Run DeclareMetrics(OptionSet &options, const SourceOptions &source) {
   const auto values = std::make_shared<MetricsOptions>();
-  options.Add("--prefix", values->prefix, "Begin the names of the metrics with this").ShowDefault();
-  options.AddRepeatable("--only", values->only,
+  options.Add("--prefix PREFIX", values->prefix, "Begin the names of the metrics with this").ShowDefault();
+  options.AddRepeatable("--only NAME", values->only,
                         "Show only this family, or this metric (its name without the prefix); repeatable");
-  options.Add("-o,--output", values->output, "Write to this file, which is replaced at once").NotEmpty();
+  options.Add("-o,--output FILE", values->output, "Write to this file, which is replaced at once").NotEmpty();
   options.SetFooter(FamiliesText());
   return [values, &source] {
     UseSource(source);

@@ -30,8 +30,8 @@ class Option {
   CLI::Option *option_;
 };
 
-// `name` is that of an option, such as "-o,--output", or of an operand, such as "path". The variables receive what the
-// user gives, and keep their value without it; they must live until the command line is parsed.
+// `name` is that of an operand, such as "path", or of an option with the name of its value, such as "-o,--output FILE".
+// The variables keep their value if the user gives none. They must live until the command line is parsed.
 class OptionSet {
  public:
   explicit OptionSet(CLI::App &app) : app_(app) {}
