@@ -1,6 +1,6 @@
 // make_host FILE GROUPS [SEED]: writes a saved host of so many scheduler groups, the same one for the same words.
 //
-// The file is written from docs/snapshot.md alone, without the library's own writer. Of the library it takes the digest
+// The file is written from nodal-snapshot(5) alone, without the library's own writer. Of the library it takes the digest
 // of the definitions and the layouts of the records.
 #include <cdb.h>
 #include <fcntl.h>

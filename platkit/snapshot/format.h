@@ -1,4 +1,4 @@
-// What a snapshot file is made of, shared by its reader and its writer; docs/snapshot.md describes the whole of it.
+// The format of snapshot files, shared by the reader and the writer. nodal-snapshot(5) describes it in full.
 #ifndef PLATKIT_SNAPSHOT_FORMAT_H
 #define PLATKIT_SNAPSHOT_FORMAT_H
 

@@ -50,7 +50,7 @@ void KestrelPage::ReadReport(const std::vector<std::string> &lines, size_t &at) 
     static const std::regex option(R"(\.RB \[ \\-([a-z]).*\])");
     std::smatch letter;
     if (std::regex_match(lines[at], letter, option)) report.letters += letter[1];
-    if (lines[at] == "A row of totals follows the others.") report.hasTotals = true;
+    if (lines[at] == "A row of totals follows.") report.hasTotals = true;
     if (!IsMacro(lines[at], ".TP")) continue;
     const std::string name = WordsOf(lines[at + 1]);
     std::string text;
