@@ -1,7 +1,7 @@
-// make_host FILE GROUPS [SEED]: writes a saved host of so many scheduler groups, the same one for the same words.
+// make_host FILE GROUPS [SEED]: writes a snapshot with this number of scheduler groups, the same for the same arguments.
 //
-// The file is written from nodal-snapshot(5) alone, without the library's own writer. Of the library it takes the digest
-// of the definitions and the layouts of the records.
+// It follows nodal-snapshot(5) and does not use the library's writer. From the library it uses only the digest of the
+// definitions and the layouts of the records.
 #include <cdb.h>
 #include <fcntl.h>
 #include <sys/mman.h>

@@ -10,7 +10,7 @@ namespace {
 
 bool IsMacro(const std::string &line, const std::string &name) { return line == name || line.starts_with(name + " "); }
 
-// A macro's words, without quotation marks around all of them.
+// The argument of a macro, without surrounding quotation marks.
 std::string WordsOf(const std::string &line) {
   std::string words = line.substr(std::min(line.find(' ') + 1, line.size()));
   if (words.size() >= 2 && words.front() == '"' && words.back() == '"') words = words.substr(1, words.size() - 2);
