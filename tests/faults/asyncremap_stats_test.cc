@@ -1,4 +1,4 @@
-// The clients of a user world and the remap types of each.
+// asyncremap-stats: the clients of a user world and their remap types.
 #include <algorithm>
 
 #include "tests/faults/hosts.h"
@@ -18,7 +18,7 @@ constexpr ReportCase Remap(const char *name, StandinHost (*host)(), const char *
 
 StandinHost OneUserWorld() { return StandinHost().Add({.id = 0, .name = "shell", .flags = HVC_GROUP_USER_WORLD}); }
 
-// One client of one type, as many pages of which were added as are given; the type's name may be missing.
+// A client with one type and this number of added pages. The type's name may be null.
 StandinHost OneType(int64_t client, const testing_support::Instance &type, uint64_t pages) {
   RemapStatsRecord record = {};
   record.added = pages;
@@ -29,7 +29,7 @@ StandinHost OneType(int64_t client, const testing_support::Instance &type, uint6
   return host;
 }
 
-// The library may hand out a text that is missing, and take it again; either as it is or as an empty one.
+// A library may return a null text as an instance, and accept it as an argument, as null or as an empty text.
 StandinHost WithoutTypeName() {
   RemapStatsRecord record = {};
   record.added = 1;
@@ -72,7 +72,7 @@ constexpr ReportCase kFiguresCases[] = {
         "OnePageInMb", [] { return OneType(7, "copy", 1); }, "-s added -u mb", "type,added\ncopy,1\n,1\n"),
     Remap(
         "OnePageInPages", [] { return OneType(7, "copy", 1); }, "-s added -u pg", "type,added\ncopy,1\n,1\n"),
-    // Pages times four never come to all ones.
+    // Four times a number of pages is never all ones.
     Remap(
         "AllOnesWraps", [] { return OneType(7, "copy", UINT64_MAX); }, "-s added",
         "type,added\ncopy,18446744073709551612\n,18446744073709551612\n"),
@@ -93,7 +93,7 @@ TEST(AsyncRemapStatsRows, StandBeforeTheMessagesOfWhatFollows) {
             "130,copy\n,\n");
 }
 
-// Argument lists have room for what they take, and are handed to one read each.
+// Argument lists have the right capacity, and each is used for one read.
 TEST(AsyncRemapStatsCalls, AGroupIsReadInAFixedOrder) {
   const StandinRun run = RunKestrel(MachinesHost(), {"-r", "asyncremap-stats", "-g", "20"});
   std::vector<std::string> calls = CallsThatCount(run);

@@ -1,4 +1,4 @@
-// The executable itself: what it needs, and what it shows to others.
+// The executable: the libraries that it needs and the symbols that it exports.
 #include <gtest/gtest.h>
 
 #include <map>
@@ -21,7 +21,7 @@ struct Symbol {
   std::string kind;
 };
 
-// The symbols that a program or library defines for others.
+// The exported symbols of a program or library.
 std::map<std::string, Symbol> SymbolsOf(const char *file) {
   const Outcome outcome =
       testing_support::Run({.program = NM_PROGRAM, .arguments = {"-D", "-S", "-t", "d", "--defined-only", file}});
@@ -39,7 +39,7 @@ TEST(Binary, ShowsTheStatusTexts) {
   ASSERT_TRUE(symbols.contains("HVC_ReturnStatusToString"));
   EXPECT_EQ(symbols.at("HVC_ReturnStatusToString").kind, "T");
   ASSERT_TRUE(symbols.contains("returnStatusStrs"));
-#if !defined(KESTREL_SANITIZE)  // which adds to the size of every object
+#if !defined(KESTREL_SANITIZE)  // the sanitizers pad every object
   EXPECT_EQ(std::stoul(symbols.at("returnStatusStrs").size), 355 * sizeof(const char *));
 #endif
 }
@@ -47,7 +47,7 @@ TEST(Binary, ShowsTheStatusTexts) {
 TEST(Binary, ShowsWhetherThereAreSockets) {
   const std::map<std::string, Symbol> symbols = SymbolsOf(KESTREL_PROGRAM);
   ASSERT_TRUE(symbols.contains("isBusListEmpty"));
-  EXPECT_EQ(symbols.at("isBusListEmpty").kind, "D");  // set from the start
+  EXPECT_EQ(symbols.at("isBusListEmpty").kind, "D");  // initialized data
 #if !defined(KESTREL_SANITIZE)
   EXPECT_EQ(std::stoul(symbols.at("isBusListEmpty").size), 1u);
 #endif
@@ -78,7 +78,7 @@ TEST(Binary, NeedsThePlatformLibraryAndTheLanguagesOwn) {
 }
 #endif
 
-// Whoever wraps an operation of the library must see the calls of the program, and none of the library's own.
+// A wrapper of a library function must see the calls of the program, but not the library's own calls.
 TEST(Library, CallsItsOwnOperationsDirectly) {
   const Outcome outcome =
       testing_support::Run({.program = READELF_PROGRAM, .arguments = {"-r", "-W", PLATFORM_LIBRARY}});

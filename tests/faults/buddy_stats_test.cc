@@ -1,4 +1,4 @@
-// The MemMap buddies of all memory nodes: which appear, in what order, and what becomes of those that cannot be read.
+// buddy-stats: which buddies of the memory nodes appear, in which order, and unreadable buddies.
 #include "tests/faults/machine_hosts.h"
 #include "tests/faults/report_case.h"
 
@@ -63,7 +63,7 @@ constexpr char kDescriptions[] = R"(Description of report header labels:
              1GBused: used 1GB buffers
 )";
 
-// The 38 counts of a row, which go up from `free` and from `used`.
+// The 38 counts of a row: 19 that count up from `free`, then 19 from `used`.
 std::string Counts(uint32_t free, uint32_t used, uint32_t step) {
   std::string counts;
   for (uint32_t k = 0; k < 19; ++k)
@@ -101,7 +101,7 @@ Description of report header labels:
              1GBused: used 1GB buffers
 )";
 
-// The Total row has nothing in this column.
+// The Total row is empty in this column.
 constexpr char kMandatoryAlone[] = R"(
  MEMMAP BUDDY STATS: <time>
  --------------------------------------------
@@ -135,7 +135,7 @@ Description of report header labels:
              2MBfree: free 2MB buffers
 )";
 
-// Without closing line, Total row and descriptions.
+// The output ends without the closing line, the Total row and the descriptions.
 constexpr char kStopped[] = R"(
  MEMMAP BUDDY STATS: <time>
  --------------------------------------------
@@ -169,10 +169,10 @@ INSTANTIATE_TEST_SUITE_P(Forms, BuddyStats, testing::ValuesIn(kFormsCases), Name
 
 // Which buddies appear and in what order.
 
-// The name as it is kept, which is also what the buddy is read by.
+// The truncated name, which is also the argument of the read.
 std::string Kept(const std::string &name) { return name.substr(0, 15); }
 
-// A host with buddies of those names, in that order. Memory node n is of NUMA node n.
+// A host with buddies of these names, in this order. Memory node n belongs to NUMA node n.
 StandinHost Named(const std::vector<const char *> &names) {
   StandinHost host;
   host.AddList("system_buddy", {}, {names.begin(), names.end()});
@@ -210,7 +210,7 @@ constexpr ReportCase kNamesCases[] = {
         "memmap_01x,1,high,1\nmemmapN02o,2,low,2\n"),
     Names(
         "NoNumber", [] { return Named({"memmap-ab-lo"}); }, "memmap-ab-lo,0,low,0\n"),
-    // Fifteen characters of a name are kept, and the last of them says whether it is low.
+    // A name is truncated to 15 characters before its ending is compared with "lo".
     Names(
         "FifteenCharacters", [] { return Named({"memmap-03-23456"}); }, "memmap-03-23456,3,high,3\n"),
     Names(
@@ -219,7 +219,7 @@ constexpr ReportCase kNamesCases[] = {
         "LowInTheFifteenth", [] { return Named({"memmap-03-2345ohigh"}); }, "memmap-03-2345o,3,low,3\n"),
     Names(
         "NumberCutShort", [] { return Named({"memmap-000000000012345"}); }, "memmap-00000000,0,high,0\n"),
-    // The whole number is the node's, but its first two digits are what counts in the order.
+    // The whole number is the node, but only its first two digits determine the order.
     Names(
         "ThreeDigits",
         [] {
@@ -233,14 +233,14 @@ constexpr ReportCase kNamesCases[] = {
           return Named({"memmap-10-hi", "memmap-2-hi", "memmap-1-hi"});
         },
         "memmap-1-hi,1,high,1\nmemmap-2-hi,2,high,2\nmemmap-10-hi,10,high,10\n"),
-    // With one digit, "lo" stands a place too early to be seen.
+    // With one digit, "lo" is one position too early to be recognized.
     Names(
         "OneDigitLow",
         [] {
           return Named({"memmap-4-hi", "memmap-4-lo"});
         },
         "memmap-4-hi,4,high,4\nmemmap-4-lo,4,low,4\n"),
-    // Digits that differ but come to the same number keep their places.
+    // Different digits with the same value keep their order.
     Names(
         "TheSameNumberWrittenTwice",
         [] {
@@ -258,14 +258,14 @@ constexpr ReportCase kOrderCases[] = {
           return Named({"memmap-02-hi", "memmap-01-dma", "memmap-02-lo", "memmap-01-lo"});
         },
         "memmap-01-lo,1,low,1\nmemmap-01-dma,1,high,1\nmemmap-02-lo,2,low,2\nmemmap-02-hi,2,high,2\n"),
-    // The first of a pair changes places with the low one that was found last.
+    // The first one is swapped with the last low one found.
     Names(
         "TheSwapTurnsOthersRound",
         [] {
           return Named({"memmap-01-h1", "memmap-01-h2", "memmap-01-lo"});
         },
         "memmap-01-lo,1,low,1\nmemmap-01-h2,1,high,1\nmemmap-01-h1,1,high,1\n"),
-    // Two low types each sort before the other; the one compared last wins.
+    // Two low types each sort before the other; the last comparison decides.
     Names(
         "TheLastOfTwoLowOnes",
         [] {
@@ -316,7 +316,7 @@ TEST(BuddyStatsNames, AreFitForATerminal) {
             "Error 0xbad0003 while reading memmap-00-\x1b[2J/comprehensive");
 }
 
-// So many buddies, of which every tenth is MemMap's.
+// This number of buddies; every tenth one belongs to MemMap.
 StandinHost Many(size_t count) {
   std::vector<Instance> names;
   StandinHost host = BuddyHost();

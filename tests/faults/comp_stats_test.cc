@@ -1,4 +1,4 @@
-// The one row of the whole machine. Its banner and header are printed before anything is read.
+// comp-stats: one row for the host. The banner and the header are printed before the first read.
 #include "tests/faults/machine_hosts.h"
 #include "tests/faults/report_case.h"
 
@@ -87,7 +87,7 @@ constexpr char kNoColumns[] = R"(
 
 )";
 
-// Without row, closing line and descriptions.
+// The output ends without the row, the closing line and the descriptions.
 constexpr char kStopped[] = R"(
  COMPREHENSIVE STATS: <time>
  ---------------------------------------------
@@ -129,7 +129,7 @@ constexpr ReportCase kFormsCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Forms, CompStats, testing::ValuesIn(kFormsCases), NameOf<ReportCase>);
 
-// Figures that are missing, and others at the ends of their ranges.
+// Unavailable figures, and figures at the limits of their ranges.
 
 constexpr uint64_t kMissing = UINT64_MAX;
 
@@ -162,7 +162,7 @@ constexpr ReportCase kAmountsCases[] = {
     Amounts(
         "MissingInKb", [] { return HostWith(0, kMissing, 4, kMissing); }, "kb",
         "0,18446744073709551615,4,18446744073709551615\n"),
-    // One less is an amount, and wraps when it is rounded up.
+    // All ones minus 1 is an amount; rounding it up wraps.
     Amounts(
         "LargestInKb", [] { return HostWith(kMissing - 1, 0, 0, 1); }, "kb", "18446744073709551614,0,0,1\n"),
     Amounts(
@@ -204,7 +204,7 @@ constexpr ReportCase kStatesCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(States, CompStats, testing::ValuesIn(kStatesCases), NameOf<ReportCase>);
 
-// A host with so many transitions out of each state, to the higher and to the lower.
+// A host with these numbers of transitions from each state to the higher and to the lower one.
 StandinHost Counted(const std::vector<std::pair<uint32_t, uint32_t>> &counts) {
   StandinHost host = ComprehensiveHost();
   const char *states[] = {"high", "clear", "soft", "hard", "low"};

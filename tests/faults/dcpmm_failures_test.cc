@@ -1,5 +1,5 @@
-// Calls of a profile of persistent memory that fail where every_call_test.cc does not look: of a run into a file, whose
-// contents count then, of its second iteration, and of a second socket.
+// Failing calls of dcpmm-stats that every_call_test.cc does not cover: with an output file, whose contents are then
+// compared, in the second iteration, and on a second socket.
 #include <algorithm>
 #include <map>
 
@@ -18,11 +18,11 @@ const std::vector<Socket> kTwoSockets = {{0, 100}, {0, 101}};
 
 constexpr HVC_ReturnStatus kBusy = 0x0bad0004;
 
-// A call of a write or read, and what is said when it fails.
+// A call within a write or read, and the message when it fails.
 struct FailingCall {
   std::string operation;
   std::string node;
-  unsigned number;  // of the calls of that operation that a write or read makes
+  unsigned number;  // among the calls of this operation within a write or read
   std::string message;
 };
 
@@ -52,7 +52,7 @@ unsigned CallsOf(const Step &step, const FailingCall &like) {
   }));
 }
 
-// How often an operation is called before the first write.
+// The number of calls of an operation before the first write.
 unsigned CallsBefore(const StandinRun &clean, const FailingCall &like, const std::vector<Step> &steps) {
   const std::string start = like.operation + "(" + (like.node == "*" ? "" : like.node);
   unsigned count = 0;
@@ -63,7 +63,7 @@ unsigned CallsBefore(const StandinRun &clean, const FailingCall &like, const std
   return count;
 }
 
-// Sockets, and the part of the steps in which calls fail.
+// The number of sockets, and the range of steps in which calls fail.
 struct Part {
   const char *name;
   std::vector<Socket> sockets;
@@ -76,7 +76,7 @@ void PrintTo(const Part &part, std::ostream *stream) { *stream << part.name; }
 
 class FailingSteps : public testing::TestWithParam<Part> {
  protected:
-  // The register calls of the steps up to the one that fails, and what of that one was done.
+  // The register calls of the steps before the failing one, and the completed calls of this one.
   static std::vector<std::string> CallsUpTo(const std::vector<Step> &steps, size_t failing, const FailingCall &call) {
     std::vector<std::string> calls = Calls({steps.begin(), steps.begin() + static_cast<ptrdiff_t>(failing)});
     const std::string operation = call.operation;
@@ -122,8 +122,8 @@ TEST_P(FailingSteps, EndTheRun) {
   }
 }
 
-// One socket: 8 steps freeze and 30 program, 16 reset, one sleeps, 38 freeze and read, one is the trailer. A second
-// iteration starts with step 94. Two sockets: 76 steps program, 32 reset.
+// Steps with one socket: 8 freeze, 30 program, 16 reset, 1 sleeps, 38 freeze and read, 1 writes the trailer. The second
+// iteration starts with step 94. With two sockets: 76 program, 32 reset.
 INSTANTIATE_TEST_SUITE_P(
     Dcpmm, FailingSteps,
     testing::Values(Part{"TheFirstWrite", kOneSocket, 1, 0, 1}, Part{"TheFirstReset", kOneSocket, 1, 38, 39},
@@ -173,7 +173,7 @@ INSTANTIATE_TEST_SUITE_P(
                     "KestrelDCPMMReadCounters: error fetching PCI information Opaque service console status\n"
                     "kestrelDCPMMReadAllCounters: Error reading UNC_M_PMM_RPQ_INSERTS\n",
                 {}},
-        // Discovery adds 25 numbers. The header of CSV output comes after the programming.
+        // The discovery adds 25 numbers. The CSV header is printed after the programming.
         Failure{"NumberAboveTheSignedRange",
                 FailingHost({.operation = "NODAL_ParamListAddInt", .call = 26, .status = 0xfffffffe}),
                 {"-q"},
@@ -212,14 +212,15 @@ INSTANTIATE_TEST_SUITE_P(
                             {}}),
     NameOf<Failure>);
 
-// A discovery that fails later goes on with what it has found. The second socket's bus comes after the first one's.
+// If the discovery fails later, the run continues with the sockets found so far. The second socket's bus is scanned
+// last.
 TEST(DcpmmDiscovery, GoesOnWithTheSocketsFoundSoFar) {
   const struct {
     Fault fault;
     const char *message;
     size_t sockets;
   } cases[] = {
-      // The calls for bus 0 and for the first socket's bus come first.
+      // The calls for bus 0 and the first socket's bus precede it.
       {{.operation = "NODAL_GetInstanceListAlloc", .node = "hardware_pci_seg_bus_slot", .call = 3},
        "NODAL_NODE_hardware_pci_seg_bus_slot Failure",
        1},

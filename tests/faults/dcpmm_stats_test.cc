@@ -1,4 +1,4 @@
-// Profiles of persistent memory: what is read and written, in which order, and every byte of what is told.
+// dcpmm-stats: all reads and writes in their order, and every byte of the output.
 #include <algorithm>
 #include <cstddef>
 #include <filesystem>
@@ -24,7 +24,7 @@ using Files = std::map<std::string, std::string>;
 
 const std::vector<Socket> kOneSocket = {{0, 100}};
 
-// A bus for each socket; the tables of the processor that had the most took 32.
+// One bus per socket; 32 is the largest number that the processor's tables allowed.
 std::vector<Socket> ManySockets(int64_t count) {
   std::vector<Socket> sockets;
   for (int64_t number = 0; number < count; ++number)
@@ -90,13 +90,13 @@ INSTANTIATE_TEST_SUITE_P(
                     Machine{"TwoSockets", {{0, 100}, {0, 7}}},
                     Machine{"FourSocketsInTwoSegments", {{0, 23}, {0, 100}, {1, 24}, {1, 101}}},
                     Machine{"SegmentsInListOrder", {{3, 40}, {1, 41}}},
-                    // Their counts are those of different units, but both go by the number of the first.
+                    // Their counts come from different units, but both have the number of the first one.
                     Machine{"EqualBusesInTwoSegments", {{0, 100}, {1, 100}}},
                     Machine{"EqualBusesAndAnother", {{0, 5}, {0, 6}, {1, 6}, {1, 7}}},
                     Machine{"FortySockets", ManySockets(40)}),
     NameOf<Machine>);
 
-// The file of one socket as it stands on the disk.
+// The contents of the output file with one socket.
 TEST(DcpmmFile, OfOneSocket) {
   const std::string rule = "\n" + std::string(79, '=') + "\n";
   const std::string lines =
@@ -186,7 +186,7 @@ constexpr Moment kMoments[] = {
 
 INSTANTIATE_TEST_SUITE_P(Dcpmm, Moments, testing::ValuesIn(kMoments), NameOf<Moment>);
 
-// What is read up to the first register, without lists and results.
+// The reads before the first register, without lists and results.
 std::vector<std::string> Discovery(const StandinRun &run) {
   std::vector<std::string> reads;
   for (const std::string &call : run.calls) {
@@ -220,7 +220,7 @@ TEST(DcpmmCalls, DiscoveryReadsEveryFunctionInListOrder) {
                   "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigHeader, [0,0,31,2], 164)\n"));
 }
 
-// The calls of a run from the one that ends so on, without the numbers of the lists.
+// The calls of a run starting with the one with this ending, without the numbers of lists.
 std::vector<std::string> CallsAround(const StandinRun &run, size_t before, const std::string &call, size_t after) {
   const auto found = std::find(run.calls.begin(), run.calls.end(), call);
   if (found == run.calls.end() || found - run.calls.begin() < static_cast<ptrdiff_t>(before) ||
@@ -325,7 +325,7 @@ TEST(DcpmmCalls, TheClockIsReadForAFileOnly) {
   EXPECT_EQ(clockCalls(RunProfile(MemoryHost(kOneSocket), {"-q"}).run), 0);
 }
 
-// A count is the low half and, over it, the low 16 bits of the high half.
+// A count consists of the low register and the low 16 bits of the high register.
 struct Halves {
   const char *name;
   uint32_t low;
@@ -337,7 +337,7 @@ void PrintTo(const Halves &halves, std::ostream *stream) { *stream << halves.nam
 
 class Combined : public testing::TestWithParam<Halves> {
  protected:
-  // One counter of the channel at 12.6 and one of the mesh at 9.0 have those halves, all others 0.
+  // One counter of the channel at 12.6 and one of the mesh at 9.0 have these values, all others are 0.
   static StandinHost Host() {
     const uint64_t amount = uint64_t{GetParam().high} << 32 | GetParam().low;
     StandinHost host = MemoryHost(kOneSocket);
@@ -384,7 +384,7 @@ constexpr Halves kHalves[] = {
 
 INSTANTIATE_TEST_SUITE_P(Dcpmm, Combined, testing::ValuesIn(kHalves), NameOf<Halves>);
 
-// What is a socket, and what is not.
+// Which functions count as sockets.
 struct Function {
   const char *name;
   int64_t slot;
@@ -435,7 +435,7 @@ TEST(DcpmmDiscovery, EmptyListsAreNoFailure) {
   }
 }
 
-// The options. A run over one socket shows its iterations by rows, and its interval by how it sleeps.
+// The options. The rows of a run with one socket show the iterations, and its sleeps show the interval.
 struct Given {
   const char *name;
   const char *options;
@@ -478,7 +478,7 @@ INSTANTIATE_TEST_SUITE_P(Dcpmm, GivenOptions, testing::ValuesIn(kGivenOptions), 
 
 class Refused : public testing::TestWithParam<ReportCase> {};
 
-// Nothing is left behind, and no register touched.
+// No file is left behind and no register is accessed.
 TEST_P(Refused, AnswersAs) {
   const ReportCase &expected = GetParam();
   const Profile profile = RunProfile(expected.host(), Words(expected.arguments.JoinedBy(" ")));
@@ -558,7 +558,7 @@ constexpr ReportCase kDcpmmMachinesCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(DcpmmMachines, Refused, testing::ValuesIn(kDcpmmMachinesCases), NameOf<ReportCase>);
 
-// Places where no file can be made, not even by root.
+// Folders in which not even root can create a file.
 TEST(DcpmmFile, ThatIsADirectoryIsAnError) {
   const ScratchDirectory directory;
   std::filesystem::create_directory(directory.path() / kFileName);

@@ -1,6 +1,6 @@
-// Every call of every report fails once, in every way that the program tells apart, and the run is held against the
-// report's table of failures: its output to the byte, its messages, its status, and what it reads. Whatever fails, the
-// program gives back its lists, no row has figures of two owners, and the total is that of the rows above it.
+// Makes every call of every report fail once in every way that the program distinguishes. Compares the run with the
+// report's table of failures: exact output, messages, exit status, and reads. In every run, the program must destroy
+// its lists, no row may mix figures of two owners, and the total must equal the sum of the rows.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -26,25 +26,25 @@ using testing_support::Words;
 constexpr HVC_ReturnStatus kNotFound = 0x0bad0003;
 constexpr HVC_ReturnStatus kStatuses[] = {HVC_FAILURE, kNotFound, 0x0bad0031};
 
-// A way to fail. A call may have given what it was asked for, and then fail: that is no better.
+// A way to fail. A call may return its result and still fail; the result must then be ignored.
 struct Failing {
   HVC_ReturnStatus status;
   bool answers = false;
 };
 #ifdef KESTREL_SANITIZE
-// Starting a sanitized program takes long, and the way to fail hardly changes what it then does with its memory.
+// Sanitized programs start slowly, and the way to fail hardly affects their use of memory.
 constexpr Failing kWays[] = {{HVC_FAILURE}};
 #else
 constexpr Failing kWays[] = {{kStatuses[0]}, {kStatuses[1]}, {kStatuses[2]}, {HVC_FAILURE, true}};
 #endif
 
-// Operations that can give something in spite of their status.
+// Operations that can return a result together with a failing status.
 bool CanAnswer(const LoggedCall &call) {
   return call.operation == "NODAL_Get" || call.operation == "NODAL_ParamListGetString" ||
          call.operation.starts_with("NODAL_ParamListGetInt");
 }
 
-// What happens before a report is asked for anything.
+// The calls before the report starts.
 const FailureTable kFrontEnd = {
     {"NODAL_UseCache", "", 1, {{"Couldn't open cache file /host.cache, error code: <number>\n"}}, Effect::kEndsRun, 1},
     {"NODAL_CheckSig",
@@ -65,7 +65,7 @@ std::vector<Report> AllReports() {
   for (Report &report : all) {
     report.arguments.insert(report.arguments.end(), {"-q", "-v"});
     report.table.insert(report.table.end(), kFrontEnd.begin(), kFrontEnd.end());
-    // A profile cannot be taken from a file.
+    // dcpmm-stats does not read snapshots.
     if (report.arguments[0] == "-r") {
       std::erase_if(report.table, [](const FailureRow &row) { return row.operation == "NODAL_UseCache"; });
     }
@@ -75,13 +75,13 @@ std::vector<Report> AllReports() {
 
 StandinHost HostOf(const Report &report) { return report.host().AddCache("/host.cache"); }
 
-// A run of the report over its host, in which a call may fail.
+// A run of the report over its host, with a failing call if one is given.
 StandinRun RunOver(const Report &report, StandinHost host, const std::optional<Fault> &fault = {}) {
   if (fault) host.Fail(*fault);
   return RunKestrel(host, report.arguments);
 }
 
-// What holds for every run, whatever fails in it.
+// Checks that hold for every run.
 void CheckAnyRun(const Report &report, const StandinRun &run) {
   EXPECT_EQ(run.outcome.signal, 0);
   EXPECT_TRUE(run.outcome.exitStatus == 0 || run.outcome.exitStatus == 1);
@@ -97,7 +97,7 @@ void CheckAnyRun(const Report &report, const StandinRun &run) {
   }
 }
 
-// A call that answers with a pointer has no status to fail with, and one of a register ends the run whatever it is.
+// A call that returns a pointer has no status, and for a register every failing status ends the run.
 bool HasOneFailure(const Report &report, const LoggedCall &call) {
   return call.operation.starts_with("NODAL_ParamListCreate") || call.operation == "NODAL_ParamListGetParam" ||
          (report.parts == Parts::kRegisters && call.part > 0);
@@ -141,7 +141,7 @@ TEST(ReportTables, AreThereForAllReports) {
   EXPECT_EQ(withTable, listed);
 }
 
-// Every call of one kind fails: an operation on one node or list, or on arguments.
+// All calls of one kind fail: an operation on one node, on one list, or on arguments.
 TEST_P(ReportFailures, ForGoodEndInOrder) {
   std::set<std::pair<std::string, std::string>> kinds;
   for (const FailureRow &row : GetParam().table) {
@@ -208,7 +208,7 @@ std::string NameOfCalls(const testing::TestParamInfo<EveryCall::ParamType> &info
 INSTANTIATE_TEST_SUITE_P(Reports, EveryCall,
                          testing::Combine(testing::ValuesIn(AllReports()), testing::ValuesIn(kWays)), NameOfCalls);
 
-// A program that leaks over the stand-in is found out where the build looks for leaks, so that the runs above were too.
+// Checks that a leak is detected in builds with a leak detector, so that the runs above would have failed too.
 TEST(Leaks, AreFound) {
 #ifdef KESTREL_SANITIZE
   const StandinRun run = RunKestrel(StandinHost(), {"leak", "1000"}, {.program = QUERY_PROGRAM});

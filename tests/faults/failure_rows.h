@@ -1,7 +1,7 @@
-// What is expected when a call fails, for each report a table with a row for each kind of call that it makes.
+// The expected effects of failing calls: one table per report, with one row per kind of call.
 //
-// A new report gets every test of every_call_test.cc by a Report with such a table. A call that no row is for fails the
-// tests, as does a row that is for no call.
+// every_call_test.cc tests each Report with its table. The tests fail for a call without a row and for a row without a
+// call.
 #ifndef TESTS_FAULTS_FAILURE_ROWS_H
 #define TESTS_FAULTS_FAILURE_ROWS_H
 
@@ -15,25 +15,25 @@
 
 namespace faults {
 
-// What becomes of the rows that would have been printed.
+// The effect on the printed rows.
 enum class Effect {
   kNone,
-  kLosesRow,      // that the call is for
-  kLosesGroup,    // and the groups below it; the start group decides the result
-  kLosesChild,    // the same for a group that has no ID; the start group's last child decides the result
-  kEndsTable,     // no more rows, but all that follows them
-  kEndsRun,       // nothing more, and the status below
-  kLosesBuddy,    // whose memory node is looked up
-  kEndsScan,      // of the buddies, those that were looked up stay
-  kEndsSearch,    // for sockets, those that were found stay
-  kSpoilsSearch,  // which then ends at its next read
+  kLosesRow,      // the row of the call
+  kLosesGroup,    // and the groups below it; a failing start group fails the run
+  kLosesChild,    // the same for a child without an ID; the last child of the start group determines the result
+  kEndsTable,     // no more rows; the lines after the rows are printed
+  kEndsRun,       // no more output; exits with `exitStatus`
+  kLosesBuddy,    // the buddy whose memory node is looked up
+  kEndsScan,      // keeps the buddies that were looked up
+  kEndsSearch,    // keeps the sockets that were found
+  kSpoilsSearch,  // the search for sockets ends at its next read
 };
 
-// <number>, <hex> and <text> stand for the status, <1> for the first argument of the read, <step> for what the step
-// that the call is part of says.
+// A message. <number>, <hex> and <text> are forms of the status, <1> is the first argument of the read, and <step> the
+// message of the step.
 struct Message {
   std::string text;
-  std::vector<HVC_ReturnStatus> silent = {};  // statuses that are no reason for it
+  std::vector<HVC_ReturnStatus> silent = {};  // no message for these statuses
 };
 
 using Messages = std::vector<Message>;
@@ -45,9 +45,9 @@ struct FailureRow {
   Messages messages = {};
   Effect effect = Effect::kNone;
   int exitStatus = 0;                       // if the run ends
-  std::vector<HVC_ReturnStatus> only = {};  // the statuses that the row is for; none: those that no earlier row is for
-  bool isIgnored = false;                   // the status is: what the call gives in spite of it counts
-  bool readsOn = false;                     // more is read than the effect lets expect
+  std::vector<HVC_ReturnStatus> only = {};  // the statuses of this row; empty: all statuses without an earlier row
+  bool isIgnored = false;                   // the status is ignored and the result used
+  bool readsOn = false;                     // reads more than the effect suggests
 };
 
 using FailureTable = std::vector<FailureRow>;
@@ -63,16 +63,16 @@ struct Report {
   testing_support::StandinHost (*host)();
   std::vector<std::string> arguments;
   FailureTable table;
-  // The places of which a successful read, the last of several, is followed by a row; none: the rows follow all reads.
+  // A row is printed after a successful read at the last of these places; empty: after all reads.
   std::vector<std::string> rowReads = {};
-  // The names of the rows in the order in which their memory nodes are looked up, if they are.
+  // The names of the rows in the order in which their memory nodes are looked up.
   std::vector<std::string> lookedUp = {};
   Total total = Total::kNone;
   Header header = Header::kFirst;
   Parts parts = Parts::kOne;
   bool messagesInOutput = false;
-  // Whether every figure of a row is a multiple of its owner's number, but for those of some columns, which number what
-  // the owner is part of.
+  // True if every figure of a row is a multiple of its owner's number, except in columns that identify the owner's
+  // parent.
   bool hasOwners = true;
   std::vector<std::string> sharedColumns = {};
 };

@@ -1,4 +1,4 @@
-// Figures that tell where they come from.
+// Figures that identify their source.
 #ifndef TESTS_FAULTS_FIGURES_H
 #define TESTS_FAULTS_FIGURES_H
 
@@ -8,13 +8,13 @@ namespace faults {
 
 class Figures {
  public:
-  // A number and those behind it, for example 2001, 2002 and so on.
+  // Consecutive numbers such as 2001, 2002.
   Figures(uint64_t first) : Figures(first, first, false) {}
 
-  // The same for a memory client; the wide ones have room for all its number: client 110's seventh is 110000000007.
+  // The same for a memory client. 64-bit figures contain its whole number: the seventh of client 110 is 110000000007.
   static Figures OfClient(uint64_t client) { return {client * 1000000000, client * 1000, false}; }
 
-  // Multiples of the owner's number, so that it also shows in what is computed from them.
+  // Multiples of the owner's number. Sums and differences of them are multiples too.
   static Figures MultiplesOf(uint64_t owner) { return {owner, owner, true}; }
 
   Figures Times(uint64_t factor) const { return {wide_ * factor, narrow_ * factor, multiples_}; }

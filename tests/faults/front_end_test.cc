@@ -1,4 +1,4 @@
-// The command line up to the report's own options.
+// The command line before the report's own options.
 #include "tests/faults/hosts.h"
 #include "tests/faults/report_case.h"
 #include "tests/support/scratch.h"
@@ -22,7 +22,7 @@ StandinHost WithCaches() { return SharingHost().AddCache("/host.cache").AddCache
 
 class FrontEnd : public testing::TestWithParam<ReportCase> {};
 
-constexpr char kUsage[] = "<usage>";  // for the text of Usage()
+constexpr char kUsage[] = "<usage>";  // replaced by Usage()
 
 TEST_P(FrontEnd, AnswersAs) {
   const ReportCase &expected = GetParam();

@@ -1,4 +1,4 @@
-// The reports that walk over the groups.
+// Failure tables of the per-group reports.
 #include "tests/faults/failure_rows.h"
 #include "tests/faults/hosts.h"
 
@@ -31,7 +31,7 @@ FailureTable Joined(const std::vector<FailureTable> &tables) {
   return all;
 }
 
-// A record of a group, the `number`-th read of it in a visit.
+// The `number`-th read of a group's record during a visit.
 FailureTable OfGroup(const std::string &name, unsigned number, const Messages &failed) {
   const std::string node = "sched_groups_" + name;
   return {
@@ -91,15 +91,15 @@ FailureTable Walk() {
        Flags(1)});
 }
 
-// The flags are asked for again, to know whether the group has a leader.
+// The flags are read again to find out whether the group has a leader.
 FailureTable Head() {
   return Joined(
       {Walk(), Name(), Parent(), Flags(2), OfGroup("groupLeaderID", 1, {Getter("Kestrel_GroupGetGroupLeaderID")})});
 }
 
-// The VMM is the first child that says so; without it there is no allocation.
+// The VMM is the first child with the VMM flag; without a VMM there is no allocation.
 FailureTable VmmAlloc() {
-  // The next child is looked at if one has no ID or flags.
+  // A child without an ID or flags is skipped.
   FailureTable children = Children(2, {"Kestrel_GroupGetVMMAlloc: NODAL_ParamListAddInt() failure: <text>\n"},
                                    {"Kestrel_GroupGetVMMAlloc: GetInstanceListAlloc failure: <text>\n"}, kLosesGroup);
   FailureTable flags = Flags(3);
@@ -126,7 +126,7 @@ FailureTable VmmLeader() {
   return OfClient("worldGroups_vmmLeaderID", {"Kestrel_GetVmmLeaderID() failure: <text>\n", {kNotFound}});
 }
 
-// A failure is told once more by each step around the one that failed.
+// Each enclosing step of a failed step prints a message too.
 FailureTable RemapSteps() {
   const Message group = {"KestrelAsyncRemapReportCallback:403 failure: <text>\n"};
   const Message type = {"KestrelAsyncRemapReportCallbackInt:310 failure: <text>\n"};
@@ -191,7 +191,7 @@ std::vector<Report> GroupReports() {
           OverGroups("ZipStats", {"zip-stats"}, zipStats, kZip, Total::kOfZip),
           OverGroups("LPageStats", {"lpage-stats"}, lpageStats, kLPage, Total::kAdded),
           OverGroups("AsyncRemapStats", {"asyncremap-stats"}, remapStats, kRemap, Total::kAdded),
-          // Here the group with all the reads is the start group.
+          // The start group is the group with all the reads.
           OverGroups("OneOfGroupStats", {"group-stats", "-g", "137"}, groupStats, kMemoryStats, Total::kNone),
           OverGroups("OneVmOfVmStats", {"vm-stats", "-g", "137"}, vmStats, kMemoryStats, Total::kAdded),
           OverGroups("OneOfUwStats", {"uw-stats", "-g", "137"}, uwStats, kUserWorld, Total::kAdded),

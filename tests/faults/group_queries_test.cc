@@ -1,4 +1,4 @@
-// The queries of leaders, of a VM's allocation, and of memory clients, one at a time.
+// The getters of leaders, of a VM's allocation and of memory clients.
 #include "tests/faults/hosts.h"
 #include "tests/faults/report_case.h"
 
@@ -18,7 +18,7 @@ GroupAllocRecord Alloc(uint64_t min, uint64_t max, int32_t shares, uint64_t minL
   return {.min = min, .max = max, .shares = shares, .minLimit = minLimit, .unread_28 = {}};
 }
 
-// A VM with a user-world child before its VMM's, a second VMM child behind it, and a memory client.
+// A VM with a user-world child, two VMM children and a memory client.
 StandinHost VmHost() {
   StandinHost host;
   host.Add({.id = 10,
@@ -98,7 +98,7 @@ Query VmmAlloc(const char *name, const std::vector<Fault> &faults, const std::st
   return {name, VmHost(faults), {"vmmAlloc", group}, alloc + "status " + status + "\n", errors};
 }
 
-// The calls: the list of children; the flags of 11 and of 12; the allocations of 10 and of 12.
+// The calls: list the children; read the flags of 11 and 12; read the allocations of 10 and 12.
 INSTANTIATE_TEST_SUITE_P(
     VmmAlloc, GroupQuery,
     testing::Values(VmmAlloc("OfAVm", {}, "min 121 max 122 shares -3 minLimit 4\n", "0", ""),
@@ -132,7 +132,7 @@ INSTANTIATE_TEST_SUITE_P(
                              "Kestrel_GroupGetVMMAlloc: GroupGetAlloc failure, error code: 195887153\n")),
     NameOf<Query>);
 
-// All ones is no group's ID, even if such a child says that it is the one.
+// All ones is not a group ID, even if this child has the VMM flag.
 INSTANTIATE_TEST_SUITE_P(VmmAllocOfNoGroup, GroupQuery,
                          testing::Values(Query{
                              "AllOnes",
@@ -156,7 +156,7 @@ constexpr char kClientNotAdded[] = "Kestrel_MemClientNodalGet: NODAL_ParamListAd
 INSTANTIATE_TEST_SUITE_P(
     MemClient, GroupQuery,
     testing::Values(
-        // An ID is an unsigned number, also as an argument.
+        // An ID is unsigned, also as an argument.
         Client("VmmLeader", "vmmLeader", "4294967295", {}, "vmm leader 501\nstatus 0\n", ""),
         Client("VmmLeaderVanished", "vmmLeader", "1", {}, "vmm leader 77\nstatus 0xbad0003\n", ""),
         Client("VmmLeaderUnreadable", "vmmLeader", "4294967295", {{.operation = kGet, .status = 0x0bad0031}},

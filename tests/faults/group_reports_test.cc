@@ -1,4 +1,4 @@
-// The reports that walk over virtual machines and user worlds: what is the same in all of them.
+// Common behaviour of the reports on virtual machines and user worlds.
 #include <algorithm>
 
 #include "tests/faults/hosts.h"
@@ -7,7 +7,7 @@
 namespace faults {
 namespace {
 
-// The reads that a report makes, as in the log up to their statuses.
+// The reads of a report, in the form of the log without statuses.
 
 std::string OfGroup(int64_t group, const char *node, unsigned size) {
   return "NODAL_Get(sched_groups_" + std::string(node) + ", [" + std::to_string(group) + "], " + std::to_string(size) +
@@ -30,7 +30,7 @@ std::string SwapFigures(uint32_t client) { return OfClient(client, "sched_memCli
 
 std::string VmmFigures(uint32_t leader) { return OfClient(leader, "sched_memClients_kestrel_vmm", 336); }
 
-// Everything up to the leader, which asks for the flags once more, and what follows.
+// The reads up to the leader (which reads the flags again), followed by `rest`.
 std::vector<std::string> Led(int64_t group, const std::vector<std::string> &rest) {
   std::vector<std::string> reads = {Flags(group), OfGroup(group, "groupName", 64), OfGroup(group, "parentGroupID", 8),
                                     Flags(group), OfGroup(group, "groupLeaderID", 4)};
@@ -38,15 +38,15 @@ std::vector<std::string> Led(int64_t group, const std::vector<std::string> &rest
   return reads;
 }
 
-// A report over the host with machines. The group is web, or shell where the report is of user worlds; mail comes
-// after either and is in all reports.
+// A report over the host with machines. Its group is web, or shell for reports on user worlds. mail follows in all
+// reports.
 struct Report {
   const char *name;  // of the test
   const char *report;
   int64_t group;
   std::vector<std::string> reads;
   std::string header;
-  std::string rows;  // of the group
+  std::string rows;  // of this group
   std::string otherRows;
   std::string total;
   std::string emptyTotal;
@@ -151,7 +151,7 @@ const std::vector<Report> &Reports() {
        .total = "Total,,,,124228062,242000000144,484316,242000000156,242158,242000000148,242000000150,242000000152,"
                 "242000000146\n",
        .emptyTotal = "Total,,,,0,0,0,0,0,0,0,0,0\n"},
-      // The reads of its own are in a test of their own.
+      // Its other reads have their own test.
       {.name = "AsyncRemapStats",
        .report = "asyncremap-stats",
        .group = 20,
@@ -170,7 +170,7 @@ const std::vector<Report> &Reports() {
   return reports;
 }
 
-// The reads of a run, without what they answered.
+// The reads of a run, without their results.
 std::vector<std::string> ReadsOf(const StandinRun &run) {
   std::vector<std::string> reads;
   for (const std::string &call : run.calls) {
@@ -205,7 +205,7 @@ TEST_P(GroupReport, OtherGroupsAreAskedForNothingButTheirFlags) {
             (std::vector<std::string>{Listing(31), Flags(31)}));
 }
 
-// Without a group of its kind, and with a start group that is none.
+// No group of the right kind, and a start group that is not one.
 TEST_P(GroupReport, PrintsATotalOfNothing) {
   StandinHost host;
   host.Add({.id = 0, .flags = HVC_GROUP_PREDEFINED});
@@ -218,7 +218,7 @@ TEST_P(GroupReport, TheLastChildsIdDecidesTheResult) {
   CheckOver(MachinesHost().Fail(unreadable), "", Empty(), "", 1);
 }
 
-// The argument lists alike, with room for two; when they are destroyed is another matter.
+// Compares the creation of argument lists (capacity 2), but not the time when they are destroyed.
 TEST_P(GroupReport, ReadsInAFixedOrder) {
   std::vector<std::string> expected = {"NODAL_CheckSig(21) = 0"};
   unsigned lists = 0;
@@ -262,7 +262,7 @@ TEST_P(GroupReport, OptionsOfOtherReportsAreIgnored) {
 
 INSTANTIATE_TEST_SUITE_P(Machines, GroupReport, testing::ValuesIn(Reports()), NameOf<Report>);
 
-// The reports that let one choose the levels; they also ask for the leader of a group.
+// The reports with the option -l; they also read the leader of a group.
 class LevelledReport : public GroupReport {};
 
 TEST_P(LevelledReport, LevelsEndTheWalk) {
@@ -299,11 +299,11 @@ std::vector<Report> LevelledReports() {
 
 INSTANTIATE_TEST_SUITE_P(Machines, LevelledReport, testing::ValuesIn(LevelledReports()), NameOf<Report>);
 
-// A VM without a VMM has no allocation to show.
+// A VM without a VMM has no allocation.
 
 class AVmWithoutAVmm : public testing::Test {
  protected:
-  // Fails at the start group, and is left out below it.
+  // This fails for the start group and omits groups below it.
   static void IsLeftOut(const StandinHost &atTheStart, const StandinHost &below) {
     Check(atTheStart, "-r vm-stats -q -s name:min -g 10", "name,min\nTotal,0\n", "", 1);
     Check(below, "-r vm-stats -q -s name:min", "name,min\nmail,32001\nTotal,32001\n");
@@ -320,7 +320,7 @@ TEST_F(AVmWithoutAVmm, HasOtherChildren) {
   IsLeftOut(host, host);
 }
 
-// A VM's allocation is kept in 32 bits, converted with its sign, and cut back.
+// A VM's allocation is truncated to 32 bits, sign-extended, converted, and truncated again.
 
 StandinHost WithAlloc(uint64_t vmmMin, uint64_t vmmMax, uint64_t minLimit) {
   StandinHost host = MachinesHost();

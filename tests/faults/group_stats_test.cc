@@ -1,4 +1,4 @@
-// The walk over the groups, and what the report shows of each.
+// group-stats: the walk over the groups and the columns of each group.
 #include <algorithm>
 
 #include "tests/faults/hosts.h"
@@ -11,7 +11,7 @@ class GroupStats : public testing::TestWithParam<ReportCase> {};
 
 TEST_P(GroupStats, AnswersAs) { Check(GetParam()); }
 
-// Several failing calls, and a status that is no signed number.
+// Several failing calls, and a status above the range of signed integers.
 
 StandinHost Failing(const Fault &fault) { return SmallHost().Fail(fault); }
 
@@ -26,7 +26,7 @@ constexpr ReportCase kFailuresCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Failures, GroupStats, testing::ValuesIn(kFailuresCases), NameOf<ReportCase>);
 
-// What prints and what does not.
+// Which groups are printed.
 
 constexpr ReportCase Csv(const char *name, StandinHost (*host)(), const char *options, const Text &output) {
   return {name, host, {"-r group-stats -q", options}, output};
@@ -95,7 +95,7 @@ constexpr ReportCase kLimitsCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Limits, GroupStats, testing::ValuesIn(kLimitsCases), NameOf<ReportCase>);
 
-// Two groups under a third, all with the same tag.
+// A group with two children; all three have the same tag.
 StandinHost AlikeTagged() {
   StandinHost host = SmallHost();
   for (const int64_t id : {0, 1, 4}) {
@@ -107,7 +107,7 @@ StandinHost AlikeTagged() {
   return host;
 }
 
-// A start group and so many below it, each with a tag of its own.
+// A start group with this number of children, each with its own tag.
 StandinHost TaggedApart(int64_t below) {
   StandinHost host;
   Group top = Plain(0);
@@ -161,7 +161,7 @@ constexpr ReportCase kTagsCases[] = {
         "SevenCharactersMatch",
         [] { return StandinHost().Add({.id = 0, .tag = "1234567", .children = {1}}).Add({.id = 1, .tag = "1234567"}); },
         "-t -s name:tag", "gid,name,tag\n0,,1234567\n1,,1234567\nVirtual tags report\n1,1234567,1234567\n"),
-    // A slot keeps seven characters of a tag, so a tag of eight matches no slot, not even its own.
+    // A slot keeps seven characters of a tag, so a tag of eight characters never matches a slot, not even its own.
     Csv(
         "EightCharactersNeverMatch",
         [] {
@@ -216,7 +216,7 @@ TEST(GroupStatsTable, WithEverythingAroundIt) {
   Group group = {.id = -4, .name = "edge", .tag = "t", .parent = -9, .flags = 1};
   group.alloc.max = 1001;
   std::string expected = kTable;
-  // The ID prints unsigned, wider than its column; the name beside it takes up the slack.
+  // The ID is printed unsigned and is wider than its column; the next column, the name, is narrower by as much.
   const std::string narrow = "      -4                         edge       -9        251             pre\n";
   expected.replace(expected.find(narrow), narrow.size(),
                    "18446744073709551612             edge       -9        251              pre\n");
@@ -300,7 +300,7 @@ TEST(GroupStatsCalls, AGroupIsReadInAFixedOrder) {
                                        "NODAL_ParamListDestroy(list2)\n"));
 }
 
-// The records that a run reads, as node and group, for example "groupFlags 4".
+// The records that a run reads, as node and group: "groupFlags 4".
 std::vector<std::string> Reads(const StandinRun &run) {
   std::vector<std::string> reads;
   for (const std::string &call : run.calls) {

@@ -1,5 +1,5 @@
-// The kernel's heaps. Whatever fails once the options are read, the report succeeds; its Total row stands a column to
-// the left.
+// heap-stats: after parsing its options, the report always succeeds. Its Total row is shifted to the left by one
+// column.
 #include "tests/faults/machine_hosts.h"
 #include "tests/faults/report_case.h"
 
@@ -18,7 +18,7 @@ constexpr char kHeader[] =
     "maxAvail,pctFreeOfMax,lowPctFreeOfMax,numSuccAllocs,numFailAllocs,numGrowthOps,numShrinkOps,numReqsPerGrowth,"
     "avgAllocSize\n";
 
-// The sums are those of the column to the right: the allocator's overhead stands under numRanges, and so on.
+// Each sum is in the column to its left: the allocator's overhead is under numRanges, and so on.
 constexpr char kRowsInBytes[] =
     "main,1,1001,1002,201,1003,1004,6998,3007,10005,1006,20009,1008,1010,1011,1012,1013,1014,1017,1018,1016,1015\n"
     "slab,2,2001,2002,202,2003,2004,13998,6007,20005,2006,40009,2008,2010,2011,2012,2013,2014,2017,2018,2016,2015\n"
@@ -154,7 +154,7 @@ constexpr ReportCase kUnitsCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Units, HeapStats, testing::ValuesIn(kUnitsCases), NameOf<ReportCase>);
 
-// The long option "verbose" takes back the unit, and describes nothing.
+// The long option "verbose" cancels the unit and prints no descriptions.
 constexpr ReportCase kVerboseCases[] = {
     Csv("Short", "-v", {kRowsInBytes, kDescriptions}),
     Csv("ShortWithUnit", "-vu kb", {kRowsInKb, kDescriptions}),
@@ -172,7 +172,7 @@ INSTANTIATE_TEST_SUITE_P(Verbose, HeapStats, testing::ValuesIn(kVerboseCases), N
 constexpr ReportCase kFormsCases[] = {
     {"Table", HeapsHost, "-r heap-stats -v -upg -s RESERVED:numranges:size:max:avgAllocSize", kTable},
     {"TheNameIsMandatory", HeapsHost, "-r heap-stats -q -s gid", "name\nmain\nslab\nnet\nTotal\n"},
-    // Hidden columns change nothing about the others' sums.
+    // Hidden columns do not affect the sums of others.
     {"SumsOfChosenColumns", HeapsHost, "-r heap-stats -q -s dlMallocOvdh:max:maxAvail:numShrinkOps:avgAllocSize",
      "name,dlMallocOvdh,max,maxAvail,numShrinkOps,avgAllocSize\n"
      "main,1004,20009,1010,1018,1015\nslab,2004,40009,2010,2018,2015\n"
@@ -181,7 +181,7 @@ constexpr ReportCase kFormsCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Forms, HeapStats, testing::ValuesIn(kFormsCases), NameOf<ReportCase>);
 
-// Figures at the ends of their ranges.
+// Figures at the limits of their ranges.
 
 StandinHost OneHeap(const HeapStatsRecord &record) {
   return StandinHost().AddList(kHeaps, {}, {"h"}).AddRecord(kStats, {"h"}, record);
@@ -254,7 +254,7 @@ INSTANTIATE_TEST_SUITE_P(Figures, HeapStats, testing::ValuesIn(kFiguresCases), N
 constexpr char kLongName[] = "nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn";
 
 constexpr ReportCase kNumbersCases[] = {
-    // Some columns are signed. Under numRanges stands the lower half of a sum.
+    // Some columns are signed. numRanges shows the low 32 bits of a sum.
     {"Signs",
      [] { return TwoHeaps(Numbered("h", 0xffffffff), Numbered("i", 2)); },
      "-r heap-stats -q",
@@ -274,7 +274,7 @@ constexpr ReportCase kNumbersCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Numbers, HeapStats, testing::ValuesIn(kNumbersCases), NameOf<ReportCase>);
 
-// Heaps that are not there.
+// Heaps that do not exist.
 
 TEST(HeapStatsList, MayBeEmpty) {
   Check(StandinHost().AddList(kHeaps, {}, {}), "-r heap-stats -v -s size", kEmptyTable,

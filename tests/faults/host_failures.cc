@@ -1,4 +1,4 @@
-// The reports about the whole machine.
+// Failure tables of the host-wide reports.
 #include "tests/faults/failure_rows.h"
 #include "tests/faults/hosts.h"
 #include "tests/faults/machine_hosts.h"
@@ -18,14 +18,14 @@ constexpr char kList[] = "NODAL_GetInstanceListAlloc";
 constexpr char kGetString[] = "NODAL_ParamListGetString";
 constexpr char kGetInt32[] = "NODAL_ParamListGetInt32";
 
-// Page sharing, in both its reports.
+// Both reports on page sharing.
 
 FailureTable PShare(const std::string &step) {
   return {{kCreate, "memory_pshare_stats", 1, {{step + ": NODAL_ParamListCreate() failure\n"}}, kEndsRun, 1},
           {kGet, "memory_pshare_stats", 1, {}, kEndsRun, 1}};
 }
 
-// Buddies. What is said of a memory node or its list has no line end.
+// Buddies. Messages about a memory node or its list have no newline.
 
 constexpr char kMemNodes[] = "memory_memNodes";
 constexpr char kBuddy[] = "system_buddy_comprehensive";
@@ -59,7 +59,7 @@ FailureTable Comprehensive() {
           {kGet, kTransitions, 0, {}, kEndsRun, 1}};
 }
 
-// Large-page pools. The message of a VM's pool is also that of a page-sharing pool.
+// Large-page pools. VM pools and page-sharing pools have the same message.
 
 constexpr char kShared[] = "memory_lpage_nodeList_psharePool";
 constexpr char kPool[] = "memory_lpage_nodeList_vmPools";
@@ -88,7 +88,7 @@ FailureTable LargePages() {
   };
 }
 
-// Heaps. What fails is no failure of the run.
+// Heaps. Failures do not affect the exit status.
 
 constexpr char kHeap[] = "system_heaps_stats";
 
@@ -102,12 +102,12 @@ FailureTable Heaps() {
       {kAddString, kHeap, 0, says("NODAL_ParamListAddString() failure"), kEndsRun},
       {.operation = kGet, .place = kHeap, .effect = kLosesRow, .only = {kNotFound}},
       {kGet, kHeap, 0, says("NODAL_Get() failure"), kEndsRun},
-      // The name that stays makes one argument too many of each that follows it.
+      // The name stays in the argument list, so all following reads have one argument too many.
       {.operation = "NODAL_ParamListRemoveLastParam", .place = kHeap, .effect = kEndsTable, .readsOn = true},
   };
 }
 
-// Persistent memory. What fails ends the table, and is no failure of the run either.
+// Persistent memory. A failure ends the table but does not affect the exit status.
 
 constexpr char kStoreInfo[] = "memory_pmem_volumes_regionStore_info";
 constexpr char kIsClean[] = "memory_pmem_volumes_regionStore_isClean";
@@ -164,7 +164,7 @@ FailureTable Regions() {
           Ends(kGet, kRegionInfo, {"GetRegionsInfo: NODAL_Get", region})};
 }
 
-// A name that is not given counts as an empty one, which nothing is found below.
+// A null name counts as an empty one, below which there are no nodes.
 FailureTable Extents() {
   const std::string extents = ListOf(kExtents);
   const std::string extent = "PMemExtentsReport: GetExtentsInfo";

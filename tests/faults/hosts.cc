@@ -71,7 +71,7 @@ StandinHost SmallHost() {
 
 namespace {
 
-// A record with all its bytes set, for the fields to be set over them.
+// A record with all bits set; the caller sets the fields.
 template <typename Record>
 Record Unread() {
   Record record;
@@ -223,12 +223,12 @@ struct Leader {
   uint32_t id;
   uint32_t vmmID;
   Figures figures;
-  Figures vmmFigures;  // those of the VMM's own client
-  uint64_t mapped;     // the number of this figure; it is large enough for what is subtracted from it
-  bool flags;          // half of them are set, and the others if not
+  Figures vmmFigures;  // of the VMM's own client
+  uint64_t mapped;     // the number of this figure, which is large enough for the subtractions
+  bool flags;          // true sets one half of the flags, false the other half
 };
 
-// The leader of a group and all that can be asked about it, whether its reports should ask or not.
+// The leader of a group with all its records, including those that its reports must not read.
 void AddLeader(StandinHost &host, const Leader &leader) {
   host.AddRecord("sched_groups_groupLeaderID", {leader.group}, GroupLeaderIDRecord{leader.id});
   host.AddRecord("sched_memClients_kestrel_vmm", {leader.id}, VmmFigures(leader.figures, leader.mapped, leader.flags));
@@ -256,7 +256,7 @@ struct RemapClient {
   std::vector<const char *> types;
 };
 
-// The memory clients of a group. The figures of the n-th type of a client are n times those of the first.
+// The memory clients of a group. The figures of a client's n-th type are n times those of its first type.
 void AddRemapClients(StandinHost &host, int64_t group, const std::vector<RemapClient> &clients,
                      Figures (*figuresOf)(uint64_t client)) {
   std::vector<Instance> ids;
@@ -307,7 +307,7 @@ StandinHost MachinesHostLedBy(int64_t group, uint32_t leader, uint32_t vmmLeader
 
 namespace {
 
-// A group whose record names another parent than the walk comes from, one that shows whose it is.
+// A group whose parent record contains a number that identifies the group, not its real parent.
 void AddOwned(StandinHost &host, int64_t owner, const Group &group) {
   Group owned = WithFigures(group, Figures::MultiplesOf(static_cast<uint64_t>(owner)));
   owned.tag = "t" + std::to_string(owner);
@@ -315,7 +315,8 @@ void AddOwned(StandinHost &host, int64_t owner, const Group &group) {
   host.Add(owned);
 }
 
-// A group with a leader and remap clients, and the sub-container of its VMM or user world, which counts as its own.
+// A group with a leader and remap clients, and the sub-container of its VMM or user world, whose figures have the same
+// owner.
 void AddOwner(StandinHost &host, int64_t id, uint32_t flags, uint32_t innerFlags, std::vector<Instance> others = {}) {
   const std::string name = std::to_string(id);
   const int64_t inner = 2 * id;

@@ -6,29 +6,28 @@
 
 namespace faults {
 
-// Five groups, no two figures of which are alike:
+// Five groups; all figures are different:
 //
 //   0 host -+- 1 system
 //           +- 4 user ---- 5 web
 //           +- 7 idle
 testing_support::StandinHost SmallHost();
 
-// The group of that ID of the small host, to change and add again.
+// The group of the small host with this ID, to be changed and added again.
 testing_support::Group SmallGroup(int64_t id);
 
-// Virtual machines and user worlds; mail is both. No two figures are alike, and no byte that the kernel keeps to itself
-// is zero:
+// Virtual machines and user worlds; mail is both. All figures are different, and no private byte of the kernel is zero:
 //
 //   0 host -+- 10 web ----- 11 vmm.web      led by 110, its VMM by 111
 //           +- 20 shell --- 21 usr.shell    led by 120; clients 120 (copy, move, zero) and 121 (copy, move)
 //           +- 30 mail ---- 31 vmm.mail     led by 130, its VMM by 131; client 130 (copy)
 testing_support::StandinHost MachinesHost();
 
-// The same, with `leader` for the one that leads the group, and `vmmLeader` for the one that leads its VMM.
+// The same host, with these leaders of the group and of its VMM.
 testing_support::StandinHost MachinesHostLedBy(int64_t group, uint32_t leader, uint32_t vmmLeader);
 
-// Groups every figure of which is a multiple of its owner's number, names and identifiers too. 137 is a VM and a user
-// world; those without a name here are sub-containers and belong to the group above.
+// Groups whose figures, names and identifiers are multiples of their owner's number. 137 is a VM and a user world.
+// Groups without a kind are sub-containers; their owner is the group above.
 //
 //   0 host -+- 127 (VM) ----+- 254
 //           |               +- 139 (user world) -- 278
@@ -37,7 +36,7 @@ testing_support::StandinHost MachinesHostLedBy(int64_t group, uint32_t leader, u
 //           +- 137 (both) -------- 274
 testing_support::StandinHost OwnersHost();
 
-// A host with page-sharing figures alone.
+// A host that has only page-sharing figures.
 testing_support::StandinHost SharingHost();
 PShareStatsRecord SharingFigures();
 

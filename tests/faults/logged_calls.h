@@ -1,5 +1,5 @@
-// What the calls in a log are about: which read an argument list is made for, which list an instance is taken from, and
-// which group of a walk is being visited.
+// Interprets the calls in a log: the read for which an argument list is made, the list from which an instance comes,
+// and the group that is being visited.
 #ifndef TESTS_FAULTS_LOGGED_CALLS_H
 #define TESTS_FAULTS_LOGGED_CALLS_H
 
@@ -10,28 +10,28 @@
 
 namespace faults {
 
-// The place of calls about a list node, as opposed to those about its records.
+// The place of calls on a list node, as opposed to calls on its records.
 std::string ListOf(const std::string &node);
-// The same for calls about the node's being written.
+// The place of calls that write a node.
 std::string WriteOf(const std::string &node);
-// The node of any of these places.
+// The node of a place.
 std::string NodeOf(const std::string &place);
 
 struct LoggedCall {
   size_t line = 0;  // of the log
   std::string operation = {};
-  // The node that is read or written: by this call, or next if it is about arguments; or that the instance is taken
-  // from.
+  // The node that the call reads or writes. For a call on arguments, the node of the next read; for an instance, the
+  // node of its list.
   std::string place = {};
-  // Which call of this operation and place it is in its part of the log, from 1; for an instance, the number of the
+  // Counts the calls with this operation and place in this part of the log, from 1. For an instance, the number of the
   // call that made its list.
   unsigned number = 0;
-  std::string arguments = {};  // of the read or write, as in the log without their brackets
+  std::string arguments = {};  // of the read or write, as in the log but without brackets
   size_t part = 0;             // of the log, counted from 0
   bool isLastInstance = false;
 };
 
-// Where the log has a new part: a visit of a group, or an access of a register. Other logs are one part.
+// What starts a new part of the log: the visit of a group, or the access to a register. Other logs have one part.
 enum class Parts { kOne, kGroups, kRegisters };
 
 class CallLog {
@@ -40,11 +40,11 @@ class CallLog {
 
   // The calls that can fail, in their order.
   const std::vector<LoggedCall> &calls() const { return calls_; }
-  // The reads and writes up to a line and from another on, as place and arguments.
+  // The reads and writes before one line and from another line on, as place and arguments.
   std::vector<std::string> Accesses(size_t last, size_t next) const;
-  // Where the visit of a group and of all below it ends.
+  // The end of the visit of a group and all groups below it.
   size_t EndOfGroup(size_t part) const;
-  // How many groups the group is below the start group.
+  // The depth of the group below the start group.
   size_t DepthOf(size_t part) const { return depths_[part]; }
 
  private:

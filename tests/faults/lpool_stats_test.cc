@@ -1,4 +1,4 @@
-// The large-page pools node by node. Two names of the walk stand in its messages, one of them short of a letter.
+// lpool-stats: the large-page pools of each node. The messages contain two names of the walk; one lacks a letter.
 #include "tests/faults/machine_hosts.h"
 #include "tests/faults/report_case.h"
 
@@ -81,7 +81,7 @@ constexpr char kNoPools[] = R"(
 --------------------------------
 )";
 
-// Without closing line, Total row, descriptions and note.
+// The output ends without the closing line, the Total row, the descriptions and the note.
 constexpr char kStopped[] = R"(
  LPAGE POOL STATS: <time>
  -------------------------------------------

@@ -10,7 +10,7 @@ using testing_support::StandinHost;
 
 namespace {
 
-// A record with all bits set, so that whatever is not meant to be read shows if it is.
+// A record with all bits set, so that reading a wrong field shows.
 template <typename Record>
 Record AllOnes() {
   Record record;
@@ -232,7 +232,7 @@ StandinHost PMemHost() {
   host.AddList(kNuma, {"vol-1", "reg-a"}, {0, 1}).AddList(kNuma, {"vol-1", "reg-b"}, {1});
   host.AddList(kNuma, {"vol-2", "reg-c"}, {0});
   host.AddList(kNuma, {"vol-3", "reg-d"}, {1}).AddList(kNuma, {"vol-3", "reg-e"}, {0, 1});
-  // The node that a record names is not the number that it is read by.
+  // The node number in a record differs from the argument of the read.
   host.AddRecord(kNuma, {"vol-1", "reg-a", 0}, OnNode(10, 1001));
   host.AddRecord(kNuma, {"vol-1", "reg-a", 1}, OnNode(11, 1002));
   host.AddRecord(kNuma, {"vol-1", "reg-b", 1}, OnNode(12, 1003));
@@ -268,7 +268,7 @@ StandinHost LargePageOwnersHost() {
   constexpr char kPools[] = "memory_lpage_nodeList_vmPools";
   auto memInfo = AllOnes<MemInfoRecord>();
   memInfo.numNodes = 2;
-  // The names of the page-sharing pools are the report's own.
+  // The report itself names the page-sharing pools.
   return StandinHost()
       .AddRecord("memory_memInfo", {}, memInfo)
       .AddRecord("sched_globalStats_numVMs", {}, NumVMsRecord{2})

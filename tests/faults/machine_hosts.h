@@ -1,4 +1,4 @@
-// Hosts for the reports about the whole machine, each with the nodes of one report and no two figures alike.
+// Hosts for the host-wide reports. Each has the nodes of one report, and all its figures are different.
 #ifndef TESTS_FAULTS_MACHINE_HOSTS_H
 #define TESTS_FAULTS_MACHINE_HOSTS_H
 
@@ -10,16 +10,16 @@
 
 namespace faults {
 
-// Page-sharing hints. The kernel's count of the active ones is not what the other counts come to.
+// Page-sharing hints. The kernel's count of active hints is not the sum of the other counts.
 testing_support::StandinHost HintsHost();
 PShareStatsRecord HintFigures();
 
-// Four MemMap buddies of two memory nodes, in no order, and two other buddies:
+// Four MemMap buddies of two memory nodes, unsorted, and two other buddies:
 //
 //   memmap-01-hi, heap-00-lo, memmap-00-hi, memmap-01-lo, kseg-00, memmap-00-lo
 //
-// Memory node 0 is of NUMA node 7, memory node 1 of NUMA node 200. The counts of buddy i in the order of nodes, low
-// before high, are 1000 i + k free and 1000 i + 500 + k used buffers of size k; i counts from 1.
+// Memory node 0 belongs to NUMA node 7, memory node 1 to NUMA node 200. Sorted by node and low before high, buddy i
+// (from 1) has 1000 i + k free and 1000 i + 500 + k used buffers of size k.
 testing_support::StandinHost BuddyHost();
 BuddyComprehensiveRecord BuddyFigures(const Figures &figures);
 
@@ -28,12 +28,12 @@ testing_support::StandinHost ComprehensiveHost();
 ComprehensiveRecord ComprehensiveFigures();
 GlobalMemoryRecord GlobalMemoryFigures();
 
-// The large-page pools of two NUMA nodes and three virtual machines, in their order with their first figures:
+// The large-page pools of two NUMA nodes and three virtual machines in order, with their first figures:
 //
 //   pshare-0 1000, web 2000, a-pool-with-a-long-name 3000, db 4000
 //   pshare-1 5000, web 6000, mail 7000
 //
-// The figures of a pool are the first plus 1 to 12; the one that is not shown is all ones.
+// The other figures of a pool are its first figure plus 1 to 12. The figure without a column is all ones.
 testing_support::StandinHost LargePagesHost();
 LPoolStatsRecord LargePagesFigures(const Figures &figures);
 
@@ -48,8 +48,9 @@ HeapStatsRecord HeapFigures(const std::string &name, const Figures &figures);
 //   vol-3: regions reg-d on node 1, reg-e on nodes 0 and 1; extents 5 and 6
 testing_support::StandinHost PMemHost();
 
-// The same kinds of host with figures that are multiples of their owners' numbers: a buddy's, a pool's, a heap's, a
-// region's or extent's. The names of all but buddies end in that number; a volume's in the product of what it has.
+// The same kinds of hosts, whose figures are multiples of their owner's number. The owner is a buddy, pool, heap,
+// region or extent. Except for buddies, names end in this number. The name of a volume ends in the product of its
+// owners' numbers.
 testing_support::StandinHost BuddyOwnersHost();
 testing_support::StandinHost LargePageOwnersHost();
 testing_support::StandinHost HeapOwnersHost();

@@ -24,7 +24,7 @@ struct Event {
   int countRegister;
 };
 
-// Both in the order in which they are programmed and read.
+// Both are in the order of programming and reading.
 constexpr Event kChannelEvents[] = {
     {"RPQ_EVENT", 0x004000e3, 0xe4, "UNC_M_PMM_RPQ_INSERTS", 0xb8},
     {"WPQ_EVENT", 0x004000e7, 0xd8, "UNC_M_PMM_WPQ_INSERTS", 0xa0},
@@ -66,12 +66,12 @@ constexpr Controller kControllers[] = {
 
 const std::string kRule = "\n" + std::string(79, '=') + "\n";
 
-// What there is of an event in a period; all from 0.
+// The count of an event in a period, from 0.
 uint64_t Amount(size_t socket, size_t controller, size_t event, size_t period) {
   return 10000 * (socket + 1) + 1000 * controller + 100 * event + period + 1;
 }
 
-// Sockets on buses of the same number cannot be told apart.
+// Sockets on buses with the same number are indistinguishable.
 size_t ShownNumber(const std::vector<Socket> &sockets, int64_t bus) {
   const auto isOnBus = [bus](const Socket &socket) { return socket.bus == bus; };
   return static_cast<size_t>(std::find_if(sockets.begin(), sockets.end(), isOnBus) - sockets.begin());

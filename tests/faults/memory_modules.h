@@ -1,4 +1,4 @@
-// Machines with persistent-memory modules for dcpmm-stats to profile, and what a run over them does and tells.
+// Machines with persistent-memory modules for dcpmm-stats, and the expected steps and output of a run.
 #ifndef TESTS_FAULTS_MEMORY_MODULES_H
 #define TESTS_FAULTS_MEMORY_MODULES_H
 
@@ -14,7 +14,7 @@ namespace faults {
 constexpr char kConfigHeader[] = "hardware_pci_seg_bus_slot_func_pciConfigHeader";
 constexpr char kConfigRegister[] = "hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr";
 
-// The last second of January 2024, in UTC, and the file of a run that starts then.
+// The last second of January 2024 in UTC, and the output file of a run that starts then.
 constexpr int64_t kStart = 1706745599;
 constexpr char kFileName[] = "dcpmm-stats-20240131246060";
 constexpr char kAnnouncement[] = "Data output is being written to: dcpmm-stats-20240131246060\n";
@@ -33,27 +33,27 @@ struct Socket {
   int64_t bus;
 };
 
-// A machine of the right model with modules, at kStart. Each segment has a bus 0 without memory controllers as well.
+// A machine of the supported model with modules, at kStart. Each segment also has a bus 0 without memory controllers.
 testing_support::StandinHost MemoryHost(const std::vector<Socket> &sockets);
 
 // The header of a PCI function.
 std::string ConfigHeader(uint16_t vendor, uint16_t device);
 
-// The record of a processor of that model.
+// The record of a processor of the supported model.
 std::string Processor(uint8_t model);
 
-// One thing that a run does once it knows the sockets.
+// One step of a run after the discovery of the sockets.
 struct Step {
   enum Kind { kWrite, kRead, kSleep, kTrailer };
 
   Kind kind;
-  std::vector<std::string> calls = {};  // of registers and of sleep, as the log shows them
-  std::string failure = {};             // what the run says at its end, if a write or read fails
-  std::string file = {};                // what the output file gets
-  std::string row = {};                 // what CSV output gets
+  std::vector<std::string> calls = {};  // on registers, and of sleep, as in the log
+  std::string failure = {};             // the last message, if a write or read fails
+  std::string file = {};                // the text in the output file
+  std::string row = {};                 // the text in CSV output
 };
 
-// The steps over a machine. The traffic is that of MemoryHost, and no two counts of it are alike.
+// The steps of a run over MemoryHost. All counts of its traffic are different.
 std::vector<Step> Steps(const std::vector<Socket> &sockets, int iterations = 1, int seconds = 1);
 
 std::string FileStart(int seconds = 1);
@@ -61,7 +61,7 @@ std::string WholeFile(const std::vector<Step> &steps, int seconds = 1);
 std::string Csv(const std::vector<Step> &steps);
 std::vector<std::string> Calls(const std::vector<Step> &steps);
 
-// A run in a directory of its own, and the files that it leaves there.
+// A run in its own folder, and the files that it leaves there.
 struct Profile {
   testing_support::StandinRun run;
   std::map<std::string, std::string> files;  // contents by name
@@ -69,13 +69,13 @@ struct Profile {
 
 struct ProfileOptions {
   std::string timeZone = "UTC";
-  std::map<std::string, std::string> files = {};  // that are there before
+  std::map<std::string, std::string> files = {};  // existing before the run
 };
 
 Profile RunProfile(const testing_support::StandinHost &host, const std::vector<std::string> &reportOptions = {},
                    const ProfileOptions &options = {});
 
-// The calls of registers and of sleep.
+// The calls on registers, and of sleep.
 std::vector<std::string> StepCalls(const testing_support::StandinRun &run);
 
 }  // namespace faults

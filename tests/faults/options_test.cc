@@ -1,4 +1,4 @@
-// The options that reports share: units, levels, start group, filters, selections.
+// Common options of the reports: units, levels, start group, filters, column selections.
 #include "tests/faults/hosts.h"
 #include "tests/faults/report_case.h"
 
@@ -120,7 +120,7 @@ constexpr ReportCase kSelectionsCases[] = {
              "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"
              "xxxxxxxxxxxxxxxxxxx:name",
              "gid\n0\n"),
-    // The cut leaves another column's name.
+    // The truncated text is the name of another column.
     Selected("NamesCutToAnother",
              "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"
              "xxxxxxxxxxxxxxxxxxx:minLimit",

@@ -61,7 +61,7 @@ Oracle::Expected Oracle::WhenFails(const LoggedCall &call, HVC_ReturnStatus stat
   const bool endsRun = row.effect == Effect::kEndsRun || (row.effect == Effect::kEndsSearch && !HasSocket(call));
   const std::string messages = Messages(row, call, status);
   std::string output = !endsRun || call.line > headerLine_ ? WithoutLost(row, call, endsRun) : "";
-  // What ends the front end is no message of the report.
+  // Ignore the messages before the report.
   if (!report_.messagesInOutput || row.place.empty()) return {output, messages, ExitStatus(row, call)};
   const bool isSaidFirst = row.effect == Effect::kEndsSearch;
   output = isSaidFirst ? messages + output : output + messages;
@@ -128,7 +128,7 @@ const LoggedCall *Oracle::NextRead(const LoggedCall &call) const {
   return next->operation == "NODAL_Set" ? nullptr : &*next;
 }
 
-// The socket is known by one of its functions.
+// One of its functions identifies the socket.
 bool Oracle::HasSocket(const LoggedCall &call) const {
   return std::ranges::any_of(log_.calls(), [&](const LoggedCall &earlier) {
     return earlier.line < call.line && earlier.operation == "NODAL_Get" && earlier.arguments == "0,100,10,2";

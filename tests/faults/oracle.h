@@ -1,4 +1,4 @@
-// What a run without failures tells of those with one.
+// Derives the expected results of runs with a failing call from a run without one.
 #ifndef TESTS_FAULTS_ORACLE_H
 #define TESTS_FAULTS_ORACLE_H
 
@@ -16,7 +16,7 @@ namespace faults {
 
 std::string Replaced(std::string text, const std::string &part, const std::string &replacement);
 
-// The messages of a FailureRow with the status for <number> and <hex>.
+// The messages of a FailureRow with the status in place of <number> and <hex>.
 std::string WithStatus(const std::string &errors, HVC_ReturnStatus status);
 
 class Oracle {
@@ -31,23 +31,24 @@ class Oracle {
 
   const std::vector<LoggedCall> &calls() const { return log_.calls(); }
 
-  // The first row of the report's table for a call that fails so; null if there is none.
+  // The first row of the report's table for this call and status; null if there is none.
   const FailureRow *Find(const LoggedCall &call, HVC_ReturnStatus status) const;
 
-  // There has to be a row for the call.
+  // REQUIRES: the table has a row for the call.
   Expected WhenFails(const LoggedCall &call, HVC_ReturnStatus status) const;
-  // The reads and writes of such a run, in the form of Accesses(); no value if the row does not define them.
+  // The reads and writes of a run in which the call fails, in the form of Accesses(); no value if the row does not
+  // define them.
   std::optional<std::vector<std::string>> AccessesWhenFails(const LoggedCall &call, HVC_ReturnStatus status) const;
 
  private:
-  // The last line of the log before the header is printed.
+  // The last line of the log before the header.
   size_t HeaderLine(const testing_support::StandinRun &clean) const;
-  // The lines of the reads that each row follows.
+  // The lines of the reads before each row.
   std::vector<size_t> RowLines() const;
-  // For each row the line at which its buddy's memory node is looked up.
+  // For each row, the line of the log that looks up the memory node of its buddy.
   std::vector<size_t> Lookups() const;
 
-  // The next read of the search for sockets after a call of it; null if it is over.
+  // The next read of the search for sockets after a call; null if there is none.
   const LoggedCall *NextRead(const LoggedCall &call) const;
   bool HasSocket(const LoggedCall &call) const;
   bool IsLost(size_t row, const FailureRow &failure, const LoggedCall &call) const;
@@ -61,7 +62,7 @@ class Oracle {
   size_t headerLine_;
   std::vector<size_t> rowLines_;
   std::vector<size_t> lookups_;
-  std::vector<Step> steps_;  // of a profile
+  std::vector<Step> steps_;  // of dcpmm-stats
 };
 
 }  // namespace faults

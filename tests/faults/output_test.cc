@@ -1,4 +1,4 @@
-// Where the output goes: places that take none, and terminals.
+// Output to full devices, closed pipes and terminals.
 #include "tests/faults/hosts.h"
 #include "tests/faults/report_case.h"
 #include "tests/support/text.h"
@@ -40,7 +40,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Lost{"HelpToAClosedPipe", {"-h"}, OutputTo::kClosedPipe}),
     NameOf<Lost>);
 
-// More rows than any buffer holds: the loss shows in the middle of the walk.
+// More rows than any buffer holds, so that the write fails during the walk.
 TEST(LongOutput, LostInTheMiddleIsOneError) {
   Group top = {.id = 0};
   StandinHost host;
@@ -83,7 +83,7 @@ TEST_F(Terminal, ShowsNoControlCharactersOfABuildText) {
   };
   const StandinRun shown = RunKestrel(host, arguments, {.output = OutputTo::kTerminal, .errorsToOutput = true});
   EXPECT_EQ(shown.outcome.output, message("1.0?[2J"));
-  // Where the message itself goes is what counts.
+  // Standard error decides whether the message is masked.
   EXPECT_EQ(RunKestrel(host, arguments, {.output = OutputTo::kTerminal}).outcome.errors, message("1.0\x1b[2J"));
 }
 
@@ -96,7 +96,7 @@ TEST_F(Terminal, ShowsNoControlCharacters) {
   EXPECT_EQ(RunKestrel(host, arguments).outcome.output, "gid,name,tag\n0,a\x1b[31mb\tc\nd\x7f,\ae\n");
 }
 
-// A terminal that reads UTF-8 obeys these as it does those of one byte.
+// UTF-8 terminals interpret these like the one-byte control characters.
 TEST_F(Terminal, ShowsNoEncodedControlCharacters) {
   StandinHost host;
   host.Add({.id = 0,

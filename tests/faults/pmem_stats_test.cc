@@ -1,5 +1,4 @@
-// The four reports about persistent memory. A failure stops the walk over the volumes where it is, and the report
-// succeeds with what it has printed.
+// The four reports on persistent memory. A failure ends the walk over the volumes; the exit status is still 0.
 #include <algorithm>
 
 #include "tests/faults/machine_hosts.h"
@@ -32,7 +31,7 @@ std::string Banner(const std::string &word, const std::string &unit, const std::
 
 std::string Rule(size_t length) { return std::string(length, '-') + '\n'; }
 
-// A table of so many characters across, with the second line below its header that these reports have.
+// A table of this width, with the second line below the header that these reports have.
 std::string Table(size_t length, const std::string &header, const std::string &rows) {
   return Rule(length) + header + Rule(length) + Rule(length) + rows + Rule(length);
 }
@@ -72,7 +71,7 @@ const std::string kStoreTable =
           "                                   vol-3          3001          3002          3003         3004        3005 "
           "         3006       y\n");
 
-// A record at the ends of its ranges.
+// A record with figures at the limits of their ranges.
 StandinHost FullStore() {
   const RegionStoreRecord record = {.allocatedBlocks = UINT64_MAX,
                                     .reservedBlocks = UINT64_MAX,
@@ -89,7 +88,7 @@ const std::string kNoStoreColumns = Banner("REGIONSTORE", "Page (4K)", "(none)")
 const ReportCase kStoresCases[] = {
     {"Table", PMemHost, "-r pmem-regionstore-stats", kStoreTable.c_str()},
     {"Csv", PMemHost, "-r pmem-regionstore-stats -q", kStoreCsv},
-    // The unit is checked and named, and converts nothing here.
+    // The unit is checked and printed, but converts nothing.
     {"CsvInMbWithDescriptions",
      PMemHost,
      "-r pmem-regionstore-stats --csvMode --verbose --unit=MB",
@@ -187,7 +186,7 @@ const ReportCase kRegionsCases[] = {
     {"Csv", PMemHost, "-r pmem-region-stats -q", kRegionCsv},
     {"CsvWithDescriptions", PMemHost, "-r pmem-region-stats -q -v", {kRegionCsv, kRegionDescriptions}},
     {"CsvInPages", PMemHost, "-r pmem-region-stats -q -u pg -s size", "size\n275\n300\n525\n775\n800\n"},
-    // Texts that are wider than their columns push the others until there is room again.
+    // Texts that are wider than their columns shift the others until there is room.
     {"TableWithWideTexts", [] { return OneRegion({.flags = 0xff, .tag = 0xffff, .mask = UINT64_MAX}); },
      "-r pmem-region-stats -s flags:numOpened:allocated2MBlks:managementTag:numaAffinityMask", kWideTable.c_str()},
 };
@@ -209,7 +208,7 @@ constexpr ReportCase kRegionSizeCases[] = {
         "OneByteMoreThanAPage", [] { return OneRegion({.size = 4097}); }, "pg", "2"),
     Sized(
         "OneByteMoreThanOneMb", [] { return OneRegion({.size = 0x100001}); }, "mb", "2"),
-    // There is no mark for a missing size: all ones wraps like any other.
+    // All ones is not special here: it wraps like any other size.
     Sized(
         "AllOnesInKb", [] { return OneRegion({.size = UINT64_MAX}); }, "kb", "0"),
     Sized(
@@ -346,7 +345,7 @@ const ReportCase kNodesCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Nodes, PMemStats, testing::ValuesIn(kNodesCases), NameOf<ReportCase>);
 
-// What holds for all four.
+// Common behaviour of all four.
 
 struct Kind {
   const char *name;  // of the test
@@ -397,7 +396,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, PMemKind,
                                          Kind{"Nodes", kNumaReport, "REGION NUMA"}),
                          NameOf<Kind>);
 
-// The table is closed and described also after a failure, in the third volume here.
+// After a failure (in the third volume), the closing line and the descriptions are still printed.
 TEST(PMemFailure, LeavesTheTableClosed) {
   StandinHost host = PMemHost();
   host.Fail({.operation = kGet, .node = kClean, .call = 3, .status = 0x0bad0003});
@@ -419,7 +418,7 @@ TEST(PMemFailure, StandsBetweenTheRowsAndTheEnd) {
   EXPECT_EQ(run.outcome.exitStatus, 0);
 }
 
-// Volumes and regions without anything in them are passed over.
+// Empty volumes and regions are skipped.
 TEST(PMemVolumes, MayBeEmpty) {
   Check(PMemHost().AddList(kRegions, {"vol-1"}, {}), "-r pmem-region-stats -qs regionUuid",
         "regionUuid\nreg-c\nreg-d\nreg-e\n");
@@ -430,7 +429,7 @@ TEST(PMemVolumes, MayBeEmpty) {
         "regionUuid\nreg-b\nreg-c\nreg-d\nreg-e\nreg-e\n");
 }
 
-// The calls of a run about the first volume alone.
+// The calls of a run that concern the first volume.
 
 StandinHost FirstVolume() { return PMemHost().AddList(kVolumes, {}, {"vol-1"}); }
 
@@ -476,7 +475,7 @@ TEST(PMemCalls, OfItsRegions) {
                   "NODAL_ParamListDestroy(list1)\n"));
 }
 
-// The number of regions is asked for again after every row.
+// The number of regions is read again after each row.
 TEST(PMemCalls, TheRegionsAreCountedAgainAfterEveryRow) {
   const StandinRun run = RunKestrel(FirstVolume(), {"-r", "pmem-region-stats"});
   EXPECT_EQ(std::count(run.calls.begin(), run.calls.end(), "NODAL_ParamListUsedCount(list3) = 2"), 3) << run;

@@ -1,4 +1,4 @@
-// The profile of persistent memory. All that it has to say goes to its output.
+// Failure table of dcpmm-stats, whose messages go to standard output.
 #include "tests/faults/failure_rows.h"
 #include "tests/faults/memory_modules.h"
 
@@ -25,7 +25,7 @@ FailureRow EndsSearch(const std::string &operation, const std::string &place, co
 const std::string kWrite = WriteOf(kConfigRegister);
 const std::string kRead = kConfigRegister;
 
-// A call of a step, after whose own message the step says which one it was.
+// A call of a step. After the call's message, the step prints which step it was.
 FailureRow EndsStep(const std::string &operation, const std::string &place, unsigned number,
                     const std::string &message) {
   return {operation, place, number, {{message + "\n"}, {"<step>"}}, kEndsRun, 1};
@@ -37,7 +37,7 @@ const FailureTable kTable = {
     Ends(kGet, "hardware_cpu_cpuList", 1, "ERROR: could not get cpuInfo: <text>"),
     Ends(kList, ListOf("hardware_nvd_dimm"), 1, "KestrelDCPMMCheckNVM: NODAL_GetInstanceListAlloc failure"),
 
-    // A number is added for the read of what is below it.
+    // The number is added for reading the nodes below it.
     EndsSearch(kCreate, ListOf("hardware_pci_seg"), "NODAL_ParamListCreate Failure"),
     EndsSearch(kList, ListOf("hardware_pci_seg"), "NODAL_NODE_hardware_pci_seg Failure"),
     EndsSearch(kGetParam, ListOf("hardware_pci_seg"),
@@ -73,7 +73,7 @@ const FailureTable kTable = {
     EndsStep(kAddInt, kWrite, 7, "NODAL_ParamListAddInt event failure <number>"),
     EndsStep("NODAL_Set", kWrite, 1, "KestrelDCPMMProgramEvent: error fetching PCI information <text>"),
 
-    // The size has the words of the segment.
+    // The message about the size is the same as about the segment.
     EndsStep(kCreate, kRead, 1, "Cannot allocate instanceArgs"),
     EndsStep(kAddInt, kRead, 1, "NODAL_ParamListAddInt for seg failure <number>"),
     EndsStep(kAddInt, kRead, 2, "NODAL_ParamListAddInt for bus failure <number>"),

@@ -99,7 +99,7 @@ constexpr ReportCase kConversionsCases[] = {
     {"OnePageInMb", [] { return HostWith(1); }, "-r pshare-stats -qscow -umb", "cow\n1\n"},
     {"OneMbOfPagesInMb", [] { return HostWith(256); }, "-r pshare-stats -qscow -umb", "cow\n1\n"},
     {"OnePageMoreInMb", [] { return HostWith(257); }, "-r pshare-stats -qscow -umb", "cow\n2\n"},
-    // A count of pages has no mark for a missing figure: all ones wraps like any other.
+    // All ones is not special in a count of pages: it wraps like any other count.
     {"AllOnesInKb", [] { return HostWith(UINT64_MAX); }, "-r pshare-stats -qscow", "cow\n18446744073709551612\n"},
     {"AllOnesInMb", [] { return HostWith(UINT64_MAX); }, "-r pshare-stats -qscow -umb", "cow\n0\n"},
     {"AllOnesInPages", [] { return HostWith(UINT64_MAX); }, "-r pshare-stats -qscow -upg",

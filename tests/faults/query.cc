@@ -1,4 +1,4 @@
-// query NAME ID: makes one query and prints its status and what it gave.
+// query NAME ID: calls one getter and prints its status and its result.
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
@@ -11,7 +11,7 @@ namespace {
 
 using kestrel::VmmAllocRecord;
 
-// What an output holds before the call shows whether the call wrote to it.
+// The initial value of an output shows whether the call wrote to it.
 constexpr uint32_t kUntouched = 77;
 
 HVC_ReturnStatus Leader(int64_t id) {
@@ -43,7 +43,7 @@ HVC_ReturnStatus TotalCommon(int64_t id) {
   return status;
 }
 
-// Loses a block of that size, for the sanitizers to find.
+// Leaks a block of this size, for the leak detector to find.
 HVC_ReturnStatus Leak(int64_t size) {
   [[maybe_unused]] static void *volatile block;
   block = std::malloc(static_cast<size_t>(size));

@@ -1,7 +1,7 @@
-// One run of kestrel over the stand-in and all that is expected of it, as a row of a table of tests.
+// A row of a table of tests: one run of kestrel over the stand-in and its expected results.
 //
-// Tables are arrays of rows without constructors to run, since a row of strings and hosts costs the compiler more than
-// the test itself.
+// Tables are arrays without constructors, because compiling constructors for each row takes longer than the test
+// itself.
 #ifndef TESTS_FAULTS_REPORT_CASE_H
 #define TESTS_FAULTS_REPORT_CASE_H
 
@@ -23,13 +23,13 @@ using testing_support::Lines;
 using testing_support::StandinHost;
 using testing_support::StandinRun;
 
-// A text in pieces, which are joined when the test runs.
+// A text in pieces, which the test joins.
 class Text {
  public:
   constexpr Text(const char *first, const char *second = nullptr, const char *third = nullptr,
                  const char *fourth = nullptr)
       : pieces_{first, second, third, fourth, nullptr} {}
-  // The rest has four pieces at most.
+  // At most four more pieces.
   constexpr Text(const char *first, const Text &rest)
       : pieces_{first, rest.pieces_[0], rest.pieces_[1], rest.pieces_[2], rest.pieces_[3]} {}
 
@@ -48,7 +48,7 @@ class Text {
 struct ReportCase {
   const char *name;  // of the test
   StandinHost (*host)();
-  Text arguments;  // split at blanks; '...' keeps blanks, or an empty argument
+  Text arguments;  // split at blanks; '...' quotes blanks or an empty argument
   Text output;     // with "<time>" for the time
   Text errors = "";
   int exitStatus = 0;
@@ -61,7 +61,7 @@ std::string NameOf(const testing::TestParamInfo<Row> &info) {
   return info.param.name;
 }
 
-// Runs kestrel and compares everything that it leaves behind.
+// Runs kestrel and compares all results.
 inline StandinRun Check(const StandinHost &host, const std::string &arguments, const std::string &output,
                         const std::string &errors = "", int exitStatus = 0) {
   StandinRun run = RunKestrel(host, testing_support::Words(arguments));
@@ -77,7 +77,7 @@ inline StandinRun Check(const ReportCase &expected) {
                expected.errors.JoinedBy(""), expected.exitStatus);
 }
 
-// The calls of a run without the mere questions for a list's length.
+// The calls of a run, without the calls that only ask for the length of a list.
 inline std::vector<std::string> CallsThatCount(const StandinRun &run) {
   std::vector<std::string> calls = run.calls;
   std::erase_if(calls, [](const std::string &call) { return call.starts_with("NODAL_ParamListUsedCount"); });

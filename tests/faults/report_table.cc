@@ -26,26 +26,26 @@ uint64_t Sum(const ReportTable &table, size_t column) {
   return sum;
 }
 
-// A figure of the total row, the rows of which are those of the table.
+// A figure of the total row of a table.
 uint64_t TotalFigure(const ReportTable &table, Total kind, size_t column) {
   const std::string &name = table.header[column];
   if (kind == Total::kOfZip && (name == "avgZipTime" || name == "avgUnzipTime")) {
     return table.rows.empty() ? 0 : Sum(table, column) / table.rows.size();
   }
   if (kind == Total::kOfHeaps) {
-    // The sums stand one column to the left of what they are sums of.
+    // Each sum is one column to the left of its own column.
     const bool isZero = name == "max" || name == "maxAvail" || name == "numShrinkOps";
     return isZero ? 0 : Sum(table, column + 1);
   }
   return Sum(table, column);
 }
 
-// The number that a cell is or, if it is a name, ends in; none if it has none or is a zero.
+// The number in a cell, or at the end of a name; no value if there is none or if it is 0.
 uint64_t NumberIn(const std::string &cell) {
   if (cell.starts_with("0x")) return std::stoull(cell, nullptr, 16);
   const size_t end = cell.find_last_not_of("0123456789");
   const std::string digits = end == cell.npos ? cell : cell.substr(end + 1);
-  // Page-sharing pools are named by the report, after their memory nodes.
+  // The report names page-sharing pools after their memory nodes.
   return digits.empty() || cell.starts_with("pshare-") ? 0 : std::stoull(digits);
 }
 

@@ -1,4 +1,4 @@
-// The table in the CSV output of a run, taken apart.
+// Parses the table in the CSV output of a run.
 #ifndef TESTS_FAULTS_REPORT_TABLE_H
 #define TESTS_FAULTS_REPORT_TABLE_H
 
@@ -19,16 +19,16 @@ std::string Joined(const Cells &cells);
 struct ReportTable {
   ReportTable(const Report &report, const std::string &output);
 
-  Cells header = {};  // none: the run did not come to its table
+  Cells header = {};  // empty: the run ended before its table
   std::vector<Cells> rows = {};
   std::optional<Cells> total = {};
   std::string closing = {};  // the descriptions and what follows them
 };
 
-// The total row of a table's rows, with texts and blanks like another one's.
+// The total row computed from a table's rows, with the texts and blanks of another total row.
 Cells TotalLike(const Cells &other, const ReportTable &table, Total kind);
 
-// Whether the figures of a row, and the numbers in its names, are multiples of one owner's number.
+// True if the figures of a row, and the numbers in its names, are multiples of one owner's number.
 bool HasOneOwner(const Report &report, const ReportTable &table, const Cells &row);
 
 }  // namespace faults

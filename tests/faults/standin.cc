@@ -1,17 +1,17 @@
-// A scripted stand-in for libplatkit, loaded before it under an unchanged kestrel.
+// A scripted stand-in for libplatkit, loaded before it into an unchanged kestrel.
 //
-// It has the whole C interface and not a line of the library in it: its lists are its own, its node identifiers count
-// downwards, and it knows no host but the script's. Every call but those of Warning and Str_Strcpy leaves a line in the
-// log, with node names in place of identifiers:
+// It implements the whole C interface without any code of the library. It has its own lists, its node identifiers count
+// downwards, and its only host is the script's. Every call except Warning and Str_Strcpy writes a line to the log, with
+// node names in place of identifiers:
 //
 //   NODAL_ParamListCreate(1, 2) = list1
 //   NODAL_ParamListAddInt(list1, 4) = 0
 //   NODAL_Get(sched_groups_groupName, [4], 64) = 0
 //
-// Lists are numbered in the order of their making and are kept to the end of the run, so that a use after
-// NODAL_ParamListDestroy shows as a line that begins with "misuse:".
+// Lists are numbered in the order of their creation and are kept until the end of the run. A use after
+// NODAL_ParamListDestroy is therefore detected: it writes a line that starts with "misuse:".
 //
-// A line of the script is one of
+// The script has these lines:
 //
 //   record <node> <arguments> <bytes in hexadecimal>
 //   list <node> <arguments> <instance>...
@@ -22,15 +22,15 @@
 //   traffic <event> <amount>...
 //   clock <seconds since 1970>
 //
-// with arguments written as in the log, and a text instance in quotes, or null for a text that is missing. A record or
-// list given again takes the place of the first. The node of a call on a list of instances is the one that the list was
-// read from. Where a call answers with a pointer, a failure is null. One that answers leaves a record, or what is in a
-// list, where it is asked for, in spite of its status.
+// Arguments are written as in the log; a text instance is quoted, or null for a null pointer. A second record or list
+// for the same node replaces the first. The node of a call on a list of instances is the node from which the list was
+// read. A failing call that returns a pointer returns null. With "answers", a failing call still returns its record or
+// list.
 //
-// A unit has event counters behind its configuration registers; the traffic lines below it are its own (see uncore.h).
+// A unit is a set of event counters in configuration space. The traffic lines after it belong to it (see uncore.h).
 //
-// With a clock the stand-in also answers time, localtime and sleep, and logs them. Time then stands still but for
-// sleep, which comes back at once. A failure of time or localtime has an error number in place of the status.
+// With a clock, the stand-in also implements and logs time, localtime and sleep. Time advances only in sleep, which
+// returns at once. A failure of time or localtime has an error number in place of the status.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <time.h>
@@ -62,7 +62,7 @@
 struct NODAL_Param {
   bool isText = false;
   int64_t integer = 0;
-  std::optional<std::string> text = {};  // none: a null pointer
+  std::optional<std::string> text = {};  // no value: a null pointer
 
   std::string Written() const {
     if (!isText) return std::to_string(integer);
@@ -72,10 +72,10 @@ struct NODAL_Param {
 
 struct NODAL_ParamList {
   unsigned number;
-  std::string node = {};  // of which it holds the instances
+  std::string node = {};  // whose instances it holds
   uint32_t room = UINT32_MAX;
   bool destroyed = false;
-  std::deque<NODAL_Param> params = {};  // which stay in place as the list grows
+  std::deque<NODAL_Param> params = {};  // a deque: pointers stay valid as the list grows
 };
 
 namespace {
@@ -144,7 +144,7 @@ class Standin {
     return &lists_.back();
   }
 
-  // The status that the script has for this call instead of success; 0 if it has none.
+  // The status with which the script lets this call fail; 0 if it succeeds.
   HVC_ReturnStatus FaultOf(const std::string &operation, const std::string &node, bool *answers = nullptr) {
     HVC_ReturnStatus status = 0;
     for (Fault &fault : faults_) {
@@ -184,7 +184,7 @@ class Standin {
     if (std::fprintf(log_, "%s\n", line.c_str()) < 0) std::abort();
   }
 
-  // Whether a list may be used; says so in the log if it may not.
+  // True if a list may be used; otherwise logs the misuse.
   bool Usable(const NODAL_ParamList *list, const std::string &operation) const {
     const bool known = known_.contains(list);
     if (!known) {
@@ -241,7 +241,7 @@ class Standin {
 
   static constexpr time_t kNoClock = -1;
 
-  std::FILE *log_;  // written out when the program ends, or its buffer is full
+  std::FILE *log_;  // flushed when the program ends or its buffer is full
   std::deque<NODAL_ParamList> lists_;
   std::unordered_set<const NODAL_ParamList *> known_;
   std::map<Key, std::string> records_;
@@ -255,7 +255,7 @@ class Standin {
   time_t clock_ = kNoClock;
 };
 
-// Made at the first call and never unmade, since calls may come from the last moments of the process.
+// Created at the first call and never destroyed, because calls may come while the process exits.
 Standin &TheStandin() {
   static Standin &standin = *new Standin;
   return standin;
@@ -306,7 +306,7 @@ HVC_ReturnStatus Add(const char *operation, NODAL_ParamList *list, const NODAL_P
   return Logged(call, 0);
 }
 
-// Finds the parameter that a getter asks for.
+// Finds the parameter for a getter.
 HVC_ReturnStatus Find(const char *operation, const NODAL_ParamList *list, uint32_t index, bool isText,
                       const NODAL_Param *&param) {
   const std::string call = std::string(operation) + "(" + Name(list) + ", " + std::to_string(index) + ")";
@@ -328,7 +328,7 @@ HVC_ReturnStatus GetInteger(const char *operation, const NODAL_ParamList *list, 
   return status;
 }
 
-// Reads a list node; the answer stands in the log with the list that it went to.
+// Reads a list node and logs the status with the list.
 HVC_ReturnStatus ReadInstances(const char *operation, uint32_t id, const NODAL_ParamList *args, const std::string &hint,
                                NODAL_ParamList **list) {
   Standin &standin = TheStandin();
@@ -356,7 +356,7 @@ HVC_ReturnStatus ReadIntoNewList(const char *operation, uint32_t id, const NODAL
   return status;
 }
 
-// What the arguments of a configuration register name. Registers are accessed by four bytes.
+// The register with these arguments. Registers are accessed with four bytes.
 bool IsRegister(const NODAL_ParamList *args, faults::Uncore::Address &address, int64_t &offset) {
   if (args == nullptr || args->params.size() != 6 || args->params[4].integer != 4) return false;
   for (size_t i = 0; i < address.size(); ++i)
@@ -384,13 +384,13 @@ HVC_ReturnStatus WriteRegister(const NODAL_ParamList *args, const NODAL_ParamLis
                                                                                                   : HVC_NOT_FOUND;
 }
 
-// The function of that name that the stand-in's hides.
+// The function of the C library that the stand-in replaces.
 template <typename Function>
 Function *Hidden(const char *name) {
   return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
 
-// Logs a call and tells whether the script lets it succeed; errno says why if not.
+// Logs a call and returns whether it succeeds according to the script; sets errno if not.
 bool Succeeds(const std::string &operation, const std::string &arguments) {
   const HVC_ReturnStatus error = TheStandin().FaultOf(operation, "");
   TheStandin().Log(operation + "(" + arguments + ")" + (error == 0 ? "" : " fails"));
@@ -541,7 +541,7 @@ HVC_ReturnStatus NODAL_UseCache(const char *path, uint32_t flags) {
   return Logged(call, TheStandin().HasCache(path) ? HVC_OK : HVC_NOT_FOUND);
 }
 
-// Fills the buffer to its last byte and leaves it to the caller to end the text, as a library may.
+// Fills the whole buffer without a terminator, as a library may.
 HVC_ReturnStatus NODAL_CheckSig(char *kernelBuild, uint32_t size, const char **ownBuild) {
   Standin &standin = TheStandin();
   const HVC_ReturnStatus fault = standin.FaultOf("NODAL_CheckSig", "");

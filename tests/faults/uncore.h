@@ -1,10 +1,9 @@
-// The event counters of memory controllers, as their PCI configuration registers show them.
+// Simulates the event counters of memory controllers, accessed through their PCI configuration registers.
 //
-// A unit is a memory channel or, at slots 8 and 9, a mesh-to-memory unit. It has a control register, which stops its
-// counters (0x100) and sets them to zero (0x2), and for each counter a control register, which says what to count
-// (0x400000: count at all; low 16 bits: the event), and the halves of the count. Time passes only in the periods that
-// the program sleeps: each counter of a unit that runs then grows by what there was of its event. A unit starts out
-// running, with counts left behind by somebody else.
+// A unit is a memory channel or, in slots 8 and 9, a mesh-to-memory unit. Its control register stops the counters
+// (0x100) and clears them (0x2). Each counter has a control register (0x400000: enabled; low 16 bits: the event) and
+// two registers for the halves of its count. Time advances only while the program sleeps; the counters of running units
+// then grow by the number of their events. A unit is initially running, with nonzero counts.
 #ifndef TESTS_FAULTS_UNCORE_H
 #define TESTS_FAULTS_UNCORE_H
 
@@ -22,10 +21,10 @@ class Uncore {
   using Address = std::array<int64_t, 4>;
 
   void AddUnit(const Address &address);
-  // How often an event occurs in the unit that was added last, in each period; the last amount goes on for good.
+  // Sets the number of events of the last added unit in each period; the last amount repeats.
   void AddTraffic(uint32_t event, const std::vector<uint64_t> &amounts);
 
-  // Both tell whether there is such a register.
+  // Both return whether the register exists.
   bool Write(const Address &address, int64_t offset, uint32_t value);
   bool Read(const Address &address, int64_t offset, uint32_t &value) const;
 

@@ -1,5 +1,5 @@
-// The filters of the user-world types. Of the host's groups shell is a stand-alone user world, mail one of a virtual
-// machine, and web a virtual machine alone.
+// uw-stats: the filters by type. Of the host's groups, shell is an independent user world, mail a user world of a
+// virtual machine, and web only a virtual machine.
 #include <algorithm>
 
 #include "tests/faults/hosts.h"
