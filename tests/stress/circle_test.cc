@@ -1,4 +1,4 @@
-// Hosts whose groups are no tree: they name each other, or one group many times.
+// Hosts whose groups are not a tree: cycles, or one group listed many times.
 #include <algorithm>
 #include <numeric>
 
@@ -16,7 +16,7 @@ Outcome GroupStats(LargeHost &host, const std::vector<std::string> &options) {
   return testing_support::Run({.program = KESTREL_PROGRAM, .arguments = words});
 }
 
-// The header's line is not counted.
+// Does not count the header.
 int64_t Rows(const Outcome &outcome) { return std::ranges::count(outcome.output, '\n') - 1; }
 
 constexpr int kMostUnquestioned = 1 << 20;
@@ -82,7 +82,7 @@ TEST(Circle, ALongListThatNamesOneGroupEndsSooner) {
   host.AddGroup(0, std::vector<int64_t>(1'000'000, 0));
   const Outcome run = GroupStats(host, {});
   EXPECT_EQ(run.exitStatus, 1);
-  // So many lists of a million have more than 2^27 names.
+  // Together, these lists of a million have more than 2^27 entries.
   EXPECT_EQ(run.errors, Ended(0, 135));
   EXPECT_EQ(Rows(run), 135);
 }
@@ -90,7 +90,7 @@ TEST(Circle, ALongListThatNamesOneGroupEndsSooner) {
 TEST(Circle, ATreeIsGoneThroughWhateverItsSize) {
   LargeHost host;
   std::vector<int64_t> members(2 * kMostUnquestioned);
-  std::iota(members.begin(), members.end(), 1);  // none of them is there
+  std::iota(members.begin(), members.end(), 1);  // none of them exists
   host.AddGroup(0, members);
   const Outcome run = GroupStats(host, {});
   EXPECT_EQ(run.exitStatus, 0);
