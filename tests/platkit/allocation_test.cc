@@ -1,4 +1,4 @@
-// A program reads the tree by the million: a read with one argument must not allocate memory each time.
+// Programs make millions of reads, so a read with one argument must not allocate memory each time.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -15,8 +15,8 @@ int allocations = 0;
 
 }  // namespace
 
-// The linker sends the calls of this program's own objects, the library's among them, through these: malloc, realloc,
-// and operator new, which may throw or not. Their names are the linker's.
+// The linker redirects malloc, realloc and operator new of this program's objects, including the library's, to these
+// functions. The linker option --wrap determines their names.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 void *__real_malloc(size_t size);

@@ -1,4 +1,4 @@
-// What the C interface asks of its callers, over a source of the test's own.
+// Checks of arguments in the C interface, over a fake source.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -14,7 +14,7 @@
 namespace platkit {
 namespace {
 
-// Answers every read, and says what it was asked.
+// Succeeds in every read and records it.
 class RecordingSource : public Source {
  public:
   explicit RecordingSource(std::string &log) : log_(log) {}

@@ -1,4 +1,4 @@
-// Parameter lists, through the C interface.
+// Parameter lists through the C interface.
 #include <gtest/gtest.h>
 
 #include <memory>

@@ -11,7 +11,7 @@ namespace {
 constexpr std::string_view kOutputMark = "--- stdout\n";
 constexpr std::string_view kErrorsMark = "--- stderr\n";
 
-// Takes a text up to a mark, and the mark, from the front of `rest`.
+// Removes the text up to and including a mark from `rest`, and returns the text.
 std::string TakeUntil(std::string_view mark, std::string_view &rest) {
   const size_t place = rest.find(mark);
   if (place == rest.npos) throw std::runtime_error("no line '" + std::string(mark.substr(0, mark.size() - 1)) + "'");
@@ -20,7 +20,7 @@ std::string TakeUntil(std::string_view mark, std::string_view &rest) {
   return taken;
 }
 
-// Takes a line "<name>: <value>" from the front of `rest`.
+// Removes a line "<name>: <value>" from `rest`, and returns the value.
 std::string TakeSetting(std::string_view name, std::string_view &rest) {
   if (!TakeUntil(std::string(name) + ":", rest).empty()) throw std::runtime_error("no line " + std::string(name));
   const std::string value = TakeUntil("\n", rest);

@@ -1,4 +1,4 @@
-// A golden run: a host, the words on the command line, and all that kestrel must leave behind.
+// A golden run: a host, the arguments, and the complete results of kestrel.
 //
 //   host: branch
 //   arguments: -r group-stats -u mb
@@ -8,8 +8,8 @@
 //   --- stderr
 //   ...
 //
-// The host is a file of hosts/ or of the samples, read from a snapshot. '...' keeps blanks in an argument together.
-// Times in the output are written as <time>.
+// The host is a file in hosts/ or a sample. It is read as a snapshot. '...' quotes blanks in an argument. Times in the
+// output are replaced by <time>.
 #ifndef TESTS_REPORTS_GOLDEN_CASE_H
 #define TESTS_REPORTS_GOLDEN_CASE_H
 
@@ -27,12 +27,12 @@ struct GoldenCase {
   std::string errors;
 };
 
-// Throws if the file is not in the form above.
+// Throws if the file does not have this form.
 GoldenCase ReadCase(const std::filesystem::path &file);
 
 std::string Written(const GoldenCase &golden);
 
-// All cases of a folder, in the order of their names.
+// All cases in a folder, sorted by name.
 std::vector<std::filesystem::path> FindCases(const std::filesystem::path &folder);
 
 }  // namespace reports

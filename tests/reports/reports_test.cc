@@ -1,6 +1,6 @@
-// Runs kestrel over saved hosts and compares all that it prints with what stands in the case files.
+// Runs kestrel over saved hosts and compares its complete output with the case files.
 //
-// With UPDATE_GOLDEN=1 in the environment, a case that differs is written anew, to be looked at before it is kept.
+// With UPDATE_GOLDEN=1 in the environment, cases that differ are rewritten. Review the difference before you commit it.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -18,13 +18,13 @@ namespace {
 const std::filesystem::path kFolder = REPORTS_FOLDER;
 const std::filesystem::path kSamples = SAMPLES_FOLDER;
 
-// A host of hosts/, or else the sample of that name.
+// A host in hosts/, or else the sample with this name.
 std::filesystem::path HostFile(const std::string &name) {
   const std::filesystem::path own = kFolder / "hosts" / (name + ".json");
   return std::filesystem::exists(own) ? own : kSamples / (name + ".json");
 }
 
-// What kestrel does now where the case tells what it should.
+// The case with the actual results in place of the expected ones.
 GoldenCase RunAnew(const GoldenCase &golden) {
   const testing_support::ScratchDirectory scratch;
   testing_support::BuildSnapshot(HostFile(golden.host), scratch.File("snapshot"));

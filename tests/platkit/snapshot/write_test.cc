@@ -19,7 +19,7 @@ namespace {
 
 class Write : public testing::Test {
  protected:
-  // Runs `check` in a process of its own, whose limits and user do not outlast it.
+  // Runs `check` in a child process, whose limits and user end with it.
   static bool HoldsElsewhere(const std::function<bool()> &check) {
     const pid_t child = fork();
     if (child == 0) _exit(check() ? 0 : 1);
@@ -129,7 +129,8 @@ TEST_F(Write, AFolderThatIsNotTheUsers) {
   chmod(scratch_.folder().c_str(), 0755);
 }
 
-// A limit on file sizes stands for a full disk: wherever the file ends, nothing is left of it, and an older one stays.
+// A limit on file sizes simulates a full disk. Wherever the file ends, no new file remains, and an old one is
+// unchanged.
 TEST_F(Write, NoRoom) {
   const std::string path = scratch_.Write("file", "older");
   WriteSmallHost(scratch_.Path("whole"));
@@ -148,7 +149,7 @@ TEST_F(Write, NoRoom) {
   }
 }
 
-// The same limit ends a process that does not care for the signal: a crash while the file is being written.
+// The same limit kills a process that does not ignore the signal, which simulates a crash during the write.
 TEST_F(Write, ACrash) {
   const int unnamed = open(scratch_.folder().c_str(), O_RDWR | O_TMPFILE, 0600);
   if (unnamed < 0) GTEST_SKIP() << "the file system has no files without names";
@@ -180,7 +181,7 @@ TEST_F(Write, Limits) {
   EXPECT_EQ(SnapshotWriter().AddHeader(header), HVC_BAD_PARAM);
   EXPECT_EQ(writer.AddTexts("/system/heaps", std::vector<std::string>{std::string("a\0b", 3)}), HVC_BAD_PARAM);
   EXPECT_EQ(writer.AddTexts(std::string(4097, '/'), {}), HVC_LIMIT_EXCEEDED);
-  // The size alone is too much; the bytes are never looked at.
+  // The size alone is too large; the bytes are not read.
   const std::byte one{};
   EXPECT_EQ(writer.AddRecord("/a", std::span(&one, size_t{UINT32_MAX} - 1000)), HVC_LIMIT_EXCEEDED);
 }

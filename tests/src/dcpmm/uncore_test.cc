@@ -1,4 +1,4 @@
-// What the operations on single registers answer to a name that is in no table of theirs.
+// Operations on registers reject names that are not in their tables.
 #include "src/dcpmm/uncore.h"
 
 #include <gtest/gtest.h>
