@@ -1,8 +1,8 @@
 // The examples of nodal-snapshot(5) are true: the first bytes of a file, and the JSON form.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstdio>
+#include <string>
+#include <vector>
 
 #include "tests/manual/page.h"
 #include "tests/support/process.h"
@@ -41,9 +41,8 @@ TEST(SnapshotPage, JsonExampleIsTheDumpOfItsSnapshot) {
   const testing_support::ScratchDirectory scratch;
   const std::string json = Example("\"signature\"");
   testing_support::WriteFile(scratch.File("host.json"), json);
-  const testing_support::Outcome build =
-      testing_support::Run({.program = NODAL_PROGRAM,
-                            .arguments = {"build", scratch.File("host.json"), "-o", scratch.File("host.nodal")}});
+  const testing_support::Outcome build = testing_support::Run(
+      {.program = NODAL_PROGRAM, .arguments = {"build", scratch.File("host.json"), "-o", scratch.File("host.nodal")}});
   ASSERT_EQ(build.exitStatus, 0) << build;
   const testing_support::Outcome dump =
       testing_support::Run({.program = NODAL_PROGRAM, .arguments = {"dump", scratch.File("host.nodal")}});
