@@ -1,4 +1,4 @@
-/* crowd COUNT: so many processes that do nothing, until the first one ends. Says when all are there. */
+/* crowd COUNT: starts COUNT idle processes and prints a line when all exist. They end with the first one. */
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>

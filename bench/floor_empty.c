@@ -1,2 +1,2 @@
-/* The least that any report can cost: a program with the same libraries that does nothing. */
+/* Lower bound for any report: a program with the same libraries that does nothing. */
 int main(void) { return 0; }

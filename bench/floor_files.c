@@ -1,6 +1,6 @@
 /*
- * floor_files LIST: the least that a report of the running host can cost. Opens, reads and closes the recorded files
- * and folders, with the reads that gave something and no others.
+ * floor_files LIST: lower bound for a report on the running host. Opens, reads and closes the recorded files and
+ * folders, and makes only the reads that returned data.
  */
 #define _GNU_SOURCE
 #include <dirent.h>

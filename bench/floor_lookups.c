@@ -1,6 +1,6 @@
 /*
- * floor_lookups SNAPSHOT KEYS OUTPUT: the least that a report of a saved host can cost. Looks up the recorded keys in
- * their order, copies each value out, and writes the report's bytes.
+ * floor_lookups SNAPSHOT KEYS OUTPUT: lower bound for a report on a snapshot. Looks up the recorded keys in order,
+ * copies each value, and writes the bytes of the report.
  */
 #include <cdb.h>
 #include <fcntl.h>

@@ -1,7 +1,8 @@
-// make_host FILE GROUPS [SEED]: writes a saved host of so many scheduler groups, the same one for the same words.
+// make_host FILE GROUPS [SEED]: writes a snapshot with this number of scheduler groups, the same for the same
+// arguments.
 //
-// The file is written from docs/snapshot.md alone, without the library's own writer. Of the library it takes the digest
-// of the definitions and the layouts of the records.
+// It follows nodal-snapshot(5) and does not use the library's writer. From the library it uses only the digest of the
+// definitions and the layouts of the records.
 #include <cdb.h>
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -51,7 +52,7 @@ void AppendCheck(std::string &value) {
   value.append(reinterpret_cast<const char *>(check), sizeof check);
 }
 
-// The file, to which entries are added in the order of their keys.
+// The file. Entries are added in the order of their keys.
 class HostFile {
  public:
   explicit HostFile(const char *path) : fd_(open(path, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0644)) {
@@ -97,7 +98,7 @@ class HostFile {
     if (cdb_make_add(&database_, key.data(), size(key), value.data(), size(value)) != 0) Fail("make_host");
   }
 
-  // The checks of the hash tables, which stand in the file only now.
+  // The checksums of the hash tables, which have just been written.
   void WriteIndexCheck() {
     const auto size = static_cast<size_t>(lseek(fd_, 0, SEEK_END));
     void *mapped = mmap(nullptr, size, PROT_READ, MAP_SHARED, fd_, 0);
@@ -135,12 +136,12 @@ struct Group {
 
 bool HasWorlds(const Group &group) { return group.kind == Kind::kService || group.kind == Kind::kVm; }
 
-// The memory clients of a group's leader, and of a machine's monitor.
+// The memory clients of a group's leader and of a machine's monitor.
 uint32_t LeaderOf(const Group &group) { return static_cast<uint32_t>(5'000'000 + 2 * group.id); }
 uint32_t MonitorOf(const Group &vm) { return LeaderOf(vm) + 1; }
 
-// Pools within pools, of which every fiftieth group is one; in them, machines and services in any order. One group in
-// twenty is a machine, and has two more below it: its monitor and its helpers.
+// Every fiftieth group is a pool; pools are nested and contain machines and services in random order. Every twentieth
+// group is a machine with two child groups, its monitor and its helpers.
 class Host {
  public:
   Host(size_t groups, uint64_t seed) : random_(seed), seed_(seed) {
@@ -164,7 +165,7 @@ class Host {
   void Write(HostFile &file) const;
 
  private:
-  // Reports go twelve levels deep, and a machine's monitor is one below the machine.
+  // Reports show twelve levels, and a machine's monitor is one level below the machine.
   static constexpr uint32_t kDeepestPool = 10;
 
   size_t Place(Kind kind, size_t parent) {
@@ -190,7 +191,7 @@ class Host {
     return pool;
   }
 
-  // The groups that `pick` takes, with the number by which it knows them, in the order of the digits of that.
+  // The groups for which `pick` returns a number, sorted by the decimal digits of this number.
   struct Numbered {
     std::string digits;
     const Group *group;

@@ -1,4 +1,4 @@
-// What the parts of kestrel and libplatkit that most of the time goes to cost, one by one.
+// Benchmarks of the parts of kestrel and libplatkit that take most of the time.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
@@ -25,7 +25,7 @@ namespace {
 
 using benchmark::State;
 
-// The row printer: a name and figures, as most rows have them.
+// The row printer, with a typical row: a name and figures.
 
 namespace row {
 
@@ -75,7 +75,7 @@ BENCHMARK(ConvertUnit);
 
 }  // namespace row
 
-// Reads of a saved host of 1,000 groups: from the path, which is the key, to the value.
+// Reads of a snapshot with 1,000 groups, from the path (the key) to the value.
 
 void WritePath(State &state) {
   const platkit::Node &node = *platkit::FindNode(NODAL_NODE_sched_groups_stats_memoryStats);
@@ -125,8 +125,7 @@ void ReadList(State &state) {
 }
 BENCHMARK(ReadList);
 
-// The parsers of the kernel's files, over copies of this host's own: what the kernel takes to write them does not
-// count.
+// The parsers of kernel files, over copies of this host's files, so that the kernel's time does not count.
 
 class CopiedHost {
  public:
@@ -151,7 +150,7 @@ class CopiedHost {
   bool Has(const std::string &file) const { return std::filesystem::exists(root_ / file); }
 
  private:
-  // The kernel's files do not tell their size, so they are read to their end. What is not for this user is not copied.
+  // Kernel files have no size, so they are read to their end. Unreadable files are not copied.
   void Copy(const std::string &from, const std::string &to) {
     std::FILE *source = std::fopen(("/" + from).c_str(), "re");
     if (source == nullptr) return;
@@ -168,7 +167,7 @@ class CopiedHost {
   platkit::CgroupMount mount_;
 };
 
-// The price of any small file: open, read, close.
+// Reading any small file: open, read, close.
 void OpenFile(State &state) {
   CopiedHost host;
   char buffer[64];
@@ -220,7 +219,7 @@ BENCHMARK(ParseSlabinfo);
 
 }  // namespace
 
-// Rows are printed to standard output, so what is measured is said on standard error.
+// Rows go to standard output, so the results go to standard error.
 int main(int argc, char **argv) {
   if (std::freopen("/dev/null", "w", stdout) == nullptr) return EXIT_FAILURE;
   benchmark::Initialize(&argc, argv);

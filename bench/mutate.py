@@ -1,8 +1,8 @@
-"""Runs the tests on mutants of the sources; scripts/mutate says how to call it.
+"""Runs the tests on mutants of the sources; scripts/mutate describes the options.
 
-build/mutate holds a copy of the tracked files (source), its build (build), and both as they are without a mutant
-(pristine). After each mutant, whatever differs from pristine is copied back with its time stamps. For the next mutant,
-ninja then compiles only the mutated file, and no mutant sees what an earlier one left behind.
+build/mutate contains a copy of the tracked files (source), its build (build), and a copy of both without a mutant
+(pristine). After each mutant, files that differ from pristine are restored with their time stamps. For the next mutant,
+ninja then compiles only the mutated file, and earlier mutants have no effect.
 """
 
 import argparse

@@ -1,10 +1,10 @@
 /*
- * Loaded before a report's own libraries: notes what it looks up in a snapshot and what it reads of the host, for the
- * floors to do the same.
+ * Preloaded into a report: records the keys that it looks up and the files that it reads, so that the floors can repeat
+ * them.
  *
- * BENCH_KEYS names the file for the keys of look-ups: the length of each in 32 bits, then the key. BENCH_FILES names
- * the one for files and folders that gave something, a line for each time one was opened: how many reads gave
- * something, and the path. Reads that found the end are not counted, nor what could not be opened.
+ * BENCH_KEYS is the file for the keys: the length of each key in 32 bits, then the key. BENCH_FILES is the file for
+ * files and folders, with one line per open: the number of reads that returned data, and the path. Reads at the end of
+ * a file and failed opens are omitted.
  */
 #define _GNU_SOURCE
 #include <dirent.h>
@@ -22,7 +22,7 @@ struct cdb;
 
 static FILE *keys, *files;
 
-/* Of open files and folders: how many reads gave something. */
+/* For each open file or folder, the number of reads that returned data. */
 static unsigned useful_reads[1024];
 
 #define EXPORT __attribute__((visibility("default")))

@@ -1,7 +1,6 @@
 /*
- * resident MB: a process in the guise of a virtual machine, to be started as qemu-system-x86_64. A line on its input
- * makes that much memory resident, or lets it go again; it answers with a line when that is done, and ends with its
- * input.
+ * resident MB: a process that looks like a virtual machine; start it as qemu-system-x86_64. Each line on its input
+ * allocates or releases MB of resident memory, and it prints a line when done. It exits at the end of its input.
  */
 #include <stdio.h>
 #include <stdlib.h>
@@ -15,7 +14,7 @@ int main(int argc, char **argv) {
     perror("resident");
     return EXIT_FAILURE;
   }
-  /* Small pages: what grows with memory grows with their number. */
+  /* Small pages: a cost that grows with memory grows with the number of pages. */
   madvise(memory, size, MADV_NOHUGEPAGE);
   char line[16];
   for (int resident = 0; fgets(line, sizeof line, stdin) != NULL; resident = !resident) {

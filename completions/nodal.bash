@@ -1,7 +1,6 @@
-# Completion of nodal's command line in bash. Commands and options are those that nodal's own help tells, paths what it
-# lists.
+# bash completion for nodal. Commands and options come from nodal --help, paths from nodal ls.
 
-# Offers the lines of $1 that begin with what is typed, of which readline keeps what it does not take for the word.
+# Suggests the lines of $1 that start with the typed word, without the part that readline keeps.
 _nodal_offer() {
   local line
   while read -r line; do
@@ -9,7 +8,7 @@ _nodal_offer() {
   done <<<"$1"
 }
 
-# Offers what lies below the path up to its last slash.
+# Suggests the entries below the typed path.
 _nodal_offer_paths() {
   local parent=/
   [[ $word == */* ]] && parent=${word%/*}/
@@ -18,8 +17,7 @@ _nodal_offer_paths() {
 }
 
 _nodal() {
-  # The line up to the cursor by its blanks alone, but those behind a backslash; bash divides it at colons and equals
-  # signs as well.
+  # Split the line up to the cursor at unescaped blanks only; bash also splits it at colons and equals signs.
   local line=${COMP_LINE:0:COMP_POINT} typed i
   read -a typed <<<"$line"
   [[ $line == *[[:blank:]] ]] && typed+=('')
@@ -27,7 +25,7 @@ _nodal() {
   local word=${typed[last]#[\"\']}
   local kept=${word%"$2"}
 
-  # The command, where the tree is read from, and an option that the word is the argument of.
+  # Find the command, the source of the tree, and the option whose argument is being completed.
   local program=${typed[0]/#~/$HOME} command='' option='' tree=()
   local help=$("$program" --help 2>/dev/null)
   for ((i = 1; i < last; i++)); do
@@ -37,7 +35,7 @@ _nodal() {
     elif [[ ${typed[i]} == --cache=* || ${typed[i]} == --root=* ]]; then
       tree=("${typed[i]}")
     elif [[ ${typed[i]} == -* ]]; then
-      # Behind an option with an argument, the help tells of what kind that is.
+      # In the help, an option with an argument is followed by the type of the argument.
       [[ $help =~ ($'\n  '|,)"${typed[i]}"(,[^ ]*)?' '[A-Z][A-Z] ]] && option=${typed[i]}
     elif [[ -z $command ]]; then
       command=${typed[i]}
@@ -49,7 +47,7 @@ _nodal() {
   case $option in
     --only) _nodal_offer_paths ;;
     --key) ;;
-    -*) compopt -o default ;;  # readline's own completion of files
+    -*) compopt -o default ;;  # complete file names
     *)
       if [[ $word == --*=* ]]; then
         compopt -o default

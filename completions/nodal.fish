@@ -1,7 +1,6 @@
-# Completion of nodal's command line in fish. Commands and options are those that nodal's own help tells, paths what it
-# lists.
+# fish completion for nodal. Commands and options come from nodal --help, paths from nodal ls.
 
-# Prints what lies below a path up to its last slash: the program, the path, and the options that tell the tree.
+# Prints the entries below a typed path. The parameters are the program, the path, and the options that select the source.
 function __nodal_paths
     set -l parent (string match -r '.*/' -- $argv[2]; or echo /)
     string replace -r '^' -- $parent ($argv[1] $argv[3..-1] ls $parent 2>/dev/null)
@@ -12,7 +11,7 @@ function __nodal_complete
     set -l tokens (commandline -opc)
     set -l program $tokens[1]
 
-    # The command, where the tree is read from, and an option that the word is the argument of.
+    # Find the command, the source of the tree, and the option whose argument is being completed.
     set -l help ($program --help 2>/dev/null)
     set -l command ''
     set -l option ''
@@ -25,7 +24,7 @@ function __nodal_complete
         else if string match -qr -- '^--(cache|root)=' $token
             set tree $token
         else if string match -q -- '-*' $token
-            # Behind an option with an argument, the help tells of what kind that is.
+            # In the help, an option with an argument is followed by the type of the argument.
             string match -qr -- "^  (-[^ ]*,)?$token(,[^ ]*)? [A-Z][A-Z]" $help
             and set option $token
         else if test -z "$command"

@@ -1,7 +1,7 @@
-# What Debian's policy adds to an installed tree. CPack runs this before it makes the packages, in a folder that has one
-# tree for each of them.
+# Adds the files that Debian's policy requires. CPack runs this script before it builds the packages, in a folder with one
+# installed tree per package.
 #
-# The same sources give the same packages: every time in them is SOURCE_DATE_EPOCH, where that is given.
+# The packages are reproducible: if SOURCE_DATE_EPOCH is set, all their times have this value.
 string(TIMESTAMP CHANGED "%a, %d %b %Y %H:%M:%S +0000" UTC)
 
 foreach(component ${CPACK_COMPONENTS_ALL})
@@ -11,14 +11,14 @@ foreach(component ${CPACK_COMPONENTS_ALL})
 
   configure_file(${CMAKE_CURRENT_LIST_DIR}/changelog.in ${tree}/share/doc/${PACKAGE}/changelog @ONLY)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/copyright ${tree}/share/doc/${PACKAGE}/copyright COPYONLY)
-  # The license is one of those that every Debian system has.
+  # Every Debian system has this license in /usr/share/common-licenses.
   file(REMOVE ${tree}/share/doc/kestrel/LICENSE)
 
   if(EXISTS ${CMAKE_CURRENT_LIST_DIR}/${PACKAGE}.lintian-overrides)
     configure_file(${CMAKE_CURRENT_LIST_DIR}/${PACKAGE}.lintian-overrides ${tree}/share/lintian/overrides/${PACKAGE} COPYONLY)
   endif()
 
-  # Debian's zsh looks for the completions of packages in a folder of their own.
+  # Debian's zsh reads completions of packages from another folder.
   if(EXISTS ${tree}/share/zsh/site-functions)
     file(RENAME ${tree}/share/zsh/site-functions ${tree}/share/zsh/vendor-completions)
   endif()
@@ -29,7 +29,7 @@ foreach(component ${CPACK_COMPONENTS_ALL})
     COMMAND_ERROR_IS_FATAL ANY
   )
 
-  # The loader looks where the package puts the library, without being told.
+  # The library is in a standard folder of the loader.
   if(EXISTS ${tree}/bin/kestrel)
     file(RPATH_REMOVE FILE ${tree}/bin/kestrel)
   endif()

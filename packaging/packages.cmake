@@ -1,5 +1,4 @@
-# Debian packages, made by CPack of what is installed: kestrel (the programs, with the library that they need) and
-# libplatkit-dev (what a program over the library is compiled with).
+# CPack builds two Debian packages from the installed files: kestrel (programs and library) and libplatkit-dev (headers).
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_COMPONENTS_ALL runtime development)
@@ -18,22 +17,22 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME kestrel)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION admin)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
-# A program that is linked with the library depends on the package.
+# Packages of programs that link the library get a dependency on this package.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY >=)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/triggers)
-# Each package has a first line of its own.
+# Each package sets its own summary.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
 "memory reports of a hypervisor host
-kestrel shows an administrator where a hypervisor host's memory goes: one
-report per run, as an aligned table or as CSV. It reads the running host
-(control groups, processes, QEMU/KVM guests, /proc and /sys) or a saved host
-in a snapshot file.
+kestrel reports how a hypervisor host uses its memory, as a table or as CSV.
+Nineteen reports cover groups, virtual machines, processes, swap, large pages,
+kernel heaps and persistent memory. kestrel reads the running host (control
+groups, processes, QEMU/KVM guests) or a snapshot file.
 .
-The companion nodal shows the tree of system information that the reports are
-made of, and saves, shows and verifies snapshots. Both come with libplatkit,
-the library that has the tree as a C interface.")
+The companion nodal saves, compares and verifies snapshots, and exports
+metrics to Prometheus. This package also contains libplatkit, the C library
+that both programs use.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libplatkit-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
@@ -43,7 +42,7 @@ set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
 libplatkit reads the system information of a hypervisor host, running or saved
 in a snapshot, as a tree of fixed-size records behind a C interface.
 .
-This package has its headers, the catalogue of the tree, and what the linker
-and pkg-config need.")
+This package contains the headers, the linker name of the library and its
+pkg-config file.")
 
 include(CPack)

@@ -1,8 +1,8 @@
-"""Prints which lines the tests reached, from gcovr's JSON, and holds the others against a list of reasons.
+"""Prints the line coverage from gcovr's JSON, and compares the uncovered lines with a list of reasons.
 
-The list has paragraphs. A line that begins with "= " is a reason, and the lines below it are the functions that it
-explains, as "file: function: number of lines not reached". A function has its class before it, but no namespace.
-A lambda's lines count as those of the function around it.
+In the list, a line that starts with "= " is a reason. The lines below it name the functions that it explains, as
+"file: function: number of uncovered lines". A function is preceded by its class but not by its namespace. The lines of
+a lambda belong to the enclosing function.
 """
 
 import json

@@ -1,16 +1,16 @@
-# The build runs two of its own programs, describe and nodal. A cross build runs them through an emulator, or runs native
-# ones from KESTREL_NATIVE_TOOLS, which take precedence.
+# The build runs two programs that it builds itself, describe and nodal. A cross build runs native ones from
+# KESTREL_NATIVE_TOOLS, or else runs its own with an emulator.
 set(KESTREL_NATIVE_TOOLS "" CACHE PATH "Folder of a native describe and nodal, for cross builds")
 
 if(CMAKE_CROSSCOMPILING AND NOT KESTREL_NATIVE_TOOLS AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
   message(FATAL_ERROR
-    "This build runs programs that it builds, and this host cannot run those of a cross build. Give CMake either\n"
+    "The build runs programs that it builds, but this machine cannot run those of a cross build. Give CMake one of:\n"
     "  -D CMAKE_CROSSCOMPILING_EMULATOR=PROGRAM  an emulator that runs them, such as qemu-aarch64-static, or\n"
     "  -D KESTREL_NATIVE_TOOLS=DIR               a folder with a native describe and nodal, such as build/release/bin"
   )
 endif()
 
-# Sets VARIABLE to what COMMAND and DEPENDS of add_custom_command take to run the tool: its target, or a native program.
+# Sets VARIABLE to the target of the tool or to the native program, for COMMAND and DEPENDS of add_custom_command.
 function(get_built_tool variable tool)
   if(NOT CMAKE_CROSSCOMPILING OR NOT KESTREL_NATIVE_TOOLS)
     set(${variable} ${tool} PARENT_SCOPE)

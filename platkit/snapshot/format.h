@@ -1,4 +1,4 @@
-// The format of a snapshot file, shared by reader and writer. docs/snapshot.md describes it.
+// The format of snapshot files, shared by the reader and the writer. nodal-snapshot(5) describes it in full.
 #ifndef PLATKIT_SNAPSHOT_FORMAT_H
 #define PLATKIT_SNAPSHOT_FORMAT_H
 

@@ -1,8 +1,8 @@
-"""What the shells offer for lines of kestrel and nodal, in the shells themselves.
+"""Tests the completions of kestrel and nodal in a real shell.
 
     completion_test.py SHELL COMPLETIONS PROGRAMS SAMPLES
 
-The folders are those of the shell's completions, of the programs, and of the sample that completes as a snapshot.
+The last three arguments are folders: the completions for the shell, the programs, and the sample snapshot.
 """
 
 import os
@@ -14,7 +14,7 @@ import unittest
 import shells
 
 SHELL, COMPLETIONS, BUILT, SAMPLES = sys.argv[1:5]
-# A folder of links, since PATH cannot have a colon, and a clone's path may.
+# Links, because PATH cannot contain a colon and the path of a clone may.
 LINKS = tempfile.TemporaryDirectory()
 PROGRAMS = LINKS.name + '/bin'
 os.symlink(BUILT, PROGRAMS)
@@ -70,13 +70,13 @@ class Completion(unittest.TestCase):
         self.offers('kestrel --force -r PSHAREH', 'pshareHint-stats')
         self.offers('kestrel -r zzz', '')
 
-    def test_global_options_stand_before_the_report(self):
+    def test_global_options_precede_the_report(self):
         self.offers('kestrel -', '-c --cache -f --force -h --help -r --report')
         self.offers('kestrel -c %s --' % SNAPSHOT, '--force --help --report' if SHELL == 'zsh' else
                     '--cache --force --help --report')
         self.offers('kestrel -r lpool-stats --', '--cSelect --csvMode --verbose')
 
-    def test_the_word_behind_f_is_no_option(self):
+    def test_the_argument_of_f_is_not_an_option(self):
         self.offers('kestrel -f -r --rep', '--report')
         self.offers('kestrel -f -r vm-stats --cS', '')
         self.offers('kestrel --force -r vm-stats --cS', '--cSelect')
@@ -90,7 +90,7 @@ class Completion(unittest.TestCase):
         self.offers('kestrel -r asyncremap-stats -', common + '-g --gid -u --unit')
         self.offers('kestrel --report=comp-stats -', common + '-u --unit')
         self.offers('kestrel -rbuddy-stats -', common)
-        # Its --verbose does not describe anything.
+        # Its --verbose does not describe the columns.
         self.offers('kestrel -r heap-stats -', '-s --cSelect -v -q --csvMode -u --unit')
         self.offers('kestrel -r dcpmm-stats -', '-t --time -i --iterations -v --verbose -q --csvMode')
 
@@ -160,9 +160,9 @@ class Completion(unittest.TestCase):
         self.offers('nodal --cache %s capture --only /sys' % SNAPSHOT, '/system/')
         self.offers('nodal --cache %s get --json /memory/memI' % SNAPSHOT, '/memory/memInfo')
 
-    @unittest.skipIf(SHELL == 'fish', 'fish is asked, and not typed at')
+    @unittest.skipIf(SHELL == 'fish', 'fish prints its suggestions without a terminal')
     def test_tab(self):
-        # zsh takes its colon away again where a blank follows.
+        # zsh removes the colon when a blank follows.
         more = ':' if SHELL == 'zsh' else ''
         for line, expected in [
                 ('kestrel -r gro', 'kestrel -r group-stats '),

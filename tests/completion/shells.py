@@ -1,4 +1,4 @@
-"""Shells at a terminal: what they offer for a line that somebody typed, and what they make of it with Tab."""
+"""Runs shells on a terminal and returns their suggestions for a typed line, and the line after Tab."""
 
 import os
 import pty
@@ -11,7 +11,7 @@ import time
 
 
 class Terminal:
-    """A shell in a terminal of its own, whose line editor tells its line between two marks."""
+    """A shell on its own terminal. A key makes its line editor print the line between two marks."""
 
     SHOW = '\x18\x12'  # ^X^R
 
@@ -32,18 +32,18 @@ class Terminal:
         os.waitpid(self._pid, 0)
 
     def line_after(self, keys):
-        """The line, once the keys are typed into an empty one."""
+        """Returns the line after typing the keys into an empty line."""
         os.write(self._fd, (self._clear + keys + self.SHOW).encode())
         return self._marked()
 
     def offers(self, line):
-        """What stands behind the line's last blank, colon or equals sign if all is inserted that is offered there."""
+        """Returns the suggestions for the text after the last blank, colon or equals sign of the line."""
         head = line[:max(line.rfind(c) for c in ' :=') + 1]
         whole = self.line_after(line + self._insert_all)
         if whole == line:
             return set()
         assert whole.startswith(head), (head, whole)
-        # zsh ends what wants more with a colon or an equals sign, and repeats what stands before all but the first.
+        # zsh appends a colon or an equals sign if more may follow, and repeats the prefix from the second suggestion on.
         return {offer.removeprefix(head[head.rfind(' ') + 1:]).rstrip(':=') for offer in whole[len(head):].split()}
 
     def _marked(self):
@@ -52,11 +52,11 @@ class Terminal:
         while time.monotonic() < end:
             if select.select([self._fd], [], [], 1)[0]:
                 seen += os.read(self._fd, 65536).decode(errors='replace')
-            # The terminal shows the commands that print the marks, too.
+            # The terminal also echoes the commands that print the marks.
             marked = re.search('<<(.*?)>>', seen.replace('<<%s>>', ''), re.S)
             if marked:
                 return marked.group(1)
-        raise AssertionError('the shell does not answer: ' + repr(seen[-500:]))
+        raise AssertionError('no answer from the shell: ' + repr(seen[-500:]))
 
 
 def bash(environment, files):

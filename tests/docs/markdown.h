@@ -1,4 +1,4 @@
-// Documents in Markdown, as their reader sees them.
+// Reads the sections and code blocks of Markdown documents.
 #ifndef TESTS_DOCS_MARKDOWN_H
 #define TESTS_DOCS_MARKDOWN_H
 
@@ -8,7 +8,7 @@
 
 namespace docs {
 
-// A block that stands word for word.
+// A code block.
 struct Block {
   std::string language;
   std::string text;
@@ -21,7 +21,7 @@ struct Section {
   std::vector<Block> blocks;
 };
 
-// The sections of a document. The first, without a name, is what comes before all headings but the title.
+// The sections of a document. The first one has no name and contains the text between the title and the first heading.
 std::vector<Section> ReadSections(const std::filesystem::path &file);
 
 }  // namespace docs

@@ -1,5 +1,4 @@
-// The examples of README.md print, word for word, what they are shown to print. Those of installed programs are about
-// hosts of their own.
+// The examples in README.md print exactly what the document shows.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -21,7 +20,7 @@ using testing_support::MaskTimes;
 
 constexpr std::string_view kPrograms = "build/release/bin/";
 
-// A folder with this build where a reader has the release.
+// A folder in which build/release is the tested build.
 class Clone {
  public:
   Clone() {

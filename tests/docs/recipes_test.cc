@@ -1,4 +1,4 @@
-// The recipes of docs/recipes.md do, word for word, what they are shown to do.
+// The recipes in docs/recipes.md print exactly what the document shows.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -15,7 +15,7 @@
 
 namespace docs {
 
-// How a failure names a recipe.
+// For failure messages.
 void PrintTo(const Section &recipe, std::ostream *stream) { *stream << recipe.name; }
 
 namespace {
@@ -42,12 +42,13 @@ bool IsInstalled(const std::string &program) {
   return std::system(("command -v " + program + " >/dev/null").c_str()) == 0;
 }
 
-// A folder with the sample host, and a shell in it.
+// Runs shell scripts in a folder with the sample host.
 class Workbench {
  public:
   Workbench() {
     std::filesystem::copy_file(SAMPLE_SNAPSHOT, folder_.File("two-vms.nodal"));
-    // By links, since PATH cannot have a colon, nor a unit's ExecStart a blank, and a clone's path may.
+    // Links, because the path of a clone may contain a colon or a blank: PATH cannot contain the first, ExecStart the
+    // second.
     std::filesystem::create_directory_symlink(STANDINS, links_.File("standins"));
     std::filesystem::create_directory_symlink(std::filesystem::path(NODAL_PROGRAM).parent_path(), links_.File("bin"));
   }
@@ -90,7 +91,7 @@ INSTANTIATE_TEST_SUITE_P(Recipes, RecipeTest, testing::ValuesIn(ReadRecipes()), 
   return std::regex_replace(recipe.param.name, std::regex("[^A-Za-z]"), "");
 });
 
-// The files that a recipe gives, by what the text above each calls it.
+// The configuration files in the recipes, by the name in the paragraph above each.
 std::map<std::string, std::string> FilesOfRecipes() {
   std::map<std::string, std::string> files;
   for (const Section &recipe : ReadRecipes()) {
@@ -112,7 +113,7 @@ TEST(RecipeFiles, AreFour) {
                                           "kestrel-metrics.timer"}));
 }
 
-// The programs and folders of an installed host stand for those of the build.
+// Replaces installed programs and folders by those of the build.
 std::string InPlace(const std::string &text, const Workbench &workbench) {
   const std::string program = std::regex_replace(text, std::regex("/usr/bin/nodal"), workbench.Nodal());
   return std::regex_replace(program, std::regex("/var/lib/prometheus/node-exporter/"), workbench.File(""));
@@ -153,7 +154,7 @@ TEST(RecipeFiles, AlertsFire) {
   EXPECT_EQ(test.exitStatus, 0) << test.output;
 }
 
-// A rule on a metric that is not there would never fire.
+// A rule on an unknown metric would never fire.
 TEST(RecipeFiles, MetricsThatAreNamedExist) {
   const testing_support::Outcome metrics = Workbench().Run("nodal --cache two-vms.nodal metrics");
   const std::vector<std::string> named = Matches(ReadFile(RECIPES_PAGE), "kestrel_[a-z_]+");

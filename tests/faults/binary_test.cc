@@ -21,7 +21,7 @@ struct Symbol {
   std::string kind;
 };
 
-// The symbols that a program or library defines for others.
+// The exported symbols of a program or library.
 std::map<std::string, Symbol> SymbolsOf(const char *file) {
   const Outcome outcome =
       testing_support::Run({.program = NM_PROGRAM, .arguments = {"-D", "-S", "-t", "d", "--defined-only", file}});
@@ -39,7 +39,7 @@ TEST(Binary, ShowsTheStatusTexts) {
   ASSERT_TRUE(symbols.contains("HVC_ReturnStatusToString"));
   EXPECT_EQ(symbols.at("HVC_ReturnStatusToString").kind, "T");
   ASSERT_TRUE(symbols.contains("returnStatusStrs"));
-#if !defined(KESTREL_SANITIZE)  // which adds to the size of every object
+#if !defined(KESTREL_SANITIZE)  // the sanitizers pad every object
   EXPECT_EQ(std::stoul(symbols.at("returnStatusStrs").size), 355 * sizeof(const char *));
 #endif
 }
@@ -47,7 +47,7 @@ TEST(Binary, ShowsTheStatusTexts) {
 TEST(Binary, ShowsWhetherThereAreSockets) {
   const std::map<std::string, Symbol> symbols = SymbolsOf(KESTREL_PROGRAM);
   ASSERT_TRUE(symbols.contains("isBusListEmpty"));
-  EXPECT_EQ(symbols.at("isBusListEmpty").kind, "D");  // set from the start
+  EXPECT_EQ(symbols.at("isBusListEmpty").kind, "D");  // initialized data
 #if !defined(KESTREL_SANITIZE)
   EXPECT_EQ(std::stoul(symbols.at("isBusListEmpty").size), 1u);
 #endif

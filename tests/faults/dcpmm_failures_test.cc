@@ -22,7 +22,7 @@ constexpr HVC_ReturnStatus kBusy = 0x0bad0004;
 struct FailingCall {
   std::string operation;
   std::string node;
-  unsigned number;  // of the calls of that operation that a write or read makes
+  unsigned number;  // among the calls of this operation within a write or read
   std::string message;
 };
 

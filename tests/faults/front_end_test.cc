@@ -22,7 +22,7 @@ StandinHost WithCaches() { return SharingHost().AddCache("/host.cache").AddCache
 
 class FrontEnd : public testing::TestWithParam<ReportCase> {};
 
-constexpr char kUsage[] = "<usage>";  // for the text of Usage()
+constexpr char kUsage[] = "<usage>";  // replaced by Usage()
 
 TEST_P(FrontEnd, AnswersAs) {
   const ReportCase &expected = GetParam();

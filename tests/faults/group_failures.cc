@@ -31,7 +31,7 @@ FailureTable Joined(const std::vector<FailureTable> &tables) {
   return all;
 }
 
-// A record of a group, the `number`-th read of it in a visit.
+// The `number`-th read of a group's record during a visit.
 FailureTable OfGroup(const std::string &name, unsigned number, const Messages &failed) {
   const std::string node = "sched_groups_" + name;
   return {

@@ -46,7 +46,7 @@ struct Report {
   int64_t group;
   std::vector<std::string> reads;
   std::string header;
-  std::string rows;  // of the group
+  std::string rows;  // of this group
   std::string otherRows;
   std::string total;
   std::string emptyTotal;
@@ -299,7 +299,7 @@ std::vector<Report> LevelledReports() {
 
 INSTANTIATE_TEST_SUITE_P(Machines, LevelledReport, testing::ValuesIn(LevelledReports()), NameOf<Report>);
 
-// A VM without a VMM has no allocation to show.
+// A VM without a VMM has no allocation.
 
 class AVmWithoutAVmm : public testing::Test {
  protected:

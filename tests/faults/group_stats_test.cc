@@ -95,7 +95,7 @@ constexpr ReportCase kLimitsCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Limits, GroupStats, testing::ValuesIn(kLimitsCases), NameOf<ReportCase>);
 
-// Two groups under a third, all with the same tag.
+// A group with two children; all three have the same tag.
 StandinHost AlikeTagged() {
   StandinHost host = SmallHost();
   for (const int64_t id : {0, 1, 4}) {
@@ -300,7 +300,7 @@ TEST(GroupStatsCalls, AGroupIsReadInAFixedOrder) {
                                        "NODAL_ParamListDestroy(list2)\n"));
 }
 
-// The records that a run reads, as node and group, for example "groupFlags 4".
+// The records that a run reads, as node and group: "groupFlags 4".
 std::vector<std::string> Reads(const StandinRun &run) {
   std::vector<std::string> reads;
   for (const std::string &call : run.calls) {

@@ -180,7 +180,7 @@ constexpr ReportCase kFormsCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Forms, HeapStats, testing::ValuesIn(kFormsCases), NameOf<ReportCase>);
 
-// Figures at the ends of their ranges.
+// Figures at the limits of their ranges.
 
 StandinHost OneHeap(const HeapStatsRecord &record) {
   return StandinHost().AddList(kHeaps, {}, {"h"}).AddRecord(kStats, {"h"}, record);

@@ -223,9 +223,9 @@ struct Leader {
   uint32_t id;
   uint32_t vmmID;
   Figures figures;
-  Figures vmmFigures;  // those of the VMM's own client
-  uint64_t mapped;     // the number of this figure; it is large enough for what is subtracted from it
-  bool flags;          // half of them are set, and the others if not
+  Figures vmmFigures;  // of the VMM's own client
+  uint64_t mapped;     // the number of this figure, which is large enough for the subtractions
+  bool flags;          // true sets one half of the flags, false the other half
 };
 
 // The leader of a group and all its records, whether the reports read them or not.
@@ -256,7 +256,7 @@ struct RemapClient {
   std::vector<const char *> types;
 };
 
-// The memory clients of a group. The figures of the n-th type of a client are n times those of the first.
+// The memory clients of a group. The figures of a client's n-th type are n times those of its first type.
 void AddRemapClients(StandinHost &host, int64_t group, const std::vector<RemapClient> &clients,
                      Figures (*figuresOf)(uint64_t client)) {
   std::vector<Instance> ids;

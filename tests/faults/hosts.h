@@ -36,7 +36,7 @@ testing_support::StandinHost MachinesHostLedBy(int64_t group, uint32_t leader, u
 //           +- 137 (both) -------- 274
 testing_support::StandinHost OwnersHost();
 
-// A host with page-sharing figures alone.
+// A host that has only page-sharing figures.
 testing_support::StandinHost SharingHost();
 PShareStatsRecord SharingFigures();
 

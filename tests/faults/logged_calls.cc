@@ -23,7 +23,7 @@ bool IsAboutArguments(const std::string &operation) {
 }
 
 bool IsOfInstance(const std::string &operation) {
-  return operation.starts_with("NODAL_ParamListGet");  // an integer, a text or the parameter itself
+  return operation.starts_with("NODAL_ParamListGet");  // as an integer, a text or a parameter
 }
 
 bool CannotFail(const std::string &operation) {
@@ -46,8 +46,8 @@ std::string NodeOf(const std::string &place) { return place.substr(place.rfind('
 
 CallLog::CallLog(const std::vector<std::string> &log, Parts parts) {
   std::map<std::string, List> lists;
-  std::map<size_t, size_t> makers;  // of the lists that instances are taken from, by call
-  size_t unread = 0;                // the first call that is about the arguments of a read to come
+  std::map<size_t, size_t> makers;  // call -> the call that made the list of its instance
+  size_t unread = 0;                // the first call on arguments of a read that follows
   const LoggedCall *read = nullptr;
   calls_.reserve(log.size());
   for (size_t line = 0; line < log.size(); ++line) {

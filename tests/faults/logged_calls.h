@@ -14,7 +14,7 @@ namespace faults {
 std::string ListOf(const std::string &node);
 // The place of calls that write a node.
 std::string WriteOf(const std::string &node);
-// The node of any of these places.
+// The node of a place.
 std::string NodeOf(const std::string &place);
 
 struct LoggedCall {
@@ -25,7 +25,7 @@ struct LoggedCall {
   // The number of this call among those of its operation and place in its part of the log, from 1. For an instance, the
   // number of the call that made its list.
   unsigned number = 0;
-  std::string arguments = {};  // of the read or write, as in the log without their brackets
+  std::string arguments = {};  // of the read or write, as in the log but without brackets
   size_t part = 0;             // of the log, counted from 0
   bool isLastInstance = false;
 };

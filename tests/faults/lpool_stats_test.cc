@@ -81,7 +81,7 @@ constexpr char kNoPools[] = R"(
 --------------------------------
 )";
 
-// Without closing line, Total row, descriptions and note.
+// The output ends without the closing line, the Total row, the descriptions and the note.
 constexpr char kStopped[] = R"(
  LPAGE POOL STATS: <time>
  -------------------------------------------

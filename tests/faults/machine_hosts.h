@@ -14,7 +14,7 @@ namespace faults {
 testing_support::StandinHost HintsHost();
 PShareStatsRecord HintFigures();
 
-// Four MemMap buddies of two memory nodes, in no order, and two other buddies:
+// Four MemMap buddies of two memory nodes, unsorted, and two other buddies:
 //
 //   memmap-01-hi, heap-00-lo, memmap-00-hi, memmap-01-lo, kseg-00, memmap-00-lo
 //
@@ -28,12 +28,12 @@ testing_support::StandinHost ComprehensiveHost();
 ComprehensiveRecord ComprehensiveFigures();
 GlobalMemoryRecord GlobalMemoryFigures();
 
-// The large-page pools of two NUMA nodes and three virtual machines, in their order with their first figures:
+// The large-page pools of two NUMA nodes and three virtual machines in order, with their first figures:
 //
 //   pshare-0 1000, web 2000, a-pool-with-a-long-name 3000, db 4000
 //   pshare-1 5000, web 6000, mail 7000
 //
-// The figures of a pool are the first plus 1 to 12; the one that is not shown is all ones.
+// The other figures of a pool are its first figure plus 1 to 12. The figure without a column is all ones.
 testing_support::StandinHost LargePagesHost();
 LPoolStatsRecord LargePagesFigures(const Figures &figures);
 

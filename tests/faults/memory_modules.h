@@ -47,10 +47,10 @@ struct Step {
   enum Kind { kWrite, kRead, kSleep, kTrailer };
 
   Kind kind;
-  std::vector<std::string> calls = {};  // of registers and of sleep, as the log shows them
-  std::string failure = {};             // what the run says at its end, if a write or read fails
-  std::string file = {};                // what the output file gets
-  std::string row = {};                 // what CSV output gets
+  std::vector<std::string> calls = {};  // on registers, and of sleep, as in the log
+  std::string failure = {};             // the last message, if a write or read fails
+  std::string file = {};                // the text in the output file
+  std::string row = {};                 // the text in CSV output
 };
 
 // The steps over a host. The traffic is that of MemoryHost; all its counts differ.
@@ -69,7 +69,7 @@ struct Profile {
 
 struct ProfileOptions {
   std::string timeZone = "UTC";
-  std::map<std::string, std::string> files = {};  // that are there before
+  std::map<std::string, std::string> files = {};  // existing before the run
 };
 
 Profile RunProfile(const testing_support::StandinHost &host, const std::vector<std::string> &reportOptions = {},

@@ -1,4 +1,4 @@
-// The options that reports share: units, levels, start group, filters, selections.
+// Common options of the reports: units, levels, start group, filters, column selections.
 #include "tests/faults/hosts.h"
 #include "tests/faults/report_case.h"
 

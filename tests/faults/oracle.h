@@ -16,7 +16,7 @@ namespace faults {
 
 std::string Replaced(std::string text, const std::string &part, const std::string &replacement);
 
-// The messages of a FailureRow with the status for <number> and <hex>.
+// The messages of a FailureRow with the status in place of <number> and <hex>.
 std::string WithStatus(const std::string &errors, HVC_ReturnStatus status);
 
 class Oracle {
@@ -40,7 +40,7 @@ class Oracle {
   std::optional<std::vector<std::string>> AccessesWhenFails(const LoggedCall &call, HVC_ReturnStatus status) const;
 
  private:
-  // The last line of the log before the header is printed.
+  // The last line of the log before the header.
   size_t HeaderLine(const testing_support::StandinRun &clean) const;
   // For each row, the line of the read before it.
   std::vector<size_t> RowLines() const;
@@ -61,7 +61,7 @@ class Oracle {
   size_t headerLine_;
   std::vector<size_t> rowLines_;
   std::vector<size_t> lookups_;
-  std::vector<Step> steps_;  // of a profile
+  std::vector<Step> steps_;  // of dcpmm-stats
 };
 
 }  // namespace faults

@@ -19,7 +19,7 @@ std::string Joined(const Cells &cells);
 struct ReportTable {
   ReportTable(const Report &report, const std::string &output);
 
-  Cells header = {};  // none: the run did not come to its table
+  Cells header = {};  // empty: the run ended before its table
   std::vector<Cells> rows = {};
   std::optional<Cells> total = {};
   std::string closing = {};  // the descriptions and what follows them
@@ -28,7 +28,7 @@ struct ReportTable {
 // The expected total row of a table, with the texts and blanks of `other`.
 Cells TotalLike(const Cells &other, const ReportTable &table, Total kind);
 
-// Whether the figures of a row, and the numbers in its names, are multiples of one owner's number.
+// True if the figures of a row, and the numbers in its names, are multiples of one owner's number.
 bool HasOneOwner(const Report &report, const ReportTable &table, const Cells &row);
 
 }  // namespace faults

@@ -1,4 +1,4 @@
-// A scripted stand-in for libplatkit, loaded before it under an unchanged kestrel.
+// A scripted stand-in for libplatkit, loaded before it into an unchanged kestrel.
 //
 // It implements the whole C interface without the library's code: its node identifiers count downwards, and its host is
 // the script's. Every call except Warning and Str_Strcpy writes a line to the log, with node names instead of
@@ -11,7 +11,7 @@
 // Lists are numbered in the order of their creation and kept to the end of the run, so that a use after
 // NODAL_ParamListDestroy appears as a line that begins with "misuse:".
 //
-// A line of the script is one of
+// The script has these lines:
 //
 //   record <node> <arguments> <bytes in hexadecimal>
 //   list <node> <arguments> <instance>...
@@ -64,7 +64,7 @@
 struct NODAL_Param {
   bool isText = false;
   int64_t integer = 0;
-  std::optional<std::string> text = {};  // none: a null pointer
+  std::optional<std::string> text = {};  // no value: a null pointer
 
   std::string Written() const {
     if (!isText) return std::to_string(integer);
@@ -74,10 +74,10 @@ struct NODAL_Param {
 
 struct NODAL_ParamList {
   unsigned number;
-  std::string node = {};  // of which it holds the instances
+  std::string node = {};  // whose instances it holds
   uint32_t room = UINT32_MAX;
   bool destroyed = false;
-  std::deque<NODAL_Param> params = {};  // which stay in place as the list grows
+  std::deque<NODAL_Param> params = {};  // a deque: pointers stay valid as the list grows
 };
 
 namespace {
@@ -152,7 +152,7 @@ class Standin {
     return &lists_.back();
   }
 
-  // The status that the script has for this call instead of success; 0 if it has none.
+  // The status with which the script lets this call fail; 0 if it succeeds.
   HVC_ReturnStatus FaultOf(const std::string &operation, const std::string &node, bool *answers = nullptr) {
     HVC_ReturnStatus status = 0;
     for (Fault &fault : faults_) {
@@ -253,7 +253,7 @@ class Standin {
 
   static constexpr time_t kNoClock = -1;
 
-  std::FILE *log_;  // written out when the program ends, or its buffer is full
+  std::FILE *log_;  // flushed when the program ends or its buffer is full
   std::deque<NODAL_ParamList> lists_;
   std::unordered_set<const NODAL_ParamList *> known_;
   std::map<Key, std::string> records_;

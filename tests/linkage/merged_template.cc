@@ -1,6 +1,5 @@
-// The fault that check looks for, made on purpose: a template outside of the unnamed namespace whose argument is a
-// constant inside it. Some compilers give each file's instance the same weak name, and the linker keeps only one of
-// them.
+// The error that `check` detects: a template outside the unnamed namespace whose argument is a constant inside it. Some
+// compilers give the instances in all files the same weak name, and the linker keeps only one of them.
 namespace linkage {
 
 template <const int &number>

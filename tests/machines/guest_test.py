@@ -1,5 +1,4 @@
-"""Real guests on the machine that the tests run on: QEMU's machines stand still before their first instruction, their
-memory preallocated, and the reports show them.
+"""Tests the reports on real guests: QEMU machines with preallocated memory, stopped before their first instruction.
 
     guest_test.py KESTREL
 """
@@ -15,12 +14,12 @@ import machines
 KESTREL = sys.argv[1]
 MB = 1024  # in KB, the unit of the reports and of /proc
 
-# What a machine's own memory may grow or shrink while it stands still.
+# The tolerance for changes in a stopped machine's memory.
 DRIFT = 16 * MB
 
 
 class Guest:
-    """A machine that is ready and stands still."""
+    """A started and stopped machine."""
 
     def __init__(self, name, *words):
         common = ["-S", "-name", name, "-machine", "pc,memory-backend=ram", "-qmp", "stdio", *words]
@@ -76,7 +75,7 @@ class ReportsOnGuests(machines.TestCase):
         return guest
 
     def report(self, name, *words):
-        """The rows of a report over the whole host."""
+        """The rows of a report on the whole host."""
         status, output, messages = machines.run(KESTREL, "-r", name, "-q", *words)
         self.assertEqual((status, messages), (0, ""), name)
         return machines.rows(output)
@@ -87,7 +86,7 @@ class ReportsOnGuests(machines.TestCase):
         return own[0]
 
     def watch(self, guest, report):
-        """The machine's row, and the status of its process before and after the report."""
+        """The machine's row, and the /proc status of its process before and after the report."""
         return machines.around(guest.status, lambda: self.row_of(guest, report))
 
     def assertIsSwapped(self, row, statuses):

@@ -1,9 +1,8 @@
-"""Debian's kernel for machines in the cloud, downloaded and unpacked, not installed: it is small, and has what a test
-needs.
+"""Downloads and unpacks Debian's cloud kernel without installing it. It is small and sufficient for the tests.
 
     kernel.py FOLDER
 
-FOLDER then has the kernel as "vmlinuz", and its modules below "lib/modules".
+The kernel is FOLDER/vmlinuz, and its modules are in FOLDER/lib/modules.
 """
 
 import glob
@@ -28,7 +27,7 @@ def main(folder):
     partial = f"{folder}.part"
     shutil.rmtree(partial, ignore_errors=True)
     os.makedirs(partial)
-    # The package has nothing but the name of the newest kernel's.
+    # A metapackage, which depends on the package of the newest kernel.
     newest = re.search(r"Depends: (linux-image-\S+)", output("apt-cache", "depends", PACKAGE))
     output("apt-get", "-q", "download", newest[1], cwd=partial)
     [archive] = glob.glob(f"{glob.escape(partial)}/*.deb")

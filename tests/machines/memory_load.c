@@ -1,8 +1,8 @@
 /*
- * A process with memory of every kind that the reports tell apart. Called by the name of a virtual machine's program
- * and with its words, it stands for one.
+ * A process with every kind of memory that the reports distinguish. Started under the name and with the arguments of
+ * QEMU, it looks like a virtual machine.
  *
- * It makes a file "ready.PID" in the current folder when all is as it shall be, and sleeps until it is killed.
+ * When it is ready, it creates the file "ready.PID" in the current folder and sleeps until it is killed.
  */
 #define _GNU_SOURCE
 
@@ -30,7 +30,7 @@ static char *Map(size_t size, int flags) {
   return memory;
 }
 
-/* Every page has a content of its own. */
+/* Every page has different contents. */
 static void Fill(char *memory, size_t size) {
   for (size_t i = 0; i < size; i += kPage) {
     memset(memory + i, (int)(i / kPage), kPage);
@@ -53,7 +53,7 @@ static void Lock(void) {
 
 static void Share(void) { Fill(Map(2 * kMB, MAP_SHARED), 2 * kMB); }
 
-/* A buffer that a ring is given stays pinned. */
+/* A buffer registered with a ring stays pinned. */
 static void Pin(void) {
   struct iovec buffer = {.iov_base = Map(kMB, MAP_PRIVATE), .iov_len = kMB};
   struct io_uring_params parameters = {0};

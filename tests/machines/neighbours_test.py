@@ -1,4 +1,4 @@
-"""The running host's figures beside those of the tools that people have: free, ps, slabtop and the control groups' files.
+"""Compares the running host's figures with free, ps, slabtop and the files of control groups.
 
     neighbours_test.py KESTREL
 """
@@ -14,7 +14,7 @@ import machines
 KESTREL = sys.argv[1]
 MB = 1024  # in KB, the unit of the reports
 
-# What the host may take or give between two looks at it.
+# The tolerance for changes between two reads of the host.
 DRIFT = 256 * MB
 
 
@@ -26,14 +26,14 @@ def report(name, *words):
 
 
 def free():
-    """The host's memory in KB, and how much of it is free."""
+    """The host's total and free memory in KB."""
     _, output, _ = machines.run("free", "-k")
     words = next(line for line in output.splitlines() if line.startswith("Mem:")).split()
     return int(words[1]), int(words[3])
 
 
 def slabtop():
-    """The sizes in KB of the kernel's caches by name, the largest first."""
+    """The sizes of the kernel's caches in KB by name, largest first."""
     _, output, _ = machines.run("slabtop", "-o", "-s", "c")
     lines = [line.split() for line in output.splitlines()]
     start = next(i for i, words in enumerate(lines) if words[-1:] == ["NAME"]) + 1
@@ -47,7 +47,7 @@ class Neighbours(machines.TestCase):
         self.assertBetween(host["free"], [amount for _, amount in readings], DRIFT, "free")
 
     def test_ps(self):
-        # A process of its own that stands still, so that its figures do.
+        # A sleeping process, whose figures do not change.
         with subprocess.Popen(["sleep", "60"]) as sleeper:
             try:
                 _, output, _ = machines.run("ps", "-o", "rss=,vsz=", "-p", str(sleeper.pid))

@@ -1,5 +1,5 @@
-"""The second host: an emulated machine with two NUMA nodes, persistent memory, pools of huge pages, swap, page sharing
-and nested control groups with limits, under Debian's kernel (kernel.py). What happens in it is in second_host.sh.
+"""Starts the second host: an emulated machine with Debian's kernel (kernel.py), two NUMA nodes and persistent memory.
+Its first program, second_host.sh, sets up huge pages, swap, page sharing and nested control groups with limits.
 """
 
 import glob
@@ -17,10 +17,10 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 MOST_SECONDS = 100
 LABEL_AREA = 128 << 10  # what QEMU takes of the end of the memory's file
 
-# The loader knows the others that these need.
+# The loader finds the libraries of these.
 MODULES = "virtio_pci virtio_blk zram lzo_rle nfit nd_pmem".split()
 
-# A processor of family 6, model 85; two nodes; a module of persistent memory; a disk for what comes out.
+# A processor of family 6, model 85; two nodes; a module of persistent memory; a disk for the results.
 MACHINE = """-accel tcg -cpu qemu64,vendor=GenuineIntel,family=6,model=85,stepping=7 -smp 2
 -machine pc,nvdimm=on -m 640M,slots=1,maxmem=1G
 -object memory-backend-ram,id=m0,size=384M -numa node,nodeid=0,cpus=0,memdev=m0
@@ -32,7 +32,7 @@ MACHINE = """-accel tcg -cpu qemu64,vendor=GenuineIntel,family=6,model=85,steppi
 
 
 class Modules:
-    """A kernel's modules, taken in the order in which they can be loaded."""
+    """The modules of a kernel in load order."""
 
     def __init__(self, kernel):
         self.taken = {}
@@ -55,7 +55,7 @@ class Modules:
 
 
 def libraries_of(*programs):
-    """The paths of the shared libraries that programs need, the loader among them."""
+    """The paths of the shared libraries of programs, including the loader."""
     listed = subprocess.run(["ldd", *programs], check=True, stdout=subprocess.PIPE, text=True).stdout
     return set(re.findall(r"^\t(?:\S+ => )?(/.*) \(0x", listed, re.M))
 
@@ -73,12 +73,12 @@ def copy(source, path):
 
 
 def copy_program(source, path):
-    """Without what only a debugger needs, which takes its time on the way into an emulated machine."""
+    """Strips debug information, which would slow down the start of the emulated machine."""
     subprocess.run(["strip", "-o", path, source], check=True)
 
 
 def make_root(folder, programs, kernel, reports):
-    """The root folder that the host starts with: busybox, the programs with their libraries, and the modules."""
+    """Creates the host's root folder with busybox, the programs, their libraries, and the modules."""
     for name in "dev proc sys tmp".split():
         os.makedirs(f"{folder}/{name}")
     copy(shutil.which("busybox"), f"{folder}/bin/busybox")
@@ -116,7 +116,7 @@ def checksum(block):
 
 
 def empty_labels():
-    """The two indexes of an area for labels of persistent memory: without them, a module has but one namespace."""
+    """The two index blocks of a label area of persistent memory. Without labels, a module has only one namespace."""
     index, count = 256, LABEL_AREA // 256 - 2
     indexes = b""
     for i in range(2):
@@ -135,7 +135,7 @@ def make_disk(path, size, labels=b""):
 
 
 def boot(folder, kernel):
-    """Runs the host until it is off. Returns what it said on its console."""
+    """Runs the host until it powers off. Returns its console output."""
     make_disk(f"{folder}/pmem", 96 << 20, empty_labels())
     make_disk(f"{folder}/disk", 64 << 20)
     host = machines.start_qemu(
@@ -150,7 +150,7 @@ def boot(folder, kernel):
 
 
 def run(folder, programs, kernel, reports):
-    """Starts the host, and unpacks what it handed over into "out" of a folder. Returns what it said on its console."""
+    """Runs the host and unpacks its results into FOLDER/out. Returns its console output."""
     make_root(f"{folder}/root", programs, os.path.abspath(kernel), reports)
     pack(f"{folder}/root", f"{folder}/root.cpio")
     console = boot(folder, os.path.abspath(kernel))

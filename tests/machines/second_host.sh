@@ -1,11 +1,11 @@
 #!/bin/sh
-# The first program of the second host. It sets the host up, runs every report there, and hands over what they said and
-# the host's own files, as an archive on the disk. The folders of the archive:
-#   files    the files of /proc, /sys and the control groups that the reports are compared with, at their own paths
-#   live     each report: its output, its messages (.err) and its exit status (.status); and the lines of files whose
-#            figures move by themselves, behind their paths, as they were right before it (.before) and after it (.after)
+# The first program of the second host. It sets up the host, runs every report, and writes the results and the host's
+# files to the disk as an archive. The folders of the archive:
+#   files    files of /proc, /sys and the control groups to compare the reports with, at their own paths
+#   live     each report: its output, its messages (.err) and its exit status (.status); and the lines of files with
+#            changing figures, after their paths, right before (.before) and after (.after) the report
 #   user     the same for an ordinary user
-#   replay   the same from the host's capture, which is host.nodal
+#   replay   the same from a capture of the host, host.nodal
 export PATH=/bin LD_LIBRARY_PATH=/lib
 /bin/busybox --install -s /bin
 out=/tmp/out
@@ -30,7 +30,7 @@ set_up_devices() {
   done
 }
 
-# Two namespaces in the one region, each a disk.
+# Two namespaces in one region; each is a disk.
 set_up_pmem() {
   nd=/sys/bus/nd/devices
   add_namespace 00000000-0000-4000-8000-000000000001 $((32 << 20))
@@ -60,7 +60,7 @@ set_up_groups() {
   group outer/machine.scope max=$((80 << 20)) min=$((24 << 20))
 }
 
-# start GROUP PROGRAM WORD...
+# start GROUP PROGRAM ARGUMENT...
 start() {
   (
     sh -c 'echo $PPID' >"/sys/fs/cgroup/$1/cgroup.procs"
@@ -81,7 +81,7 @@ start_loads() {
   echo 0 >/sys/kernel/mm/ksm/run
 }
 
-# Both loads have 2048 pages of two contents, of which a few stay.
+# Both loads have 2048 pages with two different contents; a few of them remain.
 merging_is_done() { [ "$(cat /sys/kernel/mm/ksm/pages_sharing)" -gt 4000 ]; }
 
 save_files() {
@@ -93,7 +93,7 @@ save_files() {
   done
 }
 
-# run_reports FOLDER [COMMAND...]: each report, run by a command.
+# run_reports FOLDER [COMMAND...]: runs each report, with the command in front.
 run_reports() {
   folder=$out/$1
   shift
@@ -112,7 +112,7 @@ watched() {
   return $status
 }
 
-# By one program, since each takes its time here.
+# With a single program, because starting programs is slow here.
 read_what_moves() {
   grep '' /proc/meminfo /proc/buddyinfo /sys/fs/cgroup/outer/memory*.current /sys/fs/cgroup/outer/*/memory*.current \
     >"$folder/$report.$1"

@@ -1,9 +1,8 @@
-"""Every report on a second host, an emulated one (second_host.py), compared with that host's own files.
+"""Compares every report on an emulated host (second_host.py) with the files of that host.
 
     second_host_test.py KERNEL FOLDER KESTREL NODAL MEMORY_LOAD
 
-KERNEL is the folder of kernel.py. FOLDER is made anew, and keeps what the host was started with, and what it handed
-over.
+KERNEL is the folder of kernel.py. FOLDER is recreated and keeps the input and the results of the host.
 """
 
 import os
@@ -23,15 +22,15 @@ REPORTS = """group-stats vm-stats uw-stats buddy-stats pshare-stats pshareHint-s
 heap-stats guest-stats zip-stats lpage-stats asyncremap-stats pmem-regionstore-stats pmem-region-stats pmem-extent-stats
 pmem-region-numa-stats dcpmm-stats""".split()
 
-# What these show stays as it is while nothing happens on the host.
+# The output of these does not change while nothing happens on the host.
 STEADY_REPORTS = """pshare-stats lpool-stats pmem-regionstore-stats pmem-region-stats pmem-extent-stats
 pmem-region-numa-stats""".split()
 
-# Of these, that holds for the groups of processes that sleep.
+# For these, only the groups of sleeping processes do not change.
 GROUP_REPORTS = """group-stats vm-stats uw-stats swap-stats guest-stats zip-stats lpage-stats
 asyncremap-stats""".split()
 
-# The namespaces of persistent memory that the host makes, and their sizes.
+# The namespaces of persistent memory that the host creates, and their sizes.
 REGIONS = {"00000000-0000-4000-8000-000000000001": 32 * MB, "00000000-0000-4000-8000-000000000002": 16 * MB}
 
 
@@ -43,7 +42,7 @@ def setUpModule():
 
 
 class Host:
-    """What the host handed over."""
+    """The results of the host."""
 
     console = ""
     folder = f"{FOLDER}/out"
@@ -59,12 +58,12 @@ class Host:
 
     @classmethod
     def amount(cls, path):
-        """A file of one amount in bytes, in KB."""
+        """The amount in a file in KB; the file contains bytes."""
         return int(cls.file(path)) // 1024
 
     @classmethod
     def around(cls, report, path):
-        """What a file said right before a report, and right after it."""
+        """The lines of a file right before and right after a report."""
         texts = [cls.read(f"live/{report}.{moment}") for moment in ("before", "after")]
         return ["\n".join(re.findall(rf"^/{re.escape(path)}:(.*)", text, re.M)) for text in texts]
 
@@ -74,7 +73,7 @@ class Host:
 
     @classmethod
     def report(cls, name, by=None):
-        """A live report's rows, or its one row with a value in a column."""
+        """The rows of a live report, or its only row with a value in a column."""
         rows = machines.rows(cls.read(f"live/{name}"))
         if by is None:
             return rows
@@ -89,7 +88,7 @@ class Host:
 
     @classmethod
     def load(cls, program):
-        """The process of a program: its PID, and its status."""
+        """The PID and the /proc status of a program's process."""
         for pid in os.listdir(f"{cls.folder}/files/proc"):
             if pid.isdigit() and cls.file(f"proc/{pid}/cmdline").split("\0")[0] == program:
                 return pid, machines.fields(cls.file(f"proc/{pid}/status"))
@@ -97,7 +96,7 @@ class Host:
 
 
 def free_on(node, buddyinfo):
-    """The free memory of a node: its zones count the free chunks of each size, doubled from 4 KB on."""
+    """The free memory of a node: the sum of free blocks over its zones; block sizes are 4 KB times powers of two."""
     zones = re.findall(rf"Node {node}, zone +\S+ +(.*)", buddyinfo)
     return sum(int(count) * 4 << order for zone in zones for order, count in enumerate(zone.split()))
 
@@ -117,7 +116,7 @@ class EveryReport(SecondHost):
                 self.assertEqual((Host.read(f"live/{report}.err"), Host.read(f"live/{report}.status")), ("", "0\n"))
 
     def test_runs_for_an_ordinary_user(self):
-        # The kernel's caches are for root.
+        # Only root may read the kernel's caches.
         explained = {"heap-stats": "KestrelHeapGetMemMapStats: NODAL_GetInstanceListAlloc() for heapList failure\n"}
         for report in REPORTS:
             with self.subTest(report):

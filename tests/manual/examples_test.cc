@@ -1,5 +1,5 @@
-// The examples of the pages, word for word, with what is installed: their programs are compiled, their commands run,
-// and their output is what the page shows.
+// Compiles the example programs of the manual pages and runs the example commands with an installed tree. The output is
+// exactly what the page shows.
 #include <gtest/gtest.h>
 
 #include <filesystem>

@@ -10,7 +10,7 @@ namespace {
 
 bool IsMacro(const std::string &line, const std::string &name) { return line == name || line.starts_with(name + " "); }
 
-// A macro's words, without quotation marks around all of them.
+// The argument of a macro, without surrounding quotation marks.
 std::string WordsOf(const std::string &line) {
   std::string words = line.substr(std::min(line.find(' ') + 1, line.size()));
   if (words.size() >= 2 && words.front() == '"' && words.back() == '"') words = words.substr(1, words.size() - 2);
@@ -50,7 +50,7 @@ void KestrelPage::ReadReport(const std::vector<std::string> &lines, size_t &at) 
     static const std::regex option(R"(\.RB \[ \\-([a-z]).*\])");
     std::smatch letter;
     if (std::regex_match(lines[at], letter, option)) report.letters += letter[1];
-    if (lines[at] == "A row of totals follows the others.") report.hasTotals = true;
+    if (lines[at] == "A row of totals follows.") report.hasTotals = true;
     if (!IsMacro(lines[at], ".TP")) continue;
     const std::string name = WordsOf(lines[at + 1]);
     std::string text;

@@ -1,4 +1,4 @@
-// What kestrel(1) says of the reports: which there are, and their options and columns.
+// Reads the reports, their options and their columns from kestrel(1).
 #ifndef TESTS_MANUAL_KESTREL_PAGE_H
 #define TESTS_MANUAL_KESTREL_PAGE_H
 
@@ -17,7 +17,7 @@ struct Column {
 };
 
 struct ReportSection {
-  std::string letters;  // of its options, in the order of the alphabet
+  std::string letters;  // of its options, sorted
   bool hasTotals = false;
   std::vector<Column> columns;
 };
@@ -26,7 +26,7 @@ class KestrelPage {
  public:
   KestrelPage();
 
-  // The reports that the description lists, and the sections about them.
+  // The reports listed in the description, and the sections about them.
   const std::vector<std::string> &listed() const { return listed_; }
   const std::map<std::string, ReportSection> &reports() const { return reports_; }
 

@@ -1,5 +1,4 @@
-// kestrel(1) against the program that it is about: each report, option and column, and what it says of units and
-// totals.
+// Compares kestrel(1) with the program: reports, options, columns, units and totals.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -26,7 +25,7 @@ Outcome Kestrel(std::vector<std::string> arguments) {
   return testing_support::Run({.program = KESTREL_PROGRAM, .arguments = std::move(arguments)});
 }
 
-// What a report of the sample prints.
+// The output of a report of the sample.
 std::string OfSample(const std::string &report, std::vector<std::string> options) {
   options.insert(options.begin(), {"-c", SAMPLE_SNAPSHOT, "-r", report});
   const Outcome outcome = Kestrel(std::move(options));
@@ -48,7 +47,7 @@ Fields Split(const std::string &line) {
   return fields;
 }
 
-// The rows of CSV, without the header. The tags' rows stand below a line of their own.
+// The rows of CSV, without the header and the heading of the rows of tags.
 std::vector<Fields> Rows(const std::string &csv) {
   std::vector<Fields> rows;
   for (const std::string &line : Lines(csv)) {
@@ -77,13 +76,13 @@ std::vector<std::string> UsageReports() {
   return names;
 }
 
-// The letters of a report's options in the usage text, in the order of the alphabet.
+// The letters of a report's options in the usage text, sorted.
 std::string UsageLetters(const std::string &report) {
   const std::string text = UsageText();
   const size_t begin = std::min(text.find("\n   '" + report + "'"), text.size());
   const size_t end = std::min(text.find("\n\n", begin), text.size());
-  const std::string block = text.substr(begin, end - begin);     // empty for a report without its own
-  std::string letters = report == "dcpmm-stats" ? "qv" : "qsv";  // the options for all reports
+  const std::string block = text.substr(begin, end - begin);     // empty if the report has only common options
+  std::string letters = report == "dcpmm-stats" ? "qv" : "qsv";  // options of all reports
   const std::regex option("\n      -([a-z]), --");
   for (std::sregex_iterator i(block.begin(), block.end(), option); i != std::sregex_iterator(); ++i)
     letters += (*i)[1];
@@ -121,10 +120,10 @@ class ReportSectionTest : public testing::TestWithParam<std::string> {
 
 TEST_P(ReportSectionTest, HasItsOptions) { EXPECT_EQ(Section().letters, UsageLetters(GetParam())); }
 
-// The sections of what can be read from a saved host.
+// Sections of reports that can read a snapshot.
 class SampledSection : public ReportSectionTest {
  protected:
-  // All rows, and those of tags as well where there are such.
+  // All rows, including the rows of tags.
   std::vector<Fields> RowsIn(const char *unit) const {
     std::vector<std::string> options = {"-q"};
     if (Takes('t')) options.insert(options.end(), {"-t"});
@@ -159,13 +158,13 @@ TEST_P(SampledSection, SaysWhatIsAlwaysShown) {
   EXPECT_EQ(header, expected);
 }
 
-// What a unit changes is an amount: in MB, it is what it is in KB, rounded up. All ones is the same in every unit.
+// Units convert only amounts: the value in MB is the value in KB, rounded up. All ones is not converted.
 TEST_P(SampledSection, SaysWhatAUnitConverts) {
   std::vector<Fields> inKB = RowsIn("kb");
   std::vector<Fields> inMB = RowsIn("mb");
   ASSERT_EQ(inKB.size(), inMB.size());
   ASSERT_FALSE(inKB.empty());
-  if (GetParam() == "heap-stats") inKB.pop_back(), inMB.pop_back();  // these totals are of the columns beside them
+  if (GetParam() == "heap-stats") inKB.pop_back(), inMB.pop_back();  // its totals are shifted by a column
   for (size_t row = 0; row < inKB.size(); ++row) {
     for (size_t i = 0; i < Section().columns.size(); ++i) {
       const Column &column = Section().columns[i];
@@ -179,7 +178,7 @@ TEST_P(SampledSection, SaysWhatAUnitConverts) {
 }
 
 TEST_P(SampledSection, SaysWhatTheTotalsHave) {
-  // Between the rules of a table are the header, the rows and, if there is one, the row of totals.
+  // Rules separate the header, the rows, and the row of totals if there is one.
   int parts = 0;
   bool wasRule = false;
   for (const std::string &line : Lines(OfSample(GetParam(), {}))) {

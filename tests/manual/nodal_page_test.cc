@@ -1,4 +1,4 @@
-// nodal(1) against what the program says of itself.
+// Compares nodal(1) with the program's help.
 #include <gtest/gtest.h>
 
 #include "tests/manual/page.h"
@@ -27,7 +27,7 @@ TEST(NodalPage, HasEachOptionAndNoOther) {
   for (const std::string &command : Commands())
     options.merge(Options(Help({command, "--help"})));
   EXPECT_GT(options.size(), 8u);
-  // In examples, other programs have their own.
+  // The page must not mention options of other programs.
   EXPECT_EQ(Options(Page("nodal.1").Text()), options);
 }
 

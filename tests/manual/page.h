@@ -1,4 +1,4 @@
-// A manual page, as its reader sees it.
+// Reads manual pages.
 #ifndef TESTS_MANUAL_PAGE_H
 #define TESTS_MANUAL_PAGE_H
 
@@ -9,21 +9,21 @@
 
 namespace manual {
 
-// What a text of the source prints, without the escapes of its language.
+// Removes roff escapes from text.
 std::string Printed(std::string_view source);
 
-// The page of that file name, such as nodal.1. Throws if it cannot be read.
+// Throws if the page, such as "nodal.1", cannot be read.
 class Page {
  public:
   explicit Page(const std::string &name);
 
-  // Of the source.
+  // The lines of the roff source.
   const std::vector<std::string> &lines() const { return lines_; }
 
-  // What stands in the source, without escapes.
+  // The source without escapes.
   std::string Text() const;
 
-  // The text of each block that stands word for word.
+  // The text of each example (.EX).
   std::vector<std::string> Examples() const;
 
   // The subsections of a section.
@@ -33,7 +33,7 @@ class Page {
   std::vector<std::string> lines_;
 };
 
-// All that the expression finds in the text: its first group.
+// The first group of each match of the expression in the text.
 std::set<std::string> FindAll(const std::string &text, const std::string &expression);
 
 }  // namespace manual

@@ -1,4 +1,4 @@
-// platkit(3) and platkit-nodes(3) against the library and its header.
+// Compares platkit(3) and platkit-nodes(3) with the library and its header.
 #include <gtest/gtest.h>
 
 #include "tests/manual/page.h"

@@ -1,41 +1,53 @@
-// nodal-snapshot(5) against the text that it is made of.
+// The examples of nodal-snapshot(5) are true: the first bytes of a file, and the JSON form.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cctype>
-#include <regex>
+#include <string>
+#include <vector>
 
 #include "tests/manual/page.h"
+#include "tests/support/process.h"
 #include "tests/support/scratch.h"
 #include "tests/support/text.h"
 
 namespace manual {
 namespace {
 
-std::vector<std::string> WordsOf(std::string text) {
-  std::ranges::replace_if(
-      text, [](unsigned char c) { return std::isalnum(c) == 0; }, ' ');
-  return testing_support::Words(text);
-}
-
-TEST(SnapshotPage, HasEveryWordOfTheText) {
-  const std::string text = testing_support::ReadFile(SNAPSHOT_TEXT);
-  const std::string body = std::regex_replace(text.substr(text.find('\n')), std::regex("```[a-z]*"), "");
-  const std::vector<std::string> words = WordsOf(body);
-  const std::vector<std::string> page = WordsOf(Page("nodal-snapshot.5").Text());
-  EXPECT_GT(words.size(), 1000u);
-  auto place = page.begin();
-  for (const std::string &word : words) {
-    place = std::find(place, page.end(), word);
-    ASSERT_TRUE(place != page.end()) << word;
-    ++place;
+// The only example that contains this text.
+std::string Example(const std::string &text) {
+  std::string found;
+  for (const std::string &example : Page("nodal-snapshot.5").Examples()) {
+    if (example.find(text) == example.npos) continue;
+    EXPECT_EQ(found, "");
+    found = example;
   }
+  EXPECT_NE(found, "") << text;
+  return found;
 }
 
-TEST(SnapshotPage, HasNoMarkupOfTheText) {
-  const std::string page = Page("nodal-snapshot.5").Text();
-  for (const char *markup : {"`", "**", "##", "| "})
-    EXPECT_EQ(page.find(markup), std::string::npos) << markup;
+std::string WithoutBlanks(std::string text) {
+  std::erase_if(text, [](char c) { return c == ' ' || c == '\n'; });
+  return text;
+}
+
+TEST(SnapshotPage, MagicAndVersionAreAtTheirPosition) {
+  const std::vector<std::string> bytes = testing_support::Words(Example("0e 00"));
+  EXPECT_EQ(bytes.size(), 4u + 4 + 14 + 1);
+  const std::string file = testing_support::ReadFile(SAMPLE_SNAPSHOT);
+  for (size_t i = 0; i < bytes.size(); ++i)
+    EXPECT_EQ(static_cast<unsigned char>(file.at(2048 + i)), std::stoul(bytes[i], nullptr, 16)) << i;
+}
+
+TEST(SnapshotPage, JsonExampleIsTheDumpOfItsSnapshot) {
+  const testing_support::ScratchDirectory scratch;
+  const std::string json = Example("\"signature\"");
+  testing_support::WriteFile(scratch.File("host.json"), json);
+  const testing_support::Outcome build = testing_support::Run(
+      {.program = NODAL_PROGRAM, .arguments = {"build", scratch.File("host.json"), "-o", scratch.File("host.nodal")}});
+  ASSERT_EQ(build.exitStatus, 0) << build;
+  const testing_support::Outcome dump =
+      testing_support::Run({.program = NODAL_PROGRAM, .arguments = {"dump", scratch.File("host.nodal")}});
+  EXPECT_EQ(dump.exitStatus, 0) << dump;
+  EXPECT_EQ(WithoutBlanks(dump.output), WithoutBlanks(json));
 }
 
 }  // namespace

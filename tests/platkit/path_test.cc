@@ -5,7 +5,7 @@
 namespace platkit {
 namespace {
 
-// Writes the path that ParsePath took apart.
+// Writes a path from the result of ParsePath.
 std::string Rewritten(const PathTarget &target) {
   ParamList *list = ParamList::Make();
   for (const PathTarget::Argument &argument : target.arguments) {

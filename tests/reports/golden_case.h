@@ -32,7 +32,7 @@ GoldenCase ReadCase(const std::filesystem::path &file);
 
 std::string Written(const GoldenCase &golden);
 
-// All cases of a folder, in the order of their names.
+// All cases in a folder, sorted by name.
 std::vector<std::filesystem::path> FindCases(const std::filesystem::path &folder);
 
 }  // namespace reports

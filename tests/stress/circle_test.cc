@@ -1,4 +1,4 @@
-// Hosts whose groups are no tree: they name each other, or one group many times.
+// Hosts whose groups are not a tree: cycles, or one group listed many times.
 #include <algorithm>
 #include <numeric>
 
@@ -16,7 +16,7 @@ Outcome GroupStats(LargeHost &host, const std::vector<std::string> &options) {
   return testing_support::Run({.program = KESTREL_PROGRAM, .arguments = words});
 }
 
-// The header's line is not counted.
+// Does not count the header.
 int64_t Rows(const Outcome &outcome) { return std::ranges::count(outcome.output, '\n') - 1; }
 
 constexpr int kBudget = 1 << 30;

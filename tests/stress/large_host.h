@@ -1,4 +1,4 @@
-// Saved hosts for tests of size: written entry by entry, so that a list may have millions of them.
+// Writes large snapshots entry by entry, so that a list can have millions of entries.
 #ifndef TESTS_STRESS_LARGE_HOST_H
 #define TESTS_STRESS_LARGE_HOST_H
 
@@ -31,7 +31,7 @@ class LargeHost {
     EXPECT_EQ(writer_.AddTexts(path, entries), HVC_OK) << path;
   }
 
-  // A group with all that group-stats reads.
+  // A group with all records that group-stats reads.
   void AddGroup(int64_t id, const std::vector<int64_t> &members) {
     const std::string path = "/sched/groups/" + std::to_string(id);
     Add(path + "/groupName", GroupNameRecord{.name = "a group"});
@@ -50,7 +50,7 @@ class LargeHost {
     Add("/system/heaps/" + std::string(name) + "/stats", heap);
   }
 
-  // The path of the file, which is good as long as this object.
+  // The path of the file, valid as long as this object.
   std::string Write() {
     EXPECT_EQ(writer_.Write(path_), HVC_OK);
     writer_ = {};

@@ -1,4 +1,4 @@
-// Lists of millions, and too little memory for them.
+// Lists of millions of entries, and too little memory for them.
 #include "tests/stress/large_host.h"
 #include "tests/support/process.h"
 #include "tests/support/text.h"
@@ -10,7 +10,7 @@ using testing_support::Outcome;
 
 constexpr size_t kMany = 500'000;
 
-// Runs a program with so many MB of address space; 0 is all that there is.
+// Runs a program with this limit of address space in MB; 0 means unlimited.
 Outcome RunWithin(size_t mostMB, const std::string &program, const std::vector<std::string> &arguments) {
   std::vector<std::string> words = {"-c", "[ $0 = 0 ] || ulimit -v $0; exec \"$@\"", std::to_string(mostMB << 10),
                                     program};
@@ -22,7 +22,7 @@ Outcome Report(const std::string &report, const std::string &path, size_t mostMB
   return RunWithin(mostMB, KESTREL_PROGRAM, {"-c", path, "-r", report, "-q"});
 }
 
-// The sanitizers take an address space of their own.
+// Sanitizers reserve a large address space.
 class ShortMemory : public testing::Test {
  protected:
   void SetUp() override {
@@ -60,7 +60,7 @@ TEST(LongList, OfBuddiesDoesNotFit) {
   EXPECT_EQ(testing_support::Lines(run.output).size(), 2u) << "the header and the total";
 }
 
-// A snapshot that names the same volumes and regions over and over is saved again as fast as it was read.
+// Capturing a snapshot that lists the same volumes and regions many times is as fast as reading it.
 TEST(LongList, IsCapturedOnce) {
   LargeHost host;
   const std::vector<std::string> names(kMany / 100, "pmem");
@@ -74,8 +74,7 @@ TEST(LongList, IsCapturedOnce) {
   EXPECT_NE(run.errors.find(": 3 nodes, 0 records, 3 lists, "), std::string::npos) << run.errors;
 }
 
-// Each list that a report reads, long. What the entries name is not there, so that a list is all that there
-// is to a report.
+// Makes each list that a report reads long. The instances in it do not exist, so the report reads only lists.
 std::string WriteLongLists(LargeHost &host) {
   const std::vector<int64_t> numbers(kMany, 1);
   const std::vector<std::string> names(kMany, "memmap-0-lo");
@@ -98,7 +97,7 @@ std::string WriteLongLists(LargeHost &host) {
   return host.Write();
 }
 
-// Whatever there is no memory for, a report says so, or is whole.
+// With too little memory, a report either prints a message or is complete.
 TEST_F(ShortMemory, IsAMessage) {
   LargeHost host;
   const std::string path = WriteLongLists(host);
@@ -128,7 +127,7 @@ TEST_F(ShortMemory, HasTheMessagesOfTheReports) {
   EXPECT_EQ(pools.exitStatus, 1);
   EXPECT_TRUE(pools.errors.ends_with("KestrelTraverseLPools: NODAL_GetInstanceListAllocHint() failure\n")) << pools;
 
-  // Below the start group, a failure is no failure of the report.
+  // Failures below the start group do not affect the exit status.
   const Outcome groups = Report("group-stats", path, mostMB);
   EXPECT_EQ(groups.exitStatus, 0);
   EXPECT_EQ(groups.errors, "KestrelTraverseGroups: NODAL_GetInstanceListAlloc failure: Out of memory\n");
@@ -140,7 +139,7 @@ TEST_F(ShortMemory, HasTheMessagesOfTheReports) {
 TEST_F(ShortMemory, ThereIsNoRoomForAsManyHeaps) {
   LargeHost host;
   host.AddList("/system/heaps", std::vector<std::string>(kMany, "heap"));
-  const Outcome run = Report("heap-stats", host.Write(), 60);  // 148 bytes for each
+  const Outcome run = Report("heap-stats", host.Write(), 60);  // 148 bytes per heap
   EXPECT_EQ(run.exitStatus, 0);
   EXPECT_EQ(run.errors, "KestrelHeapGetMemMapStats: malloc() for stats failure\n");
 }

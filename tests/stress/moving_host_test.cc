@@ -1,6 +1,6 @@
-// Every report of a running host whose processes and control groups come and go as fast as they can.
+// Runs every report on a host whose processes and control groups start and end all the time.
 //
-// Names tell figures: whatever has a name has the figures that go with it, or the row was put together from two.
+// A name determines the figures of its process or group, so a row that mixes two owners is detected.
 #include <fcntl.h>
 #include <sched.h>
 #include <spawn.h>
@@ -34,7 +34,7 @@ using testing_support::ScratchDirectory;
 using namespace std::chrono_literals;
 
 constexpr auto kTime = 3s;
-constexpr int kStepMB = 4;  // more than a load takes besides its memory
+constexpr int kStepMB = 4;  // more than the overhead of a load
 constexpr int kMostMB = 16;
 
 const std::vector<std::string> &AllReports() {
@@ -42,7 +42,7 @@ const std::vector<std::string> &AllReports() {
   return names;
 }
 
-// What a report may say of what vanished while it was read. The getters of all else are silent about that.
+// The allowed messages about groups that vanished while they were read; the other getters print none.
 const std::regex kVanished(
     "(Kestrel_GroupGet(Name|Tag|GroupLeaderID)\\(\\) failure, error code: 195887107"
     "|KestrelAsyncRemap(ReportCallback(Int)?|GetStats):[0-9]+ failure: Not found)");
@@ -55,7 +55,7 @@ bool WriteText(const std::string &path, const std::string &text) {
   return written;
 }
 
-// Of the test's own: with their own PIDs, which may then be given out again at once.
+// True if the test has its own PID namespace, in which it may reuse PIDs at once.
 bool HasOwnProcesses() { return getpid() == 1; }
 
 // Starts and ends processes until it is destroyed.
@@ -64,7 +64,7 @@ class Churn {
   virtual ~Churn() = default;
 
  protected:
-  // To be called when the rest of the object is there, and gone.
+  // Called after construction and before destruction of the derived class.
   template <typename Round>
   void Start(Round round) {
     thread_ = std::thread([this, round] {
@@ -96,7 +96,7 @@ class Churn {
 
 int SizeOf(int round) { return round * 7 % (kMostMB / kStepMB) * kStepMB + kStepMB; }
 
-// Processes that live for some milliseconds. Each gets the PID of the one before it in its place, if that can be done.
+// Processes that live for some milliseconds. Each one reuses the PID of its predecessor if possible.
 class ProcessChurn : public Churn {
  public:
   ProcessChurn() {
@@ -114,10 +114,10 @@ class ProcessChurn : public Churn {
   }
 
  private:
-  pid_t loads_[13] = {};  // not a multiple of the number of sizes, so that a place has one after the other
+  pid_t loads_[13] = {};  // not a multiple of the number of sizes, so that the size in a slot changes
 };
 
-// Control groups with a limit and a load in them that is below it.
+// Control groups with a limit, each with a load below this limit.
 class GroupChurn : public Churn {
  public:
   explicit GroupChurn(const std::string &top) : top_(top) {
@@ -128,7 +128,7 @@ class GroupChurn : public Churn {
       for (const char *file : {"/memory.limit_in_bytes", "/memory.max"})
         WriteText(folder + file, std::to_string(2 * megabytes) + "M");
       Await(StartLoad(megabytes, std::chrono::milliseconds(round % 3 * 4), folder + "/cgroup.procs"));
-      // What a process leaves behind may take a moment.
+      // Memory of an ended process may be released later.
       for (int i = 0; i < 1000 && rmdir(folder.c_str()) != 0 && errno == EBUSY; ++i)
         usleep(100);
     });
@@ -139,7 +139,7 @@ class GroupChurn : public Churn {
   const std::string top_;
 };
 
-// A control group of the test's own for others to be made in.
+// A control group for the groups of the test.
 class OwnGroup {
  public:
   OwnGroup() {
@@ -159,7 +159,7 @@ class OwnGroup {
 
   const std::string &folder() const { return folder_; }
 
-  // Whether groups in it have limits.
+  // True if groups in it can have limits.
   bool IsUsable() const {
     const std::string probe = folder_ + "/probe";
     if (folder_.empty() || mkdir(probe.c_str(), 0755) != 0) return false;
@@ -172,7 +172,7 @@ class OwnGroup {
   std::string folder_;
 };
 
-// A row of CSV, by the names of its columns.
+// A row of CSV: column name -> field.
 using Row = std::map<std::string, std::string>;
 
 std::vector<std::string> Cells(const std::string &line) {
@@ -204,7 +204,7 @@ std::vector<Row> Rows(const std::string &csv) {
   return rows;
 }
 
-// Holds the rows of a report whose names tell figures against these; counts them.
+// Checks the rows whose names determine their figures, and counts them.
 class RowCheck {
  public:
   void Check(const std::string &csv) {
@@ -221,7 +221,7 @@ class RowCheck {
   int limited() const { return limited_; }
 
  private:
-  // The columns are those of group-stats and of uw-stats.
+  // The columns of group-stats and of uw-stats.
   void CheckLoad(const Row &row, int64_t megabytes) {
     ++loads_;
     for (const char *column : {"memSize", "consumed", "touched", "mapped", "memBStore"}) {
@@ -276,13 +276,13 @@ class MovingHost : public testing::Test {
         {.program = KESTREL_PROGRAM, .arguments = words, .directory = scratch_.path().string()});
   }
 
-  // What each report says of this host when nothing moves.
+  // The messages of each report while nothing changes.
   void ReadAtRest() {
     for (const std::string &report : AllReports())
       atRest_[report] = Report(report);
   }
 
-  // A report of the host, or of a snapshot of it.
+  // A report of the host or of its snapshot.
   void CheckReport(const std::string &report, const std::string &cache = "") {
     const Outcome run = Report(report, cache);
     const Outcome &rest = atRest_.at(report);
@@ -306,8 +306,8 @@ class MovingHost : public testing::Test {
       CheckReport(report, path);
   }
 
-  // Goes round all reports and a capture, once at least and until the time is over; where the machine is slow, until
-  // some of the names have been met.
+  // Repeats all reports and a capture until the time is over, at least once. A slow machine continues until some names
+  // were checked.
   void CheckAll() {
     const auto end = std::chrono::steady_clock::now() + kTime;
     const auto isOver = [&] {
@@ -355,7 +355,7 @@ TEST_F(MovingHost, ControlGroups) {
   EXPECT_GT(rows_.limited(), 0) << "none of them was met";
 }
 
-// The status of a process that could not go into a namespace of its own; no test program ends with it.
+// The exit status of a child that could not enter its own namespace; test programs never use it.
 constexpr int kNoNamespace = 111;
 
 [[noreturn]] void EndWithoutNamespace(const char *what) {
@@ -363,7 +363,7 @@ constexpr int kNoNamespace = 111;
   _exit(kNoNamespace);
 }
 
-// The exit status of a child; a signal that ended it is reported, and counts as a failure.
+// The exit status of a child. Reports a signal that ended the child as a failure.
 int StatusOf(pid_t child) {
   int status = 0;
   while (waitpid(child, &status, 0) < 0) {
@@ -376,8 +376,8 @@ int StatusOf(pid_t child) {
   return 1;
 }
 
-// Goes on in a child that has a namespace of processes and a /proc of its own, and ends with its status. Where this
-// cannot be had, says why, and goes on in this process, which keeps its namespaces.
+// Continues in a child with its own PID namespace and /proc, and exits with its status. If this is not possible, prints
+// why and continues in this process.
 void TakeOwnProcesses() {
   const pid_t outer = fork();
   if (outer < 0) {

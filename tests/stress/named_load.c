@@ -1,9 +1,9 @@
-// A process whose name tells its figures: load-N has N MB, all of it in memory and locked if that is allowed, and may
-// have 1024 MB more. It has the name when all of that is so, and ends after a while.
+// A process whose name determines its figures: load-N has N MB, resident and locked if possible, and a limit 1024 MB
+// higher. It takes the name when this is done, and exits after a while.
 //
 //   named_load N MICROSECONDS [FILE]
 //
-// With a file, which lists the processes of a control group, it enters that group first.
+// FILE lists the processes of a control group, which the process then enters first.
 #define _GNU_SOURCE
 #include <fcntl.h>
 #include <stdio.h>

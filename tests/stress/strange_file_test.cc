@@ -1,4 +1,4 @@
-// What may be given as a cache file, from a folder to four gigabytes.
+// Strange cache files: a folder, a pipe, a truncated file, a file of 4 GB.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -77,7 +77,7 @@ void WriteAt(int fd, const std::string &bytes, uint64_t position) {
   ASSERT_EQ(pwrite(fd, bytes.data(), bytes.size(), static_cast<off_t>(position)), static_cast<ssize_t>(bytes.size()));
 }
 
-// A file of that size, with `start` and `end` in it and a hole between. False if the file system has none of this size.
+// Writes a file of this size with `start`, a hole, and `end`. Returns false if the file system does not allow the size.
 bool WriteWithHole(const std::string &path, const std::string &start, uint64_t size, const std::string &end) {
   const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
   const bool large = fd >= 0 && ftruncate(fd, static_cast<off_t>(size)) == 0;
@@ -89,11 +89,11 @@ bool WriteWithHole(const std::string &path, const std::string &start, uint64_t s
   return large;
 }
 
-// Makes a snapshot longer by a record that no look-up leads to, between its records and its hash tables.
+// Inserts a record that no lookup finds between the records and the hash tables of a snapshot.
 bool WriteLongSnapshot(const std::string &path, uint64_t size) {
   constexpr uint32_t kContents = 2048;
   const std::string small = SmallSnapshot();
-  const uint32_t records = IntegerAt(small, 0);  // where the first hash table stands
+  const uint32_t records = IntegerAt(small, 0);  // position of the first hash table
   const uint64_t grown = size - small.size();
   const std::string key = "/unknown";
   std::string start = small.substr(0, records) + std::string(8, '\0') + key;
@@ -115,9 +115,9 @@ TEST(StrangeFile, ALongSnapshotIsNotLoaded) {
   EXPECT_EQ(run.exitStatus, 0);
   EXPECT_TRUE(run.output.starts_with("name\nheap\n")) << run.output;
 #ifndef KESTREL_SANITIZE
-  // Memory of one's own is limited, address space is not.
+  // Limits private memory but not address space.
   EXPECT_EQ(HeapStats(path, "ulimit -d 16384").output, run.output);
-  // Without the address space, there is nothing to be read.
+  // Without address space, the file cannot be mapped.
   const Outcome refused = HeapStats(path, "ulimit -v 1000000");
   EXPECT_EQ(refused.exitStatus, 1);
   EXPECT_EQ(refused.errors, Refusal(path, HVC_NO_MEMORY));
@@ -129,7 +129,7 @@ TEST(StrangeFile, ALongerOneIsNone) {
   if (!WriteLongSnapshot(scratch.File("longer"), kLongest + 1)) GTEST_SKIP() << "no file system for files of 4 GB";
   EXPECT_EQ(HeapStats(scratch.File("longer")).errors, Refusal(scratch.File("longer"), HVC_SNAPSHOT_DAMAGED));
 
-  // One whose version has no end, of sizes that leave little or nothing of them in 32 bits.
+  // The version is unterminated, and the low 32 bits of the size are small or zero.
   std::string endless = SmallSnapshot().substr(0, 2048 + 8 + 14);
   SetInteger(endless, 2048 + 4, UINT32_MAX);
   endless.resize(1 << 16, '1');
@@ -139,7 +139,7 @@ TEST(StrangeFile, ALongerOneIsNone) {
     EXPECT_EQ(HeapStats(path).errors, Refusal(path, HVC_SNAPSHOT_DAMAGED));
   }
 
-  // A newer version may take more.
+  // A newer version may allow larger files.
   std::string newer = SmallSnapshot();
   newer[2048 + 8 + 14] = '2';
   ASSERT_TRUE(WriteWithHole(scratch.File("newer"), newer, 2 * kLongest, ""));

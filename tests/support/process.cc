@@ -47,7 +47,7 @@ class Descriptor {
   int value_;
 };
 
-// A way for bytes: what is written to `in` is read from `out`.
+// A channel: bytes written to `in` are read from `out`.
 struct Channel {
   Descriptor out;
   Descriptor in;
@@ -92,7 +92,7 @@ std::vector<char *> Pointers(const std::vector<std::string> &texts) {
   return pointers;
 }
 
-// The test's own environment, and what the command adds to it.
+// The environment of the test plus the variables of the command.
 std::vector<std::string> EnvironmentOf(const Command &command) {
   std::vector<std::string> environment;
   for (char **variable = environ; *variable != nullptr; ++variable) {
@@ -105,7 +105,7 @@ std::vector<std::string> EnvironmentOf(const Command &command) {
   return environment;
 }
 
-// Spawning does not copy the test's memory, which under the sanitizers is large.
+// posix_spawn does not copy the test's memory, which is large with sanitizers.
 pid_t Spawn(const Command &command, int input, int output, int errors) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
@@ -133,14 +133,14 @@ pid_t Spawn(const Command &command, int input, int output, int errors) {
   return child;
 }
 
-// Reads from a channel until its other end is closed; a terminal tells that by an error.
+// Reads from a channel until its other end is closed, which a terminal reports as an error.
 void ReadSome(pollfd &from, std::string &text) {
   std::array<char, 65536> buffer;
   const ssize_t count = read(from.fd, buffer.data(), buffer.size());
   if (count > 0) {
     text.append(buffer.data(), static_cast<size_t>(count));
   } else if (count == 0 || errno != EINTR) {
-    from.fd = -1;  // poll passes over it from now on
+    from.fd = -1;  // poll ignores it from now on
   }
 }
 
@@ -157,7 +157,7 @@ void ReadBoth(pid_t child, int output, int errors, Outcome &outcome) {
   }
 }
 
-// Links to libraries, for the paths that LD_PRELOAD cannot have: the loader splits it at blanks and colons.
+// Links to libraries whose paths LD_PRELOAD cannot contain: the loader splits it at blanks and colons.
 class PreloadLinks {
  public:
   const std::string &LinkTo(const std::string &library) {
@@ -201,11 +201,11 @@ Outcome Run(const Command &command) {
   const pid_t child =
       Spawn(command, input.out.get(), output.in.get(), command.errorsToOutput ? output.in.get() : errors.in.get());
 
-  // The child holds its own copies; ours would keep the channels open after its end.
+  // The child has its own copies; ours would keep the channels open after it exits.
   input.out.Close();
   output.in.Close();
   errors.in.Close();
-  // A child that ends without reading its input must not end the test.
+  // A child that exits without reading its input must not end the test.
   const auto previous = signal(SIGPIPE, SIG_IGN);
   const bool written = write(input.in.get(), command.input.data(), command.input.size()) >= 0 || errno == EPIPE;
   signal(SIGPIPE, previous);
@@ -225,7 +225,7 @@ Outcome Run(const Command &command) {
 
 void Preload(Command &command, const std::string &library) {
   command.environment.emplace_back("LD_PRELOAD", PathForPreload(library));
-  // The sanitizers would insist on being loaded first themselves, and on one definition of each object.
+  // Otherwise the sanitizers require that they are loaded first and that each object is defined once.
   const char *given = std::getenv("ASAN_OPTIONS");
   command.environment.emplace_back("ASAN_OPTIONS", (given == nullptr ? "" : std::string(given) + ":") +
                                                        "verify_asan_link_order=0:detect_odr_violation=0:exitcode=99");

@@ -1,4 +1,4 @@
-// Runs a program the way a shell would, and tells what came of it.
+// Runs a program and returns its output, messages and exit status.
 #ifndef TESTS_SUPPORT_PROCESS_H
 #define TESTS_SUPPORT_PROCESS_H
 
@@ -9,22 +9,22 @@
 
 namespace testing_support {
 
-// Where a program's standard output leads.
+// The standard output of a program.
 enum class OutputTo {
   kPipe,        // captured
-  kTerminal,    // captured from a pseudo-terminal, which passes every byte on unchanged
+  kTerminal,    // captured from a raw pseudo-terminal
   kFullDevice,  // every write fails with "no space left"
-  kClosedPipe,  // nobody reads
+  kClosedPipe,  // without a reader
 };
 
 struct Command {
   std::string program = {};
   std::vector<std::string> arguments = {};
   std::vector<std::pair<std::string, std::string>> environment = {};  // added to the test's own
-  std::string input = {};                                             // at most what a pipe holds
-  std::string directory = {};                                         // to run in; empty: the test's own
+  std::string input = {};                                             // at most the capacity of a pipe
+  std::string directory = {};                                         // working directory; empty: the test's own
   OutputTo output = OutputTo::kPipe;
-  bool errorsToOutput = false;  // as with 2>&1
+  bool errorsToOutput = false;  // like 2>&1
 };
 
 struct Outcome {
@@ -34,13 +34,13 @@ struct Outcome {
   std::string errors;
 };
 
-// Makes the program load a library before its own. A sanitizer's report then ends the program with status 99.
+// Preloads a library into the program. A report of a sanitizer then ends the program with status 99.
 void Preload(Command &command, const std::string &library);
 
-// Whether this machine has pseudo-terminals: a container may be without.
+// True if this machine has pseudo-terminals; a container may lack them.
 bool HasTerminals();
 
-// Runs the program to its end. A program that hangs is ended by SIGALRM after a minute.
+// Runs the program until it exits. SIGALRM ends it after a minute.
 Outcome Run(const Command &command);
 
 std::ostream &operator<<(std::ostream &stream, const Outcome &outcome);

@@ -30,7 +30,7 @@ std::string ReadFile(const std::filesystem::path &path) {
 }
 
 void WriteFile(const std::filesystem::path &path, const std::string &contents) {
-  // Some file systems wait for the disk when a file is emptied and written again, but not for a new one.
+  // Some file systems wait for the disk when a file is truncated and rewritten, but not for a new file.
   std::filesystem::remove(path);
   std::ofstream file(path, std::ios::binary);
   file.write(contents.data(), static_cast<std::streamsize>(contents.size()));

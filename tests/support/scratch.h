@@ -1,4 +1,4 @@
-// A directory of a test's own, and whole files in it.
+// A temporary directory for a test, and functions for whole files.
 #ifndef TESTS_SUPPORT_SCRATCH_H
 #define TESTS_SUPPORT_SCRATCH_H
 
@@ -7,7 +7,7 @@
 
 namespace testing_support {
 
-// An empty directory that goes with the object, contents included.
+// An empty directory, removed with its contents by the destructor.
 class ScratchDirectory {
  public:
   ScratchDirectory();
@@ -22,7 +22,7 @@ class ScratchDirectory {
   std::filesystem::path path_;
 };
 
-// Both throw if the file cannot be read or written whole.
+// Both throw if the file cannot be read or written completely.
 std::string ReadFile(const std::filesystem::path &path);
 void WriteFile(const std::filesystem::path &path, const std::string &contents);
 

@@ -1,4 +1,4 @@
-// Snapshots for tests, from hosts written as JSON.
+// Builds snapshots for tests from JSON.
 #ifndef TESTS_SUPPORT_SNAPSHOT_H
 #define TESTS_SUPPORT_SNAPSHOT_H
 
@@ -7,10 +7,10 @@
 
 namespace testing_support {
 
-// Turns the host written in `json` into the file `snapshot`. Throws, with what nodal had to say, if that fails.
+// Builds the file `snapshot` from the file `json`. On failure, throws with nodal's messages.
 void BuildSnapshot(const std::filesystem::path &json, const std::filesystem::path &snapshot);
 
-// The same for a host in a text.
+// The same for JSON in a string.
 void BuildSnapshotFromText(const std::string &json, const std::filesystem::path &snapshot);
 
 }  // namespace testing_support

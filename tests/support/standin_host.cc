@@ -29,7 +29,7 @@ std::string Hex(HVC_ReturnStatus status) {
 
 bool StartsWith(const std::string &line, std::string_view start) { return line.compare(0, start.size(), start) == 0; }
 
-// The list that a call made, for example list4; empty if it made none.
+// The list that a call created, such as "list4"; empty if it created none.
 std::string MadeList(const std::string &call) {
   const size_t place = call.rfind(" list");
   return StartsWith(call, "NODAL_ParamListCreate") || StartsWith(call, "NODAL_GetInstanceListAlloc")

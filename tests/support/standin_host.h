@@ -1,4 +1,4 @@
-// A host for the stand-in library, and kestrel run over it.
+// Describes a host to the stand-in library and runs kestrel over it.
 #ifndef TESTS_SUPPORT_STANDIN_HOST_H
 #define TESTS_SUPPORT_STANDIN_HOST_H
 
@@ -22,7 +22,7 @@ struct Instance {
   template <std::integral Integer>
   Instance(Integer value) : written(std::to_string(value)) {}
   Instance(const char *text) : written('"' + std::string(text) + '"') {}
-  Instance(std::nullptr_t) : written("null") {}  // a text that is missing
+  Instance(std::nullptr_t) : written("null") {}  // a null text
 
   std::string written;
 };
@@ -31,9 +31,9 @@ struct Instance {
 struct Fault {
   std::string operation = "*";
   std::string node = "*";
-  unsigned call = 0;                      // which of the calls that fit, counted from 1; 0: each
-  HVC_ReturnStatus status = HVC_FAILURE;  // or the error number, for time and localtime
-  bool answers = false;                   // a record, or what is in a list, is given all the same
+  unsigned call = 0;                      // the number of the matching call, from 1; 0: all of them
+  HVC_ReturnStatus status = HVC_FAILURE;  // an error number for time and localtime
+  bool answers = false;                   // the call fails, but returns its record or list
 };
 
 // A scheduler group with all its records.
@@ -52,8 +52,8 @@ struct Group {
 // A unit of event counters at a PCI address.
 struct Unit {
   struct Traffic {
-    uint32_t event;                 // as a counter's control register names it, in its low 16 bits
-    std::vector<uint64_t> amounts;  // in each period; the last one goes on for good
+    uint32_t event;                 // the low 16 bits of a counter's control register
+    std::vector<uint64_t> amounts;  // in each period; the last one repeats
   };
 
   int64_t segment;
@@ -63,7 +63,7 @@ struct Unit {
   std::vector<Traffic> traffic = {};
 };
 
-// What the stand-in answers. A node without a record or list here is not found.
+// The results of the stand-in. A node without a record or list here is not found.
 class StandinHost {
  public:
   template <typename Record>
@@ -78,7 +78,7 @@ class StandinHost {
                        const std::vector<Instance> &instances);
   StandinHost &Add(const Group &group);
   StandinHost &Add(const Unit &unit);
-  // Lets time begin at that second, and pass only when the program sleeps.
+  // Starts the clock at this second. Time advances only while the program sleeps.
   StandinHost &SetClock(int64_t secondsSince1970);
   StandinHost &AddCache(std::string_view path);
   StandinHost &Fail(const Fault &fault);
@@ -90,7 +90,7 @@ class StandinHost {
   std::string script_;
 };
 
-// A field of fixed size with the text in it; a text that fills the field has no terminator.
+// A field of fixed size that contains the text; a text that fills the field has no terminator.
 template <size_t size>
 void SetText(char (&field)[size], std::string_view text) {
   std::memset(field, 0, size);
@@ -104,21 +104,20 @@ struct StandinRun {
 };
 
 struct RunOptions {
-  std::string program = {};  // instead of kestrel
+  std::string program = {};  // default: kestrel
   OutputTo output = OutputTo::kPipe;
   bool errorsToOutput = false;
-  std::string directory = {};  // to run in; empty: the test's own
+  std::string directory = {};  // working directory; empty: the test's own
   std::string timeZone = {};   // empty: the test's own
 };
 
 StandinRun RunKestrel(const StandinHost &host, const std::vector<std::string> &arguments,
                       const RunOptions &options = {});
 
-// What is wrong with a run's use of lists: one that is used or destroyed after its end, or never destroyed. Empty if
-// nothing is.
+// Describes misuse of lists in a run: used or destroyed after destruction, or never destroyed. Empty if there is none.
 std::string ListErrors(const StandinRun &run);
 
-// The calls that can fail, of any kind.
+// All calls that can fail.
 unsigned FallibleCalls(const StandinRun &run);
 
 std::ostream &operator<<(std::ostream &stream, const StandinRun &run);

@@ -1,4 +1,4 @@
-// What tests do to texts before they compare them.
+// Splits and masks texts for comparison in tests.
 #ifndef TESTS_SUPPORT_TEXT_H
 #define TESTS_SUPPORT_TEXT_H
 
@@ -8,16 +8,16 @@
 
 namespace testing_support {
 
-// The text with the time in every banner title replaced by "<time>". Only a time in the 24 characters of ctime is.
+// Replaces the time in every banner title by "<time>". The time must have the 24 characters of ctime.
 std::string MaskTimes(const std::string &text);
 
-// The lines of a text without their line ends. A last line without one counts too.
+// The lines of a text without newlines. The last line may lack its newline.
 std::vector<std::string> Lines(std::string_view text);
 
-// The text as one word of a shell's command.
+// Quotes the text as one word for a shell.
 std::string Quoted(std::string_view text);
 
-// Splits at blanks; '...' keeps blanks, and an empty word, together.
+// Splits at blanks; '...' quotes blanks or an empty word.
 std::vector<std::string> Words(std::string_view line);
 
 }  // namespace testing_support

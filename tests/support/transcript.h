@@ -1,4 +1,4 @@
-// What a terminal showed, as documents have it.
+// Reads terminal sessions in documents.
 #ifndef TESTS_SUPPORT_TRANSCRIPT_H
 #define TESTS_SUPPORT_TRANSCRIPT_H
 
@@ -13,8 +13,8 @@ struct Example {
   std::string output;
 };
 
-// A command stands behind "$ ", and goes on in lines behind "> "; what it prints is below it. A text that does not
-// begin with a command has none.
+// A command follows "$ " and continues on lines after "> "; its output is below it. A text that does not start with a
+// command has no examples.
 std::vector<Example> ReadTranscript(std::string_view text);
 
 }  // namespace testing_support

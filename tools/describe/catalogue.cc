@@ -1,4 +1,4 @@
-// The tree, node by node and record by record.
+// Prints the nodes and the records of the tree.
 #include "platkit/catalogue.h"
 
 #include <algorithm>
@@ -38,11 +38,11 @@ std::string Arguments(const Node &node) {
   return text + ".";
 }
 
-std::string Yield(const Node &node) {
+std::string Result(const Node &node) {
   if (!node.isList) return "Record: " + Bold(node.record->name) + ".";
   const std::string list = "List: " + Name(node.entry);
   if (!node.isRecord()) return list + ".";
-  return list + "; with one of these as last argument, record: " + Bold(node.record->name) + ".";
+  return list + "; with such an entry as the last argument, record: " + Bold(node.record->name) + ".";
 }
 
 void AddRecord(const RecordLayout &record, std::vector<const RecordLayout *> &records) {
@@ -53,7 +53,7 @@ void AddRecord(const RecordLayout &record, std::vector<const RecordLayout *> &re
   records.push_back(&record);
 }
 
-// An entry comes before the record that has it, as in the header.
+// A record that is an entry of another precedes it, as in the header.
 std::vector<const RecordLayout *> Records() {
   std::vector<const RecordLayout *> records;
   for (const Node &node : platkit::Nodes()) {
@@ -87,20 +87,20 @@ std::string Declaration(const Field &field) {
 
 }  // namespace
 
-void PutNodes(std::ostream &out) {
-  // What is longer than a line is neither spread over it nor hyphenated: it has places of its own to break at.
+void PrintNodes(std::ostream &out) {
+  // No adjustment and no hyphenation: long paths break only at \\:.
   out << ".ad l\n.nh\n";
   for (const Node &node : platkit::Nodes()) {
     out << ".TP 4\n"
         << Path(node) << "\n"
         << Bold("NODAL_NODE_") << "\\:" << Bold(node.name) << "\n.br\n"
         << Arguments(node) << "\n.br\n"
-        << Yield(node) << "\n";
+        << Result(node) << "\n";
   }
   out << ".hy\n.ad b\n";
 }
 
-void PutRecords(std::ostream &out) {
+void PrintRecords(std::ostream &out) {
   for (const RecordLayout *record : Records()) {
     out << ".SS " << Literal(record->name) << " (" << record->size << " bytes)\n.PD 0\n";
     for (const Field &field : record->fields) {

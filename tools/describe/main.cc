@@ -1,8 +1,6 @@
-// describe: fills the templates of the manual pages and of the shells' completions with what the reports and the nodes
-// say of themselves, so that none can go stale.
+// describe: fills the templates of the manual pages and of the completions from the reports and the node catalogue.
 //   describe TEMPLATE OUTPUT
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <set>
@@ -10,7 +8,6 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "src/reports/reports.h"
 #include "tools/describe/writers.h"
@@ -24,22 +21,22 @@ const Report &FindReport(const std::string &name) {
   for (const Report *report : kestrel::kReports) {
     if (report->name == name) return *report;
   }
-  throw std::runtime_error("there is no report " + name);
+  throw std::runtime_error("unknown report: " + name);
 }
 
-// Fills a template line by line. A placeholder is a line of its own, as "@report comp-stats@". Files that are taken in
-// are named by their paths from the template's folder.
+// Copies a template and replaces its placeholders. A placeholder is a whole line, such as "@report comp-stats@", except
+// "@version@", which may be anywhere in a line.
 class Filler {
  public:
-  Filler(std::ostream &out, std::filesystem::path folder) : out_(out), folder_(std::move(folder)) {}
+  explicit Filler(std::ostream &out) : out_(out) {}
 
-  void PutLine(const std::string &line) {
+  void CopyLine(const std::string &line) {
     if (line.size() > 2 && line.front() == '@' && line.back() == '@') {
-      std::istringstream words(line.substr(1, line.size() - 2));
-      std::string what;
+      std::istringstream placeholder(line.substr(1, line.size() - 2));
+      std::string name;
       std::string argument;
-      words >> what >> argument;
-      Put(what, argument);
+      placeholder >> name >> argument;
+      Replace(name, argument);
       return;
     }
     constexpr std::string_view kVersion = "@version@";
@@ -51,54 +48,49 @@ class Filler {
     }
   }
 
-  // A page that shows some reports shows all of them.
-  void Finish() const {
+  // A page that describes one report must describe every report once.
+  void CheckReports() const {
     if (shown_.empty()) return;
     for (const Report *report : kestrel::kReports) {
-      for (const std::string what : {"report ", "columns "}) {
-        if (shown_.count(what + report->name) != 1) throw std::runtime_error("not once: " + what + report->name);
+      for (const std::string placeholder : {"report ", "columns "}) {
+        const size_t count = shown_.count(placeholder + report->name);
+        if (count != 1)
+          throw std::runtime_error("@" + placeholder + report->name + "@ occurs " + std::to_string(count) + " times");
       }
     }
   }
 
  private:
-  void Put(const std::string &what, const std::string &argument) {
-    if (what == "report") return manual::PutReport(out_, ShownReport(what, argument));
-    if (what == "columns") return manual::PutColumns(out_, ShownReport(what, argument));
-    if (what == "reports") return manual::PutReports(out_);
-    if (what == "nodes") return manual::PutNodes(out_);
-    if (what == "records") return manual::PutRecords(out_);
-    if (what == "markdown") return PutFile(argument);
-    if (what == "words-of-bash") return bash::PutWords(out_);
-    if (what == "words-of-zsh") return zsh::PutWords(out_);
-    if (what == "words-of-fish") return fish::PutWords(out_);
-    throw std::runtime_error("there is no placeholder @" + what + "@");
+  void Replace(const std::string &name, const std::string &argument) {
+    if (name == "report") return manual::PrintReport(out_, NextReport(name, argument));
+    if (name == "columns") return manual::PrintColumns(out_, NextReport(name, argument));
+    if (name == "reports") return manual::PrintReports(out_);
+    if (name == "nodes") return manual::PrintNodes(out_);
+    if (name == "records") return manual::PrintRecords(out_);
+    if (name == "bash-choices") return bash::PrintChoices(out_);
+    if (name == "zsh-choices") return zsh::PrintChoices(out_);
+    if (name == "fish-choices") return fish::PrintChoices(out_);
+    throw std::runtime_error("unknown placeholder: @" + name + "@");
   }
 
-  const Report &ShownReport(const std::string &what, const std::string &name) {
-    shown_.insert(what + ' ' + name);
-    return FindReport(name);
-  }
-
-  void PutFile(const std::string &name) {
-    std::ifstream text(folder_ / name);
-    manual::PutMarkdown(out_, text);
-    if (!text.eof()) throw std::runtime_error(name + " could not be read");
+  const Report &NextReport(const std::string &placeholder, const std::string &report) {
+    shown_.insert(placeholder + ' ' + report);
+    return FindReport(report);
   }
 
   std::ostream &out_;
-  std::filesystem::path folder_;
   std::multiset<std::string> shown_;
 };
 
 void Fill(const char *source, const char *target) {
   std::ifstream in(source);
   std::ofstream out(target);
-  Filler filler(out, std::filesystem::path(source).parent_path());
+  Filler filler(out);
   for (std::string line; std::getline(in, line);)
-    filler.PutLine(line);
-  filler.Finish();
-  if (!in.eof() || !out.flush()) throw std::runtime_error("a file could not be read, or not be written");
+    filler.CopyLine(line);
+  filler.CheckReports();
+  if (!in.eof()) throw std::runtime_error("cannot read the template");
+  if (!out.flush()) throw std::runtime_error("cannot write " + std::string(target));
 }
 
 }  // namespace

@@ -19,10 +19,10 @@ std::string Capitalized(std::string_view text) {
   return capitalized;
 }
 
-// A font's macro leaves a space between its words, unless these are in quotation marks.
+// Font macros such as .B keep the spaces in their argument only if it is quoted.
 std::string Quoted(std::string_view text) { return '"' + Literal(text) + '"'; }
 
-void PutSynopsis(std::ostream &out, const Report &report) {
+void PrintSynopsis(std::ostream &out, const Report &report) {
   out << ".PP\n.nh\n.B kestrel \\-r " << Literal(report.name) << '\n';
   for (const Option &option : OptionsOf(report)) {
     if (option.argument == Argument::kNone) {
@@ -34,8 +34,8 @@ void PutSynopsis(std::ostream &out, const Report &report) {
   out << ".hy\n";
 }
 
-// Fills a text into lines, as it stands best in a page's source.
-void PutFilled(std::ostream &out, std::string_view text) {
+// Breaks a text into lines of at most 80 characters.
+void PrintFilled(std::ostream &out, std::string_view text) {
   constexpr size_t kLine = 80;
   while (text.size() > kLine) {
     const size_t end = text.rfind(' ', kLine);
@@ -46,13 +46,13 @@ void PutFilled(std::ostream &out, std::string_view text) {
   out << text << '\n';
 }
 
-void PutColumn(std::ostream &out, const Report &report, const ColumnDesc &column) {
+void PrintColumn(std::ostream &out, const Report &report, const ColumnDesc &column) {
   out << ".TP 20\n.B " << Quoted(column.name) << '\n';
   std::string text = Capitalized(MeaningOf(column)) + " (" + KindOf(column);
   const std::string sum = SumOf(report, column);
   if (!sum.empty()) text += "; " + sum;
   if (column.IsMandatory()) text += "; always shown";
-  PutFilled(out, Literal(text + ')'));
+  PrintFilled(out, Literal(text + ')'));
 }
 
 std::string Listed(const auto &names) {
@@ -71,29 +71,28 @@ std::vector<std::string> FlagsOf(const Report &report) {
 
 }  // namespace
 
-void PutReports(std::ostream &out) {
+void PrintReports(std::ostream &out) {
   for (const Report *report : kestrel::kReports)
     out << ".TP\n.B " << Literal(report->name) << '\n' << Literal(Capitalized(report->summary)) << ".\n";
 }
 
-void PutReport(std::ostream &out, const Report &report) {
+void PrintReport(std::ostream &out, const Report &report) {
   out << ".SS " << Literal(report.name) << '\n' << Literal(Capitalized(report.summary)) << ".\n";
-  if (report.sums == Sums::kTotalRow) out << "A row of totals follows the others.\n";
-  PutSynopsis(out, report);
+  if (report.sums == Sums::kTotalRow) out << "A row of totals follows.\n";
+  PrintSynopsis(out, report);
 }
 
-void PutColumns(std::ostream &out, const Report &report) {
+void PrintColumns(std::ostream &out, const Report &report) {
   if (report.inBytes) {
-    out << ".PP\nThe units are " << Listed(UnitsOf(report)) << ".\nWithout\n.BR \\-u ,\nit is "
-        << UnitsOf(report).front() << ".\n";
+    out << ".PP\nThe units are " << Listed(UnitsOf(report)) << " (default: " << UnitsOf(report).front() << ").\n";
   }
   if (!report.filterFlags.empty()) {
     out << ".PP\n";
-    PutFilled(out, "The flags that its filters know are " + Listed(FlagsOf(report)) + ".");
+    PrintFilled(out, "Its filters accept these flags: " + Listed(FlagsOf(report)) + ".");
   }
   out << ".PP\n.PD 0\n";
   for (const ColumnDesc &column : report.columns)
-    PutColumn(out, report, column);
+    PrintColumn(out, report, column);
   out << ".PD\n";
 }
 

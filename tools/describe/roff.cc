@@ -5,7 +5,7 @@ namespace {
 
 std::string Escape(std::string_view text, std::string_view hyphen) {
   std::string escaped;
-  // At the start of a line, these would begin a request.
+  // At the start of a line, these characters start a request.
   if (text.starts_with('.') || text.starts_with('\'')) escaped = "\\&";
   for (const char c : text) {
     switch (c) {

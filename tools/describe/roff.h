@@ -1,4 +1,4 @@
-// Text in the language of manual pages.
+// Escapes text for manual pages.
 #ifndef TOOLS_DESCRIBE_ROFF_H
 #define TOOLS_DESCRIBE_ROFF_H
 
@@ -7,10 +7,10 @@
 
 namespace describe {
 
-// Characters that are to come out as they are, copied from a terminal included.
+// Text to be copied from a terminal: its hyphens become minus signs.
 std::string Literal(std::string_view text);
 
-// Running text: as Literal, but its hyphens are hyphens.
+// Running text: its hyphens stay hyphens.
 std::string Prose(std::string_view text);
 
 std::string Bold(std::string_view text);

@@ -18,13 +18,13 @@ using kestrel::ColumnDesc;
 using kestrel::FlagName;
 using kestrel::Report;
 
-struct Word {
+struct Choice {
   std::string text;
   std::string meaning;  // may be empty
 };
 
-// How a shell writes a case that gives some words.
-using PutCase = std::function<void(const std::string &key, const std::vector<Word> &words)>;
+// Prints one case of the case statement in the syntax of a shell.
+using PrintCase = std::function<void(const std::string &key, const std::vector<Choice> &choices)>;
 
 std::string LowerCase(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
@@ -37,47 +37,47 @@ std::string Replaced(std::string text, char from, std::string_view to) {
   return text;
 }
 
-// Within '...' of bash and zsh, there is no way to write the mark itself.
-std::string InMarks(std::string text) { return "'" + Replaced(std::move(text), '\'', "'\\''") + "'"; }
+// Quotes for bash and zsh, where a quoted string cannot contain a single quote.
+std::string Quoted(std::string text) { return "'" + Replaced(std::move(text), '\'', "'\\''") + "'"; }
 
-std::vector<Word> Columns(const Report &report) {
-  std::vector<Word> words;
+std::vector<Choice> Columns(const Report &report) {
+  std::vector<Choice> choices;
   for (const ColumnDesc &column : report.columns)
-    words.push_back({column.name, std::string(MeaningOf(column))});
-  return words;
+    choices.push_back({column.name, std::string(MeaningOf(column))});
+  return choices;
 }
 
-std::vector<Word> Units(const Report &report) {
-  std::vector<Word> words;
+std::vector<Choice> Units(const Report &report) {
+  std::vector<Choice> choices;
   for (std::string &unit : UnitsOf(report))
-    words.push_back({std::move(unit), ""});
-  return words;
+    choices.push_back({std::move(unit), ""});
+  return choices;
 }
 
-std::vector<Word> Flags(const Report &report) {
-  std::vector<Word> words;
+std::vector<Choice> Flags(const Report &report) {
+  std::vector<Choice> choices;
   for (const FlagName &flag : report.filterFlags)
-    words.push_back({flag.name, ""});
-  return words;
+    choices.push_back({flag.name, ""});
+  return choices;
 }
 
-std::vector<Word> Reports() {
-  std::vector<Word> words;
+std::vector<Choice> Reports() {
+  std::vector<Choice> choices;
   for (const Report *report : kestrel::kReports)
-    words.push_back({report->name, report->summary});
-  return words;
+    choices.push_back({report->name, report->summary});
+  return choices;
 }
 
-std::vector<Word> OptionWords(const Report &report) {
-  std::vector<Word> words;
+std::vector<Choice> OptionChoices(const Report &report) {
+  std::vector<Choice> choices;
   for (const Option &option : OptionsOf(report)) {
-    words.push_back({std::string("-") + option.letter, option.meaning});
-    if (option.longName != nullptr) words.push_back({std::string("--") + option.longName, option.meaning});
+    choices.push_back({std::string("-") + option.letter, option.meaning});
+    if (option.longName != nullptr) choices.push_back({std::string("--") + option.longName, option.meaning});
   }
-  return words;
+  return choices;
 }
 
-// What zsh's _arguments takes for an option.
+// The action of an argument in zsh's _arguments.
 std::string ZshAction(Argument argument) {
   switch (argument) {
     case Argument::kNone: return "";
@@ -89,9 +89,9 @@ std::string ZshAction(Argument argument) {
   return "";
 }
 
-// The forms of an option that _arguments is to know, each of which rules out the other.
-std::vector<Word> ZshOptions(const Report &report) {
-  std::vector<Word> words;
+// Each option in its short and its long form, as specifications of zsh's _arguments. The two exclude each other.
+std::vector<Choice> ZshOptions(const Report &report) {
+  std::vector<Choice> choices;
   for (const Option &option : OptionsOf(report)) {
     const bool takesArgument = option.argument != Argument::kNone;
     std::ostringstream rest;
@@ -101,16 +101,16 @@ std::vector<Word> ZshOptions(const Report &report) {
     if (option.longName != nullptr) either << "(-" << option.letter << " --" << option.longName << ')';
     std::ostringstream letter;
     letter << either.str() << '-' << option.letter << (takesArgument ? "+" : "") << rest.str();
-    words.push_back({letter.str(), ""});
+    choices.push_back({letter.str(), ""});
     if (option.longName == nullptr) continue;
     std::ostringstream longName;
     longName << either.str() << "--" << option.longName << (takesArgument ? "=" : "") << rest.str();
-    words.push_back({longName.str(), ""});
+    choices.push_back({longName.str(), ""});
   }
-  return words;
+  return choices;
 }
 
-void PutCases(const PutCase &put, const std::function<std::vector<Word>(const Report &)> &options) {
+void PrintCases(const PrintCase &put, const std::function<std::vector<Choice>(const Report &)> &options) {
   put("reports", Reports());
   for (const Report *report : kestrel::kReports) {
     const std::string name = LowerCase(report->name);
@@ -123,43 +123,43 @@ void PutCases(const PutCase &put, const std::function<std::vector<Word>(const Re
 
 }  // namespace
 
-void bash::PutWords(std::ostream &out) {
-  PutCases(
-      [&](const std::string &key, const std::vector<Word> &words) {
+void bash::PrintChoices(std::ostream &out) {
+  PrintCases(
+      [&](const std::string &key, const std::vector<Choice> &choices) {
         out << "    " << key << ") choices=(";
-        for (const Word &word : words)
-          out << (&word == words.data() ? "" : " ") << word.text;
+        for (const Choice &choice : choices)
+          out << (&choice == choices.data() ? "" : " ") << choice.text;
         out << ") ;;\n";
       },
-      OptionWords);
+      OptionChoices);
 }
 
-void zsh::PutWords(std::ostream &out) {
-  PutCases(
-      [&](const std::string &key, const std::vector<Word> &words) {
+void zsh::PrintChoices(std::ostream &out) {
+  PrintCases(
+      [&](const std::string &key, const std::vector<Choice> &choices) {
         out << "    " << key << ") choices=(\n";
-        for (const Word &word : words) {
-          const std::string text = word.meaning.empty() ? word.text : word.text + ":" + word.meaning;
-          out << "      " << InMarks(text) << '\n';
+        for (const Choice &choice : choices) {
+          const std::string text = choice.meaning.empty() ? choice.text : choice.text + ":" + choice.meaning;
+          out << "      " << Quoted(text) << '\n';
         }
         out << "    ) ;;\n";
       },
       ZshOptions);
 }
 
-void fish::PutWords(std::ostream &out) {
-  PutCases(
-      [&](const std::string &key, const std::vector<Word> &words) {
+void fish::PrintChoices(std::ostream &out) {
+  PrintCases(
+      [&](const std::string &key, const std::vector<Choice> &choices) {
         out << "        case " << key << "\n            printf '%s\\n'";
-        for (const Word &word : words) {
-          // A tab stands between a word and its meaning.
-          std::string text = word.meaning.empty() ? word.text : word.text + "\t" + word.meaning;
+        for (const Choice &choice : choices) {
+          // A tab separates a choice from its meaning.
+          std::string text = choice.meaning.empty() ? choice.text : choice.text + "\t" + choice.meaning;
           text = Replaced(Replaced(std::move(text), '\\', "\\\\"), '\'', "\\'");
           out << " \\\n                '" << text << '\'';
         }
         out << '\n';
       },
-      OptionWords);
+      OptionChoices);
 }
 
 }  // namespace describe

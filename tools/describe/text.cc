@@ -12,16 +12,16 @@ using kestrel::FigureSum;
 using kestrel::FigureUnit;
 using kestrel::Report;
 
-// By long name, since one letter may be different options of different reports.
+// Identified by the long name: the same letter may be different options in different reports.
 constexpr Option kOptions[] = {
-    {'g', "gid", Argument::kNumber, "group", "Begin at this scheduler group"},
-    {'l', "level", Argument::kNumber, "levels", "Go down so many levels of groups"},
+    {'g', "gid", Argument::kNumber, "group", "Start at this scheduler group"},
+    {'l', "level", Argument::kNumber, "levels", "Descend at most this many levels"},
     {'u', "unit", Argument::kUnit, "unit", "Show amounts in this unit"},
-    {'i', "iFilter", Argument::kFlags, "flags", "Only groups with one of these flags"},
-    {'e', "eFilter", Argument::kFlags, "flags", "No groups with one of these flags"},
-    {'t', "tags", Argument::kNone, "", "Add the sums over the groups of each tag"},
-    {'t', "time", Argument::kNumber, "seconds", "Seconds from one reading of the counters to the next"},
-    {'i', "iterations", Argument::kNumber, "count", "How often to read the counters"},
+    {'i', "iFilter", Argument::kFlags, "flags", "Include only groups with one of these flags"},
+    {'e', "eFilter", Argument::kFlags, "flags", "Exclude groups with one of these flags"},
+    {'t', "tags", Argument::kNone, "", "Add sums over the groups of each tag"},
+    {'t', "time", Argument::kNumber, "seconds", "Count for this many seconds"},
+    {'i', "iterations", Argument::kNumber, "count", "Repeat this many times"},
     {'s', "cSelect", Argument::kColumns, "columns", "Show these columns"},
     {'v', "verbose", Argument::kNone, "", "Describe the columns"},
     {'q', "csvMode", Argument::kNone, "", "Print CSV"},
@@ -32,16 +32,16 @@ bool TakesArgument(const Report &report, char letter) { return std::strchr(repor
 const Option &FindOption(std::string_view longName) {
   const auto *found =
       std::find_if(std::begin(kOptions), std::end(kOptions), [&](const Option &o) { return longName == o.longName; });
-  if (found == std::end(kOptions)) throw std::runtime_error("nothing is said of --" + std::string(longName));
+  if (found == std::end(kOptions)) throw std::runtime_error("unknown option --" + std::string(longName));
   return *found;
 }
 
-// Without its own long name, a report's letter is the shared option of that letter.
+// The option of this letter that reports share.
 const Option &SharedOption(char letter) {
   for (const option *name = kestrel::kSharedLongNames; name->name != nullptr; ++name) {
     if (name->val == letter) return FindOption(name->name);
   }
-  throw std::runtime_error(std::string("nothing is said of -") + letter);
+  throw std::runtime_error(std::string("unknown option -") + letter);
 }
 
 Option OptionOf(const Report &report, char letter) {
@@ -70,7 +70,7 @@ std::vector<Option> OptionsOf(const Report &report) {
   const std::string_view letters = report.options.letters;
   const auto colons = static_cast<size_t>(std::ranges::count(letters, ':'));
   if (options.size() != letters.size() - colons)
-    throw std::runtime_error(std::string(report.name) + " has an option of its own");
+    throw std::runtime_error(std::string(report.name) + " has an option that describe does not know");
   return options;
 }
 
@@ -93,14 +93,14 @@ std::string KindOf(const ColumnDesc &column) {
 
 std::string SumOf(const Report &report, const ColumnDesc &column) {
   if (report.sums == kestrel::Sums::kNone) return {};
-  // The rows of tags have all columns.
+  // Rows of tags show all columns.
   if (report.sums == kestrel::Sums::kTotalRow && !column.IsInTotal()) return {};
   switch (column.figure.sum) {
     case FigureSum::kAdd: return "sum";
-    case FigureSum::kAddAvailable: return "sum without what is not available";
+    case FigureSum::kAddAvailable: return "sum of the available ones";
     case FigureSum::kAddTwice: return "twice the sum";
     case FigureSum::kMean: return "mean";
-    case FigureSum::kLast: return "the last one";
+    case FigureSum::kLast: return "last value";
     case FigureSum::kAllOnes: return "always -1";
     case FigureSum::kNoSum: break;
   }

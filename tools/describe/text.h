@@ -1,4 +1,4 @@
-// What is said of the reports besides what they say of themselves.
+// Texts about reports for the manual pages and completions.
 #ifndef TOOLS_DESCRIBE_TEXT_H
 #define TOOLS_DESCRIBE_TEXT_H
 
@@ -20,19 +20,19 @@ struct Option {
   const char *meaning;
 };
 
-// A report's options in a fixed order, without those that it takes but that do something else than their name says.
+// A report's options in a fixed order.
 std::vector<Option> OptionsOf(const kestrel::Report &report);
 
-// The units that a report takes, its own first.
+// The units that a report accepts, the default first.
 std::vector<std::string> UnitsOf(const kestrel::Report &report);
 
-// What a report's column shows: "amount", "number", "text", "y or n".
+// A column's kind: "amount", "number", "text" or "y or n".
 std::string KindOf(const kestrel::ColumnDesc &column);
 
-// What a column has in the row of sums; empty if nothing.
+// A column's entry in the row of sums; empty if it has none.
 std::string SumOf(const kestrel::Report &report, const kestrel::ColumnDesc &column);
 
-// A column's meaning, without blanks at its end.
+// A column's description, without trailing blanks.
 std::string_view MeaningOf(const kestrel::ColumnDesc &column);
 
 }  // namespace describe

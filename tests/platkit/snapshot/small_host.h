@@ -1,4 +1,4 @@
-// A host of a few entries: one of each kind of value.
+// A host with one entry for each type of value.
 #ifndef TESTS_PLATKIT_SNAPSHOT_SMALL_HOST_H
 #define TESTS_PLATKIT_SNAPSHOT_SMALL_HOST_H
 
@@ -21,7 +21,7 @@ inline Header SmallHeader() {
   return {.definitions = OwnDefinitions(), .host = "small", .time = "2026-03-14T09:26:53Z"};
 }
 
-// Everything that can be read from a small host. An entry that cannot be read is empty.
+// All entries of a small host. Unreadable entries are empty.
 struct SmallHost {
   std::optional<std::string> groupName;
   std::optional<uint32_t> numVMs;
@@ -80,7 +80,7 @@ class Reading {
   ParamList *list_ = ParamList::Make();
 };
 
-// Reads the four entries, with statuses among those expected.
+// Reads the four entries and expects one of these statuses.
 inline SmallHost ReadSmallHost(Source &source,
                                std::initializer_list<HVC_ReturnStatus> expected = {HVC_OK, HVC_NOT_FOUND}) {
   const auto good = [&](HVC_ReturnStatus status) {

@@ -12,12 +12,12 @@ class Damage : public testing::Test {
     whole_ = Contents(scratch_.Path("whole"));
   }
 
-  // Opens and reads the bytes as a snapshot; the status is that of the opening.
+  // Opens and reads the bytes as a snapshot; returns the status of opening it.
   HVC_ReturnStatus Check(const std::string &bytes) {
     std::unique_ptr<Source> source;
     const HVC_ReturnStatus status = OpenSnapshot(scratch_.Write("damaged", bytes).c_str(), source);
     if (status == HVC_OK) {
-      // What is not what was written is said to be damaged, and never to be absent.
+      // A value that was not written is reported as damaged, never as absent.
       const SmallHost host = ReadSmallHost(*source, {HVC_OK, HVC_SNAPSHOT_DAMAGED});
       EXPECT_TRUE(!host.groupName || host.groupName == kSmallHost.groupName);
       EXPECT_TRUE(!host.numVMs || host.numVMs == kSmallHost.numVMs);
@@ -29,7 +29,7 @@ class Damage : public testing::Test {
     return status;
   }
 
-  // Going through the whole file ends, too.
+  // Reading the whole file terminates.
   void ReadThrough() {
     SnapshotFile file;
     ASSERT_EQ(file.Open(scratch_.Path("damaged").c_str()), HVC_OK);
@@ -41,7 +41,7 @@ class Damage : public testing::Test {
       static_cast<void>(cursor.Read(value));
   }
 
-  // One bit of the byte, another for each.
+  // Flips one bit of the byte, a different one for each position.
   std::string Flipped(size_t i) const {
     std::string bytes = whole_;
     bytes[i] = static_cast<char>(static_cast<unsigned char>(bytes[i]) ^ 1u << i % 8);
@@ -58,7 +58,7 @@ class Damage : public testing::Test {
 TEST_F(Damage, CutAtEveryLength) {
   ASSERT_EQ(Check(whole_), HVC_OK);
   ASSERT_FALSE(anythingLost_);
-  // Up to the version, nothing tells that it ever was a snapshot.
+  // A file truncated before the version is not recognized as a snapshot.
   const size_t identified = 2048 + 8 + kVersionKey.size() + 1;
   for (size_t length = 0; length < whole_.size(); ++length) {
     ASSERT_EQ(Check(whole_.substr(0, length)), length < identified ? HVC_NOT_A_SNAPSHOT : HVC_SNAPSHOT_DAMAGED)
@@ -87,13 +87,13 @@ TEST_F(Damage, EveryByteOfTheRecords) {
 
 TEST_F(Damage, EveryByteOfTheHashTables) {
   for (size_t i = EndOfRecords(); i < whole_.size(); ++i) {
-    // An overwritten empty slot does no harm.
+    // An overwritten empty slot is harmless.
     const HVC_ReturnStatus status = Check(Flipped(i));
     ASSERT_TRUE(status == HVC_OK || status == HVC_SNAPSHOT_DAMAGED) << i;
   }
 }
 
-// A key that reaches into its value's bytes costs no more than the longest key there can be.
+// A key whose length extends into its value costs no more time than the longest valid key.
 TEST_F(Damage, AKeyThatIsTooLong) {
   SnapshotWriter writer;
   AddSmallHost(writer);

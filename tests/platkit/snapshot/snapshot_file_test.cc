@@ -1,4 +1,4 @@
-// What NODAL_UseCache answers for all that may stand at a path.
+// The statuses of NODAL_UseCache for all kinds of files.
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -14,7 +14,7 @@ namespace {
 
 class Open : public testing::Test {
  protected:
-  // The source of the process stays as it was, so that tests do not meet each other's.
+  // The source of the process is restored, so that tests do not affect each other.
   HVC_ReturnStatus Status(const std::string &path) {
     std::unique_ptr<Source> source;
     const HVC_ReturnStatus status = OpenSnapshot(path.c_str(), source);
@@ -27,7 +27,7 @@ class Open : public testing::Test {
     return Contents(scratch_.Path("small"));
   }
 
-  // A small host whose version record is replaced; the rest of the file is not moved for it.
+  // A small host with another version record; the rest of the file is not moved.
   std::string WithVersion(char digit) {
     std::string bytes = SmallBytes();
     bytes.at(2048 + 8 + kVersionKey.size()) = digit;
@@ -44,7 +44,7 @@ TEST_F(Open, ASnapshotAnswersTheReadsOfTheProcess) {
   EXPECT_EQ(NODAL_Get(NODAL_NODE_sched_globalStats_numVMs, nullptr, &vms, sizeof vms), HVC_OK);
   EXPECT_EQ(vms.numVMs, 2u);
 
-  // A failure leaves the source what it was.
+  // A failure does not change the source.
   EXPECT_EQ(NODAL_UseCache(scratch_.Path("missing").c_str(), NODAL_CACHE_SNAPSHOT), HVC_NOT_FOUND);
   EXPECT_EQ(NODAL_Get(NODAL_NODE_sched_globalStats_numVMs, nullptr, &vms, sizeof vms), HVC_OK);
   EXPECT_EQ(NODAL_Set(NODAL_NODE_sched_globalStats_numVMs, nullptr, nullptr, nullptr, 0), HVC_BAD_PARAM);
@@ -80,7 +80,7 @@ TEST_F(Open, NothingThere) {
 
 TEST_F(Open, NotForThisUser) {
   if (geteuid() == 0) {
-    // For root every file is readable; as another user, this process cannot come back.
+    // Root can read every file, and the process cannot return to root as another user.
     const pid_t child = fork();
     if (child == 0) {
       const std::string path = scratch_.Write("secret", SmallBytes());
