@@ -1,4 +1,4 @@
-// A snapshot as JSON. The form is described in docs/snapshot.md.
+// A snapshot as JSON, in the form that nodal-snapshot(5) describes.
 #ifndef NODAL_SNAPSHOT_DUMP_H
 #define NODAL_SNAPSHOT_DUMP_H
 
