@@ -14,6 +14,18 @@ foreach(component ${CPACK_COMPONENTS_ALL})
   # Every Debian system has this license in /usr/share/common-licenses.
   file(REMOVE ${tree}/share/doc/kestrel/LICENSE)
 
+  # Which version of the package each symbol of the library came with: packages of programs that use it depend on that.
+  if(component STREQUAL "library")
+    list(GET CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA -1 symbols)
+    cmake_path(GET symbols PARENT_PATH folder)
+    file(MAKE_DIRECTORY ${folder})
+    execute_process(
+      COMMAND dpkg-gensymbols -c4 -p${PACKAGE} -v${CPACK_PACKAGE_VERSION}
+        -P${CPACK_TEMPORARY_DIRECTORY}/${component} -I${CMAKE_CURRENT_LIST_DIR}/${PACKAGE}.symbols -O${symbols}
+      COMMAND_ERROR_IS_FATAL ANY
+    )
+  endif()
+
   if(EXISTS ${CMAKE_CURRENT_LIST_DIR}/${PACKAGE}.lintian-overrides)
     configure_file(${CMAKE_CURRENT_LIST_DIR}/${PACKAGE}.lintian-overrides ${tree}/share/lintian/overrides/${PACKAGE} COPYONLY)
   endif()

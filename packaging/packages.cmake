@@ -1,7 +1,8 @@
-# CPack builds two Debian packages from the installed files: kestrel (programs and library) and libplatkit-dev (headers).
+# CPack builds three Debian packages from the installed files: kestrel (programs), libplatkit1 (library) and libplatkit-dev
+# (headers).
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_COMPONENTS_ALL runtime development)
+set(CPACK_COMPONENTS_ALL runtime library development)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PACKAGE_CONTACT "The kestrel developers <kestrel@packages.invalid>")
@@ -17,10 +18,8 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME kestrel)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION admin)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
-# Packages of programs that link the library get a dependency on this package.
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY >=)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/triggers)
+# kestrel's references to the library have no versions, so dpkg-shlibdeps cannot tell which version it needs.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libplatkit1 (= ${PROJECT_VERSION})")
 # Each package sets its own summary.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
@@ -31,18 +30,35 @@ kernel heaps and persistent memory. kestrel reads the running host (control
 groups, processes, QEMU/KVM guests) or a snapshot file.
 .
 The companion nodal saves, compares and verifies snapshots, and exports
-metrics to Prometheus. This package also contains libplatkit, the C library
-that both programs use.")
+metrics to Prometheus.")
+
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libplatkit1)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
+# Packages of programs that link the library get a dependency on this package, by its symbols file, which debian.cmake
+# writes, or by its shlibs file.
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY >=)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA
+  ${CMAKE_CURRENT_LIST_DIR}/triggers
+  ${PROJECT_BINARY_DIR}/packaging/symbols
+)
+set(CPACK_DEBIAN_LIBRARY_DESCRIPTION
+"system-information tree of a hypervisor host - shared library
+libplatkit reads the system information of a hypervisor host, running or saved
+in a snapshot, as a tree of fixed-size records with a C interface.
+.
+This package contains the shared library.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libplatkit-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "kestrel (= ${PROJECT_VERSION}), libc6-dev | libc-dev")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libplatkit1 (= ${PROJECT_VERSION}), libc6-dev | libc-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
 "system-information tree of a hypervisor host - development files
 libplatkit reads the system information of a hypervisor host, running or saved
-in a snapshot, as a tree of fixed-size records behind a C interface.
+in a snapshot, as a tree of fixed-size records with a C interface.
 .
-This package contains the headers, the linker name of the library and its
-pkg-config file.")
+This package contains the headers, the manual pages, the linker name of the
+library and its pkg-config file.")
 
 include(CPack)
