@@ -31,8 +31,7 @@ inline void Line::Append(std::string_view text) {
     Flush();
     if (text.size() > sizeof text_) return PrintBytes(text);
   }
-  std::memcpy(text_ + size_, text.data(), text.size());
-  size_ += text.size();
+  size_ += text.copy(text_ + size_, text.size());
 }
 
 inline void Line::Pad(int count) {
