@@ -22,7 +22,7 @@ TEST(PlatkitPages, HaveEachSymbolOfTheLibrary) {
 
 TEST(PlatkitPages, HaveEachStatusAndConstantOfTheHeader) {
   const std::string header = testing_support::ReadFile(NODAL_HEADER);
-  const std::string expression = "((HVC|NODAL)_[A-Z]+[A-Z_]+)[^A-Za-z_]";
+  const std::string expression = "\\b((?:HVC|NODAL)_[A-Z_]*[A-Z])(?=[^A-Za-z_])";
   const std::set<std::string> named = FindAll(Page("platkit.3").Text(), expression);
   const std::set<std::string> declared = FindAll(header, expression);
   EXPECT_GT(declared.size(), 20u);
