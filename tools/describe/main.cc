@@ -1,13 +1,17 @@
-// describe: fills the templates of the manual pages and of the completions from the reports and the node catalogue.
+// describe: fills the templates of the manual pages and of the completions from the reports, the node catalogue and the
+// commands of nodal.
 //   describe TEMPLATE OUTPUT
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <set>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "src/reports/reports.h"
 #include "tools/describe/writers.h"
@@ -24,6 +28,15 @@ const Report &FindReport(const std::string &name) {
   throw std::runtime_error("unknown report: " + name);
 }
 
+std::vector<std::string> ReportPlaceholders() {
+  std::vector<std::string> placeholders;
+  for (const Report *report : kestrel::kReports) {
+    placeholders.push_back("report " + std::string(report->name));
+    placeholders.push_back("columns " + std::string(report->name));
+  }
+  return placeholders;
+}
+
 // Copies a template and replaces its placeholders. A placeholder is a whole line, such as "@report comp-stats@", except
 // "@version@", which may be anywhere in a line.
 class Filler {
@@ -32,11 +45,8 @@ class Filler {
 
   void CopyLine(const std::string &line) {
     if (line.size() > 2 && line.front() == '@' && line.back() == '@') {
-      std::istringstream placeholder(line.substr(1, line.size() - 2));
-      std::string name;
-      std::string argument;
-      placeholder >> name >> argument;
-      Replace(name, argument);
+      std::istringstream text(line.substr(1, line.size() - 2));
+      Replace({std::istream_iterator<std::string>(text), {}});
       return;
     }
     constexpr std::string_view kVersion = "@version@";
@@ -48,23 +58,27 @@ class Filler {
     }
   }
 
-  // A page that describes one report must describe every report once.
-  void CheckReports() const {
-    if (shown_.empty()) return;
-    for (const Report *report : kestrel::kReports) {
-      for (const std::string placeholder : {"report ", "columns "}) {
-        const size_t count = shown_.count(placeholder + report->name);
-        if (count != 1)
-          throw std::runtime_error("@" + placeholder + report->name + "@ occurs " + std::to_string(count) + " times");
+  // A page that describes one report must describe every report once. The same is true for the commands of nodal.
+  void CheckCompleteness() const {
+    for (const std::vector<std::string> &required : {ReportPlaceholders(), manual::CommandPlaceholders()}) {
+      if (std::ranges::none_of(required, [&](const std::string &name) { return shown_.contains(name); })) continue;
+      for (const std::string &name : required) {
+        const size_t count = shown_.count(name);
+        if (count != 1) throw std::runtime_error("@" + name + "@ occurs " + std::to_string(count) + " times");
       }
     }
   }
 
  private:
-  void Replace(const std::string &name, const std::string &argument) {
-    if (name == "report") return manual::PrintReport(out_, NextReport(name, argument));
-    if (name == "columns") return manual::PrintColumns(out_, NextReport(name, argument));
+  void Replace(std::vector<std::string> words) {
+    words.resize(4);  // missing words are empty
+    const std::string &name = words[0];
+    shown_.insert(name + ' ' + words[1] + (name == "option" ? ' ' + words[2] : ""));
+    if (name == "report") return manual::PrintReport(out_, FindReport(words[1]));
+    if (name == "columns") return manual::PrintColumns(out_, FindReport(words[1]));
     if (name == "reports") return manual::PrintReports(out_);
+    if (name == "command") return manual::PrintCommand(out_, words[1]);
+    if (name == "option") return manual::PrintOption(out_, words[1], words[2], words[3]);
     if (name == "nodes") return manual::PrintNodes(out_);
     if (name == "records") return manual::PrintRecords(out_);
     if (name == "bash-choices") return bash::PrintChoices(out_);
@@ -73,13 +87,8 @@ class Filler {
     throw std::runtime_error("unknown placeholder: @" + name + "@");
   }
 
-  const Report &NextReport(const std::string &placeholder, const std::string &report) {
-    shown_.insert(placeholder + ' ' + report);
-    return FindReport(report);
-  }
-
   std::ostream &out_;
-  std::multiset<std::string> shown_;
+  std::multiset<std::string> shown_;  // the placeholders, without the names of arguments
 };
 
 void Fill(const char *source, const char *target) {
@@ -88,7 +97,7 @@ void Fill(const char *source, const char *target) {
   Filler filler(out);
   for (std::string line; std::getline(in, line);)
     filler.CopyLine(line);
-  filler.CheckReports();
+  filler.CheckCompleteness();
   if (!in.eof()) throw std::runtime_error("cannot read the template");
   if (!out.flush()) throw std::runtime_error("cannot write " + std::string(target));
 }
