@@ -82,8 +82,8 @@ class SavedHost {
  public:
   // An empty root, or one unpacked from an archive of that name below hosts/.
   //
-  // The source's clock does not run; Age() advances it. Each change of the host through this class also advances it, so far
-  // that everything that was read before is read again.
+  // The source's clock does not run; Age() advances it. Each change of the host through this class also advances it, so
+  // far that everything that was read before is read again.
   explicit SavedHost(Writes writes = Writes::kRefused);
   explicit SavedHost(const std::string &archive, Writes writes = Writes::kRefused);
   ~SavedHost();
