@@ -23,9 +23,9 @@ struct Symbol {
 
 // The exported symbols of a program or library, by their names without versions.
 std::map<std::string, Symbol> SymbolsOf(const char *file) {
-  const Outcome outcome = testing_support::Run(
-      {.program = NM_PROGRAM,
-       .arguments = {"-D", "-S", "-t", "d", "--defined-only", "--without-symbol-versions", file}});
+  const Outcome outcome =
+      testing_support::Run({.program = NM_PROGRAM,
+                            .arguments = {"-D", "-S", "-t", "d", "--defined-only", "--without-symbol-versions", file}});
   EXPECT_EQ(outcome.exitStatus, 0) << outcome;
   std::map<std::string, Symbol> symbols;
   for (const std::string &line : Lines(outcome.output)) {
