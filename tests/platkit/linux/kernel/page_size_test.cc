@@ -23,7 +23,7 @@ TEST(PageSize, TheVectorTells) {
   const auto own = static_cast<uint64_t>(sysconf(_SC_PAGESIZE));
   EXPECT_EQ(BytesOf(Vector(kPageSize, 65536)), 65536u);
   EXPECT_EQ(BytesOf(Vector(7, 65536)), own) << "another entry";
-  for (const uint64_t bad : {0, 1, 2048, 65537, 3 * 4096})
+  for (const uint64_t bad : {0u, 1u, 2048u, 65537u, 3u * 4096u})
     EXPECT_EQ(BytesOf(Vector(kPageSize, bad)), own) << bad;
   EXPECT_EQ(BytesOf("short"), own);
   KernelFiles kernel;
