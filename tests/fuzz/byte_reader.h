@@ -1,4 +1,4 @@
-// Takes an input apart, from its start to its end; behind that, everything is 0.
+// Reads values from the bytes of an input, in order. After the end of the input, every value is 0.
 #ifndef TESTS_FUZZ_BYTE_READER_H
 #define TESTS_FUZZ_BYTE_READER_H
 
@@ -25,14 +25,14 @@ class ByteReader {
   // A number below `count`.
   size_t TakeIndex(size_t count) { return Take<unsigned char>() % count; }
 
-  // As many as there are, at most.
+  // Takes `size` bytes, or all that are left if there are fewer.
   std::string_view TakeBytes(size_t size) {
     const std::string_view taken = bytes_.substr(0, size);
     bytes_.remove_prefix(taken.size());
     return taken;
   }
 
-  // What stands before the separator, which is taken as well, or else all.
+  // Takes the bytes before the separator, and skips the separator. Takes all bytes if there is no separator.
   std::string_view TakeUntil(char separator) {
     const std::string_view taken = bytes_.substr(0, bytes_.find(separator));
     bytes_.remove_prefix(std::min(taken.size() + 1, bytes_.size()));

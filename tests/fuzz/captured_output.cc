@@ -36,7 +36,7 @@ int TextStream::Close(void *stream) {
   return 0;
 }
 
-// The C library lets a program put other streams in the place of the standard ones.
+// The C library lets a program replace its standard streams.
 CapturedOutput::CapturedOutput()
     : savedOutput_(std::exchange(stdout, output.file())), savedErrors_(std::exchange(stderr, errors.file())) {}
 

@@ -1,4 +1,4 @@
-// What a program that runs in this process writes.
+// Captures the output of a program that runs in this process.
 #ifndef TESTS_FUZZ_CAPTURED_OUTPUT_H
 #define TESTS_FUZZ_CAPTURED_OUTPUT_H
 
@@ -8,7 +8,7 @@
 
 namespace fuzz {
 
-// A stream whose bytes go into a text, and to no descriptor.
+// A stream that writes to a string instead of a descriptor.
 class TextStream {
  public:
   TextStream();
@@ -17,7 +17,7 @@ class TextStream {
   TextStream &operator=(const TextStream &) = delete;
 
   FILE *file() const { return file_; }
-  // All that was written so far.
+  // Returns everything that was written so far.
   std::string Take();
   // From now on, every write fails.
   void Break() { broken_ = true; }
@@ -32,8 +32,8 @@ class TextStream {
   FILE *file_;
 };
 
-// While it lives, standard output and standard error are captured. The descriptors stay what they are, so that a
-// sanitizer's report and the fuzzer's own lines still reach their reader.
+// Captures standard output and standard error until it is destroyed. It does not redirect the descriptors, so reports
+// of the sanitizers and lines of the fuzzer are still printed.
 class CapturedOutput {
  public:
   CapturedOutput();
@@ -49,7 +49,7 @@ class CapturedOutput {
   FILE *const savedErrors_;
 };
 
-// Whether nothing in the text moves a cursor or changes a terminal's state: names come from outside.
+// Whether the text contains no control characters of terminals. Names come from outside and may contain any bytes.
 bool IsFitForTerminal(std::string_view text);
 
 }  // namespace fuzz

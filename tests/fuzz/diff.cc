@@ -1,5 +1,5 @@
-// Two whole snapshots, with a line "=" between them. What differs does so in both directions, and nothing differs from
-// itself.
+// Compares two valid snapshots, which the line "=" separates in the input. The differences are the same in both
+// directions, and a snapshot does not differ from itself.
 #include <nlohmann/json.hpp>
 
 #include "tests/fuzz/captured_output.h"

@@ -1,5 +1,5 @@
-// The files of a host, in the form of tests/linux/hosts: all that the catalogue has is read of them. The capture is
-// sound, and kestrel says of it what it says of the host, if the host does not contradict itself.
+// Captures a host from files in the format of tests/linux/hosts. The capture has no problems, and a report of it equals
+// the report of the host, unless the files contradict each other.
 #include <memory>
 #include <sstream>
 
@@ -34,7 +34,7 @@ void ReadFrom(const fuzz::RootFolder &root) {
   REQUIRE(NODAL_UseCache(root.path().c_str(), NODAL_CACHE_ROOT_FOLDER) == HVC_OK);
 }
 
-// Without paths, of all but the devices on the PCI bus.
+// Captures these paths, or everything except PCI devices if there are none.
 bool Capture(const fuzz::RootFolder &root, const std::vector<std::string> &paths, const std::string &snapshot) {
   const fuzz::KeptSignals signals;
   ReadFrom(root);
@@ -43,8 +43,8 @@ bool Capture(const fuzz::RootFolder &root, const std::vector<std::string> &paths
   return fuzz::Succeeds([&] { nodal::Capture(options); });
 }
 
-// A process that is in two control groups, as one seems to be that moves while they are read, is in two of the capture.
-// There can be no other problem.
+// A process that two control groups list, as if it had moved while they were read, is in two groups of the capture. No
+// other problem is possible.
 bool ContradictsItself(const std::string &snapshot) {
   std::string text;
   if (fuzz::IsSound(snapshot, &text)) return false;
@@ -57,7 +57,7 @@ bool ContradictsItself(const std::string &snapshot) {
   return true;
 }
 
-// Without banners, which tell the time.
+// Compares CSV, because the banners of tables contain the time.
 void CompareReports(const fuzz::RootFolder &root, const std::string &snapshot, const std::string &report) {
   ReadFrom(root);
   const fuzz::Outcome live = fuzz::RunKestrel(std::vector<std::string>{"-r", report, "-q"});
@@ -72,8 +72,8 @@ void CompareReports(const fuzz::RootFolder &root, const std::string &snapshot, c
   REQUIRE(live == saved);
 }
 
-// Reads the records for whoever has seen no list. They may be others where the host contradicts itself: a process knows
-// its control group, and a control group its processes.
+// Reads each record without listing its parent first. The values may differ if the files contradict each other: both a
+// process and its control group say which group the process is in.
 void ReadWithoutLists(const fuzz::RootFolder &root, const std::string &snapshot) {
   std::unique_ptr<platkit::Source> source;
   REQUIRE(platkit::OpenSavedRoot(root.path().c_str(), platkit::Writes::kRefused, source) == HVC_OK);
@@ -101,7 +101,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   REQUIRE(Capture(root, {}, snapshot));
   if (ContradictsItself(snapshot)) return 0;
   ReadWithoutLists(root, snapshot);
-  // Each input is shown one report, for time.
+  // One report per input, to save time.
   static const std::vector<std::string> reports = ReportNames();
   CompareReports(root, snapshot, reports[size % reports.size()]);
   return 0;

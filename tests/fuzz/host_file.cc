@@ -1,4 +1,5 @@
-// One file of a host: a parser's, and fast. An input is a letter that chooses the file, and the file's content.
+// Parses one file of a host, which is faster than a whole host. An input is a letter that selects the file, and the
+// contents of the file.
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -18,12 +19,12 @@ namespace {
 using platkit::ArchiveEntry;
 
 struct Parser {
-  const char *host;   // of tests/linux/hosts
-  const char *file;   // that the input stands for
+  const char *host;   // in tests/linux/hosts
+  const char *file;   // the file that the input replaces
   std::string below;  // the nodes that are read
 };
 
-// In alphabetical order from 'A'; a new one goes to the end, for the inputs that are kept.
+// The letter 'A' selects the first one. Add new ones at the end, so that the inputs in the corpus keep their meaning.
 const Parser kParsers[] = {
     {"two-nodes", "proc/meminfo", "/memory/comprehensive"},
     {"two-nodes", "proc/zoneinfo", "/sched/globalStats"},
@@ -59,7 +60,7 @@ const Parser kParsers[] = {
     {"persistent-memory", "sys/bus/pci/devices/0000:3a:0a.2/vendor", "/hardware/pci"},
 };
 
-// A host that has its own files again after each input.
+// A host whose original file is restored after each input.
 class Host {
  public:
   explicit Host(const std::string &name) : root_(name) {
@@ -105,7 +106,7 @@ void ReadNodes(const std::string &root, const std::string &below) {
   try {
     nodal::Walk(tree, filter).Visit([](const std::string &, size_t) {}, read);
   } catch (const nodal::Failure &) {
-    // a list that cannot be read
+    // the list cannot be read
   }
 }
 

@@ -1,4 +1,4 @@
-// Any text as nodal's JSON. What is built of it can be reported on, and is the same when it is dumped and built again.
+// Builds a snapshot from any JSON text. Reports can read the snapshot, and it is unchanged by dump and build.
 #include "tests/fuzz/kestrel.h"
 #include "tests/fuzz/nodal.h"
 #include "tests/fuzz/target.h"

@@ -31,10 +31,10 @@ using platkit::snapshot::Value;
 
 constexpr int kMostPeriods = 3;
 
-// The configuration space of a device, so that its registers can still be written when a longer file cannot.
+// The size of a configuration space: registers can be written, but longer files cannot.
 constexpr rlim_t kMaxFileBytes = 4096;
 
-// While kestrel runs. The fuzzer has a thread of its own, which does sleep.
+// Null unless kestrel runs in this thread. The fuzzer's own thread really sleeps.
 thread_local TextStream *kestrelOutput = nullptr;
 int periods = 0;
 
@@ -45,13 +45,13 @@ void LimitFiles(rlim_t size) {
   setrlimit(RLIMIT_FSIZE, &limit);
 }
 
-// Whether a walk over the groups takes so many visits that it would only be slow. Groups that name each other multiply
-// them, level by level; what kestrel does about that, other tests show in less time.
+// Whether a walk over the groups takes too many visits for fuzzing. In a cycle of groups, the visits multiply with each
+// level; circle_test covers cycles in less time.
 bool IsLongWalk(SnapshotFile &file) {
   constexpr uint64_t kMostVisits = 10'000;
   struct Group {
     std::vector<int64_t> members;
-    uint64_t visits = 1;  // of a walk from here, over so many levels as were gone through
+    uint64_t visits = 1;  // of a walk that starts here, for the levels counted so far
   };
   std::map<int64_t, Group> groups;
   SnapshotFile::Cursor cursor(file);
@@ -77,7 +77,7 @@ bool IsLongWalk(SnapshotFile &file) {
   return false;
 }
 
-// What a user typed is shown as it is.
+// Messages repeat the arguments unchanged, so control characters are replaced.
 std::string WithoutControls(std::string word) {
   std::ranges::replace_if(
       word, [](unsigned char c) { return c < 0x20 || c >= 0x7f; }, '?');
@@ -90,7 +90,7 @@ Outcome RunKestrel(std::span<const std::string> words) {
   static const ProgramState atStart("kestrel");
   atStart.Restore();
   isBusListEmpty = 1;
-  optind = 0;  // lets getopt begin anew
+  optind = 0;  // restarts getopt
   std::signal(SIGXFSZ, SIG_IGN);
 
   std::vector<std::string> all = {"kestrel"};

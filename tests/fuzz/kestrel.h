@@ -1,4 +1,4 @@
-// kestrel, run in this process over the source that it reads already.
+// Runs kestrel in this process, over the current source of the process.
 #ifndef TESTS_FUZZ_KESTREL_H
 #define TESTS_FUZZ_KESTREL_H
 
@@ -17,18 +17,18 @@ struct Outcome {
   bool operator==(const Outcome &) const = default;
 };
 
-// `words` are those behind the program's name. What is printed is printed as for a terminal; sleeping takes no time,
-// and after a few periods of it output fails, for who may ask for two thousand million of them.
+// Runs kestrel with these arguments, as on a terminal. sleep() returns at once. After a few calls of it, all output
+// fails, because an input may ask for two billion iterations.
 Outcome RunKestrel(std::span<const std::string> words);
 
-// The words of a command line in a text.
+// Splits a command line into words.
 std::vector<std::string> WordsOf(std::string_view text, char separator);
 
-// The word, made such that it names no file outside the folder that the program runs in.
+// Changes the word so that it cannot name a file outside the working directory.
 std::string WithoutFolders(std::string word);
 
-// Runs kestrel over a snapshot, with the options that are the host's name in it, and checks what must be true of any
-// run: a status of 0 or 1, and nothing from the snapshot that could steer a terminal.
+// Runs kestrel over a snapshot whose host name contains the options. Checks that the exit status is 0 or 1, and that
+// the output contains no control characters of terminals.
 void ReportOnSnapshot(const std::string &path);
 
 }  // namespace fuzz

@@ -1,4 +1,4 @@
-// What targets do with the commands of nodal.
+// Runs the commands of nodal for the fuzz targets.
 #ifndef TESTS_FUZZ_NODAL_H
 #define TESTS_FUZZ_NODAL_H
 
@@ -9,7 +9,7 @@
 
 namespace fuzz {
 
-// A file in memory, which has a name as long as it lives.
+// A file in memory, with a path that is valid until the object is destroyed.
 class MemoryFile {
  public:
   explicit MemoryFile(std::string_view content);
@@ -24,20 +24,20 @@ class MemoryFile {
   std::string path_;
 };
 
-// A folder of the process's own below TMPDIR, which is gone with the process.
+// A private folder below TMPDIR, which is removed when the process exits.
 const std::string &ScratchFolder();
 
-// Runs a command. True if it did not end with a failure of its own; any other exception is for nobody to catch.
-// `output`, if given, gets what it printed.
+// Runs a command and stores its output in `output` unless that is null. Returns false if the command throws a Failure;
+// any other exception is a bug and is not caught.
 bool Succeeds(const std::function<void()> &command, std::string *output = nullptr);
 
-// Whether a snapshot opens and has no problem. What is told of it may be shown.
+// Whether a snapshot opens and has no problem. Checks that the printed problems are safe for a terminal.
 bool IsSound(const std::string &snapshot, std::string *problems = nullptr);
 
-// Dumps the snapshot and builds another of the dump, which must be the same, byte for byte.
+// Dumps the snapshot, builds a snapshot from the dump, and checks that both have the same bytes.
 void CheckRoundTrip(const std::string &snapshot);
 
-// While it lives, the process's working folder is another one.
+// Changes the working directory of the process until it is destroyed.
 class WorkingFolder {
  public:
   explicit WorkingFolder(const std::string &path);
@@ -49,7 +49,7 @@ class WorkingFolder {
   int saved_;
 };
 
-// A capture takes the signals that end a program into its own hands. They are given back.
+// Restores the signal handlers that a capture replaces.
 class KeptSignals {
  public:
   KeptSignals();

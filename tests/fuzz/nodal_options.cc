@@ -1,4 +1,4 @@
-// Command lines of nodal, a word on each line, in a folder with two snapshots, their JSON and a saved root folder.
+// Runs command lines of nodal, one word per line, in a folder with two snapshots, their JSON, and a saved root folder.
 #include <algorithm>
 #include <iterator>
 #include <vector>
@@ -22,7 +22,7 @@ constexpr const char *kHost = R"({"format": 1, "host": "-r heap-stats", "nodes":
   "/system/heaps": ["main"],
   "/system/heaps/main/stats": {"name": "main", "size": 4096}}})";
 
-// Command lines may write over what they read, so there is a new folder for each.
+// Command lines may overwrite their inputs, so each one gets a new folder.
 fuzz::RootFolder NewFolder() {
   using enum platkit::ArchiveEntry::Kind;
   fuzz::RootFolder folder("commands");
@@ -42,7 +42,8 @@ bool IsNodePath(const std::string &word) {
   return std::ranges::any_of(kTops, [&](const char *top) { return word.starts_with(top); });
 }
 
-// The paths of nodes lead nowhere in a file system; no other word may lead out of the folder.
+// Keeps paths of nodes, which are not files. Changes all other words so that they cannot name a file outside the
+// folder.
 std::vector<std::string> HarmlessWordsOf(std::string_view text) {
   std::vector<std::string> words = fuzz::WordsOf(text, '\n');
   for (std::string &word : words) {

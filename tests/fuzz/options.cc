@@ -1,5 +1,5 @@
-// Command lines of kestrel, a word on each line, over a saved host; dcpmm-stats, which reads none, over one with
-// persistent-memory modules.
+// Runs command lines of kestrel, one word per line, over a snapshot. dcpmm-stats cannot read a snapshot, so it runs
+// over a saved root folder with persistent-memory modules.
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
@@ -14,7 +14,7 @@
 
 namespace {
 
-// In the folder that kestrel runs in, where an input can name it.
+// Builds the snapshot in the working directory, so that an input can name it.
 void BuildHost() {
   const std::string snapshot = fuzz::ScratchFolder() + "/host.nodal";
   REQUIRE(fuzz::Succeeds([&] { nodal::BuildSnapshot(SAMPLE_JSON, snapshot); }));

@@ -1,4 +1,5 @@
-// Paths of nodes. A path that is recognised has no other form; a text finds its way through a path, whatever it is.
+// Parses paths of nodes. An accepted path has only one spelling, and any text argument survives being written to a path
+// and parsed.
 #include "platkit/path.h"
 #include "tests/fuzz/target.h"
 #include "tools/nodal/tree/arguments.h"

@@ -10,7 +10,7 @@
 namespace fuzz {
 namespace {
 
-// Where the executable lies in memory, which comes first among what the process has loaded.
+// The load address of the executable, which is the first loaded object.
 uintptr_t LoadAddress() {
   uintptr_t address = 0;
   dl_iterate_phdr(
@@ -30,8 +30,8 @@ std::vector<T> Table(const std::string &file, uint64_t offset, size_t count) {
   return table;
 }
 
-// In an instrumented program the size of a variable includes the room around it that nobody may touch, which the
-// compiler and the C library's own copying would watch.
+// In a program with AddressSanitizer, the size of a variable includes its red zones. Instrumented code and memcpy would
+// report accesses to them.
 __attribute__((no_sanitize("address"))) void Copy(volatile char *to, const volatile char *from, size_t size) {
   for (; size >= sizeof(uint64_t); size -= sizeof(uint64_t), to += sizeof(uint64_t), from += sizeof(uint64_t))
     *reinterpret_cast<volatile uint64_t *>(to) = *reinterpret_cast<const volatile uint64_t *>(from);
@@ -39,7 +39,7 @@ __attribute__((no_sanitize("address"))) void Copy(volatile char *to, const volat
     *to++ = *from++;
 }
 
-// A vector must not forget the memory that it holds.
+// `sockets` is a vector: restoring its bytes would leak its memory.
 bool IsPlain(std::string_view symbol) { return symbol.find("sockets") == std::string_view::npos; }
 
 }  // namespace

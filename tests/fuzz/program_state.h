@@ -1,4 +1,4 @@
-// The variables of a program that runs many times in one process.
+// Resets the global variables of a program that runs many times in one process.
 #ifndef TESTS_FUZZ_PROGRAM_STATE_H
 #define TESTS_FUZZ_PROGRAM_STATE_H
 
@@ -7,8 +7,9 @@
 
 namespace fuzz {
 
-// kestrel prints one report in its life, and keeps the report's columns and sums in variables that it never clears. The
-// variables of a namespace are found by the symbols of the executable, and put back to what they were.
+// kestrel prints one report per process, and never clears the global variables with the report's columns and sums. This
+// class finds the variables of a namespace through the symbols of the executable, saves their values, and restores
+// them.
 class ProgramState {
  public:
   explicit ProgramState(std::string_view nameSpace);

@@ -1,4 +1,4 @@
-// Records of any bytes: shown by nodal, written as JSON and read back, and with pseudonyms in the place of names.
+// Records of any bytes: printed by nodal, converted to JSON and back, and anonymized.
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -17,7 +17,7 @@ using platkit::Node;
 using platkit::RecordLayout;
 using Bytes = std::vector<std::byte>;
 
-// Has the one record, whatever it is asked for.
+// Returns the same record for every node.
 class OneRecord : public platkit::Source {
  public:
   explicit OneRecord(Bytes bytes) : bytes_(std::move(bytes)) {}

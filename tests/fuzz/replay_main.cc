@@ -1,4 +1,4 @@
-// Runs a target over files, and over all files of folders: what the fuzzer once found stays a test, with any compiler.
+// Runs a target over files and over all files in folders, so that earlier findings stay tests with any compiler.
 #include <algorithm>
 #include <cstdio>
 #include <exception>
@@ -26,7 +26,7 @@ int Replay(const std::vector<fs::path> &paths) {
   size_t count = 0;
   for (const fs::path &path : paths) {
     for (const fs::path &file : FilesAt(path)) {
-      // Whoever reads of a failure sees the last of these lines.
+      // If the target fails, the last of these lines names the input.
       std::printf("%s\n", file.c_str());
       std::fflush(stdout);
       const std::string input = testing_support::ReadFile(file);

@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 using platkit::ArchiveEntry;
 using platkit::FileDescriptor;
 
-// The parts of a path that stays in its folder; none for any other.
+// The parts of a path; none if the path leaves the folder.
 std::vector<std::string> PartsOf(const std::string &path) {
   std::vector<std::string> parts;
   std::istringstream in(path.substr(0, path.find('\0')));
@@ -28,7 +28,7 @@ std::vector<std::string> PartsOf(const std::string &path) {
   return parts;
 }
 
-// Goes into folders, which are made where they are missing, and through no link.
+// Opens a folder below the root. Creates missing folders and follows no symbolic links.
 FileDescriptor OpenFolder(const std::string &root, const std::vector<std::string> &parts) {
   FileDescriptor folder(open(root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
   for (const std::string &part : parts) {

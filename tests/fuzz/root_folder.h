@@ -1,4 +1,4 @@
-// A folder that stands for a host's root folder, filled from an input.
+// A saved root folder of a host, filled from an input.
 #ifndef TESTS_FUZZ_ROOT_FOLDER_H
 #define TESTS_FUZZ_ROOT_FOLDER_H
 
@@ -11,13 +11,13 @@ namespace fuzz {
 
 class RootFolder {
  public:
-  // An empty folder of that name in the process's scratch folder.
+  // Creates an empty folder with this name in ScratchFolder().
   explicit RootFolder(const std::string &name);
 
   const std::string &path() const { return path_; }
 
-  // Entries that lead out of the folder, or cannot be made, are passed over: an input must not write to the machine
-  // that it is tried on.
+  // Skips entries that lead out of the folder or cannot be created: an input must not write anywhere else on this
+  // machine.
   void Put(const std::vector<platkit::ArchiveEntry> &entries) const;
   void Put(const platkit::ArchiveEntry &entry) const;
 

@@ -1,5 +1,5 @@
-// A snapshot file of any bytes: opened through the C interface, reported on, verified; and what is verified can be
-// dumped and built again.
+// A snapshot file of any bytes is opened through the C interface, read by a report and verified. If it is valid, it is
+// unchanged by dump and build.
 #include "platkit/nodal.h"
 #include "tests/fuzz/kestrel.h"
 #include "tests/fuzz/nodal.h"

@@ -1,5 +1,5 @@
-// Changes to snapshots that get past their checks: of the bytes anywhere, with the checks put right again; and of the
-// entries, in a file that is made anew.
+// Mutates snapshots so that their checksums stay correct: changes any bytes and recomputes the checksums, or changes
+// entries and rewrites the file.
 #include <algorithm>
 #include <random>
 #include <string>
@@ -25,7 +25,7 @@ struct Entry {
   std::string payload;
 };
 
-// A file whose places need not make sense.
+// A file whose positions may be invalid.
 class Bytes {
  public:
   explicit Bytes(std::span<uint8_t> bytes) : bytes_(bytes) {}
@@ -78,7 +78,7 @@ std::vector<Entry> EntriesOf(std::span<const uint8_t> bytes) {
   return entries;
 }
 
-// Empty if the entries make up no file.
+// Returns the file with these entries; empty if they are invalid.
 std::string FileOf(const std::vector<Entry> &entries) {
   SnapshotWriter writer;
   for (const Entry &entry : entries) {

@@ -1,5 +1,5 @@
-// A snapshot that is whole, of a host that may make no sense: it is reported on, and must come out of a dump and a
-// build the same.
+// A well-formed snapshot whose nodes may contradict each other. Reports can read it, and it is unchanged by dump and
+// build.
 #include "tests/fuzz/kestrel.h"
 #include "tests/fuzz/nodal.h"
 #include "tests/fuzz/target.h"

@@ -20,7 +20,7 @@ constexpr size_t kMostEntries = 200;
 
 enum Form { kRecord, kList, kFailure, kRaw };
 
-// Mostly small ones, so that what one node names is found at another.
+// Mostly returns small integers, so that references between nodes often match.
 int64_t TakeInteger(ByteReader &input) {
   const auto small = input.Take<int8_t>();
   return small == INT8_MIN ? input.Take<int64_t>() : small;
@@ -39,7 +39,7 @@ nodal::Argument TakeArgument(ByteReader &input, platkit::ParamKind kind) {
                                           : nodal::TextArgument(TakeText(input));
 }
 
-// Some bytes, and the last of them over and over.
+// Takes up to 255 bytes, and fills the rest of the record with the last one.
 std::vector<std::byte> TakeRecord(ByteReader &input, size_t size) {
   const std::string_view bytes = input.TakeBytes(input.TakeIndex(256));
   std::vector<std::byte> record(size, static_cast<std::byte>(bytes.empty() ? 0 : bytes.back()));

@@ -1,5 +1,5 @@
-// A snapshot in a form that is short, and of which few changes make none at all: the host's name up to the end of the
-// line, then nodes with their instances and what is stored there.
+// A short binary form of snapshots, in which most changes give another snapshot: the host name up to the end of the
+// line, then nodes with their instances and values.
 #ifndef TESTS_FUZZ_TREE_FORM_H
 #define TESTS_FUZZ_TREE_FORM_H
 
@@ -8,7 +8,7 @@
 
 namespace fuzz {
 
-// Writes the snapshot of the input. False if there is none.
+// Writes the snapshot that the input describes. Returns false if there is none.
 bool WriteTree(std::string_view input, const std::string &path);
 
 }  // namespace fuzz
