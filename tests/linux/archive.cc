@@ -19,7 +19,7 @@ std::string BytesOfHex(const std::string &line) {
   return bytes;
 }
 
-// What the lines of an entry stand for in its file.
+// Returns the contents that a line of an entry adds to its file.
 std::string Content(const std::string &kind, const std::string &line) {
   if (kind == "Hex") return BytesOfHex(line);
   return line + (kind == "Words" ? '\0' : '\n');
@@ -30,7 +30,7 @@ std::string Content(const std::string &kind, const std::string &line) {
 std::vector<ArchiveEntry> ReadArchive(std::istream &in) {
   using enum ArchiveEntry::Kind;
   std::vector<ArchiveEntry> entries;
-  std::string kind;  // of the file that lines belong to
+  std::string kind;  // of the entry that the current line belongs to
   size_t file = 0;
   for (std::string line; std::getline(in, line);) {
     const size_t colon = line.find(": ");

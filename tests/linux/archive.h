@@ -1,4 +1,4 @@
-// Saved hosts as text files; README.md tells their form.
+// Reads saved hosts from text files. README.md describes the format.
 #ifndef TESTS_LINUX_ARCHIVE_H
 #define TESTS_LINUX_ARCHIVE_H
 
@@ -13,7 +13,7 @@ struct ArchiveEntry {
 
   Kind kind;
   std::string path;
-  std::string content;  // of a file; of a link, where it leads
+  std::string content;  // of a file; for a link, its target
 };
 
 std::vector<ArchiveEntry> ReadArchive(std::istream &in);

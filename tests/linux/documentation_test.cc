@@ -1,4 +1,5 @@
-// The tables of docs/linux.md against the catalogue: each is that of a record, and has all of its fields.
+// Compares the tables of docs/linux.md with the catalogue: each table describes one record, and lists all of its
+// fields.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,7 +15,7 @@ namespace {
 
 struct Table {
   std::string heading;
-  std::vector<std::vector<std::string>> rows;  // of five cells: of what, field, file, value, source
+  std::vector<std::vector<std::string>> rows;  // five cells each: kind of group, field, file, value, source
 };
 
 std::vector<std::string> Cells(const std::string &line) {
@@ -28,7 +29,7 @@ std::vector<std::string> Cells(const std::string &line) {
   return cells;
 }
 
-// Those with a column of fields.
+// Reads the tables that have a column of fields.
 std::vector<Table> ReadTables() {
   std::ifstream page(LINUX_PAGE);
   EXPECT_TRUE(page);
@@ -49,7 +50,7 @@ std::vector<Table> ReadTables() {
   return tables;
 }
 
-// The node whose path the heading is, or the end of whose path.
+// The node whose path is the heading, or ends with it.
 const Node *NodeOf(const std::string &heading) {
   const std::string end = heading.starts_with('/') ? heading : '/' + heading;
   const std::span<const Node> nodes = Nodes();
@@ -85,7 +86,8 @@ TEST(Documentation, EachTableHasTheFieldsOfItsRecord) {
   }
 }
 
-// What the table of the hierarchy tells of a group has no table of its own, and a pool of page sharing has no figures.
+// Some records have no table: the table of the hierarchy describes them, or, for the page-sharing pool, all figures are
+// 0.
 TEST(Documentation, EachRecordHasATable) {
   std::set<std::string_view> told = {"sched_groups_groupName",     "sched_groups_groupTag",
                                      "sched_groups_parentGroupID", "sched_groups_groupFlags",

@@ -1,4 +1,4 @@
-// The machine that the tests run on. Its groups come and go, so that only this process' own is held to its figures.
+// Reads the machine that the tests run on. Its groups come and go, so the tests check only the figures of this process.
 #include <unistd.h>
 
 #include <algorithm>

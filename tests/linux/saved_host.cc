@@ -116,7 +116,7 @@ const GroupCapacityRecord &Asker::Capacity(int64_t group) {
 SavedHost::SavedHost(Writes writes) {
   std::string pattern = fs::temp_directory_path() / "saved-host-XXXXXX";
   root_ = mkdtemp(pattern.data());
-  chmod(root_.c_str(), 0755);  // an ordinary user reads it too
+  chmod(root_.c_str(), 0755);  // tests also read it as an ordinary user
   HostFiles files(root_, Reach::kRootFolder, writes);
   files.ObserveOpens([this](std::string_view path, Access access) {
     opened_.emplace_back(path);
@@ -131,7 +131,7 @@ SavedHost::SavedHost(const std::string &archive, Writes writes) : SavedHost(writ
 }
 
 SavedHost::~SavedHost() {
-  // A user whom file modes apply to cannot look into a forbidden folder to empty it.
+  // Restores the permissions first, because an ordinary user cannot remove the contents of an unreadable folder.
   std::error_code ignored;
   for (const std::string &path : forbidden_)
     fs::permissions(path, fs::perms::owner_all, ignored);

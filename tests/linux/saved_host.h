@@ -17,12 +17,12 @@
 #include "platkit/linux/linux_source.h"
 #include "platkit/records.h"
 
-// Compares a field of a record by value: it may stand at an address that no reference may have.
+// Compares a field of a record by value: fields may be unaligned, so references to them are not allowed.
 #define EXPECT_CELL(cell, expected) EXPECT_EQ(static_cast<uint64_t>(cell), static_cast<uint64_t>(expected))
 
 namespace platkit {
 
-// An instance argument, of either kind.
+// An instance argument: an integer or a text.
 struct Argument {
   Argument(std::integral auto number) : integer(static_cast<int64_t>(number)) {}
   Argument(const char *characters) : isText(true), text(characters) {}
@@ -35,7 +35,7 @@ struct Argument {
 
 inline std::vector<Argument> Given(const std::vector<int64_t> &ids) { return {ids.begin(), ids.end()}; }
 
-// Asks a source by node name. The short forms expect success.
+// Reads nodes of a source by name. The short forms expect success.
 class Asker {
  public:
   explicit Asker(Source &source) : source_(source) {}
@@ -64,7 +64,7 @@ class Asker {
   int64_t Parent(int64_t group);
   uint32_t Flags(int64_t group);
 
-  // Good until the same is asked of another group.
+  // Valid until the next call of the same function.
   const GroupMemoryStatsRecord &Stats(int64_t group);
   const GroupAllocRecord &Alloc(int64_t group);
   const GroupCapacityRecord &Capacity(int64_t group);
@@ -80,10 +80,10 @@ class Asker {
 
 class SavedHost {
  public:
-  // An empty root, or one unpacked from an archive of that name below hosts/.
+  // Creates an empty root folder, or unpacks the archive of this name in hosts/.
   //
-  // The source's clock does not run; Age() advances it. Each change of the host through this class also advances it, so
-  // far that everything that was read before is read again.
+  // The source's clock stands still until Age() advances it. Each change of the host through this class also advances
+  // it, far enough that cached values expire.
   explicit SavedHost(Writes writes = Writes::kRefused);
   explicit SavedHost(const std::string &archive, Writes writes = Writes::kRefused);
   ~SavedHost();
@@ -98,17 +98,17 @@ class SavedHost {
   void Remove(const std::string &path);
   void Forbid(const std::string &path);
 
-  // Lets time pass.
+  // Advances the source's clock.
   void Age(std::chrono::nanoseconds by = kFreshTime) { now_ += by; }
 
-  // The identifier that the control group in a folder gets.
+  // The group identifier of the control group in a folder.
   int64_t ControlGroup(const std::string &folder) const;
 
-  // How often a file was opened so far.
+  // The number of times that a file was opened so far.
   int64_t Opens(std::string_view path) const;
   const std::vector<std::string> &opened() const { return opened_; }
 
-  // What was opened for writing so far.
+  // The files that were opened for writing so far.
   const std::vector<std::string> &openedForWriting() const { return openedForWriting_; }
 
   Source &source() { return *source_; }
@@ -125,7 +125,7 @@ class SavedHost {
   std::unique_ptr<Source> source_;
 };
 
-// While it lives, the test runs as a user whom file modes apply to.
+// Runs the test as an ordinary user, who is subject to file permissions, until it is destroyed.
 class OrdinaryUser {
  public:
   OrdinaryUser();

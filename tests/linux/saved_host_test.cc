@@ -1,4 +1,4 @@
-// Whole saved hosts: the hierarchy that is shown of each, and its figures.
+// The hierarchy and the figures of whole saved hosts.
 #include "tests/linux/saved_host.h"
 
 namespace platkit {

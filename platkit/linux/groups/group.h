@@ -18,8 +18,8 @@ namespace platkit {
 
 enum class GroupKind : uint8_t { kHost, kKernel, kControlGroup, kProcess, kVm, kVmm };
 
-// Identifiers. That of a process or a VM is its PID, which is below kKernelGroup; that of a VM's monitor (VMM) is
-// kFirstVmmGroup plus the PID. All fit 31 bits.
+// Identifiers. The identifier of a process or a VM is its PID, which is below kKernelGroup. The identifier of a VM's
+// monitor (VMM) is kFirstVmmGroup plus the PID. All fit 31 bits.
 inline constexpr int64_t kHostGroup = 0;
 inline constexpr int64_t kKernelGroup = 5'000'000;
 inline constexpr int64_t kFirstControlGroup = 10'000'000;
@@ -27,24 +27,24 @@ inline constexpr int64_t kMaxControlGroups = 10'000'000;
 inline constexpr int64_t kFirstVmmGroup = 20'000'000;
 static_assert(kMaxPid < kKernelGroup);
 
-// What was read of a control group.
+// Figures read from the files of a control group.
 struct CgroupReadings {
   std::array<Fresh<Figure>, kCgroupAmounts> amounts;
   Fresh<CgroupStat> stat;
 };
 
-// What was read of a process, also of a VM's.
+// Figures read from the files of a process or a VM.
 struct ProcessReadings {
   Fresh<std::optional<ProcessStatus>> status;  // nullopt: the process has ended
   Fresh<ProcessKsm> ksm;
   Fresh<Figure> numaMovedPages;
 };
 
-// What is known of a VM.
+// Facts about a VM.
 struct VmFacts {
-  Figure memory;               // in KB, from the command line; absent if it does not tell
-  Figure maxMemory;            // in KB, what the memory may grow to, from the command line; absent if it does not tell
-  Fresh<Figure> mappedMemory;  // in KB, from the mappings; absent if they do not tell
+  Figure memory;               // in KB, from the command line; absent if not given there
+  Figure maxMemory;            // maximum in KB, from the command line; absent if not given there
+  Fresh<Figure> mappedMemory;  // in KB, from the mappings; absent if none qualifies
   Fresh<bool> hasOwnControlGroup;
 };
 
@@ -52,7 +52,7 @@ struct Group {
   // What it is.
   GroupKind kind;
   int64_t id;
-  std::string name;  // as the kernel writes it; of a VM, the guest's
+  std::string name;  // as the kernel writes it; for a VM, the guest's name
   // The folder of a control group, relative to the root folder, and its inode number.
   std::string folder = {};
   uint64_t inode = 0;
@@ -61,18 +61,19 @@ struct Group {
   uint64_t threads = 0;
 
   // Its place in the tree. The control groups right below it are in the order of their names, the processes in the
-  // order of their PIDs. Both are what was found so far; all are, where the result of reading them is fresh.
+  // order of their PIDs. Both contain the members found so far, and are complete while the result of reading them is
+  // fresh.
   int64_t parentID;
   std::vector<int64_t> controlGroups = {};
   std::vector<int64_t> processes = {};
   Fresh<HVC_ReturnStatus> controlGroupsRead = {};
   Fresh<HVC_ReturnStatus> processesRead = {};
 
-  // Null until something of that kind is known.
+  // Null until the first value of that kind is read.
   std::unique_ptr<CgroupReadings> cgroup = nullptr;
   std::unique_ptr<ProcessReadings> process = nullptr;
   std::unique_ptr<VmFacts> vm = nullptr;
-  bool isKindKnown = false;  // of a process: whether it was looked at to see if it is a VM
+  bool isKindKnown = false;  // for a process: whether it was checked for a VM
 };
 
 }  // namespace platkit

@@ -35,7 +35,7 @@ const ProcessStatus *GroupReader::Status(Group &process) {
   std::optional<ProcessStatus> &status = Allocated(process.process).status.Get(files_.clock(), [&] {
     std::optional<ProcessStatus> read(std::in_place);
     const bool isRead = ReadProcessStatus(files_, process.id, *read) == HVC_OK;
-    // The inode number tells without another system call, unless it has changed.
+    // The same inode number means the same process; only a changed one needs another system call.
     const bool isSame = read->identity.inode == process.identity.inode || Confirm(process) == HVC_OK;
     if (!isRead || !isSame) read.reset();
     return read;

@@ -1,4 +1,4 @@
-// Reads the files of groups. What was read is reused while it is fresh.
+// Reads the files of groups, and reuses values while they are fresh.
 #ifndef PLATKIT_LINUX_GROUPS_GROUP_READER_H
 #define PLATKIT_LINUX_GROUPS_GROUP_READER_H
 
@@ -13,19 +13,19 @@ class GroupReader {
  public:
   explicit GroupReader(HostFiles &files) : files_(files) {}
 
-  // The mount that control groups are read from. It is looked up once.
+  // The mount that contains the control groups. It is looked up once.
   const CgroupMount &mount();
 
-  // Of a control group; see ReadCgroupAmount and ReadCgroupStat.
+  // For a control group; see ReadCgroupAmount and ReadCgroupStat.
   Figure Amount(Group &group, CgroupAmount amount);
   const CgroupStat &Stat(Group &group);
 
-  // Of a process or a VM. The status is null if the process has ended.
+  // For a process or a VM. The status is null if the process has ended.
   const ProcessStatus *Status(Group &process);
   const ProcessKsm &Ksm(Group &process);
   Figure NumaMovedPages(Group &process);
 
-  // HVC_NOT_FOUND if the process has ended. What was read of its PID may then be another process'.
+  // HVC_NOT_FOUND if the process has ended. Values that were read for its PID may then belong to another process.
   [[nodiscard]] HVC_ReturnStatus Confirm(const Group &process);
 
  private:

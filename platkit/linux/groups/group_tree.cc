@@ -82,7 +82,7 @@ Group *GroupTree::FindFolder(std::string_view folder) {
   return group;
 }
 
-// Searches the tree of control groups until the group turns up.
+// Searches the tree of control groups until it finds the group.
 Group *GroupTree::FindControlGroup(int64_t id) {
   std::vector<int64_t> unvisited = {kHostGroup};
   while (!unvisited.empty()) {
@@ -116,7 +116,7 @@ HVC_ReturnStatus GroupTree::List(Group &group, ParamList &list) {
 
 HVC_ReturnStatus GroupTree::ListContainer(Group &group, ParamList &list) {
   if (const HVC_ReturnStatus status = FindControlGroupsBelow(group); status == HVC_NOT_FOUND) return status;
-  // Members that cannot be read are left out.
+  // Unreadable members are omitted.
   static_cast<void>(group.processesRead.Get(files_.clock(), [&] { return ReadProcesses(group); }));
   list.Expect(list.params().size() + group.controlGroups.size() + group.processes.size());
   for (const std::vector<int64_t> &members : {std::cref(group.controlGroups), std::cref(group.processes)}) {
@@ -131,7 +131,7 @@ HVC_ReturnStatus GroupTree::FindControlGroupsBelow(Group &group) {
   return group.controlGroupsRead.Get(files_.clock(), [&] { return ReadControlGroups(group); });
 }
 
-// Control groups that are still there stay known, with what was read of them. If the folder cannot be read, none are.
+// Control groups that still exist keep the values read for them. If the folder cannot be read, all are forgotten.
 HVC_ReturnStatus GroupTree::ReadControlGroups(Group &group) {
   std::vector<Subfolder> found;
   const HVC_ReturnStatus status = ReadSubfolders(group, found);

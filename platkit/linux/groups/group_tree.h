@@ -15,17 +15,17 @@
 
 namespace platkit {
 
-// A group that was found, by a listing or otherwise, stays known by its identifier until a listing of its parent does
-// not show it any more. Its figures are read when they are asked for; see GroupReader.
+// Once found, a group stays known by its identifier until a listing of its parent no longer contains it. Its figures
+// are read on request; see GroupReader.
 class GroupTree {
  public:
   GroupTree(HostFiles &files, GroupReader &reader);
 
-  // Finds the group of an identifier, on the host if no listing has shown it. Null if there is none. The pointer is
-  // valid until a group above it is listed.
+  // Finds a group by its identifier, and searches the host if no listing has returned it. Null if it does not exist.
+  // The pointer is valid until a group above it is listed.
   Group *Find(int64_t id);
 
-  // The same without reading the host.
+  // As Find(), but without reading the host.
   Group *FindKnown(int64_t id);
 
   // Appends the identifiers of the group's members: for the host, the kernel group; then control groups by name; then
@@ -35,10 +35,10 @@ class GroupTree {
   // Finds the control groups right below a group.
   [[nodiscard]] HVC_ReturnStatus FindControlGroupsBelow(Group &group);
 
-  // Makes a process that runs a VM a group of kind kVm, with a VMM below it. Looks at each process once per listing.
+  // Turns a process that runs a VM into a group of kind kVm with a VMM below it. Checks each process once per listing.
   void DetectVm(Group &group);
 
-  // Counts the VMs of the host. Looks at every process.
+  // Counts the VMs of the host. Checks every process.
   [[nodiscard]] HVC_ReturnStatus CountVms(uint32_t &count);
 
  private:

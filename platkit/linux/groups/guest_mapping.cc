@@ -8,8 +8,8 @@
 namespace platkit {
 namespace {
 
-// Two kinds of mappings that are not the guest's memory may be larger: device memory that is mapped for the guest,
-// which is never anonymous, and code that QEMU's emulator generates, which is executable.
+// Two kinds of mappings may be larger than the guest's memory. Device memory that is mapped for the guest is never
+// anonymous. Code that QEMU's emulator generates is executable.
 bool IsMemory(const Mapping &mapping, std::span<const DeviceNumber> memoryDevices) {
   if (!mapping.isReadable || !mapping.isWritable || mapping.isExecutable) return false;
   if (mapping.name.starts_with("/memfd:tcg-jit")) return false;

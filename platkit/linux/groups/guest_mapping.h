@@ -1,4 +1,4 @@
-// Which mappings of a VM's process are its guest's memory.
+// Finds the memory of a guest among the mappings of its VM's process.
 #ifndef PLATKIT_LINUX_GROUPS_GUEST_MAPPING_H
 #define PLATKIT_LINUX_GROUPS_GUEST_MAPPING_H
 
@@ -10,9 +10,9 @@
 
 namespace platkit {
 
-// The size of the largest mapping of memory in /proc/PID/maps, in KB: anonymous, of an unnamed memory file, or of a
-// file on one of `memoryDevices`, and never executable. Adjacent pieces count as one. Absent if there is none, or if
-// this user may not read the file.
+// The size in KB of the largest memory mapping in /proc/PID/maps. Such a mapping is not executable, and is anonymous or
+// maps an unnamed memory file or a file on one of `memoryDevices`. Adjacent mappings count as one. Absent if there is
+// no such mapping, or if this user may not read the file.
 Figure LargestMemoryMapping(HostFiles &files, int64_t pid, std::span<const DeviceNumber> memoryDevices);
 
 }  // namespace platkit

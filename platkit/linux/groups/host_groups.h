@@ -1,4 +1,4 @@
-// The groups of a host, as the records see them.
+// The groups of a host, with the readers that fill the records.
 #ifndef PLATKIT_LINUX_GROUPS_HOST_GROUPS_H
 #define PLATKIT_LINUX_GROUPS_HOST_GROUPS_H
 

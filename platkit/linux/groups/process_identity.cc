@@ -8,10 +8,10 @@ bool IsSameProcess(HostFiles &files, int64_t pid, const ProcessIdentity &identit
   uint64_t inode = 0;
   const HVC_ReturnStatus status = files.Identify(HostPath("proc/", pid, "/status"), inode);
   if (status == HVC_NOT_FOUND) return false;
-  // Nothing was read of a process whose files this user may not open.
+  // If this user may not open the files of a process, nothing was read from them.
   if (status != HVC_OK || identity.inode == 0) return true;
-  // Two processes never have the same inode number. A process gets a new one when the kernel drops its cached inode;
-  // then its start tells.
+  // Two processes never have the same inode number. If the kernel has dropped the cached inode, the same process gets a
+  // new number; then its start time decides.
   return inode == identity.inode || ReadLatestStart(files, pid) <= identity.seenAt;
 }
 

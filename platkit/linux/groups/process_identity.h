@@ -8,8 +8,8 @@
 
 namespace platkit {
 
-// True if the PID is still that of the process with this identity. Then everything that was read of the PID meanwhile
-// belongs to this process, though the kernel reuses PIDs.
+// True if the process with this identity still has the PID. The kernel reuses PIDs, so this confirms that everything
+// read for the PID in the meantime belongs to this process.
 bool IsSameProcess(HostFiles &files, int64_t pid, const ProcessIdentity &identity);
 
 }  // namespace platkit

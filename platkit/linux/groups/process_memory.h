@@ -1,4 +1,4 @@
-// What the memory of a process is used for: how much of a VM's process is its guest's, and how much is overhead.
+// Splits the memory of a VM's process into the guest's part and overhead.
 #ifndef PLATKIT_LINUX_GROUPS_PROCESS_MEMORY_H
 #define PLATKIT_LINUX_GROUPS_PROCESS_MEMORY_H
 
@@ -8,13 +8,13 @@ namespace platkit {
 
 // All in KB.
 
-// The memory that the process has. Huge pages of pools are not resident, so they are added.
+// The memory of the process. VmRSS excludes huge pages of pools, so they are added.
 inline Figure Consumed(const ProcessStatus &status) { return status.resident + status.hugePages; }
 
-// A lower bound of its peak: Linux keeps no peak of huge pages.
+// A lower bound of the peak, because Linux records no peak of huge pages.
 inline Figure ConsumedPeak(const ProcessStatus &status) { return status.residentPeak + status.hugePages; }
 
-// The guest's part of a VM's process. Pages of files belong to the programs of the process.
+// The guest's part of a VM's process. Pages of files belong to the VMM.
 inline Figure GuestPart(const ProcessStatus &status, Figure guestMemory) {
   return Lower((status.anonymous + status.sharedMemory).IfAbsent(status.resident) + status.hugePages, guestMemory);
 }

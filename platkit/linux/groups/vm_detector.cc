@@ -8,7 +8,7 @@
 namespace platkit {
 namespace {
 
-// The kernel truncates names to 15 characters, so a name tells only whose command line is worth reading.
+// The kernel truncates names to 15 characters, so the name only selects the processes whose command line is read.
 bool MayBeQemu(std::string_view processName) { return processName.starts_with("qemu") || processName == "kvm"; }
 
 }  // namespace

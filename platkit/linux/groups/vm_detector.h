@@ -15,9 +15,10 @@ namespace platkit {
 // A process runs a VM if
 // - its program is QEMU by its name, or
 // - KVM's list of VMs names one of its threads, or
-// - that list cannot be read or is incomplete, and the process holds a descriptor of a KVM VM. This reads a link for
-// each
-//   descriptor, so only processes of several threads are looked at, and only while KVM is in use.
+// - that list cannot be read or is incomplete, and the process has an open descriptor of a KVM VM.
+//
+// The last check reads a link per descriptor, so it is limited to processes with several threads, and runs only while
+// KVM is in use.
 class VmDetector {
  public:
   explicit VmDetector(HostFiles &files) : files_(files) {}

@@ -9,7 +9,7 @@
 namespace platkit {
 namespace {
 
-// A VM's control group with more folders below it is not searched, and counts as shared.
+// A VM's control group with more groups below it counts as shared, without a search.
 constexpr size_t kMaxFolders = 64;
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What belongs to a VM besides its process: its guest's memory, and its control group.
+// Finds the guest memory and the own control group of a VM.
 #ifndef PLATKIT_LINUX_GROUPS_VM_GROUPS_H
 #define PLATKIT_LINUX_GROUPS_VM_GROUPS_H
 
@@ -10,11 +10,11 @@ class VmGroups {
  public:
   VmGroups(HostFiles &files, GroupReader &reader, GroupTree &tree) : files_(files), reader_(reader), tree_(tree) {}
 
-  // The memory of a VM's guest in KB, from the command line or else from the mappings. Absent if neither tells.
+  // The memory of a VM's guest in KB, from the command line or else from the mappings. Absent if neither gives it.
   Figure GuestMemory(Group &vm);
 
-  // The control group whose figures are the VM's, because no other process with memory of its own is in it or below it.
-  // Null if there is none. `process` may be of any kind; only a VM has such a group.
+  // The control group of the VM if it contains no other process with memory, so that its figures are the VM's. Null if
+  // there is none. `process` may be of any kind; only a VM has such a group.
   Group *OwnControlGroup(Group &process);
 
  private:
