@@ -34,7 +34,7 @@ class AtomicFileTest : public testing::Test {
     return file.Commit();
   }
 
-  // Whether `check` is true in a process of its own, whose limits and user end with it.
+  // Runs `check` in a child process, so that its limits and its user do not affect this process. Returns its result.
   static bool IsTrueInAChild(const std::function<bool()> &check) {
     const pid_t child = fork();
     if (child == 0) _exit(check() ? 0 : 1);
@@ -103,7 +103,7 @@ TEST_F(AtomicFileTest, AFolderOfAnotherUser) {
   chmod(scratch_.folder().c_str(), 0755);
 }
 
-// A limit on file sizes stands for a full disk.
+// A limit on file sizes simulates a full disk.
 TEST_F(AtomicFileTest, AFullDiskLeavesTheOlderFile) {
   const std::string path = scratch_.Write("file", "older");
   const std::string text(5000, 'x');

@@ -16,7 +16,7 @@ inline bool IsInstalled(const std::string &compiler) {
   return std::system("command -v \"$COMPILER\" >/dev/null") == 0;
 }
 
-// What may contain a quote reaches the shell in variables.
+// Arguments may contain quotation marks, so the shell gets them in environment variables.
 inline CompilerOutput Compile(const std::string &compiler, const std::string &options, const std::string &source) {
   setenv("COMPILER", compiler.c_str(), 1);
   setenv("SOURCE", source.c_str(), 1);

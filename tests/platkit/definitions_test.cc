@@ -5,7 +5,7 @@
 namespace platkit {
 namespace {
 
-// A change of this text makes every older snapshot one of other definitions.
+// If this signature changes, the definitions of every older snapshot differ.
 TEST(Definitions, SignatureIsStable) { EXPECT_EQ(OwnDefinitions().signature, "4422f1bd6109172efa6b987f929ad8ea"); }
 
 TEST(Definitions, BuildIsAShortTextWithTheStartOfTheSignature) {

@@ -1,4 +1,4 @@
-// The public headers say in comments what the library's tables say in data. This holds the two against each other.
+// Compares the comments in the public headers with the library's tables.
 #include <gtest/gtest.h>
 
 #include <cctype>
@@ -43,14 +43,15 @@ std::vector<Declaration> Declarations(const std::string &header, const std::stri
   return found;
 }
 
-// The words of a comment, without blanks: long paths are broken.
+// A comment without blanks, because long paths are broken into lines.
 std::string WithoutBlanks(const std::string &comment) {
   std::string text = std::regex_replace(comment, std::regex("\n \\*"), "");
   std::erase_if(text, [](unsigned char c) { return std::isspace(c); });
   return text;
 }
 
-// The node's paths and what they yield, as nodes.h says it; without blanks, since long paths are broken.
+// The comment that nodes.h must have on a node: its paths and their records or lists. It has no blanks, because long
+// paths are broken into lines.
 std::string CommentOn(const Node &node) {
   const std::string path(node.path.substr(0, node.path.find('[')));
   std::string whole(node.path);

@@ -1,5 +1,5 @@
-// Each public header alone: it compiles as C11 and as C++20, keeps a program's own macros, and defines no others than
-// its own.
+// Each public header compiles alone as C11 and C++20, does not redefine the program's macros, and defines only macros
+// with the library's prefixes.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -26,7 +26,7 @@ std::vector<std::string> PublicHeaders() {
   return names;
 }
 
-// Includes the header after macros of all those names, which must have their values after it.
+// A program that defines all these macros, includes the header, and checks their values.
 std::string ProgramWith(const std::string &header) {
   std::string source;
   for (const std::string &name : kMacrosOfAProgram)

@@ -1,4 +1,4 @@
-// Monotonic time, which tests set.
+// A monotonic clock, which tests can replace.
 #ifndef PLATKIT_LINUX_FILES_CLOCK_H
 #define PLATKIT_LINUX_FILES_CLOCK_H
 

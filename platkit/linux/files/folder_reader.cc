@@ -26,7 +26,7 @@ bool FolderReader::Next(Entry &entry) {
     const std::string_view name = found->d_name;
     if (name == "." || name == "..") continue;
     entry = {.name = name, .inode = found->d_ino, .isFolder = found->d_type == DT_DIR};
-    // Some file systems that may hold a saved root do not tell the type.
+    // Some file systems do not store the type in folder entries; a saved root may be on one.
     if (found->d_type == DT_UNKNOWN) {
       struct stat about;
       entry.isFolder =

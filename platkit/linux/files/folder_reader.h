@@ -25,8 +25,8 @@ class FolderReader {
   // False at the end of the folder and on failure; status() tells which.
   bool Next(Entry &entry);
 
-  // Whether the folder's link count tells that it has no subfolders, so that it need not be listed. Always false below
-  // a saved root, since not every file system counts subfolders as links.
+  // Whether the folder's link count shows that it has no subfolders, so that it need not be listed. Always false below
+  // a saved root, because some file systems do not count subfolders as links.
   bool HasNoFolders() const;
 
   HVC_ReturnStatus status() const { return status_; }
@@ -39,7 +39,7 @@ class FolderReader {
   Reach reach_;
   std::shared_ptr<const FileDescriptor> folder_;  // initialized before status_
   HVC_ReturnStatus status_;
-  size_t next_ = 0;  // of the entries in the buffer
+  size_t next_ = 0;  // position of the next entry in the buffer
   size_t end_ = 0;
   alignas(uint64_t) char buffer_[kBufferSize];
 };

@@ -1,4 +1,4 @@
-// The rule of freshness: what was read from the host's files is reused for at most 100 ms.
+// A cached value of a file of the host, reused for at most 100 ms.
 #ifndef PLATKIT_LINUX_FILES_FRESH_H
 #define PLATKIT_LINUX_FILES_FRESH_H
 
@@ -16,7 +16,7 @@ class Fresh {
  public:
   Fresh() = default;
 
-  // A value that was read already. `readAt` is a time before its file was opened.
+  // Starts with a value that was read before. `readAt` is a time before its file was opened.
   Fresh(T value, Clock::Time readAt) : value_(std::move(value)), readAt_(readAt) {}
 
   bool IsFresh(const Clock &clock) const { return IsFreshAt(clock.Now()); }

@@ -59,7 +59,7 @@ FileDescriptor HostFiles::OpenInRoot(const HostPath &path, int flags) {
   open_how how = {};
   how.flags = static_cast<uint64_t>(flags | O_CLOEXEC);
   how.resolve = RESOLVE_IN_ROOT | RESOLVE_NO_MAGICLINKS;
-  // While anything is renamed anywhere, the kernel refuses ".." in links with EAGAIN.
+  // The kernel fails with EAGAIN on ".." in links while any file on the system is renamed.
   int tries = 100;
   FileDescriptor file;
   do {

@@ -19,8 +19,8 @@ namespace platkit {
 
 // How far symbolic links and mount points are followed.
 enum class Reach {
-  kHost,        // the running host: wherever they lead
-  kRootFolder,  // a saved root, which may come from anyone: never out of the root folder
+  kHost,        // the running host: without restriction
+  kRootFolder,  // a saved root, which may be hostile: never out of the root folder
 };
 
 enum class Writes { kRefused, kTaken };
@@ -51,30 +51,30 @@ class HostFiles {
   // Reads the start of a file, up to the buffer's size. `text` points into the buffer.
   [[nodiscard]] HVC_ReturnStatus Read(const HostPath &path, std::span<char> buffer, std::string_view &text);
 
-  // Reads a file of one short line, with a single read. HVC_IO_ERROR if it fills the buffer.
+  // Reads a file that has one short line, with a single read. HVC_IO_ERROR if it fills the buffer.
   [[nodiscard]] HVC_ReturnStatus ReadShort(const HostPath &path, std::span<char> buffer, std::string_view &text);
 
-  // Fills `bytes` from an offset within a file, with a single read. HVC_OFFSET_PAST_END: the file ends before.
+  // Fills `bytes` from an offset within a file, with a single read. HVC_OFFSET_PAST_END: the file is too short.
   // HVC_TRANSFER_TRUNCATED: the file is long enough, but the read returned less.
   [[nodiscard]] HVC_ReturnStatus ReadAt(const HostPath &path, uint32_t offset, std::span<std::byte> bytes);
 
-  // Overwrites bytes at an offset within a file, with a single write. Creates no file and extends none:
-  // HVC_OFFSET_PAST_END. HVC_TRANSFER_TRUNCATED: less was written. HVC_READ_ONLY: the file system is read-only, or
-  // writes are refused.
+  // Overwrites bytes at an offset within a file, with a single write. Neither creates nor extends files:
+  // HVC_OFFSET_PAST_END if the file is too short. HVC_TRANSFER_TRUNCATED: only a part was written. HVC_READ_ONLY: the
+  // file system is read-only, or writes are refused.
   [[nodiscard]] HVC_ReturnStatus WriteAt(const HostPath &path, uint32_t offset, std::span<const std::byte> bytes);
 
   // Reads the target of a symbolic link. `text` points into the buffer.
   [[nodiscard]] HVC_ReturnStatus ReadLink(const HostPath &path, std::span<char> buffer, std::string_view &text);
 
-  // Whether the file or folder exists. This user need not be permitted to open it.
+  // Whether the file or folder exists, even if this user may not open it.
   bool Exists(const HostPath &path);
 
-  // Tells the inode number of a file or folder, which this user need not be permitted to open.
+  // Returns the inode number of a file or folder, even if this user may not open it.
   [[nodiscard]] HVC_ReturnStatus Identify(const HostPath &path, uint64_t &inode);
 
   Reach reach() const { return reach_; }
 
-  // The clock that the age of what was read is measured by.
+  // The clock that determines when cached values expire.
   const Clock &clock() const { return clock_; }
   void UseClock(Clock clock) { clock_ = std::move(clock); }
 

@@ -51,7 +51,7 @@ bool LineReader::FindLineEnd(size_t &length) const {
   return true;
 }
 
-// Appends to what the buffer holds. False at the end of the file and on failure.
+// Appends to the contents of the buffer. False at the end of the file and on failure.
 bool LineReader::Fill() {
   std::memmove(buffer_, buffer_ + start_, end_ - start_);
   end_ -= start_;

@@ -10,7 +10,7 @@
 
 namespace platkit {
 
-// A line longer than 4096 bytes is truncated. A file larger than 64 MB is not the kernel's: HVC_IO_ERROR.
+// A line longer than 4096 bytes is truncated. A file larger than 64 MB cannot be a kernel file: HVC_IO_ERROR.
 class LineReader {
  public:
   LineReader(HostFiles &files, const HostPath &path);
@@ -37,7 +37,7 @@ class LineReader {
   HVC_ReturnStatus status_;
   bool insideLine_ = false;  // the start of an overlong line has been returned, but its end has not been found
   size_t bytesRead_ = 0;
-  size_t start_ = 0;  // of what the buffer holds
+  size_t start_ = 0;  // of the unread part of the buffer
   size_t end_ = 0;
   char buffer_[kBufferSize];
 };

@@ -11,7 +11,7 @@
 
 namespace platkit {
 
-// Calls read(2) once, and again if a signal interrupts it. -1 with errno set on failure.
+// Calls read(2), and repeats the call if a signal interrupts it. Returns -1 with errno set on failure.
 ssize_t ReadOnce(const FileDescriptor &file, std::span<char> buffer);
 
 // The inode number of an open file; 0 if none is open.

@@ -1,4 +1,4 @@
-// Takes the kernel's text files apart: words, numbers and separators.
+// Splits the kernel's text files into words, numbers and separators.
 #ifndef PLATKIT_LINUX_FILES_TEXT_SCANNER_H
 #define PLATKIT_LINUX_FILES_TEXT_SCANNER_H
 
@@ -10,30 +10,31 @@
 
 namespace platkit {
 
-// Takes pieces off the front of a text. Blanks are spaces and tabs. What a function returns points into the text.
+// Removes pieces from the front of a text and returns them as views into the text. Blanks are spaces and tabs.
 class TextScanner {
  public:
   explicit TextScanner(std::string_view text) : text_(text) {}
 
-  // What has not been taken.
+  // The rest of the text.
   std::string_view rest() const { return text_; }
   bool AtEnd() const { return text_.empty(); }
 
   void SkipBlanks();
 
-  // Takes `expected`. False, with nothing taken, unless the text starts with it.
+  // Takes `expected`. Takes nothing and returns false unless the text starts with it.
   bool Take(std::string_view expected);
 
   // Skips blanks and takes the characters up to the next blank. Empty at the end of the text.
   std::string_view TakeWord();
 
-  // The same from the end of the text.
+  // As TakeWord(), but from the end of the text.
   std::string_view TakeLastWord();
 
-  // Takes the characters up to `separator`, and `separator`. Takes all of a text without it.
+  // Takes the characters before `separator`, and skips `separator`. Takes the whole text if it has no `separator`.
   std::string_view TakeUntil(char separator);
 
-  // Takes digits, as many as there are. False, with nothing taken, if there are none or the number does not fit.
+  // Takes a number with all its digits. Takes nothing and returns false if there are no digits or the number does not
+  // fit.
   template <std::unsigned_integral Number>
   bool TakeNumber(Number &number, int base = 10) {
     const auto [stop, error] = std::from_chars(text_.data(), text_.data() + text_.size(), number, base);
@@ -49,10 +50,11 @@ class TextScanner {
 // The text without blanks and line ends around it.
 std::string_view Trim(std::string_view text);
 
-// Parses a decimal number with nothing else but blanks and line ends around it. False also if it does not fit.
+// Parses a decimal number that may have blanks and line ends around it. False if the text has another form or the
+// number does not fit.
 bool ParseNumber(std::string_view text, uint64_t &number);
 
-// Parses a number such as "0x1a2b" with nothing else around it. False also if it does not fit.
+// Parses a number such as "0x1a2b". False if the text has another form or the number does not fit.
 template <std::unsigned_integral Number>
 bool ParseHexNumber(std::string_view text, Number &number) {
   TextScanner scanner(text);

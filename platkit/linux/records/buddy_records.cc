@@ -13,7 +13,7 @@ namespace {
 
 constexpr size_t kMaxNames = 99;
 
-// Readers take the memory node from the two digits, and recognize low zones by the last letter.
+// Reports parse the memory node from the two digits, and recognize low zones by the last letter.
 std::string NameOf(size_t memNode, bool isLow) {
   char name[32];
   std::snprintf(name, sizeof name, "memmap-%02zu-%s", memNode, isLow ? "lo" : "hi");

@@ -19,8 +19,8 @@
 
 namespace platkit {
 
-// A memory node has up to two buddies: one for its low zones (see IsLowZone), and one for all others. Operations return
-// the status of reading the file if that failed.
+// A memory node has up to two buddies: one for its low zones (see IsLowZone), and one for all others. If reading the
+// file fails, operations return its status.
 class BuddyRecords {
  public:
   BuddyRecords(HostFiles &files, PageSize &pageSize) : files_(files), pageSize_(pageSize) {}

@@ -19,7 +19,7 @@ constexpr std::string_view kRemapTypes[] = {"numa", "promotion", "demotion"};
 
 constexpr uint64_t Cell(Figure figure) { return figure.Cell(HVC_KB_NONE); }
 
-// For a term that is left out of a sum if it is unreadable.
+// Lets a sum omit an unreadable term.
 constexpr Figure AbsentIfUnreadable(Figure figure) { return figure == Figure::Unreadable() ? Figure() : figure; }
 
 // A limit in KB for a field that holds at most 2 TB; -1 is unlimited.
@@ -49,7 +49,7 @@ HVC_ReturnStatus ClientRecords::Vmm(int64_t client, VmmMemoryStatsRecord &record
   record.zero = sharing.zero.Cell(0);
   record.zipped = (stat.zswapped / 1024).Cell(0);
   record.zipSaved = (stat.zswapped / 1024 - stat.zswap / 1024).Cell(0);
-  // Huge pages of pools are on no list of active pages.
+  // Active pages exclude huge pages of pools.
   const Figure active = stat.active.isAbsent() ? Figure() : stat.active / 1024 + status->hugePages;
   record.touched = Cell(Lower(active, mapped));
   record.allocTgt = Cell(memory);
@@ -130,14 +130,14 @@ HVC_ReturnStatus ClientRecords::LargePages(int64_t client, LPageStatsRecord &rec
   return reader_.Confirm(*vm);
 }
 
-// Huge pages of 1 GB, which only the own control group tells from others.
+// Huge pages of 1 GB. Only the own control group counts them separately.
 Figure ClientRecords::GiganticPagesInKB(Group *own, const ProcessStatus &status) {
   if (own == nullptr || status.hugePages == Figure(0)) return Figure(0);
   const Figure charged = AbsentIfUnreadable(reader_.Amount(*own, CgroupAmount::kGiganticPages)).IfAbsent(Figure(0));
   return Lower(charged / 1024, status.hugePages);
 }
 
-// For a single process, the kernel tells these only in files whose price grows with the memory of the process.
+// For a single process, only files whose cost grows with its memory contain these figures.
 Figure ClientRecords::TransparentPagesInKB(Group &vm, Group *own, const ProcessStatus &status) {
   const Figure memory = vms_.GuestMemory(vm);
   const bool isPossible =
@@ -190,7 +190,7 @@ HVC_ReturnStatus ClientRecords::RemapTypes(int64_t client, ParamList &list) {
   return reader_.Confirm(*process);
 }
 
-// The kernel counts a page when it has moved it, so none is pending.
+// The kernel counts a page after it has moved it, so no page is pending.
 HVC_ReturnStatus ClientRecords::Remap(int64_t client, std::string_view type, RemapStatsRecord &record) {
   Group *process = FindProcess(client);
   const auto *found = std::ranges::find(kRemapTypes, type);
@@ -224,7 +224,7 @@ const CgroupStat &ClientRecords::StatOf(Group *own) {
 
 Figure ClientRecords::PagesInKB(Figure pages) { return pages.isAbsent() ? pages : pages * pageSize_.KB(); }
 
-// A process' own count leaves out shared memory. The control group's counts memory that zswap keeps compressed.
+// VmSwap of a process omits shared memory. The control group's figure includes memory that zswap keeps compressed.
 Figure ClientRecords::Swapped(Group *own, const ProcessStatus &status) {
   if (own == nullptr) return status.swapped;
   const CgroupStat &stat = StatOf(own);
@@ -232,7 +232,7 @@ Figure ClientRecords::Swapped(Group *own, const ProcessStatus &status) {
   return (swap / 1024).IfAbsent(status.swapped) - stat.zswapped / 1024;
 }
 
-// In pages of a record. Absent if this kernel does not count them.
+// In pages of 4 KB. Absent if this kernel does not count them.
 Figure ClientRecords::RemappedPages(Group &process, size_t type) {
   const CgroupStat &stat = StatOf(vms_.OwnControlGroup(process));
   Figure pages;

@@ -15,9 +15,8 @@
 
 namespace platkit {
 
-// All operations return HVC_NOT_FOUND for a client that does not exist or is not of the kind that has the record.
-// Records come filled with zeros, which stand for figures that Linux does not have. docs/linux.md lists the source of
-// each field.
+// All operations return HVC_NOT_FOUND if the client does not exist or has no such record. REQUIRES: the record is
+// zeroed. Figures that Linux does not have stay 0. docs/linux.md lists the source of each field.
 class ClientRecords {
  public:
   ClientRecords(HostFiles &files, PageSize &pageSize, HostGroups &groups, HostWideFiles &host,
@@ -49,7 +48,7 @@ class ClientRecords {
   [[nodiscard]] HVC_ReturnStatus Remap(int64_t client, std::string_view type, RemapStatsRecord &record);
 
  private:
-  // Null if the client is no process, no VM's process, or no VMM. The last returns the VM of the VMM.
+  // Null if the client is not a process, not a VM's process, or not a VMM. The last function returns the VM of the VMM.
   Group *FindProcess(int64_t client);
   Group *FindVm(int64_t client);
   Group *FindVmOfVmm(int64_t client);

@@ -32,7 +32,7 @@ uint64_t CellInKB(Figure bytes, uint64_t ifAbsent) { return (bytes / 1024).Cell(
 
 }  // namespace
 
-// The group, after it is decided whether it is a process or a VM. Null if there is none.
+// Finds a group and determines whether it is a process or a VM. Null if it does not exist.
 Group *GroupRecords::FindOfKnownKind(int64_t id) {
   Group *group = tree_.Find(id);
   if (group != nullptr) tree_.DetectVm(*group);
@@ -158,8 +158,8 @@ void GroupRecords::KernelStats(GroupMemoryStatsRecord &record) {
   record.memSize = record.consumed = host_.meminfo().kernel.Cell(0);
 }
 
-// A group for which the memory controller is not enabled lacks its files. Its amounts exist but are not known; it has
-// no reservation and no limit.
+// A group for which the memory controller is not enabled lacks its files. Its amounts are unavailable; it has no
+// reservation and no limit.
 HVC_ReturnStatus GroupRecords::ControlGroupStats(Group &group, GroupMemoryStatsRecord &record) {
   Figure consumed = reader_.Amount(group, CgroupAmount::kCurrent);
   if (IsGone(group, consumed)) return HVC_NOT_FOUND;
@@ -172,7 +172,7 @@ HVC_ReturnStatus GroupRecords::ControlGroupStats(Group &group, GroupMemoryStatsR
   record.consumed = CellInKB(consumed, 0);
   record.consumedPeak = CellInKB(peak, HVC_KB_NONE);
   record.memSize = CellInKB(consumed + swap, 0);
-  // Without swap accounting, version 1 has no peak of memory and swap; that of memory is the same then.
+  // Without swap accounting, version 1 has no peak of memory and swap; the peak of memory is then the same.
   if (version == CgroupVersion::kV1) {
     record.memSizePeak = CellInKB(reader_.Amount(group, CgroupAmount::kWithSwapPeak).IfAbsent(peak), HVC_KB_NONE);
   }
@@ -197,7 +197,7 @@ HVC_ReturnStatus GroupRecords::ProcessStats(Group &group, GroupMemoryStatsRecord
   record.ovhd = status->pageTables.Cell(0);
   record.sharedSaved = sharing_.OfProcess(group).saved.Cell(0);
   if (group.kind != GroupKind::kVm) return reader_.Confirm(group);
-  // The guest's memory does not change, and a peak of the process would be a peak of something else.
+  // The guest's memory is constant, so its peak is the same; a peak of the process would include other memory.
   const Figure guestMemory = vms_.GuestMemory(group);
   if (!guestMemory.isAbsent()) record.memSize = record.memSizePeak = guestMemory.Cell(0);
   record.ovhd = VmOverhead(*status, guestMemory).Cell(0);
@@ -238,7 +238,7 @@ Figure GroupRecords::ReservedByChildren(Group &group) {
   return sum;
 }
 
-// The reservations of all groups above bound what the kernel protects.
+// The kernel protects at most the reservation of each ancestor.
 Figure GroupRecords::LowestMin(Group &group) {
   Figure lowest = reader_.Amount(group, CgroupAmount::kMin);
   for (Group *above = tree_.Find(group.parentID); above != nullptr && above->kind == GroupKind::kControlGroup;
@@ -248,8 +248,7 @@ Figure GroupRecords::LowestMin(Group &group) {
   return lowest;
 }
 
-// Whether the group has vanished. `required` is the figure of a file that exists unless the group has vanished or has
-// no memory controller.
+// Whether the group has vanished. `required` comes from a file that every group with a memory controller has.
 bool GroupRecords::IsGone(const Group &group, Figure required) {
   return required.isAbsent() && !files_.Exists(HostPath(group.folder));
 }

@@ -12,8 +12,8 @@
 
 namespace platkit {
 
-// All operations return HVC_NOT_FOUND if the group does not exist. Records come filled with zeros, which stand for
-// figures that Linux does not have. docs/linux.md lists the source of each field.
+// All operations return HVC_NOT_FOUND if the group does not exist. REQUIRES: the record is zeroed. Figures that Linux
+// does not have stay 0. docs/linux.md lists the source of each field.
 class GroupRecords {
  public:
   GroupRecords(HostFiles &files, HostGroups &groups, HostWideFiles &host, PageSharingRecords &sharing)

@@ -24,8 +24,8 @@ uint32_t Percent(uint64_t part, uint64_t whole) {
   return whole == 0 ? 0 : static_cast<uint32_t>(static_cast<double>(part) / static_cast<double>(whole) * 100);
 }
 
-// Sizes have 32 bits, and all ones is not a size. A larger heap shows as the most whole pages that fit, with its parts
-// scaled down alike.
+// Sizes have 32 bits, and all ones means unavailable. A larger heap gets the largest multiple of a page, and its parts
+// are scaled down in proportion.
 constexpr uint64_t kMaxSize = UINT32_MAX - (kRecordPage - 1);
 
 void FillSizes(uint64_t size, uint64_t overhead, uint64_t avail, HeapStatsRecord &record) {

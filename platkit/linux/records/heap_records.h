@@ -16,7 +16,7 @@
 
 namespace platkit {
 
-// Operations return the status of reading the file if that failed: HVC_NO_PERMISSION unless root asks.
+// If reading the file fails, operations return its status: HVC_NO_PERMISSION for an ordinary user.
 class HeapRecords {
  public:
   HeapRecords(HostFiles &files, PageSize &pageSize) : files_(files), pageSize_(pageSize) {}
@@ -28,7 +28,7 @@ class HeapRecords {
   [[nodiscard]] HVC_ReturnStatus Stats(std::string_view name, HeapStatsRecord &record);
 
  private:
-  // All caches that have the same name after it is truncated to the record's field.
+  // All caches whose names are equal after truncation to the size of the record's field.
   struct Heap {
     std::string name;
     Figure slabs = Figure(0);

@@ -12,9 +12,9 @@ namespace {
 constexpr uint32_t kLowest = kMemoryStates.size() - 1;
 constexpr uint32_t kUnknownState = UINT32_MAX;
 
-constexpr uint64_t kPageDescriptor = 64;  // bytes that the kernel keeps for each page
+constexpr uint64_t kPageDescriptor = 64;  // bytes of metadata per page
 
-// The state is the number of watermarks that free memory is below.
+// The state is the number of watermarks above the free memory.
 uint32_t StateOf(const ZoneTotals &zones) {
   uint32_t state = 0;
   for (const Figure mark : {zones.ample, zones.high, zones.low, zones.min}) {
@@ -56,10 +56,10 @@ HVC_ReturnStatus HostMemoryRecords::Global(GlobalMemoryRecord &record) {
   return HVC_OK;
 }
 
-// Counts how often free memory fell below each watermark. kswapd is woken at the low one and works until the high one
-// is reached, so that it passes both; except when it had hardly slept, because only the high one was lost again. At the
-// lowest one, allocations enter direct reclaim. A watermark that free memory is below now has been left once more than
-// it has been regained.
+// Counts how often free memory fell below each watermark. kswapd wakes at the low watermark and runs until the high one
+// is reached, so each run counts for both. A run that started soon after the last one counts only for the high
+// watermark. Below the min watermark, allocations enter direct reclaim. While free memory is below a watermark, it has
+// fallen below it once more often than it has risen above it.
 HVC_ReturnStatus HostMemoryRecords::Transitions(std::string_view state, StateTransitionsRecord &record) {
   const auto *found = std::ranges::find(kMemoryStates, state);
   if (found == kMemoryStates.end()) return HVC_NOT_FOUND;

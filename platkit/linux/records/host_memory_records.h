@@ -1,4 +1,4 @@
-// The records of the host's memory as a whole: what holds it, and how short of it the kernel is.
+// The records of the host's memory as a whole: its consumers, and the memory state.
 #ifndef PLATKIT_LINUX_RECORDS_HOST_MEMORY_RECORDS_H
 #define PLATKIT_LINUX_RECORDS_HOST_MEMORY_RECORDS_H
 
@@ -10,7 +10,7 @@
 
 namespace platkit {
 
-// Records come filled with zeros, which stand for figures that Linux does not have.
+// REQUIRES: the record is zeroed. Figures that Linux does not have stay 0.
 class HostMemoryRecords {
  public:
   HostMemoryRecords(HostFiles &files, PageSize &pageSize, HostWideFiles &host)

@@ -1,4 +1,4 @@
-// Host-wide files that several records use. What was read is reused while it is fresh.
+// Host-wide files that several records use. Values are reused while they are fresh.
 #ifndef PLATKIT_LINUX_RECORDS_HOST_WIDE_FILES_H
 #define PLATKIT_LINUX_RECORDS_HOST_WIDE_FILES_H
 

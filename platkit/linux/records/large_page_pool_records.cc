@@ -13,7 +13,7 @@ constexpr uint64_t kLargePageKB = 2048;
 
 constexpr std::string_view kNamePrefix = "hugepages-";
 
-// The largest unit in which the size is a whole number keeps names short and different.
+// Uses the largest unit in which the size is a whole number, so names are short and unique.
 std::string NameOf(uint64_t pageKB) {
   uint64_t size = pageKB;
   for (const char *unit : {"KB", "MB"}) {

@@ -13,7 +13,7 @@
 
 namespace platkit {
 
-// All operations return HVC_NOT_FOUND if there is no such memory node; see BuddyRecords.
+// All operations return HVC_NOT_FOUND if the memory node does not exist; see BuddyRecords.
 class LargePagePoolRecords {
  public:
   LargePagePoolRecords(HostFiles &files, BuddyRecords &nodes) : files_(files), nodes_(nodes) {}

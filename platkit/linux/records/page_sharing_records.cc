@@ -4,7 +4,7 @@
 
 namespace platkit {
 
-// A figure of KSM in pages of a record.
+// Reads a figure of KSM, in pages of 4 KB.
 Figure PageSharingRecords::ReadRecordPages(std::string_view file) {
   const Figure pages = ReadKsmPages(files_, file);
   return pages.isAbsent() ? pages : pages * pageSize_.RecordPages();

@@ -1,4 +1,4 @@
-// The record of page sharing (KSM), and what KSM saves.
+// The record of page sharing (KSM), and the memory that KSM saves.
 #ifndef PLATKIT_LINUX_RECORDS_PAGE_SHARING_RECORDS_H
 #define PLATKIT_LINUX_RECORDS_PAGE_SHARING_RECORDS_H
 
@@ -9,7 +9,7 @@
 
 namespace platkit {
 
-// In KB. A figure is absent if this kernel does not tell.
+// In KB. A figure is absent if this kernel does not have it.
 struct ProcessSharing {
   Figure saved;  // merged pages and zero pages
   Figure zero;   // pages replaced by the kernel's page of zeros, which are not resident

@@ -17,10 +17,11 @@ class PciRecords {
   explicit PciRecords(HostFiles &files) : files_(files) {}
 
   // Lists the segments of the host if `above` is empty, the buses of a segment if `above` is the segment, and so on to
-  // functions: ascending, and only those with a function below them. HVC_NOT_FOUND if there is nothing at `above`.
+  // functions. The entries are ascending and have at least one function below them. HVC_NOT_FOUND if `above` does not
+  // exist.
   [[nodiscard]] HVC_ReturnStatus List(Arguments above, ParamList &list);
 
-  // See ReadPciIds, ReadPciRegister and WritePciRegister in kernel/pci.h. Registers are never reused, however fresh.
+  // See ReadPciIds, ReadPciRegister and WritePciRegister in kernel/pci.h. Registers are never cached.
   [[nodiscard]] HVC_ReturnStatus Header(const PciAddress &function, PciConfigHeaderRecord &record);
   [[nodiscard]] HVC_ReturnStatus Read(const PciRegister &where, PciConfigRegRecord &record);
   [[nodiscard]] HVC_ReturnStatus Write(const PciRegister &where, int64_t value);

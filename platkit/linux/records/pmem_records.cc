@@ -35,8 +35,8 @@ PmemRecords::VolumeList &PmemRecords::FreshVolumes() {
   return volumes_.Get(files_.clock(), [this] { return ReadVolumes(); });
 }
 
-// The kernel numbers regions in the order in which it finds them. The cookie of an interleave set stays the same across
-// reboots, so it makes a better name.
+// The kernel numbers regions in the order of discovery. The cookie of an interleave set survives reboots, so it is the
+// better name.
 PmemRecords::VolumeList PmemRecords::ReadVolumes() {
   std::vector<std::string> devices;
   VolumeList all = {.status = ListNdDevices(files_, devices)};
@@ -110,7 +110,7 @@ HVC_ReturnStatus PmemRecords::StoreInfo(std::string_view name, RegionStoreRecord
   return HVC_OK;
 }
 
-// A region takes one label on each of its modules.
+// A region uses one label on each of its modules.
 Figure PmemRecords::FreeSlots(const std::vector<std::string> &modules) {
   Figure fewest = modules.empty() ? Figure(0) : Figure::Unlimited();
   for (const std::string &module : modules)
@@ -127,7 +127,7 @@ HVC_ReturnStatus PmemRecords::StoreIsClean(std::string_view name, RegionStoreCle
   return HVC_OK;
 }
 
-// A namespace of size 0 is one that the kernel offers to create.
+// A namespace of size 0 does not exist yet: the kernel offers it for creation.
 PmemRecords::RegionList PmemRecords::ReadRegions(const Volume &volume) {
   RegionList regions;
   for (const std::string &device : volume.namespaces) {

@@ -18,8 +18,8 @@
 
 namespace platkit {
 
-// All operations on a volume or a region return HVC_NOT_FOUND if there is none of that name. A host without persistent
-// memory has no volumes.
+// All operations on a volume or a region return HVC_NOT_FOUND if no volume or region has that name. A host without
+// persistent memory has no volumes.
 class PmemRecords {
  public:
   explicit PmemRecords(HostFiles &files) : files_(files) {}

@@ -3,7 +3,7 @@
 namespace platkit {
 namespace {
 
-// A zone without memory has watermarks too, but they have no effect.
+// The watermarks of a zone without memory have no effect.
 void AddZone(const Zone &zone, ZoneTotals &totals) {
   const auto add = [](Figure &total, Figure part) { total = total + part.IfAbsent(Figure::Unreadable()); };
   add(totals.present, zone.present);

@@ -1,4 +1,4 @@
-// Which source answers, and how its definitions compare with the library's own.
+// Selecting a source, and comparing its definitions with the library's own.
 #include <gtest/gtest.h>
 
 #include <memory>

@@ -1,4 +1,4 @@
-// What the operations on nodes ask of their callers.
+// How the operations on nodes check their arguments.
 #include <gtest/gtest.h>
 
 #include <memory>

@@ -1,4 +1,4 @@
-// What is read when, and for how long it is reused.
+// When the source reads files, and for how long it reuses values.
 #include "platkit/linux/linux_source.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@ namespace {
 const std::string kTop = "sys/fs/cgroup/";
 const std::string kWeb = kTop + "system.slice/web.service";
 
-// Asks for all of a group, and of what is below it, as a report on groups does.
+// Reads all records of a group and of its descendants, as a report on groups does.
 void Walk(Asker &ask, int64_t group) {
   const std::vector<int64_t> members = ask.Members(group);
   ask.Flags(group);
@@ -84,12 +84,12 @@ TEST(LinuxSource, ARecordIsReadAgainAfterAChange) {
   EXPECT_CELL(heap().numRanges, 7u);
 }
 
-// Changes a file in the same instant, whereas SavedHost::Write lets time pass.
+// Changes a file without advancing the clock, unlike SavedHost::Write.
 void ChangeAtOnce(SavedHost &host, const std::string &path, std::string_view text) {
   std::ofstream(host.Path(path), std::ios::binary) << text;
 }
 
-// A cell of a saved host, and a file that changes it.
+// A cell of a saved host, and a file whose contents determine it.
 struct SourceOfCell {
   const char *host;
   std::string file;
@@ -215,7 +215,7 @@ TEST(LinuxSource, HostWideFilesAreReadOnceForAllTheirRecords) {
   }
 }
 
-// A report may ask for the last instance of a list long after the list.
+// A report may read the last instance of a list long after it read the list.
 TEST(LinuxSource, InstancesOfAnOldListAreStillFound) {
   SavedHost host("two-nodes.host");
   Asker ask = host.ask();
@@ -239,7 +239,7 @@ TEST(LinuxSource, InstancesOfAnOldListAreStillFound) {
   }
 }
 
-// A walk over many groups takes longer than what it read stays fresh. It finds groups where listings showed them.
+// In a walk over many groups, values expire before it ends. It still finds groups where listings returned them.
 TEST(LinuxSource, AGroupThatWasListedIsNotSearchedForAgain) {
   SavedHost host("v2.host");
   Asker ask = host.ask();

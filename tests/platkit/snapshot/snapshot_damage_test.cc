@@ -1,4 +1,4 @@
-// Cut and overwritten snapshots: whatever happened to the file, a read gives what was written or a status.
+// Truncated and overwritten snapshots. Whatever the damage, a read returns the written value or a failure.
 #include "tests/platkit/scratch.h"
 #include "tests/platkit/snapshot/small_host.h"
 

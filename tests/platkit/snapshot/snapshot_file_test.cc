@@ -27,7 +27,7 @@ class Open : public testing::Test {
     return Contents(scratch_.Path("small"));
   }
 
-  // A small host with another version record; the rest of the file is not moved.
+  // A small host with another digit as its version; the rest of the file is unchanged.
   std::string WithVersion(char digit) {
     std::string bytes = SmallBytes();
     bytes.at(2048 + 8 + kVersionKey.size()) = digit;

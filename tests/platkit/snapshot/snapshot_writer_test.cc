@@ -13,7 +13,7 @@ namespace {
 
 class Write : public testing::Test {
  protected:
-  // Runs `check` in a process of its own, whose limits and user do not outlast it.
+  // Runs `check` in a child process, so that its limits and its user do not affect this process.
   static bool HoldsElsewhere(const std::function<bool()> &check) {
     const pid_t child = fork();
     if (child == 0) _exit(check() ? 0 : 1);
@@ -58,7 +58,7 @@ TEST_F(Write, AKeyOnlyOnce) {
   EXPECT_TRUE(scratch_.Names().empty());
 }
 
-// A limit on file sizes stands for a full disk. Wherever it ends the write, the older file stays.
+// A limit on file sizes simulates a full disk. Wherever the write fails, the older file stays.
 TEST_F(Write, NoRoom) {
   const std::string path = scratch_.Write("file", "older");
   WriteSmallHost(scratch_.Path("whole"));
@@ -86,7 +86,7 @@ TEST_F(Write, Limits) {
   EXPECT_EQ(SnapshotWriter().AddHeader(header), HVC_BAD_PARAM);
   EXPECT_EQ(writer.AddTexts("/system/heaps", std::vector<std::string>{std::string("a\0b", 3)}), HVC_BAD_PARAM);
   EXPECT_EQ(writer.AddTexts(std::string(4097, '/'), {}), HVC_LIMIT_EXCEEDED);
-  // The size alone is too much; the bytes are never looked at.
+  // The writer rejects the size before it reads the bytes.
   const std::byte one{};
   EXPECT_EQ(writer.AddRecord("/a", std::span(&one, size_t{UINT32_MAX} - 1000)), HVC_LIMIT_EXCEEDED);
 }

@@ -96,7 +96,7 @@ TEST(HostFiles, PartsOfAKernelFile) {
   EXPECT_EQ(running.ReadAt(HostPath("sys/kernel/uevent_seqnum"), 1000, bytes), HVC_TRANSFER_TRUNCATED);
 }
 
-// A saved root may come from anyone: nothing in it leads out of it.
+// A saved root may be hostile: links in it must not lead out of it.
 TEST(HostFiles, LinksStayBelowASavedRoot) {
   SavedHost outside;
   outside.Write("secret", "outside");
@@ -208,7 +208,7 @@ TEST(HostFiles, AFileIsIdentifiedByItsInode) {
   }
 }
 
-// A control group may go, and another one come under its name, while its files are read.
+// While the files of a control group are read, it may be removed and another one created with its name.
 TEST(HostFiles, FilesAreOpenedInTheFolderThatWasListed) {
   for (const Reach reach : {Reach::kHost, Reach::kRootFolder}) {
     SavedHost host;
@@ -233,7 +233,7 @@ TEST(HostFiles, FilesAreOpenedInTheFolderThatWasListed) {
   }
 }
 
-// Listings may be read in turns.
+// Two listings may be read alternately.
 TEST(HostFiles, AFolderIsReadToItsEndWhenAnotherIsOpened) {
   SavedHost host;
   host.Write("one/file", "");

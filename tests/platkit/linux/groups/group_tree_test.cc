@@ -1,4 +1,4 @@
-// Which groups there are, and what becomes of them when the host changes.
+// Finding and listing groups, also while the host changes.
 #include "platkit/linux/groups/group_tree.h"
 
 #include <sys/resource.h>
@@ -15,7 +15,7 @@ constexpr int64_t kVmm = 20'000'000;
 const std::string kTop = "sys/fs/cgroup/";
 const std::string kWeb = kTop + "system.slice/web.service";
 
-// A file that replaces another has another inode number, as the files of the next process with a PID have.
+// Replaces a file with a new one, which has another inode number, as if another process had got the PID.
 void Replace(SavedHost &host, const std::string &path) {
   host.Write(path + ".new", host.Read(path));
   std::filesystem::rename(host.Path(path + ".new"), host.Path(path));
@@ -35,7 +35,7 @@ TEST(GroupTree, AProcessWhosePidIsReusedIsNotFound) {
     EXPECT_EQ(ask.Get("sched_memClients_kestrel_uw", {101}, record), HVC_NOT_FOUND) << stat;
     EXPECT_EQ(ask.Get("sched_groups_stats_memoryStats", {101}, stats), HVC_NOT_FOUND) << stat;
   }
-  // One that began before the listing is the one that was listed, whatever the kernel has forgotten since.
+  // A process that started before the listing is the listed one, even if the kernel has dropped its inode.
   std::string words = begun;
   for (int field = 4; field < 22; ++field)
     words += " 9999999999999";
@@ -82,7 +82,7 @@ TEST(GroupTree, AProcessThatMovedIsInOneGroup) {
   host.Write(cron + "/cgroup.procs", "100\n");
   EXPECT_EQ(ask.Members(other), std::vector<int64_t>{100});
   EXPECT_EQ(ask.Parent(100), other);
-  // It ends, and the group that it came from is asked again.
+  // The process ends, and the group that it left is listed again.
   host.Remove("proc/100");
   EXPECT_EQ(ask.Members(other), std::vector<int64_t>());
   ask.Capacity(web);

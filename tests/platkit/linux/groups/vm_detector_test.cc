@@ -49,7 +49,7 @@ TEST(VmDetector, KvmListsTheOwnersOfVms) {
   EXPECT_EQ(host.Opens("proc/401/fd"), 0) << "the list is the whole truth";
 }
 
-// KVM names the thread that made the machine, which need not be its process' first.
+// KVM names the thread that created the machine, which may be any thread of its process.
 TEST(VmDetector, AnyThreadMayHaveCreatedTheVm) {
   SavedHost host("kvm-list.host");
   host.MakeFolder("sys/kernel/debug/kvm/455-12");

@@ -1,4 +1,4 @@
-// Which control groups are a VM's own.
+// Finding the own control group of a VM.
 #include "platkit/linux/groups/vm_groups.h"
 
 #include "tests/linux/saved_host.h"

@@ -1,4 +1,4 @@
-// What a reader of the kernel's files makes of each state that a file can be in.
+// Tests a reader of a kernel file with the file in each possible state.
 #ifndef TESTS_PLATKIT_LINUX_KERNEL_KERNEL_FILE_H
 #define TESTS_PLATKIT_LINUX_KERNEL_KERNEL_FILE_H
 
@@ -23,7 +23,7 @@ class KernelFiles {
   HostFiles &files() { return files_; }
   SavedHost &host() { return host_; }
 
-  // Writes one file, and returns the access to all.
+  // Writes a file and returns the access to the root folder.
   HostFiles &With(const std::string &path, std::string_view text) {
     host_.Write(path, text);
     return files_;

@@ -7,7 +7,7 @@
 namespace platkit {
 namespace {
 
-// An auxiliary vector of one entry, and its end.
+// An auxiliary vector with one entry and the terminator.
 std::string Vector(uint64_t type, uint64_t value) {
   const uint64_t entries[] = {type, value, 0, 0};
   return {reinterpret_cast<const char *>(entries), sizeof entries};

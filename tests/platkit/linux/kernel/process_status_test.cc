@@ -5,7 +5,7 @@
 namespace platkit {
 namespace {
 
-// The figure of process 7, or absent if it is no process.
+// The figure of process 7; absent if ReadProcessStatus does not find it.
 ReadFigure Reader(Figure ProcessStatus::*figure) {
   return [figure](HostFiles &files) {
     ProcessStatus status;

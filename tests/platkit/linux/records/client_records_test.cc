@@ -424,7 +424,7 @@ TEST(ClientRecords, SharingOfAProcess) {
   EXPECT_CELL(vmm.mapped, 1440000u);
 }
 
-// One bad file costs its cells; the rest of the record stands.
+// A bad file affects only its own cells of the record.
 TEST(ClientRecords, MemoryStatOfAVm) {
   SavedHost host("clients.host");
   host.Write(kOwn + "/memory.stat", "zswapped x\nzswap 4096\nanon_thp\npswpin -1\nactive_anon 8192\nswapcached y\n");
@@ -490,7 +490,7 @@ TEST(ClientRecords, AnOldKernel) {
 
 // Which files are read.
 
-// Asks for what the reports on clients ask, group by group.
+// Reads the same nodes as the reports on clients, group by group.
 void Walk(SavedHost &host, int64_t group, bool vmsOnly) {
   Asker ask = host.ask();
   const std::vector<int64_t> members = ask.Members(group);

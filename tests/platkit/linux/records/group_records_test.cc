@@ -10,7 +10,7 @@ constexpr uint64_t kNone = HVC_KB_NONE;
 const std::string kTop = "sys/fs/cgroup/";
 const std::string kWeb = kTop + "system.slice/web.service";
 
-// One bad file costs its cells; the rest of the record stands.
+// A bad file affects only its own cells of the record.
 TEST(GroupRecords, EachFileOfAControlGroup) {
   const struct {
     const char *file;

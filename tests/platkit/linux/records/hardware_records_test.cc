@@ -17,7 +17,7 @@ HVC_ReturnStatus Model(SavedHost &host, int64_t cpu, uint64_t &model) {
   return status;
 }
 
-// The model of processor 0 of a host with that cpuinfo, which is there.
+// The model of processor 0 of a host with this cpuinfo. It must exist.
 uint64_t ModelOf(std::string_view cpuinfo) {
   SavedHost host;
   host.Write(kCpuInfo, cpuinfo);

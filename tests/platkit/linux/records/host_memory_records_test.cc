@@ -1,4 +1,4 @@
-// What holds the memory of the host, and its states.
+// Consumers and states of the host's memory.
 #include "platkit/linux/records/host_memory_records.h"
 
 #include "tests/linux/saved_host.h"
@@ -95,7 +95,7 @@ TEST(HostMemoryRecords, EachFileCostsItsCells) {
   }
 }
 
-// Free memory in pages, with the watermarks 10, 20, 30, and 40 where the kernel tells it.
+// A zone with this number of free pages and the watermarks 10, 20 and 30, and 40 if the kernel has promo.
 std::string ZoneOf(const std::string &free, bool tellsPromo) {
   return "Node 0, zone   Normal\n  pages free     " + free + "\n        min      10\n        low      20\n" +
          "        high     30\n" + (tellsPromo ? "        promo    40\n" : "") +

@@ -110,7 +110,7 @@ TEST(PciLists, AFolderThatCannotBeRead) {
   EXPECT_EQ(ListPci(host, {0}, below), HVC_NO_PERMISSION);
 }
 
-// Visits all functions as a search for a device does, and counts them.
+// Visits all functions, as a search for a device does, and returns their number.
 int Search(SavedHost &host) {
   int functions = 0;
   for (const int64_t segment : Pci(host, {})) {
@@ -437,7 +437,7 @@ TEST_F(PciWrite, ASavedRootRefusesWritesByDefault) {
   EXPECT_TRUE(host.opened().empty());
 }
 
-// Asks for every node of the catalogue, and tries to write it.
+// Reads every node of the catalogue and tries to write it.
 TEST_F(PciWrite, NoOtherNodeIsWritten) {
   const std::map<std::string, std::string> before = Contents();
   const auto text = [](const char *chars) {
