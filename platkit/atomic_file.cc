@@ -16,8 +16,8 @@ constexpr char kOwnDescriptors[] = "/proc/self/fd";
 
 HVC_ReturnStatus WriteStatus() { return StatusOfErrno(errno, HVC_WRITE_ERROR); }
 
-// Follows symbolic links, so that a link stays a link. A path without a file, and a dangling link, are their own
-// targets.
+// Follows symbolic links, so that a link is not replaced by a file. If the path does not exist or is a dangling link,
+// the target is the path itself.
 HVC_ReturnStatus Resolve(const std::string &path, std::string &target) {
   struct stat info;
   if (stat(path.c_str(), &info) != 0) {
@@ -49,7 +49,7 @@ HVC_ReturnStatus AtomicFile::Create(const std::string &path) {
 HVC_ReturnStatus AtomicFile::Commit() { return SyncAndRename() ? HVC_OK : WriteStatus(); }
 
 bool AtomicFile::CreateBesideTarget() {
-  // A file without a name gets one through /proc.
+  // An unnamed file gets its name through /proc.
   if (access(kOwnDescriptors, F_OK) == 0) fd_ = open(Folder().c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, 0666);
   if (fd_ >= 0) return true;
   return TryNames([this](const char *path) {
@@ -75,7 +75,7 @@ bool AtomicFile::GiveName() {
       [&](const char *path) { return linkat(AT_FDCWD, descriptor.c_str(), AT_FDCWD, path, AT_SYMLINK_FOLLOW) == 0; });
 }
 
-// Tries random names beside the target until one is free. On failure, errno is that of the last try.
+// Tries random names beside the target until one is free. On failure, errno is from the last attempt.
 template <typename Try>
 bool AtomicFile::TryNames(Try tryName) {
   constexpr int kMaxTries = 100;
@@ -96,7 +96,8 @@ std::string AtomicFile::Folder() const {
   return slash == std::string::npos ? "." : target_.substr(0, slash + 1);
 }
 
-// Makes the rename itself durable. Some file systems cannot sync a folder; the file is in its place nevertheless.
+// Makes the rename itself durable. Failures are ignored: some file systems cannot sync a folder, and the file already
+// has its name.
 void AtomicFile::SyncFolder() const {
   const int fd = open(Folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (fd < 0) return;

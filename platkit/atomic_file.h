@@ -1,8 +1,8 @@
-// Writes a file that appears whole or not at all.
+// Writes a file that appears complete or not at all.
 //
-// The data goes to a new file beside the target, is synced, and then renamed over the target. Where the file system
-// supports files without names, the new file has none until Commit, so that nothing remains of it however the program
-// ends. An uncommitted file is removed.
+// The data goes to a new file beside the target, is synced, and then renamed over the target. If the file system
+// supports unnamed files, the new file has no name until Commit, so it disappears however the program ends. An
+// uncommitted file is removed.
 #ifndef PLATKIT_ATOMIC_FILE_H
 #define PLATKIT_ATOMIC_FILE_H
 
@@ -21,16 +21,16 @@ class AtomicFile {
 
   // Creates the new file for `path`, or for the target of a symbolic link at `path`.
   //
-  // HVC_ALREADY_EXISTS: `path` names something else than a regular file. Other statuses as for StatusOfErrno, with
+  // HVC_ALREADY_EXISTS: `path` exists and is not a regular file. Other statuses as for StatusOfErrno, with
   // HVC_WRITE_ERROR for other errors.
   [[nodiscard]] HVC_ReturnStatus Create(const std::string &path);
 
-  // Of the new file. -1 before Create and after Commit.
+  // The descriptor of the new file; -1 before Create and after Commit.
   int fd() const { return fd_; }
 
-  // Syncs the new file and renames it to the target, in place of a file that exists there.
+  // Syncs the new file and renames it to the target, which replaces an existing file.
   //
-  // Statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors: the disk is full, or failed.
+  // Statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors, such as a full or failed disk.
   [[nodiscard]] HVC_ReturnStatus Commit();
 
  private:

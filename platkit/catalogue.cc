@@ -15,7 +15,7 @@ consteval const RecordLayout *LayoutOf<NoRecord>() {
   return nullptr;
 }
 
-// Not being constant, a call of one of these stops the compiler at the row of nodes.def that is wrong.
+// These functions are not constexpr, so a call to one of them stops the compiler at the wrong row of nodes.def.
 inline void RowHasTooManyArguments() {}
 inline void ArgumentIsNeitherIntNorText() {}
 
@@ -80,7 +80,7 @@ const Node *FindNode(std::string_view name) {
 
 }  // namespace platkit
 
-// nodes.h must declare each of them: an object without an earlier declaration would not be exported.
+// nodes.h must declare each of these objects, or they would not be exported.
 #define PLATKIT_NODE(name, path, entry, record)                  \
   static_assert(sizeof ::NODAL_NODE_##name == sizeof(uint16_t)); \
   const uint16_t NODAL_NODE_##name = platkit::nodes::name.id();

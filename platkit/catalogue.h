@@ -1,4 +1,4 @@
-// The catalogue of nodes, as the library works with it. platkit/catalogue/nodes.def lists the nodes.
+// The catalogue of nodes in memory. platkit/catalogue/nodes.def lists the nodes.
 #ifndef PLATKIT_CATALOGUE_H
 #define PLATKIT_CATALOGUE_H
 
@@ -43,14 +43,14 @@ struct Node {
   uint32_t recordArguments() const { return pathArguments + (isList && isRecord() ? 1u : 0u); }
 };
 
-// All nodes, in the order of nodes.def, which is also that of their identifiers.
+// All nodes, in the order of nodes.def and of their identifiers.
 std::span<const Node> Nodes();
 inline constexpr size_t kMaxNodes = 64;
 
-// The node with that identifier, or null.
+// The node with this identifier, or null.
 const Node *FindNode(uint32_t id);
 
-// The node of that name, or null. Code that knows the name uses platkit::nodes (node_ref.h) instead.
+// The node with this name, or null. Code that knows the name uses platkit::nodes (node_ref.h) instead.
 const Node *FindNode(std::string_view name);
 
 }  // namespace platkit

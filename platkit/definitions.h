@@ -1,4 +1,4 @@
-// The definitions of a tree: which nodes it has, and what they take and yield.
+// The definitions of a tree: its nodes, with their arguments and records.
 #ifndef PLATKIT_DEFINITIONS_H
 #define PLATKIT_DEFINITIONS_H
 

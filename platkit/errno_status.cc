@@ -8,7 +8,7 @@ HVC_ReturnStatus StatusOfErrno(int error, HVC_ReturnStatus otherwise) {
   switch (error) {
     case ENOENT:
     case ENOTDIR:
-    case ESRCH:  // a file of a process that ended
+    case ESRCH:  // a file of an ended process
     case ENODEV: return HVC_NOT_FOUND;
     case EACCES:
     case EPERM: return HVC_NO_PERMISSION;

@@ -1,4 +1,4 @@
-// The status that stands for an errno, the same throughout the library.
+// Maps errno to a status, in the same way throughout the library.
 #ifndef PLATKIT_ERRNO_STATUS_H
 #define PLATKIT_ERRNO_STATUS_H
 
@@ -6,8 +6,7 @@
 
 namespace platkit {
 
-// `otherwise` is the status of every errno that has none of its own: HVC_IO_ERROR after a read, HVC_WRITE_ERROR after a
-// write.
+// `otherwise` is the status for all other values of errno: HVC_IO_ERROR after a read, HVC_WRITE_ERROR after a write.
 HVC_ReturnStatus StatusOfErrno(int error, HVC_ReturnStatus otherwise = HVC_IO_ERROR);
 
 }  // namespace platkit

@@ -1,4 +1,4 @@
-// The names of the states that the host's memory can be in.
+// The names of the memory states of the host.
 #ifndef PLATKIT_MEMORY_STATES_H
 #define PLATKIT_MEMORY_STATES_H
 

@@ -1,5 +1,5 @@
-// Names of nodes in C++ code: one constant per node in platkit::nodes, named as in NODAL_NODE_<name>. Its type says
-// which record the node yields, so that code which reads a node into the wrong record does not compile.
+// Names of nodes in C++ code: one constant per node in platkit::nodes, named as in NODAL_NODE_<name>. Its type includes
+// the node's record, so code that reads a node into the wrong record does not compile.
 #ifndef PLATKIT_NODE_REF_H
 #define PLATKIT_NODE_REF_H
 
@@ -14,7 +14,7 @@ namespace platkit {
 // Stands for the record of a node that is only a list.
 struct NoRecord {};
 
-// Identifiers of nodes count from 1 in the order of the catalogue; 0 is no node.
+// Identifiers of nodes count from 1 in the order of the catalogue; 0 is not a node.
 enum class NodeId : uint16_t {
   kNone,
 #define PLATKIT_NODE(name, path, entry, record) name,
@@ -31,10 +31,10 @@ struct NodeRef {
   // The identifier that the C interface takes.
   constexpr uint32_t id() const { return static_cast<uint32_t>(nodeId); }
 
-  // The node's place in Nodes().
+  // The node's index in Nodes().
   constexpr size_t index() const { return id() - 1; }
 
-  // Implicit, so that a reference can be passed wherever a node is.
+  // Implicit, so that functions with a node as parameter accept a reference.
   operator const Node &() const { return Nodes()[index()]; }
   const Node *operator->() const { return &Nodes()[index()]; }
 };

@@ -25,8 +25,8 @@ struct NODAL_Param {
   std::string_view text() const { return {chars, length}; }
 };
 
-// Lists live on the C heap and throw nothing: an operation that runs out of memory returns a status. Each text is an
-// allocation of its own, which never moves, because callers hold pointers to it.
+// Lists live on the C heap and throw no exceptions: an operation that runs out of memory returns a status. Each text
+// has its own allocation, which never moves, because callers hold pointers to it.
 struct NODAL_ParamList {
  public:
   NODAL_ParamList(const NODAL_ParamList &) = delete;

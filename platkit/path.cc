@@ -34,7 +34,7 @@ std::optional<std::string> DecodeText(std::string_view text) {
       const char *low = std::strchr(kHexDigits, text[i + 2]);
       if (text[i + 1] == '\0' || text[i + 2] == '\0' || high == nullptr || low == nullptr) return std::nullopt;
       c = static_cast<unsigned char>((high - kHexDigits) << 4 | (low - kHexDigits));
-      // A text contains no NUL, and only characters that need it are encoded.
+      // A text must not contain a NUL or unnecessary encodings.
       if (c == '\0' || !IsEncoded(c)) return std::nullopt;
       i += 2;
     } else if (IsEncoded(c)) {

@@ -1,5 +1,5 @@
-// The text form of a node with its arguments, for example /sched/groups/4/memAllocationInKB. It is a key of snapshots,
-// and the form that nodal reads and prints.
+// The path of a node with its arguments, for example /sched/groups/4/memAllocationInKB. Snapshots use paths as keys,
+// and nodal reads and prints them.
 //
 // Integers are decimal, without leading zeros. In texts, '/', '%' and control characters are percent-encoded, with two
 // upper-case hexadecimal digits.
@@ -16,7 +16,7 @@
 
 namespace platkit {
 
-// Writes a path into a buffer of fixed size. Text that does not fit is dropped, and ok() is false from then on.
+// Writes a path into a buffer of fixed size. Drops text that does not fit; ok() is then false.
 class PathWriter {
  public:
   PathWriter &Literal(std::string_view text);
@@ -44,11 +44,11 @@ struct PathTarget {
     int64_t integer = 0;
     std::string text;
 
-    // clang-tidy takes the comparison with 0 in the generated code for one with a null pointer.
+    // clang-tidy mistakes the comparison with 0 in the generated code for one with a null pointer.
     auto operator<=>(const Argument &) const = default;  // NOLINT(modernize-use-nullptr)
   };
 
-  const Node *node = nullptr;  // null: the path names no node
+  const Node *node = nullptr;  // null: not the path of a node
   bool asRecord = false;
   std::vector<Argument> arguments;
 };

@@ -1,4 +1,4 @@
-// Descriptions of the wire records: each field's place, type, unit and meaning. platkit/catalogue/ has the tables.
+// Descriptions of the wire records: offset, type, unit and meaning of each field. platkit/catalogue/ has the tables.
 #ifndef PLATKIT_RECORD_LAYOUT_H
 #define PLATKIT_RECORD_LAYOUT_H
 

@@ -1,4 +1,4 @@
-// Where the records and lists of the tree come from: the running host, a snapshot, or a test.
+// The interface of a data source for the tree: the running host, a snapshot, or a test.
 #ifndef PLATKIT_SOURCE_H
 #define PLATKIT_SOURCE_H
 
@@ -17,10 +17,10 @@ class Source {
  public:
   virtual ~Source() = default;
 
-  // Reads a record. `record` has the record's size in bytes; it stays as it was on failure.
+  // Reads a record. `record` has the size of the record in bytes. On failure, it is unchanged.
   [[nodiscard]] virtual HVC_ReturnStatus Get(const Node &node, Arguments arguments, std::span<std::byte> record) = 0;
 
-  // Appends the instances to `list`, which is empty. After a failure, the list holds any part of them.
+  // Appends the instances to `list`, which is empty. After a failure, the list may contain some of them.
   [[nodiscard]] virtual HVC_ReturnStatus List(const Node &node, Arguments arguments, ParamList &list) = 0;
 
   // Writes `input` to a record.
@@ -33,7 +33,7 @@ class Source {
   virtual const Definitions &definitions() const { return OwnDefinitions(); }
 };
 
-// Answers every later read of the process from `source`; from the running host if it is null.
+// Selects the source of all later reads of the process; null selects the running host.
 void UseSource(std::unique_ptr<Source> source);
 
 // The source that the process reads from.

@@ -13,7 +13,8 @@ struct StatusText {
   const char *text;
 };
 
-// In the order of the codes, without a hole: the text of HVC_STATUS_BASE + i is at i, that of success at 0.
+// In the order of the codes, without gaps: index i has the text of HVC_STATUS_BASE + i, and index 0 the text of
+// success.
 inline constexpr auto kStatusTexts = std::to_array<StatusText>({
     // General
     {HVC_OK, "Success"},

@@ -55,7 +55,7 @@ struct RecordTable;
 
 namespace record_table {
 
-// Not being constant, a call of one of these stops the compiler at the row or record that is wrong.
+// These functions are not constexpr, so a call to one of them stops the compiler at the wrong row or record.
 inline void FieldIsAtAnotherOffset() {}
 inline void FieldsLeaveAGapOrOverlap() {}
 inline void FieldsEndBeforeTheRecord() {}

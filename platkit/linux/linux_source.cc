@@ -21,7 +21,7 @@
 namespace platkit {
 namespace {
 
-// Everything that nodes are answered from.
+// The readers behind all nodes.
 struct Host {
   explicit Host(HostFiles hostFiles) : files(std::move(hostFiles)) {}
 
@@ -46,8 +46,8 @@ using FillFunction = HVC_ReturnStatus (*)(Host &, Arguments, Record &);
 using ListFunction = HVC_ReturnStatus (*)(Host &, Arguments, ParamList &);
 using WriteFunction = HVC_ReturnStatus (*)(Host &, Arguments, int64_t value);
 
-// How one node is answered: a function that fills its record, which starts as zeros; one that lists its instances; one
-// that writes a value. A node has those that its kind allows. The function's record must be the node's.
+// The functions of one node: one fills its record, which starts as zeros; one lists its instances; one writes a value.
+// A node has only the functions that its kind allows. The record type of a function must be the node's.
 class Row {
  public:
   Row() = default;
@@ -90,7 +90,7 @@ class Row {
 
   uint32_t id_ = 0;
   HVC_ReturnStatus (*answer_)(AnyFunction, Host &, Arguments, std::span<std::byte>) = nullptr;
-  AnyFunction fill_ = nullptr;  // a FillFunction of the record that answer_ knows
+  AnyFunction fill_ = nullptr;  // a FillFunction for the record type that answer_ knows
   ListFunction list_ = nullptr;
   WriteFunction write_ = nullptr;
 };
@@ -109,7 +109,7 @@ PciRegister RegisterOf(Arguments arguments) {
 
 HVC_ReturnStatus ListPci(Host &host, Arguments a, ParamList &list) { return host.pci.List(a, list); }
 
-// One row for each node that Linux answers, in the order of the catalogue's families. Any other node is not found.
+// One row for each node that exists on Linux, grouped as in the catalogue. All other nodes return HVC_NOT_FOUND.
 const Row kRows[] = {
     {nodes::sched_groups_groupName,
      [](Host &host, Arguments a, GroupNameRecord &record) { return host.groups.Name(Int(a, 0), record); }},
@@ -224,7 +224,7 @@ const Row kRows[] = {
      [](Host &host, Arguments a, int64_t value) { return host.pci.Write(RegisterOf(a), value); }},
 };
 
-// The row of a node; an empty row for a node that has none.
+// The row of a node; an empty row if it has none.
 const Row &RowOf(const Node &node) {
   static const std::array<Row, kMaxNodes + 1> rows = [] {
     std::array<Row, kMaxNodes + 1> byID;

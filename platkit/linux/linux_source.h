@@ -12,7 +12,7 @@ namespace platkit {
 // Opens the running host below the root folder `root`. No file is opened until a node asks for it.
 std::unique_ptr<Source> OpenLinuxHost(const char *root);
 
-// Opens the host that has these files.
+// Opens a host over these files.
 std::unique_ptr<Source> OpenLinuxHost(HostFiles files);
 
 // Opens a saved root folder. HVC_NOT_FOUND, HVC_NO_PERMISSION or HVC_IO_ERROR if the folder cannot be opened.

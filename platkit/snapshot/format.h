@@ -14,7 +14,7 @@ inline constexpr std::string_view kVersionKey = "nodal-snapshot";
 inline constexpr uint32_t kVersion = 1;
 inline constexpr std::string_view kVersionText = "1";
 
-// Index checksums, in the second record: one for each hash table. They tell an absent entry from a lost one.
+// Index checksums, in the second record: one for each hash table. They distinguish an absent entry from a lost one.
 inline constexpr std::string_view kIndexCheckKey = "index-check";
 
 // Keys of the format itself, which no entry may have.
@@ -49,7 +49,8 @@ inline constexpr uint32_t kRecordHead = 8;  // lengths of key and value
 inline constexpr uint32_t kSlotBytes = 8;
 inline constexpr uint64_t kMaxFileBytes = UINT32_MAX;
 
-// The hash of a key. `start` is the hash of the part before `text`, so that keys with a common start share its hash.
+// The hash of a key. `start` is the hash of the bytes before `text`, so that the hash of a common prefix is computed
+// once.
 constexpr uint32_t Hash(std::string_view text, uint32_t start = 5381) {
   for (const char c : text)
     start = (start * 33) ^ static_cast<unsigned char>(c);
@@ -58,7 +59,7 @@ constexpr uint32_t Hash(std::string_view text, uint32_t start = 5381) {
 
 enum class ValueType : uint8_t { kRecord = 'R', kIntegers = 'I', kTexts = 'T', kHeader = 'H', kChecks = 'C' };
 
-// Whether it is the type of an entry. The index checksums are not an entry.
+// Whether this is the type of an entry. The index checksums are not an entry.
 constexpr bool IsValueType(uint8_t byte) { return byte == 'R' || byte == 'I' || byte == 'T' || byte == 'H'; }
 
 // In the file, a value is one byte of type, the payload, and a checksum of both.

@@ -66,8 +66,8 @@ HVC_ReturnStatus SnapshotFile::CheckVersion() const {
   return version > kVersion ? HVC_SNAPSHOT_TOO_NEW : HVC_OK;
 }
 
-// The first hash table starts at the end of the records, each other one at the end of the table before it, and the last
-// one ends with the file. A truncated or extended file does not pass.
+// The first hash table starts at the end of the records, each other table at the end of the table before it, and the
+// last table ends with the file. This check rejects a truncated or extended file.
 bool SnapshotFile::IndexIsChained() const {
   uint64_t end = Integer(0);
   if (end < kShortestFile || end != cdb_.cdb_dend) return false;
@@ -90,7 +90,7 @@ bool SnapshotFile::IndexCheckIsWhole() const {
          Check(Bytes(kIndexCheckValue, checked)) == Integer(kIndexCheckValue + checked);
 }
 
-// Checks each table once, at the first look-up in it that finds nothing.
+// Checks each table once, at the first failed look-up in it.
 bool SnapshotFile::TableIsWhole(uint32_t table) {
   if (tablesChecked_[table]) return true;
   const uint32_t slots = Integer(table * 8 + 4);
@@ -99,8 +99,8 @@ bool SnapshotFile::TableIsWhole(uint32_t table) {
   return tablesChecked_[table];
 }
 
-// A damaged slot or a damaged key also makes a look-up find nothing. The table's checksum rules out the first; the
-// second is ruled out if the key of each record that the look-up visited has the hash in its slot.
+// A look-up also fails if a slot or a key is damaged. The table's checksum rules out a damaged slot. A damaged key is
+// ruled out if the key of each visited record has the hash in its slot.
 bool SnapshotFile::IsReallyAbsent(std::string_view key) {
   const uint32_t hash = cdb_hash(key.data(), static_cast<unsigned>(key.size()));
   const uint32_t table = hash % kTables;

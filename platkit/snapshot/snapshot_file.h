@@ -1,7 +1,7 @@
 // A mapped snapshot file. A look-up touches a few cache lines, whatever the size of the file.
 //
 // The file may be hostile. Every position and length in it is checked before use, and a value's checksum when the value
-// is read, so that nothing in the file makes the library read outside it.
+// is read, so that no file can make the library read outside of it.
 #ifndef PLATKIT_SNAPSHOT_SNAPSHOT_FILE_H
 #define PLATKIT_SNAPSHOT_SNAPSHOT_FILE_H
 
@@ -30,8 +30,8 @@ class SnapshotFile {
   SnapshotFile(const SnapshotFile &) = delete;
   SnapshotFile &operator=(const SnapshotFile &) = delete;
 
-  // Opens and maps the file. Checks its version, that its hash tables follow each other up to its end, and its header,
-  // in a time that does not depend on the file's size. Statuses as for NODAL_UseCache.
+  // Opens and maps the file. Checks the version, the header, and that the hash tables are contiguous and end with the
+  // file. The time does not depend on the size of the file. Statuses as for NODAL_UseCache.
   [[nodiscard]] HVC_ReturnStatus Open(const char *path);
 
   const Header &header() const { return header_; }
@@ -41,8 +41,8 @@ class SnapshotFile {
   // HVC_NOT_FOUND: the file was written without it. HVC_SNAPSHOT_DAMAGED: the value or its index entry is damaged.
   [[nodiscard]] HVC_ReturnStatus Find(std::string_view key, Value &value);
 
-  // Start to load into the processor's cache what coming look-ups will read: the index entry of a key with that hash,
-  // and the records around a value.
+  // Prefetch data of later look-ups into the processor's cache: the index entry of a key with this hash, and the
+  // records around a value.
   void PrefetchKey(uint32_t hash) const;
   void PrefetchAround(const Value &value) const;
 
@@ -53,8 +53,8 @@ class SnapshotFile {
 
     // Moves to the next entry; the first call moves to the first entry.
     //
-    // HVC_NOT_FOUND: the file has no more entries. HVC_SNAPSHOT_DAMAGED: the entry exceeds the records, so the entries
-    // after it cannot be found.
+    // HVC_NOT_FOUND: the file has no more entries. HVC_SNAPSHOT_DAMAGED: the entry runs past the end of the records, so
+    // later entries cannot be found.
     [[nodiscard]] HVC_ReturnStatus Next();
 
     std::string_view key() const { return key_; }

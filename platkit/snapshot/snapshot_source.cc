@@ -31,7 +31,7 @@ class SnapshotSource : public Source {
   // The last instance that was read: the start of its path, and its number.
   std::string_view lastStart_;
   int64_t lastInstance_ = 0;
-  // The nodes that were read of any instance, by their indexes in Nodes().
+  // The nodes that were read for any instance, as indexes in Nodes().
   std::bitset<kMaxNodes> asked_;
 };
 
@@ -47,10 +47,10 @@ HVC_ReturnStatus SnapshotSource::Find(const Node &node, Arguments arguments, Val
 }
 
 // Callers read several nodes of one instance, such as a group, and then the same nodes of the next instance. Their
-// records are neighbours, but their index entries are scattered over an index that does not fit the processor's cache,
-// so that each look-up would wait for memory. The first read of an instance therefore prefetches the index entries of
-// all nodes that were read of earlier instances. (Without this, group-stats over 100,000 groups takes 20 to 30 % more
-// processor time.)
+// records are neighbours, but their index entries are scattered. The index does not fit the processor's cache, so each
+// look-up would wait for memory. The first read of an instance therefore prefetches the index entries of all nodes that
+// were read for earlier instances. (Without this, group-stats over 100,000 groups takes 20 to 30 % more processor
+// time.)
 //
 // Returns whether this was the first read of the instance.
 bool SnapshotSource::PrefetchSiblings(const Node &node, Arguments arguments) {
@@ -70,7 +70,7 @@ bool SnapshotSource::PrefetchSiblings(const Node &node, Arguments arguments) {
   return true;
 }
 
-// The file has no entry for a node that did not exist, and the status of the read for one that could not be read.
+// The file has no entry for a missing node. For an unreadable node, it has the status of the read.
 HVC_ReturnStatus SnapshotSource::StatusOfAbsent(std::string_view path) {
   PathWriter key;
   key.Literal(snapshot::kFailurePrefix).Literal(path);

@@ -8,7 +8,7 @@
 
 namespace platkit {
 
-// Statuses as for NODAL_UseCache. `source` is set on success only.
+// Statuses as for NODAL_UseCache. `source` is set only on success.
 [[nodiscard]] HVC_ReturnStatus OpenSnapshot(const char *path, std::unique_ptr<Source> &source);
 
 }  // namespace platkit

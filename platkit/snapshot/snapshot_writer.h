@@ -1,7 +1,7 @@
 // Collects the entries of a snapshot and writes them to a file.
 //
-// The same entries give the same bytes, in whatever order they were added. The file is an AtomicFile: it appears whole
-// or not at all.
+// The same entries give the same bytes, regardless of the order in which they are added. The file is an AtomicFile: it
+// appears complete or not at all.
 #ifndef PLATKIT_SNAPSHOT_SNAPSHOT_WRITER_H
 #define PLATKIT_SNAPSHOT_SNAPSHOT_WRITER_H
 
@@ -38,7 +38,7 @@ class SnapshotWriter {
   // An entry of any kind.
   [[nodiscard]] HVC_ReturnStatus Add(std::string_view key, ValueType type, std::span<const std::byte> payload);
 
-  // Writes the snapshot to `path`, in place of a file that exists there.
+  // Writes the snapshot to `path`, and replaces an existing file.
   //
   // HVC_ALREADY_EXISTS: a key was added twice. Other statuses as for AtomicFile.
   [[nodiscard]] HVC_ReturnStatus Write(const std::string &path);

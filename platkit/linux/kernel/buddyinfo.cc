@@ -15,7 +15,7 @@ constexpr uint64_t kMaxNumaNodes = 4096;
 constexpr size_t kMaxZones = 1 << 16;
 constexpr size_t kMaxOrders = 64;
 
-// Parses "Node 0, zone   Normal   1   6928   4248". False if the line is of another form.
+// Parses "Node 0, zone Normal 1 6928 4248". False if the line has another form.
 bool ParseZone(std::string_view line, BuddyZone &zone) {
   TextScanner scanner(line);
   if (scanner.TakeWord() != "Node") return false;

@@ -19,7 +19,7 @@ struct BuddyZone {
 
 struct Buddyinfo {
   HVC_ReturnStatus status = HVC_FAILURE;  // HVC_OK, or why the file could not be read
-  std::vector<BuddyZone> zones;           // in the order of the file; the first line of a zone counts
+  std::vector<BuddyZone> zones;           // in the order of the file; if a zone occurs twice, its first line counts
 };
 
 Buddyinfo ReadBuddyinfo(HostFiles &files);

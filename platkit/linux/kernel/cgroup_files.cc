@@ -82,7 +82,7 @@ CgroupStat ReadV2(HostFiles &files, const HostPath &path) {
   stat.transparent = anonHuge + sharedHuge;
   stat.hugeAllocs = faults + collapses;
   stat.demoted = demotedByKswapd + demotedDirectly + demotedByKhugepaged + demotedProactively;
-  // Kernels before 5.18 have the parts only. No kernel counts socket buffers as kernel memory.
+  // Kernels before 5.18 have only the parts. `kernel` never includes socket buffers, so they are added.
   stat.kernel = stat.kernel.IfAbsent(stack + pageTables + secondaryPageTables + perCpu + slab) + sockets;
   return stat;
 }

@@ -13,7 +13,7 @@
 
 namespace platkit {
 
-// Amounts with a file of their own, all in bytes. The comments name the file in version 2 and in version 1.
+// Amounts that have their own file, in bytes. The comments name the file in version 2 and in version 1.
 enum class CgroupAmount : uint8_t {
   kMin,            // memory.min; none
   kLow,            // memory.low; none
@@ -29,8 +29,8 @@ enum class CgroupAmount : uint8_t {
 };
 inline constexpr size_t kCgroupAmounts = 11;
 
-// Absent if the version has no such file, or if the file does not exist: the kernel lacks it, the memory controller is
-// not enabled for the group, or the group has vanished. Unlimited if there is no limit.
+// Absent if the file does not exist. Then the kernel or the hierarchy version lacks it, the memory controller is not
+// enabled for the group, or the group has vanished. Unlimited if there is no limit.
 Figure ReadCgroupAmount(HostFiles &files, CgroupVersion version, const std::string &folder, CgroupAmount amount);
 
 // Lines of memory.stat, descendants included. Amounts are in bytes; "pages" counts pages since the group was created.
@@ -42,8 +42,8 @@ struct CgroupStat {
   Figure transparent;  // transparent huge pages: anon_thp + shmem_thp; version 1 total_rss_huge
   // Version 2 alone.
   Figure kernel;             // kernel (before Linux 5.18 the sum of its parts) + sock
-  Figure zswap;              // compressed memory, as it is stored
-  Figure zswapped;           // the same before compression
+  Figure zswap;              // compressed memory: size after compression
+  Figure zswapped;           // compressed memory: size before compression
   Figure zswapIn, zswapOut;  // pages: zswpin, zswpout
   Figure swapIn, swapOut;    // pages: pswpin, pswpout
   Figure hugeAllocs;         // transparent huge pages: thp_fault_alloc + thp_collapse_alloc
@@ -58,7 +58,7 @@ CgroupStat ReadCgroupStat(HostFiles &files, CgroupVersion version, const std::st
 // Reads cgroup.procs: the PIDs of the group's processes, ascending and each once.
 [[nodiscard]] HVC_ReturnStatus ReadCgroupPids(HostFiles &files, const std::string &folder, std::vector<int64_t> &pids);
 
-// Whether cgroup.type is "threaded": the group's processes are then listed by a group above it.
+// Whether cgroup.type is "threaded". Then an ancestor lists the group's processes.
 bool IsThreadedCgroup(HostFiles &files, const std::string &folder);
 
 }  // namespace platkit

@@ -70,7 +70,7 @@ bool ParseDevice(std::string_view text, DeviceNumber &device) {
 
 bool HoldsMemory(const Mount &mount) { return mount.type == "hugetlbfs" || mount.type == "tmpfs"; }
 
-// How suitable a mount is; 0 if it shows no control groups.
+// Ranks a mount; 0 if it contains no control groups.
 int Rank(const Mount &mount) {
   if (mount.type == "cgroup2") return 3;
   if (mount.type != "cgroup") return 0;
@@ -90,7 +90,7 @@ std::string_view BelowMounted(std::string_view group, std::string_view mounted) 
   group.remove_prefix(mounted.size());
   if (!group.starts_with('/')) return {};
   group.remove_prefix(1);
-  // ".." leads out of this process' control-group namespace.
+  // ".." is outside the control-group namespace of this process.
   return group == ".." || group.starts_with("../") ? std::string_view() : group;
 }
 

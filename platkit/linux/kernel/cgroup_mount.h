@@ -1,5 +1,4 @@
-// /proc/self/mountinfo and /proc/PID/cgroup: which control-group hierarchy is used, and which of its groups a process
-// is in.
+// /proc/self/mountinfo and /proc/PID/cgroup: the control-group hierarchy to use, and the control group of a process.
 #ifndef PLATKIT_LINUX_KERNEL_CGROUP_MOUNT_H
 #define PLATKIT_LINUX_KERNEL_CGROUP_MOUNT_H
 
@@ -22,18 +21,17 @@ struct CgroupMount {
   CgroupVersion memoryFiles = CgroupVersion::kNone;
   std::string top;        // the mount point, relative to the root folder
   std::string mounted;    // the control group that is visible there: "/" unless only a part is mounted
-  std::string v1Options;  // of a version 1 mount: its controllers or its name, and other mount options; else empty
+  std::string v1Options;  // for version 1, its controllers or its name, and other mount options; else empty
 
   // The devices of mounted file systems whose files are memory: tmpfs and hugetlbfs.
   std::vector<DeviceNumber> memoryDevices;
 };
 
-// Finds the hierarchy to use. The one that limits memory is preferred, then version 2, then any that tells which
-// processes belong together.
+// Finds the hierarchy to use: preferably version 1 with the memory controller, then version 2, then any other.
 CgroupMount FindCgroupMount(HostFiles &files);
 
 // The folder of a process' control group, relative to the mount's top and without a slash at either end. Empty for the
-// top itself, and for a group that is not visible or not known.
+// top itself, and for a group that is invisible or unknown.
 std::string ReadCgroupOfProcess(HostFiles &files, const CgroupMount &mount, int64_t pid);
 
 }  // namespace platkit

@@ -9,13 +9,13 @@
 
 namespace platkit {
 
-// A line that is missing is absent, one that does not parse unreadable.
+// A figure is absent if its line is missing, and unreadable if its line is malformed.
 struct Processor {
   Figure number;  // processor
-  Figure model;   // model; x86 alone has it
+  Figure model;   // model; only on x86
 };
 
-// Finds the processor of that number. HVC_NOT_FOUND if there is none, or if it has no model.
+// Finds the processor with this number. HVC_NOT_FOUND if it does not exist or has no model.
 [[nodiscard]] HVC_ReturnStatus FindProcessor(HostFiles &files, uint64_t number, Processor &processor);
 
 }  // namespace platkit

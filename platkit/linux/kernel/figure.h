@@ -1,5 +1,5 @@
-// A figure of the kernel's: a value, or the reason why there is none. Arithmetic keeps absent, unreadable, unlimited
-// and zero apart until a record's cell is filled.
+// A figure of the kernel: a value, or the reason why there is no value. Arithmetic distinguishes absent, unreadable,
+// unlimited and zero until a record's cell is filled.
 #ifndef PLATKIT_LINUX_KERNEL_FIGURE_H
 #define PLATKIT_LINUX_KERNEL_FIGURE_H
 
@@ -26,7 +26,7 @@ class Figure {
     return isAbsent() ? ifAbsent : HVC_KB_NONE;
   }
 
-  // The same for a cell of 32 bits, where all ones also stands for a value that does not fit.
+  // As Cell(), for a cell of 32 bits: all ones if the value does not fit.
   constexpr uint32_t Cell32(uint32_t ifAbsent) const {
     const uint64_t cell = Cell(ifAbsent);
     return cell > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(cell);
@@ -41,7 +41,7 @@ class Figure {
     return __builtin_add_overflow(a.value_, b.value_, &sum) ? Unreadable() : Figure(sum);
   }
 
-  // At least 0: the two were read one after the other, and may have changed in between.
+  // At least 0, because the figures may change between the two reads.
   friend constexpr Figure operator-(Figure a, Figure b) {
     if (a.isAbsent() || b.isAbsent()) return a;
     if (a.kind_ == Kind::kValue && b.kind_ == Kind::kUnlimited) return Figure(0);
@@ -74,7 +74,7 @@ class Figure {
 
   constexpr explicit Figure(Kind kind) : kind_(kind) {}
 
-  // For two figures, neither of them absent and not both of them values.
+  // REQUIRES: neither figure is absent, and at most one is a value.
   static constexpr Figure Worse(Figure a, Figure b) {
     return a.kind_ == Kind::kUnreadable || b.kind_ == Kind::kUnreadable ? Unreadable() : Unlimited();
   }

@@ -47,7 +47,8 @@ bool SplitKey(std::string_view line, std::string_view &key, std::string_view &re
 }
 
 bool TakeFigure(std::string_view key, std::string_view rest, std::span<const WantedFigure> wanted) {
-  // Most lines are not wanted. Keys of one file often begin alike, so lengths and last characters are compared first.
+  // Most lines are not wanted. Keys in a file often have the same start, so lengths and last characters are compared
+  // first.
   const auto want = std::ranges::find_if(wanted, [key](const WantedFigure &figure) {
     return figure.key.size() == key.size() && figure.key.back() == key.back() && figure.key == key;
   });

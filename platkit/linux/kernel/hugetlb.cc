@@ -12,7 +12,7 @@ namespace {
 constexpr std::string_view kNodes = "sys/devices/system/node";
 constexpr std::string_view kPoolPrefix = "hugepages-";
 
-// The page size of a folder such as "hugepages-2048kB", in KB; 0 if the folder is no pool.
+// The page size of a folder such as "hugepages-2048kB", in KB; 0 if the folder is not a pool.
 uint64_t SizeOfPool(std::string_view folder) {
   uint64_t size = 0;
   TextScanner scanner(folder);

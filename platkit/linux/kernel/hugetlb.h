@@ -11,7 +11,7 @@
 
 namespace platkit {
 
-// Whether the kernel has a folder for each NUMA node. Without it, the host is one node.
+// Whether the kernel has a folder for each NUMA node. If not, the host has a single node.
 bool HasNumaNodeFolders(HostFiles &files);
 
 // The folders of pools, host-wide and of a NUMA node.
@@ -24,7 +24,7 @@ std::string HugetlbFolderOfNode(uint64_t numaNode);
 
 // In pages of the pool's size.
 struct HugetlbPool {
-  Figure pages;  // nr_hugepages; absent: there is no such pool
+  Figure pages;  // nr_hugepages; absent: the pool does not exist
   Figure free;   // free_hugepages
 };
 

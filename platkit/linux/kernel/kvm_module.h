@@ -6,7 +6,7 @@
 
 namespace platkit {
 
-// Whether refcnt of kvm_intel, kvm_amd or kvm is above 0. A KVM that is built into the kernel has no refcnt: then,
+// Whether refcnt of kvm_intel, kvm_amd or kvm is above 0. If KVM is built into the kernel, there is no refcnt; then,
 // whether /dev/kvm exists.
 bool IsKvmInUse(HostFiles &files);
 

@@ -7,7 +7,7 @@
 namespace platkit {
 
 Meminfo ReadMeminfo(HostFiles &files) {
-  // VmallocUsed is left out of the kernel's memory: most of it is in the other lines already.
+  // The kernel's memory excludes VmallocUsed, because the other lines already contain most of it.
   std::array<Figure, 7> parts;
   Meminfo memory;
   const WantedFigure wanted[] = {

@@ -17,8 +17,8 @@ namespace platkit {
 
 bool NdDeviceExists(HostFiles &files, std::string_view device);
 
-// Parses the first number of a device such as "region12" or "namespace12.3", where it is the region's. `kind` is
-// "region", "namespace" or "nmem". False for devices of another kind.
+// Parses the first number in the name of a device, such as "region12" or "namespace12.3" (the number of its region).
+// `kind` is "region", "namespace" or "nmem". False for devices of another kind.
 bool ParseNdNumber(std::string_view device, std::string_view kind, uint64_t &number);
 
 // Readers of one file of a device.

@@ -9,7 +9,7 @@
 namespace platkit {
 namespace {
 
-constexpr uint64_t kMaxModules = 64;  // that one region is interleaved over
+constexpr uint64_t kMaxModules = 64;  // modules of one interleaved region
 
 }  // namespace
 

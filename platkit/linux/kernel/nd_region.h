@@ -1,4 +1,4 @@
-// /sys/bus/nd/devices/regionN: a range of persistent memory, which is one module or an interleave set of several.
+// /sys/bus/nd/devices/regionN: a range of persistent memory on one module or on an interleave set of several modules.
 #ifndef PLATKIT_LINUX_KERNEL_ND_REGION_H
 #define PLATKIT_LINUX_KERNEL_ND_REGION_H
 

@@ -11,7 +11,7 @@
 namespace platkit {
 namespace {
 
-// Parses "nmem12". Only the kernel's own form of a number is one: "nmem012" is no module.
+// Parses "nmem12". The kernel prints numbers without leading zeros, so "nmem012" is not a module.
 bool ParseModule(std::string_view name, uint32_t &number) {
   TextScanner scanner(name);
   if (!scanner.Take("nmem")) return false;

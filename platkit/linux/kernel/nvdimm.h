@@ -14,11 +14,11 @@ namespace platkit {
 // Lists their numbers, ascending. A host without persistent memory has none.
 [[nodiscard]] HVC_ReturnStatus ListNvdimms(HostFiles &files, std::vector<uint32_t> &numbers);
 
-// available_slots: how many more labels the module has room for. 0 for a module without labels, where the file is
-// missing or cannot be read; unreadable if this user may not read it.
+// available_slots: the number of free label slots. 0 for a module without labels, whose file is missing or cannot be
+// read; unreadable if this user may not read it.
 Figure ReadFreeLabelSlots(HostFiles &files, std::string_view module);
 
-// Whether nfit/flags says that the module failed to save, restore, flush or map its content ("..._fail").
+// Whether nfit/flags has a flag for a failed save, restore, flush or map ("..._fail").
 bool HasNvdimmFailed(HostFiles &files, std::string_view module);
 
 }  // namespace platkit

@@ -1,4 +1,4 @@
-// /proc/self/auxv: the size of the host's pages, in which many files count.
+// /proc/self/auxv: the host's page size, which is the unit of many files.
 #ifndef PLATKIT_LINUX_KERNEL_PAGE_SIZE_H
 #define PLATKIT_LINUX_KERNEL_PAGE_SIZE_H
 

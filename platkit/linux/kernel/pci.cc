@@ -40,7 +40,7 @@ class FunctionName {
   char name_[32];
 };
 
-// Only the kernel's own form of a name counts, so that no two names are the same function.
+// Accepts only the kernel's form of a name, so that each function has one name.
 bool ParseName(std::string_view name, PciAddress &address) {
   constexpr std::string_view kSeparators[] = {":", ":", ".", ""};
   TextScanner scanner(name);
@@ -71,7 +71,7 @@ HostPath ConfigPath(const PciAddress &function) {
   return HostPath(kDevices, "/", FunctionName(function).view(), "/config");
 }
 
-// Every function has the first 256 bytes. A shorter file is one that an ordinary user saved.
+// Every function has the first 256 bytes. If the file is shorter, an ordinary user saved it.
 HVC_ReturnStatus StatusPastEnd(const PciRegister &where) {
   return where.address < kConfigSpace ? HVC_NO_PERMISSION : HVC_ADDRESS_TOO_HIGH;
 }
@@ -99,11 +99,11 @@ HVC_ReturnStatus ReadPciIds(HostFiles &files, const PciAddress &function, PciIds
 HVC_ReturnStatus ReadPciRegister(HostFiles &files, const PciRegister &where, uint32_t &value) {
   HVC_ReturnStatus status = CheckRegister(where);
   if (status != HVC_OK) return status;
-  value = 0;  // little-endian, as the register is
+  value = 0;  // little-endian, like the register
   status = files.ReadAt(ConfigPath(where.function), static_cast<uint32_t>(where.address),
                         std::as_writable_bytes(std::span(&value, 1)).first(static_cast<size_t>(where.size)));
   if (status == HVC_OFFSET_PAST_END) return StatusPastEnd(where);
-  // The file is as long as the configuration space, but ordinary users read no more than the header.
+  // The file is as long as the configuration space, but ordinary users can read only the header.
   return status == HVC_TRANSFER_TRUNCATED ? HVC_NO_PERMISSION : status;
 }
 

@@ -1,6 +1,6 @@
 // /sys/bus/pci/devices: the functions on the host's PCI buses, and the registers of their configuration spaces.
 //
-// These registers are all that is ever written on a host, and only on request. A register is accessed through the
+// The library writes nothing on a host except these registers, and only on request. A register is accessed through the
 // device's `config` file, which is opened for one read or write of 1, 2 or 4 bytes.
 #ifndef PLATKIT_LINUX_KERNEL_PCI_H
 #define PLATKIT_LINUX_KERNEL_PCI_H
@@ -33,12 +33,12 @@ struct PciIds {
 // Reads the files `vendor` and `device`, which the kernel keeps: this neither accesses nor wakes the device.
 [[nodiscard]] HVC_ReturnStatus ReadPciIds(HostFiles &files, const PciAddress &function, PciIds &ids);
 
-// HVC_BAD_PARAM: the size is not 1, 2 or 4. HVC_UNALIGNED_ADDRESS: the address is no multiple of the size.
+// HVC_BAD_PARAM: the size is not 1, 2 or 4. HVC_UNALIGNED_ADDRESS: the address is not a multiple of the size.
 // HVC_ADDRESS_TOO_HIGH: the configuration space ends before it. HVC_NO_PERMISSION: an ordinary user may only read the
 // standard header.
 [[nodiscard]] HVC_ReturnStatus ReadPciRegister(HostFiles &files, const PciRegister &where, uint32_t &value);
 
-// The same, and HVC_OUT_OF_RANGE: the value does not fit the size. HVC_READ_ONLY: writes are refused.
+// Statuses as above, and HVC_OUT_OF_RANGE: the value does not fit the size. HVC_READ_ONLY: writes are refused.
 [[nodiscard]] HVC_ReturnStatus WritePciRegister(HostFiles &files, const PciRegister &where, int64_t value);
 
 }  // namespace platkit

@@ -1,4 +1,4 @@
-// /proc/PID/sched: figures of the scheduler on the first thread of a process.
+// /proc/PID/sched: scheduler figures of the first thread of a process.
 #ifndef PLATKIT_LINUX_KERNEL_PROCESS_SCHED_H
 #define PLATKIT_LINUX_KERNEL_PROCESS_SCHED_H
 

@@ -8,8 +8,8 @@
 
 namespace platkit {
 
-// Reads field 22, starttime. Returns the latest time that the tick count allows, in nanoseconds since boot; UINT64_MAX
-// if it cannot be read.
+// Reads field 22, starttime. Returns the latest possible start time for the tick count, in nanoseconds since boot;
+// UINT64_MAX if it cannot be read.
 uint64_t ReadLatestStart(HostFiles &files, int64_t pid);
 
 }  // namespace platkit

@@ -60,8 +60,8 @@ HVC_ReturnStatus ReadProcessStatus(HostFiles &files, int64_t pid, ProcessStatus 
   LineReader lines(files, HostPath("proc/", pid, "/status"));
   status.identity.inode = lines.inode();
   std::string_view line, key, rest;
-  // The lines on the kind of process come before those on its memory, and Threads comes last. The remaining third of
-  // the file (signals, capabilities) is not read.
+  // The kernel prints the identity of the process first, then its memory, then Threads. The rest of the file (signals,
+  // capabilities) is not read.
   for (size_t left = std::size(wanted); (left > 0 || status.threads == 0) && lines.Next(line);) {
     if (!SplitKey(line, key, rest)) continue;
     TakeLine(key, rest, pid, kind, status);

@@ -1,4 +1,4 @@
-// /proc/PID/status: what a process is, and its memory.
+// /proc/PID/status: the identity of a process, and its memory.
 #ifndef PLATKIT_LINUX_KERNEL_PROCESS_STATUS_H
 #define PLATKIT_LINUX_KERNEL_PROCESS_STATUS_H
 
@@ -13,13 +13,14 @@ namespace platkit {
 // Linux itself has fewer than 2^22 PIDs.
 inline constexpr int64_t kMaxPid = 4'999'999;
 
-// Tells a process from others that had, or will have, the same PID.
+// Distinguishes a process from earlier and later ones with the same PID.
 struct ProcessIdentity {
   uint64_t inode = 0;   // of the status file; 0 if this user may not open it
   uint64_t seenAt = 0;  // a time before the file was opened, in nanoseconds since boot
 };
 
-// Amounts are in KB. Those of the first group are unreadable if their line is missing, those of the second absent.
+// Amounts are in KB. If a line is missing, a figure of the first group is unreadable, and a figure of the second group
+// is absent.
 struct ProcessStatus {
   ProcessIdentity identity;
   std::string name = "?";  // Name
@@ -35,8 +36,8 @@ struct ProcessStatus {
   Figure transparentHugePages;            // THP_enabled: 0 never, 1 possible
 };
 
-// HVC_NOT_FOUND if the process does not exist or has no memory of its own: a kernel thread, a zombie, or a thread that
-// is not its process' first. If this user may not read the file, all figures are unreadable and the result is HVC_OK.
+// HVC_NOT_FOUND if the process does not exist or has no memory of its own: a kernel thread, a zombie, or a thread other
+// than the first. If this user may not read the file, all figures are unreadable and the result is HVC_OK.
 [[nodiscard]] HVC_ReturnStatus ReadProcessStatus(HostFiles &files, int64_t pid, ProcessStatus &status);
 
 // Reads Tgid: the PID of the process that a thread belongs to.

@@ -8,13 +8,13 @@
 namespace platkit {
 namespace {
 
-// Management tools write several KB, with the name and the memory near the start.
+// Management tools generate several KB, with the name and the memory near the start.
 constexpr size_t kMaxCommandLine = 32 * 1024;
 
 // Further digits of a fraction are less than 1 KB in any unit.
 constexpr size_t kMaxFractionDigits = 15;
 
-// Takes one property off an option's value. A comma ends the property, and a doubled comma stands for a comma.
+// Removes the first property from an option's value. A comma ends the property; two commas mean a literal comma.
 std::string TakeProperty(std::string_view &text) {
   std::string property;
   while (!text.empty()) {
@@ -31,7 +31,7 @@ std::string TakeProperty(std::string_view &text) {
 
 enum class KeyOfFirst { kOptional, kRequired };
 
-// The value of the property `key`. Where the key is optional, a first property without one counts too.
+// The value of the property `key`. If the key is optional, the first property may lack it.
 std::string PropertyOf(std::string_view text, std::string_view key, KeyOfFirst keyOfFirst) {
   std::string found;
   bool isFirst = true;
@@ -54,7 +54,7 @@ uint64_t UnitOfSuffix(std::string_view suffix) {
   return index == std::string_view::npos ? 0 : uint64_t{1} << (10 * index);
 }
 
-// The part of `unit` that the digits after a decimal point make up.
+// The fraction of `unit` that the digits after a decimal point give.
 uint64_t FractionOf(uint64_t unit, std::string_view digits) {
   uint64_t sum = 0;
   uint64_t place = 1;
@@ -63,7 +63,7 @@ uint64_t FractionOf(uint64_t unit, std::string_view digits) {
   return sum;
 }
 
-// Parses "4096", "4G" or "1.5g". Absent if the text is no size.
+// Parses "4096", "4G" or "1.5g". Absent if the text is not a size.
 Figure ParseSizeInKB(std::string_view text) {
   TextScanner scanner(text);
   uint64_t whole = 0;

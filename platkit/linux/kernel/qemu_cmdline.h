@@ -1,4 +1,4 @@
-// /proc/PID/cmdline of QEMU: what its options tell about the guest.
+// /proc/PID/cmdline of QEMU: the options that describe the guest.
 #ifndef PLATKIT_LINUX_KERNEL_QEMU_CMDLINE_H
 #define PLATKIT_LINUX_KERNEL_QEMU_CMDLINE_H
 
@@ -11,7 +11,7 @@
 
 namespace platkit {
 
-// Of an option that is given twice, the last value counts.
+// If an option occurs twice, its last value counts.
 struct QemuOptions {
   bool isQemu = false;  // the program is qemu-system-..., qemu-kvm or kvm
   std::string name;     // -name NAME or -name guest=NAME; empty: none
@@ -22,7 +22,7 @@ struct QemuOptions {
 // `commandLine` holds arguments, each ended by a NUL.
 QemuOptions ParseQemuCommandLine(std::string_view commandLine);
 
-// A command line that cannot be read gives no options. At most 32 KB are read.
+// An unreadable command line has no options. At most 32 KB are read.
 QemuOptions ReadQemuCommandLine(HostFiles &files, int64_t pid);
 
 }  // namespace platkit

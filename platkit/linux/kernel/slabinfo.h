@@ -1,4 +1,4 @@
-// /proc/slabinfo: the kernel's caches of objects of one size each. Only root may read it.
+// /proc/slabinfo: the kernel's object caches, each for objects of one size. Only root may read it.
 #ifndef PLATKIT_LINUX_KERNEL_SLABINFO_H
 #define PLATKIT_LINUX_KERNEL_SLABINFO_H
 
@@ -10,7 +10,7 @@
 
 namespace platkit {
 
-// A line. A figure that does not parse, or is missing, is unreadable.
+// A line. A malformed or missing figure is unreadable.
 struct SlabCache {
   std::string name;
   Figure activeObjects;  // active_objs
@@ -22,7 +22,7 @@ struct SlabCache {
 
 struct Slabinfo {
   HVC_ReturnStatus status = HVC_FAILURE;  // HVC_OK, or why the file could not be read
-  std::vector<SlabCache> caches;          // in the order of the file; several may have one name
+  std::vector<SlabCache> caches;          // in the order of the file; several may have the same name
 };
 
 Slabinfo ReadSlabinfo(HostFiles &files);

@@ -6,8 +6,7 @@
 
 namespace platkit {
 
-// A line holds a name, in which blanks are escaped, then type, size, used size and priority. The first line has the
-// headings.
+// A line has the name (with blanks escaped), type, size, used size and priority. The first line contains the headings.
 Swaps ReadSwaps(HostFiles &files) {
   Swaps space = {.total = Figure(0), .free = Figure(0)};
   LineReader lines(files, HostPath("proc/swaps"));

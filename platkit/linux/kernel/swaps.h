@@ -7,7 +7,7 @@
 
 namespace platkit {
 
-// In KB, of all swap files and partitions except zram, which is memory. A kernel without swap has none: 0.
+// In KB, of all swap files and partitions except zram, which is memory. 0 on a kernel without swap.
 struct Swaps {
   Figure total;  // Size
   Figure free;   // Size less Used

@@ -1,4 +1,4 @@
-// /proc/vmstat: events of the memory management since boot, and numbers of pages.
+// /proc/vmstat: counts of memory-management events since boot, and numbers of pages.
 #ifndef PLATKIT_LINUX_KERNEL_VMSTAT_H
 #define PLATKIT_LINUX_KERNEL_VMSTAT_H
 
@@ -13,7 +13,7 @@ struct Vmstat {
   Figure kswapdShortRests;  // events: kswapd_high_wmark_hit_quickly
   Figure allocStalls;       // events: allocstall_* of all zones
   Figure memmapPages;       // pages: nr_memmap_pages + nr_memmap_boot_pages
-  Figure ksmCopies;         // events: cow_ksm, a page each
+  Figure ksmCopies;         // events: cow_ksm, one page each
 };
 
 Vmstat ReadVmstat(HostFiles &files);

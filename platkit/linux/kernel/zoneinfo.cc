@@ -38,7 +38,7 @@ void TakeZoneLine(std::string_view line, Zone &zone) {
   if (key == "protection") zone.protection = HighestOf(rest);
 }
 
-// The name of the zone that starts with a line such as "Node 0, zone  Normal". Empty if the line starts none.
+// The name of the zone that starts with a line such as "Node 0, zone Normal". Empty if the line does not start a zone.
 std::string_view ZoneName(std::string_view line) {
   constexpr std::string_view kWord = ", zone ";
   const size_t word = line.find(kWord);

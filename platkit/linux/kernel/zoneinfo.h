@@ -28,7 +28,7 @@ struct Zoneinfo {
 
 Zoneinfo ReadZoneinfo(HostFiles &files);
 
-// Whether the zone (DMA, DMA32) is kept for devices that cannot address all memory.
+// Whether the zone (DMA, DMA32) is reserved for devices that cannot address all memory.
 bool IsLowZone(std::string_view zone);
 
 }  // namespace platkit
