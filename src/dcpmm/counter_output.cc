@@ -81,7 +81,7 @@ void CounterOutput::Print(const CounterPlace &place, const char *counter, uint64
 
 HVC_ReturnStatus CounterOutput::EndIteration(int number) {
   if (csv_) {
-    // A reader of the pipe sees each iteration as it ends.
+    // Flush, so that the reader of a pipe sees each iteration when it ends.
     return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? HVC_OK : HVC_FAILURE;
   }
   std::fprintf(file_.get(), "%s\nITERATION %d COMPLETED\n%s", kRule, number, kRule);

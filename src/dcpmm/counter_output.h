@@ -1,4 +1,4 @@
-// Where the profiler's counts go: into a file of their own, or as CSV to standard output.
+// Writes the profiler's counts to a file, or as CSV to standard output.
 #ifndef KESTREL_DCPMM_COUNTER_OUTPUT_H
 #define KESTREL_DCPMM_COUNTER_OUTPUT_H
 
@@ -34,8 +34,8 @@ class CounterOutput {
 
   void Print(const CounterPlace &place, const char *counter, uint64_t count) const;
 
-  // Writes all counts so far, so that they survive whatever happens to the run. HVC_FAILURE if they cannot be written,
-  // with a message for the file.
+  // Flushes all counts so far, so that they survive if the run is aborted. HVC_FAILURE if they cannot be written, with
+  // a message for the file.
   [[nodiscard]] HVC_ReturnStatus EndIteration(int number);
   [[nodiscard]] HVC_ReturnStatus Close();
 

@@ -33,7 +33,7 @@ struct Options {
 HVC_ReturnStatus ReadCpu(CpuRecord &cpu) {
   const ParamList arguments = MakeArguments(1);
   if (arguments == nullptr) {
-    // The message has a status although there is none.
+    // The message contains a status, although none is available here.
     std::printf("ERROR: could not create cpuListInputParam: %s\n", HVC_ReturnStatusToString(HVC_OK));
     return HVC_FAILURE;
   }
@@ -58,7 +58,7 @@ HVC_ReturnStatus CheckCpu() {
   return HVC_FAILURE;
 }
 
-// Parses a number, cut to 32 bits, that must be at least 1.
+// Parses a number and truncates it to 32 bits. It must be at least 1.
 HVC_ReturnStatus ParseCount(const char *text, const char *what, int &count) {
   count = static_cast<int>(std::strtol(text, nullptr, 10));
   if (count >= 1) return HVC_OK;

@@ -38,7 +38,7 @@ constexpr Level kLevels[] = {
     {nodes::kPciFunctions, "NODAL_NODE_hardware_pci_seg_bus_slot_func", "func", "funcList"},
 };
 
-// Searches the tree in the order of its lists. One argument list grows and shrinks with the depth.
+// Searches the tree in the order of its lists. The same argument list grows and shrinks with the depth.
 class Search {
  public:
   explicit Search(NODAL_ParamList *arguments) : arguments_(arguments) {}

@@ -1,4 +1,4 @@
-// The processor sockets whose memory controllers are found on the PCI buses.
+// Finds the processor sockets by their memory controllers on the PCI buses.
 #ifndef KESTREL_DCPMM_SOCKETS_H
 #define KESTREL_DCPMM_SOCKETS_H
 
@@ -29,7 +29,7 @@ struct Socket {
 
 std::span<const Socket> Sockets();
 
-// The first socket on a bus of that number.
+// The first socket whose bus has this number.
 std::optional<size_t> SocketOfBus(uint32_t bus);
 
 }  // namespace kestrel

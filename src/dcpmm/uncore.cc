@@ -82,7 +82,7 @@ const Entry *Find(const Entry (&table)[size], const char *name) {
 
 bool IsM2M(const UncoreUnit &unit) { return unit.slot == 8 || unit.slot == 9; }
 
-// A unit without a place of its own has the last one.
+// A unit without its own address has the last one.
 const UnitPlace &PlaceOf(const UncoreUnit &unit) {
   const UnitPlace *last = std::end(kUnitPlaces) - 1;
   return *std::find_if(std::begin(kUnitPlaces), last, [&](const UnitPlace &place) {
@@ -90,7 +90,7 @@ const UnitPlace &PlaceOf(const UncoreUnit &unit) {
   });
 }
 
-// A number for an argument list, and the words for it in a message.
+// A number for an argument list, and its name in messages.
 struct Argument {
   const char *words;
   uint32_t value;
@@ -151,8 +151,8 @@ HVC_ReturnStatus ReadHalves(const UncoreUnit &unit, const Counter &counter, uint
   return read(high);
 }
 
-// Combines the halves in 32 bits, where a shift by 32 is a shift by 0: the high half is ORed into the low one. This is
-// fixed, since people compare counts with those of earlier runs.
+// Combines the halves in 32 bits, where a shift by 32 is a shift by 0, so the high half is ORed into the low one. This
+// must not change, because people compare counts with earlier runs.
 uint64_t Combine(const Counter &counter, uint32_t low, uint32_t high) {
   return ((high & counter.highMask) << (counter.shift % 32)) | low;
 }

@@ -1,9 +1,8 @@
-// The performance-monitoring counters of a socket's memory side: those of the channels of the integrated memory
-// controllers (IMC) and of the mesh-to-memory units (M2M), which are programmed and read through registers in PCI
-// configuration space.
+// The performance-monitoring counters of a socket's memory units: the channels of the integrated memory controllers
+// (IMC) and the mesh-to-memory units (M2M). Registers in PCI configuration space program and read them.
 //
-// Failures are printed to standard output. The functions on whole units end the process at the first failure, since a
-// half-programmed unit counts nothing meaningful.
+// Failures are printed to standard output. The functions on whole units end the process at the first failure, because a
+// partly programmed unit gives meaningless counts.
 #ifndef KESTREL_DCPMM_UNCORE_H
 #define KESTREL_DCPMM_UNCORE_H
 
@@ -14,7 +13,7 @@
 
 namespace kestrel {
 
-// The place of a unit in PCI configuration space.
+// The address of a unit in PCI configuration space.
 struct UncoreUnit {
   uint32_t segment;
   uint32_t bus;

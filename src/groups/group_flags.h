@@ -1,4 +1,4 @@
-// The names of the bits of a group's flags, as filters take them and reports print them.
+// The names of a group's flags, as filters accept them and reports print them.
 #ifndef KESTREL_GROUPS_GROUP_FLAGS_H
 #define KESTREL_GROUPS_GROUP_FLAGS_H
 

@@ -28,7 +28,7 @@ HVC_ReturnStatus KestrelGroupNodalGet(int64_t groupID, uint32_t node, void *buff
   return WithOneArgument(
       "KestrelGroupNodalGet", groupID,
       [](HVC_ReturnStatus status) {
-        // "faiure" is fixed: people search their logs for it.
+        // "faiure" must not change: people search their logs for it.
         Warning("KestrelGroupNodalGet: NODAL_ParamListAddInt() faiure, error code: %u\n", status);
       },
       [&](const NODAL_ParamList *arguments) { return NODAL_Get(node, arguments, buffer, size); });
@@ -75,8 +75,8 @@ HVC_ReturnStatus Kestrel_GroupGetGroupLeaderID(int64_t groupID, uint32_t &leader
 }
 
 HVC_ReturnStatus ListMemberGroups(int64_t groupID, const MemberListing &listing, ParamList &members) {
-  bool listed = false;  // tells a failed listing from a failed argument
-  // If the argument list cannot be made, the warning names the shared read, whatever the caller.
+  bool listed = false;  // distinguishes a failed listing from a failed argument
+  // If the argument list cannot be created, the warning names the shared read, not the caller.
   const HVC_ReturnStatus status = WithOneArgument(
       "KestrelGroupNodalGet", groupID,
       [&](HVC_ReturnStatus failure) {

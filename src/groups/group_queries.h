@@ -1,10 +1,10 @@
 // Getters: each reads one record of one scheduler group.
 //
-// Groups come and go while a report runs. The getters of parents, flags, allocations and memory statistics therefore
-// do not warn of HVC_NOT_FOUND: a vanished group just drops out of the report. They warn of every other failure, and
-// the getters of names, tags and leaders of every failure. All of them return the status.
+// Groups come and go while a report runs. The getters of parents, flags, allocations and memory statistics therefore do
+// not warn of HVC_NOT_FOUND: the report omits a vanished group. They warn of every other failure. The getters of names,
+// tags and leaders warn of every failure. All getters return the status.
 //
-// Functions named Kestrel... or Kestrel_... are spelled as in the warnings that carry their names.
+// The names of functions that start with Kestrel must not change, because warnings contain them.
 #ifndef KESTREL_GROUPS_GROUP_QUERIES_H
 #define KESTREL_GROUPS_GROUP_QUERIES_H
 
@@ -17,11 +17,11 @@
 
 namespace kestrel {
 
-// Reads a node whose only argument is the group's ID. It warns if it cannot make the argument, but not of the status of
-// the read itself.
+// Reads a node whose only argument is the group's ID. It warns if it cannot create the argument list, but not if the
+// read fails.
 [[nodiscard]] HVC_ReturnStatus KestrelGroupNodalGet(int64_t groupID, uint32_t node, void *buffer, uint32_t size);
 
-// Reads a record of a group for the function `step`, and warns in its name of a status that is not among `silent`.
+// Reads a record of a group for the function `step`. Warns in the name of `step` unless the status is one of `silent`.
 template <typename Record>
 [[nodiscard]] HVC_ReturnStatus ReadGroupRecord(const char *step, int64_t groupID, NodeRef<Record> node, Record &record,
                                                Statuses silent = kVanished) {

@@ -11,11 +11,11 @@
 
 namespace kestrel {
 
-// Reads a node whose only argument is the client's ID. It warns if it cannot make the argument, but not of the status
-// of the read itself.
+// Reads a node whose only argument is the client's ID. It warns if it cannot create the argument list, but not if the
+// read fails.
 [[nodiscard]] HVC_ReturnStatus Kestrel_MemClientNodalGet(uint32_t clientID, uint32_t node, void *buffer, uint32_t size);
 
-// Reads a record of a client for the function `step`, and warns in its name unless the client vanished.
+// Reads a record of a client for the function `step`. Warns in the name of `step` unless the client vanished.
 template <typename Record>
 [[nodiscard]] HVC_ReturnStatus ReadClientRecord(const char *step, uint32_t clientID, NodeRef<Record> node,
                                                 Record &record) {
@@ -24,7 +24,7 @@ template <typename Record>
   return status;
 }
 
-// These do not warn of HVC_NOT_FOUND, that is, of a client that vanished.
+// These functions do not warn of HVC_NOT_FOUND, which means that the client vanished.
 [[nodiscard]] HVC_ReturnStatus Kestrel_MemClientGetTotalCommonStats(uint32_t clientID, TotalCommonRecord &stats);
 [[nodiscard]] HVC_ReturnStatus Kestrel_GetVmmLeaderID(uint32_t clientID, uint32_t &vmmLeaderID);
 

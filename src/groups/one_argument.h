@@ -8,8 +8,8 @@
 
 namespace kestrel {
 
-// Makes a list with one integer argument, calls `read` with it, removes the argument, and returns the status of the
-// read. If it cannot make the list, it warns in the name of `creator`; if it cannot add the argument, it calls
+// Creates a list with one integer argument, calls `read` with it, removes the argument, and returns the status of the
+// read. If it cannot create the list, it warns in the name of `creator`; if it cannot add the argument, it calls
 // `addFailed`. The caller reports failures of the read.
 template <typename AddFailed, typename Read>
 [[nodiscard]] HVC_ReturnStatus WithOneArgument(const char *creator, int64_t argument, AddFailed addFailed, Read read) {

@@ -7,8 +7,8 @@
 namespace kestrel {
 namespace {
 
-// What the longest walk costs: 1 for each group in a list of members, and kVisitCost for each visit. That allows
-// 16 million visits. Linux has at most 4,194,304 processes, and four groups that each name all four take 5.6 million
+// The maximum cost of a walk: 1 for each group in a list of members, and kVisitCost for each visit. This allows 16
+// million visits. Linux has at most 4,194,304 processes, and four groups that each name all four take 5.6 million
 // visits. A hand-edited snapshot can contain a cycle of groups, whose visits multiply with each level: such a walk
 // could take hours.
 constexpr uint64_t kBudget = uint64_t{1} << 30;
@@ -56,7 +56,7 @@ HVC_ReturnStatus Walk::Visit(int64_t groupID, uint32_t levels) {
     int64_t child = 0;
     status = NODAL_ParamListGetInt64(children.get(), i, &child);
     if (status != HVC_OK) continue;
-    // A failure below a child does not concern its siblings.
+    // A failure below a child does not affect its siblings.
     static_cast<void>(Visit(child, levels - 1));
   }
   return status;

@@ -12,10 +12,10 @@ namespace kestrel {
 // group's children.
 using GroupCallback = HVC_ReturnStatus (*)(int64_t groupID, uint32_t childCount, bool csv, void *context);
 
-// Visits a group and its descendants on `levels` levels in all (at least 1), parents before children, and children in
-// the order of their list. A failure below the start group prunes the walk there and has no other effect, since groups
-// vanish while it runs. A group is visited as often as it is named; a walk that exceeds its budget stops with a
-// warning.
+// Visits a group and its descendants, down to a total of `levels` levels (at least 1). Parents precede children, and
+// children are in the order of their list. A failure below the start group only prunes the walk there, because groups
+// can vanish while it runs. A group that is listed several times is visited several times; a walk that exceeds its
+// budget stops with a warning.
 //
 // Returns HVC_NOT_FOUND without a warning if the start group does not exist, and HVC_LIMIT_EXCEEDED if the budget is
 // exceeded. Otherwise returns the status of the callback for the start group, or of reading its last child's ID.

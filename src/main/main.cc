@@ -37,7 +37,7 @@ const Report *FindReport(const char *name) {
 
 // Parses up to and including -r. The rest belongs to the report.
 Next ParseGlobalOptions(int argc, char **argv, GlobalOptions &options) {
-  // -f takes an argument, which is ignored, but --force takes none. Scripts rely on both.
+  // -f takes an argument, which is ignored. --force takes no argument. Scripts rely on both.
   static constexpr char kShortOptions[] = "f:c:r:h";
   static constexpr option kLongOptions[] = {
       {"force", no_argument, nullptr, 'f'},
@@ -108,8 +108,8 @@ int Run(int argc, char **argv) {
   return options.report->run(*options.report, argc, argv) == HVC_OK ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
-// Opens closed standard descriptors, so that no other file gets their numbers and with them reports or warnings. Their
-// use still fails, since each is opened for the wrong direction.
+// Opens closed standard descriptors, so that no other file gets their numbers and receives reports or warnings. Using
+// them still fails, because each is opened for the wrong direction.
 void OccupyStandardDescriptors() {
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
     if (fcntl(fd, F_GETFD) == -1) static_cast<void>(open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY));

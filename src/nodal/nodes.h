@@ -1,4 +1,4 @@
-// The nodes that reports read, each with the record that it yields.
+// The nodes that reports read, each with its record.
 #ifndef KESTREL_NODAL_NODES_H
 #define KESTREL_NODAL_NODES_H
 
@@ -9,8 +9,8 @@
 
 namespace kestrel {
 
-// A node and its record: the wrong record for a node does not compile. The identifier is read from the library's object
-// at each call, since it may differ from one build of the library to the next.
+// A node and its record. Code that reads a node into another record does not compile. The identifier is read from the
+// library's object at each call, since it may differ from one build of the library to the next.
 template <typename Record>
 struct NodeRef {
   const uint16_t &id;

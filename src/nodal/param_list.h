@@ -1,4 +1,4 @@
-// Owning handles over parameter lists, and reads of nodes.
+// Owning handles for parameter lists, and functions that read nodes.
 #ifndef KESTREL_NODAL_PARAM_LIST_H
 #define KESTREL_NODAL_PARAM_LIST_H
 
@@ -22,14 +22,14 @@ inline ParamList MakeArguments(uint32_t capacity) {
   return ParamList(NODAL_ParamListCreate(NODAL_LIST_INSTANCES, capacity));
 }
 
-// As MakeArguments, but warns of a failure in the name of the function `step`.
+// As MakeArguments, but a failure prints a warning in the name of the function `step`.
 inline ParamList MakeArgumentsFor(const char *step, uint32_t capacity) {
   ParamList arguments = MakeArguments(capacity);
   if (arguments == nullptr) Warning("%s: NODAL_ParamListCreate() failure\n", step);
   return arguments;
 }
 
-// Reads the instances of a list node into `list`, which changes on success only.
+// Reads the instances of a list node into `list`, which changes only on success.
 template <typename Record>
 [[nodiscard]] HVC_ReturnStatus ListInstances(NodeRef<Record> node, const NODAL_ParamList *arguments, ParamList &list) {
   NODAL_ParamList *instances = nullptr;

@@ -42,7 +42,7 @@ constinit auto columns = ColumnsOf<RemapRow>({
 
 constexpr RemapRow kNoLabel = {};
 
-// A step that can fail, as its warning names it. The line numbers are fixed and do not refer to this file.
+// A step that can fail, as named in its warning. The line numbers are fixed and do not refer to this file.
 struct Step {
   const char *function;
   unsigned line;
@@ -60,7 +60,7 @@ constexpr Step kStatsAddClient = {"KestrelAsyncRemapGetStats", 137};
 constexpr Step kStatsAddType = {"KestrelAsyncRemapGetStats", 138};
 constexpr Step kStatsGet = {"KestrelAsyncRemapGetStats", 140};
 
-// Warns if a step failed, and returns its status. The steps around it warn of the same failure again.
+// Warns if a step failed, and returns its status. The surrounding steps warn of the same failure again.
 HVC_ReturnStatus Checked(const Step &step, HVC_ReturnStatus status) {
   if (status != HVC_OK) {
     Warning("%s:%u failure: %s\n", step.function, step.line, HVC_ReturnStatusToString(status));

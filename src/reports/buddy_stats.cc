@@ -20,7 +20,7 @@ namespace {
 
 // A buddy. Its name, such as "memmap-02-lo", gives its memory node and whether it serves low memory.
 struct BuddyRow {
-  char name[16];  // a longer name is truncated, also for the reads that follow
+  char name[16];  // a longer name is truncated, also in later reads
   uint32_t memNode;
   uint32_t numaNode;
   const char *type;
@@ -31,7 +31,7 @@ using enum Conversion;
 using enum FigureUnit;
 using enum FigureSum;
 
-// The sizes of buffers. The texts are fixed: three of them have a blank.
+// The sizes of buffers. The texts must not change: three of them contain a blank.
 struct BufferSize {
   std::string_view name;         // in the columns' names
   std::string_view description;  // in their descriptions
@@ -60,7 +60,7 @@ template <size_t size>
 constexpr ColumnText kFreeName(kSizes[size].name, "free");
 template <size_t size>
 constexpr ColumnText kUsedName(kSizes[size].name, "used");
-// The description of 512MBfree names another size; that is fixed.
+// The description of 512MBfree names another size; it must not change.
 constexpr std::string_view FreeSize(size_t size) {
   return kSizes[size].name == "512MB" ? "256MB" : kSizes[size].description;
 }
@@ -113,15 +113,15 @@ int NodeDigits(const BuddyRow &row) {
   return std::atoi(digits);
 }
 
-// Orders by memory node, of which only two digits count, and then low memory first. It is no strict order: of two
-// low-memory buddies of one node, each is less than the other.
+// Orders by memory node, of which only two digits count, and then low memory first. This is not a strict weak order: if
+// two buddies of a node both serve low memory, each is less than the other.
 bool BuddyRowLess(const BuddyRow &a, const BuddyRow &b) {
   if (std::strcmp(a.name, b.name) == 0) return false;
   if (std::memcmp(a.name + 7, b.name + 7, 2) != 0) return NodeDigits(a) < NodeDigits(b);
   return std::memcmp(a.name + 10, "lo", 2) == 0;
 }
 
-// Sorts by selection: the order of the printed rows depends on it, since BuddyRowLess is no strict order.
+// A selection sort: because BuddyRowLess is not a strict weak order, the order of the rows depends on the algorithm.
 void SortRows(std::span<BuddyRow> found) {
   for (size_t i = 0; i < found.size(); ++i) {
     size_t least = i;
@@ -132,7 +132,7 @@ void SortRows(std::span<BuddyRow> found) {
   }
 }
 
-// Finds the NUMA node of a memory node. Some warnings lack their newline; that is fixed.
+// Finds the NUMA node of a memory node. Some warnings lack a newline; they must not change.
 bool KestrelMemNode2NUMANode(uint32_t memNode, uint32_t &numaNode) {
   const ParamList arguments = MakeArgumentsFor("KestrelMemNode2NUMANode", 1);
   if (arguments == nullptr) return false;
@@ -159,7 +159,7 @@ bool Identify(std::string_view name, BuddyRow &row) {
   return KestrelMemNode2NUMANode(row.memNode, row.numaNode);
 }
 
-// Finds the buddies that can be read. A host without any is no error: its table is empty.
+// Finds the buddies that can be read. A host without buddies is not an error: the table is empty.
 BuddyRows FindBuddies() {
   BuddyRows found;
   const ParamList names(NODAL_ParamListCreateAndAllocateParams(NODAL_LIST_INSTANCES, kMaxBuddies, kMaxNameBytes));

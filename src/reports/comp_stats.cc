@@ -23,7 +23,7 @@ struct CompRow {
 using enum Conversion;
 using enum FigureUnit;
 
-// The blanks at the end of some descriptions are fixed.
+// Some descriptions end in blanks; they must not change.
 constinit auto columns = ColumnsOf<CompRow>({
     {"total", "Total physical memory on host", 10, kLu, kKB, [](auto &row) { return row.host.total; }},
     {"discarded", "Discarded by hvcore  ", 10, kLu, kKB, [](auto &row) { return row.host.discarded; }},
@@ -100,7 +100,7 @@ HVC_ReturnStatus KestrelCompGetStats(const Report &report, int argc, char **argv
     banner.Setting("Unit", WalkUnitName(run.unit));
     banner.SelectedColumns(columns);
   }
-  // Banner and header are printed before the reads, and stay if a read fails.
+  // Banner and header are printed before the reads, even if a read fails.
   TablePrintHead(columns, run.options.csv);
   CompRow row = {};
   status = ReadRow(row);

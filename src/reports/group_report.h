@@ -1,4 +1,4 @@
-// What the per-group reports share: options, banner, walk over the groups, rows and totals.
+// The common parts of the per-group reports: options, banner, walk over the groups, rows and totals.
 #ifndef KESTREL_REPORTS_GROUP_REPORT_H
 #define KESTREL_REPORTS_GROUP_REPORT_H
 
@@ -14,7 +14,7 @@
 
 namespace kestrel {
 
-// A running report, with the options in force.
+// A running report and its options.
 struct GroupRun {
   const Report &report;
   const GroupFrame &frame;

@@ -34,8 +34,8 @@ using enum FigureSum;
 // A maximum close to the largest amount that the kernel can express means unlimited.
 uint64_t Limit(uint64_t kb) { return kb > 0xFFFFFFFFF0 ? HVC_KB_NONE : kb; }
 
-// The sums are for the rows of tags. Some are odd, but fixed: consumed counts twice, bMax is the last group's, shares
-// and throttlePct stay 0, and maxima print -1.
+// The sums are for the rows of tags. Some are odd but must not change: consumed counts twice, bMax comes from the last
+// group, shares and throttlePct stay 0, and maxima print -1.
 constinit auto columns = ColumnsOf<GroupStatsRow>({
     {"gid", "Group ID", 8, kLu, [](auto &row) { return row.groupID; }, kInTotal | kMandatory},
     {"name", "Group name", 28, kS, [](auto &row) { return Text(row.name.name); }, kInTotal},
@@ -79,7 +79,7 @@ constinit auto columns = ColumnsOf<GroupStatsRow>({
     {"bActive", "Base activeness", 10, kLu, kKB, [](auto &row) { return row.stats.bActive; }, kAdd},
     {"sharedSaved", "Estimate of memory savings from page sharing", 10, kLu, kKB,
      [](auto &row) { return row.stats.sharedSaved; }, kAdd},
-    // Converted to the display unit in spite of the "(KB)".
+    // Converted to the display unit, although the description says "(KB)".
     {"mps", "Memory per share (KB)", 20, kLd, kKB, [](auto &row) { return row.stats.mps; }, kAllOnes},
     {"throttlePct", "% of possible time the guest is allowed to be executed", 3, kU,
      [](auto &row) { return row.stats.throttlePct; }},
@@ -112,10 +112,10 @@ struct TagRow {
   ColumnSums sums;
 };
 
-// One row of sums for each tag, in the order in which the walk meets the tags.
+// One row of sums for each tag, in the order in which the walk finds the tags.
 class TagRows {
  public:
-  // False if all rows are taken by other tags.
+  // False if other tags use all rows.
   [[nodiscard]] bool Add(const GroupStatsRow &row) {
     for (TagRow &tagRow : rows_) {
       if (tagRow.IsFree())

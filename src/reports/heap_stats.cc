@@ -65,7 +65,7 @@ constinit auto columns = ColumnsOf<HeapRow>({
     {"pctFreeOfMax", "% free of max", 7, kD, [](auto &row) { return row.heap.pctFreeOfMax; }},
     {"lowPctFreeOfMax", "lowest % free of max", 12, kD, [](auto &row) { return row.heap.lowPctFreeOfMax; }},
     {"numSuccAllocs", "number of succeeded allocations", 10, kU, [](auto &row) { return row.heap.numSuccAllocs; }},
-    // The description repeats its neighbour's; it is fixed.
+    // The description repeats its neighbour's; it must not change.
     {"numFailAllocs", "number of succeeded allocations", 10, kU, [](auto &row) { return row.heap.numFailAllocs; }},
     {"numGrowthOps", "number of growth operations", 10, kU, [](auto &row) { return row.heap.numGrowthOps; }, kInTotal},
     {"numShrinkOps", "number of shrink operations", 10, kU, [](auto &row) { return row.heap.numShrinkOps; }, kInTotal},
@@ -75,8 +75,8 @@ constinit auto columns = ColumnsOf<HeapRow>({
 });
 static_assert(std::size(columns) == kColumns);
 
-// The long option --verbose acts as -u without a text: it resets the unit to the default and prints no descriptions.
-// Scripts use it, so it stays. -v prints the descriptions.
+// The long option --verbose acts as -u without a unit: it resets the unit to the default and prints no descriptions.
+// Scripts use it, so it must stay. -v prints the descriptions.
 constexpr option kLongNames[] = {
     {"unit", required_argument, nullptr, 'u'},
     {"verbose", no_argument, nullptr, 'u'},
@@ -117,7 +117,7 @@ HVC_ReturnStatus Failed(const char *what, HVC_ReturnStatus status) {
   return status;
 }
 
-// Reads a heap into the next record. A heap that vanished since it was listed is skipped.
+// Reads a heap into the next record. Skips a heap that has vanished since it was listed.
 HVC_ReturnStatus ReadHeap(NODAL_ParamList *arguments, const char *name, Heaps &heaps) {
   HVC_ReturnStatus status = NODAL_ParamListAddString(arguments, name);
   if (status != HVC_OK) return Failed("NODAL_ParamListAddString()", status);
@@ -161,8 +161,8 @@ void PrintHeap(const HeapStatsRecord &heap, const ReportOptions &options, Report
   PrintFigures(columns, options.csv, false, &row, unit);
 }
 
-// From numRanges on, each total is one column to the left of its own; scripts rely on it. A total that lands in a
-// column that is not in the total row is not printed.
+// From numRanges on, each total is one column to the left of its own; scripts rely on it. A total is not printed if its
+// column is blank in the total row.
 void PrintTotals(const HeapSums &sums, const ReportOptions &options, ReportUnit unit) {
   Value values[kColumns] = {};
   values[kName] = Value("Total");
@@ -203,7 +203,7 @@ HVC_ReturnStatus KestrelHeapStatsReport(const Report &report, int argc, char **a
   ColumnsApplySelection(columns, options.selection);
 
   Heaps heaps;
-  // After a failure there is a warning and no table, but the report succeeds; scripts rely on it.
+  // A failure prints a warning and no table, but the report succeeds; scripts rely on this.
   if (KestrelHeapGetMemMapStats(heaps) == HVC_OK) PrintReport(heaps, options, unit);
   return HVC_OK;
 }

@@ -1,4 +1,4 @@
-// What the host-wide reports share: their beginning and their end, and reads of nodes that the host has one of.
+// The common parts of the host-wide reports: their beginning, their end, and reads of nodes without arguments.
 #ifndef KESTREL_REPORTS_HOST_REPORT_H
 #define KESTREL_REPORTS_HOST_REPORT_H
 

@@ -1,4 +1,4 @@
-// lpage-stats: the large pages that back each virtual machine, and failed attempts to back it so.
+// lpage-stats: the large pages that back each virtual machine, and failed attempts to use large pages.
 #include "src/groups/mem_clients.h"
 #include "src/reports/group_report.h"
 #include "src/reports/reports.h"

@@ -23,7 +23,7 @@ using enum Conversion;
 using enum FigureUnit;
 using enum FigureSum;
 
-// "attemts" and the missing "of" are fixed.
+// "attemts" and the missing "of" must not change.
 constinit auto columns = ColumnsOf<LPoolRow>({
     {"name", "Large page pool name", 15, kS, [](auto &row) { return Text(row.name); }, kInTotal | kMandatory},
     {"nodeID", "Home memory node the pool", 7, kU, [](auto &row) { return row.nodeID; }},
@@ -64,7 +64,7 @@ HVC_ReturnStatus ReadPool(NodeRef<LPoolStatsRecord> node, const NODAL_ParamList 
   return status;
 }
 
-// Makes the arguments of the function `step`, the first of which is the NUMA node; null, with a warning, on failure.
+// Creates the arguments of the function `step`, which start with the NUMA node. On failure, warns and returns null.
 ParamList MakeNodeArguments(const char *step, uint32_t capacity, uint32_t node) {
   ParamList arguments = MakeArgumentsFor(step, capacity);
   if (arguments == nullptr) return nullptr;
@@ -121,7 +121,7 @@ HVC_ReturnStatus PrintVmPools(uint32_t node, uint32_t vmCount, bool csv) {
   return HVC_OK;
 }
 
-// Warnings of the first two reads misspell the function's name; that is fixed.
+// The warnings of the first two reads misspell the function's name; they must not change.
 HVC_ReturnStatus KestrelTraverseLPools(bool csv) {
   MemInfoRecord memInfo = {};
   if (ReadRecord(nodes::kMemInfo, nullptr, memInfo) != HVC_OK) {

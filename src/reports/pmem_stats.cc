@@ -111,7 +111,7 @@ HVC_ReturnStatus Checked(const char *step, const char *operation, HVC_ReturnStat
   return status;
 }
 
-// Makes the arguments of the function `step`: texts.
+// Creates the arguments of the function `step`: texts.
 HVC_ReturnStatus MakeTexts(const char *step, std::initializer_list<const char *> texts, uint32_t capacity,
                            ParamList &arguments) {
   arguments = MakeArguments(capacity);
@@ -123,7 +123,7 @@ HVC_ReturnStatus MakeTexts(const char *step, std::initializer_list<const char *>
   return status;
 }
 
-// Makes the arguments of the function `step`: texts, and then a number.
+// Creates the arguments of the function `step`: texts, followed by a number.
 HVC_ReturnStatus MakeTextsAndNumber(const char *step, std::initializer_list<const char *> texts, int32_t number,
                                     ParamList &arguments) {
   const HVC_ReturnStatus status = MakeTexts(step, texts, static_cast<uint32_t>(texts.size()) + 1, arguments);
@@ -131,7 +131,8 @@ HVC_ReturnStatus MakeTextsAndNumber(const char *step, std::initializer_list<cons
   return Checked(step, "NODAL_ParamListAddInt", NODAL_ParamListAddInt(arguments.get(), number));
 }
 
-// Lists the instances below texts. A missing list gets no warning: the host may have no such memory.
+// Lists the instances below these text arguments. A missing list causes no warning, because the host may have no
+// persistent memory.
 template <typename Record>
 HVC_ReturnStatus ListBelow(const char *step, NodeRef<Record> node, std::initializer_list<const char *> texts,
                            ParamList &instances) {
@@ -140,7 +141,7 @@ HVC_ReturnStatus ListBelow(const char *step, NodeRef<Record> node, std::initiali
   return status == HVC_OK ? ListInstances(node, arguments.get(), instances) : status;
 }
 
-// The name at an index of a list. If it cannot be read, it is null, which the library refuses as an argument.
+// The name at an index of a list. Null if it cannot be read; the library then refuses it as an argument.
 const char *NameAt(const NODAL_ParamList *list, uint32_t index) {
   const char *name = nullptr;
   static_cast<void>(NODAL_ParamListGetString(list, index, &name));
@@ -278,7 +279,7 @@ HVC_ReturnStatus GetRegionsNumaInfo(int32_t node, RegionNumaRow &row) {
   return Checked(kStep, "NODAL_Get", ReadRecord(nodes::kRegionNuma, arguments.get(), row.numa));
 }
 
-// Warnings spell the function's name in two ways: the second one from the nodes on.
+// Warnings spell the function's name in two ways. From the read of the nodes on, they use the second one.
 constexpr char kNumaListStep[] = "PMemRegionNumaReport";
 constexpr char kNumaNodeStep[] = "PMemRegionsNumaReport";
 
@@ -325,8 +326,8 @@ HVC_ReturnStatus KestrelPMemReport(const Report &report, const char *title, Prin
     banner.SelectedColumns(report.columns);
   }
   TablePrintHead(report.columns, options.csv);
-  TablePrintSeparator(report.columns, options.csv);  // the second line above the rows is fixed
-  // A walk that stops has warned. The report still succeeds.
+  TablePrintSeparator(report.columns, options.csv);  // these reports print two lines above the rows
+  // A walk that stopped has printed a warning. The report still succeeds.
   static_cast<void>(printRows({report.columns, run}));
   EndHostReport(report.columns, options);
   return HVC_OK;

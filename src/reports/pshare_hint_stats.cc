@@ -54,7 +54,7 @@ HVC_ReturnStatus KestrelPShareHintGetStats(const Report &report, int argc, char 
       OfType("regular", record.hintsAdded - record.lpageHintsAdded, record.hintsRemoved - record.lpageHintsRemoved));
   PrintRow(run, false, OfType("lpage", record.lpageHintsAdded, record.lpageHintsRemoved));
   TablePrintSeparator(columns, run.options.csv);
-  // `active` is the kernel's own count, not the sum of the two rows above.
+  // `active` is the kernel's own count, not the sum of the other two rows.
   PrintRow(run, true, {"Total", record.hintsAdded, record.hintsRemoved, record.hintsActive});
   EndHostReport(columns, run.options);
   return HVC_OK;

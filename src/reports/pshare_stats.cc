@@ -37,7 +37,7 @@ HVC_ReturnStatus KestrelPShareGetStats(const Report &report, int argc, char **ar
   HVC_ReturnStatus status = StartHostReport(report, argc, argv, run);
   if (status != HVC_OK) return status;
 
-  // The read comes first, so that a failing run prints no part of a table.
+  // Read first, so that a failed run prints no part of the table.
   PShareStatsRecord record = {};
   status = ReadHostRecord("KestrelPShareGetStats", nodes::kPShareStats, record);
   if (status != HVC_OK) return status;

@@ -1,4 +1,4 @@
-// What a report is, to the front end that runs it, and to the manual and the shells' completions, which describe it.
+// The description of a report, for the front end, the manual page and the shell completions.
 #ifndef KESTREL_REPORTS_REPORT_H
 #define KESTREL_REPORTS_REPORT_H
 

@@ -34,7 +34,7 @@ constinit auto columns = ColumnsOf<SwapStatsRow>({
     {"swapoutReady", "Ready-time spent by swap-out client", 10, kLu, [](auto &row) { return row.swap.swapoutReady; }},
     {"swapTgt", "Host swap target", 10, kLu, kKB, [](auto &row) { return row.swap.swapTgt; }, kAdd},
     {"swapped", "Amount swapped by host", 10, kLu, kKB, [](auto &row) { return row.swap.swapped; }, kAdd},
-    // "phsyical" is fixed: scripts match these texts.
+    // "phsyical" must not change: scripts match these texts.
     {"swapRead", "Total guest phsyical memory read, and not released, from swap space", 10, kLu, kKB,
      [](auto &row) { return row.swap.swapRead; }, kAdd},
     {"swapIn", "Total guest phsyical memory swapped in, and released, from swap space", 10, kLu, kKB,

@@ -29,7 +29,7 @@ uint64_t Limit(uint64_t kb) { return kb > 0xFFFFFFFFEF ? HVC_KB_NONE : kb; }
 
 uint64_t ConsumedKB(const UwMemoryStatsRecord &uw) { return uw.mapped + uw.zipped - uw.sharedSaved - uw.zipSaved; }
 
-// The total row has no label, since the name is not in it.
+// The total row has no label, because its name column is blank.
 constinit auto columns = ColumnsOf<UwStatsRow>({
     {"type", "Type of user-world (uw: stand-alone, vm: VM-based)", 20, kS, [](auto &row) { return Text(row.type); }},
     {"name", "User world name", 20, kS, [](auto &row) { return Text(row.head.name.name); }},

@@ -21,7 +21,7 @@ enum ColumnFlag : uint8_t {
 };
 
 struct ColumnDesc {
-  const char *name;  // in the header, and for -s
+  const char *name;  // printed in the header, and accepted by -s
   const char *description;
   uint8_t width;  // ColumnsApplySelection widens it to the name
   Conversion conversion;
@@ -39,7 +39,7 @@ inline constexpr size_t kMaxColumns = 64;
 // A report's columns. They are static and writable, since one run prints one table.
 using ColumnTable = std::span<ColumnDesc>;
 
-// What comes last in a column's description: how it is summed, or flags of ColumnFlag.
+// The last part of a column's description: how it is summed, or flags of ColumnFlag.
 struct ColumnTraits {
   constexpr ColumnTraits() = default;
   constexpr ColumnTraits(FigureSum how) : sum(how) {}
@@ -49,7 +49,7 @@ struct ColumnTraits {
   uint8_t flags = 0;
 };
 
-// A column of a table whose rows are of type `Row`. `read` is a lambda that takes the figure from a row.
+// A column of a table whose rows have type `Row`. `read` is a lambda that returns the figure of a row.
 template <typename Row>
 struct Column : ColumnDesc {
   template <typename Read>
@@ -94,7 +94,7 @@ void TablePrintSeparator(ColumnTable table, bool csv);
 // Prints separator, header, separator.
 void TablePrintHead(ColumnTable table, bool csv);
 
-// Prints what the shown columns mean, for -v.
+// Prints the descriptions of the shown columns, for -v.
 void TablePrintDescriptions(ColumnTable table);
 
 }  // namespace kestrel

@@ -1,4 +1,4 @@
-// What a column shows: which value of a row, in which unit it comes, and how it is summed.
+// The figures that columns show: their values, their units, and how they are summed.
 #ifndef KESTREL_TABLE_FIGURE_H
 #define KESTREL_TABLE_FIGURE_H
 
@@ -23,12 +23,12 @@ enum class FigureUnit : uint8_t {
   kYesNo,  // prints y unless it is 0, else n
 };
 
-// How the figures of all rows become one figure of a total row. Sums are made of unconverted figures, so that they are
-// rounded once, and wrap in the width of the figure.
+// How the figures of all rows become one figure of a total row. Sums use unconverted figures, so that they are rounded
+// only once. They wrap at the width of the figure.
 enum class FigureSum : uint8_t {
   kNoSum,
   kAdd,
-  kAddAvailable,  // leaves out all ones, "not available"
+  kAddAvailable,  // omits all ones, "not available"
   kAddTwice,
   kMean,     // rounded down
   kLast,     // the figure of the last row
@@ -44,7 +44,7 @@ struct Figure {
   FigureUnit unit = FigureUnit::kPlain;
   FigureSum sum = FigureSum::kNoSum;
 
-  // Cuts a number to the figure's width and extends it again.
+  // Truncates a number to the figure's width and extends it again.
   uint64_t Cut(uint64_t value) const {
     const int unused = 64 - bits;
     if (isSigned) return static_cast<uint64_t>(static_cast<int64_t>(value << unused) >> unused);
@@ -74,8 +74,8 @@ std::string_view ReadText(const void *row) {
   return Read()(*static_cast<const Row *>(row));
 }
 
-// The figure that `Read`, the type of a lambda without captures, takes from a row of type `Row`. It returns an integer
-// or a string_view by value, so that it can read the unaligned fields of packed records.
+// The figure that `Read` returns for a row of type `Row`. `Read` is the type of a lambda without captures. The lambda
+// returns an integer or a string_view by value, so it can read the unaligned fields of packed records.
 template <typename Row, typename Read>
 constexpr Figure FigureOf(FigureUnit unit, FigureSum sum) {
   using Type = std::invoke_result_t<Read, const Row &>;
@@ -92,7 +92,7 @@ constexpr Figure FigureOf(FigureUnit unit, FigureSum sum) {
   return figure;
 }
 
-// The text of a field, which may fill its room without a terminator.
+// The text of a field, which may fill the field without a terminator.
 template <size_t size>
 std::string_view Text(const char (&field)[size]) {
   return {field, strnlen(field, size)};

@@ -1,4 +1,4 @@
-// Flag tables: the names of the bits of a mask, as filters take them and reports print them.
+// Flag tables: the names of the bits of a mask, as filters accept them and reports print them.
 #ifndef KESTREL_TABLE_FLAGS_H
 #define KESTREL_TABLE_FLAGS_H
 

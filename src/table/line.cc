@@ -12,7 +12,7 @@
 namespace kestrel {
 namespace {
 
-// Writes a number into `digits` and returns its text.
+// Formats a number in `digits` and returns its text.
 template <typename Number, size_t size>
 std::string_view Format(char (&digits)[size], Number number) {
   const char *end = std::to_chars(digits, digits + size, number).ptr;

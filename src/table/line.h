@@ -10,9 +10,9 @@
 
 namespace kestrel {
 
-// Prints the fields of the shown columns in order. In a table, a value wider than its column is printed whole; the
-// overflow is carried, and narrows the following columns until the line is back on the grid. The carry counts modulo
-// 256. Where it exceeds a column's width, the field's width becomes negative, that is, left-aligned.
+// Prints the fields of the shown columns in order. In a table, a value wider than its column is printed completely. Its
+// overflow is carried and narrows the next columns until the line is aligned again. The carry counts modulo
+// 256. If it exceeds the width of a column, the field width becomes negative, so the field is left-aligned.
 class Line {
  public:
   explicit Line(bool csv) : csv_(csv) {}
@@ -22,7 +22,7 @@ class Line {
   // Prints a text from outside, masked for a terminal.
   void PrintForeignText(const ColumnDesc &column, std::string_view text);
 
-  // Prints a number as the column's conversion says; nothing for kS.
+  // Prints a number with the column's conversion; nothing for kS.
   void PrintNumber(const ColumnDesc &column, uint64_t number);
 
   void End();
@@ -36,7 +36,7 @@ class Line {
   bool first_ = true;
   uint8_t carry_ = 0;
   size_t size_ = 0;
-  char text_[1024];  // the end of the line, which is not printed yet
+  char text_[1024];  // the end of the line; not printed yet
 };
 
 }  // namespace kestrel

@@ -1,4 +1,4 @@
-// The text of a choice among names: "a:b", "(all)" or "(none)".
+// The text of a selection of names: "a:b", "(all)" or "(none)".
 #ifndef KESTREL_TABLE_NAME_LIST_H
 #define KESTREL_TABLE_NAME_LIST_H
 
@@ -8,11 +8,11 @@
 
 namespace kestrel {
 
-// Names separated by ':'. It has a fixed size, since rows are made of it, and truncates a longer text; the names of
-// every table fit.
+// Names separated by ':'. It has a fixed size, because rows contain it. It truncates a longer text; the names of every
+// table fit.
 class NameList {
  public:
-  // Adds the next name of the table if it is chosen.
+  // Adds the next name of the table if it is selected.
   void Offer(std::string_view name, bool chosen) {
     if (!chosen) {
       all_ = false;
@@ -22,7 +22,7 @@ class NameList {
     Append(name);
   }
 
-  // "(all)" if every name was chosen, "(none)" if none was. Valid as long as the list.
+  // "(all)" if every name is selected, "(none)" if no name is. Valid as long as the list exists.
   const char *Text() const {
     if (all_) return "(all)";
     return size_ == 0 ? "(none)" : text_;

@@ -18,14 +18,14 @@ HVC_ReturnStatus ParseLevel(const char *text, uint32_t &levels) {
   }
   levels = count;
   if (count > kMaxLevels) {
-    // "reseting" is fixed: scripts match it.
+    // "reseting" must not change: scripts match it.
     Warning("Specified level %s too high, reseting to %d\n", ForWarning(text).c_str(), static_cast<int>(kMaxLevels));
     levels = kMaxLevels;
   }
   return HVC_OK;
 }
 
-// Group IDs are cut to 32 bits and sign-extended.
+// Group IDs are truncated to 32 bits and sign-extended.
 int64_t ParseGroup(const char *text) { return static_cast<int32_t>(std::strtol(text, nullptr, 10)); }
 
 }  // namespace

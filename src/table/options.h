@@ -1,4 +1,4 @@
-// The options that reports share. Each report says which of them it takes.
+// The options that reports share. Each report declares which of them it accepts.
 #ifndef KESTREL_TABLE_OPTIONS_H
 #define KESTREL_TABLE_OPTIONS_H
 
@@ -25,7 +25,7 @@ struct ReportOptions {
   bool tags = false;                // -t
 };
 
-// The long names of the options, except in reports that have long names of their own. The last one is all zeros.
+// The long names of the options, except for reports with their own long names. The last entry is all zeros.
 inline constexpr option kSharedLongNames[] = {
     {"gid", required_argument, nullptr, 'g'},     {"level", required_argument, nullptr, 'l'},
     {"unit", required_argument, nullptr, 'u'},    {"iFilter", required_argument, nullptr, 'i'},
@@ -34,7 +34,7 @@ inline constexpr option kSharedLongNames[] = {
     {"tags", no_argument, nullptr, 't'},          {nullptr, 0, nullptr, 0},
 };
 
-// The options of a report, as getopt takes them: letters, and perhaps long names that replace the shared ones.
+// The options of a report in the form of getopt: letters, and optional long names that replace the shared ones.
 struct OptionSyntax {
   const char *letters;
   const option *ownLongNames = nullptr;
@@ -42,9 +42,9 @@ struct OptionSyntax {
   bool Takes(char letter) const { return std::strchr(letters, letter) != nullptr; }
 };
 
-// Parses a report's options from where the parser of the global options stopped. A later option replaces an earlier
-// one. Unknown options and missing arguments are ignored. A bad level ends it with HVC_BAD_PARAM; the rest is not
-// checked here.
+// Parses a report's options, starting where the parser of the global options stopped. A later option replaces an
+// earlier one. Unknown options and missing arguments are ignored. An invalid level ends the parser with HVC_BAD_PARAM;
+// it checks no other values.
 [[nodiscard]] HVC_ReturnStatus ParseReportOptions(int argc, char **argv, const OptionSyntax &syntax,
                                                   ReportOptions &options);
 

@@ -15,7 +15,7 @@ namespace {
 constinit bool isOpen = false;
 constinit int failure = 0;  // errno of the first failed write
 
-// Writes for stdio, which wants 0 for a failure.
+// The write function of stdout, which must return 0 on failure.
 ssize_t WriteOutput(void *, const char *bytes, size_t size) {
   size_t written = 0;
   while (written < size) {
@@ -32,7 +32,7 @@ ssize_t WriteOutput(void *, const char *bytes, size_t size) {
 
 bool HasFailed() {
   if (ferror_unlocked(stdout) == 0) return false;
-  // A failure that WriteOutput did not see has lost its errno.
+  // If WriteOutput did not see the failure, its errno is lost.
   if (failure == 0) failure = EIO;
   return true;
 }
@@ -43,8 +43,8 @@ void WarnOfLostOutput() {
 
 }  // namespace
 
-// By the time that a failure is noticed, errno has changed: the library flushes standard output, too. Therefore stdio
-// writes through WriteOutput.
+// The library also flushes standard output, so errno may have changed when a failure is noticed. stdio therefore writes
+// through WriteOutput, which saves errno.
 void OpenOutput() {
   if (fileno(stdout) != STDOUT_FILENO) return;
   static char buffer[1 << 16];

@@ -6,20 +6,20 @@
 
 namespace kestrel {
 
-// From now on, a failed write to standard output is noted with its cause, whoever flushes, and PrintLine ends the
-// process. Call it before the first output. It does nothing if stdout is not file descriptor 1.
+// From now on, every failed write to standard output is recorded with its cause, and PrintLine then ends the process.
+// Call it before the first output. It does nothing if stdout is not file descriptor 1.
 void OpenOutput();
 
 bool OutputIsTerminal();
 
-// Prints a line and its newline. After OpenOutput, if a write has failed, it ends the process with exit status 1:
-// without a warning if the reader of a pipe went away.
+// Prints a line and its newline. If a write has failed since OpenOutput, ends the process with exit status 1. Prints a
+// warning unless the reader of a pipe went away.
 void PrintLine(std::string_view line);
 
 // Prints a part of a line.
 void PrintBytes(std::string_view bytes);
 
-// Writes what is still buffered. False if any write failed, which gets the same warning.
+// Flushes the buffer. If any write failed, prints the same warning and returns false.
 [[nodiscard]] bool FinishOutput();
 
 }  // namespace kestrel

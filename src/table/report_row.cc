@@ -5,7 +5,7 @@
 namespace kestrel {
 namespace {
 
-// Prints a line, for each field of which `print` is called with the column's place in the table.
+// Prints a line. Calls `print` for each field, with the column's index in the table.
 template <typename Print>
 void PrintLine(ColumnTable table, bool csv, bool total, Print print) {
   Line line(csv);

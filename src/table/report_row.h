@@ -10,7 +10,7 @@
 
 namespace kestrel {
 
-// Prints the figures of the row structure at `row`. In a total row, the columns that are not in it are blank.
+// Prints the figures of the row structure at `row`. In a total row, columns without a total are blank.
 void PrintFigures(ColumnTable table, bool csv, bool total, const void *row, ReportUnit unit);
 
 // The sums of a table's figures.
@@ -28,7 +28,7 @@ class ColumnSums {
   uint32_t rows_ = 0;
 };
 
-// A value for a row that is no structure: a number or a text. The default is both 0 and empty.
+// A value for a row that is not a structure: a number or a text. The default is both 0 and empty.
 class Value {
  public:
   Value() = default;
@@ -43,7 +43,7 @@ class Value {
   std::string_view text_;
 };
 
-// Prints a row of values, one for each column, shown or not. Values missing at the end count as default ones.
+// Prints a row of values, one for each column, shown or not. Missing values at the end have the default.
 void TablePrintRow(ColumnTable table, bool csv, bool total, std::span<const Value> values);
 
 }  // namespace kestrel

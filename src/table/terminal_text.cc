@@ -16,7 +16,7 @@ struct Character {
   size_t size = 0;
 };
 
-// The length of a character by its first byte; 0 for a byte that starts none.
+// The length of a character by its first byte; 0 if the byte cannot start a character.
 size_t SizeByFirstByte(uint8_t first) {
   if (first < 0x80) return 1;
   if (first < 0xc0) return 0;
@@ -25,14 +25,14 @@ size_t SizeByFirstByte(uint8_t first) {
   return first < 0xf8 ? 4 : 0;
 }
 
-// Whether a character's encoding is as short as possible, and the character allowed in UTF-8.
+// Whether the encoding is as short as possible and UTF-8 allows the character.
 bool IsValid(const Character &character) {
   constexpr uint32_t kMinCodes[] = {0, 0, 0x80, 0x800, 0x10000};
   const bool isSurrogate = character.code >= 0xd800 && character.code < 0xe000;
   return character.code >= kMinCodes[character.size] && character.code <= 0x10ffff && !isSurrogate;
 }
 
-// Decodes the first character of a text that is not empty.
+// Decodes the first character. REQUIRES: the text is not empty.
 Character Decode(std::string_view text) {
   const auto first = static_cast<uint8_t>(text[0]);
   const size_t size = SizeByFirstByte(first);
@@ -54,7 +54,7 @@ bool ChangesDirection(uint32_t code) {
          (code >= 0x2066 && code <= 0x2069);
 }
 
-// Calls `mask` with the place and size of each sequence of bytes that must be masked.
+// Calls `mask` with the position and size of each sequence of bytes that must be masked.
 template <typename Mask>
 void ForEachMasked(std::string_view text, Mask mask) {
   for (size_t i = 0; i < text.size();) {

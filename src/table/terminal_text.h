@@ -1,5 +1,5 @@
-// Text from outside that goes to a terminal. Whoever can start a process can choose its name, and so what a terminal
-// would obey.
+// Masks text from outside for a terminal. Any user can choose the name of a process, which could contain control
+// sequences.
 #ifndef KESTREL_TABLE_TERMINAL_TEXT_H
 #define KESTREL_TABLE_TERMINAL_TEXT_H
 
@@ -8,9 +8,8 @@
 
 namespace kestrel {
 
-// Replaces by '?', byte for byte, what a terminal must not get: control characters (U+0000 to U+001F, U+007F to
-// U+009F), invalid UTF-8, and characters that change the direction of text (U+061C, U+200E, U+200F, U+202A to U+202E,
-// U+2066 to U+2069).
+// Replaces each byte of these characters with '?': control characters (U+0000 to U+001F, U+007F to U+009F), invalid
+// UTF-8, and characters that change the direction of text (U+061C, U+200E, U+200F, U+202A to U+202E, U+2066 to U+2069).
 void MaskForTerminal(std::string &text);
 
 // Whether MaskForTerminal would change the text.

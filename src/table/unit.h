@@ -18,7 +18,7 @@ enum class ReportUnit : uint32_t { kMB = 3, kKB = 4, kPage = 5, kBytes = 6 };
 // "KB", "MB", "Page (4K)" or "Bytes".
 const char *UnitName(ReportUnit unit);
 
-// Converts KB to a display unit, rounding up. The arithmetic has 64 bits and wraps.
+// Converts KB to a display unit, rounding up. The arithmetic wraps at 64 bits.
 constexpr uint64_t KBToUnit(uint64_t kb, ReportUnit unit) {
   switch (unit) {
     case ReportUnit::kMB: return (kb + 1023) >> 10;
@@ -29,12 +29,12 @@ constexpr uint64_t KBToUnit(uint64_t kb, ReportUnit unit) {
   return 0;
 }
 
-// Converts KB, but leaves all ones (not available, or unlimited) as it is.
+// Converts KB, except all ones (not available or unlimited).
 constexpr uint64_t OptionalKBToUnit(uint64_t kb, ReportUnit unit) {
   return kb == HVC_KB_NONE ? kb : KBToUnit(kb, unit);
 }
 
-// Converts a count of 4 KB pages. No count means "not available".
+// Converts a count of 4 KB pages. All ones is an ordinary count.
 constexpr uint64_t PagesToUnit(uint64_t pages, ReportUnit unit) { return KBToUnit(pages * 4, unit); }
 
 // Converts bytes, which are first rounded up to KB unless the display unit is bytes.
