@@ -1,5 +1,5 @@
-// make_host FILE GROUPS [SEED]: writes a snapshot with this number of scheduler groups, the same for the same
-// arguments.
+// make_host FILE GROUPS [SEED]: writes a snapshot with GROUPS scheduler groups. The same arguments give the same
+// snapshot.
 //
 // It follows nodal-snapshot(5) and does not use the library's writer. From the library it uses only the digest of the
 // definitions and the layouts of the records.
@@ -98,7 +98,7 @@ class HostFile {
     if (cdb_make_add(&database_, key.data(), size(key), value.data(), size(value)) != 0) Fail("make_host");
   }
 
-  // The checksums of the hash tables, which have just been written.
+  // Computes the checksums of the finished hash tables.
   void WriteIndexCheck() {
     const auto size = static_cast<size_t>(lseek(fd_, 0, SEEK_END));
     void *mapped = mmap(nullptr, size, PROT_READ, MAP_SHARED, fd_, 0);

@@ -275,7 +275,7 @@ class Finder:
             at += 1
         arguments.append((first, end - 1))
         for left, right in zip(arguments, arguments[1:]):
-            # A format with its first value would crash whatever runs it, and show nothing of the tests.
+            # Swapping a format with its first value would only crash the program, and say nothing about the tests.
             if self.kind(left[0]) != "string":
                 self.swap(left, right)
 
@@ -398,9 +398,9 @@ class Finder:
                     at += 2
                 else:
                     break
-            # A type, and the name that it declares.
+            # A type and the name that is declared with it.
             return not (self.kind(at) == "name" or self.text(at) in ("*", "&", "&&"))
-        # (void)x; says only that a result is not used.
+        # (void)x; only marks a result as unused.
         return self.text(index) in ("*", "++", "--", "(", "::") and self.text(index + 1) != "void"
 
     def change_statement(self, index, end):

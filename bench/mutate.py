@@ -32,9 +32,9 @@ LOG = f"{WORK}/tests.log"
 TESTS = f"ctest --test-dir {BUILD} -LE slow -j2 --stop-on-failure"
 FLAGS = "-O1 -g0 -DNDEBUG"
 COMPILE_SECONDS = 600
-# The time limit of a mutant: these seconds, plus a multiple of the time that the tests take without a mutant.
+# The time limit of a mutant: these seconds plus a multiple of the time of the tests without mutants.
 EXTRA_SECONDS, SLOWER = 30, 3
-# A mutant that allocates without end fails before the machine runs out of memory.
+# An endless allocation must fail before the machine runs out of memory.
 MEMORY_BYTES = 4 << 30
 KILLED = ("killed", "hang")
 COUNTED = KILLED + ("survived",)
@@ -261,7 +261,7 @@ def ninja(targets, log, seconds):
 
 
 def run_tests(command, seconds):
-    # Tests keep their files in TMPDIR, and those of a killed test go with it.
+    # Tests keep their files in TMPDIR, so removing it also removes the files of a killed test.
     with tempfile.TemporaryDirectory(prefix="mutate.", ignore_cleanup_errors=True) as scratch:
         os.chmod(scratch, 0o755)  # some tests run programs as another user
         environment = dict(os.environ, TMPDIR=scratch, GTEST_FAIL_FAST="1")
@@ -349,7 +349,7 @@ class Runner:
             return "uncompilable", ""
         if all(filecmp.cmp(f"{BUILD}/{name}", f"{PRISTINE}/build/{name}", shallow=False) for name in objects):
             return "equivalent", "same objects"
-        # The build runs some of the programs that it has made, for samples and manuals.
+        # The build runs some of the programs that it builds, for samples and manual pages.
         status = ninja(self.targets, log, self.limit)
         if status != 0:
             return ("hang" if status is None else "killed"), "the build"

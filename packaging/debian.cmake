@@ -14,7 +14,8 @@ foreach(component ${CPACK_COMPONENTS_ALL})
   # Every Debian system has this license in /usr/share/common-licenses.
   file(REMOVE ${tree}/share/doc/kestrel/LICENSE)
 
-  # Which version of the package each symbol of the library came with: packages of programs that use it depend on that.
+  # The package version that introduced each symbol of the library. Packages of programs that use the symbols depend on
+  # this version.
   if(component STREQUAL "library")
     list(GET CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA -1 symbols)
     cmake_path(GET symbols PARENT_PATH folder)

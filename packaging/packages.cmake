@@ -35,8 +35,8 @@ metrics to Prometheus.")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libplatkit1)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
-# Packages of programs that link the library get a dependency on this package, by its symbols file, which debian.cmake
-# writes, or by its shlibs file.
+# Packages of programs that link the library get a dependency on this package, through its symbols file (from
+# debian.cmake) or its shlibs file.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY >=)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA

@@ -1,1 +1,1 @@
-// Has nothing in it: its target compiles the headers that all test programs share.
+// This file is empty on purpose: its target precompiles the headers that all test programs share.

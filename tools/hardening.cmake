@@ -2,13 +2,13 @@
 # programs, and tables for the loader that are read-only before the program runs.
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 add_compile_options(-Wformat -Werror=format-security -fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
-# Indirect jumps may only go where a jump is expected.
+# Restrict the targets of indirect jumps.
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|amd64)$")
   add_compile_options(-fcf-protection)
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
   add_compile_options(-mbranch-protection=standard)
 endif()
-# clang has it on arm64 since 18.
+# clang supports this on arm64 since version 18.
 if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang" OR CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|amd64)$")
   add_compile_options(-fstack-clash-protection)
 endif()

@@ -29,7 +29,7 @@ StandinHost OneType(int64_t client, const testing_support::Instance &type, uint6
   return host;
 }
 
-// A library may list a null text and take it as an argument, as null or as an empty text.
+// A library may list a null text, and accept it as an argument, as null or as an empty text.
 StandinHost WithoutTypeName() {
   RemapStatsRecord record = {};
   record.added = 1;
@@ -72,7 +72,7 @@ constexpr ReportCase kFiguresCases[] = {
         "OnePageInMb", [] { return OneType(7, "copy", 1); }, "-s added -u mb", "type,added\ncopy,1\n,1\n"),
     Remap(
         "OnePageInPages", [] { return OneType(7, "copy", 1); }, "-s added -u pg", "type,added\ncopy,1\n,1\n"),
-    // A count of pages has no "not available".
+    // All ones is an ordinary count of pages.
     Remap(
         "AllOnesWraps", [] { return OneType(7, "copy", UINT64_MAX); }, "-s added",
         "type,added\ncopy,18446744073709551612\n,18446744073709551612\n"),
@@ -93,7 +93,7 @@ TEST(AsyncRemapStatsRows, StandBeforeTheMessagesOfWhatFollows) {
             "130,copy\n,\n");
 }
 
-// Each argument list is made for its number of arguments and serves one read.
+// Each argument list has the capacity for its arguments and is used for one read.
 TEST(AsyncRemapStatsCalls, AGroupIsReadInAFixedOrder) {
   const StandinRun run = RunKestrel(MachinesHost(), {"-r", "asyncremap-stats", "-g", "20"});
   std::vector<std::string> calls = CallsThatCount(run);

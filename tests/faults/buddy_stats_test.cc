@@ -233,7 +233,7 @@ constexpr ReportCase kNamesCases[] = {
           return Named({"memmap-10-hi", "memmap-2-hi", "memmap-1-hi"});
         },
         "memmap-1-hi,1,high,1\nmemmap-2-hi,2,high,2\nmemmap-10-hi,10,high,10\n"),
-    // With one digit, "lo" is one place before where it is looked for.
+    // With a single digit, "lo" is one character before the expected position.
     Names(
         "OneDigitLow",
         [] {

@@ -129,7 +129,7 @@ constexpr ReportCase kFormsCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Forms, CompStats, testing::ValuesIn(kFormsCases), NameOf<ReportCase>);
 
-// Figures that are not available, and the ends of the ranges.
+// Unavailable figures, and figures at the limits of their ranges.
 
 constexpr uint64_t kMissing = UINT64_MAX;
 
@@ -162,7 +162,7 @@ constexpr ReportCase kAmountsCases[] = {
     Amounts(
         "MissingInKb", [] { return HostWith(0, kMissing, 4, kMissing); }, "kb",
         "0,18446744073709551615,4,18446744073709551615\n"),
-    // One less is an amount, and wraps when rounded up.
+    // One less than all ones is an amount, which wraps when it is rounded up.
     Amounts(
         "LargestInKb", [] { return HostWith(kMissing - 1, 0, 0, 1); }, "kb", "18446744073709551614,0,0,1\n"),
     Amounts(

@@ -1,5 +1,5 @@
-// dcpmm-stats: failing calls that every_call_test.cc does not cover: of a run into a file, of its second iteration, and
-// of a second socket.
+// dcpmm-stats: failing calls that every_call_test.cc does not cover. They are in runs that write a file, in the second
+// iteration, and for the second socket.
 #include <algorithm>
 #include <map>
 
@@ -22,7 +22,7 @@ constexpr HVC_ReturnStatus kBusy = 0x0bad0004;
 struct FailingCall {
   std::string operation;
   std::string node;
-  unsigned number;  // among the calls of this operation within a write or read
+  unsigned number;  // number of the call of this operation within a write or read
   std::string message;
 };
 
@@ -122,8 +122,8 @@ TEST_P(FailingSteps, EndTheRun) {
   }
 }
 
-// The steps for one socket: 8 freeze and 30 program, 16 reset, one sleeps, 38 freeze and read, one prints the trailer.
-// A second iteration starts with step 94. For two sockets, 76 steps program and 32 reset.
+// The steps for one socket: 8 freeze, 30 program, 16 reset, 1 sleeps, 38 freeze and read, and 1 prints the trailer. A
+// second iteration starts with step 94. For two sockets, 76 steps program and 32 reset.
 INSTANTIATE_TEST_SUITE_P(
     Dcpmm, FailingSteps,
     testing::Values(Part{"TheFirstWrite", kOneSocket, 1, 0, 1}, Part{"TheFirstReset", kOneSocket, 1, 38, 39},

@@ -24,7 +24,7 @@ using Files = std::map<std::string, std::string>;
 
 const std::vector<Socket> kOneSocket = {{0, 100}};
 
-// A bus for each socket; 32 is the most.
+// One bus per socket; 32 is the maximum.
 std::vector<Socket> ManySockets(int64_t count) {
   std::vector<Socket> sockets;
   for (int64_t number = 0; number < count; ++number)
@@ -89,7 +89,8 @@ INSTANTIATE_TEST_SUITE_P(Dcpmm, Machines,
                                          Machine{"TwoSockets", {{0, 100}, {0, 7}}},
                                          Machine{"FourSocketsInTwoSegments", {{0, 23}, {0, 100}, {1, 24}, {1, 101}}},
                                          Machine{"SegmentsInListOrder", {{3, 40}, {1, 41}}},
-                                         // Counts of different units, but both have the number of the first socket.
+                                         // The counts come from different units, but both units have the number of the
+                                         // first socket.
                                          Machine{"EqualBusesInTwoSegments", {{0, 100}, {1, 100}}},
                                          Machine{"EqualBusesAndAnother", {{0, 5}, {0, 6}, {1, 6}, {1, 7}}},
                                          Machine{"FortySockets", ManySockets(40)}),
@@ -336,7 +337,7 @@ void PrintTo(const Halves &halves, std::ostream *stream) { *stream << halves.nam
 
 class Combined : public testing::TestWithParam<Halves> {
  protected:
-  // One counter of the channel at 12.6 and one of the mesh at 9.0 have these halves, all others 0.
+  // One counter of the channel at 12.6 and one of the mesh at 9.0 have these halves; all other counters are 0.
   static StandinHost Host() {
     const uint64_t amount = uint64_t{GetParam().high} << 32 | GetParam().low;
     StandinHost host = MemoryHost(kOneSocket);
@@ -557,7 +558,7 @@ constexpr ReportCase kDcpmmMachinesCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(DcpmmMachines, Refused, testing::ValuesIn(kDcpmmMachinesCases), NameOf<ReportCase>);
 
-// Folders where not even root can create a file.
+// Folders in which even root cannot create a file.
 TEST(DcpmmFile, ThatIsADirectoryIsAnError) {
   const ScratchDirectory directory;
   std::filesystem::create_directory(directory.path() / kFileName);

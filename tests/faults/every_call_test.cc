@@ -1,6 +1,6 @@
 // Fails every call of every report once, in every way that the program distinguishes, and compares the run with the
-// report's table of failures: output, messages, exit status, and reads. After any failure the program destroys its
-// lists, no row has figures of two owners, and the total is the sum of the rows above it.
+// report's table of failures: output, messages, exit status, and reads. After any failure, the program destroys its
+// lists, no row mixes figures of two owners, and the total is the sum of the rows above it.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -29,7 +29,7 @@ struct Failing {
   bool answers = false;
 };
 #ifdef KESTREL_SANITIZE
-// Sanitized programs start slowly, and how a call fails hardly changes the use of memory.
+// With sanitizers, only one way is tested: programs start slowly, and the way hardly affects the use of memory.
 constexpr Failing kWays[] = {{HVC_FAILURE}};
 #else
 constexpr Failing kWays[] = {{kStatuses[0]}, {kStatuses[1]}, {kStatuses[2]}, {HVC_FAILURE, true}};
@@ -78,7 +78,7 @@ StandinRun RunOver(const Report &report, StandinHost host, const std::optional<F
   return RunKestrel(host, report.arguments);
 }
 
-// Checks what holds for every run, whatever fails in it.
+// Checks the properties of every run, whatever fails in it.
 void CheckAnyRun(const Report &report, const StandinRun &run) {
   EXPECT_EQ(run.outcome.signal, 0);
   EXPECT_TRUE(run.outcome.exitStatus == 0 || run.outcome.exitStatus == 1);
@@ -94,7 +94,7 @@ void CheckAnyRun(const Report &report, const StandinRun &run) {
   }
 }
 
-// Whether all statuses have the same effect: a call that returns a pointer has no status, and a failed register access
+// Whether all statuses have the same effect. A call that returns a pointer has no status, and a failed register access
 // ends the run.
 bool HasOneFailure(const Report &report, const LoggedCall &call) {
   return call.operation.starts_with("NODAL_ParamListCreate") || call.operation == "NODAL_ParamListGetParam" ||

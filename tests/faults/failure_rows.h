@@ -1,6 +1,6 @@
-// What is expected when a call fails: for each report, a table with a row for each kind of call.
+// The expected effects of failing calls: for each report, a table with one row per kind of call.
 //
-// A new report needs a Report with such a table, and then has every test of every_call_test.cc. A call without a row
+// For a new report, add a Report with such a table; all tests of every_call_test.cc then cover it. A call without a row
 // fails the tests, and so does a row without a call.
 #ifndef TESTS_FAULTS_FAILURE_ROWS_H
 #define TESTS_FAULTS_FAILURE_ROWS_H
@@ -21,11 +21,11 @@ enum class Effect {
   kLosesRow,      // the row that the call is for
   kLosesGroup,    // the group and those below it; the start group decides the result
   kLosesChild,    // as kLosesGroup, for a group without an ID; the start group's last child decides the result
-  kEndsTable,     // no more rows, but what follows them
+  kEndsTable,     // no more rows; the text after the rows is still printed
   kEndsRun,       // nothing more; the exit status is below
   kLosesBuddy,    // the buddy whose memory node is read
-  kEndsScan,      // of the buddies; those found before stay
-  kEndsSearch,    // for sockets; those found before stay
+  kEndsScan,      // the search for buddies; those found before stay
+  kEndsSearch,    // the search for sockets; those found before stay
   kSpoilsSearch,  // the search ends at its next read
 };
 
@@ -63,7 +63,7 @@ struct Report {
   testing_support::StandinHost (*host)();
   std::vector<std::string> arguments;
   FailureTable table;
-  // The last read before each row is of one of these places; empty: all rows follow all reads.
+  // The last read before each row is at one of these places; empty: all rows follow all reads.
   std::vector<std::string> rowReads = {};
   // The names of the rows in the order in which their memory nodes are read, if they are.
   std::vector<std::string> lookedUp = {};

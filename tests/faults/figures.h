@@ -1,4 +1,4 @@
-// Figures that show where they come from.
+// Figures whose values show their source.
 #ifndef TESTS_FAULTS_FIGURES_H
 #define TESTS_FAULTS_FIGURES_H
 

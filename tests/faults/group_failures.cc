@@ -191,7 +191,7 @@ std::vector<Report> GroupReports() {
           OverGroups("ZipStats", {"zip-stats"}, zipStats, kZip, Total::kOfZip),
           OverGroups("LPageStats", {"lpage-stats"}, lpageStats, kLPage, Total::kAdded),
           OverGroups("AsyncRemapStats", {"asyncremap-stats"}, remapStats, kRemap, Total::kAdded),
-          // The group with all the reads is the start group.
+          // The group that causes all kinds of reads is the start group.
           OverGroups("OneOfGroupStats", {"group-stats", "-g", "137"}, groupStats, kMemoryStats, Total::kNone),
           OverGroups("OneVmOfVmStats", {"vm-stats", "-g", "137"}, vmStats, kMemoryStats, Total::kAdded),
           OverGroups("OneOfUwStats", {"uw-stats", "-g", "137"}, uwStats, kUserWorld, Total::kAdded),

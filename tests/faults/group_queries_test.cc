@@ -132,7 +132,7 @@ INSTANTIATE_TEST_SUITE_P(
                              "Kestrel_GroupGetVMMAlloc: GroupGetAlloc failure, error code: 195887153\n")),
     NameOf<Query>);
 
-// -1 is no group, even if such a child has the flag.
+// -1 is not a group, even if a child with this ID has the flag.
 INSTANTIATE_TEST_SUITE_P(VmmAllocOfNoGroup, GroupQuery,
                          testing::Values(Query{
                              "AllOnes",
@@ -156,7 +156,7 @@ constexpr char kClientNotAdded[] = "Kestrel_MemClientNodalGet: NODAL_ParamListAd
 INSTANTIATE_TEST_SUITE_P(
     MemClient, GroupQuery,
     testing::Values(
-        // IDs are unsigned, also as arguments.
+        // IDs are unsigned, in arguments too.
         Client("VmmLeader", "vmmLeader", "4294967295", {}, "vmm leader 501\nstatus 0\n", ""),
         Client("VmmLeaderVanished", "vmmLeader", "1", {}, "vmm leader 77\nstatus 0xbad0003\n", ""),
         Client("VmmLeaderUnreadable", "vmmLeader", "4294967295", {{.operation = kGet, .status = 0x0bad0031}},

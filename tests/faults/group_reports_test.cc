@@ -1,4 +1,4 @@
-// What all reports of virtual machines and user worlds have in common.
+// The common behaviour of all reports of virtual machines and user worlds.
 #include <algorithm>
 
 #include "tests/faults/hosts.h"
@@ -38,7 +38,7 @@ std::vector<std::string> Led(int64_t group, const std::vector<std::string> &rest
   return reads;
 }
 
-// A report over the host with machines. The group is web, or shell for a report of user worlds. mail follows it and is
+// A report over the host with machines. The group is web, or shell in a report of user worlds. mail follows it and is
 // in all reports.
 struct Report {
   const char *name;  // of the test
@@ -151,7 +151,7 @@ const std::vector<Report> &Reports() {
        .total = "Total,,,,124228062,242000000144,484316,242000000156,242158,242000000148,242000000150,242000000152,"
                 "242000000146\n",
        .emptyTotal = "Total,,,,0,0,0,0,0,0,0,0,0\n"},
-      // Another test has the reads of its own.
+      // asyncremap_stats_test.cc tests the reads of memory clients.
       {.name = "AsyncRemapStats",
        .report = "asyncremap-stats",
        .group = 20,
@@ -218,7 +218,7 @@ TEST_P(GroupReport, TheLastChildsIdDecidesTheResult) {
   CheckOver(MachinesHost().Fail(unreadable), "", Empty(), "", 1);
 }
 
-// The argument lists all have a capacity of two. When they are destroyed is tested elsewhere.
+// The argument lists all have a capacity of two. Other tests check when they are destroyed.
 TEST_P(GroupReport, ReadsInAFixedOrder) {
   std::vector<std::string> expected = {"NODAL_CheckSig(21) = 0"};
   unsigned lists = 0;
@@ -320,7 +320,7 @@ TEST_F(AVmWithoutAVmm, HasOtherChildren) {
   IsLeftOut(host, host);
 }
 
-// A VM's allocation is cut to 32 bits, converted with its sign, and cut again.
+// A VM's allocation is truncated to 32 bits, converted with its sign, and truncated again.
 
 StandinHost WithAlloc(uint64_t vmmMin, uint64_t vmmMax, uint64_t minLimit) {
   StandinHost host = MachinesHost();

@@ -135,7 +135,7 @@ std::string TagRows(int64_t last) {
 }
 
 constexpr ReportCase kTagsCases[] = {
-    // The base figures of the three groups are 1000, 2000 and 5000. nChild is 2; consumed is added twice.
+    // The base figures of the three groups are 1000, 2000 and 5000. nChild is 2, and consumed is added twice.
     Csv("ThreeAlike", AlikeTagged,
         "-t -s "
         "name:parGid:nChild:min:max:minLimit:shares:conResv:memSize:bMin:bMax:bShares:consumed:consumedPeak:mps:"

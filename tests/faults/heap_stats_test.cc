@@ -17,7 +17,7 @@ constexpr char kHeader[] =
     "maxAvail,pctFreeOfMax,lowPctFreeOfMax,numSuccAllocs,numFailAllocs,numGrowthOps,numShrinkOps,numReqsPerGrowth,"
     "avgAllocSize\n";
 
-// Each sum is of the column to the right: the one under numRanges is of dlMallocOvdh, and so on.
+// Each sum is one column to the left of its own column: numRanges has the sum of dlMallocOvdh, and so on.
 constexpr char kRowsInBytes[] =
     "main,1,1001,1002,201,1003,1004,6998,3007,10005,1006,20009,1008,1010,1011,1012,1013,1014,1017,1018,1016,1015\n"
     "slab,2,2001,2002,202,2003,2004,13998,6007,20005,2006,40009,2008,2010,2011,2012,2013,2014,2017,2018,2016,2015\n"

@@ -102,7 +102,7 @@ FailureTable Heaps() {
       {kAddString, kHeap, 0, says("NODAL_ParamListAddString() failure"), kEndsRun},
       {.operation = kGet, .place = kHeap, .effect = kLosesRow, .only = {kNotFound}},
       {kGet, kHeap, 0, says("NODAL_Get() failure"), kEndsRun},
-      // The name stays in the list, so that each later read has one argument too many.
+      // The name stays in the argument list, so each later read has one argument too many.
       {.operation = "NODAL_ParamListRemoveLastParam", .place = kHeap, .effect = kEndsTable, .readsOn = true},
   };
 }
@@ -118,7 +118,7 @@ constexpr char kNuma[] = "memory_pmem_volumes_regionStore_regions_numaAllocInfo"
 const std::string kVolumes = ListOf("memory_pmem_volumes");
 const std::string kRegions = ListOf("memory_pmem_volumes_regionStore_regions");
 
-// The messages of a failed operation and of the steps around it.
+// The messages of a failed operation and of the surrounding steps.
 Messages Failing(const std::vector<std::string> &parts) {
   Messages messages;
   for (const std::string &part : parts)
@@ -130,7 +130,7 @@ FailureRow Ends(const std::string &operation, const std::string &place, const st
   return {operation, place, 0, Failing(parts), kEndsTable};
 }
 
-// The status is ignored. Without a name, the library refuses the argument that is made of it.
+// The status is ignored. Without a name, the library refuses the argument.
 FailureRow IgnoredName(const std::string &place, const std::string &step) {
   FailureRow row = Ends(kGetString, place, {step + ": NODAL_ParamListAddString"});
   row.isIgnored = true;

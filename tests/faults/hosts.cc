@@ -223,7 +223,7 @@ struct Leader {
   uint32_t id;
   uint32_t vmmID;
   Figures figures;
-  Figures vmmFigures;  // of the VMM's own client
+  Figures vmmFigures;  // figures of the VMM's own client
   uint64_t mapped;     // the number of this figure, which is large enough for the subtractions
   bool flags;          // true sets one half of the flags, false the other half
 };
@@ -307,7 +307,7 @@ StandinHost MachinesHostLedBy(int64_t group, uint32_t leader, uint32_t vmmLeader
 
 namespace {
 
-// A group whose record names a parent of its own, not the one in the walk.
+// A group whose record names another parent than the one in the walk.
 void AddOwned(StandinHost &host, int64_t owner, const Group &group) {
   Group owned = WithFigures(group, Figures::MultiplesOf(static_cast<uint64_t>(owner)));
   owned.tag = "t" + std::to_string(owner);

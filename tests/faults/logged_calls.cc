@@ -47,7 +47,7 @@ std::string NodeOf(const std::string &place) { return place.substr(place.rfind('
 CallLog::CallLog(const std::vector<std::string> &log, Parts parts) {
   std::map<std::string, List> lists;
   std::map<size_t, size_t> makers;  // call -> the call that made the list of its instance
-  size_t unread = 0;                // the first call on arguments of a read that follows
+  size_t unread = 0;                // the first call on the arguments of a later read
   const LoggedCall *read = nullptr;
   calls_.reserve(log.size());
   for (size_t line = 0; line < log.size(); ++line) {
@@ -97,7 +97,7 @@ CallLog::CallLog(const std::vector<std::string> &log, Parts parts) {
 // The walk first reads the children of a group. Except for the start group, a visit begins with the read of the group's
 // ID from the list of its parent's children.
 void CallLog::MarkGroups(const std::map<size_t, size_t> &makers) {
-  std::map<size_t, size_t> walked;  // the groups whose children were listed by the walk, by the call that did
+  std::map<size_t, size_t> walked;  // the groups whose children the walk listed, by the call that listed them
   bool isListed = false;
   starts_ = {0};
   depths_ = {0};

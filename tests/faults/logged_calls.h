@@ -1,5 +1,5 @@
-// Finds what each call in a log belongs to: the read that an argument list is for, the list that an instance comes
-// from, and the visited group of a walk.
+// Finds the context of each call in a log: the read that uses an argument list, the list that contains an instance, and
+// the visited group of a walk.
 #ifndef TESTS_FAULTS_LOGGED_CALLS_H
 #define TESTS_FAULTS_LOGGED_CALLS_H
 
@@ -22,15 +22,15 @@ struct LoggedCall {
   std::string operation = {};
   // The node that this call reads or writes, that its arguments are for, or that its instance comes from.
   std::string place = {};
-  // The number of this call among those of its operation and place in its part of the log, from 1. For an instance, the
-  // number of the call that made its list.
+  // The number of this call among the calls of its operation and place in its part of the log, from 1. For an instance,
+  // the number of the call that created its list.
   unsigned number = 0;
   std::string arguments = {};  // of the read or write, as in the log but without brackets
   size_t part = 0;             // of the log, counted from 0
   bool isLastInstance = false;
 };
 
-// What starts a new part of the log: a visit of a group, or an access to a register. Other logs are one part.
+// Splits the log into parts: each starts with a visit of a group or an access to a register. Other logs have one part.
 enum class Parts { kOne, kGroups, kRegisters };
 
 class CallLog {
@@ -39,7 +39,7 @@ class CallLog {
 
   // The calls that can fail, in order.
   const std::vector<LoggedCall> &calls() const { return calls_; }
-  // The reads and writes before one line and from another on, as place and arguments.
+  // The reads and writes before one line and from another line on, as places and arguments.
   std::vector<std::string> Accesses(size_t last, size_t next) const;
   // The line after the visit of a group and its descendants.
   size_t EndOfGroup(size_t part) const;

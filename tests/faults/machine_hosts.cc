@@ -232,7 +232,7 @@ StandinHost PMemHost() {
   host.AddList(kNuma, {"vol-1", "reg-a"}, {0, 1}).AddList(kNuma, {"vol-1", "reg-b"}, {1});
   host.AddList(kNuma, {"vol-2", "reg-c"}, {0});
   host.AddList(kNuma, {"vol-3", "reg-d"}, {1}).AddList(kNuma, {"vol-3", "reg-e"}, {0, 1});
-  // The node in a record differs from the argument that it is read by.
+  // The node in a record differs from the argument of its read.
   host.AddRecord(kNuma, {"vol-1", "reg-a", 0}, OnNode(10, 1001));
   host.AddRecord(kNuma, {"vol-1", "reg-a", 1}, OnNode(11, 1002));
   host.AddRecord(kNuma, {"vol-1", "reg-b", 1}, OnNode(12, 1003));
@@ -268,7 +268,7 @@ StandinHost LargePageOwnersHost() {
   constexpr char kPools[] = "memory_lpage_nodeList_vmPools";
   auto memInfo = AllOnes<MemInfoRecord>();
   memInfo.numNodes = 2;
-  // The report makes the names of the page-sharing pools.
+  // The report generates the names of the page-sharing pools.
   return StandinHost()
       .AddRecord("memory_memInfo", {}, memInfo)
       .AddRecord("sched_globalStats_numVMs", {}, NumVMsRecord{2})

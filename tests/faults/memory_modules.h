@@ -1,4 +1,4 @@
-// Hosts with persistent-memory modules for dcpmm-stats, and what a run over them does and prints.
+// Hosts with persistent-memory modules for dcpmm-stats, and the expected steps and output of a run.
 #ifndef TESTS_FAULTS_MEMORY_MODULES_H
 #define TESTS_FAULTS_MEMORY_MODULES_H
 
@@ -33,7 +33,8 @@ struct Socket {
   int64_t bus;
 };
 
-// A host of the supported model with modules, at kStart. Each segment also has a bus 0 without memory controllers.
+// A host with modules and the supported processor model, whose clock starts at kStart. Each segment also has a bus 0
+// without memory controllers.
 testing_support::StandinHost MemoryHost(const std::vector<Socket> &sockets);
 
 // The header of a PCI function.
@@ -47,7 +48,7 @@ struct Step {
   enum Kind { kWrite, kRead, kSleep, kTrailer };
 
   Kind kind;
-  std::vector<std::string> calls = {};  // on registers, and of sleep, as in the log
+  std::vector<std::string> calls = {};  // the calls on registers and of sleep, as in the log
   std::string failure = {};             // the last message, if a write or read fails
   std::string file = {};                // the text in the output file
   std::string row = {};                 // the text in CSV output
@@ -61,7 +62,7 @@ std::string WholeFile(const std::vector<Step> &steps, int seconds = 1);
 std::string Csv(const std::vector<Step> &steps);
 std::vector<std::string> Calls(const std::vector<Step> &steps);
 
-// A run in a directory of its own, and the files that it writes there.
+// A run in its own directory, and the files that it writes there.
 struct Profile {
   testing_support::StandinRun run;
   std::map<std::string, std::string> files;  // contents by name

@@ -1,4 +1,4 @@
-// Derives what is expected of runs with one failure from a run without failures.
+// Derives the expected results of runs with one failure from a run without failures.
 #ifndef TESTS_FAULTS_ORACLE_H
 #define TESTS_FAULTS_ORACLE_H
 

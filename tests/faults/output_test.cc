@@ -68,7 +68,7 @@ TEST(LongOutput, EndsTheRunAtOnceWhenItIsLost) {
   }
 }
 
-// Each warning flushes standard output, and so meets the failure first.
+// Each warning flushes standard output, so it detects the failure first.
 TEST(LostOutputWithWarnings, NamesTheCauseOfTheFirstFailedWrite) {
   StandinHost host = BothReportsHost();
   host.Fail({.operation = "NODAL_Get", .node = "sched_groups_groupTag", .status = 0x0bad0001});
@@ -78,7 +78,7 @@ TEST(LostOutputWithWarnings, NamesTheCauseOfTheFirstFailedWrite) {
   for (const OutputTo output : {OutputTo::kFullDevice, OutputTo::kClosedPipe}) {
     const StandinRun run = RunKestrel(host, arguments, {.output = output});
     EXPECT_EQ(run.outcome.exitStatus, 1);
-    // The run ends at the next line that it prints, so that it may not come to all warnings.
+    // The run ends when it prints the next line, so some warnings may be missing.
     EXPECT_TRUE(run.outcome.errors.ends_with(ErrorsOf(output)));
     EXPECT_TRUE(
         warnings.starts_with(run.outcome.errors.substr(0, run.outcome.errors.size() - ErrorsOf(output).size())));
@@ -102,7 +102,7 @@ TEST_F(Terminal, ShowsNoControlCharactersOfABuildText) {
   };
   const StandinRun shown = RunKestrel(host, arguments, {.output = OutputTo::kTerminal, .errorsToOutput = true});
   EXPECT_EQ(shown.outcome.output, message("1.0?[2J"));
-  // What counts is where the message goes.
+  // Masking depends on the destination of the message.
   EXPECT_EQ(RunKestrel(host, arguments, {.output = OutputTo::kTerminal}).outcome.errors, message("1.0\x1b[2J"));
 }
 
@@ -115,7 +115,7 @@ TEST_F(Terminal, ShowsNoControlCharacters) {
   EXPECT_EQ(RunKestrel(host, arguments).outcome.output, "gid,name,tag\n0,a\x1b[31mb\tc\nd\x7f,\ae\n");
 }
 
-// A UTF-8 terminal obeys encoded controls as it does those of one byte.
+// A UTF-8 terminal obeys encoded control characters like those of one byte.
 TEST_F(Terminal, ShowsNoEncodedControlCharacters) {
   StandinHost host;
   host.Add({.id = 0,

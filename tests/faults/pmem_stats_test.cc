@@ -208,7 +208,7 @@ constexpr ReportCase kRegionSizeCases[] = {
         "OneByteMoreThanAPage", [] { return OneRegion({.size = 4097}); }, "pg", "2"),
     Sized(
         "OneByteMoreThanOneMb", [] { return OneRegion({.size = 0x100001}); }, "mb", "2"),
-    // All ones is a size like any other: it wraps.
+    // All ones is an ordinary size, which wraps.
     Sized(
         "AllOnesInKb", [] { return OneRegion({.size = UINT64_MAX}); }, "kb", "0"),
     Sized(

@@ -25,7 +25,7 @@ FailureRow EndsSearch(const std::string &operation, const std::string &place, co
 const std::string kWrite = WriteOf(kConfigRegister);
 const std::string kRead = kConfigRegister;
 
-// A call within a step. After its message, the step prints its own.
+// A call within a step. The message of the step follows the message of the call.
 FailureRow EndsStep(const std::string &operation, const std::string &place, unsigned number,
                     const std::string &message) {
   return {operation, place, number, {{message + "\n"}, {"<step>"}}, kEndsRun, 1};

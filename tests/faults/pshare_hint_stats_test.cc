@@ -103,7 +103,7 @@ constexpr ReportCase kFiguresCases[] = {
     Csv(
         "NoneForLargePages", [] { return HostWith(7, 100, 40, 0, 0); }, "-u pg",
         "regular,100,40,60\nlpage,0,0,0\nTotal,100,40,7\n"),
-    // More large-page hints than hints: the differences wrap.
+    // There are more large-page hints than hints, so the differences wrap.
     Csv(
         "MoreForLargePagesInPages", [] { return HostWith(0, 1, 2, 2, 4); }, "-u pg",
         "regular,4611686018427387903,4611686018427387902,1\n"
@@ -115,7 +115,7 @@ constexpr ReportCase kFiguresCases[] = {
     Csv(
         "MoreForLargePagesInMb", [] { return HostWith(0, 1, 2, 2, 4); }, "-u mb",
         "regular,0,0,1\nlpage,1,1,0\nTotal,1,1,0\n"),
-    // All ones is a count like any other.
+    // All ones is an ordinary count.
     Csv(
         "AllOnes", [] { return HostWith(UINT64_MAX, 257, 0, 1, 0); }, "-u mb",
         "regular,1,0,1\nlpage,1,0,1\nTotal,2,0,0\n"),

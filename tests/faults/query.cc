@@ -11,7 +11,7 @@ namespace {
 
 using kestrel::VmmAllocRecord;
 
-// The value of an output before the call, which shows whether the call wrote to it.
+// The value of an output before the call, to detect whether the call writes to it.
 constexpr uint32_t kUntouched = 77;
 
 HVC_ReturnStatus Leader(int64_t id) {

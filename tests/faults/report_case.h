@@ -76,7 +76,7 @@ inline StandinRun Check(const ReportCase &expected) {
                expected.errors.JoinedBy(""), expected.exitStatus);
 }
 
-// The calls of a run without those for the length of a list.
+// The calls of a run, without those that return the length of a list.
 inline std::vector<std::string> CallsThatCount(const StandinRun &run) {
   std::vector<std::string> calls = run.calls;
   std::erase_if(calls, [](const std::string &call) { return call.starts_with("NODAL_ParamListUsedCount"); });

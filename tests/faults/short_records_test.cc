@@ -1,4 +1,4 @@
-// Records that are shorter than the reports ask for. Each row starts from zeros, so that none shows bytes of the row
+// Records that are shorter than the reports expect. Each row starts with zeros, so no row shows bytes of the row
 // before.
 #include <string>
 
@@ -7,7 +7,7 @@
 namespace faults {
 namespace {
 
-// All bytes are 1, so that what is left of a record shows.
+// All bytes are 1, so that a left-over byte of a record is visible.
 std::string Bytes(size_t size) { return std::string(size, '\1'); }
 
 constexpr char kEightOnes[] = "72340172838076673";

@@ -1,7 +1,7 @@
-// A scripted stand-in for libplatkit, loaded before it into an unchanged kestrel.
+// A scripted stand-in for libplatkit. It is loaded before libplatkit into an unchanged kestrel.
 //
-// It implements the whole C interface without the library's code: its node identifiers count downwards, and its host is
-// the script's. Every call except Warning and Str_Strcpy writes a line to the log, with node names instead of
+// It implements the whole C interface without the library's code: its node identifiers count downwards, and the script
+// describes its host. Every call except Warning and Str_Strcpy writes a line to the log, with node names instead of
 // identifiers:
 //
 //   NODAL_ParamListCreate(1, 2) = list1
@@ -25,9 +25,8 @@
 //
 // with arguments written as in the log. A text instance is in quotes, or null for a null text. A later record or list
 // replaces an earlier one. The node of a call on a list of instances is the one that the list was read from. A call
-// that returns a pointer fails with null. With "answers", a failing call fills its output all the same. With
-// "short-records", a record that is shorter than asked for leaves the rest of the output as it is; otherwise its size
-// is an error.
+// that returns a pointer fails with null. With "answers", a failing call still fills its output. With "short-records",
+// a record that is shorter than the output leaves the rest of the output unchanged; otherwise its size is an error.
 //
 // A unit has event counters behind its configuration registers, and the traffic of the lines below it (see uncore.h).
 //
@@ -74,7 +73,7 @@ struct NODAL_Param {
 
 struct NODAL_ParamList {
   unsigned number;
-  std::string node = {};  // whose instances it holds
+  std::string node = {};  // the node whose instances the list contains
   uint32_t room = UINT32_MAX;
   bool destroyed = false;
   std::deque<NODAL_Param> params = {};  // a deque: pointers stay valid as the list grows
@@ -152,7 +151,7 @@ class Standin {
     return &lists_.back();
   }
 
-  // The status with which the script lets this call fail; 0 if it succeeds.
+  // The status of this call in the script; 0 if it succeeds.
   HVC_ReturnStatus FaultOf(const std::string &operation, const std::string &node, bool *answers = nullptr) {
     HVC_ReturnStatus status = 0;
     for (Fault &fault : faults_) {
@@ -194,7 +193,7 @@ class Standin {
     if (std::fprintf(log_, "%s\n", line.c_str()) < 0) std::abort();
   }
 
-  // Whether a list may be used. If not, it logs a misuse.
+  // Whether a list may be used. Logs a misuse if not.
   bool Usable(const NODAL_ParamList *list, const std::string &operation) const {
     const bool known = known_.contains(list);
     if (!known) {
@@ -397,13 +396,13 @@ HVC_ReturnStatus WriteRegister(const NODAL_ParamList *args, const NODAL_ParamLis
                                                                                                   : HVC_NOT_FOUND;
 }
 
-// The function that the stand-in's function of this name hides.
+// The original function, which the stand-in's function of this name replaces.
 template <typename Function>
 Function *Hidden(const char *name) {
   return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
 
-// Logs a call. False, with errno set, if the script lets it fail.
+// Logs a call. Returns false and sets errno if the script makes the call fail.
 bool Succeeds(const std::string &operation, const std::string &arguments) {
   const HVC_ReturnStatus error = TheStandin().FaultOf(operation, "");
   TheStandin().Log(operation + "(" + arguments + ")" + (error == 0 ? "" : " fails"));

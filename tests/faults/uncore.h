@@ -1,10 +1,10 @@
 // Simulates the event counters of memory controllers behind their PCI configuration registers.
 //
-// A unit is a memory channel or, at slots 8 and 9, a mesh-to-memory unit. It has a control register, which stops its
-// counters (0x100) and sets them to zero (0x2), and for each counter a control register, which says what to count
-// (0x400000: count at all; low 16 bits: the event), and the halves of the count. Time passes only while the
-// program sleeps: then each counter of a running unit grows by the number of its events. At first, units run and have
-// old counts.
+// A unit is a memory channel or, at slots 8 and 9, a mesh-to-memory unit. Its control register stops its counters
+// (0x100) and sets them to zero (0x2). Each counter has a control register, which selects the event (low 16 bits) and
+// enables the counter (0x400000), and two registers with the halves of the count. Time passes only while the program
+// sleeps: then each counter of a running unit grows by the number of its events. Initially, the units run and have old
+// counts.
 #ifndef TESTS_FAULTS_UNCORE_H
 #define TESTS_FAULTS_UNCORE_H
 
@@ -22,7 +22,7 @@ class Uncore {
   using Address = std::array<int64_t, 4>;
 
   void AddUnit(const Address &address);
-  // The number of events in each period in the unit that was added last. The last number repeats.
+  // Sets the number of events per period in the unit that was added last. The last number repeats.
   void AddTraffic(uint32_t event, const std::vector<uint64_t> &amounts);
 
   // Both return whether the register exists.

@@ -59,7 +59,7 @@ TEST(Circle, FourGroupsThatNameEachOtherAreWalkedToTheEnd) {
   EXPECT_EQ(Rows(run), (16'777'216 - 1) / 3) << "the sum of 4^0 to 4^11";
 }
 
-// Long lists use up the budget with few visits.
+// Long lists exhaust the budget with few visits.
 TEST(Circle, TheWalkStopsWhenItsBudgetIsUsedUp) {
   constexpr int kNames = 65536;
   LargeHost host;

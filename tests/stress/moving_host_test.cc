@@ -306,8 +306,8 @@ class MovingHost : public testing::Test {
       CheckReport(report, path);
   }
 
-  // Repeats all reports and a capture until the time is over, at least once. A slow machine continues until some names
-  // were checked.
+  // Repeats all reports and a capture until the time is over, at least once. On a slow machine, continues until some
+  // names have been checked.
   void CheckAll() {
     const auto end = std::chrono::steady_clock::now() + kTime;
     const auto isOver = [&] {
@@ -320,7 +320,7 @@ class MovingHost : public testing::Test {
     while (!isOver()) {
       for (size_t i = 0; i < AllReports().size() && !isOver(); ++i) {
         CheckReport(AllReports()[i]);
-        // Most rows that can be checked are in these.
+        // Most rows that can be checked are in these reports.
         CheckReport("group-stats");
         CheckReport("uw-stats");
       }

@@ -1,5 +1,5 @@
 // A process whose name determines its figures: load-N has N MB, resident and locked if possible, and a limit 1024 MB
-// higher. It takes the name when this is done, and exits after a while.
+// higher. It changes its name when the memory and the limit are ready, and exits after a while.
 //
 //   named_load N MICROSECONDS [FILE]
 //

@@ -34,7 +34,7 @@ struct Outcome {
   std::string errors;
 };
 
-// Preloads a library into the program. A report of a sanitizer then ends the program with status 99.
+// Preloads a library into the program. A sanitizer report then ends the program with status 99.
 void Preload(Command &command, const std::string &library);
 
 // True if this machine has pseudo-terminals; a container may lack them.

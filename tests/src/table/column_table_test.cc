@@ -109,7 +109,8 @@ TEST(ColumnTable, AWideValueBorrowsFromTheColumnsBehindIt) {
       {"a", "", 10, kLu, kInTotal}, {"b", "", 10, kLu, kInTotal}, {"c", "", 10, kLu, kInTotal}};
   const Value wide[] = {uint64_t{123456789012}, uint64_t{1}, uint64_t{2}};
   EXPECT_EQ(Printed([&] { TablePrintRow(columns, false, false, wide); }), "123456789012        1          2\n");
-  // Two over-wide values in a row, and one that uses up all of the next column: its field is left-aligned.
+  // Two over-wide values in a row, and one whose overflow exceeds the next column, so that the next field is
+  // left-aligned.
   const Value wider[] = {UINT64_MAX, uint64_t{123456789}, uint64_t{2}};
   EXPECT_EQ(Printed([&] { TablePrintRow(columns, false, false, wider); }), "18446744073709551615 123456789 2\n");
   std::vector<ColumnDesc> narrow = {{"a", "", 3, kS, kInTotal}, {"b", "", 4, kU, kInTotal}, {"c", "", 2, kU, kInTotal}};

@@ -20,7 +20,7 @@ struct Outcome {
   std::string err;
 };
 
-// `words` are the arguments as typed in a shell, with redirections.
+// `words` are the arguments as typed in a shell, including redirections.
 inline Outcome Nodal(const std::string &words) {
   const std::string command = kNodal + " " + words;
   const testing_support::Outcome run = testing_support::Run({.program = "/bin/sh", .arguments = {"-c", command}});

@@ -9,7 +9,7 @@
 namespace nodal {
 namespace {
 
-// A key gives the same pseudonyms as it did in former captures. The digests are BLAKE2b's, as other tools compute them.
+// A key must give the same pseudonyms in every version. The expected digests are BLAKE2b, computed by another tool.
 TEST(Pseudonyms, OfAKeyNeverChange) {
   const Pseudonyms names("secret");
   EXPECT_EQ(names.Of("web-01"), "name-nujzv28yua");

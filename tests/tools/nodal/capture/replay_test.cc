@@ -55,7 +55,7 @@ class PublicPrograms {
 
 class Replay : public testing::TestWithParam<std::string> {
  protected:
-  // From now on, runs programs as the user nobody.
+  // Runs programs as the user nobody from now on.
   void BecomeNobody() {
     static const PublicPrograms copies;
     programs_ = copies.programs();
@@ -115,7 +115,7 @@ TEST_P(Replay, OfASavedHost) {
   ExpectEqualReports(host);
 }
 
-// A folder in the place of a file makes it unreadable. It fails in both.
+// A folder at the path of a file makes the file unreadable. It fails in both.
 TEST_P(Replay, OfAHostWithFilesThatCannotBeRead) {
   SavedHost host(GetParam());
   for (const char *file : {"proc/slabinfo", "proc/buddyinfo", "proc/meminfo", "proc/zoneinfo", "proc/vmstat",

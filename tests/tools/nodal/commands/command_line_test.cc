@@ -50,7 +50,7 @@ TEST(CommandLine, AReaderThatWentAway) {
   EXPECT_EQ(outcome.err, "nodal: standard output: Broken pipe\n");
 }
 
-// If descriptor 1 were free, the snapshot would get it, and output would go into the file.
+// If descriptor 1 were free, the snapshot file would get it and receive the output.
 TEST(CommandLine, ClosedDescriptorsAreNotMistakenForFiles) {
   const Scratch scratch;
   const std::string source = scratch.Write("host.json", HostOf(""));

@@ -207,7 +207,7 @@ kestrel_region_allocated_bytes{volume="w",region="r"} 0
 )");
 }
 
-// A collector refuses the whole text if one sample occurs twice.
+// A collector refuses the whole text if a sample occurs twice.
 TEST_F(MetricsOf, NoSampleTwice) {
   const std::string nodes = R"("/system/heaps": ["a", "a", "b"], "/system/heaps/a/stats": {"size": 1},
                                "/system/heaps/b/stats": {"size": 2})";

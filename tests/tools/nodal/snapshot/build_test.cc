@@ -21,7 +21,7 @@ std::string Complaint(const std::string &json) {
 std::string NodesComplaint(const std::string &nodes) { return Complaint(HostOf(nodes)); }
 
 TEST(Build, Syntax) {
-  // The position is ours. The reason is the JSON library's; its wording changes with the version.
+  // nodal computes the position. The reason comes from the JSON library, whose wording depends on the version.
   const auto complains = [](const std::string &json, const std::string &place, const std::string &reason) {
     const std::string complaint = Complaint(json);
     EXPECT_TRUE(complaint.starts_with(place) && complaint.ends_with('\n')) << complaint;

@@ -144,7 +144,7 @@ TEST_F(Damaged, RecordThatReachesTooFar) {
 }
 
 TEST_F(Damaged, SlotThatLeadsNowhere) {
-  // The last two are not looked for by their keys, but the index has them.
+  // verify does not look up the last two by their keys, but the index contains them.
   for (const std::string key : {"/hardware/nvd/dimm", "nodal-snapshot", "index-check"}) {
     const uint32_t hash = cdb_hash(key.data(), static_cast<unsigned>(key.size()));
     unsigned char slot[4];
@@ -161,7 +161,7 @@ TEST_F(Damaged, SlotThatLeadsNowhere) {
 }
 
 TEST_F(Damaged, KeysThatAreNotInOrder) {
-  // The key stays of the same length, so that only the order and the index are wrong.
+  // The new key has the same length, so only the order and the index are wrong.
   bytes_.replace(bytes_.find("/hardware/nvd/dimm"), 18, "zhardware/nvd/dimm");
   EXPECT_EQ(Problems(scratch_.Write("damaged", bytes_)),
             "zhardware/nvd/dimm: not found through the index\n"
