@@ -23,7 +23,7 @@ struct Choice {
   std::string meaning;  // may be empty
 };
 
-// Prints one case of the case statement in the syntax of a shell.
+// Prints one case of a case statement in the syntax of the shell.
 using PrintCase = std::function<void(const std::string &key, const std::vector<Choice> &choices)>;
 
 std::string LowerCase(std::string text) {

@@ -12,7 +12,7 @@ using kestrel::FigureSum;
 using kestrel::FigureUnit;
 using kestrel::Report;
 
-// Identified by the long name: the same letter may be different options in different reports.
+// Options are identified by the long name, because a letter can mean different options in different reports.
 constexpr Option kOptions[] = {
     {'g', "gid", Argument::kNumber, "group", "Start at this scheduler group"},
     {'l', "level", Argument::kNumber, "levels", "Descend at most this many levels"},

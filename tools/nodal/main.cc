@@ -22,7 +22,8 @@ int RunCommand(int argc, char **argv) {
   return status;
 }
 
-// The JSON library allocates memory in destructors, from which no exception can leave. The program ends here then.
+// The JSON library allocates memory in destructors, which must not throw. If an allocation in one fails, the program
+// ends here.
 [[noreturn]] void EndWithoutMemory() {
   try {
     if (const std::exception_ptr failure = std::current_exception()) std::rethrow_exception(failure);
@@ -38,7 +39,8 @@ int RunCommand(int argc, char **argv) {
 
 int main(int argc, char **argv) {
   nodal::HoldStandardDescriptors();
-  // Then writes to a closed pipe or beyond a file size limit fail like others, and temporary files are removed.
+  // With these signals ignored, writes to a closed pipe or beyond the file size limit fail normally, and temporary
+  // files are removed.
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);
   std::set_terminate(EndWithoutMemory);

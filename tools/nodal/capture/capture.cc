@@ -21,7 +21,7 @@ namespace {
 
 using platkit::snapshot::Header;
 
-// Reading them takes long, and no report of a saved host needs them.
+// Reading them is slow, and no report that accepts a snapshot needs them.
 constexpr std::string_view kPciDevices = "/hardware/pci";
 
 std::string HostName(const std::string &root) {
@@ -42,7 +42,7 @@ std::string Now() {
 
 Header HeaderOfSnapshot(const std::string &path) {
   const OpenedSnapshot opened(path);
-  // The sizes of its records may differ from those in this program's catalogue.
+  // Its record sizes may differ from this program's catalogue.
   if (opened.file.header().definitions.signature != platkit::OwnDefinitions().signature) {
     throw Failure(path, HVC_DEFINITIONS_DIFFER);
   }

@@ -11,14 +11,14 @@ struct CaptureOptions {
   std::string snapshot;
   std::vector<std::string> only = {};  // paths; empty: all but PCI devices
   bool anonymize = false;
-  std::string key = {};  // of the pseudonyms; empty: a random one
+  std::string key = {};  // key of the pseudonyms; empty: a random key
   // Where the process reads the tree, as in SourceOptions.
   std::string cache = {};
   std::string root = {};
 };
 
 // Saves the tree that the process reads, and prints a summary to standard error. Throws a Failure, also when a signal
-// asks the program to end; it leaves no new snapshot then.
+// asks the program to end. Then it leaves no new snapshot.
 void Capture(const CaptureOptions &options);
 
 }  // namespace nodal

@@ -1,4 +1,4 @@
-// A snapshot of what was read of a host.
+// Writes the nodes that were read from a host to a snapshot.
 #ifndef NODAL_CAPTURE_CAPTURE_WRITER_H
 #define NODAL_CAPTURE_CAPTURE_WRITER_H
 
@@ -17,7 +17,7 @@ struct CaptureTotals {
   std::set<const Node *> nodes;
   size_t records = 0;
   size_t lists = 0;
-  std::map<std::string, size_t> unreadable;  // nodes by the text of their status
+  std::map<std::string, size_t> unreadable;  // numbers of unreadable nodes, by the text of their status
 };
 
 // All functions but Write throw a Failure.

@@ -20,7 +20,7 @@ bool IsUuid(std::string_view name) {
   });
 }
 
-// 32 letters and digits that are not mistaken for each other: five bits each.
+// 32 letters and digits that look different; each encodes five bits.
 constexpr std::string_view kDigits = "abcdefghijkmnpqrstuvwxyz23456789";
 static_assert(kDigits.size() == 32);
 constexpr size_t kDigitCount = 10;

@@ -1,4 +1,4 @@
-// Pseudonyms for the names in snapshots that are given away.
+// Pseudonyms for the names in snapshots that users share.
 #ifndef NODAL_CAPTURE_PSEUDONYMS_H
 #define NODAL_CAPTURE_PSEUDONYMS_H
 
@@ -13,10 +13,9 @@
 
 namespace nodal {
 
-// A name has the same pseudonym everywhere. Without the key, nobody can find the name of a pseudonym. The catalogue
-// says what is a name: the texts in paths, lists and records. A UUID becomes another UUID. These texts stay: the memory
-// states, the types of remapping, the kinds of groups, and the allocators of the memory map, whose names say which
-// memory node they serve.
+// A name has the same pseudonym everywhere. Without the key, nobody can find the name of a pseudonym. Names are the
+// texts in paths, lists and records. A UUID becomes another UUID. These texts are kept: the memory states, the types of
+// remapping, the kinds of groups, and the allocators of the memory map, whose names say which memory node they serve.
 class Pseudonyms {
  public:
   // The same key gives the same pseudonyms. An empty key means a random one.
@@ -28,7 +27,7 @@ class Pseudonyms {
   // The replacement of an instance of the kind `what`.
   Argument Of(std::string_view what, const Argument &instance) const;
 
-  // Replaces the names in a record. Clears the unnamed bytes, since they may hold names as well.
+  // Replaces the names in a record. Clears the unnamed bytes, because they may contain names too.
   void Replace(const platkit::RecordLayout &layout, std::span<std::byte> record) const;
 
  private:

@@ -8,7 +8,7 @@
 namespace nodal {
 namespace {
 
-using Paths = std::vector<std::string>;  // below which an instance has its nodes
+using Paths = std::vector<std::string>;  // the paths below which an instance has its nodes
 
 class VanishedSearch {
  public:
@@ -28,7 +28,7 @@ class VanishedSearch {
   }
 
  private:
-  // Calls `visit` for the answers at and below the paths until it returns true. Returns whether it did.
+  // Calls `visit` for the answers at and below the paths until one call returns true. Returns whether one did.
   template <typename Visit>
   bool AnyAnswer(const Paths &paths, Visit visit) {
     for (const std::string &top : paths) {
@@ -42,7 +42,7 @@ class VanishedSearch {
     return false;
   }
 
-  // Whether records were read, and none was found.
+  // Whether the reads of records all returned "not found".
   bool HasNoRecords(const Paths &paths) {
     bool wereRead = false;
     const bool anyIsThere = AnyAnswer(paths, [&](const Answer &answer) {

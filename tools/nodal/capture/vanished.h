@@ -12,7 +12,7 @@ namespace nodal {
 // record was found has vanished if `host` no longer refers to it; if `host` still does, its nodes are marked as
 // missing. Returns the number of instances that vanished.
 //
-// An instance of which only some records were found stays: a report would have seen the same.
+// An instance with only some of its records is kept, because a report would have read the same.
 size_t OmitVanished(CachingTree &tree, Tree &host);
 
 }  // namespace nodal

@@ -92,7 +92,7 @@ std::vector<DeclaredCommand> DeclareCommands(CLI::App &app, const std::shared_pt
   for (const Command &command : Commands()) {
     CLI::App *own = app.add_subcommand(command.name, command.summary)->group("Commands");
     OptionSet options(*own);
-    // Keeps what the command refers to.
+    // Owns the objects that the command refers to.
     Run run = [source, run = command.declare(options, *source)] { return run(); };
     declared.push_back({own, {std::move(run), command.failureStatus}});
   }

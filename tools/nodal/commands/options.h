@@ -30,8 +30,8 @@ class Option {
   CLI::Option *option_;
 };
 
-// `name` is that of an operand, such as "path", or of an option with the name of its value, such as "-o,--output FILE".
-// The variables keep their value if the user gives none. They must live until the command line is parsed.
+// `name` is the name of an operand, such as "path", or of an option and its value, such as "-o,--output FILE". Without
+// a value on the command line, the variables are unchanged. They must live until the command line is parsed.
 class OptionSet {
  public:
   explicit OptionSet(CLI::App &app) : app_(app) {}

@@ -35,8 +35,8 @@ struct NodeField {
 // Values that are computed from several fields.
 enum class Computation : uint8_t { kMemoryState, kMemoryStateEntries, kGroupInfo, kReadingFailures, kReadingInfo };
 
-// The unit of a field decides that of the samples: KB, BYTES, PAGES and BLOCKS become bytes, PERCENT a ratio, USEC
-// seconds. The name ends accordingly.
+// The unit of a field determines the unit of the samples and the end of the name: KB, BYTES, PAGES and BLOCKS become
+// bytes, PERCENT a ratio, USEC seconds.
 struct Metric {
   MetricFamily family;
   std::string_view name;  // without the prefix

@@ -10,8 +10,7 @@
 
 namespace nodal {
 
-// A field's value in base units: bytes, seconds, ratios from 0 to 1. Nothing if the value is not available or
-// unlimited.
+// A field's value in base units: bytes, seconds, ratios from 0 to 1. nullopt if the value is unavailable or unlimited.
 std::optional<double> ValueOf(const platkit::Field &field, std::span<const std::byte> bytes);
 
 }  // namespace nodal

@@ -39,7 +39,7 @@ class Sampler {
   }
 
  private:
-  // Reads one subject after the other, so that the figures of each are from the same time.
+  // Reads one subject at a time, so that the figures of a subject are from the same time.
   void ReadFamily(MetricFamily family) {
     std::set<const Node *> wanted;
     for (const Metric &metric : Metrics()) {

@@ -6,7 +6,7 @@
 namespace nodal {
 namespace {
 
-// Whether a virtual machine's record of this node is that of its monitor's client.
+// Whether a virtual machine's record of this node belongs to its monitor's client.
 bool IsOfMonitor(const Node &node) {
   return node.id == nodes::sched_memClients_swapInfo.id() || node.id == nodes::memory_lpage_vmLPage.id();
 }
@@ -19,7 +19,7 @@ MetricFamily FamilyOfGroup(uint32_t flags) {
 }  // namespace
 
 std::optional<RecordPath> RecordOf(const Node &node, const Subject &subject) {
-  // The pool of page sharing has a node of its own, with the same record as the other pools.
+  // The pool of page sharing has its own node, with the same record as the other pools.
   const bool isSharingPool =
       node.id == nodes::memory_lpage_nodeList_vmPools.id() && !subject.instances.contains("pool");
   const Node &own = isSharingPool ? nodes::memory_lpage_nodeList_psharePool : node;

@@ -32,8 +32,8 @@ std::string ReadFile(const std::string &path) {
   return text;
 }
 
-// Finds duplicate keys, of which the parser silently keeps the last value. It is a second pass over the text, because
-// the parser's hook for the first pass takes time quadratic in the size of an object.
+// Finds duplicate keys, of which the parser silently keeps the last value. This needs a second pass over the text,
+// because the parser's callback in the first pass takes quadratic time in the size of an object.
 class DuplicateCheck : public nlohmann::json_sax<Json> {
  public:
   bool key(std::string &name) override {

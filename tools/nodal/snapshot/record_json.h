@@ -33,7 +33,7 @@ std::span<const std::byte> BytesOfField(const platkit::Field &field, std::span<c
 // The value of a field. Unnamed bytes become hexadecimal digits.
 OrderedJson FieldToJson(const platkit::Field &field, std::span<const std::byte> bytes);
 
-// A named field's value from JSON, as text for people.
+// Formats a named field's value from JSON for people.
 std::string ShownValue(const platkit::Field &field, const OrderedJson &value);
 
 // A string, or {"hex": ...} if the text is not UTF-8.

@@ -33,8 +33,8 @@ struct Change {
   // Of a list: the entries that only one snapshot has. If both are empty, only the order differs.
   OrderedJson removed = {};
   OrderedJson added = {};
-  // Values as in a dump. A node that vanished or appeared has one if it could not be read. A node in both has both if
-  // one of them could not be read or does not fit the catalogue.
+  // Values as in a dump. For a removed or added node: its value if it could not be read. For a node in both snapshots:
+  // both values if either could not be read or does not fit the catalogue.
   OrderedJson from = {};
   OrderedJson to = {};
 };

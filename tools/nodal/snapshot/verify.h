@@ -6,7 +6,7 @@
 
 namespace nodal {
 
-// Prints each problem and a summary. Returns whether there is no problem. Throws a Failure if the file is not a
+// Prints each problem and a summary. Returns true if there is no problem. Throws a Failure if the file is not a
 // snapshot.
 bool VerifySnapshot(const std::string &snapshot);
 

@@ -1,4 +1,4 @@
-// A tree that remembers what it has read.
+// A tree that caches the results of reads.
 #ifndef NODAL_TREE_CACHING_TREE_H
 #define NODAL_TREE_CACHING_TREE_H
 
@@ -21,7 +21,7 @@ struct Answer {
   bool isReportedMissing = false;  // a capture saves that it was not found
 };
 
-// Reads each node of another tree once. A list that cannot be read is reported as not found, so that a walk goes on
+// Reads each node of another tree once. A list that cannot be read is reported as not found, so that a walk continues
 // without it.
 class CachingTree : public Tree {
  public:
@@ -32,10 +32,10 @@ class CachingTree : public Tree {
   HVC_ReturnStatus Get(const Node &node, const Arguments &arguments, std::span<std::byte> record) override;
   HVC_ReturnStatus List(const Node &node, const Arguments &arguments, Arguments &entries) override;
 
-  // Reads a node only to remember it.
+  // Reads a node only to cache it.
   void Read(const Node &node, bool asRecord, const Arguments &arguments) { Find(node, asRecord, arguments); }
 
-  // From now on, nothing more is read: nodes without an answer are not found.
+  // Stops reading: from now on, nodes without a cached result are not found.
   void Freeze() { isFrozen_ = true; }
 
   // The results by path.

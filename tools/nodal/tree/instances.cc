@@ -128,7 +128,7 @@ Arguments Instances::ListEntries(const Node &list, const Arguments &arguments) {
   return entries;
 }
 
-// Parents come before their members. A group that is reached again, as in a cycle, is not followed again.
+// Parents come before their members. A group that occurs again, as in a cycle, is not followed again.
 Arguments Instances::Groups() {
   const Node &members = nodes::sched_groups_members_groups;
   Arguments groups;

@@ -47,7 +47,7 @@ class Lister {
     }
   }
 
-  // Whether the listed path is the start of a path of that form; sets its arguments if so.
+  // Whether the listed path is a prefix of a path of this form. Sets its arguments if so.
   bool Match(const PathTemplate &form, const std::vector<std::string_view> &parts, Arguments &arguments) {
     for (size_t i = 0; i < parts_.size(); ++i) {
       if (!IsPlaceholder(parts[i])) {

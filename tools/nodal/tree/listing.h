@@ -1,4 +1,4 @@
-// The entries below a path of the tree, as a folder's.
+// Lists the entries below a path of the tree, like a folder.
 #ifndef NODAL_TREE_LISTING_H
 #define NODAL_TREE_LISTING_H
 
@@ -12,13 +12,13 @@ namespace nodal {
 struct ListingEntry {
   std::string name;
   bool hasChildren = false;
-  // Of the node of that name, if there is one.
+  // "-" unless a node has this path.
   std::string kind = "-";
   std::string size = "-";  // of a record in bytes, of a list in entries; "?" if it cannot be read
 };
 
 // Lists what the host has below `path`, which begins with a slash and ends without one; "" is the whole tree. A node
-// without children is listed itself, under its whole path. Fixed names are sorted, instances in the kernel's order.
+// without children is listed itself, with its full path. Fixed names are sorted, instances in the kernel's order.
 // Throws a Failure if the path does not exist.
 std::vector<ListingEntry> ListPath(Tree &tree, const std::string &path);
 

@@ -1,4 +1,4 @@
-// Which paths of the tree are wanted: the --only of capture and diff.
+// Selects paths of the tree: the --only option of capture and diff.
 #ifndef NODAL_TREE_PATH_FILTER_H
 #define NODAL_TREE_PATH_FILTER_H
 
@@ -29,7 +29,7 @@ class PathFilter {
   // Whether a path of that form can be contained.
   bool MayContain(const PathTemplate &form) const;
 
-  // Throws a Failure if one of the named paths is the top of none of the paths that were marked.
+  // Throws a Failure if a named path has no marked path at or below it.
   void MarkFound(std::string_view path);
   void RequireAllFound() const;
 

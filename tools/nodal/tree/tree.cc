@@ -36,7 +36,7 @@ Arguments EntriesOf(const NODAL_ParamList &list) {
   return entries;
 }
 
-// A host without memory for an answer is a status; this program without memory is an exception.
+// If the host lacks memory, the read returns a status; if this program lacks memory, it throws an exception.
 HVC_ReturnStatus Answer(HVC_ReturnStatus status) {
   if (status == HVC_NO_MEMORY) throw std::bad_alloc();
   return status;

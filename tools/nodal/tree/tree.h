@@ -23,7 +23,7 @@ class Tree {
   [[nodiscard]] virtual HVC_ReturnStatus List(const Node &node, const Arguments &arguments, Arguments &entries) = 0;
 };
 
-// What the process reads through the library's C interface: the running host, or the source given to NODAL_UseCache.
+// The current source of the library's C interface: the running host, or the source given to NODAL_UseCache.
 class HostTree : public Tree {
  public:
   HVC_ReturnStatus Get(const Node &node, const Arguments &arguments, std::span<std::byte> record) override;

@@ -10,14 +10,14 @@
 
 namespace nodal {
 
-// Visits all nodes of one group, then all nodes of the next, so that the figures of each are from the same time. Kinds
-// of instances that follow from records of others, as clients from groups, are visited after those. Configuration
-// registers of PCI devices are never visited: reading one can change the device.
+// Visits all nodes of one group, then all nodes of the next, so that the figures of each are from the same time.
+// Instances that are found through records of others, such as clients through groups, are visited after them.
+// Configuration registers of PCI devices are never visited: reading one can change the device.
 class Walk {
  public:
   Walk(Tree &tree, const PathFilter &filter);
 
-  // Called before the nodes that take the same arguments, with these, such as "volume/region", and the number of
+  // Called before all nodes with the same argument kinds, such as "volume/region", with these kinds and the number of
   // visits.
   using Announcer = std::function<void(const std::string &what, size_t visits)>;
   // Called with a node and its arguments as a record or as a list.
