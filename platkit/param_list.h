@@ -16,7 +16,7 @@ enum class ParamKind : uint32_t { kInt, kText };
 
 struct NODAL_Param {
   platkit::ParamKind kind;
-  uint32_t length;  // of a text, in bytes, without its terminator
+  uint32_t length;  // length of a text in bytes, without its terminator
   union {
     int64_t integer;
     const char *chars;
@@ -65,7 +65,7 @@ struct NODAL_ParamList {
   uint32_t capacity_ = 0;
   uint32_t maxParams_ = kUnlimited;
   uint32_t maxTextBytes_ = kUnlimited;
-  uint64_t textBytes_ = 0;  // of all texts, terminators included
+  uint64_t textBytes_ = 0;  // size of all texts, terminators included
 };
 
 namespace platkit {

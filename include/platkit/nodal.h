@@ -11,11 +11,11 @@
  *    same.
  *
  * 2. Errors. Operations that can fail return an HVC_ReturnStatus: HVC_OK is success. Each operation lists its other
- *    statuses. HVC_NO_MEMORY is always possible. On failure, outputs stay as they were unless the operation says
+ *    statuses. HVC_NO_MEMORY is always possible. On failure, outputs are unchanged unless the operation says
  *    otherwise. HVC_NOT_FOUND is an ordinary answer: groups, clients and heaps may vanish between a listing and a read.
  *
  * 3. Null. Operations that return a status answer a null pointer with HVC_BAD_PARAM, except where null is allowed.
- *    A null list destroys as nothing, counts 0 parameters, and has none at any index.
+ *    A null list has no parameters, and destroying it has no effect.
  *
  * 4. Ownership. The caller owns each list that it created or received, and releases it with NODAL_ParamListDestroy. The
  *    caller also owns all buffers that it passes. The library copies texts that it is given, and keeps no pointer of
@@ -28,7 +28,7 @@
  * 6. Threads. One thread at a time may use the interface. A list may be destroyed by another thread than the one that
  *    created it.
  *
- * 7. Sources. Reads go to the running host until NODAL_UseCache succeeds, and then to the source that it named.
+ * 7. Sources. Reads go to the running host until NODAL_UseCache succeeds, and then to the source that it selected.
  *
  * 8. Output. The library prints nothing. Only Warning (warning.h) writes, to standard error.
  */
@@ -64,8 +64,8 @@ typedef struct NODAL_Param NODAL_Param;
 PLATKIT_EXPORT NODAL_ParamList *NODAL_ParamListCreate(uint32_t kind, uint32_t capacity);
 
 /*
- * Creates an empty list of limited room: at most `count` parameters, and at most `bytes` bytes of text, NULs included.
- * What exceeds the room gets HVC_LIMIT_EXCEEDED.
+ * Creates an empty list with a fixed capacity: at most `count` parameters, and at most `bytes` bytes of text, NULs
+ * included. Additions beyond the capacity return HVC_LIMIT_EXCEEDED.
  *
  * Returns the list, or null if the kind is unknown or memory is short. The caller destroys it.
  */
@@ -77,11 +77,14 @@ PLATKIT_EXPORT void NODAL_ParamListDestroy(NODAL_ParamList *list);
 /*
  * Appends an integer.
  *
- * HVC_BAD_PARAM: `list` is null. HVC_LIMIT_EXCEEDED: the list has limited room, which is used up.
+ * HVC_BAD_PARAM: `list` is null. HVC_LIMIT_EXCEEDED: the list has a fixed capacity and is full.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_ParamListAddInt(NODAL_ParamList *list, int64_t value);
 
-/* Appends a copy of `text`, which ends in a NUL. Statuses as for NODAL_ParamListAddInt, a null text included. */
+/*
+ * Appends a copy of `text`, which ends in a NUL. HVC_BAD_PARAM also if `text` is null; other statuses as for
+ * NODAL_ParamListAddInt.
+ */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_ParamListAddString(NODAL_ParamList *list, const char *text);
 
 /* Removes the last parameter. HVC_BAD_PARAM: `list` is null. HVC_NOT_FOUND: the list is empty. */
@@ -129,7 +132,8 @@ PLATKIT_EXPORT int64_t NODAL_ParamGetInt(const NODAL_Param *param);
  * copy is damaged.
  *
  * A register of a device's configuration space (pciConfigReg) adds: HVC_BAD_PARAM: its size is not 1, 2 or 4 bytes.
- * HVC_UNALIGNED_ADDRESS: its address is not a multiple of its size. HVC_ADDRESS_TOO_HIGH: the space ends before it.
+ * HVC_UNALIGNED_ADDRESS: its address is not a multiple of its size. HVC_ADDRESS_TOO_HIGH: the address is beyond the end
+ * of the space.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_Get(uint32_t node, const NODAL_ParamList *args, void *record,
                                                             uint32_t size);
@@ -138,8 +142,8 @@ PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_Get(uint32_t node, const
  * Writes the value in `input` to a node. No node returns output: pass null and 0 for `output` and `outputSize`.
  *
  * One node can be written: a register of a device's configuration space (pciConfigReg). Its value is one integer,
- * written with a single access of the size in the arguments: 1, 2 or 4 bytes. The running host takes it, and so does a
- * root folder that was opened with NODAL_CACHE_WRITABLE. Nothing else in this interface writes to a source.
+ * written with a single access of the size in the arguments: 1, 2 or 4 bytes. The running host accepts such writes, and
+ * so does a root folder opened with NODAL_CACHE_WRITABLE. Nothing else in this interface writes to a source.
  *
  * HVC_BAD_PARAM: `input` is null, or an output was passed. HVC_READ_ONLY: the node or the source cannot be written.
  * HVC_NODE_NOT_WRITABLE: `input` is not one integer. HVC_OUT_OF_RANGE: the value does not fit the register.
@@ -150,18 +154,18 @@ PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_Set(uint32_t node, const
                                                             uint32_t outputSize);
 
 /*
- * Fills `list` with the instances of a list node, in the kernel's order, in place of what it held. The list is empty
- * after a failure, except after HVC_BAD_PARAM.
+ * Replaces the contents of `list` with the instances of a list node, in the kernel's order. The list is empty after a
+ * failure, except after HVC_BAD_PARAM.
  *
- * HVC_BAD_PARAM: `list` is null, or also serves as the arguments. HVC_NOT_A_LIST: the node is only a record.
- * HVC_LIMIT_EXCEEDED: the list has limited room, too little for the instances. Other statuses as for NODAL_Get.
+ * HVC_BAD_PARAM: `list` is null, or is also the argument list. HVC_NOT_A_LIST: the node is only a record.
+ * HVC_LIMIT_EXCEEDED: the list has a fixed capacity, and the instances do not fit. Other statuses as for NODAL_Get.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_GetInstanceList(uint32_t node, const NODAL_ParamList *args,
                                                                         NODAL_ParamList *list);
 
 /*
- * Store a new list with the instances of a list node in `*list`. The caller destroys it; a failure leaves nothing to
- * destroy. `hint` is the number of instances that the caller expects. It need not be right.
+ * Store a new list with the instances of a list node in `*list`. The caller destroys the list. After a failure, there
+ * is nothing to destroy. `hint` is the number of instances that the caller expects. A wrong value is harmless.
  *
  * Statuses as for NODAL_GetInstanceList.
  */
@@ -171,14 +175,14 @@ PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_GetInstanceListAllocHint
                                                                                  const NODAL_ParamList *args,
                                                                                  uint32_t hint, NODAL_ParamList **list);
 
-/* Flags of NODAL_UseCache: one of the first two, and perhaps the third. */
+/* Flags of NODAL_UseCache: one of the first two, and optionally the third. */
 #define NODAL_CACHE_SNAPSHOT 0u    /* a snapshot file */
 #define NODAL_CACHE_ROOT_FOLDER 1u /* a folder with a saved /proc and /sys, read as the root of the host */
 #define NODAL_CACHE_WRITABLE 2u    /* with a root folder: NODAL_Set writes to its files */
 
 /*
- * Answers every later read of the process from a saved host, and none from the running one. On failure, the source
- * stays the same.
+ * Selects a saved host for all later reads of the process. The library then reads nothing from the running host. On
+ * failure, the source is unchanged.
  *
  * HVC_BAD_PARAM: `path` is null, or the flags are unknown or exclude each other. HVC_NOT_FOUND: no such file.
  * HVC_NAME_TOO_LONG. HVC_NO_PERMISSION: this user may not read it. HVC_IO_ERROR: the read failed. HVC_NOT_A_SNAPSHOT:
@@ -189,7 +193,7 @@ PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_UseCache(const char *pat
 
 /*
  * Compares the definitions of the source's tree with the library's own: paths, kinds of arguments, sizes of records.
- * The running host always matches. A snapshot matches if a library with the same definitions took it.
+ * The running host always matches. A snapshot matches if it was captured with the same definitions.
  *
  * Copies the build text of the source's definitions to `kernelBuild`, truncated to `size` - 1 bytes and terminated.
  * Points `*ownBuild` to the library's own: at most 20 characters, valid as long as the process runs. Both are set if

@@ -5,9 +5,9 @@
  * pass its value, widened to 32 bits, to the operations of nodal.h. Identifiers may change from one build of the
  * library to the next, so do not compile them into a program.
  *
- * The comment on a node gives its path and what it yields there: a record, a struct of records.h, or a list.
- * {group:int} in a path is an argument: what it names, and its kind, int or text. Pass arguments in the order of the
- * path. After "list of", the same form describes an entry.
+ * The comment on a node gives its path, and its record (a struct of records.h) or list. {group:int} in a path is an
+ * argument: the kind of thing that it names, and its type, int or text. Pass arguments in the order of the path. After
+ * "list of", the same form describes an entry.
  */
 #ifndef PLATKIT_NODES_H
 #define PLATKIT_NODES_H

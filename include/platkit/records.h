@@ -1,8 +1,7 @@
 /*
  * The wire records that NODAL_Get fills: packed little-endian structs.
  *
- * Above each record stands the path of the node that yields it. The comment on a field gives its unit, then its
- * meaning:
+ * The comment above each record gives the path of its node. The comment on a field gives its unit, then its meaning:
  *
  *   KB, bytes, 4 KB pages, 2 MB blocks, percent, microseconds
  *   count      how many, or how often
@@ -201,7 +200,7 @@ typedef struct UwMemoryStatsRecord {
   uint64_t pinnedResv;     /* KB: reservation for pinning */
   uint64_t memBStore;      /* KB: memory backing store consumed */
   uint64_t swapBStore;     /* KB: swap backing store consumed */
-  uint64_t swappable;      /* KB: mapped, not shared memory that can be reclaimed */
+  uint64_t swappable;      /* KB: mapped and unshared memory that can be reclaimed */
   uint64_t shm;            /* KB: shared-memory segments */
   uint64_t cow;            /* KB: copy-on-write memory */
   uint64_t pageable;       /* KB: accounted pageable memory */

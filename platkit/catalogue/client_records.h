@@ -108,7 +108,7 @@ struct RecordTable<UwMemoryStatsRecord> {
       PLATKIT_FIELD(272, uint64_t, pinnedResv, KB, "reservation for pinning"),
       PLATKIT_FIELD(280, uint64_t, memBStore, KB, "memory backing store consumed"),
       PLATKIT_FIELD(288, uint64_t, swapBStore, KB, "swap backing store consumed"),
-      PLATKIT_FIELD(296, uint64_t, swappable, KB, "mapped, not shared memory that can be reclaimed"),
+      PLATKIT_FIELD(296, uint64_t, swappable, KB, "mapped and unshared memory that can be reclaimed"),
       PLATKIT_FIELD(304, uint64_t, shm, KB, "shared-memory segments"),
       PLATKIT_FIELD(312, uint64_t, cow, KB, "copy-on-write memory"),
       PLATKIT_FIELD(320, uint64_t, pageable, KB, "accounted pageable memory"),

@@ -1,4 +1,4 @@
-// How a record of records.h is described: RecordTable<Record> lists the record's fields in the order of their offsets,
+// Describes the records of records.h: RecordTable<Record> lists the fields of a record in the order of their offsets,
 // gaps included. The description and the struct do not compile together unless they agree: every field of the struct is
 // listed, under its name and with its offset, type and size, and the fields cover the struct from start to end.
 //

@@ -45,7 +45,7 @@ class SnapshotWriter {
 
  private:
   struct Entry {
-    size_t start;  // of the key in bytes_, which the value follows
+    size_t start;  // offset of the key in bytes_; the value follows
     uint32_t keyLength;
     uint32_t valueLength;
   };

@@ -29,7 +29,7 @@ struct Report {
   bool inBytes = false;        // the default unit is bytes, and -u accepts b
   Sums sums = Sums::kNone;
   bool readsSavedHosts = true;
-  const GroupFrame *frame = nullptr;  // of a per-group report
+  const GroupFrame *frame = nullptr;  // null unless the report is per group
 
   // Runs the report with main's arguments. The option parser continues after the report's name. Returns the status of
   // the reads.

@@ -14,7 +14,7 @@
 
 namespace kestrel {
 
-// The unit that a figure has in its row.
+// The unit of a figure before conversion.
 enum class FigureUnit : uint8_t {
   kPlain,  // never converted
   kKB,     // all ones: not available, or unlimited

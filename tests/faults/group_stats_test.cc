@@ -26,7 +26,7 @@ constexpr ReportCase kFailuresCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Failures, GroupStats, testing::ValuesIn(kFailuresCases), NameOf<ReportCase>);
 
-// Which groups have a row.
+// Groups with and without a row.
 
 constexpr ReportCase Csv(const char *name, StandinHost (*host)(), const char *options, const Text &output) {
   return {name, host, {"-r group-stats -q", options}, output};

@@ -14,7 +14,7 @@ namespace faults {
 std::string ListOf(const std::string &node);
 // The place of calls that write a node.
 std::string WriteOf(const std::string &node);
-// The node of a place.
+// Returns the node of a place.
 std::string NodeOf(const std::string &place);
 
 struct LoggedCall {
@@ -25,8 +25,8 @@ struct LoggedCall {
   // The number of this call among the calls of its operation and place in its part of the log, from 1. For an instance,
   // the number of the call that created its list.
   unsigned number = 0;
-  std::string arguments = {};  // of the read or write, as in the log but without brackets
-  size_t part = 0;             // of the log, counted from 0
+  std::string arguments = {};  // arguments of the read or write, as in the log but without brackets
+  size_t part = 0;             // part of the log, counted from 0
   bool isLastInstance = false;
 };
 
@@ -51,8 +51,8 @@ class CallLog {
   void MarkRegisters(const std::vector<std::string> &log);
 
   std::vector<LoggedCall> calls_;
-  std::vector<size_t> starts_;  // of the parts, as lines
-  std::vector<size_t> depths_;  // of the parts, if they are groups
+  std::vector<size_t> starts_;  // first line of each part
+  std::vector<size_t> depths_;  // depth of each part, if the parts are groups
 };
 
 }  // namespace faults

@@ -31,7 +31,7 @@ class Oracle {
 
   const std::vector<LoggedCall> &calls() const { return log_.calls(); }
 
-  // The first row of the report's table for this call and status; null if there is none.
+  // The first row of the report's table for this call and status; null if no row matches.
   const FailureRow *Find(const LoggedCall &call, HVC_ReturnStatus status) const;
 
   // REQUIRES: the table has a row for the call.

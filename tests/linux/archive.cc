@@ -30,7 +30,7 @@ std::string Content(const std::string &kind, const std::string &line) {
 std::vector<ArchiveEntry> ReadArchive(std::istream &in) {
   using enum ArchiveEntry::Kind;
   std::vector<ArchiveEntry> entries;
-  std::string kind;  // of the entry that the current line belongs to
+  std::string kind;  // kind of the current entry
   size_t file = 0;
   for (std::string line; std::getline(in, line);) {
     const size_t colon = line.find(": ");

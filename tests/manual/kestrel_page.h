@@ -17,7 +17,7 @@ struct Column {
 };
 
 struct ReportSection {
-  std::string letters;  // of its options, sorted
+  std::string letters;  // letters of its options, sorted
   bool hasTotals = false;
   std::vector<Column> columns;
 };

@@ -37,7 +37,7 @@ class LineReader {
   HVC_ReturnStatus status_;
   bool insideLine_ = false;  // the start of an overlong line has been returned, but its end has not been found
   size_t bytesRead_ = 0;
-  size_t start_ = 0;  // of the unread part of the buffer
+  size_t start_ = 0;  // bounds of the unread part of the buffer
   size_t end_ = 0;
   char buffer_[kBufferSize];
 };

@@ -14,7 +14,7 @@ class VmGroups {
   Figure GuestMemory(Group &vm);
 
   // The control group of the VM if it contains no other process with memory, so that its figures are the VM's. Null if
-  // there is none. `process` may be of any kind; only a VM has such a group.
+  // there is none. `process` may be a group of any kind; only a VM has an own control group.
   Group *OwnControlGroup(Group &process);
 
  private:

@@ -15,8 +15,8 @@ constexpr std::string_view kDevices = "sys/bus/pci/devices";
 
 constexpr PciAddress kMaxAddress = {UINT32_MAX, 255, 31, 7};
 
-constexpr int64_t kConfigSpace = 256;           // of any function
-constexpr int64_t kExtendedConfigSpace = 4096;  // of a PCI Express function
+constexpr int64_t kConfigSpace = 256;           // size for any function
+constexpr int64_t kExtendedConfigSpace = 4096;  // size for a PCI Express function
 
 bool IsAddress(const PciAddress &address) {
   for (size_t part = 0; part < address.size(); ++part) {

@@ -30,7 +30,8 @@ struct PciIds {
 // Lists all functions, ascending. A host without the bus has none.
 [[nodiscard]] HVC_ReturnStatus ListPciFunctions(HostFiles &files, std::vector<PciAddress> &functions);
 
-// Reads the files `vendor` and `device`, which the kernel keeps: this neither accesses nor wakes the device.
+// Reads the files `vendor` and `device`. The kernel has stored their values, so this neither accesses nor wakes the
+// device.
 [[nodiscard]] HVC_ReturnStatus ReadPciIds(HostFiles &files, const PciAddress &function, PciIds &ids);
 
 // HVC_BAD_PARAM: the size is not 1, 2 or 4. HVC_UNALIGNED_ADDRESS: the address is not a multiple of the size.

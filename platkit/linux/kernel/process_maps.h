@@ -13,8 +13,8 @@ namespace platkit {
 struct Mapping {
   uint64_t start = 0, end = 0;  // addresses, `end` exclusive
   bool isWritable = false, isExecutable = false, isReadable = false;
-  DeviceNumber device = 0;  // of the mapped file's file system
-  uint64_t inode = 0;       // of the mapped file; 0: none
+  DeviceNumber device = 0;  // file system of the mapped file
+  uint64_t inode = 0;       // inode of the mapped file; 0: none
   std::string_view name;    // path, or a name such as "[heap]"; may be empty. Valid until the next mapping is read.
 };
 

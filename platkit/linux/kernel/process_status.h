@@ -15,7 +15,7 @@ inline constexpr int64_t kMaxPid = 4'999'999;
 
 // Distinguishes a process from earlier and later ones with the same PID.
 struct ProcessIdentity {
-  uint64_t inode = 0;   // of the status file; 0 if this user may not open it
+  uint64_t inode = 0;   // inode of the status file; 0 if this user may not open it
   uint64_t seenAt = 0;  // a time before the file was opened, in nanoseconds since boot
 };
 

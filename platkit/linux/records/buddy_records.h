@@ -45,13 +45,13 @@ class BuddyRecords {
     uint64_t numaNode;
     bool isLow;
     std::string name = {};
-    std::array<Figure, kSizes> free = {};  // buffers of 2^index pages of a record
+    std::array<Figure, kSizes> free = {};  // buffers of 2^index pages of 4 KB
   };
 
   struct Buddies {
     HVC_ReturnStatus status = HVC_FAILURE;
     std::vector<Buddy> buddies;       // in the order of List()
-    std::vector<uint64_t> numaNodes;  // of the memory nodes
+    std::vector<uint64_t> numaNodes;  // by memory node
   };
 
   const Buddies &Read();

@@ -10,9 +10,9 @@ namespace platkit {
 // In KB. A sum is unreadable if no zone has the line, or if the file could not be read to its end.
 struct ZoneTotals {
   Figure present;                 // of all zones
-  Figure free, min, low, high;    // of zones with memory; min, low and high are watermarks of free memory
+  Figure free, min, low, high;    // zones with memory; min, low and high are watermarks of free memory
   Figure ample;                   // promo: a watermark as far above high as high is above low
-  Figure lowReserve = Figure(0);  // of low zones: pages reserved from allocations that can use other zones
+  Figure lowReserve = Figure(0);  // low zones: pages reserved from allocations that can use other zones
 };
 
 ZoneTotals TotalsInKB(const Zoneinfo &info, PageSize &pageSize);

@@ -8,7 +8,7 @@
 
 namespace platkit {
 
-// A source that answers every read, and logs what it was asked.
+// A source that answers every read and logs the nodes.
 class RecordingSource : public Source {
  public:
   explicit RecordingSource(std::string &log) : log_(log) {}

@@ -1,4 +1,4 @@
-// dcpmm-stats over a saved host whose registers are files: what it reads, and every byte that it writes.
+// dcpmm-stats over a saved host whose registers are files. The test checks its reads, and every byte that it writes.
 #include <algorithm>
 #include <cstring>
 #include <iterator>

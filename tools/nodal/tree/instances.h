@@ -54,8 +54,8 @@ const Node *ListOfInstances(const Node &node, size_t argument);
 // The kinds of the arguments before an argument in a path.
 using Outer = std::span<const platkit::Instance>;
 
-// The paths at and below which the tree has all nodes of an instance of the kind `what`; none if no node takes it.
-// `outer` has the kinds of `outerArguments`, the instances to which it belongs.
+// The paths that have all nodes of an instance of the kind `what` at or below them; none if no node takes such an
+// instance. `outer` has the kinds of `outerArguments`, the instances to which it belongs.
 std::vector<std::string> PathsOfInstance(std::string_view what, const Argument &instance, Outer outer,
                                          const Arguments &outerArguments);
 

@@ -14,7 +14,7 @@ struct ListingEntry {
   bool hasChildren = false;
   // "-" unless a node has this path.
   std::string kind = "-";
-  std::string size = "-";  // of a record in bytes, of a list in entries; "?" if it cannot be read
+  std::string size = "-";  // bytes of a record or entries of a list; "?" if it cannot be read
 };
 
 // Lists what the host has below `path`, which begins with a slash and ends without one; "" is the whole tree. A node

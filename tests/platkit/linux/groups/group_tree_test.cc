@@ -159,7 +159,7 @@ TEST(GroupTree, StartGroupsAreFoundWithoutAListing) {
   EXPECT_EQ(host.ask().Parent(kVmm + 300), 300);
 }
 
-// A listing must not hold descriptors for what it found.
+// A listing must not keep descriptors of the groups that it found open.
 TEST(GroupTree, ManyGroupsNeedNoMoreDescriptors) {
   SavedHost host;
   host.Write("proc/self/mountinfo", "1 1 0:1 / /cg rw - cgroup2 none rw\n");
