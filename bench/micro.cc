@@ -75,7 +75,7 @@ BENCHMARK(ConvertUnit);
 
 }  // namespace row
 
-// Reads of a snapshot with 1,000 groups, from the path (the key) to the value.
+// Reads of a snapshot with 1,000 groups, each from the path to the value.
 
 void WritePath(State &state) {
   const platkit::Node &node = *platkit::FindNode(NODAL_NODE_sched_groups_stats_memoryStats);

@@ -18,12 +18,12 @@
  *    A null list has no parameters, and destroying it has no effect.
  *
  * 4. Ownership. The caller owns each list that it created or received, and releases it with NODAL_ParamListDestroy. The
- *    caller also owns all buffers that it passes. The library copies texts that it is given, and keeps no pointer of
- * the caller's after the call.
+ *    caller also owns all buffers that it passes. The library copies the texts that it receives, and keeps no pointer
+ *    to the caller's memory after the call.
  *
  * 5. Lifetime of texts. A text or parameter read from a list belongs to the list. A text stays valid until its
- * parameter is removed, the list is filled again, or the list is destroyed. A NODAL_Param pointer stays valid until the
- * list changes in any way. Texts are bytes that end in a NUL; their encoding is not checked.
+ *    parameter is removed, the list is filled again, or the list is destroyed. A NODAL_Param pointer stays valid until
+ *    the list changes in any way. Texts are bytes that end in a NUL; their encoding is not checked.
  *
  * 6. Threads. One thread at a time may use the interface. A list may be destroyed by another thread than the one that
  *    created it.

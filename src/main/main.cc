@@ -26,7 +26,7 @@ struct GlobalOptions {
   bool checkVersion = true;
 };
 
-// What to do after the global options are parsed.
+// The action after the global options are parsed.
 enum class Next { kGoOn, kExitSuccess, kExitFailure };
 
 const Report *FindReport(const char *name) {

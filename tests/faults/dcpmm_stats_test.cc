@@ -384,7 +384,7 @@ constexpr Halves kHalves[] = {
 
 INSTANTIATE_TEST_SUITE_P(Dcpmm, Combined, testing::ValuesIn(kHalves), NameOf<Halves>);
 
-// Which PCI functions count as a socket.
+// PCI functions that count as a socket, and functions that do not.
 struct Function {
   const char *name;
   int64_t slot;

@@ -97,7 +97,7 @@ std::string SumOf(const Report &report, const ColumnDesc &column) {
   if (report.sums == kestrel::Sums::kTotalRow && !column.IsInTotal()) return {};
   switch (column.figure.sum) {
     case FigureSum::kAdd: return "sum";
-    case FigureSum::kAddAvailable: return "sum of the available ones";
+    case FigureSum::kAddAvailable: return "sum of the available figures";
     case FigureSum::kAddTwice: return "twice the sum";
     case FigureSum::kMean: return "mean";
     case FigureSum::kLast: return "last value";

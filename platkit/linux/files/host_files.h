@@ -17,7 +17,7 @@
 
 namespace platkit {
 
-// How far symbolic links and mount points are followed.
+// Restricts the symbolic links and mount points to follow.
 enum class Reach {
   kHost,        // the running host: without restriction
   kRootFolder,  // a saved root, which may be hostile: never out of the root folder
@@ -25,7 +25,7 @@ enum class Reach {
 
 enum class Writes { kRefused, kTaken };
 
-// What a file is opened for.
+// The access for which a file is opened.
 enum class Access { kRead, kWrite };
 
 // All operations return HVC_NOT_FOUND if the file, its folder or its process does not exist, HVC_NO_PERMISSION if this

@@ -1,4 +1,4 @@
-// Which processes run a virtual machine.
+// Detects the processes that run a virtual machine.
 #ifndef PLATKIT_LINUX_GROUPS_VM_DETECTOR_H
 #define PLATKIT_LINUX_GROUPS_VM_DETECTOR_H
 

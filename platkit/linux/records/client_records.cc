@@ -13,7 +13,7 @@ constexpr uint64_t kLargePageKB = 2048;
 constexpr uint64_t kGiganticPageKB = 1 << 20;
 constexpr uint32_t kNoCount = UINT32_MAX;  // a count that is not available
 
-// Why the kernel moves pages between memory nodes.
+// The reasons for which the kernel moves pages between memory nodes.
 enum RemapType : size_t { kNuma, kPromotion, kDemotion };
 constexpr std::string_view kRemapTypes[] = {"numa", "promotion", "demotion"};
 

@@ -1,4 +1,4 @@
-// How the operations on nodes check their arguments.
+// The operations on nodes check their arguments.
 #include <gtest/gtest.h>
 
 #include <memory>

@@ -12,7 +12,7 @@ struct CaptureOptions {
   std::vector<std::string> only = {};  // paths; empty: all but PCI devices
   bool anonymize = false;
   std::string key = {};  // key of the pseudonyms; empty: a random key
-  // Where the process reads the tree, as in SourceOptions.
+  // The source that the process reads, as in SourceOptions.
   std::string cache = {};
   std::string root = {};
 };

@@ -20,7 +20,7 @@ std::span<const Command> Commands() {
       {"capture", "Save the host to a snapshot file", DeclareCapture},
       {"dump", "Show a snapshot as JSON", DeclareDump},
       {"diff", "Compare two snapshots", DeclareDiff, kTrouble},
-      {"build", "Build a snapshot from JSON, such as dump prints", DeclareBuild},
+      {"build", "Build a snapshot from JSON in the form of dump", DeclareBuild},
       {"verify", "Check a snapshot: the file and the references in it", DeclareVerify},
   };
   return kCommands;

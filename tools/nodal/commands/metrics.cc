@@ -67,7 +67,7 @@ std::string FamiliesText() {
 
 Run DeclareMetrics(OptionSet &options, const SourceOptions &source) {
   const auto values = std::make_shared<MetricsOptions>();
-  options.Add("--prefix PREFIX", values->prefix, "Begin the names of the metrics with this").ShowDefault();
+  options.Add("--prefix PREFIX", values->prefix, "Start the metric names with this prefix").ShowDefault();
   options.AddRepeatable("--only NAME", values->only,
                         "Show only this family, or this metric (its name without the prefix); repeatable");
   options.Add("-o,--output FILE", values->output, "Write to this file, which is replaced at once").NotEmpty();

@@ -1,4 +1,4 @@
-// What a command reads.
+// The source that a command reads.
 #ifndef NODAL_COMMANDS_SOURCE_H
 #define NODAL_COMMANDS_SOURCE_H
 

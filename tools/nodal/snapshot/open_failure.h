@@ -1,4 +1,4 @@
-// Why a snapshot or root folder cannot be opened.
+// Explains why a snapshot or root folder cannot be opened.
 #ifndef NODAL_SNAPSHOT_OPEN_FAILURE_H
 #define NODAL_SNAPSHOT_OPEN_FAILURE_H
 

@@ -488,7 +488,7 @@ TEST(ClientRecords, AnOldKernel) {
   EXPECT_EQ(RemapTypes(host, 100), Types{});
 }
 
-// Which files are read.
+// The files that a report reads.
 
 // Reads the same nodes as the reports on clients, group by group.
 void Walk(SavedHost &host, int64_t group, bool vmsOnly) {
