@@ -245,13 +245,13 @@ typedef struct LPageStatsRecord {
   uint8_t unread_36[16];
   uint64_t failPinnedLate; /* count: attempts that failed because of late pinning */
   uint8_t unread_60[24];
-  uint32_t lockSuccess;      /* count: guest large-page locking attempts, first part */
+  uint32_t lockSuccess;      /* count: guest large-page locking attempts; add lockSuccess2 */
   uint64_t broken;           /* count: backings broken */
   uint32_t maxSwapThreshold; /* count: current maximum swap-in threshold */
   uint8_t unread_100[4];
   uint32_t backings1G; /* count: current 1 GB large-page backings */
   uint8_t unread_108[32];
-  uint32_t lockSuccess2; /* count: guest large-page locking attempts, second part */
+  uint32_t lockSuccess2; /* count: guest large-page locking attempts; add lockSuccess */
   uint8_t unread_144[4];
 } LPageStatsRecord;
 
@@ -405,12 +405,12 @@ typedef struct HeapStatsRecord {
   uint8_t unread_74[4];
   uint32_t avail; /* bytes: now available */
   uint8_t unread_82[4];
-  uint32_t pctFreeOfCur; /* percent: free of the current size */
+  uint32_t pctFreeOfCur; /* percent: free part of the current size */
   uint8_t unread_90[4];
   uint32_t max;             /* bytes: maximum size */
   uint32_t maxAvail;        /* bytes: maximum available */
-  uint32_t pctFreeOfMax;    /* percent: free of the maximum size */
-  uint32_t lowPctFreeOfMax; /* percent: lowest free of the maximum size ever seen */
+  uint32_t pctFreeOfMax;    /* percent: free part of the maximum size */
+  uint32_t lowPctFreeOfMax; /* percent: lowest free part of the maximum size ever seen */
   uint8_t unread_110[4];
   uint32_t numSuccAllocs; /* count: allocations that succeeded */
   uint32_t numFailAllocs; /* count: allocations that failed */

@@ -163,13 +163,13 @@ struct RecordTable<LPageStatsRecord> {
       PLATKIT_GAP(36, 16),
       PLATKIT_FIELD(52, uint64_t, failPinnedLate, COUNT, "attempts that failed because of late pinning"),
       PLATKIT_GAP(60, 24),
-      PLATKIT_FIELD(84, uint32_t, lockSuccess, COUNT, "guest large-page locking attempts, first part"),
+      PLATKIT_FIELD(84, uint32_t, lockSuccess, COUNT, "guest large-page locking attempts; add lockSuccess2"),
       PLATKIT_FIELD(88, uint64_t, broken, COUNT, "backings broken"),
       PLATKIT_FIELD(96, uint32_t, maxSwapThreshold, COUNT, "current maximum swap-in threshold"),
       PLATKIT_GAP(100, 4),
       PLATKIT_FIELD(104, uint32_t, backings1G, COUNT, "current 1 GB large-page backings"),
       PLATKIT_GAP(108, 32),
-      PLATKIT_FIELD(140, uint32_t, lockSuccess2, COUNT, "guest large-page locking attempts, second part"),
+      PLATKIT_FIELD(140, uint32_t, lockSuccess2, COUNT, "guest large-page locking attempts; add lockSuccess"),
       PLATKIT_GAP(144, 4),
   };
 };

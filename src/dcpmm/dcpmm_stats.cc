@@ -33,7 +33,7 @@ struct Options {
 HVC_ReturnStatus ReadCpu(CpuRecord &cpu) {
   const ParamList arguments = MakeArguments(1);
   if (arguments == nullptr) {
-    // The message contains a status, although none is available here.
+    // The message needs a status, but no call returned one.
     std::printf("ERROR: could not create cpuListInputParam: %s\n", HVC_ReturnStatusToString(HVC_OK));
     return HVC_FAILURE;
   }

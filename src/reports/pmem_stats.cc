@@ -279,7 +279,7 @@ HVC_ReturnStatus GetRegionsNumaInfo(int32_t node, RegionNumaRow &row) {
   return Checked(kStep, "NODAL_Get", ReadRecord(nodes::kRegionNuma, arguments.get(), row.numa));
 }
 
-// Warnings spell the function's name in two ways. The failed list has the first one, failed nodes have the second one.
+// Warnings spell the function's name in two ways. A failed list has the first spelling, a failed node the second.
 constexpr char kNumaListStep[] = "PMemRegionNumaReport";
 constexpr char kNumaNodeStep[] = "PMemRegionsNumaReport";
 

@@ -66,7 +66,7 @@ constexpr Controller kControllers[] = {
 
 const std::string kRule = "\n" + std::string(79, '=') + "\n";
 
-// The number of events in a period; all count from 0.
+// The number of events in a period. All arguments count from 0.
 uint64_t Amount(size_t socket, size_t controller, size_t event, size_t period) {
   return 10000 * (socket + 1) + 1000 * controller + 100 * event + period + 1;
 }

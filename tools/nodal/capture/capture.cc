@@ -74,7 +74,7 @@ void RequireAllFound(PathFilter &filter, CachingTree &tree) {
   filter.RequireAllFound();
 }
 
-// Reads the host into the writer. Returns the number of instances that vanished during the capture.
+// Reads the host and adds its nodes to the writer. Returns the number of instances that vanished during the capture.
 size_t ReadInto(CaptureWriter &writer, PathFilter &filter) {
   HostTree host;
   CachingTree tree(host, ThrowIfSignalled);

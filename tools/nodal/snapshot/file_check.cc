@@ -94,7 +94,7 @@ class FileCheck {
                std::ranges::count(value.payload, std::byte{0}) == sizeof(HVC_ReturnStatus)) {
       problems_.Report(key, "invalid status");
     } else if (file_.Find(path, read) != HVC_NOT_FOUND) {
-      problems_.Report(key, "saved as unreadable and with a value");
+      problems_.Report(key, "saved both as unreadable and with a value");
     } else {
       checked_.unread.emplace(path);
       checked_.byPath.emplace(path, std::move(target));

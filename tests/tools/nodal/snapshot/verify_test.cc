@@ -53,7 +53,7 @@ TEST(Verify, Failures) {
                           "failed:/what": {"status": "Not found"})"),
             "failed:/hardware/nvd/dimm: invalid status\n"
             "failed:/memory/pshare/stats: invalid status\n"
-            "failed:/system/heaps: saved as unreadable and with a value\n"
+            "failed:/system/heaps: saved both as unreadable and with a value\n"
             "failed:/what: unknown node\n");
 }
 
