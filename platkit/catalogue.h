@@ -15,7 +15,7 @@
 
 namespace platkit {
 
-// An argument of a path, or an entry of a list: what it names, for example "group", and its kind.
+// An argument of a path, or an entry of a list: the kind of thing that it names, such as "group", and its type.
 struct Instance {
   std::string_view what;
   ParamKind kind;

@@ -15,9 +15,9 @@ import machines
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 MOST_SECONDS = 100
-LABEL_AREA = 128 << 10  # what QEMU takes of the end of the memory's file
+LABEL_AREA = 128 << 10  # bytes that QEMU reserves at the end of the memory file
 
-# The loader finds the libraries of these.
+# The kernel modules of the second host, in addition to the modules that they depend on.
 MODULES = "virtio_pci virtio_blk zram lzo_rle nfit nd_pmem".split()
 
 # A processor of family 6, model 85; two nodes; a module of persistent memory; a disk for the results.

@@ -11,7 +11,7 @@ namespace platkit {
 struct ZoneTotals {
   Figure present;                 // of all zones
   Figure free, min, low, high;    // zones with memory; min, low and high are watermarks of free memory
-  Figure ample;                   // promo: a watermark as far above high as high is above low
+  Figure ample;                   // promo watermark; before Linux 5.18, high + (high - low)
   Figure lowReserve = Figure(0);  // low zones: pages reserved from allocations that can use other zones
 };
 

@@ -190,7 +190,7 @@ std::vector<std::string> PairsOf(const std::string &sound, const std::string &ot
   return {other + " " + sound, sound + " " + other, other + " " + other};
 }
 
-// Damage is neither reported as a difference nor overlooked when the files are equal.
+// diff must not report damage as a difference, and must not overlook it in equal files.
 TEST_F(Diff, Trouble) {
   const std::string sound = Built(scratch_, HostOf(R"("/memory/memInfo": {}, "/system/heaps": ["main"])"), "sound");
   std::string bytes = Contents(sound);
