@@ -85,17 +85,6 @@ TEST(ParamList, FixedRoomEnds) {
   EXPECT_EQ(NODAL_ParamListUsedCount(list.get()), 2u);
 }
 
-TEST(ParamList, AReusedListIsAsNew) {
-  NODAL_ParamList *first = NODAL_ParamListCreateAndAllocateParams(NODAL_LIST_INSTANCES, 1, 0);
-  ASSERT_EQ(NODAL_ParamListAddInt(first, 1), HVC_OK);
-  NODAL_ParamListDestroy(first);
-  List second = Make();
-  EXPECT_EQ(second.get(), first) << "a destroyed list is kept for the next maker";
-  EXPECT_EQ(NODAL_ParamListUsedCount(second.get()), 0u);
-  EXPECT_EQ(NODAL_ParamListAddInt(second.get(), 1), HVC_OK);
-  EXPECT_EQ(NODAL_ParamListAddString(second.get(), "no limit any more"), HVC_OK);
-}
-
 TEST(ParamList, IntegersMustFitTheirType) {
   List list = Make();
   for (const int64_t value : {int64_t{4294967295}, int64_t{-1}, int64_t{4294967296}, INT64_MIN}) {

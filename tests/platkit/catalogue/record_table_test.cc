@@ -48,7 +48,12 @@ std::string DescriptionOfAPair(const std::string &name, const std::string &field
 }
 
 CompilerOutput CompileDescriptions(const std::string &descriptions) {
-  return Compile(PLATKIT_CXX_COMPILER, "-x c++ -std=c++20 -fsyntax-only -I\"$ROOT\"",
+#if defined(__clang__)
+  const std::string allErrors = " -ferror-limit=0";
+#else
+  const std::string allErrors;
+#endif
+  return Compile(PLATKIT_CXX_COMPILER, "-x c++ -std=c++20 -fsyntax-only -I\"$ROOT\"" + allErrors,
                  "#include \"platkit/catalogue/record_table.h\"\n" + descriptions);
 }
 
