@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <string_view>
 
 #include "platkit/errno_status.h"
 
@@ -13,58 +14,102 @@ namespace platkit {
 namespace {
 
 constexpr char kOwnDescriptors[] = "/proc/self/fd";
+constexpr mode_t kGroupBits = S_IRWXG;
+constexpr mode_t kAllBits = S_IRWXU | S_IRWXG | S_IRWXO;
 
 HVC_ReturnStatus WriteStatus() { return StatusOfErrno(errno, HVC_WRITE_ERROR); }
 
-// Follows symbolic links, so that a link is not replaced by a file. If the path does not exist or is a dangling link,
-// the target is the path itself.
-HVC_ReturnStatus Resolve(const std::string &path, std::string &target) {
-  struct stat info;
-  if (stat(path.c_str(), &info) != 0) {
-    target = path;
-    return errno == ENOENT ? HVC_OK : WriteStatus();
-  }
-  // A rename would replace a device or a pipe for all its users.
-  if (!S_ISREG(info.st_mode)) return HVC_ALREADY_EXISTS;
-  char *resolved = realpath(path.c_str(), nullptr);
-  if (resolved == nullptr) return WriteStatus();
-  target = resolved;
-  std::free(resolved);
-  return HVC_OK;
-}
+mode_t ModeFor(Readers readers) { return readers == Readers::kEveryone ? 0644 : 0600; }
 
 }  // namespace
 
 AtomicFile::~AtomicFile() {
   if (fd_ >= 0) close(fd_);
-  if (!temporary_.empty()) unlink(temporary_.c_str());
+  if (!temporary_.empty()) unlinkat(folder_, temporary_.c_str(), 0);
+  if (folder_ >= 0) close(folder_);
 }
 
-HVC_ReturnStatus AtomicFile::Create(const std::string &path) {
-  const HVC_ReturnStatus status = Resolve(path, target_);
+HVC_ReturnStatus AtomicFile::Create(const std::string &path, Readers readers) {
+  const mode_t mode = ModeFor(readers);
+  HVC_ReturnStatus status = OpenFolder(path);
+  if (status == HVC_OK) status = CheckTarget(mode);
   if (status != HVC_OK) return status;
-  return CreateBesideTarget() ? HVC_OK : WriteStatus();
+  // Until Commit, nobody else reads a file whose readers are not known yet.
+  return CreateNewFile(access_ ? 0600 : mode) ? HVC_OK : WriteStatus();
 }
 
-HVC_ReturnStatus AtomicFile::Commit() { return SyncAndRename() ? HVC_OK : WriteStatus(); }
+HVC_ReturnStatus AtomicFile::Sync() { return fsync(fd_) == 0 ? HVC_OK : WriteStatus(); }
 
-bool AtomicFile::CreateBesideTarget() {
+HVC_ReturnStatus AtomicFile::Commit() {
+  const HVC_ReturnStatus status = Sync();
+  if (status != HVC_OK) return status;
+  if (!SetAccess() || !GiveName() || !Rename()) return WriteStatus();
+  SyncFolder();
+  return HVC_OK;
+}
+
+HVC_ReturnStatus AtomicFile::OpenFolder(const std::string &path) {
+  const size_t slash = path.rfind('/');
+  const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+  folder_ = open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+  if (folder_ < 0) return WriteStatus();
+  name_ = path.substr(slash == std::string::npos ? 0 : slash + 1);
+  if (path.empty()) return HVC_NOT_FOUND;
+  return name_.empty() || name_ == "." || name_ == ".." ? HVC_ALREADY_EXISTS : HVC_OK;
+}
+
+HVC_ReturnStatus AtomicFile::CheckTarget(mode_t newMode) {
+  struct stat older;
+  if (fstatat(folder_, name_.c_str(), &older, AT_SYMLINK_NOFOLLOW) != 0) {
+    return errno == ENOENT ? HVC_OK : WriteStatus();
+  }
+  if (S_ISLNK(older.st_mode)) return CheckLink();
+  // A rename would replace a device or a pipe for all its users.
+  if (!S_ISREG(older.st_mode)) return HVC_ALREADY_EXISTS;
+  const mode_t mode = older.st_mode & kAllBits;
+  if (older.st_uid == geteuid() || IsPrivateFolder()) {
+    access_ = {.mode = mode, .owner = older.st_uid, .group = older.st_gid};
+  } else {
+    access_ = {.mode = mode & newMode, .owner = geteuid(), .group = older.st_gid};
+  }
+  return HVC_OK;
+}
+
+// A link to a device, such as /dev/stdout, is not replaced: other programs use it. /dev/stdout itself is a link into
+// /proc, wherever standard output goes.
+HVC_ReturnStatus AtomicFile::CheckLink() const {
+  struct stat info;
+  if (fstatat(folder_, name_.c_str(), &info, 0) == 0 && !S_ISREG(info.st_mode)) return HVC_ALREADY_EXISTS;
+  char text[sizeof kOwnDescriptors];
+  constexpr std::string_view kProc = "/proc/";
+  const ssize_t length = readlinkat(folder_, name_.c_str(), text, sizeof text);
+  if (length < 0) return WriteStatus();
+  return std::string_view(text, static_cast<size_t>(length)).starts_with(kProc) ? HVC_ALREADY_EXISTS : HVC_OK;
+}
+
+bool AtomicFile::CreateNewFile(mode_t mode) {
   // An unnamed file gets its name through /proc.
-  if (access(kOwnDescriptors, F_OK) == 0) fd_ = open(Folder().c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, 0666);
+  if (access(kOwnDescriptors, F_OK) == 0) fd_ = openat(folder_, ".", O_RDWR | O_TMPFILE | O_CLOEXEC, mode);
   if (fd_ >= 0) return true;
-  return TryNames([this](const char *path) {
-    fd_ = open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
+  return TryNames([this, mode](const char *name) {
+    fd_ = openat(folder_, name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode);
     return fd_ >= 0;
   });
 }
 
-bool AtomicFile::SyncAndRename() {
-  if (fsync(fd_) != 0 || !GiveName()) return false;
+// Without the older file's group, the members of another group must not get its rights.
+bool AtomicFile::SetAccess() const {
+  if (!access_) return true;
+  const bool hasGroup =
+      fchown(fd_, access_->owner, access_->group) == 0 || fchown(fd_, static_cast<uid_t>(-1), access_->group) == 0;
+  return fchmod(fd_, hasGroup ? access_->mode : access_->mode & ~kGroupBits) == 0;
+}
+
+bool AtomicFile::Rename() {
   const int closed = close(fd_);
   fd_ = -1;
-  if (closed != 0 || rename(temporary_.c_str(), target_.c_str()) != 0) return false;
+  if (closed != 0 || renameat(folder_, temporary_.c_str(), folder_, name_.c_str()) != 0) return false;
   temporary_.clear();
-  SyncFolder();
   return true;
 }
 
@@ -72,18 +117,18 @@ bool AtomicFile::GiveName() {
   if (!temporary_.empty()) return true;
   const std::string descriptor = std::string(kOwnDescriptors) + "/" + std::to_string(fd_);
   return TryNames(
-      [&](const char *path) { return linkat(AT_FDCWD, descriptor.c_str(), AT_FDCWD, path, AT_SYMLINK_FOLLOW) == 0; });
+      [&](const char *name) { return linkat(AT_FDCWD, descriptor.c_str(), folder_, name, AT_SYMLINK_FOLLOW) == 0; });
 }
 
-// Tries random names beside the target until one is free. On failure, errno is from the last attempt.
-template <typename Try>
-bool AtomicFile::TryNames(Try tryName) {
+// Tries random short names until one is free, so that a long target name is no problem. On failure, errno is from the
+// last attempt.
+bool AtomicFile::TryNames(const std::function<bool(const char *name)> &tryName) {
   constexpr int kMaxTries = 100;
 
   for (int i = 0; i < kMaxTries; ++i) {
-    std::string path = target_ + ".new-" + std::to_string(arc4random());
-    if (tryName(path.c_str())) {
-      temporary_ = std::move(path);
+    std::string name = ".new-" + std::to_string(arc4random());
+    if (tryName(name.c_str())) {
+      temporary_ = std::move(name);
       return true;
     }
     if (errno != EEXIST) break;
@@ -91,18 +136,17 @@ bool AtomicFile::TryNames(Try tryName) {
   return false;
 }
 
-std::string AtomicFile::Folder() const {
-  const size_t slash = target_.rfind('/');
-  return slash == std::string::npos ? "." : target_.substr(0, slash + 1);
+bool AtomicFile::IsPrivateFolder() const {
+  struct stat folder;
+  return fstat(folder_, &folder) == 0 && folder.st_uid == geteuid() && (folder.st_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
 
-// Makes the rename itself durable. Failures are ignored: some file systems cannot sync a folder, and the file already
-// has its name.
+// Makes the rename itself durable. Some file systems cannot sync a folder; the file is in its place nevertheless.
 void AtomicFile::SyncFolder() const {
-  const int fd = open(Folder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (fd < 0) return;
-  static_cast<void>(fsync(fd));
-  close(fd);
+  const int folder = openat(folder_, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (folder < 0) return;
+  static_cast<void>(fsync(folder));
+  close(folder);
 }
 
 }  // namespace platkit

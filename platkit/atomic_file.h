@@ -1,16 +1,26 @@
-// Writes a file that appears complete or not at all.
+// Writes a file that appears whole or not at all.
 //
-// The data goes to a new file beside the target, is synced, and then renamed over the target. If the file system
-// supports unnamed files, the new file has no name until Commit, so it disappears however the program ends. An
-// uncommitted file is removed.
+// The data goes to a new file in the target's folder, is synced, and then renamed over the target. Where the file
+// system supports files without names, the new file has none until Commit, so that nothing remains of it however the
+// program ends. An uncommitted file is removed.
+//
+// The folder is opened once, and everything happens relative to it. A symbolic link at the target's place is replaced
+// and never followed: others cannot redirect the output by planting a link.
 #ifndef PLATKIT_ATOMIC_FILE_H
 #define PLATKIT_ATOMIC_FILE_H
 
+#include <sys/types.h>
+
+#include <functional>
+#include <optional>
 #include <string>
 
 #include "platkit/status.h"
 
 namespace platkit {
+
+// Who may read a new file. The umask may take away more.
+enum class Readers { kOwner, kEveryone };
 
 class AtomicFile {
  public:
@@ -19,31 +29,50 @@ class AtomicFile {
   AtomicFile(const AtomicFile &) = delete;
   AtomicFile &operator=(const AtomicFile &) = delete;
 
-  // Creates the new file for `path`, or for the target of a symbolic link at `path`.
+  // Creates the new file for `path`.
   //
-  // HVC_ALREADY_EXISTS: `path` exists and is not a regular file. Other statuses as for StatusOfErrno, with
-  // HVC_WRITE_ERROR for other errors.
-  [[nodiscard]] HVC_ReturnStatus Create(const std::string &path);
+  // A file that replaces an older one keeps its mode, owner and group if nobody but the user can have put the older one
+  // there: it is the user's own, or only the user may write to the folder. Otherwise the new file is the user's, keeps
+  // the group, and may be read only by those whom both `readers` and the older file's mode allow.
+  //
+  // HVC_ALREADY_EXISTS: `path` names something else than a regular file, or is a link to such, or into /proc. Other
+  // statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors.
+  [[nodiscard]] HVC_ReturnStatus Create(const std::string &path, Readers readers);
 
-  // The descriptor of the new file; -1 before Create and after Commit.
+  // Of the new file. -1 before Create and after Commit.
   int fd() const { return fd_; }
 
-  // Syncs the new file and renames it to the target, which replaces an existing file.
+  // Waits until the data is on the disk, which may take long. Statuses as for Commit.
+  [[nodiscard]] HVC_ReturnStatus Sync();
+
+  // Syncs the new file and renames it to the target, in place of a file that exists there.
   //
-  // Statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors, such as a full or failed disk.
+  // Statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors: the disk is full, or failed.
   [[nodiscard]] HVC_ReturnStatus Commit();
 
  private:
-  bool CreateBesideTarget();
-  bool SyncAndRename();
+  // Who may do what with a file that is replaced.
+  struct Access {
+    mode_t mode;
+    uid_t owner;
+    gid_t group;
+  };
+
+  HVC_ReturnStatus OpenFolder(const std::string &path);
+  HVC_ReturnStatus CheckTarget(mode_t newMode);
+  HVC_ReturnStatus CheckLink() const;
+  bool CreateNewFile(mode_t mode);
+  bool SetAccess() const;
+  bool Rename();
   bool GiveName();
-  template <typename Try>
-  bool TryNames(Try tryName);
-  std::string Folder() const;
+  bool TryNames(const std::function<bool(const char *name)> &tryName);
+  bool IsPrivateFolder() const;
   void SyncFolder() const;
 
-  std::string target_;
-  std::string temporary_;  // the new file's path; empty while it has no name
+  std::string name_;       // of the target, in the folder
+  std::string temporary_;  // of the new file; empty while it has no name
+  std::optional<Access> access_;
+  int folder_ = -1;
   int fd_ = -1;
 };
 

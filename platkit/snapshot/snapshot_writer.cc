@@ -90,16 +90,18 @@ HVC_ReturnStatus SnapshotWriter::Add(std::string_view key, ValueType type, std::
   return HVC_OK;
 }
 
-HVC_ReturnStatus SnapshotWriter::Write(const std::string &path) {
+HVC_ReturnStatus SnapshotWriter::WriteTo(int fd) {
   const auto key = [this](const Entry &entry) { return KeyOf(entry); };
   std::ranges::sort(entries_, {}, key);
   if (std::ranges::adjacent_find(entries_, {}, key) != entries_.end()) return HVC_ALREADY_EXISTS;
+  return WriteDatabase(fd) ? HVC_OK : StatusOfErrno(errno, HVC_WRITE_ERROR);
+}
 
+HVC_ReturnStatus SnapshotWriter::Write(const std::string &path) {
   AtomicFile file;
-  const HVC_ReturnStatus status = file.Create(path);
-  if (status != HVC_OK) return status;
-  if (!WriteDatabase(file.fd())) return StatusOfErrno(errno, HVC_WRITE_ERROR);
-  return file.Commit();
+  HVC_ReturnStatus status = file.Create(path, Readers::kOwner);
+  if (status == HVC_OK) status = WriteTo(file.fd());
+  return status == HVC_OK ? file.Commit() : status;
 }
 
 bool SnapshotWriter::WriteDatabase(int fd) const {

@@ -38,7 +38,13 @@ class SnapshotWriter {
   // An entry of any kind.
   [[nodiscard]] HVC_ReturnStatus Add(std::string_view key, ValueType type, std::span<const std::byte> payload);
 
-  // Writes the snapshot to `path`, and replaces an existing file.
+  // Writes the snapshot to an empty file that is open for reading and writing.
+  //
+  // HVC_ALREADY_EXISTS: a key was added twice. Other statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other
+  // errors.
+  [[nodiscard]] HVC_ReturnStatus WriteTo(int fd);
+
+  // Writes the snapshot to `path`, and replaces an existing file. A new file is readable by its owner only.
   //
   // HVC_ALREADY_EXISTS: a key was added twice. Other statuses as for AtomicFile.
   [[nodiscard]] HVC_ReturnStatus Write(const std::string &path);

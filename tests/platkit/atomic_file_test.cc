@@ -22,9 +22,9 @@ namespace {
 class AtomicFileTest : public testing::Test {
  protected:
   // Writes a whole file, as the writer of a snapshot does.
-  static HVC_ReturnStatus Write(const std::string &path, std::string_view text) {
+  static HVC_ReturnStatus Write(const std::string &path, std::string_view text, Readers readers = Readers::kOwner) {
     AtomicFile file;
-    const HVC_ReturnStatus status = file.Create(path);
+    const HVC_ReturnStatus status = file.Create(path, readers);
     if (status != HVC_OK) return status;
     while (!text.empty()) {
       const ssize_t count = write(file.fd(), text.data(), text.size());
@@ -56,7 +56,7 @@ TEST_F(AtomicFileTest, IsRemovedUnlessCommitted) {
   const std::string path = scratch_.Write("target", "older");
   {
     AtomicFile file;
-    ASSERT_EQ(file.Create(path), HVC_OK);
+    ASSERT_EQ(file.Create(path, Readers::kOwner), HVC_OK);
     ASSERT_EQ(write(file.fd(), "newer", 5), 5);
     EXPECT_EQ(Contents(path), "older");
   }
@@ -64,33 +64,107 @@ TEST_F(AtomicFileTest, IsRemovedUnlessCommitted) {
   EXPECT_EQ(scratch_.Names(), std::vector<std::string>{"target"});
 }
 
-TEST_F(AtomicFileTest, ALinkStaysALink) {
+TEST_F(AtomicFileTest, ReplacesALinkInsteadOfItsTarget) {
   const std::string path = scratch_.Write("target", "older");
-  ASSERT_EQ(symlink("target", scratch_.Path("link").c_str()), 0);
-  EXPECT_EQ(Write(scratch_.Path("link"), "newer"), HVC_OK);
-  EXPECT_TRUE(std::filesystem::is_symlink(scratch_.Path("link")));
-  EXPECT_EQ(Contents(path), "newer");
+  for (const char *target : {"target", "missing"}) {
+    ASSERT_EQ(symlink(target, scratch_.Path("link").c_str()), 0);
+    EXPECT_EQ(Write(scratch_.Path("link"), "newer"), HVC_OK);
+    EXPECT_FALSE(std::filesystem::is_symlink(scratch_.Path("link")));
+    EXPECT_EQ(Contents(scratch_.Path("link")), "newer");
+    EXPECT_EQ(Contents(path), "older");
+    EXPECT_EQ(scratch_.Names().size(), 2u);
+    ASSERT_EQ(unlink(scratch_.Path("link").c_str()), 0);
+  }
 }
 
-TEST_F(AtomicFileTest, HasTheModeOfTheUmask) {
-  const mode_t before = umask(027);
-  EXPECT_EQ(Write(scratch_.Path("file"), "text"), HVC_OK);
+// A folder above the file that is replaced by a link after Create leads nowhere else.
+TEST_F(AtomicFileTest, StaysInTheFolderThatItWasCreatedIn) {
+  std::filesystem::create_directories(scratch_.Path("folder"));
+  std::filesystem::create_directories(scratch_.Path("other"));
+  AtomicFile file;
+  ASSERT_EQ(file.Create(scratch_.Path("folder/file"), Readers::kOwner), HVC_OK);
+  std::filesystem::rename(scratch_.Path("folder"), scratch_.Path("moved"));
+  std::filesystem::create_symlink("other", scratch_.Path("folder"));
+  EXPECT_EQ(file.Commit(), HVC_OK);
+  EXPECT_TRUE(std::filesystem::exists(scratch_.Path("moved/file")));
+  EXPECT_TRUE(std::filesystem::is_empty(scratch_.Path("other")));
+}
+
+mode_t ModeOf(const std::string &path) {
+  struct stat info = {};
+  EXPECT_EQ(stat(path.c_str(), &info), 0) << path;
+  return info.st_mode & 07777;
+}
+
+TEST_F(AtomicFileTest, ANewFileIsForItsReadersOnly) {
+  const mode_t before = umask(022);
+  EXPECT_EQ(Write(scratch_.Path("own"), "text"), HVC_OK);
+  EXPECT_EQ(Write(scratch_.Path("everyone"), "text", Readers::kEveryone), HVC_OK);
+  umask(027);
+  EXPECT_EQ(Write(scratch_.Path("group"), "text", Readers::kEveryone), HVC_OK);
   umask(before);
-  struct stat info;
-  ASSERT_EQ(stat(scratch_.Path("file").c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 0777, 0640u);
+  EXPECT_EQ(ModeOf(scratch_.Path("own")), 0600u);
+  EXPECT_EQ(ModeOf(scratch_.Path("everyone")), 0644u);
+  EXPECT_EQ(ModeOf(scratch_.Path("group")), 0640u);
+}
+
+TEST_F(AtomicFileTest, KeepsTheModeOfTheUsersOwnFile) {
+  const std::string path = scratch_.Write("file", "older");
+  for (const mode_t mode : {0600u, 0640u, 0664u, 0400u}) {
+    ASSERT_EQ(chmod(path.c_str(), mode), 0);
+    for (const Readers readers : {Readers::kOwner, Readers::kEveryone}) {
+      EXPECT_EQ(Write(path, "newer", readers), HVC_OK);
+      EXPECT_EQ(ModeOf(path), mode);
+    }
+  }
+}
+
+// Only root can make files of others.
+TEST_F(AtomicFileTest, AFileThatAnotherUserPutThereGivesNobodyMoreRights) {
+  if (geteuid() != 0) GTEST_SKIP() << "requires root";
+  constexpr uid_t kOther = 65534;
+  const std::string path = scratch_.Write("file", "older");
+  struct stat info = {};
+  const auto write = [&](mode_t folderMode, mode_t mode, Readers readers) {
+    EXPECT_EQ(chmod(scratch_.folder().c_str(), folderMode), 0);
+    EXPECT_EQ(chown(path.c_str(), kOther, kOther), 0);
+    EXPECT_EQ(chmod(path.c_str(), mode), 0);
+    EXPECT_EQ(Write(path, "newer", readers), HVC_OK);
+    EXPECT_EQ(stat(path.c_str(), &info), 0);
+  };
+  write(01777, 0666, Readers::kOwner);
+  EXPECT_EQ(info.st_uid, 0u);
+  EXPECT_EQ(info.st_mode & 07777, 0600u);
+  write(01777, 0640, Readers::kEveryone);
+  EXPECT_EQ(info.st_uid, 0u);
+  EXPECT_EQ(info.st_gid, kOther);
+  EXPECT_EQ(info.st_mode & 07777, 0640u);
+  // In a folder of root's own, only root can have given the file away.
+  write(0755, 0660, Readers::kOwner);
+  EXPECT_EQ(info.st_uid, kOther);
+  EXPECT_EQ(info.st_gid, kOther);
+  EXPECT_EQ(info.st_mode & 07777, 0660u);
 }
 
 TEST_F(AtomicFileTest, ReplacesRegularFilesOnly) {
   EXPECT_EQ(Write("/dev/null", "text"), HVC_ALREADY_EXISTS);
   EXPECT_EQ(Write(scratch_.folder(), "text"), HVC_ALREADY_EXISTS);
+  EXPECT_EQ(Write(scratch_.folder() + "/", "text"), HVC_ALREADY_EXISTS);
+  EXPECT_EQ(Write(scratch_.folder() + "/..", "text"), HVC_ALREADY_EXISTS);
+  for (const char *target : {"/dev/null", "/proc/self/fd/1", "."}) {
+    ASSERT_EQ(symlink(target, scratch_.Path("link").c_str()), 0);
+    EXPECT_EQ(Write(scratch_.Path("link"), "text"), HVC_ALREADY_EXISTS) << target;
+    ASSERT_EQ(unlink(scratch_.Path("link").c_str()), 0);
+  }
   EXPECT_TRUE(scratch_.Names().empty());
 }
 
 TEST_F(AtomicFileTest, NamesThatCannotBe) {
   EXPECT_EQ(Write(scratch_.Path("missing/file"), "text"), HVC_NOT_FOUND);
   EXPECT_EQ(Write(scratch_.Write("file", "x") + "/below", "text"), HVC_NOT_FOUND);
+  EXPECT_EQ(Write("", "text"), HVC_NOT_FOUND);
   EXPECT_EQ(Write(scratch_.Path(std::string(300, 'x')), "text"), HVC_NAME_TOO_LONG);
+  EXPECT_EQ(Write(scratch_.Path(std::string(255, 'x')), "text"), HVC_OK);
 }
 
 TEST_F(AtomicFileTest, AFolderOfAnotherUser) {

@@ -11,6 +11,7 @@
 #include "tools/nodal/capture/vanished.h"
 #include "tools/nodal/snapshot/snapshot_entries.h"
 #include "tools/nodal/support/output.h"
+#include "tools/nodal/support/output_file.h"
 #include "tools/nodal/support/progress.h"
 #include "tools/nodal/support/signals.h"
 #include "tools/nodal/support/text.h"
@@ -87,15 +88,6 @@ size_t ReadInto(CaptureWriter &writer, PathFilter &filter) {
   return vanished;
 }
 
-void Write(CaptureWriter &writer, const std::string &snapshot) {
-  ThrowIfSignalled();
-  WriteOrThrow(snapshot, [&] {
-    const HVC_ReturnStatus status = writer.Write(snapshot);
-    if (status != HVC_OK) ThrowIfSignalled();
-    return status;
-  });
-}
-
 std::string Summary(const std::string &path, const CaptureTotals &totals, size_t vanished, double seconds) {
   struct stat file = {};
   static_cast<void>(stat(path.c_str(), &file));
@@ -118,7 +110,8 @@ void Capture(const CaptureOptions &options) {
   CaptureWriter writer(options.anonymize ? std::optional(Pseudonyms(options.key)) : std::nullopt);
   writer.AddHeader(HeaderOf(options));
   const size_t vanished = ReadInto(writer, filter);
-  Write(writer, options.snapshot);
+  ThrowIfSignalled();
+  WriteFile(options.snapshot, platkit::Readers::kOwner, [&](int fd) { return writer.WriteTo(fd); });
   const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
   Complain(Summary(options.snapshot, writer.totals(), vanished, time.count()));
 }

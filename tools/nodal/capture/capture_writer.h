@@ -31,7 +31,7 @@ class CaptureWriter {
 
   const CaptureTotals &totals() const { return totals_; }
 
-  [[nodiscard]] HVC_ReturnStatus Write(const std::string &path) { return writer_.Write(path); }
+  [[nodiscard]] HVC_ReturnStatus WriteTo(int fd) { return writer_.WriteTo(fd); }
 
  private:
   void AddUnreadable(const std::string &path, const Answer &answer);

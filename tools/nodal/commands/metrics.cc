@@ -5,11 +5,11 @@
 #include <cerrno>
 #include <memory>
 
-#include "platkit/atomic_file.h"
 #include "platkit/errno_status.h"
 #include "tools/nodal/commands/command.h"
 #include "tools/nodal/metrics/sampler.h"
 #include "tools/nodal/support/output.h"
+#include "tools/nodal/support/output_file.h"
 
 namespace nodal {
 namespace {
@@ -26,22 +26,13 @@ bool IsPrefix(std::string_view text) {
          (text.empty() || isLetter(text[0]));
 }
 
-bool WriteAll(int fd, std::string_view text) {
+HVC_ReturnStatus WriteAll(int fd, std::string_view text) {
   while (!text.empty()) {
     const ssize_t count = write(fd, text.data(), text.size());
-    if (count < 0 && errno != EINTR) return false;
+    if (count < 0 && errno != EINTR) return platkit::StatusOfErrno(errno, HVC_WRITE_ERROR);
     if (count > 0) text.remove_prefix(static_cast<size_t>(count));
   }
-  return true;
-}
-
-void WriteFile(const std::string &path, std::string_view text) {
-  platkit::AtomicFile file;
-  WriteOrThrow(path, [&] {
-    const HVC_ReturnStatus status = file.Create(path);
-    if (status != HVC_OK) return status;
-    return WriteAll(file.fd(), text) ? file.Commit() : platkit::StatusOfErrno(errno, HVC_WRITE_ERROR);
-  });
+  return HVC_OK;
 }
 
 void ShowMetrics(const MetricsOptions &options) {
@@ -52,7 +43,7 @@ void ShowMetrics(const MetricsOptions &options) {
   if (options.output.empty()) {
     Print(text);
   } else {
-    WriteFile(options.output, text);
+    WriteFile(options.output, platkit::Readers::kEveryone, [&](int fd) { return WriteAll(fd, text); });
   }
 }
 

@@ -7,6 +7,7 @@
 #include "tools/nodal/snapshot/json_file.h"
 #include "tools/nodal/snapshot/record_json.h"
 #include "tools/nodal/support/output.h"
+#include "tools/nodal/support/output_file.h"
 #include "tools/nodal/support/text.h"
 
 namespace nodal {
@@ -138,7 +139,7 @@ void BuildSnapshot(const std::string &json, const std::string &snapshot) {
   } catch (const InvalidJson &invalid) {
     throw Failure(json, invalid.what());
   }
-  WriteOrThrow(snapshot, [&] { return writer.Write(snapshot); });
+  WriteFile(snapshot, platkit::Readers::kOwner, [&](int fd) { return writer.WriteTo(fd); });
 }
 
 }  // namespace nodal

@@ -16,14 +16,6 @@ Failure::Failure(std::string_view where, std::string_view what)
 
 Failure::Failure(std::string_view where, HVC_ReturnStatus status) : Failure(where, StatusText(status)) {}
 
-void WriteOrThrow(const std::string &path, const std::function<HVC_ReturnStatus()> &write) {
-  errno = 0;
-  const HVC_ReturnStatus status = write();
-  if (status == HVC_OK) return;
-  if (status == HVC_ALREADY_EXISTS) throw Failure(path, "not a regular file");
-  throw Failure(path, errno != 0 ? std::strerror(errno) : StatusText(status));
-}
-
 void Print(std::string_view text) {
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
     throw Failure("standard output", std::strerror(errno));

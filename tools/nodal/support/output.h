@@ -2,7 +2,6 @@
 #ifndef NODAL_SUPPORT_OUTPUT_H
 #define NODAL_SUPPORT_OUTPUT_H
 
-#include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -17,9 +16,6 @@ class Failure : public std::runtime_error {
   Failure(std::string_view where, std::string_view what);
   Failure(std::string_view where, HVC_ReturnStatus status);
 };
-
-// Calls `write`, which writes the file at `path` and leaves errno set if it fails. Throws a Failure with that cause.
-void WriteOrThrow(const std::string &path, const std::function<HVC_ReturnStatus()> &write);
 
 // Both throw if standard output cannot be written.
 void Print(std::string_view text);

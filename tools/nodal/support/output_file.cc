@@ -1,0 +1,37 @@
+#include "tools/nodal/support/output_file.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "tools/nodal/support/output.h"
+#include "tools/nodal/support/signals.h"
+#include "tools/nodal/support/text.h"
+
+namespace nodal {
+namespace {
+
+void ThrowUnlessOk(const std::string &path, HVC_ReturnStatus status) {
+  if (status == HVC_OK) return;
+  if (status == HVC_ALREADY_EXISTS) throw Failure(path, "not a regular file");
+  throw Failure(path, errno != 0 ? std::strerror(errno) : StatusText(status));
+}
+
+}  // namespace
+
+void WriteFile(const std::string &path, platkit::Readers readers,
+               const std::function<HVC_ReturnStatus(int fd)> &write) {
+  CatchSignals();
+  platkit::AtomicFile file;
+  errno = 0;
+  HVC_ReturnStatus status = file.Create(path, readers);
+  ThrowUnlessOk(path, status);
+  errno = 0;
+  status = write(file.fd());
+  if (status == HVC_OK) status = file.Sync();
+  // Writing and syncing take long. After the rename, the file is there, and the command has succeeded.
+  ThrowIfSignalled();
+  if (status == HVC_OK) status = file.Commit();
+  ThrowUnlessOk(path, status);
+}
+
+}  // namespace nodal

@@ -1,0 +1,18 @@
+// Files that commands write.
+#ifndef NODAL_SUPPORT_OUTPUT_FILE_H
+#define NODAL_SUPPORT_OUTPUT_FILE_H
+
+#include <functional>
+#include <string>
+
+#include "platkit/atomic_file.h"
+
+namespace nodal {
+
+// Writes a file that appears whole or not at all. `write` fills it and leaves errno set if it fails. A signal that asks
+// the program to end leaves no file. Throws a Failure that names the cause.
+void WriteFile(const std::string &path, platkit::Readers readers, const std::function<HVC_ReturnStatus(int fd)> &write);
+
+}  // namespace nodal
+
+#endif  // NODAL_SUPPORT_OUTPUT_FILE_H
