@@ -1,5 +1,7 @@
 #include "src/dcpmm/counter_output.h"
 
+#include <fcntl.h>
+
 #include <cerrno>
 #include <cinttypes>
 #include <cstring>
@@ -52,7 +54,9 @@ HVC_ReturnStatus CounterOutput::CreateFile(int interval) {
   }
   FormatName(*local, fileName_, sizeof fileName_);
   std::printf("Data output is being written to: %s\n", fileName_);
-  file_.reset(std::fopen(fileName_, "w"));
+  // A link that somebody put there must not lead root to another file.
+  const int descriptor = open(fileName_, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666);
+  if (descriptor >= 0) file_.reset(fdopen(descriptor, "w"));
   if (file_ == nullptr) {
     std::printf("Cannot create output file %s: %s\n", fileName_, std::strerror(errno));
     return HVC_FAILURE;

@@ -121,7 +121,9 @@ void OccupyStandardDescriptors() {
 
 PLATKIT_EXPORT int main(int argc, char **argv) {
   kestrel::OccupyStandardDescriptors();
-  std::signal(SIGPIPE, SIG_IGN);  // so that a write fails with EPIPE
+  // Writes then fail with EPIPE and EFBIG.
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   kestrel::OpenOutput();
   const int result = kestrel::Run(argc, argv);
   return kestrel::FinishOutput() ? result : EXIT_FAILURE;

@@ -1,7 +1,11 @@
 // dcpmm-stats: the reads and writes of registers, their order, and all output.
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <algorithm>
 #include <cstddef>
+
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <utility>
 
@@ -584,13 +588,28 @@ TEST(DcpmmFile, InADirectoryThatTakesNoneIsAnError) {
 
 TEST(DcpmmFile, OnAFullDeviceIsAnError) {
   const ScratchDirectory directory;
-  std::filesystem::create_symlink("/dev/full", directory.path() / kFileName);
+  const dev_t full = makedev(1, 7);  // that of /dev/full
+  if (mknod((directory.path() / kFileName).c_str(), S_IFCHR | 0600, full) != 0) GTEST_SKIP() << "cannot make a device";
   const StandinRun run =
       RunKestrel(MemoryHost(kOneSocket), {"-r", "dcpmm-stats"}, {.directory = directory.path(), .timeZone = "UTC"});
   EXPECT_TRUE(run.outcome.output.starts_with(kAnnouncement)) << run;
   EXPECT_TRUE(run.outcome.output.ends_with("No space left on device\n")) << run;
   EXPECT_EQ(run.outcome.exitStatus, 1);
   EXPECT_EQ(ListErrors(run), "");
+}
+
+// Root must not write where a link leads that somebody else put into the folder.
+TEST(DcpmmFile, ThatIsALinkIsAnError) {
+  const ScratchDirectory directory;
+  const std::filesystem::path victim = directory.path() / "victim";
+  std::ofstream(victim) << "precious";
+  std::filesystem::create_symlink(victim, directory.path() / kFileName);
+  const StandinRun run =
+      RunKestrel(MemoryHost(kOneSocket), {"-r", "dcpmm-stats"}, {.directory = directory.path(), .timeZone = "UTC"});
+  EXPECT_EQ(run.outcome.output, std::string(kAnnouncement) + "Cannot create output file " + kFileName +
+                                    ": Too many levels of symbolic links\n");
+  EXPECT_EQ(run.outcome.exitStatus, 1);
+  EXPECT_EQ(std::filesystem::file_size(victim), 8u);
 }
 
 TEST(DcpmmCsv, ToAFullDeviceIsAnError) {
