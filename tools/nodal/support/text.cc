@@ -34,6 +34,32 @@ Character FirstCharacter(std::string_view text) {
   return {size, code};
 }
 
+bool IsControl(uint32_t code) { return code < 0x20 || (code >= 0x7f && code < 0xa0); }
+
+bool ChangesDirection(uint32_t code) {
+  return code == 0x61c || code == 0x200e || code == 0x200f || (code >= 0x202a && code <= 0x202e) ||
+         (code >= 0x2066 && code <= 0x2069);
+}
+
+using Escape = std::string (*)(std::string_view character);
+
+// Replaces each byte that is not UTF-8, and each character for which `isEscaped` is true, by what `escape` returns for
+// it.
+std::string EscapedCharacters(std::string_view text, bool (*isEscaped)(uint32_t code), Escape escape) {
+  std::string shown;
+  while (!text.empty()) {
+    const auto [size, code] = FirstCharacter(text);
+    const std::string_view character = text.substr(0, size == 0 ? 1 : size);
+    if (size == 0 || isEscaped(code)) {
+      shown += escape(character);
+    } else {
+      shown += character;
+    }
+    text.remove_prefix(character.size());
+  }
+  return shown;
+}
+
 }  // namespace
 
 bool IsUtf8(std::string_view text) {
@@ -46,23 +72,12 @@ bool IsUtf8(std::string_view text) {
 }
 
 std::string Escaped(std::string_view text, std::string (*escape)(std::string_view character)) {
-  std::string shown;
-  while (!text.empty()) {
-    const auto [size, code] = FirstCharacter(text);
-    const bool isControl = code < 0x20 || (code >= 0x7f && code < 0xa0);
-    const std::string_view character = text.substr(0, size == 0 ? 1 : size);
-    if (size == 0 || isControl) {
-      shown += escape(character);
-    } else {
-      shown += character;
-    }
-    text.remove_prefix(character.size());
-  }
-  return shown;
+  return EscapedCharacters(text, IsControl, escape);
 }
 
 std::string Printable(std::string_view text) {
-  return Escaped(text, [](std::string_view) { return std::string("?"); });
+  const auto isUnsafe = [](uint32_t code) { return IsControl(code) || ChangesDirection(code); };
+  return EscapedCharacters(text, isUnsafe, [](std::string_view) { return std::string("?"); });
 }
 
 std::string ToHex(std::span<const std::byte> bytes) {

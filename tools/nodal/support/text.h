@@ -17,7 +17,8 @@ bool IsUtf8(std::string_view text);
 // Replaces each control character, and each byte that is not UTF-8, by what `escape` returns for it.
 std::string Escaped(std::string_view text, std::string (*escape)(std::string_view character));
 
-// Safe for a terminal: control characters, and bytes that are not UTF-8, become '?'.
+// Safe for a terminal: control characters, characters that change the direction of text, and bytes that are not UTF-8
+// become '?'.
 std::string Printable(std::string_view text);
 
 std::string ToHex(std::span<const std::byte> bytes);

@@ -21,6 +21,13 @@ TEST(Text, PrintableHasNoControlCharacters) {
   EXPECT_EQ(Printable("\xc2\x9b"), "?") << "a control sequence may begin with one character";
 }
 
+TEST(Text, PrintableHasNoCharactersThatChangeTheDirection) {
+  for (const char *character : {"\u061c", "\u200e", "\u200f", "\u202a", "\u202e", "\u2066", "\u2069"})
+    EXPECT_EQ(Printable(std::string("a") + character + "b"), "a?b") << ToHex(BytesOf(character));
+  for (const char *character : {"\u061b", "\u061d", "\u200d", "\u2010", "\u2029", "\u202f", "\u2065", "\u206a"})
+    EXPECT_EQ(Printable(character), character) << ToHex(BytesOf(character));
+}
+
 TEST(Text, Hex) {
   EXPECT_EQ(ToHex(BytesOf(std::string_view("\x00\x7f\xff", 3))), "007fff");
   EXPECT_EQ(FromHex("007fff"), std::string("\x00\x7f\xff", 3));
