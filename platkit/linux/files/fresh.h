@@ -32,6 +32,17 @@ class Fresh {
     return *value_;
   }
 
+  // As Get, for a value that is made from others that were read before: `make` returns it as a Fresh that is as old as
+  // the oldest of them.
+  template <typename Make>
+  T &GetMade(const Clock &clock, Make make) {
+    if (!IsFresh(clock)) *this = make();
+    return *value_;
+  }
+
+  // The time from which the value's age counts.
+  Clock::Time readAt() const { return readAt_; }
+
  private:
   bool IsFreshAt(Clock::Time now) const { return value_.has_value() && now - readAt_ < kFreshTime; }
 

@@ -24,17 +24,25 @@ Group *VmGroups::OwnControlGroup(Group &process) {
   if (process.kind != GroupKind::kVm) return nullptr;
   Group *group = tree_.FindKnown(process.parentID);
   if (group == nullptr || group->kind != GroupKind::kControlGroup) return nullptr;
-  const bool isOwn = process.vm->hasOwnControlGroup.Get(
-      files_.clock(), [&] { return reader_.mount().memoryFiles != CgroupVersion::kNone && IsAlone(process, *group); });
+  const bool isOwn =
+      process.vm->hasOwnControlGroup.GetMade(files_.clock(), [&] { return IsOwnControlGroup(process, *group); });
   return isOwn ? group : nullptr;
 }
 
-// Groups whose members are known from a fresh listing are not read again.
-bool VmGroups::IsAlone(const Group &vm, const Group &top) {
+Fresh<bool> VmGroups::IsOwnControlGroup(const Group &vm, const Group &group) {
+  Clock::Time readAt = files_.clock().Now();
+  const bool isOwn = reader_.mount().memoryFiles != CgroupVersion::kNone && IsAlone(vm, group, readAt);
+  return {isOwn, readAt};
+}
+
+// Groups whose members are known from a fresh listing are not read again; `readAt` is then lowered to the time of the
+// listing.
+bool VmGroups::IsAlone(const Group &vm, const Group &top, Clock::Time &readAt) {
   std::vector<const Group *> listed;
   std::vector<std::string> folders;
   const auto visit = [&](const Group &group) {
-    if (group.processesRead.IsFresh(files_.clock())) {
+    if (group.processesRead.IsFresh(files_.clock()) && group.controlGroupsRead.IsFresh(files_.clock())) {
+      readAt = std::min({readAt, group.processesRead.readAt(), group.controlGroupsRead.readAt()});
       listed.push_back(&group);
     } else {
       folders.push_back(group.folder);

@@ -18,7 +18,8 @@ class VmGroups {
   Group *OwnControlGroup(Group &process);
 
  private:
-  bool IsAlone(const Group &vm, const Group &top);
+  Fresh<bool> IsOwnControlGroup(const Group &vm, const Group &group);
+  bool IsAlone(const Group &vm, const Group &top, Clock::Time &readAt);
   bool HasOtherMember(const Group &vm, const Group &group);
   bool ListsOtherProcess(const Group &vm, const std::string &folder);
 

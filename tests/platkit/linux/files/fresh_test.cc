@@ -34,6 +34,21 @@ TEST(Fresh, AgeCountsFromTheStartOfTheRead) {
   EXPECT_FALSE(value.IsFresh(clock));
 }
 
+TEST(Fresh, AMadeValueIsAsOldAsWhatItIsMadeOf) {
+  Clock::Time now;
+  const Clock clock([&now] { return now; });
+  Fresh<int> value;
+  int makes = 0;
+  const Clock::Time start = now;
+  const auto get = [&] { return value.GetMade(clock, [&] { return Fresh<int>(++makes, start); }); };
+  now += kFreshTime - nanoseconds(1);
+  EXPECT_EQ(get(), 1);
+  EXPECT_EQ(get(), 1);
+  EXPECT_EQ(value.readAt(), start);
+  now += nanoseconds(1);
+  EXPECT_EQ(get(), 2);
+}
+
 TEST(Fresh, AValueThatWasReadBefore) {
   Clock::Time now;
   const Clock clock([&now] { return now; });

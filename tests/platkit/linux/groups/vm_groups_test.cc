@@ -1,6 +1,11 @@
 // Finding the own control group of a VM.
 #include "platkit/linux/groups/vm_groups.h"
 
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
 #include "tests/linux/saved_host.h"
 
 namespace platkit {
@@ -38,6 +43,33 @@ TEST(VmGroups, ProcessesInGroupsBelowCount) {
     if (listed) host.ask().Members(host.ControlGroup(kOwn));
     EXPECT_FALSE(HasOwnGroup(host, 310));
   }
+}
+
+// Changes a file without SavedHost, which would let time pass.
+void Replace(const SavedHost &host, const std::string &path, const char *text) {
+  std::ofstream(host.Path(path)) << text;
+}
+
+TEST(VmGroups, TheAnswerIsAsOldAsTheListingItComesFrom) {
+  SavedHost host("clients.host");
+  host.ask().Members(host.ControlGroup(kOwn));
+  Replace(host, kOwn + "/cgroup.procs", "310\n311\n321\n");
+  host.Age(kFreshTime - std::chrono::nanoseconds(1));
+  EXPECT_TRUE(HasOwnGroup(host, 310));
+  host.Age(std::chrono::nanoseconds(1));
+  EXPECT_FALSE(HasOwnGroup(host, 310));
+}
+
+TEST(VmGroups, TheAnswerIsAsOldAsTheListedFoldersItComesFrom) {
+  SavedHost host("clients.host");
+  host.ask().Capacity(host.ControlGroup(kOwn));  // lists the folders only
+  host.Age(kFreshTime / 2);
+  host.ask().Members(host.ControlGroup(kOwn));
+  std::filesystem::create_directories(host.Path(kOwn + "/below"));
+  Replace(host, kOwn + "/below/cgroup.procs", "321\n");
+  EXPECT_TRUE(HasOwnGroup(host, 310));
+  host.Age(kFreshTime / 2);
+  EXPECT_FALSE(HasOwnGroup(host, 310));
 }
 
 TEST(VmGroups, AGroupOfManyFoldersCountsAsShared) {
