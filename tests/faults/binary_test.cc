@@ -24,13 +24,12 @@ struct Symbol {
 // The exported symbols of a program or library, by their names without versions.
 std::map<std::string, Symbol> SymbolsOf(const char *file) {
   const Outcome outcome =
-      testing_support::Run({.program = NM_PROGRAM,
-                            .arguments = {"-D", "-S", "-t", "d", "--defined-only", "--without-symbol-versions", file}});
+      testing_support::Run({.program = NM_PROGRAM, .arguments = {"-D", "-S", "-t", "d", "--defined-only", file}});
   EXPECT_EQ(outcome.exitStatus, 0) << outcome;
   std::map<std::string, Symbol> symbols;
   for (const std::string &line : Lines(outcome.output)) {
     const std::vector<std::string> words = Words(line);
-    if (words.size() == 4) symbols[words[3]] = {words[1], words[2]};
+    if (words.size() == 4) symbols[words[3].substr(0, words[3].find('@'))] = {words[1], words[2]};
   }
   return symbols;
 }

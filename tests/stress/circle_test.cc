@@ -5,6 +5,13 @@
 #include "tests/stress/large_host.h"
 #include "tests/support/process.h"
 
+// Millions of visits take minutes with the sanitizers.
+#ifdef KESTREL_SANITIZE
+#define SKIP_IF_SANITIZED() GTEST_SKIP() << "it takes minutes with the sanitizers"
+#else
+#define SKIP_IF_SANITIZED() static_cast<void>(0)
+#endif
+
 namespace stress {
 namespace {
 
@@ -47,9 +54,7 @@ TEST(Circle, GroupsThatNameEachOtherAreVisitedEachTime) {
 }
 
 TEST(Circle, FourGroupsThatNameEachOtherAreWalkedToTheEnd) {
-#ifdef KESTREL_SANITIZE
-  GTEST_SKIP() << "it takes minutes with the sanitizers";
-#endif
+  SKIP_IF_SANITIZED();
   LargeHost host;
   for (const int64_t id : {0, 1, 2, 3})
     host.AddGroup(id, {0, 1, 2, 3});
@@ -61,6 +66,7 @@ TEST(Circle, FourGroupsThatNameEachOtherAreWalkedToTheEnd) {
 
 // Long lists exhaust the budget with few visits.
 TEST(Circle, TheWalkStopsWhenItsBudgetIsUsedUp) {
+  SKIP_IF_SANITIZED();
   constexpr int kNames = 65536;
   LargeHost host;
   host.AddGroup(0, std::vector<int64_t>(kNames, 7));
@@ -72,6 +78,7 @@ TEST(Circle, TheWalkStopsWhenItsBudgetIsUsedUp) {
 }
 
 TEST(Circle, TheWalkAlsoStopsWithoutACycle) {
+  SKIP_IF_SANITIZED();
   constexpr int kNames = 65536;
   LargeHost host;
   for (int64_t id = 20; id < 32; ++id)
@@ -83,6 +90,7 @@ TEST(Circle, TheWalkAlsoStopsWithoutACycle) {
 }
 
 TEST(Circle, WhatFollowsTheRowsIsPrinted) {
+  SKIP_IF_SANITIZED();
   LargeHost host;
   host.AddGroup(0, std::vector<int64_t>(100'000, 0));
   const Outcome run = testing_support::Run(
