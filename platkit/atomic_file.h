@@ -39,7 +39,7 @@ class AtomicFile {
   // statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors.
   [[nodiscard]] HVC_ReturnStatus Create(const std::string &path, Readers readers);
 
-  // Of the new file. -1 before Create and after Commit.
+  // The descriptor of the new file; -1 before Create and after Commit.
   int fd() const { return fd_; }
 
   // Waits until the data is on the disk, which may take long. Statuses as for Commit.
