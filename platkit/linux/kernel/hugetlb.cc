@@ -24,7 +24,10 @@ uint64_t SizeOfPool(std::string_view folder) {
 bool HasNumaNodeFolders(HostFiles &files) { return files.Exists(HostPath(kNodes)); }
 
 std::string HugetlbFolderOfNode(uint64_t numaNode) {
-  return std::string(kNodes) + "/node" + std::to_string(numaNode) + "/hugepages";
+  std::string folder(kNodes);
+  folder += "/node";
+  folder += std::to_string(numaNode);
+  return folder += "/hugepages";
 }
 
 HVC_ReturnStatus ListHugetlbSizes(HostFiles &files, const std::string &folder, std::vector<uint64_t> &sizes) {
