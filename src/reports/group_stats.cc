@@ -118,10 +118,11 @@ class TagRows {
   // False if other tags use all rows.
   [[nodiscard]] bool Add(const GroupStatsRow &row) {
     for (TagRow &tagRow : rows_) {
-      if (tagRow.IsFree())
+      if (tagRow.IsFree()) {
         tagRow.Take(row.tag);
-      else if (!tagRow.Has(row.tag))
+      } else if (!tagRow.Has(row.tag)) {
         continue;
+      }
       tagRow.sums.Add(columns, &row);
       return true;
     }
