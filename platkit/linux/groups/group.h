@@ -49,14 +49,14 @@ struct VmFacts {
 };
 
 struct Group {
-  // What it is.
+  // Identity and kind.
   GroupKind kind;
   int64_t id;
   std::string name;  // as the kernel writes it; for a VM, the guest's name
   // The folder of a control group, relative to the root folder, and its inode number.
   std::string folder = {};
   uint64_t inode = 0;
-  // Of a process or a VM.
+  // Set only for a process or a VM.
   ProcessIdentity identity = {};
   uint64_t threads = 0;
 
