@@ -1,11 +1,22 @@
-// Makes texts of the host safe to print.
+// Makes names of the host safe to print.
 #ifndef PLATKIT_LINUX_FILES_PRINTABLE_H
 #define PLATKIT_LINUX_FILES_PRINTABLE_H
 
+#include <cstddef>
+#include <string>
+#include <string_view>
+
 namespace platkit {
 
-// Replaces a control character by a question mark.
-constexpr char Printable(char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f' ? '?' : c; }
+// Returns the name as UTF-8 of at most `maxBytes` bytes. A character that does not fit as a whole is omitted, along
+// with everything after it. Anybody may have chosen the name, so a question mark replaces each
+// - malformed sequence of bytes,
+// - control character and line separator, which terminals and readers of lines obey,
+// - comma and double quote, which separate and enclose the fields of CSV,
+// - invisible character and character that changes the direction of text: two names that differ could look the same.
+//
+// A name that was made printable before stays the same.
+std::string PrintableName(std::string_view name, size_t maxBytes);
 
 }  // namespace platkit
 

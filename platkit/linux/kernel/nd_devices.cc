@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "platkit/linux/files/folder_reader.h"
-#include "platkit/linux/files/printable.h"
 #include "platkit/linux/files/text_scanner.h"
 #include "platkit/linux/kernel/figure_files.h"
 
@@ -39,9 +38,7 @@ std::string ReadNdText(HostFiles &files, std::string_view device, std::string_vi
   char buffer[256];
   std::string_view text;
   if (files.ReadShort(HostPath(kDevices, "/", device, "/", file), buffer, text) != HVC_OK) return {};
-  std::string line(text.substr(0, text.find('\n')));
-  std::transform(line.begin(), line.end(), line.begin(), Printable);
-  return line;
+  return std::string(text.substr(0, text.find('\n')));
 }
 
 Figure ReadNdFigure(HostFiles &files, std::string_view device, std::string_view file) {

@@ -23,7 +23,7 @@ bool ParseNdNumber(std::string_view device, std::string_view kind, uint64_t &num
 
 // Readers of one file of a device.
 
-// The first line, with control characters replaced by '?'. Empty if it cannot be read.
+// The first line, unchanged. Empty if it cannot be read.
 std::string ReadNdText(HostFiles &files, std::string_view device, std::string_view file);
 
 // An amount. Absent if the device has no such file.

@@ -42,8 +42,7 @@ Group *GroupRecords::FindOfKnownKind(int64_t id) {
 HVC_ReturnStatus GroupRecords::Name(int64_t id, GroupNameRecord &record) {
   const Group *group = FindOfKnownKind(id);
   if (group == nullptr) return HVC_NOT_FOUND;
-  const std::string_view name = std::string_view(group->name).substr(0, sizeof record.name - 1);
-  std::ranges::transform(name, record.name, Printable);
+  PrintableName(group->name, sizeof record.name - 1).copy(record.name, sizeof record.name);
   return HVC_OK;
 }
 

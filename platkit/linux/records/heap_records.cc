@@ -9,12 +9,6 @@ namespace {
 
 constexpr size_t kMaxName = sizeof HeapStatsRecord{}.name - 1;
 
-std::string NameOf(const SlabCache &cache) {
-  std::string name = cache.name.substr(0, kMaxName);
-  std::ranges::transform(name, name.begin(), Printable);
-  return name;
-}
-
 Figure Product(Figure a, Figure b) {
   const uint64_t factor = b.Cell(0);
   return b == Figure(factor) ? a * factor : Figure::Unreadable();
@@ -75,7 +69,7 @@ const HeapRecords::Heaps &HeapRecords::Read() {
 HeapRecords::Heaps HeapRecords::Merge(const Slabinfo &info) {
   Heaps all = {.status = info.status, .heaps = {}, .byName = {}};
   for (const SlabCache &cache : info.caches) {
-    std::string name = NameOf(cache);
+    std::string name = PrintableName(cache.name, kMaxName);
     const auto [found, isNew] = all.byName.try_emplace(name, all.heaps.size());
     if (isNew) all.heaps.push_back({.name = std::move(name), .objectSize = cache.objectSize});
     Heap &heap = all.heaps[found->second];

@@ -28,7 +28,7 @@ class HeapRecords {
   [[nodiscard]] HVC_ReturnStatus Stats(std::string_view name, HeapStatsRecord &record);
 
  private:
-  // All caches whose names are equal after truncation to the size of the record's field.
+  // All caches whose printable names are equal after truncation to the size of the record's field.
   struct Heap {
     std::string name;
     Figure slabs = Figure(0);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platkit/linux/files/printable.h"
 #include "platkit/linux/kernel/nd_devices.h"
 #include "platkit/linux/kernel/nd_region.h"
 #include "platkit/linux/kernel/nvdimm.h"
@@ -134,8 +135,9 @@ PmemRecords::RegionList PmemRecords::ReadRegions(const Volume &volume) {
     const Clock::Time now = files_.clock().Now();
     const Figure size = ReadNdFigure(files_, device, "size");
     if (size == Figure(0) || (size.isAbsent() && !NdDeviceExists(files_, device))) continue;
-    const std::string uuid = ReadNdText(files_, device, "uuid");
-    const bool hasUuid = uuid.size() == kUuidLength;
+    const std::string text = ReadNdText(files_, device, "uuid");
+    const bool hasUuid = text.size() == kUuidLength;
+    const std::string uuid = PrintableName(text, kUuidLength);
     regions.push_back({.name = hasUuid && !IsNameTaken(uuid, regions) ? uuid : device,
                        .device = device,
                        .hasUuid = hasUuid,

@@ -44,6 +44,20 @@ TEST(HeapRecords, CachesOfOneNameAreMerged) {
   EXPECT_CELL(heap.numRanges, 2u);
 }
 
+TEST(HeapRecords, NamesFromTheListFindTheirHeaps) {
+  SavedHost host("two-nodes.host");
+  const std::string figures = " 1 2 100 2 1 : tunables 0 0 0 : slabdata 1 1 0\n";
+  host.Write("proc/slabinfo",
+             "a,b" + figures + "a\"b" + figures + "c\xff" + figures + std::string(34, 'x') + "\xc3\xa9" + figures);
+  const Names names = host.ask().Names("system_heaps");
+  EXPECT_EQ(names, (Names{"a?b", "c?", std::string(34, 'x')}));
+  for (const std::string &name : names)
+    EXPECT_EQ(Heap(host, name.c_str()).name, name);
+  EXPECT_CELL(Heap(host, "a?b").size, 8192u) << "two caches whose printable names are equal";
+  HeapStatsRecord record;
+  EXPECT_EQ(host.ask().Get("system_heaps_stats", {"a,b"}, record), HVC_NOT_FOUND);
+}
+
 TEST(HeapRecords, ALargeHeapIsScaledDown) {
   SavedHost host("two-nodes.host");
   const HeapStatsRecord heap = Heap(host, "dentry");

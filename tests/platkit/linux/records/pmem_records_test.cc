@@ -187,6 +187,10 @@ TEST(PmemRecords, EachFileOfARegion) {
   EXPECT_EQ(Regions(host, kVolume), (Names{"namespace0.0", kDax}));
   host.Write(space + "uuid", kDax + "\n");
   EXPECT_EQ(Regions(host, kVolume), (Names{kDax, "namespace0.1"})) << "one of each name";
+  host.Write(space + "uuid", "a,b" + std::string(33, '0') + "\n");
+  const std::string printable = "a?b" + std::string(33, '0');
+  EXPECT_EQ(Regions(host, kVolume), (Names{printable, kDax}));
+  EXPECT_CELL(Region(host, kVolume, printable).numaAffinityMask, 0u) << "a name from the list finds its region";
 }
 
 TEST(PmemRecords, NamesOfVolumes) {
