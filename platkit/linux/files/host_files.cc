@@ -43,7 +43,7 @@ HostFiles::Place HostFiles::PlaceOf(const HostPath &path) {
 }
 
 HVC_ReturnStatus HostFiles::OpenBelowRoot(const HostPath &path, int flags, FileDescriptor &file) {
-  if (path.c_str() == nullptr) return HVC_IO_ERROR;
+  if (path.c_str() == nullptr) return HVC_NAME_TOO_LONG;
   const HVC_ReturnStatus status = OpenRoot();
   if (status != HVC_OK) return status;
   if (reach_ == Reach::kHost) {
@@ -148,11 +148,19 @@ HVC_ReturnStatus HostFiles::WriteAt(const HostPath &path, uint32_t offset, std::
 }
 
 HVC_ReturnStatus HostFiles::ReadLink(const HostPath &path, std::span<char> buffer, std::string_view &text) {
+  if (path.c_str() == nullptr) return HVC_NAME_TOO_LONG;
+  if (const HVC_ReturnStatus status = OpenRoot(); status != HVC_OK) return status;
   FileDescriptor link;
-  const HVC_ReturnStatus status = OpenBelowRoot(path, O_PATH | O_NOFOLLOW, link);
-  if (status != HVC_OK) return status;
-  const ssize_t got = readlinkat(link.get(), "", buffer.data(), buffer.size());
-  if (got < 0) return StatusOfErrno(errno);
+  Place place = {};
+  if (reach_ == Reach::kHost) {
+    place = PlaceOf(path);  // readlink needs no open
+  } else {
+    link = OpenInRoot(path, O_PATH | O_NOFOLLOW);
+    if (!link.isOpen()) return StatusOfErrno(errno);
+    place = {link.get(), ""};
+  }
+  const ssize_t got = readlinkat(place.folder, place.path, buffer.data(), buffer.size());
+  if (got < 0) return errno == EINVAL ? HVC_NOT_FOUND : StatusOfErrno(errno);
   text = {buffer.data(), static_cast<size_t>(got)};
   return HVC_OK;
 }
@@ -171,7 +179,7 @@ HVC_ReturnStatus HostFiles::Identify(const HostPath &path, uint64_t &inode) {
     return status;
   }
   // On the running host, stat needs no open.
-  if (path.c_str() == nullptr) return HVC_IO_ERROR;
+  if (path.c_str() == nullptr) return HVC_NAME_TOO_LONG;
   const HVC_ReturnStatus status = OpenRoot();
   if (status != HVC_OK) return status;
   struct stat about;

@@ -29,7 +29,8 @@ enum class Writes { kRefused, kTaken };
 enum class Access { kRead, kWrite };
 
 // All operations return HVC_NOT_FOUND if the file, its folder or its process does not exist, HVC_NO_PERMISSION if this
-// user may not open it, and HVC_IO_ERROR on most other failures (see errno_status.h), unless they say otherwise.
+// user may not open it, HVC_NAME_TOO_LONG if the path is longer than the kernel accepts, and HVC_IO_ERROR on most other
+// failures (see errno_status.h), unless they say otherwise.
 class HostFiles {
  public:
   using Observer = std::function<void(std::string_view path, Access access)>;
@@ -63,7 +64,8 @@ class HostFiles {
   // file system is read-only, or writes are refused.
   [[nodiscard]] HVC_ReturnStatus WriteAt(const HostPath &path, uint32_t offset, std::span<const std::byte> bytes);
 
-  // Reads the target of a symbolic link. `text` points into the buffer.
+  // Reads the target of a symbolic link, up to the buffer's size. `text` points into the buffer. HVC_NOT_FOUND if the
+  // file is no link.
   [[nodiscard]] HVC_ReturnStatus ReadLink(const HostPath &path, std::span<char> buffer, std::string_view &text);
 
   // Whether the file or folder exists, even if this user may not open it.

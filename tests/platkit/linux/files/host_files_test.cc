@@ -59,8 +59,18 @@ TEST(HostFiles, Statuses) {
   EXPECT_EQ(files.Read(HostPath("nowhere"), buffer, text), HVC_NOT_FOUND);
   EXPECT_EQ(files.Read(HostPath("file/below"), buffer, text), HVC_NOT_FOUND);
   EXPECT_EQ(files.Read(HostPath("."), buffer, text), HVC_IO_ERROR);
-  EXPECT_EQ(files.Read(HostPath(std::string(5000, 'x')), buffer, text), HVC_IO_ERROR);
-  EXPECT_EQ(files.ReadLink(HostPath("file"), buffer, text), HVC_NOT_FOUND) << "no link";
+  EXPECT_EQ(files.Read(HostPath(std::string(5000, 'x')), buffer, text), HVC_NAME_TOO_LONG);
+  host.MakeLink("link", "target");
+  for (const Reach reach : {Reach::kRootFolder, Reach::kHost}) {
+    HostFiles both(host.Path(""), reach);
+    EXPECT_EQ(both.ReadLink(HostPath("file"), buffer, text), HVC_NOT_FOUND) << "no link";
+    EXPECT_EQ(both.ReadLink(HostPath("nowhere"), buffer, text), HVC_NOT_FOUND);
+    EXPECT_EQ(both.ReadLink(HostPath(std::string(5000, 'x')), buffer, text), HVC_NAME_TOO_LONG);
+    EXPECT_EQ(both.ReadLink(HostPath("link"), buffer, text), HVC_OK);
+    EXPECT_EQ(text, "target");
+    EXPECT_EQ(both.ReadLink(HostPath("link"), {buffer, 3}, text), HVC_OK);
+    EXPECT_EQ(text, "tar");
+  }
   OrdinaryUser user;
   EXPECT_EQ(files.Read(HostPath("closed"), buffer, text), HVC_NO_PERMISSION);
 }
@@ -203,7 +213,7 @@ TEST(HostFiles, AFileIsIdentifiedByItsInode) {
     EXPECT_EQ(files.Identify(HostPath("proc/8/status"), second), HVC_NOT_FOUND);
     EXPECT_EQ(second, 0u);
     EXPECT_EQ(files.Identify(HostPath("proc/7/status/x"), second), HVC_NOT_FOUND);
-    EXPECT_EQ(files.Identify(HostPath("proc/", std::string(PATH_MAX, 'x')), second), HVC_IO_ERROR);
+    EXPECT_EQ(files.Identify(HostPath("proc/", std::string(PATH_MAX, 'x')), second), HVC_NAME_TOO_LONG);
     EXPECT_EQ(HostFiles(host.Path("none"), reach).Identify(HostPath("proc"), second), HVC_NOT_FOUND);
   }
 }
