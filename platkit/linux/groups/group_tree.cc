@@ -114,10 +114,11 @@ HVC_ReturnStatus GroupTree::List(Group &group, ParamList &list) {
   return HVC_FAILURE;
 }
 
+// A list without the members that could not be read would hide them, so there is none.
 HVC_ReturnStatus GroupTree::ListContainer(Group &group, ParamList &list) {
-  if (const HVC_ReturnStatus status = FindControlGroupsBelow(group); status == HVC_NOT_FOUND) return status;
-  // Unreadable members are omitted.
-  static_cast<void>(group.processesRead.Get(files_.clock(), [&] { return ReadProcesses(group); }));
+  if (const HVC_ReturnStatus status = FindControlGroupsBelow(group); status != HVC_OK) return status;
+  const HVC_ReturnStatus read = group.processesRead.Get(files_.clock(), [&] { return ReadProcesses(group); });
+  if (read != HVC_OK) return read;
   list.Expect(list.params().size() + group.controlGroups.size() + group.processes.size());
   for (const std::vector<int64_t> &members : {std::cref(group.controlGroups), std::cref(group.processes)}) {
     for (const int64_t id : members) {
@@ -164,10 +165,10 @@ HVC_ReturnStatus GroupTree::ReadSubfolders(Group &group, std::vector<Subfolder> 
     }
   }
   std::ranges::sort(found, {}, &Subfolder::name);
-  if (folder.status() == HVC_OK) return HVC_OK;
-  if (group.kind != GroupKind::kHost) found.clear();
   // Without the mount's top, as in a saved root that lacks it, the host has no control groups.
-  return group.kind == GroupKind::kHost ? HVC_OK : folder.status();
+  if (group.kind == GroupKind::kHost && folder.status() == HVC_NOT_FOUND) return HVC_OK;
+  if (folder.status() != HVC_OK) found.clear();
+  return folder.status();
 }
 
 // Returns the identifier of the new group, or -1 if none is free.
@@ -209,7 +210,11 @@ HVC_ReturnStatus GroupTree::ReadProcesses(Group &group) {
 
 // Without control groups, all processes are the host's.
 HVC_ReturnStatus GroupTree::ReadPids(Group &group, std::vector<int64_t> &pids) {
-  return reader_.mount().exists ? ReadCgroupPids(files_, FolderOf(group), pids) : ListProc(files_, pids);
+  const bool isByGroup = reader_.mount().exists;
+  const HVC_ReturnStatus status = isByGroup ? ReadCgroupPids(files_, FolderOf(group), pids) : ListProc(files_, pids);
+  if (status == HVC_OK || status == HVC_NOT_FOUND) return HVC_OK;
+  // The kernel refuses to list the processes of a threaded group: the group above it lists them.
+  return isByGroup && IsThreadedCgroup(files_, FolderOf(group)) ? HVC_OK : status;
 }
 
 void GroupTree::AddProcess(Group &parent, int64_t pid, ProcessStatus &&status, Clock::Time readAt) {

@@ -29,7 +29,8 @@ class GroupTree {
   Group *FindKnown(int64_t id);
 
   // Appends the identifiers of the group's members: for the host, the kernel group; then control groups by name; then
-  // processes by PID.
+  // processes by PID. Fails if members cannot be read: HVC_NO_PERMISSION, or HVC_NAME_TOO_LONG for a control group that
+  // is nested deeper than a path can be long.
   [[nodiscard]] HVC_ReturnStatus List(Group &group, ParamList &list);
 
   // Finds the control groups right below a group.

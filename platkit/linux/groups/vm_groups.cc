@@ -76,7 +76,7 @@ bool VmGroups::HasOtherMember(const Group &vm, const Group &group) {
                              [&](int64_t pid) { return pid != vm.id && tree_.FindKnown(pid) != nullptr; });
 }
 
-// True also if the list cannot be read.
+// True also if this user may not read the list, or if its path is too long.
 bool VmGroups::ListsOtherProcess(const Group &vm, const std::string &folder) {
   std::vector<int64_t> pids;
   const HVC_ReturnStatus result = ReadCgroupPids(files_, folder, pids);
@@ -84,7 +84,7 @@ bool VmGroups::ListsOtherProcess(const Group &vm, const std::string &folder) {
     ProcessStatus status;
     return pid != vm.id && ReadProcessStatus(files_, pid, status) == HVC_OK;
   };
-  return std::ranges::any_of(pids, hasMemory) || result == HVC_NO_PERMISSION;
+  return std::ranges::any_of(pids, hasMemory) || result == HVC_NO_PERMISSION || result == HVC_NAME_TOO_LONG;
 }
 
 }  // namespace platkit

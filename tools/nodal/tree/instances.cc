@@ -6,6 +6,7 @@
 #include "platkit/memory_states.h"
 #include "platkit/records.h"
 #include "tools/nodal/support/output.h"
+#include "tools/nodal/support/text.h"
 
 namespace nodal {
 namespace {
@@ -135,16 +136,26 @@ Arguments Instances::Groups() {
   std::set<Argument> seen;
   Arguments ahead;
   Arguments top;
-  if (tree_.List(members, {IntArgument(kTopGroup)}, top) == HVC_OK) ahead.push_back(IntArgument(kTopGroup));
+  if (tree_.List(members, {IntArgument(kTopGroup)}, top) != HVC_NOT_FOUND) ahead.push_back(IntArgument(kTopGroup));
   while (!ahead.empty()) {
     const Argument group = ahead.back();
     ahead.pop_back();
     if (!seen.insert(group).second) continue;
     groups.push_back(group);
-    const Arguments children = ListEntries(members, {group});
+    const Arguments children = MembersOf(group);
     ahead.insert(ahead.end(), children.rbegin(), children.rend());
   }
   return groups;
+}
+
+// If one group's members cannot be listed, the others are found all the same.
+Arguments Instances::MembersOf(const Argument &group) {
+  const Node &members = nodes::sched_groups_members_groups;
+  Arguments entries;
+  const HVC_ReturnStatus status = tree_.List(members, {group}, entries);
+  if (status == HVC_OK) return entries;
+  if (status != HVC_NOT_FOUND) Complain(PathOf(members, {group}) + ": " + StatusText(status));
+  return {};
 }
 
 // The members and leaders of all groups, and the monitors of these.

@@ -23,7 +23,8 @@ class Instances {
   explicit Instances(Tree &tree) : tree_(tree) {}
 
   // The instances that `node` can take as its next argument after `outer`, in the kernel's order and each once.
-  // Throws a Failure if a list cannot be read; one that does not exist is empty.
+  // Throws a Failure if a list cannot be read; one that does not exist is empty. If the members of a group cannot be
+  // listed, prints a message and continues without them.
   const Arguments &Of(const Node &node, const Arguments &outer) { return Lookup(node, outer).inOrder; }
   bool Contains(const Node &node, const Arguments &outer, const Argument &instance) {
     return Lookup(node, outer).all.contains(instance);
@@ -39,6 +40,7 @@ class Instances {
   Arguments Find(const Node &node, const Arguments &outer);
   Arguments ListEntries(const Node &list, const Arguments &arguments);
   Arguments Groups();
+  Arguments MembersOf(const Argument &group);
   Arguments Clients();
   Arguments MemNodes();
   Arguments NumaNodes();

@@ -3,8 +3,10 @@
 
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <filesystem>
 
+#include "tests/linux/deep_folders.h"
 #include "tests/linux/saved_host.h"
 
 namespace platkit {
@@ -132,14 +134,51 @@ TEST(GroupTree, AnUnreadableProcessIsListed) {
   EXPECT_CELL(ask.Stats(101).memSize, 40000u);
 }
 
-TEST(GroupTree, UnreadableMembersAreLeftOut) {
+// What cannot be listed must not be missing without a word.
+TEST(GroupTree, AListFailsIfMembersCannotBeRead) {
+  const auto list = [](SavedHost &host, int64_t group) {
+    std::vector<int64_t> members;
+    return host.ask().List("sched_groups_members_groups", {group}, members);
+  };
+  for (const std::string &path : {kWeb + "/cgroup.procs", kWeb}) {
+    SavedHost host("v2.host");
+    const int64_t web = host.ControlGroup(kWeb);
+    host.ask().Members(host.ControlGroup(kTop + "system.slice"));
+    host.Forbid(path);
+    OrdinaryUser user;
+    EXPECT_EQ(list(host, web), HVC_NO_PERMISSION) << path;
+  }
   SavedHost host("v2.host");
-  const int64_t web = host.ControlGroup(kWeb);
-  host.MakeFolder(kWeb + "/inner");
-  const int64_t inner = host.ControlGroup(kWeb + "/inner");
-  host.Forbid(kWeb + "/cgroup.procs");
+  host.Remove(kWeb + "/cgroup.procs");
+  EXPECT_EQ(list(host, host.ControlGroup(kWeb)), HVC_OK);
+  host.MakeFolder(kWeb + "/cgroup.procs");
+  EXPECT_EQ(list(host, host.ControlGroup(kWeb)), HVC_IO_ERROR);
+  host.Write(kWeb + "/cgroup.type", "threaded\n");
+  EXPECT_EQ(list(host, host.ControlGroup(kWeb)), HVC_OK) << "a threaded group has no list, and reading it fails";
+}
+
+TEST(GroupTree, AnUnreadableTopFails) {
+  SavedHost host("v2.host");
+  host.Forbid("sys/fs/cgroup");
   OrdinaryUser user;
-  EXPECT_EQ(host.ask().Members(web), std::vector<int64_t>{inner});
+  std::vector<int64_t> members;
+  EXPECT_EQ(host.ask().List("sched_groups_members_groups", {0}, members), HVC_NO_PERMISSION);
+}
+
+TEST(GroupTree, AGroupNestedDeeperThanAPathIsLong) {
+  SavedHost host("v2.host");
+  DeepFolders deep(host.Path(kTop + "system.slice"));
+  Asker ask = host.ask();
+  int64_t group = host.ControlGroup(kTop + "system.slice");
+  std::vector<int64_t> members;
+  HVC_ReturnStatus status = HVC_OK;
+  for (int depth = 0; depth < DeepFolders::kDepth && status == HVC_OK; ++depth) {
+    members.clear();
+    status = ask.List("sched_groups_members_groups", {group}, members);
+    if (status == HVC_OK) group = *std::ranges::find_if(members, [&](int64_t id) { return ask.Name(id)[0] == 'd'; });
+  }
+  EXPECT_EQ(status, HVC_NAME_TOO_LONG);
+  EXPECT_EQ(ask.Name(group), std::string(63, 'd')) << "it is there all the same";
 }
 
 TEST(GroupTree, GarbageInListsOfProcesses) {

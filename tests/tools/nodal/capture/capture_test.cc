@@ -7,6 +7,8 @@
 #include "platkit/path.h"
 #include "platkit/snapshot/snapshot_source.h"
 #include "platkit/source.h"
+#include "tests/linux/deep_folders.h"
+#include "tests/linux/saved_host.h"
 #include "tests/tools/nodal/program.h"
 #include "tools/nodal/capture/capture.h"
 #include "tools/nodal/support/output.h"
@@ -172,6 +174,19 @@ TEST_F(Capture, InstancesWithoutRecordsAreReported) {
             std::string::npos);
   EXPECT_EQ(Nodal("get /sched/memClients/5/remapTypes --cache " + captured).err,
             "nodal: /sched/memClients/5/remapTypes: Not found\n");
+  EXPECT_EQ(Nodal("verify " + captured).status, 0);
+}
+
+TEST_F(Capture, GroupsThatCannotBeListedAreCounted) {
+  platkit::SavedHost host("v2.host");
+  const platkit::DeepFolders folders(host.Path("sys/fs/cgroup/system.slice"));
+  const std::string root = "--root " + host.Path("") + " ";
+  const std::string captured = scratch_.Path("captured");
+  const Outcome outcome = Nodal(root + "capture -o " + captured);
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_TRUE(outcome.err.ends_with("; 1 unreadable: Name too long\n")) << outcome.err;
+  EXPECT_EQ(Nodal(root + "metrics --prefix '' --only group --only reading_failures | tail -n 2").out,
+            "reading_failures 1\n# EOF\n");
   EXPECT_EQ(Nodal("verify " + captured).status, 0);
 }
 

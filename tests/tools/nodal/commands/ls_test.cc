@@ -69,6 +69,16 @@ TEST(Ls, CyclesEnd) {
   EXPECT_EQ(Nodal("ls /sched/groups --cache " + host).out, "0/\n1/\n2/\n");
 }
 
+TEST(Ls, AGroupWhoseMembersCannotBeListedHidesNoOthers) {
+  const Scratch scratch;
+  const std::string host = Built(scratch, HostOf(R"("/sched/groups/0/members/groups": [1, 2],
+    "failed:/sched/groups/1/members/groups": {"status": "Name too long"}, "/sched/groups/2/members/groups": [3])"));
+  const Outcome outcome = Nodal("ls /sched/groups --cache " + host);
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.out, "0/\n1/\n2/\n3/\n");
+  EXPECT_EQ(outcome.err, "nodal: /sched/groups/1/members/groups: Name too long\n");
+}
+
 TEST(Ls, NamesAreShownSafely) {
   const Scratch scratch;
   const std::string host = Built(scratch, HostOf(R"("/system/heaps": ["a/b", "\u001b[1m", "caf\u00e9\u009b", ""])"));
