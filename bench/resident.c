@@ -1,6 +1,7 @@
 /*
- * resident MB: a process that looks like a virtual machine; start it as qemu-system-x86_64. Each line on its input
- * allocates or releases MB of resident memory, and it prints a line when done. It exits at the end of its input.
+ * resident MB: a process that looks like a virtual machine; copy it to qemu-system-x86_64 and start it as root. Each
+ * line on its input allocates or releases MB of resident memory, and it prints a line when done. It exits at the end of
+ * its input.
  */
 #include <stdio.h>
 #include <stdlib.h>
