@@ -86,7 +86,8 @@ def make_root(folder, programs, kernel, reports):
     copy(f"{HERE}/second_host.sh", f"{folder}/init")
     for program in programs:
         copy_program(program, f"{folder}/bin/{os.path.basename(program)}")
-    os.symlink("memory_load", f"{folder}/bin/{machines.QEMU}")
+    # A copy: the program of a machine must be QEMU by its file, not by a link.
+    copy(f"{folder}/bin/memory_load", f"{folder}/bin/{machines.QEMU}")
     for library in libraries_of(*programs):
         copy(library, folder + library if "/ld-" in library else f"{folder}/lib/{os.path.basename(library)}")
     modules = Modules(kernel)

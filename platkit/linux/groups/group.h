@@ -59,6 +59,7 @@ struct Group {
   // Set only for a process or a VM.
   ProcessIdentity identity = {};
   uint64_t threads = 0;
+  ProcessUser user = {};
 
   // Its place in the tree. The control groups right below it are in the order of their names, the processes in the
   // order of their PIDs. Both contain the members found so far, and are complete while the result of reading them is
@@ -74,6 +75,7 @@ struct Group {
   std::unique_ptr<ProcessReadings> process = nullptr;
   std::unique_ptr<VmFacts> vm = nullptr;
   bool isKindKnown = false;  // for a process: whether it was checked for a VM
+  bool mayBeVm = false;      // the check was not completed; see VmDetector
 };
 
 }  // namespace platkit

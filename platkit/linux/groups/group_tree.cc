@@ -25,7 +25,8 @@ HVC_ReturnStatus ListProc(HostFiles &files, std::vector<int64_t> &pids) {
 
 }  // namespace
 
-GroupTree::GroupTree(HostFiles &files, GroupReader &reader) : files_(files), reader_(reader), vmDetector_(files) {
+GroupTree::GroupTree(HostFiles &files, GroupReader &reader, VmDetector::Limits limits)
+    : files_(files), reader_(reader), vmDetector_(files, reader, limits) {
   groups_.emplace(kHostGroup, Group{.kind = GroupKind::kHost, .id = kHostGroup, .name = "host", .parentID = -1});
   groups_.emplace(kKernelGroup,
                   Group{.kind = GroupKind::kKernel, .id = kKernelGroup, .name = "kernel", .parentID = kHostGroup});
@@ -226,6 +227,7 @@ void GroupTree::AddProcess(Group &parent, int64_t pid, ProcessStatus &&status, C
   Group process = {.kind = GroupKind::kProcess, .id = pid, .name = status.name, .parentID = parent.id};
   process.identity = status.identity;
   process.threads = status.threads;
+  process.user = status.user;
   process.process = std::make_unique<ProcessReadings>();
   process.process->status = {std::move(status), readAt};
   groups_.emplace(pid, std::move(process));
@@ -235,7 +237,9 @@ void GroupTree::AddProcess(Group &parent, int64_t pid, ProcessStatus &&status, C
 void GroupTree::DetectVm(Group &group) {
   if (group.kind != GroupKind::kProcess || group.isKindKnown) return;
   group.isKindKnown = true;
-  std::optional<QemuOptions> options = vmDetector_.Detect(group.id, group.name, group.threads);
+  auto [options, isUnknown] =
+      vmDetector_.Detect({.pid = group.id, .name = group.name, .threads = group.threads, .user = group.user});
+  group.mayBeVm = isUnknown;
   if (!options || reader_.Confirm(group) != HVC_OK) return;
   group.kind = GroupKind::kVm;
   group.vm = std::make_unique<VmFacts>();
@@ -246,21 +250,30 @@ void GroupTree::DetectVm(Group &group) {
   groups_.emplace(vmmID, Group{.kind = GroupKind::kVmm, .id = vmmID, .name = "vmm", .parentID = group.id});
 }
 
-HVC_ReturnStatus GroupTree::CountVms(uint32_t &count) {
+HVC_ReturnStatus GroupTree::CountVms(Figure &count) {
   std::vector<int64_t> pids;
   const HVC_ReturnStatus status = ListProc(files_, pids);
-  count = static_cast<uint32_t>(std::ranges::count_if(pids, [this](int64_t pid) { return RunsVm(pid); }));
+  count = Figure(0);
+  for (const int64_t pid : pids)
+    count = count + CountVm(pid);
   return status;
 }
 
-bool GroupTree::RunsVm(int64_t pid) {
+// 1 for a VM, 0 for another process; unreadable if the limit of descriptors leaves it open.
+Figure GroupTree::CountVm(int64_t pid) {
+  bool isVm = false;
+  bool mayBeVm = false;
   if (Group *known = FindKnown(pid); known != nullptr) {
     DetectVm(*known);
-    return known->kind == GroupKind::kVm;
+    isVm = known->kind == GroupKind::kVm;
+    mayBeVm = known->mayBeVm;
+  } else if (ProcessStatus status; ReadProcessStatus(files_, pid, status) == HVC_OK) {
+    const VmDetector::Result result =
+        vmDetector_.Detect({.pid = pid, .name = status.name, .threads = status.threads, .user = status.user});
+    isVm = result.options.has_value();
+    mayBeVm = result.isUnknown;
   }
-  ProcessStatus status;
-  return ReadProcessStatus(files_, pid, status) == HVC_OK &&
-         vmDetector_.Detect(pid, status.name, status.threads).has_value();
+  return mayBeVm && !isVm ? Figure::Unreadable() : Figure(isVm ? 1 : 0);
 }
 
 // Forgets a group and all below it.

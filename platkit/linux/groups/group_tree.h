@@ -19,7 +19,7 @@ namespace platkit {
 // are read on request; see GroupReader.
 class GroupTree {
  public:
-  GroupTree(HostFiles &files, GroupReader &reader);
+  GroupTree(HostFiles &files, GroupReader &reader, VmDetector::Limits limits = {});
 
   // Finds a group by its identifier, and searches the host if no listing has returned it. Null if it does not exist.
   // The pointer is valid until a group above it is listed.
@@ -39,8 +39,9 @@ class GroupTree {
   // Turns a process that runs a VM into a group of kind kVm with a VMM below it. Checks each process once per listing.
   void DetectVm(Group &group);
 
-  // Counts the VMs of the host. Checks every process.
-  [[nodiscard]] HVC_ReturnStatus CountVms(uint32_t &count);
+  // Counts the VMs of the host. Checks every process. Unreadable if there were too many descriptors to check them all;
+  // see VmDetector.
+  [[nodiscard]] HVC_ReturnStatus CountVms(Figure &count);
 
  private:
   struct Subfolder {
@@ -65,7 +66,7 @@ class GroupTree {
   void AddProcess(Group &parent, int64_t pid, ProcessStatus &&status, Clock::Time readAt);
 
   void Forget(int64_t id);
-  bool RunsVm(int64_t pid);
+  Figure CountVm(int64_t pid);
   Group &Host() { return groups_.at(kHostGroup); }
 
   HostFiles &files_;

@@ -2,36 +2,65 @@
 #ifndef PLATKIT_LINUX_GROUPS_VM_DETECTOR_H
 #define PLATKIT_LINUX_GROUPS_VM_DETECTOR_H
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
 
 #include "platkit/linux/files/fresh.h"
+#include "platkit/linux/groups/group_reader.h"
 #include "platkit/linux/kernel/kvm_debugfs.h"
+#include "platkit/linux/kernel/process_status.h"
 #include "platkit/linux/kernel/qemu_cmdline.h"
 
 namespace platkit {
 
-// A process runs a VM if
-// - its program is QEMU by its name, or
+// Anybody can start a process with the name and the command line of QEMU. So a process runs a VM only if
 // - KVM's list of VMs names one of its threads, or
-// - that list cannot be read or is incomplete, and the process has an open descriptor of a KVM VM.
+// - that list cannot be read or is incomplete, and the process has an open descriptor of a KVM VM, or
+// - it is managed QEMU: it has the name and the command line of QEMU, and either is in a control group for VMs, or is
+//   run by root alone and its program is QEMU.
 //
-// The last check reads a link per descriptor, so it is limited to processes with several threads, and runs only while
-// KVM is in use.
+// The command line is trusted if the process is in a control group for VMs or run by root alone. Otherwise its options
+// are claims of a user: the guest's name gets the user's number, as in "web (uid 1000)", and the maximum of the memory
+// is dropped.
 class VmDetector {
  public:
-  explicit VmDetector(HostFiles &files) : files_(files) {}
+  // The number of descriptors that are searched for a VM.
+  struct Limits {
+    size_t perProcess = 256;  // a monitor opens its VM early, so the VM is among the lowest
+    size_t inAll = 65536;     // within kFreshTime
+  };
 
-  // Returns the VM's command line; nullopt if the process runs no VM. `name` is the process' own (see ProcessStatus).
-  std::optional<QemuOptions> Detect(int64_t pid, std::string_view name, uint64_t threads);
+  VmDetector(HostFiles &files, GroupReader &reader, Limits limits) : files_(files), reader_(reader), limits_(limits) {}
+
+  // From the process' status.
+  struct Candidate {
+    int64_t pid;
+    std::string_view name;
+    uint64_t threads;
+    ProcessUser user;
+  };
+
+  struct Result {
+    std::optional<QemuOptions> options = {};  // nullopt: the process is not known to run a VM
+    bool isUnknown = false;                   // Limits::inAll ended the search of its descriptors
+  };
+
+  Result Detect(const Candidate &process);
 
  private:
-  bool OwnsKvmVm(int64_t pid, uint64_t threads);
+  bool IsInVmGroup(int64_t pid);
+  bool IsRootsQemu(const Candidate &process);
+  bool OwnsKvmVm(const Candidate &process, bool &isUnknown);
+  bool HoldsKvmVm(int64_t pid, bool &isUnknown);
 
   HostFiles &files_;
+  GroupReader &reader_;
+  Limits limits_;
   Fresh<KvmOwners> kvmOwners_;
   Fresh<bool> isKvmInUse_;
+  Fresh<size_t> descriptorsLeft_;
 };
 
 }  // namespace platkit

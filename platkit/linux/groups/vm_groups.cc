@@ -14,8 +14,9 @@ constexpr size_t kMaxFolders = 64;
 
 }  // namespace
 
-Figure VmGroups::GuestMemory(Group &vm) {
-  if (!vm.vm->memory.isAbsent()) return vm.vm->memory;
+Figure VmGroups::GuestMemory(Group &vm, const ProcessStatus &status) {
+  const Figure claimed = vm.vm->memory;
+  if (!claimed.isAbsent() && Lower(claimed, status.size) == claimed) return claimed;
   return vm.vm->mappedMemory.Get(files_.clock(),
                                  [&] { return LargestMemoryMapping(files_, vm.id, reader_.mount().memoryDevices); });
 }

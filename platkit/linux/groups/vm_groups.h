@@ -10,8 +10,10 @@ class VmGroups {
  public:
   VmGroups(HostFiles &files, GroupReader &reader, GroupTree &tree) : files_(files), reader_(reader), tree_(tree) {}
 
-  // The memory of a VM's guest in KB, from the command line or else from the mappings. Absent if neither gives it.
-  Figure GuestMemory(Group &vm);
+  // The memory of a VM's guest in KB. The command line gives it, unless it gives more than the process has mapped: a
+  // monitor maps all memory of its guest before the guest starts. Otherwise the mappings give it. Absent if neither
+  // does.
+  Figure GuestMemory(Group &vm, const ProcessStatus &status);
 
   // The control group of the VM if it contains no other process with memory, so that its figures are the VM's. Null if
   // there is none. `process` may be a group of any kind; only a VM has an own control group.

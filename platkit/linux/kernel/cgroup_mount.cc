@@ -122,7 +122,7 @@ CgroupMount FindCgroupMount(HostFiles &files) {
 }
 
 // Lines are "id:controllers:folder", with no controllers in version 2.
-std::string ReadCgroupOfProcess(HostFiles &files, const CgroupMount &mount, int64_t pid) {
+std::string ReadFullCgroupOfProcess(HostFiles &files, const CgroupMount &mount, int64_t pid) {
   LineReader lines(files, HostPath("proc/", pid, "/cgroup"));
   for (std::string_view line; lines.Next(line);) {
     TextScanner scanner(line);
@@ -131,9 +131,13 @@ std::string ReadCgroupOfProcess(HostFiles &files, const CgroupMount &mount, int6
     const bool isMount = mount.v1Options.empty()
                              ? controllers.AtEnd()
                              : !controllers.AtEnd() && HasWord(mount.v1Options, controllers.TakeUntil(','));
-    if (isMount) return std::string(BelowMounted(scanner.rest(), mount.mounted));
+    if (isMount) return std::string(scanner.rest());
   }
   return {};
+}
+
+std::string ReadCgroupOfProcess(HostFiles &files, const CgroupMount &mount, int64_t pid) {
+  return std::string(BelowMounted(ReadFullCgroupOfProcess(files, mount, pid), mount.mounted));
 }
 
 }  // namespace platkit

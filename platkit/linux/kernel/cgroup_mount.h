@@ -34,6 +34,10 @@ CgroupMount FindCgroupMount(HostFiles &files);
 // top itself, and for a group that is invisible or unknown.
 std::string ReadCgroupOfProcess(HostFiles &files, const CgroupMount &mount, int64_t pid);
 
+// The control group of a process in the same hierarchy, as a path from the top of the hierarchy. The path starts with a
+// slash; it is empty if the group is unknown.
+std::string ReadFullCgroupOfProcess(HostFiles &files, const CgroupMount &mount, int64_t pid);
+
 }  // namespace platkit
 
 #endif  // PLATKIT_LINUX_KERNEL_CGROUP_MOUNT_H

@@ -4,6 +4,7 @@
 
 #include "platkit/linux/files/folder_reader.h"
 #include "platkit/linux/files/text_scanner.h"
+#include "platkit/linux/kernel/process_fd.h"
 #include "platkit/linux/kernel/process_status.h"
 
 namespace platkit {
@@ -14,10 +15,11 @@ KvmOwners ReadKvmOwners(HostFiles &files) {
   FolderReader::Entry entry;
   while (folder.Next(entry)) {
     uint64_t thread = 0;
+    uint64_t descriptor = 0;
     TextScanner scanner(entry.name);
-    if (!scanner.TakeNumber(thread) || !scanner.Take("-")) continue;
+    if (!scanner.TakeNumber(thread) || !scanner.Take("-") || !scanner.TakeNumber(descriptor)) continue;
     int64_t pid = 0;
-    if (ReadProcessOfThread(files, static_cast<int64_t>(thread), pid) == HVC_OK) {
+    if (ReadProcessOfThread(files, static_cast<int64_t>(thread), pid) == HVC_OK && MayBeKvmVm(files, pid, descriptor)) {
       owners.pids.push_back(pid);
     } else {
       owners.isComplete = false;

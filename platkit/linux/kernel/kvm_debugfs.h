@@ -11,10 +11,12 @@ namespace platkit {
 
 struct KvmOwners {
   std::vector<int64_t> pids;  // the processes that created a VM, ascending
-  bool isComplete = false;    // false: the folder cannot be listed, or a thread that created a VM has ended
+  bool isComplete = false;    // false: the folder cannot be listed, or the creator of a VM does not hold it any more
 };
 
-// Each VM has a folder "<thread>-<descriptor>". Reads the status of each thread for its process.
+// Each VM has a folder "<thread>-<descriptor>", named after its creator. Reads the status of each thread for its
+// process, and the link of the descriptor: the creator may have passed the VM on, and another process may have got its
+// PID.
 KvmOwners ReadKvmOwners(HostFiles &files);
 
 }  // namespace platkit

@@ -2,15 +2,26 @@
 #ifndef PLATKIT_LINUX_KERNEL_PROCESS_FD_H
 #define PLATKIT_LINUX_KERNEL_PROCESS_FD_H
 
+#include <cstddef>
 #include <cstdint>
 
 #include "platkit/linux/files/host_files.h"
 
 namespace platkit {
 
-// Whether the process has a KVM VM open: a descriptor of anon_inode:kvm-vm. Reads a link for each descriptor. False if
-// this user may not read them.
-bool HoldsKvmVm(HostFiles &files, int64_t pid);
+struct KvmVmSearch {
+  bool isFound = false;
+  bool isComplete = true;  // false: `maxDescriptors` ended the search
+  size_t descriptors = 0;  // read
+};
+
+// Whether the descriptor of the process is an open KVM VM. Also true if this user may not read it.
+bool MayBeKvmVm(HostFiles &files, int64_t pid, uint64_t descriptor);
+
+// Searches the process for an open KVM VM, a descriptor of anon_inode:kvm-vm. Only the kernel gives a descriptor this
+// name. Reads a link per descriptor, in the order of their numbers, up to the first VM or `maxDescriptors`. Finds
+// nothing if this user may not read them.
+KvmVmSearch FindKvmVm(HostFiles &files, int64_t pid, size_t maxDescriptors);
 
 }  // namespace platkit
 

@@ -18,11 +18,36 @@ struct Kind {
   bool isThread = false;
 };
 
+// "Uid:\t1000\t1000\t1000\t1000".
+void TakeUserIDs(std::string_view ids, ProcessUser &user) {
+  constexpr int kIDs = 4;
+  TextScanner scanner(ids);
+  uint64_t first = 0;
+  uint64_t all = 0;
+  for (int i = 0; i < kIDs; ++i) {
+    uint64_t id = 0;
+    if (!ParseNumber(scanner.TakeWord(), id)) return;
+    if (i == 0) first = id;
+    all |= id;
+  }
+  user.realID = first;
+  user.isRootOnly = all == 0;
+}
+
+// "NSpid:\t4711\t12": one number for each namespace, from the one of this /proc to the process' own.
+bool HasSecondWord(std::string_view words) {
+  TextScanner scanner(words);
+  scanner.TakeWord();
+  return !scanner.TakeWord().empty();
+}
+
 void TakeLine(std::string_view key, std::string_view rest, int64_t pid, Kind &kind, ProcessStatus &status) {
   uint64_t number = 0;
   if (key == "Name" && !rest.empty()) status.name = rest;
   if (key == "State") kind.isZombie = rest.starts_with('Z') || rest.starts_with('X');
   if (key == "Tgid") kind.isThread = ParseNumber(rest, number) && number != static_cast<uint64_t>(pid);
+  if (key == "Uid") TakeUserIDs(rest, status.user);
+  if (key == "NSpid") status.user.isContained = HasSecondWord(rest);
   if (key == "Kthread") kind.isKernelThread = rest == "1";
   if (key == "Threads" && ParseNumber(rest, number)) status.threads = number;
   if (key.starts_with("Vm")) kind.hasMemory = true;

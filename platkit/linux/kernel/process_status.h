@@ -3,6 +3,7 @@
 #define PLATKIT_LINUX_KERNEL_PROCESS_STATUS_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "platkit/linux/files/host_files.h"
@@ -19,12 +20,20 @@ struct ProcessIdentity {
   uint64_t seenAt = 0;  // a time before the file was opened, in nanoseconds since boot
 };
 
+// Who runs a process. A process without privileges cannot change these lines.
+struct ProcessUser {
+  std::optional<uint64_t> realID;  // Uid: the first number; nullopt if the line is missing or malformed
+  bool isRootOnly = false;         // Uid: the real, effective, saved and file-system IDs are all 0
+  bool isContained = false;        // NSpid: the process is in a PID namespace below the one of this /proc
+};
+
 // Amounts are in KB. If a line is missing, a figure of the first group is unreadable, and a figure of the second group
 // is absent.
 struct ProcessStatus {
   ProcessIdentity identity;
   std::string name = "?";  // Name
   uint64_t threads = 0;    // Threads
+  ProcessUser user;
 
   Figure size, sizePeak;          // VmSize, VmPeak
   Figure resident, residentPeak;  // VmRSS, VmHWM

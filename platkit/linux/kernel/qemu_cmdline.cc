@@ -81,12 +81,12 @@ Figure ParseSizeInKB(std::string_view text) {
   return bytes == Figure(0) || bytes == Figure::Unreadable() ? Figure() : bytes / 1024;
 }
 
+}  // namespace
+
 bool IsQemuProgram(std::string_view program) {
   program.remove_prefix(program.rfind('/') + 1);
   return program.starts_with("qemu-system-") || program == "qemu-kvm" || program == "kvm";
 }
-
-}  // namespace
 
 QemuOptions ParseQemuCommandLine(std::string_view commandLine) {
   QemuOptions options;

@@ -11,9 +11,12 @@
 
 namespace platkit {
 
+// Whether a program, given with or without its folder, is QEMU: qemu-system-..., qemu-kvm or kvm.
+bool IsQemuProgram(std::string_view program);
+
 // If an option occurs twice, its last value counts.
 struct QemuOptions {
-  bool isQemu = false;  // the program is qemu-system-..., qemu-kvm or kvm
+  bool isQemu = false;  // see IsQemuProgram
   std::string name;     // -name NAME or -name guest=NAME; empty: none
   Figure memory;        // -m SIZE or -m size=SIZE, in KB; absent: none
   Figure maxMemory;     // -m ...,maxmem=SIZE, in KB; absent: none

@@ -38,7 +38,7 @@ HVC_ReturnStatus ClientRecords::Vmm(int64_t client, VmmMemoryStatsRecord &record
   if (status == nullptr) return HVC_NOT_FOUND;
   const CgroupStat &stat = StatOf(own);
   const ProcessSharing sharing = sharing_.OfProcess(*vm);
-  const Figure memory = vms_.GuestMemory(*vm).IfAbsent(status->size);
+  const Figure memory = vms_.GuestMemory(*vm, *status).IfAbsent(status->size);
   const Figure growth = vm->vm->maxMemory - memory;
   const Figure mapped = Lower(GuestPart(*status, memory) + AbsentIfUnreadable(sharing.zero), memory);
   record.memSize = Cell(memory);
@@ -65,7 +65,9 @@ HVC_ReturnStatus ClientRecords::Vmm(int64_t client, VmmMemoryStatsRecord &record
 HVC_ReturnStatus ClientRecords::Guest(int64_t client, GuestStatsRecord &record) {
   Group *vm = FindVm(client);
   if (vm == nullptr) return HVC_NOT_FOUND;
-  const Figure memory = vms_.GuestMemory(*vm);
+  const ProcessStatus *status = reader_.Status(*vm);
+  if (status == nullptr) return HVC_NOT_FOUND;
+  const Figure memory = vms_.GuestMemory(*vm, *status);
   if (memory.isAbsent()) return HVC_NOT_FOUND;
   record.memTotal = Cell(memory);
   record.lpageTotal = kNoCount;
@@ -139,7 +141,7 @@ Figure ClientRecords::GiganticPagesInKB(Group *own, const ProcessStatus &status)
 
 // For a single process, only files whose cost grows with its memory contain these figures.
 Figure ClientRecords::TransparentPagesInKB(Group &vm, Group *own, const ProcessStatus &status) {
-  const Figure memory = vms_.GuestMemory(vm);
+  const Figure memory = vms_.GuestMemory(vm, status);
   const bool isPossible =
       status.transparentHugePages != Figure(0) && (memory.isAbsent() || memory - status.hugePages != Figure(0));
   return isPossible ? (StatOf(own).transparent / 1024).IfAbsent(Figure::Unreadable()) : Figure(0);

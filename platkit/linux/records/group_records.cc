@@ -86,9 +86,9 @@ HVC_ReturnStatus GroupRecords::MemClients(int64_t id, ParamList &list) {
 }
 
 HVC_ReturnStatus GroupRecords::NumVMs(NumVMsRecord &record) {
-  uint32_t count = 0;
+  Figure count;
   const HVC_ReturnStatus status = tree_.CountVms(count);
-  record.numVMs = count;
+  record.numVMs = count.Cell32(0);
   return status;
 }
 
@@ -197,7 +197,7 @@ HVC_ReturnStatus GroupRecords::ProcessStats(Group &group, GroupMemoryStatsRecord
   record.sharedSaved = sharing_.OfProcess(group).saved.Cell(0);
   if (group.kind != GroupKind::kVm) return reader_.Confirm(group);
   // The guest's memory is constant, so its peak is the same; a peak of the process would include other memory.
-  const Figure guestMemory = vms_.GuestMemory(group);
+  const Figure guestMemory = vms_.GuestMemory(group, *status);
   if (!guestMemory.isAbsent()) record.memSize = record.memSizePeak = guestMemory.Cell(0);
   record.ovhd = VmOverhead(*status, guestMemory).Cell(0);
   const Limits limits = LimitsOf(group);
@@ -211,7 +211,7 @@ HVC_ReturnStatus GroupRecords::VmmStats(Group &group, GroupMemoryStatsRecord &re
   if (vm == nullptr) return HVC_NOT_FOUND;
   const ProcessStatus *status = reader_.Status(*vm);
   if (status == nullptr) return HVC_NOT_FOUND;
-  record.memSize = record.consumed = VmOverhead(*status, vms_.GuestMemory(*vm)).Cell(0);
+  record.memSize = record.consumed = VmOverhead(*status, vms_.GuestMemory(*vm, *status)).Cell(0);
   const Limits limits = LimitsOf(group);
   record.bMin = limits.min;
   record.bMax = limits.max;

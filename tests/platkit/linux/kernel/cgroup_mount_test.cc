@@ -78,7 +78,9 @@ TEST(CgroupMount, FolderOfAProcess) {
   EXPECT_EQ(folder(part, "0::/box/in\n"), "in");
   EXPECT_EQ(folder(part, "0::/box\n"), "");
   EXPECT_EQ(folder(part, "0::/boxer/in\n"), "") << "not what the mount shows";
+  EXPECT_EQ(ReadFullCgroupOfProcess(files, part, 7), "/boxer/in");
   EXPECT_EQ(ReadCgroupOfProcess(files, v2, 8), "") << "no such process";
+  EXPECT_EQ(ReadFullCgroupOfProcess(files, v2, 8), "");
 }
 
 }  // namespace

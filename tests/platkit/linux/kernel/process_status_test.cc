@@ -75,5 +75,34 @@ TEST(ProcessStatus, TheProcessOfAThread) {
   EXPECT_EQ(ReadProcessOfThread(kernel.With("proc/9/status", "Tgid:\tx\n"), 9, pid), HVC_NOT_FOUND);
 }
 
+TEST(ProcessStatus, WhoRunsTheProcess) {
+  const struct {
+    std::string lines;
+    std::optional<uint64_t> realID;
+    bool isRootOnly, isContained;
+  } cases[] = {
+      {"Uid:\t0\t0\t0\t0\n", 0, true, false},
+      {"Uid:\t1000\t1001\t1002\t1003\n", 1000, false, false},
+      {"Uid:\t1000\t0\t0\t0\n", 1000, false, false},
+      {"Uid:\t0\t0\t0\t1000\n", 0, false, false},
+      {"Uid:\t0\t0\t0\t0\nNSpid:\t7\n", 0, true, false},
+      {"Uid:\t0\t0\t0\t0\nNSpid:\t7\t1\n", 0, true, true},
+      {"Uid:\t4294967295\t0\t0\t0\n", 4294967295, false, false},
+      {"Uid:\t0\t0\t0\n", std::nullopt, false, false},
+      {"Uid:\t0\t0\t0\tx\n", std::nullopt, false, false},
+      {"Uid:\n", std::nullopt, false, false},
+      {"", std::nullopt, false, false},
+  };
+  for (const auto &c : cases) {
+    KernelFiles kernel;
+    ProcessStatus status;
+    EXPECT_EQ(ReadProcessStatus(kernel.With("proc/7/status", "Name:\tx\n" + c.lines + "VmSize: 1 kB\n"), 7, status),
+              HVC_OK);
+    EXPECT_EQ(status.user.realID, c.realID) << c.lines;
+    EXPECT_EQ(status.user.isRootOnly, c.isRootOnly) << c.lines;
+    EXPECT_EQ(status.user.isContained, c.isContained) << c.lines;
+  }
+}
+
 }  // namespace
 }  // namespace platkit

@@ -173,9 +173,43 @@ TEST(ClientRecords, AVmThatSharesItsControlGroup) {
 
 TEST(ClientRecords, MemoryBeyondTheGuestsIsOverhead) {
   SavedHost host("clients.host");
-  host.Write("proc/310/status", "Name:\tqemu-kvm\nVmSize: 9 kB\nVmRSS: 2097252 kB\nRssAnon: 2097252 kB\nVmPTE: 5 kB\n");
+  host.Write(
+      "proc/310/status",
+      "Name:\tqemu-kvm\nUid:\t0\t0\t0\t0\nVmSize: 3000000 kB\nVmRSS: 2097252 kB\nRssAnon: 2097252 kB\nVmPTE: 5 kB\n");
   EXPECT_CELL(Vmm(host, 310).mapped, MB(2048));
   EXPECT_CELL(host.ask().Stats(310).ovhd, 100u + 5);
+}
+
+// A process may write anything on its command line, but a monitor maps what its guest has.
+TEST(ClientRecords, MoreMemoryThanTheProcessHasMappedIsNoGuests) {
+  SavedHost host("clients.host");
+  std::string words = host.Read("proc/310/cmdline");
+  for (const char *claim : {"5000001k", "8388607T", "8388608T", "17179869184T"}) {
+    SavedHost forged("clients.host");
+    forged.Write("proc/310/cmdline", words.substr(0, words.find("size=")) + claim + '\0');
+    EXPECT_CELL(Vmm(forged, 310).memSize, 5000000u) << claim << ": the process' size, without mappings to read";
+    EXPECT_CELL(Vmm(forged, 310).memSizeLimit, 5000000u) << claim;
+    EXPECT_CELL(forged.ask().Stats(310).memSize, 5000000u) << claim;
+    EXPECT_EQ(StatusOf<GuestStatsRecord>(forged, kGuestNode, 310), HVC_NOT_FOUND) << claim;
+    forged.Write("proc/310/maps", "7f0000000000-7f0080000000 rw-p 00000000 00:00 0 \n");
+    EXPECT_CELL(Vmm(forged, 310).memSize, MB(2048)) << claim << ": the largest mapping";
+    EXPECT_CELL(Guest(forged, 310).memTotal, MB(2048)) << claim;
+  }
+  host.Write("proc/310/cmdline", words.substr(0, words.find("size=")) + "5000000k" + '\0');
+  EXPECT_CELL(Vmm(host, 310).memSize, 5000000u) << "all that is mapped";
+}
+
+TEST(ClientRecords, AUsersMaximumOfMemoryIsNotShown) {
+  SavedHost host("clients.host");
+  EXPECT_CELL(Vmm(host, 310).memSizeLimit, MB(8192)) << "of root's machine";
+  std::string status = host.Read("proc/310/status");
+  host.Write("proc/310/status", status.replace(status.find("Uid:\t0\t0"), 8, "Uid:\t7\t7"));
+  host.MakeFolder("sys/kernel/debug/kvm/310-11");
+  host.MakeLink("proc/310/fd/11", "anon_inode:kvm-vm");
+  host.ask().Members(host.ControlGroup(kOwn));
+  EXPECT_EQ(host.ask().Name(310), "web (uid 7)");
+  EXPECT_CELL(Vmm(host, 310).memSize, MB(2048));
+  EXPECT_CELL(Vmm(host, 310).memSizeLimit, MB(2048));
 }
 
 TEST(ClientRecords, Swapping) {
@@ -215,7 +249,7 @@ TEST(ClientRecords, LargePages) {
 
 TEST(ClientRecords, LargePagesOfPools) {
   SavedHost host("clients.host");
-  const std::string status = "Name:\tqemu-kvm\nVmSize: 9 kB\nVmRSS: 9 kB\nHugetlbPages: ";
+  const std::string status = "Name:\tqemu-kvm\nUid:\t0\t0\t0\t0\nVmSize: 9 kB\nVmRSS: 9 kB\nHugetlbPages: ";
   host.Write("proc/320/status", status + "3145728 kB\nTHP_enabled: 0\n");
   EXPECT_CELL(LargePages(host, 320).backings2M, 1536u) << "in pages of 2 MB, where nothing tells their size";
   host.Write("proc/320/status", status + "4194304 kB\nTHP_enabled: 1\n");
@@ -464,7 +498,9 @@ TEST(ClientRecords, AStatusThatCannotBeReadCostsTheCells) {
 TEST(ClientRecords, Version1) {
   SavedHost host("v1.host");
   const std::string folder = kTop + "memory/limited";
-  host.Write("proc/100/status", "Name:\tqemu-kvm\nVmSize: 8000 kB\nVmRSS: 5000 kB\nRssAnon: 4000 kB\nVmSwap: 7 kB\n");
+  host.Write("proc/100/status",
+             "Name:\tqemu-kvm\nUid:\t0\t0\t0\t0\nVmSize: 20000 kB\nVmRSS: 5000 kB\nRssAnon: 4000 kB\nVmSwap: 7 kB\n");
+  host.MakeLink("proc/100/exe", "/usr/bin/qemu-kvm");
   host.Write("proc/100/cmdline", std::string("qemu-kvm\0-m\00016", 14) + '\0');
   host.Write(
       folder + "/memory.stat",

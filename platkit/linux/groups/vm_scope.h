@@ -1,0 +1,20 @@
+// The control groups that management tools create for one virtual machine each.
+#ifndef PLATKIT_LINUX_GROUPS_VM_SCOPE_H
+#define PLATKIT_LINUX_GROUPS_VM_SCOPE_H
+
+#include <string_view>
+
+namespace platkit {
+
+// Whether `group`, a path from the top of the hierarchy, is such a control group or below one:
+// - machine.slice/machine-qemu\x2d1\x2dweb.scope, also in other slices: libvirt with systemd
+// - machine/qemu-1-web.libvirt-qemu, also in partitions: libvirt without systemd
+// - qemu.slice/100.scope
+//
+// Only root can create a group in these places. A user's own groups are below a service, user@1000.service, and those
+// of a container below its scope, so their names do not count.
+bool IsInVmScope(std::string_view group);
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_GROUPS_VM_SCOPE_H

@@ -1,0 +1,18 @@
+#include "platkit/linux/kernel/process_exe.h"
+
+#include <climits>
+
+namespace platkit {
+
+// The link is the file's path. The kernel marks a file that was removed or replaced since.
+std::string ReadProgramName(HostFiles &files, int64_t pid) {
+  constexpr std::string_view kRemoved = " (deleted)";
+  char buffer[PATH_MAX];
+  std::string_view path;
+  if (files.ReadLink(HostPath("proc/", pid, "/exe"), buffer, path) != HVC_OK) return {};
+  path.remove_prefix(path.rfind('/') + 1);
+  if (path.ends_with(kRemoved)) path.remove_suffix(kRemoved.size());
+  return std::string(path);
+}
+
+}  // namespace platkit
