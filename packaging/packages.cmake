@@ -1,3 +1,9 @@
+# systemd reads units from here below /usr and /usr/local. They are off until an administrator enables them.
+install(
+  FILES ${CMAKE_CURRENT_LIST_DIR}/systemd/kestrel-metrics.service ${CMAKE_CURRENT_LIST_DIR}/systemd/kestrel-metrics.timer
+  DESTINATION lib/systemd/system
+)
+
 # CPack builds three Debian packages from the installed files: kestrel (programs), libplatkit1 (library) and libplatkit-dev
 # (headers).
 set(CPACK_GENERATOR DEB)

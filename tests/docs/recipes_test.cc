@@ -105,42 +105,55 @@ std::map<std::string, std::string> FilesOfRecipes() {
   return files;
 }
 
-TEST(RecipeFiles, AreFour) {
+TEST(RecipeFiles, AreTwo) {
   std::set<std::string> names;
   for (const auto &[name, text] : FilesOfRecipes())
     names.insert(name);
-  EXPECT_EQ(names, (std::set<std::string>{"kestrel-alerts.yml", "kestrel-metrics", "kestrel-metrics.service",
-                                          "kestrel-metrics.timer"}));
+  EXPECT_EQ(names, (std::set<std::string>{"kestrel-alerts.yml", "kestrel-metrics"}));
 }
 
-// Replaces installed programs and folders by those of the build.
-std::string InPlace(const std::string &text, const Workbench &workbench) {
-  const std::string program = std::regex_replace(text, std::regex("/usr/bin/nodal"), workbench.Nodal());
-  return std::regex_replace(program, std::regex("/var/lib/prometheus/node-exporter/"), workbench.File(""));
+// The units of the package, by name.
+std::map<std::string, std::string> Units() {
+  std::map<std::string, std::string> units;
+  for (const char *name : {"kestrel-metrics.service", "kestrel-metrics.timer"})
+    units[name] = ReadFile(std::string(UNITS) + "/" + name);
+  return units;
+}
+
+// Replaces the installed program and the folder of the metrics by those of the test.
+std::string InPlace(std::string text, const Workbench &workbench) {
+  text = std::regex_replace(text, std::regex("/usr/bin/nodal"), workbench.Nodal());
+  text = std::regex_replace(text, std::regex("ExecStart=nodal"), "ExecStart=" + workbench.Nodal());
+  return std::regex_replace(text, std::regex("/run/kestrel/metrics"), workbench.File("metrics"));
 }
 
 TEST(RecipeFiles, ServiceAndCronWriteTheMetrics) {
-  std::map<std::string, std::string> files = FilesOfRecipes();
-  const std::vector<std::string> commands = {Matches(files["kestrel-metrics.service"], "ExecStart=(.*)").at(0),
-                                             Matches(files["kestrel-metrics"], "(?:\\* ){5}root (.*)").at(0)};
+  const std::vector<std::string> commands = {
+      Matches(Units()["kestrel-metrics.service"], "ExecStart=(.*)").at(0),
+      Matches(FilesOfRecipes()["kestrel-metrics"], "(?:\\* ){5}root (.*)").at(0)};
   for (const std::string &command : commands) {
     const Workbench workbench;
+    std::filesystem::create_directory(workbench.File("metrics"));
     const testing_support::Outcome outcome = workbench.Run(InPlace(command, workbench));
     EXPECT_EQ(outcome.exitStatus, 0) << outcome.output;
-    EXPECT_TRUE(ReadFile(workbench.File("kestrel.prom")).ends_with("# EOF\n"));
+    EXPECT_TRUE(ReadFile(workbench.File("metrics/kestrel.prom")).ends_with("# EOF\n"));
   }
 }
 
-TEST(RecipeFiles, SystemdTakesTheUnits) {
+TEST(Units, AreValidAndConfined) {
   if (!IsInstalled("systemd-analyze")) GTEST_SKIP() << "systemd-analyze is missing";
   const Workbench workbench;
-  for (const auto &[name, text] : FilesOfRecipes())
+  for (const auto &[name, text] : Units())
     WriteFile(workbench.File(name), InPlace(text, workbench));
   for (const char *unit : {"kestrel-metrics.service", "kestrel-metrics.timer"}) {
     const testing_support::Outcome outcome = workbench.Run("systemd-analyze verify --man=no ./" + std::string(unit));
     EXPECT_EQ(outcome.exitStatus, 0) << outcome.output;
     EXPECT_EQ(outcome.output.find(unit), std::string::npos) << outcome.output;
   }
+  // The exposure in tenths, of 100. Without its settings, the service would have 96.
+  const testing_support::Outcome security =
+      workbench.Run("systemd-analyze security --offline=yes --threshold=25 ./kestrel-metrics.service");
+  EXPECT_EQ(security.exitStatus, 0) << security.output;
 }
 
 TEST(RecipeFiles, AlertsFire) {
