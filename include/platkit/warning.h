@@ -1,4 +1,10 @@
-/* The channel for diagnostics. */
+/*
+ * The channel for diagnostics.
+ *
+ * Programs that use the interface call this name, so it cannot change, although another library could also define it. A
+ * program that defines a `Warning` of its own gets that one instead. The library never calls it, so the program's own
+ * function sees no message of the library. Two libraries that define it are kept apart by the version of the symbol.
+ */
 #ifndef PLATKIT_WARNING_H
 #define PLATKIT_WARNING_H
 
