@@ -38,7 +38,7 @@ TEST(LiveHost, FiguresAreThoseOfTheKernel) {
   const Meminfo memory = ReadMeminfo(files);
   EXPECT_CELL(ask.Stats(0).memSize, memory.total.Cell(0));
   const uint64_t consumed = ask.Stats(0).consumed;
-  const uint64_t byKernel = ask.Stats(5'000'000).consumed;
+  const uint64_t byKernel = ask.Stats(5'000'000).memSize;
   EXPECT_LT(consumed, memory.total.Cell(0));
   EXPECT_GT(byKernel, 0u);
 
@@ -53,7 +53,7 @@ TEST(LiveHost, FiguresAreThoseOfTheKernel) {
   const GroupMemoryStatsRecord own = ask.Stats(getpid());
   const auto near = [](uint64_t a, uint64_t b) { return (a > b ? a - b : b - a) < 16 * 1024; };
   EXPECT_TRUE(near(own.consumed, Consumed(status).Cell(0)));
-  EXPECT_TRUE(near(own.memSize, status.size.Cell(0)));
+  EXPECT_TRUE(near(own.memSize, status.size().Cell(0)));
   EXPECT_EQ(ask.Name(getpid()), status.name);
 }
 

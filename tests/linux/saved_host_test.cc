@@ -93,15 +93,16 @@ TEST(SavedHost, HostAndKernelFigures) {
   const GroupMemoryStatsRecord stats = ask.Stats(0);
   EXPECT_CELL(stats.memSize, 16000000u);
   EXPECT_CELL(stats.consumed, 7000000u);
-  EXPECT_CELL(stats.touched, 3000000u);
+  EXPECT_CELL(stats.touched, kNone);
+  EXPECT_CELL(stats.throttlePct, 100u);
   EXPECT_CELL(stats.ovhd, 340000u);
-  EXPECT_CELL(stats.sharedSaved, 1000u);
-  EXPECT_CELL(stats.consumedPeak, 0u);
+  EXPECT_CELL(stats.sharedSaved, 1000u + 48) << "with the pages of zeros";
+  EXPECT_CELL(stats.consumedPeak, kNone);
   EXPECT_CELL(stats.bMax, kNone);
   EXPECT_CELL(stats.allocTgt, kNone);
   const GroupMemoryStatsRecord kernel = ask.Stats(kKernel);
   EXPECT_CELL(kernel.memSize, 340000u);
-  EXPECT_CELL(kernel.consumed, 340000u);
+  EXPECT_CELL(kernel.consumed, 7000000u - MB(8) - MB(4096)) << "what no control group is charged for";
   EXPECT_CELL(kernel.ovhd, 0u);
   EXPECT_CELL(ask.Capacity(0).consumedResv, MB(4));
   EXPECT_CELL(ask.Capacity(0).availResv, 16000000u - MB(4));
@@ -116,13 +117,16 @@ TEST(SavedHost, ControlGroupFigures) {
   const int64_t system = host.ControlGroup(kTop + "system.slice");
   const GroupMemoryStatsRecord stats = ask.Stats(system);
   EXPECT_CELL(stats.memSize, MB(9));
-  EXPECT_CELL(stats.memSizePeak, 0u);
+  EXPECT_CELL(stats.memSizePeak, kNone) << "no peak of swap";
   EXPECT_CELL(stats.consumed, MB(8));
   EXPECT_CELL(stats.consumedPeak, MB(16));
-  EXPECT_CELL(stats.touched, MB(3));
+  EXPECT_CELL(stats.touched, kNone);
   EXPECT_CELL(stats.ovhd, 512u + 4) << "kernel memory and socket buffers";
   EXPECT_CELL(stats.bMin, MB(4));
   EXPECT_CELL(stats.eMin, MB(4));
+  EXPECT_CELL(stats.eMinPeak, MB(4)) << "at least the current one";
+  EXPECT_CELL(stats.rMinPeak, MB(4));
+  EXPECT_CELL(stats.rMinChildPeak, MB(3));
   EXPECT_CELL(stats.iMin, MB(1));
   EXPECT_CELL(stats.bMax, kNone);
   EXPECT_CELL(stats.allocTgt, kNone);
@@ -137,6 +141,28 @@ TEST(SavedHost, ControlGroupFigures) {
   EXPECT_CELL(ask.Stats(web).eMin, MB(2));
   EXPECT_CELL(ask.Stats(web).bMax, MB(8));
   EXPECT_CELL(ask.Stats(web).allocTgt, MB(6));
+}
+
+TEST(SavedHost, PeaksAreNotBelowCurrentValues) {
+  SavedHost host("v2.host");
+  const std::string folder = kTop + "system.slice";
+  const auto stats = [&] { return host.ask().Stats(host.ControlGroup(folder)); };
+  host.Write(folder + "/memory.swap.peak", "3145728\n");
+  EXPECT_CELL(stats().memSizePeak, MB(16 + 3));
+  host.Write(folder + "/memory.peak", "0\n");
+  EXPECT_CELL(stats().consumedPeak, MB(8)) << "somebody reset it";
+  host.Write(folder + "/memory.swap.peak", "0\n");
+  EXPECT_CELL(stats().memSizePeak, MB(9));
+  host.Remove(folder + "/memory.swap.current");
+  EXPECT_CELL(stats().memSizePeak, MB(8)) << "without swap";
+}
+
+TEST(SavedHost, AGroupIsThrottledAtTheLowestLimitAboveIt) {
+  SavedHost host("v2.host");
+  const int64_t web = host.ControlGroup(kTop + "system.slice/web.service");
+  host.Write(kTop + "system.slice/memory.max", "5242880\n");
+  EXPECT_CELL(host.ask().Stats(web).allocTgt, MB(5));
+  EXPECT_CELL(host.ask().Stats(web).bMax, MB(8)) << "its own";
 }
 
 TEST(SavedHost, AReservationIsBoundedByItsParents) {
@@ -154,10 +180,10 @@ TEST(SavedHost, ProcessFigures) {
   Asker ask = host.ask();
   const GroupMemoryStatsRecord stats = ask.Stats(101);
   EXPECT_CELL(stats.memSize, 40000u);
-  EXPECT_CELL(stats.memSizePeak, 40000u);
+  EXPECT_CELL(stats.memSizePeak, kNone);
   EXPECT_CELL(stats.consumed, 12048u) << "huge pages are outside the resident set";
   EXPECT_CELL(stats.consumedPeak, 12048u);
-  EXPECT_CELL(stats.touched, 12048u);
+  EXPECT_CELL(stats.touched, kNone);
   EXPECT_CELL(stats.ovhd, 40u);
   EXPECT_CELL(stats.sharedSaved, 20u);
   EXPECT_CELL(stats.bMax, kNone);
@@ -178,7 +204,7 @@ TEST(SavedHost, MachineFigures) {
   const GroupMemoryStatsRecord vmm = ask.Stats(kVmm + 300);
   EXPECT_CELL(vmm.memSize, overhead);
   EXPECT_CELL(vmm.consumed, overhead);
-  EXPECT_CELL(vmm.touched, 0u);
+  EXPECT_CELL(vmm.touched, kNone);
   EXPECT_CELL(ask.Alloc(kVmm + 300).max, kNone);
 }
 
@@ -194,7 +220,7 @@ TEST(SavedHost, PageSharing) {
   EXPECT_CELL(stats.totRemove, 7u);
   EXPECT_CELL(stats.totAdd, 357u);
   EXPECT_CELL(stats.hintsActive, 40u);
-  EXPECT_CELL(stats.hintsAdded, 0u);
+  EXPECT_CELL(stats.hintsAdded, 40u) << "at least";
 }
 
 TEST(SavedHost, AKernelWithoutPageSharingSharesNothing) {
@@ -229,7 +255,7 @@ TEST(SavedHost, Version1) {
   EXPECT_CELL(stats.consumedPeak, MB(9));
   EXPECT_CELL(stats.memSize, MB(9));
   EXPECT_CELL(stats.memSizePeak, MB(10));
-  EXPECT_CELL(stats.touched, MB(3));
+  EXPECT_CELL(stats.touched, kNone);
   EXPECT_CELL(stats.ovhd, 256u);
   EXPECT_CELL(stats.bMin, 0u);
   EXPECT_CELL(stats.iMin, 0u);
@@ -294,7 +320,8 @@ TEST(SavedHost, AnOldKernel) {
   EXPECT_CELL(stats.consumedPeak, kNone);
   EXPECT_CELL(stats.memSize, MB(8)) << "no swap is accounted";
   EXPECT_CELL(stats.ovhd, 64u + 128 + 1 + 200 + 4) << "the parts of kernel memory that this kernel counts";
-  EXPECT_CELL(ask.Stats(kKernel).consumed, 330000u);
+  EXPECT_CELL(ask.Stats(kKernel).consumed, 7000000u - MB(8));
+  EXPECT_CELL(ask.Stats(kKernel).memSize, 330000u);
   EXPECT_CELL(ask.Stats(100).sharedSaved, 0u);
 }
 

@@ -138,7 +138,7 @@ class ReportsOnGuests(machines.TestCase):
         def check(guest, name, _):
             row, statuses = self.watch(guest, "uw-stats")
             self.assertEqual((row["type"], row["name"]), ("(all)", name))
-            self.assertBetween(row["memSize"], [status["VmSize"] for status in statuses], DRIFT, "memSize")
+            self.assertBetween(row["memSize"], [status["VmData"] + status["VmStk"] for status in statuses], DRIFT, "memSize")
             self.assertBetween(row["mapped"], [resident(status) for status in statuses], DRIFT, "mapped")
             self.assertBetween(row["shm"], [status["RssShmem"] for status in statuses], MB, "shm")
             self.assertIsSwapped(row, statuses)

@@ -178,7 +178,7 @@ class Clients(SecondHost):
         huge = status["HugetlbPages"]
         self.assertEqual((status["VmLck"], status["VmPin"], huge), (4 * MB, MB, 4 * MB))
         row = Host.report("uw-stats", ("schedGrp", pid))
-        self.assertCells(row, type="uw", name="memory_load", memSize=status["VmSize"], swapped=status["VmSwap"])
+        self.assertCells(row, type="uw", name="memory_load", memSize=status["VmData"] + status["VmStk"], swapped=status["VmSwap"])
         self.assertCells(row, mapped=status["VmRSS"] + huge, shm=status["RssShmem"], prealloced=huge)
         self.assertCells(row, pinned=status["VmLck"] + status["VmPin"] + huge)
         self.assertNear(row["cow"], 8 * MB, MB, "cow")

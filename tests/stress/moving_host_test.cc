@@ -224,7 +224,7 @@ class RowCheck {
   // The columns of group-stats and of uw-stats.
   void CheckLoad(const Row &row, int64_t megabytes) {
     ++loads_;
-    for (const char *column : {"memSize", "consumed", "touched", "mapped", "memBStore"}) {
+    for (const char *column : {"memSize", "consumed", "mapped", "memBStore"}) {
       const auto cell = row.find(column);
       if (cell == row.end()) continue;
       const int64_t kb = std::stoll(cell->second);

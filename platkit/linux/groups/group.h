@@ -31,6 +31,7 @@ static_assert(kMaxPid < kKernelGroup);
 struct CgroupReadings {
   std::array<Fresh<Figure>, kCgroupAmounts> amounts;
   Fresh<CgroupStat> stat;
+  Fresh<Figure> limitHits;
 };
 
 // Figures read from the files of a process or a VM.

@@ -31,6 +31,12 @@ const CgroupStat &GroupReader::Stat(Group &group) {
   });
 }
 
+Figure GroupReader::LimitHits(Group &group) {
+  return Allocated(group.cgroup).limitHits.Get(files_.clock(), [&] {
+    return ReadCgroupLimitHits(files_, mount().memoryFiles, group.folder);
+  });
+}
+
 const ProcessStatus *GroupReader::Status(Group &process) {
   std::optional<ProcessStatus> &status = Allocated(process.process).status.Get(files_.clock(), [&] {
     std::optional<ProcessStatus> read(std::in_place);

@@ -16,9 +16,10 @@ class GroupReader {
   // The mount that contains the control groups. It is looked up once.
   const CgroupMount &mount();
 
-  // For a control group; see ReadCgroupAmount and ReadCgroupStat.
+  // For a control group; see ReadCgroupAmount, ReadCgroupStat and ReadCgroupLimitHits.
   Figure Amount(Group &group, CgroupAmount amount);
   const CgroupStat &Stat(Group &group);
+  Figure LimitHits(Group &group);
 
   // For a process or a VM. The status is null if the process has ended.
   const ProcessStatus *Status(Group &process);

@@ -117,9 +117,7 @@ HVC_ReturnStatus GroupTree::List(Group &group, ParamList &list) {
 
 // A list without the members that could not be read would hide them, so there is none.
 HVC_ReturnStatus GroupTree::ListContainer(Group &group, ParamList &list) {
-  if (const HVC_ReturnStatus status = FindControlGroupsBelow(group); status != HVC_OK) return status;
-  const HVC_ReturnStatus read = group.processesRead.Get(files_.clock(), [&] { return ReadProcesses(group); });
-  if (read != HVC_OK) return read;
+  if (const HVC_ReturnStatus status = FindMembers(group); status != HVC_OK) return status;
   list.Expect(list.params().size() + group.controlGroups.size() + group.processes.size());
   for (const std::vector<int64_t> &members : {std::cref(group.controlGroups), std::cref(group.processes)}) {
     for (const int64_t id : members) {
@@ -127,6 +125,11 @@ HVC_ReturnStatus GroupTree::ListContainer(Group &group, ParamList &list) {
     }
   }
   return HVC_OK;
+}
+
+HVC_ReturnStatus GroupTree::FindMembers(Group &group) {
+  if (const HVC_ReturnStatus status = FindControlGroupsBelow(group); status != HVC_OK) return status;
+  return group.processesRead.Get(files_.clock(), [&] { return ReadProcesses(group); });
 }
 
 HVC_ReturnStatus GroupTree::FindControlGroupsBelow(Group &group) {

@@ -33,6 +33,9 @@ class GroupTree {
   // is nested deeper than a path can be long.
   [[nodiscard]] HVC_ReturnStatus List(Group &group, ParamList &list);
 
+  // Finds the members of the host or of a control group.
+  [[nodiscard]] HVC_ReturnStatus FindMembers(Group &group);
+
   // Finds the control groups right below a group.
   [[nodiscard]] HVC_ReturnStatus FindControlGroupsBelow(Group &group);
 

@@ -2,6 +2,7 @@
 #ifndef PLATKIT_LINUX_GROUPS_HOST_GROUPS_H
 #define PLATKIT_LINUX_GROUPS_HOST_GROUPS_H
 
+#include "platkit/linux/groups/group_limits.h"
 #include "platkit/linux/groups/group_reader.h"
 #include "platkit/linux/groups/group_tree.h"
 #include "platkit/linux/groups/vm_groups.h"
@@ -9,10 +10,11 @@
 namespace platkit {
 
 struct HostGroups {
-  explicit HostGroups(HostFiles &files) : reader(files), tree(files, reader), vms(files, reader, tree) {}
+  explicit HostGroups(HostFiles &files) : reader(files), tree(files, reader), limits(reader, tree), vms(files, reader, tree) {}
 
   GroupReader reader;
   GroupTree tree;
+  GroupLimits limits;
   VmGroups vms;
 };
 

@@ -16,7 +16,7 @@ constexpr size_t kMaxFolders = 64;
 
 Figure VmGroups::GuestMemory(Group &vm, const ProcessStatus &status) {
   const Figure claimed = vm.vm->memory;
-  if (!claimed.isAbsent() && Lower(claimed, status.size) == claimed) return claimed;
+  if (!claimed.isAbsent() && Lower(claimed, status.addressSpace) == claimed) return claimed;
   return vm.vm->mappedMemory.Get(files_.clock(),
                                  [&] { return LargestMemoryMapping(files_, vm.id, reader_.mount().memoryDevices); });
 }

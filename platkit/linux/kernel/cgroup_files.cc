@@ -24,7 +24,10 @@ constexpr AmountFile kAmountFiles[] = {
     {"memory.usage_in_bytes", "memory.current"},
     {"memory.max_usage_in_bytes", "memory.peak"},
     {"", "memory.swap.current"},
+    {"", "memory.swap.peak"},
+    {"", "memory.swap.max"},
     {"memory.memsw.max_usage_in_bytes", ""},
+    {"memory.memsw.limit_in_bytes", ""},
     {"memory.kmem.usage_in_bytes", ""},
     {"", "memory.zswap.max"},
     {"", "hugetlb.1GB.current"},
@@ -34,25 +37,19 @@ static_assert(std::size(kAmountFiles) == kCgroupAmounts);
 // A version 1 key without "total_" does not count descendants. No key counts the huge pages of shared memory.
 CgroupStat ReadV1(HostFiles &files, const HostPath &path) {
   CgroupStat stat;
-  Figure activeAnon, activeFile;
-  const WantedFigure wanted[] = {{"total_active_anon", &activeAnon},
-                                 {"total_active_file", &activeFile},
-                                 {"total_swap", &stat.swap},
+  const WantedFigure wanted[] = {{"total_swap", &stat.swap},
                                  {"total_swapcached", &stat.swapCached},
                                  {"total_rss_huge", &stat.transparent}};
   ReadFigures(files, path, wanted);
-  stat.active = activeAnon + activeFile;
   return stat;
 }
 
 CgroupStat ReadV2(HostFiles &files, const HostPath &path) {
   CgroupStat stat;
-  Figure activeAnon, activeFile, stack, pageTables, secondaryPageTables, perCpu, slab, sockets;
-  Figure anonHuge, sharedHuge, faults, collapses, demotedByKswapd, demotedDirectly, demotedByKhugepaged,
+  Figure stack, pageTables, secondaryPageTables, perCpu, slab, sockets;
+  Figure swapIn, swapOut, zeroIn, zeroOut, anonHuge, sharedHuge, faults, collapses, demotedByKswapd, demotedDirectly, demotedByKhugepaged,
       demotedProactively;
-  const WantedFigure wanted[] = {{"active_anon", &activeAnon},
-                                 {"active_file", &activeFile},
-                                 {"swapcached", &stat.swapCached},
+  const WantedFigure wanted[] = {{"swapcached", &stat.swapCached},
                                  {"kernel", &stat.kernel},
                                  {"kernel_stack", &stack},
                                  {"pagetables", &pageTables},
@@ -64,8 +61,10 @@ CgroupStat ReadV2(HostFiles &files, const HostPath &path) {
                                  {"zswapped", &stat.zswapped},
                                  {"zswpin", &stat.zswapIn},
                                  {"zswpout", &stat.zswapOut},
-                                 {"pswpin", &stat.swapIn},
-                                 {"pswpout", &stat.swapOut},
+                                 {"pswpin", &swapIn},
+                                 {"pswpout", &swapOut},
+                                 {"swpin_zero", &zeroIn},
+                                 {"swpout_zero", &zeroOut},
                                  {"anon_thp", &anonHuge},
                                  {"shmem_thp", &sharedHuge},
                                  {"thp_fault_alloc", &faults},
@@ -78,7 +77,8 @@ CgroupStat ReadV2(HostFiles &files, const HostPath &path) {
                                  {"pgdemote_khugepaged", &demotedByKhugepaged},
                                  {"pgdemote_proactive", &demotedProactively}};
   ReadFigures(files, path, wanted);
-  stat.active = activeAnon + activeFile;
+  stat.swapIn = swapIn + zeroIn;
+  stat.swapOut = swapOut + zeroOut;
   stat.transparent = anonHuge + sharedHuge;
   stat.hugeAllocs = faults + collapses;
   stat.demoted = demotedByKswapd + demotedDirectly + demotedByKhugepaged + demotedProactively;
@@ -104,6 +104,15 @@ CgroupStat ReadCgroupStat(HostFiles &files, CgroupVersion version, const std::st
     case CgroupVersion::kV2: return ReadV2(files, path);
   }
   return {};
+}
+
+Figure ReadCgroupLimitHits(HostFiles &files, CgroupVersion version, const std::string &folder) {
+  if (version == CgroupVersion::kNone) return {};
+  if (version == CgroupVersion::kV1) return ReadAmount(files, HostPath(folder, "/memory.failcnt"));
+  Figure hits;
+  const WantedFigure wanted[] = {{"max", &hits}};
+  ReadFigures(files, HostPath(folder, "/memory.events"), wanted);
+  return hits;
 }
 
 HVC_ReturnStatus ReadCgroupPids(HostFiles &files, const std::string &folder, std::vector<int64_t> &pids) {

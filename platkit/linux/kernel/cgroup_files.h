@@ -22,12 +22,15 @@ enum class CgroupAmount : uint8_t {
   kCurrent,        // memory.current; memory.usage_in_bytes
   kPeak,           // memory.peak; memory.max_usage_in_bytes
   kSwap,           // memory.swap.current; none
+  kSwapPeak,       // memory.swap.peak; none
+  kSwapMax,        // memory.swap.max; none
   kWithSwapPeak,   // none; memory.memsw.max_usage_in_bytes
+  kWithSwapMax,    // none; memory.memsw.limit_in_bytes
   kKernel,         // memory.kmem.usage_in_bytes in both
   kZswapMax,       // memory.zswap.max; none
   kGiganticPages,  // hugetlb.1GB.current; none: huge pages of 1 GB
 };
-inline constexpr size_t kCgroupAmounts = 11;
+inline constexpr size_t kCgroupAmounts = 14;
 
 // Absent if the file does not exist. Then the kernel or the hierarchy version lacks it, the memory controller is not
 // enabled for the group, or the group has vanished. Unlimited if there is no limit.
@@ -36,7 +39,6 @@ Figure ReadCgroupAmount(HostFiles &files, CgroupVersion version, const std::stri
 // Lines of memory.stat, descendants included. Amounts are in bytes; "pages" counts pages since the group was created.
 // A figure without a line is absent.
 struct CgroupStat {
-  Figure active;       // active_anon + active_file
   Figure swap;         // version 1 alone: total_swap
   Figure swapCached;   // swapcached: swapped in and still in swap space
   Figure transparent;  // transparent huge pages: anon_thp + shmem_thp; version 1 total_rss_huge
@@ -45,7 +47,7 @@ struct CgroupStat {
   Figure zswap;              // compressed memory: size after compression
   Figure zswapped;           // compressed memory: size before compression
   Figure zswapIn, zswapOut;  // pages: zswpin, zswpout
-  Figure swapIn, swapOut;    // pages: pswpin, pswpout
+  Figure swapIn, swapOut;    // pages: pswpin + swpin_zero, pswpout + swpout_zero
   Figure hugeAllocs;         // transparent huge pages: thp_fault_alloc + thp_collapse_alloc
   Figure hugeSplits;         // transparent huge pages: thp_swpout_fallback, split to be swapped out
   Figure numaMoved;          // pages: numa_pages_migrated
@@ -54,6 +56,10 @@ struct CgroupStat {
 };
 
 CgroupStat ReadCgroupStat(HostFiles &files, CgroupVersion version, const std::string &folder);
+
+// How often the group has reached its limit (memory.max): "max" of memory.events; version 1 memory.failcnt. Absent if the
+// file does not exist.
+Figure ReadCgroupLimitHits(HostFiles &files, CgroupVersion version, const std::string &folder);
 
 // Reads cgroup.procs: the PIDs of the group's processes, ascending and each once.
 [[nodiscard]] HVC_ReturnStatus ReadCgroupPids(HostFiles &files, const std::string &folder, std::vector<int64_t> &pids);

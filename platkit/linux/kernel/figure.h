@@ -67,6 +67,14 @@ class Figure {
     return a.value_ < b.value_ ? a : b;
   }
 
+  // The higher of two bounds. An absent bound does not count.
+  friend constexpr Figure Higher(Figure a, Figure b) {
+    if (a.isAbsent()) return b;
+    if (b.isAbsent()) return a;
+    if (a.kind_ != Kind::kValue || b.kind_ != Kind::kValue) return Worse(a, b);
+    return a.value_ > b.value_ ? a : b;
+  }
+
   friend constexpr bool operator==(Figure, Figure) = default;
 
  private:

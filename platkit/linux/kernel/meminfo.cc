@@ -11,16 +11,17 @@ Meminfo ReadMeminfo(HostFiles &files) {
   std::array<Figure, 7> parts;
   Meminfo memory;
   const WantedFigure wanted[] = {
-      {"MemTotal", &memory.total}, {"MemFree", &memory.free},    {"Active", &memory.active},
+      {"MemTotal", &memory.total}, {"MemFree", &memory.free},    {"MemAvailable", &memory.available},
       {"Slab", &memory.slab},      {"KernelStack", &parts[0]},   {"ShadowCallStack", &parts[1]},
       {"PageTables", &parts[2]},   {"SecPageTables", &parts[3]}, {"Percpu", &parts[4]},
       {"NFS_Unstable", &parts[5]}, {"Bounce", &parts[6]},        {"HardwareCorrupted", &memory.hardwareCorrupted},
+      {"SwapCached", &memory.swapCached}, {"Zswapped", &memory.zswapped},
   };
   ReadFigures(files, HostPath("proc/meminfo"), wanted);
   memory.kernel = memory.slab;
   for (const Figure part : parts)
     memory.kernel = memory.kernel + part;
-  for (Figure *figure : {&memory.total, &memory.free, &memory.active, &memory.kernel, &memory.slab}) {
+  for (Figure *figure : {&memory.total, &memory.free, &memory.available, &memory.kernel, &memory.slab}) {
     *figure = figure->IfAbsent(Figure::Unreadable());
   }
   return memory;

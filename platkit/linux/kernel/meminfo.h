@@ -11,11 +11,14 @@ namespace platkit {
 struct Meminfo {
   Figure total;   // MemTotal
   Figure free;    // MemFree
-  Figure active;  // Active
+  Figure available;   // MemAvailable: what can be allocated without swapping
   Figure slab;    // Slab
   Figure kernel;  // Slab + KernelStack + ShadowCallStack + PageTables + SecPageTables + Percpu + NFS_Unstable + Bounce;
                   // lines other than Slab may be missing
-  Figure hardwareCorrupted;  // HardwareCorrupted; absent if this kernel has no such line
+  // Absent if this kernel has no such line.
+  Figure hardwareCorrupted;  // HardwareCorrupted
+  Figure swapCached;         // SwapCached: swapped in, and still in swap space
+  Figure zswapped;           // Zswapped: compressed by zswap, size before compression
 };
 
 Meminfo ReadMeminfo(HostFiles &files);

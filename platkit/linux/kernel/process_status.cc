@@ -66,8 +66,9 @@ HVC_ReturnStatus ReadProcessStatus(HostFiles &files, int64_t pid, ProcessStatus 
   status.identity.seenAt = TimeSinceBoot();
   // In the kernel's order within each group.
   const WantedFigure wanted[] = {
-      {"VmPeak", &status.sizePeak},
-      {"VmSize", &status.size},
+      {"VmSize", &status.addressSpace},
+      {"VmData", &status.data},
+      {"VmStk", &status.stack},
       {"VmHWM", &status.residentPeak},
       {"VmRSS", &status.resident},
       {"VmPTE", &status.pageTables},
@@ -80,7 +81,7 @@ HVC_ReturnStatus ReadProcessStatus(HostFiles &files, int64_t pid, ProcessStatus 
       {"VmSwap", &status.swapped},
       {"THP_enabled", &status.transparentHugePages},
   };
-  constexpr size_t kRequired = 6;
+  constexpr size_t kRequired = 7;
   Kind kind;
   LineReader lines(files, HostPath("proc/", pid, "/status"));
   status.identity.inode = lines.inode();

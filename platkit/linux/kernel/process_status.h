@@ -35,10 +35,14 @@ struct ProcessStatus {
   uint64_t threads = 0;    // Threads
   ProcessUser user;
 
-  Figure size, sizePeak;          // VmSize, VmPeak
+  Figure addressSpace;            // VmSize
+  Figure data, stack;             // VmData, VmStk: what the process may write; address space, not memory
   Figure resident, residentPeak;  // VmRSS, VmHWM
   Figure hugePages;               // HugetlbPages, which are not resident; 0 on a kernel without huge pages
   Figure pageTables;              // VmPTE
+
+  // Nearer to what the process may use than VmSize, which includes address space that is only reserved.
+  Figure size() const { return data + stack; }
 
   Figure anonymous, files, sharedMemory;  // RssAnon, RssFile, RssShmem: the parts of VmRSS
   Figure locked, pinned, swapped;         // VmLck, VmPin, VmSwap

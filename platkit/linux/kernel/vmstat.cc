@@ -9,20 +9,33 @@ namespace platkit {
 Vmstat ReadVmstat(HostFiles &files) {
   Vmstat counters;
   std::array<Figure, 6> stalls;
-  std::array<Figure, 2> memmap;
+  Figure memmap, memmapAtBoot, swapIn, swapOut, zeroIn, zeroOut, faults, collapses;
   const WantedFigure wanted[] = {
-      {"pageoutrun", &counters.kswapdRuns}, {"kswapd_high_wmark_hit_quickly", &counters.kswapdShortRests},
-      {"allocstall_dma", &stalls[0]},       {"allocstall_dma32", &stalls[1]},
-      {"allocstall_normal", &stalls[2]},    {"allocstall_high", &stalls[3]},
-      {"allocstall_movable", &stalls[4]},   {"allocstall_device", &stalls[5]},
-      {"nr_memmap_pages", &memmap[0]},      {"nr_memmap_boot_pages", &memmap[1]},
+      {"allocstall_dma", &stalls[0]},
+      {"allocstall_dma32", &stalls[1]},
+      {"allocstall_normal", &stalls[2]},
+      {"allocstall_high", &stalls[3]},
+      {"allocstall_movable", &stalls[4]},
+      {"allocstall_device", &stalls[5]},
+      {"oom_kill", &counters.oomKills},
+      {"nr_memmap_pages", &memmap},
+      {"nr_memmap_boot_pages", &memmapAtBoot},
       {"cow_ksm", &counters.ksmCopies},
+      {"pswpin", &swapIn},
+      {"pswpout", &swapOut},
+      {"swpin_zero", &zeroIn},
+      {"swpout_zero", &zeroOut},
+      {"thp_fault_alloc", &faults},
+      {"thp_collapse_alloc", &collapses},
+      {"thp_swpout_fallback", &counters.hugeSplits},
   };
   ReadFigures(files, HostPath("proc/vmstat"), wanted);
   for (const Figure figure : stalls)
     counters.allocStalls = counters.allocStalls + figure;
-  for (const Figure figure : memmap)
-    counters.memmapPages = counters.memmapPages + figure;
+  counters.memmapPages = memmap + memmapAtBoot;
+  counters.swapIn = swapIn + zeroIn;
+  counters.swapOut = swapOut + zeroOut;
+  counters.hugeAllocs = faults + collapses;
   return counters;
 }
 

@@ -19,6 +19,12 @@ constexpr std::string_view kRemapTypes[] = {"numa", "promotion", "demotion"};
 
 constexpr uint64_t Cell(Figure figure) { return figure.Cell(HVC_KB_NONE); }
 
+// Whether the group is removed with its last process, so that it never belonged to another VM.
+bool EndsWithItsProcesses(const Group &group) {
+  return group.folder.find(".scope/") != std::string::npos || group.folder.ends_with(".scope") ||
+         group.folder.find(".libvirt-qemu") != std::string::npos;
+}
+
 // Lets a sum omit an unreadable term.
 constexpr Figure AbsentIfUnreadable(Figure figure) { return figure == Figure::Unreadable() ? Figure() : figure; }
 
@@ -36,9 +42,9 @@ HVC_ReturnStatus ClientRecords::Vmm(int64_t client, VmmMemoryStatsRecord &record
   Group *own = vms_.OwnControlGroup(*vm);
   const ProcessStatus *status = reader_.Status(*vm);
   if (status == nullptr) return HVC_NOT_FOUND;
-  const CgroupStat &stat = StatOf(own);
+  const Compressed compressed = CompressedOf(own);
   const ProcessSharing sharing = sharing_.OfProcess(*vm);
-  const Figure memory = vms_.GuestMemory(*vm, *status).IfAbsent(status->size);
+  const Figure memory = vms_.GuestMemory(*vm, *status).IfAbsent(status->size());
   const Figure growth = vm->vm->maxMemory - memory;
   const Figure mapped = Lower(GuestPart(*status, memory) + AbsentIfUnreadable(sharing.zero), memory);
   record.memSize = Cell(memory);
@@ -47,17 +53,12 @@ HVC_ReturnStatus ClientRecords::Vmm(int64_t client, VmmMemoryStatsRecord &record
   record.shared = sharing.saved.Cell(0);
   record.sharedSaved = sharing.saved.Cell(0);
   record.zero = sharing.zero.Cell(0);
-  record.zipped = (stat.zswapped / 1024).Cell(0);
-  record.zipSaved = (stat.zswapped / 1024 - stat.zswap / 1024).Cell(0);
-  // Active pages exclude huge pages of pools.
-  const Figure active = stat.active.isAbsent() ? Figure() : stat.active / 1024 + status->hugePages;
-  record.touched = Cell(Lower(active, mapped));
-  record.allocTgt = Cell(memory);
-  if (own != nullptr) {
-    const Figure high = reader_.Amount(*own, CgroupAmount::kHigh) / 1024;
-    const Figure max = reader_.Amount(*own, CgroupAmount::kMax) / 1024;
-    record.allocTgt = Cell(Lower(memory, Lower(high, max)));
-  }
+  record.zipped = Cell(compressed.size);
+  record.zipSaved = Cell(compressed.saved);
+  record.touched = HVC_KB_NONE;
+  const Figure high = limits_.Lowest(*vm, CgroupAmount::kHigh) / 1024;
+  const Figure max = limits_.Lowest(*vm, CgroupAmount::kMax) / 1024;
+  record.allocTgt = Cell(Lower(memory, Lower(own == nullptr ? Figure() : high, max)));
   return reader_.Confirm(*vm);
 }
 
@@ -82,11 +83,38 @@ HVC_ReturnStatus ClientRecords::Zip(int64_t client, ZipStatsRecord &record) {
   Group *own = vms_.OwnControlGroup(*vm);
   const CgroupStat &stat = StatOf(own);
   if (own == nullptr || stat.zswap.isAbsent()) return HVC_NOT_FOUND;
-  record.totalCache = record.maxCache = Cell(reader_.Amount(*own, CgroupAmount::kZswapMax) / 1024);
+  record.totalCache = record.maxCache = Cell(CompressionCache(*own));
   record.usedCache = Cell(stat.zswap / 1024);
-  record.zipped = PagesInKB(stat.zswapOut).Cell(0);
-  record.unZipped = PagesInKB(stat.zswapIn).Cell(0);
+  record.zipped = Cell(PagesInKB(CountOfVm(own, stat.zswapOut, Figure())));
+  record.unZipped = Cell(PagesInKB(CountOfVm(own, stat.zswapIn, Figure())));
   return reader_.Confirm(*vm);
+}
+
+// The limit of the group, at most what zswap may use on the host; 0 while zswap is off.
+Figure ClientRecords::CompressionCache(Group &own) {
+  const Figure percent = host_.zswapMaxPercent();
+  if (percent.isAbsent()) return Figure(0);
+  const Figure pool = percent == Figure(0) || percent == Figure::Unreadable()
+                          ? percent
+                          : host_.meminfo().total / 100 * percent.Cell(0);
+  return Lower(pool, limits_.Lowest(own, CgroupAmount::kZswapMax) / 1024);
+}
+
+// Without an own control group, a VM's compressed memory is known only if the host has none.
+ClientRecords::Compressed ClientRecords::CompressedOf(Group *own) {
+  const CgroupStat &stat = StatOf(own);
+  if (!stat.zswapped.isAbsent()) {
+    return {.size = stat.zswapped / 1024, .saved = stat.zswapped / 1024 - stat.zswap / 1024};
+  }
+  const Figure unknown = host_.Zswapped() == Figure(0) ? Figure(0) : Figure::Unreadable();
+  return {.size = unknown, .saved = unknown};
+}
+
+// If the host counts nothing, neither does a part of it. If the group may have existed before the VM, an earlier VM may
+// have contributed. systemd and libvirt remove a VM's scope with its last process.
+Figure ClientRecords::CountOfVm(const Group *own, Figure count, Figure ofHost) {
+  if (count.isAbsent() || own == nullptr) return ofHost == Figure(0) ? Figure(0) : Figure::Unreadable();
+  return count == Figure(0) || EndsWithItsProcesses(*own) ? count : Figure::Unreadable();
 }
 
 HVC_ReturnStatus ClientRecords::VmmLeaderID(int64_t client, VmmLeaderIDRecord &record) {
@@ -103,14 +131,20 @@ HVC_ReturnStatus ClientRecords::SwapInfo(int64_t client, VmSwapInfoRecord &recor
   const ProcessStatus *status = reader_.Status(*vm);
   if (status == nullptr) return HVC_NOT_FOUND;
   const CgroupStat &stat = StatOf(own);
+  const Vmstat &counters = host_.vmstat();
+  const Figure cached = host_.meminfo().swapCached.IfAbsent(Figure(0));
   const Swaps &space = host_.swaps();
+  const SwapLimit limit = limits_.Swap(*vm);
   record.swapped = Cell(Swapped(own, *status));
-  record.swapRead = (stat.swapCached / 1024).Cell(0);
-  // All VMs share the host's swap space.
-  record.swapIn = record.gblSwapIn = PagesInKB(stat.swapIn).Cell(0);
-  record.swapOut = record.gblSwapOut = PagesInKB(stat.swapOut).Cell(0);
-  record.totalReg = Cell(space.total);
-  record.freeReg = Cell(space.free);
+  record.swapRead = Cell((stat.swapCached / 1024).IfAbsent(cached == Figure(0) ? cached : Figure::Unreadable()));
+  record.swapIn = Cell(PagesInKB(CountOfVm(own, stat.swapIn, counters.swapIn.IfAbsent(Figure(0)))));
+  record.swapOut = Cell(PagesInKB(CountOfVm(own, stat.swapOut, counters.swapOut.IfAbsent(Figure(0)))));
+  record.gblSwapRead = Cell(cached);
+  record.gblSwapIn = Cell(PagesInKB(counters.swapIn.IfAbsent(Figure(0))));
+  record.gblSwapOut = Cell(PagesInKB(counters.swapOut.IfAbsent(Figure(0))));
+  record.hvcSwapOn = own == nullptr ? kNoCount : CountOfVm(own, reader_.LimitHits(*own), Figure()).Cell32(kNoCount);
+  record.totalReg = Cell(Lower(space.total, limit.total / 1024));
+  record.freeReg = Cell(Lower(space.free, limit.free / 1024));
   record.currentSwapper = 1;  // the host's kernel; a VMM does not swap
   return reader_.Confirm(*vm);
 }
@@ -122,13 +156,14 @@ HVC_ReturnStatus ClientRecords::LargePages(int64_t client, LPageStatsRecord &rec
   const ProcessStatus *status = reader_.Status(*vm);
   if (status == nullptr) return HVC_NOT_FOUND;
   const CgroupStat &stat = StatOf(own);
+  const Vmstat &counters = host_.vmstat();
   const Figure transparent = TransparentPagesInKB(*vm, own, *status);
   const Figure gigantic = GiganticPagesInKB(own, *status);
   const uint64_t large = Cell((status->hugePages - gigantic + transparent) / kLargePageKB);
   record.backings2M = large < kNoCount ? static_cast<uint32_t>(large) : kNoCount;
   if (record.backings2M != kNoCount) record.backings1G = static_cast<uint32_t>(Cell(gigantic / kGiganticPageKB));
-  record.allocSuccess = stat.hugeAllocs.Cell(0);
-  record.broken = stat.hugeSplits.Cell(0);
+  record.allocSuccess = Cell(CountOfVm(own, stat.hugeAllocs, counters.hugeAllocs.IfAbsent(Figure(0))));
+  record.broken = Cell(CountOfVm(own, stat.hugeSplits, counters.hugeSplits.IfAbsent(Figure(0))));
   return reader_.Confirm(*vm);
 }
 
@@ -159,13 +194,12 @@ HVC_ReturnStatus ClientRecords::UserWorld(int64_t client, UwMemoryStatsRecord &r
   const Figure unswappable = status->locked + status->pinned;
   const Figure swapBacked = status->anonymous + status->sharedMemory;
   record.max = record.minLimit = HVC_KB_NONE;
-  if (own != nullptr) {
-    record.min = (reader_.Amount(*own, CgroupAmount::kMin) / 1024).Cell(0);
-    record.max = Cell(reader_.Amount(*own, CgroupAmount::kMax) / 1024);
-  }
+  if (own != nullptr) record.min = (reader_.Amount(*own, CgroupAmount::kMin) / 1024).Cell(0);
+  if (process->kind == GroupKind::kVm) record.max = Cell(limits_.Lowest(*process, CgroupAmount::kMax) / 1024);
   record.memSizeLimit = ShortLimit(limit / 1024);
-  record.memSize = Cell(status->size);
-  record.touched = record.memBStore = Cell(consumed);
+  record.memSize = Cell(status->size());
+  record.touched = HVC_KB_NONE;
+  record.memBStore = Cell(consumed);
   record.mapped = Cell(consumed + AbsentIfUnreadable(sharing.zero));
   record.sharedSaved = record.cow = sharing.saved.Cell(0);
   record.swapBStore = record.swapped = Cell(status->swapped);
@@ -226,12 +260,14 @@ const CgroupStat &ClientRecords::StatOf(Group *own) {
 
 Figure ClientRecords::PagesInKB(Figure pages) { return pages.isAbsent() ? pages : pages * pageSize_.KB(); }
 
-// VmSwap of a process omits shared memory. The control group's figure includes memory that zswap keeps compressed.
+// VmSwap of a process omits shared memory. The control group's figure includes memory that zswap keeps compressed, and
+// memory that was read again but keeps its place in swap space.
 Figure ClientRecords::Swapped(Group *own, const ProcessStatus &status) {
   if (own == nullptr) return status.swapped;
   const CgroupStat &stat = StatOf(own);
   const Figure swap = stat.swap.isAbsent() ? reader_.Amount(*own, CgroupAmount::kSwap) : stat.swap;
-  return (swap / 1024).IfAbsent(status.swapped) - stat.zswapped / 1024;
+  if (swap.isAbsent()) return status.swapped;
+  return swap / 1024 - stat.zswapped / 1024 - stat.swapCached / 1024;
 }
 
 // In pages of 4 KB. Absent if this kernel does not count them.

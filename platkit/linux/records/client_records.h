@@ -25,6 +25,7 @@ class ClientRecords {
         pageSize_(pageSize),
         reader_(groups.reader),
         tree_(groups.tree),
+        limits_(groups.limits),
         vms_(groups.vms),
         host_(host),
         sharing_(sharing) {}
@@ -56,6 +57,17 @@ class ClientRecords {
   // memory.stat of a VM's own control group; all figures are absent if `own` is null.
   const CgroupStat &StatOf(Group *own);
 
+  // A count of the VM's own control group since it was created; see the definition.
+  Figure CountOfVm(const Group *own, Figure count, Figure ofHost);
+
+  // Figures of the VM's compressed memory, in KB.
+  struct Compressed {
+    Figure size;   // before compression
+    Figure saved;  // by compression
+  };
+  Compressed CompressedOf(Group *own);
+  Figure CompressionCache(Group &own);
+
   // The VM's memory in swap space, in KB.
   Figure Swapped(Group *own, const ProcessStatus &status);
 
@@ -68,6 +80,7 @@ class ClientRecords {
   PageSize &pageSize_;
   GroupReader &reader_;
   GroupTree &tree_;
+  GroupLimits &limits_;
   VmGroups &vms_;
   HostWideFiles &host_;
   PageSharingRecords &sharing_;

@@ -92,22 +92,24 @@ HVC_ReturnStatus GroupRecords::NumVMs(NumVMsRecord &record) {
   return status;
 }
 
-// Linux has neither memory shares nor a limit on reservations.
+// Linux has neither memory shares nor a limit on reservations. The row of a control group shows its own settings. A VM
+// and its VMM have the limit that holds for them, wherever it is set. The reservation of the VM covers the VMM too.
 HVC_ReturnStatus GroupRecords::Alloc(int64_t id, GroupAllocRecord &record) {
   Group *group = FindOfKnownKind(id);
   if (group == nullptr) return HVC_NOT_FOUND;
   record.max = HVC_KB_NONE;
   record.minLimit = HVC_KB_NONE;
-  if (group->kind != GroupKind::kControlGroup) {
-    const Limits limits = LimitsOf(*group);
-    record.min = limits.min;
-    record.max = limits.max;
-    return HVC_OK;
+  if (group->kind == GroupKind::kControlGroup) {
+    const Figure max = reader_.Amount(*group, CgroupAmount::kMax);
+    if (IsGone(*group, max)) return HVC_NOT_FOUND;
+    record.min = CellInKB(reader_.Amount(*group, CgroupAmount::kMin), 0);
+    record.max = CellInKB(max, HVC_KB_NONE);
+  } else if (Group *vm = VmOf(*group); vm != nullptr) {
+    if (Group *own = vms_.OwnControlGroup(*vm); own != nullptr && group == vm) {
+      record.min = CellInKB(reader_.Amount(*own, CgroupAmount::kMin), 0);
+    }
+    record.max = CellInKB(limits_.Lowest(*vm, CgroupAmount::kMax), HVC_KB_NONE);
   }
-  const Figure max = reader_.Amount(*group, CgroupAmount::kMax);
-  if (IsGone(*group, max)) return HVC_NOT_FOUND;
-  record.min = CellInKB(reader_.Amount(*group, CgroupAmount::kMin), 0);
-  record.max = CellInKB(max, HVC_KB_NONE);
   return HVC_OK;
 }
 
@@ -128,11 +130,16 @@ HVC_ReturnStatus GroupRecords::Capacity(int64_t id, GroupCapacityRecord &record)
   return HVC_OK;
 }
 
+// No source on Linux tells without side effects how much memory was touched of late. Nothing throttles a guest for lack
+// of memory.
 HVC_ReturnStatus GroupRecords::MemoryStats(int64_t id, GroupMemoryStatsRecord &record) {
+  constexpr uint8_t kNotThrottled = 100;
   Group *group = FindOfKnownKind(id);
   if (group == nullptr) return HVC_NOT_FOUND;
   record.bMax = HVC_KB_NONE;
   record.allocTgt = HVC_KB_NONE;
+  record.touched = HVC_KB_NONE;
+  record.throttlePct = kNotThrottled;
   switch (group->kind) {
     case GroupKind::kHost: HostStats(record); break;
     case GroupKind::kKernel: KernelStats(record); break;
@@ -148,13 +155,41 @@ void GroupRecords::HostStats(GroupMemoryStatsRecord &record) {
   const Meminfo &memory = host_.meminfo();
   record.memSize = memory.total.Cell(0);
   record.consumed = (memory.total - memory.free).Cell(0);
-  record.touched = memory.active.Cell(0);
   record.ovhd = memory.kernel.Cell(0);
   record.sharedSaved = sharing_.SavedOnHost().Cell(0);
+  // The kernel keeps no peaks of the host; they are at least the current values.
+  record.memSizePeak = record.memSize;
+  record.consumedPeak = HVC_KB_NONE;
 }
 
+// All memory in use that is charged to no other member of the host, so that the members add up to the host: memory of the
+// kernel, huge pages of pools, and files that were cached before their group was created. Without a memory controller,
+// nothing is charged.
 void GroupRecords::KernelStats(GroupMemoryStatsRecord &record) {
-  record.memSize = record.consumed = host_.meminfo().kernel.Cell(0);
+  const Meminfo &memory = host_.meminfo();
+  const bool isCharged = reader_.mount().memoryFiles != CgroupVersion::kNone;
+  const Figure members = isCharged ? ConsumedByMembers(*tree_.Find(kHostGroup)) : Figure();
+  record.memSize = memory.kernel.Cell(0);
+  record.consumed = (isCharged ? memory.total - memory.free - members : memory.kernel).Cell(0);
+  record.memSizePeak = record.consumedPeak = HVC_KB_NONE;
+}
+
+// What the host's control groups and its processes outside of them consume, in KB.
+Figure GroupRecords::ConsumedByMembers(Group &host) {
+  if (tree_.FindMembers(host) != HVC_OK) return Figure::Unreadable();
+  Figure sum(0);
+  for (const int64_t id : host.controlGroups) {
+    Group *group = tree_.FindKnown(id);
+    if (group == nullptr) continue;
+    const Figure consumed = reader_.Amount(*group, CgroupAmount::kCurrent);
+    if (!IsGone(*group, consumed)) sum = sum + consumed.IfAbsent(Figure::Unreadable()) / 1024;
+  }
+  for (const int64_t id : host.processes) {
+    Group *process = tree_.FindKnown(id);
+    const ProcessStatus *status = process == nullptr ? nullptr : reader_.Status(*process);
+    if (status != nullptr) sum = sum + status->resident;
+  }
+  return sum;
 }
 
 // A group for which the memory controller is not enabled lacks its files. Its amounts are unavailable; it has no
@@ -166,33 +201,46 @@ HVC_ReturnStatus GroupRecords::ControlGroupStats(Group &group, GroupMemoryStatsR
   const CgroupStat &stat = reader_.Stat(group);
   const Figure swap = version == CgroupVersion::kV1 ? stat.swap : reader_.Amount(group, CgroupAmount::kSwap);
   const Figure kernel = version == CgroupVersion::kV1 ? reader_.Amount(group, CgroupAmount::kKernel) : stat.kernel;
-  const Figure peak = reader_.Amount(group, CgroupAmount::kPeak);
   consumed = consumed.IfAbsent(Figure::Unreadable());
+  const Figure peak = Higher(reader_.Amount(group, CgroupAmount::kPeak).IfAbsent(Figure::Unreadable()), consumed);
   record.consumed = CellInKB(consumed, 0);
-  record.consumedPeak = CellInKB(peak, HVC_KB_NONE);
+  record.consumedPeak = CellInKB(peak, 0);
   record.memSize = CellInKB(consumed + swap, 0);
-  // Without swap accounting, version 1 has no peak of memory and swap; the peak of memory is then the same.
-  if (version == CgroupVersion::kV1) {
-    record.memSizePeak = CellInKB(reader_.Amount(group, CgroupAmount::kWithSwapPeak).IfAbsent(peak), HVC_KB_NONE);
-  }
-  record.touched = CellInKB(stat.active, HVC_KB_NONE);
+  record.memSizePeak = CellInKB(Higher(SizePeak(group, peak), consumed + swap), 0);
   record.ovhd = CellInKB(kernel, HVC_KB_NONE);
-  record.bMin = CellInKB(reader_.Amount(group, CgroupAmount::kMin), 0);
+  record.bMin = record.rMinPeak = CellInKB(reader_.Amount(group, CgroupAmount::kMin), 0);
+  record.rMinChildPeak = CellInKB(ReservedByChildren(group), 0);
   record.bMax = CellInKB(reader_.Amount(group, CgroupAmount::kMax), HVC_KB_NONE);
   record.iMin = CellInKB(reader_.Amount(group, CgroupAmount::kLow), 0);
-  record.eMin = CellInKB(LowestMin(group), 0);
-  record.allocTgt = CellInKB(reader_.Amount(group, CgroupAmount::kHigh), HVC_KB_NONE);
+  FillLimits(group, record);
   return HVC_OK;
+}
+
+// The peak of memory and swap space. Version 2 has the peaks of both; their sum is an upper bound. Without swap
+// accounting, the peak of memory is the same.
+Figure GroupRecords::SizePeak(Group &group, Figure peak) {
+  if (reader_.mount().memoryFiles == CgroupVersion::kV1) {
+    return reader_.Amount(group, CgroupAmount::kWithSwapPeak).IfAbsent(peak);
+  }
+  if (reader_.Amount(group, CgroupAmount::kSwap).isAbsent()) return peak;
+  return peak + reader_.Amount(group, CgroupAmount::kSwapPeak).IfAbsent(Figure::Unreadable());
+}
+
+// The kernel protects at most the reservation of each control group above, and throttles a group at the lowest limit of
+// them.
+void GroupRecords::FillLimits(Group &group, GroupMemoryStatsRecord &record) {
+  const Figure high = limits_.Lowest(group, CgroupAmount::kHigh);
+  record.allocTgt = CellInKB(Lower(high, limits_.Lowest(group, CgroupAmount::kMax)), HVC_KB_NONE);
+  record.eMin = record.eMinPeak = CellInKB(limits_.Lowest(group, CgroupAmount::kMin), 0);
 }
 
 HVC_ReturnStatus GroupRecords::ProcessStats(Group &group, GroupMemoryStatsRecord &record) {
   const ProcessStatus *status = reader_.Status(group);
   if (status == nullptr) return HVC_NOT_FOUND;
-  record.memSize = status->size.Cell(0);
-  record.memSizePeak = status->sizePeak.Cell(0);
+  record.memSize = status->size().Cell(0);
+  record.memSizePeak = HVC_KB_NONE;
   record.consumed = Consumed(*status).Cell(0);
   record.consumedPeak = ConsumedPeak(*status).Cell(0);
-  record.touched = Consumed(*status).Cell(0);
   record.ovhd = status->pageTables.Cell(0);
   record.sharedSaved = sharing_.OfProcess(group).saved.Cell(0);
   if (group.kind != GroupKind::kVm) return reader_.Confirm(group);
@@ -200,9 +248,13 @@ HVC_ReturnStatus GroupRecords::ProcessStats(Group &group, GroupMemoryStatsRecord
   const Figure guestMemory = vms_.GuestMemory(group, *status);
   if (!guestMemory.isAbsent()) record.memSize = record.memSizePeak = guestMemory.Cell(0);
   record.ovhd = VmOverhead(*status, guestMemory).Cell(0);
-  const Limits limits = LimitsOf(group);
-  record.bMin = limits.min;
-  record.bMax = limits.max;
+  record.bMax = CellInKB(limits_.Lowest(group, CgroupAmount::kMax), HVC_KB_NONE);
+  if (Group *own = vms_.OwnControlGroup(group); own != nullptr) {
+    record.bMin = record.rMinPeak = CellInKB(reader_.Amount(*own, CgroupAmount::kMin), 0);
+    FillLimits(*own, record);
+  } else {
+    record.allocTgt = record.bMax;
+  }
   return reader_.Confirm(group);
 }
 
@@ -212,19 +264,15 @@ HVC_ReturnStatus GroupRecords::VmmStats(Group &group, GroupMemoryStatsRecord &re
   const ProcessStatus *status = reader_.Status(*vm);
   if (status == nullptr) return HVC_NOT_FOUND;
   record.memSize = record.consumed = VmOverhead(*status, vms_.GuestMemory(*vm, *status)).Cell(0);
-  const Limits limits = LimitsOf(group);
-  record.bMin = limits.min;
-  record.bMax = limits.max;
+  record.memSizePeak = record.consumedPeak = HVC_KB_NONE;
+  record.bMax = record.allocTgt = CellInKB(limits_.Lowest(*vm, CgroupAmount::kMax), HVC_KB_NONE);
   return reader_.Confirm(*vm);
 }
 
-// The limits of a VM's own control group hold for the VM and its VMM. Other processes have none.
-GroupRecords::Limits GroupRecords::LimitsOf(Group &group) {
-  Group *process = group.kind == GroupKind::kVmm ? tree_.FindKnown(group.parentID) : &group;
-  Group *own = process == nullptr ? nullptr : vms_.OwnControlGroup(*process);
-  if (own == nullptr) return {};
-  return {.min = CellInKB(reader_.Amount(*own, CgroupAmount::kMin), 0),
-          .max = CellInKB(reader_.Amount(*own, CgroupAmount::kMax), HVC_KB_NONE)};
+// The VM that a group is, or is the VMM of. Null for other groups.
+Group *GroupRecords::VmOf(Group &group) {
+  if (group.kind == GroupKind::kVmm) return tree_.FindKnown(group.parentID);
+  return group.kind == GroupKind::kVm ? &group : nullptr;
 }
 
 Figure GroupRecords::ReservedByChildren(Group &group) {
@@ -235,16 +283,6 @@ Figure GroupRecords::ReservedByChildren(Group &group) {
     if (Group *child = tree_.FindKnown(id); child != nullptr) sum = sum + reader_.Amount(*child, CgroupAmount::kMin);
   }
   return sum;
-}
-
-// The kernel protects at most the reservation of each ancestor.
-Figure GroupRecords::LowestMin(Group &group) {
-  Figure lowest = reader_.Amount(group, CgroupAmount::kMin);
-  for (Group *above = tree_.Find(group.parentID); above != nullptr && above->kind == GroupKind::kControlGroup;
-       above = tree_.Find(above->parentID)) {
-    lowest = Lower(lowest, reader_.Amount(*above, CgroupAmount::kMin));
-  }
-  return lowest;
 }
 
 // Whether the group has vanished. `required` comes from a file that every group with a memory controller has.

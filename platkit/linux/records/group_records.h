@@ -17,7 +17,13 @@ namespace platkit {
 class GroupRecords {
  public:
   GroupRecords(HostFiles &files, HostGroups &groups, HostWideFiles &host, PageSharingRecords &sharing)
-      : files_(files), reader_(groups.reader), tree_(groups.tree), vms_(groups.vms), host_(host), sharing_(sharing) {}
+      : files_(files),
+        reader_(groups.reader),
+        tree_(groups.tree),
+        limits_(groups.limits),
+        vms_(groups.vms),
+        host_(host),
+        sharing_(sharing) {}
 
   [[nodiscard]] HVC_ReturnStatus Name(int64_t id, GroupNameRecord &record);
   [[nodiscard]] HVC_ReturnStatus Tag(int64_t id, GroupTagRecord &record);
@@ -34,20 +40,16 @@ class GroupRecords {
   [[nodiscard]] HVC_ReturnStatus NumVMs(NumVMsRecord &record);
 
  private:
-  // In KB.
-  struct Limits {
-    uint64_t min = 0;
-    uint64_t max = HVC_KB_NONE;
-  };
-
   Group *FindOfKnownKind(int64_t id);
-  Limits LimitsOf(Group &group);
+  Group *VmOf(Group &group);
   Figure ReservedByChildren(Group &group);
-  Figure LowestMin(Group &group);
+  Figure ConsumedByMembers(Group &host);
+  void FillLimits(Group &group, GroupMemoryStatsRecord &record);
   bool IsGone(const Group &group, Figure required);
 
   void HostStats(GroupMemoryStatsRecord &record);
   void KernelStats(GroupMemoryStatsRecord &record);
+  Figure SizePeak(Group &group, Figure peak);
   HVC_ReturnStatus ControlGroupStats(Group &group, GroupMemoryStatsRecord &record);
   HVC_ReturnStatus ProcessStats(Group &group, GroupMemoryStatsRecord &record);
   HVC_ReturnStatus VmmStats(Group &group, GroupMemoryStatsRecord &record);
@@ -55,6 +57,7 @@ class GroupRecords {
   HostFiles &files_;
   GroupReader &reader_;
   GroupTree &tree_;
+  GroupLimits &limits_;
   VmGroups &vms_;
   HostWideFiles &host_;
   PageSharingRecords &sharing_;

@@ -14,15 +14,30 @@ constexpr uint32_t kUnknownState = UINT32_MAX;
 
 constexpr uint64_t kPageDescriptor = 64;  // bytes of metadata per page
 
-// The state is the number of watermarks above the free memory.
-uint32_t StateOf(const ZoneTotals &zones) {
+// The number of watermarks above the memory that can be allocated without swapping. Memory that only caches files is no
+// shortage.
+uint32_t StateOfAvailable(Figure available, const ZoneTotals &zones) {
   uint32_t state = 0;
   for (const Figure mark : {zones.ample, zones.high, zones.low, zones.min}) {
-    const Figure lower = Lower(zones.free, mark);
+    const Figure lower = Lower(available, mark);
     if (lower == Figure::Unreadable()) return kUnknownState;
     if (lower != mark) ++state;
   }
   return state;
+}
+
+// A shortage is what makes tasks wait. The thresholds are those of programs that act on it: a warning when all tasks wait
+// for a tenth of the time, and an intervention at six tenths.
+uint32_t StateOfPressure(const MemoryPressure &pressure) {
+  const auto isAtLeast = [](Figure share, uint64_t percent) { return Lower(share, Figure(percent)) == Figure(percent); };
+  if (isAtLeast(pressure.full.IfAbsent(Figure(0)), 60)) return 4;
+  if (isAtLeast(pressure.full.IfAbsent(Figure(0)), 10)) return 3;
+  return isAtLeast(pressure.some.IfAbsent(Figure(0)), 10) ? 2 : 0;
+}
+
+uint32_t StateOf(HostWideFiles &host, PageSize &pageSize) {
+  const uint32_t available = StateOfAvailable(host.meminfo().available, TotalsInKB(host.zoneinfo(), pageSize));
+  return available == kUnknownState ? kUnknownState : std::max(available, StateOfPressure(host.pressure()));
 }
 
 }  // namespace
@@ -52,22 +67,22 @@ HVC_ReturnStatus HostMemoryRecords::Global(GlobalMemoryRecord &record) {
   const ZoneTotals zones = TotalsInKB(host_.zoneinfo(), pageSize_);
   record.managedByMemSched = (memory.total - memory.kernel).Cell(0);
   record.minFree = zones.min.Cell(0);
-  record.memState = StateOf(zones);
+  record.memState = StateOf(host_, pageSize_);
   return HVC_OK;
 }
 
-// Counts how often free memory fell below each watermark. kswapd wakes at the low watermark and runs until the high one
-// is reached, so each run counts for both. A run that started soon after the last one counts only for the high
-// watermark. Below the min watermark, allocations enter direct reclaim. While free memory is below a watermark, it has
-// fallen below it once more often than it has risen above it.
+// Linux does not count changes of the state. It counts events that show how short memory was: an allocation that waits for
+// reclaim shows that the state was hard, and a process that was killed for lack of memory shows that it was low. Both
+// passed the states before. While the state is a lower one, it has been left once more often for the lower side than for
+// the higher one.
 HVC_ReturnStatus HostMemoryRecords::Transitions(std::string_view state, StateTransitionsRecord &record) {
   const auto *found = std::ranges::find(kMemoryStates, state);
   if (found == kMemoryStates.end()) return HVC_NOT_FOUND;
   const auto number = static_cast<uint32_t>(found - kMemoryStates.begin());
   const Vmstat &counters = host_.vmstat();
-  const uint32_t now = StateOf(TotalsInKB(host_.zoneinfo(), pageSize_));
-  const Figure falls[kLowest] = {counters.kswapdRuns, counters.kswapdRuns,
-                                 counters.kswapdRuns - counters.kswapdShortRests, counters.allocStalls};
+  const uint32_t now = StateOf(host_, pageSize_);
+  const Figure stalls = Higher(counters.allocStalls, counters.oomKills);
+  const Figure falls[kLowest] = {stalls, stalls, stalls, counters.oomKills};
   // From state `from` to the next lower one.
   const auto fallsFrom = [&](uint32_t from) {
     const bool isBelow = now != kUnknownState && now > from;

@@ -4,9 +4,11 @@
 
 #include "platkit/linux/files/fresh.h"
 #include "platkit/linux/kernel/meminfo.h"
+#include "platkit/linux/kernel/pressure.h"
 #include "platkit/linux/kernel/swaps.h"
 #include "platkit/linux/kernel/vmstat.h"
 #include "platkit/linux/kernel/zoneinfo.h"
+#include "platkit/linux/kernel/zswap.h"
 
 namespace platkit {
 
@@ -26,6 +28,21 @@ class HostWideFiles {
   const Swaps &swaps() {
     return swaps_.Get(files_.clock(), [this] { return ReadSwaps(files_); });
   }
+  const MemoryPressure &pressure() {
+    return pressure_.Get(files_.clock(), [this] { return ReadMemoryPressure(files_); });
+  }
+  Figure zswapMaxPercent() {
+    return zswapMaxPercent_.Get(files_.clock(), [this] { return ReadZswapMaxPercent(files_); });
+  }
+
+  // Memory that zswap keeps, in KB, before compression. 0 on a kernel without zswap, and on one that does not tell but
+  // has it turned off.
+  Figure Zswapped() {
+    const Figure zswapped = meminfo().zswapped;
+    if (!zswapped.isAbsent()) return zswapped;
+    const Figure percent = zswapMaxPercent();
+    return percent.isAbsent() || percent == Figure(0) ? Figure(0) : Figure::Unreadable();
+  }
 
  private:
   HostFiles &files_;
@@ -33,6 +50,8 @@ class HostWideFiles {
   Fresh<Vmstat> vmstat_;
   Fresh<Zoneinfo> zoneinfo_;
   Fresh<Swaps> swaps_;
+  Fresh<MemoryPressure> pressure_;
+  Fresh<Figure> zswapMaxPercent_;
 };
 
 }  // namespace platkit

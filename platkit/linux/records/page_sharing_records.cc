@@ -10,9 +10,17 @@ Figure PageSharingRecords::ReadRecordPages(std::string_view file) {
   return pages.isAbsent() ? pages : pages * pageSize_.RecordPages();
 }
 
-Figure PageSharingRecords::SavedOnHost() { return ReadRecordPages("pages_sharing") * (kRecordPage / 1024); }
+Figure PageSharingRecords::SavedOnHost() {
+  return savedOnHost_.Get(files_.clock(), [this] {
+    return (ReadRecordPages("pages_sharing") + ReadRecordPages("ksm_zero_pages")) * (kRecordPage / 1024);
+  });
+}
 
 ProcessSharing PageSharingRecords::OfProcess(Group &process) {
+  // Only root may read the figures of another user's process, but what is 0 on the host is 0 for each process.
+  const Figure savedOnHost = SavedOnHost();
+  if (savedOnHost.isAbsent()) return {};
+  if (savedOnHost == Figure(0)) return {.saved = Figure(0), .zero = Figure(0)};
   const ProcessKsm &pages = reader_.Ksm(process);
   if (pages.merged.isAbsent() && pages.zero.isAbsent()) return {};
   const uint64_t pageKB = pageSize_.KB();
@@ -31,7 +39,8 @@ HVC_ReturnStatus PageSharingRecords::Stats(PShareStatsRecord &record) {
   record.reclaimed = sharing.Cell(0);
   record.totRemove = copied.Cell(0);
   record.totAdd = (mapped + copied).Cell(0);
-  record.hintsActive = ReadRecordPages("pages_unshared").Cell(0);
+  // Pages whose content no other page has had so far. The kernel does not count those that it has given up.
+  record.hintsActive = record.hintsAdded = ReadRecordPages("pages_unshared").Cell(0);
   return HVC_OK;
 }
 

@@ -23,10 +23,10 @@ class PageSharingRecords {
   // From /sys/kernel/mm/ksm and cow_ksm of /proc/vmstat. All zeros on a kernel without KSM.
   [[nodiscard]] HVC_ReturnStatus Stats(PShareStatsRecord &record);
 
-  // pages_sharing, in KB; absent on a kernel without KSM.
+  // pages_sharing + ksm_zero_pages, in KB; absent on a kernel without KSM.
   Figure SavedOnHost();
 
-  // From ksm_stat of the process.
+  // From ksm_stat of the process. Nothing if KSM saves nothing on the host.
   ProcessSharing OfProcess(Group &process);
 
  private:
@@ -36,6 +36,7 @@ class PageSharingRecords {
   PageSize &pageSize_;
   HostWideFiles &host_;
   GroupReader &reader_;
+  Fresh<Figure> savedOnHost_;
 };
 
 }  // namespace platkit

@@ -35,7 +35,8 @@ TEST(VmDetector, RootsQemuIsRecognizedByItsProgram) {
   };
   for (const auto &program : programs) {
     SavedHost host("v2.host");
-    host.Write("proc/300/status", std::string("Name:\t") + program.process + "\n" + kRoot + "VmSize: 9 kB\n");
+    host.Write("proc/300/status",
+               std::string("Name:\t") + program.process + "\n" + kRoot + "VmSize: 90 kB\nVmData: 8 kB\nVmStk: 1 kB\n");
     host.Write("proc/300/cmdline", std::string(program.program) + '\0');
     host.Remove("proc/300/exe");
     if (*program.program != '\0') host.MakeLink("proc/300/exe", program.program);

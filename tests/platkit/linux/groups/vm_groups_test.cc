@@ -11,12 +11,15 @@
 namespace platkit {
 namespace {
 
-constexpr uint64_t kNone = HVC_KB_NONE;
 const std::string kTop = "sys/fs/cgroup/";
 const std::string kOwn = kTop + "machine.slice/web.scope/guest";
 const std::string kShared = kTop + "shared.slice";
 
-bool HasOwnGroup(SavedHost &host, int64_t pid) { return host.ask().Alloc(pid).max != kNone; }
+// Only a VM with an own control group has this record.
+bool HasOwnGroup(SavedHost &host, int64_t pid) {
+  ZipStatsRecord record;
+  return host.ask().Get("sched_memClients_memzipInfo", {pid}, record) == HVC_OK;
+}
 
 TEST(VmGroups, TheAnswerDoesNotDependOnListings) {
   for (const bool listed : {false, true}) {

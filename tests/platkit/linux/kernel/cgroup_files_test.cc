@@ -59,8 +59,6 @@ struct StatLine {
 };
 
 constexpr StatLine kLines[] = {
-    {kV2, "active_anon", &CgroupStat::active},
-    {kV2, "active_file", &CgroupStat::active},
     {kV2, "swapcached", &CgroupStat::swapCached},
     {kV2, "anon_thp", &CgroupStat::transparent},
     {kV2, "shmem_thp", &CgroupStat::transparent},
@@ -77,6 +75,8 @@ constexpr StatLine kLines[] = {
     {kV2, "zswpout", &CgroupStat::zswapOut},
     {kV2, "pswpin", &CgroupStat::swapIn},
     {kV2, "pswpout", &CgroupStat::swapOut},
+    {kV2, "swpin_zero", &CgroupStat::swapIn},
+    {kV2, "swpout_zero", &CgroupStat::swapOut},
     {kV2, "thp_fault_alloc", &CgroupStat::hugeAllocs},
     {kV2, "thp_collapse_alloc", &CgroupStat::hugeAllocs},
     {kV2, "thp_swpout_fallback", &CgroupStat::hugeSplits},
@@ -86,8 +86,6 @@ constexpr StatLine kLines[] = {
     {kV2, "pgdemote_direct", &CgroupStat::demoted},
     {kV2, "pgdemote_khugepaged", &CgroupStat::demoted},
     {kV2, "pgdemote_proactive", &CgroupStat::demoted},
-    {kV1, "total_active_anon", &CgroupStat::active},
-    {kV1, "total_active_file", &CgroupStat::active},
     {kV1, "total_swap", &CgroupStat::swap},
     {kV1, "total_swapcached", &CgroupStat::swapCached},
     {kV1, "total_rss_huge", &CgroupStat::transparent},
@@ -114,6 +112,16 @@ TEST(CgroupFiles, PartsOfKernelMemoryCountOnlyWithoutTheirSum) {
             Figure(7));
   EXPECT_EQ(ReadCgroupStat(kernel.With("group/memory.stat", "slab 1\nkernel 8\nsock 4\n"), kV2, "group").kernel,
             Figure(12));
+}
+
+TEST(CgroupFiles, HowOftenTheLimitWasReached) {
+  const auto hits = [](CgroupVersion version) {
+    return [version](HostFiles &files) { return ReadCgroupLimitHits(files, version, "group"); };
+  };
+  ExpectFigures("group/memory.events", hits(kV2),
+                {{"low 1\nhigh 2\nmax 3\noom 4\n", Figure(3)}, {"max x\n", kUnreadable}, {"low 1\n", kAbsent}},
+                kUnreadable, kAbsent);
+  ExpectFigures("group/memory.failcnt", hits(kV1), {{"3\n", Figure(3)}, {"x\n", kUnreadable}}, kUnreadable, kAbsent);
 }
 
 TEST(CgroupFiles, Pids) {

@@ -54,6 +54,14 @@ TEST(Figure, Bounds) {
   EXPECT_EQ(Lower(Figure(0), kUnreadable), kUnreadable);
 }
 
+TEST(Figure, UpperBounds) {
+  EXPECT_EQ(Higher(Figure(1), Figure(2)), Figure(2));
+  EXPECT_EQ(Higher(kUnlimited, Figure(2)), kUnlimited);
+  EXPECT_EQ(Higher(kAbsent, Figure(2)), Figure(2));
+  EXPECT_EQ(Higher(Figure(2), kUnreadable), kUnreadable);
+  EXPECT_EQ(Higher(kAbsent, kAbsent), kAbsent);
+}
+
 TEST(Figure, Amounts) {
   EXPECT_EQ(ParseAmount("12\n"), Figure(12));
   EXPECT_EQ(ParseAmount("max\n"), kUnlimited);

@@ -15,9 +15,11 @@ void ExpectLine(const std::string &key, Figure Meminfo::*figure, Figure ifMissin
 TEST(Meminfo, EachLine) {
   ExpectLine("MemTotal", &Meminfo::total, kUnreadable);
   ExpectLine("MemFree", &Meminfo::free, kUnreadable);
-  ExpectLine("Active", &Meminfo::active, kUnreadable);
+  ExpectLine("MemAvailable", &Meminfo::available, kUnreadable);
   ExpectLine("Slab", &Meminfo::slab, kUnreadable);
   ExpectLine("HardwareCorrupted", &Meminfo::hardwareCorrupted, kAbsent);
+  ExpectLine("SwapCached", &Meminfo::swapCached, kAbsent);
+  ExpectLine("Zswapped", &Meminfo::zswapped, kAbsent);
 }
 
 TEST(Meminfo, TheKernelsMemoryIsTheSumOfTheLinesThatThereAre) {

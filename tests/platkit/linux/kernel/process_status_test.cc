@@ -19,8 +19,8 @@ TEST(ProcessStatus, EachLine) {
     Figure ProcessStatus::*figure;
     Figure ifNoLine;
   } lines[] = {
-      {"VmSize", &ProcessStatus::size, kUnreadable},
-      {"VmPeak", &ProcessStatus::sizePeak, kUnreadable},
+      {"VmData", &ProcessStatus::data, kUnreadable},
+      {"VmStk", &ProcessStatus::stack, kUnreadable},
       {"VmRSS", &ProcessStatus::resident, kUnreadable},
       {"VmHWM", &ProcessStatus::residentPeak, kUnreadable},
       {"VmPTE", &ProcessStatus::pageTables, kUnreadable},
@@ -35,10 +35,10 @@ TEST(ProcessStatus, EachLine) {
   };
   for (const auto &line : lines) {
     ExpectFigures("proc/7/status", Reader(line.figure),
-                  {{"VmData: 1 kB\n" + line.key + ":\t  12 kB\n", Figure(12)},
-                   {line.key + ": 12 kB\n" + line.key + ": 13 kB\nVmData: 1 kB\n", Figure(12)},
-                   {"VmData: 1 kB\n" + line.key + ": many kB\n", kUnreadable},
-                   {"VmData: 1 kB\n", line.ifNoLine}},
+                  {{"VmLib: 1 kB\n" + line.key + ":\t  12 kB\n", Figure(12)},
+                   {line.key + ": 12 kB\n" + line.key + ": 13 kB\nVmLib: 1 kB\n", Figure(12)},
+                   {"VmLib: 1 kB\n" + line.key + ": many kB\n", kUnreadable},
+                   {"VmLib: 1 kB\n", line.ifNoLine}},
                   kUnreadable, kAbsent);
   }
 }
@@ -46,13 +46,13 @@ TEST(ProcessStatus, EachLine) {
 TEST(ProcessStatus, NameAndThreads) {
   KernelFiles kernel;
   ProcessStatus status;
-  ASSERT_EQ(ReadProcessStatus(kernel.With("proc/7/status", "Name:\ta b\nVmSize: 1 kB\nThreads:\t12\n"), 7, status),
+  ASSERT_EQ(ReadProcessStatus(kernel.With("proc/7/status", "Name:\ta b\nVmLib: 1 kB\nThreads:\t12\n"), 7, status),
             HVC_OK);
   EXPECT_EQ(status.name, "a b");
   EXPECT_EQ(status.threads, 12u);
   EXPECT_NE(status.identity.inode, 0u);
   EXPECT_NE(status.identity.seenAt, 0u);
-  ASSERT_EQ(ReadProcessStatus(kernel.With("proc/7/status", "VmSize: 1 kB\nThreads: x\n"), 7, status), HVC_OK);
+  ASSERT_EQ(ReadProcessStatus(kernel.With("proc/7/status", "VmLib: 1 kB\nThreads: x\n"), 7, status), HVC_OK);
   EXPECT_EQ(status.name, "?");
   EXPECT_EQ(status.threads, 0u);
 }
@@ -60,8 +60,8 @@ TEST(ProcessStatus, NameAndThreads) {
 TEST(ProcessStatus, KernelThreadsZombiesAndThreadsAreNotFound) {
   KernelFiles kernel;
   ProcessStatus status;
-  for (const char *text : {"", "Name:\tx\n", "Kthread:\t1\nVmSize: 1 kB\n", "State:\tZ (zombie)\nVmSize: 1 kB\n",
-                           "State:\tX (dead)\nVmSize: 1 kB\n", "Tgid:\t6\nVmSize: 1 kB\n"}) {
+  for (const char *text : {"", "Name:\tx\n", "Kthread:\t1\nVmLib: 1 kB\n", "State:\tZ (zombie)\nVmLib: 1 kB\n",
+                           "State:\tX (dead)\nVmLib: 1 kB\n", "Tgid:\t6\nVmLib: 1 kB\n"}) {
     EXPECT_EQ(ReadProcessStatus(kernel.With("proc/7/status", text), 7, status), HVC_NOT_FOUND) << text;
   }
 }

@@ -9,8 +9,7 @@ TEST(Vmstat, EachLine) {
   const struct {
     std::string key;
     Figure Vmstat::*figure;
-  } lines[] = {{"pageoutrun", &Vmstat::kswapdRuns},
-               {"kswapd_high_wmark_hit_quickly", &Vmstat::kswapdShortRests},
+  } lines[] = {{"oom_kill", &Vmstat::oomKills},
                {"allocstall_dma", &Vmstat::allocStalls},
                {"allocstall_dma32", &Vmstat::allocStalls},
                {"allocstall_normal", &Vmstat::allocStalls},
@@ -19,7 +18,14 @@ TEST(Vmstat, EachLine) {
                {"allocstall_device", &Vmstat::allocStalls},
                {"nr_memmap_pages", &Vmstat::memmapPages},
                {"nr_memmap_boot_pages", &Vmstat::memmapPages},
-               {"cow_ksm", &Vmstat::ksmCopies}};
+               {"cow_ksm", &Vmstat::ksmCopies},
+               {"pswpin", &Vmstat::swapIn},
+               {"swpin_zero", &Vmstat::swapIn},
+               {"pswpout", &Vmstat::swapOut},
+               {"swpout_zero", &Vmstat::swapOut},
+               {"thp_fault_alloc", &Vmstat::hugeAllocs},
+               {"thp_collapse_alloc", &Vmstat::hugeAllocs},
+               {"thp_swpout_fallback", &Vmstat::hugeSplits}};
   for (const auto &line : lines) {
     ExpectFigures(
         "proc/vmstat", [&line](HostFiles &files) { return ReadVmstat(files).*line.figure; },
@@ -31,6 +37,13 @@ TEST(Vmstat, EachLine) {
 TEST(Vmstat, StallsOfAllZonesAreAdded) {
   KernelFiles kernel;
   EXPECT_EQ(ReadVmstat(kernel.With("proc/vmstat", "allocstall_dma 1\nallocstall_normal 20\n")).allocStalls, Figure(21));
+}
+
+TEST(Vmstat, PagesOfZerosCountAsSwapped) {
+  KernelFiles kernel;
+  EXPECT_EQ(ReadVmstat(kernel.With("proc/vmstat", "pswpin 1\npswpout 2\nswpin_zero 10\nswpout_zero 20\n")).swapIn,
+            Figure(11));
+  EXPECT_EQ(ReadVmstat(kernel.files()).swapOut, Figure(22));
 }
 
 }  // namespace

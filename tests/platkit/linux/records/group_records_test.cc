@@ -21,7 +21,6 @@ TEST(GroupRecords, EachFileOfAControlGroup) {
       {"memory.peak", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.consumedPeak; }, kNone},
       {"memory.min", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.bMin; }, 0},
       {"memory.low", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.iMin; }, 0},
-      {"memory.high", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.allocTgt; }, kNone},
       {"memory.max", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.bMax; }, kNone},
   };
   SavedHost host("v2.host");
@@ -31,18 +30,18 @@ TEST(GroupRecords, EachFileOfAControlGroup) {
   for (const auto &file : files) {
     const std::string path = kWeb + "/" + file.file;
     const auto cell = [&] { return file.cell(ask.Stats(web)); };
-    host.Write(path, "123904\n");
-    EXPECT_EQ(cell(), 121u) << path;
-    host.Write(path, "123904");
-    EXPECT_EQ(cell(), 121u) << path;
+    host.Write(path, "126877696\n");
+    EXPECT_EQ(cell(), 123904u) << path;
+    host.Write(path, "126877696");
+    EXPECT_EQ(cell(), 123904u) << path;
     for (const std::string &bad : {std::string("max\n"), std::string("12x\n"), std::string("-1\n"), std::string(),
                                    std::string("\n"), std::string("18446744073709551616\n"), std::string("1 2\n"),
                                    std::string(10000, '1'), std::string("1\0002", 3)}) {
       host.Write(path, bad);
       EXPECT_EQ(cell(), kNone) << path << ": " << bad;
-      EXPECT_CELL(ask.Stats(web).touched, 1536u) << path;
+      EXPECT_CELL(ask.Stats(web).ovhd, 256u) << path;
     }
-    host.Write(path, "123904\n");
+    host.Write(path, "126877696\n");
     host.Forbid(path);
     {
       OrdinaryUser user;
@@ -60,29 +59,29 @@ TEST(GroupRecords, EachFileOfAControlGroup) {
 TEST(GroupRecords, EachLineOfMemoryStat) {
   SavedHost host("v2.host");
   const int64_t web = host.ControlGroup(kWeb);
-  const auto touched = [&](std::string_view text) -> uint64_t {
+  const auto overhead = [&](std::string_view text) -> uint64_t {
     host.Write(kWeb + "/memory.stat", text);
-    return host.ask().Stats(web).touched;
+    return host.ask().Stats(web).ovhd;
   };
   host.ask().Members(0);
-  EXPECT_EQ(touched("active_anon 1024\nactive_file 2048\n"), 3u);
-  EXPECT_EQ(touched("active_file 2048\nnew_key 7\n\nactive_anon 1024"), 3u) << "in any order, ended or not";
-  EXPECT_EQ(touched("active_anon 1024\nactive_file 2048\nactive_anon 4096\n"), 3u) << "the first line counts";
-  EXPECT_EQ(touched("active_anon 1024\n"), 1u);
-  EXPECT_EQ(touched("active_anon x\nactive_file 2048\n"), kNone);
-  EXPECT_EQ(touched("active_anon\nactive_file 2048\n"), 2u) << "a key alone is no figure";
-  EXPECT_EQ(touched("active_anon 99999999999999999999\nactive_file 2048\n"), kNone);
-  EXPECT_EQ(touched("active_anon 18446744073709551615\nactive_file 2048\n"), kNone) << "the sum does not fit";
-  EXPECT_EQ(touched(std::string(9000, 'x') + "\nactive_anon 1024\n"), 1u) << "an overlong line is passed over";
-  EXPECT_EQ(touched(""), kNone);
-  EXPECT_EQ(touched(std::string("\0\xff\n:\n ", 6)), kNone);
+  EXPECT_EQ(overhead("kernel 1024\nsock 2048\n"), 3u);
+  EXPECT_EQ(overhead("sock 2048\nnew_key 7\n\nkernel 1024"), 3u) << "in any order, ended or not";
+  EXPECT_EQ(overhead("kernel 1024\nsock 2048\nkernel 4096\n"), 3u) << "the first line counts";
+  EXPECT_EQ(overhead("kernel 1024\n"), 1u);
+  EXPECT_EQ(overhead("kernel x\nsock 2048\n"), kNone);
+  EXPECT_EQ(overhead("kernel\nsock 2048\n"), 2u) << "a key alone is no figure";
+  EXPECT_EQ(overhead("kernel 99999999999999999999\nsock 2048\n"), kNone);
+  EXPECT_EQ(overhead("kernel 18446744073709551615\nsock 2048\n"), kNone) << "the sum does not fit";
+  EXPECT_EQ(overhead(std::string(9000, 'x') + "\nkernel 1024\n"), 1u) << "an overlong line is passed over";
+  EXPECT_EQ(overhead(""), kNone);
+  EXPECT_EQ(overhead(std::string("\0\xff\n:\n ", 6)), kNone);
   host.Forbid(kWeb + "/memory.stat");
   {
     OrdinaryUser user;
-    EXPECT_CELL(host.ask().Stats(web).touched, kNone);
+    EXPECT_CELL(host.ask().Stats(web).ovhd, kNone);
   }
   host.Remove(kWeb + "/memory.stat");
-  EXPECT_CELL(host.ask().Stats(web).touched, kNone);
+  EXPECT_CELL(host.ask().Stats(web).ovhd, kNone);
   EXPECT_CELL(host.ask().Stats(web).consumed, 4096u);
 }
 
@@ -99,12 +98,12 @@ TEST(GroupRecords, EachLineOfStatus) {
   EXPECT_CELL(stats("VmRSS: 10 kB\n").consumed, 10u) << "a kernel without huge pages";
   EXPECT_CELL(stats("VmRSS: 10 kB\n").memSize, kNone);
   EXPECT_CELL(stats("VmRSS: 10 kB\nVmRSS: 11 kB\n").consumed, 10u);
-  EXPECT_CELL(stats("VmRSS: ten kB\nVmSize: 7 kB\n").consumed, kNone);
-  EXPECT_CELL(stats("VmRSS: ten kB\nVmSize: 7 kB\n").memSize, 7u);
-  EXPECT_CELL(stats("Groups: " + std::string(100000, '7') + "\nVmSize: 7 kB\n").memSize, 7u);
-  EXPECT_CELL(stats("Name:\ta\tb\x01\x7f\nVmSize: 1 kB\n").memSize, 1u);
+  EXPECT_CELL(stats("VmRSS: ten kB\nVmData: 7 kB\nVmStk: 0 kB\n").consumed, kNone);
+  EXPECT_CELL(stats("VmRSS: ten kB\nVmData: 7 kB\nVmStk: 0 kB\n").memSize, 7u);
+  EXPECT_CELL(stats("Groups: " + std::string(100000, '7') + "\nVmData: 7 kB\nVmStk: 0 kB\n").memSize, 7u);
+  EXPECT_CELL(stats("Name:\ta\tb\x01\x7f\nVmData: 1 kB\nVmStk: 0 kB\n").memSize, 1u);
   EXPECT_EQ(host.ask().Name(100), "a?b??");
-  EXPECT_CELL(stats("Name:\t" + std::string(200, 'n') + "\nVmSize: 1 kB\n").memSize, 1u);
+  EXPECT_CELL(stats("Name:\t" + std::string(200, 'n') + "\nVmData: 1 kB\nVmStk: 0 kB\n").memSize, 1u);
   EXPECT_EQ(host.ask().Name(100), std::string(63, 'n'));
   EXPECT_CELL(stats("Name:\ta,b\"c\xc2\x9b"
                     "2J\xe2\x80\xae\nVmSize: 1 kB\n")
@@ -117,11 +116,10 @@ TEST(GroupRecords, EachLineOfStatus) {
 
 TEST(GroupRecords, MeminfoLines) {
   SavedHost host("v2.host");
-  host.Write("proc/meminfo", "MemFree: 1 kB\nMemTotal: 10 kB\nMemTotal: 11 kB\nActive: x kB\n");
+  host.Write("proc/meminfo", "MemFree: 1 kB\nMemTotal: 10 kB\nMemTotal: 11 kB\nSlab: x kB\n");
   const GroupMemoryStatsRecord stats = host.ask().Stats(0);
   EXPECT_CELL(stats.memSize, 10u);
   EXPECT_CELL(stats.consumed, 9u);
-  EXPECT_CELL(stats.touched, kNone);
   EXPECT_CELL(stats.ovhd, kNone);
   host.Forbid("proc/meminfo");
   OrdinaryUser user;

@@ -41,7 +41,7 @@ TEST(HostMemoryRecords, Comprehensive) {
 TEST(HostMemoryRecords, AnOlderKernel) {
   SavedHost host("two-nodes.host");
   host.Write("proc/vmstat", "nr_free_pages 1\n");
-  host.Write("proc/meminfo", "MemTotal: 1000 kB\nMemFree: 10 kB\nSlab: 100 kB\n");
+  host.Write("proc/meminfo", "MemTotal: 1000 kB\nMemFree: 10 kB\nMemAvailable: 50 kB\nSlab: 100 kB\n");
   host.Write("proc/iomem", "  00001000-00001fff : Kernel code\n  00002000-00003fff : Kernel data\n");
   const ComprehensiveRecord memory = Memory(host);
   EXPECT_CELL(memory.buddyOvhd, 7983998u * 64 / 1024) << "what the pages' descriptors take";
@@ -95,25 +95,28 @@ TEST(HostMemoryRecords, EachFileCostsItsCells) {
   }
 }
 
-// A zone with this number of free pages and the watermarks 10, 20 and 30, and 40 if the kernel has promo.
-std::string ZoneOf(const std::string &free, bool tellsPromo) {
-  return "Node 0, zone   Normal\n  pages free     " + free + "\n        min      10\n        low      20\n" +
+// A zone with the watermarks 40, 80 and 120 KB, and 160 KB if the kernel has promo.
+std::string Zone(bool tellsPromo) {
+  return std::string("Node 0, zone   Normal\n  pages free     5\n        min      10\n        low      20\n") +
          "        high     30\n" + (tellsPromo ? "        promo    40\n" : "") +
          "        present  100\n        managed  90\n        protection: (0, 0)\n" +
          "  pagesets\n    cpu: 0\n              high:     1\n";
 }
 
-TEST(HostMemoryRecords, StateByTheWatermarks) {
+std::string Available(const std::string &amount) { return "MemTotal: 400 kB\nMemAvailable: " + amount + " kB\n"; }
+
+TEST(HostMemoryRecords, StateByAvailableMemory) {
   const struct {
-    const char *free;
+    const char *available;
     uint32_t state;
-  } states[] = {{"90", 0}, {"40", 0}, {"39", 1}, {"30", 1}, {"29", 2},     {"20", 2},
-                {"19", 3}, {"10", 3}, {"9", 4},  {"0", 4},  {"x", kNone32}};
+  } states[] = {{"360", 0}, {"160", 0}, {"159", 1}, {"120", 1}, {"119", 2},     {"80", 2},
+                {"79", 3},  {"40", 3},  {"39", 4},  {"0", 4},   {"x", kNone32}};
   SavedHost host;
   for (const bool tellsPromo : {true, false}) {
     for (const auto &state : states) {
-      host.Write("proc/zoneinfo", ZoneOf(state.free, tellsPromo));
-      EXPECT_CELL(Global(host).memState, state.state) << state.free;
+      host.Write("proc/zoneinfo", Zone(tellsPromo));
+      host.Write("proc/meminfo", Available(state.available));
+      EXPECT_CELL(Global(host).memState, state.state) << state.available;
     }
   }
   host.Remove("proc/zoneinfo");
@@ -121,12 +124,32 @@ TEST(HostMemoryRecords, StateByTheWatermarks) {
   EXPECT_CELL(Global(host).minFree, kNone);
 }
 
+TEST(HostMemoryRecords, StateByPressure) {
+  const struct {
+    int some, full;
+    uint32_t state;
+  } states[] = {{0, 0, 0}, {9, 9, 0}, {10, 0, 2}, {90, 9, 2}, {90, 10, 3}, {90, 59, 3}, {90, 60, 4}};
+  SavedHost host;
+  host.Write("proc/zoneinfo", Zone(true));
+  host.Write("proc/meminfo", Available("360"));
+  EXPECT_CELL(Global(host).memState, 0u) << "a kernel that does not measure pressure";
+  for (const auto &state : states) {
+    host.Write("proc/pressure/memory", "some avg10=" + std::to_string(state.some) + ".99 avg60=0.00\nfull avg10=" +
+                                           std::to_string(state.full) + ".99 avg60=0.00\n");
+    EXPECT_CELL(Global(host).memState, state.state) << state.some << " " << state.full;
+  }
+  host.Write("proc/pressure/memory", "some x\nfull x\n");
+  EXPECT_CELL(Global(host).memState, 0u);
+  host.Write("proc/meminfo", Available("90"));
+  EXPECT_CELL(Global(host).memState, 2u);
+}
+
 TEST(HostMemoryRecords, Transitions) {
   SavedHost host("two-nodes.host");
   const struct {
     const char *state;
     uint32_t higher, lower;
-  } states[] = {{"high", 0, 50}, {"clear", 50, 50}, {"soft", 50, 30}, {"hard", 30, 7}, {"low", 7, 0}};
+  } states[] = {{"high", 0, 7}, {"clear", 7, 7}, {"soft", 7, 7}, {"hard", 7, 2}, {"low", 2, 0}};
   for (const auto &state : states) {
     EXPECT_CELL(Transitions(host, state.state).toHigherCount, state.higher) << state.state;
     EXPECT_CELL(Transitions(host, state.state).toLowerCount, state.lower) << state.state;
@@ -137,22 +160,36 @@ TEST(HostMemoryRecords, Transitions) {
   }
 }
 
-TEST(HostMemoryRecords, AWatermarkThatIsNotRegained) {
+// The background reclaim of cached files makes nobody wait.
+TEST(HostMemoryRecords, ReadingALargeFileChangesNothing) {
+  SavedHost host;
+  host.Write("proc/zoneinfo", Zone(true));
+  host.Write("proc/meminfo", "MemTotal: 400 kB\nMemFree: 20 kB\nMemAvailable: 300 kB\n");
+  host.Write("proc/vmstat", "pageoutrun 109\nkswapd_high_wmark_hit_quickly 76\nallocstall_normal 0\noom_kill 0\n");
+  EXPECT_CELL(Global(host).memState, 0u);
+  for (const char *state : {"high", "clear", "soft", "hard", "low"}) {
+    EXPECT_CELL(Transitions(host, state).toHigherCount, 0u) << state;
+    EXPECT_CELL(Transitions(host, state).toLowerCount, 0u) << state;
+  }
+}
+
+TEST(HostMemoryRecords, ALowerStateThatTheHostIsIn) {
   SavedHost host("two-nodes.host");
-  host.Write("proc/zoneinfo", ZoneOf("25", true));
-  EXPECT_CELL(Transitions(host, "high").toLowerCount, 50u);
-  EXPECT_CELL(Transitions(host, "clear").toHigherCount, 49u);
-  EXPECT_CELL(Transitions(host, "soft").toHigherCount, 49u);
-  EXPECT_CELL(Transitions(host, "hard").toHigherCount, 30u);
-  host.Write("proc/vmstat", "pageoutrun 0\n");
-  EXPECT_CELL(Transitions(host, "high").toLowerCount, 1u) << "the kernel need not have noticed";
+  host.Write("proc/zoneinfo", Zone(true));
+  host.Write("proc/meminfo", Available("100"));
+  EXPECT_CELL(Transitions(host, "high").toLowerCount, 7u);
+  EXPECT_CELL(Transitions(host, "clear").toHigherCount, 6u);
+  EXPECT_CELL(Transitions(host, "soft").toHigherCount, 6u);
+  EXPECT_CELL(Transitions(host, "hard").toHigherCount, 7u);
+  host.Write("proc/vmstat", "allocstall_normal 0\n");
+  EXPECT_CELL(Transitions(host, "high").toLowerCount, 1u) << "nobody had to wait yet";
   EXPECT_CELL(Transitions(host, "clear").toHigherCount, 0u);
   EXPECT_CELL(Transitions(host, "soft").toLowerCount, 0u);
   host.Remove("proc/vmstat");
   EXPECT_CELL(Transitions(host, "clear").toLowerCount, 1u);
-  host.Write("proc/vmstat", "pageoutrun 99999999999\nallocstall_dma x\n");
-  EXPECT_CELL(Transitions(host, "clear").toLowerCount, kNone32) << "more than the cell takes";
-  EXPECT_CELL(Transitions(host, "hard").toLowerCount, kNone32);
+  host.Write("proc/vmstat", "oom_kill 99999999999\nallocstall_dma x\n");
+  EXPECT_CELL(Transitions(host, "hard").toLowerCount, kNone32) << "more than the cell takes";
+  EXPECT_CELL(Transitions(host, "soft").toLowerCount, kNone32);
 }
 
 TEST(HostMemoryRecords, NumberOfVms) {

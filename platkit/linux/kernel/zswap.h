@@ -1,0 +1,16 @@
+// /sys/module/zswap/parameters: the settings of zswap, which keeps compressed memory instead of writing it to swap space.
+#ifndef PLATKIT_LINUX_KERNEL_ZSWAP_H
+#define PLATKIT_LINUX_KERNEL_ZSWAP_H
+
+#include "platkit/linux/files/host_files.h"
+#include "platkit/linux/kernel/figure.h"
+
+namespace platkit {
+
+// How much of the host's memory zswap may use, in percent: max_pool_percent, or 0 if it is not enabled. Absent on a
+// kernel without zswap.
+Figure ReadZswapMaxPercent(HostFiles &files);
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_KERNEL_ZSWAP_H
