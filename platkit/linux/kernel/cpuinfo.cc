@@ -13,6 +13,8 @@ void TakeLine(std::string_view line, Processor &processor) {
   TextScanner scanner(line);
   const std::string_view key = Trim(scanner.TakeUntil(':'));
   if (key == "processor") processor.number = processor.number.IfAbsent(ParseFigure(scanner.rest()));
+  if (key == "vendor_id") processor.isIntel = Trim(scanner.rest()) == "GenuineIntel";
+  if (key == "cpu family") processor.family = processor.family.IfAbsent(ParseFigure(scanner.rest()));
   if (key == "model") processor.model = processor.model.IfAbsent(ParseFigure(scanner.rest()));
 }
 
@@ -32,7 +34,9 @@ bool NextProcessor(LineReader &lines, Processor &processor) {
 HVC_ReturnStatus FindProcessor(HostFiles &files, uint64_t number, Processor &processor) {
   LineReader lines(files, HostPath("proc/cpuinfo"));
   while (NextProcessor(lines, processor)) {
-    if (processor.number == Figure(number)) return processor.model.isAbsent() ? HVC_NOT_FOUND : HVC_OK;
+    if (processor.number != Figure(number)) continue;
+    const bool hasKnownModels = processor.isIntel && processor.family == Figure(6);
+    return hasKnownModels && !processor.model.isAbsent() ? HVC_OK : HVC_NOT_FOUND;
   }
   return lines.status() == HVC_OK ? HVC_NOT_FOUND : lines.status();
 }

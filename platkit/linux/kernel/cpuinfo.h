@@ -11,11 +11,13 @@ namespace platkit {
 
 // A figure is absent if its line is missing, and unreadable if its line is malformed.
 struct Processor {
-  Figure number;  // processor
-  Figure model;   // model; only on x86
+  Figure number;         // processor
+  Figure family, model;  // cpu family, model; only on x86
+  bool isIntel = false;  // vendor_id is GenuineIntel
 };
 
-// Finds the processor with this number. HVC_NOT_FOUND if it does not exist or has no model.
+// Finds the processor with this number. HVC_NOT_FOUND if it does not exist, or is not of Intel's family 6: the numbers
+// of models mean something else for other vendors and families.
 [[nodiscard]] HVC_ReturnStatus FindProcessor(HostFiles &files, uint64_t number, Processor &processor);
 
 }  // namespace platkit

@@ -41,10 +41,12 @@ HVC_ReturnStatus ListHugetlbSizes(HostFiles &files, const std::string &folder, s
 }
 
 HugetlbPool ReadHugetlbPool(HostFiles &files, const std::string &folder, uint64_t pageKB) {
-  const std::string pool = folder + "/" + std::string(kPoolPrefix) + std::to_string(pageKB) + "kB";
+  const std::string name = "/" + std::string(kPoolPrefix) + std::to_string(pageKB) + "kB";
+  const std::string pool = folder + name;
   HugetlbPool result = {.pages = ReadAmount(files, HostPath(pool, "/nr_hugepages")), .free = {}};
   if (result.pages.isAbsent()) return result;
-  result.free = ReadAmount(files, HostPath(pool, "/free_hugepages")).IfAbsent(Figure::Unreadable());
+  const Figure promised = ReadAmount(files, HostPath(kHugetlbFolder + name, "/resv_hugepages"));
+  result.free = ReadAmount(files, HostPath(pool, "/free_hugepages")).IfAbsent(Figure::Unreadable()) - promised;
   return result;
 }
 

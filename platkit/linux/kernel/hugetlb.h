@@ -25,9 +25,10 @@ std::string HugetlbFolderOfNode(uint64_t numaNode);
 // In pages of the pool's size.
 struct HugetlbPool {
   Figure pages;  // nr_hugepages; absent: the pool does not exist
-  Figure free;   // free_hugepages
+  Figure free;   // free_hugepages, less the pages that are promised to mappings (resv_hugepages)
 };
 
+// The kernel counts promised pages for the host only, so a node's free pages are at least this figure.
 HugetlbPool ReadHugetlbPool(HostFiles &files, const std::string &folder, uint64_t pageKB);
 
 }  // namespace platkit

@@ -111,6 +111,7 @@ HVC_ReturnStatus WritePciRegister(HostFiles &files, const PciRegister &where, in
   HVC_ReturnStatus status = CheckRegister(where);
   if (status != HVC_OK) return status;
   if (value < 0 || value >> (8 * where.size) != 0) return HVC_OUT_OF_RANGE;
+  if (files.Exists(HostPath(kDevices, "/", FunctionName(where.function).view(), "/driver"))) return HVC_BUSY;
   const auto bytes = static_cast<uint32_t>(value);
   status = files.WriteAt(ConfigPath(where.function), static_cast<uint32_t>(where.address),
                          std::as_bytes(std::span(&bytes, 1)).first(static_cast<size_t>(where.size)));

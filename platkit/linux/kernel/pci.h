@@ -40,6 +40,7 @@ struct PciIds {
 [[nodiscard]] HVC_ReturnStatus ReadPciRegister(HostFiles &files, const PciRegister &where, uint32_t &value);
 
 // Statuses as above, and HVC_OUT_OF_RANGE: the value does not fit the size. HVC_READ_ONLY: writes are refused.
+// HVC_BUSY: a driver of the kernel uses the device.
 [[nodiscard]] HVC_ReturnStatus WritePciRegister(HostFiles &files, const PciRegister &where, int64_t value);
 
 }  // namespace platkit

@@ -21,6 +21,12 @@ TEST(Hugetlb, FreePages) {
   EXPECT_EQ(free(), kUnreadable) << "missing";
   kernel.host().Write(kPool + "free_hugepages", "3\n");
   EXPECT_EQ(free(), Figure(3));
+  kernel.host().Write("sys/kernel/mm/hugepages/hugepages-2048kB/resv_hugepages", "2\n");
+  EXPECT_EQ(free(), Figure(1)) << "others have been promised two";
+  kernel.host().Write("sys/kernel/mm/hugepages/hugepages-2048kB/resv_hugepages", "4\n");
+  EXPECT_EQ(free(), Figure(0)) << "of all nodes";
+  kernel.host().Write("sys/kernel/mm/hugepages/hugepages-2048kB/resv_hugepages", "x\n");
+  EXPECT_EQ(free(), kUnreadable);
   kernel.host().Write(kPool + "free_hugepages", "few\n");
   EXPECT_EQ(free(), kUnreadable);
 }

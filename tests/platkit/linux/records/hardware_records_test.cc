@@ -17,10 +17,19 @@ HVC_ReturnStatus Model(SavedHost &host, int64_t cpu, uint64_t &model) {
   return status;
 }
 
+// Adds the lines of a processor that has models to each processor.
+std::string OfIntel(std::string_view cpuinfo) {
+  const std::string lines = "vendor_id: GenuineIntel\ncpu family: 6\n";
+  std::string text = lines + std::string(cpuinfo);
+  for (size_t end = text.find("\n\n"); end != std::string::npos; end = text.find("\n\n", end + lines.size()))
+    text.insert(end + 2, lines);
+  return text;
+}
+
 // The model of processor 0 of a host with this cpuinfo. It must exist.
 uint64_t ModelOf(std::string_view cpuinfo) {
   SavedHost host;
-  host.Write(kCpuInfo, cpuinfo);
+  host.Write(kCpuInfo, OfIntel(cpuinfo));
   uint64_t model = 0;
   EXPECT_EQ(Model(host, 0, model), HVC_OK) << cpuinfo;
   return model;
@@ -28,7 +37,7 @@ uint64_t ModelOf(std::string_view cpuinfo) {
 
 HVC_ReturnStatus StatusOf(std::string_view cpuinfo) {
   SavedHost host;
-  host.Write(kCpuInfo, cpuinfo);
+  host.Write(kCpuInfo, OfIntel(cpuinfo));
   uint64_t model = 0;
   return Model(host, 0, model);
 }

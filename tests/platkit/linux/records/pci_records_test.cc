@@ -329,6 +329,12 @@ class PciWrite : public testing::Test {
   SavedHost host_{"persistent-memory.host", Writes::kTaken};
 };
 
+TEST_F(PciWrite, ADeviceThatADriverUsesIsBusy) {
+  host_.MakeFolder("sys/bus/pci/devices/0000:3a:0a.2/driver");
+  EXPECT_EQ(Write(4, 0xd8, {1}), HVC_BUSY);
+  EXPECT_EQ(host_.Read(kConfig), Pattern(4096));
+}
+
 TEST_F(PciWrite, ExactlyTheBytesOfTheRegisterAreWritten) {
   const struct {
     int64_t size, address, value;
