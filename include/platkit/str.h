@@ -1,6 +1,6 @@
 /*
- * Bounded copy of strings. As with `Warning` (see warning.h), the name is fixed, and a program's own function of this name
- * takes precedence for the program's calls.
+ * Bounded copy of strings. As with `Warning` (see warning.h), the name is fixed, and a program's own function of this
+ * name takes precedence for the program's calls.
  */
 #ifndef PLATKIT_STR_H
 #define PLATKIT_STR_H

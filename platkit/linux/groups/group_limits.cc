@@ -35,7 +35,7 @@ Figure GroupLimits::SwapMax(Group &group) {
 
 Figure GroupLimits::SwapUsed(Group &group) {
   return reader_.mount().memoryFiles == CgroupVersion::kV1 ? reader_.Stat(group).swap
-                                                            : reader_.Amount(group, CgroupAmount::kSwap);
+                                                           : reader_.Amount(group, CgroupAmount::kSwap);
 }
 
 }  // namespace platkit

@@ -10,7 +10,8 @@
 namespace platkit {
 
 struct HostGroups {
-  explicit HostGroups(HostFiles &files) : reader(files), tree(files, reader), limits(reader, tree), vms(files, reader, tree) {}
+  explicit HostGroups(HostFiles &files)
+      : reader(files), tree(files, reader), limits(reader, tree), vms(files, reader, tree) {}
 
   GroupReader reader;
   GroupTree tree;

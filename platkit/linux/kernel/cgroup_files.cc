@@ -37,9 +37,8 @@ static_assert(std::size(kAmountFiles) == kCgroupAmounts);
 // A version 1 key without "total_" does not count descendants. No key counts the huge pages of shared memory.
 CgroupStat ReadV1(HostFiles &files, const HostPath &path) {
   CgroupStat stat;
-  const WantedFigure wanted[] = {{"total_swap", &stat.swap},
-                                 {"total_swapcached", &stat.swapCached},
-                                 {"total_rss_huge", &stat.transparent}};
+  const WantedFigure wanted[] = {
+      {"total_swap", &stat.swap}, {"total_swapcached", &stat.swapCached}, {"total_rss_huge", &stat.transparent}};
   ReadFigures(files, path, wanted);
   return stat;
 }
@@ -47,8 +46,8 @@ CgroupStat ReadV1(HostFiles &files, const HostPath &path) {
 CgroupStat ReadV2(HostFiles &files, const HostPath &path) {
   CgroupStat stat;
   Figure stack, pageTables, secondaryPageTables, perCpu, slab, sockets;
-  Figure swapIn, swapOut, zeroIn, zeroOut, anonHuge, sharedHuge, faults, collapses, demotedByKswapd, demotedDirectly, demotedByKhugepaged,
-      demotedProactively;
+  Figure swapIn, swapOut, zeroIn, zeroOut, anonHuge, sharedHuge, faults, collapses, demotedByKswapd, demotedDirectly,
+      demotedByKhugepaged, demotedProactively;
   const WantedFigure wanted[] = {{"swapcached", &stat.swapCached},
                                  {"kernel", &stat.kernel},
                                  {"kernel_stack", &stack},

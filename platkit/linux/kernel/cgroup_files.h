@@ -57,8 +57,8 @@ struct CgroupStat {
 
 CgroupStat ReadCgroupStat(HostFiles &files, CgroupVersion version, const std::string &folder);
 
-// How often the group has reached its limit (memory.max): "max" of memory.events; version 1 memory.failcnt. Absent if the
-// file does not exist.
+// How often the group has reached its limit (memory.max): "max" of memory.events; version 1 memory.failcnt. Absent if
+// the file does not exist.
 Figure ReadCgroupLimitHits(HostFiles &files, CgroupVersion version, const std::string &folder);
 
 // Reads cgroup.procs: the PIDs of the group's processes, ascending and each once.

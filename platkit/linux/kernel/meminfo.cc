@@ -11,11 +11,20 @@ Meminfo ReadMeminfo(HostFiles &files) {
   std::array<Figure, 7> parts;
   Meminfo memory;
   const WantedFigure wanted[] = {
-      {"MemTotal", &memory.total}, {"MemFree", &memory.free},    {"MemAvailable", &memory.available},
-      {"Slab", &memory.slab},      {"KernelStack", &parts[0]},   {"ShadowCallStack", &parts[1]},
-      {"PageTables", &parts[2]},   {"SecPageTables", &parts[3]}, {"Percpu", &parts[4]},
-      {"NFS_Unstable", &parts[5]}, {"Bounce", &parts[6]},        {"HardwareCorrupted", &memory.hardwareCorrupted},
-      {"SwapCached", &memory.swapCached}, {"Zswapped", &memory.zswapped},
+      {"MemTotal", &memory.total},
+      {"MemFree", &memory.free},
+      {"MemAvailable", &memory.available},
+      {"Slab", &memory.slab},
+      {"KernelStack", &parts[0]},
+      {"ShadowCallStack", &parts[1]},
+      {"PageTables", &parts[2]},
+      {"SecPageTables", &parts[3]},
+      {"Percpu", &parts[4]},
+      {"NFS_Unstable", &parts[5]},
+      {"Bounce", &parts[6]},
+      {"HardwareCorrupted", &memory.hardwareCorrupted},
+      {"SwapCached", &memory.swapCached},
+      {"Zswapped", &memory.zswapped},
   };
   ReadFigures(files, HostPath("proc/meminfo"), wanted);
   memory.kernel = memory.slab;

@@ -9,10 +9,10 @@ namespace platkit {
 
 // In KB. A line that every kernel has is unreadable if it is missing.
 struct Meminfo {
-  Figure total;   // MemTotal
-  Figure free;    // MemFree
-  Figure available;   // MemAvailable: what can be allocated without swapping
-  Figure slab;    // Slab
+  Figure total;      // MemTotal
+  Figure free;       // MemFree
+  Figure available;  // MemAvailable: what can be allocated without swapping
+  Figure slab;       // Slab
   Figure kernel;  // Slab + KernelStack + ShadowCallStack + PageTables + SecPageTables + Percpu + NFS_Unstable + Bounce;
                   // lines other than Slab may be missing
   // Absent if this kernel has no such line.

@@ -1,4 +1,5 @@
-// /sys/module/zswap/parameters: the settings of zswap, which keeps compressed memory instead of writing it to swap space.
+// /sys/module/zswap/parameters: the settings of zswap, which keeps compressed memory instead of writing it to swap
+// space.
 #ifndef PLATKIT_LINUX_KERNEL_ZSWAP_H
 #define PLATKIT_LINUX_KERNEL_ZSWAP_H
 

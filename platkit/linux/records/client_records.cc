@@ -94,9 +94,8 @@ HVC_ReturnStatus ClientRecords::Zip(int64_t client, ZipStatsRecord &record) {
 Figure ClientRecords::CompressionCache(Group &own) {
   const Figure percent = host_.zswapMaxPercent();
   if (percent.isAbsent()) return Figure(0);
-  const Figure pool = percent == Figure(0) || percent == Figure::Unreadable()
-                          ? percent
-                          : host_.meminfo().total / 100 * percent.Cell(0);
+  const Figure pool =
+      percent == Figure(0) || percent == Figure::Unreadable() ? percent : host_.meminfo().total / 100 * percent.Cell(0);
   return Lower(pool, limits_.Lowest(own, CgroupAmount::kZswapMax) / 1024);
 }
 

@@ -162,9 +162,9 @@ void GroupRecords::HostStats(GroupMemoryStatsRecord &record) {
   record.consumedPeak = HVC_KB_NONE;
 }
 
-// All memory in use that is charged to no other member of the host, so that the members add up to the host: memory of the
-// kernel, huge pages of pools, and files that were cached before their group was created. Without a memory controller,
-// nothing is charged.
+// All memory in use that is charged to no other member of the host, so that the members add up to the host: memory of
+// the kernel, huge pages of pools, and files that were cached before their group was created. Without a memory
+// controller, nothing is charged.
 void GroupRecords::KernelStats(GroupMemoryStatsRecord &record) {
   const Meminfo &memory = host_.meminfo();
   const bool isCharged = reader_.mount().memoryFiles != CgroupVersion::kNone;

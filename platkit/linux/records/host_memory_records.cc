@@ -26,10 +26,12 @@ uint32_t StateOfAvailable(Figure available, const ZoneTotals &zones) {
   return state;
 }
 
-// A shortage is what makes tasks wait. The thresholds are those of programs that act on it: a warning when all tasks wait
-// for a tenth of the time, and an intervention at six tenths.
+// A shortage is what makes tasks wait. The thresholds are those of programs that act on it: a warning when all tasks
+// wait for a tenth of the time, and an intervention at six tenths.
 uint32_t StateOfPressure(const MemoryPressure &pressure) {
-  const auto isAtLeast = [](Figure share, uint64_t percent) { return Lower(share, Figure(percent)) == Figure(percent); };
+  const auto isAtLeast = [](Figure share, uint64_t percent) {
+    return Lower(share, Figure(percent)) == Figure(percent);
+  };
   if (isAtLeast(pressure.full.IfAbsent(Figure(0)), 60)) return 4;
   if (isAtLeast(pressure.full.IfAbsent(Figure(0)), 10)) return 3;
   return isAtLeast(pressure.some.IfAbsent(Figure(0)), 10) ? 2 : 0;
@@ -71,10 +73,10 @@ HVC_ReturnStatus HostMemoryRecords::Global(GlobalMemoryRecord &record) {
   return HVC_OK;
 }
 
-// Linux does not count changes of the state. It counts events that show how short memory was: an allocation that waits for
-// reclaim shows that the state was hard, and a process that was killed for lack of memory shows that it was low. Both
-// passed the states before. While the state is a lower one, it has been left once more often for the lower side than for
-// the higher one.
+// Linux does not count changes of the state. It counts events that show how short memory was: an allocation that waits
+// for reclaim shows that the state was hard, and a process that was killed for lack of memory shows that it was low.
+// Both passed the states before. While the state is a lower one, it has been left once more often for the lower side
+// than for the higher one.
 HVC_ReturnStatus HostMemoryRecords::Transitions(std::string_view state, StateTransitionsRecord &record) {
   const auto *found = std::ranges::find(kMemoryStates, state);
   if (found == kMemoryStates.end()) return HVC_NOT_FOUND;

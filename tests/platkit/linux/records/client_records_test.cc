@@ -178,9 +178,9 @@ TEST(ClientRecords, AVmThatSharesItsControlGroup) {
 
 TEST(ClientRecords, MemoryBeyondTheGuestsIsOverhead) {
   SavedHost host("clients.host");
-  host.Write(
-      "proc/310/status",
-      "Name:\tqemu-kvm\nUid:\t0\t0\t0\t0\nVmSize: 3000000 kB\nVmData: 9 kB\nVmStk: 0 kB\nVmRSS: 2097252 kB\nRssAnon: 2097252 kB\nVmPTE: 5 kB\n");
+  host.Write("proc/310/status",
+             "Name:\tqemu-kvm\nUid:\t0\t0\t0\t0\nVmSize: 3000000 kB\nVmData: 9 kB\nVmStk: 0 kB\nVmRSS: 2097252 "
+             "kB\nRssAnon: 2097252 kB\nVmPTE: 5 kB\n");
   EXPECT_CELL(Vmm(host, 310).mapped, MB(2048));
   EXPECT_CELL(host.ask().Stats(310).ovhd, 100u + 5);
 }
@@ -251,9 +251,9 @@ TEST(ClientRecords, WhatTheHostCountsIsNotAGroupsFigure) {
   const VmSwapInfoRecord shared = Swap(host, 320);
   EXPECT_CELL(shared.gblSwapIn, 4040u);
   EXPECT_CELL(shared.gblSwapRead, 5000u);
-  for (const uint64_t unknown : {shared.swapIn, shared.swapOut, shared.swapRead, Vmm(host, 320).zipped,
-                                 Vmm(host, 320).zipSaved, LargePages(host, 320).allocSuccess,
-                                 LargePages(host, 320).broken}) {
+  for (const uint64_t unknown :
+       {shared.swapIn, shared.swapOut, shared.swapRead, Vmm(host, 320).zipped, Vmm(host, 320).zipSaved,
+        LargePages(host, 320).allocSuccess, LargePages(host, 320).broken}) {
     EXPECT_EQ(unknown, kNone);
   }
   EXPECT_CELL(Consumed(Vmm(host, 320)), Vmm(host, 320).mapped) << "what is not known cancels out";
@@ -263,7 +263,8 @@ TEST(ClientRecords, WhatTheHostCountsIsNotAGroupsFigure) {
 TEST(ClientRecords, CountsOfAGroupThatIsOlderThanTheMachine) {
   SavedHost host("clients.host");
   host.Write(kShared + "/cgroup.procs", "320\n");
-  host.Write(kShared + "/memory.stat", "pswpin 5\npswpout 0\nzswap 4096\nzswapped 8192\nzswpout 9\nthp_fault_alloc 3\n");
+  host.Write(kShared + "/memory.stat",
+             "pswpin 5\npswpout 0\nzswap 4096\nzswapped 8192\nzswpout 9\nthp_fault_alloc 3\n");
   host.ask().Members(host.ControlGroup(kShared));
   EXPECT_CELL(Swap(host, 320).swapIn, kNone);
   EXPECT_CELL(Swap(host, 320).swapOut, 0u) << "no machine did";
@@ -299,7 +300,8 @@ TEST(ClientRecords, LargePages) {
 
 TEST(ClientRecords, LargePagesOfPools) {
   SavedHost host("clients.host");
-  const std::string status = "Name:\tqemu-kvm\nUid:\t0\t0\t0\t0\nVmSize: 9 kB\nVmData: 9 kB\nVmStk: 0 kB\nVmRSS: 9 kB\nHugetlbPages: ";
+  const std::string status =
+      "Name:\tqemu-kvm\nUid:\t0\t0\t0\t0\nVmSize: 9 kB\nVmData: 9 kB\nVmStk: 0 kB\nVmRSS: 9 kB\nHugetlbPages: ";
   host.Write("proc/320/status", status + "3145728 kB\nTHP_enabled: 0\n");
   EXPECT_CELL(LargePages(host, 320).backings2M, 1536u) << "in pages of 2 MB, where nothing tells their size";
   host.Write("proc/320/status", status + "4194304 kB\nTHP_enabled: 1\n");
@@ -391,7 +393,8 @@ TEST(ClientRecords, UserWorlds) {
 
 TEST(ClientRecords, LockedMemoryIsBoundedByConsumedMemory) {
   SavedHost host("clients.host");
-  host.Write("proc/400/status", "VmData: 900 kB\nVmStk: 0 kB\nVmRSS: 100 kB\nRssAnon: 60 kB\nRssFile: 40 kB\nVmLck: 500 kB\n");
+  host.Write("proc/400/status",
+             "VmData: 900 kB\nVmStk: 0 kB\nVmRSS: 100 kB\nRssAnon: 60 kB\nRssFile: 40 kB\nVmLck: 500 kB\n");
   const UwMemoryStatsRecord uw = Uw(host, 400);
   EXPECT_CELL(uw.pinned, 100u);
   EXPECT_CELL(uw.swappable, 0u);
@@ -558,12 +561,12 @@ TEST(ClientRecords, Version1) {
   SavedHost host("v1.host");
   const std::string folder = kTop + "memory/limited";
   host.Write("proc/100/status",
-             "Name:\tqemu-kvm\nUid:\t0\t0\t0\t0\nVmSize: 20000 kB\nVmData: 8000 kB\nVmStk: 0 kB\nVmRSS: 5000 kB\nRssAnon: 4000 kB\nVmSwap: 7 kB\n");
+             "Name:\tqemu-kvm\nUid:\t0\t0\t0\t0\nVmSize: 20000 kB\nVmData: 8000 kB\nVmStk: 0 kB\nVmRSS: 5000 "
+             "kB\nRssAnon: 4000 kB\nVmSwap: 7 kB\n");
   host.MakeLink("proc/100/exe", "/usr/bin/qemu-kvm");
   host.Write("proc/100/cmdline", std::string("qemu-kvm\0-m\00016", 14) + '\0');
-  host.Write(
-      folder + "/memory.stat",
-      "rss 1\ntotal_rss 1048576\ntotal_swap 2048\ntotal_rss_huge 4194304\ntotal_swapcached 1024\n");
+  host.Write(folder + "/memory.stat",
+             "rss 1\ntotal_rss 1048576\ntotal_swap 2048\ntotal_rss_huge 4194304\ntotal_swapcached 1024\n");
   EXPECT_CELL(Vmm(host, 100).memSize, MB(16));
   EXPECT_CELL(Vmm(host, 100).allocTgt, MB(12)) << "the soft limit";
   EXPECT_CELL(Swap(host, 100).swapped, 1u);

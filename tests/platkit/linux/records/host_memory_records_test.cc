@@ -109,7 +109,7 @@ TEST(HostMemoryRecords, StateByAvailableMemory) {
   const struct {
     const char *available;
     uint32_t state;
-  } states[] = {{"360", 0}, {"160", 0}, {"159", 1}, {"120", 1}, {"119", 2},     {"80", 2},
+  } states[] = {{"360", 0}, {"160", 0}, {"159", 1}, {"120", 1}, {"119", 2},    {"80", 2},
                 {"79", 3},  {"40", 3},  {"39", 4},  {"0", 4},   {"x", kNone32}};
   SavedHost host;
   for (const bool tellsPromo : {true, false}) {
