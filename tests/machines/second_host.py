@@ -28,6 +28,7 @@ MACHINE = """-accel tcg -cpu qemu64,vendor=GenuineIntel,family=6,model=85,steppi
 -object memory-backend-file,id=pmem,mem-path=pmem,size=96M,share=on
 -device nvdimm,memdev=pmem,label-size=128K,node=1
 -drive if=virtio,format=raw,file=disk
+-drive if=virtio,format=raw,file=large-disk
 -serial stdio -no-reboot""".split()
 
 
@@ -139,6 +140,7 @@ def boot(folder, kernel):
     """Runs the host until it powers off. Returns its console output."""
     make_disk(f"{folder}/pmem", 96 << 20, empty_labels())
     make_disk(f"{folder}/disk", 64 << 20)
+    make_disk(f"{folder}/large-disk", 800 << 20)
     host = machines.start_qemu(
         [*MACHINE, "-kernel", f"{kernel}/vmlinuz", "-initrd", f"{folder}/root.cpio",
          "-append", "console=ttyS0 quiet mitigations=off panic=-1"],

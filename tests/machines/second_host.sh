@@ -6,6 +6,8 @@
 #            changing figures, after their paths, right before (.before) and after (.after) the report
 #   user     the same for an ordinary user
 #   replay   the same from a capture of the host, host.nodal
+#   shortage comp-stats while the host is idle, after it has read a disk that is larger than its memory (.read), and after
+#            a program has asked for more memory than there is (.filled)
 export PATH=/bin LD_LIBRARY_PATH=/lib
 /bin/busybox --install -s /bin
 out=/tmp/out
@@ -86,7 +88,7 @@ merging_is_done() { [ "$(cat /sys/kernel/mm/ksm/pages_sharing)" -gt 4000 ]; }
 
 save_files() {
   for file in /proc/vmstat /proc/zoneinfo /proc/slabinfo /proc/iomem \
-    $(ls /tmp/ready.* | sed 's,/tmp/ready.\(.*\),/proc/\1/status /proc/\1/cmdline,') /sys/kernel/mm/ksm/pages_* \
+    $(ls /tmp/ready.* | sed 's,/tmp/ready.\(.*\),/proc/\1/status /proc/\1/cmdline,') /sys/kernel/mm/ksm/*pages* \
     /sys/fs/cgroup/outer/memory.* /sys/fs/cgroup/outer/*/memory.* /sys/devices/system/node/node*/hugepages/*/*; do
     [ -d "$out/files${file%/*}" ] || mkdir -p "$out/files${file%/*}"
     cat "$file" >"$out/files$file" 2>/dev/null
@@ -118,6 +120,16 @@ read_what_moves() {
     >"$folder/$report.$1"
 }
 
+# Reading a disk fills the memory with pages that can be dropped at once; nobody waits for memory.
+run_out_of_memory() {
+  mkdir $out/shortage
+  kestrel -r comp-stats -q >$out/shortage/idle
+  dd if=/dev/vdb of=/dev/null bs=1M 2>/dev/null
+  kestrel -r comp-stats -q >$out/shortage/read
+  head -c 1000m /dev/zero | tail -c 1000m >/dev/null
+  kestrel -r comp-stats -q >$out/shortage/filled
+}
+
 as_nobody() { su -s /bin/sh nobody -c 'cd /tmp && exec "$0" "$@"' -- "$@"; }
 
 set_up_devices
@@ -134,6 +146,7 @@ if nodal --help | grep -qw capture; then
   echo $? >$out/capture.status
   kestrel_options="-c $out/host.nodal" run_reports replay
 fi
+run_out_of_memory
 tar cf /dev/vda -C $out .
 sync
 poweroff -f

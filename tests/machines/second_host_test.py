@@ -57,6 +57,10 @@ class Host:
         return cls.read(f"files/{path}")
 
     @classmethod
+    def has(cls, path):
+        return os.path.exists(f"{cls.folder}/files/{path}")
+
+    @classmethod
     def amount(cls, path):
         """The amount in a file in KB; the file contains bytes."""
         return int(cls.file(path)) // 1024
@@ -190,6 +194,8 @@ class WholeHost(SecondHost):
         self.assertGreater(sharing, 4000)
         [row] = Host.report("pshare-stats")
         self.assertCells(row, used=4 * shared, reclaimed=4 * sharing, cow=4 * (shared + sharing))
+        zeros = int(Host.file("sys/kernel/mm/ksm/ksm_zero_pages")) if Host.has("sys/kernel/mm/ksm/ksm_zero_pages") else 0
+        self.assertCells(Host.report("group-stats", ("gid", 0)), sharedSaved=4 * (sharing + zeros))
 
     def test_memory(self):
         [row] = Host.report("comp-stats")
@@ -197,6 +203,31 @@ class WholeHost(SecondHost):
         self.assertBetween(row["free"], [fields["MemFree"] for fields in memory], 8 * MB, "free")
         self.assertGreaterEqual(int(row["total"]), memory[0]["MemTotal"])
         self.assertCells(row, memState="High")
+
+    def test_a_shortage_is_what_makes_somebody_wait(self):
+        def row(name):
+            [found] = machines.rows(Host.read(f"shortage/{name}"))
+            return {column: found[column] for column in ("memState", "numClear", "numSoft", "numHard", "numLow")}
+
+        idle, read, filled = row("idle"), row("read"), row("filled")
+        self.assertEqual(idle["memState"], "High")
+        self.assertEqual(read, idle, "reading a disk is no shortage")
+        for column in "numClear", "numSoft", "numHard", "numLow":
+            self.assertGreater(int(filled[column]), int(read[column]), column)
+
+    def test_members_add_up_to_the_host(self):
+        rows = Host.report("group-stats")
+        [host] = [row for row in rows if row["gid"] == "0"]
+        members = sum(int(row["consumed"]) for row in rows if row["parGid"] == "0")
+        self.assertNear(host["consumed"], members, 2 * MB, "consumed")
+
+    def test_a_machine_has_the_limit_above_it(self):
+        pid, _ = Host.load(machines.QEMU)
+        machine = Host.report("group-stats", ("gid", pid))
+        limit = Host.amount("sys/fs/cgroup/outer/machine.scope/memory.max")
+        self.assertCells(machine, max=limit, bMax=limit)
+        self.assertCells(Host.report("vm-stats", ("schedGrp", pid)), max=limit)
+        self.assertCells(Host.report("uw-stats", ("schedGrp", pid)), max=limit)
 
     def test_buddies_of_two_nodes(self):
         rows = [row for row in Host.report("buddy-stats") if row["name"] != "Total"]
