@@ -35,19 +35,6 @@ bool IsTrapped(uintptr_t address) {
   return false;
 }
 
-// Vector instructions read beyond the end of the file, within its last page.
-void Trap(uintptr_t start, size_t size) {
-  const auto page = static_cast<size_t>(getpagesize());
-  size = (size + page - 1) / page * page;
-  for (Mapping &mapping : mappings) {
-    if (mapping.size > 0) continue;
-    mapping = {start, size};
-    Protect(PROT_NONE);
-    return;
-  }
-  std::abort();
-}
-
 void Forget(uintptr_t start) {
   for (Mapping &mapping : mappings) {
     if (mapping.start == start) mapping = {};
@@ -75,12 +62,31 @@ AccessTrap::AccessTrap(std::function<void(size_t access)> beforeAccess) : before
   armed = this;
 }
 
+// Vector instructions read beyond the end of the file, within its last page.
+void AccessTrap::Trap(uintptr_t start, size_t size) {
+  if (isStopped_) return;
+  const auto page = static_cast<size_t>(getpagesize());
+  size = (size + page - 1) / page * page;
+  for (Mapping &mapping : mappings) {
+    if (mapping.size > 0) continue;
+    mapping = {start, size};
+    Protect(PROT_NONE);
+    return;
+  }
+  std::abort();
+}
+
 AccessTrap::~AccessTrap() {
-  Protect(PROT_READ);
-  mappings = {};
+  Stop();
   armed = nullptr;
   sigaction(SIGSEGV, &previousFault_, nullptr);
   sigaction(SIGTRAP, &previousStep_, nullptr);
+}
+
+void AccessTrap::Stop() {
+  isStopped_ = true;
+  Protect(PROT_READ);
+  mappings = {};
 }
 
 void AccessTrap::HandleFault(int, siginfo_t *info, void *context) {
@@ -91,7 +97,7 @@ void AccessTrap::HandleFault(int, siginfo_t *info, void *context) {
   }
   armed->beforeAccess_(armed->accesses_++);
   Protect(PROT_READ);
-  SetSingleStep(context, true);
+  SetSingleStep(context, !armed->isStopped_);
   errno = error;
 }
 
@@ -110,7 +116,7 @@ void *mmap(void *start, size_t size, int protection, int flags, int fd, off_t of
   using namespace testing_support;
   const long mapped = syscall(SYS_mmap, start, size, protection, flags, fd, offset);
   const bool isSharedFile = fd >= 0 && (flags & MAP_SHARED) != 0;
-  if (armed != nullptr && mapped != -1 && isSharedFile) Trap(static_cast<uintptr_t>(mapped), size);
+  if (armed != nullptr && mapped != -1 && isSharedFile) armed->Trap(static_cast<uintptr_t>(mapped), size);
   return reinterpret_cast<void *>(mapped);  // NOLINT(performance-no-int-to-ptr)
 }
 

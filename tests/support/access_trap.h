@@ -9,6 +9,7 @@
 
 #include <csignal>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 
 namespace testing_support {
@@ -30,12 +31,19 @@ class AccessTrap {
 
   size_t accesses() const { return accesses_; }
 
+  // Lets all later accesses through, without calling the function. The function may call this.
+  void Stop();
+
+  // For the replaced mmap.
+  void Trap(uintptr_t start, size_t size);
+
  private:
   static void HandleFault(int signal, siginfo_t *info, void *context);
   static void HandleStep(int signal, siginfo_t *info, void *context);
 
   std::function<void(size_t access)> beforeAccess_;
   size_t accesses_ = 0;
+  bool isStopped_ = false;
   struct sigaction previousFault_;
   struct sigaction previousStep_;
 };

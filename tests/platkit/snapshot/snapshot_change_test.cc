@@ -162,7 +162,9 @@ class Change : public testing::Test {
     scratch_.Write("host", whole_);
     const OpenFile file(path_);
     AccessTrap trap([&](size_t access) {
-      if (access == chosen) change(file);
+      if (access != chosen) return;
+      change(file);
+      trap.Stop();
     });
     std::unique_ptr<Source> source;
     const HVC_ReturnStatus status = OpenSnapshot(path_.c_str(), source);
