@@ -30,7 +30,12 @@
  *
  * 7. Sources. Reads go to the running host until NODAL_UseCache succeeds, and then to the source that it selected.
  *
- * 8. Output. The library prints nothing. Only Warning (warning.h) writes, to standard error.
+ * 8. Signals. While a snapshot is in use, the library has a handler for SIGBUS, because another process can truncate
+ *    the mapped file. Reads of a truncated snapshot return HVC_SNAPSHOT_DAMAGED. The handler passes every other SIGBUS
+ *    to the action that was installed before. A program that installs a handler later must pass the faults of addresses
+ *    that it does not know to the handler that it replaced.
+ *
+ * 9. Output. The library prints nothing. Only Warning (warning.h) writes, to standard error.
  */
 #ifndef PLATKIT_NODAL_H
 #define PLATKIT_NODAL_H

@@ -49,6 +49,11 @@ inline constexpr uint32_t kRecordHead = 8;  // lengths of key and value
 inline constexpr uint32_t kSlotBytes = 8;
 inline constexpr uint64_t kMaxFileBytes = UINT32_MAX;
 
+// The largest number of used slots that follow each other in a table. It bounds the slots that a look-up visits, for
+// keys that were chosen to collide. Half of the slots of a table are used, so the longest run grows with the logarithm
+// of the file's size: it has about 100 slots in a file of 4 GB with ordinary keys.
+inline constexpr uint32_t kMaxRun = 256;
+
 // The hash of a key. `start` is the hash of the bytes before `text`, so that the hash of a common prefix is computed
 // once.
 constexpr uint32_t Hash(std::string_view text, uint32_t start = 5381) {

@@ -1,18 +1,20 @@
 // A mapped snapshot file. A look-up touches a few cache lines, whatever the size of the file.
 //
-// The file may be hostile. Every position and length in it is checked before use, and a value's checksum when the value
-// is read, so that no file can make the library read outside of it.
+// The file may be hostile, and it may change while it is read. Every position and length in it is checked before use.
+// Values and keys are copied first; then the copy is checked and used. No file can make the library read outside of it,
+// read forever, or end the process: a truncated file results in HVC_SNAPSHOT_DAMAGED.
 #ifndef PLATKIT_SNAPSHOT_SNAPSHOT_FILE_H
 #define PLATKIT_SNAPSHOT_SNAPSHOT_FILE_H
 
-#include <cdb.h>
-
-#include <bitset>
+#include <array>
 #include <string>
 #include <string_view>
 
 #include "platkit/catalogue.h"
 #include "platkit/snapshot/format.h"
+#include "platkit/snapshot/mapped_file.h"
+#include "platkit/snapshot/snapshot_index.h"
+#include "platkit/snapshot/value_buffer.h"
 #include "platkit/status.h"
 
 namespace platkit::snapshot {
@@ -25,26 +27,38 @@ struct Header {
 
 class SnapshotFile {
  public:
-  SnapshotFile() = default;
-  ~SnapshotFile();
-  SnapshotFile(const SnapshotFile &) = delete;
-  SnapshotFile &operator=(const SnapshotFile &) = delete;
-
   // Opens and maps the file. Checks the version, the header, and that the hash tables are contiguous and end with the
   // file. The time does not depend on the size of the file. Statuses as for NODAL_UseCache.
   [[nodiscard]] HVC_ReturnStatus Open(const char *path);
 
   const Header &header() const { return header_; }
 
-  // Finds the value of `key`, which stays valid as long as this object.
+  // HVC_SNAPSHOT_DAMAGED if the file was truncated or could not be read since it was opened.
+  HVC_ReturnStatus status() const { return file_.status(); }
+
+  // Finds the record of `key`.
   //
-  // HVC_NOT_FOUND: the file was written without it. HVC_SNAPSHOT_DAMAGED: the value or its index entry is damaged.
+  // HVC_NOT_FOUND: the file was written without it. HVC_SNAPSHOT_DAMAGED: the index is damaged, or too many keys
+  // collide.
+  [[nodiscard]] HVC_ReturnStatus Locate(std::string_view key, RecordPlace &place);
+
+  // Reads the value of a located record. It stays valid until the next Read or Find.
+  //
+  // HVC_SNAPSHOT_DAMAGED: the value is damaged. HVC_NO_MEMORY.
+  [[nodiscard]] HVC_ReturnStatus Read(const RecordPlace &place, Value &value) { return Read(place, buffer_, value); }
+
+  // Locates and reads a value. Statuses as for both.
   [[nodiscard]] HVC_ReturnStatus Find(std::string_view key, Value &value);
 
-  // Prefetch data of later look-ups into the processor's cache: the index entry of a key with this hash, and the
+  // Checks a value of any size without copying it, and tells its type.
+  //
+  // HVC_SNAPSHOT_DAMAGED: the value is damaged.
+  [[nodiscard]] HVC_ReturnStatus CheckValue(const RecordPlace &place, ValueType &type) const;
+
+  // Prefetch data of later look-ups into the processor's cache: the first slot for a key with this hash, and the
   // records around a value.
-  void PrefetchKey(uint32_t hash) const;
-  void PrefetchAround(const Value &value) const;
+  void PrefetchKey(uint32_t hash) const { index_.Prefetch(hash); }
+  void PrefetchAround(const RecordPlace &place) const;
 
   // Reads all entries in the order of the file, without the version and the index checksums.
   class Cursor {
@@ -54,43 +68,43 @@ class SnapshotFile {
     // Moves to the next entry; the first call moves to the first entry.
     //
     // HVC_NOT_FOUND: the file has no more entries. HVC_SNAPSHOT_DAMAGED: the entry runs past the end of the records, so
-    // later entries cannot be found.
+    // later entries cannot be found; or the file was truncated.
     [[nodiscard]] HVC_ReturnStatus Next();
 
-    std::string_view key() const { return key_; }
-    uint32_t position() const { return position_; }
+    // The key stays valid until Next.
+    std::string_view key() const { return {key_.data(), place_.keyLength}; }
+    uint32_t position() const { return place_.position; }
 
-    // HVC_SNAPSHOT_DAMAGED: the value is damaged.
-    [[nodiscard]] HVC_ReturnStatus Read(Value &value) const { return Decode(bytes_, value); }
+    // Reads the value, which stays valid until the next Read. Statuses as for SnapshotFile::Read.
+    [[nodiscard]] HVC_ReturnStatus Read(Value &value) { return file_.Read(place_, buffer_, value); }
 
    private:
     const SnapshotFile &file_;
-    uint32_t position_ = 0;
     uint32_t next_ = kIndexCheckValue + kIndexCheckBytes;
-    std::string_view key_;
-    std::span<const std::byte> bytes_;
+    RecordPlace place_ = {};
+    std::array<char, kMaxKeyBytes> key_;
+    ValueBuffer buffer_;
   };
 
-  // For verification of the index. IndexLeadsTo: whether a look-up of `key` finds the record at `position`.
+  // For verification of the index, in linear time. IndexLeadsTo: whether a look-up of `key` finds the record at
+  // `position`. HasLongRun: whether keys collide so much that Locate refuses some of them.
   bool IndexLeadsTo(std::string_view key, uint32_t position);
-  bool TablesAreWhole();
-  uint64_t CountUsedSlots() const;
+  bool TablesAreWhole() { return index_.IsWhole(); }
+  bool HasLongRun() const { return index_.HasLongRun(); }
+  uint64_t CountUsedSlots() const { return index_.CountUsedSlots(); }
 
  private:
   static HVC_ReturnStatus Decode(std::span<const std::byte> bytes, Value &value);
 
-  uint32_t Integer(uint32_t position) const { return cdb_unpack(cdb_.cdb_mem + position); }
+  HVC_ReturnStatus Map(const char *path, uint64_t &size);
   HVC_ReturnStatus CheckVersion() const;
-  bool IndexIsChained() const;
-  bool IndexCheckIsWhole() const;
-  bool TableIsWhole(uint32_t table);
-  bool IsReallyAbsent(std::string_view key);
-  std::span<const std::byte> Bytes(uint32_t position, uint32_t size) const;
+  HVC_ReturnStatus Read(const RecordPlace &place, ValueBuffer &buffer, Value &value) const;
   HVC_ReturnStatus ReadHeader();
   HVC_ReturnStatus ReadHeaderText(std::string_view key, std::string &text);
 
-  cdb cdb_ = CDB_STATIC_INIT;
-  std::bitset<kTables> tablesChecked_;
+  MappedFile file_;
+  SnapshotIndex index_{file_};
+  ValueBuffer buffer_;
   Header header_;
 };
 

@@ -11,6 +11,7 @@
 namespace platkit {
 namespace {
 
+using snapshot::RecordPlace;
 using snapshot::Value;
 using snapshot::ValueType;
 
@@ -23,8 +24,9 @@ class SnapshotSource : public Source {
   const Definitions &definitions() const override { return file_.header().definitions; }
 
  private:
-  HVC_ReturnStatus Find(const Node &node, Arguments arguments, ValueType type, Value &value);
+  HVC_ReturnStatus Locate(const Node &node, Arguments arguments, RecordPlace &place);
   HVC_ReturnStatus StatusOfAbsent(std::string_view path);
+  HVC_ReturnStatus StatusOfWrongSize(const RecordPlace &place) const;
   bool PrefetchSiblings(const Node &node, Arguments arguments);
 
   snapshot::SnapshotFile file_;
@@ -35,15 +37,15 @@ class SnapshotSource : public Source {
   std::bitset<kMaxNodes> asked_;
 };
 
-HVC_ReturnStatus SnapshotSource::Find(const Node &node, Arguments arguments, ValueType type, Value &value) {
+HVC_ReturnStatus SnapshotSource::Locate(const Node &node, Arguments arguments, RecordPlace &place) {
   PathWriter path;
   WritePath(node, arguments, path);
   if (!path.ok()) return HVC_NOT_FOUND;  // longer than any key
   const bool siblingsFollow = PrefetchSiblings(node, arguments);
-  const HVC_ReturnStatus status = file_.Find(path.view(), value);
+  const HVC_ReturnStatus status = file_.Locate(path.view(), place);
   if (status == HVC_NOT_FOUND) return StatusOfAbsent(path.view());
-  if (status == HVC_OK && siblingsFollow) file_.PrefetchAround(value);
-  return status == HVC_OK && value.type != type ? HVC_SNAPSHOT_DAMAGED : status;
+  if (status == HVC_OK && siblingsFollow) file_.PrefetchAround(place);
+  return status;
 }
 
 // Callers read several nodes of one instance, such as a group, and then the same nodes of the next instance. Their
@@ -75,22 +77,37 @@ HVC_ReturnStatus SnapshotSource::StatusOfAbsent(std::string_view path) {
   PathWriter key;
   key.Literal(snapshot::kFailurePrefix).Literal(path);
   if (!key.ok()) return HVC_NOT_FOUND;
+  RecordPlace place;
   Value value;
-  const HVC_ReturnStatus status = file_.Find(key.view(), value);
+  HVC_ReturnStatus status = file_.Locate(key.view(), place);
   if (status != HVC_OK) return status;
-  if (value.type != ValueType::kRecord || value.payload.size() != snapshot::kFailureBytes) return HVC_SNAPSHOT_DAMAGED;
+  if (place.valueLength != snapshot::kFailureBytes + snapshot::kValueOverhead) return HVC_SNAPSHOT_DAMAGED;
+  status = file_.Read(place, value);
+  if (status != HVC_OK) return status;
   HVC_ReturnStatus failure;
   std::memcpy(&failure, value.payload.data(), sizeof failure);
-  return failure == HVC_OK ? HVC_SNAPSHOT_DAMAGED : failure;
+  return value.type != ValueType::kRecord || failure == HVC_OK ? HVC_SNAPSHOT_DAMAGED : failure;
 }
 
 HVC_ReturnStatus SnapshotSource::Get(const Node &node, Arguments arguments, std::span<std::byte> record) {
-  Value value;
-  const HVC_ReturnStatus status = Find(node, arguments, ValueType::kRecord, value);
+  RecordPlace place;
+  HVC_ReturnStatus status = Locate(node, arguments, place);
   if (status != HVC_OK) return status;
-  if (value.payload.size() != record.size()) return HVC_WRONG_SIZE;
+  if (place.valueLength != record.size() + snapshot::kValueOverhead) return StatusOfWrongSize(place);
+  Value value;
+  status = file_.Read(place, value);
+  if (status != HVC_OK) return status;
+  if (value.type != ValueType::kRecord) return HVC_SNAPSHOT_DAMAGED;
   std::memcpy(record.data(), value.payload.data(), record.size());
   return HVC_OK;
+}
+
+// The value is not copied: it can be as large as the file.
+HVC_ReturnStatus SnapshotSource::StatusOfWrongSize(const RecordPlace &place) const {
+  ValueType type;
+  const HVC_ReturnStatus status = file_.CheckValue(place, type);
+  if (status != HVC_OK) return status;
+  return type == ValueType::kRecord ? HVC_WRONG_SIZE : HVC_SNAPSHOT_DAMAGED;
 }
 
 HVC_ReturnStatus AddIntegers(std::span<const std::byte> payload, ParamList &list) {
@@ -119,9 +136,13 @@ HVC_ReturnStatus AddTexts(std::string_view texts, ParamList &list) {
 
 HVC_ReturnStatus SnapshotSource::List(const Node &node, Arguments arguments, ParamList &list) {
   const bool integers = node.entry.kind == ParamKind::kInt;
-  Value value;
-  const HVC_ReturnStatus status = Find(node, arguments, integers ? ValueType::kIntegers : ValueType::kTexts, value);
+  RecordPlace place;
+  HVC_ReturnStatus status = Locate(node, arguments, place);
   if (status != HVC_OK) return status;
+  Value value;
+  status = file_.Read(place, value);
+  if (status != HVC_OK) return status;
+  if (value.type != (integers ? ValueType::kIntegers : ValueType::kTexts)) return HVC_SNAPSHOT_DAMAGED;
   return integers ? AddIntegers(value.payload, list) : AddTexts(value.text(), list);
 }
 

@@ -38,6 +38,23 @@ bool WriteIndexCheck(int fd) {
   return pwrite(fd, value, sizeof value, kIndexCheckValue) == sizeof value;
 }
 
+// Whether a table of records with these hashes has more than kMaxRun used slots in a row. Each record takes the first
+// unused slot, starting at its own, so the used slots do not depend on the order of the records. A run can continue at
+// the start of the table; the second round over the slots sees it whole.
+bool HasLongRun(std::span<const uint32_t> hashes) {
+  std::vector<uint32_t> records(2 * hashes.size());  // by their own slot
+  for (const uint32_t hash : hashes)
+    ++records[hash / kTables % records.size()];
+  uint64_t waiting = 0, run = 0;
+  for (size_t i = 0; i < 2 * records.size(); ++i) {
+    waiting += records[i % records.size()];
+    run = waiting == 0 ? 0 : run + 1;
+    if (run > kMaxRun) return true;
+    if (waiting > 0) --waiting;
+  }
+  return false;
+}
+
 }  // namespace
 
 HVC_ReturnStatus SnapshotWriter::AddHeader(const Header &header) {
@@ -94,7 +111,23 @@ HVC_ReturnStatus SnapshotWriter::WriteTo(int fd) {
   const auto key = [this](const Entry &entry) { return KeyOf(entry); };
   std::ranges::sort(entries_, {}, key);
   if (std::ranges::adjacent_find(entries_, {}, key) != entries_.end()) return HVC_ALREADY_EXISTS;
+  if (HasLongRun()) return HVC_LIMIT_EXCEEDED;  // cdb_make_finish would take quadratic time
   return WriteDatabase(fd) ? HVC_OK : StatusOfErrno(errno, HVC_WRITE_ERROR);
+}
+
+bool SnapshotWriter::HasLongRun() const {
+  std::vector<uint32_t> hashes = {Hash(kVersionKey), Hash(kIndexCheckKey)};
+  hashes.reserve(hashes.size() + entries_.size());
+  for (const Entry &entry : entries_)
+    hashes.push_back(Hash(KeyOf(entry)));
+  const auto table = [](uint32_t hash) { return hash % kTables; };
+  std::ranges::sort(hashes, {}, table);
+  for (auto start = hashes.begin(); start != hashes.end();) {
+    const auto end = std::ranges::upper_bound(start, hashes.end(), table(*start), {}, table);
+    if (snapshot::HasLongRun({start, end})) return true;
+    start = end;
+  }
+  return false;
 }
 
 HVC_ReturnStatus SnapshotWriter::Write(const std::string &path) {

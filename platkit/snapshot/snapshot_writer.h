@@ -40,13 +40,13 @@ class SnapshotWriter {
 
   // Writes the snapshot to an empty file that is open for reading and writing.
   //
-  // HVC_ALREADY_EXISTS: a key was added twice. Other statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other
-  // errors.
+  // HVC_ALREADY_EXISTS: a key was added twice. HVC_LIMIT_EXCEEDED: keys collide, so that more than kMaxRun used slots
+  // would follow each other in the index. Other statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors.
   [[nodiscard]] HVC_ReturnStatus WriteTo(int fd);
 
   // Writes the snapshot to `path`, and replaces an existing file. A new file is readable by its owner only.
   //
-  // HVC_ALREADY_EXISTS: a key was added twice. Other statuses as for AtomicFile.
+  // Statuses as for WriteTo and AtomicFile.
   [[nodiscard]] HVC_ReturnStatus Write(const std::string &path);
 
  private:
@@ -60,6 +60,7 @@ class SnapshotWriter {
     return std::string_view(bytes_).substr(entry.start, entry.keyLength);
   }
   HVC_ReturnStatus AddHeaderText(std::string_view key, std::string_view text);
+  bool HasLongRun() const;
   bool WriteDatabase(int fd) const;
 
   std::string bytes_;

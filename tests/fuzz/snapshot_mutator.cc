@@ -1,5 +1,7 @@
 // Mutates snapshots so that their checksums stay correct: changes any bytes and recomputes the checksums, or changes
 // entries and rewrites the file.
+#include <cdb.h>
+
 #include <algorithm>
 #include <random>
 #include <string>

@@ -1,4 +1,6 @@
 // Truncated and overwritten snapshots. Whatever the damage, a read returns the written value or a failure.
+#include <cdb.h>
+
 #include "tests/platkit/scratch.h"
 #include "tests/platkit/snapshot/small_host.h"
 

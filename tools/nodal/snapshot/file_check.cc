@@ -1,6 +1,7 @@
 #include "tools/nodal/snapshot/file_check.h"
 
 #include <algorithm>
+#include <new>
 #include <vector>
 
 namespace nodal {
@@ -32,7 +33,9 @@ class FileCheck {
       ++entries_;
       CheckEntry(cursor);
     }
-    if (status != HVC_NOT_FOUND) {
+    if (file_.status() != HVC_OK) {
+      problems_.Report("file", "truncated or unreadable while it was read");
+    } else if (status != HVC_NOT_FOUND) {
       problems_.Report("entry " + std::to_string(entries_ + 1), "entry runs past the end of the records");
     } else if (file_.CountUsedSlots() != entries_ + std::size(snapshot::kReservedKeys)) {
       const size_t records = entries_ + std::size(snapshot::kReservedKeys);
@@ -48,7 +51,7 @@ class FileCheck {
   }
 
  private:
-  void CheckEntry(const SnapshotFile::Cursor &cursor) {
+  void CheckEntry(SnapshotFile::Cursor &cursor) {
     const std::string key(cursor.key());
     if (snapshot::IsReservedKey(key) || (entries_ > 1 && key == previous_)) {
       problems_.Report(key, "duplicate key");
@@ -58,7 +61,9 @@ class FileCheck {
     }
     previous_ = key;
     Value value;
-    if (cursor.Read(value) != HVC_OK) {
+    const HVC_ReturnStatus status = cursor.Read(value);
+    if (status == HVC_NO_MEMORY) throw std::bad_alloc();
+    if (status != HVC_OK) {
       problems_.Report(key, "damaged value");
     } else {
       CheckValue(key, value);

@@ -1,5 +1,7 @@
 #include "tools/nodal/snapshot/json_file.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -16,25 +18,42 @@ struct Close {
   void operator()(std::FILE *file) const { std::fclose(file); }
 };
 
-std::string ReadFile(const std::string &path) {
-  std::unique_ptr<std::FILE, Close> opened;
-  std::FILE *file = stdin;
-  if (path != "-") {
-    opened.reset(std::fopen(path.c_str(), "rbe"));
-    if (opened == nullptr) throw Failure(path, std::strerror(errno));
-    file = opened.get();
-  }
+constexpr size_t kMaxFileBytes = size_t{1} << 30;
+constexpr size_t kMaxDepth = 64;  // JSON of a snapshot has fewer than ten levels
+
+[[noreturn]] void ThrowTooLarge(const std::string &path) {
+  throw Failure(path, "larger than 1 GiB, the maximum for JSON");
+}
+
+// A NUL, which no JSON contains, is reported at once: devices such as /dev/zero have no end.
+std::string ReadAll(std::FILE *file, const std::string &path) {
   std::string text;
   char block[65536];
-  while (const size_t size = std::fread(block, 1, sizeof block, file))
+  while (const size_t size = std::fread(block, 1, sizeof block, file)) {
     text.append(block, size);
+    if (text.size() > kMaxFileBytes) ThrowTooLarge(path);
+    const size_t nul = text.find('\0', text.size() - size);
+    if (nul != std::string::npos) throw Failure(path, "not JSON: NUL at byte " + std::to_string(nul));
+  }
   if (std::ferror(file)) throw Failure(path, std::strerror(errno));
   return text;
 }
 
-// Finds duplicate keys, of which the parser silently keeps the last value. This needs a second pass over the text,
-// because the parser's callback in the first pass takes quadratic time in the size of an object.
-class DuplicateCheck : public nlohmann::json_sax<Json> {
+std::string ReadFile(const std::string &path) {
+  if (path == "-") return ReadAll(stdin, path);
+  const std::unique_ptr<std::FILE, Close> file(std::fopen(path.c_str(), "rbe"));
+  if (file == nullptr) throw Failure(path, std::strerror(errno));
+  struct stat info;
+  if (fstat(fileno(file.get()), &info) == 0 && S_ISREG(info.st_mode) && info.st_size > off_t{kMaxFileBytes}) {
+    ThrowTooLarge(path);
+  }
+  return ReadAll(file.get(), path);
+}
+
+// Finds duplicate keys, of which the parser silently keeps the last value, and excessive nesting, which would exhaust
+// the stack. This needs a pass of its own over the text, because the parser's callback takes quadratic time in the size
+// of an object.
+class StructureCheck : public nlohmann::json_sax<Json> {
  public:
   bool key(std::string &name) override {
     if (!objects_.back().keys.insert(name).second) {
@@ -46,12 +65,14 @@ class DuplicateCheck : public nlohmann::json_sax<Json> {
   }
   bool start_object(size_t) override {
     objects_.emplace_back();
-    return true;
+    return Enter();
   }
   bool end_object() override {
     objects_.pop_back();
-    return true;
+    return Leave();
   }
+  bool start_array(size_t) override { return Enter(); }
+  bool end_array() override { return Leave(); }
 
   bool null() override { return true; }
   bool boolean(bool) override { return true; }
@@ -60,9 +81,7 @@ class DuplicateCheck : public nlohmann::json_sax<Json> {
   bool number_float(double, const std::string &) override { return true; }
   bool string(std::string &) override { return true; }
   bool binary(Json::binary_t &) override { return true; }
-  bool start_array(size_t) override { return true; }
-  bool end_array() override { return true; }
-  // The first pass has reported it.
+  // The parser reports it.
   bool parse_error(size_t, const std::string &, const nlohmann::detail::exception &) override { return false; }
 
  private:
@@ -70,7 +89,15 @@ class DuplicateCheck : public nlohmann::json_sax<Json> {
     std::set<std::string> keys;
     std::string current;
   };
+
+  bool Enter() {
+    if (++depth_ > kMaxDepth) throw InvalidJson("nested deeper than " + std::to_string(kMaxDepth) + " levels");
+    return true;
+  }
+  bool Leave() { return --depth_, true; }
+
   std::vector<Object> objects_;
+  size_t depth_ = 0;
 };
 
 // Line and column of the last character that the parser read, counted from 1.
@@ -95,10 +122,9 @@ std::string Reason(const Json::exception &error) {
 Json ParseJsonFile(const std::string &path) {
   const std::string text = ReadFile(path);
   try {
-    Json json = Json::parse(text);
-    DuplicateCheck check;
+    StructureCheck check;
     Json::sax_parse(text, &check);
-    return json;
+    return Json::parse(text);
   } catch (const Json::parse_error &error) {
     throw Failure(path + ":" + Place(text, error.byte), Reason(error));
   } catch (const Json::out_of_range &error) {

@@ -8,8 +8,8 @@
 
 namespace nodal {
 
-// `path` is a file, or "-" for standard input. Throws a Failure with line and column for a syntax error, or an
-// InvalidJson for a duplicate key.
+// `path` is a file, or "-" for standard input. Throws a Failure for a file that exceeds 1 GiB, and with line and column
+// for a syntax error. Throws an InvalidJson for a duplicate key or excessive nesting.
 Json ParseJsonFile(const std::string &path);
 
 }  // namespace nodal

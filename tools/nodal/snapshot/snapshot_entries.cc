@@ -10,6 +10,9 @@ namespace snapshot = platkit::snapshot;
 OpenedSnapshot::OpenedSnapshot(const std::string &snapshotPath) : path(snapshotPath) {
   const HVC_ReturnStatus status = file.Open(path.c_str());
   if (status != HVC_OK) throw OpenFailure(path, status);
+  if (file.HasLongRun()) {
+    throw Failure(path, StatusText(HVC_SNAPSHOT_DAMAGED) + ": too many keys collide in the index (hash collisions)");
+  }
 }
 
 bool SnapshotEntries::Next() {
@@ -20,14 +23,15 @@ bool SnapshotEntries::Next() {
 }
 
 bool SnapshotEntries::NextOfFile() {
-  const HVC_ReturnStatus status = cursor_.Next();
+  HVC_ReturnStatus status = cursor_.Next();
   if (status == HVC_NOT_FOUND) return false;
   if (status != HVC_OK) throw Failure(snapshot_.path, status);
   const std::string previous = std::move(key_);
   key_ = cursor_.key();
+  status = cursor_.Read(value_);
   // Values have a checksum. A key that was overwritten is no longer found through the index.
-  if (cursor_.Read(value_) != HVC_OK || !snapshot_.file.IndexLeadsTo(key_, cursor_.position()))
-    throw Failure(snapshot_.path, key_ + ": " + StatusText(HVC_SNAPSHOT_DAMAGED));
+  if (status == HVC_OK && !snapshot_.file.IndexLeadsTo(key_, cursor_.position())) status = HVC_SNAPSHOT_DAMAGED;
+  if (status != HVC_OK) throw Failure(snapshot_.path, key_ + ": " + StatusText(status));
   const bool ascending = isFirst_ || previous < key_;
   if (!ascending || snapshot::IsReservedKey(key_)) throw Failure(snapshot_.path, key_ + ": key out of order");
   isFirst_ = false;

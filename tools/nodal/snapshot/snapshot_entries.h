@@ -9,7 +9,7 @@
 namespace nodal {
 
 struct OpenedSnapshot {
-  // Throws a Failure if the file cannot be read or is not a snapshot.
+  // Throws a Failure if the file cannot be read, is not a snapshot, or has too many keys that collide.
   explicit OpenedSnapshot(const std::string &snapshotPath);
 
   const std::string path;

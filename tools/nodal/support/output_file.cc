@@ -13,6 +13,7 @@ namespace {
 void ThrowUnlessOk(const std::string &path, HVC_ReturnStatus status) {
   if (status == HVC_OK) return;
   if (status == HVC_ALREADY_EXISTS) throw Failure(path, "not a regular file");
+  if (status == HVC_LIMIT_EXCEEDED) throw Failure(path, "too many keys collide in the index (hash collisions)");
   throw Failure(path, errno != 0 ? std::strerror(errno) : StatusText(status));
 }
 

@@ -1,6 +1,8 @@
 // Each error in a JSON file has its message, and no snapshot is written.
 #include <algorithm>
+#include <filesystem>
 
+#include "tests/platkit/snapshot/colliding_keys.h"
 #include "tests/tools/nodal/program.h"
 
 namespace {
@@ -51,6 +53,43 @@ TEST(Build, Keys) {
   EXPECT_EQ(NodesComplaint(R"("/system/heaps": [], "/system/heaps": [])"), ": nodes: duplicate key '/system/heaps'\n");
   EXPECT_EQ(NodesComplaint(R"("/sched/groups/4/groupFlags": {"flags": 1, "flags": 2})"),
             ": /sched/groups/4/groupFlags: duplicate key 'flags'\n");
+}
+
+TEST(Build, Nesting) {
+  const auto nested = [](size_t levels) { return std::string(levels, '[') + std::string(levels, ']'); };
+  EXPECT_EQ(Complaint(nested(64)), ": expected an object, got an array\n");
+  EXPECT_EQ(Complaint(nested(65)), ": nested deeper than 64 levels\n");
+  EXPECT_EQ(Complaint(nested(1'000'000)), ": nested deeper than 64 levels\n");
+  EXPECT_EQ(NodesComplaint(R"("/x": {"type": "R", "hex": )" + nested(1'000'000) + "}"),
+            ": nested deeper than 64 levels\n");
+}
+
+TEST(Build, InputWithoutEnd) {
+  const Scratch scratch;
+  const Outcome zeros = Nodal("build /dev/zero -o " + scratch.Path("host.nodal"));
+  EXPECT_EQ(zeros.status, 1);
+  EXPECT_EQ(zeros.err, "nodal: /dev/zero: not JSON: NUL at byte 0\n");
+}
+
+TEST(Build, LargeInput) {
+  const Scratch scratch;
+  const std::string json = scratch.Write("large.json", "{}");
+  std::filesystem::resize_file(json, (size_t{1} << 30) + 1);
+  const Outcome outcome = Nodal("build " + json + " -o " + scratch.Path("host.nodal"));
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "nodal: " + json + ": larger than 1 GiB, the maximum for JSON\n");
+}
+
+TEST(Build, KeysThatCollide) {
+  const Scratch scratch;
+  std::string nodes;
+  for (const std::string &key : platkit::snapshot::CollidingKeys("/x/", 512))
+    nodes += (nodes.empty() ? "\"" : ",\"") + key + R"(": {"type": "R", "hex": ""})";
+  const std::string snapshot = scratch.Path("host.nodal");
+  const Outcome outcome = Nodal("build " + scratch.Write("host.json", HostOf(nodes)) + " -o " + snapshot);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "nodal: " + snapshot + ": too many keys collide in the index (hash collisions)\n");
+  EXPECT_EQ(scratch.Names(), std::vector<std::string>{"host.json"});
 }
 
 TEST(Build, Paths) {

@@ -1,5 +1,8 @@
 #include <cdb.h>
 
+#include <algorithm>
+
+#include "tests/platkit/snapshot/colliding_keys.h"
 #include "tests/tools/nodal/program.h"
 
 namespace {
@@ -96,6 +99,23 @@ TEST(Verify, WhatIsThereIsNamed) {
             "/sched/memClients/6: client 6: unknown instance\n"
             "/system/buddy/b: buddy 'b': not listed in /system/buddy\n"
             "/system/heaps/h: heap 'h': not listed in /system/heaps\n");
+}
+
+// Each look-up of such a key would visit all others.
+TEST(Verify, KeysThatCollide) {
+  const Scratch scratch;
+  const std::string snapshot = scratch.Path("host.nodal");
+  std::vector<std::string> keys = platkit::snapshot::CollidingKeys("/x/", 512);
+  std::ranges::sort(keys);
+  platkit::snapshot::WriteWithoutLimit(snapshot, keys);
+  const std::string complaint =
+      "nodal: " + snapshot + ": Snapshot is damaged: too many keys collide in the index (hash collisions)\n";
+  for (const std::string &command : std::vector<std::string>{"verify ", "dump ", "diff " + kSample + " "}) {
+    const Outcome outcome = Nodal(command + snapshot);
+    EXPECT_NE(outcome.status, 0);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err, complaint);
+  }
 }
 
 TEST(Verify, Hierarchy) {
