@@ -12,12 +12,12 @@ NODAL_ParamList::~NODAL_ParamList() {
   std::free(params_);
 }
 
-NODAL_ParamList *NODAL_ParamList::Make() {
+NODAL_ParamList *NODAL_ParamList::Make() noexcept {
   void *memory = std::malloc(sizeof(NODAL_ParamList));
   return memory == nullptr ? nullptr : new (memory) NODAL_ParamList;
 }
 
-NODAL_ParamList *NODAL_ParamList::MakeFixed(uint32_t count, uint32_t textBytes) {
+NODAL_ParamList *NODAL_ParamList::MakeFixed(uint32_t count, uint32_t textBytes) noexcept {
   NODAL_ParamList *list = Make();
   if (list != nullptr) {
     list->maxParams_ = count;
@@ -26,16 +26,16 @@ NODAL_ParamList *NODAL_ParamList::MakeFixed(uint32_t count, uint32_t textBytes) 
   return list;
 }
 
-void NODAL_ParamList::Destroy() {
+void NODAL_ParamList::Destroy() noexcept {
   this->~NODAL_ParamList();
   std::free(this);
 }
 
-HVC_ReturnStatus NODAL_ParamList::Add(int64_t value) {
+HVC_ReturnStatus NODAL_ParamList::Add(int64_t value) noexcept {
   return Append({.kind = ParamKind::kInt, .length = 0, .integer = value});
 }
 
-HVC_ReturnStatus NODAL_ParamList::Add(std::string_view text) {
+HVC_ReturnStatus NODAL_ParamList::Add(std::string_view text) noexcept {
   const uint64_t bytes = text.size() + 1;
   if (textBytes_ + bytes > maxTextBytes_) return HVC_LIMIT_EXCEEDED;
   auto *copy = static_cast<char *>(std::malloc(bytes));
@@ -52,7 +52,7 @@ HVC_ReturnStatus NODAL_ParamList::Add(std::string_view text) {
   return status;
 }
 
-HVC_ReturnStatus NODAL_ParamList::RemoveLast() {
+HVC_ReturnStatus NODAL_ParamList::RemoveLast() noexcept {
   if (count_ == 0) return HVC_NOT_FOUND;
   const NODAL_Param &last = params_[--count_];
   if (last.kind == ParamKind::kText) {
@@ -62,24 +62,24 @@ HVC_ReturnStatus NODAL_ParamList::RemoveLast() {
   return HVC_OK;
 }
 
-void NODAL_ParamList::Clear() {
+void NODAL_ParamList::Clear() noexcept {
   while (RemoveLast() == HVC_OK) {
   }
 }
 
-void NODAL_ParamList::Expect(uint64_t count) {
+void NODAL_ParamList::Expect(uint64_t count) noexcept {
   const uint64_t wanted = std::min<uint64_t>(count, maxParams_);
   if (wanted > capacity_) Grow(wanted);
 }
 
-HVC_ReturnStatus NODAL_ParamList::Append(const NODAL_Param &param) {
+HVC_ReturnStatus NODAL_ParamList::Append(const NODAL_Param &param) noexcept {
   if (count_ == maxParams_) return HVC_LIMIT_EXCEEDED;
   if (count_ == capacity_ && !Grow(std::max<uint64_t>(kFirstCapacity, uint64_t{capacity_} * 2))) return HVC_NO_MEMORY;
   params_[count_++] = param;
   return HVC_OK;
 }
 
-bool NODAL_ParamList::Grow(uint64_t capacity) {
+bool NODAL_ParamList::Grow(uint64_t capacity) noexcept {
   capacity = std::min<uint64_t>(capacity, kUnlimited - 1);
   if (capacity <= capacity_) return false;
   void *grown = std::realloc(params_, capacity * sizeof(NODAL_Param));

@@ -25,8 +25,8 @@ struct NODAL_Param {
   std::string_view text() const { return {chars, length}; }
 };
 
-// Lists live on the C heap and throw no exceptions: an operation that runs out of memory returns a status. Each text
-// has its own allocation, which never moves, because callers hold pointers to it.
+// Lists live on the C heap: an operation that runs out of memory returns a status instead of throwing. Each text has
+// its own allocation, which never moves, because callers hold pointers to it.
 struct NODAL_ParamList {
  public:
   NODAL_ParamList(const NODAL_ParamList &) = delete;
@@ -34,20 +34,20 @@ struct NODAL_ParamList {
 
   // An empty list, or null if memory is short. A fixed list takes at most `count` parameters, and `textBytes` bytes of
   // text, terminators included.
-  static NODAL_ParamList *Make();
-  static NODAL_ParamList *MakeFixed(uint32_t count, uint32_t textBytes);
-  void Destroy();
+  static NODAL_ParamList *Make() noexcept;
+  static NODAL_ParamList *MakeFixed(uint32_t count, uint32_t textBytes) noexcept;
+  void Destroy() noexcept;
 
   // HVC_LIMIT_EXCEEDED: a fixed list is full. HVC_NO_MEMORY.
-  [[nodiscard]] HVC_ReturnStatus Add(int64_t value);
-  [[nodiscard]] HVC_ReturnStatus Add(std::string_view text);
+  [[nodiscard]] HVC_ReturnStatus Add(int64_t value) noexcept;
+  [[nodiscard]] HVC_ReturnStatus Add(std::string_view text) noexcept;
 
   // HVC_NOT_FOUND: the list is empty.
-  [[nodiscard]] HVC_ReturnStatus RemoveLast();
-  void Clear();
+  [[nodiscard]] HVC_ReturnStatus RemoveLast() noexcept;
+  void Clear() noexcept;
 
   // Makes room for `count` parameters in one step. If memory is short, the Add that needs the room fails.
-  void Expect(uint64_t count);
+  void Expect(uint64_t count) noexcept;
 
   std::span<const NODAL_Param> params() const { return {params_, count_}; }
 
@@ -57,8 +57,8 @@ struct NODAL_ParamList {
 
   NODAL_ParamList() = default;
   ~NODAL_ParamList();
-  HVC_ReturnStatus Append(const NODAL_Param &param);
-  bool Grow(uint64_t capacity);
+  HVC_ReturnStatus Append(const NODAL_Param &param) noexcept;
+  bool Grow(uint64_t capacity) noexcept;
 
   NODAL_Param *params_ = nullptr;
   uint32_t count_ = 0;

@@ -13,6 +13,9 @@ namespace platkit {
 
 // REQUIRES, for all operations: the node is a record or a list, as the operation says, and the arguments have the
 // number and kinds that the node takes. nodal.h lists the statuses.
+//
+// If memory runs out, Get, List and Set throw std::bad_alloc or return HVC_NO_MEMORY; an exception counts as a failure.
+// After a failure, the source works as before.
 class Source {
  public:
   virtual ~Source() = default;
@@ -36,7 +39,8 @@ class Source {
 // Selects the source of all later reads of the process; null selects the running host.
 void UseSource(std::unique_ptr<Source> source);
 
-// The source that the process reads from.
+// The source that the process reads from. Throws std::bad_alloc if the running host cannot be opened for lack of
+// memory.
 Source &CurrentSource();
 
 }  // namespace platkit

@@ -11,8 +11,9 @@
  *    same.
  *
  * 2. Errors. Operations that can fail return an HVC_ReturnStatus: HVC_OK is success. Each operation lists its other
- *    statuses. HVC_NO_MEMORY is always possible. On failure, outputs are unchanged unless the operation says
- *    otherwise. HVC_NOT_FOUND is an ordinary answer: groups, clients and heaps may vanish between a listing and a read.
+ *    statuses. HVC_NO_MEMORY is always possible; the failed call leaks nothing, and later calls work as usual. No
+ *    operation throws a C++ exception. On failure, outputs are unchanged unless the operation says otherwise.
+ *    HVC_NOT_FOUND is an ordinary answer: groups, clients and heaps may vanish between a listing and a read.
  *
  * 3. Null. Operations that return a status answer a null pointer with HVC_BAD_PARAM, except where null is allowed.
  *    A null list has no parameters, and destroying it has no effect.

@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "platkit/api/answer.h"
 #include "platkit/definitions.h"
 #include "platkit/linux/linux_source.h"
 #include "platkit/nodal.h"
@@ -37,20 +38,24 @@ extern "C" {
 
 HVC_ReturnStatus NODAL_UseCache(const char *path, uint32_t flags) {
   if (path == nullptr) return HVC_BAD_PARAM;
-  std::unique_ptr<platkit::Source> source;
-  const HVC_ReturnStatus status = platkit::OpenSource(path, flags, source);
-  if (status == HVC_OK) platkit::UseSource(std::move(source));
-  return status;
+  return platkit::Answer([&] {
+    std::unique_ptr<platkit::Source> source;
+    const HVC_ReturnStatus status = platkit::OpenSource(path, flags, source);
+    if (status == HVC_OK) platkit::UseSource(std::move(source));
+    return status;
+  });
 }
 
 HVC_ReturnStatus NODAL_CheckSig(char *kernelBuild, uint32_t size, const char **ownBuild) {
   if (kernelBuild == nullptr || size == 0 || ownBuild == nullptr) return HVC_BAD_PARAM;
-  const platkit::Definitions &own = platkit::OwnDefinitions();
-  const platkit::Definitions &read = platkit::CurrentSource().definitions();
-  const size_t length = read.build.copy(kernelBuild, size - 1);
-  kernelBuild[length] = '\0';
-  *ownBuild = own.build.c_str();
-  return read.signature == own.signature ? HVC_OK : HVC_DEFINITIONS_DIFFER;
+  return platkit::Answer([&] {
+    const platkit::Definitions &own = platkit::OwnDefinitions();
+    const platkit::Definitions &read = platkit::CurrentSource().definitions();
+    const size_t length = read.build.copy(kernelBuild, size - 1);
+    kernelBuild[length] = '\0';
+    *ownBuild = own.build.c_str();
+    return read.signature == own.signature ? HVC_OK : HVC_DEFINITIONS_DIFFER;
+  });
 }
 
 }  // extern "C"

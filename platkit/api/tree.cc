@@ -1,4 +1,5 @@
 // The operations of nodal.h that read and write nodes: they check the caller's arguments and ask the current source.
+#include "platkit/api/answer.h"
 #include "platkit/catalogue.h"
 #include "platkit/nodal.h"
 #include "platkit/param_list.h"
@@ -23,7 +24,8 @@ HVC_ReturnStatus FillInstanceList(uint32_t id, const ParamList *args, ParamList 
   if (!node->isList) return HVC_NOT_A_LIST;
   const Arguments arguments = ArgumentsOf(args);
   const HVC_ReturnStatus status = CheckArguments(*node, arguments, node->listArguments());
-  return status != HVC_OK ? status : CurrentSource().List(*node, arguments, list);
+  if (status != HVC_OK) return status;
+  return Answer([&] { return CurrentSource().List(*node, arguments, list); });
 }
 
 // A source knows the number of its instances, so callers' hints are not needed.
@@ -57,7 +59,8 @@ HVC_ReturnStatus NODAL_Get(uint32_t id, const NODAL_ParamList *args, void *recor
   const HVC_ReturnStatus status = platkit::CheckArguments(*node, arguments, node->recordArguments());
   if (status != HVC_OK) return status;
   if (size != node->record->size) return HVC_WRONG_SIZE;
-  return platkit::CurrentSource().Get(*node, arguments, {static_cast<std::byte *>(record), size});
+  const std::span<std::byte> bytes(static_cast<std::byte *>(record), size);
+  return platkit::Answer([&] { return platkit::CurrentSource().Get(*node, arguments, bytes); });
 }
 
 HVC_ReturnStatus NODAL_Set(uint32_t id, const NODAL_ParamList *args, const NODAL_ParamList *input, void *output,
@@ -68,7 +71,8 @@ HVC_ReturnStatus NODAL_Set(uint32_t id, const NODAL_ParamList *args, const NODAL
   if (input == nullptr || output != nullptr || outputSize != 0) return HVC_BAD_PARAM;
   const Arguments arguments = platkit::ArgumentsOf(args);
   const HVC_ReturnStatus status = platkit::CheckArguments(*node, arguments, node->recordArguments());
-  return status != HVC_OK ? status : platkit::CurrentSource().Set(*node, arguments, input->params());
+  if (status != HVC_OK) return status;
+  return platkit::Answer([&] { return platkit::CurrentSource().Set(*node, arguments, input->params()); });
 }
 
 HVC_ReturnStatus NODAL_GetInstanceList(uint32_t id, const NODAL_ParamList *args, NODAL_ParamList *list) {

@@ -92,11 +92,8 @@ HVC_ReturnStatus SnapshotWriter::Add(std::string_view key, ValueType type, std::
   const uint64_t valueLength = payload.size() + kValueOverhead;
   const uint64_t fileBytes = fileBytes_ + kRecordHead + key.size() + valueLength + 2 * kSlotBytes;
   if (fileBytes > kMaxFileBytes) return HVC_LIMIT_EXCEEDED;
-  fileBytes_ = fileBytes;
 
-  entries_.push_back({.start = bytes_.size(),
-                      .keyLength = static_cast<uint32_t>(key.size()),
-                      .valueLength = static_cast<uint32_t>(valueLength)});
+  const size_t start = bytes_.size();
   bytes_ += key;
   const size_t valueStart = bytes_.size();
   bytes_ += static_cast<char>(type);
@@ -104,6 +101,11 @@ HVC_ReturnStatus SnapshotWriter::Add(std::string_view key, ValueType type, std::
   unsigned char check[kCheckBytes];
   cdb_pack(Check(std::as_bytes(std::span(bytes_).subspan(valueStart))), check);
   bytes_.append(reinterpret_cast<const char *>(check), sizeof check);
+  // If memory has run out before, no entry refers to the bytes.
+  entries_.push_back({.start = start,
+                      .keyLength = static_cast<uint32_t>(key.size()),
+                      .valueLength = static_cast<uint32_t>(valueLength)});
+  fileBytes_ = fileBytes;
   return HVC_OK;
 }
 

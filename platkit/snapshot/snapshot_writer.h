@@ -2,6 +2,9 @@
 //
 // The same entries give the same bytes, regardless of the order in which they are added. The file is an AtomicFile: it
 // appears complete or not at all.
+//
+// If memory runs out, an operation throws std::bad_alloc or returns HVC_NO_MEMORY. An entry is then not added, a file
+// not written.
 #ifndef PLATKIT_SNAPSHOT_SNAPSHOT_WRITER_H
 #define PLATKIT_SNAPSHOT_SNAPSHOT_WRITER_H
 

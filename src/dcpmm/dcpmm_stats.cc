@@ -62,7 +62,7 @@ HVC_ReturnStatus CheckCpu() {
 HVC_ReturnStatus ParseCount(const char *text, const char *what, int &count) {
   count = static_cast<int>(std::strtol(text, nullptr, 10));
   if (count >= 1) return HVC_OK;
-  Warning("\nInvalid %s %s, must be > 0\n", what, ForWarning(text).c_str());
+  Warning("\nInvalid %s %s, must be > 0\n", what, WarningText(text).c_str());
   return HVC_BAD_PARAM;
 }
 

@@ -4,18 +4,48 @@
 #include <array>
 #include <cstdio>
 #include <iterator>
-#include <vector>
+#include <memory>
+#include <new>
 
 #include "platkit/records.h"
 #include "src/nodal/nodes.h"
 #include "src/nodal/param_list.h"
+#include "src/status/status.h"
 
 constinit uint8_t isBusListEmpty = 1;
 
 namespace kestrel {
 namespace {
 
-constinit std::vector<Socket> sockets;
+// Grows as needed. If memory is short, Add returns HVC_NO_MEMORY and the list is unchanged.
+class SocketList {
+ public:
+  HVC_ReturnStatus Add(const Socket &socket) {
+    if (count_ == capacity_ && !Grow()) return HVC_NO_MEMORY;
+    sockets_[count_++] = socket;
+    return HVC_OK;
+  }
+
+  void Clear() { count_ = 0; }
+  std::span<const Socket> view() const { return {sockets_.get(), count_}; }
+
+ private:
+  bool Grow() {
+    const size_t capacity = std::max<size_t>(8, 2 * capacity_);
+    std::unique_ptr<Socket[]> grown(new (std::nothrow) Socket[capacity]);
+    if (grown == nullptr) return false;
+    std::ranges::copy(view(), grown.get());
+    sockets_ = std::move(grown);
+    capacity_ = capacity;
+    return true;
+  }
+
+  std::unique_ptr<Socket[]> sockets_;
+  size_t count_ = 0;
+  size_t capacity_ = 0;
+};
+
+constinit SocketList sockets;
 
 // The PCI function that identifies the memory controllers of a socket.
 constexpr int64_t kControllerSlot = 10;
@@ -89,10 +119,19 @@ class Search {
     }
     if (slot == kControllerSlot && function == kControllerFunction && header.deviceID == kControllerDevice &&
         header.vendorID == kControllerVendor) {
-      sockets.push_back({static_cast<uint32_t>(segment), static_cast<uint32_t>(bus)});
-      isBusListEmpty = 0;
+      return AddSocket({static_cast<uint32_t>(segment), static_cast<uint32_t>(bus)});
     }
     return HVC_OK;
+  }
+
+  static HVC_ReturnStatus AddSocket(const Socket &socket) {
+    const HVC_ReturnStatus status = sockets.Add(socket);
+    if (status == HVC_OK) {
+      isBusListEmpty = 0;
+    } else {
+      std::printf("DCPMM Profiler Info: %s\n", HVC_ReturnStatusToString(status));
+    }
+    return status;
   }
 
   NODAL_ParamList *arguments_;
@@ -102,7 +141,7 @@ class Search {
 }  // namespace
 
 HVC_ReturnStatus KestrelDCPMMFindBuses() {
-  sockets.clear();
+  sockets.Clear();
   const ParamList arguments = MakeArguments(std::size(kLevels));
   if (arguments == nullptr) {
     std::puts("DCPMM Profiler Info: NODAL_ParamListCreate Failure");
@@ -111,12 +150,13 @@ HVC_ReturnStatus KestrelDCPMMFindBuses() {
   return Search(arguments.get()).Below(0);
 }
 
-std::span<const Socket> Sockets() { return sockets; }
+std::span<const Socket> Sockets() { return sockets.view(); }
 
 std::optional<size_t> SocketOfBus(uint32_t bus) {
-  const auto found = std::ranges::find(sockets, bus, &Socket::bus);
-  if (found == sockets.end()) return std::nullopt;
-  return static_cast<size_t>(found - sockets.begin());
+  const std::span<const Socket> all = Sockets();
+  const auto found = std::ranges::find(all, bus, &Socket::bus);
+  if (found == all.end()) return std::nullopt;
+  return static_cast<size_t>(found - all.begin());
 }
 
 }  // namespace kestrel

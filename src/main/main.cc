@@ -55,7 +55,7 @@ Next ParseGlobalOptions(int argc, char **argv, GlobalOptions &options) {
       case 'r':
         options.report = FindReport(optarg);
         if (options.report != nullptr) break;
-        Warning("Invalid report %s\n", ForWarning(optarg).c_str());
+        Warning("Invalid report %s\n", WarningText(optarg).c_str());
         PrintUsage(argv[0]);
         return Next::kExitFailure;
       case '?':
@@ -76,7 +76,7 @@ bool UseCacheFile(const GlobalOptions &options) {
   }
   const HVC_ReturnStatus status = NODAL_UseCache(options.cacheFile, NODAL_CACHE_SNAPSHOT);
   if (status != HVC_OK)
-    Warning("Couldn't open cache file %s, error code: %u\n", ForWarning(options.cacheFile).c_str(), status);
+    Warning("Couldn't open cache file %s, error code: %u\n", WarningText(options.cacheFile).c_str(), status);
   return status == HVC_OK;
 }
 
@@ -87,7 +87,7 @@ bool CheckDefinitions(const GlobalOptions &options) {
   if (status == HVC_OK) return true;
   runningBuild[sizeof runningBuild - 1] = '\0';
   Warning("%#x: md5 signature mismatch with running hvcore built on %s. (vs %s for app sysinfo)\n", status,
-          ForWarning(runningBuild).c_str(), ForWarning(ownBuild).c_str());
+          WarningText(runningBuild).c_str(), WarningText(ownBuild).c_str());
   if (options.checkVersion) Warning("Version check failed\n");
   return !options.checkVersion;
 }

@@ -181,13 +181,13 @@ HVC_ReturnStatus ReadSizes(BuddyRow &row) {
   if (arguments == nullptr) return HVC_FAILURE;
   HVC_ReturnStatus status = NODAL_ParamListAddString(arguments.get(), row.name);
   if (status != HVC_OK) {
-    Warning("The param list for buddy %s could not be created: %#x", ForWarning(row.name).c_str(), status);
+    Warning("The param list for buddy %s could not be created: %#x", WarningText(row.name).c_str(), status);
     return status;
   }
   BuddyComprehensiveRecord record = {};
   status = ReadRecord(nodes::kBuddyComprehensive, arguments.get(), record);
   if (status != HVC_OK) {
-    Warning("Error %#x while reading %s/comprehensive", status, ForWarning(row.name).c_str());
+    Warning("Error %#x while reading %s/comprehensive", status, WarningText(row.name).c_str());
     return status;
   }
   std::memcpy(row.sizes, record.sizes, sizeof row.sizes);

@@ -3,7 +3,8 @@
 #include <cinttypes>
 #include <cstdio>
 #include <ctime>
-#include <string>
+
+#include "src/table/output.h"
 
 namespace kestrel {
 
@@ -20,7 +21,9 @@ const char *WalkUnitName(ReportUnit unit) {
 
 Banner::Banner(const char *title, int dashes, int labelWidth) : labelWidth_(labelWidth) {
   std::printf("\n %s: %s", title, ReportTimestamp());
-  std::printf(" %s\n", std::string(static_cast<size_t>(dashes), '-').c_str());
+  std::putchar(' ');
+  PrintDashes(static_cast<size_t>(dashes));
+  std::putchar('\n');
 }
 
 void Banner::Setting(const char *label, const char *value) const {

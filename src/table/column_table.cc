@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <string>
 #include <string_view>
 
 #include "src/table/line.h"
@@ -50,11 +49,12 @@ void TablePrintHeader(ColumnTable table, bool csv) {
 
 void TablePrintSeparator(ColumnTable table, bool csv) {
   if (csv) return;
-  std::string dashes;
+  size_t width = 0;
   for (const ColumnDesc &column : table) {
-    if (column.shown) dashes.append(column.width + (dashes.empty() ? 0u : 1u), '-');
+    if (column.shown) width += column.width + (width == 0 ? 0u : 1u);
   }
-  PrintLine(dashes);
+  PrintDashes(width);
+  PrintLine({});
 }
 
 void TablePrintHead(ColumnTable table, bool csv) {

@@ -20,7 +20,7 @@ HVC_ReturnStatus FlagsParseFilter(char *text, FlagTable table, uint32_t &mask, F
   for (const char *piece = strtok_r(text, ":", &rest); piece != nullptr; piece = strtok_r(nullptr, ":", &rest)) {
     const auto flag = std::ranges::find_if(table, [&](const FlagName &f) { return strcasecmp(f.name, piece) == 0; });
     if (flag == table.end()) {
-      Warning("Invalid flag (%s) in filter\n", ForWarning(piece).c_str());
+      Warning("Invalid flag (%s) in filter\n", WarningText(piece).c_str());
       mask = 0;
       return HVC_BAD_PARAM;
     }

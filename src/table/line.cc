@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
-#include <string>
 
 #include "src/table/output.h"
 #include "src/table/terminal_text.h"
@@ -42,23 +41,31 @@ inline void Line::Pad(int count) {
   size_ += size;
 }
 
-void Line::PrintText(const ColumnDesc &column, std::string_view text) {
+void Line::AppendMasked(std::string_view text) {
+  while (!text.empty())
+    Append(TakeMasked(text));
+}
+
+template <typename AppendText>
+inline void Line::PrintField(const ColumnDesc &column, size_t size, AppendText appendText) {
   if (!first_) Append(csv_ ? "," : " ");
   first_ = false;
-  if (csv_) return Append(text);
+  if (csv_) return appendText();
   const int width = column.width - carry_;
-  const int length = static_cast<int>(text.size());
+  const int length = static_cast<int>(size);
   Pad(width - length);
-  Append(text);
+  appendText();
   Pad(-width - length);
   carry_ = static_cast<uint8_t>(carry_ + std::max(length, std::abs(width)) - column.width);
 }
 
+void Line::PrintText(const ColumnDesc &column, std::string_view text) {
+  PrintField(column, text.size(), [this, text] { Append(text); });
+}
+
 void Line::PrintForeignText(const ColumnDesc &column, std::string_view text) {
   if (!OutputIsTerminal() || !NeedsMask(text)) return PrintText(column, text);
-  std::string masked(text);
-  MaskForTerminal(masked);
-  PrintText(column, masked);
+  PrintField(column, text.size(), [this, text] { AppendMasked(text); });
 }
 
 void Line::PrintNumber(const ColumnDesc &column, uint64_t number) {

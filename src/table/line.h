@@ -28,8 +28,13 @@ class Line {
   void End();
 
  private:
+  // Prints a field of `size` bytes, which `appendText` appends.
+  template <typename AppendText>
+  void PrintField(const ColumnDesc &column, size_t size, AppendText appendText);
+
   void Flush();
   void Append(std::string_view text);
+  void AppendMasked(std::string_view text);
   void Pad(int count);
 
   bool csv_;

@@ -13,13 +13,13 @@ namespace {
 HVC_ReturnStatus ParseLevel(const char *text, uint32_t &levels) {
   const auto count = static_cast<uint32_t>(std::strtol(text, nullptr, 10));
   if (count == 0) {
-    Warning("Invalid level %s, must be > 0\n", ForWarning(text).c_str());
+    Warning("Invalid level %s, must be > 0\n", WarningText(text).c_str());
     return HVC_BAD_PARAM;
   }
   levels = count;
   if (count > kMaxLevels) {
     // "reseting" must not change: scripts match it.
-    Warning("Specified level %s too high, reseting to %d\n", ForWarning(text).c_str(), static_cast<int>(kMaxLevels));
+    Warning("Specified level %s too high, reseting to %d\n", WarningText(text).c_str(), static_cast<int>(kMaxLevels));
     levels = kMaxLevels;
   }
   return HVC_OK;

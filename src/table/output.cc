@@ -63,6 +63,13 @@ bool OutputIsTerminal() {
 
 void PrintBytes(std::string_view bytes) { fwrite_unlocked(bytes.data(), 1, bytes.size(), stdout); }
 
+void PrintDashes(size_t count) {
+  constexpr std::string_view kDashes = "----------------------------------------------------------------";
+  for (; count > kDashes.size(); count -= kDashes.size())
+    PrintBytes(kDashes);
+  PrintBytes(kDashes.substr(0, count));
+}
+
 void PrintLine(std::string_view line) {
   PrintBytes(line);
   putc_unlocked('\n', stdout);

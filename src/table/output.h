@@ -2,6 +2,7 @@
 #ifndef KESTREL_TABLE_OUTPUT_H
 #define KESTREL_TABLE_OUTPUT_H
 
+#include <cstddef>
 #include <string_view>
 
 namespace kestrel {
@@ -16,8 +17,9 @@ bool OutputIsTerminal();
 // warning unless the reader of a pipe went away.
 void PrintLine(std::string_view line);
 
-// Prints a part of a line.
+// Print a part of a line.
 void PrintBytes(std::string_view bytes);
+void PrintDashes(size_t count);
 
 // Flushes the buffer. If any write failed, prints the same warning and returns false.
 [[nodiscard]] bool FinishOutput();

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <new>
 
 namespace kestrel {
 namespace {
@@ -54,35 +55,47 @@ bool ChangesDirection(uint32_t code) {
          (code >= 0x2066 && code <= 0x2069);
 }
 
-// Calls `mask` with the position and size of each sequence of bytes that must be masked.
-template <typename Mask>
-void ForEachMasked(std::string_view text, Mask mask) {
-  for (size_t i = 0; i < text.size();) {
-    const Character character = Decode(text.substr(i));
-    const size_t size = std::max<size_t>(character.size, 1);
-    if (character.size == 0 || IsControl(character.code) || ChangesDirection(character.code)) mask(i, size);
-    i += size;
-  }
+bool IsMasked(const Character &character) {
+  return character.size == 0 || IsControl(character.code) || ChangesDirection(character.code);
+}
+
+// The bytes of the first character, or one byte that is no character.
+std::string_view FirstBytes(std::string_view text, const Character &first) {
+  return text.substr(0, std::max<size_t>(first.size, 1));
 }
 
 }  // namespace
 
-void MaskForTerminal(std::string &text) {
-  const std::string original = text;
-  ForEachMasked(original, [&text](size_t place, size_t size) { text.replace(place, size, size, '?'); });
+std::string_view TakeMasked(std::string_view &text) {
+  constexpr std::string_view kMask = "????";
+  const Character character = Decode(text);
+  const std::string_view bytes = FirstBytes(text, character);
+  text.remove_prefix(bytes.size());
+  return IsMasked(character) ? kMask.substr(0, bytes.size()) : bytes;
 }
 
 bool NeedsMask(std::string_view text) {
   if (std::ranges::all_of(text, IsPrintableAscii)) return false;
-  bool isMasked = false;
-  ForEachMasked(text, [&isMasked](size_t, size_t) { isMasked = true; });
-  return isMasked;
+  while (!text.empty()) {
+    const Character character = Decode(text);
+    if (IsMasked(character)) return true;
+    text.remove_prefix(FirstBytes(text, character).size());
+  }
+  return false;
 }
 
-std::string ForWarning(const char *text) {
-  std::string shown(text == nullptr ? "" : text);
-  if (isatty(STDERR_FILENO) == 1) MaskForTerminal(shown);
-  return shown;
+WarningText::WarningText(const char *text) : text_(text == nullptr ? "" : text) {
+  std::string_view rest = text_;
+  if (isatty(STDERR_FILENO) != 1 || !NeedsMask(rest)) return;
+  masked_.reset(new (std::nothrow) char[rest.size() + 1]);
+  text_ = masked_ == nullptr ? "(out of memory)" : masked_.get();
+  if (masked_ == nullptr) return;
+  char *end = masked_.get();
+  while (!rest.empty()) {
+    const std::string_view bytes = TakeMasked(rest);
+    end += bytes.copy(end, bytes.size());
+  }
+  *end = '\0';
 }
 
 }  // namespace kestrel

@@ -3,20 +3,32 @@
 #ifndef KESTREL_TABLE_TERMINAL_TEXT_H
 #define KESTREL_TABLE_TERMINAL_TEXT_H
 
-#include <string>
+#include <memory>
 #include <string_view>
 
 namespace kestrel {
 
-// Replaces each byte of these characters with '?': control characters (U+0000 to U+001F, U+007F to U+009F), invalid
-// UTF-8, and characters that change the direction of text (U+061C, U+200E, U+200F, U+202A to U+202E, U+2066 to U+2069).
-void MaskForTerminal(std::string &text);
+// Removes the first character from the text and returns it, or a '?' for each of its bytes if it is one of these:
+// control characters (U+0000 to U+001F, U+007F to U+009F), invalid UTF-8, and characters that change the direction of
+// text (U+061C, U+200E, U+200F, U+202A to U+202E, U+2066 to U+2069). REQUIRES: the text is not empty.
+std::string_view TakeMasked(std::string_view &text);
 
-// Whether MaskForTerminal would change the text.
+// Whether a character of the text is masked.
 bool NeedsMask(std::string_view text);
 
-// A text for a warning: masked if standard error is a terminal. Null counts as empty.
-std::string ForWarning(const char *text);
+// A text in a warning: masked if standard error is a terminal. Null counts as empty.
+class WarningText {
+ public:
+  explicit WarningText(const char *text);
+
+  // Valid as long as this object and the original text. A text that cannot be masked because memory is short is
+  // replaced by a message.
+  const char *c_str() const { return text_; }
+
+ private:
+  const char *text_;
+  std::unique_ptr<char[]> masked_;  // null if `text_` is the original
+};
 
 }  // namespace kestrel
 

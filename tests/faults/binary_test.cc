@@ -79,6 +79,20 @@ TEST(Binary, NeedsThePlatformLibraryAndTheLanguagesOwn) {
 }
 #endif
 
+// kestrel is built without exceptions, so it must not call an operator new that throws. Where it allocates, it checks
+// the pointer.
+TEST(Binary, AllocatesWithoutExceptions) {
+  const Outcome outcome = testing_support::Run({.program = NM_PROGRAM, .arguments = {"-D", "-u", KESTREL_PROGRAM}});
+  ASSERT_EQ(outcome.exitStatus, 0) << outcome;
+  for (const std::string &line : Lines(outcome.output)) {
+    const std::string name = Words(line).back();
+    const std::string_view symbol = std::string_view(name).substr(0, name.find('@'));
+    const bool isNew = symbol.starts_with("_Znw") || symbol.starts_with("_Zna");
+    EXPECT_TRUE(!isNew || symbol.ends_with("St9nothrow_t")) << name;
+    EXPECT_FALSE(symbol.starts_with("_ZNSt7__cxx1112basic_string")) << name;
+  }
+}
+
 // A wrapper of a library operation must see the calls of the program, and no calls inside the library.
 TEST(Library, CallsItsOwnOperationsDirectly) {
   const Outcome outcome =

@@ -39,7 +39,7 @@ __attribute__((no_sanitize("address"))) void Copy(volatile char *to, const volat
     *to++ = *from++;
 }
 
-// `sockets` is a vector: restoring its bytes would leak its memory.
+// `sockets` owns memory, which restoring its bytes would leak.
 bool IsPlain(std::string_view symbol) { return symbol.find("sockets") == std::string_view::npos; }
 
 }  // namespace

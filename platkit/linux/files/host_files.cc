@@ -82,6 +82,8 @@ HVC_ReturnStatus HostFiles::OpenFolder(const HostPath &path, std::shared_ptr<con
   FileDescriptor opened;
   const HVC_ReturnStatus status = Open(path, O_DIRECTORY, opened);
   if (status != HVC_OK) return status;
+  // Folder and path change together or, if memory runs out, not at all.
+  lastFolderPath_.reserve(path.view().size() + 1);
   folder = lastFolder_ = std::make_shared<const FileDescriptor>(std::move(opened));
   lastFolderPath_.assign(path.view()) += '/';
   return HVC_OK;

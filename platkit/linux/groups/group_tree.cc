@@ -23,6 +23,11 @@ HVC_ReturnStatus ListProc(HostFiles &files, std::vector<int64_t> &pids) {
   return folder.status();
 }
 
+// Inserting one identifier cannot fail after that.
+void MakeRoomForOne(std::vector<int64_t> &ids) {
+  if (ids.size() == ids.capacity()) ids.reserve(std::max<size_t>(4, 2 * ids.size()));
+}
+
 }  // namespace
 
 GroupTree::GroupTree(HostFiles &files, GroupReader &reader, VmDetector::Limits limits)
@@ -136,10 +141,33 @@ HVC_ReturnStatus GroupTree::FindControlGroupsBelow(Group &group) {
   return group.controlGroupsRead.Get(files_.clock(), [&] { return ReadControlGroups(group); });
 }
 
+// New groups, until the list of their parent contains them. If memory runs out before, it forgets them: they would keep
+// their identifiers, and no listing would find them.
+class GroupTree::UnlistedGroups {
+ public:
+  explicit UnlistedGroups(GroupTree &tree) : tree_(tree) {}
+  UnlistedGroups(const UnlistedGroups &) = delete;
+  UnlistedGroups &operator=(const UnlistedGroups &) = delete;
+  ~UnlistedGroups() {
+    for (const int64_t id : ids_)
+      tree_.Forget(id);
+  }
+
+  void MakeRoomForOne() { platkit::MakeRoomForOne(ids_); }
+  void Add(int64_t id) { ids_.push_back(id); }
+  void HaveBeenListed() { ids_.clear(); }
+
+ private:
+  GroupTree &tree_;
+  std::vector<int64_t> ids_;
+};
+
 // Control groups that still exist keep the values read for them. If the folder cannot be read, all are forgotten.
 HVC_ReturnStatus GroupTree::ReadControlGroups(Group &group) {
   std::vector<Subfolder> found;
   const HVC_ReturnStatus status = ReadSubfolders(group, found);
+  std::vector<int64_t> listed;
+  listed.reserve(found.size());
   const auto isGone = [&](int64_t id) {
     const Group *known = FindKnown(id);
     if (known == nullptr) return true;
@@ -149,13 +177,15 @@ HVC_ReturnStatus GroupTree::ReadControlGroups(Group &group) {
     return true;
   };
   std::erase_if(group.controlGroups, isGone);
-  const std::vector<int64_t> known = std::exchange(group.controlGroups, {});
-  auto next = known.begin();
+  UnlistedGroups added(*this);
+  auto next = group.controlGroups.begin();
   for (Subfolder &subfolder : found) {
-    const bool isKnown = next != known.end() && FindKnown(*next)->name == subfolder.name;
-    const int64_t id = isKnown ? *next++ : AddControlGroup(group, std::move(subfolder));
-    if (id >= 0) group.controlGroups.push_back(id);
+    const bool isKnown = next != group.controlGroups.end() && FindKnown(*next)->name == subfolder.name;
+    const int64_t id = isKnown ? *next++ : AddControlGroup(group, std::move(subfolder), added);
+    if (id >= 0) listed.push_back(id);
   }
+  group.controlGroups = std::move(listed);
+  added.HaveBeenListed();
   return status;
 }
 
@@ -176,16 +206,18 @@ HVC_ReturnStatus GroupTree::ReadSubfolders(Group &group, std::vector<Subfolder> 
 }
 
 // Returns the identifier of the new group, or -1 if none is free.
-int64_t GroupTree::AddControlGroup(Group &parent, Subfolder &&subfolder) {
+int64_t GroupTree::AddControlGroup(Group &parent, Subfolder &&subfolder, UnlistedGroups &added) {
   const int64_t id = FreeControlGroupID(subfolder.inode);
   if (id < 0) return -1;
   std::string folder = FolderOf(parent) + "/" + subfolder.name;
+  added.MakeRoomForOne();
   groups_.emplace(id, Group{.kind = GroupKind::kControlGroup,
                             .id = id,
                             .name = std::move(subfolder.name),
                             .folder = std::move(folder),
                             .inode = subfolder.inode,
                             .parentID = parent.id});
+  added.Add(id);
   return id;
 }
 
@@ -233,24 +265,30 @@ void GroupTree::AddProcess(Group &parent, int64_t pid, ProcessStatus &&status, C
   process.user = status.user;
   process.process = std::make_unique<ProcessReadings>();
   process.process->status = {std::move(status), readAt};
+  MakeRoomForOne(parent.processes);
   groups_.emplace(pid, std::move(process));
   parent.processes.insert(std::ranges::upper_bound(parent.processes, pid), pid);
 }
 
 void GroupTree::DetectVm(Group &group) {
   if (group.kind != GroupKind::kProcess || group.isKindKnown) return;
-  group.isKindKnown = true;
   auto [options, isUnknown] =
       vmDetector_.Detect({.pid = group.id, .name = group.name, .threads = group.threads, .user = group.user});
+  if (options && reader_.Confirm(group) == HVC_OK) MakeVm(group, *std::move(options));
   group.mayBeVm = isUnknown;
-  if (!options || reader_.Confirm(group) != HVC_OK) return;
-  group.kind = GroupKind::kVm;
-  group.vm = std::make_unique<VmFacts>();
-  group.vm->memory = options->memory;
-  group.vm->maxMemory = options->maxMemory;
-  if (!options->name.empty()) group.name = std::move(options->name);
+  group.isKindKnown = true;
+}
+
+// The group changes last, so that it is still a process if memory runs out.
+void GroupTree::MakeVm(Group &group, QemuOptions &&options) {
+  auto facts = std::make_unique<VmFacts>();
+  facts->memory = options.memory;
+  facts->maxMemory = options.maxMemory;
   const int64_t vmmID = kFirstVmmGroup + group.id;
   groups_.emplace(vmmID, Group{.kind = GroupKind::kVmm, .id = vmmID, .name = "vmm", .parentID = group.id});
+  group.kind = GroupKind::kVm;
+  group.vm = std::move(facts);
+  if (!options.name.empty()) group.name = std::move(options.name);
 }
 
 HVC_ReturnStatus GroupTree::CountVms(Figure &count) {
@@ -279,19 +317,31 @@ Figure GroupTree::CountVm(int64_t pid) {
   return mayBeVm && !isVm ? Figure::Unreadable() : Figure(isVm ? 1 : 0);
 }
 
-// Forgets a group and all below it.
-void GroupTree::Forget(int64_t id) {
-  std::vector<int64_t> unvisited = {id};
-  while (!unvisited.empty()) {
-    const auto found = groups_.find(unvisited.back());
-    unvisited.pop_back();
-    if (found == groups_.end()) continue;
-    const Group &group = found->second;
-    unvisited.insert(unvisited.end(), group.controlGroups.begin(), group.controlGroups.end());
-    unvisited.insert(unvisited.end(), group.processes.begin(), group.processes.end());
-    if (group.kind == GroupKind::kVm) unvisited.push_back(kFirstVmmGroup + group.id);
-    groups_.erase(found);
+// Forgets a group and all below it. It allocates nothing and therefore never fails: each group's own lists contain the
+// groups that are left to visit.
+void GroupTree::Forget(int64_t top) noexcept {
+  for (Group *group = FindKnown(top); group != nullptr;) {
+    if (Group *member = TakeMember(*group); member != nullptr) {
+      group = member;
+      continue;
+    }
+    const int64_t id = group->id;
+    const int64_t parentID = group->parentID;
+    groups_.erase(id);
+    group = id == top ? nullptr : FindKnown(parentID);
   }
+}
+
+// Removes the last known member from the group's lists and returns it; null if there is none.
+Group *GroupTree::TakeMember(Group &group) noexcept {
+  for (std::vector<int64_t> *members : {&group.processes, &group.controlGroups}) {
+    while (!members->empty()) {
+      Group *member = FindKnown(members->back());
+      members->pop_back();
+      if (member != nullptr && member->parentID == group.id) return member;
+    }
+  }
+  return group.kind == GroupKind::kVm ? FindKnown(kFirstVmmGroup + group.id) : nullptr;
 }
 
 }  // namespace platkit

@@ -51,6 +51,7 @@ class GroupTree {
     std::string name;
     uint64_t inode;
   };
+  class UnlistedGroups;
 
   Group *FindProcess(int64_t pid);
   Group *FindControlGroup(int64_t id);
@@ -61,14 +62,16 @@ class GroupTree {
   HVC_ReturnStatus ListContainer(Group &group, ParamList &list);
   HVC_ReturnStatus ReadControlGroups(Group &group);
   HVC_ReturnStatus ReadSubfolders(Group &group, std::vector<Subfolder> &found);
-  int64_t AddControlGroup(Group &parent, Subfolder &&subfolder);
+  int64_t AddControlGroup(Group &parent, Subfolder &&subfolder, UnlistedGroups &added);
   int64_t FreeControlGroupID(uint64_t inode) const;
 
   HVC_ReturnStatus ReadProcesses(Group &group);
   HVC_ReturnStatus ReadPids(Group &group, std::vector<int64_t> &pids);
   void AddProcess(Group &parent, int64_t pid, ProcessStatus &&status, Clock::Time readAt);
 
-  void Forget(int64_t id);
+  void MakeVm(Group &group, QemuOptions &&options);
+  void Forget(int64_t top) noexcept;
+  Group *TakeMember(Group &group) noexcept;
   Figure CountVm(int64_t pid);
   Group &Host() { return groups_.at(kHostGroup); }
 

@@ -2,16 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace kestrel {
 namespace {
 
-std::string Masked(std::string text) {
-  const bool needsMask = NeedsMask(text);
-  const std::string original = text;
-  MaskForTerminal(text);
-  EXPECT_EQ(needsMask, text != original) << original;
-  EXPECT_EQ(text.size(), original.size());
-  return text;
+std::string Masked(const std::string &text) {
+  std::string masked;
+  for (std::string_view rest = text; !rest.empty();)
+    masked += TakeMasked(rest);
+  EXPECT_EQ(NeedsMask(text), masked != text) << text;
+  EXPECT_EQ(masked.size(), text.size());
+  return masked;
 }
 
 TEST(TerminalText, KeepsOrdinaryText) {
