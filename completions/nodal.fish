@@ -1,9 +1,11 @@
 # fish completion for nodal. Commands and options come from nodal --help, paths from nodal ls.
 
-# Prints the entries below a typed path. The parameters are the program, the path, and the options that select the source.
+# Prints the entries below a path as typed, which fish quotes. The parameters are the program, the path, and the options
+# that select the source.
 function __nodal_paths
-    set -l parent (string match -r '.*/' -- $argv[2]; or echo /)
-    string replace -r '^' -- $parent ($argv[1] $argv[3..-1] ls $parent 2>/dev/null)
+    set -l parent (string unescape -- $argv[2] | string match -r '^/.*/'; or echo /)
+    set -l names ($argv[1] $argv[3..-1] ls $parent 2>/dev/null)
+    printf '%s\n' $parent$names
 end
 
 function __nodal_complete
@@ -36,7 +38,6 @@ function __nodal_complete
     switch "$option"
         case --only
             __nodal_paths $program "$word" $tree
-        case --key
         case '-*'
             __fish_complete_path $word
         case '*'

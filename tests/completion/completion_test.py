@@ -5,6 +5,7 @@
 The last three arguments are folders: the completions for the shell, the programs, and the sample snapshot.
 """
 
+import json
 import os
 import subprocess
 import sys
@@ -32,6 +33,12 @@ def usage_reports():
 
 def header(report):
     return printed('-c', SAMPLES + '/' + SNAPSHOT, '-r', report, '-q').splitlines()[0].split(',')
+
+
+# Names that anyone may give to a heap or a file. If a shell evaluates one of them, the file X may appear.
+HOSTILE = ['main;touch${IFS}X', '$(touch X)', '`touch X`', '(touch X)', '|touch X', '&touch X&', '>X', '$HOME',
+           "a'b", 'a"b', 'a\\b', 'a\\', 'a b  c', 'trail ', '*', '?', '[a-z]', '{a,b}', '~', '-rf', '#c', '!ls', '^x^y',
+           'a:b=c', 'a$1\\0b', '%n%s', 'new\nline', '\ttab', '\x1b]0;title\x07', 'caf\u00e9 \u2603']
 
 
 class Completion(unittest.TestCase):
@@ -146,7 +153,8 @@ class Completion(unittest.TestCase):
         self.offers('nodal --cache %s ver' % SNAPSHOT, 'verify')
         self.offers('nodal --c', '--cache')
         self.offers('nodal capture --o', '--only --output')
-        self.offers('nodal capture -', '-h --help --version --cache --root -o --output --only --anonymize --key')
+        self.offers('nodal capture -', '-h --help --version --cache --root -o --output --only --anonymize --key-file')
+        self.offers('nodal capture --key-file t', SNAPSHOT)
         self.offers('nodal --cache t', SNAPSHOT)
         self.offers('nodal --cache=t', SNAPSHOT)
         self.offers('nodal verify t', SNAPSHOT)
@@ -159,6 +167,50 @@ class Completion(unittest.TestCase):
         self.offers('nodal ls --cache %s /memory/pm' % SNAPSHOT, '/memory/pmem/')
         self.offers('nodal --cache %s capture --only /sys' % SNAPSHOT, '/system/')
         self.offers('nodal --cache %s get --json /memory/memI' % SNAPSHOT, '/memory/memInfo')
+
+    def runs(self, keys, expected):
+        """Types and runs a line, and compares its output. No part of the line creates the file X."""
+        self.shell.run(keys + ' >got')
+        with open('got', encoding='utf-8') as got:
+            self.assertEqual(got.read(), expected, self.shell.line_after(keys))
+        os.remove('got')
+        self.assertFalse(os.path.exists('X'), keys)
+
+    def test_hostile_names_in_a_tree(self):
+        nodes = {'/system/heaps': []}
+        for i, name in enumerate(HOSTILE):
+            heap = 'h%02d%s' % (i, name)
+            encoded = ''.join('%%%02X' % ord(c) if c < ' ' or c in '%/' else c for c in heap)
+            nodes['/system/heaps'].append(heap)
+            nodes['/system/heaps/' + encoded + '/stats'] = {'size': i}
+        with open('heaps.json', 'w', encoding='utf-8') as file:
+            json.dump({'format': 1, 'nodes': nodes}, file)
+        subprocess.run([PROGRAMS + '/nodal', 'build', 'heaps.json', '-o', 'heaps.nodal'], check=True)
+        for i, name in enumerate(HOSTILE):
+            expected = subprocess.run([PROGRAMS + '/nodal', '--cache', 'heaps.nodal', 'get',
+                                       [path for path in nodes if path.startswith('/system/heaps/h%02d' % i)][0]],
+                                      capture_output=True, text=True, check=True).stdout
+            start = '/system/heaps/h%02d' % i
+            with self.subTest(name):
+                self.runs('nodal --cache heaps.nodal get ' + start + '\t\t', expected)
+            for quote in '\'"':
+                with self.subTest(name, quote=quote):
+                    # bash ends the quotes, the other shells do not.
+                    rest = 'stats' if SHELL == 'bash' else 'stats' + quote
+                    self.runs('nodal --cache heaps.nodal get ' + quote + start + '\t' + rest, expected)
+
+    def test_hostile_names_of_files(self):
+        expected = printed('-c', SNAPSHOT, '-r', 'vm-stats', '-q')
+        for i, name in enumerate(HOSTILE):
+            if SHELL == 'fish' and ('\n' in name or '\t' in name):
+                continue  # these separate fish's suggestions
+            os.symlink(SAMPLES + '/' + SNAPSHOT, 'f%02d%s' % (i, name))
+            for start in ('kestrel -c f%02d' % i, 'kestrel --cache=f%02d' % i):
+                with self.subTest(start + name):
+                    self.runs(start + '\t -r vm-stats -q', expected)
+        if SHELL != 'fish':  # suggests no such files
+            os.symlink(SAMPLES + '/' + SNAPSHOT, '-leading dash')
+            self.runs('kestrel -c -l\t -r vm-stats -q', expected)
 
     @unittest.skipIf(SHELL == 'fish', 'fish prints its suggestions without a terminal')
     def test_tab(self):

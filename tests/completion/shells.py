@@ -21,7 +21,8 @@ class Terminal:
         self._pid, self._fd = pty.fork()
         if self._pid == 0:
             os.execvpe(command[0], command, environment)
-        for line in setup + ["printf '<<%s>>' ready"]:
+        # Between two lines, the terminal would act on the key.
+        for line in ['stty rprnt undef'] + setup + ["printf '<<%s>>' ready"]:
             os.write(self._fd, (line + '\n').encode())
         while self._marked() != 'ready':
             pass
@@ -45,6 +46,12 @@ class Terminal:
         assert whole.startswith(head), (head, whole)
         # zsh appends a colon or an equals sign if more may follow, and repeats the prefix from the second suggestion on.
         return {offer.removeprefix(head[head.rfind(' ') + 1:]).rstrip(':=') for offer in whole[len(head):].split()}
+
+    def run(self, keys):
+        """Types the keys into an empty line, and returns when the shell has run the line."""
+        os.write(self._fd, (self._clear + keys + "\nprintf '<<%s>>' done\n").encode())
+        while self._marked() != 'done':
+            pass
 
     def _marked(self):
         seen = ''
@@ -85,10 +92,46 @@ class Fish:
         pass
 
     def offers(self, line):
-        script = 'for file in $argv[2..-1]; source $file; end; complete -C $argv[1]'
-        run = subprocess.run(['fish', '--no-config', '-c', script, line, *self._files], env=self._environment,
-                             stdin=subprocess.DEVNULL, capture_output=True, text=True, check=True)
+        run = self._fish('for file in $argv[2..-1]; source $file; end; complete -C $argv[1]', line, *self._files)
         assert run.stderr == '', run.stderr
         word = line[line.rfind(' ') + 1:]
         head = word[:max(word.rfind(c) for c in ':=') + 1]
         return {offer.split('\t')[0].removeprefix(head) for offer in run.stdout.splitlines()}
+
+    def line_after(self, keys):
+        """Returns the line after typing the keys. At each tab, fish must have one suggestion."""
+        script = 'for file in $argv[2..-1]; source $file; end; complete --escape -C $argv[1]'
+        line = ''
+        for part in re.split('(\t)', keys):
+            if part != '\t':
+                line += part
+                continue
+            # fish suggests the whole word.
+            offers = self._fish(script, line, *self._files).stdout.splitlines()
+            assert len(offers) == 1, (line, offers)
+            line = line[:self._start_of_word(line)] + offers[0].split('\t')[0]
+        return line
+
+    def run(self, keys):
+        self._fish(self.line_after(keys))
+
+    @staticmethod
+    def _start_of_word(line):
+        """Returns the position after the last blank that is not quoted."""
+        start, quote, escaped = 0, '', False
+        for i, c in enumerate(line):
+            if escaped:
+                escaped = False
+            elif c == '\\' and quote != "'":
+                escaped = True
+            elif quote:
+                quote = '' if c == quote else quote
+            elif c in '\'"':
+                quote = c
+            elif c == ' ':
+                start = i + 1
+        return start
+
+    def _fish(self, script, *arguments):
+        return subprocess.run(['fish', '--no-config', '-c', script, *arguments], env=self._environment,
+                              stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False)

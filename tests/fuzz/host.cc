@@ -39,7 +39,7 @@ bool Capture(const fuzz::RootFolder &root, const std::vector<std::string> &paths
   const fuzz::KeptSignals signals;
   ReadFrom(root);
   const nodal::CaptureOptions options = {
-      .snapshot = snapshot, .only = paths, .anonymize = false, .key = {}, .cache = {}, .root = root.path()};
+      .snapshot = snapshot, .only = paths, .anonymize = false, .keyFile = {}, .cache = {}, .root = root.path()};
   return fuzz::Succeeds([&] { nodal::Capture(options); });
 }
 

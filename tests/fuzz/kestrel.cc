@@ -36,6 +36,7 @@ constexpr rlim_t kMaxFileBytes = 4096;
 
 // Null unless kestrel runs in this thread. The fuzzer's own thread really sleeps.
 thread_local TextStream *kestrelOutput = nullptr;
+OutputTo outputTo = OutputTo::kTerminal;
 int periods = 0;
 
 void LimitFiles(rlim_t size) {
@@ -86,7 +87,7 @@ std::string WithoutControls(std::string word) {
 
 }  // namespace
 
-Outcome RunKestrel(std::span<const std::string> words) {
+Outcome RunKestrel(std::span<const std::string> words, OutputTo output) {
   static const ProgramState atStart("kestrel");
   atStart.Restore();
   isBusListEmpty = 1;
@@ -101,6 +102,7 @@ Outcome RunKestrel(std::span<const std::string> words) {
 
   CapturedOutput captured;
   kestrelOutput = &captured.output;
+  outputTo = output;
   periods = 0;
   Outcome outcome = {.status = KestrelMain(static_cast<int>(all.size()), argv.data()), .output = {}, .errors = {}};
   kestrelOutput = nullptr;
@@ -147,7 +149,9 @@ void ReportOnSnapshot(const std::string &path) {
 
 extern "C" {
 
-int isatty(int) noexcept { return fuzz::kestrelOutput != nullptr ? 1 : 0; }
+int isatty(int) noexcept {
+  return fuzz::kestrelOutput != nullptr && fuzz::outputTo == fuzz::OutputTo::kTerminal ? 1 : 0;
+}
 
 unsigned sleep(unsigned seconds) {
   if (fuzz::kestrelOutput == nullptr) {

@@ -17,9 +17,11 @@ struct Outcome {
   bool operator==(const Outcome &) const = default;
 };
 
-// Runs kestrel with these arguments, as on a terminal. sleep() returns at once. After a few calls of it, all output
-// fails, because an input may ask for two billion iterations.
-Outcome RunKestrel(std::span<const std::string> words);
+enum class OutputTo { kTerminal, kPipe };
+
+// Runs kestrel with these arguments. sleep() returns at once. After a few calls of it, all output fails, because an
+// input may ask for two billion iterations.
+Outcome RunKestrel(std::span<const std::string> words, OutputTo output = OutputTo::kTerminal);
 
 // Splits a command line into words.
 std::vector<std::string> WordsOf(std::string_view text, char separator);

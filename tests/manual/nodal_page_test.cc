@@ -18,7 +18,7 @@ std::set<std::string> Commands() {
   return FindAll(help.substr(help.find("\nCommands:")), "\n  ([a-z]+) ");
 }
 
-std::set<std::string> Options(const std::string &text) { return FindAll(text, "(--[a-z]+)"); }
+std::set<std::string> Options(const std::string &text) { return FindAll(text, "(--[a-z]+(?:-[a-z]+)*)"); }
 
 TEST(NodalPage, HasEachCommand) { EXPECT_EQ(Page("nodal.1").Subsections("COMMANDS"), Commands()); }
 

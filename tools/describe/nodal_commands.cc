@@ -19,7 +19,7 @@ const nodal::Command &FindCommand(const std::string &name) {
   throw std::runtime_error("unknown command: " + name);
 }
 
-// The options and operands of a command.
+// The options of a command, without those that its help omits.
 class Declaration {
  public:
   explicit Declaration(const nodal::Command &command) {
@@ -30,7 +30,8 @@ class Declaration {
   std::vector<const CLI::Option *> Options() const {
     std::vector<const CLI::Option *> options;
     for (const CLI::Option *option : app_.get_options()) {
-      if (option->nonpositional() && option != app_.get_help_ptr()) options.push_back(option);
+      const bool isHidden = option->get_group().empty();
+      if (option->nonpositional() && !isHidden && option != app_.get_help_ptr()) options.push_back(option);
     }
     return options;
   }

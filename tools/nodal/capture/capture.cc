@@ -8,6 +8,7 @@
 
 #include "platkit/linux/files/host_files.h"
 #include "tools/nodal/capture/capture_writer.h"
+#include "tools/nodal/capture/key_file.h"
 #include "tools/nodal/capture/vanished.h"
 #include "tools/nodal/snapshot/snapshot_entries.h"
 #include "tools/nodal/support/output.h"
@@ -59,6 +60,12 @@ Header HeaderOf(const CaptureOptions &options) {
           .time = isLive ? Now() : ""};
 }
 
+std::optional<Pseudonyms> PseudonymsFor(const CaptureOptions &options) {
+  if (!options.anonymize) return std::nullopt;
+  if (options.keyFile.empty()) return Pseudonyms(PseudonymKey::Random());
+  return Pseudonyms(PseudonymKey::FromSecret(KeyFile(options.keyFile).secret()));
+}
+
 void ReadAll(CachingTree &tree, const PathFilter &filter) {
   Progress progress;
   const auto announce = [&](const std::string &what, size_t visits) { progress.Begin(what, visits); };
@@ -107,7 +114,7 @@ void Capture(const CaptureOptions &options) {
   const auto start = std::chrono::steady_clock::now();
   CatchSignals();
   PathFilter filter(options.only, kPciDevices);
-  CaptureWriter writer(options.anonymize ? std::optional(Pseudonyms(options.key)) : std::nullopt);
+  CaptureWriter writer(PseudonymsFor(options));
   writer.AddHeader(HeaderOf(options));
   const size_t vanished = ReadInto(writer, filter);
   ThrowIfSignalled();

@@ -11,7 +11,7 @@ struct CaptureOptions {
   std::string snapshot;
   std::vector<std::string> only = {};  // paths; empty: all but PCI devices
   bool anonymize = false;
-  std::string key = {};  // key of the pseudonyms; empty: a random key
+  std::string keyFile = {};  // for the key of the pseudonyms, see KeyFile; empty: a random key
   // The source that the process reads, as in SourceOptions.
   std::string cache = {};
   std::string root = {};

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "tools/nodal/capture/vocabulary.h"
 #include "tools/nodal/support/output.h"
 #include "tools/nodal/support/text.h"
 
@@ -12,10 +13,19 @@ void Check(const std::string &where, HVC_ReturnStatus status) {
   if (status != HVC_OK) throw Failure(where, status);
 }
 
+// The header of a foreign snapshot may contain any texts.
+void Anonymize(platkit::snapshot::Header &header, Pseudonyms &pseudonyms) {
+  if (!header.time.empty() && !IsHeaderTime(header.time)) {
+    throw Failure("header", "the time does not have the form 2026-03-14T09:26:53Z");
+  }
+  header.host = pseudonyms.Of(header.host);
+  header.definitions = platkit::OwnDefinitions();
+}
+
 }  // namespace
 
 void CaptureWriter::AddHeader(platkit::snapshot::Header header) {
-  if (pseudonyms_) header.host = pseudonyms_->Of(header.host);
+  if (pseudonyms_) Anonymize(header, *pseudonyms_);
   Check("header", writer_.AddHeader(header));
 }
 
@@ -62,14 +72,14 @@ void CaptureWriter::AddList(const std::string &path, const Answer &answer) {
   ++totals_.lists;
 }
 
-Arguments CaptureWriter::ArgumentsOf(const Answer &answer) const {
+Arguments CaptureWriter::ArgumentsOf(const Answer &answer) {
   Arguments arguments;
   for (size_t i = 0; i < answer.arguments.size(); ++i)
     arguments.push_back(Replaced(answer.node->arguments[i].what, answer.arguments[i]));
   return arguments;
 }
 
-Argument CaptureWriter::Replaced(std::string_view what, const Argument &instance) const {
+Argument CaptureWriter::Replaced(std::string_view what, const Argument &instance) {
   return pseudonyms_ ? pseudonyms_->Of(what, instance) : instance;
 }
 

@@ -37,8 +37,8 @@ class CaptureWriter {
   void AddUnreadable(const std::string &path, const Answer &answer);
   void AddRecord(const std::string &path, const Answer &answer);
   void AddList(const std::string &path, const Answer &answer);
-  Arguments ArgumentsOf(const Answer &answer) const;
-  Argument Replaced(std::string_view what, const Argument &instance) const;
+  Arguments ArgumentsOf(const Answer &answer);
+  Argument Replaced(std::string_view what, const Argument &instance);
 
   std::optional<Pseudonyms> pseudonyms_;
   platkit::snapshot::SnapshotWriter writer_;

@@ -8,35 +8,41 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
+#include "tools/nodal/capture/pseudonym_key.h"
 #include "tools/nodal/tree/arguments.h"
 
 namespace nodal {
 
-// A name has the same pseudonym everywhere. Without the key, nobody can find the name of a pseudonym. Names are the
-// texts in paths, lists and records. A UUID becomes another UUID. These texts are kept: the memory states, the types of
-// remapping, the kinds of groups, and the allocators of the memory map, whose names say which memory node they serve.
+// The pseudonyms of one capture. A name is any text in a path, a list or a record that IsOwnWord does not keep. It has
+// the same pseudonym everywhere; a short field has its first digits only. A UUID becomes another UUID.
+//
+// The functions throw a Failure if two names would have the same pseudonym.
 class Pseudonyms {
  public:
-  // The same key gives the same pseudonyms. An empty key means a random one.
-  explicit Pseudonyms(const std::string &key);
+  explicit Pseudonyms(const PseudonymKey &key) : key_(key) {}
 
-  // The pseudonym of a name, in at most `room` bytes.
-  std::string Of(std::string_view name, size_t room = SIZE_MAX) const;
+  // The pseudonym of a name, in at most `room` bytes. The empty name stays empty.
+  std::string Of(std::string_view name, size_t room = SIZE_MAX);
 
-  // The replacement of an instance of the kind `what`.
-  Argument Of(std::string_view what, const Argument &instance) const;
+  // The replacement of an instance of the kind `what`. The pseudonym of a buddy allocator shows which memory node the
+  // allocator serves, as its name does.
+  Argument Of(std::string_view what, const Argument &instance);
 
-  // Replaces the names in a record. Clears the unnamed bytes, because they may contain names too.
-  void Replace(const platkit::RecordLayout &layout, std::span<std::byte> record) const;
+  // Replaces the names in a record. Clears the bytes after the end of a text and those without a known meaning, because
+  // they may contain names too.
+  void Replace(const platkit::RecordLayout &layout, std::span<std::byte> record);
 
  private:
   using Digest = std::array<unsigned char, 16>;
 
   Digest Hash(std::string_view name) const;
-  static std::string Uuid(const Digest &digest);
+  std::string Claim(std::string pseudonym, std::string_view name);
+  void ReplaceText(std::string_view record, std::span<std::byte> text);
 
-  std::array<unsigned char, 32> key_;
+  PseudonymKey key_;
+  std::unordered_map<std::string, std::string> names_;  // by pseudonym
 };
 
 }  // namespace nodal

@@ -59,6 +59,11 @@ Option OptionSet::AddRepeatable(const std::string &name, std::vector<std::string
   return Option(app_.add_option(NameOnly(name), values, help)->type_name(ValueName(name))->allow_extra_args(false));
 }
 
+void OptionSet::Refuse(const std::string &name, const std::string &message) {
+  const auto refuse = [=](const CLI::results_t &) -> bool { throw CLI::ValidationError(name, message); };
+  app_.add_option(name, refuse)->group("");
+}
+
 void OptionSet::SetFooter(const std::string &text) { app_.footer(text); }
 
 namespace {

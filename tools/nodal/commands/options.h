@@ -41,6 +41,9 @@ class OptionSet {
   // May be repeated, each time with one value.
   Option AddRepeatable(const std::string &name, std::vector<std::string> &values, const std::string &help);
 
+  // An option of earlier versions, with a value. Its use is an error with this message, and --help omits it.
+  void Refuse(const std::string &name, const std::string &message);
+
   // The text below the options in --help.
   void SetFooter(const std::string &text);
 

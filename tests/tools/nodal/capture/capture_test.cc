@@ -101,7 +101,7 @@ class Capture : public testing::Test {
     platkit::UseSource(std::make_unique<ChangingHost>(Built(scratch_, Before(), "before"),
                                                       Built(scratch_, After(), "after"), turningPoint));
     testing::internal::CaptureStderr();
-    nodal::Capture({.snapshot = scratch_.Path("captured"), .only = {}, .key = {}});
+    nodal::Capture({.snapshot = scratch_.Path("captured"), .only = {}});
     return testing::internal::GetCapturedStderr();
   }
 
@@ -226,15 +226,24 @@ TEST_F(Capture, PartsThatAreNotThere) {
             "nodal: /sched/groups/99: Not found\n");
   EXPECT_EQ(CaptureSample(scratch_, "--only memory").err, "nodal: memory: path must begin with '/'\n");
   EXPECT_TRUE(scratch_.Names().empty());
-  EXPECT_EQ(CaptureSample(scratch_, "--key x").status, 2);
-  EXPECT_EQ(CaptureSample(scratch_, "--anonymize --key ''").status, 2);
+  EXPECT_EQ(CaptureSample(scratch_, "--key-file x").status, 2);
+  EXPECT_EQ(CaptureSample(scratch_, "--anonymize --key-file ''").status, 2);
+}
+
+TEST_F(Capture, AKeyOnTheCommandLineIsRefused) {
+  for (const char *words : {"--anonymize --key secret", "--anonymize --key=secret", "--key secret"}) {
+    const Outcome outcome = CaptureSample(scratch_, words);
+    EXPECT_EQ(outcome.status, 2) << words;
+    EXPECT_EQ(outcome.err,
+              "nodal: --key: every user could see the key in the list of processes; use --key-file"
+              " (see nodal capture --help)\n");
+  }
+  EXPECT_TRUE(scratch_.Names().empty());
 }
 
 TEST_F(Capture, Anonymous) {
-  ASSERT_EQ(CaptureSample(scratch_, "--anonymize --key secret", "one").status, 0);
-  ASSERT_EQ(CaptureSample(scratch_, "--anonymize --key secret", "two").status, 0);
+  ASSERT_EQ(CaptureSample(scratch_, "--anonymize", "one").status, 0);
   ASSERT_EQ(CaptureSample(scratch_, "--anonymize", "other").status, 0);
-  EXPECT_EQ(Contents(scratch_.Path("one")), Contents(scratch_.Path("two")));
   EXPECT_NE(Contents(scratch_.Path("one")), Contents(scratch_.Path("other")));
   const Outcome verified = Nodal("verify " + scratch_.Path("one"));
   EXPECT_EQ(verified.status, 0) << verified.out;
@@ -301,7 +310,7 @@ class Interrupting : public ChangingHost {
 [[noreturn]] void CaptureInterrupted(int signal, const std::string &snapshot) {
   platkit::UseSource(std::make_unique<Interrupting>(signal));
   try {
-    nodal::Capture({.snapshot = snapshot, .only = {}, .key = {}});
+    nodal::Capture({.snapshot = snapshot, .only = {}});
   } catch (const nodal::Failure &failure) {
     nodal::Complain(failure.what());
     _exit(1);

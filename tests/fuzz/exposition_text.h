@@ -1,0 +1,18 @@
+// A strict parser of Prometheus' text format.
+#ifndef TESTS_FUZZ_EXPOSITION_TEXT_H
+#define TESTS_FUZZ_EXPOSITION_TEXT_H
+
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace fuzz {
+
+// Parses the text in the form that nodal prints: each metric has a HELP line, a TYPE line and then its samples, and
+// "# EOF" is the last line. Returns the first line that does not have this form, or whose sample occurred before; empty
+// if there is none. Adds the names of the metrics to `names`.
+std::string FindMalformedLine(std::string_view text, std::set<std::string, std::less<>> &names);
+
+}  // namespace fuzz
+
+#endif  // TESTS_FUZZ_EXPOSITION_TEXT_H
