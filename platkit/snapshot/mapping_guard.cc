@@ -82,7 +82,7 @@ void ActByDefault(int signal, bool isFault) {
 }
 
 void PassOn(int signal, siginfo_t *info, void *context) {
-  const bool isReset = (previous.sa_flags & SA_RESETHAND) != 0 && isPreviousReset.exchange(true);
+  const bool isReset = (previous.sa_flags & static_cast<int>(SA_RESETHAND)) != 0 && isPreviousReset.exchange(true);
   const bool hasInfo = (previous.sa_flags & SA_SIGINFO) != 0;
   if (isReset || (!hasInfo && previous.sa_handler == SIG_DFL)) {
     ActByDefault(signal, IsFault(*info));
