@@ -14,7 +14,9 @@ extern "C" {
 decltype(NODAL_Get) __real_NODAL_Get;
 decltype(NODAL_GetInstanceListAlloc) __real_NODAL_GetInstanceListAlloc;
 decltype(NODAL_GetInstanceListAllocHint) __real_NODAL_GetInstanceListAllocHint;
+decltype(NODAL_GetInstanceList) __real_NODAL_GetInstanceList;
 decltype(NODAL_ParamListCreate) __real_NODAL_ParamListCreate;
+decltype(NODAL_ParamListCreateAndAllocateParams) __real_NODAL_ParamListCreateAndAllocateParams;
 decltype(NODAL_ParamListAddInt) __real_NODAL_ParamListAddInt;
 decltype(NODAL_ParamListAddString) __real_NODAL_ParamListAddString;
 }
@@ -73,6 +75,11 @@ uint64_t refused = 0;
 HVC_ReturnStatus Counted(HVC_ReturnStatus status) {
   if (status == HVC_NO_MEMORY) ++refused;
   return status;
+}
+
+NODAL_ParamList *Counted(NODAL_ParamList *list) {
+  if (list == nullptr) ++refused;
+  return list;
 }
 
 Known &PlaceOf(uint64_t call) {
@@ -160,10 +167,22 @@ HVC_ReturnStatus __wrap_NODAL_GetInstanceListAllocHint(uint32_t node, const NODA
                              [&] { return __real_NODAL_GetInstanceListAllocHint(node, arguments, hint, list); });
 }
 
+// A failed call leaves the list empty.
+HVC_ReturnStatus __wrap_NODAL_GetInstanceList(uint32_t node, const NODAL_ParamList *arguments, NODAL_ParamList *list) {
+  using stress::Digest;
+  const uint64_t call = Digest().Add('f').Add(node).Add(arguments).value();
+  const HVC_ReturnStatus status = __real_NODAL_GetInstanceList(node, arguments, list);
+  stress::Observe(node, call, status, Digest().Add(status).Add(list).value());
+  if (status != HVC_OK && NODAL_ParamListUsedCount(list) != 0) stress::Complain(node, status, "the list is not empty");
+  return status;
+}
+
 NODAL_ParamList *__wrap_NODAL_ParamListCreate(uint32_t kind, uint32_t capacity) {
-  NODAL_ParamList *list = __real_NODAL_ParamListCreate(kind, capacity);
-  if (list == nullptr) ++stress::refused;
-  return list;
+  return stress::Counted(__real_NODAL_ParamListCreate(kind, capacity));
+}
+
+NODAL_ParamList *__wrap_NODAL_ParamListCreateAndAllocateParams(uint32_t kind, uint32_t count, uint32_t bytes) {
+  return stress::Counted(__real_NODAL_ParamListCreateAndAllocateParams(kind, count, bytes));
 }
 
 HVC_ReturnStatus __wrap_NODAL_ParamListAddInt(NODAL_ParamList *list, int64_t value) {

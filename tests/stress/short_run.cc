@@ -12,15 +12,11 @@
 
 #include "platkit/linux/linux_source.h"
 #include "platkit/source.h"
-#include "src/dcpmm/sockets.h"
 #include "tests/fuzz/program_state.h"
 #include "tests/stress/library_answers.h"
 
 // src/main/main.cc, compiled under another name.
 int KestrelMain(int argc, char **argv);
-
-// dcpmm-stats waits between its samples.
-extern "C" unsigned sleep(unsigned) { return 0; }
 
 namespace stress {
 namespace {
@@ -75,7 +71,6 @@ int Call(std::vector<std::string> &words, Shortage shortage) {
 std::vector<std::string> WordsFor(const Host &host, const std::string &report) {
   std::vector<std::string> words = host.Words();
   words.insert(words.end(), {"-r", report, "-q"});
-  if (report == "dcpmm-stats") words.insert(words.end(), {"-i", "1"});
   return words;
 }
 
@@ -167,7 +162,6 @@ Outcome RunKestrel(const std::vector<std::string> &words, Shortage shortage) {
   static const fuzz::ProgramState atStart("kestrel");
   static FixedText output, errors;
   atStart.Restore();
-  isBusListEmpty = 1;
   optind = 0;  // restarts getopt
   output.Clear();
   errors.Clear();
@@ -184,7 +178,7 @@ Outcome RunKestrel(const std::vector<std::string> &words, Shortage shortage) {
 uint64_t AllocationsOfRun() { return allocationsOfRun; }
 
 void SavedRoot::Open() {
-  platkit::HostFiles files(files_.Path(""), reach_, platkit::Writes::kTaken);
+  platkit::HostFiles files(files_.Path(""), reach_);
   files.UseClock(platkit::Clock([this] { return now_; }));
   platkit::UseSource(platkit::OpenLinuxHost(std::move(files)));
 }

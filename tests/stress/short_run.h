@@ -51,11 +51,7 @@ class Host {
 // until Age().
 class SavedRoot : public Host {
  public:
-  SavedRoot(const std::string &archive, platkit::Reach reach)
-      : files_(archive, platkit::Writes::kTaken), reach_(reach) {}
-
-  // An empty folder.
-  SavedRoot() : files_(platkit::Writes::kTaken), reach_(platkit::Reach::kRootFolder) {}
+  SavedRoot(const std::string &archive, platkit::Reach reach) : files_(archive), reach_(reach) {}
 
   void Open() override;
   void Age() override { now_ += platkit::kFreshTime; }

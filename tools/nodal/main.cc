@@ -22,8 +22,8 @@ int RunCommand(int argc, char **argv) {
   return status;
 }
 
-// The JSON library allocates memory in destructors, which must not throw. If an allocation in one fails, the program
-// ends here.
+// The command-line library allocates memory before main, and the JSON library in destructors, which must not throw. If
+// such an allocation fails, the program ends here.
 [[noreturn]] void EndWithoutMemory() {
   try {
     if (const std::exception_ptr failure = std::current_exception()) std::rethrow_exception(failure);
@@ -35,6 +35,9 @@ int RunCommand(int argc, char **argv) {
   std::abort();
 }
 
+// Runs before the constructors of static objects.
+[[gnu::constructor(101)]] void InstallTerminateHandler() { std::set_terminate(EndWithoutMemory); }
+
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -43,7 +46,6 @@ int main(int argc, char **argv) {
   // files are removed.
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);
-  std::set_terminate(EndWithoutMemory);
   try {
     return RunCommand(argc, argv);
   } catch (const nodal::UsageError &error) {
