@@ -19,6 +19,7 @@ TEST(ProcessStatus, EachLine) {
     Figure ProcessStatus::*figure;
     Figure ifNoLine;
   } lines[] = {
+      {"VmSize", &ProcessStatus::addressSpace, kUnreadable},
       {"VmData", &ProcessStatus::data, kUnreadable},
       {"VmStk", &ProcessStatus::stack, kUnreadable},
       {"VmRSS", &ProcessStatus::resident, kUnreadable},
