@@ -236,6 +236,7 @@ void GroupTree::DetectVm(Group &group) {
   group.vm = std::make_unique<VmFacts>();
   group.vm->memory = options->memory;
   group.vm->maxMemory = options->maxMemory;
+  group.vm->hasBalloon = options->hasBalloon;
   if (!options->name.empty()) group.name = std::move(options->name);
   const int64_t vmmID = kFirstVmmGroup + group.id;
   groups_.emplace(vmmID, Group{.kind = GroupKind::kVmm, .id = vmmID, .name = "vmm", .parentID = group.id});

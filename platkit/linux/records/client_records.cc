@@ -52,6 +52,10 @@ HVC_ReturnStatus ClientRecords::Vmm(int64_t client, VmmMemoryStatsRecord &record
   // Active pages exclude huge pages of pools.
   const Figure active = stat.active.isAbsent() ? Figure() : stat.active / 1024 + status->hugePages;
   record.touched = Cell(Lower(active, mapped));
+  const Balloon balloon = monitors_.BalloonOf(*vm);
+  record.balloonActive = balloon.isActive.Cell8(0);
+  record.ballooned = Cell(balloon.size);
+  record.balloonTgt = Cell(balloon.target);
   record.allocTgt = Cell(memory);
   if (own != nullptr) {
     const Figure high = reader_.Amount(*own, CgroupAmount::kHigh) / 1024;
@@ -61,15 +65,15 @@ HVC_ReturnStatus ClientRecords::Vmm(int64_t client, VmmMemoryStatsRecord &record
   return reader_.Confirm(*vm);
 }
 
-// Only the guest itself knows how it uses its memory.
 HVC_ReturnStatus ClientRecords::Guest(int64_t client, GuestStatsRecord &record) {
   Group *vm = FindVm(client);
   if (vm == nullptr) return HVC_NOT_FOUND;
   const Figure memory = vms_.GuestMemory(*vm);
   if (memory.isAbsent()) return HVC_NOT_FOUND;
-  record.memTotal = Cell(memory);
+  const GuestUse use = monitors_.UseOf(*vm);
+  record.memTotal = Cell(use.total.IfAbsent(memory));
   record.lpageTotal = kNoCount;
-  record.memNeeded = HVC_KB_NONE;
+  record.memNeeded = Cell(use.needed);
   return reader_.Confirm(*vm);
 }
 
@@ -109,6 +113,7 @@ HVC_ReturnStatus ClientRecords::SwapInfo(int64_t client, VmSwapInfoRecord &recor
   record.swapOut = record.gblSwapOut = PagesInKB(stat.swapOut).Cell(0);
   record.totalReg = Cell(space.total);
   record.freeReg = Cell(space.free);
+  record.cptWritten = Cell(monitors_.CheckpointOf(*vm));
   record.currentSwapper = 1;  // the host's kernel; a VMM does not swap
   return reader_.Confirm(*vm);
 }

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platkit/linux/groups/host_groups.h"
+#include "platkit/linux/groups/vm_monitors.h"
 #include "platkit/linux/kernel/page_size.h"
 #include "platkit/linux/records/host_wide_files.h"
 #include "platkit/linux/records/page_sharing_records.h"
@@ -27,7 +28,8 @@ class ClientRecords {
         tree_(groups.tree),
         vms_(groups.vms),
         host_(host),
-        sharing_(sharing) {}
+        sharing_(sharing),
+        monitors_(files, groups.vms) {}
 
   // Of a VM's process.
   [[nodiscard]] HVC_ReturnStatus Vmm(int64_t client, VmmMemoryStatsRecord &record);
@@ -71,6 +73,7 @@ class ClientRecords {
   VmGroups &vms_;
   HostWideFiles &host_;
   PageSharingRecords &sharing_;
+  VmMonitors monitors_;
 };
 
 }  // namespace platkit
