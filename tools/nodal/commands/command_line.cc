@@ -59,6 +59,12 @@ Option OptionSet::AddRepeatable(const std::string &name, std::vector<std::string
   return Option(app_.add_option(NameOnly(name), values, help)->type_name(ValueName(name))->allow_extra_args(false));
 }
 
+void OptionSet::AddArgumentsOfOther(std::vector<std::string> &values) {
+  // Options of nodal itself in these arguments are not recognized.
+  app_.prefix_command()->fallthrough(false);
+  app_.parse_complete_callback([app = &app_, &values] { values = app->remaining(); });
+}
+
 void OptionSet::SetFooter(const std::string &text) { app_.footer(text); }
 
 namespace {

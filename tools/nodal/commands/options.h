@@ -41,6 +41,9 @@ class OptionSet {
   // May be repeated, each time with one value.
   Option AddRepeatable(const std::string &name, std::vector<std::string> &values, const std::string &help);
 
+  // Stores all arguments of the command, as another program parses them. Only a first --help is the command's own.
+  void AddArgumentsOfOther(std::vector<std::string> &values);
+
   // The text below the options in --help.
   void SetFooter(const std::string &text);
 
