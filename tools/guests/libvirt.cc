@@ -55,9 +55,9 @@ std::vector<Domain> ListDomains(virConnectPtr connection) {
   virDomainPtr *list = nullptr;
   const int count = virConnectListAllDomains(connection, &list, VIR_CONNECT_LIST_DOMAINS_ACTIVE);
   if (count < 0) throw std::runtime_error(LastError());
-  std::vector<Domain> domains;
-  for (int i = 0; i < count; ++i)
-    domains.emplace_back(list[i]);
+  std::vector<Domain> domains(static_cast<size_t>(count));
+  for (size_t i = 0; i < domains.size(); ++i)
+    domains[i].reset(list[i]);
   std::free(list);
   return domains;
 }

@@ -52,7 +52,7 @@ class Collector {
   std::vector<std::string> Failures() const {
     std::vector<std::string> lines;
     for (const auto &[source, failure] : failures_)
-      lines.push_back(source + ": " + failure);
+      lines.push_back(std::string(source).append(": ").append(failure));
     for (const auto &[key, guest] : guests_) {
       if (!guest.hasAnswered) lines.push_back("guest " + guest.name + ": its monitor does not answer");
     }
