@@ -4,11 +4,14 @@ install(
   DESTINATION lib/systemd/system
 )
 
-# CPack builds three Debian packages from the installed files: kestrel (programs), libplatkit1 (library) and libplatkit-dev
-# (headers).
+# CPack builds the Debian packages from the installed files: kestrel (programs), libplatkit1 (library), libplatkit-dev
+# (headers) and, if libvirt-dev is installed, nodal-guests.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_COMPONENTS_ALL runtime library development)
+if(TARGET nodal-guests)
+  list(APPEND CPACK_COMPONENTS_ALL guests)
+endif()
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PACKAGE_CONTACT "The kestrel developers <kestrel@packages.invalid>")
@@ -26,6 +29,7 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 # kestrel's references to the library have no versions, so dpkg-shlibdeps cannot tell which version it needs.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libplatkit1 (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SUGGESTS nodal-guests)
 # Each package sets its own summary.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
@@ -66,5 +70,17 @@ in a snapshot, as a tree of fixed-size records with a C interface.
 .
 This package contains the headers, the manual pages, the linker name of the
 library and its pkg-config file.")
+
+set(CPACK_DEBIAN_GUESTS_PACKAGE_NAME nodal-guests)
+set(CPACK_DEBIAN_GUESTS_PACKAGE_SECTION admin)
+set(CPACK_DEBIAN_GUESTS_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_GUESTS_DESCRIPTION
+"memory figures from the monitors of virtual machines
+nodal-guests asks libvirt and QEMU for what only the monitors of virtual
+machines know: balloons, the memory figures of guests, and migrations. It
+leaves them in a file for kestrel and nodal. A monitor that does not answer
+costs only its own figures.
+.
+A systemd timer runs it. The timer is off by default.")
 
 include(CPack)

@@ -58,6 +58,8 @@ const Parser kParsers[] = {
     {"persistent-memory", "proc/cpuinfo", "/hardware/cpu"},
     {"persistent-memory", "sys/bus/pci/devices/0000:3a:0a.2/config", "/hardware/pci"},
     {"persistent-memory", "sys/bus/pci/devices/0000:3a:0a.2/vendor", "/hardware/pci"},
+    {"clients", "run/libvirt/qemu/web.xml", "/sched/memClients"},
+    {"clients", "run/kestrel/guests.nodal", "/sched/memClients"},
 };
 
 // A host whose original file is restored after each input.

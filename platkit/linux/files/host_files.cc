@@ -115,6 +115,33 @@ HVC_ReturnStatus HostFiles::ReadShort(const HostPath &path, std::span<char> buff
   return HVC_OK;
 }
 
+HVC_ReturnStatus HostFiles::ReadTrusted(const HostPath &path, size_t maxSize, std::string &text) {
+  FileDescriptor file;
+  size_t size = 0;
+  HVC_ReturnStatus status = Open(path, O_NOFOLLOW, file);
+  if (status == HVC_OK) status = CheckTrust(file, size);
+  if (status != HVC_OK) return status;
+  if (size > maxSize) return HVC_IO_ERROR;
+  text.resize(size);
+  for (size_t done = 0; done < size;) {
+    const ssize_t got = ReadOnce(file, std::span(text).subspan(done));
+    if (got <= 0) return got == 0 ? HVC_IO_ERROR : StatusOfErrno(errno);
+    done += static_cast<size_t>(got);
+  }
+  return HVC_OK;
+}
+
+HVC_ReturnStatus HostFiles::CheckTrust(const FileDescriptor &file, size_t &size) const {
+  struct stat about;
+  struct stat root = {};
+  if (fstat(file.get(), &about) != 0) return StatusOfErrno(errno);
+  if (!S_ISREG(about.st_mode)) return HVC_IO_ERROR;
+  if (reach_ == Reach::kRootFolder && fstat(rootFolder_.get(), &root) != 0) return StatusOfErrno(errno);
+  size = static_cast<size_t>(about.st_size);
+  const bool isTrusted = about.st_uid == root.st_uid && (about.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+  return isTrusted ? HVC_OK : HVC_NO_PERMISSION;
+}
+
 HVC_ReturnStatus HostFiles::ReadAt(const HostPath &path, uint32_t offset, std::span<std::byte> bytes) {
   FileDescriptor file;
   const HVC_ReturnStatus status = Open(path, 0, file);

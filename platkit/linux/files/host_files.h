@@ -55,6 +55,12 @@ class HostFiles {
   // Reads a file that has one short line, with a single read. HVC_IO_ERROR if it fills the buffer.
   [[nodiscard]] HVC_ReturnStatus ReadShort(const HostPath &path, std::span<char> buffer, std::string_view &text);
 
+  // Reads a whole file that only root can have written: it is a regular file, belongs to root, and others may not write
+  // to it. In a saved root, the owner of the root folder takes the place of root. Does not follow a symbolic link in
+  // the place of the file. HVC_NO_PERMISSION: others can have written the file. HVC_IO_ERROR: it is not a regular file,
+  // has more than `maxSize` bytes, or was truncated meanwhile.
+  [[nodiscard]] HVC_ReturnStatus ReadTrusted(const HostPath &path, size_t maxSize, std::string &text);
+
   // Fills `bytes` from an offset within a file, with a single read. HVC_OFFSET_PAST_END: the file is too short.
   // HVC_TRANSFER_TRUNCATED: the file is long enough, but the read returned less.
   [[nodiscard]] HVC_ReturnStatus ReadAt(const HostPath &path, uint32_t offset, std::span<std::byte> bytes);
@@ -84,6 +90,7 @@ class HostFiles {
   void ObserveOpens(Observer observer) { observer_ = std::move(observer); }
 
  private:
+  HVC_ReturnStatus CheckTrust(const FileDescriptor &file, size_t &size) const;
   HVC_ReturnStatus OpenFor(Access access, const HostPath &path, int flags, FileDescriptor &file);
   HVC_ReturnStatus OpenBelowRoot(const HostPath &path, int flags, FileDescriptor &file);
   FileDescriptor OpenInRoot(const HostPath &path, int flags);

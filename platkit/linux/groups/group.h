@@ -12,6 +12,7 @@
 #include "platkit/linux/files/fresh.h"
 #include "platkit/linux/kernel/cgroup_files.h"
 #include "platkit/linux/kernel/ksm.h"
+#include "platkit/linux/kernel/libvirt_status.h"
 #include "platkit/linux/kernel/process_status.h"
 
 namespace platkit {
@@ -45,8 +46,10 @@ struct ProcessReadings {
 struct VmFacts {
   Figure memory;               // in KB, from the command line; absent if not given there
   Figure maxMemory;            // maximum in KB, from the command line; absent if not given there
+  Figure hasBalloon;           // 1 or 0, from the command line; absent if not known there
   Fresh<Figure> mappedMemory;  // in KB, from the mappings; absent if none qualifies
   Fresh<bool> hasOwnControlGroup;
+  Fresh<LibvirtStatus> libvirt;
 };
 
 struct Group {

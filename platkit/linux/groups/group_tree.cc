@@ -284,6 +284,7 @@ void GroupTree::MakeVm(Group &group, QemuOptions &&options) {
   auto facts = std::make_unique<VmFacts>();
   facts->memory = options.memory;
   facts->maxMemory = options.maxMemory;
+  facts->hasBalloon = options.hasBalloon;
   const int64_t vmmID = kFirstVmmGroup + group.id;
   groups_.emplace(vmmID, Group{.kind = GroupKind::kVmm, .id = vmmID, .name = "vmm", .parentID = group.id});
   group.kind = GroupKind::kVm;

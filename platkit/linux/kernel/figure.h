@@ -26,6 +26,12 @@ class Figure {
     return isAbsent() ? ifAbsent : HVC_KB_NONE;
   }
 
+  // As Cell(), for a cell of 8 bits: all ones if the value does not fit.
+  constexpr uint8_t Cell8(uint8_t ifAbsent) const {
+    const uint64_t cell = Cell(ifAbsent);
+    return cell > UINT8_MAX ? UINT8_MAX : static_cast<uint8_t>(cell);
+  }
+
   // As Cell(), for a cell of 32 bits: all ones if the value does not fit.
   constexpr uint32_t Cell32(uint32_t ifAbsent) const {
     const uint64_t cell = Cell(ifAbsent);

@@ -5,10 +5,15 @@
 #include <cstdint>
 
 #include "platkit/linux/files/host_files.h"
+#include "platkit/linux/kernel/figure.h"
 
 namespace platkit {
 
-// Reads field 22, starttime. Returns the latest possible start time for the tick count, in nanoseconds since boot;
+// Reads field 22, starttime: when the process started, in clock ticks since boot. A PID and this number identify a
+// process. Unreadable if the process does not exist.
+Figure ReadStartTicks(HostFiles &files, int64_t pid);
+
+// Returns the latest possible start time for the tick count, in nanoseconds since boot;
 // UINT64_MAX if it cannot be read.
 uint64_t ReadLatestStart(HostFiles &files, int64_t pid);
 

@@ -81,6 +81,9 @@ Figure ParseSizeInKB(std::string_view text) {
   return bytes == Figure(0) || bytes == Figure::Unreadable() ? Figure() : bytes / 1024;
 }
 
+// The device, as properties or as JSON. An identifier that looks like a balloon is too rare to matter.
+bool IsBalloon(std::string_view device) { return device.find("virtio-balloon") != std::string_view::npos; }
+
 }  // namespace
 
 bool IsQemuProgram(std::string_view program) {
@@ -92,6 +95,8 @@ QemuOptions ParseQemuCommandLine(std::string_view commandLine) {
   QemuOptions options;
   TextScanner arguments(commandLine);
   options.isQemu = IsQemuProgram(arguments.TakeUntil('\0'));
+  bool hasBalloon = false;
+  bool hasOtherOptions = false;
   while (!arguments.AtEnd()) {
     std::string_view option = arguments.TakeUntil('\0');
     if (option.starts_with("--")) option.remove_prefix(1);
@@ -102,8 +107,13 @@ QemuOptions ParseQemuCommandLine(std::string_view commandLine) {
       const std::string_view sizes = arguments.TakeUntil('\0');
       options.memory = ParseSizeInKB(PropertyOf(sizes, "size", KeyOfFirst::kOptional)).IfAbsent(options.memory);
       options.maxMemory = ParseSizeInKB(PropertyOf(sizes, "maxmem", KeyOfFirst::kRequired)).IfAbsent(options.maxMemory);
+    } else if (option == "-device") {
+      hasBalloon = IsBalloon(arguments.TakeUntil('\0')) || hasBalloon;
+    } else if (option == "-readconfig") {
+      hasOtherOptions = true;
     }
   }
+  if (hasBalloon || (options.isQemu && !hasOtherOptions)) options.hasBalloon = Figure(hasBalloon ? 1 : 0);
   return options;
 }
 
@@ -113,7 +123,10 @@ QemuOptions ReadQemuCommandLine(HostFiles &files, int64_t pid) {
   if (files.Read(HostPath("proc/", pid, "/cmdline"), {buffer.get(), kMaxCommandLine}, commandLine) != HVC_OK) {
     return {};
   }
-  return ParseQemuCommandLine(commandLine);
+  QemuOptions options = ParseQemuCommandLine(commandLine);
+  const bool isTruncated = commandLine.size() == kMaxCommandLine;
+  if (isTruncated && options.hasBalloon == Figure(0)) options.hasBalloon = Figure();
+  return options;
 }
 
 }  // namespace platkit

@@ -20,6 +20,7 @@ struct QemuOptions {
   std::string name;     // -name NAME or -name guest=NAME; empty: none
   Figure memory;        // -m SIZE or -m size=SIZE, in KB; absent: none
   Figure maxMemory;     // -m ...,maxmem=SIZE, in KB; absent: none
+  Figure hasBalloon;    // 1 if a -device is a balloon, else 0; absent: unknown
 };
 
 // `commandLine` holds arguments, each ended by a NUL.

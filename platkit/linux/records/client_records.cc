@@ -59,10 +59,13 @@ HVC_ReturnStatus ClientRecords::Vmm(int64_t client, VmmMemoryStatsRecord &record
   const Figure high = limits_.Lowest(*vm, CgroupAmount::kHigh) / 1024;
   const Figure max = limits_.Lowest(*vm, CgroupAmount::kMax) / 1024;
   record.allocTgt = Cell(Lower(memory, Lower(own == nullptr ? Figure() : high, max)));
+  const Balloon balloon = monitors_.BalloonOf(*vm);
+  record.balloonActive = balloon.isActive.Cell8(0);
+  record.ballooned = Cell(balloon.size);
+  record.balloonTgt = Cell(balloon.target);
   return reader_.Confirm(*vm);
 }
 
-// Only the guest itself knows how it uses its memory.
 HVC_ReturnStatus ClientRecords::Guest(int64_t client, GuestStatsRecord &record) {
   Group *vm = FindVm(client);
   if (vm == nullptr) return HVC_NOT_FOUND;
@@ -70,9 +73,10 @@ HVC_ReturnStatus ClientRecords::Guest(int64_t client, GuestStatsRecord &record) 
   if (status == nullptr) return HVC_NOT_FOUND;
   const Figure memory = vms_.GuestMemory(*vm, *status);
   if (memory.isAbsent()) return HVC_NOT_FOUND;
-  record.memTotal = Cell(memory);
+  const GuestUse use = monitors_.UseOf(*vm);
+  record.memTotal = Cell(use.total.IfAbsent(memory));
   record.lpageTotal = kNoCount;
-  record.memNeeded = HVC_KB_NONE;
+  record.memNeeded = Cell(use.needed);
   return reader_.Confirm(*vm);
 }
 
@@ -144,6 +148,7 @@ HVC_ReturnStatus ClientRecords::SwapInfo(int64_t client, VmSwapInfoRecord &recor
   record.hvcSwapOn = own == nullptr ? kNoCount : CountOfVm(own, reader_.LimitHits(*own), Figure()).Cell32(kNoCount);
   record.totalReg = Cell(Lower(space.total, limit.total / 1024));
   record.freeReg = Cell(Lower(space.free, limit.free / 1024));
+  record.cptWritten = Cell(monitors_.CheckpointOf(*vm));
   record.currentSwapper = 1;  // the host's kernel; a VMM does not swap
   return reader_.Confirm(*vm);
 }

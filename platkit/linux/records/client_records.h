@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platkit/linux/groups/host_groups.h"
+#include "platkit/linux/groups/vm_monitors.h"
 #include "platkit/linux/kernel/page_size.h"
 #include "platkit/linux/records/host_wide_files.h"
 #include "platkit/linux/records/page_sharing_records.h"
@@ -28,7 +29,8 @@ class ClientRecords {
         limits_(groups.limits),
         vms_(groups.vms),
         host_(host),
-        sharing_(sharing) {}
+        sharing_(sharing),
+        monitors_(files, groups.vms) {}
 
   // Of a VM's process.
   [[nodiscard]] HVC_ReturnStatus Vmm(int64_t client, VmmMemoryStatsRecord &record);
@@ -84,6 +86,7 @@ class ClientRecords {
   VmGroups &vms_;
   HostWideFiles &host_;
   PageSharingRecords &sharing_;
+  VmMonitors monitors_;
 };
 
 }  // namespace platkit

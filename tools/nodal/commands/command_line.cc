@@ -64,6 +64,12 @@ void OptionSet::Refuse(const std::string &name, const std::string &message) {
   app_.add_option(name, refuse)->group("");
 }
 
+void OptionSet::AddArgumentsOfOther(std::vector<std::string> &values) {
+  // Options of nodal itself in these arguments are not recognized.
+  app_.prefix_command()->fallthrough(false);
+  app_.parse_complete_callback([app = &app_, &values] { values = app->remaining(); });
+}
+
 void OptionSet::SetFooter(const std::string &text) { app_.footer(text); }
 
 namespace {

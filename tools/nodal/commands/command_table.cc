@@ -11,6 +11,7 @@ Run DeclareDump(OptionSet &options, const SourceOptions &source);
 Run DeclareDiff(OptionSet &options, const SourceOptions &source);
 Run DeclareBuild(OptionSet &options, const SourceOptions &source);
 Run DeclareVerify(OptionSet &options, const SourceOptions &source);
+Run DeclareGuests(OptionSet &options, const SourceOptions &source);
 
 std::span<const Command> Commands() {
   static constexpr Command kCommands[] = {
@@ -22,6 +23,7 @@ std::span<const Command> Commands() {
       {"diff", "Compare two snapshots", DeclareDiff, kTrouble},
       {"build", "Build a snapshot from JSON in the form of dump", DeclareBuild},
       {"verify", "Check a snapshot: the file and the references in it", DeclareVerify},
+      {"guests", "Ask the monitors of virtual machines: runs nodal-guests with all arguments", DeclareGuests},
   };
   return kCommands;
 }

@@ -43,6 +43,8 @@ class OptionSet {
 
   // An option of earlier versions, with a value. Its use is an error with this message, and --help omits it.
   void Refuse(const std::string &name, const std::string &message);
+  // Stores all arguments of the command, as another program parses them. Only a first --help is the command's own.
+  void AddArgumentsOfOther(std::vector<std::string> &values);
 
   // The text below the options in --help.
   void SetFooter(const std::string &text);

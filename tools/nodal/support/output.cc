@@ -11,6 +11,12 @@
 
 namespace nodal {
 
+namespace {
+
+const char *programName = "nodal";
+
+}  // namespace
+
 Failure::Failure(std::string_view where, std::string_view what)
     : std::runtime_error(std::string(where) + ": " + std::string(what)) {}
 
@@ -27,8 +33,10 @@ void FinishOutput() {
   if (std::fflush(stdout) != 0 || std::fclose(stdout) != 0) throw Failure("standard output", std::strerror(errno));
 }
 
+void SetProgramName(const char *name) { programName = name; }
+
 void Complain(std::string_view message) {
-  const std::string line = "nodal: " + Printable(message) + "\n";
+  const std::string line = std::string(programName) + ": " + Printable(message) + "\n";
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 

@@ -21,6 +21,9 @@ class Failure : public std::runtime_error {
 void Print(std::string_view text);
 void FinishOutput();
 
+// The program's name in its messages (default: nodal). The text must be static.
+void SetProgramName(const char *name);
+
 // Writes a line to standard error, without control characters.
 void Complain(std::string_view message);
 

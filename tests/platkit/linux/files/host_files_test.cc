@@ -1,6 +1,7 @@
 #include "platkit/linux/files/host_files.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -41,6 +42,77 @@ TEST(HostFiles, LinesOfAnyLength) {
   for (int i = 0; i < 5000; ++i)
     text += many.emplace_back(std::to_string(i)) + "\n";
   EXPECT_EQ(Lines(host, text), many);
+}
+
+// The status of ReadTrusted for a file of 4 bytes in a saved root.
+class TrustedFile : public testing::Test {
+ protected:
+  TrustedFile() {
+    host_.Write("file", "text");
+    SetMode(0644);
+  }
+
+  HVC_ReturnStatus Read(size_t maxSize = 4) {
+    HostFiles files(host_.Path(""), Reach::kRootFolder);
+    return files.ReadTrusted(HostPath("file"), maxSize, text_);
+  }
+  void SetMode(mode_t mode) { EXPECT_EQ(chmod(host_.Path("file").c_str(), mode), 0); }
+
+  SavedHost host_;
+  std::string text_;
+};
+
+TEST_F(TrustedFile, HasABoundedSize) {
+  EXPECT_EQ(Read(), HVC_OK);
+  EXPECT_EQ(text_, "text");
+  EXPECT_EQ(Read(3), HVC_IO_ERROR);
+  host_.Write("file", "");
+  EXPECT_EQ(Read(0), HVC_OK);
+  EXPECT_EQ(text_, "");
+  host_.Remove("file");
+  EXPECT_EQ(Read(), HVC_NOT_FOUND);
+}
+
+TEST_F(TrustedFile, NobodyElseMayWriteToIt) {
+  for (const mode_t mode : {0400u, 0600u, 0755u}) {
+    SetMode(mode);
+    EXPECT_EQ(Read(), HVC_OK) << mode;
+  }
+  for (const mode_t mode : {0664u, 0646u, 0620u}) {
+    SetMode(mode);
+    EXPECT_EQ(Read(), HVC_NO_PERMISSION) << mode;
+  }
+}
+
+TEST_F(TrustedFile, BelongsToTheOwnerOfTheRootFolder) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give files away";
+  EXPECT_EQ(chown(host_.Path("file").c_str(), 65534, 65534), 0);
+  EXPECT_EQ(Read(), HVC_NO_PERMISSION);
+  EXPECT_EQ(chown(host_.Path("").c_str(), 65534, 65534), 0);
+  EXPECT_EQ(Read(), HVC_OK);
+}
+
+TEST_F(TrustedFile, OnTheRunningHostBelongsToRoot) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give files away";
+  HostFiles files(host_.Path(""), Reach::kHost);
+  EXPECT_EQ(files.ReadTrusted(HostPath("file"), 4, text_), HVC_OK);
+  EXPECT_EQ(chown(host_.Path("").c_str(), 65534, 65534), 0);
+  EXPECT_EQ(files.ReadTrusted(HostPath("file"), 4, text_), HVC_OK);
+  EXPECT_EQ(chown(host_.Path("file").c_str(), 65534, 65534), 0);
+  EXPECT_EQ(files.ReadTrusted(HostPath("file"), 4, text_), HVC_NO_PERMISSION);
+}
+
+TEST_F(TrustedFile, IsARegularFile) {
+  host_.Write("other", "text");
+  host_.Remove("file");
+  host_.MakeLink("file", "other");
+  EXPECT_NE(Read(), HVC_OK) << "a link";
+  host_.Remove("file");
+  host_.MakeFolder("file");
+  EXPECT_EQ(Read(), HVC_IO_ERROR) << "a folder";
+  host_.Remove("file");
+  EXPECT_EQ(mkfifo(host_.Path("file").c_str(), 0600), 0);
+  EXPECT_EQ(Read(), HVC_IO_ERROR) << "a pipe";
 }
 
 TEST(HostFiles, Statuses) {

@@ -23,8 +23,10 @@ TEST(ProcessStat, TheLatestStart) {
   KernelFiles kernel;
   for (const auto &stat : stats)
     EXPECT_EQ(ReadLatestStart(kernel.With("proc/7/stat", stat.text), 7), stat.start) << stat.text;
+  EXPECT_EQ(ReadStartTicks(kernel.With("proc/7/stat", stats[0].text), 7), Figure(500));
   kernel.host().Remove("proc/7/stat");
   EXPECT_EQ(ReadLatestStart(kernel.files(), 7), UINT64_MAX);
+  EXPECT_EQ(ReadStartTicks(kernel.files(), 7), kUnreadable);
 }
 
 }  // namespace

@@ -60,6 +60,30 @@ TEST(QemuCmdline, MemoryMayGrow) {
     EXPECT_TRUE(maxMemory(none).isAbsent()) << none;
 }
 
+TEST(QemuCmdline, Balloons) {
+  using Words = std::vector<std::string>;
+  const auto hasBalloon = [](const Words &words) { return Parse(words).hasBalloon; };
+  EXPECT_EQ(hasBalloon({"qemu-kvm", "-device", "virtio-balloon-pci,id=b"}), Figure(1));
+  EXPECT_EQ(hasBalloon({"qemu-kvm", "--device", R"({"driver":"virtio-balloon-pci","id":"b"})", "-device", "e1000"}),
+            Figure(1));
+  EXPECT_EQ(hasBalloon({"qemu-kvm", "-device", "virtio-balloon", "-readconfig", "file"}), Figure(1));
+  EXPECT_EQ(hasBalloon({"qemu-kvm", "-device", "e1000"}), Figure(0));
+  EXPECT_EQ(hasBalloon({"qemu-kvm", "-name", "virtio-balloon"}), Figure(0));
+  EXPECT_EQ(hasBalloon({"qemu-kvm", "-readconfig", "file"}), kAbsent) << "the file may have one";
+  for (const Words &words : {Words{}, Words{"appliance"}})
+    EXPECT_EQ(hasBalloon(words), kAbsent) << "not QEMU";
+}
+
+TEST(QemuCmdline, ATruncatedCommandLineMayHideABalloon) {
+  KernelFiles kernel;
+  const auto hasBalloon = [&kernel](size_t length) {
+    std::string line = std::string("kvm\0", 4) + std::string(length, 'x');
+    return ReadQemuCommandLine(kernel.With("proc/7/cmdline", line), 7).hasBalloon;
+  };
+  EXPECT_EQ(hasBalloon(1000), Figure(0));
+  EXPECT_EQ(hasBalloon(100000), kAbsent);
+}
+
 TEST(QemuCmdline, ThePrograms) {
   for (const char *program : {"/usr/bin/qemu-system-x86_64", "qemu-kvm", "/opt/kvm"})
     EXPECT_TRUE(Parse({program}).isQemu) << program;

@@ -1,0 +1,51 @@
+// What the monitors of virtual machines know: the balloon, the guest's own view of its memory, a migration.
+//
+// No monitor is asked, because one that does not answer would block the report. The sources are the file that
+// nodal-guests(1) leaves, and the status files of libvirt.
+#ifndef PLATKIT_LINUX_GROUPS_VM_MONITORS_H
+#define PLATKIT_LINUX_GROUPS_VM_MONITORS_H
+
+#include <vector>
+
+#include "platkit/linux/groups/vm_groups.h"
+#include "platkit/linux/kernel/guests_file.h"
+
+namespace platkit {
+
+// Amounts are in KB. Unreadable figures are unknown.
+struct Balloon {
+  Figure isActive;  // 1 if the guest has a balloon driver, else 0
+  Figure size;
+  Figure target;
+};
+
+// In KB, as the guest tells it. Figures are absent or unreadable unless the guest tells them and they are possible.
+struct GuestUse {
+  Figure total;   // memory that the guest's kernel manages
+  Figure needed;  // the part of it that the guest cannot free without swapping
+};
+
+class VmMonitors {
+ public:
+  VmMonitors(HostFiles &files, VmGroups &vms) : files_(files), vms_(vms) {}
+
+  // All 0 for a VM without a balloon device.
+  Balloon BalloonOf(Group &vm);
+
+  GuestUse UseOf(Group &vm);
+
+  // The memory that a migration, a save or a dump in progress has written, in KB; 0 if there is none.
+  Figure CheckpointOf(Group &vm);
+
+ private:
+  const GuestFigures &FiguresOf(const Group &vm);
+  const LibvirtStatus &StatusOf(Group &vm);
+
+  HostFiles &files_;
+  VmGroups &vms_;
+  Fresh<std::vector<GuestFigures>> guests_;
+};
+
+}  // namespace platkit
+
+#endif  // PLATKIT_LINUX_GROUPS_VM_MONITORS_H

@@ -1,0 +1,123 @@
+// A QMP server that answers as a test wants.
+#ifndef TESTS_TOOLS_GUESTS_FAKE_QMP_H
+#define TESTS_TOOLS_GUESTS_FAKE_QMP_H
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <functional>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <thread>
+
+namespace testing_support {
+
+inline constexpr char kGreeting[] = R"({"QMP": {"version": {}, "capabilities": []}})";
+
+// Results of QEMU 7.2 by command; for qom-list by folder and for qom-get by property.
+inline std::map<std::string, std::string> QmpResults() {
+  return {{"qmp_capabilities", "{}"},
+          {"query-name", R"({"name": "web"})"},
+          {"query-memory-size-summary", R"({"base-memory": 268435456, "plugged-memory": 0})"},
+          {"/machine/peripheral", R"([{"name": "type", "type": "string"},
+                                      {"name": "balloon0", "type": "child<virtio-balloon-pci>"}])"},
+          {"/machine/peripheral-anon", "[]"},
+          {"query-balloon", R"({"actual": 134217728})"},
+          {"guest-stats-polling-interval", "10"},
+          {"guest-stats", R"({"last-update": 0, "stats": {}})"},
+          {"query-migrate", "{}"}};
+}
+
+// Serves one connection after another, in a thread.
+class FakeQmp {
+ public:
+  // Called with each received line; returns what to send, with its newline.
+  using Answer = std::function<std::string(const std::string &line)>;
+
+  FakeQmp(const std::string &path, std::string greeting, Answer answer)
+      : greeting_(std::move(greeting)), answer_(std::move(answer)) {
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    listener_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    EXPECT_EQ(bind(listener_, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0) << path;
+    EXPECT_EQ(listen(listener_, 5), 0);
+    thread_ = std::thread([this] { Serve(); });
+  }
+
+  // Answers with these results, except an error for commands without one.
+  FakeQmp(const std::string &path, std::map<std::string, std::string> results)
+      : FakeQmp(path, std::string(kGreeting) + "\n", [results = std::move(results)](const std::string &line) {
+          const auto found = results.find(KeyOf(line));
+          if (found == results.end()) return std::string("{\"error\": {\"class\": \"GenericError\"}}\n");
+          return "{\"return\": " + InOneLine(found->second) + "}\n";
+        }) {}
+
+  ~FakeQmp() {
+    isEnding_ = true;
+    shutdown(listener_, SHUT_RDWR);
+    thread_.join();
+    close(listener_);
+  }
+  FakeQmp(const FakeQmp &) = delete;
+  FakeQmp &operator=(const FakeQmp &) = delete;
+
+ private:
+  static std::string KeyOf(const std::string &line) {
+    const nlohmann::json request = nlohmann::json::parse(line);
+    const std::string command = request["execute"];
+    if (command == "qom-list") return request["arguments"]["path"];
+    if (command == "qom-get") return request["arguments"]["property"];
+    return command;
+  }
+
+  static std::string InOneLine(std::string text) {
+    std::ranges::replace(text, '\n', ' ');
+    return text;
+  }
+
+  void Serve() {
+    while (!isEnding_) {
+      const int client = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+      if (client < 0) continue;
+      Converse(client);
+      close(client);
+    }
+  }
+
+  void Converse(int client) {
+    if (!Send(client, greeting_)) return;
+    std::string received;
+    char buffer[4096];
+    for (ssize_t got = 0; (got = read(client, buffer, sizeof buffer)) > 0;) {
+      received.append(buffer, static_cast<size_t>(got));
+      for (size_t end = 0; (end = received.find('\n')) != std::string::npos; received.erase(0, end + 1)) {
+        if (!Send(client, answer_(received.substr(0, end)))) return;
+      }
+    }
+  }
+
+  static bool Send(int client, std::string_view text) {
+    while (!text.empty()) {
+      const ssize_t sent = send(client, text.data(), text.size(), MSG_NOSIGNAL);
+      if (sent <= 0) return false;
+      text.remove_prefix(static_cast<size_t>(sent));
+    }
+    return true;
+  }
+
+  std::string greeting_;
+  Answer answer_;
+  std::atomic<bool> isEnding_ = false;
+  int listener_ = -1;
+  std::thread thread_;
+};
+
+}  // namespace testing_support
+
+#endif  // TESTS_TOOLS_GUESTS_FAKE_QMP_H

@@ -1,0 +1,52 @@
+// What the monitor of one virtual machine told.
+#ifndef GUESTS_GUEST_H
+#define GUESTS_GUEST_H
+
+#include <chrono>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "platkit/linux/kernel/guests_file.h"
+
+namespace guests {
+
+using platkit::Figure;
+using platkit::GuestFigure;
+
+// Figures that nobody told are absent.
+struct Guest {
+  std::string monitor = {};  // "libvirt", or the path of a QMP socket
+  std::string id = {};       // UUID of a guest of libvirt; path of the balloon device at a QMP socket
+  std::string name = {};
+  bool hasAnswered = false;
+  Figure hasBalloon = {};      // 1 if it has a balloon device, else 0
+  Figure pollingSeconds = {};  // how often its balloon driver is asked for statistics; 0: never
+  Figure lastUpdate = {};      // when the driver last told them, in seconds since 1970; 0: never
+  platkit::GuestFigures figures = {};
+};
+
+nlohmann::json ToJson(const Guest &guest);
+
+// Throws an exception of the JSON library if `json` is not what ToJson returns.
+Guest FromJson(const nlohmann::json &json);
+
+// Stores the value in bytes as KB. Implausibly large values are ignored: a guest chooses its statistics.
+void TakeBytes(Guest &guest, GuestFigure figure, uint64_t bytes);
+void TakeKB(Guest &guest, GuestFigure figure, uint64_t kb);
+void TakeCount(Guest &guest, GuestFigure figure, uint64_t count);
+
+// Takes the balloon's size from the memory with an empty balloon, and from what the balloon leaves to the guest.
+void TakeBalloon(Guest &guest, Figure memoryKB, Figure leftKB);
+
+// Adds what was told later about the same guest. Its process stays the one that was known first.
+void Merge(Guest &guest, const Guest &later);
+
+// Whether the guest's statistics are from its last poll. Without polling, they are from its boot.
+bool HasCurrentStatistics(const Guest &guest, std::chrono::system_clock::time_point now);
+
+// Derives what the other figures show about the balloon driver, and drops statistics that are not current.
+void Settle(Guest &guest, std::chrono::system_clock::time_point now);
+
+}  // namespace guests
+
+#endif  // GUESTS_GUEST_H

@@ -1,0 +1,37 @@
+// A client of QEMU's machine protocol (QMP), over a Unix socket.
+#ifndef GUESTS_QMP_CLIENT_H
+#define GUESTS_QMP_CLIENT_H
+
+#include <sys/types.h>
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "platkit/linux/files/file_descriptor.h"
+
+namespace guests {
+
+// The server may be hostile. All functions throw an std::runtime_error if it breaks the protocol or sends too much;
+// they wait for it without end.
+class QmpClient {
+ public:
+  explicit QmpClient(const std::string &path);
+
+  // The process that listens at the socket.
+  pid_t ServerPid() const;
+
+  // Executes a command and returns its result; null if the command fails.
+  nlohmann::json Execute(const char *command, const nlohmann::json &arguments = nullptr);
+
+ private:
+  nlohmann::json ReadMessage();
+  void Write(std::string_view text);
+
+  platkit::FileDescriptor socket_;
+  std::string received_;
+  size_t totalReceived_ = 0;
+};
+
+}  // namespace guests
+
+#endif  // GUESTS_QMP_CLIENT_H

@@ -1,0 +1,49 @@
+// nodal guests: runs nodal-guests, a program of its own, because it alone depends on libvirt.
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <memory>
+
+#include "tools/nodal/commands/command.h"
+#include "tools/nodal/support/output.h"
+
+namespace nodal {
+namespace {
+
+constexpr char kProgram[] = "nodal-guests";
+
+// In the folder of nodal itself.
+std::string PathOfProgram() {
+  char self[PATH_MAX];
+  const ssize_t size = readlink("/proc/self/exe", self, sizeof self);
+  if (size < 0) throw Failure("/proc/self/exe", std::strerror(errno));
+  const std::string_view path(self, static_cast<size_t>(size));
+  return std::string(path.substr(0, path.rfind('/') + 1)) + kProgram;
+}
+
+// Returns only if the program cannot be run.
+void Execute(const std::string &path, const std::vector<std::string> &arguments) {
+  std::vector<const char *> words = {kProgram};
+  for (const std::string &argument : arguments)
+    words.push_back(argument.c_str());
+  words.push_back(nullptr);
+  execv(path.c_str(), const_cast<char *const *>(words.data()));
+}
+
+}  // namespace
+
+Run DeclareGuests(OptionSet &options, const SourceOptions &) {
+  const auto arguments = std::make_shared<std::vector<std::string>>();
+  options.AddArgumentsOfOther(*arguments);
+  options.SetFooter("The options are those of nodal-guests, which is a package of its own: see nodal-guests(1).");
+  return [arguments]() -> ExitStatus {
+    const std::string path = PathOfProgram();
+    Execute(path, *arguments);
+    if (errno == ENOENT) throw Failure(path, "not installed; Debian's package nodal-guests contains it");
+    throw Failure(path, std::strerror(errno));
+  };
+}
+
+}  // namespace nodal
