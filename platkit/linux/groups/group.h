@@ -10,9 +10,11 @@
 #include <vector>
 
 #include "platkit/linux/files/fresh.h"
+#include "platkit/linux/groups/guest_mapping.h"
 #include "platkit/linux/kernel/cgroup_files.h"
 #include "platkit/linux/kernel/ksm.h"
 #include "platkit/linux/kernel/process_status.h"
+#include "platkit/linux/kernel/qemu_cmdline.h"
 
 namespace platkit {
 
@@ -43,9 +45,8 @@ struct ProcessReadings {
 
 // Facts about a VM.
 struct VmFacts {
-  Figure memory;               // in KB, from the command line; absent if not given there
-  Figure maxMemory;            // maximum in KB, from the command line; absent if not given there
-  Fresh<Figure> mappedMemory;  // in KB, from the mappings; absent if none qualifies
+  QemuOptions options;
+  Fresh<GuestMappings> mappings;
   Fresh<bool> hasOwnControlGroup;
 };
 

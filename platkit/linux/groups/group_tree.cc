@@ -246,9 +246,8 @@ void GroupTree::DetectVm(Group &group) {
   if (!options || reader_.Confirm(group) != HVC_OK) return;
   group.kind = GroupKind::kVm;
   group.vm = std::make_unique<VmFacts>();
-  group.vm->memory = options->memory;
-  group.vm->maxMemory = options->maxMemory;
-  if (!options->name.empty()) group.name = std::move(options->name);
+  if (!options->name.empty()) group.name = options->name;
+  group.vm->options = std::move(*options);
   const int64_t vmmID = kFirstVmmGroup + group.id;
   groups_.emplace(vmmID, Group{.kind = GroupKind::kVmm, .id = vmmID, .name = "vmm", .parentID = group.id});
 }

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "platkit/linux/files/folder_reader.h"
-#include "platkit/linux/groups/guest_mapping.h"
 
 namespace platkit {
 namespace {
@@ -12,13 +11,35 @@ namespace {
 // A VM's control group with more groups below it counts as shared, without a search.
 constexpr size_t kMaxFolders = 64;
 
+// A monitor maps all memory of its guest before the guest starts, so more than the process has mapped is not a guest's
+// memory.
+bool IsMapped(Figure size, const ProcessStatus &status) {
+  return !size.isAbsent() && Lower(size, status.addressSpace) == size;
+}
+
 }  // namespace
 
 Figure VmGroups::GuestMemory(Group &vm, const ProcessStatus &status) {
-  const Figure claimed = vm.vm->memory;
-  if (!claimed.isAbsent() && Lower(claimed, status.addressSpace) == claimed) return claimed;
-  return vm.vm->mappedMemory.Get(files_.clock(),
-                                 [&] { return LargestMemoryMapping(files_, vm.id, reader_.mount().memoryDevices); });
+  const QemuOptions &options = vm.vm->options;
+  if (IsMapped(options.memory, status)) return Higher(options.memory, HotPlugged(vm));
+  const Figure mapped = Mappings(vm).largest;
+  const bool isDefault = IsMapped(options.defaultMemory, status) &&
+                         Higher(options.defaultMemory, status.hugePages) == options.defaultMemory;
+  return isDefault ? Higher(mapped, options.defaultMemory) : mapped;
+}
+
+// The memory of a guest whose command line leaves room for memory devices, from the mappings; absent for other guests.
+Figure VmGroups::HotPlugged(Group &vm) {
+  const QemuOptions &options = vm.vm->options;
+  const bool hasRoom = !options.maxMemory.isAbsent() && options.maxMemory - options.memory != Figure(0);
+  if (!hasRoom || options.mapsOtherMemory) return {};
+  const Figure blocks = Mappings(vm).blocks;
+  return blocks.isAbsent() ? blocks : Lower(blocks, options.maxMemory);
+}
+
+const GuestMappings &VmGroups::Mappings(Group &vm) {
+  return vm.vm->mappings.Get(files_.clock(),
+                             [&] { return ReadGuestMappings(files_, vm.id, reader_.mount().memoryDevices); });
 }
 
 Group *VmGroups::OwnControlGroup(Group &process) {

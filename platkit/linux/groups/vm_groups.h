@@ -10,9 +10,9 @@ class VmGroups {
  public:
   VmGroups(HostFiles &files, GroupReader &reader, GroupTree &tree) : files_(files), reader_(reader), tree_(tree) {}
 
-  // The memory of a VM's guest in KB. The command line gives it, unless it gives more than the process has mapped: a
-  // monitor maps all memory of its guest before the guest starts. Otherwise the mappings give it. Absent if neither
-  // does.
+  // The memory of a VM's guest in KB. The command line gives it, unless it gives more than the process has mapped;
+  // otherwise the largest mapping gives it, or QEMU's default. If the command line leaves room for more memory, the
+  // mappings show memory that was plugged in later. Absent if nothing tells.
   Figure GuestMemory(Group &vm, const ProcessStatus &status);
 
   // The control group of the VM if it contains no other process with memory, so that its figures are the VM's. Null if
@@ -20,6 +20,8 @@ class VmGroups {
   Group *OwnControlGroup(Group &process);
 
  private:
+  Figure HotPlugged(Group &vm);
+  const GuestMappings &Mappings(Group &vm);
   Fresh<bool> IsOwnControlGroup(const Group &vm, const Group &group);
   bool IsAlone(const Group &vm, const Group &top, Clock::Time &readAt);
   bool HasOtherMember(const Group &vm, const Group &group);

@@ -1,9 +1,13 @@
 #include "platkit/linux/kernel/qemu_cmdline.h"
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "platkit/linux/files/text_scanner.h"
+#include "platkit/linux/kernel/qemu_properties.h"
 
 namespace platkit {
 namespace {
@@ -14,40 +18,16 @@ constexpr size_t kMaxCommandLine = 32 * 1024;
 // Further digits of a fraction are less than 1 KB in any unit.
 constexpr size_t kMaxFractionDigits = 15;
 
-// Removes the first property from an option's value. A comma ends the property; two commas mean a literal comma.
-std::string TakeProperty(std::string_view &text) {
-  std::string property;
-  while (!text.empty()) {
-    const char c = text.front();
-    text.remove_prefix(1);
-    if (c == ',') {
-      if (!text.starts_with(',')) break;
-      text.remove_prefix(1);
-    }
-    property += c;
-  }
-  return property;
-}
+// QEMU's machines have this much memory by default.
+constexpr uint64_t kDefaultMemoryKB = 128 * 1024;
 
-enum class KeyOfFirst { kOptional, kRequired };
+// The unit of a size without a suffix, in bytes.
+constexpr uint64_t kByte = 1;
+constexpr uint64_t kMegabyte = 1 << 20;
 
-// The value of the property `key`. If the key is optional, the first property may lack it.
-std::string PropertyOf(std::string_view text, std::string_view key, KeyOfFirst keyOfFirst) {
-  std::string found;
-  bool isFirst = true;
-  for (; !text.empty(); isFirst = false) {
-    const std::string property = TakeProperty(text);
-    const size_t equals = property.find('=');
-    const bool isWanted = equals == std::string::npos ? isFirst && keyOfFirst == KeyOfFirst::kOptional
-                                                      : property.compare(0, equals, key) == 0;
-    if (isWanted) found = property.substr(equals + 1);
-  }
-  return found;
-}
-
-// The unit of a size's suffix, in bytes; MB without a suffix, 0 for any other suffix.
-uint64_t UnitOfSuffix(std::string_view suffix) {
-  if (suffix.empty()) return uint64_t{1} << 20;
+// The unit of a size's suffix, in bytes; 0 for an unknown suffix.
+uint64_t UnitOfSuffix(std::string_view suffix, uint64_t unitWithout) {
+  if (suffix.empty()) return unitWithout;
   if (suffix.size() > 1) return 0;
   constexpr std::string_view kSuffixes = "bkmgtpe";
   const size_t index = kSuffixes.find(static_cast<char>(suffix[0] | 0x20));
@@ -64,7 +44,7 @@ uint64_t FractionOf(uint64_t unit, std::string_view digits) {
 }
 
 // Parses "4096", "4G" or "1.5g". Absent if the text is not a size.
-Figure ParseSizeInKB(std::string_view text) {
+Figure ParseSizeInKB(std::string_view text, uint64_t unitWithoutSuffix) {
   TextScanner scanner(text);
   uint64_t whole = 0;
   if (!scanner.TakeNumber(whole)) return {};
@@ -75,10 +55,114 @@ Figure ParseSizeInKB(std::string_view text) {
     fraction = scanner.rest().substr(0, end);
     suffix = scanner.rest().substr(end);
   }
-  const uint64_t unit = UnitOfSuffix(suffix);
+  const uint64_t unit = UnitOfSuffix(suffix, unitWithoutSuffix);
   if (unit == 0) return {};
   const Figure bytes = Figure(whole) * unit + Figure(FractionOf(unit, fraction));
   return bytes == Figure(0) || bytes == Figure::Unreadable() ? Figure() : bytes / 1024;
+}
+
+// A memory backend: the memory of the machine, or of a memory device.
+struct Backend {
+  std::string id;
+  Figure size;  // in KB
+};
+
+// Collects options in any order: an option may name a backend that a later one defines.
+class OptionParser {
+ public:
+  using Handler = void (OptionParser::*)(std::string_view value);
+  // Null if the option does not describe the guest or its memory.
+  static Handler Find(std::string_view option);
+
+  QemuOptions Finish(bool isQemu);
+
+ private:
+  void TakeName(std::string_view value);
+  void TakeMemory(std::string_view value);
+  void TakeMachine(std::string_view value);
+  void TakeObject(std::string_view value);
+  void TakeDevice(std::string_view value);
+  void TakeConfigurationFile(std::string_view) { hasConfigurationFile_ = true; }
+
+  Figure SizeOf(std::string_view backend) const;
+
+  QemuOptions options_;
+  std::string machineBackend_;
+  std::vector<Backend> backends_;
+  std::vector<std::string> dimms_;  // the backends of memory devices
+  Figure requested_;                // of virtio-mem devices
+  bool hasSize_ = false;            // also one that is not understood
+  bool hasConfigurationFile_ = false;
+};
+
+OptionParser::Handler OptionParser::Find(std::string_view option) {
+  static constexpr struct {
+    std::string_view name;
+    Handler handler;
+  } kHandlers[] = {
+      {"-name", &OptionParser::TakeName},
+      {"-m", &OptionParser::TakeMemory},
+      {"-machine", &OptionParser::TakeMachine},
+      {"-M", &OptionParser::TakeMachine},
+      {"-object", &OptionParser::TakeObject},
+      {"-device", &OptionParser::TakeDevice},
+      {"-readconfig", &OptionParser::TakeConfigurationFile},
+  };
+  const auto *found = std::ranges::find(kHandlers, option, [](const auto &known) { return known.name; });
+  return found == std::end(kHandlers) ? nullptr : found->handler;
+}
+
+void OptionParser::TakeName(std::string_view value) {
+  const QemuProperties properties(value, "guest");
+  const std::string_view name = properties.ValueOf("guest");
+  if (!name.empty()) options_.name = name;
+}
+
+void OptionParser::TakeMemory(std::string_view value) {
+  const QemuProperties properties(value, "size");
+  hasSize_ |= !properties.ValueOf("size").empty();
+  options_.memory = ParseSizeInKB(properties.ValueOf("size"), kMegabyte).IfAbsent(options_.memory);
+  options_.maxMemory = ParseSizeInKB(properties.ValueOf("maxmem"), kMegabyte).IfAbsent(options_.maxMemory);
+}
+
+void OptionParser::TakeMachine(std::string_view value) {
+  const QemuProperties properties(value, "type");
+  if (const std::string_view id = properties.ValueOf("memory-backend"); !id.empty()) machineBackend_ = id;
+}
+
+void OptionParser::TakeObject(std::string_view value) {
+  const QemuProperties properties(value, "qom-type");
+  if (!properties.ValueOf("qom-type").starts_with("memory-backend-")) return;
+  backends_.push_back({std::string(properties.ValueOf("id")), ParseSizeInKB(properties.ValueOf("size"), kByte)});
+}
+
+void OptionParser::TakeDevice(std::string_view value) {
+  const QemuProperties properties(value, "driver");
+  const std::string_view driver = properties.ValueOf("driver");
+  if (driver == "pc-dimm") dimms_.emplace_back(properties.ValueOf("memdev"));
+  if (driver.starts_with("virtio-mem-")) {
+    requested_ = requested_ + ParseSizeInKB(properties.ValueOf("requested-size"), kByte);
+  }
+  for (const std::string_view prefix : {"virtio-mem-", "virtio-pmem-", "nvdimm", "ivshmem", "qxl"})
+    options_.mapsOtherMemory |= driver.starts_with(prefix);
+}
+
+Figure OptionParser::SizeOf(std::string_view backend) const {
+  const auto found = std::ranges::find(backends_, backend, &Backend::id);
+  return found == backends_.end() ? Figure() : found->size;
+}
+
+// Devices add to the memory that the machine starts with. A machine without a size has its backend's.
+QemuOptions OptionParser::Finish(bool isQemu) {
+  options_.isQemu = isQemu;
+  Figure plugged = requested_;
+  for (const std::string &dimm : dimms_)
+    plugged = plugged + SizeOf(dimm);
+  const Figure base = options_.memory.IfAbsent(SizeOf(machineBackend_));
+  const Figure standard = isQemu && !hasSize_ && !hasConfigurationFile_ ? Figure(kDefaultMemoryKB) : Figure();
+  if (base.isAbsent() && !standard.isAbsent()) options_.defaultMemory = standard + plugged;
+  options_.memory = base.isAbsent() ? base : base + plugged;
+  return std::move(options_);
 }
 
 }  // namespace
@@ -89,22 +173,17 @@ bool IsQemuProgram(std::string_view program) {
 }
 
 QemuOptions ParseQemuCommandLine(std::string_view commandLine) {
-  QemuOptions options;
   TextScanner arguments(commandLine);
-  options.isQemu = IsQemuProgram(arguments.TakeUntil('\0'));
+  const bool isQemu = IsQemuProgram(arguments.TakeUntil('\0'));
+  OptionParser parser;
   while (!arguments.AtEnd()) {
     std::string_view option = arguments.TakeUntil('\0');
     if (option.starts_with("--")) option.remove_prefix(1);
-    if (option == "-name") {
-      std::string name = PropertyOf(arguments.TakeUntil('\0'), "guest", KeyOfFirst::kOptional);
-      if (!name.empty()) options.name = std::move(name);
-    } else if (option == "-m") {
-      const std::string_view sizes = arguments.TakeUntil('\0');
-      options.memory = ParseSizeInKB(PropertyOf(sizes, "size", KeyOfFirst::kOptional)).IfAbsent(options.memory);
-      options.maxMemory = ParseSizeInKB(PropertyOf(sizes, "maxmem", KeyOfFirst::kRequired)).IfAbsent(options.maxMemory);
+    if (const auto handler = OptionParser::Find(option); handler != nullptr) {
+      (parser.*handler)(arguments.TakeUntil('\0'));
     }
   }
-  return options;
+  return parser.Finish(isQemu);
 }
 
 QemuOptions ReadQemuCommandLine(HostFiles &files, int64_t pid) {

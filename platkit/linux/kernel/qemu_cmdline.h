@@ -14,12 +14,18 @@ namespace platkit {
 // Whether a program, given with or without its folder, is QEMU: qemu-system-..., qemu-kvm or kvm.
 bool IsQemuProgram(std::string_view program);
 
-// If an option occurs twice, its last value counts.
+// If an option occurs twice, its last value counts; memory devices add up. Amounts are in KB.
 struct QemuOptions {
   bool isQemu = false;  // see IsQemuProgram
   std::string name;     // -name NAME or -name guest=NAME; empty: none
-  Figure memory;        // -m SIZE or -m size=SIZE, in KB; absent: none
-  Figure maxMemory;     // -m ...,maxmem=SIZE, in KB; absent: none
+
+  // The size of the guest's memory at its start: -m SIZE or -m size=SIZE, or the size of the machine's memory backend;
+  // and that of memory devices: of a pc-dimm, its backend's; of a virtio-mem, its requested-size. Absent if the command
+  // line does not give it. Persistent memory (nvdimm, virtio-pmem) is not counted.
+  Figure memory;
+  Figure defaultMemory;          // QEMU's own size, with memory devices; absent if the command line gives a size
+  Figure maxMemory;              // -m ...,maxmem=SIZE; absent: none
+  bool mapsOtherMemory = false;  // a device other than pc-dimm maps memory, so mappings do not tell the guest's size
 };
 
 // `commandLine` holds arguments, each ended by a NUL.

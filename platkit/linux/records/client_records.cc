@@ -45,7 +45,7 @@ HVC_ReturnStatus ClientRecords::Vmm(int64_t client, VmmMemoryStatsRecord &record
   const Compressed compressed = CompressedOf(own);
   const ProcessSharing sharing = sharing_.OfProcess(*vm);
   const Figure memory = vms_.GuestMemory(*vm, *status).IfAbsent(status->size());
-  const Figure growth = vm->vm->maxMemory - memory;
+  const Figure growth = vm->vm->options.maxMemory - memory;
   const Figure mapped = Lower(GuestPart(*status, memory) + AbsentIfUnreadable(sharing.zero), memory);
   record.memSize = Cell(memory);
   record.memSizeLimit = Cell(memory + growth);

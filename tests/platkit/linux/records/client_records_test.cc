@@ -204,6 +204,61 @@ TEST(ClientRecords, MoreMemoryThanTheProcessHasMappedIsNoGuests) {
   EXPECT_CELL(Vmm(host, 310).memSize, 5000000u) << "all that is mapped";
 }
 
+// Appends arguments to a command line.
+void AddWords(SavedHost &host, int64_t pid, const Types &words) {
+  const std::string path = "proc/" + std::to_string(pid) + "/cmdline";
+  std::string line = host.Read(path);
+  for (const std::string &word : words)
+    line += word + '\0';
+  host.Write(path, line);
+}
+
+TEST(ClientRecords, MemoryDevicesOfTheCommandLine) {
+  SavedHost host("clients.host");
+  AddWords(host, 310,
+           {"-object", R"({"qom-type":"memory-backend-ram","id":"m0","size":536870912})", "-device",
+            R"({"driver":"pc-dimm","memdev":"m0","id":"d0"})"});
+  EXPECT_CELL(Vmm(host, 310).memSize, MB(2560));
+  EXPECT_CELL(Vmm(host, 310).memSizeLimit, MB(8192));
+  EXPECT_CELL(Guest(host, 310).memTotal, MB(2560));
+  EXPECT_CELL(host.ask().Stats(310).memSize, MB(2560));
+  AddWords(host, 310, {"-object", "memory-backend-ram,id=m1,size=4G", "-device", "pc-dimm,memdev=m1"});
+  host.ask().Members(host.ControlGroup(kOwn));
+  EXPECT_CELL(Vmm(host, 310).memSize, 5000000u) << "more than the process has mapped";
+}
+
+TEST(ClientRecords, MemoryThatWasPluggedInLater) {
+  SavedHost host("clients.host");
+  const std::string machine = "7f0000000000-7f0080000000 rw-p 00000000 00:00 0 \n";
+  host.Write("proc/310/maps", machine + "7f0080200000-7f00c0200000 rw-p 00000000 00:00 0 \n");
+  EXPECT_CELL(Vmm(host, 310).memSize, MB(2048 + 1024));
+  host.Write("proc/310/maps", machine + "7f0080200000-7f1080200000 rw-p 00000000 00:00 0 \n");
+  EXPECT_CELL(Vmm(host, 310).memSize, MB(8192)) << "at most maxmem";
+  host.Write("proc/310/maps", "7f0000000000-7f0040000000 rw-p 00000000 00:00 0 \n");
+  EXPECT_CELL(Vmm(host, 310).memSize, MB(2048)) << "at least what the command line gives";
+  host.Write("proc/310/maps", machine + "7f0080200000-7f00c0200000 rw-p 00000000 00:00 0 \n");
+  AddWords(host, 310, {"-device", "nvdimm,memdev=n"});
+  host.ask().Members(host.ControlGroup(kOwn));
+  EXPECT_CELL(Vmm(host, 310).memSize, MB(2048)) << "the other mapping may be of another device";
+  AddWords(host, 310, {"-m", "size=2G,maxmem=2G"});
+  host.ask().Members(host.ControlGroup(kOwn));
+  const int64_t opens = host.Opens("proc/310/maps");
+  EXPECT_CELL(Vmm(host, 310).memSize, MB(2048));
+  EXPECT_EQ(host.Opens("proc/310/maps"), opens) << "there is no room for more";
+}
+
+TEST(ClientRecords, WithoutASizeTheMappingsOrQemusDefaultCount) {
+  SavedHost host("clients.host");
+  host.Write("proc/320/maps", "7f0000000000-7f0010000000 rw-p 00000000 00:00 0 \n");
+  EXPECT_CELL(Vmm(host, 320).memSize, MB(256));
+  host.Remove("proc/320/maps");
+  EXPECT_CELL(Vmm(host, 320).memSize, 9000000u) << "the process', since huge pages exceed QEMU's default";
+  std::string status = host.Read("proc/320/status");
+  host.Write("proc/320/status", status.replace(status.find("3145728 kB"), 7, "     96"));
+  EXPECT_CELL(Vmm(host, 320).memSize, MB(128));
+  EXPECT_CELL(Guest(host, 320).memTotal, MB(128));
+}
+
 TEST(ClientRecords, AUsersMaximumOfMemoryIsNotShown) {
   SavedHost host("clients.host");
   EXPECT_CELL(Vmm(host, 310).memSizeLimit, MB(8192)) << "of root's machine";
@@ -664,11 +719,12 @@ TEST(ClientReads, ARecordIsReadAgainAfterAChange) {
 TEST(ClientReads, OnlyWhatIsAskedForIsRead) {
   SavedHost host("clients.host");
   Walk(host, 0, true);
-  for (const char *path : {"proc/400/limits", "proc/400/ksm_stat", "proc/400/sched", "proc/400/maps", "proc/310/maps",
-                           "proc/310/limits", "proc/310/sched"}) {
+  for (const char *path : {"proc/400/limits", "proc/400/ksm_stat", "proc/400/sched", "proc/400/maps", "proc/310/limits",
+                           "proc/310/sched"}) {
     EXPECT_EQ(host.Opens(path), 0) << path;
   }
   EXPECT_EQ(host.Opens("proc/320/maps"), 1);
+  EXPECT_EQ(host.Opens("proc/310/maps"), 1) << "its command line leaves room for more memory";
   EXPECT_EQ(host.Opens("proc/swaps"), 1);
   EXPECT_EQ(host.Opens(kOwn + "/memory.stat"), 1);
   EXPECT_EQ(host.Opens(kTop + "app.slice/memory.stat"), 0);

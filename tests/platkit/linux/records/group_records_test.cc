@@ -106,11 +106,11 @@ TEST(GroupRecords, EachLineOfStatus) {
   EXPECT_CELL(stats("Name:\t" + std::string(200, 'n') + "\nVmData: 1 kB\nVmStk: 0 kB\n").memSize, 1u);
   EXPECT_EQ(host.ask().Name(100), std::string(63, 'n'));
   EXPECT_CELL(stats("Name:\ta,b\"c\xc2\x9b"
-                    "2J\xe2\x80\xae\nVmSize: 1 kB\n")
+                    "2J\xe2\x80\xae\nVmData: 1 kB\nVmStk: 0 kB\n")
                   .memSize,
               1u);
   EXPECT_EQ(host.ask().Name(100), "a?b?c?2J?");
-  EXPECT_CELL(stats("Name:\t" + std::string(62, 'n') + "\xc3\xa9\nVmSize: 1 kB\n").memSize, 1u);
+  EXPECT_CELL(stats("Name:\t" + std::string(62, 'n') + "\xc3\xa9\nVmData: 1 kB\nVmStk: 0 kB\n").memSize, 1u);
   EXPECT_EQ(host.ask().Name(100), std::string(62, 'n')) << "no half character";
 }
 
