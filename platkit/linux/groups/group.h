@@ -10,9 +10,11 @@
 #include <vector>
 
 #include "platkit/linux/files/fresh.h"
+#include "platkit/linux/groups/guest_backing.h"
 #include "platkit/linux/groups/guest_mapping.h"
 #include "platkit/linux/kernel/cgroup_files.h"
 #include "platkit/linux/kernel/ksm.h"
+#include "platkit/linux/kernel/kvm_debugfs.h"
 #include "platkit/linux/kernel/process_status.h"
 #include "platkit/linux/kernel/qemu_cmdline.h"
 
@@ -46,7 +48,9 @@ struct ProcessReadings {
 // Facts about a VM.
 struct VmFacts {
   QemuOptions options;
+  GuestBacking backing = GuestBacking::kAnonymous;
   Fresh<GuestMappings> mappings;
+  Fresh<KvmPages> kvmPages;
   Fresh<bool> hasOwnControlGroup;
 };
 

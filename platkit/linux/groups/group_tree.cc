@@ -247,6 +247,7 @@ void GroupTree::DetectVm(Group &group) {
   group.kind = GroupKind::kVm;
   group.vm = std::make_unique<VmFacts>();
   if (!options->name.empty()) group.name = options->name;
+  group.vm->backing = BackingOf(*options, group.user.isContained ? CgroupMount() : reader_.mount());
   group.vm->options = std::move(*options);
   const int64_t vmmID = kFirstVmmGroup + group.id;
   groups_.emplace(vmmID, Group{.kind = GroupKind::kVmm, .id = vmmID, .name = "vmm", .parentID = group.id});

@@ -19,13 +19,20 @@ bool IsMapped(Figure size, const ProcessStatus &status) {
 
 }  // namespace
 
-Figure VmGroups::GuestMemory(Group &vm, const ProcessStatus &status) {
+Figure VmGroups::GuestSize(Group &vm, const ProcessStatus &status) {
   const QemuOptions &options = vm.vm->options;
   if (IsMapped(options.memory, status)) return Higher(options.memory, HotPlugged(vm));
   const Figure mapped = Mappings(vm).largest;
   const bool isDefault = IsMapped(options.defaultMemory, status) &&
                          Higher(options.defaultMemory, status.hugePages) == options.defaultMemory;
   return isDefault ? Higher(mapped, options.defaultMemory) : mapped;
+}
+
+GuestMemory VmGroups::Guest(Group &vm, const ProcessStatus &status) {
+  GuestMemory guest = {.size = GuestSize(vm, status), .backing = vm.vm->backing, .mapped = {}};
+  const bool needsCount = guest.backing == GuestBacking::kAnonymous && !vm.vm->options.isPopulated;
+  if (needsCount) guest.mapped = reader_.GuestPages(vm).KB();
+  return guest;
 }
 
 // The memory of a guest whose command line leaves room for memory devices, from the mappings; absent for other guests.

@@ -3,6 +3,7 @@
 #define PLATKIT_LINUX_GROUPS_VM_GROUPS_H
 
 #include "platkit/linux/groups/group_tree.h"
+#include "platkit/linux/groups/process_memory.h"
 
 namespace platkit {
 
@@ -13,7 +14,10 @@ class VmGroups {
   // The memory of a VM's guest in KB. The command line gives it, unless it gives more than the process has mapped;
   // otherwise the largest mapping gives it, or QEMU's default. If the command line leaves room for more memory, the
   // mappings show memory that was plugged in later. Absent if nothing tells.
-  Figure GuestMemory(Group &vm, const ProcessStatus &status);
+  Figure GuestSize(Group &vm, const ProcessStatus &status);
+
+  // What is known of the guest's memory, for GuestPart and VmOverhead.
+  GuestMemory Guest(Group &vm, const ProcessStatus &status);
 
   // The control group of the VM if it contains no other process with memory, so that its figures are the VM's. Null if
   // there is none. `process` may be a group of any kind; only a VM has an own control group.

@@ -1,6 +1,7 @@
 #include "platkit/linux/kernel/qemu_cmdline.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <utility>
@@ -64,15 +65,40 @@ Figure ParseSizeInKB(std::string_view text, uint64_t unitWithoutSuffix) {
 // A memory backend: the memory of the machine, or of a memory device.
 struct Backend {
   std::string id;
-  Figure size;  // in KB
+  Figure size;            // in KB
+  bool isPrivate = true;  // anonymous pages
+  std::string file = {};  // empty: none
+  bool isShared = false;  // of a file
+
+  bool isFile() const { return !file.empty(); }
 };
+
+// A memfd is shared by default; the other types are private by default.
+Backend BackendOf(const QemuProperties &properties) {
+  const std::string_view type = properties.ValueOf("qom-type");
+  const bool isMemfd = type == "memory-backend-memfd";
+  const bool isShared = properties.IsOn("share") || (isMemfd && properties.ValueOf("share").empty());
+  Backend backend = {.id = std::string(properties.ValueOf("id")),
+                     .size = ParseSizeInKB(properties.ValueOf("size"), kByte)};
+  if (isMemfd) backend.isPrivate = !isShared && !properties.IsOn("hugetlb");
+  if (type == "memory-backend-ram") backend.isPrivate = !isShared;
+  if (type == "memory-backend-shm") backend.isPrivate = false;
+  if (type == "memory-backend-file" && !properties.ValueOf("mem-path").empty()) {
+    backend.isPrivate = false;
+    backend.file = properties.ValueOf("mem-path");
+    backend.isShared = isShared;
+  }
+  return backend;
+}
 
 // Collects options in any order: an option may name a backend that a later one defines.
 class OptionParser {
  public:
   using Handler = void (OptionParser::*)(std::string_view value);
-  // Null if the option does not describe the guest or its memory.
-  static Handler Find(std::string_view option);
+  // Null if the option has no value that describes the guest or its memory.
+  static Handler HandlerOf(std::string_view option);
+
+  void TakePreallocation() { options_.isPopulated = true; }
 
   QemuOptions Finish(bool isQemu);
 
@@ -82,20 +108,30 @@ class OptionParser {
   void TakeMachine(std::string_view value);
   void TakeObject(std::string_view value);
   void TakeDevice(std::string_view value);
+  void TakeNuma(std::string_view value);
+  void TakeOvercommit(std::string_view value);
+  void TakeMemPath(std::string_view value) { memPath_ = value; }
   void TakeConfigurationFile(std::string_view) { hasConfigurationFile_ = true; }
+  void TakeIncoming(std::string_view) { options_.isPopulated = true; }
 
-  Figure SizeOf(std::string_view backend) const;
+  const Backend *Find(const std::string &id) const;
+  Figure SizeOf(const std::string &backend) const;
+  void FillBacking();
+  void AddBacking(const std::string &backend);
 
   QemuOptions options_;
   std::string machineBackend_;
   std::vector<Backend> backends_;
   std::vector<std::string> dimms_;  // the backends of memory devices
-  Figure requested_;                // of virtio-mem devices
-  bool hasSize_ = false;            // also one that is not understood
+  std::vector<std::string> parts_;  // the backends of virtio-mem devices and of virtual NUMA nodes
+  bool hasNumaBackend_ = false;
+  std::string memPath_;
+  Figure requested_;      // of virtio-mem devices
+  bool hasSize_ = false;  // also one that is not understood
   bool hasConfigurationFile_ = false;
 };
 
-OptionParser::Handler OptionParser::Find(std::string_view option) {
+OptionParser::Handler OptionParser::HandlerOf(std::string_view option) {
   static constexpr struct {
     std::string_view name;
     Handler handler;
@@ -107,6 +143,11 @@ OptionParser::Handler OptionParser::Find(std::string_view option) {
       {"-object", &OptionParser::TakeObject},
       {"-device", &OptionParser::TakeDevice},
       {"-readconfig", &OptionParser::TakeConfigurationFile},
+      {"-numa", &OptionParser::TakeNuma},
+      {"-overcommit", &OptionParser::TakeOvercommit},
+      {"-mem-path", &OptionParser::TakeMemPath},
+      {"-incoming", &OptionParser::TakeIncoming},
+      {"-loadvm", &OptionParser::TakeIncoming},
   };
   const auto *found = std::ranges::find(kHandlers, option, [](const auto &known) { return known.name; });
   return found == std::end(kHandlers) ? nullptr : found->handler;
@@ -133,28 +174,71 @@ void OptionParser::TakeMachine(std::string_view value) {
 void OptionParser::TakeObject(std::string_view value) {
   const QemuProperties properties(value, "qom-type");
   if (!properties.ValueOf("qom-type").starts_with("memory-backend-")) return;
-  backends_.push_back({std::string(properties.ValueOf("id")), ParseSizeInKB(properties.ValueOf("size"), kByte)});
+  backends_.push_back(BackendOf(properties));
+  if (properties.IsOn("prealloc")) options_.isPopulated = true;
+}
+
+void OptionParser::TakeNuma(std::string_view value) {
+  const QemuProperties properties(value, "type");
+  if (properties.ValueOf("memdev").empty()) return;
+  parts_.emplace_back(properties.ValueOf("memdev"));
+  hasNumaBackend_ = true;
+}
+
+void OptionParser::TakeOvercommit(std::string_view value) {
+  if (QemuProperties(value, "").IsOn("mem-lock")) options_.isPopulated = true;
 }
 
 void OptionParser::TakeDevice(std::string_view value) {
   const QemuProperties properties(value, "driver");
   const std::string_view driver = properties.ValueOf("driver");
   if (driver == "pc-dimm") dimms_.emplace_back(properties.ValueOf("memdev"));
+  if (driver.starts_with("vfio-")) options_.isPopulated = true;
   if (driver.starts_with("virtio-mem-")) {
+    parts_.emplace_back(properties.ValueOf("memdev"));
     requested_ = requested_ + ParseSizeInKB(properties.ValueOf("requested-size"), kByte);
   }
   for (const std::string_view prefix : {"virtio-mem-", "virtio-pmem-", "nvdimm", "ivshmem", "qxl"})
     options_.mapsOtherMemory |= driver.starts_with(prefix);
 }
 
-Figure OptionParser::SizeOf(std::string_view backend) const {
-  const auto found = std::ranges::find(backends_, backend, &Backend::id);
-  return found == backends_.end() ? Figure() : found->size;
+const Backend *OptionParser::Find(const std::string &id) const {
+  const auto found = std::ranges::find(backends_, id, &Backend::id);
+  return found == backends_.end() ? nullptr : &*found;
+}
+
+Figure OptionParser::SizeOf(const std::string &backend) const {
+  const Backend *found = Find(backend);
+  return found == nullptr ? Figure() : found->size;
+}
+
+void OptionParser::AddBacking(const std::string &backend) {
+  const Backend *found = Find(backend);
+  if (found == nullptr || found->isPrivate) {
+    options_.hasPrivateMemory = true;
+  } else if (found->isFile()) {
+    options_.files.push_back({found->file, found->isShared});
+  }
+}
+
+// -mem-path is for a machine without a backend, and maps its file private.
+void OptionParser::FillBacking() {
+  options_.hasPrivateMemory = hasConfigurationFile_;
+  if (!machineBackend_.empty()) {
+    AddBacking(machineBackend_);
+  } else if (!memPath_.empty()) {
+    options_.files.push_back({.path = memPath_, .isShared = false});
+  } else if (!hasNumaBackend_) {
+    options_.hasPrivateMemory = true;
+  }
+  for (const std::vector<std::string> &backends : {std::cref(dimms_), std::cref(parts_)})
+    std::ranges::for_each(backends, [this](const std::string &backend) { AddBacking(backend); });
 }
 
 // Devices add to the memory that the machine starts with. A machine without a size has its backend's.
 QemuOptions OptionParser::Finish(bool isQemu) {
   options_.isQemu = isQemu;
+  if (isQemu) FillBacking();
   Figure plugged = requested_;
   for (const std::string &dimm : dimms_)
     plugged = plugged + SizeOf(dimm);
@@ -179,7 +263,8 @@ QemuOptions ParseQemuCommandLine(std::string_view commandLine) {
   while (!arguments.AtEnd()) {
     std::string_view option = arguments.TakeUntil('\0');
     if (option.starts_with("--")) option.remove_prefix(1);
-    if (const auto handler = OptionParser::Find(option); handler != nullptr) {
+    if (option == "-mem-prealloc") parser.TakePreallocation();
+    if (const auto handler = OptionParser::HandlerOf(option); handler != nullptr) {
       (parser.*handler)(arguments.TakeUntil('\0'));
     }
   }

@@ -44,9 +44,10 @@ HVC_ReturnStatus ClientRecords::Vmm(int64_t client, VmmMemoryStatsRecord &record
   if (status == nullptr) return HVC_NOT_FOUND;
   const Compressed compressed = CompressedOf(own);
   const ProcessSharing sharing = sharing_.OfProcess(*vm);
-  const Figure memory = vms_.GuestMemory(*vm, *status).IfAbsent(status->size());
+  GuestMemory guest = vms_.Guest(*vm, *status);
+  const Figure memory = guest.size = guest.size.IfAbsent(status->size());
   const Figure growth = vm->vm->options.maxMemory - memory;
-  const Figure mapped = Lower(GuestPart(*status, memory) + AbsentIfUnreadable(sharing.zero), memory);
+  const Figure mapped = Lower(GuestPart(*status, guest) + AbsentIfUnreadable(sharing.zero), memory);
   record.memSize = Cell(memory);
   record.memSizeLimit = Cell(memory + growth);
   record.mapped = Cell(mapped);
@@ -68,7 +69,7 @@ HVC_ReturnStatus ClientRecords::Guest(int64_t client, GuestStatsRecord &record) 
   if (vm == nullptr) return HVC_NOT_FOUND;
   const ProcessStatus *status = reader_.Status(*vm);
   if (status == nullptr) return HVC_NOT_FOUND;
-  const Figure memory = vms_.GuestMemory(*vm, *status);
+  const Figure memory = vms_.GuestSize(*vm, *status);
   if (memory.isAbsent()) return HVC_NOT_FOUND;
   record.memTotal = Cell(memory);
   record.lpageTotal = kNoCount;
@@ -156,8 +157,8 @@ HVC_ReturnStatus ClientRecords::LargePages(int64_t client, LPageStatsRecord &rec
   if (status == nullptr) return HVC_NOT_FOUND;
   const CgroupStat &stat = StatOf(own);
   const Vmstat &counters = host_.vmstat();
-  const Figure transparent = TransparentPagesInKB(*vm, own, *status);
-  const Figure gigantic = GiganticPagesInKB(own, *status);
+  const Figure gigantic = GiganticPagesInKB(*vm, own, *status);
+  const Figure transparent = TransparentPagesInKB(*vm, own, *status, status->hugePages - gigantic);
   const uint64_t large = Cell((status->hugePages - gigantic + transparent) / kLargePageKB);
   record.backings2M = large < kNoCount ? static_cast<uint32_t>(large) : kNoCount;
   if (record.backings2M != kNoCount) record.backings1G = static_cast<uint32_t>(Cell(gigantic / kGiganticPageKB));
@@ -166,19 +167,24 @@ HVC_ReturnStatus ClientRecords::LargePages(int64_t client, LPageStatsRecord &rec
   return reader_.Confirm(*vm);
 }
 
-// Huge pages of 1 GB. Only the own control group counts them separately.
-Figure ClientRecords::GiganticPagesInKB(Group *own, const ProcessStatus &status) {
-  if (own == nullptr || status.hugePages == Figure(0)) return Figure(0);
-  const Figure charged = AbsentIfUnreadable(reader_.Amount(*own, CgroupAmount::kGiganticPages)).IfAbsent(Figure(0));
-  return Lower(charged / 1024, status.hugePages);
+// Huge pages of 1 GB. The own control group counts them separately; KVM counts those that the guest has mapped.
+Figure ClientRecords::GiganticPagesInKB(Group &vm, Group *own, const ProcessStatus &status) {
+  if (status.hugePages == Figure(0)) return Figure(0);
+  Figure charged = own == nullptr ? Figure() : reader_.Amount(*own, CgroupAmount::kGiganticPages) / 1024;
+  charged = AbsentIfUnreadable(charged).IfAbsent(AbsentIfUnreadable(reader_.GuestPages(vm).gigantic) * kGiganticPageKB);
+  return Lower(charged.IfAbsent(Figure(0)), status.hugePages);
 }
 
-// For a single process, only files whose cost grows with its memory contain these figures.
-Figure ClientRecords::TransparentPagesInKB(Group &vm, Group *own, const ProcessStatus &status) {
-  const Figure memory = vms_.GuestMemory(vm, status);
+// For a single process, only files whose cost grows with its memory contain these figures. KVM counts what the guest
+// has mapped, with `pooled`, the huge pages of pools. The own control group also counts the monitor's.
+Figure ClientRecords::TransparentPagesInKB(Group &vm, Group *own, const ProcessStatus &status, Figure pooled) {
+  const Figure memory = vms_.GuestSize(vm, status);
   const bool isPossible =
       status.transparentHugePages != Figure(0) && (memory.isAbsent() || memory - status.hugePages != Figure(0));
-  return isPossible ? (StatOf(own).transparent / 1024).IfAbsent(Figure::Unreadable()) : Figure(0);
+  if (!isPossible || host_.TransparentPages() == Figure(0)) return Figure(0);
+  const Figure mapped = AbsentIfUnreadable(reader_.GuestPages(vm).large) * kLargePageKB;
+  if (!mapped.isAbsent()) return Lower(mapped - pooled, memory);
+  return (StatOf(own).transparent / 1024).IfAbsent(Figure::Unreadable());
 }
 
 HVC_ReturnStatus ClientRecords::UserWorld(int64_t client, UwMemoryStatsRecord &record) {

@@ -72,8 +72,8 @@ class ClientRecords {
   Figure Swapped(Group *own, const ProcessStatus &status);
 
   Figure PagesInKB(Figure pages);
-  Figure GiganticPagesInKB(Group *own, const ProcessStatus &status);
-  Figure TransparentPagesInKB(Group &vm, Group *own, const ProcessStatus &status);
+  Figure GiganticPagesInKB(Group &vm, Group *own, const ProcessStatus &status);
+  Figure TransparentPagesInKB(Group &vm, Group *own, const ProcessStatus &status, Figure pooled);
   Figure RemappedPages(Group &process, size_t type);
 
   HostFiles &files_;

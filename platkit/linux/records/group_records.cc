@@ -245,9 +245,9 @@ HVC_ReturnStatus GroupRecords::ProcessStats(Group &group, GroupMemoryStatsRecord
   record.sharedSaved = sharing_.OfProcess(group).saved.Cell(0);
   if (group.kind != GroupKind::kVm) return reader_.Confirm(group);
   // The guest's memory is constant, so its peak is the same; a peak of the process would include other memory.
-  const Figure guestMemory = vms_.GuestMemory(group, *status);
-  if (!guestMemory.isAbsent()) record.memSize = record.memSizePeak = guestMemory.Cell(0);
-  record.ovhd = VmOverhead(*status, guestMemory).Cell(0);
+  const GuestMemory guest = vms_.Guest(group, *status);
+  if (!guest.size.isAbsent()) record.memSize = record.memSizePeak = guest.size.Cell(0);
+  record.ovhd = VmOverhead(*status, guest).Cell(0);
   record.bMax = CellInKB(limits_.Lowest(group, CgroupAmount::kMax), HVC_KB_NONE);
   if (Group *own = vms_.OwnControlGroup(group); own != nullptr) {
     record.bMin = record.rMinPeak = CellInKB(reader_.Amount(*own, CgroupAmount::kMin), 0);
@@ -263,7 +263,7 @@ HVC_ReturnStatus GroupRecords::VmmStats(Group &group, GroupMemoryStatsRecord &re
   if (vm == nullptr) return HVC_NOT_FOUND;
   const ProcessStatus *status = reader_.Status(*vm);
   if (status == nullptr) return HVC_NOT_FOUND;
-  record.memSize = record.consumed = VmOverhead(*status, vms_.GuestMemory(*vm, *status)).Cell(0);
+  record.memSize = record.consumed = VmOverhead(*status, vms_.Guest(*vm, *status)).Cell(0);
   record.memSizePeak = record.consumedPeak = HVC_KB_NONE;
   record.bMax = record.allocTgt = CellInKB(limits_.Lowest(*vm, CgroupAmount::kMax), HVC_KB_NONE);
   return reader_.Confirm(*vm);

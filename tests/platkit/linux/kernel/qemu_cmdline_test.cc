@@ -106,6 +106,23 @@ TEST(QemuCmdline, DevicesThatMapOtherMemory) {
     EXPECT_FALSE(Parse({"qemu-kvm", "-device", device}).mapsOtherMemory) << device;
 }
 
+TEST(QemuCmdline, MemoryThatTheMonitorMakesResident) {
+  using Words = std::vector<std::string>;
+  for (const Words &words :
+       {Words{"-object", "memory-backend-ram,id=m,prealloc=on"},
+        Words{"-object", R"({"qom-type":"memory-backend-memfd","prealloc":true})"}, Words{"-mem-prealloc", "-m", "1G"},
+        Words{"-overcommit", "mem-lock=on"}, Words{"-incoming", "defer"}, Words{"-loadvm", "x"},
+        Words{"-device", "vfio-pci,host=1:0.0"}}) {
+    Words all = {"qemu-kvm"};
+    all.insert(all.end(), words.begin(), words.end());
+    EXPECT_TRUE(Parse(all).isPopulated) << words[0];
+  }
+  EXPECT_EQ(Parse({"qemu-kvm", "-mem-prealloc", "-m", "1G"}).memory, MB(1024)) << "an option without a value";
+  EXPECT_FALSE(Parse({"qemu-kvm", "-m", "1G", "-object", "memory-backend-ram,id=m,prealloc=off", "-overcommit",
+                      "mem-lock=off", "-device", "virtio-net-pci"})
+                   .isPopulated);
+}
+
 TEST(QemuCmdline, WithoutASize) {
   const QemuOptions options = Parse({"qemu-system-x86_64", "-smp", "2"});
   EXPECT_EQ(options.memory, kAbsent);

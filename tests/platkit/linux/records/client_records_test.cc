@@ -272,6 +272,36 @@ TEST(ClientRecords, AUsersMaximumOfMemoryIsNotShown) {
   EXPECT_CELL(Vmm(host, 310).memSizeLimit, MB(2048));
 }
 
+// The pages that the guest of machine 310 has mapped.
+void ListInKvm(SavedHost &host, const char *small, const char *large, const char *gigantic) {
+  const std::string folder = "sys/kernel/debug/kvm/310-11/";
+  host.Remove("proc/310/fd");
+  host.MakeLink("proc/310/fd/11", "anon_inode:kvm-vm");
+  host.Write(folder + "pages_4k", small);
+  host.Write(folder + "pages_2m", large);
+  host.Write(folder + "pages_1g", gigantic);
+}
+
+TEST(ClientRecords, AGuestInSharedMemoryIsToldFromItsMonitor) {
+  SavedHost host("clients.host");
+  AddWords(host, 310, {"-machine", "q35,memory-backend=ram", "-object", "memory-backend-memfd,id=ram,size=2G"});
+  EXPECT_CELL(Vmm(host, 310).mapped, 40000u + 2000) << "shared memory, and the page of zeros";
+  EXPECT_CELL(host.ask().Stats(310).ovhd, 1460000u + 4000);
+  EXPECT_CELL(host.ask().Stats(kVmm + 310).consumed, 1464000u);
+}
+
+TEST(ClientRecords, KvmTellsWhatAnAnonymousGuestHasMapped) {
+  SavedHost host("clients.host");
+  std::string status = host.Read("proc/310/status");
+  host.Write("proc/310/status", status.replace(status.find("4999868 kB"), 7, "4097020"));
+  ListInKvm(host, "1000\n", "50\n", "0\n");
+  EXPECT_CELL(Vmm(host, 310).mapped, 4000u + 102400 + 2000);
+  EXPECT_CELL(host.ask().Stats(310).ovhd, 1500000u - 106400 + 4000);
+  AddWords(host, 310, {"-mem-prealloc"});
+  host.ask().Members(host.ControlGroup(kOwn));
+  EXPECT_CELL(Vmm(host, 310).mapped, 1442000u) << "the monitor has mapped all of it";
+}
+
 TEST(ClientRecords, Swapping) {
   SavedHost host("clients.host");
   const VmSwapInfoRecord swap = Swap(host, 310);
@@ -351,6 +381,38 @@ TEST(ClientRecords, LargePages) {
   EXPECT_CELL(shared.backings2M, UINT32_MAX) << "nothing tells its transparent huge pages";
   EXPECT_CELL(shared.backings1G, 0u);
   EXPECT_CELL(shared.allocSuccess, 0u);
+}
+
+TEST(ClientRecords, LargePagesThatKvmCounts) {
+  SavedHost host("clients.host");
+  ListInKvm(host, "1000\n", "50\n", "0\n");
+  EXPECT_CELL(LargePages(host, 310).backings2M, 50u) << "without the monitor's";
+  EXPECT_CELL(LargePages(host, 310).backings1G, 0u);
+  ListInKvm(host, "1000\n", "x\n", "0\n");
+  EXPECT_CELL(LargePages(host, 310).backings2M, 502u) << "those of its control group";
+  ListInKvm(host, "1000\n", "5000\n", "0\n");
+  EXPECT_CELL(LargePages(host, 310).backings2M, 1024u) << "at most all of its memory";
+  std::string status = host.Read("proc/310/status");
+  host.Write("proc/310/status",
+             status.replace(status.find("HugetlbPages:\t       0 kB"), 25, "HugetlbPages: 1048576 kB"));
+  ListInKvm(host, "1000\n", "700\n", "0\n");
+  EXPECT_CELL(LargePages(host, 310).backings2M, 700u) << "512 of them are of a pool";
+  host.Remove(kOwn + "/hugetlb.1GB.current");
+  ListInKvm(host, "1000\n", "7\n", "1\n");
+  EXPECT_CELL(LargePages(host, 310).backings1G, 1u);
+  EXPECT_CELL(LargePages(host, 310).backings2M, 7u);
+}
+
+TEST(ClientRecords, AHostWithoutTransparentHugePages) {
+  SavedHost host("clients.host");
+  EXPECT_CELL(LargePages(host, 320).backings2M, UINT32_MAX);
+  host.Write("proc/meminfo", "MemTotal: 16000000 kB\nAnonHugePages: 2048 kB\nShmemHugePages: 0 kB\n");
+  EXPECT_CELL(LargePages(host, 320).backings2M, UINT32_MAX) << "some process has one";
+  for (const char *none : {"AnonHugePages: 0 kB\nShmemHugePages: 0 kB\n", ""}) {
+    host.Write("proc/meminfo", std::string("MemTotal: 16000000 kB\n") + none);
+    EXPECT_CELL(LargePages(host, 320).backings2M, 1536u) << "those of pools: " << none;
+    EXPECT_CELL(LargePages(host, 310).backings2M, 0u) << none;
+  }
 }
 
 TEST(ClientRecords, LargePagesOfPools) {
