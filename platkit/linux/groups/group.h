@@ -51,7 +51,7 @@ struct VmFacts {
   GuestBacking backing = GuestBacking::kAnonymous;
   Fresh<GuestMappings> mappings;
   Fresh<KvmPages> kvmPages;
-  Fresh<bool> hasOwnControlGroup;
+  Fresh<int64_t> ownControlGroup;  // its identifier; kHostGroup: none
 };
 
 struct Group {

@@ -262,7 +262,6 @@ HVC_ReturnStatus GroupTree::CountVms(Figure &count) {
   return status;
 }
 
-// 1 for a VM, 0 for another process; unreadable if the limit of descriptors leaves it open.
 Figure GroupTree::CountVm(int64_t pid) {
   bool isVm = false;
   bool mayBeVm = false;

@@ -4,12 +4,14 @@
 #include <utility>
 
 #include "platkit/linux/files/folder_reader.h"
+#include "platkit/linux/groups/vm_scope.h"
 
 namespace platkit {
 namespace {
 
-// A VM's control group with more groups below it counts as shared, without a search.
+// A VM's control group with more groups below it, or more other processes, counts as shared.
 constexpr size_t kMaxFolders = 64;
+constexpr size_t kMaxHelpers = 64;
 
 // A monitor maps all memory of its guest before the guest starts, so more than the process has mapped is not a guest's
 // memory.
@@ -49,71 +51,134 @@ const GuestMappings &VmGroups::Mappings(Group &vm) {
                              [&] { return ReadGuestMappings(files_, vm.id, reader_.mount().memoryDevices); });
 }
 
+Figure VmGroups::Overhead(Group &vm, const ProcessStatus &status) {
+  const GuestMemory guest = Guest(vm, status);
+  const Figure ofProcess = VmOverhead(status, guest);
+  Group *own = OwnControlGroup(vm);
+  const Figure charged = own == nullptr ? Figure() : Charged(*own);
+  if (charged.isAbsent() || charged == Figure::Unreadable()) return ofProcess;
+  return Higher(ofProcess, charged - (GuestPart(status, guest) - status.hugePages));
+}
+
+// What a VM's own group is charged for, in KB, without what is neither the guest's nor overhead: the cache of its
+// disks, and compressed memory. Huge pages of pools are not charged by default. Absent if the kernel does not tell.
+Figure VmGroups::Charged(Group &own) {
+  const CgroupStat &stat = reader_.Stat(own);
+  if (stat.unmapped.isAbsent()) return {};
+  return (reader_.Amount(own, CgroupAmount::kCurrent) - stat.unmapped - stat.zswap - stat.hugePages) / 1024;
+}
+
 Group *VmGroups::OwnControlGroup(Group &process) {
-  if (process.kind != GroupKind::kVm) return nullptr;
-  Group *group = tree_.FindKnown(process.parentID);
-  if (group == nullptr || group->kind != GroupKind::kControlGroup) return nullptr;
-  const bool isOwn =
-      process.vm->hasOwnControlGroup.GetMade(files_.clock(), [&] { return IsOwnControlGroup(process, *group); });
-  return isOwn ? group : nullptr;
+  if (process.kind != GroupKind::kVm || reader_.mount().memoryFiles == CgroupVersion::kNone) return nullptr;
+  const int64_t id = process.vm->ownControlGroup.GetMade(files_.clock(), [&] { return FindOwnControlGroup(process); });
+  return id == kHostGroup ? nullptr : tree_.FindKnown(id);
 }
 
-Fresh<bool> VmGroups::IsOwnControlGroup(const Group &vm, const Group &group) {
+Fresh<int64_t> VmGroups::FindOwnControlGroup(const Group &vm) {
   Clock::Time readAt = files_.clock().Now();
-  const bool isOwn = reader_.mount().memoryFiles != CgroupVersion::kNone && IsAlone(vm, group, readAt);
-  return {isOwn, readAt};
+  int64_t own = kHostGroup;
+  if (const Group *scope = ScopeOf(vm); scope != nullptr && HasNoOtherVm(vm, *scope, readAt)) {
+    own = scope->id;
+  } else if (const Group *parent = ControlGroupOf(vm); parent != nullptr && IsAlone(vm, *parent, readAt)) {
+    own = parent->id;
+  }
+  return {own, readAt};
 }
 
-// Groups whose members are known from a fresh listing are not read again; `readAt` is then lowered to the time of the
-// listing.
+// The control group above, or null.
+const Group *VmGroups::ControlGroupOf(const Group &group) {
+  const Group *parent = tree_.FindKnown(group.parentID);
+  return parent == nullptr || parent->kind != GroupKind::kControlGroup ? nullptr : parent;
+}
+
+// The control group that was created for the VM, or null.
+const Group *VmGroups::ScopeOf(const Group &vm) {
+  const Group *group = ControlGroupOf(vm);
+  if (group == nullptr) return nullptr;
+  const std::string path = FullCgroupOfFolder(reader_.mount(), group->folder);
+  const std::string_view scope = VmScopeOf(path);
+  if (scope.empty()) return nullptr;
+  for (size_t length = path.size(); group != nullptr && length > scope.size(); group = ControlGroupOf(*group))
+    length -= group->name.size() + 1;
+  return group;
+}
+
 bool VmGroups::IsAlone(const Group &vm, const Group &top, Clock::Time &readAt) {
-  std::vector<const Group *> listed;
+  std::vector<int64_t> others;
+  return FindOthers(vm, top, 0, others, readAt);
+}
+
+// Whether the processes beside the VM are its helpers.
+bool VmGroups::HasNoOtherVm(const Group &vm, const Group &top, Clock::Time &readAt) {
+  std::vector<int64_t> others;
+  return FindOthers(vm, top, kMaxHelpers, others, readAt) &&
+         std::ranges::all_of(others, [&](int64_t pid) { return tree_.CountVm(pid) == Figure(0); });
+}
+
+// Finds the other processes with memory in a group and below. False if there are more than `limit` or too many groups,
+// or if some are hidden. Groups whose members are known from a fresh listing are not read again; `readAt` is then
+// lowered to the time of the listing.
+bool VmGroups::FindOthers(const Group &vm, const Group &top, size_t limit, std::vector<int64_t> &others,
+                          Clock::Time &readAt) {
+  std::vector<const Group *> groups = {&top};
   std::vector<std::string> folders;
-  const auto visit = [&](const Group &group) {
-    if (group.processesRead.IsFresh(files_.clock()) && group.controlGroupsRead.IsFresh(files_.clock())) {
-      readAt = std::min({readAt, group.processesRead.readAt(), group.controlGroupsRead.readAt()});
-      listed.push_back(&group);
-    } else {
+  for (size_t visited = 0; !groups.empty(); ++visited) {
+    const Group &group = *groups.back();
+    groups.pop_back();
+    if (!IsListed(group)) {
       folders.push_back(group.folder);
+    } else if (!AddListed(vm, group, others, groups)) {
+      return false;
+    } else {
+      readAt = std::min({readAt, group.processesRead.readAt(), group.controlGroupsRead.readAt()});
     }
-  };
-  visit(top);
-  while (!listed.empty()) {
-    const Group &group = *listed.back();
-    listed.pop_back();
-    if (HasOtherMember(vm, group)) return false;
-    for (const int64_t id : group.controlGroups) {
-      if (const Group *child = tree_.FindKnown(id); child != nullptr) visit(*child);
-    }
-    if (listed.size() + folders.size() > kMaxFolders) return false;
+    if (others.size() > limit || visited + groups.size() > kMaxFolders) return false;
   }
-  while (!folders.empty()) {
+  for (size_t visited = 0; !folders.empty(); ++visited) {
     const std::string folder = std::move(folders.back());
     folders.pop_back();
-    if (ListsOtherProcess(vm, folder)) return false;
-    FolderReader entries(files_, HostPath(folder));
-    for (FolderReader::Entry entry; entries.Next(entry);) {
-      if (entry.isFolder) folders.push_back(folder + "/" + std::string(entry.name));
-    }
-    if (folders.size() > kMaxFolders) return false;
+    if (!AddUnlisted(vm, folder, others, folders)) return false;
+    if (others.size() > limit || visited + folders.size() > kMaxFolders) return false;
   }
   return true;
 }
 
-bool VmGroups::HasOtherMember(const Group &vm, const Group &group) {
-  return std::ranges::any_of(group.processes,
-                             [&](int64_t pid) { return pid != vm.id && tree_.FindKnown(pid) != nullptr; });
+bool VmGroups::IsListed(const Group &group) const {
+  return group.processesRead.IsFresh(files_.clock()) && group.controlGroupsRead.IsFresh(files_.clock());
 }
 
-// True also if this user may not read the list, or if its path is too long.
-bool VmGroups::ListsOtherProcess(const Group &vm, const std::string &folder) {
+// False if the listing failed.
+bool VmGroups::AddListed(const Group &vm, const Group &group, std::vector<int64_t> &others,
+                         std::vector<const Group *> &groups) {
+  const HVC_ReturnStatus *processes = group.processesRead.IfFresh(files_.clock());
+  const HVC_ReturnStatus *folders = group.controlGroupsRead.IfFresh(files_.clock());
+  if (processes == nullptr || folders == nullptr || *processes != HVC_OK || *folders != HVC_OK) return false;
+  for (const int64_t pid : group.processes) {
+    if (pid != vm.id && tree_.FindKnown(pid) != nullptr) others.push_back(pid);
+  }
+  for (const int64_t id : group.controlGroups) {
+    if (const Group *child = tree_.FindKnown(id); child != nullptr) groups.push_back(child);
+  }
+  return true;
+}
+
+// False if this user may not read the folder or its list, or if a path is too long.
+bool VmGroups::AddUnlisted(const Group &vm, const std::string &folder, std::vector<int64_t> &others,
+                           std::vector<std::string> &folders) {
   std::vector<int64_t> pids;
-  const HVC_ReturnStatus result = ReadCgroupPids(files_, folder, pids);
-  const auto hasMemory = [&](int64_t pid) {
+  const HVC_ReturnStatus listed = ReadCgroupPids(files_, folder, pids);
+  for (const int64_t pid : pids) {
     ProcessStatus status;
-    return pid != vm.id && ReadProcessStatus(files_, pid, status) == HVC_OK;
+    if (pid != vm.id && ReadProcessStatus(files_, pid, status) == HVC_OK) others.push_back(pid);
+  }
+  FolderReader entries(files_, HostPath(folder));
+  for (FolderReader::Entry entry; entries.Next(entry);) {
+    if (entry.isFolder) folders.push_back(folder + "/" + std::string(entry.name));
+  }
+  const auto isHidden = [](HVC_ReturnStatus status) {
+    return status == HVC_NO_PERMISSION || status == HVC_NAME_TOO_LONG;
   };
-  return std::ranges::any_of(pids, hasMemory) || result == HVC_NO_PERMISSION || result == HVC_NAME_TOO_LONG;
+  return !isHidden(listed) && !isHidden(entries.status());
 }
 
 }  // namespace platkit

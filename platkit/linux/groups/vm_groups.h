@@ -2,6 +2,10 @@
 #ifndef PLATKIT_LINUX_GROUPS_VM_GROUPS_H
 #define PLATKIT_LINUX_GROUPS_VM_GROUPS_H
 
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "platkit/linux/groups/group_tree.h"
 #include "platkit/linux/groups/process_memory.h"
 
@@ -19,17 +23,29 @@ class VmGroups {
   // What is known of the guest's memory, for GuestPart and VmOverhead.
   GuestMemory Guest(Group &vm, const ProcessStatus &status);
 
-  // The control group of the VM if it contains no other process with memory, so that its figures are the VM's. Null if
-  // there is none. `process` may be a group of any kind; only a VM has an own control group.
+  // The VM's memory that is not its guest's, in KB: the monitor's, and in an own control group also that of helper
+  // processes and of the kernel.
+  Figure Overhead(Group &vm, const ProcessStatus &status);
+
+  // The control group whose figures are the VM's: the one that a management tool created for it, unless that contains
+  // another VM; else its control group if it contains no other process with memory. Null if there is none. `process`
+  // may be a group of any kind; only a VM has an own control group.
   Group *OwnControlGroup(Group &process);
 
  private:
   Figure HotPlugged(Group &vm);
   const GuestMappings &Mappings(Group &vm);
-  Fresh<bool> IsOwnControlGroup(const Group &vm, const Group &group);
+  Figure Charged(Group &own);
+  Fresh<int64_t> FindOwnControlGroup(const Group &vm);
+  const Group *ControlGroupOf(const Group &group);
+  const Group *ScopeOf(const Group &vm);
   bool IsAlone(const Group &vm, const Group &top, Clock::Time &readAt);
-  bool HasOtherMember(const Group &vm, const Group &group);
-  bool ListsOtherProcess(const Group &vm, const std::string &folder);
+  bool HasNoOtherVm(const Group &vm, const Group &top, Clock::Time &readAt);
+  bool FindOthers(const Group &vm, const Group &top, size_t limit, std::vector<int64_t> &others, Clock::Time &readAt);
+  bool IsListed(const Group &group) const;
+  bool AddListed(const Group &vm, const Group &group, std::vector<int64_t> &others, std::vector<const Group *> &groups);
+  bool AddUnlisted(const Group &vm, const std::string &folder, std::vector<int64_t> &others,
+                   std::vector<std::string> &folders);
 
   HostFiles &files_;
   GroupReader &reader_;

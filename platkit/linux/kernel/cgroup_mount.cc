@@ -155,6 +155,12 @@ FileSystem FileSystemOf(const CgroupMount &mount, std::string_view path) {
   return found == nullptr || !isPlain ? FileSystem::kOther : found->type;
 }
 
+std::string FullCgroupOfFolder(const CgroupMount &mount, std::string_view folder) {
+  std::string path = mount.mounted == "/" ? std::string() : mount.mounted;
+  if (folder.starts_with(mount.top)) path += folder.substr(mount.top.size());
+  return path;
+}
+
 // Lines are "id:controllers:folder", with no controllers in version 2.
 std::string ReadFullCgroupOfProcess(HostFiles &files, const CgroupMount &mount, int64_t pid) {
   LineReader lines(files, HostPath("proc/", pid, "/cgroup"));

@@ -44,6 +44,9 @@ FileSystem FileSystemOf(const CgroupMount &mount, std::string_view path);
 // Finds the hierarchy to use: preferably version 1 with the memory controller, then version 2, then any other.
 CgroupMount FindCgroupMount(HostFiles &files);
 
+// The path of a visible control group from the top of the hierarchy. `folder` is relative to the root folder.
+std::string FullCgroupOfFolder(const CgroupMount &mount, std::string_view folder);
+
 // The folder of a process' control group, relative to the mount's top and without a slash at either end. Empty for the
 // top itself, and for a group that is invisible or unknown.
 std::string ReadCgroupOfProcess(HostFiles &files, const CgroupMount &mount, int64_t pid);

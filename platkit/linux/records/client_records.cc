@@ -84,7 +84,7 @@ HVC_ReturnStatus ClientRecords::Zip(int64_t client, ZipStatsRecord &record) {
   Group *own = vms_.OwnControlGroup(*vm);
   const CgroupStat &stat = StatOf(own);
   if (own == nullptr || stat.zswap.isAbsent()) return HVC_NOT_FOUND;
-  record.totalCache = record.maxCache = Cell(CompressionCache(*own));
+  record.totalCache = record.maxCache = Cell(CompressionCache(*vm));
   record.usedCache = Cell(stat.zswap / 1024);
   record.zipped = Cell(PagesInKB(CountOfVm(own, stat.zswapOut, Figure())));
   record.unZipped = Cell(PagesInKB(CountOfVm(own, stat.zswapIn, Figure())));
@@ -92,12 +92,12 @@ HVC_ReturnStatus ClientRecords::Zip(int64_t client, ZipStatsRecord &record) {
 }
 
 // The limit of the group, at most what zswap may use on the host; 0 while zswap is off.
-Figure ClientRecords::CompressionCache(Group &own) {
+Figure ClientRecords::CompressionCache(Group &vm) {
   const Figure percent = host_.zswapMaxPercent();
   if (percent.isAbsent()) return Figure(0);
   const Figure pool =
       percent == Figure(0) || percent == Figure::Unreadable() ? percent : host_.meminfo().total / 100 * percent.Cell(0);
-  return Lower(pool, limits_.Lowest(own, CgroupAmount::kZswapMax) / 1024);
+  return Lower(pool, limits_.Lowest(vm, CgroupAmount::kZswapMax) / 1024);
 }
 
 // Without an own control group, a VM's compressed memory is known only if the host has none.

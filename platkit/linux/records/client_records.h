@@ -66,7 +66,7 @@ class ClientRecords {
     Figure saved;  // by compression
   };
   Compressed CompressedOf(Group *own);
-  Figure CompressionCache(Group &own);
+  Figure CompressionCache(Group &vm);
 
   // The VM's memory in swap space, in KB.
   Figure Swapped(Group *own, const ProcessStatus &status);

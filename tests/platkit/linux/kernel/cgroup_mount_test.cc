@@ -58,6 +58,16 @@ TEST(CgroupMount, Preference) {
   EXPECT_FALSE(Find(host, other).exists);
 }
 
+TEST(CgroupMount, FullPathsOfFolders) {
+  CgroupMount mount;
+  mount.top = "sys/fs/cgroup";
+  mount.mounted = "/";
+  EXPECT_EQ(FullCgroupOfFolder(mount, "sys/fs/cgroup/machine.slice/a.scope"), "/machine.slice/a.scope");
+  EXPECT_EQ(FullCgroupOfFolder(mount, "sys/fs/cgroup"), "");
+  mount.mounted = "/box";
+  EXPECT_EQ(FullCgroupOfFolder(mount, "sys/fs/cgroup/in"), "/box/in");
+}
+
 TEST(CgroupMount, MountsOfAllShapes) {
   SavedHost host;
   EXPECT_EQ(Find(host, "1 1 0:1 / /a\\040b\\134c\\9 rw - cgroup2 x rw\n").top, "a b\\c\\9");
