@@ -8,7 +8,8 @@
 namespace platkit {
 namespace {
 
-// QEMU starts each memory of a guest at such an address. Memory devices are no smaller than a guest's unit of hot-plug.
+// The size of a guest's memory is a multiple of this, and QEMU aligns it if it is anonymous. Memory devices are no
+// smaller than a guest's unit of hot-plug.
 constexpr uint64_t kAlignment = uint64_t{2} << 20;
 constexpr uint64_t kSmallestBlock = uint64_t{128} << 20;
 
@@ -27,7 +28,9 @@ bool IsMemory(const Mapping &mapping, std::span<const DeviceNumber> memoryDevice
 bool IsAligned(uint64_t number) { return number % kAlignment == 0; }
 
 bool IsBlock(const Mapping &memory) {
-  return IsAligned(memory.start) && IsAligned(memory.end) && memory.end - memory.start >= kSmallestBlock;
+  const uint64_t size = memory.end - memory.start;
+  const bool isFile = memory.inode != 0;
+  return (isFile || IsAligned(memory.start)) && IsAligned(size) && size >= kSmallestBlock;
 }
 
 bool IsContinuedBy(const Mapping &memory, const Mapping &next) {

@@ -15,8 +15,7 @@ namespace platkit {
 // mapping, or if this user may not read the file.
 struct GuestMappings {
   Figure largest;
-  Figure
-      blocks;  // the sum of mappings of 128 MB or more that QEMU aligned for a guest: its memory, with memory devices
+  Figure blocks;  // the sum of those of 128 MB or more that have the form of a guest's memory, or of a memory device's
 };
 
 GuestMappings ReadGuestMappings(HostFiles &files, int64_t pid, std::span<const DeviceNumber> memoryDevices);

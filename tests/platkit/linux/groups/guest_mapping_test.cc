@@ -72,7 +72,7 @@ TEST(GuestMapping, BlocksOfGuestMemory) {
   constexpr uint64_t kMB = 1024;
   EXPECT_EQ(blocks("7f0000000000-7f0008000000 rw-p 00000000 00:00 0 \n"), Figure(128 * kMB));
   EXPECT_EQ(blocks("7f0000000000-7f0008000000 rw-p 00000000 00:00 0 \n7f0008000000-7f0008001000 ---p 0 00:00 0 \n"
-                   "7f0008200000-7f0018200000 rw-s 00000000 00:01 5 /memfd:memory-backend-memfd (deleted)\n"),
+                   "7f00081ff000-7f00181ff000 rw-s 00000000 00:01 5 /memfd:memory-backend-memfd (deleted)\n"),
             Figure((128 + 256) * kMB))
       << "the machine's, and a memory device's";
   EXPECT_EQ(blocks("7f0000000000-7f0004000000 rw-p 0 00:00 0 \n7f0004000000-7f0008000000 rw-p 0 00:00 0 \n"),
