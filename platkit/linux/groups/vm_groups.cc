@@ -104,22 +104,21 @@ const Group *VmGroups::ScopeOf(const Group &vm) {
 }
 
 bool VmGroups::IsAlone(const Group &vm, const Group &top, Clock::Time &readAt) {
-  std::vector<int64_t> others;
-  return FindOthers(vm, top, 0, others, readAt);
+  Others others = {.vm = vm.id, .limit = 0};
+  return FindOthers(top, others, readAt);
 }
 
 // Whether the processes beside the VM are its helpers.
 bool VmGroups::HasNoOtherVm(const Group &vm, const Group &top, Clock::Time &readAt) {
-  std::vector<int64_t> others;
-  return FindOthers(vm, top, kMaxHelpers, others, readAt) &&
-         std::ranges::all_of(others, [&](int64_t pid) { return tree_.CountVm(pid) == Figure(0); });
+  Others others = {.vm = vm.id, .limit = kMaxHelpers};
+  return FindOthers(top, others, readAt) &&
+         std::ranges::all_of(others.pids, [&](int64_t pid) { return tree_.CountVm(pid) == Figure(0); });
 }
 
-// Finds the other processes with memory in a group and below. False if there are more than `limit` or too many groups,
-// or if some are hidden. Groups whose members are known from a fresh listing are not read again; `readAt` is then
-// lowered to the time of the listing.
-bool VmGroups::FindOthers(const Group &vm, const Group &top, size_t limit, std::vector<int64_t> &others,
-                          Clock::Time &readAt) {
+// Finds the other processes with memory in a group and below. False if there are too many of them or of groups, or if
+// some are hidden. Groups whose members are known from a fresh listing are not read again; `readAt` is then lowered to
+// the time of the listing.
+bool VmGroups::FindOthers(const Group &top, Others &others, Clock::Time &readAt) {
   std::vector<const Group *> groups = {&top};
   std::vector<std::string> folders;
   for (size_t visited = 0; !groups.empty(); ++visited) {
@@ -127,18 +126,17 @@ bool VmGroups::FindOthers(const Group &vm, const Group &top, size_t limit, std::
     groups.pop_back();
     if (!IsListed(group)) {
       folders.push_back(group.folder);
-    } else if (!AddListed(vm, group, others, groups)) {
-      return false;
-    } else {
+    } else if (AddListed(group, others, groups)) {
       readAt = std::min({readAt, group.processesRead.readAt(), group.controlGroupsRead.readAt()});
+    } else {
+      return false;
     }
-    if (others.size() > limit || visited + groups.size() > kMaxFolders) return false;
+    if (visited + groups.size() > kMaxFolders) return false;
   }
   for (size_t visited = 0; !folders.empty(); ++visited) {
     const std::string folder = std::move(folders.back());
     folders.pop_back();
-    if (!AddUnlisted(vm, folder, others, folders)) return false;
-    if (others.size() > limit || visited + folders.size() > kMaxFolders) return false;
+    if (!AddUnlisted(folder, others, folders) || visited + folders.size() > kMaxFolders) return false;
   }
   return true;
 }
@@ -147,38 +145,35 @@ bool VmGroups::IsListed(const Group &group) const {
   return group.processesRead.IsFresh(files_.clock()) && group.controlGroupsRead.IsFresh(files_.clock());
 }
 
-// False if the listing failed.
-bool VmGroups::AddListed(const Group &vm, const Group &group, std::vector<int64_t> &others,
-                         std::vector<const Group *> &groups) {
+// False if the listing failed, or if there are too many other processes.
+bool VmGroups::AddListed(const Group &group, Others &others, std::vector<const Group *> &groups) {
   const HVC_ReturnStatus *processes = group.processesRead.IfFresh(files_.clock());
   const HVC_ReturnStatus *folders = group.controlGroupsRead.IfFresh(files_.clock());
   if (processes == nullptr || folders == nullptr || *processes != HVC_OK || *folders != HVC_OK) return false;
-  for (const int64_t pid : group.processes) {
-    if (pid != vm.id && tree_.FindKnown(pid) != nullptr) others.push_back(pid);
-  }
   for (const int64_t id : group.controlGroups) {
     if (const Group *child = tree_.FindKnown(id); child != nullptr) groups.push_back(child);
   }
-  return true;
+  return std::ranges::all_of(group.processes,
+                             [&](int64_t pid) { return tree_.FindKnown(pid) == nullptr || others.Add(pid); });
 }
 
-// False if this user may not read the folder or its list, or if a path is too long.
-bool VmGroups::AddUnlisted(const Group &vm, const std::string &folder, std::vector<int64_t> &others,
-                           std::vector<std::string> &folders) {
-  std::vector<int64_t> pids;
-  const HVC_ReturnStatus listed = ReadCgroupPids(files_, folder, pids);
-  for (const int64_t pid : pids) {
+// False if this user may not read the folder or its list, if a path is too long, or if there are too many other
+// processes.
+bool VmGroups::AddUnlisted(const std::string &folder, Others &others, std::vector<std::string> &folders) {
+  const auto isHidden = [](HVC_ReturnStatus status) {
+    return status == HVC_NO_PERMISSION || status == HVC_NAME_TOO_LONG;
+  };
+  const auto add = [&](int64_t pid) {
     ProcessStatus status;
-    if (pid != vm.id && ReadProcessStatus(files_, pid, status) == HVC_OK) others.push_back(pid);
-  }
+    return pid == others.vm || ReadProcessStatus(files_, pid, status) != HVC_OK || others.Add(pid);
+  };
+  std::vector<int64_t> pids;
+  if (isHidden(ReadCgroupPids(files_, folder, pids)) || !std::ranges::all_of(pids, add)) return false;
   FolderReader entries(files_, HostPath(folder));
   for (FolderReader::Entry entry; entries.Next(entry);) {
     if (entry.isFolder) folders.push_back(folder + "/" + std::string(entry.name));
   }
-  const auto isHidden = [](HVC_ReturnStatus status) {
-    return status == HVC_NO_PERMISSION || status == HVC_NAME_TOO_LONG;
-  };
-  return !isHidden(listed) && !isHidden(entries.status());
+  return !isHidden(entries.status());
 }
 
 }  // namespace platkit

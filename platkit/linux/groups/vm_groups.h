@@ -33,6 +33,19 @@ class VmGroups {
   Group *OwnControlGroup(Group &process);
 
  private:
+  // The processes beside a VM.
+  struct Others {
+    int64_t vm;
+    size_t limit;
+    std::vector<int64_t> pids = {};
+
+    // False if there are more than `limit`. Does not add the VM.
+    bool Add(int64_t pid) {
+      if (pid != vm) pids.push_back(pid);
+      return pids.size() <= limit;
+    }
+  };
+
   Figure HotPlugged(Group &vm);
   const GuestMappings &Mappings(Group &vm);
   Figure Charged(Group &own);
@@ -41,11 +54,10 @@ class VmGroups {
   const Group *ScopeOf(const Group &vm);
   bool IsAlone(const Group &vm, const Group &top, Clock::Time &readAt);
   bool HasNoOtherVm(const Group &vm, const Group &top, Clock::Time &readAt);
-  bool FindOthers(const Group &vm, const Group &top, size_t limit, std::vector<int64_t> &others, Clock::Time &readAt);
+  bool FindOthers(const Group &top, Others &others, Clock::Time &readAt);
   bool IsListed(const Group &group) const;
-  bool AddListed(const Group &vm, const Group &group, std::vector<int64_t> &others, std::vector<const Group *> &groups);
-  bool AddUnlisted(const Group &vm, const std::string &folder, std::vector<int64_t> &others,
-                   std::vector<std::string> &folders);
+  bool AddListed(const Group &group, Others &others, std::vector<const Group *> &groups);
+  bool AddUnlisted(const std::string &folder, Others &others, std::vector<std::string> &folders);
 
   HostFiles &files_;
   GroupReader &reader_;

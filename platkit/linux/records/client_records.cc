@@ -44,8 +44,8 @@ HVC_ReturnStatus ClientRecords::Vmm(int64_t client, VmmMemoryStatsRecord &record
   if (status == nullptr) return HVC_NOT_FOUND;
   const Compressed compressed = CompressedOf(own);
   const ProcessSharing sharing = sharing_.OfProcess(*vm);
-  GuestMemory guest = vms_.Guest(*vm, *status);
-  const Figure memory = guest.size = guest.size.IfAbsent(status->size());
+  const GuestMemory guest = vms_.Guest(*vm, *status);
+  const Figure memory = guest.size.IfAbsent(status->size());
   const Figure growth = vm->vm->options.maxMemory - memory;
   const Figure mapped = Lower(GuestPart(*status, guest) + AbsentIfUnreadable(sharing.zero), memory);
   record.memSize = Cell(memory);
