@@ -1,4 +1,4 @@
-"""Tests the reports on real guests: QEMU machines with preallocated memory, stopped before their first instruction.
+"""Tests the reports on real guests: QEMU machines that are stopped before their first instruction.
 
     guest_test.py KESTREL
 """
@@ -7,6 +7,7 @@ import json
 import os
 import subprocess
 import sys
+import tempfile
 import unittest
 
 import machines
@@ -21,22 +22,46 @@ DRIFT = 16 * MB
 class Guest:
     """A started and stopped machine."""
 
-    def __init__(self, name, *words):
-        common = ["-S", "-name", name, "-machine", "pc,memory-backend=ram", "-qmp", "stdio", *words]
+    def __init__(self, name, *words, machine="pc,memory-backend=ram"):
+        common = ["-S", "-name", name, "-machine", machine, "-qmp", "stdio", *words]
         pipes = {stream: subprocess.PIPE for stream in ("stdin", "stdout", "stderr")}
         self.qemu = machines.start_qemu(common, text=True, **pipes)
         self.pid = self.qemu.pid
-        self._ask({"execute": "qmp_capabilities"})  # answered when the machine is built
+        self.ask("qmp_capabilities")  # answered when the machine is built
 
-    def _ask(self, command):
-        self.qemu.stdin.write(json.dumps(command) + "\n")
+    def ask(self, command, **arguments):
+        """The monitor's answer to a QMP command."""
+        self.qemu.stdin.write(json.dumps({"execute": command, "arguments": arguments}) + "\n")
         self.qemu.stdin.flush()
         while True:
             line = self.qemu.stdout.readline()
             if not line:
                 raise AssertionError(f"QEMU ended: {self.qemu.stderr.read()}")
-            if "return" in json.loads(line):
-                return
+            answer = json.loads(line)
+            if "error" in answer:
+                raise AssertionError(f"{command}: {answer['error']}")
+            if "return" in answer:
+                return answer["return"]
+
+    def size(self):
+        """The size of the memory in KB, as the monitor tells it."""
+        summary = self.ask("query-memory-size-summary")
+        return (summary["base-memory"] + summary.get("plugged-memory", 0)) // 1024
+
+    def resident_of_guest(self, size, name=""):
+        """The resident memory in KB of the mapping with a size in KB and a name, from smaps."""
+        found = []
+        with open(f"/proc/{self.pid}/smaps", encoding="utf-8") as file:
+            for line in file:
+                words = line.split()
+                if "-" in words[0] and not words[0].endswith(":"):
+                    start, end = (int(address, 16) for address in words[0].split("-"))
+                    is_guests = (end - start) // 1024 == size and " ".join(words[5:]).startswith(name)
+                elif words[0] == "Rss:" and is_guests:
+                    found.append(int(words[1]))
+        if len(found) != 1:
+            raise AssertionError(f"{len(found)} mappings of {size} KB")
+        return found[0]
 
     def status(self):
         with open(f"/proc/{self.pid}/status", encoding="utf-8") as file:
@@ -69,10 +94,19 @@ class ReportsOnGuests(machines.TestCase):
                                "-object", "memory-backend-memfd,id=ram,size=192M,share=on,prealloc=on")
 
     @classmethod
-    def start(cls, *words):
-        guest = Guest(*words)
+    def start(cls, *words, **options):
+        guest = Guest(*words, **options)
         cls.addClassCleanup(guest.stop)
         return guest
+
+    def start_loaded(self, name, *words):
+        """Starts a machine whose memory contains 48 MB of data."""
+        data = tempfile.NamedTemporaryFile()
+        self.addCleanup(data.close)
+        data.write(os.urandom(MB) * 48 * MB)
+        data.flush()
+        loader = f"loader,file={data.name},addr=0x1000000,force-raw=on"
+        return self.start(name, "-accel", "tcg", *words, "-device", loader)
 
     def report(self, name, *words):
         """The rows of a report on the whole host."""
@@ -144,6 +178,46 @@ class ReportsOnGuests(machines.TestCase):
             self.assertIsSwapped(row, statuses)
 
         self.for_each_guest(check)
+
+    def assertHasSize(self, guest, size):
+        self.assertEqual(guest.size(), size, "the monitor's view")
+        self.assertEqual(int(self.row_of(guest, "vm-stats")["memSize"]), size)
+        self.assertEqual(int(self.row_of(guest, "guest-stats")["memTotal"]), size)
+
+    def test_memory_devices(self):
+        guest = self.start("with-devices", "-accel", "tcg", "-m", "256M,slots=4,maxmem=2G",
+                           "-object", "memory-backend-ram,id=ram,size=256M",
+                           "-object", json.dumps({"qom-type": "memory-backend-ram", "id": "m0", "size": 128 << 20}),
+                           "-device", json.dumps({"driver": "pc-dimm", "id": "d0", "memdev": "m0"}),
+                           "-object", "memory-backend-memfd,id=m1,size=128M", "-device", "pc-dimm,id=d1,memdev=m1")
+        self.assertHasSize(guest, 512 * MB)
+        guest.ask("object-add", **{"qom-type": "memory-backend-ram", "id": "m2", "size": 384 << 20})
+        guest.ask("device_add", driver="pc-dimm", id="d2", memdev="m2")
+        self.assertEqual(len(guest.ask("query-memory-devices")), 3)
+        self.assertHasSize(guest, 896 * MB)
+
+    def test_a_machine_without_a_size(self):
+        self.assertHasSize(self.start("without-size", "-accel", "tcg", machine="pc"), 128 * MB)
+
+    def test_memory_in_a_memfd_is_told_exactly(self):
+        guest = self.start_loaded("memfd", "-m", "320M", "-object", "memory-backend-memfd,id=ram,size=320M")
+        truth = guest.resident_of_guest(320 * MB, "/memfd:")
+        self.assertNear(truth, 48 * MB, MB, "what was loaded")
+        row, statuses = self.watch(guest, "vm-stats")
+        self.assertNear(row["mapped"], truth, 64, "mapped")
+        rest = [resident(status) + status["VmPTE"] - truth for status in statuses]
+        self.assertBetween(row["ovhd"], rest, MB, "ovhd")
+
+    def test_anonymous_memory_is_an_upper_bound(self):
+        guest = self.start_loaded("anonymous", "-m", "320M", "-object", "memory-backend-ram,id=ram,size=320M")
+        truth = guest.resident_of_guest(320 * MB)
+        self.assertNear(truth, 48 * MB, 3 * MB, "what was loaded, with huge pages around it")
+        error = int(self.row_of(guest, "vm-stats")["mapped"]) - truth
+        print(f"mapped is {error} KB too high", file=sys.stderr)
+        self.assertGreaterEqual(error, 0)
+        status = guest.status()
+        self.assertLessEqual(error, status["VmData"] + status["VmStk"] - 320 * MB, "what the monitor may write")
+        self.assertLess(error, (48 + 40) * MB, "the monitor's copy of the data, and its own memory")
 
     @unittest.skipUnless(can_use_kvm(), "/dev/kvm cannot be opened")
     def test_kvm_gives_away_a_machine_of_any_name(self):

@@ -21,6 +21,9 @@ class Fresh {
 
   bool IsFresh(const Clock &clock) const { return IsFreshAt(clock.Now()); }
 
+  // The value if it is fresh, else null.
+  const T *IfFresh(const Clock &clock) const { return IsFresh(clock) ? &*value_ : nullptr; }
+
   // Returns the value, calling `read` for it unless it is fresh. The reference is valid until the next call.
   template <typename Read>
   T &Get(const Clock &clock, Read read) {

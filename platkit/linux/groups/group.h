@@ -10,10 +10,14 @@
 #include <vector>
 
 #include "platkit/linux/files/fresh.h"
+#include "platkit/linux/groups/guest_backing.h"
+#include "platkit/linux/groups/guest_mapping.h"
 #include "platkit/linux/kernel/cgroup_files.h"
 #include "platkit/linux/kernel/ksm.h"
+#include "platkit/linux/kernel/kvm_debugfs.h"
 #include "platkit/linux/kernel/libvirt_status.h"
 #include "platkit/linux/kernel/process_status.h"
+#include "platkit/linux/kernel/qemu_cmdline.h"
 
 namespace platkit {
 
@@ -44,11 +48,11 @@ struct ProcessReadings {
 
 // Facts about a VM.
 struct VmFacts {
-  Figure memory;               // in KB, from the command line; absent if not given there
-  Figure maxMemory;            // maximum in KB, from the command line; absent if not given there
-  Figure hasBalloon;           // 1 or 0, from the command line; absent if not known there
-  Fresh<Figure> mappedMemory;  // in KB, from the mappings; absent if none qualifies
-  Fresh<bool> hasOwnControlGroup;
+  QemuOptions options;
+  GuestBacking backing = GuestBacking::kAnonymous;
+  Fresh<GuestMappings> mappings;
+  Fresh<KvmPages> kvmPages;
+  Fresh<int64_t> ownControlGroup;  // its identifier; kHostGroup: none
   Fresh<LibvirtStatus> libvirt;
 };
 

@@ -59,6 +59,14 @@ Figure GroupReader::NumaMovedPages(Group &process) {
   });
 }
 
+const KvmVms &GroupReader::kvmVms() {
+  return kvmVms_.Get(files_.clock(), [&] { return ReadKvmVms(files_); });
+}
+
+const KvmPages &GroupReader::GuestPages(Group &vm) {
+  return vm.vm->kvmPages.Get(files_.clock(), [&] { return ReadKvmPages(files_, kvmVms(), vm.id); });
+}
+
 HVC_ReturnStatus GroupReader::Confirm(const Group &process) {
   return IsSameProcess(files_, process.id, process.identity) ? HVC_OK : HVC_NOT_FOUND;
 }

@@ -6,6 +6,7 @@
 
 #include "platkit/linux/groups/group.h"
 #include "platkit/linux/kernel/cgroup_mount.h"
+#include "platkit/linux/kernel/kvm_debugfs.h"
 
 namespace platkit {
 
@@ -26,12 +27,19 @@ class GroupReader {
   const ProcessKsm &Ksm(Group &process);
   Figure NumaMovedPages(Group &process);
 
+  // For a VM. All are absent unless this user may read KVM's list.
+  const KvmPages &GuestPages(Group &vm);
+
+  // KVM's list of VMs.
+  const KvmVms &kvmVms();
+
   // HVC_NOT_FOUND if the process has ended. Values that were read for its PID may then belong to another process.
   [[nodiscard]] HVC_ReturnStatus Confirm(const Group &process);
 
  private:
   HostFiles &files_;
   std::optional<CgroupMount> mount_;
+  Fresh<KvmVms> kvmVms_;
 };
 
 }  // namespace platkit

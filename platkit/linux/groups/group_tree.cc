@@ -282,14 +282,14 @@ void GroupTree::DetectVm(Group &group) {
 // The group changes last, so that it is still a process if memory runs out.
 void GroupTree::MakeVm(Group &group, QemuOptions &&options) {
   auto facts = std::make_unique<VmFacts>();
-  facts->memory = options.memory;
-  facts->maxMemory = options.maxMemory;
-  facts->hasBalloon = options.hasBalloon;
+  std::string name = options.name.empty() ? group.name : options.name;
+  facts->backing = BackingOf(options, group.user.isContained ? CgroupMount() : reader_.mount());
+  facts->options = std::move(options);
   const int64_t vmmID = kFirstVmmGroup + group.id;
   groups_.emplace(vmmID, Group{.kind = GroupKind::kVmm, .id = vmmID, .name = "vmm", .parentID = group.id});
   group.kind = GroupKind::kVm;
   group.vm = std::move(facts);
-  if (!options.name.empty()) group.name = std::move(options.name);
+  group.name = std::move(name);
 }
 
 HVC_ReturnStatus GroupTree::CountVms(Figure &count) {
@@ -301,7 +301,6 @@ HVC_ReturnStatus GroupTree::CountVms(Figure &count) {
   return status;
 }
 
-// 1 for a VM, 0 for another process; unreadable if the limit of descriptors leaves it open.
 Figure GroupTree::CountVm(int64_t pid) {
   bool isVm = false;
   bool mayBeVm = false;

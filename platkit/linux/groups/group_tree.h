@@ -42,6 +42,9 @@ class GroupTree {
   // Turns a process that runs a VM into a group of kind kVm with a VMM below it. Checks each process once per listing.
   void DetectVm(Group &group);
 
+  // 1 if the process runs a VM, else 0. Unreadable if there were too many descriptors to check it; see VmDetector.
+  Figure CountVm(int64_t pid);
+
   // Counts the VMs of the host. Checks every process. Unreadable if there were too many descriptors to check them all;
   // see VmDetector.
   [[nodiscard]] HVC_ReturnStatus CountVms(Figure &count);

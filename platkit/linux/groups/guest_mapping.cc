@@ -8,6 +8,11 @@
 namespace platkit {
 namespace {
 
+// The size of a guest's memory is a multiple of this, and QEMU aligns it if it is anonymous. Memory devices are no
+// smaller than a guest's unit of hot-plug.
+constexpr uint64_t kAlignment = uint64_t{2} << 20;
+constexpr uint64_t kSmallestBlock = uint64_t{128} << 20;
+
 // Two kinds of mappings may be larger than the guest's memory. Device memory that is mapped for the guest is never
 // anonymous. Code that QEMU's emulator generates is executable.
 bool IsMemory(const Mapping &mapping, std::span<const DeviceNumber> memoryDevices) {
@@ -20,20 +25,42 @@ bool IsMemory(const Mapping &mapping, std::span<const DeviceNumber> memoryDevice
   return std::find(memoryDevices.begin(), memoryDevices.end(), mapping.device) != memoryDevices.end();
 }
 
+bool IsAligned(uint64_t number) { return number % kAlignment == 0; }
+
+bool IsBlock(const Mapping &memory) {
+  const uint64_t size = memory.end - memory.start;
+  const bool isFile = memory.inode != 0;
+  return (isFile || IsAligned(memory.start)) && IsAligned(size) && size >= kSmallestBlock;
+}
+
+bool IsContinuedBy(const Mapping &memory, const Mapping &next) {
+  return next.start == memory.end && next.device == memory.device && next.inode == memory.inode;
+}
+
+Figure FigureOf(uint64_t bytes) { return bytes == 0 ? Figure() : Figure(bytes / 1024); }
+
 }  // namespace
 
-Figure LargestMemoryMapping(HostFiles &files, int64_t pid, std::span<const DeviceNumber> memoryDevices) {
+GuestMappings ReadGuestMappings(HostFiles &files, int64_t pid, std::span<const DeviceNumber> memoryDevices) {
   ProcessMaps maps(files, pid);
-  uint64_t largest = 0, size = 0;
-  Mapping last, mapping;
-  while (maps.Next(mapping)) {
-    if (!IsMemory(mapping, memoryDevices)) continue;
-    const bool isAdjacent = mapping.start == last.end && mapping.device == last.device && mapping.inode == last.inode;
-    size = (isAdjacent ? size : 0) + (mapping.end - mapping.start);
-    largest = std::max(largest, size);
-    last = mapping;
+  uint64_t largest = 0, blocks = 0;
+  Mapping memory, next;
+  const auto count = [&] {
+    largest = std::max(largest, memory.end - memory.start);
+    if (IsBlock(memory)) blocks += memory.end - memory.start;
+  };
+  while (maps.Next(next)) {
+    if (!IsMemory(next, memoryDevices)) continue;
+    if (IsContinuedBy(memory, next)) {
+      memory.end = next.end;
+    } else {
+      count();
+      memory = next;
+    }
   }
-  return largest == 0 || maps.status() != HVC_OK ? Figure() : Figure(largest / 1024);
+  count();
+  if (maps.status() != HVC_OK) return {};
+  return {.largest = FigureOf(largest), .blocks = FigureOf(blocks)};
 }
 
 }  // namespace platkit

@@ -10,10 +10,15 @@
 
 namespace platkit {
 
-// The size in KB of the largest memory mapping in /proc/PID/maps. Such a mapping is not executable, and is anonymous or
-// maps an unnamed memory file or a file on one of `memoryDevices`. Adjacent mappings count as one. Absent if there is
-// no such mapping, or if this user may not read the file.
-Figure LargestMemoryMapping(HostFiles &files, int64_t pid, std::span<const DeviceNumber> memoryDevices);
+// Sizes of memory mappings in /proc/PID/maps, in KB. Such a mapping is not executable, and is anonymous or maps an
+// unnamed memory file or a file on one of the given devices. Adjacent mappings count as one. Absent if there is no such
+// mapping, or if this user may not read the file.
+struct GuestMappings {
+  Figure largest;
+  Figure blocks;  // the sum of those of 128 MB or more that have the form of a guest's memory, or of a memory device's
+};
+
+GuestMappings ReadGuestMappings(HostFiles &files, int64_t pid, std::span<const DeviceNumber> memoryDevices);
 
 }  // namespace platkit
 

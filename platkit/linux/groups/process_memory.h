@@ -2,6 +2,7 @@
 #ifndef PLATKIT_LINUX_GROUPS_PROCESS_MEMORY_H
 #define PLATKIT_LINUX_GROUPS_PROCESS_MEMORY_H
 
+#include "platkit/linux/groups/guest_backing.h"
 #include "platkit/linux/kernel/process_status.h"
 
 namespace platkit {
@@ -14,14 +15,33 @@ inline Figure Consumed(const ProcessStatus &status) { return status.resident + s
 // A lower bound of the peak, because Linux records no peak of huge pages.
 inline Figure ConsumedPeak(const ProcessStatus &status) { return status.residentPeak + status.hugePages; }
 
-// The guest's part of a VM's process. Pages of files belong to the VMM.
-inline Figure GuestPart(const ProcessStatus &status, Figure guestMemory) {
-  return Lower((status.anonymous + status.sharedMemory).IfAbsent(status.resident) + status.hugePages, guestMemory);
+// What is known of a guest's memory.
+struct GuestMemory {
+  Figure size;  // absent if unknown
+  GuestBacking backing = GuestBacking::kAnonymous;
+  Figure mapped;  // the memory that KVM has mapped for the guest; absent if unknown
+};
+
+// The guest's part of a VM's process. It is exact for GuestBacking::kSharedMemory. Otherwise all pages of the kind that
+// the guest's memory has are an upper bound, because some are the monitor's. A guest's size is another one.
+//
+// KVM's count is a lower bound: KVM drops mappings now and then. The monitor's own part of the anonymous pages is at
+// most all that the process may write, less the guest's memory, which gives another lower bound. The higher of the two
+// is closer to the guest's part than the upper bound if only the guest makes its memory resident.
+inline Figure GuestPart(const ProcessStatus &status, const GuestMemory &guest) {
+  Figure pages = status.sharedMemory;
+  if (guest.backing == GuestBacking::kAnonymous) pages = status.anonymous + status.sharedMemory;
+  if (guest.backing == GuestBacking::kFiles) pages = status.resident;
+  const Figure most = Lower(pages.IfAbsent(status.resident) + status.hugePages, guest.size);
+  const bool isCounted = !guest.mapped.isAbsent() && guest.mapped != Figure::Unreadable();
+  if (guest.backing != GuestBacking::kAnonymous || !isCounted) return most;
+  const Figure monitors = status.size() - guest.size;
+  return Lower(Higher(guest.mapped, status.anonymous - monitors + status.hugePages), most);
 }
 
 // The rest of a VM's process, and the page tables for all of it.
-inline Figure VmOverhead(const ProcessStatus &status, Figure guestMemory) {
-  return Consumed(status) - GuestPart(status, guestMemory) + status.pageTables;
+inline Figure VmOverhead(const ProcessStatus &status, const GuestMemory &guest) {
+  return Consumed(status) - GuestPart(status, guest) + status.pageTables;
 }
 
 }  // namespace platkit

@@ -53,9 +53,9 @@ bool VmDetector::IsRootsQemu(const Candidate &process) {
 }
 
 bool VmDetector::OwnsKvmVm(const Candidate &process, bool &isUnknown) {
-  const KvmOwners &owners = kvmOwners_.Get(files_.clock(), [this] { return ReadKvmOwners(files_); });
-  if (std::binary_search(owners.pids.begin(), owners.pids.end(), process.pid)) return true;
-  if (owners.isComplete || process.threads <= 1) return false;
+  const KvmVms &list = reader_.kvmVms();
+  if (list.Has(process.pid)) return true;
+  if (list.isComplete || process.threads <= 1) return false;
   return isKvmInUse_.Get(files_.clock(), [this] { return IsKvmInUse(files_); }) && HoldsKvmVm(process.pid, isUnknown);
 }
 

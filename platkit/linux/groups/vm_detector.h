@@ -9,7 +9,6 @@
 
 #include "platkit/linux/files/fresh.h"
 #include "platkit/linux/groups/group_reader.h"
-#include "platkit/linux/kernel/kvm_debugfs.h"
 #include "platkit/linux/kernel/process_status.h"
 #include "platkit/linux/kernel/qemu_cmdline.h"
 
@@ -58,7 +57,6 @@ class VmDetector {
   HostFiles &files_;
   GroupReader &reader_;
   Limits limits_;
-  Fresh<KvmOwners> kvmOwners_;
   Fresh<bool> isKvmInUse_;
   Fresh<size_t> descriptorsLeft_;
 };

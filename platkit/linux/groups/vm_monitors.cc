@@ -29,7 +29,7 @@ Balloon VmMonitors::BalloonOf(Group &vm) {
   const LibvirtStatus &status = StatusOf(vm);
   const GuestFigures &figures = FiguresOf(vm);
   const Figure size = BalloonSize(status, figures);
-  const bool hasNone = status.hasBalloon == Figure(0) || (size.isAbsent() && vm.vm->hasBalloon == Figure(0));
+  const bool hasNone = status.hasBalloon == Figure(0) || (size.isAbsent() && vm.vm->options.hasBalloon == Figure(0));
   if (hasNone) return {.isActive = Figure(0), .size = Figure(0), .target = Figure(0)};
   // Only a driver can fill the balloon.
   const bool isFilled = !size.isAbsent() && size != Figure(0);
@@ -39,12 +39,12 @@ Balloon VmMonitors::BalloonOf(Group &vm) {
 }
 
 // A guest may tell anything, so figures that exceed its memory do not count.
-GuestUse VmMonitors::UseOf(Group &vm) {
+GuestUse VmMonitors::UseOf(Group &vm, const ProcessStatus &status) {
   const GuestFigures &figures = FiguresOf(vm);
   const Figure total = figures[GuestFigure::kTotal];
   const Figure usable = figures[GuestFigure::kUsable];
-  const Figure memory = vms_.GuestMemory(vm);
-  const Figure limit = memory + (vm.vm->maxMemory - memory);
+  const Figure memory = vms_.GuestSize(vm, status);
+  const Figure limit = memory + (vm.vm->options.maxMemory - memory);
   if (!IsAtMost(total, limit)) return {.total = Figure(), .needed = Figure::Unreadable()};
   return {.total = total, .needed = IsAtMost(usable, total) ? total - usable : Figure::Unreadable()};
 }

@@ -32,7 +32,7 @@ class VmMonitors {
   // All 0 for a VM without a balloon device.
   Balloon BalloonOf(Group &vm);
 
-  GuestUse UseOf(Group &vm);
+  GuestUse UseOf(Group &vm, const ProcessStatus &status);
 
   // The memory that a migration, a save or a dump in progress has written, in KB; 0 if there is none.
   Figure CheckpointOf(Group &vm);

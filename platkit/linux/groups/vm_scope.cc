@@ -16,16 +16,21 @@ std::string_view TakeFoldersWithSuffix(TextScanner &folders, std::string_view su
 
 }  // namespace
 
-bool IsInVmScope(std::string_view group) {
+std::string_view VmScopeOf(std::string_view group) {
+  const auto upTo = [group](std::string_view folder) {
+    return group.substr(0, static_cast<size_t>(folder.data() + folder.size() - group.data()));
+  };
   TextScanner folders(group);
   folders.Take("/");
   const std::string_view top = folders.TakeUntil('/');
   if (top == "machine") {
-    return TakeFoldersWithSuffix(folders, ".partition").ends_with(".libvirt-qemu");
+    const std::string_view folder = TakeFoldersWithSuffix(folders, ".partition");
+    return folder.ends_with(".libvirt-qemu") ? upTo(folder) : std::string_view();
   }
-  if (!top.ends_with(".slice")) return false;
+  if (!top.ends_with(".slice")) return {};
   const std::string_view scope = TakeFoldersWithSuffix(folders, ".slice");
-  return scope.ends_with(".scope") && (scope.starts_with("machine-qemu\\x2d") || top == "qemu.slice");
+  const bool isVms = scope.ends_with(".scope") && (scope.starts_with("machine-qemu\\x2d") || top == "qemu.slice");
+  return isVms ? upTo(scope) : std::string_view();
 }
 
 }  // namespace platkit

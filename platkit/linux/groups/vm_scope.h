@@ -6,14 +6,17 @@
 
 namespace platkit {
 
-// Whether `group`, a path from the top of the hierarchy, is such a control group or below one:
+// The path of such a control group, if `group`, a path from the top of the hierarchy, is one or is below one; else
+// empty:
 // - machine.slice/machine-qemu\x2d1\x2dweb.scope, also in other slices: libvirt with systemd
 // - machine/qemu-1-web.libvirt-qemu, also in partitions: libvirt without systemd
 // - qemu.slice/100.scope
 //
 // Only root can create a group in these places. A user's own groups are below a service, user@1000.service, and those
 // of a container below its scope, so their names do not count.
-bool IsInVmScope(std::string_view group);
+std::string_view VmScopeOf(std::string_view group);
+
+inline bool IsInVmScope(std::string_view group) { return !VmScopeOf(group).empty(); }
 
 }  // namespace platkit
 

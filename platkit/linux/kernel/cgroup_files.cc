@@ -37,18 +37,26 @@ static_assert(std::size(kAmountFiles) == kCgroupAmounts);
 // A version 1 key without "total_" does not count descendants. No key counts the huge pages of shared memory.
 CgroupStat ReadV1(HostFiles &files, const HostPath &path) {
   CgroupStat stat;
-  const WantedFigure wanted[] = {
-      {"total_swap", &stat.swap}, {"total_swapcached", &stat.swapCached}, {"total_rss_huge", &stat.transparent}};
+  Figure cache, mapped;
+  const WantedFigure wanted[] = {{"total_swap", &stat.swap},
+                                 {"total_swapcached", &stat.swapCached},
+                                 {"total_cache", &cache},
+                                 {"total_mapped_file", &mapped},
+                                 {"total_rss_huge", &stat.transparent}};
   ReadFigures(files, path, wanted);
+  stat.unmapped = cache - mapped;
   return stat;
 }
 
 CgroupStat ReadV2(HostFiles &files, const HostPath &path) {
   CgroupStat stat;
-  Figure stack, pageTables, secondaryPageTables, perCpu, slab, sockets;
+  Figure cache, mapped, stack, pageTables, secondaryPageTables, perCpu, slab, sockets;
   Figure swapIn, swapOut, zeroIn, zeroOut, anonHuge, sharedHuge, faults, collapses, demotedByKswapd, demotedDirectly,
       demotedByKhugepaged, demotedProactively;
-  const WantedFigure wanted[] = {{"swapcached", &stat.swapCached},
+  const WantedFigure wanted[] = {{"file", &cache},
+                                 {"file_mapped", &mapped},
+                                 {"hugetlb", &stat.hugePages},
+                                 {"swapcached", &stat.swapCached},
                                  {"kernel", &stat.kernel},
                                  {"kernel_stack", &stack},
                                  {"pagetables", &pageTables},
@@ -76,6 +84,7 @@ CgroupStat ReadV2(HostFiles &files, const HostPath &path) {
                                  {"pgdemote_khugepaged", &demotedByKhugepaged},
                                  {"pgdemote_proactive", &demotedProactively}};
   ReadFigures(files, path, wanted);
+  stat.unmapped = cache - mapped;
   stat.swapIn = swapIn + zeroIn;
   stat.swapOut = swapOut + zeroOut;
   stat.transparent = anonHuge + sharedHuge;

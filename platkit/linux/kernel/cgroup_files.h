@@ -39,11 +39,13 @@ Figure ReadCgroupAmount(HostFiles &files, CgroupVersion version, const std::stri
 // Lines of memory.stat, descendants included. Amounts are in bytes; "pages" counts pages since the group was created.
 // A figure without a line is absent.
 struct CgroupStat {
-  Figure swap;         // version 1 alone: total_swap
-  Figure swapCached;   // swapcached: swapped in and still in swap space
+  Figure swap;        // version 1 alone: total_swap
+  Figure swapCached;  // swapcached: swapped in and still in swap space
+  Figure unmapped;  // cached files that no process maps: file - file_mapped; version 1 total_cache - total_mapped_file
   Figure transparent;  // transparent huge pages: anon_thp + shmem_thp; version 1 total_rss_huge
   // Version 2 alone.
   Figure kernel;             // kernel (before Linux 5.18 the sum of its parts) + sock
+  Figure hugePages;          // hugetlb: huge pages of pools, if the group is charged for them
   Figure zswap;              // compressed memory: size after compression
   Figure zswapped;           // compressed memory: size before compression
   Figure zswapIn, zswapOut;  // pages: zswpin, zswpout

@@ -68,7 +68,31 @@ bool ParseDevice(std::string_view text, DeviceNumber &device) {
   return true;
 }
 
-bool HoldsMemory(const Mount &mount) { return mount.type == "hugetlbfs" || mount.type == "tmpfs"; }
+FileSystem TypeOf(const Mount &mount) {
+  if (mount.type == "hugetlbfs") return FileSystem::kHugetlbfs;
+  return mount.type == "tmpfs" ? FileSystem::kTmpfs : FileSystem::kOther;
+}
+
+bool IsBelow(std::string_view path, std::string_view folder) {
+  return path.starts_with(folder) && (folder == "/" || path.size() == folder.size() || path[folder.size()] == '/');
+}
+
+// The last mount that contains the path. Null if it is not a memory file system, nor below one.
+const MountedFolder *FindMountOf(const std::vector<MountedFolder> &mounts, std::string_view path) {
+  const MountedFolder *deepest = nullptr;
+  for (const MountedFolder &mount : mounts) {
+    if (IsBelow(path, mount.path) && (deepest == nullptr || mount.path.size() >= deepest->path.size()))
+      deepest = &mount;
+  }
+  return deepest;
+}
+
+// What is mounted below a memory file system hides a part of it.
+void AddMemoryFolder(const Mount &mount, std::vector<MountedFolder> &folders) {
+  std::string path = Unescape(mount.point);
+  const FileSystem type = TypeOf(mount);
+  if (type != FileSystem::kOther || FindMountOf(folders, path) != nullptr) folders.push_back({std::move(path), type});
+}
 
 // Ranks a mount; 0 if it contains no control groups.
 int Rank(const Mount &mount) {
@@ -100,13 +124,15 @@ CgroupMount FindCgroupMount(HostFiles &files) {
   CgroupMount best;
   int bestRank = 0;
   std::vector<DeviceNumber> memoryDevices;
+  std::vector<MountedFolder> memoryFolders;
   LineReader lines(files, HostPath("proc/self/mountinfo"));
   std::string_view line;
   Mount mount;
   while (lines.Next(line)) {
     if (!ParseMount(line, mount)) continue;
     DeviceNumber device = 0;
-    if (HoldsMemory(mount) && ParseDevice(mount.device, device)) memoryDevices.push_back(device);
+    if (TypeOf(mount) != FileSystem::kOther && ParseDevice(mount.device, device)) memoryDevices.push_back(device);
+    AddMemoryFolder(mount, memoryFolders);
     const int rank = Rank(mount);
     if (rank <= bestRank) continue;
     bestRank = rank;
@@ -115,10 +141,24 @@ CgroupMount FindCgroupMount(HostFiles &files) {
             .top = BelowRoot(mount.point),
             .mounted = Unescape(mount.root),
             .v1Options = std::string(mount.type == "cgroup" ? mount.options : std::string_view()),
-            .memoryDevices = {}};
+            .memoryDevices = {},
+            .memoryFolders = {}};
   }
   best.memoryDevices = std::move(memoryDevices);
+  best.memoryFolders = std::move(memoryFolders);
   return best;
+}
+
+FileSystem FileSystemOf(const CgroupMount &mount, std::string_view path) {
+  const MountedFolder *found = FindMountOf(mount.memoryFolders, path);
+  const bool isPlain = path.starts_with('/') && path.find("/../") == std::string_view::npos;
+  return found == nullptr || !isPlain ? FileSystem::kOther : found->type;
+}
+
+std::string FullCgroupOfFolder(const CgroupMount &mount, std::string_view folder) {
+  std::string path = mount.mounted == "/" ? std::string() : mount.mounted;
+  if (folder.starts_with(mount.top)) path += folder.substr(mount.top.size());
+  return path;
 }
 
 // Lines are "id:controllers:folder", with no controllers in version 2.

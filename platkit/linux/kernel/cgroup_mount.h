@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platkit/linux/files/host_files.h"
@@ -16,6 +17,13 @@ enum class CgroupVersion : uint8_t { kNone, kV1, kV2 };
 // The device of a file system: major number in the upper 32 bits, minor number in the lower.
 using DeviceNumber = uint64_t;
 
+enum class FileSystem : uint8_t { kTmpfs, kHugetlbfs, kOther };
+
+struct MountedFolder {
+  std::string path;  // the mount point, absolute
+  FileSystem type;
+};
+
 struct CgroupMount {
   bool exists = false;
   CgroupVersion memoryFiles = CgroupVersion::kNone;
@@ -25,10 +33,19 @@ struct CgroupMount {
 
   // The devices of mounted file systems whose files are memory: tmpfs and hugetlbfs.
   std::vector<DeviceNumber> memoryDevices;
+
+  // Where these file systems are mounted, and what is mounted below them; later mounts last.
+  std::vector<MountedFolder> memoryFolders;
 };
+
+// The file system of a file, from its path. Links in the path are not followed.
+FileSystem FileSystemOf(const CgroupMount &mount, std::string_view path);
 
 // Finds the hierarchy to use: preferably version 1 with the memory controller, then version 2, then any other.
 CgroupMount FindCgroupMount(HostFiles &files);
+
+// The path of a visible control group from the top of the hierarchy. `folder` is relative to the root folder.
+std::string FullCgroupOfFolder(const CgroupMount &mount, std::string_view folder);
 
 // The folder of a process' control group, relative to the mount's top and without a slash at either end. Empty for the
 // top itself, and for a group that is invisible or unknown.

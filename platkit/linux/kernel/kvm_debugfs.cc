@@ -4,14 +4,22 @@
 
 #include "platkit/linux/files/folder_reader.h"
 #include "platkit/linux/files/text_scanner.h"
+#include "platkit/linux/kernel/figure_files.h"
 #include "platkit/linux/kernel/process_fd.h"
 #include "platkit/linux/kernel/process_status.h"
 
 namespace platkit {
+namespace {
 
-KvmOwners ReadKvmOwners(HostFiles &files) {
-  KvmOwners owners = {.pids = {}, .isComplete = true};
-  FolderReader folder(files, HostPath("sys/kernel/debug/kvm"));
+constexpr std::string_view kFolder = "sys/kernel/debug/kvm";
+
+}  // namespace
+
+bool KvmVms::Has(int64_t pid) const { return std::ranges::binary_search(vms, pid, {}, &KvmVm::pid); }
+
+KvmVms ReadKvmVms(HostFiles &files) {
+  KvmVms list = {.vms = {}, .isComplete = true};
+  FolderReader folder(files, HostPath(kFolder));
   FolderReader::Entry entry;
   while (folder.Next(entry)) {
     uint64_t thread = 0;
@@ -20,14 +28,27 @@ KvmOwners ReadKvmOwners(HostFiles &files) {
     if (!scanner.TakeNumber(thread) || !scanner.Take("-") || !scanner.TakeNumber(descriptor)) continue;
     int64_t pid = 0;
     if (ReadProcessOfThread(files, static_cast<int64_t>(thread), pid) == HVC_OK && MayBeKvmVm(files, pid, descriptor)) {
-      owners.pids.push_back(pid);
+      list.vms.push_back({pid, std::string(entry.name)});
     } else {
-      owners.isComplete = false;
+      list.isComplete = false;
     }
   }
-  std::sort(owners.pids.begin(), owners.pids.end());
-  owners.isComplete = owners.isComplete && folder.status() == HVC_OK;
-  return owners;
+  std::ranges::sort(list.vms, {}, &KvmVm::pid);
+  list.isComplete = list.isComplete && folder.status() == HVC_OK;
+  return list;
+}
+
+KvmPages ReadKvmPages(HostFiles &files, const KvmVms &vms, int64_t pid) {
+  KvmPages pages;
+  for (const KvmVm &vm : std::ranges::equal_range(vms.vms, pid, {}, &KvmVm::pid)) {
+    const auto count = [&](std::string_view file) {
+      return ReadAmount(files, HostPath(kFolder, "/", vm.folder, file));
+    };
+    pages.small = pages.small + count("/pages_4k");
+    pages.large = pages.large + count("/pages_2m");
+    pages.gigantic = pages.gigantic + count("/pages_1g");
+  }
+  return pages;
 }
 
 }  // namespace platkit

@@ -3,21 +3,41 @@
 #define PLATKIT_LINUX_KERNEL_KVM_DEBUGFS_H
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "platkit/linux/files/host_files.h"
+#include "platkit/linux/kernel/figure.h"
 
 namespace platkit {
 
-struct KvmOwners {
-  std::vector<int64_t> pids;  // the processes that created a VM, ascending
-  bool isComplete = false;    // false: the folder cannot be listed, or the creator of a VM does not hold it any more
+struct KvmVm {
+  int64_t pid;         // the process that created the VM
+  std::string folder;  // its folder in /sys/kernel/debug/kvm
+};
+
+struct KvmVms {
+  std::vector<KvmVm> vms;   // ordered by PID
+  bool isComplete = false;  // false: the folder cannot be listed, or the creator of a VM does not hold it any more
+
+  bool Has(int64_t pid) const;
 };
 
 // Each VM has a folder "<thread>-<descriptor>", named after its creator. Reads the status of each thread for its
 // process, and the link of the descriptor: the creator may have passed the VM on, and another process may have got its
 // PID.
-KvmOwners ReadKvmOwners(HostFiles &files);
+KvmVms ReadKvmVms(HostFiles &files);
+
+// The pages of the host that a process' guests have mapped, by size: pages_4k, pages_2m, pages_1g. KVM maps a page when
+// the guest first uses it, and drops mappings now and then; the guest's memory stays. Absent if the process has no VM
+// in the list, or the kernel does not count.
+struct KvmPages {
+  Figure small, large, gigantic;
+
+  Figure KB() const { return small * 4 + large * 2048 + gigantic * 1048576; }
+};
+
+KvmPages ReadKvmPages(HostFiles &files, const KvmVms &vms, int64_t pid);
 
 }  // namespace platkit
 

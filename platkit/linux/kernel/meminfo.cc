@@ -9,6 +9,7 @@ namespace platkit {
 Meminfo ReadMeminfo(HostFiles &files) {
   // The kernel's memory excludes VmallocUsed, because the other lines already contain most of it.
   std::array<Figure, 7> parts;
+  Figure anonymousHuge, sharedHuge;
   Meminfo memory;
   const WantedFigure wanted[] = {
       {"MemTotal", &memory.total},
@@ -24,9 +25,12 @@ Meminfo ReadMeminfo(HostFiles &files) {
       {"Bounce", &parts[6]},
       {"HardwareCorrupted", &memory.hardwareCorrupted},
       {"SwapCached", &memory.swapCached},
+      {"AnonHugePages", &anonymousHuge},
+      {"ShmemHugePages", &sharedHuge},
       {"Zswapped", &memory.zswapped},
   };
   ReadFigures(files, HostPath("proc/meminfo"), wanted);
+  memory.transparent = anonymousHuge + sharedHuge;
   memory.kernel = memory.slab;
   for (const Figure part : parts)
     memory.kernel = memory.kernel + part;

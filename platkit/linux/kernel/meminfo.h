@@ -18,6 +18,7 @@ struct Meminfo {
   // Absent if this kernel has no such line.
   Figure hardwareCorrupted;  // HardwareCorrupted
   Figure swapCached;         // SwapCached: swapped in, and still in swap space
+  Figure transparent;        // AnonHugePages + ShmemHugePages: transparent huge pages
   Figure zswapped;           // Zswapped: compressed by zswap, size before compression
 };
 

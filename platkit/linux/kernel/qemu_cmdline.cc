@@ -1,9 +1,14 @@
 #include "platkit/linux/kernel/qemu_cmdline.h"
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "platkit/linux/files/text_scanner.h"
+#include "platkit/linux/kernel/qemu_properties.h"
 
 namespace platkit {
 namespace {
@@ -14,40 +19,16 @@ constexpr size_t kMaxCommandLine = 32 * 1024;
 // Further digits of a fraction are less than 1 KB in any unit.
 constexpr size_t kMaxFractionDigits = 15;
 
-// Removes the first property from an option's value. A comma ends the property; two commas mean a literal comma.
-std::string TakeProperty(std::string_view &text) {
-  std::string property;
-  while (!text.empty()) {
-    const char c = text.front();
-    text.remove_prefix(1);
-    if (c == ',') {
-      if (!text.starts_with(',')) break;
-      text.remove_prefix(1);
-    }
-    property += c;
-  }
-  return property;
-}
+// QEMU's machines have this much memory by default.
+constexpr uint64_t kDefaultMemoryKB = 128 * 1024;
 
-enum class KeyOfFirst { kOptional, kRequired };
+// The unit of a size without a suffix, in bytes.
+constexpr uint64_t kByte = 1;
+constexpr uint64_t kMegabyte = 1 << 20;
 
-// The value of the property `key`. If the key is optional, the first property may lack it.
-std::string PropertyOf(std::string_view text, std::string_view key, KeyOfFirst keyOfFirst) {
-  std::string found;
-  bool isFirst = true;
-  for (; !text.empty(); isFirst = false) {
-    const std::string property = TakeProperty(text);
-    const size_t equals = property.find('=');
-    const bool isWanted = equals == std::string::npos ? isFirst && keyOfFirst == KeyOfFirst::kOptional
-                                                      : property.compare(0, equals, key) == 0;
-    if (isWanted) found = property.substr(equals + 1);
-  }
-  return found;
-}
-
-// The unit of a size's suffix, in bytes; MB without a suffix, 0 for any other suffix.
-uint64_t UnitOfSuffix(std::string_view suffix) {
-  if (suffix.empty()) return uint64_t{1} << 20;
+// The unit of a size's suffix, in bytes; 0 for an unknown suffix.
+uint64_t UnitOfSuffix(std::string_view suffix, uint64_t unitWithout) {
+  if (suffix.empty()) return unitWithout;
   if (suffix.size() > 1) return 0;
   constexpr std::string_view kSuffixes = "bkmgtpe";
   const size_t index = kSuffixes.find(static_cast<char>(suffix[0] | 0x20));
@@ -64,7 +45,7 @@ uint64_t FractionOf(uint64_t unit, std::string_view digits) {
 }
 
 // Parses "4096", "4G" or "1.5g". Absent if the text is not a size.
-Figure ParseSizeInKB(std::string_view text) {
+Figure ParseSizeInKB(std::string_view text, uint64_t unitWithoutSuffix) {
   TextScanner scanner(text);
   uint64_t whole = 0;
   if (!scanner.TakeNumber(whole)) return {};
@@ -75,7 +56,7 @@ Figure ParseSizeInKB(std::string_view text) {
     fraction = scanner.rest().substr(0, end);
     suffix = scanner.rest().substr(end);
   }
-  const uint64_t unit = UnitOfSuffix(suffix);
+  const uint64_t unit = UnitOfSuffix(suffix, unitWithoutSuffix);
   if (unit == 0) return {};
   const Figure bytes = Figure(whole) * unit + Figure(FractionOf(unit, fraction));
   return bytes == Figure(0) || bytes == Figure::Unreadable() ? Figure() : bytes / 1024;
@@ -83,6 +64,196 @@ Figure ParseSizeInKB(std::string_view text) {
 
 // The device, as properties or as JSON. An identifier that looks like a balloon is too rare to matter.
 bool IsBalloon(std::string_view device) { return device.find("virtio-balloon") != std::string_view::npos; }
+
+// A memory backend: the memory of the machine, or of a memory device.
+struct Backend {
+  std::string id;
+  Figure size;            // in KB
+  bool isPrivate = true;  // anonymous pages
+  std::string file = {};  // empty: none
+  bool isShared = false;  // of a file
+
+  bool isFile() const { return !file.empty(); }
+};
+
+// A memfd is shared by default; the other types are private by default.
+Backend BackendOf(const QemuProperties &properties) {
+  const std::string_view type = properties.ValueOf("qom-type");
+  const bool isMemfd = type == "memory-backend-memfd";
+  const bool isShared = properties.IsOn("share") || (isMemfd && properties.ValueOf("share").empty());
+  Backend backend = {.id = std::string(properties.ValueOf("id")),
+                     .size = ParseSizeInKB(properties.ValueOf("size"), kByte)};
+  if (isMemfd) backend.isPrivate = !isShared && !properties.IsOn("hugetlb");
+  if (type == "memory-backend-ram") backend.isPrivate = !isShared;
+  if (type == "memory-backend-shm") backend.isPrivate = false;
+  if (type == "memory-backend-file" && !properties.ValueOf("mem-path").empty()) {
+    backend.isPrivate = false;
+    backend.file = properties.ValueOf("mem-path");
+    backend.isShared = isShared;
+  }
+  return backend;
+}
+
+// Collects options in any order: an option may name a backend that a later one defines.
+class OptionParser {
+ public:
+  using Handler = void (OptionParser::*)(std::string_view value);
+  // Null if the option has no value that describes the guest or its memory.
+  static Handler HandlerOf(std::string_view option);
+
+  void TakePreallocation() { options_.isPopulated = true; }
+
+  QemuOptions Finish(bool isQemu);
+
+ private:
+  void TakeName(std::string_view value);
+  void TakeMemory(std::string_view value);
+  void TakeMachine(std::string_view value);
+  void TakeObject(std::string_view value);
+  void TakeDevice(std::string_view value);
+  void TakeNuma(std::string_view value);
+  void TakeOvercommit(std::string_view value);
+  void TakeMemPath(std::string_view value) { memPath_ = value; }
+  void TakeConfigurationFile(std::string_view) { hasConfigurationFile_ = true; }
+  void TakeIncoming(std::string_view) { options_.isPopulated = true; }
+
+  const Backend *Find(const std::string &id) const;
+  Figure SizeOf(const std::string &backend) const;
+  void FillBacking();
+  void AddBacking(const std::string &backend);
+
+  QemuOptions options_;
+  std::string machineBackend_;
+  std::vector<Backend> backends_;
+  std::vector<std::string> dimms_;  // the backends of memory devices
+  std::vector<std::string> parts_;  // the backends of virtio-mem devices and of virtual NUMA nodes
+  bool hasNumaBackend_ = false;
+  std::string memPath_;
+  Figure requested_;      // of virtio-mem devices
+  bool hasSize_ = false;  // also one that is not understood
+  bool hasConfigurationFile_ = false;
+  bool hasBalloon_ = false;
+};
+
+OptionParser::Handler OptionParser::HandlerOf(std::string_view option) {
+  static constexpr struct {
+    std::string_view name;
+    Handler handler;
+  } kHandlers[] = {
+      {"-name", &OptionParser::TakeName},
+      {"-m", &OptionParser::TakeMemory},
+      {"-machine", &OptionParser::TakeMachine},
+      {"-M", &OptionParser::TakeMachine},
+      {"-object", &OptionParser::TakeObject},
+      {"-device", &OptionParser::TakeDevice},
+      {"-readconfig", &OptionParser::TakeConfigurationFile},
+      {"-numa", &OptionParser::TakeNuma},
+      {"-overcommit", &OptionParser::TakeOvercommit},
+      {"-mem-path", &OptionParser::TakeMemPath},
+      {"-incoming", &OptionParser::TakeIncoming},
+      {"-loadvm", &OptionParser::TakeIncoming},
+  };
+  const auto *found = std::ranges::find(kHandlers, option, [](const auto &known) { return known.name; });
+  return found == std::end(kHandlers) ? nullptr : found->handler;
+}
+
+void OptionParser::TakeName(std::string_view value) {
+  const QemuProperties properties(value, "guest");
+  const std::string_view name = properties.ValueOf("guest");
+  if (!name.empty()) options_.name = name;
+}
+
+void OptionParser::TakeMemory(std::string_view value) {
+  const QemuProperties properties(value, "size");
+  hasSize_ |= !properties.ValueOf("size").empty();
+  options_.memory = ParseSizeInKB(properties.ValueOf("size"), kMegabyte).IfAbsent(options_.memory);
+  options_.maxMemory = ParseSizeInKB(properties.ValueOf("maxmem"), kMegabyte).IfAbsent(options_.maxMemory);
+}
+
+void OptionParser::TakeMachine(std::string_view value) {
+  const QemuProperties properties(value, "type");
+  if (const std::string_view id = properties.ValueOf("memory-backend"); !id.empty()) machineBackend_ = id;
+}
+
+void OptionParser::TakeObject(std::string_view value) {
+  const QemuProperties properties(value, "qom-type");
+  if (!properties.ValueOf("qom-type").starts_with("memory-backend-")) return;
+  backends_.push_back(BackendOf(properties));
+  if (properties.IsOn("prealloc")) options_.isPopulated = true;
+}
+
+void OptionParser::TakeNuma(std::string_view value) {
+  const QemuProperties properties(value, "type");
+  if (properties.ValueOf("memdev").empty()) return;
+  parts_.emplace_back(properties.ValueOf("memdev"));
+  hasNumaBackend_ = true;
+}
+
+void OptionParser::TakeOvercommit(std::string_view value) {
+  if (QemuProperties(value, "").IsOn("mem-lock")) options_.isPopulated = true;
+}
+
+void OptionParser::TakeDevice(std::string_view value) {
+  const QemuProperties properties(value, "driver");
+  const std::string_view driver = properties.ValueOf("driver");
+  if (IsBalloon(value)) hasBalloon_ = true;
+  if (driver == "pc-dimm") dimms_.emplace_back(properties.ValueOf("memdev"));
+  if (driver.starts_with("vfio-")) options_.isPopulated = true;
+  if (driver.starts_with("virtio-mem-")) {
+    parts_.emplace_back(properties.ValueOf("memdev"));
+    requested_ = requested_ + ParseSizeInKB(properties.ValueOf("requested-size"), kByte);
+  }
+  for (const std::string_view prefix : {"virtio-mem-", "virtio-pmem-", "nvdimm", "ivshmem", "qxl"})
+    options_.mapsOtherMemory |= driver.starts_with(prefix);
+}
+
+const Backend *OptionParser::Find(const std::string &id) const {
+  const auto found = std::ranges::find(backends_, id, &Backend::id);
+  return found == backends_.end() ? nullptr : &*found;
+}
+
+Figure OptionParser::SizeOf(const std::string &backend) const {
+  const Backend *found = Find(backend);
+  return found == nullptr ? Figure() : found->size;
+}
+
+void OptionParser::AddBacking(const std::string &backend) {
+  const Backend *found = Find(backend);
+  if (found == nullptr || found->isPrivate) {
+    options_.hasPrivateMemory = true;
+  } else if (found->isFile()) {
+    options_.files.push_back({found->file, found->isShared});
+  }
+}
+
+// -mem-path is for a machine without a backend, and maps its file private.
+void OptionParser::FillBacking() {
+  options_.hasPrivateMemory = hasConfigurationFile_;
+  if (!machineBackend_.empty()) {
+    AddBacking(machineBackend_);
+  } else if (!memPath_.empty()) {
+    options_.files.push_back({.path = memPath_, .isShared = false});
+  } else if (!hasNumaBackend_) {
+    options_.hasPrivateMemory = true;
+  }
+  for (const std::vector<std::string> &backends : {std::cref(dimms_), std::cref(parts_)})
+    std::ranges::for_each(backends, [this](const std::string &backend) { AddBacking(backend); });
+}
+
+// Devices add to the memory that the machine starts with. A machine without a size has its backend's.
+QemuOptions OptionParser::Finish(bool isQemu) {
+  options_.isQemu = isQemu;
+  if (isQemu) FillBacking();
+  if (hasBalloon_ || (isQemu && !hasConfigurationFile_)) options_.hasBalloon = Figure(hasBalloon_ ? 1 : 0);
+  Figure plugged = requested_;
+  for (const std::string &dimm : dimms_)
+    plugged = plugged + SizeOf(dimm);
+  const Figure base = options_.memory.IfAbsent(SizeOf(machineBackend_));
+  const Figure standard = isQemu && !hasSize_ && !hasConfigurationFile_ ? Figure(kDefaultMemoryKB) : Figure();
+  if (base.isAbsent() && !standard.isAbsent()) options_.defaultMemory = standard + plugged;
+  options_.memory = base.isAbsent() ? base : base + plugged;
+  return std::move(options_);
+}
 
 }  // namespace
 
@@ -92,29 +263,18 @@ bool IsQemuProgram(std::string_view program) {
 }
 
 QemuOptions ParseQemuCommandLine(std::string_view commandLine) {
-  QemuOptions options;
   TextScanner arguments(commandLine);
-  options.isQemu = IsQemuProgram(arguments.TakeUntil('\0'));
-  bool hasBalloon = false;
-  bool hasOtherOptions = false;
+  const bool isQemu = IsQemuProgram(arguments.TakeUntil('\0'));
+  OptionParser parser;
   while (!arguments.AtEnd()) {
     std::string_view option = arguments.TakeUntil('\0');
     if (option.starts_with("--")) option.remove_prefix(1);
-    if (option == "-name") {
-      std::string name = PropertyOf(arguments.TakeUntil('\0'), "guest", KeyOfFirst::kOptional);
-      if (!name.empty()) options.name = std::move(name);
-    } else if (option == "-m") {
-      const std::string_view sizes = arguments.TakeUntil('\0');
-      options.memory = ParseSizeInKB(PropertyOf(sizes, "size", KeyOfFirst::kOptional)).IfAbsent(options.memory);
-      options.maxMemory = ParseSizeInKB(PropertyOf(sizes, "maxmem", KeyOfFirst::kRequired)).IfAbsent(options.maxMemory);
-    } else if (option == "-device") {
-      hasBalloon = IsBalloon(arguments.TakeUntil('\0')) || hasBalloon;
-    } else if (option == "-readconfig") {
-      hasOtherOptions = true;
+    if (option == "-mem-prealloc") parser.TakePreallocation();
+    if (const auto handler = OptionParser::HandlerOf(option); handler != nullptr) {
+      (parser.*handler)(arguments.TakeUntil('\0'));
     }
   }
-  if (hasBalloon || (options.isQemu && !hasOtherOptions)) options.hasBalloon = Figure(hasBalloon ? 1 : 0);
-  return options;
+  return parser.Finish(isQemu);
 }
 
 QemuOptions ReadQemuCommandLine(HostFiles &files, int64_t pid) {

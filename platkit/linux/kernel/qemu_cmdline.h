@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platkit/linux/files/host_files.h"
 #include "platkit/linux/kernel/figure.h"
@@ -14,13 +15,33 @@ namespace platkit {
 // Whether a program, given with or without its folder, is QEMU: qemu-system-..., qemu-kvm or kvm.
 bool IsQemuProgram(std::string_view program);
 
-// If an option occurs twice, its last value counts.
+// A file that contains memory of the guest.
+struct GuestFile {
+  std::string path;  // the file, or its folder
+  bool isShared;     // mapped shared: what the guest writes stays in the file
+};
+
+// If an option occurs twice, its last value counts; memory devices add up. Amounts are in KB.
 struct QemuOptions {
   bool isQemu = false;  // see IsQemuProgram
   std::string name;     // -name NAME or -name guest=NAME; empty: none
-  Figure memory;        // -m SIZE or -m size=SIZE, in KB; absent: none
-  Figure maxMemory;     // -m ...,maxmem=SIZE, in KB; absent: none
-  Figure hasBalloon;    // 1 if a -device is a balloon, else 0; absent: unknown
+
+  // The size of the guest's memory at its start: -m SIZE or -m size=SIZE, or the size of the machine's memory backend;
+  // and that of memory devices: of a pc-dimm, its backend's; of a virtio-mem, its requested-size. Absent if the command
+  // line does not give it. Persistent memory (nvdimm, virtio-pmem) is not counted.
+  Figure memory;
+  Figure defaultMemory;          // QEMU's own size, with memory devices; absent if the command line gives a size
+  Figure maxMemory;              // -m ...,maxmem=SIZE; absent: none
+  bool mapsOtherMemory = false;  // a device other than pc-dimm maps memory, so mappings do not tell the guest's size
+
+  // Where the guest's memory is. Without private memory and files, all of it is shared memory (memory-backend-memfd,
+  // -shm, or -ram with share=on) or huge pages of a pool (hugetlb=on).
+  bool hasPrivateMemory = true;
+  std::vector<GuestFile> files;  // memory-backend-file; -mem-path
+  bool isPopulated = false;      // the monitor makes the memory resident, not the guest: prealloc=on, mem-lock=on,
+                                 // -incoming, devices that the guest drives itself (vfio)
+
+  Figure hasBalloon;  // 1 if a -device is a balloon, else 0; absent: unknown
 };
 
 // `commandLine` holds arguments, each ended by a NUL.

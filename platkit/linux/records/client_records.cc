@@ -44,9 +44,10 @@ HVC_ReturnStatus ClientRecords::Vmm(int64_t client, VmmMemoryStatsRecord &record
   if (status == nullptr) return HVC_NOT_FOUND;
   const Compressed compressed = CompressedOf(own);
   const ProcessSharing sharing = sharing_.OfProcess(*vm);
-  const Figure memory = vms_.GuestMemory(*vm, *status).IfAbsent(status->size());
-  const Figure growth = vm->vm->maxMemory - memory;
-  const Figure mapped = Lower(GuestPart(*status, memory) + AbsentIfUnreadable(sharing.zero), memory);
+  const GuestMemory guest = vms_.Guest(*vm, *status);
+  const Figure memory = guest.size.IfAbsent(status->size());
+  const Figure growth = vm->vm->options.maxMemory - memory;
+  const Figure mapped = Lower(GuestPart(*status, guest) + AbsentIfUnreadable(sharing.zero), memory);
   record.memSize = Cell(memory);
   record.memSizeLimit = Cell(memory + growth);
   record.mapped = Cell(mapped);
@@ -71,9 +72,9 @@ HVC_ReturnStatus ClientRecords::Guest(int64_t client, GuestStatsRecord &record) 
   if (vm == nullptr) return HVC_NOT_FOUND;
   const ProcessStatus *status = reader_.Status(*vm);
   if (status == nullptr) return HVC_NOT_FOUND;
-  const Figure memory = vms_.GuestMemory(*vm, *status);
+  const Figure memory = vms_.GuestSize(*vm, *status);
   if (memory.isAbsent()) return HVC_NOT_FOUND;
-  const GuestUse use = monitors_.UseOf(*vm);
+  const GuestUse use = monitors_.UseOf(*vm, *status);
   record.memTotal = Cell(use.total.IfAbsent(memory));
   record.lpageTotal = kNoCount;
   record.memNeeded = Cell(use.needed);
@@ -87,7 +88,7 @@ HVC_ReturnStatus ClientRecords::Zip(int64_t client, ZipStatsRecord &record) {
   Group *own = vms_.OwnControlGroup(*vm);
   const CgroupStat &stat = StatOf(own);
   if (own == nullptr || stat.zswap.isAbsent()) return HVC_NOT_FOUND;
-  record.totalCache = record.maxCache = Cell(CompressionCache(*own));
+  record.totalCache = record.maxCache = Cell(CompressionCache(*vm));
   record.usedCache = Cell(stat.zswap / 1024);
   record.zipped = Cell(PagesInKB(CountOfVm(own, stat.zswapOut, Figure())));
   record.unZipped = Cell(PagesInKB(CountOfVm(own, stat.zswapIn, Figure())));
@@ -95,12 +96,12 @@ HVC_ReturnStatus ClientRecords::Zip(int64_t client, ZipStatsRecord &record) {
 }
 
 // The limit of the group, at most what zswap may use on the host; 0 while zswap is off.
-Figure ClientRecords::CompressionCache(Group &own) {
+Figure ClientRecords::CompressionCache(Group &vm) {
   const Figure percent = host_.zswapMaxPercent();
   if (percent.isAbsent()) return Figure(0);
   const Figure pool =
       percent == Figure(0) || percent == Figure::Unreadable() ? percent : host_.meminfo().total / 100 * percent.Cell(0);
-  return Lower(pool, limits_.Lowest(own, CgroupAmount::kZswapMax) / 1024);
+  return Lower(pool, limits_.Lowest(vm, CgroupAmount::kZswapMax) / 1024);
 }
 
 // Without an own control group, a VM's compressed memory is known only if the host has none.
@@ -161,8 +162,8 @@ HVC_ReturnStatus ClientRecords::LargePages(int64_t client, LPageStatsRecord &rec
   if (status == nullptr) return HVC_NOT_FOUND;
   const CgroupStat &stat = StatOf(own);
   const Vmstat &counters = host_.vmstat();
-  const Figure transparent = TransparentPagesInKB(*vm, own, *status);
-  const Figure gigantic = GiganticPagesInKB(own, *status);
+  const Figure gigantic = GiganticPagesInKB(*vm, own, *status);
+  const Figure transparent = TransparentPagesInKB(*vm, own, *status, status->hugePages - gigantic);
   const uint64_t large = Cell((status->hugePages - gigantic + transparent) / kLargePageKB);
   record.backings2M = large < kNoCount ? static_cast<uint32_t>(large) : kNoCount;
   if (record.backings2M != kNoCount) record.backings1G = static_cast<uint32_t>(Cell(gigantic / kGiganticPageKB));
@@ -171,19 +172,24 @@ HVC_ReturnStatus ClientRecords::LargePages(int64_t client, LPageStatsRecord &rec
   return reader_.Confirm(*vm);
 }
 
-// Huge pages of 1 GB. Only the own control group counts them separately.
-Figure ClientRecords::GiganticPagesInKB(Group *own, const ProcessStatus &status) {
-  if (own == nullptr || status.hugePages == Figure(0)) return Figure(0);
-  const Figure charged = AbsentIfUnreadable(reader_.Amount(*own, CgroupAmount::kGiganticPages)).IfAbsent(Figure(0));
-  return Lower(charged / 1024, status.hugePages);
+// Huge pages of 1 GB. The own control group counts them separately; KVM counts those that the guest has mapped.
+Figure ClientRecords::GiganticPagesInKB(Group &vm, Group *own, const ProcessStatus &status) {
+  if (status.hugePages == Figure(0)) return Figure(0);
+  Figure charged = own == nullptr ? Figure() : reader_.Amount(*own, CgroupAmount::kGiganticPages) / 1024;
+  charged = AbsentIfUnreadable(charged).IfAbsent(AbsentIfUnreadable(reader_.GuestPages(vm).gigantic) * kGiganticPageKB);
+  return Lower(charged.IfAbsent(Figure(0)), status.hugePages);
 }
 
-// For a single process, only files whose cost grows with its memory contain these figures.
-Figure ClientRecords::TransparentPagesInKB(Group &vm, Group *own, const ProcessStatus &status) {
-  const Figure memory = vms_.GuestMemory(vm, status);
+// For a single process, only files whose cost grows with its memory contain these figures. KVM counts what the guest
+// has mapped, with `pooled`, the huge pages of pools. The own control group also counts the monitor's.
+Figure ClientRecords::TransparentPagesInKB(Group &vm, Group *own, const ProcessStatus &status, Figure pooled) {
+  const Figure memory = vms_.GuestSize(vm, status);
   const bool isPossible =
       status.transparentHugePages != Figure(0) && (memory.isAbsent() || memory - status.hugePages != Figure(0));
-  return isPossible ? (StatOf(own).transparent / 1024).IfAbsent(Figure::Unreadable()) : Figure(0);
+  if (!isPossible || host_.TransparentPages() == Figure(0)) return Figure(0);
+  const Figure mapped = AbsentIfUnreadable(reader_.GuestPages(vm).large) * kLargePageKB;
+  if (!mapped.isAbsent()) return Lower(mapped - pooled, memory);
+  return (StatOf(own).transparent / 1024).IfAbsent(Figure::Unreadable());
 }
 
 HVC_ReturnStatus ClientRecords::UserWorld(int64_t client, UwMemoryStatsRecord &record) {

@@ -68,14 +68,14 @@ class ClientRecords {
     Figure saved;  // by compression
   };
   Compressed CompressedOf(Group *own);
-  Figure CompressionCache(Group &own);
+  Figure CompressionCache(Group &vm);
 
   // The VM's memory in swap space, in KB.
   Figure Swapped(Group *own, const ProcessStatus &status);
 
   Figure PagesInKB(Figure pages);
-  Figure GiganticPagesInKB(Group *own, const ProcessStatus &status);
-  Figure TransparentPagesInKB(Group &vm, Group *own, const ProcessStatus &status);
+  Figure GiganticPagesInKB(Group &vm, Group *own, const ProcessStatus &status);
+  Figure TransparentPagesInKB(Group &vm, Group *own, const ProcessStatus &status, Figure pooled);
   Figure RemappedPages(Group &process, size_t type);
 
   HostFiles &files_;

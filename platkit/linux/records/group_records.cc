@@ -212,7 +212,7 @@ HVC_ReturnStatus GroupRecords::ControlGroupStats(Group &group, GroupMemoryStatsR
   record.rMinChildPeak = CellInKB(ReservedByChildren(group), 0);
   record.bMax = CellInKB(reader_.Amount(group, CgroupAmount::kMax), HVC_KB_NONE);
   record.iMin = CellInKB(reader_.Amount(group, CgroupAmount::kLow), 0);
-  FillLimits(group, record);
+  FillLimits(group, group, record);
   return HVC_OK;
 }
 
@@ -227,11 +227,11 @@ Figure GroupRecords::SizePeak(Group &group, Figure peak) {
 }
 
 // The kernel protects at most the reservation of each control group above, and throttles a group at the lowest limit of
-// them.
-void GroupRecords::FillLimits(Group &group, GroupMemoryStatsRecord &record) {
-  const Figure high = limits_.Lowest(group, CgroupAmount::kHigh);
-  record.allocTgt = CellInKB(Lower(high, limits_.Lowest(group, CgroupAmount::kMax)), HVC_KB_NONE);
-  record.eMin = record.eMinPeak = CellInKB(limits_.Lowest(group, CgroupAmount::kMin), 0);
+// them. A VM may have more groups below its own.
+void GroupRecords::FillLimits(Group &limited, Group &reserved, GroupMemoryStatsRecord &record) {
+  const Figure high = limits_.Lowest(limited, CgroupAmount::kHigh);
+  record.allocTgt = CellInKB(Lower(high, limits_.Lowest(limited, CgroupAmount::kMax)), HVC_KB_NONE);
+  record.eMin = record.eMinPeak = CellInKB(limits_.Lowest(reserved, CgroupAmount::kMin), 0);
 }
 
 HVC_ReturnStatus GroupRecords::ProcessStats(Group &group, GroupMemoryStatsRecord &record) {
@@ -245,13 +245,13 @@ HVC_ReturnStatus GroupRecords::ProcessStats(Group &group, GroupMemoryStatsRecord
   record.sharedSaved = sharing_.OfProcess(group).saved.Cell(0);
   if (group.kind != GroupKind::kVm) return reader_.Confirm(group);
   // The guest's memory is constant, so its peak is the same; a peak of the process would include other memory.
-  const Figure guestMemory = vms_.GuestMemory(group, *status);
-  if (!guestMemory.isAbsent()) record.memSize = record.memSizePeak = guestMemory.Cell(0);
-  record.ovhd = VmOverhead(*status, guestMemory).Cell(0);
+  const Figure guestSize = vms_.GuestSize(group, *status);
+  if (!guestSize.isAbsent()) record.memSize = record.memSizePeak = guestSize.Cell(0);
+  record.ovhd = vms_.Overhead(group, *status).Cell(0);
   record.bMax = CellInKB(limits_.Lowest(group, CgroupAmount::kMax), HVC_KB_NONE);
   if (Group *own = vms_.OwnControlGroup(group); own != nullptr) {
     record.bMin = record.rMinPeak = CellInKB(reader_.Amount(*own, CgroupAmount::kMin), 0);
-    FillLimits(*own, record);
+    FillLimits(group, *own, record);
   } else {
     record.allocTgt = record.bMax;
   }
@@ -263,7 +263,7 @@ HVC_ReturnStatus GroupRecords::VmmStats(Group &group, GroupMemoryStatsRecord &re
   if (vm == nullptr) return HVC_NOT_FOUND;
   const ProcessStatus *status = reader_.Status(*vm);
   if (status == nullptr) return HVC_NOT_FOUND;
-  record.memSize = record.consumed = VmOverhead(*status, vms_.GuestMemory(*vm, *status)).Cell(0);
+  record.memSize = record.consumed = vms_.Overhead(*vm, *status).Cell(0);
   record.memSizePeak = record.consumedPeak = HVC_KB_NONE;
   record.bMax = record.allocTgt = CellInKB(limits_.Lowest(*vm, CgroupAmount::kMax), HVC_KB_NONE);
   return reader_.Confirm(*vm);

@@ -44,7 +44,7 @@ class GroupRecords {
   Group *VmOf(Group &group);
   Figure ReservedByChildren(Group &group);
   Figure ConsumedByMembers(Group &host);
-  void FillLimits(Group &group, GroupMemoryStatsRecord &record);
+  void FillLimits(Group &limited, Group &reserved, GroupMemoryStatsRecord &record);
   bool IsGone(const Group &group, Figure required);
 
   void HostStats(GroupMemoryStatsRecord &record);

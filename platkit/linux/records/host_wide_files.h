@@ -44,6 +44,12 @@ class HostWideFiles {
     return percent.isAbsent() || percent == Figure(0) ? Figure(0) : Figure::Unreadable();
   }
 
+  // Transparent huge pages, in KB. 0 on a kernel without them.
+  Figure TransparentPages() {
+    const Meminfo &memory = meminfo();
+    return memory.total == Figure::Unreadable() ? memory.total : memory.transparent.IfAbsent(Figure(0));
+  }
+
  private:
   HostFiles &files_;
   Fresh<Meminfo> meminfo_;

@@ -14,12 +14,16 @@ TEST(Fresh, AValueIsReadAgainAfter100Milliseconds) {
   int reads = 0;
   const auto get = [&] { return value.Get(clock, [&reads] { return ++reads; }); };
   EXPECT_FALSE(value.IsFresh(clock));
+  EXPECT_EQ(value.IfFresh(clock), nullptr);
   EXPECT_EQ(get(), 1);
+  ASSERT_NE(value.IfFresh(clock), nullptr);
+  EXPECT_EQ(*value.IfFresh(clock), 1);
   now += kFreshTime - nanoseconds(1);
   EXPECT_EQ(get(), 1);
   EXPECT_TRUE(value.IsFresh(clock));
   now += nanoseconds(1);
   EXPECT_FALSE(value.IsFresh(clock));
+  EXPECT_EQ(value.IfFresh(clock), nullptr);
   EXPECT_EQ(get(), 2);
 }
 

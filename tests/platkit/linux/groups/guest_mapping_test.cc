@@ -7,13 +7,15 @@ namespace {
 
 constexpr DeviceNumber kHugePages = DeviceNumber{0} << 32 | 50;
 
-Figure Largest(std::string_view maps) {
+GuestMappings Parse(std::string_view maps) {
   SavedHost host;
   host.Write("proc/7/maps", maps);
   HostFiles files(host.Path(""), Reach::kRootFolder);
   const DeviceNumber devices[] = {kHugePages};
-  return LargestMemoryMapping(files, 7, devices);
+  return ReadGuestMappings(files, 7, devices);
 }
+
+Figure Largest(std::string_view maps) { return Parse(maps).largest; }
 
 TEST(GuestMapping, MappingsOfMemory) {
   for (const char *line : {
@@ -65,14 +67,32 @@ TEST(GuestMapping, AdjacentPiecesCountAsOne) {
       << "with a guard between them";
 }
 
+TEST(GuestMapping, BlocksOfGuestMemory) {
+  const auto blocks = [](std::string_view maps) { return Parse(maps).blocks; };
+  constexpr uint64_t kMB = 1024;
+  EXPECT_EQ(blocks("7f0000000000-7f0008000000 rw-p 00000000 00:00 0 \n"), Figure(128 * kMB));
+  EXPECT_EQ(blocks("7f0000000000-7f0008000000 rw-p 00000000 00:00 0 \n7f0008000000-7f0008001000 ---p 0 00:00 0 \n"
+                   "7f00081ff000-7f00181ff000 rw-s 00000000 00:01 5 /memfd:memory-backend-memfd (deleted)\n"),
+            Figure((128 + 256) * kMB))
+      << "the machine's, and a memory device's";
+  EXPECT_EQ(blocks("7f0000000000-7f0004000000 rw-p 0 00:00 0 \n7f0004000000-7f0008000000 rw-p 0 00:00 0 \n"),
+            Figure(128 * kMB))
+      << "in two pieces";
+  for (const char *other :
+       {"7f0000000000-7f0007e00000 rw-p 00000000 00:00 0 \n", "7f0000001000-7f0008201000 rw-p 00000000 00:00 0 \n",
+        "7f0000000000-7f0008001000 rw-p 00000000 00:00 0 \n", ""}) {
+    EXPECT_EQ(blocks(other), Figure()) << other;
+  }
+}
+
 TEST(GuestMapping, AFileThatCannotBeRead) {
   SavedHost host;
   HostFiles files(host.Path(""), Reach::kRootFolder);
-  EXPECT_EQ(LargestMemoryMapping(files, 7, {}), Figure());
+  EXPECT_EQ(ReadGuestMappings(files, 7, {}).largest, Figure());
   host.Write("proc/7/maps", "100000-200000 rw-p 00000000 00:00 0 \n");
   host.Forbid("proc/7/maps");
   OrdinaryUser user;
-  EXPECT_EQ(LargestMemoryMapping(files, 7, {}), Figure());
+  EXPECT_EQ(ReadGuestMappings(files, 7, {}).largest, Figure());
 }
 
 }  // namespace

@@ -19,6 +19,15 @@ TEST(VmScope, ControlGroupsOfVms) {
   }
 }
 
+TEST(VmScope, TheGroupItself) {
+  const std::string_view scope = "/machine.slice/machine-production.slice/machine-qemu\\x2d1\\x2dweb.scope";
+  EXPECT_EQ(VmScopeOf(scope), scope);
+  EXPECT_EQ(VmScopeOf(std::string(scope) + "/libvirt/emulator"), scope);
+  EXPECT_EQ(VmScopeOf("/machine/qemu-1-web.libvirt-qemu/emulator"), "/machine/qemu-1-web.libvirt-qemu");
+  EXPECT_EQ(VmScopeOf("qemu.slice/100.scope/"), "qemu.slice/100.scope");
+  EXPECT_EQ(VmScopeOf("/machine.slice"), "");
+}
+
 TEST(VmScope, OtherControlGroups) {
   for (const char *group : {
            "",

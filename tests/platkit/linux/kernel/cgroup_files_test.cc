@@ -62,6 +62,8 @@ constexpr StatLine kLines[] = {
     {kV2, "swapcached", &CgroupStat::swapCached},
     {kV2, "anon_thp", &CgroupStat::transparent},
     {kV2, "shmem_thp", &CgroupStat::transparent},
+    {kV2, "file", &CgroupStat::unmapped},
+    {kV2, "hugetlb", &CgroupStat::hugePages},
     {kV2, "kernel", &CgroupStat::kernel},
     {kV2, "kernel_stack", &CgroupStat::kernel},
     {kV2, "pagetables", &CgroupStat::kernel},
@@ -88,6 +90,7 @@ constexpr StatLine kLines[] = {
     {kV2, "pgdemote_proactive", &CgroupStat::demoted},
     {kV1, "total_swap", &CgroupStat::swap},
     {kV1, "total_swapcached", &CgroupStat::swapCached},
+    {kV1, "total_cache", &CgroupStat::unmapped},
     {kV1, "total_rss_huge", &CgroupStat::transparent},
 };
 
@@ -112,6 +115,17 @@ TEST(CgroupFiles, PartsOfKernelMemoryCountOnlyWithoutTheirSum) {
             Figure(7));
   EXPECT_EQ(ReadCgroupStat(kernel.With("group/memory.stat", "slab 1\nkernel 8\nsock 4\n"), kV2, "group").kernel,
             Figure(12));
+}
+
+TEST(CgroupFiles, CachedFilesThatNoProcessMaps) {
+  const auto unmapped = [](CgroupVersion version, const char *text) {
+    KernelFiles kernel;
+    return ReadCgroupStat(kernel.With("group/memory.stat", text), version, "group").unmapped;
+  };
+  EXPECT_EQ(unmapped(kV2, "file 9\nfile_mapped 2\n"), Figure(7));
+  EXPECT_EQ(unmapped(kV1, "total_cache 9\ntotal_mapped_file 2\n"), Figure(7));
+  EXPECT_EQ(unmapped(kV2, "file 9\nfile_mapped x\n"), kUnreadable);
+  EXPECT_EQ(unmapped(kV2, "file_mapped 2\n"), kAbsent);
 }
 
 TEST(CgroupFiles, HowOftenTheLimitWasReached) {

@@ -23,6 +23,24 @@ TEST(CgroupMount, FileSystemsWhoseFilesAreMemory) {
   EXPECT_EQ(mount.memoryDevices, (std::vector<DeviceNumber>{50, DeviceNumber{1} << 32 | 29}));
 }
 
+TEST(CgroupMount, FileSystemsOfPaths) {
+  SavedHost host;
+  const CgroupMount mount = Find(host,
+                                 "1 1 254:0 / / rw - ext4 /dev/vda rw\n2 1 0:5 / /dev rw - devtmpfs udev rw\n"
+                                 "3 1 0:50 / /dev/hugepages rw - hugetlbfs hugetlbfs rw\n"
+                                 "4 1 1:29 / /mem\\040ory rw - tmpfs tmpfs rw\n"
+                                 "5 1 254:1 / /mem\\040ory/disk rw - ext4 /dev/vdb rw\n"
+                                 "6 1 1:30 / /top rw - tmpfs tmpfs rw\n7 1 254:2 / /top rw - ext4 /dev/vdc rw\n");
+  EXPECT_EQ(FileSystemOf(mount, "/dev/hugepages"), FileSystem::kHugetlbfs);
+  EXPECT_EQ(FileSystemOf(mount, "/dev/hugepages/libvirt/qemu/1-web"), FileSystem::kHugetlbfs);
+  EXPECT_EQ(FileSystemOf(mount, "/mem ory/ram"), FileSystem::kTmpfs);
+  for (const char *other : {"/mem ory/disk/ram", "/mem ory2", "/dev/hugepagesx/ram", "/var/ram", "/", "", "ram",
+                            "dev/hugepages", "/dev/hugepages/../ram", "/top/ram"}) {
+    EXPECT_EQ(FileSystemOf(mount, other), FileSystem::kOther) << other;
+  }
+  EXPECT_EQ(FileSystemOf(CgroupMount(), "/dev/hugepages/ram"), FileSystem::kOther);
+}
+
 TEST(CgroupMount, Preference) {
   const std::string memory = "1 1 0:1 / /v1/mem rw - cgroup cgroup rw,memory\n";
   const std::string unified = "1 1 0:1 / /v2 rw shared:1 master:2 - cgroup2 cgroup2 rw\n";
@@ -38,6 +56,16 @@ TEST(CgroupMount, Preference) {
   EXPECT_EQ(Find(host, cpu + named).memoryFiles, CgroupVersion::kNone);
   EXPECT_EQ(Find(host, cpu).top, "v1/cpu");
   EXPECT_FALSE(Find(host, other).exists);
+}
+
+TEST(CgroupMount, FullPathsOfFolders) {
+  CgroupMount mount;
+  mount.top = "sys/fs/cgroup";
+  mount.mounted = "/";
+  EXPECT_EQ(FullCgroupOfFolder(mount, "sys/fs/cgroup/machine.slice/a.scope"), "/machine.slice/a.scope");
+  EXPECT_EQ(FullCgroupOfFolder(mount, "sys/fs/cgroup"), "");
+  mount.mounted = "/box";
+  EXPECT_EQ(FullCgroupOfFolder(mount, "sys/fs/cgroup/in"), "/box/in");
 }
 
 TEST(CgroupMount, MountsOfAllShapes) {
@@ -64,7 +92,8 @@ TEST(CgroupMount, FolderOfAProcess) {
                           .top = "t",
                           .mounted = "/",
                           .v1Options = "",
-                          .memoryDevices = {}};
+                          .memoryDevices = {},
+                          .memoryFolders = {}};
   EXPECT_EQ(folder(v2, "4:memory:/wrong\n0::/a:b/c\n"), "a:b/c");
   EXPECT_EQ(folder(v2, "0::/\n"), "");
   EXPECT_EQ(folder(v2, "0::/../outside\n"), "");

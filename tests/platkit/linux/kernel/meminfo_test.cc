@@ -19,6 +19,8 @@ TEST(Meminfo, EachLine) {
   ExpectLine("Slab", &Meminfo::slab, kUnreadable);
   ExpectLine("HardwareCorrupted", &Meminfo::hardwareCorrupted, kAbsent);
   ExpectLine("SwapCached", &Meminfo::swapCached, kAbsent);
+  ExpectLine("AnonHugePages", &Meminfo::transparent, kAbsent);
+  ExpectLine("ShmemHugePages", &Meminfo::transparent, kAbsent);
   ExpectLine("Zswapped", &Meminfo::zswapped, kAbsent);
 }
 

@@ -84,6 +84,90 @@ TEST(QemuCmdline, ATruncatedCommandLineMayHideABalloon) {
   EXPECT_EQ(hasBalloon(100000), kAbsent);
 }
 
+TEST(QemuCmdline, MemoryDevices) {
+  using Words = std::vector<std::string>;
+  const auto memory = [](Words words) {
+    words.insert(words.begin(), {"qemu-kvm", "-m", "size=1G,slots=4,maxmem=8G"});
+    return Parse(words).memory;
+  };
+  const Words first = {"-object", "memory-backend-ram,id=m0,size=512M", "-device", "pc-dimm,id=d0,memdev=m0"};
+  const Words second = {"-device", R"({"driver":"pc-dimm","node":0,"memdev":"m1","id":"d1","addr":4294967296})",
+                        "-object",
+                        R"({"qom-type":"memory-backend-memfd","id":"m1","size":268435456,"host-nodes":[0]})"};
+  EXPECT_EQ(memory({}), MB(1024));
+  EXPECT_EQ(memory(first), MB(1536));
+  EXPECT_EQ(memory(second), MB(1280)) << "the device comes first, in JSON";
+  Words both = first;
+  both.insert(both.end(), second.begin(), second.end());
+  EXPECT_EQ(memory(both), MB(1792));
+  EXPECT_EQ(memory({"-object", "memory-backend-ram,id=m0,size=512M"}), MB(1024)) << "not plugged";
+  EXPECT_EQ(memory({"-device", "pc-dimm,memdev=m0"}), MB(1024)) << "without a backend";
+  EXPECT_EQ(memory({"-object", "memory-backend-ram,id=m0", "-device", "pc-dimm,memdev=m0"}), MB(1024));
+  EXPECT_EQ(memory({"-object", "memory-backend-ram,id=m0,size=many", "-device", "pc-dimm,memdev=m0"}), MB(1024));
+  EXPECT_EQ(memory({"-object", "iothread,id=m0,size=512M", "-device", "pc-dimm,memdev=m0"}), MB(1024));
+  EXPECT_EQ(memory({"-object", "memory-backend-ram,id=m0,size=1048576", "-device", "pc-dimm,memdev=m0"}), MB(1025))
+      << "a backend's size is in bytes";
+  EXPECT_EQ(memory({"-object", "memory-backend-file,id=m0,size=512M", "-device", "nvdimm,memdev=m0"}), MB(1024))
+      << "persistent memory is not counted";
+}
+
+TEST(QemuCmdline, MemoryThatAVirtioMemDeviceRequests) {
+  const std::vector<std::string> words = {"qemu-kvm",
+                                          "-m",
+                                          "1G,maxmem=8G",
+                                          "-object",
+                                          "memory-backend-ram,id=m0,size=4G",
+                                          "-device",
+                                          "virtio-mem-pci,memdev=m0,requested-size=256M"};
+  EXPECT_EQ(Parse(words).memory, MB(1280));
+  EXPECT_TRUE(Parse(words).mapsOtherMemory) << "its whole backend is mapped";
+}
+
+TEST(QemuCmdline, DevicesThatMapOtherMemory) {
+  for (const char *device : {"nvdimm,memdev=m", "virtio-pmem-pci,memdev=m", "ivshmem-plain,memdev=m", "qxl-vga"})
+    EXPECT_TRUE(Parse({"qemu-kvm", "-device", device}).mapsOtherMemory) << device;
+  for (const char *device : {"pc-dimm,memdev=m", "virtio-balloon-pci", "vfio-pci,host=1:0.0", ""})
+    EXPECT_FALSE(Parse({"qemu-kvm", "-device", device}).mapsOtherMemory) << device;
+}
+
+TEST(QemuCmdline, MemoryThatTheMonitorMakesResident) {
+  using Words = std::vector<std::string>;
+  for (const Words &words :
+       {Words{"-object", "memory-backend-ram,id=m,prealloc=on"},
+        Words{"-object", R"({"qom-type":"memory-backend-memfd","prealloc":true})"}, Words{"-mem-prealloc", "-m", "1G"},
+        Words{"-overcommit", "mem-lock=on"}, Words{"-incoming", "defer"}, Words{"-loadvm", "x"},
+        Words{"-device", "vfio-pci,host=1:0.0"}}) {
+    Words all = {"qemu-kvm"};
+    all.insert(all.end(), words.begin(), words.end());
+    EXPECT_TRUE(Parse(all).isPopulated) << words[0];
+  }
+  EXPECT_EQ(Parse({"qemu-kvm", "-mem-prealloc", "-m", "1G"}).memory, MB(1024)) << "an option without a value";
+  EXPECT_FALSE(Parse({"qemu-kvm", "-m", "1G", "-object", "memory-backend-ram,id=m,prealloc=off", "-overcommit",
+                      "mem-lock=off", "-device", "virtio-net-pci"})
+                   .isPopulated);
+}
+
+TEST(QemuCmdline, WithoutASize) {
+  const QemuOptions options = Parse({"qemu-system-x86_64", "-smp", "2"});
+  EXPECT_EQ(options.memory, kAbsent);
+  EXPECT_EQ(options.defaultMemory, MB(128));
+  EXPECT_EQ(Parse({"qemu-kvm", "-m", "1G"}).defaultMemory, kAbsent);
+  EXPECT_EQ(Parse({"qemu-kvm", "-m", "99999999999T"}).defaultMemory, kAbsent) << "a size that no machine has";
+  EXPECT_EQ(Parse({"appliance"}).defaultMemory, kAbsent) << "not QEMU";
+  EXPECT_EQ(Parse({"qemu-kvm", "-readconfig", "/etc/vm.cfg"}).defaultMemory, kAbsent) << "the file may give it";
+  const std::vector<std::string> dimm = {"-object", "memory-backend-ram,id=m0,size=512M", "-device",
+                                         "pc-dimm,memdev=m0"};
+  std::vector<std::string> words = {"qemu-kvm", "-m", "slots=2,maxmem=2G"};
+  words.insert(words.end(), dimm.begin(), dimm.end());
+  EXPECT_EQ(Parse(words).memory, kAbsent);
+  EXPECT_EQ(Parse(words).defaultMemory, MB(640));
+  const std::string backend = R"({"qom-type":"memory-backend-ram","id":"pc.ram","size":4294967296})";
+  EXPECT_EQ(Parse({"qemu-kvm", "-machine", "pc,memory-backend=pc.ram", "-object", backend}).memory, MB(4096));
+  EXPECT_EQ(Parse({"qemu-kvm", "-M", "memory-backend=pc.ram,type=pc", "-object", backend, "-m", "1G"}).memory,
+            MB(1024));
+  EXPECT_EQ(Parse({"qemu-kvm", "-machine", "pc,memory-backend=x", "-object", backend}).memory, kAbsent);
+}
+
 TEST(QemuCmdline, ThePrograms) {
   for (const char *program : {"/usr/bin/qemu-system-x86_64", "qemu-kvm", "/opt/kvm"})
     EXPECT_TRUE(Parse({program}).isQemu) << program;

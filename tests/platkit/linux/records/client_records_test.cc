@@ -204,6 +204,61 @@ TEST(ClientRecords, MoreMemoryThanTheProcessHasMappedIsNoGuests) {
   EXPECT_CELL(Vmm(host, 310).memSize, 5000000u) << "all that is mapped";
 }
 
+// Appends arguments to a command line.
+void AddWords(SavedHost &host, int64_t pid, const Types &words) {
+  const std::string path = "proc/" + std::to_string(pid) + "/cmdline";
+  std::string line = host.Read(path);
+  for (const std::string &word : words)
+    line += word + '\0';
+  host.Write(path, line);
+}
+
+TEST(ClientRecords, MemoryDevicesOfTheCommandLine) {
+  SavedHost host("clients.host");
+  AddWords(host, 310,
+           {"-object", R"({"qom-type":"memory-backend-ram","id":"m0","size":536870912})", "-device",
+            R"({"driver":"pc-dimm","memdev":"m0","id":"d0"})"});
+  EXPECT_CELL(Vmm(host, 310).memSize, MB(2560));
+  EXPECT_CELL(Vmm(host, 310).memSizeLimit, MB(8192));
+  EXPECT_CELL(Guest(host, 310).memTotal, MB(2560));
+  EXPECT_CELL(host.ask().Stats(310).memSize, MB(2560));
+  AddWords(host, 310, {"-object", "memory-backend-ram,id=m1,size=4G", "-device", "pc-dimm,memdev=m1"});
+  host.ask().Members(host.ControlGroup(kOwn));
+  EXPECT_CELL(Vmm(host, 310).memSize, 5000000u) << "more than the process has mapped";
+}
+
+TEST(ClientRecords, MemoryThatWasPluggedInLater) {
+  SavedHost host("clients.host");
+  const std::string machine = "7f0000000000-7f0080000000 rw-p 00000000 00:00 0 \n";
+  host.Write("proc/310/maps", machine + "7f0080200000-7f00c0200000 rw-p 00000000 00:00 0 \n");
+  EXPECT_CELL(Vmm(host, 310).memSize, MB(2048 + 1024));
+  host.Write("proc/310/maps", machine + "7f0080200000-7f1080200000 rw-p 00000000 00:00 0 \n");
+  EXPECT_CELL(Vmm(host, 310).memSize, MB(8192)) << "at most maxmem";
+  host.Write("proc/310/maps", "7f0000000000-7f0040000000 rw-p 00000000 00:00 0 \n");
+  EXPECT_CELL(Vmm(host, 310).memSize, MB(2048)) << "at least what the command line gives";
+  host.Write("proc/310/maps", machine + "7f0080200000-7f00c0200000 rw-p 00000000 00:00 0 \n");
+  AddWords(host, 310, {"-device", "nvdimm,memdev=n"});
+  host.ask().Members(host.ControlGroup(kOwn));
+  EXPECT_CELL(Vmm(host, 310).memSize, MB(2048)) << "the other mapping may be of another device";
+  AddWords(host, 310, {"-m", "size=2G,maxmem=2G"});
+  host.ask().Members(host.ControlGroup(kOwn));
+  const int64_t opens = host.Opens("proc/310/maps");
+  EXPECT_CELL(Vmm(host, 310).memSize, MB(2048));
+  EXPECT_EQ(host.Opens("proc/310/maps"), opens) << "there is no room for more";
+}
+
+TEST(ClientRecords, WithoutASizeTheMappingsOrQemusDefaultCount) {
+  SavedHost host("clients.host");
+  host.Write("proc/320/maps", "7f0000000000-7f0010000000 rw-p 00000000 00:00 0 \n");
+  EXPECT_CELL(Vmm(host, 320).memSize, MB(256));
+  host.Remove("proc/320/maps");
+  EXPECT_CELL(Vmm(host, 320).memSize, 9000000u) << "the process', since huge pages exceed QEMU's default";
+  std::string status = host.Read("proc/320/status");
+  host.Write("proc/320/status", status.replace(status.find("3145728 kB"), 7, "     96"));
+  EXPECT_CELL(Vmm(host, 320).memSize, MB(128));
+  EXPECT_CELL(Guest(host, 320).memTotal, MB(128));
+}
+
 TEST(ClientRecords, AUsersMaximumOfMemoryIsNotShown) {
   SavedHost host("clients.host");
   EXPECT_CELL(Vmm(host, 310).memSizeLimit, MB(8192)) << "of root's machine";
@@ -215,6 +270,36 @@ TEST(ClientRecords, AUsersMaximumOfMemoryIsNotShown) {
   EXPECT_EQ(host.ask().Name(310), "web (uid 7)");
   EXPECT_CELL(Vmm(host, 310).memSize, MB(2048));
   EXPECT_CELL(Vmm(host, 310).memSizeLimit, MB(2048));
+}
+
+// The pages that the guest of machine 310 has mapped.
+void ListInKvm(SavedHost &host, const char *small, const char *large, const char *gigantic) {
+  const std::string folder = "sys/kernel/debug/kvm/310-11/";
+  host.Remove("proc/310/fd");
+  host.MakeLink("proc/310/fd/11", "anon_inode:kvm-vm");
+  host.Write(folder + "pages_4k", small);
+  host.Write(folder + "pages_2m", large);
+  host.Write(folder + "pages_1g", gigantic);
+}
+
+TEST(ClientRecords, AGuestInSharedMemoryIsToldFromItsMonitor) {
+  SavedHost host("clients.host");
+  AddWords(host, 310, {"-machine", "q35,memory-backend=ram", "-object", "memory-backend-memfd,id=ram,size=2G"});
+  EXPECT_CELL(Vmm(host, 310).mapped, 40000u + 2000) << "shared memory, and the page of zeros";
+  EXPECT_CELL(host.ask().Stats(310).ovhd, 1460000u + 4000);
+  EXPECT_CELL(host.ask().Stats(kVmm + 310).consumed, 1464000u);
+}
+
+TEST(ClientRecords, KvmTellsWhatAnAnonymousGuestHasMapped) {
+  SavedHost host("clients.host");
+  std::string status = host.Read("proc/310/status");
+  host.Write("proc/310/status", status.replace(status.find("4999868 kB"), 7, "4097020"));
+  ListInKvm(host, "1000\n", "50\n", "0\n");
+  EXPECT_CELL(Vmm(host, 310).mapped, 4000u + 102400 + 2000);
+  EXPECT_CELL(host.ask().Stats(310).ovhd, 1500000u - 106400 + 4000);
+  AddWords(host, 310, {"-mem-prealloc"});
+  host.ask().Members(host.ControlGroup(kOwn));
+  EXPECT_CELL(Vmm(host, 310).mapped, 1442000u) << "the monitor has mapped all of it";
 }
 
 TEST(ClientRecords, Swapping) {
@@ -296,6 +381,38 @@ TEST(ClientRecords, LargePages) {
   EXPECT_CELL(shared.backings2M, UINT32_MAX) << "nothing tells its transparent huge pages";
   EXPECT_CELL(shared.backings1G, 0u);
   EXPECT_CELL(shared.allocSuccess, 0u);
+}
+
+TEST(ClientRecords, LargePagesThatKvmCounts) {
+  SavedHost host("clients.host");
+  ListInKvm(host, "1000\n", "50\n", "0\n");
+  EXPECT_CELL(LargePages(host, 310).backings2M, 50u) << "without the monitor's";
+  EXPECT_CELL(LargePages(host, 310).backings1G, 0u);
+  ListInKvm(host, "1000\n", "x\n", "0\n");
+  EXPECT_CELL(LargePages(host, 310).backings2M, 502u) << "those of its control group";
+  ListInKvm(host, "1000\n", "5000\n", "0\n");
+  EXPECT_CELL(LargePages(host, 310).backings2M, 1024u) << "at most all of its memory";
+  std::string status = host.Read("proc/310/status");
+  host.Write("proc/310/status",
+             status.replace(status.find("HugetlbPages:\t       0 kB"), 25, "HugetlbPages: 1048576 kB"));
+  ListInKvm(host, "1000\n", "700\n", "0\n");
+  EXPECT_CELL(LargePages(host, 310).backings2M, 700u) << "512 of them are of a pool";
+  host.Remove(kOwn + "/hugetlb.1GB.current");
+  ListInKvm(host, "1000\n", "7\n", "1\n");
+  EXPECT_CELL(LargePages(host, 310).backings1G, 1u);
+  EXPECT_CELL(LargePages(host, 310).backings2M, 7u);
+}
+
+TEST(ClientRecords, AHostWithoutTransparentHugePages) {
+  SavedHost host("clients.host");
+  EXPECT_CELL(LargePages(host, 320).backings2M, UINT32_MAX);
+  host.Write("proc/meminfo", "MemTotal: 16000000 kB\nAnonHugePages: 2048 kB\nShmemHugePages: 0 kB\n");
+  EXPECT_CELL(LargePages(host, 320).backings2M, UINT32_MAX) << "some process has one";
+  for (const char *none : {"AnonHugePages: 0 kB\nShmemHugePages: 0 kB\n", ""}) {
+    host.Write("proc/meminfo", std::string("MemTotal: 16000000 kB\n") + none);
+    EXPECT_CELL(LargePages(host, 320).backings2M, 1536u) << "those of pools: " << none;
+    EXPECT_CELL(LargePages(host, 310).backings2M, 0u) << none;
+  }
 }
 
 TEST(ClientRecords, LargePagesOfPools) {
@@ -664,11 +781,12 @@ TEST(ClientReads, ARecordIsReadAgainAfterAChange) {
 TEST(ClientReads, OnlyWhatIsAskedForIsRead) {
   SavedHost host("clients.host");
   Walk(host, 0, true);
-  for (const char *path : {"proc/400/limits", "proc/400/ksm_stat", "proc/400/sched", "proc/400/maps", "proc/310/maps",
-                           "proc/310/limits", "proc/310/sched"}) {
+  for (const char *path : {"proc/400/limits", "proc/400/ksm_stat", "proc/400/sched", "proc/400/maps", "proc/310/limits",
+                           "proc/310/sched"}) {
     EXPECT_EQ(host.Opens(path), 0) << path;
   }
   EXPECT_EQ(host.Opens("proc/320/maps"), 1);
+  EXPECT_EQ(host.Opens("proc/310/maps"), 1) << "its command line leaves room for more memory";
   EXPECT_EQ(host.Opens("proc/swaps"), 1);
   EXPECT_EQ(host.Opens(kOwn + "/memory.stat"), 1);
   EXPECT_EQ(host.Opens(kTop + "app.slice/memory.stat"), 0);
