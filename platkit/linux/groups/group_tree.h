@@ -75,7 +75,6 @@ class GroupTree {
   void MakeVm(Group &group, QemuOptions &&options);
   void Forget(int64_t top) noexcept;
   Group *TakeMember(Group &group) noexcept;
-  Figure CountVm(int64_t pid);
   Group &Host() { return groups_.at(kHostGroup); }
 
   HostFiles &files_;
