@@ -101,7 +101,8 @@ TEST(VmGroups, AListingThatFailedTellsNothing) {
   OrdinaryUser user;
   host.ask().Members(host.ControlGroup(kOwn));
   std::vector<int64_t> members;
-  EXPECT_EQ(host.ask().List("sched_groups_members_groups", {host.ControlGroup(kOwn + "/below")}, members), HVC_NO_PERMISSION);
+  EXPECT_EQ(host.ask().List("sched_groups_members_groups", {host.ControlGroup(kOwn + "/below")}, members),
+            HVC_NO_PERMISSION);
   EXPECT_FALSE(HasOwnGroup(host, 310));
 }
 
