@@ -208,6 +208,20 @@ class ReportsOnGuests(machines.TestCase):
         rest = [resident(status) + status["VmPTE"] - truth for status in statuses]
         self.assertBetween(row["ovhd"], rest, MB, "ovhd")
 
+    def test_memory_in_a_file(self):
+        file = tempfile.NamedTemporaryFile()
+        self.addCleanup(file.close)
+        backend = f"memory-backend-file,id=ram,size=320M,share=on,mem-path={file.name}"
+        guest = self.start_loaded("file", "-m", "320M", "-object", backend)
+        truth = guest.resident_of_guest(320 * MB, file.name)
+        error = int(self.row_of(guest, "vm-stats")["mapped"]) - truth
+        status, file_system, _ = machines.run("stat", "-f", "-c", "%T", file.name)
+        self.assertEqual(status, 0)
+        if file_system.strip() == "tmpfs":
+            self.assertNear(error, 0, 64, "the error in shared memory")
+        else:
+            self.assertBetween(error, [0, (48 + 80) * MB], 0, "the monitor's program, its data and its own memory")
+
     def test_anonymous_memory_is_an_upper_bound(self):
         guest = self.start_loaded("anonymous", "-m", "320M", "-object", "memory-backend-ram,id=ram,size=320M")
         truth = guest.resident_of_guest(320 * MB)

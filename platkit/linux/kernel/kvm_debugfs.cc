@@ -40,7 +40,8 @@ KvmVms ReadKvmVms(HostFiles &files) {
 
 KvmPages ReadKvmPages(HostFiles &files, const KvmVms &vms, int64_t pid) {
   KvmPages pages;
-  for (const KvmVm &vm : std::ranges::equal_range(vms.vms, pid, {}, &KvmVm::pid)) {
+  for (const KvmVm &vm : vms.vms) {
+    if (vm.pid != pid) continue;
     const auto count = [&](std::string_view file) {
       return ReadAmount(files, HostPath(kFolder, "/", vm.folder, file));
     };
@@ -48,7 +49,8 @@ KvmPages ReadKvmPages(HostFiles &files, const KvmVms &vms, int64_t pid) {
     pages.large = pages.large + count("/pages_2m");
     pages.gigantic = pages.gigantic + count("/pages_1g");
   }
-  return pages;
+  // A guest that has run has mapped something.
+  return pages.KB() == Figure(0) ? KvmPages() : pages;
 }
 
 }  // namespace platkit

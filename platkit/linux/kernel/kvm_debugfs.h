@@ -30,7 +30,7 @@ KvmVms ReadKvmVms(HostFiles &files);
 
 // The pages of the host that a process' guests have mapped, by size: pages_4k, pages_2m, pages_1g. KVM maps a page when
 // the guest first uses it, and drops mappings now and then; the guest's memory stays. Absent if the process has no VM
-// in the list, or the kernel does not count.
+// in the list or the kernel does not count, which also shows as 0 pages of all sizes.
 struct KvmPages {
   Figure small, large, gigantic;
 

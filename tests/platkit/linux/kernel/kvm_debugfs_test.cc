@@ -89,6 +89,17 @@ TEST(KvmDebugfs, PagesOfAGuest) {
   }
 }
 
+TEST(KvmDebugfs, AKernelThatDoesNotCountPages) {
+  KernelFiles kernel;
+  for (const char *file : {"pages_4k", "pages_2m", "pages_1g"})
+    kernel.host().Write(kFolder + "7-11/" + file, "0\n");
+  EXPECT_EQ(PagesOf(kernel, 7).KB(), kAbsent);
+  EXPECT_EQ(PagesOf(kernel, 7).large, kAbsent);
+  kernel.host().Write(kFolder + "7-11/pages_4k", "1\n");
+  EXPECT_EQ(PagesOf(kernel, 7).KB(), Figure(4));
+  EXPECT_EQ(PagesOf(kernel, 7).large, Figure(0));
+}
+
 TEST(KvmDebugfs, PagesOfAProcessWithSeveralGuestsAddUp) {
   KernelFiles kernel;
   kernel.host().Write(kFolder + "30-11/pages_4k", "1\n");
