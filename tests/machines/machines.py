@@ -40,6 +40,21 @@ def fields(text):
     return found
 
 
+def write(path, value):
+    with open(path, "w", encoding="utf-8") as file:
+        file.write(str(value))
+
+
+def memory_hierarchy(pid):
+    """Where the control groups that account for memory are mounted, and the path of a process' group in them."""
+    with open("/proc/self/mountinfo", encoding="utf-8") as mounts:
+        lines = [line.split() for line in mounts]
+    mounted = {words[-3]: words[4] for words in lines if words[-3] == "cgroup2" or "memory" in words[-1].split(",")}
+    with open(f"/proc/{pid}/cgroup", encoding="utf-8") as groups:
+        paths = dict(line.rstrip("\n").split(":", 2)[1:] for line in groups)
+    return (mounted["cgroup"], paths["memory"]) if "cgroup" in mounted else (mounted["cgroup2"], paths[""])
+
+
 def around(read, act):
     """Returns the results of another function before and after a function, and the result of the function itself."""
     before = read()

@@ -50,14 +50,16 @@ class Neighbours(machines.TestCase):
         # A sleeping process, whose figures do not change.
         with subprocess.Popen(["sleep", "60"]) as sleeper:
             try:
-                _, output, _ = machines.run("ps", "-o", "rss=,vsz=", "-p", str(sleeper.pid))
-                resident, size = map(int, output.split())
+                _, output, _ = machines.run("ps", "-o", "rss=", "-p", str(sleeper.pid))
+                resident = int(output)
+                with open(f"/proc/{sleeper.pid}/status", encoding="utf-8") as status:
+                    figures = machines.fields(status.read())
                 rows = {row["schedGrp"]: row for row in report("uw-stats")}
             finally:
                 sleeper.kill()
         row = rows[str(sleeper.pid)]
         self.assertEqual(row["name"], "sleep")
-        self.assertEqual(int(row["memSize"]), size)
+        self.assertEqual(int(row["memSize"]), figures["VmData"] + figures["VmStk"])
         self.assertNear(row["mapped"], resident, 1 * MB, "mapped")
 
     @unittest.skipUnless(os.geteuid() == 0, "the caches of kernel objects are root's to read")

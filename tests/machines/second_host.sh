@@ -126,7 +126,7 @@ run_out_of_memory() {
   kestrel -r comp-stats -q >$out/shortage/idle
   dd if=/dev/vdb of=/dev/null bs=1M 2>/dev/null
   kestrel -r comp-stats -q >$out/shortage/read
-  head -c 1000m /dev/zero | tail -c 1000m >/dev/null
+  head -c 620m /dev/zero | tail -c 620m >/dev/null
   kestrel -r comp-stats -q >$out/shortage/filled
 }
 

@@ -147,7 +147,7 @@ TEST_F(ShortMemory, ByTheLimitOfAddressSpace) {
 
 // A host with modules of persistent memory.
 void WriteModules(platkit::SavedHost &host) {
-  host.Write("proc/cpuinfo", "processor\t: 0\nmodel\t\t: 85\n");
+  host.Write("proc/cpuinfo", "processor\t: 0\nvendor_id\t: GenuineIntel\ncpu family\t: 6\nmodel\t\t: 85\n");
   host.MakeFolder("sys/bus/nd/devices/nmem0");
   for (const kestrel::UnitPlace &unit : kestrel::kUnitPlaces) {
     std::array<char, 64> name;

@@ -93,7 +93,7 @@ HVC_ReturnStatus GroupRecords::NumVMs(NumVMsRecord &record) {
 }
 
 // Linux has neither memory shares nor a limit on reservations. The row of a control group shows its own settings. A VM
-// and its VMM have the limit that holds for them, wherever it is set. The reservation of the VM covers the VMM too.
+// and its VMM have the limit that holds for them, wherever it is set, and the reservation of the VM's own control group.
 HVC_ReturnStatus GroupRecords::Alloc(int64_t id, GroupAllocRecord &record) {
   Group *group = FindOfKnownKind(id);
   if (group == nullptr) return HVC_NOT_FOUND;
@@ -105,7 +105,7 @@ HVC_ReturnStatus GroupRecords::Alloc(int64_t id, GroupAllocRecord &record) {
     record.min = CellInKB(reader_.Amount(*group, CgroupAmount::kMin), 0);
     record.max = CellInKB(max, HVC_KB_NONE);
   } else if (Group *vm = VmOf(*group); vm != nullptr) {
-    if (Group *own = vms_.OwnControlGroup(*vm); own != nullptr && group == vm) {
+    if (Group *own = vms_.OwnControlGroup(*vm); own != nullptr) {
       record.min = CellInKB(reader_.Amount(*own, CgroupAmount::kMin), 0);
     }
     record.max = CellInKB(limits_.Lowest(*vm, CgroupAmount::kMax), HVC_KB_NONE);

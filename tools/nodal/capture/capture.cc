@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdio>
 #include <ctime>
+#include <new>
 
 #include "platkit/linux/files/host_files.h"
 #include "tools/nodal/capture/capture_writer.h"
@@ -120,7 +121,11 @@ void Capture(const CaptureOptions &options) {
   ThrowIfSignalled();
   WriteFile(options.snapshot, platkit::Readers::kOwner, [&](int fd) { return writer.WriteTo(fd); });
   const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-  Complain(Summary(options.snapshot, writer.totals(), vanished, time.count()));
+  try {
+    Complain(Summary(options.snapshot, writer.totals(), vanished, time.count()));
+  } catch (const std::bad_alloc &) {
+    // The snapshot is complete.
+  }
 }
 
 }  // namespace nodal

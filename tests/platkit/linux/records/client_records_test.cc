@@ -139,8 +139,8 @@ TEST(ClientRecords, AVmWithItsOwnControlGroup) {
   Asker ask = host.ask();
   EXPECT_CELL(ask.Alloc(310).min, MB(1024));
   EXPECT_CELL(ask.Stats(310).bMin, MB(1024));
-  EXPECT_CELL(ask.Alloc(kVmm + 310).min, 0u) << "the reservation of the VM covers its monitor";
-  EXPECT_CELL(ask.Stats(kVmm + 310).bMin, 0u);
+  EXPECT_CELL(ask.Alloc(kVmm + 310).min, MB(1024)) << "the VM's reservation";
+  EXPECT_CELL(ask.Stats(kVmm + 310).bMin, 0u) << "the reservation of the VM covers its monitor";
   for (const int64_t group : {int64_t{310}, kVmm + 310}) {
     EXPECT_CELL(ask.Alloc(group).max, MB(4096));
     EXPECT_CELL(ask.Alloc(group).shares, 0);
