@@ -7,7 +7,7 @@
 #   user     the same for an ordinary user
 #   replay   the same from a capture of the host, host.nodal
 #   shortage comp-stats while the host is idle, after it has read a disk that is larger than its memory (.read), and after
-#            a program has asked for more memory than there is (.filled)
+#            programs have asked for more memory than there is (.filled)
 export PATH=/bin LD_LIBRARY_PATH=/lib
 /bin/busybox --install -s /bin
 out=/tmp/out
@@ -126,7 +126,13 @@ run_out_of_memory() {
   kestrel -r comp-stats -q >$out/shortage/idle
   dd if=/dev/vdb of=/dev/null bs=1M 2>/dev/null
   kestrel -r comp-stats -q >$out/shortage/read
-  head -c 620m /dev/zero | tail -c 620m >/dev/null
+  # The kernel would refuse so much to one program.
+  fillers=
+  for _ in 1 2; do
+    dd if=/dev/zero of=/dev/null bs=300M count=4 2>/dev/null &
+    fillers="$fillers $!"
+  done
+  wait $fillers
   kestrel -r comp-stats -q >$out/shortage/filled
 }
 
