@@ -6,8 +6,8 @@
 #            changing figures, after their paths, right before (.before) and after (.after) the report
 #   user     the same for an ordinary user
 #   replay   the same from a capture of the host, host.nodal
-#   shortage comp-stats while the host is idle, after it has read a disk that is larger than its memory (.read), and after
-#            programs have asked for more memory than there is (.filled)
+#   shortage comp-stats while the host is idle (idle), after it has read a disk that is larger than its memory (read; the
+#            pressure at that time is in pressure), and after programs have asked for more memory than there is (filled)
 export PATH=/bin LD_LIBRARY_PATH=/lib
 /bin/busybox --install -s /bin
 out=/tmp/out
@@ -126,6 +126,7 @@ run_out_of_memory() {
   kestrel -r comp-stats -q >$out/shortage/idle
   dd if=/dev/vdb of=/dev/null bs=1M 2>/dev/null
   kestrel -r comp-stats -q >$out/shortage/read
+  cat /proc/pressure/memory >$out/shortage/pressure
   # The kernel would refuse so much to one program.
   fillers=
   for _ in 1 2; do

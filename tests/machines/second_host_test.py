@@ -211,7 +211,9 @@ class WholeHost(SecondHost):
 
         idle, read, filled = row("idle"), row("read"), row("filled")
         self.assertEqual(idle["memState"], "High")
-        self.assertEqual(read, idle, "reading a disk is no shortage")
+        # If this machine is very busy, even a short wait in the emulated one lasts.
+        if float(re.search(r"some avg10=(\S+)", Host.read("shortage/pressure"))[1]) < 5:
+            self.assertEqual(read, idle, "reading a disk is no shortage")
         for column in "numClear", "numSoft", "numHard", "numLow":
             self.assertGreater(int(filled[column]), int(read[column]), column)
 
