@@ -93,7 +93,8 @@ HVC_ReturnStatus GroupRecords::NumVMs(NumVMsRecord &record) {
 }
 
 // Linux has neither memory shares nor a limit on reservations. The row of a control group shows its own settings. A VM
-// and its VMM have the limit that holds for them, wherever it is set, and the reservation of the VM's own control group.
+// and its VMM have the limit that holds for them, wherever it is set, and the reservation of the VM's own control
+// group.
 HVC_ReturnStatus GroupRecords::Alloc(int64_t id, GroupAllocRecord &record) {
   Group *group = FindOfKnownKind(id);
   if (group == nullptr) return HVC_NOT_FOUND;

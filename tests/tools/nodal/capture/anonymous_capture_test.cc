@@ -106,7 +106,7 @@ class AnonymousCapture : public testing::Test {
                  words);
   }
 
-  const Scratch scratch_;
+  Scratch scratch_;
 };
 
 TEST_F(AnonymousCapture, HasNoForeignText) {

@@ -34,7 +34,7 @@ class KeyFileTest : public testing::Test {
     return "";
   }
 
-  const Scratch scratch_;
+  Scratch scratch_;
 };
 
 TEST_F(KeyFileTest, OneNewlineAtTheEndIsIgnored) {
@@ -60,7 +60,7 @@ TEST_F(KeyFileTest, Sizes) {
 
 TEST_F(KeyFileTest, OtherUsersHaveNoAccess) {
   const std::string path = PathOf("secret");
-  for (const mode_t mode : {0604, 0602, 0640, 0620, 0610}) {
+  for (const mode_t mode : {0604u, 0602u, 0640u, 0620u, 0610u}) {
     ASSERT_EQ(chmod(path.c_str(), mode), 0);
     EXPECT_EQ(FailureOf(path), "other users may access the key file (use chmod 600)") << mode;
   }
