@@ -21,6 +21,13 @@ constexpr size_t kMaxReceived = 1024 * 1024;
 
 [[noreturn]] void ThrowErrno() { throw std::runtime_error(std::strerror(errno)); }
 
+// Copying and comparing a value takes stack for each level of it. Messages of QEMU have fewer than ten levels.
+bool RequireShallow(int depth, json::parse_event_t, const json &) {
+  constexpr int kMaxDepth = 64;
+  if (depth > kMaxDepth) throw std::runtime_error("a message of the QMP server is nested too deeply");
+  return true;
+}
+
 }  // namespace
 
 QmpClient::QmpClient(const std::string &path) {
@@ -66,7 +73,7 @@ json QmpClient::ReadMessage() {
     if (received_.size() > kMaxMessage || totalReceived_ > kMaxReceived)
       throw std::runtime_error("the QMP server sends too much");
   }
-  json message = json::parse(received_.substr(0, end), nullptr, false);
+  json message = json::parse(received_.substr(0, end), RequireShallow, false);
   received_.erase(0, end + 1);
   if (!message.is_object()) throw std::runtime_error("malformed message of the QMP server");
   return message;

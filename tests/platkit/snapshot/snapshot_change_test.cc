@@ -183,7 +183,7 @@ class Change : public testing::Test {
     if (!AccessTrap::kIsSupported) GTEST_SKIP() << "this architecture has no single steps";
     const size_t accesses = ReadWithChange(SIZE_MAX, change);
     const size_t opening = accessesOfOpening_;
-    ASSERT_GT(opening, 100u);
+    ASSERT_GT(opening, 50u);
     ASSERT_GT(accesses, opening);
     for (size_t access = 0; access < accesses; access += access < opening ? 1 + opening / 50 : 1) {
       ReadWithChange(access, change);

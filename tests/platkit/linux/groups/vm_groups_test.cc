@@ -178,7 +178,7 @@ TEST(VmGroups, AScopeWithHiddenMembersIsNoVmsOwn) {
   MoveIntoScope(host, "/libvirt", "/helpers");
   host.Forbid(kScope + "/helpers/cgroup.procs");
   OrdinaryUser user;
-  EXPECT_EQ(host.ask().Stats(320).bMin, 0u);
+  EXPECT_CELL(host.ask().Stats(320).bMin, 0u);
   EXPECT_FALSE(HasOwnGroup(host, 320));
 }
 
@@ -194,7 +194,7 @@ TEST(VmGroups, TheOverheadIncludesHelpersAndTheKernel) {
   };
   const std::string files = "file 104857600\nfile_mapped 73400320\n";  // 100 MB, 70 MB
   constexpr uint64_t kOfProcess = 82000;
-  EXPECT_EQ(host.ask().Stats(320).ovhd, kOfProcess) << "no figures of the group";
+  EXPECT_CELL(host.ask().Stats(320).ovhd, kOfProcess) << "no figures of the group";
   // The guest has 220000 KB apart from huge pages of a pool.
   EXPECT_EQ(overhead(400, files), 370 * kMB - 220000);
   EXPECT_EQ(overhead(400, files + "zswap 10485760\n"), 360 * kMB - 220000) << "compressed memory is the guest's";
@@ -203,8 +203,8 @@ TEST(VmGroups, TheOverheadIncludesHelpersAndTheKernel) {
   EXPECT_EQ(overhead(400, "anon 1\n"), kOfProcess) << "which files are mapped is not known";
   EXPECT_EQ(overhead(400, "file x\nfile_mapped 1\n"), kOfProcess);
   EXPECT_EQ(overhead(400, files), 370 * kMB - 220000);
-  EXPECT_EQ(host.ask().Stats(20'000'000 + 320).consumed, 370 * kMB - 220000) << "of its monitor";
-  EXPECT_EQ(host.ask().Stats(320).consumed, 300000u + 3145728) << "of its process alone";
+  EXPECT_CELL(host.ask().Stats(20'000'000 + 320).consumed, 370 * kMB - 220000) << "of its monitor";
+  EXPECT_CELL(host.ask().Stats(320).consumed, 300000u + 3145728) << "of its process alone";
 }
 
 TEST(VmGroups, LimitsBelowTheScopeHold) {
@@ -213,8 +213,8 @@ TEST(VmGroups, LimitsBelowTheScopeHold) {
   host.Write(kScope + "/memory.min", "1048576\n");
   host.Write(kScope + "/memory.high", "max\n");
   host.Write(kScope + "/libvirt/memory.high", "2097152\n");
-  EXPECT_EQ(host.ask().Stats(320).allocTgt, 2048u);
-  EXPECT_EQ(host.ask().Alloc(320).min, 1024u);
+  EXPECT_CELL(host.ask().Stats(320).allocTgt, 2048u);
+  EXPECT_CELL(host.ask().Alloc(320).min, 1024u);
 }
 
 TEST(VmGroups, TheHostIsNoVmsOwnGroup) {
