@@ -85,7 +85,7 @@ void __wrap_free(void *block) {
 }  // extern "C"
 // NOLINTEND(bugprone-reserved-identifier)
 
-// The other forms of new and delete call these.
+// The other forms of new and delete call these, except under the sanitizers, which replace each form.
 void *operator new(size_t size) {
   void *block = std::malloc(size == 0 ? 1 : size);
   if (block == nullptr) throw std::bad_alloc();
@@ -94,3 +94,5 @@ void *operator new(size_t size) {
 
 void operator delete(void *block) noexcept { std::free(block); }
 void operator delete(void *block, size_t) noexcept { std::free(block); }
+
+void *operator new(size_t size, const std::nothrow_t &) noexcept { return std::malloc(size == 0 ? 1 : size); }
