@@ -37,7 +37,7 @@ Arguments EntriesOf(const NODAL_ParamList &list) {
 }
 
 // If the host lacks memory, the read returns a status; if this program lacks memory, it throws an exception.
-HVC_ReturnStatus Answer(HVC_ReturnStatus status) {
+HVC_ReturnStatus ThrowIfOutOfMemory(HVC_ReturnStatus status) {
   if (status == HVC_NO_MEMORY) throw std::bad_alloc();
   return status;
 }
@@ -45,23 +45,25 @@ HVC_ReturnStatus Answer(HVC_ReturnStatus status) {
 }  // namespace
 
 HVC_ReturnStatus HostTree::Get(const Node &node, const Arguments &arguments, std::span<std::byte> record) {
-  return Answer(NODAL_Get(node.id, ListOf(arguments).get(), record.data(), static_cast<uint32_t>(record.size())));
+  return ThrowIfOutOfMemory(
+      NODAL_Get(node.id, ListOf(arguments).get(), record.data(), static_cast<uint32_t>(record.size())));
 }
 
 HVC_ReturnStatus HostTree::List(const Node &node, const Arguments &arguments, Arguments &entries) {
   const nodal::List list = MakeList();
-  const HVC_ReturnStatus status = Answer(NODAL_GetInstanceList(node.id, ListOf(arguments).get(), list.get()));
+  const HVC_ReturnStatus status =
+      ThrowIfOutOfMemory(NODAL_GetInstanceList(node.id, ListOf(arguments).get(), list.get()));
   entries = EntriesOf(*list);
   return status;
 }
 
 HVC_ReturnStatus SourceTree::Get(const Node &node, const Arguments &arguments, std::span<std::byte> record) {
-  return Answer(source_.Get(node, ParamsOf(arguments), record));
+  return ThrowIfOutOfMemory(source_.Get(node, ParamsOf(arguments), record));
 }
 
 HVC_ReturnStatus SourceTree::List(const Node &node, const Arguments &arguments, Arguments &entries) {
   const nodal::List list = MakeList();
-  const HVC_ReturnStatus status = Answer(source_.List(node, ParamsOf(arguments), *list));
+  const HVC_ReturnStatus status = ThrowIfOutOfMemory(source_.List(node, ParamsOf(arguments), *list));
   if (status == HVC_OK) entries = EntriesOf(*list);
   return status;
 }
