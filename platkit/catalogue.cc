@@ -71,13 +71,6 @@ std::span<const Node> Nodes() { return kNodes; }
 
 const Node *FindNode(uint32_t id) { return id == 0 || id > std::size(kNodes) ? nullptr : &kNodes[id - 1]; }
 
-const Node *FindNode(std::string_view name) {
-  for (const Node &node : kNodes) {
-    if (node.name == name) return &node;
-  }
-  return nullptr;
-}
-
 }  // namespace platkit
 
 // nodes.h must declare each of these objects, or they would not be exported.

@@ -50,9 +50,6 @@ inline constexpr size_t kMaxNodes = 64;
 // The node with this identifier, or null.
 const Node *FindNode(uint32_t id);
 
-// The node with this name, or null. Code that knows the name uses platkit::nodes (node_ref.h) instead.
-const Node *FindNode(std::string_view name);
-
 }  // namespace platkit
 
 #endif  // PLATKIT_CATALOGUE_H

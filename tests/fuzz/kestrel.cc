@@ -12,6 +12,7 @@
 #include <map>
 #include <thread>
 
+#include "platkit/node_ref.h"
 #include "platkit/path.h"
 #include "platkit/snapshot/snapshot_file.h"
 #include "src/dcpmm/sockets.h"
@@ -56,10 +57,10 @@ bool IsLongWalk(SnapshotFile &file) {
   };
   std::map<int64_t, Group> groups;
   SnapshotFile::Cursor cursor(file);
-  const platkit::Node *lists = platkit::FindNode("sched_groups_members_groups");
+  const platkit::Node &lists = platkit::nodes::sched_groups_members_groups;
   for (Value value; cursor.Next() == HVC_OK;) {
     const platkit::PathTarget target = platkit::ParsePath(cursor.key());
-    if (target.node != lists || cursor.Read(value) != HVC_OK) continue;
+    if (target.node != &lists || cursor.Read(value) != HVC_OK) continue;
     std::vector<int64_t> &members = groups[target.arguments[0].integer].members;
     members.resize(value.payload.size() / sizeof(int64_t));
     if (!members.empty()) std::memcpy(members.data(), value.payload.data(), members.size() * sizeof(int64_t));

@@ -1,6 +1,8 @@
 // Parses paths of nodes. An accepted path has only one spelling, and any text argument survives being written to a path
 // and parsed.
 #include "platkit/path.h"
+
+#include "platkit/node_ref.h"
 #include "tests/fuzz/target.h"
 #include "tools/nodal/tree/arguments.h"
 
@@ -24,13 +26,13 @@ void CheckPath(std::string_view path) {
 }
 
 void CheckText(std::string_view text) {
-  const platkit::Node *heap = platkit::FindNode("system_heaps_stats");
+  const platkit::Node &heap = platkit::nodes::system_heaps_stats;
   platkit::PathWriter path;
-  platkit::WritePath(*heap, nodal::ParamsOf({nodal::TextArgument(text)}), path);
+  platkit::WritePath(heap, nodal::ParamsOf({nodal::TextArgument(text)}), path);
   if (!path.ok()) return;
   const PathTarget target = platkit::ParsePath(path.view());
   const bool isText = text.find('\0') == std::string_view::npos;
-  REQUIRE((target.node == heap) == isText);
+  REQUIRE((target.node == &heap) == isText);
   if (isText) REQUIRE(target.arguments.at(0).text == text);
 }
 

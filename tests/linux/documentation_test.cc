@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "platkit/catalogue.h"
+#include "platkit/node_ref.h"
 
 namespace platkit {
 namespace {
@@ -89,15 +89,15 @@ TEST(Documentation, EachTableHasTheFieldsOfItsRecord) {
 // Some records have no table: the table of the hierarchy describes them, or, for the page-sharing pool, all figures are
 // 0.
 TEST(Documentation, EachRecordHasATable) {
-  std::set<std::string_view> told = {"sched_groups_groupName",     "sched_groups_groupTag",
-                                     "sched_groups_parentGroupID", "sched_groups_groupFlags",
-                                     "sched_groups_groupLeaderID", "memory_lpage_nodeList_psharePool"};
+  std::set<uint32_t> described = {nodes::sched_groups_groupName.id(),     nodes::sched_groups_groupTag.id(),
+                                  nodes::sched_groups_parentGroupID.id(), nodes::sched_groups_groupFlags.id(),
+                                  nodes::sched_groups_groupLeaderID.id(), nodes::memory_lpage_nodeList_psharePool.id()};
   for (const Table &table : ReadTables()) {
-    if (const Node *node = NodeOf(table.heading); node != nullptr) told.insert(node->name);
+    if (const Node *node = NodeOf(table.heading); node != nullptr) described.insert(node->id);
   }
   for (const Node &node : Nodes()) {
     const bool hasFigures = node.isRecord() && !FieldsOf(*node.record).empty();
-    EXPECT_TRUE(!hasFigures || told.contains(node.name)) << node.name;
+    EXPECT_TRUE(!hasFigures || described.contains(node.id)) << node.name;
   }
 }
 

@@ -15,7 +15,7 @@ void Collect(Asker &ask, int64_t group, int depth, std::vector<int64_t> &found) 
   ASSERT_LT(depth, 2000);
   found.push_back(group);
   std::vector<int64_t> members;
-  const HVC_ReturnStatus status = ask.List("sched_groups_members_groups", {group}, members);
+  const HVC_ReturnStatus status = ask.List(nodes::sched_groups_members_groups, {group}, members);
   ASSERT_TRUE(status == HVC_OK || status == HVC_NOT_FOUND) << status;
   for (const int64_t member : members)
     Collect(ask, member, depth + 1, found);
@@ -42,11 +42,11 @@ TEST(LiveHost, FiguresAreThoseOfTheKernel) {
   EXPECT_LT(consumed, memory.total.Cell(0));
   EXPECT_GT(byKernel, 0u);
 
-  const auto host = ask.Record<ComprehensiveRecord>("memory_comprehensive");
+  const auto host = ask.Record(nodes::memory_comprehensive);
   EXPECT_CELL(host.managedByMemMap, memory.total.Cell(0));
   EXPECT_LT(uint64_t{host.free}, memory.total.Cell(0));
   EXPECT_GE(uint64_t{host.otherConsumed}, 1u);
-  EXPECT_FALSE(ask.Names("system_buddy").empty());
+  EXPECT_FALSE(ask.Names(nodes::system_buddy).empty());
 
   ProcessStatus status;
   ASSERT_EQ(ReadProcessStatus(files, getpid(), status), HVC_OK);
@@ -60,8 +60,8 @@ TEST(LiveHost, FiguresAreThoseOfTheKernel) {
 // The first function on the first bus, if this machine has one.
 std::vector<int64_t> FirstFunction(Asker &ask) {
   std::vector<int64_t> function;
-  for (const char *list :
-       {"hardware_pci_seg", "hardware_pci_seg_bus", "hardware_pci_seg_bus_slot", "hardware_pci_seg_bus_slot_func"}) {
+  for (const NodeRef<NoRecord> list : {nodes::hardware_pci_seg, nodes::hardware_pci_seg_bus,
+                                       nodes::hardware_pci_seg_bus_slot, nodes::hardware_pci_seg_bus_slot_func}) {
     std::vector<int64_t> instances;
     EXPECT_EQ(ask.List(list, Given(function), instances), HVC_OK);
     if (instances.empty()) return {};
@@ -76,15 +76,15 @@ TEST(LiveHost, AnOrdinaryUserReadsTheHeaderOfADeviceAlone) {
   std::vector<int64_t> where = FirstFunction(ask);
   if (where.empty()) GTEST_SKIP() << "no PCI devices on this machine";
   PciConfigHeaderRecord header = {};
-  ASSERT_EQ(ask.Get("hardware_pci_seg_bus_slot_func_pciConfigHeader", Given(where), header), HVC_OK);
-  const char *node = "hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr";
+  ASSERT_EQ(ask.Get(nodes::hardware_pci_seg_bus_slot_func_pciConfigHeader, Given(where), header), HVC_OK);
+  constexpr auto kRegister = nodes::hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr;
   where.insert(where.end(), {2, 0});
   PciConfigRegRecord vendor = {};
   OrdinaryUser user;
-  ASSERT_EQ(ask.Get(node, Given(where), vendor), HVC_OK);
+  ASSERT_EQ(ask.Get(kRegister, Given(where), vendor), HVC_OK);
   EXPECT_CELL(vendor.value, header.vendorID);
   where.back() = 128;
-  EXPECT_EQ(ask.Get(node, Given(where), vendor), HVC_NO_PERMISSION);
+  EXPECT_EQ(ask.Status(kRegister, Given(where)), HVC_NO_PERMISSION);
 }
 
 }  // namespace

@@ -28,88 +28,93 @@ OwnedList ListOf(const std::vector<Argument> &arguments) {
 
 }  // namespace
 
-HVC_ReturnStatus Asker::GetBytes(std::string_view node, const std::vector<Argument> &arguments,
+HVC_ReturnStatus Asker::GetBytes(const Node &node, const std::vector<Argument> &arguments,
                                  std::span<std::byte> record) {
-  return source_.Get(*FindNode(node), ListOf(arguments)->params(), record);
+  return source_.Get(node, ListOf(arguments)->params(), record);
 }
 
-HVC_ReturnStatus Asker::List(std::string_view node, const std::vector<Argument> &arguments,
+HVC_ReturnStatus Asker::Status(const Node &node, const std::vector<Argument> &arguments) {
+  std::vector<std::byte> record(node.record->size);
+  return GetBytes(node, arguments, record);
+}
+
+HVC_ReturnStatus Asker::List(const Node &node, const std::vector<Argument> &arguments,
                              std::vector<int64_t> &instances) {
   const OwnedList list(ParamList::Make());
-  const HVC_ReturnStatus status = source_.List(*FindNode(node), ListOf(arguments)->params(), *list);
+  const HVC_ReturnStatus status = source_.List(node, ListOf(arguments)->params(), *list);
   instances.clear();
   for (const NODAL_Param &param : list->params())
     instances.push_back(param.integer);
   return status;
 }
 
-HVC_ReturnStatus Asker::Set(std::string_view node, const std::vector<Argument> &arguments,
+HVC_ReturnStatus Asker::Set(const Node &node, const std::vector<Argument> &arguments,
                             const std::vector<Argument> &input) {
-  return source_.Set(*FindNode(node), ListOf(arguments)->params(), ListOf(input)->params());
+  return source_.Set(node, ListOf(arguments)->params(), ListOf(input)->params());
 }
 
-HVC_ReturnStatus Asker::List(std::string_view node, const std::vector<Argument> &arguments,
+HVC_ReturnStatus Asker::List(const Node &node, const std::vector<Argument> &arguments,
                              std::vector<std::string> &instances) {
   const OwnedList list(ParamList::Make());
-  const HVC_ReturnStatus status = source_.List(*FindNode(node), ListOf(arguments)->params(), *list);
+  const HVC_ReturnStatus status = source_.List(node, ListOf(arguments)->params(), *list);
   instances.clear();
   for (const NODAL_Param &param : list->params())
     instances.emplace_back(param.text());
   return status;
 }
 
-std::vector<std::string> Asker::Names(std::string_view node, const std::vector<Argument> &arguments) {
+std::vector<std::string> Asker::Names(const Node &node, const std::vector<Argument> &arguments) {
   std::vector<std::string> names;
-  EXPECT_EQ(List(node, arguments, names), HVC_OK) << node;
+  EXPECT_EQ(List(node, arguments, names), HVC_OK) << node.name;
   return names;
 }
 
 std::vector<int64_t> Asker::Members(int64_t group) {
   std::vector<int64_t> members;
-  EXPECT_EQ(List("sched_groups_members_groups", {group}, members), HVC_OK) << group;
+  EXPECT_EQ(List(nodes::sched_groups_members_groups, {group}, members), HVC_OK) << group;
   return members;
 }
 
 std::string Asker::Name(int64_t group) {
   GroupNameRecord record;
-  EXPECT_EQ(Get("sched_groups_groupName", {group}, record), HVC_OK) << group;
+  EXPECT_EQ(Get(nodes::sched_groups_groupName, {group}, record), HVC_OK) << group;
   EXPECT_EQ(record.name[sizeof record.name - 1], '\0');
   return record.name;
 }
 
 std::string Asker::Tag(int64_t group) {
   GroupTagRecord record;
-  EXPECT_EQ(Get("sched_groups_groupTag", {group}, record), HVC_OK) << group;
+  EXPECT_EQ(Get(nodes::sched_groups_groupTag, {group}, record), HVC_OK) << group;
   return std::string(record.tag, strnlen(record.tag, sizeof record.tag));
 }
 
 int64_t Asker::Parent(int64_t group) {
   ParentGroupIDRecord record = {};
-  EXPECT_EQ(Get("sched_groups_parentGroupID", {group}, record), HVC_OK) << group;
+  EXPECT_EQ(Get(nodes::sched_groups_parentGroupID, {group}, record), HVC_OK) << group;
   return record.parentGroupID;
 }
 
 uint32_t Asker::Flags(int64_t group) {
   GroupFlagsRecord record = {};
-  EXPECT_EQ(Get("sched_groups_groupFlags", {group}, record), HVC_OK) << group;
+  EXPECT_EQ(Get(nodes::sched_groups_groupFlags, {group}, record), HVC_OK) << group;
   return record.flags;
 }
 
 const GroupMemoryStatsRecord &Asker::Stats(int64_t group) {
   stats_ = {};
-  EXPECT_EQ(Get("sched_groups_stats_memoryStats", {group}, stats_), HVC_OK) << group;
+  EXPECT_EQ(Get(nodes::sched_groups_stats_memoryStats, {group}, stats_), HVC_OK) << group;
   return stats_;
 }
 
 const GroupAllocRecord &Asker::Alloc(int64_t group) {
   alloc_ = {};
-  EXPECT_EQ(Get("sched_groups_memAllocationInKB", {group}, alloc_), HVC_OK) << group;
+  EXPECT_EQ(Get(nodes::sched_groups_memAllocationInKB, {group}, alloc_), HVC_OK) << group;
   return alloc_;
 }
 
 const GroupCapacityRecord &Asker::Capacity(int64_t group) {
   capacity_ = {};
-  EXPECT_EQ(Get("sched_groups_stats_capacity", {group}, capacity_), HVC_OK) << group;
+  EXPECT_EQ(Get(nodes::sched_groups_stats_capacity, {group}, capacity_), HVC_OK) << group;
   return capacity_;
 }
 

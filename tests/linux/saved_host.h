@@ -6,15 +6,19 @@
 
 #include <chrono>
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "platkit/linux/files/fresh.h"
 #include "platkit/linux/linux_source.h"
+#include "platkit/node_ref.h"
 #include "platkit/records.h"
 
 // Compares a field of a record by value: fields may be unaligned, so references to them are not allowed.
@@ -35,28 +39,30 @@ struct Argument {
 
 inline std::vector<Argument> Given(const std::vector<int64_t> &ids) { return {ids.begin(), ids.end()}; }
 
-// Reads nodes of a source by name. The short forms expect success.
+// Reads nodes of a source. Functions that return no status expect success.
 class Asker {
  public:
   explicit Asker(Source &source) : source_(source) {}
 
-  template <typename Record>
-  HVC_ReturnStatus Get(std::string_view node, const std::vector<Argument> &arguments, Record &record) {
-    return GetBytes(node, arguments, {reinterpret_cast<std::byte *>(&record), sizeof record});
+  template <typename RecordType>
+  HVC_ReturnStatus Get(NodeRef<RecordType> node, const std::vector<Argument> &arguments,
+                       std::type_identity_t<RecordType> &record) {
+    return GetBytes(node, arguments, std::as_writable_bytes(std::span(&record, 1)));
   }
-  HVC_ReturnStatus Set(std::string_view node, const std::vector<Argument> &arguments,
-                       const std::vector<Argument> &input);
-  HVC_ReturnStatus List(std::string_view node, const std::vector<Argument> &arguments, std::vector<int64_t> &instances);
-  HVC_ReturnStatus List(std::string_view node, const std::vector<Argument> &arguments,
-                        std::vector<std::string> &instances);
+  HVC_ReturnStatus Set(const Node &node, const std::vector<Argument> &arguments, const std::vector<Argument> &input);
+  HVC_ReturnStatus List(const Node &node, const std::vector<Argument> &arguments, std::vector<int64_t> &instances);
+  HVC_ReturnStatus List(const Node &node, const std::vector<Argument> &arguments, std::vector<std::string> &instances);
 
-  template <typename Form>
-  Form Record(std::string_view node, const std::vector<Argument> &arguments = {}) {
-    Form record = {};
-    EXPECT_EQ(Get(node, arguments, record), HVC_OK) << node;
+  // The status of Get(), for tests that ignore the record.
+  HVC_ReturnStatus Status(const Node &node, const std::vector<Argument> &arguments = {});
+
+  template <typename RecordType>
+  RecordType Record(NodeRef<RecordType> node, const std::vector<Argument> &arguments = {}) {
+    RecordType record = {};
+    EXPECT_EQ(Get(node, arguments, record), HVC_OK) << node->name;
     return record;
   }
-  std::vector<std::string> Names(std::string_view node, const std::vector<Argument> &arguments = {});
+  std::vector<std::string> Names(const Node &node, const std::vector<Argument> &arguments = {});
 
   std::vector<int64_t> Members(int64_t group);
   std::string Name(int64_t group);
@@ -70,7 +76,7 @@ class Asker {
   const GroupCapacityRecord &Capacity(int64_t group);
 
  private:
-  HVC_ReturnStatus GetBytes(std::string_view node, const std::vector<Argument> &arguments, std::span<std::byte> record);
+  HVC_ReturnStatus GetBytes(const Node &node, const std::vector<Argument> &arguments, std::span<std::byte> record);
 
   Source &source_;
   GroupMemoryStatsRecord stats_ = {};

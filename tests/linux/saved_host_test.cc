@@ -4,6 +4,13 @@
 namespace platkit {
 namespace {
 
+template <typename Record>
+concept ReadsGroupFlags = requires(Asker ask, Record record) {
+  ask.Get(nodes::sched_groups_groupFlags, {0}, record);
+};
+static_assert(ReadsGroupFlags<GroupFlagsRecord>);
+static_assert(!ReadsGroupFlags<GroupLeaderIDRecord>, "a node reads into its own record only");
+
 constexpr uint64_t kNone = HVC_KB_NONE;
 constexpr int64_t kKernel = 5'000'000;
 constexpr int64_t kVmm = 20'000'000;
@@ -61,16 +68,13 @@ TEST(SavedHost, LeadersAndClients) {
   const int64_t web = host.ControlGroup(kTop + "system.slice/web.service");
   std::vector<int64_t> clients;
   for (const int64_t id : {int64_t{100}, int64_t{300}}) {
-    GroupLeaderIDRecord leader = {};
-    EXPECT_EQ(ask.Get("sched_groups_groupLeaderID", {id}, leader), HVC_OK);
-    EXPECT_CELL(leader.leaderID, id);
-    EXPECT_EQ(ask.List("sched_groups_members_memClients", {id}, clients), HVC_OK);
+    EXPECT_CELL(ask.Record(nodes::sched_groups_groupLeaderID, {id}).leaderID, id);
+    EXPECT_EQ(ask.List(nodes::sched_groups_members_memClients, {id}, clients), HVC_OK);
     EXPECT_EQ(clients, std::vector<int64_t>{id});
   }
   for (const int64_t id : {int64_t{0}, kKernel, web, kVmm + 300}) {
-    GroupLeaderIDRecord leader = {};
-    EXPECT_EQ(ask.Get("sched_groups_groupLeaderID", {id}, leader), HVC_NOT_FOUND);
-    EXPECT_EQ(ask.List("sched_groups_members_memClients", {id}, clients), HVC_OK);
+    EXPECT_EQ(ask.Status(nodes::sched_groups_groupLeaderID, {id}), HVC_NOT_FOUND);
+    EXPECT_EQ(ask.List(nodes::sched_groups_members_memClients, {id}, clients), HVC_OK);
     EXPECT_EQ(clients, id == kVmm + 300 ? std::vector<int64_t>{id} : std::vector<int64_t>{});
   }
 }
@@ -80,10 +84,9 @@ TEST(SavedHost, WhatIsNoGroupIsNotFound) {
   Asker ask = host.ask();
   for (const int64_t id : {int64_t{2}, int64_t{150}, int64_t{999}, int64_t{-1}, kKernel + 1, int64_t{19'999'999}, kVmm,
                            kVmm + 100, kVmm + 999, int64_t{30'000'000}, INT64_MAX, INT64_MIN}) {
-    GroupNameRecord record;
     std::vector<int64_t> members;
-    EXPECT_EQ(ask.Get("sched_groups_groupName", {id}, record), HVC_NOT_FOUND) << id;
-    EXPECT_EQ(ask.List("sched_groups_members_groups", {id}, members), HVC_NOT_FOUND) << id;
+    EXPECT_EQ(ask.Status(nodes::sched_groups_groupName, {id}), HVC_NOT_FOUND) << id;
+    EXPECT_EQ(ask.List(nodes::sched_groups_members_groups, {id}, members), HVC_NOT_FOUND) << id;
   }
 }
 
@@ -210,8 +213,7 @@ TEST(SavedHost, MachineFigures) {
 
 TEST(SavedHost, PageSharing) {
   SavedHost host("v2.host");
-  PShareStatsRecord stats;
-  ASSERT_EQ(host.ask().Get("memory_pshare_stats", {}, stats), HVC_OK);
+  const PShareStatsRecord stats = host.ask().Record(nodes::memory_pshare_stats);
   EXPECT_CELL(stats.cow, 350u);
   EXPECT_CELL(stats.cow1, 0u);
   EXPECT_CELL(stats.zero, 12u);
@@ -225,8 +227,7 @@ TEST(SavedHost, PageSharing) {
 
 TEST(SavedHost, AKernelWithoutPageSharingSharesNothing) {
   SavedHost host("v1.host");
-  PShareStatsRecord stats;
-  ASSERT_EQ(host.ask().Get("memory_pshare_stats", {}, stats), HVC_OK);
+  const PShareStatsRecord stats = host.ask().Record(nodes::memory_pshare_stats);
   EXPECT_CELL(stats.cow, 0u);
   EXPECT_CELL(stats.totAdd, 0u);
   EXPECT_EQ(host.Opens("proc/vmstat"), 0);
@@ -235,8 +236,7 @@ TEST(SavedHost, AKernelWithoutPageSharingSharesNothing) {
 
 TEST(SavedHost, LargePagesAreCountedInSmallOnes) {
   SavedHost host("64k-pages.host");
-  PShareStatsRecord stats;
-  ASSERT_EQ(host.ask().Get("memory_pshare_stats", {}, stats), HVC_OK);
+  const PShareStatsRecord stats = host.ask().Record(nodes::memory_pshare_stats);
   EXPECT_CELL(stats.cow, 350u * 16);
   EXPECT_CELL(stats.totRemove, 7u * 16);
   EXPECT_CELL(host.ask().Stats(100).sharedSaved, 3u * 64);

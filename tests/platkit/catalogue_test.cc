@@ -15,7 +15,6 @@ TEST(Catalogue, HasEveryNodeOnce) {
     EXPECT_TRUE(paths.insert(node.path).second) << node.path;
     EXPECT_TRUE(node.isList || node.isRecord()) << node.name;
     EXPECT_EQ(FindNode(node.id), &node);
-    EXPECT_EQ(FindNode(node.name), &node);
   }
 }
 
@@ -23,7 +22,6 @@ TEST(Catalogue, UnknownNodesAreNull) {
   EXPECT_EQ(FindNode(0u), nullptr);
   EXPECT_EQ(FindNode(49u), nullptr);
   EXPECT_EQ(FindNode(UINT32_MAX), nullptr);
-  EXPECT_EQ(FindNode("sched_groups"), nullptr);
 }
 
 // The sizes that callers of the C interface pass.

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platkit/node_ref.h"
+
 namespace platkit {
 namespace {
 
@@ -40,12 +42,12 @@ TEST(Path, EveryRowHasAPathThatLeadsBackToIt) {
 TEST(Path, Forms) {
   const PathTarget alloc = ParsePath("/sched/groups/4/memAllocationInKB");
   ASSERT_NE(alloc.node, nullptr);
-  EXPECT_EQ(alloc.node->name, "sched_groups_memAllocationInKB");
+  EXPECT_EQ(alloc.node->id, nodes::sched_groups_memAllocationInKB.id());
   EXPECT_EQ(alloc.arguments.at(0).integer, 4);
 
   const PathTarget reg = ParsePath("/hardware/pci/seg/0/bus/23/slot/10/func/2/pciConfigReg/size/4/addr/216");
   ASSERT_NE(reg.node, nullptr);
-  EXPECT_EQ(reg.node->name, "hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr");
+  EXPECT_EQ(reg.node->id, nodes::hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr.id());
   EXPECT_EQ(reg.arguments.at(5).integer, 216);
 
   const PathTarget list = ParsePath("/sched/memClients/7/remapTypes");

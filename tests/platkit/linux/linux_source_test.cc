@@ -71,16 +71,16 @@ TEST(LinuxSource, OnlyWhatIsAskedForIsRead) {
 TEST(LinuxSource, ARecordIsReadAgainAfterAChange) {
   SavedHost host("two-nodes.host");
   Asker ask = host.ask();
-  const auto heap = [&] { return ask.Record<HeapStatsRecord>("system_heaps_stats", {"kmalloc-8"}); };
-  const auto nodes = [&]() -> uint32_t { return ask.Record<MemInfoRecord>("memory_memInfo").numNodes; };
-  EXPECT_CELL(ask.Record<ComprehensiveRecord>("memory_comprehensive").free, 8800000u);
-  EXPECT_CELL(nodes(), 2u);
+  const auto heap = [&] { return ask.Record(nodes::system_heaps_stats, {"kmalloc-8"}); };
+  const auto numNodes = [&]() -> uint32_t { return ask.Record(nodes::memory_memInfo).numNodes; };
+  EXPECT_CELL(ask.Record(nodes::memory_comprehensive).free, 8800000u);
+  EXPECT_CELL(numNodes(), 2u);
   EXPECT_CELL(heap().numRanges, 1u);
   host.Write("proc/meminfo", "MemFree: 5 kB\n");
   host.Write("proc/buddyinfo", "Node 0, zone Normal 1\nNode 2, zone Normal 12\nNode 3, zone Normal 1\n");
   host.Write("proc/slabinfo", "kmalloc-8 1 1 8 512 1 : tunables 0 0 0 : slabdata 7 7 0\n");
-  EXPECT_CELL(ask.Record<ComprehensiveRecord>("memory_comprehensive").free, 5u);
-  EXPECT_CELL(nodes(), 3u);
+  EXPECT_CELL(ask.Record(nodes::memory_comprehensive).free, 5u);
+  EXPECT_CELL(numNodes(), 3u);
   EXPECT_CELL(heap().numRanges, 7u);
 }
 
@@ -98,13 +98,11 @@ struct SourceOfCell {
 };
 
 uint64_t FreeBuffers(SavedHost &host) {
-  return host.ask().Record<BuddyComprehensiveRecord>("system_buddy_comprehensive", {"memmap-00-hi"}).sizes[0].free;
+  return host.ask().Record(nodes::system_buddy_comprehensive, {"memmap-00-hi"}).sizes[0].free;
 }
 
 uint64_t SizeOfNamespace(SavedHost &host) {
-  return host.ask()
-      .Record<RegionRecord>("memory_pmem_volumes_regionStore_regions_info", {"region10", "namespace10.0"})
-      .size;
+  return host.ask().Record(nodes::memory_pmem_volumes_regionStore_regions_info, {"region10", "namespace10.0"}).size;
 }
 
 const SourceOfCell kSourcesOfCells[] = {
@@ -122,37 +120,27 @@ const SourceOfCell kSourcesOfCells[] = {
     {"v2.host", "proc/101/ksm_merging_pages", "50\n",
      [](SavedHost &h) -> uint64_t { return h.ask().Stats(101).sharedSaved; }},
     {"clients.host", "proc/swaps", "/a file 10 4 -2\n",
-     [](SavedHost &h) -> uint64_t {
-       return h.ask().Record<VmSwapInfoRecord>("sched_memClients_swapInfo", {20'000'310}).totalReg;
-     }},
+     [](SavedHost &h) -> uint64_t { return h.ask().Record(nodes::sched_memClients_swapInfo, {20'000'310}).totalReg; }},
     {"clients.host", "proc/320/maps", "100000-200000 rw-p 00000000 00:00 0 \n",
      [](SavedHost &h) -> uint64_t { return h.ask().Stats(320).memSize; }},
     {"clients.host", kTop + "shared.slice/cgroup.procs", "320\n",
-     [](SavedHost &h) -> uint64_t {
-       return h.ask().Record<LPageStatsRecord>("memory_lpage_vmLPage", {20'000'320}).backings2M;
-     }},
+     [](SavedHost &h) -> uint64_t { return h.ask().Record(nodes::memory_lpage_vmLPage, {20'000'320}).backings2M; }},
     {"clients.host", "proc/321/sched", "numa_pages_migrated : 13\n",
      [](SavedHost &h) -> uint64_t {
-       return h.ask().Record<RemapStatsRecord>("sched_memClients_remapTypes", {321, "numa"}).added;
+       return h.ask().Record(nodes::sched_memClients_remapTypes, {321, "numa"}).added;
      }},
     {"two-nodes.host", "proc/vmstat", "allocstall_normal 4\n",
      [](SavedHost &h) -> uint64_t {
-       return h.ask()
-           .Record<StateTransitionsRecord>("sched_globalStats_memory_stateTransitions", {"high"})
-           .toLowerCount;
+       return h.ask().Record(nodes::sched_globalStats_memory_stateTransitions, {"high"}).toLowerCount;
      }},
     {"two-nodes.host", "proc/zoneinfo", "Node 0, zone Normal\n  pages free 1\n min 7\n present 9\n managed 9\n",
-     [](SavedHost &h) -> uint64_t {
-       return h.ask().Record<GlobalMemoryRecord>("sched_globalStats_memory_kestrel").minFree;
-     }},
+     [](SavedHost &h) -> uint64_t { return h.ask().Record(nodes::sched_globalStats_memory_kestrel).minFree; }},
     {"two-nodes.host", "proc/buddyinfo", "Node 0, zone Normal 77\n", FreeBuffers},
     {"two-nodes.host", "proc/slabinfo", "kmalloc-8 1 1 8 512 1 : tunables 0 0 0 : slabdata 7 7 0\n",
-     [](SavedHost &h) -> uint64_t {
-       return h.ask().Record<HeapStatsRecord>("system_heaps_stats", {"kmalloc-8"}).numRanges;
-     }},
+     [](SavedHost &h) -> uint64_t { return h.ask().Record(nodes::system_heaps_stats, {"kmalloc-8"}).numRanges; }},
     {"two-nodes.host", "sys/bus/nd/devices/region10/size", "2097152\n",
      [](SavedHost &h) -> uint64_t {
-       return h.ask().Record<ExtentRecord>("memory_pmem_volumes_extents", {"region10", 0}).endBlock;
+       return h.ask().Record(nodes::memory_pmem_volumes_extents, {"region10", 0}).endBlock;
      }},
     {"two-nodes.host", "sys/bus/nd/devices/namespace10.0/size", "2097152\n", SizeOfNamespace},
 };
@@ -172,12 +160,13 @@ TEST(LinuxSource, FiguresAreReusedFor100Milliseconds) {
 
 TEST(LinuxSource, ListsAreReusedFor100Milliseconds) {
   const struct {
-    const char *host, *node;
+    const char *host;
+    NodeRef<NoRecord> node;
     std::vector<int64_t> arguments;
     std::string folder;
   } lists[] = {
-      {"v2.host", "sched_groups_members_groups", {0}, kTop + "new"},
-      {"persistent-memory.host", "hardware_pci_seg", {}, "sys/bus/pci/devices/0009:00:00.0"},
+      {"v2.host", nodes::sched_groups_members_groups, {0}, kTop + "new"},
+      {"persistent-memory.host", nodes::hardware_pci_seg, {}, "sys/bus/pci/devices/0009:00:00.0"},
   };
   for (const auto &list : lists) {
     SavedHost host(list.host);
@@ -189,9 +178,9 @@ TEST(LinuxSource, ListsAreReusedFor100Milliseconds) {
     const size_t before = count();
     std::filesystem::create_directories(host.Path(list.folder));
     host.Age(kFreshTime - std::chrono::nanoseconds(1));
-    EXPECT_EQ(count(), before) << list.node;
+    EXPECT_EQ(count(), before) << list.node->name;
     host.Age(std::chrono::nanoseconds(1));
-    EXPECT_EQ(count(), before + 1) << list.node;
+    EXPECT_EQ(count(), before + 1) << list.node->name;
   }
 }
 
@@ -199,16 +188,16 @@ TEST(LinuxSource, HostWideFilesAreReadOnceForAllTheirRecords) {
   SavedHost host("two-nodes.host");
   Asker ask = host.ask();
   for (int round = 1; round <= 2; ++round, host.Age()) {
-    ask.Record<ComprehensiveRecord>("memory_comprehensive");
-    ask.Record<GlobalMemoryRecord>("sched_globalStats_memory_kestrel");
+    ask.Record(nodes::memory_comprehensive);
+    ask.Record(nodes::sched_globalStats_memory_kestrel);
     for (const std::string_view state : kMemoryStates)
-      ask.Record<StateTransitionsRecord>("sched_globalStats_memory_stateTransitions", {std::string(state)});
-    for (const std::string &name : ask.Names("system_buddy")) {
-      ask.Record<MemNodeRecord>("memory_memNodes", {0});
-      ask.Record<BuddyComprehensiveRecord>("system_buddy_comprehensive", {name});
+      ask.Record(nodes::sched_globalStats_memory_stateTransitions, {std::string(state)});
+    for (const std::string &name : ask.Names(nodes::system_buddy)) {
+      ask.Record(nodes::memory_memNodes, {0});
+      ask.Record(nodes::system_buddy_comprehensive, {name});
     }
-    for (const std::string &name : ask.Names("system_heaps"))
-      ask.Record<HeapStatsRecord>("system_heaps_stats", {name});
+    for (const std::string &name : ask.Names(nodes::system_heaps))
+      ask.Record(nodes::system_heaps_stats, {name});
     for (const char *file : {"meminfo", "zoneinfo", "vmstat", "iomem", "buddyinfo", "slabinfo"}) {
       EXPECT_EQ(host.Opens(std::string("proc/") + file), round) << file;
     }
@@ -219,18 +208,18 @@ TEST(LinuxSource, HostWideFilesAreReadOnceForAllTheirRecords) {
 TEST(LinuxSource, InstancesOfAnOldListAreStillFound) {
   SavedHost host("two-nodes.host");
   Asker ask = host.ask();
-  for (const std::string &name : ask.Names("system_buddy")) {
+  for (const std::string &name : ask.Names(nodes::system_buddy)) {
     host.Age();
-    ask.Record<BuddyComprehensiveRecord>("system_buddy_comprehensive", {name});
+    ask.Record(nodes::system_buddy_comprehensive, {name});
   }
-  for (const std::string &name : ask.Names("system_heaps")) {
+  for (const std::string &name : ask.Names(nodes::system_heaps)) {
     host.Age();
-    ask.Record<HeapStatsRecord>("system_heaps_stats", {name});
+    ask.Record(nodes::system_heaps_stats, {name});
   }
-  for (const std::string &volume : ask.Names("memory_pmem_volumes")) {
-    for (const std::string &region : ask.Names("memory_pmem_volumes_regionStore_regions", {volume})) {
+  for (const std::string &volume : ask.Names(nodes::memory_pmem_volumes)) {
+    for (const std::string &region : ask.Names(nodes::memory_pmem_volumes_regionStore_regions, {volume})) {
       host.Age();
-      ask.Record<RegionRecord>("memory_pmem_volumes_regionStore_regions_info", {volume, region});
+      ask.Record(nodes::memory_pmem_volumes_regionStore_regions_info, {volume, region});
     }
   }
   for (const int64_t member : ask.Members(0)) {

@@ -27,25 +27,23 @@ TEST(GroupTree, AProcessWhosePidIsReusedIsNotFound) {
   SavedHost host("v2.host");
   Asker ask = host.ask();
   ask.Members(host.ControlGroup(kWeb));
-  UwMemoryStatsRecord record = {};
-  GroupMemoryStatsRecord stats = {};
-  ASSERT_EQ(ask.Get("sched_memClients_kestrel_uw", {101}, record), HVC_OK);
+  ASSERT_EQ(ask.Status(nodes::sched_memClients_kestrel_uw, {101}), HVC_OK);
   Replace(host, "proc/101/status");
   const std::string begun = "101 (a) b) S";
   for (const std::string &stat : {begun + " 1 1 1", begun + " 4", std::string(), std::string("101 (x")}) {
     host.Write("proc/101/stat", stat);
-    EXPECT_EQ(ask.Get("sched_memClients_kestrel_uw", {101}, record), HVC_NOT_FOUND) << stat;
-    EXPECT_EQ(ask.Get("sched_groups_stats_memoryStats", {101}, stats), HVC_NOT_FOUND) << stat;
+    EXPECT_EQ(ask.Status(nodes::sched_memClients_kestrel_uw, {101}), HVC_NOT_FOUND) << stat;
+    EXPECT_EQ(ask.Status(nodes::sched_groups_stats_memoryStats, {101}), HVC_NOT_FOUND) << stat;
   }
   // A process that started before the listing is the listed one, even if the kernel has dropped its inode.
   std::string words = begun;
   for (int field = 4; field < 22; ++field)
     words += " 9999999999999";
   host.Write("proc/101/stat", words + " 1 0 0\n");
-  EXPECT_EQ(ask.Get("sched_memClients_kestrel_uw", {101}, record), HVC_OK);
-  EXPECT_EQ(ask.Get("sched_groups_stats_memoryStats", {101}, stats), HVC_OK);
+  EXPECT_EQ(ask.Status(nodes::sched_memClients_kestrel_uw, {101}), HVC_OK);
+  EXPECT_EQ(ask.Status(nodes::sched_groups_stats_memoryStats, {101}), HVC_OK);
   host.Write("proc/101/stat", words + " 9999999999999 0 0\n");
-  EXPECT_EQ(ask.Get("sched_groups_stats_memoryStats", {101}, stats), HVC_NOT_FOUND);
+  EXPECT_EQ(ask.Status(nodes::sched_groups_stats_memoryStats, {101}), HVC_NOT_FOUND);
 }
 
 TEST(GroupTree, AListingSeesWhatHasChanged) {
@@ -67,9 +65,8 @@ TEST(GroupTree, AVanishedProcessIsNotFound) {
   ask.Members(300);
   host.Remove("proc/100");
   host.Remove("proc/300");
-  GroupMemoryStatsRecord record;
-  EXPECT_EQ(ask.Get("sched_groups_stats_memoryStats", {100}, record), HVC_NOT_FOUND);
-  EXPECT_EQ(ask.Get("sched_groups_stats_memoryStats", {300}, record), HVC_NOT_FOUND);
+  EXPECT_EQ(ask.Status(nodes::sched_groups_stats_memoryStats, {100}), HVC_NOT_FOUND);
+  EXPECT_EQ(ask.Status(nodes::sched_groups_stats_memoryStats, {300}), HVC_NOT_FOUND);
   EXPECT_EQ(ask.Members(host.ControlGroup(kWeb)), std::vector<int64_t>{101});
 }
 
@@ -99,13 +96,10 @@ TEST(GroupTree, AVanishedControlGroupIsNotFound) {
   ask.Members(system);
   host.Remove(kWeb);
   std::vector<int64_t> members;
-  GroupAllocRecord alloc;
-  GroupCapacityRecord capacity;
-  GroupMemoryStatsRecord stats;
-  EXPECT_EQ(ask.List("sched_groups_members_groups", {web}, members), HVC_NOT_FOUND);
-  EXPECT_EQ(ask.Get("sched_groups_memAllocationInKB", {web}, alloc), HVC_NOT_FOUND);
-  EXPECT_EQ(ask.Get("sched_groups_stats_capacity", {web}, capacity), HVC_NOT_FOUND);
-  EXPECT_EQ(ask.Get("sched_groups_stats_memoryStats", {web}, stats), HVC_NOT_FOUND);
+  EXPECT_EQ(ask.List(nodes::sched_groups_members_groups, {web}, members), HVC_NOT_FOUND);
+  EXPECT_EQ(ask.Status(nodes::sched_groups_memAllocationInKB, {web}), HVC_NOT_FOUND);
+  EXPECT_EQ(ask.Status(nodes::sched_groups_stats_capacity, {web}), HVC_NOT_FOUND);
+  EXPECT_EQ(ask.Status(nodes::sched_groups_stats_memoryStats, {web}), HVC_NOT_FOUND);
   EXPECT_CELL(ask.Capacity(system).consumedResv, 1024u) << "what is left of its siblings";
 }
 
@@ -115,8 +109,7 @@ TEST(GroupTree, KernelThreadsAndZombiesAreNoMembers) {
                              "Tgid:\t99\nVmSize: 1 kB\n"}) {
     host.Write("proc/100/status", status);
     EXPECT_EQ(host.ask().Members(host.ControlGroup(kWeb)), std::vector<int64_t>{101}) << status;
-    GroupNameRecord record;
-    EXPECT_EQ(host.ask().Get("sched_groups_groupName", {100}, record), HVC_NOT_FOUND) << status;
+    EXPECT_EQ(host.ask().Status(nodes::sched_groups_groupName, {100}), HVC_NOT_FOUND) << status;
   }
 }
 
@@ -138,7 +131,7 @@ TEST(GroupTree, AnUnreadableProcessIsListed) {
 TEST(GroupTree, AListFailsIfMembersCannotBeRead) {
   const auto list = [](SavedHost &host, int64_t group) {
     std::vector<int64_t> members;
-    return host.ask().List("sched_groups_members_groups", {group}, members);
+    return host.ask().List(nodes::sched_groups_members_groups, {group}, members);
   };
   for (const std::string &path : {kWeb + "/cgroup.procs", kWeb}) {
     SavedHost host("v2.host");
@@ -162,7 +155,7 @@ TEST(GroupTree, AnUnreadableTopFails) {
   host.Forbid("sys/fs/cgroup");
   OrdinaryUser user;
   std::vector<int64_t> members;
-  EXPECT_EQ(host.ask().List("sched_groups_members_groups", {0}, members), HVC_NO_PERMISSION);
+  EXPECT_EQ(host.ask().List(nodes::sched_groups_members_groups, {0}, members), HVC_NO_PERMISSION);
 }
 
 TEST(GroupTree, AGroupNestedDeeperThanAPathIsLong) {
@@ -174,7 +167,7 @@ TEST(GroupTree, AGroupNestedDeeperThanAPathIsLong) {
   HVC_ReturnStatus status = HVC_OK;
   for (int depth = 0; depth < DeepFolders::kDepth && status == HVC_OK; ++depth) {
     members.clear();
-    status = ask.List("sched_groups_members_groups", {group}, members);
+    status = ask.List(nodes::sched_groups_members_groups, {group}, members);
     if (status == HVC_OK) group = *std::ranges::find_if(members, [&](int64_t id) { return ask.Name(id)[0] == 'd'; });
   }
   EXPECT_EQ(status, HVC_NAME_TOO_LONG);

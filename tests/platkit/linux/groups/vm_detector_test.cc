@@ -64,7 +64,7 @@ TEST(VmDetector, ANameAndACommandLineAreNoEvidence) {
     Start(host, "qemu-system-x86", "/usr/bin/qemu-system-x86_64", claim.user);
     EXPECT_EQ(host.ask().Tag(300), "process") << claim.what;
     EXPECT_EQ(host.ask().Name(300), "qemu-system-x86") << claim.what;
-    EXPECT_CELL(host.ask().Record<NumVMsRecord>("sched_globalStats_numVMs").numVMs, 0u) << claim.what;
+    EXPECT_CELL(host.ask().Record(nodes::sched_globalStats_numVMs).numVMs, 0u) << claim.what;
     EXPECT_EQ(host.Opens("proc/300/cmdline"), 0) << claim.what;
   }
 }
@@ -78,7 +78,7 @@ TEST(VmDetector, AControlGroupForVmsIsEvidence) {
     OrdinaryUser user;
     EXPECT_EQ(host.ask().Tag(300), "vm") << "for all users";
     EXPECT_EQ(host.ask().Name(300), "web");
-    EXPECT_CELL(host.ask().Record<NumVMsRecord>("sched_globalStats_numVMs").numVMs, 1u);
+    EXPECT_CELL(host.ask().Record(nodes::sched_globalStats_numVMs).numVMs, 1u);
   }
   SavedHost helper("v2.host");
   Start(helper, "swtpm", "/usr/bin/swtpm", kUser);

@@ -19,8 +19,7 @@ const std::string kShared = kTop + "shared.slice";
 
 // Only a VM with an own control group has this record.
 bool HasOwnGroup(SavedHost &host, int64_t pid) {
-  ZipStatsRecord record;
-  return host.ask().Get("sched_memClients_memzipInfo", {pid}, record) == HVC_OK;
+  return host.ask().Status(nodes::sched_memClients_memzipInfo, {pid}) == HVC_OK;
 }
 
 TEST(VmGroups, TheAnswerDoesNotDependOnListings) {
@@ -101,7 +100,7 @@ TEST(VmGroups, AListingThatFailedTellsNothing) {
   OrdinaryUser user;
   host.ask().Members(host.ControlGroup(kOwn));
   std::vector<int64_t> members;
-  EXPECT_EQ(host.ask().List("sched_groups_members_groups", {host.ControlGroup(kOwn + "/below")}, members),
+  EXPECT_EQ(host.ask().List(nodes::sched_groups_members_groups, {host.ControlGroup(kOwn + "/below")}, members),
             HVC_NO_PERMISSION);
   EXPECT_FALSE(HasOwnGroup(host, 310));
 }

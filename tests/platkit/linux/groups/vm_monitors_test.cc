@@ -61,11 +61,9 @@ class VmMonitorsTest : public testing::Test {
     EXPECT_EQ(chmod(host_.Path(path).c_str(), 0644), 0);
   }
 
-  VmmMemoryStatsRecord Vmm() { return host_.ask().Record<VmmMemoryStatsRecord>("sched_memClients_kestrel_vmm", {310}); }
-  GuestStatsRecord Guest() { return host_.ask().Record<GuestStatsRecord>("sched_memClients_kestrel_guest", {310}); }
-  uint64_t Written() {
-    return host_.ask().Record<VmSwapInfoRecord>("sched_memClients_swapInfo", {20'000'310}).cptWritten;
-  }
+  VmmMemoryStatsRecord Vmm() { return host_.ask().Record(nodes::sched_memClients_kestrel_vmm, {310}); }
+  GuestStatsRecord Guest() { return host_.ask().Record(nodes::sched_memClients_kestrel_guest, {310}); }
+  uint64_t Written() { return host_.ask().Record(nodes::sched_memClients_swapInfo, {20'000'310}).cptWritten; }
 
   // Expects the cells of balloonActive, ballooned and balloonTgt.
   void ExpectBalloon(uint8_t isActive, uint64_t size, uint64_t target, const std::string &why) {

@@ -9,20 +9,19 @@ namespace {
 constexpr uint32_t kNone32 = UINT32_MAX;
 
 BuddyComprehensiveRecord Buddy(SavedHost &host, const char *name) {
-  return host.ask().Record<BuddyComprehensiveRecord>("system_buddy_comprehensive", {name});
+  return host.ask().Record(nodes::system_buddy_comprehensive, {name});
 }
 
 using Names = std::vector<std::string>;
 
 TEST(BuddyRecords, OnePerMemoryNodeAndKindOfZone) {
   SavedHost host("two-nodes.host");
-  EXPECT_EQ(host.ask().Names("system_buddy"), (Names{"memmap-00-lo", "memmap-00-hi", "memmap-01-hi"}));
-  EXPECT_CELL(host.ask().Record<MemNodeRecord>("memory_memNodes", {0}).numaNode, 0u);
-  EXPECT_CELL(host.ask().Record<MemNodeRecord>("memory_memNodes", {1}).numaNode, 2u);
-  EXPECT_CELL(host.ask().Record<MemInfoRecord>("memory_memInfo").numNodes, 2u);
-  MemNodeRecord record;
+  EXPECT_EQ(host.ask().Names(nodes::system_buddy), (Names{"memmap-00-lo", "memmap-00-hi", "memmap-01-hi"}));
+  EXPECT_CELL(host.ask().Record(nodes::memory_memNodes, {0}).numaNode, 0u);
+  EXPECT_CELL(host.ask().Record(nodes::memory_memNodes, {1}).numaNode, 2u);
+  EXPECT_CELL(host.ask().Record(nodes::memory_memInfo).numNodes, 2u);
   for (const int64_t node : {int64_t{2}, int64_t{-1}, INT64_MAX}) {
-    EXPECT_EQ(host.ask().Get("memory_memNodes", {node}, record), HVC_NOT_FOUND);
+    EXPECT_EQ(host.ask().Status(nodes::memory_memNodes, {node}), HVC_NOT_FOUND);
   }
 }
 
@@ -35,9 +34,8 @@ TEST(BuddyRecords, FreeBuffers) {
     EXPECT_CELL(low.sizes[k].used, 0u);
   }
   EXPECT_CELL(Buddy(host, "memmap-01-hi").sizes[0].free, 11u);
-  BuddyComprehensiveRecord record;
   for (const char *other : {"memmap-01-lo", "memmap-0-lo", "memmap-02-hi", ""}) {
-    EXPECT_EQ(host.ask().Get("system_buddy_comprehensive", {other}, record), HVC_NOT_FOUND) << other;
+    EXPECT_EQ(host.ask().Status(nodes::system_buddy_comprehensive, {other}), HVC_NOT_FOUND) << other;
   }
 }
 
@@ -55,7 +53,7 @@ TEST(BuddyRecords, LinesOfAllKinds) {
   SavedHost host("two-nodes.host");
   const auto names = [&](std::string_view text) {
     host.Write("proc/buddyinfo", text);
-    return host.ask().Names("system_buddy");
+    return host.ask().Names(nodes::system_buddy);
   };
   EXPECT_EQ(names(""), Names{});
   EXPECT_EQ(names("Node 0, zone\nNode x, zone Normal 1\nNode 5 zone Normal 1\nzone\n\nNode -1, zone DMA 1\n"), Names{});
@@ -72,21 +70,20 @@ TEST(BuddyRecords, LinesOfAllKinds) {
     many += "Node " + std::to_string(node) + ", zone Normal 1\n";
   EXPECT_EQ(names(many).size(), 99u);
   EXPECT_EQ(names(many).back(), "memmap-98-hi");
-  EXPECT_CELL(host.ask().Record<MemNodeRecord>("memory_memNodes", {299}).numaNode, 255u);
+  EXPECT_CELL(host.ask().Record(nodes::memory_memNodes, {299}).numaNode, 255u);
 }
 
 TEST(BuddyRecords, AFileThatCannotBeRead) {
   SavedHost host("two-nodes.host");
   Names names;
-  MemInfoRecord record;
   host.Forbid("proc/buddyinfo");
   {
     OrdinaryUser user;
-    EXPECT_EQ(host.ask().List("system_buddy", {}, names), HVC_NO_PERMISSION);
+    EXPECT_EQ(host.ask().List(nodes::system_buddy, {}, names), HVC_NO_PERMISSION);
   }
   host.Remove("proc/buddyinfo");
-  EXPECT_EQ(host.ask().List("system_buddy", {}, names), HVC_NOT_FOUND);
-  EXPECT_EQ(host.ask().Get("memory_memInfo", {}, record), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().List(nodes::system_buddy, {}, names), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Status(nodes::memory_memInfo), HVC_NOT_FOUND);
 }
 
 }  // namespace

@@ -11,73 +11,39 @@ constexpr int64_t kVmm = 20'000'000;
 const std::string kTop = "sys/fs/cgroup/";
 const std::string kOwn = kTop + "machine.slice/web.scope/guest";
 const std::string kShared = kTop + "shared.slice";
+using Types = std::vector<std::string>;
 
 uint64_t MB(uint64_t amount) { return amount * 1024; }
 
-constexpr std::string_view kVmmNode = "sched_memClients_kestrel_vmm";
-constexpr std::string_view kUwNode = "sched_memClients_kestrel_uw";
-constexpr std::string_view kGuestNode = "sched_memClients_kestrel_guest";
-constexpr std::string_view kCommonNode = "sched_memClients_kestrel_totalCommon";
-constexpr std::string_view kSwapNode = "sched_memClients_swapInfo";
-constexpr std::string_view kZipNode = "sched_memClients_memzipInfo";
-constexpr std::string_view kLargePageNode = "memory_lpage_vmLPage";
-constexpr std::string_view kLeaderNode = "worldGroups_vmmLeaderID";
-
-template <typename Record>
-Record Ask(SavedHost &host, std::string_view node, int64_t client) {
-  Record record;
-  EXPECT_EQ(host.ask().Get(node, {client}, record), HVC_OK) << node << " " << client;
-  return record;
+VmmMemoryStatsRecord Vmm(SavedHost &host, int64_t pid) {
+  return host.ask().Record(nodes::sched_memClients_kestrel_vmm, {pid});
 }
-
-VmmMemoryStatsRecord Vmm(SavedHost &host, int64_t pid) { return Ask<VmmMemoryStatsRecord>(host, kVmmNode, pid); }
-UwMemoryStatsRecord Uw(SavedHost &host, int64_t pid) { return Ask<UwMemoryStatsRecord>(host, kUwNode, pid); }
-GuestStatsRecord Guest(SavedHost &host, int64_t pid) { return Ask<GuestStatsRecord>(host, kGuestNode, pid); }
-ZipStatsRecord Zip(SavedHost &host, int64_t pid) { return Ask<ZipStatsRecord>(host, kZipNode, pid); }
-VmSwapInfoRecord Swap(SavedHost &host, int64_t pid) { return Ask<VmSwapInfoRecord>(host, kSwapNode, kVmm + pid); }
+UwMemoryStatsRecord Uw(SavedHost &host, int64_t pid) {
+  return host.ask().Record(nodes::sched_memClients_kestrel_uw, {pid});
+}
+GuestStatsRecord Guest(SavedHost &host, int64_t pid) {
+  return host.ask().Record(nodes::sched_memClients_kestrel_guest, {pid});
+}
+ZipStatsRecord Zip(SavedHost &host, int64_t pid) {
+  return host.ask().Record(nodes::sched_memClients_memzipInfo, {pid});
+}
+VmSwapInfoRecord Swap(SavedHost &host, int64_t pid) {
+  return host.ask().Record(nodes::sched_memClients_swapInfo, {kVmm + pid});
+}
 LPageStatsRecord LargePages(SavedHost &host, int64_t pid) {
-  return Ask<LPageStatsRecord>(host, kLargePageNode, kVmm + pid);
+  return host.ask().Record(nodes::memory_lpage_vmLPage, {kVmm + pid});
 }
 
-template <typename Record>
-HVC_ReturnStatus StatusOf(SavedHost &host, std::string_view node, int64_t client) {
-  Record record;
-  return host.ask().Get(node, {client}, record);
+Types RemapTypes(SavedHost &host, int64_t client) {
+  return host.ask().Names(nodes::sched_memClients_remapTypes, {client});
 }
 
-class Arguments {
- public:
-  explicit Arguments(int64_t client) : list_(ParamList::Make()) { EXPECT_EQ(list_->Add(client), HVC_OK); }
-  Arguments(int64_t client, std::string_view text) : Arguments(client) { EXPECT_EQ(list_->Add(text), HVC_OK); }
-  ~Arguments() { list_->Destroy(); }
-  Arguments(const Arguments &) = delete;
-  Arguments &operator=(const Arguments &) = delete;
-  std::span<const NODAL_Param> params() const { return list_->params(); }
-
- private:
-  ParamList *list_;
-};
-
-std::vector<std::string> RemapTypes(SavedHost &host, int64_t client) {
-  ParamList *list = ParamList::Make();
-  const Arguments arguments(client);
-  EXPECT_EQ(host.source().List(*FindNode("sched_memClients_remapTypes"), arguments.params(), *list), HVC_OK);
-  std::vector<std::string> types;
-  for (const NODAL_Param &param : list->params())
-    types.emplace_back(param.text());
-  list->Destroy();
-  return types;
+HVC_ReturnStatus RemapStatus(SavedHost &host, int64_t client, const std::string &type) {
+  return host.ask().Status(nodes::sched_memClients_remapTypes, {client, type});
 }
 
-HVC_ReturnStatus Remap(SavedHost &host, int64_t client, std::string_view type, RemapStatsRecord &record) {
-  const Arguments arguments(client, type);
-  return host.source().Get(*FindNode("sched_memClients_remapTypes"), arguments.params(),
-                           {reinterpret_cast<std::byte *>(&record), sizeof record});
-}
-
-uint64_t Remapped(SavedHost &host, int64_t client, std::string_view type) {
-  RemapStatsRecord record = {};
-  EXPECT_EQ(Remap(host, client, type, record), HVC_OK) << client << " " << type;
+uint64_t Remapped(SavedHost &host, int64_t client, const std::string &type) {
+  const RemapStatsRecord record = host.ask().Record(nodes::sched_memClients_remapTypes, {client, type});
   EXPECT_CELL(record.added, record.remapped);
   return record.remapped;
 }
@@ -88,35 +54,32 @@ uint64_t Consumed(const Record &record) {
   return record.zipped + record.mapped - record.sharedSaved - record.zipSaved;
 }
 
-using Types = std::vector<std::string>;
-
 TEST(ClientRecords, EachClientHasTheRecordsOfItsKind) {
   SavedHost host("clients.host");
   const struct {
-    std::string_view node;
-    HVC_ReturnStatus (*status)(SavedHost &, std::string_view, int64_t);
+    const Node &node;
     bool ofProcess, ofMachine, ofMonitor;
-  } nodes[] = {
-      {kVmmNode, StatusOf<VmmMemoryStatsRecord>, false, true, false},
-      {kUwNode, StatusOf<UwMemoryStatsRecord>, true, true, false},
-      {kGuestNode, StatusOf<GuestStatsRecord>, false, true, false},
-      {kCommonNode, StatusOf<TotalCommonRecord>, true, true, true},
-      {kSwapNode, StatusOf<VmSwapInfoRecord>, false, false, true},
-      {kZipNode, StatusOf<ZipStatsRecord>, false, true, false},
-      {kLargePageNode, StatusOf<LPageStatsRecord>, false, false, true},
-      {kLeaderNode, StatusOf<VmmLeaderIDRecord>, false, true, false},
+  } cases[] = {
+      {nodes::sched_memClients_kestrel_vmm, false, true, false},
+      {nodes::sched_memClients_kestrel_uw, true, true, false},
+      {nodes::sched_memClients_kestrel_guest, false, true, false},
+      {nodes::sched_memClients_kestrel_totalCommon, true, true, true},
+      {nodes::sched_memClients_swapInfo, false, false, true},
+      {nodes::sched_memClients_memzipInfo, false, true, false},
+      {nodes::memory_lpage_vmLPage, false, false, true},
+      {nodes::worldGroups_vmmLeaderID, false, true, false},
   };
   const auto expected = [](bool has) { return has ? HVC_OK : HVC_NOT_FOUND; };
-  for (const auto &node : nodes) {
-    EXPECT_EQ(node.status(host, node.node, 400), expected(node.ofProcess)) << node.node;
-    EXPECT_EQ(node.status(host, node.node, 310), expected(node.ofMachine)) << node.node;
-    EXPECT_EQ(node.status(host, node.node, kVmm + 310), expected(node.ofMonitor)) << node.node;
+  for (const auto &[node, ofProcess, ofMachine, ofMonitor] : cases) {
+    EXPECT_EQ(host.ask().Status(node, {400}), expected(ofProcess)) << node.name;
+    EXPECT_EQ(host.ask().Status(node, {310}), expected(ofMachine)) << node.name;
+    EXPECT_EQ(host.ask().Status(node, {kVmm + 310}), expected(ofMonitor)) << node.name;
     for (const int64_t nobody : {int64_t{0}, int64_t{-1}, int64_t{2}, int64_t{311}, int64_t{999}, int64_t{5'000'000},
                                  host.ControlGroup(kOwn), kVmm, kVmm + 400, kVmm + 999, INT64_MAX, INT64_MIN}) {
-      EXPECT_EQ(node.status(host, node.node, nobody), HVC_NOT_FOUND) << node.node << " " << nobody;
+      EXPECT_EQ(host.ask().Status(node, {nobody}), HVC_NOT_FOUND) << node.name << " " << nobody;
     }
   }
-  EXPECT_CELL(Ask<VmmLeaderIDRecord>(host, kLeaderNode, 310).vmmLeaderID, kVmm + 310);
+  EXPECT_CELL(host.ask().Record(nodes::worldGroups_vmmLeaderID, {310}).vmmLeaderID, kVmm + 310);
 }
 
 TEST(ClientRecords, AVmWithItsOwnControlGroup) {
@@ -195,7 +158,7 @@ TEST(ClientRecords, MoreMemoryThanTheProcessHasMappedIsNoGuests) {
     EXPECT_CELL(Vmm(forged, 310).memSize, 5000000u) << claim << ": the process' size, without mappings to read";
     EXPECT_CELL(Vmm(forged, 310).memSizeLimit, 5000000u) << claim;
     EXPECT_CELL(forged.ask().Stats(310).memSize, 5000000u) << claim;
-    EXPECT_EQ(StatusOf<GuestStatsRecord>(forged, kGuestNode, 310), HVC_NOT_FOUND) << claim;
+    EXPECT_EQ(forged.ask().Status(nodes::sched_memClients_kestrel_guest, {310}), HVC_NOT_FOUND) << claim;
     forged.Write("proc/310/maps", "7f0000000000-7f0080000000 rw-p 00000000 00:00 0 \n");
     EXPECT_CELL(Vmm(forged, 310).memSize, MB(2048)) << claim << ": the largest mapping";
     EXPECT_CELL(Guest(forged, 310).memTotal, MB(2048)) << claim;
@@ -450,7 +413,7 @@ TEST(ClientRecords, Compression) {
   EXPECT_CELL(zip.zipped, 240000u);
   EXPECT_CELL(zip.unZipped, 4000u);
   EXPECT_CELL(zip.zipRejected, 0u);
-  EXPECT_EQ(StatusOf<ZipStatsRecord>(host, kZipNode, 320), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Status(nodes::sched_memClients_memzipInfo, {320}), HVC_NOT_FOUND);
   host.Write(kOwn + "/memory.zswap.max", "x\n");
   EXPECT_CELL(Zip(host, 310).totalCache, kNone);
   host.Write(kOwn + "/memory.zswap.max", "max\n");
@@ -462,7 +425,7 @@ TEST(ClientRecords, Compression) {
   host.Write(kOwn + "/memory.stat", "anon 1\nzswap x\n");
   EXPECT_CELL(Zip(host, 310).usedCache, kNone);
   host.Write(kOwn + "/memory.stat", "anon 1\n");
-  EXPECT_EQ(StatusOf<ZipStatsRecord>(host, kZipNode, 310), HVC_NOT_FOUND) << "a kernel without it";
+  EXPECT_EQ(host.ask().Status(nodes::sched_memClients_memzipInfo, {310}), HVC_NOT_FOUND) << "a kernel without it";
 }
 
 TEST(ClientRecords, FiguresThatOnlyTheGuestKnows) {
@@ -474,7 +437,7 @@ TEST(ClientRecords, FiguresThatOnlyTheGuestKnows) {
   EXPECT_CELL(Guest(host, 320).memTotal, MB(4096));
   SavedHost unknown("clients.host");
   unknown.Remove("proc/320/maps");
-  EXPECT_EQ(StatusOf<GuestStatsRecord>(unknown, kGuestNode, 320), HVC_NOT_FOUND);
+  EXPECT_EQ(unknown.ask().Status(nodes::sched_memClients_kestrel_guest, {320}), HVC_NOT_FOUND);
 }
 
 TEST(ClientRecords, UserWorlds) {
@@ -530,12 +493,11 @@ TEST(ClientRecords, MovedPages) {
   EXPECT_EQ(Remapped(host, 321, "numa"), 12u);
   EXPECT_EQ(RemapTypes(host, 400), Types{}) << "nothing counts";
   EXPECT_EQ(RemapTypes(host, kVmm + 310), Types{});
-  RemapStatsRecord record = {};
   for (const char *type : {"demotion", "", "other"})
-    EXPECT_EQ(Remap(host, 321, type, record), HVC_NOT_FOUND) << type;
-  EXPECT_EQ(Remap(host, 400, "numa", record), HVC_NOT_FOUND);
-  EXPECT_EQ(Remap(host, 999, "numa", record), HVC_NOT_FOUND);
-  EXPECT_EQ(Remap(host, kVmm + 310, "numa", record), HVC_NOT_FOUND);
+    EXPECT_EQ(RemapStatus(host, 321, type), HVC_NOT_FOUND) << type;
+  EXPECT_EQ(RemapStatus(host, 400, "numa"), HVC_NOT_FOUND);
+  EXPECT_EQ(RemapStatus(host, 999, "numa"), HVC_NOT_FOUND);
+  EXPECT_EQ(RemapStatus(host, kVmm + 310, "numa"), HVC_NOT_FOUND);
 }
 
 TEST(ClientRecords, MovedPagesAreTakenAsTheKernelWritesThem) {
@@ -581,7 +543,7 @@ TEST(ClientRecords, AddressSpaceLimits) {
   EXPECT_EQ(static_cast<int>(Uw(host, 400).memSizeLimit), -1);
   EXPECT_CELL(Uw(host, 400).memSize, 800000u);
   host.Remove("proc/400");
-  EXPECT_EQ(StatusOf<UwMemoryStatsRecord>(host, kUwNode, 400), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Status(nodes::sched_memClients_kestrel_uw, {400}), HVC_NOT_FOUND);
 }
 
 TEST(ClientRecords, SwapFiles) {
@@ -691,7 +653,7 @@ TEST(ClientRecords, Version1) {
   EXPECT_CELL(LargePages(host, 100).backings2M, 2u);
   EXPECT_CELL(host.ask().Alloc(100).max, MB(16));
   EXPECT_CELL(host.ask().Alloc(100).min, 0u);
-  EXPECT_EQ(StatusOf<ZipStatsRecord>(host, kZipNode, 100), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Status(nodes::sched_memClients_memzipInfo, {100}), HVC_NOT_FOUND);
 }
 
 TEST(ClientRecords, AnOldKernel) {
@@ -715,8 +677,8 @@ void Walk(SavedHost &host, int64_t group, bool vmsOnly) {
     Vmm(host, group);
     Swap(host, group);
     LargePages(host, group);
-    static_cast<void>(StatusOf<GuestStatsRecord>(host, kGuestNode, group));
-    static_cast<void>(StatusOf<ZipStatsRecord>(host, kZipNode, group));
+    static_cast<void>(host.ask().Status(nodes::sched_memClients_kestrel_guest, {group}));
+    static_cast<void>(host.ask().Status(nodes::sched_memClients_memzipInfo, {group}));
     ask.Stats(group);
   }
   if ((flags & HVC_GROUP_USER_WORLD) != 0 && !vmsOnly) {
@@ -796,9 +758,9 @@ TEST(ClientReads, AVanishedVmIsNotFound) {
   SavedHost host("clients.host");
   host.ask().Members(host.ControlGroup(kOwn));
   host.Remove("proc/310");
-  EXPECT_EQ(StatusOf<VmmMemoryStatsRecord>(host, kVmmNode, 310), HVC_NOT_FOUND);
-  EXPECT_EQ(StatusOf<VmSwapInfoRecord>(host, kSwapNode, kVmm + 310), HVC_NOT_FOUND);
-  EXPECT_EQ(StatusOf<UwMemoryStatsRecord>(host, kUwNode, 310), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Status(nodes::sched_memClients_kestrel_vmm, {310}), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Status(nodes::sched_memClients_swapInfo, {kVmm + 310}), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Status(nodes::sched_memClients_kestrel_uw, {310}), HVC_NOT_FOUND);
 }
 
 }  // namespace

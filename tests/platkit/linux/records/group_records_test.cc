@@ -134,8 +134,7 @@ TEST(GroupRecords, PageSharingFiles) {
   host.Remove(ksm + "pages_unshared");
   host.Forbid(ksm + "pages_sharing");
   OrdinaryUser user;
-  PShareStatsRecord stats;
-  ASSERT_EQ(host.ask().Get("memory_pshare_stats", {}, stats), HVC_OK);
+  const PShareStatsRecord stats = host.ask().Record(nodes::memory_pshare_stats);
   EXPECT_CELL(stats.zero, kNone);
   EXPECT_CELL(stats.reclaimed, kNone);
   EXPECT_CELL(stats.cow, kNone);

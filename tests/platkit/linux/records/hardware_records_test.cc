@@ -12,7 +12,7 @@ const std::string kModules = "sys/bus/nd/devices";
 
 HVC_ReturnStatus Model(SavedHost &host, int64_t cpu, uint64_t &model) {
   CpuRecord record = {};
-  const HVC_ReturnStatus status = host.ask().Get("hardware_cpu_cpuList", {cpu}, record);
+  const HVC_ReturnStatus status = host.ask().Get(nodes::hardware_cpu_cpuList, {cpu}, record);
   model = record.model;
   return status;
 }
@@ -58,7 +58,7 @@ TEST(ProcessorRecord, TheRestOfTheRecordIsZero) {
   SavedHost host("persistent-memory.host");
   CpuRecord record;
   std::fill_n(reinterpret_cast<char *>(&record), sizeof record, '\xff');
-  ASSERT_EQ(host.ask().Get("hardware_cpu_cpuList", {0}, record), HVC_OK);
+  ASSERT_EQ(host.ask().Get(nodes::hardware_cpu_cpuList, {0}, record), HVC_OK);
   std::string expected(200, '\0');
   expected[1] = 85;
   EXPECT_EQ(std::string(reinterpret_cast<char *>(&record), sizeof record), expected);
@@ -118,7 +118,7 @@ TEST(ProcessorRecord, AFileThatCannotBeRead) {
 
 IDs Modules(SavedHost &host) {
   IDs modules;
-  EXPECT_EQ(host.ask().List("hardware_nvd_dimm", {}, modules), HVC_OK);
+  EXPECT_EQ(host.ask().List(nodes::hardware_nvd_dimm, {}, modules), HVC_OK);
   return modules;
 }
 
@@ -151,7 +151,7 @@ TEST(NvdimmList, AFolderThatCannotBeRead) {
   host.Forbid(kModules);
   OrdinaryUser user;
   IDs modules;
-  EXPECT_EQ(host.ask().List("hardware_nvd_dimm", {}, modules), HVC_NO_PERMISSION);
+  EXPECT_EQ(host.ask().List(nodes::hardware_nvd_dimm, {}, modules), HVC_NO_PERMISSION);
 }
 
 }  // namespace

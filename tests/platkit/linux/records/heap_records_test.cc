@@ -8,16 +8,15 @@ namespace {
 
 constexpr uint32_t kNone32 = UINT32_MAX;
 
-HeapStatsRecord Heap(SavedHost &host, const char *name) {
-  return host.ask().Record<HeapStatsRecord>("system_heaps_stats", {name});
-}
+HeapStatsRecord Heap(SavedHost &host, const char *name) { return host.ask().Record(nodes::system_heaps_stats, {name}); }
 
 using Names = std::vector<std::string>;
 
 TEST(HeapRecords, OnePerCache) {
   SavedHost host("two-nodes.host");
-  EXPECT_EQ(host.ask().Names("system_heaps"), (Names{"ext4_inode_cache", "p9_fcall", "an odd name", "empty",
-                                                     "a_cache_of_a_name_that_is_longer_th", "dentry", "kmalloc-8"}));
+  EXPECT_EQ(host.ask().Names(nodes::system_heaps),
+            (Names{"ext4_inode_cache", "p9_fcall", "an odd name", "empty", "a_cache_of_a_name_that_is_longer_th",
+                   "dentry", "kmalloc-8"}));
   const HeapStatsRecord heap = Heap(host, "ext4_inode_cache");
   EXPECT_STREQ(heap.name, "ext4_inode_cache");
   EXPECT_CELL(heap.dynGrow, 1u);
@@ -32,8 +31,7 @@ TEST(HeapRecords, OnePerCache) {
   EXPECT_CELL(Heap(host, "an odd name").avail, 1000u);
   EXPECT_CELL(Heap(host, "empty").pctFreeOfCur, 0u);
   EXPECT_CELL(Heap(host, "kmalloc-8").size, 4096u);
-  HeapStatsRecord record;
-  EXPECT_EQ(host.ask().Get("system_heaps_stats", {"nothing"}, record), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Status(nodes::system_heaps_stats, {"nothing"}), HVC_NOT_FOUND);
 }
 
 TEST(HeapRecords, CachesOfOneNameAreMerged) {
@@ -49,13 +47,12 @@ TEST(HeapRecords, NamesFromTheListFindTheirHeaps) {
   const std::string figures = " 1 2 100 2 1 : tunables 0 0 0 : slabdata 1 1 0\n";
   host.Write("proc/slabinfo",
              "a,b" + figures + "a\"b" + figures + "c\xff" + figures + std::string(34, 'x') + "\xc3\xa9" + figures);
-  const Names names = host.ask().Names("system_heaps");
+  const Names names = host.ask().Names(nodes::system_heaps);
   EXPECT_EQ(names, (Names{"a?b", "c?", std::string(34, 'x')}));
   for (const std::string &name : names)
     EXPECT_EQ(Heap(host, name.c_str()).name, name);
   EXPECT_CELL(Heap(host, "a?b").size, 8192u) << "two caches whose printable names are equal";
-  HeapStatsRecord record;
-  EXPECT_EQ(host.ask().Get("system_heaps_stats", {"a,b"}, record), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Status(nodes::system_heaps_stats, {"a,b"}), HVC_NOT_FOUND);
 }
 
 TEST(HeapRecords, ALargeHeapIsScaledDown) {
@@ -76,7 +73,7 @@ TEST(HeapRecords, LinesOfAllKinds) {
              "bad x 10 100 1 1 : tunables 0 0 0 : slabdata 1 1 0\nshort 1 2 100 2 1 : tunables 0 0 0\n"
              "ctrl\x01 1 2 100 2 1 : tunables 0 0 0 : slabdata 1 1 0\n"
              "huge 1 99999999999999999 99999999999 2 1 : tunables 0 0 0 : slabdata 1 1 0\n");
-  EXPECT_EQ(host.ask().Names("system_heaps"), (Names{"bad", "short", "ctrl?", "huge"}));
+  EXPECT_EQ(host.ask().Names(nodes::system_heaps), (Names{"bad", "short", "ctrl?", "huge"}));
   for (const char *name : {"bad", "short", "huge"}) {
     EXPECT_CELL(Heap(host, name).size, kNone32) << name;
     EXPECT_CELL(Heap(host, name).avail, kNone32) << name;
@@ -90,15 +87,14 @@ TEST(HeapRecords, LinesOfAllKinds) {
 TEST(HeapRecords, OnlyRootReadsThem) {
   SavedHost host("two-nodes.host");
   Names names;
-  HeapStatsRecord record;
   host.Forbid("proc/slabinfo");
   {
     OrdinaryUser user;
-    EXPECT_EQ(host.ask().List("system_heaps", {}, names), HVC_NO_PERMISSION);
-    EXPECT_EQ(host.ask().Get("system_heaps_stats", {"dentry"}, record), HVC_NO_PERMISSION);
+    EXPECT_EQ(host.ask().List(nodes::system_heaps, {}, names), HVC_NO_PERMISSION);
+    EXPECT_EQ(host.ask().Status(nodes::system_heaps_stats, {"dentry"}), HVC_NO_PERMISSION);
   }
   host.Remove("proc/slabinfo");
-  EXPECT_EQ(host.ask().List("system_heaps", {}, names), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().List(nodes::system_heaps, {}, names), HVC_NOT_FOUND);
 }
 
 }  // namespace

@@ -9,14 +9,12 @@ namespace {
 constexpr uint64_t kNone = HVC_KB_NONE;
 constexpr uint32_t kNone32 = UINT32_MAX;
 
-ComprehensiveRecord Memory(SavedHost &host) { return host.ask().Record<ComprehensiveRecord>("memory_comprehensive"); }
+ComprehensiveRecord Memory(SavedHost &host) { return host.ask().Record(nodes::memory_comprehensive); }
 
-GlobalMemoryRecord Global(SavedHost &host) {
-  return host.ask().Record<GlobalMemoryRecord>("sched_globalStats_memory_kestrel");
-}
+GlobalMemoryRecord Global(SavedHost &host) { return host.ask().Record(nodes::sched_globalStats_memory_kestrel); }
 
 StateTransitionsRecord Transitions(SavedHost &host, const char *state) {
-  return host.ask().Record<StateTransitionsRecord>("sched_globalStats_memory_stateTransitions", {state});
+  return host.ask().Record(nodes::sched_globalStats_memory_stateTransitions, {state});
 }
 
 TEST(HostMemoryRecords, Comprehensive) {
@@ -154,9 +152,8 @@ TEST(HostMemoryRecords, Transitions) {
     EXPECT_CELL(Transitions(host, state.state).toHigherCount, state.higher) << state.state;
     EXPECT_CELL(Transitions(host, state.state).toLowerCount, state.lower) << state.state;
   }
-  StateTransitionsRecord record;
   for (const char *other : {"unknown", "", "High"}) {
-    EXPECT_EQ(host.ask().Get("sched_globalStats_memory_stateTransitions", {other}, record), HVC_NOT_FOUND) << other;
+    EXPECT_EQ(host.ask().Status(nodes::sched_globalStats_memory_stateTransitions, {other}), HVC_NOT_FOUND) << other;
   }
 }
 
@@ -194,12 +191,12 @@ TEST(HostMemoryRecords, ALowerStateThatTheHostIsIn) {
 
 TEST(HostMemoryRecords, NumberOfVms) {
   SavedHost host("two-nodes.host");
-  EXPECT_CELL(host.ask().Record<NumVMsRecord>("sched_globalStats_numVMs").numVMs, 1u);
+  EXPECT_CELL(host.ask().Record(nodes::sched_globalStats_numVMs).numVMs, 1u);
   host.Remove("proc/200");
-  EXPECT_CELL(host.ask().Record<NumVMsRecord>("sched_globalStats_numVMs").numVMs, 0u);
+  EXPECT_CELL(host.ask().Record(nodes::sched_globalStats_numVMs).numVMs, 0u);
   SavedHost listed("two-nodes.host");
   listed.ask().Members(0);
-  EXPECT_CELL(listed.ask().Record<NumVMsRecord>("sched_globalStats_numVMs").numVMs, 1u);
+  EXPECT_CELL(listed.ask().Record(nodes::sched_globalStats_numVMs).numVMs, 1u);
   EXPECT_EQ(listed.Opens("proc/200/status"), 1) << "the listing knows it";
 }
 

@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 using IDs = std::vector<int64_t>;
 const std::string kDevices = "sys/bus/pci/devices";
 const std::string kConfig = kDevices + "/0000:3a:0a.2/config";
-const std::string kRegister = "hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr";
+constexpr auto kRegister = nodes::hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr;
 
 // A configuration space in which each byte depends on its address.
 std::string Pattern(size_t size) {
@@ -29,8 +29,8 @@ uint8_t ByteAt(size_t address) { return static_cast<uint8_t>(address % 251); }
 // --- Lists of PCI devices
 
 HVC_ReturnStatus ListPci(SavedHost &host, const IDs &above, IDs &below) {
-  constexpr std::string_view kLists[] = {"hardware_pci_seg", "hardware_pci_seg_bus", "hardware_pci_seg_bus_slot",
-                                         "hardware_pci_seg_bus_slot_func"};
+  constexpr NodeRef<NoRecord> kLists[] = {nodes::hardware_pci_seg, nodes::hardware_pci_seg_bus,
+                                          nodes::hardware_pci_seg_bus_slot, nodes::hardware_pci_seg_bus_slot_func};
   return host.ask().List(kLists[above.size()], Given(above), below);
 }
 
@@ -117,10 +117,7 @@ int Search(SavedHost &host) {
     for (const int64_t bus : Pci(host, {segment})) {
       for (const int64_t slot : Pci(host, {segment, bus})) {
         for (const int64_t function : Pci(host, {segment, bus, slot})) {
-          PciConfigHeaderRecord header;
-          EXPECT_EQ(
-              host.ask().Get("hardware_pci_seg_bus_slot_func_pciConfigHeader", {segment, bus, slot, function}, header),
-              HVC_OK);
+          host.ask().Record(nodes::hardware_pci_seg_bus_slot_func_pciConfigHeader, {segment, bus, slot, function});
           ++functions;
         }
       }
@@ -149,7 +146,7 @@ TEST(PciLists, ASecondSearchSeesChanges) {
 // --- Headers
 
 HVC_ReturnStatus Header(SavedHost &host, const IDs &function, PciConfigHeaderRecord &header) {
-  return host.ask().Get("hardware_pci_seg_bus_slot_func_pciConfigHeader", Given(function), header);
+  return host.ask().Get(nodes::hardware_pci_seg_bus_slot_func_pciConfigHeader, Given(function), header);
 }
 
 TEST(PciHeader, Identifiers) {
@@ -300,10 +297,9 @@ TEST(PciRegister, AFileThatCannotBeRead) {
   EXPECT_EQ(ReadStatus(host, 4, 0), HVC_NOT_FOUND);
   host.MakeFolder(kConfig);
   EXPECT_EQ(ReadStatus(host, 4, 0), HVC_IO_ERROR);
-  PciConfigRegRecord record;
-  EXPECT_EQ(host.ask().Get(kRegister, {0, 0x3a, 10, 3, 4, 0}, record), HVC_NOT_FOUND);
-  EXPECT_EQ(host.ask().Get(kRegister, {0, 0x3a, 10, 8, 4, 0}, record), HVC_NOT_FOUND);
-  EXPECT_EQ(host.ask().Get(kRegister, {-1, 0x3a, 10, 2, 4, 0}, record), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Status(kRegister, {0, 0x3a, 10, 3, 4, 0}), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Status(kRegister, {0, 0x3a, 10, 8, 4, 0}), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Status(kRegister, {-1, 0x3a, 10, 2, 4, 0}), HVC_NOT_FOUND);
 }
 
 // --- Writing registers
@@ -462,7 +458,7 @@ TEST_F(PciWrite, NoOtherNodeIsWritten) {
         std::vector<std::byte> record(node.record->size);
         static_cast<void>(host_.source().Get(node, arguments, record));
       }
-      if (node.name != kRegister) {
+      if (node.id != kRegister.id()) {
         EXPECT_EQ(host_.source().Set(node, arguments, input), HVC_READ_ONLY) << node.name;
       }
       if (!node.isList) continue;

@@ -12,32 +12,33 @@ const std::string kDax = "11111111-2222-3333-4444-555555555555";
 
 using Names = std::vector<std::string>;
 
-Names Volumes(SavedHost &host) { return host.ask().Names("memory_pmem_volumes"); }
+Names Volumes(SavedHost &host) { return host.ask().Names(nodes::memory_pmem_volumes); }
 
 Names Regions(SavedHost &host, const std::string &volume) {
-  return host.ask().Names("memory_pmem_volumes_regionStore_regions", {volume});
+  return host.ask().Names(nodes::memory_pmem_volumes_regionStore_regions, {volume});
 }
 
 RegionStoreRecord Store(SavedHost &host, const std::string &volume) {
-  return host.ask().Record<RegionStoreRecord>("memory_pmem_volumes_regionStore_info", {volume});
+  return host.ask().Record(nodes::memory_pmem_volumes_regionStore_info, {volume});
 }
 
 bool IsClean(SavedHost &host, const std::string &volume) {
-  return host.ask().Record<RegionStoreCleanRecord>("memory_pmem_volumes_regionStore_isClean", {volume}).isClean != 0;
+  return host.ask().Record(nodes::memory_pmem_volumes_regionStore_isClean, {volume}).isClean != 0;
 }
 
 RegionRecord Region(SavedHost &host, const std::string &volume, const std::string &region) {
-  return host.ask().Record<RegionRecord>("memory_pmem_volumes_regionStore_regions_info", {volume, region});
+  return host.ask().Record(nodes::memory_pmem_volumes_regionStore_regions_info, {volume, region});
 }
 
 std::vector<int64_t> NumaNodes(SavedHost &host, const std::string &volume, const std::string &region) {
-  std::vector<int64_t> nodes;
-  EXPECT_EQ(host.ask().List("memory_pmem_volumes_regionStore_regions_numaAllocInfo", {volume, region}, nodes), HVC_OK);
-  return nodes;
+  std::vector<int64_t> numaNodes;
+  EXPECT_EQ(host.ask().List(nodes::memory_pmem_volumes_regionStore_regions_numaAllocInfo, {volume, region}, numaNodes),
+            HVC_OK);
+  return numaNodes;
 }
 
 ExtentRecord Extent(SavedHost &host, const std::string &volume) {
-  return host.ask().Record<ExtentRecord>("memory_pmem_volumes_extents", {volume, 0});
+  return host.ask().Record(nodes::memory_pmem_volumes_extents, {volume, 0});
 }
 
 TEST(PmemRecords, AHostWithoutPersistentMemory) {
@@ -48,7 +49,7 @@ TEST(PmemRecords, AHostWithoutPersistentMemory) {
   host.Forbid(kDevices);
   OrdinaryUser user;
   Names names;
-  EXPECT_EQ(host.ask().List("memory_pmem_volumes", {}, names), HVC_NO_PERMISSION);
+  EXPECT_EQ(host.ask().List(nodes::memory_pmem_volumes, {}, names), HVC_NO_PERMISSION);
 }
 
 TEST(PmemRecords, VolumesAndTheirRegions) {
@@ -56,10 +57,9 @@ TEST(PmemRecords, VolumesAndTheirRegions) {
   EXPECT_EQ(Volumes(host), (Names{kVolume, "region10"})) << "a region of memory that forgets is none";
   EXPECT_EQ(Regions(host, kVolume), (Names{kMapped, kDax})) << "a namespace of no size is none";
   EXPECT_EQ(Regions(host, "region10"), Names{"namespace10.0"});
-  PMemVolumeRecord info;
-  EXPECT_EQ(host.ask().Get("memory_pmem_volumes_info", {kVolume}, info), HVC_OK);
+  EXPECT_EQ(host.ask().Status(nodes::memory_pmem_volumes_info, {kVolume}), HVC_OK);
   for (const char *other : {"region0", "region1", "namespace10.0", "", ".."}) {
-    EXPECT_EQ(host.ask().Get("memory_pmem_volumes_info", {other}, info), HVC_NOT_FOUND) << other;
+    EXPECT_EQ(host.ask().Status(nodes::memory_pmem_volumes_info, {other}), HVC_NOT_FOUND) << other;
   }
 }
 
@@ -96,11 +96,10 @@ TEST(PmemRecords, Regions) {
   const RegionRecord unlabelled = Region(host, "region10", "namespace10.0");
   EXPECT_CELL(unlabelled.flags, HVC_REGION_ALLOCATED | HVC_REGION_READ_ONLY | HVC_REGION_BLOCK_DEVICE);
   EXPECT_CELL(unlabelled.numaAffinityMask, 0u);
-  RegionRecord record;
   for (const char *other : {"namespace0.0", "namespace0.2", ""}) {
-    EXPECT_EQ(host.ask().Get("memory_pmem_volumes_regionStore_regions_info", {kVolume, other}, record), HVC_NOT_FOUND);
+    EXPECT_EQ(host.ask().Status(nodes::memory_pmem_volumes_regionStore_regions_info, {kVolume, other}), HVC_NOT_FOUND);
   }
-  EXPECT_EQ(host.ask().Get("memory_pmem_volumes_regionStore_regions_info", {"region10", kMapped}, record),
+  EXPECT_EQ(host.ask().Status(nodes::memory_pmem_volumes_regionStore_regions_info, {"region10", kMapped}),
             HVC_NOT_FOUND);
 }
 
@@ -108,19 +107,18 @@ TEST(PmemRecords, NumaNodesOfARegion) {
   SavedHost host("two-nodes.host");
   EXPECT_EQ(NumaNodes(host, kVolume, kDax), std::vector<int64_t>{2});
   EXPECT_EQ(NumaNodes(host, "region10", "namespace10.0"), std::vector<int64_t>{});
-  const char *node = "memory_pmem_volumes_regionStore_regions_numaAllocInfo";
-  const auto record = host.ask().Record<RegionNumaRecord>(node, {kVolume, kDax, 2});
+  constexpr auto kNode = nodes::memory_pmem_volumes_regionStore_regions_numaAllocInfo;
+  const auto record = host.ask().Record(kNode, {kVolume, kDax, 2});
   EXPECT_CELL(record.numaNode, 2u);
   EXPECT_CELL(record.allocatedBlocks, 1025u);
-  RegionNumaRecord other;
-  EXPECT_EQ(host.ask().Get(node, {kVolume, kDax, 0}, other), HVC_NOT_FOUND);
-  EXPECT_EQ(host.ask().Get(node, {kVolume, kDax, -1}, other), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Status(kNode, {kVolume, kDax, 0}), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Status(kNode, {kVolume, kDax, -1}), HVC_NOT_FOUND);
 }
 
 TEST(PmemRecords, AVolumeIsOneExtent) {
   SavedHost host("two-nodes.host");
   std::vector<int64_t> extents;
-  EXPECT_EQ(host.ask().List("memory_pmem_volumes_extents", {kVolume}, extents), HVC_OK);
+  EXPECT_EQ(host.ask().List(nodes::memory_pmem_volumes_extents, {kVolume}, extents), HVC_OK);
   EXPECT_EQ(extents, std::vector<int64_t>{0});
   const ExtentRecord extent = Extent(host, kVolume);
   EXPECT_CELL(extent.startBlock, 0u);
@@ -130,8 +128,7 @@ TEST(PmemRecords, AVolumeIsOneExtent) {
   EXPECT_CELL(extent.numaNode, 2u);
   EXPECT_CELL(Extent(host, "region10").startMPN, kNone) << "older kernels do not tell";
   EXPECT_CELL(Extent(host, "region10").numaNode, kNone);
-  ExtentRecord record;
-  EXPECT_EQ(host.ask().Get("memory_pmem_volumes_extents", {kVolume, 1}, record), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Status(nodes::memory_pmem_volumes_extents, {kVolume, 1}), HVC_NOT_FOUND);
 }
 
 TEST(PmemRecords, EachFileOfAVolume) {
@@ -215,12 +212,10 @@ TEST(PmemRecords, VanishedVolumesAndRegionsAreNotFound) {
   Volumes(host);
   Regions(host, "region10");
   host.Remove(kDevices + "namespace10.0");
-  RegionRecord region;
-  EXPECT_EQ(host.ask().Get("memory_pmem_volumes_regionStore_regions_info", {"region10", "namespace10.0"}, region),
+  EXPECT_EQ(host.ask().Status(nodes::memory_pmem_volumes_regionStore_regions_info, {"region10", "namespace10.0"}),
             HVC_NOT_FOUND);
   host.Remove(kDevices + "region10");
-  RegionStoreRecord store;
-  EXPECT_EQ(host.ask().Get("memory_pmem_volumes_regionStore_info", {"region10"}, store), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Status(nodes::memory_pmem_volumes_regionStore_info, {"region10"}), HVC_NOT_FOUND);
   EXPECT_EQ(Volumes(host), Names{kVolume});
 }
 
@@ -232,8 +227,7 @@ TEST(PmemRecords, AWalkReadsEachFileOnce) {
     for (const std::string &region : Regions(host, volume)) {
       Region(host, volume, region);
       for (const int64_t node : NumaNodes(host, volume, region)) {
-        host.ask().Record<RegionNumaRecord>("memory_pmem_volumes_regionStore_regions_numaAllocInfo",
-                                            {volume, region, node});
+        host.ask().Record(nodes::memory_pmem_volumes_regionStore_regions_numaAllocInfo, {volume, region, node});
       }
     }
     Extent(host, volume);

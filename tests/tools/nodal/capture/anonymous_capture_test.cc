@@ -5,6 +5,7 @@
 #include <cstring>
 #include <nlohmann/json.hpp>
 
+#include "platkit/node_ref.h"
 #include "platkit/path.h"
 #include "platkit/record_layout.h"
 #include "platkit/records.h"
@@ -53,7 +54,7 @@ void MarkRecord(const platkit::RecordLayout &layout, std::span<std::byte> record
 // The path with the marker in every text. The walk visits the memory states by their own names.
 std::string MarkedPath(platkit::PathTarget target) {
   for (nodal::Argument &argument : target.arguments) {
-    const bool isState = target.node->name == "sched_globalStats_memory_stateTransitions";
+    const bool isState = target.node->id == platkit::nodes::sched_globalStats_memory_stateTransitions.id();
     if (argument.kind == platkit::ParamKind::kText && !isState) argument.text += kMarker;
   }
   return nodal::PathOf(*target.node, target.arguments);

@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 
+#include "platkit/node_ref.h"
 #include "platkit/path.h"
 #include "platkit/snapshot/snapshot_source.h"
 #include "platkit/source.h"
@@ -299,7 +300,7 @@ class Interrupting : public ChangingHost {
   explicit Interrupting(int signal) : ChangingHost(SAMPLE_SNAPSHOT, SAMPLE_SNAPSHOT, ""), signal_(signal) {}
 
   HVC_ReturnStatus List(const platkit::Node &node, platkit::Arguments arguments, platkit::ParamList &list) override {
-    if (node.name == "system_heaps") raise(signal_);
+    if (node.id == platkit::nodes::system_heaps.id()) raise(signal_);
     return ChangingHost::List(node, arguments, list);
   }
 

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "platkit/node_ref.h"
 #include "platkit/records.h"
 #include "tools/nodal/support/output.h"
 #include "tools/nodal/tree/instances.h"
@@ -18,8 +19,8 @@ PseudonymKey KeyOf(char letter) {
 }
 
 template <typename Record>
-void Replace(Pseudonyms &names, std::string_view node, Record &record) {
-  names.Replace(*platkit::FindNode(node)->record, std::as_writable_bytes(std::span(&record, 1)));
+void Replace(Pseudonyms &names, platkit::NodeRef<Record> node, Record &record) {
+  names.Replace(*node->record, std::as_writable_bytes(std::span(&record, 1)));
 }
 
 // A key must give the same pseudonyms in every version. The expected digests are BLAKE2b, computed by another tool.
@@ -79,7 +80,7 @@ TEST(Pseudonyms, OfRecords) {
   HeapStatsRecord heap;
   std::memset(&heap, 'x', sizeof heap);
   std::memcpy(heap.name, "net\0secret", 11);
-  Replace(names, "system_heaps_stats", heap);
+  Replace(names, platkit::nodes::system_heaps_stats, heap);
   const std::string pseudonym = names.Of("net");
   EXPECT_EQ(std::string(heap.name, sizeof heap.name), pseudonym + std::string(sizeof heap.name - pseudonym.size(), 0));
   EXPECT_EQ(heap.unread_37[0], 0);
@@ -90,10 +91,10 @@ TEST(Pseudonyms, OfRecords) {
 TEST(Pseudonyms, OfTags) {
   Pseudonyms names(KeyOf('k'));
   GroupTagRecord tag = {.tag = {'v', 'm', 0, 's', 'e', 'c', 'r', 'e'}};
-  Replace(names, "sched_groups_groupTag", tag);
+  Replace(names, platkit::nodes::sched_groups_groupTag, tag);
   EXPECT_EQ(std::string(tag.tag, sizeof tag.tag), std::string("vm\0\0\0\0\0\0", 8));
   std::memcpy(tag.tag, "unending", 8);
-  Replace(names, "sched_groups_groupTag", tag);
+  Replace(names, platkit::nodes::sched_groups_groupTag, tag);
   EXPECT_EQ(std::string(tag.tag, sizeof tag.tag), names.Of("unending", 7) + std::string(1, 0));
 }
 
