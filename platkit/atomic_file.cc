@@ -8,7 +8,9 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "platkit/access_list.h"
 #include "platkit/errno_status.h"
+#include "platkit/linux/files/file_descriptor.h"
 
 namespace platkit {
 namespace {
@@ -66,13 +68,21 @@ HVC_ReturnStatus AtomicFile::CheckTarget(mode_t newMode) {
   if (S_ISLNK(older.st_mode)) return CheckLink();
   // A rename would replace a device or a pipe for all its users.
   if (!S_ISREG(older.st_mode)) return HVC_ALREADY_EXISTS;
-  const mode_t mode = older.st_mode & kAllBits;
-  if (older.st_uid == geteuid() || IsPrivateFolder()) {
-    access_ = {.mode = mode, .owner = older.st_uid, .group = older.st_gid};
+  std::string list;
+  const bool isListKnown = ReadListOfOlderFile(list);
+  const mode_t mode = older.st_mode & (isListKnown ? kAllBits : S_IRWXU);
+  if (IsPrivateFolder()) {
+    access_ = {.mode = mode, .owner = older.st_uid, .group = older.st_gid, .list = std::move(list)};
   } else {
-    access_ = {.mode = mode & newMode, .owner = geteuid(), .group = older.st_gid};
+    const mode_t kept = list.empty() ? newMode : newMode & S_IRWXU;
+    access_ = {.mode = mode & kept, .owner = geteuid(), .group = older.st_gid, .list = {}};
   }
   return HVC_OK;
+}
+
+bool AtomicFile::ReadListOfOlderFile(std::string &list) const {
+  const FileDescriptor older(openat(folder_, name_.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  return older.isOpen() && ReadAccessList(older.get(), list);
 }
 
 // A link to a device, such as /dev/stdout, is not replaced: other programs use it. /dev/stdout itself is a link into
@@ -97,12 +107,23 @@ bool AtomicFile::CreateNewFile(mode_t mode) {
   });
 }
 
-// Without the older file's group, the members of another group must not get its rights.
+// Returns whether the file has the older file's group. Filters of system calls, such as those of systemd, can refuse
+// even a change that changes nothing.
+bool AtomicFile::SetOwner() const {
+  struct stat file;
+  if (fstat(fd_, &file) == 0 && file.st_uid == access_->owner && file.st_gid == access_->group) return true;
+  return fchown(fd_, access_->owner, access_->group) == 0 || fchown(fd_, static_cast<uid_t>(-1), access_->group) == 0;
+}
+
+// Without the older file's group, the members of another group must not get its rights. Without its access control
+// list, the group bits mean something else, and others may be users whom the list excludes.
 bool AtomicFile::SetAccess() const {
   if (!access_) return true;
-  const bool hasGroup =
-      fchown(fd_, access_->owner, access_->group) == 0 || fchown(fd_, static_cast<uid_t>(-1), access_->group) == 0;
-  return fchmod(fd_, hasGroup ? access_->mode : access_->mode & ~kGroupBits) == 0;
+  const bool hasGroup = SetOwner();
+  mode_t mode = hasGroup ? access_->mode : access_->mode & ~kGroupBits;
+  const bool hasList = (hasGroup || access_->list.empty()) && WriteAccessList(fd_, access_->list);
+  if (!hasList) mode &= S_IRWXU;
+  return fchmod(fd_, mode) == 0;
 }
 
 bool AtomicFile::Rename() {

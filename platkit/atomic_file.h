@@ -31,9 +31,10 @@ class AtomicFile {
 
   // Creates the new file for `path`.
   //
-  // A file that replaces an older one keeps its mode, owner and group if nobody but the user can have put the older one
-  // there: it is the user's own, or only the user may write to the folder. Otherwise the new file is the user's, keeps
-  // the group, and may be read only by those whom both `readers` and the older file's mode allow.
+  // A file that replaces an older one keeps its mode, owner, group and access control list if only the user may write
+  // to the folder. Elsewhere, others can have put the older file there, even one of the user's: by a rename or a hard
+  // link. The new file is then the user's, keeps the group, and may be read only by those whom both `readers` and the
+  // older file's mode allow; if the older file has an access control list, only by the user.
   //
   // HVC_ALREADY_EXISTS: `path` names something else than a regular file, or is a link to such, or into /proc. Other
   // statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors.
@@ -56,12 +57,15 @@ class AtomicFile {
     mode_t mode;
     uid_t owner;
     gid_t group;
+    std::string list;  // see access_list.h
   };
 
   HVC_ReturnStatus OpenFolder(const std::string &path);
   HVC_ReturnStatus CheckTarget(mode_t newMode);
   HVC_ReturnStatus CheckLink() const;
+  bool ReadListOfOlderFile(std::string &list) const;
   bool CreateNewFile(mode_t mode);
+  bool SetOwner() const;
   bool SetAccess() const;
   bool Rename();
   bool GiveName();

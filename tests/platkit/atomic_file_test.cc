@@ -2,12 +2,19 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -108,7 +115,7 @@ TEST_F(AtomicFileTest, ANewFileIsForItsReadersOnly) {
   EXPECT_EQ(ModeOf(scratch_.Path("group")), 0640u);
 }
 
-TEST_F(AtomicFileTest, KeepsTheModeOfTheUsersOwnFile) {
+TEST_F(AtomicFileTest, KeepsTheModeOfAFileThatOnlyTheUserCanHavePutThere) {
   const std::string path = scratch_.Write("file", "older");
   for (const mode_t mode : {0600u, 0640u, 0664u, 0400u}) {
     ASSERT_EQ(chmod(path.c_str(), mode), 0);
@@ -117,6 +124,24 @@ TEST_F(AtomicFileTest, KeepsTheModeOfTheUsersOwnFile) {
       EXPECT_EQ(ModeOf(path), mode);
     }
   }
+}
+
+// From now on, every change of a file's owner fails, as in a service with a filter of system calls.
+bool RefuseChown() {
+  sock_filter filter[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                          BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_fchown, 0, 1),
+                          BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM),
+                          BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+  const sock_fprog program = {.len = std::size(filter), .filter = filter};
+  return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+TEST_F(AtomicFileTest, KeepsTheRightsOfTheGroupWithoutAChangeOfTheOwner) {
+  const std::string path = scratch_.Write("file", "older");
+  ASSERT_EQ(chmod(path.c_str(), 0640), 0);
+  EXPECT_TRUE(IsTrueInAChild([&] { return RefuseChown() && Write(path, "newer") == HVC_OK; }));
+  EXPECT_EQ(Contents(path), "newer");
+  EXPECT_EQ(ModeOf(path), 0640u);
 }
 
 // Only root can make files of others.
@@ -144,6 +169,102 @@ TEST_F(AtomicFileTest, AFileThatAnotherUserPutThereGivesNobodyMoreRights) {
   EXPECT_EQ(info.st_uid, kOther);
   EXPECT_EQ(info.st_gid, kOther);
   EXPECT_EQ(info.st_mode & 07777, 0660u);
+}
+
+// Others who may write to the folder can put any file there by a rename or a hard link, also one of the user's.
+TEST_F(AtomicFileTest, AFileThatOthersCanHaveMovedGivesNobodyMoreRights) {
+  const std::string path = scratch_.Write("file", "older");
+  for (const mode_t folder : {0777u, 0775u, 01777u}) {
+    ASSERT_EQ(chmod(scratch_.folder().c_str(), folder), 0);
+    ASSERT_EQ(chmod(path.c_str(), 0664), 0);
+    EXPECT_EQ(Write(path, "newer", Readers::kEveryone), HVC_OK);
+    EXPECT_EQ(ModeOf(path), 0644u) << std::oct << folder;
+    EXPECT_EQ(Write(path, "newer", Readers::kOwner), HVC_OK);
+    EXPECT_EQ(ModeOf(path), 0600u) << std::oct << folder;
+  }
+}
+
+TEST_F(AtomicFileTest, AFolderOfAnotherUserGivesNobodyMoreRights) {
+  if (geteuid() != 0) GTEST_SKIP() << "requires root";
+  const std::string path = scratch_.Write("file", "older");
+  ASSERT_EQ(chmod(path.c_str(), 0644), 0);
+  ASSERT_EQ(chown(scratch_.folder().c_str(), 65534, 65534), 0);
+  EXPECT_EQ(Write(path, "newer", Readers::kOwner), HVC_OK);
+  EXPECT_EQ(ModeOf(path), 0600u);
+}
+
+// An access control list in the kernel's form: version 2, then the tag, the rights and the number of each user or
+// group.
+class AccessList {
+ public:
+  AccessList() { Add(2u); }
+
+  AccessList &Entry(uint16_t tag, uint16_t rights, uint32_t who = UINT32_MAX) {
+    Add(tag);
+    Add(rights);
+    Add(who);
+    return *this;
+  }
+  const std::string &bytes() const { return bytes_; }
+
+  // User 65534 may read, and the file's group may not, although the group bits of the mode say so.
+  static std::string ForOneUser() {
+    return AccessList().Entry(1, 6).Entry(2, 4, 65534).Entry(4, 0).Entry(16, 4).Entry(32, 0).bytes();
+  }
+
+  static std::string Of(const std::string &path) {
+    std::string list(1024, '\0');
+    const ssize_t size = getxattr(path.c_str(), kAttribute, list.data(), list.size());
+    return list.substr(0, size < 0 ? 0 : static_cast<size_t>(size));
+  }
+  static bool Set(const std::string &path, const std::string &list, const char *attribute = kAttribute) {
+    return setxattr(path.c_str(), attribute, list.data(), list.size(), 0) == 0;
+  }
+
+  static constexpr char kAttribute[] = "system.posix_acl_access";
+  static constexpr char kOfNewFiles[] = "system.posix_acl_default";
+
+ private:
+  template <typename Number>
+  void Add(Number value) {
+    bytes_.append(reinterpret_cast<const char *>(&value), sizeof value);
+  }
+
+  std::string bytes_;
+};
+
+TEST_F(AtomicFileTest, KeepsTheAccessControlList) {
+  const std::string path = scratch_.Write("file", "older");
+  const std::string list = AccessList::ForOneUser();
+  if (!AccessList::Set(path, list)) GTEST_SKIP() << "the file system has no access control lists";
+  ASSERT_EQ(ModeOf(path), 0640u);
+  for (const Readers readers : {Readers::kOwner, Readers::kEveryone}) {
+    EXPECT_EQ(Write(path, "newer", readers), HVC_OK);
+    EXPECT_EQ(AccessList::Of(path), list);
+    EXPECT_EQ(ModeOf(path), 0640u);
+  }
+}
+
+// There, the group would get the rights that the list limits.
+TEST_F(AtomicFileTest, WhereOthersCanWriteAFileWithAListIsTheUsersOnly) {
+  const std::string path = scratch_.Write("file", "older");
+  ASSERT_EQ(chmod(scratch_.folder().c_str(), 0777), 0);
+  if (!AccessList::Set(path, AccessList::ForOneUser())) GTEST_SKIP() << "the file system has no access control lists";
+  EXPECT_EQ(Write(path, "newer", Readers::kEveryone), HVC_OK);
+  EXPECT_EQ(AccessList::Of(path), "");
+  EXPECT_EQ(ModeOf(path), 0600u);
+}
+
+// A list that the folder gives to new files does not add to the rights of the older file.
+TEST_F(AtomicFileTest, AListOfTheFolderAddsNoRights) {
+  const std::string path = scratch_.Write("file", "older");
+  ASSERT_EQ(chmod(path.c_str(), 0640), 0);
+  if (!AccessList::Set(scratch_.folder(), AccessList::ForOneUser(), AccessList::kOfNewFiles)) {
+    GTEST_SKIP() << "the file system has no access control lists";
+  }
+  EXPECT_EQ(Write(path, "newer"), HVC_OK);
+  EXPECT_EQ(AccessList::Of(path), "");
+  EXPECT_EQ(ModeOf(path), 0640u);
 }
 
 TEST_F(AtomicFileTest, ReplacesRegularFilesOnly) {

@@ -48,7 +48,7 @@ void PrintGuests(const Sample &sample, const Options &options) {
   nlohmann::json list = nlohmann::json::array();
   for (const Guest &guest : sample.guests)
     list.push_back(ToJson(guest));
-  nodal::Print(list.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
+  nodal::Print(list.dump(2, ' ', true, nlohmann::json::error_handler_t::replace) + "\n");
 }
 
 ExitStatus Run(int argc, char **argv) {

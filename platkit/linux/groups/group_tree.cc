@@ -307,12 +307,12 @@ Figure GroupTree::CountVm(int64_t pid) {
   if (Group *known = FindKnown(pid); known != nullptr) {
     DetectVm(*known);
     isVm = known->kind == GroupKind::kVm;
-    mayBeVm = known->mayBeVm;
+    mayBeVm = known->mayBeVm || known->identity.inode == 0;
   } else if (ProcessStatus status; ReadProcessStatus(files_, pid, status) == HVC_OK) {
     const VmDetector::Result result =
         vmDetector_.Detect({.pid = pid, .name = status.name, .threads = status.threads, .user = status.user});
     isVm = result.options.has_value();
-    mayBeVm = result.isUnknown;
+    mayBeVm = result.isUnknown || status.identity.inode == 0;
   }
   return mayBeVm && !isVm ? Figure::Unreadable() : Figure(isVm ? 1 : 0);
 }

@@ -42,11 +42,11 @@ class GroupTree {
   // Turns a process that runs a VM into a group of kind kVm with a VMM below it. Checks each process once per listing.
   void DetectVm(Group &group);
 
-  // 1 if the process runs a VM, else 0. Unreadable if there were too many descriptors to check it; see VmDetector.
+  // 1 if the process runs a VM, else 0. Unreadable if its status is, or if there were too many descriptors to check it;
+  // see VmDetector.
   Figure CountVm(int64_t pid);
 
-  // Counts the VMs of the host. Checks every process. Unreadable if there were too many descriptors to check them all;
-  // see VmDetector.
+  // Counts the VMs of the host. Checks every process. Unreadable if one could not be checked.
   [[nodiscard]] HVC_ReturnStatus CountVms(Figure &count);
 
  private:

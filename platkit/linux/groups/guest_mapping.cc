@@ -22,7 +22,7 @@ bool IsMemory(const Mapping &mapping, std::span<const DeviceNumber> memoryDevice
   for (const std::string_view memoryFile : {"/memfd:", "/anon_hugepage", "/dev/zero", "/SYSV"}) {
     if (mapping.name.starts_with(memoryFile)) return true;
   }
-  return std::find(memoryDevices.begin(), memoryDevices.end(), mapping.device) != memoryDevices.end();
+  return std::ranges::binary_search(memoryDevices, mapping.device);
 }
 
 bool IsAligned(uint64_t number) { return number % kAlignment == 0; }

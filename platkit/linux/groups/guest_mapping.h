@@ -11,8 +11,8 @@
 namespace platkit {
 
 // Sizes of memory mappings in /proc/PID/maps, in KB. Such a mapping is not executable, and is anonymous or maps an
-// unnamed memory file or a file on one of the given devices. Adjacent mappings count as one. Absent if there is no such
-// mapping, or if this user may not read the file.
+// unnamed memory file or a file on one of the given devices, which are in ascending order. Adjacent mappings count as
+// one. Absent if there is no such mapping, or if this user may not read the file.
 struct GuestMappings {
   Figure largest;
   Figure blocks;  // the sum of those of 128 MB or more that have the form of a guest's memory, or of a memory device's

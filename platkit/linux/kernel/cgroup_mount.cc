@@ -1,5 +1,6 @@
 #include "platkit/linux/kernel/cgroup_mount.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platkit/linux/files/line_reader.h"
@@ -73,25 +74,31 @@ FileSystem TypeOf(const Mount &mount) {
   return mount.type == "tmpfs" ? FileSystem::kTmpfs : FileSystem::kOther;
 }
 
-bool IsBelow(std::string_view path, std::string_view folder) {
-  return path.starts_with(folder) && (folder == "/" || path.size() == folder.size() || path[folder.size()] == '/');
+using Folders = std::map<std::string, FileSystem, std::less<>>;
+
+// The folder that contains `path`; empty for "/" and for a relative path.
+std::string_view ParentOf(std::string_view path) {
+  const size_t slash = path.rfind('/');
+  if (slash == std::string_view::npos || path.size() == 1) return {};
+  return path.substr(0, slash == 0 ? 1 : slash);
 }
 
-// The last mount that contains the path. Null if it is not a memory file system, nor below one.
-const MountedFolder *FindMountOf(const std::vector<MountedFolder> &mounts, std::string_view path) {
-  const MountedFolder *deepest = nullptr;
-  for (const MountedFolder &mount : mounts) {
-    if (IsBelow(path, mount.path) && (deepest == nullptr || mount.path.size() >= deepest->path.size()))
-      deepest = &mount;
+// The type of the deepest of the folders that contains the path. Null if none does, or if the path has more levels than
+// anybody uses: each level costs time.
+const FileSystem *FindMountOf(const Folders &folders, std::string_view path) {
+  constexpr int kMaxLevels = 64;
+  for (int level = 0; !path.empty() && level < kMaxLevels; ++level, path = ParentOf(path)) {
+    const auto found = folders.find(path);
+    if (found != folders.end()) return &found->second;
   }
-  return deepest;
+  return nullptr;
 }
 
-// What is mounted below a memory file system hides a part of it.
-void AddMemoryFolder(const Mount &mount, std::vector<MountedFolder> &folders) {
-  std::string path = Unescape(mount.point);
+// What is mounted below a memory file system hides a part of it. A later mount at the same place hides the earlier one.
+void AddMemoryFolder(const Mount &mount, Folders &folders) {
   const FileSystem type = TypeOf(mount);
-  if (type != FileSystem::kOther || FindMountOf(folders, path) != nullptr) folders.push_back({std::move(path), type});
+  const std::string path = Unescape(mount.point);
+  if (type != FileSystem::kOther || FindMountOf(folders, path) != nullptr) folders.insert_or_assign(path, type);
 }
 
 // Ranks a mount; 0 if it contains no control groups.
@@ -124,7 +131,7 @@ CgroupMount FindCgroupMount(HostFiles &files) {
   CgroupMount best;
   int bestRank = 0;
   std::vector<DeviceNumber> memoryDevices;
-  std::vector<MountedFolder> memoryFolders;
+  Folders memoryFolders;
   LineReader lines(files, HostPath("proc/self/mountinfo"));
   std::string_view line;
   Mount mount;
@@ -144,15 +151,17 @@ CgroupMount FindCgroupMount(HostFiles &files) {
             .memoryDevices = {},
             .memoryFolders = {}};
   }
+  std::ranges::sort(memoryDevices);
+  memoryDevices.erase(std::unique(memoryDevices.begin(), memoryDevices.end()), memoryDevices.end());
   best.memoryDevices = std::move(memoryDevices);
   best.memoryFolders = std::move(memoryFolders);
   return best;
 }
 
 FileSystem FileSystemOf(const CgroupMount &mount, std::string_view path) {
-  const MountedFolder *found = FindMountOf(mount.memoryFolders, path);
+  const FileSystem *found = FindMountOf(mount.memoryFolders, path);
   const bool isPlain = path.starts_with('/') && path.find("/../") == std::string_view::npos;
-  return found == nullptr || !isPlain ? FileSystem::kOther : found->type;
+  return found == nullptr || !isPlain ? FileSystem::kOther : *found;
 }
 
 std::string FullCgroupOfFolder(const CgroupMount &mount, std::string_view folder) {

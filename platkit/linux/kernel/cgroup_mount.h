@@ -3,6 +3,8 @@
 #define PLATKIT_LINUX_KERNEL_CGROUP_MOUNT_H
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,11 +21,6 @@ using DeviceNumber = uint64_t;
 
 enum class FileSystem : uint8_t { kTmpfs, kHugetlbfs, kOther };
 
-struct MountedFolder {
-  std::string path;  // the mount point, absolute
-  FileSystem type;
-};
-
 struct CgroupMount {
   bool exists = false;
   CgroupVersion memoryFiles = CgroupVersion::kNone;
@@ -31,11 +28,11 @@ struct CgroupMount {
   std::string mounted;    // the control group that is visible there: "/" unless only a part is mounted
   std::string v1Options;  // for version 1, its controllers or its name, and other mount options; else empty
 
-  // The devices of mounted file systems whose files are memory: tmpfs and hugetlbfs.
+  // The devices of mounted file systems whose files are memory, in ascending order: tmpfs and hugetlbfs.
   std::vector<DeviceNumber> memoryDevices;
 
-  // Where these file systems are mounted, and what is mounted below them; later mounts last.
-  std::vector<MountedFolder> memoryFolders;
+  // Where these file systems are mounted, and what is mounted below them, by absolute path.
+  std::map<std::string, FileSystem, std::less<>> memoryFolders;
 };
 
 // The file system of a file, from its path. Links in the path are not followed.

@@ -68,6 +68,16 @@ TEST_F(Program, PrintsATable) {
   EXPECT_NE(outcome.output.find("\ntest    -  8388608"), std::string::npos) << outcome;
 }
 
+// A terminal may obey control characters, C1 ones included, and reorder text after some others.
+TEST_F(Program, EscapesNamesInJson) {
+  auto results = QmpResults();
+  results["query-name"] = R"({"name": "\u001b[2J\u009b2J\u202ex"})";
+  const FakeQmp server(Path("qmp"), results);
+  const Outcome outcome = Execute({"--no-libvirt", "--qmp", Path("qmp"), "--json"});
+  EXPECT_EQ(outcome.exitStatus, 0) << outcome;
+  EXPECT_NE(outcome.output.find(R"("name": "\u001b[2J\u009b2J\u202ex")"), std::string::npos) << outcome;
+}
+
 TEST_F(Program, ReportsWhenLibvirtCannotBeAsked) {
   const Outcome outcome = Execute({"--connect", "test:///nowhere.xml", "-o", Path("guests.nodal")});
   EXPECT_EQ(outcome.exitStatus, 1) << outcome;

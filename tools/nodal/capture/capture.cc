@@ -8,6 +8,7 @@
 #include <new>
 
 #include "platkit/linux/files/host_files.h"
+#include "platkit/linux/files/printable.h"
 #include "tools/nodal/capture/capture_writer.h"
 #include "tools/nodal/capture/key_file.h"
 #include "tools/nodal/capture/vanished.h"
@@ -32,7 +33,8 @@ std::string HostName(const std::string &root) {
   char buffer[platkit::snapshot::kMaxHeaderText];
   std::string_view name;
   if (files.ReadShort(platkit::HostPath("proc/sys/kernel/hostname"), buffer, name) != HVC_OK) return "";
-  return std::string(name.substr(0, name.find_first_of(std::string_view("\n\0", 2))));
+  name = name.substr(0, name.find_first_of(std::string_view("\n\0", 2)));
+  return platkit::PrintableName(name, name.size());
 }
 
 std::string Now() {
@@ -96,13 +98,17 @@ size_t ReadInto(CaptureWriter &writer, PathFilter &filter) {
   return vanished;
 }
 
-std::string Summary(const std::string &path, const CaptureTotals &totals, size_t vanished, double seconds) {
+off_t SizeOf(int fd) {
   struct stat file = {};
-  static_cast<void>(stat(path.c_str(), &file));
+  static_cast<void>(fstat(fd, &file));
+  return file.st_size;
+}
+
+std::string Summary(const std::string &path, const CaptureTotals &totals, off_t size, size_t vanished, double seconds) {
   char time[32];
   std::snprintf(time, sizeof time, "%.2f s", seconds);
   std::string text = path + ": " + Plural(totals.nodes.size(), "node") + ", " + Plural(totals.records, "record") +
-                     ", " + Plural(totals.lists, "list") + ", " + std::to_string(file.st_size) + " bytes, " + time;
+                     ", " + Plural(totals.lists, "list") + ", " + std::to_string(size) + " bytes, " + time;
   for (const auto &[status, count] : totals.unreadable)
     text += "; " + std::to_string(count) + " unreadable: " + status;
   if (vanished > 0) text += "; " + std::to_string(vanished) + " vanished during the capture";
@@ -119,10 +125,15 @@ void Capture(const CaptureOptions &options) {
   writer.AddHeader(HeaderOf(options));
   const size_t vanished = ReadInto(writer, filter);
   ThrowIfSignalled();
-  WriteFile(options.snapshot, platkit::Readers::kOwner, [&](int fd) { return writer.WriteTo(fd); });
+  off_t size = 0;
+  WriteFile(options.snapshot, platkit::Readers::kOwner, [&](int fd) {
+    const HVC_ReturnStatus status = writer.WriteTo(fd);
+    size = SizeOf(fd);
+    return status;
+  });
   const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
   try {
-    Complain(Summary(options.snapshot, writer.totals(), vanished, time.count()));
+    Complain(Summary(options.snapshot, writer.totals(), size, vanished, time.count()));
   } catch (const std::bad_alloc &) {
     // The snapshot is complete.
   }

@@ -41,25 +41,6 @@ bool ChangesDirection(uint32_t code) {
          (code >= 0x2066 && code <= 0x2069);
 }
 
-using Escape = std::string (*)(std::string_view character);
-
-// Replaces each byte that is not UTF-8, and each character for which `isEscaped` is true, by what `escape` returns for
-// it.
-std::string EscapedCharacters(std::string_view text, bool (*isEscaped)(uint32_t code), Escape escape) {
-  std::string shown;
-  while (!text.empty()) {
-    const auto [size, code] = FirstCharacter(text);
-    const std::string_view character = text.substr(0, size == 0 ? 1 : size);
-    if (size == 0 || isEscaped(code)) {
-      shown += escape(character);
-    } else {
-      shown += character;
-    }
-    text.remove_prefix(character.size());
-  }
-  return shown;
-}
-
 }  // namespace
 
 bool IsUtf8(std::string_view text) {
@@ -72,12 +53,22 @@ bool IsUtf8(std::string_view text) {
 }
 
 std::string Escaped(std::string_view text, std::string (*escape)(std::string_view character)) {
-  return EscapedCharacters(text, IsControl, escape);
+  std::string shown;
+  while (!text.empty()) {
+    const auto [size, code] = FirstCharacter(text);
+    const std::string_view character = text.substr(0, size == 0 ? 1 : size);
+    if (size == 0 || IsControl(code) || ChangesDirection(code)) {
+      shown += escape(character);
+    } else {
+      shown += character;
+    }
+    text.remove_prefix(character.size());
+  }
+  return shown;
 }
 
 std::string Printable(std::string_view text) {
-  const auto isUnsafe = [](uint32_t code) { return IsControl(code) || ChangesDirection(code); };
-  return EscapedCharacters(text, isUnsafe, [](std::string_view) { return std::string("?"); });
+  return Escaped(text, [](std::string_view) { return std::string("?"); });
 }
 
 std::string ToHex(std::span<const std::byte> bytes) {

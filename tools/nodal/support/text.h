@@ -14,11 +14,11 @@ namespace nodal {
 
 bool IsUtf8(std::string_view text);
 
-// Replaces each control character, and each byte that is not UTF-8, by what `escape` returns for it.
+// Replaces what can change a terminal by what `escape` returns for it: control characters, characters that change the
+// direction of text, and bytes that are not UTF-8.
 std::string Escaped(std::string_view text, std::string (*escape)(std::string_view character));
 
-// Safe for a terminal: control characters, characters that change the direction of text, and bytes that are not UTF-8
-// become '?'.
+// The same, with '?' for each.
 std::string Printable(std::string_view text);
 
 std::string ToHex(std::span<const std::byte> bytes);

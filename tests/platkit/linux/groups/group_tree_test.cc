@@ -13,6 +13,7 @@ namespace platkit {
 namespace {
 
 constexpr uint64_t kNone = HVC_KB_NONE;
+constexpr uint32_t kNone32 = UINT32_MAX;
 constexpr int64_t kVmm = 20'000'000;
 const std::string kTop = "sys/fs/cgroup/";
 const std::string kWeb = kTop + "system.slice/web.service";
@@ -125,6 +126,19 @@ TEST(GroupTree, AnUnreadableProcessIsListed) {
   EXPECT_CELL(ask.Stats(100).consumed, kNone);
   EXPECT_CELL(ask.Stats(101).sharedSaved, kNone);
   EXPECT_CELL(ask.Stats(101).memSize, 40000u);
+}
+
+// It may run a machine, so the number of machines is unknown, whether a listing found the process or not.
+TEST(GroupTree, AnUnreadableProcessIsNeitherAMachineNorNone) {
+  const auto machines = [](Asker ask) { return ask.Record<NumVMsRecord>("sched_globalStats_numVMs").numVMs; };
+  SavedHost host("v2.host");
+  EXPECT_NE(machines(host.ask()), kNone32);
+  host.Remove("proc/100/status");
+  host.MakeLink("proc/100/status", "status");
+  EXPECT_EQ(machines(host.ask()), kNone32);
+  Asker ask = host.ask();
+  EXPECT_EQ(ask.Members(host.ControlGroup(kWeb)), (std::vector<int64_t>{100, 101}));
+  EXPECT_EQ(machines(ask), kNone32);
 }
 
 // What cannot be listed must not be missing without a word.

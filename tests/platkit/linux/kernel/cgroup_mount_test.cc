@@ -1,5 +1,9 @@
 #include "platkit/linux/kernel/cgroup_mount.h"
 
+#include <time.h>
+
+#include <string>
+
 #include "tests/linux/saved_host.h"
 
 namespace platkit {
@@ -39,6 +43,38 @@ TEST(CgroupMount, FileSystemsOfPaths) {
     EXPECT_EQ(FileSystemOf(mount, other), FileSystem::kOther) << other;
   }
   EXPECT_EQ(FileSystemOf(CgroupMount(), "/dev/hugepages/ram"), FileSystem::kOther);
+}
+
+TEST(CgroupMount, ALaterMountHidesTheEarlierOne) {
+  SavedHost host;
+  const CgroupMount mount = Find(host,
+                                 "1 1 0:50 / /a rw - hugetlbfs x rw\n2 1 0:51 / /a rw - tmpfs x rw\n"
+                                 "3 1 254:1 / /a/b rw - ext4 x rw\n4 1 0:52 / /a/b/c rw - tmpfs x rw\n");
+  EXPECT_EQ(FileSystemOf(mount, "/a/ram"), FileSystem::kTmpfs);
+  EXPECT_EQ(FileSystemOf(mount, "/a/b/ram"), FileSystem::kOther);
+  EXPECT_EQ(FileSystemOf(mount, "/a/b/c/ram"), FileSystem::kTmpfs);
+}
+
+double CpuSeconds() {
+  timespec time = {};
+  EXPECT_EQ(clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time), 0);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
+// A kernel allows 100,000 mounts, and a saved host can contain more. The time must not grow with their square.
+TEST(CgroupMount, ManyMounts) {
+  constexpr int kMounts = 50'000;
+  std::string mounts;
+  for (int i = 0; i < kMounts; ++i) {
+    const std::string number = std::to_string(i);
+    mounts += number + " 1 0:" + number + " / /run/user/" + number + " rw - tmpfs tmpfs rw\n";
+  }
+  SavedHost host;
+  const double start = CpuSeconds();
+  const CgroupMount mount = Find(host, mounts);
+  EXPECT_LT(CpuSeconds() - start, 2);
+  EXPECT_EQ(mount.memoryDevices.size(), size_t{kMounts});
+  EXPECT_EQ(FileSystemOf(mount, "/run/user/49999/ram"), FileSystem::kTmpfs);
 }
 
 TEST(CgroupMount, Preference) {

@@ -270,6 +270,10 @@ TEST_F(Capture, TheTimeAndTheHostAreThoseOfTheSource) {
   scratch_.Write("root/proc/sys/kernel/hostname", "alpha\n");
   ASSERT_EQ(Nodal("--root " + scratch_.Path("root") + " capture -o " + scratch_.Path("saved")).status, 0);
   EXPECT_NE(header(scratch_.Path("saved")).find("\"host\": \"alpha\",\n  \"time\": \"\""), std::string::npos);
+  // As in all names of a host, a question mark replaces what cannot be printed.
+  scratch_.Write("root/proc/sys/kernel/hostname", "a\x1b[2J\xc2\x9b,b\xff\n");
+  ASSERT_EQ(Nodal("--root " + scratch_.Path("root") + " capture -o " + scratch_.Path("saved")).status, 0);
+  EXPECT_NE(header(scratch_.Path("saved")).find("\"host\": \"a?[2J??b?\""), std::string::npos);
 
   const std::string other = Built(scratch_, R"({"format": 1, "signature": "other"})", "other");
   EXPECT_EQ(Nodal("--cache " + other + " capture -o " + scratch_.Path("x")).err,

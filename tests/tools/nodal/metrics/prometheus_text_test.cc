@@ -24,6 +24,8 @@ TEST(PrometheusText, LabelValues) {
                        "31m\xc2\xa0"),
             "\\\\xc2\\\\x9b31m\xc2\xa0")
       << "a terminal may obey the first";
+  EXPECT_EQ(LabelValue("a\u202eb\u2066c"), "a\\\\xe2\\\\x80\\\\xaeb\\\\xe2\\\\x81\\\\xa6c")
+      << "they change the direction";
   EXPECT_EQ(Labels().Add("a", "1").Add("b", "").Add("c", "x").text(), "a=\"1\",c=\"x\"");
 }
 
