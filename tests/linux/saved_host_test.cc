@@ -322,7 +322,7 @@ TEST(SavedHost, AnOldKernel) {
   EXPECT_CELL(stats.ovhd, 64u + 128 + 1 + 200 + 4) << "the parts of kernel memory that this kernel counts";
   EXPECT_CELL(ask.Stats(kKernel).consumed, 7000000u - MB(8));
   EXPECT_CELL(ask.Stats(kKernel).memSize, 330000u);
-  EXPECT_CELL(ask.Stats(100).sharedSaved, 0u);
+  EXPECT_CELL(ask.Stats(100).sharedSaved, kNone);
 }
 
 TEST(SavedHost, TheRootMustBeAFolder) {

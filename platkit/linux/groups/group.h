@@ -16,6 +16,7 @@
 #include "platkit/linux/kernel/ksm.h"
 #include "platkit/linux/kernel/kvm_debugfs.h"
 #include "platkit/linux/kernel/libvirt_status.h"
+#include "platkit/linux/kernel/pressure.h"
 #include "platkit/linux/kernel/process_status.h"
 #include "platkit/linux/kernel/qemu_cmdline.h"
 
@@ -37,6 +38,7 @@ struct CgroupReadings {
   std::array<Fresh<Figure>, kCgroupAmounts> amounts;
   Fresh<CgroupStat> stat;
   Fresh<Figure> limitHits;
+  Fresh<MemoryPressure> pressure;
 };
 
 // Figures read from the files of a process or a VM.

@@ -37,6 +37,13 @@ Figure GroupReader::LimitHits(Group &group) {
   });
 }
 
+const MemoryPressure &GroupReader::Pressure(Group &group) {
+  return Allocated(group.cgroup).pressure.Get(files_.clock(), [&] {
+    if (mount().memoryFiles != CgroupVersion::kV2) return MemoryPressure();
+    return ReadMemoryPressure(files_, HostPath(group.folder, "/memory.pressure"));
+  });
+}
+
 const ProcessStatus *GroupReader::Status(Group &process) {
   std::optional<ProcessStatus> &status = Allocated(process.process).status.Get(files_.clock(), [&] {
     std::optional<ProcessStatus> read(std::in_place);

@@ -22,6 +22,9 @@ class GroupReader {
   const CgroupStat &Stat(Group &group);
   Figure LimitHits(Group &group);
 
+  // Absent on version 1.
+  const MemoryPressure &Pressure(Group &group);
+
   // For a process or a VM. The status is null if the process has ended.
   const ProcessStatus *Status(Group &process);
   const ProcessKsm &Ksm(Group &process);

@@ -51,8 +51,8 @@ CgroupStat ReadV1(HostFiles &files, const HostPath &path) {
 CgroupStat ReadV2(HostFiles &files, const HostPath &path) {
   CgroupStat stat;
   Figure cache, mapped, stack, pageTables, secondaryPageTables, perCpu, slab, sockets;
-  Figure swapIn, swapOut, zeroIn, zeroOut, anonHuge, sharedHuge, faults, collapses, demotedByKswapd, demotedDirectly,
-      demotedByKhugepaged, demotedProactively;
+  Figure swapIn, swapOut, writtenBack, zeroIn, zeroOut, anonHuge, sharedHuge, faults, collapses, demotedByKswapd,
+      demotedDirectly, demotedByKhugepaged, demotedProactively;
   const WantedFigure wanted[] = {{"file", &cache},
                                  {"file_mapped", &mapped},
                                  {"hugetlb", &stat.hugePages},
@@ -70,6 +70,7 @@ CgroupStat ReadV2(HostFiles &files, const HostPath &path) {
                                  {"zswpout", &stat.zswapOut},
                                  {"pswpin", &swapIn},
                                  {"pswpout", &swapOut},
+                                 {"zswpwb", &writtenBack},
                                  {"swpin_zero", &zeroIn},
                                  {"swpout_zero", &zeroOut},
                                  {"anon_thp", &anonHuge},
@@ -78,6 +79,7 @@ CgroupStat ReadV2(HostFiles &files, const HostPath &path) {
                                  {"thp_collapse_alloc", &collapses},
                                  {"thp_swpout_fallback", &stat.hugeSplits},
                                  {"numa_pages_migrated", &stat.numaMoved},
+                                 {"numa_hint_faults", &stat.numaFaults},
                                  {"pgpromote_success", &stat.promoted},
                                  {"pgdemote_kswapd", &demotedByKswapd},
                                  {"pgdemote_direct", &demotedDirectly},
@@ -87,6 +89,7 @@ CgroupStat ReadV2(HostFiles &files, const HostPath &path) {
   stat.unmapped = cache - mapped;
   stat.swapIn = swapIn + zeroIn;
   stat.swapOut = swapOut + zeroOut;
+  stat.unzippable = swapOut - writtenBack;
   stat.transparent = anonHuge + sharedHuge;
   stat.hugeAllocs = faults + collapses;
   stat.demoted = demotedByKswapd + demotedDirectly + demotedByKhugepaged + demotedProactively;

@@ -50,9 +50,11 @@ struct CgroupStat {
   Figure zswapped;           // compressed memory: size before compression
   Figure zswapIn, zswapOut;  // pages: zswpin, zswpout
   Figure swapIn, swapOut;    // pages: pswpin + swpin_zero, pswpout + swpout_zero
+  Figure unzippable;         // pages: pswpout - zswpwb, written to swap space without having been compressed
   Figure hugeAllocs;         // transparent huge pages: thp_fault_alloc + thp_collapse_alloc
   Figure hugeSplits;         // transparent huge pages: thp_swpout_fallback, split to be swapped out
   Figure numaMoved;          // pages: numa_pages_migrated
+  Figure numaFaults;         // pages: numa_hint_faults
   Figure promoted;           // pages: pgpromote_success
   Figure demoted;            // pages: pgdemote_*
 };

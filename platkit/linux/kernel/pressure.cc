@@ -15,9 +15,9 @@ Figure ParseAverage(std::string_view word) {
 
 }  // namespace
 
-MemoryPressure ReadMemoryPressure(HostFiles &files) {
+MemoryPressure ReadMemoryPressure(HostFiles &files, const HostPath &path) {
   MemoryPressure pressure;
-  LineReader lines(files, HostPath("proc/pressure/memory"));
+  LineReader lines(files, path);
   for (std::string_view line; lines.Next(line);) {
     TextScanner scanner(line);
     const std::string_view kind = scanner.TakeWord();

@@ -133,6 +133,7 @@ class OptionParser {
   bool hasSize_ = false;  // also one that is not understood
   bool hasConfigurationFile_ = false;
   bool hasBalloon_ = false;
+  bool hasPersistentMemory_ = false;
 };
 
 OptionParser::Handler OptionParser::HandlerOf(std::string_view option) {
@@ -197,6 +198,7 @@ void OptionParser::TakeDevice(std::string_view value) {
   const QemuProperties properties(value, "driver");
   const std::string_view driver = properties.ValueOf("driver");
   if (IsBalloon(value)) hasBalloon_ = true;
+  if (driver == "nvdimm" || driver.starts_with("virtio-pmem")) hasPersistentMemory_ = true;
   if (driver == "pc-dimm") dimms_.emplace_back(properties.ValueOf("memdev"));
   if (driver.starts_with("vfio-")) options_.isPopulated = true;
   if (driver.starts_with("virtio-mem-")) {
@@ -244,7 +246,11 @@ void OptionParser::FillBacking() {
 QemuOptions OptionParser::Finish(bool isQemu) {
   options_.isQemu = isQemu;
   if (isQemu) FillBacking();
-  if (hasBalloon_ || (isQemu && !hasConfigurationFile_)) options_.hasBalloon = Figure(hasBalloon_ ? 1 : 0);
+  const auto device = [&](bool isListed) {
+    return isListed || (isQemu && !hasConfigurationFile_) ? Figure(isListed ? 1 : 0) : Figure();
+  };
+  options_.hasBalloon = device(hasBalloon_);
+  options_.hasPersistentMemory = device(hasPersistentMemory_);
   Figure plugged = requested_;
   for (const std::string &dimm : dimms_)
     plugged = plugged + SizeOf(dimm);
@@ -285,7 +291,8 @@ QemuOptions ReadQemuCommandLine(HostFiles &files, int64_t pid) {
   }
   QemuOptions options = ParseQemuCommandLine(commandLine);
   const bool isTruncated = commandLine.size() == kMaxCommandLine;
-  if (isTruncated && options.hasBalloon == Figure(0)) options.hasBalloon = Figure();
+  for (Figure *device : {&options.hasBalloon, &options.hasPersistentMemory})
+    if (isTruncated && *device == Figure(0)) *device = Figure();
   return options;
 }
 

@@ -41,7 +41,9 @@ struct QemuOptions {
   bool isPopulated = false;      // the monitor makes the memory resident, not the guest: prealloc=on, mem-lock=on,
                                  // -incoming, devices that the guest drives itself (vfio)
 
-  Figure hasBalloon;  // 1 if a -device is a balloon, else 0; absent: unknown
+  // 1 if a -device is of this kind, else 0; absent: unknown.
+  Figure hasBalloon;
+  Figure hasPersistentMemory;  // nvdimm or virtio-pmem
 };
 
 // `commandLine` holds arguments, each ended by a NUL.

@@ -18,7 +18,7 @@ bool ParseCache(std::string_view line, SlabCache &cache) {
   if (line.starts_with('#') || tunables == std::string_view::npos) return false;
   TextScanner start(line.substr(0, tunables));
   cache.pagesPerSlab = ParseFigure(start.TakeLastWord());
-  start.TakeLastWord();
+  cache.objectsPerSlab = ParseFigure(start.TakeLastWord());
   cache.objectSize = ParseFigure(start.TakeLastWord());
   cache.objects = ParseFigure(start.TakeLastWord());
   cache.activeObjects = ParseFigure(start.TakeLastWord());

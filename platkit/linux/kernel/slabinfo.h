@@ -13,11 +13,12 @@ namespace platkit {
 // A line. A malformed or missing figure is unreadable.
 struct SlabCache {
   std::string name;
-  Figure activeObjects;  // active_objs
-  Figure objects;        // num_objs
-  Figure objectSize;     // objsize, bytes
-  Figure pagesPerSlab;   // pagesperslab
-  Figure slabs;          // num_slabs
+  Figure activeObjects;   // active_objs
+  Figure objects;         // num_objs
+  Figure objectSize;      // objsize, bytes
+  Figure objectsPerSlab;  // objperslab
+  Figure pagesPerSlab;    // pagesperslab
+  Figure slabs;           // num_slabs
 };
 
 struct Slabinfo {

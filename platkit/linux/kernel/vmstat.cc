@@ -9,7 +9,7 @@ namespace platkit {
 Vmstat ReadVmstat(HostFiles &files) {
   Vmstat counters;
   std::array<Figure, 6> stalls;
-  Figure memmap, memmapAtBoot, swapIn, swapOut, zeroIn, zeroOut, faults, collapses;
+  Figure memmap, memmapAtBoot, swapIn, zeroIn, zeroOut, faults, collapses;
   const WantedFigure wanted[] = {
       {"allocstall_dma", &stalls[0]},
       {"allocstall_dma32", &stalls[1]},
@@ -22,19 +22,21 @@ Vmstat ReadVmstat(HostFiles &files) {
       {"nr_memmap_boot_pages", &memmapAtBoot},
       {"cow_ksm", &counters.ksmCopies},
       {"pswpin", &swapIn},
-      {"pswpout", &swapOut},
+      {"pswpout", &counters.swapWrites},
       {"swpin_zero", &zeroIn},
       {"swpout_zero", &zeroOut},
       {"thp_fault_alloc", &faults},
       {"thp_collapse_alloc", &collapses},
       {"thp_swpout_fallback", &counters.hugeSplits},
+      {"thp_fault_fallback", &counters.hugeFailures},
+      {"thp_scan_exceed_swap_pte", &counters.hugeSwappedRefused},
   };
   ReadFigures(files, HostPath("proc/vmstat"), wanted);
   for (const Figure figure : stalls)
     counters.allocStalls = counters.allocStalls + figure;
   counters.memmapPages = memmap + memmapAtBoot;
   counters.swapIn = swapIn + zeroIn;
-  counters.swapOut = swapOut + zeroOut;
+  counters.swapOut = counters.swapWrites + zeroOut;
   counters.hugeAllocs = faults + collapses;
   return counters;
 }

@@ -9,14 +9,17 @@ namespace platkit {
 
 // A figure is absent if this kernel has no such line.
 struct Vmstat {
-  Figure allocStalls;  // events: allocstall_* of all zones, an allocation that waits for reclaim
-  Figure oomKills;     // events: oom_kill
-  Figure memmapPages;  // pages: nr_memmap_pages + nr_memmap_boot_pages
-  Figure ksmCopies;    // events: cow_ksm, one page each
-  Figure swapIn;       // pages: pswpin + swpin_zero
-  Figure swapOut;      // pages: pswpout + swpout_zero
-  Figure hugeAllocs;   // transparent huge pages: thp_fault_alloc + thp_collapse_alloc
-  Figure hugeSplits;   // transparent huge pages: thp_swpout_fallback, split to be swapped out
+  Figure allocStalls;         // events: allocstall_* of all zones, an allocation that waits for reclaim
+  Figure oomKills;            // events: oom_kill
+  Figure memmapPages;         // pages: nr_memmap_pages + nr_memmap_boot_pages
+  Figure ksmCopies;           // events: cow_ksm, one page each
+  Figure swapIn;              // pages: pswpin + swpin_zero
+  Figure swapOut;             // pages: pswpout + swpout_zero
+  Figure swapWrites;          // pages: pswpout
+  Figure hugeAllocs;          // transparent huge pages: thp_fault_alloc + thp_collapse_alloc
+  Figure hugeSplits;          // transparent huge pages: thp_swpout_fallback, split to be swapped out
+  Figure hugeFailures;        // transparent huge pages: thp_fault_fallback, not available when memory was touched
+  Figure hugeSwappedRefused;  // transparent huge pages: thp_scan_exceed_swap_pte, not made to avoid swapping in
 };
 
 Vmstat ReadVmstat(HostFiles &files);

@@ -57,9 +57,12 @@ HVC_ReturnStatus ClientRecords::Vmm(int64_t client, VmmMemoryStatsRecord &record
   record.zipped = Cell(compressed.size);
   record.zipSaved = Cell(compressed.saved);
   record.touched = HVC_KB_NONE;
-  const Figure high = limits_.Lowest(*vm, CgroupAmount::kHigh) / 1024;
-  const Figure max = limits_.Lowest(*vm, CgroupAmount::kMax) / 1024;
-  record.allocTgt = Cell(Lower(memory, Lower(own == nullptr ? Figure() : high, max)));
+  record.allocTgt = Cell(AllocationTarget(*vm, own, memory));
+  const ZramUse zram = InZram(Swapped(own, *status));
+  record.llswapped = Cell(zram.size);
+  record.llswapUsed = Cell(zram.memory);
+  const bool hasPersistentMemory = vm->vm->options.hasPersistentMemory != Figure(0);
+  record.vpmemRO = record.vpmemRW = record.vpmemUC = hasPersistentMemory ? HVC_KB_NONE : 0;
   const Balloon balloon = monitors_.BalloonOf(*vm);
   record.balloonActive = balloon.isActive.Cell8(0);
   record.ballooned = Cell(balloon.size);
@@ -92,6 +95,11 @@ HVC_ReturnStatus ClientRecords::Zip(int64_t client, ZipStatsRecord &record) {
   record.usedCache = Cell(stat.zswap / 1024);
   record.zipped = Cell(PagesInKB(CountOfVm(own, stat.zswapOut, Figure())));
   record.unZipped = Cell(PagesInKB(CountOfVm(own, stat.zswapIn, Figure())));
+  // While zswap is off, it rejects nothing.
+  if (record.totalCache != 0) {
+    record.zipRejected =
+        Cell(PagesInKB(CountOfVm(own, stat.unzippable, host_.vmstat().swapWrites.IfAbsent(Figure(0)))));
+  }
   return reader_.Confirm(*vm);
 }
 
@@ -139,7 +147,9 @@ HVC_ReturnStatus ClientRecords::SwapInfo(int64_t client, VmSwapInfoRecord &recor
   const Figure cached = host_.meminfo().swapCached.IfAbsent(Figure(0));
   const Swaps &space = host_.swaps();
   const SwapLimit limit = limits_.Swap(*vm);
-  record.swapped = Cell(Swapped(own, *status));
+  const Figure swapped = Swapped(own, *status);
+  record.isSwapping = IsSwapping(own, swapped).Cell8(0);
+  record.swapped = Cell(swapped);
   record.swapRead = Cell((stat.swapCached / 1024).IfAbsent(cached == Figure(0) ? cached : Figure::Unreadable()));
   record.swapIn = Cell(PagesInKB(CountOfVm(own, stat.swapIn, counters.swapIn.IfAbsent(Figure(0)))));
   record.swapOut = Cell(PagesInKB(CountOfVm(own, stat.swapOut, counters.swapOut.IfAbsent(Figure(0)))));
@@ -169,6 +179,10 @@ HVC_ReturnStatus ClientRecords::LargePages(int64_t client, LPageStatsRecord &rec
   if (record.backings2M != kNoCount) record.backings1G = static_cast<uint32_t>(Cell(gigantic / kGiganticPageKB));
   record.allocSuccess = Cell(CountOfVm(own, stat.hugeAllocs, counters.hugeAllocs.IfAbsent(Figure(0))));
   record.broken = Cell(CountOfVm(own, stat.hugeSplits, counters.hugeSplits.IfAbsent(Figure(0))));
+  // The kernel counts these for the host only.
+  record.failNoMem = Cell(CountOfVm(nullptr, Figure(), counters.hugeFailures.IfAbsent(Figure(0))));
+  record.failSwapped = Cell(CountOfVm(nullptr, Figure(), counters.hugeSwappedRefused.IfAbsent(Figure(0))));
+  record.maxSwapThreshold = host_.maxSwappedPages().Cell32(0);
   return reader_.Confirm(*vm);
 }
 
@@ -204,7 +218,12 @@ HVC_ReturnStatus ClientRecords::UserWorld(int64_t client, UwMemoryStatsRecord &r
   const Figure unswappable = status->locked + status->pinned;
   const Figure swapBacked = status->anonymous + status->sharedMemory;
   record.max = record.minLimit = HVC_KB_NONE;
-  if (own != nullptr) record.min = (reader_.Amount(*own, CgroupAmount::kMin) / 1024).Cell(0);
+  const Figure reserved = own == nullptr ? Figure(0) : reader_.Amount(*own, CgroupAmount::kMin) / 1024;
+  record.min = reserved.Cell(0);
+  // Locked memory is charged to the control group and protected with it; huge pages of pools are not.
+  record.totalResv = Cell(Higher(reserved, unswappable) + status->hugePages);
+  record.pinnedResv = Cell(unswappable + status->hugePages);
+  record.allocTgt = Cell(AllocationTarget(*process, own, status->size()));
   if (process->kind == GroupKind::kVm) record.max = Cell(limits_.Lowest(*process, CgroupAmount::kMax) / 1024);
   record.memSizeLimit = ShortLimit(limit / 1024);
   record.memSize = Cell(status->size());
@@ -243,7 +262,10 @@ HVC_ReturnStatus ClientRecords::Remap(int64_t client, std::string_view type, Rem
   if (process == nullptr || found == std::end(kRemapTypes)) return HVC_NOT_FOUND;
   const Figure pages = RemappedPages(*process, static_cast<size_t>(found - std::begin(kRemapTypes)));
   if (pages.isAbsent()) return HVC_NOT_FOUND;
-  record.added = record.remapped = Cell(pages);
+  const Figure left = type == kRemapTypes[kNuma] ? NumaPagesLeft(*process) : Figure();
+  record.remapped = Cell(pages);
+  record.filtered = left.Cell(0);
+  record.added = Cell(pages + left);
   return reader_.Confirm(*process);
 }
 
@@ -278,6 +300,43 @@ Figure ClientRecords::Swapped(Group *own, const ProcessStatus &status) {
   const Figure swap = stat.swap.isAbsent() ? reader_.Amount(*own, CgroupAmount::kSwap) : stat.swap;
   if (swap.isAbsent()) return status.swapped;
   return swap / 1024 - stat.zswapped / 1024 - stat.swapCached / 1024;
+}
+
+// Part of the memory in swap space. It is known if zram holds all or nothing of what the host has swapped. The memory
+// that zram needs is the VM's share of what zram needs for all.
+ClientRecords::ZramUse ClientRecords::InZram(Figure swapped) {
+  const Swaps &space = host_.swaps();
+  if (space.zramUsed == Figure(0) || swapped == Figure(0)) return {.size = Figure(0), .memory = Figure(0)};
+  ZramUse use = {.size = Figure::Unreadable(), .memory = Figure::Unreadable()};
+  if (space.total - space.free == Figure(0)) use.size = Lower(swapped.IfAbsent(Figure::Unreadable()), space.zramUsed);
+  const Figure memory = host_.zramMemory();
+  if (use.size == Figure::Unreadable() || memory == Figure::Unreadable()) return use;
+  const double share = static_cast<double>(use.size.Cell(0)) / static_cast<double>(space.zramUsed.Cell(0));
+  use.memory = Figure(static_cast<uint64_t>(static_cast<double>(memory.Cell(0)) * share));
+  return use;
+}
+
+// The kernel does not tell whether memory is being written to swap space. If nothing was, it is not; else, some task of
+// the group, or of the host, has waited for memory for a hundredth of the last ten seconds.
+Figure ClientRecords::IsSwapping(Group *own, Figure swapped) {
+  if (swapped == Figure(0) || swapped == Figure::Unreadable()) return swapped;
+  const Figure waited = own == nullptr ? Figure() : reader_.Pressure(*own).some;
+  const Figure share = waited.IfAbsent(host_.pressure().some).IfAbsent(Figure::Unreadable());
+  return share == Figure::Unreadable() ? share : Figure(share == Figure(0) ? 0 : 1);
+}
+
+// The lowest limit of the groups above. The kernel throttles a group at memory.high, which counts for a process that is
+// alone in its group.
+Figure ClientRecords::AllocationTarget(Group &process, Group *own, Figure memory) {
+  const Figure high = own == nullptr ? Figure() : limits_.Lowest(process, CgroupAmount::kHigh) / 1024;
+  return Lower(memory, Lower(high, limits_.Lowest(process, CgroupAmount::kMax) / 1024));
+}
+
+// Pages that a task on another node has touched, and that stayed where they were. In pages of 4 KB.
+Figure ClientRecords::NumaPagesLeft(Group &process) {
+  const CgroupStat &stat = StatOf(vms_.OwnControlGroup(process));
+  const Figure pages = stat.numaFaults - stat.numaMoved;
+  return pages.isAbsent() ? pages : pages * pageSize_.RecordPages();
 }
 
 // In pages of 4 KB. Absent if this kernel does not count them.

@@ -73,10 +73,21 @@ class ClientRecords {
   // The VM's memory in swap space, in KB.
   Figure Swapped(Group *own, const ProcessStatus &status);
 
+  // Memory in zram, in KB.
+  struct ZramUse {
+    Figure size;    // before compression
+    Figure memory;  // what zram needs for it
+  };
+  ZramUse InZram(Figure swapped);
+
+  Figure IsSwapping(Group *own, Figure swapped);
+  Figure AllocationTarget(Group &process, Group *own, Figure memory);
+
   Figure PagesInKB(Figure pages);
   Figure GiganticPagesInKB(Group &vm, Group *own, const ProcessStatus &status);
   Figure TransparentPagesInKB(Group &vm, Group *own, const ProcessStatus &status, Figure pooled);
   Figure RemappedPages(Group &process, size_t type);
+  Figure NumaPagesLeft(Group &process);
 
   HostFiles &files_;
   PageSize &pageSize_;

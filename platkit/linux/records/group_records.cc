@@ -30,6 +30,11 @@ bool IsProcess(const Group &group) { return group.kind == GroupKind::kProcess ||
 
 uint64_t CellInKB(Figure bytes, uint64_t ifAbsent) { return (bytes / 1024).Cell(ifAbsent); }
 
+// The share of the time in which not all tasks waited for memory, in percent. 100 if the kernel does not measure it.
+uint8_t PercentNotStalled(const MemoryPressure &pressure) {
+  return (Figure(100) - pressure.full.IfAbsent(Figure(0))).Cell8(100);
+}
+
 }  // namespace
 
 // Finds a group and determines whether it is a process or a VM. Null if it does not exist.
@@ -131,16 +136,14 @@ HVC_ReturnStatus GroupRecords::Capacity(int64_t id, GroupCapacityRecord &record)
   return HVC_OK;
 }
 
-// No source on Linux tells without side effects how much memory was touched of late. Nothing throttles a guest for lack
-// of memory.
+// No source on Linux tells without side effects how much memory was touched of late.
 HVC_ReturnStatus GroupRecords::MemoryStats(int64_t id, GroupMemoryStatsRecord &record) {
-  constexpr uint8_t kNotThrottled = 100;
   Group *group = FindOfKnownKind(id);
   if (group == nullptr) return HVC_NOT_FOUND;
   record.bMax = HVC_KB_NONE;
   record.allocTgt = HVC_KB_NONE;
   record.touched = HVC_KB_NONE;
-  record.throttlePct = kNotThrottled;
+  record.throttlePct = PercentNotStalled({});
   switch (group->kind) {
     case GroupKind::kHost: HostStats(record); break;
     case GroupKind::kKernel: KernelStats(record); break;
@@ -158,6 +161,7 @@ void GroupRecords::HostStats(GroupMemoryStatsRecord &record) {
   record.consumed = (memory.total - memory.free).Cell(0);
   record.ovhd = memory.kernel.Cell(0);
   record.sharedSaved = sharing_.SavedOnHost().Cell(0);
+  record.throttlePct = PercentNotStalled(host_.pressure());
   // The kernel keeps no peaks of the host; they are at least the current values.
   record.memSizePeak = record.memSize;
   record.consumedPeak = HVC_KB_NONE;
@@ -213,6 +217,8 @@ HVC_ReturnStatus GroupRecords::ControlGroupStats(Group &group, GroupMemoryStatsR
   record.rMinChildPeak = CellInKB(ReservedByChildren(group), 0);
   record.bMax = CellInKB(reader_.Amount(group, CgroupAmount::kMax), HVC_KB_NONE);
   record.iMin = CellInKB(reader_.Amount(group, CgroupAmount::kLow), 0);
+  record.throttlePct = PercentNotStalled(reader_.Pressure(group));
+  record.sharedSaved = sharing_.OfControlGroup().Cell(0);
   FillLimits(group, group, record);
   return HVC_OK;
 }
@@ -253,6 +259,7 @@ HVC_ReturnStatus GroupRecords::ProcessStats(Group &group, GroupMemoryStatsRecord
   if (Group *own = vms_.OwnControlGroup(group); own != nullptr) {
     record.bMin = record.rMinPeak = CellInKB(reader_.Amount(*own, CgroupAmount::kMin), 0);
     FillLimits(group, *own, record);
+    record.throttlePct = PercentNotStalled(reader_.Pressure(*own));
   } else {
     record.allocTgt = record.bMax;
   }

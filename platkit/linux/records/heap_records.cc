@@ -53,6 +53,7 @@ HVC_ReturnStatus HeapRecords::Stats(std::string_view name, HeapStatsRecord &reco
   record.dynGrow = 1;
   record.numRanges = heap.slabs.Cell32(0);
   record.avgAllocSize = heap.objectSize.Cell32(0);
+  record.numReqsPerGrowth = heap.objectsPerSlab.Cell32(0);
   const Figure figures[] = {heap.size, heap.objects, heap.freeObjects};
   if (std::ranges::find(figures, Figure::Unreadable()) == std::end(figures)) {
     FillSizes(heap.size.Cell(0), (heap.size - heap.objects).Cell(0), heap.freeObjects.Cell(0), record);
@@ -71,7 +72,10 @@ HeapRecords::Heaps HeapRecords::Merge(const Slabinfo &info) {
   for (const SlabCache &cache : info.caches) {
     std::string name = PrintableName(cache.name, kMaxName);
     const auto [found, isNew] = all.byName.try_emplace(name, all.heaps.size());
-    if (isNew) all.heaps.push_back({.name = std::move(name), .objectSize = cache.objectSize});
+    if (isNew) {
+      all.heaps.push_back(
+          {.name = std::move(name), .objectSize = cache.objectSize, .objectsPerSlab = cache.objectsPerSlab});
+    }
     Heap &heap = all.heaps[found->second];
     heap.slabs = heap.slabs + cache.slabs;
     heap.size = heap.size + Product(cache.slabs, cache.pagesPerSlab) * pageSize_.Bytes();

@@ -36,6 +36,7 @@ class HeapRecords {
     Figure objects = Figure(0);      // bytes of all objects
     Figure freeObjects = Figure(0);  // bytes of objects that are not in use
     Figure objectSize;               // bytes, of the first cache
+    Figure objectsPerSlab;           // of the first cache
   };
 
   struct Heaps {

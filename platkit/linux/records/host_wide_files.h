@@ -3,11 +3,13 @@
 #define PLATKIT_LINUX_RECORDS_HOST_WIDE_FILES_H
 
 #include "platkit/linux/files/fresh.h"
+#include "platkit/linux/kernel/khugepaged.h"
 #include "platkit/linux/kernel/meminfo.h"
 #include "platkit/linux/kernel/pressure.h"
 #include "platkit/linux/kernel/swaps.h"
 #include "platkit/linux/kernel/vmstat.h"
 #include "platkit/linux/kernel/zoneinfo.h"
+#include "platkit/linux/kernel/zram.h"
 #include "platkit/linux/kernel/zswap.h"
 
 namespace platkit {
@@ -29,7 +31,14 @@ class HostWideFiles {
     return swaps_.Get(files_.clock(), [this] { return ReadSwaps(files_); });
   }
   const MemoryPressure &pressure() {
-    return pressure_.Get(files_.clock(), [this] { return ReadMemoryPressure(files_); });
+    return pressure_.Get(files_.clock(), [this] { return ReadMemoryPressure(files_, HostPath(kHostPressure)); });
+  }
+  // The memory of all zram devices in use as swap space, in KB.
+  Figure zramMemory() {
+    return zramMemory_.Get(files_.clock(), [this] { return ReadZramMemory(files_, swaps().zramDevices); });
+  }
+  Figure maxSwappedPages() {
+    return maxSwappedPages_.Get(files_.clock(), [this] { return ReadMaxSwappedPages(files_); });
   }
   Figure zswapMaxPercent() {
     return zswapMaxPercent_.Get(files_.clock(), [this] { return ReadZswapMaxPercent(files_); });
@@ -57,6 +66,8 @@ class HostWideFiles {
   Fresh<Zoneinfo> zoneinfo_;
   Fresh<Swaps> swaps_;
   Fresh<MemoryPressure> pressure_;
+  Fresh<Figure> zramMemory_;
+  Fresh<Figure> maxSwappedPages_;
   Fresh<Figure> zswapMaxPercent_;
 };
 

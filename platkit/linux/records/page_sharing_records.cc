@@ -16,13 +16,18 @@ Figure PageSharingRecords::SavedOnHost() {
   });
 }
 
+Figure PageSharingRecords::OfControlGroup() {
+  const Figure savedOnHost = SavedOnHost();
+  return savedOnHost.isAbsent() || savedOnHost == Figure(0) ? savedOnHost : Figure::Unreadable();
+}
+
 ProcessSharing PageSharingRecords::OfProcess(Group &process) {
   // Only root may read the figures of another user's process, but what is 0 on the host is 0 for each process.
   const Figure savedOnHost = SavedOnHost();
   if (savedOnHost.isAbsent()) return {};
   if (savedOnHost == Figure(0)) return {.saved = Figure(0), .zero = Figure(0)};
   const ProcessKsm &pages = reader_.Ksm(process);
-  if (pages.merged.isAbsent() && pages.zero.isAbsent()) return {};
+  if (pages.merged.isAbsent() && pages.zero.isAbsent()) return {.saved = Figure::Unreadable(), .zero = Figure(0)};
   const uint64_t pageKB = pageSize_.KB();
   return {.saved = (pages.merged + pages.zero) * pageKB, .zero = pages.zero * pageKB};
 }

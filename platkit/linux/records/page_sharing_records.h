@@ -26,6 +26,9 @@ class PageSharingRecords {
   // pages_sharing + ksm_zero_pages, in KB; absent on a kernel without KSM.
   Figure SavedOnHost();
 
+  // What a part of the host saves, in KB: the kernel counts it only for the host and for processes.
+  Figure OfControlGroup();
+
   // From ksm_stat of the process. Nothing if KSM saves nothing on the host.
   ProcessSharing OfProcess(Group &process);
 

@@ -5,6 +5,7 @@
 
 #include "platkit/linux/files/printable.h"
 #include "platkit/linux/kernel/nd_devices.h"
+#include "platkit/linux/kernel/nd_openers.h"
 #include "platkit/linux/kernel/nd_region.h"
 #include "platkit/linux/kernel/nvdimm.h"
 #include "platkit/linux/kernel/page_size.h"
@@ -174,6 +175,7 @@ HVC_ReturnStatus PmemRecords::RegionInfo(std::string_view volumeName, std::strin
   const std::string mode = ReadNdText(files_, region->device, "mode");
   record.size = size.Cell(HVC_KB_NONE);
   record.reservedBlocks = record.allocatedBlocks = BlocksRoundedUp(size).Cell(HVC_KB_NONE);
+  record.openCount = CountNdOpeners(files_, region->device).Cell32(0);
   record.flags = HVC_REGION_ALLOCATED;
   if (IsReadOnly(*volume)) record.flags |= HVC_REGION_READ_ONLY;
   // Programs map a dax namespace themselves; in any other mode it is a disk.

@@ -130,7 +130,7 @@ TEST(GroupTree, AnUnreadableProcessIsListed) {
 
 // It may run a machine, so the number of machines is unknown, whether a listing found the process or not.
 TEST(GroupTree, AnUnreadableProcessIsNeitherAMachineNorNone) {
-  const auto machines = [](Asker ask) { return ask.Record<NumVMsRecord>("sched_globalStats_numVMs").numVMs; };
+  const auto machines = [](Asker ask) { return ask.Record(nodes::sched_globalStats_numVMs).numVMs; };
   SavedHost host("v2.host");
   EXPECT_NE(machines(host.ask()), kNone32);
   host.Remove("proc/100/status");

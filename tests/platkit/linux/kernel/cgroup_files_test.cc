@@ -79,10 +79,12 @@ constexpr StatLine kLines[] = {
     {kV2, "pswpout", &CgroupStat::swapOut},
     {kV2, "swpin_zero", &CgroupStat::swapIn},
     {kV2, "swpout_zero", &CgroupStat::swapOut},
+    {kV2, "pswpout", &CgroupStat::unzippable},
     {kV2, "thp_fault_alloc", &CgroupStat::hugeAllocs},
     {kV2, "thp_collapse_alloc", &CgroupStat::hugeAllocs},
     {kV2, "thp_swpout_fallback", &CgroupStat::hugeSplits},
     {kV2, "numa_pages_migrated", &CgroupStat::numaMoved},
+    {kV2, "numa_hint_faults", &CgroupStat::numaFaults},
     {kV2, "pgpromote_success", &CgroupStat::promoted},
     {kV2, "pgdemote_kswapd", &CgroupStat::demoted},
     {kV2, "pgdemote_direct", &CgroupStat::demoted},
@@ -115,6 +117,13 @@ TEST(CgroupFiles, PartsOfKernelMemoryCountOnlyWithoutTheirSum) {
             Figure(7));
   EXPECT_EQ(ReadCgroupStat(kernel.With("group/memory.stat", "slab 1\nkernel 8\nsock 4\n"), kV2, "group").kernel,
             Figure(12));
+}
+
+TEST(CgroupFiles, MemoryThatWasCompressedBeforeItWasWritten) {
+  KernelFiles kernel;
+  EXPECT_EQ(ReadCgroupStat(kernel.With("group/memory.stat", "pswpout 9\nzswpwb 2\n"), kV2, "group").unzippable,
+            Figure(7));
+  EXPECT_EQ(ReadCgroupStat(kernel.With("group/memory.stat", "zswpwb 2\n"), kV2, "group").unzippable, kAbsent);
 }
 
 TEST(CgroupFiles, CachedFilesThatNoProcessMaps) {

@@ -7,7 +7,7 @@ namespace {
 
 TEST(MemoryPressure, EachLine) {
   const auto reader = [](Figure MemoryPressure::*figure) {
-    return [figure](HostFiles &files) { return ReadMemoryPressure(files).*figure; };
+    return [figure](HostFiles &files) { return ReadMemoryPressure(files, HostPath(kHostPressure)).*figure; };
   };
   const std::string some = "some avg10=12.99 avg60=1.00 avg300=0.00 total=5\n";
   const std::string full = "full avg10=3.00 avg60=1.00 avg300=0.00 total=5\n";

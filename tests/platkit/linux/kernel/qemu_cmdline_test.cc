@@ -62,6 +62,11 @@ TEST(QemuCmdline, MemoryMayGrow) {
 
 TEST(QemuCmdline, Balloons) {
   using Words = std::vector<std::string>;
+  const auto hasPersistent = [](const Words &words) { return Parse(words).hasPersistentMemory; };
+  EXPECT_EQ(hasPersistent({"qemu-kvm", "-device", "nvdimm,memdev=m"}), Figure(1));
+  EXPECT_EQ(hasPersistent({"qemu-kvm", "-device", R"({"driver":"virtio-pmem-pci","id":"p"})"}), Figure(1));
+  EXPECT_EQ(hasPersistent({"qemu-kvm", "-device", "pc-dimm,memdev=m"}), Figure(0));
+  EXPECT_EQ(hasPersistent({"qemu-kvm", "-readconfig", "file"}), kAbsent);
   const auto hasBalloon = [](const Words &words) { return Parse(words).hasBalloon; };
   EXPECT_EQ(hasBalloon({"qemu-kvm", "-device", "virtio-balloon-pci,id=b"}), Figure(1));
   EXPECT_EQ(hasBalloon({"qemu-kvm", "--device", R"({"driver":"virtio-balloon-pci","id":"b"})", "-device", "e1000"}),

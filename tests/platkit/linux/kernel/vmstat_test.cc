@@ -25,7 +25,10 @@ TEST(Vmstat, EachLine) {
                {"swpout_zero", &Vmstat::swapOut},
                {"thp_fault_alloc", &Vmstat::hugeAllocs},
                {"thp_collapse_alloc", &Vmstat::hugeAllocs},
-               {"thp_swpout_fallback", &Vmstat::hugeSplits}};
+               {"thp_swpout_fallback", &Vmstat::hugeSplits},
+               {"pswpout", &Vmstat::swapWrites},
+               {"thp_fault_fallback", &Vmstat::hugeFailures},
+               {"thp_scan_exceed_swap_pte", &Vmstat::hugeSwappedRefused}};
   for (const auto &line : lines) {
     ExpectFigures(
         "proc/vmstat", [&line](HostFiles &files) { return ReadVmstat(files).*line.figure; },

@@ -42,9 +42,13 @@ HVC_ReturnStatus RemapStatus(SavedHost &host, int64_t client, const std::string 
   return host.ask().Status(nodes::sched_memClients_remapTypes, {client, type});
 }
 
+RemapStatsRecord Remap(SavedHost &host, int64_t client, const std::string &type) {
+  return host.ask().Record(nodes::sched_memClients_remapTypes, {client, type});
+}
+
 uint64_t Remapped(SavedHost &host, int64_t client, const std::string &type) {
-  const RemapStatsRecord record = host.ask().Record(nodes::sched_memClients_remapTypes, {client, type});
-  EXPECT_CELL(record.added, record.remapped);
+  const RemapStatsRecord record = Remap(host, client, type);
+  EXPECT_CELL(record.added, record.remapped + record.filtered);
   return record.remapped;
 }
 
@@ -98,6 +102,8 @@ TEST(ClientRecords, AVmWithItsOwnControlGroup) {
   EXPECT_CELL(vmm.allocTgt, MB(1536)) << "it is throttled there";
   EXPECT_CELL(vmm.ballooned, 0u);
   EXPECT_CELL(vmm.vpmemRO, 0u);
+  EXPECT_CELL(vmm.llswapped, kNone) << "zram holds a part of what the host has swapped";
+  EXPECT_CELL(vmm.llswapUsed, kNone);
 
   Asker ask = host.ask();
   EXPECT_CELL(ask.Alloc(310).min, MB(1024));
@@ -276,7 +282,7 @@ TEST(ClientRecords, Swapping) {
   EXPECT_CELL(swap.totalReg, 9000000u) << "a compressed memory disk is no swap file";
   EXPECT_CELL(swap.freeReg, 8999000u);
   EXPECT_CELL(swap.currentSwapper, 1u);
-  EXPECT_CELL(swap.isSwapping, 0u);
+  EXPECT_CELL(swap.isSwapping, UINT8_MAX) << "this kernel does not measure pressure";
   EXPECT_CELL(swap.totalMig, 0u);
   const VmSwapInfoRecord other = Swap(host, 320);
   EXPECT_CELL(other.swapped, 5000u);
@@ -287,9 +293,77 @@ TEST(ClientRecords, Swapping) {
   EXPECT_CELL(other.totalReg, 9000000u);
 }
 
+// The only swap space is zram, so everything that is swapped is there.
+TEST(ClientRecords, MemoryInZram) {
+  SavedHost host("clients.host");
+  const uint64_t swapped = MB(400 - 200) - 4000;
+  host.Write("proc/swaps", "/dev/zram0 partition 4000000 400000 100\n/a file 9 0 -2\n");
+  host.Write("sys/block/zram0/mm_stat", "409600000 100000000 204800000 0 204800000 0 0 0\n");
+  EXPECT_CELL(Vmm(host, 310).llswapped, swapped);
+  EXPECT_CELL(Vmm(host, 310).llswapUsed, swapped / 2) << "its share of 200,000 KB";
+  host.Remove("sys/block/zram0/mm_stat");
+  EXPECT_CELL(Vmm(host, 310).llswapped, swapped);
+  EXPECT_CELL(Vmm(host, 310).llswapUsed, kNone);
+  host.Write("proc/swaps", "/dev/zram0 partition 4000000 1000 100\n");
+  EXPECT_CELL(Vmm(host, 310).llswapped, 1000u) << "at most what is there";
+  host.Write("proc/swaps", "/dev/zram0 partition 4000000 0 100\n/a file 9 5 -2\n");
+  EXPECT_CELL(Vmm(host, 310).llswapped, 0u);
+  EXPECT_CELL(Vmm(host, 310).llswapUsed, 0u);
+  host.Write("proc/swaps", "/dev/zram0 partition 4000000 7 100\n/a file 9 5 -2\n");
+  EXPECT_CELL(Vmm(host, 310).llswapped, kNone) << "in either";
+  std::string status = host.Read("proc/320/status");
+  host.Write("proc/320/status", status.replace(status.find("VmSwap:\t    5000 kB"), 19, "VmSwap:\t       0 kB"));
+  EXPECT_CELL(Vmm(host, 320).llswapped, 0u) << "in neither";
+  host.Forbid("proc/swaps");
+  OrdinaryUser user;
+  EXPECT_CELL(Vmm(host, 310).llswapped, kNone);
+}
+
+std::string Pressure(int some, int full) {
+  const std::string rest = ".99 avg60=0.00 avg300=0.00 total=0\n";
+  return "some avg10=" + std::to_string(some) + rest + "full avg10=" + std::to_string(full) + rest;
+}
+
+TEST(ClientRecords, AMachineThatWaitsForMemoryIsSwapping) {
+  SavedHost host("clients.host");
+  EXPECT_CELL(Swap(host, 310).isSwapping, UINT8_MAX) << "nothing tells";
+  host.Write("proc/pressure/memory", Pressure(1, 0));
+  EXPECT_CELL(Swap(host, 310).isSwapping, 1u) << "the host's pressure";
+  host.Write(kOwn + "/memory.pressure", Pressure(0, 0));
+  EXPECT_CELL(Swap(host, 310).isSwapping, 0u) << "its own";
+  host.Write(kOwn + "/memory.pressure", Pressure(12, 3));
+  EXPECT_CELL(Swap(host, 310).isSwapping, 1u);
+  EXPECT_CELL(host.ask().Stats(310).throttlePct, 97u);
+  EXPECT_CELL(host.ask().Stats(host.ControlGroup(kOwn)).throttlePct, 97u);
+  EXPECT_CELL(host.ask().Stats(0).throttlePct, 100u);
+  EXPECT_CELL(host.ask().Stats(320).throttlePct, 100u) << "it has no group of its own";
+  host.Write(kOwn + "/memory.pressure", "some avg10=x\nfull avg10=x\n");
+  EXPECT_CELL(Swap(host, 310).isSwapping, UINT8_MAX);
+  EXPECT_CELL(host.ask().Stats(310).throttlePct, UINT8_MAX);
+  host.Write(kOwn + "/memory.swap.current", "0\n");
+  EXPECT_CELL(Swap(host, 310).isSwapping, 0u) << "none of it is swapped";
+}
+
+TEST(ClientRecords, GroupsAndOldKernelsDoNotTellWhatIsSharedByMerging) {
+  SavedHost host("clients.host");
+  EXPECT_CELL(host.ask().Stats(host.ControlGroup(kOwn)).sharedSaved, kNone);
+  host.Write("sys/kernel/mm/ksm/pages_sharing", "0\n");
+  host.Write("sys/kernel/mm/ksm/ksm_zero_pages", "0\n");
+  EXPECT_CELL(host.ask().Stats(host.ControlGroup(kOwn)).sharedSaved, 0u);
+}
+
+TEST(ClientRecords, PersistentMemoryOfAGuestIsNotTold) {
+  SavedHost host("clients.host");
+  AddWords(host, 310, {"-device", "nvdimm,memdev=n"});
+  for (const uint64_t figure : {Vmm(host, 310).vpmemRO, Vmm(host, 310).vpmemRW, Vmm(host, 310).vpmemUC})
+    EXPECT_EQ(figure, kNone);
+}
+
 TEST(ClientRecords, WhatTheHostCountsIsNotAGroupsFigure) {
   SavedHost host("clients.host");
-  host.Write("proc/vmstat", "pswpin 1000\npswpout 6000\nswpin_zero 10\nthp_fault_alloc 7\nthp_swpout_fallback 9\n");
+  host.Write("proc/vmstat",
+             "pswpin 1000\npswpout 6000\nswpin_zero 10\nthp_fault_alloc 7\nthp_swpout_fallback 9\n"
+             "thp_fault_fallback 1\nthp_scan_exceed_swap_pte 2\n");
   host.Write("proc/meminfo", "MemTotal: 8000000 kB\nSwapCached: 5000 kB\nZswapped: 300000 kB\n");
   const VmSwapInfoRecord own = Swap(host, 310);
   EXPECT_CELL(own.swapIn, 400u);
@@ -301,7 +375,8 @@ TEST(ClientRecords, WhatTheHostCountsIsNotAGroupsFigure) {
   EXPECT_CELL(shared.gblSwapRead, 5000u);
   for (const uint64_t unknown :
        {shared.swapIn, shared.swapOut, shared.swapRead, Vmm(host, 320).zipped, Vmm(host, 320).zipSaved,
-        LargePages(host, 320).allocSuccess, LargePages(host, 320).broken}) {
+        LargePages(host, 320).allocSuccess, LargePages(host, 320).broken, LargePages(host, 310).failNoMem,
+        LargePages(host, 310).failSwapped}) {
     EXPECT_EQ(unknown, kNone);
   }
   EXPECT_CELL(Consumed(Vmm(host, 320)), Vmm(host, 320).mapped) << "what is not known cancels out";
@@ -339,11 +414,14 @@ TEST(ClientRecords, LargePages) {
   EXPECT_CELL(own.backings1G, 0u);
   EXPECT_CELL(own.allocSuccess, 510u);
   EXPECT_CELL(own.broken, 8u);
-  EXPECT_CELL(own.failNoMem, 0u);
+  EXPECT_CELL(own.failNoMem, 0u) << "of the whole host";
+  EXPECT_CELL(own.maxSwapThreshold, 0u);
   const LPageStatsRecord shared = LargePages(host, 320);
   EXPECT_CELL(shared.backings2M, UINT32_MAX) << "nothing tells its transparent huge pages";
   EXPECT_CELL(shared.backings1G, 0u);
   EXPECT_CELL(shared.allocSuccess, 0u);
+  host.Write("sys/kernel/mm/transparent_hugepage/khugepaged/max_ptes_swap", "64\n");
+  EXPECT_CELL(LargePages(host, 320).maxSwapThreshold, 64u);
 }
 
 TEST(ClientRecords, LargePagesThatKvmCounts) {
@@ -412,7 +490,7 @@ TEST(ClientRecords, Compression) {
   EXPECT_CELL(zip.usedCache, MB(50));
   EXPECT_CELL(zip.zipped, 240000u);
   EXPECT_CELL(zip.unZipped, 4000u);
-  EXPECT_CELL(zip.zipRejected, 0u);
+  EXPECT_CELL(zip.zipRejected, 20000u) << "written to swap space, and nothing written back";
   EXPECT_EQ(host.ask().Status(nodes::sched_memClients_memzipInfo, {320}), HVC_NOT_FOUND);
   host.Write(kOwn + "/memory.zswap.max", "x\n");
   EXPECT_CELL(Zip(host, 310).totalCache, kNone);
@@ -422,6 +500,7 @@ TEST(ClientRecords, Compression) {
   EXPECT_CELL(Zip(host, 310).maxCache, 3200000u);
   host.Write("sys/module/zswap/parameters/enabled", "N\n");
   EXPECT_CELL(Zip(host, 310).maxCache, 0u);
+  EXPECT_CELL(Zip(host, 310).zipRejected, 0u) << "it is off";
   host.Write(kOwn + "/memory.stat", "anon 1\nzswap x\n");
   EXPECT_CELL(Zip(host, 310).usedCache, kNone);
   host.Write(kOwn + "/memory.stat", "anon 1\n");
@@ -462,10 +541,16 @@ TEST(ClientRecords, UserWorlds) {
   EXPECT_CELL(uw.pageableUnacct, 50000u);
   EXPECT_CELL(uw.pinned, 25000u + 102400);
   EXPECT_CELL(uw.prealloced, 102400u);
-  EXPECT_CELL(uw.totalResv, 0u);
+  EXPECT_CELL(uw.pinnedResv, 25000u + 102400);
+  EXPECT_CELL(uw.totalResv, 25000u + 102400);
+  EXPECT_CELL(uw.allocTgt, 800000u) << "no group above limits it";
 
   EXPECT_CELL(Uw(host, 310).min, MB(1024));
   EXPECT_CELL(Uw(host, 310).max, MB(4096));
+  EXPECT_CELL(Uw(host, 310).totalResv, MB(1024)) << "nothing is locked";
+  EXPECT_CELL(Uw(host, 310).allocTgt, MB(1536));
+  EXPECT_CELL(Uw(host, 320).allocTgt, MB(1));
+  EXPECT_CELL(Uw(host, 320).totalResv, 3145728u) << "huge pages";
   EXPECT_EQ(static_cast<int>(Uw(host, 310).memSizeLimit), -1) << "unlimited";
   EXPECT_EQ(static_cast<int>(Uw(host, 320).memSizeLimit), 16 << 20);
   EXPECT_EQ(static_cast<int>(Uw(host, 321).memSizeLimit), -1) << "more than the field takes";
@@ -477,6 +562,7 @@ TEST(ClientRecords, LockedMemoryIsBoundedByConsumedMemory) {
              "VmData: 900 kB\nVmStk: 0 kB\nVmRSS: 100 kB\nRssAnon: 60 kB\nRssFile: 40 kB\nVmLck: 500 kB\n");
   const UwMemoryStatsRecord uw = Uw(host, 400);
   EXPECT_CELL(uw.pinned, 100u);
+  EXPECT_CELL(uw.pinnedResv, 500u);
   EXPECT_CELL(uw.swappable, 0u);
   EXPECT_CELL(uw.pageable, 0u);
   EXPECT_CELL(uw.swapped, kNone) << "no such line";
@@ -498,6 +584,21 @@ TEST(ClientRecords, MovedPages) {
   EXPECT_EQ(RemapStatus(host, 400, "numa"), HVC_NOT_FOUND);
   EXPECT_EQ(RemapStatus(host, 999, "numa"), HVC_NOT_FOUND);
   EXPECT_EQ(RemapStatus(host, kVmm + 310, "numa"), HVC_NOT_FOUND);
+}
+
+TEST(ClientRecords, PagesThatStayedWhereTheyWere) {
+  SavedHost host("clients.host");
+  host.Write(kOwn + "/memory.stat", "numa_hint_faults 1000\nnuma_pages_migrated 700\npgpromote_success 100\n");
+  RemapStatsRecord record = Remap(host, 310, "numa");
+  EXPECT_CELL(record.remapped, 600u);
+  EXPECT_CELL(record.filtered, 300u);
+  EXPECT_CELL(record.added, 900u);
+  record = Remap(host, 310, "promotion");
+  EXPECT_CELL(record.filtered, 0u);
+  host.Write(kOwn + "/memory.stat", "numa_hint_faults x\nnuma_pages_migrated 700\npgpromote_success 100\n");
+  record = Remap(host, 310, "numa");
+  EXPECT_CELL(record.filtered, kNone);
+  EXPECT_CELL(record.remapped, 600u);
 }
 
 TEST(ClientRecords, MovedPagesAreTakenAsTheKernelWritesThem) {
@@ -588,7 +689,7 @@ TEST(ClientRecords, SharingOfAProcess) {
   old.Remove("proc/400/ksm_stat");
   EXPECT_EQ(saved(old), 12u);
   old.Remove("proc/400/ksm_merging_pages");
-  EXPECT_EQ(saved(old), 0u) << "a kernel that does not tell";
+  EXPECT_EQ(saved(old), kNone) << "a kernel that does not tell";
   old.Write("proc/400/ksm_stat", "ksm_zero_pages x\nksm_merging_pages 5\n");
   EXPECT_EQ(saved(old), kNone);
   SavedHost forbidden("clients.host");
@@ -660,7 +761,7 @@ TEST(ClientRecords, AnOldKernel) {
   SavedHost host("kernel-5.10.host");
   const UwMemoryStatsRecord uw = Uw(host, 100);
   EXPECT_CELL(uw.mapped, 8000u);
-  EXPECT_CELL(uw.sharedSaved, 0u);
+  EXPECT_CELL(uw.sharedSaved, kNone) << "it does not tell";
   EXPECT_EQ(RemapTypes(host, 100), Types{});
 }
 

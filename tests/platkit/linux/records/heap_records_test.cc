@@ -26,6 +26,7 @@ TEST(HeapRecords, OnePerCache) {
   EXPECT_CELL(heap.avail, 2u * 1088);
   EXPECT_CELL(heap.pctFreeOfCur, 6u);
   EXPECT_CELL(heap.avgAllocSize, 1088u);
+  EXPECT_CELL(heap.numReqsPerGrowth, 15u) << "objects of a slab";
   EXPECT_CELL(heap.max, 0u);
   EXPECT_CELL(heap.numSuccAllocs, 0u);
   EXPECT_CELL(Heap(host, "an odd name").avail, 1000u);

@@ -89,7 +89,7 @@ TEST(PmemRecords, Regions) {
   EXPECT_CELL(mapped.reservedBlocks, 2048u);
   EXPECT_CELL(mapped.flags, HVC_REGION_ALLOCATED | HVC_REGION_BLOCK_DEVICE | HVC_REGION_PERSISTENT_RESERVATION);
   EXPECT_CELL(mapped.numaAffinityMask, 4u);
-  EXPECT_CELL(mapped.openCount, 0u);
+  EXPECT_CELL(mapped.openCount, UINT32_MAX) << "it has no block device";
   const RegionRecord dax = Region(host, kVolume, kDax);
   EXPECT_CELL(dax.allocatedBlocks, 1025u);
   EXPECT_CELL(dax.flags, HVC_REGION_ALLOCATED | HVC_REGION_PERSISTENT_RESERVATION);
@@ -101,6 +101,14 @@ TEST(PmemRecords, Regions) {
   }
   EXPECT_EQ(host.ask().Status(nodes::memory_pmem_volumes_regionStore_regions_info, {"region10", kMapped}),
             HVC_NOT_FOUND);
+}
+
+TEST(PmemRecords, RegionsThatAreInUse) {
+  SavedHost host("two-nodes.host");
+  const std::string disk = kDevices + "namespace10.0/block/pmem10";
+  host.Write(disk + "/dev", "259:1\n");
+  host.MakeFolder(disk + "/holders/dm-0");
+  EXPECT_CELL(Region(host, "region10", "namespace10.0").openCount, 1u);
 }
 
 TEST(PmemRecords, NumaNodesOfARegion) {
