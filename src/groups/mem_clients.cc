@@ -39,4 +39,8 @@ HVC_ReturnStatus Kestrel_GetVmmLeaderID(uint32_t clientID, uint32_t &vmmLeaderID
   return status;
 }
 
+HVC_ReturnStatus KestrelVMGetVMMStats(uint32_t leaderID, VmmMemoryStatsRecord &vmm) {
+  return ReadClientRecord(__func__, leaderID, nodes::kVmmMemoryStats, vmm);
+}
+
 }  // namespace kestrel

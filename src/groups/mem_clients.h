@@ -27,6 +27,7 @@ template <typename Record>
 // These functions do not warn of HVC_NOT_FOUND, which means that the client vanished.
 [[nodiscard]] HVC_ReturnStatus Kestrel_MemClientGetTotalCommonStats(uint32_t clientID, TotalCommonRecord &stats);
 [[nodiscard]] HVC_ReturnStatus Kestrel_GetVmmLeaderID(uint32_t clientID, uint32_t &vmmLeaderID);
+[[nodiscard]] HVC_ReturnStatus KestrelVMGetVMMStats(uint32_t leaderID, VmmMemoryStatsRecord &vmm);
 
 }  // namespace kestrel
 

@@ -78,10 +78,6 @@ HVC_ReturnStatus KestrelSwapGetSwapStats(uint32_t vmmLeaderID, VmSwapInfoRecord 
   return ReadClientRecord(__func__, vmmLeaderID, nodes::kVmSwapInfo, swap);
 }
 
-HVC_ReturnStatus KestrelVMGetVMMStats(uint32_t leaderID, VmmMemoryStatsRecord &vmm) {
-  return ReadClientRecord(__func__, leaderID, nodes::kVmmMemoryStats, vmm);
-}
-
 HVC_ReturnStatus KestrelSwapStatsCallback(const GroupVisit &group) {
   SwapStatsRow row = {};
   uint32_t vmmLeaderID = 0;

@@ -82,10 +82,6 @@ constinit auto columns = ColumnsOf<VmStatsRow>({
 
 constexpr VmStatsRow kTotal = TotalLabel<VmStatsRow>();
 
-HVC_ReturnStatus KestrelVMGetVMMStats(uint32_t leaderID, VmmMemoryStatsRecord &vmm) {
-  return ReadClientRecord(__func__, leaderID, nodes::kVmmMemoryStats, vmm);
-}
-
 // Reads the swap figures, which belong to the client of the VMM leader.
 HVC_ReturnStatus KestrelVMGetSwapStats(uint32_t leaderID, VmSwapInfoRecord &swap) {
   uint32_t vmmLeaderID = 0;

@@ -2,13 +2,10 @@
 //
 // Reports never ask a monitor, because one that does not answer would block them.
 #include <signal.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <exception>
 #include <set>
 
-#include "platkit/errno_status.h"
 #include "tools/guests/command_line.h"
 #include "tools/guests/sample.h"
 #include "tools/guests/text.h"
@@ -20,22 +17,12 @@ namespace {
 
 enum ExitStatus { kSuccess = 0, kFailure = 1, kUsageError = 2 };
 
-HVC_ReturnStatus WriteAll(int fd, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t count = write(fd, text.data(), text.size());
-    if (count < 0 && errno != EINTR) return platkit::StatusOfErrno(errno, HVC_WRITE_ERROR);
-    if (count > 0) text.remove_prefix(static_cast<size_t>(count));
-  }
-  return HVC_OK;
-}
-
 void WriteGuestsFile(const Sample &sample, const Options &options) {
   platkit::GuestsFile file{.uptime = sample.uptime, .period = uint64_t{options.period} * 1000};
   for (const Guest &guest : sample.guests) {
     if (guest.hasAnswered && guest.figures.pid != 0) file.guests.push_back(guest.figures);
   }
-  const std::string text = FormatGuestsFile(file);
-  nodal::WriteFile(options.output, platkit::Readers::kEveryone, [&](int fd) { return WriteAll(fd, text); });
+  nodal::WriteFile(options.output, platkit::Readers::kEveryone, FormatGuestsFile(file));
 }
 
 void PrintGuests(const Sample &sample, const Options &options) {

@@ -1,11 +1,7 @@
 // nodal metrics: the host's figures for monitoring.
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <memory>
 
-#include "platkit/errno_status.h"
 #include "tools/nodal/commands/command.h"
 #include "tools/nodal/metrics/sampler.h"
 #include "tools/nodal/support/output.h"
@@ -26,15 +22,6 @@ bool IsPrefix(std::string_view text) {
          (text.empty() || isLetter(text[0]));
 }
 
-HVC_ReturnStatus WriteAll(int fd, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t count = write(fd, text.data(), text.size());
-    if (count < 0 && errno != EINTR) return platkit::StatusOfErrno(errno, HVC_WRITE_ERROR);
-    if (count > 0) text.remove_prefix(static_cast<size_t>(count));
-  }
-  return HVC_OK;
-}
-
 void ShowMetrics(const MetricsOptions &options) {
   if (!IsPrefix(options.prefix))
     throw Failure("--prefix " + options.prefix, "expected letters, digits, '_' and ':', without a digit first");
@@ -43,7 +30,7 @@ void ShowMetrics(const MetricsOptions &options) {
   if (options.output.empty()) {
     Print(text);
   } else {
-    WriteFile(options.output, platkit::Readers::kEveryone, [&](int fd) { return WriteAll(fd, text); });
+    WriteFile(options.output, platkit::Readers::kEveryone, text);
   }
 }
 

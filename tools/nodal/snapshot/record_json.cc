@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "tools/nodal/support/text.h"
+#include "tools/nodal/tree/field_value.h"
 
 namespace nodal {
 namespace {
@@ -14,24 +15,14 @@ using platkit::Field;
 using platkit::FieldType;
 using platkit::RecordLayout;
 
-bool IsSigned(FieldType type) { return type == FieldType::kI32 || type == FieldType::kI64; }
-
 bool IsZero(std::span<const std::byte> bytes) {
   return std::ranges::all_of(bytes, [](std::byte byte) { return byte == std::byte{0}; });
 }
 
-uint64_t AllOnes(const Field &field) { return UINT64_MAX >> (64 - 8 * field.size); }
-
 OrderedJson IntegerToJson(const Field &field, std::span<const std::byte> bytes) {
-  if (field.type == FieldType::kI32) {
-    int32_t value;
-    std::memcpy(&value, bytes.data(), sizeof value);
-    return value;
-  }
-  uint64_t value = 0;
-  std::memcpy(&value, bytes.data(), bytes.size());
-  const bool allOnes = bytes.size() >= sizeof(uint32_t) && value == AllOnes(field);
-  if (IsSigned(field.type) || allOnes) return allOnes ? -1 : static_cast<int64_t>(value);
+  const uint64_t value = IntegerOf(field, bytes);
+  if (IsSigned(field.type)) return static_cast<int64_t>(value);
+  if (IsNone(field, bytes)) return -1;
   return value;
 }
 
@@ -51,6 +42,8 @@ OrderedJson EntriesToJson(const Field &field, std::span<const std::byte> bytes) 
     entries.push_back(RecordToJson(*field.entry, bytes.subspan(i * size_t{field.size}, field.size)));
   return entries;
 }
+
+uint64_t AllOnes(const Field &field) { return UINT64_MAX >> (64 - 8 * field.size); }
 
 std::string RangeOf(const Field &field) {
   switch (field.type) {

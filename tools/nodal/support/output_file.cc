@@ -1,8 +1,11 @@
 #include "tools/nodal/support/output_file.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
 
+#include "platkit/errno_status.h"
 #include "tools/nodal/support/output.h"
 #include "tools/nodal/support/signals.h"
 #include "tools/nodal/support/text.h"
@@ -15,6 +18,15 @@ void ThrowUnlessOk(const std::string &path, HVC_ReturnStatus status) {
   if (status == HVC_ALREADY_EXISTS) throw Failure(path, "not a regular file");
   if (status == HVC_LIMIT_EXCEEDED) throw Failure(path, "too many keys collide in the index (hash collisions)");
   throw Failure(path, errno != 0 ? std::strerror(errno) : StatusText(status));
+}
+
+HVC_ReturnStatus WriteAll(int fd, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t count = write(fd, text.data(), text.size());
+    if (count < 0 && errno != EINTR) return platkit::StatusOfErrno(errno, HVC_WRITE_ERROR);
+    if (count > 0) text.remove_prefix(static_cast<size_t>(count));
+  }
+  return HVC_OK;
 }
 
 }  // namespace
@@ -33,6 +45,10 @@ void WriteFile(const std::string &path, platkit::Readers readers,
   ThrowIfSignalled();
   if (status == HVC_OK) status = file.Commit();
   ThrowUnlessOk(path, status);
+}
+
+void WriteFile(const std::string &path, platkit::Readers readers, std::string_view text) {
+  WriteFile(path, readers, [text](int fd) { return WriteAll(fd, text); });
 }
 
 }  // namespace nodal

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "platkit/atomic_file.h"
 
@@ -12,6 +13,7 @@ namespace nodal {
 // Writes a file that appears whole or not at all. `write` fills it and leaves errno set if it fails. A signal that asks
 // the program to end leaves no file. Throws a Failure that names the cause.
 void WriteFile(const std::string &path, platkit::Readers readers, const std::function<HVC_ReturnStatus(int fd)> &write);
+void WriteFile(const std::string &path, platkit::Readers readers, std::string_view text);
 
 }  // namespace nodal
 

@@ -1,0 +1,29 @@
+#include "tools/nodal/tree/field_value.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace nodal {
+
+using platkit::Field;
+using platkit::FieldType;
+
+bool IsSigned(FieldType type) { return type == FieldType::kI32 || type == FieldType::kI64; }
+
+uint64_t IntegerOf(const Field &field, std::span<const std::byte> bytes) {
+  if (field.type == FieldType::kI32) {
+    int32_t value;
+    std::memcpy(&value, bytes.data(), sizeof value);
+    return static_cast<uint64_t>(int64_t{value});
+  }
+  uint64_t value = 0;
+  std::memcpy(&value, bytes.data(), bytes.size());
+  return value;
+}
+
+bool IsNone(const Field &field, std::span<const std::byte> bytes) {
+  return field.size >= sizeof(uint32_t) &&
+         std::ranges::all_of(bytes, [](std::byte byte) { return byte == std::byte{0xff}; });
+}
+
+}  // namespace nodal
