@@ -332,8 +332,8 @@ class Runner:
         mirror(BUILD, f"{PRISTINE}/build")
 
     def restore(self):
-        # The build first: were the run to end between the two, the mutant's source would be newer than its build, and
-        # the next run would build it again.
+        # The build first. If the run ends between the two, the mutant's source is newer than its build, and the next
+        # run builds it again.
         mirror(f"{PRISTINE}/build", BUILD)
         mirror(f"{PRISTINE}/source", SOURCE)
 

@@ -19,7 +19,7 @@
 
 namespace platkit {
 
-// Who may read a new file. The umask may take away more.
+// Who may read a new file. The umask may restrict this further.
 enum class Readers { kOwner, kEveryone };
 
 class AtomicFile {
@@ -36,7 +36,7 @@ class AtomicFile {
   // link. The new file is then the user's, keeps the group, and may be read only by those whom both `readers` and the
   // older file's mode allow; if the older file has an access control list, only by the user.
   //
-  // HVC_ALREADY_EXISTS: `path` names something else than a regular file, or is a link to such, or into /proc. Other
+  // HVC_ALREADY_EXISTS: `path` is, or links to, something other than a regular file; or it is a link into /proc. Other
   // statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors.
   [[nodiscard]] HVC_ReturnStatus Create(const std::string &path, Readers readers);
 

@@ -71,16 +71,16 @@ typedef struct GroupCapacityRecord {
 /* /sched/groups/{group:int}/stats/memoryStats */
 typedef struct GroupMemoryStatsRecord {
   uint8_t unread_0[4];
-  uint64_t memSize; /* KB: guest physical, accounted user-world virtual or kernel address space in use */
+  uint64_t memSize; /* KB: guest physical memory, or the address space of a user world or of the kernel, in use */
   uint8_t unread_12[8];
   uint64_t ovhdResv; /* KB: reserved overhead memory */
   uint64_t ovhd;     /* KB: consumed overhead memory */
   uint8_t unread_36[24];
-  uint64_t sharedSaved; /* KB: estimate of what page sharing saves */
+  uint64_t sharedSaved; /* KB: estimated memory saved by page sharing */
   uint8_t unread_68[40];
   uint64_t consumed; /* KB: total memory consumed */
   uint8_t unread_116[24];
-  uint64_t touched; /* KB: estimate of memory touched */
+  uint64_t touched; /* KB: estimated memory touched */
   uint8_t unread_148[8];
   uint64_t bMin;     /* KB: base reservation */
   uint64_t bMax;     /* KB: base limit */
@@ -351,9 +351,9 @@ typedef struct GlobalMemoryRecord {
 /* /sched/globalStats/memory/stateTransitions/{state:text} */
 typedef struct StateTransitionsRecord {
   uint8_t unread_0[4];
-  uint32_t toHigherCount; /* count: times the host left this state for its neighbour on the high side */
+  uint32_t toHigherCount; /* count: times the host moved from this state to the next higher one */
   uint8_t unread_8[12];
-  uint32_t toLowerCount; /* count: times the host left this state for its neighbour on the low side */
+  uint32_t toLowerCount; /* count: times the host moved from this state to the next lower one */
   uint8_t unread_24[8];
 } StateTransitionsRecord;
 

@@ -96,11 +96,9 @@ struct RecordTable<StateTransitionsRecord> {
   PLATKIT_TABLE_OF(StateTransitionsRecord);
   static constexpr Field kFields[] = {
       PLATKIT_GAP(0, 4),
-      PLATKIT_FIELD(4, uint32_t, toHigherCount, COUNT,
-                    "times the host left this state for its neighbour on the high side"),
+      PLATKIT_FIELD(4, uint32_t, toHigherCount, COUNT, "times the host moved from this state to the next higher one"),
       PLATKIT_GAP(8, 12),
-      PLATKIT_FIELD(20, uint32_t, toLowerCount, COUNT,
-                    "times the host left this state for its neighbour on the low side"),
+      PLATKIT_FIELD(20, uint32_t, toLowerCount, COUNT, "times the host moved from this state to the next lower one"),
       PLATKIT_GAP(24, 8),
   };
 };

@@ -50,7 +50,7 @@ class SnapshotFile {
   // Locates and reads a value. Statuses as for both.
   [[nodiscard]] HVC_ReturnStatus Find(std::string_view key, Value &value);
 
-  // Checks a value of any size without copying it, and tells its type.
+  // Checks a value of any size without copying it, and returns its type.
   //
   // HVC_SNAPSHOT_DAMAGED: the value is damaged.
   [[nodiscard]] HVC_ReturnStatus CheckValue(const RecordPlace &place, ValueType &type) const;

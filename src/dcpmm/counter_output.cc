@@ -54,7 +54,7 @@ HVC_ReturnStatus CounterOutput::CreateFile(int interval) {
   }
   FormatName(*local, fileName_, sizeof fileName_);
   std::printf("Data output is being written to: %s\n", fileName_);
-  // A link that somebody put there must not lead root to another file.
+  // O_NOFOLLOW: somebody may have put a link there, to make root overwrite another file.
   const int descriptor = open(fileName_, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666);
   if (descriptor >= 0) file_.reset(fdopen(descriptor, "w"));
   if (file_ == nullptr) {

@@ -113,7 +113,7 @@ int NodeDigits(const BuddyRow &row) {
   return std::atoi(digits);
 }
 
-// Orders by memory node, of which only two digits count, and then low memory first. This is not a strict weak order: if
+// Orders by the two digits of the memory node, then low memory first. This is not a strict weak order: if
 // two buddies of a node both serve low memory, each is less than the other.
 bool BuddyRowLess(const BuddyRow &a, const BuddyRow &b) {
   if (std::strcmp(a.name, b.name) == 0) return false;

@@ -68,7 +68,7 @@ struct Column : ColumnDesc {
                    .figure = FigureOf<Row, Read>(unit, traits.sum)} {}
 };
 
-// Makes a report's columns, which are described as in
+// Makes a report's columns from descriptions such as
 //   {"min", "Configured memory reservation", 10, kLd, kKB, [](auto &row) { return row.alloc.min; }, kAdd}
 template <typename Row, size_t count>
 constexpr std::array<ColumnDesc, count> ColumnsOf(const Column<Row> (&described)[count]) {

@@ -21,7 +21,7 @@ class Terminal:
         self._pid, self._fd = pty.fork()
         if self._pid == 0:
             os.execvpe(command[0], command, environment)
-        # Between two lines, the terminal would act on the key.
+        # The terminal itself must not act on ^R.
         for line in ['stty rprnt undef'] + setup + ["printf '<<%s>>' ready"]:
             os.write(self._fd, (line + '\n').encode())
         while self._marked() != 'ready':

@@ -120,7 +120,7 @@ std::map<std::string, std::string> Units() {
   return units;
 }
 
-// Replaces the installed program and the folder of the metrics by those of the test.
+// Replaces the installed program and the metrics folder with the test's own.
 std::string InPlace(std::string text, const Workbench &workbench) {
   text = std::regex_replace(text, std::regex("/usr/bin/nodal"), workbench.Nodal());
   text = std::regex_replace(text, std::regex("ExecStart=nodal"), "ExecStart=" + workbench.Nodal());

@@ -29,7 +29,7 @@ StandinHost OneType(int64_t client, const testing_support::Instance &type, uint6
   return host;
 }
 
-// A library may list a null text, and accept it as an argument, as null or as an empty text.
+// A library may list a null text. It may accept that text as an argument, either as null or as an empty text.
 StandinHost WithoutTypeName() {
   RemapStatsRecord record = {};
   record.added = 1;

@@ -598,7 +598,7 @@ TEST(DcpmmFile, OnAFullDeviceIsAnError) {
   EXPECT_EQ(ListErrors(run), "");
 }
 
-// Root must not write where a link leads that somebody else put into the folder.
+// Root must not write through a link that somebody else put into the folder.
 TEST(DcpmmFile, ThatIsALinkIsAnError) {
   const ScratchDirectory directory;
   const std::filesystem::path victim = directory.path() / "victim";

@@ -20,7 +20,7 @@ enum class Effect {
   kNone,
   kLosesRow,      // the row that the call is for
   kLosesGroup,    // the group and those below it; the start group decides the result
-  kLosesChild,    // as kLosesGroup, for a group without an ID; the start group's last child decides the result
+  kLosesChild,    // as kLosesGroup, if the group's ID was not read; the start group's last child decides the result
   kEndsTable,     // no more rows; the text after the rows is still printed
   kEndsRun,       // nothing more; the exit status is below
   kLosesBuddy,    // the buddy whose memory node is read

@@ -25,7 +25,7 @@ UNKNOWN = str(2**64 - 1)
 MEMORY = libvirt_host.Host.MEMORY
 MB = 1024  # in KB
 
-# The longest time of a run in which a guest does not answer.
+# The maximum duration of a run in which a guest does not answer.
 MOST_SECONDS = 1.2
 
 
@@ -129,7 +129,7 @@ class GuestsOfLibvirt(machines.TestCase):
     def test_an_ordinary_user_sees_the_file(self):
         self.write_file()
         self.move_to_scope("web")
-        # The build folder may be root's alone.
+        # The user may be unable to enter the build folder.
         for program in [KESTREL, *second_host.libraries_of(KESTREL)]:
             second_host.copy(program, f"/run/programs/{os.path.basename(program)}")
         status, output, messages = machines.run("setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", "env",
@@ -142,7 +142,7 @@ class GuestsOfLibvirt(machines.TestCase):
     def test_ballooning(self):
         self.addCleanup(self.empty_balloon, "web")
         self.host.virsh("setmem", "web", "160M", "--live")
-        # QEMU tells libvirt of a change once a second at most.
+        # QEMU reports changes to libvirt at most once a second.
         ballooned = str(MEMORY - 160 * MB)
         libvirt_host.until(lambda: self.row("vm-stats", "web")["ballooned"] == ballooned, 30, "the balloon is filled")
         self.assertEqual(self.host.statistics("web")["actual"], 160 * MB)

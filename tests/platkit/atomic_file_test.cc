@@ -164,7 +164,7 @@ TEST_F(AtomicFileTest, AFileThatAnotherUserPutThereGivesNobodyMoreRights) {
   EXPECT_EQ(info.st_uid, 0u);
   EXPECT_EQ(info.st_gid, kOther);
   EXPECT_EQ(info.st_mode & 07777, 0640u);
-  // In a folder of root's own, only root can have given the file away.
+  // In a folder that only root may write to, only root can have changed the owner of the file.
   write(0755, 0660, Readers::kOwner);
   EXPECT_EQ(info.st_uid, kOther);
   EXPECT_EQ(info.st_gid, kOther);

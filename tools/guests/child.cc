@@ -20,7 +20,7 @@
 namespace guests {
 namespace {
 
-// The lines of a child about 10,000 guests.
+// Enough for the lines of a child that reports 10,000 guests.
 constexpr size_t kMaxReceived = size_t{16} << 20;
 
 // Ends with the parent, and prints nothing.

@@ -40,7 +40,7 @@ class Children {
   Children(const Children &) = delete;
   Children &operator=(const Children &) = delete;
 
-  // Runs `ask` in a child of this name. Throws a nodal::Failure if no child can be created.
+  // Runs `ask` in a child process of this name. Throws a nodal::Failure if no child can be created.
   void Start(const std::string &name, const std::function<void(const Report &)> &ask);
 
   // Receives the lines of all children until all have ended, or until the deadline.

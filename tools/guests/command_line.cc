@@ -41,11 +41,11 @@ void Declare(CLI::App &app, Options &options) {
       ->type_name("FILE")
       ->check(CheckNotEmpty);
   app.add_flag("--json", options.asJson, "Print JSON instead of a table")->excludes("--output");
-  app.add_option("--qmp", options.qmp, "Also ask the QEMU with this QMP socket; repeatable")
+  app.add_option("--qmp", options.qmp, "Also ask the QEMU process with this QMP socket; repeatable")
       ->type_name("SOCKET")
       ->allow_extra_args(false)
       ->check(CheckNotEmpty);
-  CLI::Option *connect = app.add_option("--connect", options.uri, "Ask the hypervisor with this URI of libvirt")
+  CLI::Option *connect = app.add_option("--connect", options.uri, "Ask the hypervisor with this libvirt URI")
                              ->type_name("URI")
                              ->check(CheckLocal)
                              ->capture_default_str();

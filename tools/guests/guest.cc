@@ -71,7 +71,7 @@ void TakeKB(Guest &guest, GuestFigure figure, uint64_t kb) {
   if (kb <= kMaxKB) guest.figures[figure] = Figure(kb);
 }
 
-// All ones, or -1, means that the guest does not tell it.
+// All ones, or -1, means that the guest does not report it.
 void TakeCount(Guest &guest, GuestFigure figure, uint64_t count) {
   if (count <= INT64_MAX) guest.figures[figure] = Figure(count);
 }
@@ -107,7 +107,7 @@ bool HasCurrentStatistics(const Guest &guest, std::chrono::system_clock::time_po
 
 void Settle(Guest &guest, std::chrono::system_clock::time_point now) {
   const Figure balloon = guest.figures[GuestFigure::kBalloon];
-  // Only a driver fills the balloon, and tells statistics.
+  // Only a driver can fill the balloon and report statistics.
   if (guest.hasBalloon == Figure(0)) {
     guest.figures[GuestFigure::kBalloonDriver] = Figure(0);
     guest.figures[GuestFigure::kBalloonTarget] = Figure(0);

@@ -1,4 +1,4 @@
-// What the monitor of one virtual machine told.
+// The monitor's answers about one virtual machine.
 #ifndef GUESTS_GUEST_H
 #define GUESTS_GUEST_H
 
@@ -13,7 +13,7 @@ namespace guests {
 using platkit::Figure;
 using platkit::GuestFigure;
 
-// Figures that nobody told are absent.
+// Figures that nobody reported are absent.
 struct Guest {
   std::string monitor = {};  // "libvirt", or the path of a QMP socket
   std::string id = {};       // UUID of a guest of libvirt; path of the balloon device at a QMP socket
@@ -21,7 +21,7 @@ struct Guest {
   bool hasAnswered = false;
   Figure hasBalloon = {};      // 1 if it has a balloon device, else 0
   Figure pollingSeconds = {};  // how often its balloon driver is asked for statistics; 0: never
-  Figure lastUpdate = {};      // when the driver last told them, in seconds since 1970; 0: never
+  Figure lastUpdate = {};      // when the driver last reported them, in seconds since 1970; 0: never
   platkit::GuestFigures figures = {};
 };
 
@@ -38,7 +38,7 @@ void TakeCount(Guest &guest, GuestFigure figure, uint64_t count);
 // Takes the balloon's size from the memory with an empty balloon, and from what the balloon leaves to the guest.
 void TakeBalloon(Guest &guest, Figure memoryKB, Figure leftKB);
 
-// Adds what was told later about the same guest. Its process stays the one that was known first.
+// Adds later answers about the same guest. A process that is already known is kept.
 void Merge(Guest &guest, const Guest &later);
 
 // Whether the guest's statistics are from its last poll. Without polling, they are from its boot.

@@ -1,4 +1,5 @@
-// nodal-guests: asks the monitors of virtual machines, and shows what they tell or leaves it in a file for libplatkit.
+// nodal-guests: asks the monitors of virtual machines, and prints their answers or writes them to a file for
+// libplatkit.
 //
 // Reports never ask a monitor, because one that does not answer would block them.
 #include <signal.h>

@@ -40,7 +40,7 @@ QmpClient::QmpClient(const std::string &path) {
   if (connect(socket_.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) ThrowErrno();
   const json greeting = ReadMessage();
   if (!greeting.is_object() || !greeting.contains("QMP")) throw std::runtime_error("not a QMP server");
-  if (Execute("qmp_capabilities").is_null()) throw std::runtime_error("the QMP server refuses its commands");
+  if (Execute("qmp_capabilities").is_null()) throw std::runtime_error("the QMP server refuses commands");
 }
 
 pid_t QmpClient::ServerPid() const {
@@ -57,7 +57,7 @@ json QmpClient::Execute(const char *command, const json &arguments) {
     const json message = ReadMessage();
     if (message.contains("return")) return message["return"];
     if (message.contains("error")) return nullptr;
-    if (!message.contains("event")) throw std::runtime_error("unexpected message of the QMP server");
+    if (!message.contains("event")) throw std::runtime_error("unexpected message from the QMP server");
   }
 }
 
@@ -75,7 +75,7 @@ json QmpClient::ReadMessage() {
   }
   json message = json::parse(received_.substr(0, end), RequireShallow, false);
   received_.erase(0, end + 1);
-  if (!message.is_object()) throw std::runtime_error("malformed message of the QMP server");
+  if (!message.is_object()) throw std::runtime_error("malformed message from the QMP server");
   return message;
 }
 

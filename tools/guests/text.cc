@@ -24,7 +24,7 @@ std::string YesOrNo(Figure figure) {
   return figure == Figure(0) ? "no" : "yes";
 }
 
-// Seconds since the guest last told its statistics.
+// Seconds since the guest last reported its statistics.
 std::string AgeOf(const Guest &guest, system_clock::time_point now) {
   const uint64_t updated = guest.lastUpdate.Cell(0);
   if (updated == 0) return kUnknown;
@@ -81,15 +81,15 @@ std::string PollingCommand(const Guest &guest) {
 std::string AdviceOn(const Guest &guest, system_clock::time_point now) {
   const std::string name = nodal::Printable(guest.name);
   if (!guest.hasAnswered) return name + ": its monitor does not answer.\n";
-  if (guest.hasBalloon == Figure(0)) return name + ": it has no balloon device, so it cannot tell its own figures.\n";
+  if (guest.hasBalloon == Figure(0)) return name + ": it has no balloon device, so it cannot report figures.\n";
   if (guest.pollingSeconds == Figure(0)) {
     const std::string where = guest.monitor == "libvirt" ? "run" : "send this to its QMP socket";
     return name + ": its own figures are not polled. To poll them every 10 seconds, " + where + ":\n  " +
            PollingCommand(guest) + "\n";
   }
   if (HasCurrentStatistics(guest, now)) return {};
-  if (guest.lastUpdate.Cell(0) == 0) return name + ": its balloon driver has never told its figures.\n";
-  return name + ": its balloon driver last told its figures " + AgeOf(guest, now) + " seconds ago.\n";
+  if (guest.lastUpdate.Cell(0) == 0) return name + ": its balloon driver has never reported figures.\n";
+  return name + ": its balloon driver last reported figures " + AgeOf(guest, now) + " seconds ago.\n";
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ class LineReader {
   LineReader(HostFiles &files, const HostPath &path);
 
   // Reads the next line, without its newline. `line` is valid until the next call. False at the end of the file and on
-  // failure; status() tells which.
+  // failure; status() tells them apart.
   bool Next(std::string_view &line);
 
   // HVC_OK, or why the file could not be opened or read.

@@ -120,7 +120,7 @@ HVC_ReturnStatus GroupTree::List(Group &group, ParamList &list) {
   return HVC_FAILURE;
 }
 
-// A list without the members that could not be read would hide them, so there is none.
+// Fails if any members cannot be read, because an incomplete list would hide them.
 HVC_ReturnStatus GroupTree::ListContainer(Group &group, ParamList &list) {
   if (const HVC_ReturnStatus status = FindMembers(group); status != HVC_OK) return status;
   list.Expect(list.params().size() + group.controlGroups.size() + group.processes.size());
@@ -141,8 +141,8 @@ HVC_ReturnStatus GroupTree::FindControlGroupsBelow(Group &group) {
   return group.controlGroupsRead.Get(files_.clock(), [&] { return ReadControlGroups(group); });
 }
 
-// New groups, until the list of their parent contains them. If memory runs out before, it forgets them: they would keep
-// their identifiers, and no listing would find them.
+// New groups, until the list of their parent contains them. If memory runs out before that, it forgets them:
+// otherwise they would keep their identifiers, and no listing would find them.
 class GroupTree::UnlistedGroups {
  public:
   explicit UnlistedGroups(GroupTree &tree) : tree_(tree) {}

@@ -10,12 +10,12 @@
 namespace platkit {
 
 enum class GuestBacking : uint8_t {
-  kAnonymous,     // at least some are anonymous pages, like the monitor's own; also if nothing tells
+  kAnonymous,     // at least some are anonymous pages, like the monitor's own; also if unknown
   kSharedMemory,  // all are shared memory or huge pages of a pool, which the monitor itself does not use
   kFiles,         // some are pages of files on a disk, like the monitor's program
 };
 
-// `mount` tells which files are memory; none are if it has no folders of memory.
+// `mount` knows which files are in memory; without folders of memory, none are.
 GuestBacking BackingOf(const QemuOptions &options, const CgroupMount &mount);
 
 }  // namespace platkit

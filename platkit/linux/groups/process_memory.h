@@ -23,7 +23,7 @@ struct GuestMemory {
 };
 
 // The guest's part of a VM's process. It is exact for GuestBacking::kSharedMemory. Otherwise all pages of the kind that
-// the guest's memory has are an upper bound, because some are the monitor's. A guest's size is another one.
+// the guest's memory has are an upper bound, because some are the monitor's. The guest's size is another upper bound.
 //
 // KVM's count is a lower bound: KVM drops mappings now and then. The monitor's own part of the anonymous pages is at
 // most all that the process may write, less the guest's memory, which gives another lower bound. The higher of the two

@@ -61,7 +61,8 @@ Figure VmGroups::Overhead(Group &vm, const ProcessStatus &status) {
 }
 
 // What a VM's own group is charged for, in KB, without what is neither the guest's nor overhead: the cache of its
-// disks, and compressed memory. Huge pages of pools are not charged by default. Absent if the kernel does not tell.
+// disks, and compressed memory. Huge pages of pools are not charged by default. Absent if the kernel does not show
+// them.
 Figure VmGroups::Charged(Group &own) {
   const CgroupStat &stat = reader_.Stat(own);
   if (stat.unmapped.isAbsent()) return {};

@@ -17,7 +17,7 @@ class VmGroups {
 
   // The memory of a VM's guest in KB. The command line gives it, unless it gives more than the process has mapped;
   // otherwise the largest mapping gives it, or QEMU's default. If the command line leaves room for more memory, the
-  // mappings show memory that was plugged in later. Absent if nothing tells.
+  // mappings show memory that was plugged in later. Absent if unknown.
   Figure GuestSize(Group &vm, const ProcessStatus &status);
 
   // What is known of the guest's memory, for GuestPart and VmOverhead.
@@ -33,7 +33,7 @@ class VmGroups {
   Group *OwnControlGroup(Group &process);
 
  private:
-  // The processes beside a VM.
+  // The other processes in a VM's control group.
   struct Others {
     int64_t vm;
     size_t limit;

@@ -38,7 +38,7 @@ Balloon VmMonitors::BalloonOf(Group &vm) {
           .target = UnknownIfAbsent(figures[GuestFigure::kBalloonTarget])};
 }
 
-// A guest may tell anything, so figures that exceed its memory do not count.
+// A guest may report anything, so figures that exceed its memory are ignored.
 GuestUse VmMonitors::UseOf(Group &vm, const ProcessStatus &status) {
   const GuestFigures &figures = FiguresOf(vm);
   const Figure total = figures[GuestFigure::kTotal];

@@ -19,7 +19,8 @@ struct Balloon {
   Figure target;
 };
 
-// In KB, as the guest tells it. Figures are absent or unreadable unless the guest tells them and they are possible.
+// In KB, as reported by the guest. A figure that the guest does not report, or that is impossible, is absent or
+// unreadable.
 struct GuestUse {
   Figure total;   // memory that the guest's kernel manages
   Figure needed;  // the part of it that the guest cannot free without swapping

@@ -94,7 +94,7 @@ const FileSystem *FindMountOf(const Folders &folders, std::string_view path) {
   return nullptr;
 }
 
-// What is mounted below a memory file system hides a part of it. A later mount at the same place hides the earlier one.
+// A mount below a memory file system hides a part of it. A later mount at the same place hides the earlier one.
 void AddMemoryFolder(const Mount &mount, Folders &folders) {
   const FileSystem type = TypeOf(mount);
   const std::string path = Unescape(mount.point);

@@ -1,4 +1,4 @@
-// /run/kestrel/guests.nodal: what the monitors of virtual machines told nodal-guests(1), whose manual page describes
+// /run/kestrel/guests.nodal: the answers of virtual machine monitors to nodal-guests(1), whose manual page describes
 // the form of the file.
 #ifndef PLATKIT_LINUX_KERNEL_GUESTS_FILE_H
 #define PLATKIT_LINUX_KERNEL_GUESTS_FILE_H
@@ -46,7 +46,7 @@ inline constexpr size_t kGuestFigures = static_cast<size_t>(GuestFigure::kCount)
 // The keys of the figures in the file.
 std::string_view KeyOf(GuestFigure figure);
 
-// A guest, known by the process that runs it. Figures that nobody told are absent.
+// A guest, known by the process that runs it. Figures that nobody reported are absent.
 struct GuestFigures {
   int64_t pid = 0;
   uint64_t startTicks = 0;  // see ReadStartTicks

@@ -20,7 +20,7 @@ struct ProcessIdentity {
   uint64_t seenAt = 0;  // a time before the file was opened, in nanoseconds since boot
 };
 
-// Who runs a process. A process without privileges cannot change these lines.
+// The user of a process. A process without privileges cannot change these lines.
 struct ProcessUser {
   std::optional<uint64_t> realID;  // Uid: the first number; nullopt if the line is missing or malformed
   bool isRootOnly = false;         // Uid: the real, effective, saved and file-system IDs are all 0

@@ -32,7 +32,7 @@ struct QemuOptions {
   Figure memory;
   Figure defaultMemory;          // QEMU's own size, with memory devices; absent if the command line gives a size
   Figure maxMemory;              // -m ...,maxmem=SIZE; absent: none
-  bool mapsOtherMemory = false;  // a device other than pc-dimm maps memory, so mappings do not tell the guest's size
+  bool mapsOtherMemory = false;  // a device other than pc-dimm maps memory, so mappings do not show the guest's size
 
   // Where the guest's memory is. Without private memory and files, all of it is shared memory (memory-backend-memfd,
   // -shm, or -ram with share=on) or huge pages of a pool (hugetlb=on).

@@ -7,7 +7,7 @@
 
 namespace platkit {
 
-// In milliseconds, suspended time included. Unlike the time of day, nobody sets it.
+// In milliseconds, suspended time included. Unlike the time of day, it is never set.
 Figure ReadUptime(HostFiles &files);
 
 }  // namespace platkit

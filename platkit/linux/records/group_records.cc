@@ -136,7 +136,7 @@ HVC_ReturnStatus GroupRecords::Capacity(int64_t id, GroupCapacityRecord &record)
   return HVC_OK;
 }
 
-// No source on Linux tells without side effects how much memory was touched of late.
+// `touched` is unavailable: on Linux, every way to measure it has side effects.
 HVC_ReturnStatus GroupRecords::MemoryStats(int64_t id, GroupMemoryStatsRecord &record) {
   Group *group = FindOfKnownKind(id);
   if (group == nullptr) return HVC_NOT_FOUND;

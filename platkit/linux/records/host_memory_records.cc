@@ -75,8 +75,8 @@ HVC_ReturnStatus HostMemoryRecords::Global(GlobalMemoryRecord &record) {
 
 // Linux does not count changes of the state. It counts events that show how short memory was: an allocation that waits
 // for reclaim shows that the state was hard, and a process that was killed for lack of memory shows that it was low.
-// Both passed the states before. While the state is a lower one, it has been left once more often for the lower side
-// than for the higher one.
+// Both passed the states before. While the state is lower, each state above it has been left once more often downwards
+// than upwards.
 HVC_ReturnStatus HostMemoryRecords::Transitions(std::string_view state, StateTransitionsRecord &record) {
   const auto *found = std::ranges::find(kMemoryStates, state);
   if (found == kMemoryStates.end()) return HVC_NOT_FOUND;

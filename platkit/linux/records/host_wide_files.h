@@ -44,8 +44,8 @@ class HostWideFiles {
     return zswapMaxPercent_.Get(files_.clock(), [this] { return ReadZswapMaxPercent(files_); });
   }
 
-  // Memory that zswap keeps, in KB, before compression. 0 on a kernel without zswap, and on one that does not tell but
-  // has it turned off.
+  // Memory that zswap keeps, in KB, before compression. 0 on a kernel without zswap, and on one that does not report it
+  // but has it turned off.
   Figure Zswapped() {
     const Figure zswapped = meminfo().zswapped;
     if (!zswapped.isAbsent()) return zswapped;

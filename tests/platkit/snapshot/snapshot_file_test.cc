@@ -80,7 +80,7 @@ TEST_F(Open, NothingThere) {
 
 TEST_F(Open, NotForThisUser) {
   if (geteuid() == 0) {
-    // Root can read every file, and the process cannot return to root as another user.
+    // Root can read every file. A child becomes another user, because it could not become root again.
     const pid_t child = fork();
     if (child == 0) {
       const std::string path = scratch_.Write("secret", SmallBytes());

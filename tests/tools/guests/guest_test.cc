@@ -12,7 +12,7 @@ constexpr uint64_t kNow = 1'800'000'000;
 
 system_clock::time_point At(uint64_t time) { return system_clock::time_point(seconds(time)); }
 
-// A guest that told its figures `age` seconds ago.
+// A guest that reported its figures `age` seconds ago.
 Guest Polled(uint64_t polling, uint64_t age) {
   Guest guest{.hasAnswered = true, .hasBalloon = Figure(1)};
   guest.pollingSeconds = Figure(polling);

@@ -1,5 +1,5 @@
 // nodal-guests as a program. Its guests are those of libvirt's test driver, which needs no daemon. The driver describes
-// its only guest, but tells no statistics.
+// its only guest, but reports no statistics.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>

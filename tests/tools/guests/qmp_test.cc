@@ -29,7 +29,7 @@ constexpr milliseconds kShort{300};
 
 std::string Seconds(int64_t ago) { return std::to_string(time(nullptr) - ago); }
 
-// Statistics as QEMU shows them: 2^64 - 1 is not told.
+// Statistics as QEMU shows them: 2^64 - 1 means not reported.
 std::string Statistics(const std::string &statistics, int64_t ago = 0) {
   return "{\"last-update\": " + Seconds(ago) + ", \"stats\": {" + statistics + "}}";
 }
@@ -192,13 +192,13 @@ TEST_F(Qmp, NoServer) {
 }
 
 TEST_F(Qmp, ABrokenProtocol) {
-  EXPECT_EQ(FailureOf("SSH-2.0\n", ""), "malformed message of the QMP server");
+  EXPECT_EQ(FailureOf("SSH-2.0\n", ""), "malformed message from the QMP server");
   EXPECT_EQ(FailureOf("{}\n", ""), "not a QMP server");
-  EXPECT_EQ(FailureOf("[]\n", ""), "malformed message of the QMP server");
+  EXPECT_EQ(FailureOf("[]\n", ""), "malformed message from the QMP server");
   const std::string greeting = std::string(kGreeting) + "\n";
-  EXPECT_EQ(FailureOf(greeting, "{\"error\": {}}\n"), "the QMP server refuses its commands");
-  EXPECT_EQ(FailureOf(greeting, "{}\n"), "unexpected message of the QMP server");
-  EXPECT_EQ(FailureOf(greeting, "{\"return\": {\n"), "malformed message of the QMP server");
+  EXPECT_EQ(FailureOf(greeting, "{\"error\": {}}\n"), "the QMP server refuses commands");
+  EXPECT_EQ(FailureOf(greeting, "{}\n"), "unexpected message from the QMP server");
+  EXPECT_EQ(FailureOf(greeting, "{\"return\": {\n"), "malformed message from the QMP server");
 }
 
 TEST_F(Qmp, EndlessTexts) {

@@ -48,7 +48,7 @@ TEST(Text, HowToTurnOnPolling) {
             "\"value\":10},\"execute\":\"qom-set\"}\n");
 }
 
-// Whoever runs the line must not run what the name of a guest contains.
+// The printed command must not execute anything in a guest's name.
 TEST(Text, AnUnusualNameIsReplacedByTheUuid) {
   Guest guest = Web();
   guest.pollingSeconds = Figure(0);
@@ -61,11 +61,11 @@ TEST(Text, AnUnusualNameIsReplacedByTheUuid) {
 TEST(Text, WhyFiguresAreMissing) {
   Guest guest = Web();
   guest.lastUpdate = Figure(kNow - 100);
-  EXPECT_EQ(AdviceOn(guest), "web: its balloon driver last told its figures 100 seconds ago.\n");
+  EXPECT_EQ(AdviceOn(guest), "web: its balloon driver last reported figures 100 seconds ago.\n");
   guest.lastUpdate = Figure(0);
-  EXPECT_EQ(AdviceOn(guest), "web: its balloon driver has never told its figures.\n");
+  EXPECT_EQ(AdviceOn(guest), "web: its balloon driver has never reported figures.\n");
   guest.hasBalloon = Figure(0);
-  EXPECT_EQ(AdviceOn(guest), "web: it has no balloon device, so it cannot tell its own figures.\n");
+  EXPECT_EQ(AdviceOn(guest), "web: it has no balloon device, so it cannot report figures.\n");
   guest.hasAnswered = false;
   EXPECT_EQ(AdviceOn(guest), "web: its monitor does not answer.\n");
 }

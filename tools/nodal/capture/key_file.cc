@@ -28,7 +28,7 @@ FileDescriptor Open(const std::string &path) {
   return file;
 }
 
-// A user who can read the secret can test guesses of names. One who can write the file can choose the secret.
+// A user who can read the secret can test guesses of names. A user who can write the file can choose the secret.
 void RequirePrivate(const std::string &path, int fd) {
   struct stat file;
   if (fstat(fd, &file) != 0) throw Failure(path, std::strerror(errno));

@@ -11,7 +11,7 @@ Run DeclareCapture(OptionSet &options, const SourceOptions &source) {
   options.Add("-o,--output SNAPSHOT", values->snapshot, "The snapshot to write").Required();
   options.AddRepeatable("--only PATH", values->only, "Save only this path and everything below it; repeatable");
   const Option anonymize = options.AddFlag("--anonymize", values->anonymize,
-                                           "Replace names and UUIDs, including the host's own, by pseudonyms");
+                                           "Replace names and UUIDs, including the host's own, with pseudonyms");
   options
       .Add("--key-file FILE", values->keyFile,
            "Derive the pseudonyms from the key in this file (-: standard input): captures with one key have the same")
@@ -19,7 +19,7 @@ Run DeclareCapture(OptionSet &options, const SourceOptions &source) {
       .NotEmpty();
   options.Refuse("--key", "every user could see the key in the list of processes; use --key-file");
   options.SetFooter(
-      "PCI devices are saved only with --only /hardware/pci, their registers never.\n"
+      "PCI devices are saved only with --only /hardware/pci; their registers are never saved.\n"
       "A node that cannot be read is saved with its status: a report on the snapshot fails as it would on the host.");
   return [values, &source] {
     UseSource(source);

@@ -48,7 +48,7 @@ Run DeclareMetrics(OptionSet &options, const SourceOptions &source) {
   options.Add("--prefix PREFIX", values->prefix, "Start the metric names with this prefix").ShowDefault();
   options.AddRepeatable("--only NAME", values->only,
                         "Show only this family, or this metric (its name without the prefix); repeatable");
-  options.Add("-o,--output FILE", values->output, "Write to this file, which is replaced at once").NotEmpty();
+  options.Add("-o,--output FILE", values->output, "Write to this file, replacing it atomically").NotEmpty();
   options.SetFooter(FamiliesText());
   return [values, &source] {
     UseSource(source);

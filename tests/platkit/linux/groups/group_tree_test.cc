@@ -141,7 +141,7 @@ TEST(GroupTree, AnUnreadableProcessIsNeitherAMachineNorNone) {
   EXPECT_EQ(machines(ask), kNone32);
 }
 
-// What cannot be listed must not be missing without a word.
+// Members that cannot be listed must not be missing silently.
 TEST(GroupTree, AListFailsIfMembersCannotBeRead) {
   const auto list = [](SavedHost &host, int64_t group) {
     std::vector<int64_t> members;

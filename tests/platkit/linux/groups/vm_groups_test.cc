@@ -92,7 +92,7 @@ TEST(VmGroups, AGroupWithHiddenMembersCountsAsShared) {
   EXPECT_FALSE(HasOwnGroup(host, 310));
 }
 
-// A listing that failed contains no other process, but not because there is none.
+// A failed listing contains no other process, but there may be one.
 TEST(VmGroups, AListingThatFailedTellsNothing) {
   SavedHost host("clients.host");
   host.Write(kOwn + "/below/cgroup.procs", "");

@@ -45,7 +45,7 @@ TEST_F(OutputFile, ASignalLeavesTheOlderFile) {
   EXPECT_EQ(scratch_.Names(), std::vector<std::string>{"file"});
 }
 
-// With the name of a file of another user as a link, root would write there what others choose.
+// If root followed the link, it would overwrite a file that another user chose.
 TEST_F(OutputFile, MetricsReplaceAPlantedLink) {
   const std::string victim = scratch_.Write("victim", "precious");
   std::filesystem::create_symlink(victim, scratch_.Path("host.prom"));
