@@ -177,7 +177,7 @@ class Change : public testing::Test {
     return trap.accesses();
   }
 
-  // Changes the file before each access in turn, or during opening, before some.
+  // Changes the file before each access in turn; while the file is opened, only before some.
   template <typename Act>
   void ReadWithEachChange(Act change) {
     if (!AccessTrap::kIsSupported) GTEST_SKIP() << "this architecture has no single steps";
