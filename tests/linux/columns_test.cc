@@ -15,7 +15,6 @@
 #include <functional>
 #include <iterator>
 #include <map>
-#include <ranges>
 #include <set>
 #include <sstream>
 #include <string>
@@ -32,12 +31,22 @@ namespace {
 using Texts = std::vector<std::string>;
 using Names = std::set<std::string>;
 
+// The parts of a text, which may be empty.
+Texts Split(std::string_view text, std::string_view separator) {
+  Texts parts;
+  size_t start = 0;
+  for (size_t end; (end = text.find(separator, start)) != std::string_view::npos; start = end + separator.size())
+    parts.emplace_back(text.substr(start, end - start));
+  parts.emplace_back(text.substr(start));
+  return parts;
+}
+
 // The last fixed piece of a node's path, such as "vmm". If it has several meanings, the last two: "heaps/stats".
 std::string ShortName(const Node &node) {
   Texts parts;
   for (const std::string_view piece : node.pieces) {
-    for (const auto part : std::views::split(piece, '/'))
-      if (!part.empty()) parts.emplace_back(part.begin(), part.end());
+    for (const std::string &part : Split(piece, "/"))
+      if (!part.empty()) parts.push_back(part);
   }
   const std::string &last = parts.back();
   const bool isAmbiguous = last == "stats" || last == "info" || last == "kestrel";
@@ -210,14 +219,6 @@ struct ColumnRow {
   Texts tests;
 };
 
-// Splits at ", ".
-Texts Split(const std::string &text) {
-  Texts parts;
-  for (const auto part : std::views::split(text, std::string_view(", ")))
-    parts.emplace_back(part.begin(), part.end());
-  return parts;
-}
-
 std::string Plain(std::string text) {
   std::erase(text, '`');
   return text;
@@ -234,12 +235,12 @@ std::vector<ColumnRow> RowsOf(const kestrel::Report &report) {
       const std::string names = Plain(cells[0]);
       const std::string first = names.substr(0, names.find(" to "));
       const std::string last = names.substr(first.size() == names.size() ? 0 : first.size() + 4);
-      const Texts figures = cells[1] == "-" ? Texts() : Split(Plain(cells[1]));
+      const Texts figures = cells[1] == "-" ? Texts() : Split(Plain(cells[1]), ", ");
       ColumnRow row = {.column = first,
                        .figures = {figures.begin(), figures.end()},
                        .source = cells[2],
                        .known = cells[3],
-                       .tests = Split(cells[4])};
+                       .tests = Split(cells[4], ", ")};
       bool isInside = false;
       for (const kestrel::ColumnDesc &column : report.columns) {
         isInside |= column.name == first;
