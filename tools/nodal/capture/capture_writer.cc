@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "tools/nodal/capture/vocabulary.h"
+#include "tools/nodal/capture/source_header.h"
 #include "tools/nodal/support/output.h"
 #include "tools/nodal/support/text.h"
 
@@ -13,19 +13,10 @@ void Check(const std::string &where, HVC_ReturnStatus status) {
   if (status != HVC_OK) throw Failure(where, status);
 }
 
-// The header of a foreign snapshot may contain any texts.
-void Anonymize(platkit::snapshot::Header &header, Pseudonyms &pseudonyms) {
-  if (!header.time.empty() && !IsHeaderTime(header.time)) {
-    throw Failure("header", "the time does not have the form 2026-03-14T09:26:53Z");
-  }
-  header.host = pseudonyms.Of(header.host);
-  header.definitions = platkit::OwnDefinitions();
-}
-
 }  // namespace
 
 void CaptureWriter::AddHeader(platkit::snapshot::Header header) {
-  if (pseudonyms_) Anonymize(header, *pseudonyms_);
+  if (pseudonyms_) AnonymizeHeader(header, *pseudonyms_);
   Check("header", writer_.AddHeader(header));
 }
 

@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <cctype>
 #include <cstring>
-#include <optional>
 #include <utility>
 
+#include "tools/nodal/capture/key_file.h"
 #include "tools/nodal/capture/vocabulary.h"
 #include "tools/nodal/support/output.h"
 #include "tools/nodal/tree/instances.h"
@@ -121,6 +121,12 @@ void Pseudonyms::Replace(const platkit::RecordLayout &layout, std::span<std::byt
       case FieldType::kI64: break;
     }
   }
+}
+
+std::optional<Pseudonyms> PseudonymsFor(bool anonymize, const std::string &keyFile) {
+  if (!anonymize) return std::nullopt;
+  if (keyFile.empty()) return Pseudonyms(PseudonymKey::Random());
+  return Pseudonyms(PseudonymKey::FromSecret(KeyFile(keyFile).secret()));
 }
 
 }  // namespace nodal

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -44,6 +45,10 @@ class Pseudonyms {
   PseudonymKey key_;
   std::unordered_map<std::string, std::string> names_;  // by pseudonym
 };
+
+// The pseudonyms of a command with the options --anonymize and --key-file; none without --anonymize. The key is derived
+// from the key file (see KeyFile), or random without one. Throws a Failure.
+std::optional<Pseudonyms> PseudonymsFor(bool anonymize, const std::string &keyFile);
 
 }  // namespace nodal
 

@@ -84,11 +84,11 @@ void DeclareSource(CLI::App &app, SourceOptions &source) {
   OptionSet options(app);
   const Option cache = options
                            .Add("--cache SNAPSHOT", source.cache,
-                                "Read a snapshot instead of the running host (ls, get, metrics, capture)")
+                                "Read a snapshot instead of the running host (ls, get, metrics, capture, page)")
                            .NotEmpty();
   options
       .Add("--root FOLDER", source.root,
-           "Read a folder with a saved /proc and /sys instead of the running host (ls, get, metrics, capture)")
+           "Read a folder with a saved /proc and /sys instead of the running host (ls, get, metrics, capture, page)")
       .NotEmpty()
       .Excludes(cache);
 }

@@ -11,6 +11,7 @@ Run DeclareDump(OptionSet &options, const SourceOptions &source);
 Run DeclareDiff(OptionSet &options, const SourceOptions &source);
 Run DeclareBuild(OptionSet &options, const SourceOptions &source);
 Run DeclareVerify(OptionSet &options, const SourceOptions &source);
+Run DeclarePage(OptionSet &options, const SourceOptions &source);
 Run DeclareGuests(OptionSet &options, const SourceOptions &source);
 
 std::span<const Command> Commands() {
@@ -19,6 +20,7 @@ std::span<const Command> Commands() {
       {"get", "Show a record or a list", DeclareGet},
       {"metrics", "Show the host's figures as metrics, in Prometheus' text format", DeclareMetrics},
       {"capture", "Save the host to a snapshot file", DeclareCapture},
+      {"page", "Show a host as one HTML file with its groups, machines and nodes", DeclarePage},
       {"dump", "Show a snapshot as JSON", DeclareDump},
       {"diff", "Compare two snapshots", DeclareDiff, kTrouble},
       {"build", "Build a snapshot from JSON in the form of dump", DeclareBuild},

@@ -1,0 +1,38 @@
+// nodal page: a host as one HTML file.
+#include "tools/nodal/page/page.h"
+
+#include <memory>
+
+#include "tools/nodal/commands/command.h"
+#include "tools/nodal/support/output.h"
+
+namespace nodal {
+
+Run DeclarePage(OptionSet &options, const SourceOptions &source) {
+  const auto values = std::make_shared<PageOptions>();
+  const auto operand = std::make_shared<std::string>();
+  options.Add("source", *operand, "A snapshot instead of the running host");
+  options.Add("-o,--output FILE", values->output, "The HTML file to write").Required().NotEmpty();
+  const Option anonymize = options.AddFlag("--anonymize", values->anonymize,
+                                           "Replace names and UUIDs, including the host's own, with pseudonyms");
+  options
+      .Add("--key-file FILE", values->keyFile,
+           "Derive the pseudonyms from the key in this file (-: standard input): pages with one key have the same")
+      .Needs(anonymize)
+      .NotEmpty();
+  options.SetFooter("The page needs no network and no other file. Any browser opens it.");
+  return [values, operand, &source] {
+    SourceOptions own = source;
+    if (!operand->empty()) {
+      if (!own.cache.empty() || !own.root.empty()) throw Failure(*operand, "the source is given twice");
+      own.cache = *operand;
+    }
+    UseSource(own);
+    values->cache = own.cache;
+    values->root = own.root;
+    WritePage(*values);
+    return kSuccess;
+  };
+}
+
+}  // namespace nodal

@@ -1,0 +1,17 @@
+// The HTML file of a page.
+#ifndef NODAL_PAGE_DOCUMENT_H
+#define NODAL_PAGE_DOCUMENT_H
+
+#include <string>
+
+#include "tools/nodal/page/page_data.h"
+
+namespace nodal {
+
+// The template with the style, the script, the data, and what readers without scripts see. Its policy allows this style
+// and this script by their hashes, and nothing else.
+std::string Document(const PageData &data);
+
+}  // namespace nodal
+
+#endif  // NODAL_PAGE_DOCUMENT_H

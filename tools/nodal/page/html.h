@@ -1,0 +1,37 @@
+// Pieces of HTML.
+#ifndef NODAL_PAGE_HTML_H
+#define NODAL_PAGE_HTML_H
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace nodal {
+
+// A text as the content of an element or the value of an attribute.
+std::string HtmlText(std::string_view text);
+
+// An amount for people: "3.02 GB"; "n/a" without a value.
+std::string AmountText(std::optional<uint64_t> kb);
+
+// The amount of a field in KB. All ones are not available.
+inline std::optional<uint64_t> Available(uint64_t kb) {
+  return kb == UINT64_MAX ? std::nullopt : std::optional<uint64_t>(kb);
+}
+
+// An element that contains this HTML, with attributes such as " class=\"x\"".
+std::string Element(std::string_view tag, const std::string &html, const std::string &attributes = "");
+
+// A table with a caption, for readers without scripts. The cells are HTML; those of the first column are row headers.
+std::string HtmlTable(std::string_view caption, const std::vector<std::string> &header,
+                      const std::vector<std::vector<std::string>> &rows);
+
+// Replaces each {{name}} in the text by what `value` returns for it. Replacements are not searched again.
+std::string Filled(std::string_view text, const std::function<std::string(std::string_view name)> &value);
+
+}  // namespace nodal
+
+#endif  // NODAL_PAGE_HTML_H

@@ -1,0 +1,47 @@
+#include "tools/nodal/page/page.h"
+
+#include "tools/nodal/capture/host_reading.h"
+#include "tools/nodal/capture/pseudonyms.h"
+#include "tools/nodal/capture/source_header.h"
+#include "tools/nodal/page/document.h"
+#include "tools/nodal/page/page_reader.h"
+#include "tools/nodal/support/output_file.h"
+#include "tools/nodal/support/signals.h"
+#include "tools/nodal/support/text.h"
+
+namespace nodal {
+namespace {
+
+// No view shows them, and reading them is slow.
+constexpr std::string_view kPciDevices = "/hardware/pci";
+
+std::string SourceInWords(const PageOptions &options) {
+  if (!options.cache.empty()) return "snapshot";
+  return options.root.empty() ? "running host" : "saved /proc and /sys";
+}
+
+PageData ReadPage(const PageOptions &options) {
+  std::optional<Pseudonyms> pseudonyms = PseudonymsFor(options.anonymize, options.keyFile);
+  platkit::snapshot::Header header = SourceHeader(options.cache, options.root);
+  if (pseudonyms) AnonymizeHeader(header, *pseudonyms);
+  HostTree host;
+  CachingTree tree(host, ThrowIfSignalled);
+  PathFilter filter({}, kPciDevices);
+  ReadHost(tree, host, filter);
+  PageData data = ReadPageData(tree, pseudonyms ? &*pseudonyms : nullptr);
+  data.host = Printable(header.host);
+  data.time = Printable(header.time);
+  data.source = SourceInWords(options);
+  return data;
+}
+
+}  // namespace
+
+void WritePage(const PageOptions &options) {
+  CatchSignals();
+  const std::string document = Document(ReadPage(options));
+  ThrowIfSignalled();
+  WriteFile(options.output, platkit::Readers::kOwner, document);
+}
+
+}  // namespace nodal

@@ -1,0 +1,24 @@
+// A host as one HTML file.
+#ifndef NODAL_PAGE_PAGE_H
+#define NODAL_PAGE_PAGE_H
+
+#include <string>
+
+namespace nodal {
+
+struct PageOptions {
+  std::string output;
+  bool anonymize = false;
+  std::string keyFile = {};  // as in CaptureOptions
+  // The source that the process reads, as in SourceOptions.
+  std::string cache = {};
+  std::string root = {};
+};
+
+// Writes the page of the host that the process reads. Throws a Failure, also when a signal asks the program to end.
+// Then it leaves no new file.
+void WritePage(const PageOptions &options);
+
+}  // namespace nodal
+
+#endif  // NODAL_PAGE_PAGE_H

@@ -1,0 +1,23 @@
+// The data of a page as JSON, in the form that page/script/data.js reads.
+//
+// Each family of rows has the names of its rows and its records. A record lists the rows that have it, unless all have,
+// and its fields by columns. A column has one entry for each instant: an array with a value for each of these rows, or
+// a single value that all of them have. A value of -1 in a column of amounts means that all bits are set: unlimited in
+// a column marked as a limit, otherwise not available.
+#ifndef NODAL_PAGE_PAGE_JSON_H
+#define NODAL_PAGE_PAGE_JSON_H
+
+#include <string>
+
+#include "tools/nodal/page/page_data.h"
+
+namespace nodal {
+
+std::string PageJson(const PageData &data);
+
+// Whether all ones in a field mean unlimited.
+bool IsLimit(const platkit::RecordLayout &record, const platkit::Field &field);
+
+}  // namespace nodal
+
+#endif  // NODAL_PAGE_PAGE_JSON_H

@@ -1,0 +1,113 @@
+// The figures of the host: see page_json.h for their form.
+
+// Unpacks the compressed JSON of the page.
+async function readData() {
+  const text = atob(document.getElementById('data').textContent);
+  const bytes = Uint8Array.from(text, (character) => character.charCodeAt(0));
+  const stream = new Blob([bytes]).stream().pipeThrough(new DecompressionStream('deflate'));
+  return new Response(stream).json();
+}
+
+// Finds the position of a row in the columns of a record: -1 without the record.
+function positions(record, count) {
+  if (!record.rows) return null;
+  const places = new Int32Array(count).fill(-1);
+  record.rows.forEach((row, position) => (places[row] = position));
+  return places;
+}
+
+class Family {
+  constructor(json) {
+    this.json = json;
+    this.count = json.count;
+    this.columns = new Map();
+    for (const record of json.records) {
+      record.positions = positions(record, json.count);
+      record.reasons = new Map(record.unreadable);
+      for (const field of record.fields) this.columns.set(`${record.record}.${field.name}`, { record, field });
+    }
+  }
+
+  // What the family has under that key for a row, such as a name.
+  of(key, row) {
+    const values = this.json[key];
+    return Array.isArray(values) ? values[row] : values;
+  }
+
+  name(row) {
+    return this.of('name', row);
+  }
+
+  rows() {
+    return Array.from({ length: this.count }, (_, row) => row);
+  }
+
+  // The figure of a row at an instant. `key` is "Record.field".
+  figure(key, row, instant = now.instant) {
+    return new Figure(this, key, row, instant);
+  }
+
+  // The value of a figure; undefined if it is not available or unlimited.
+  value(key, row, instant = now.instant) {
+    return this.figure(key, row, instant).value;
+  }
+
+  hasRecord(name, row) {
+    const record = this.json.records.find((each) => each.record === name);
+    return Boolean(record) && (record.positions ? record.positions[row] >= 0 : this.count > 0);
+  }
+
+  // The records that a row has, or should have.
+  recordsOf(row) {
+    return this.json.records.filter((each) => this.hasRecord(each.record, row) || each.reasons.has(row));
+  }
+}
+
+// The instant that all views show: an index into data.instants.
+const now = { instant: 0 };
+
+// The columns whose figures were looked up since the last call of sources(), by their keys.
+const usedColumns = new Map();
+
+// A value, or the reason why there is none.
+class Figure {
+  constructor(family, key, row, instant) {
+    const { record, field } = family.columns.get(key);
+    usedColumns.set(key.replace(/\[\d+\]/, '[...]'), { record, field });
+    this.family = family;
+    this.key = key;
+    this.row = row;
+    this.record = record;
+    this.field = field;
+    this.raw = rawValue(record, field, row, instant);
+    this.isUnlimited = Boolean(field.limit) && isAllOnes(this.raw, true);
+    const isKnown = this.raw !== null && !this.isUnlimited && !isUnavailable(this.raw, field);
+    this.value = isKnown ? this.raw : undefined;
+  }
+
+  // Why there is no value, in words.
+  get reason() {
+    if (this.raw !== null) return 'the host does not tell it';
+    const status = this.record.reasons.get(this.row);
+    return status ? `could not be read: ${status}` : 'has no such record';
+  }
+}
+
+function rawValue(record, field, row, instant) {
+  const position = record.positions ? record.positions[row] : row;
+  if (position < 0) return null;
+  const values = field.values[Math.min(instant, field.values.length - 1)];
+  return (Array.isArray(values) ? values[position] : values) ?? null;
+}
+
+// Limits close to the largest amount that a kernel expresses mean unlimited, as in the reports.
+const largestLimit = 0xffffffffef;
+
+function isAllOnes(raw, isLimit) {
+  return raw === -1 || (isLimit && raw > largestLimit);
+}
+
+function isUnavailable(raw, field) {
+  if (field.unit === 'boolean') return raw === -1 || raw === 255;
+  return field.unit !== 'ID' && field.unit !== '' && field.unit !== 'bit mask' && isAllOnes(raw, false);
+}

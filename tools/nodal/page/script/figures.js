@@ -1,0 +1,122 @@
+// The host in the words of the views: what its groups, machines and nodes consume and may consume.
+
+const host = {};
+
+const stats = (field) => `GroupMemoryStatsRecord.${field}`;
+const allocation = (field) => `GroupAllocRecord.${field}`;
+const vmm = (field) => `VmmMemoryStatsRecord.${field}`;
+const swapInfo = (field) => `VmSwapInfoRecord.${field}`;
+const world = (field) => `UwMemoryStatsRecord.${field}`;
+const guest = (field) => `GuestStatsRecord.${field}`;
+const whole = (field) => `ComprehensiveRecord.${field}`;
+
+const flag = { vm: 4, userWorld: 8, systemWorld: 16, kernel: 512, container: 2048, vmmSubContainer: 8192 };
+
+function openHost(data) {
+  Object.assign(host, { data, host: new Family(data.families.host), states: new Family(data.families.state) });
+  host.groups = new Family(data.families.group);
+  host.buddies = new Family(data.families.buddy);
+  host.pools = new Family(data.families.pool);
+  host.heaps = new Family(data.families.heap);
+  host.members = membersOf(host.groups);
+  host.machines = host.groups.rows().filter(isMachine);
+}
+
+// The rows of the members of each group.
+function membersOf(groups) {
+  const members = groups.rows().map(() => []);
+  for (let row = 1; row < groups.count; ++row) members[groups.of('parent', row)].push(row);
+  return members;
+}
+
+function hasFlag(row, bit) {
+  return ((host.groups.value('GroupFlagsRecord.flags', row) ?? 0) & bit) !== 0;
+}
+
+function isMachine(row) {
+  return host.groups.hasRecord('VmmMemoryStatsRecord', row);
+}
+
+function kindOf(row) {
+  if (isMachine(row)) return 'virtual machine';
+  if (row === 0) return 'host';
+  if (hasFlag(row, flag.kernel)) return 'kernel';
+  if (hasFlag(row, flag.vmmSubContainer)) return 'monitor';
+  if (hasFlag(row, flag.userWorld)) return 'process';
+  return host.members[row].length > 0 || hasFlag(row, flag.container) ? 'group' : 'world';
+}
+
+// A path of names from the host to the group.
+function ancestry(row) {
+  const path = [];
+  for (let each = row; each >= 0; each = host.groups.of('parent', each)) path.unshift(each);
+  return path;
+}
+
+function limitOf(row) {
+  return host.groups.figure(allocation('max'), row);
+}
+
+// The share of its limit that a group consumes; undefined without a limit.
+function nearness(row) {
+  const limit = limitOf(row).value;
+  const consumed = host.groups.value(stats('consumed'), row);
+  return limit && consumed !== undefined ? consumed / limit : undefined;
+}
+
+// How the page colours a group.
+function nearnessClass(row) {
+  if (host.groups.value(stats('consumed'), row) === undefined) return 'unknown';
+  const part = nearness(row);
+  if (part === undefined) return 'none';
+  return part >= 0.95 ? 'at' : part >= 0.8 ? 'near' : part >= 0.6 ? 'half' : 'far';
+}
+
+// The figure of the memory that a machine or a process has in swap; undefined for other groups.
+function swappedFigure(row) {
+  const groups = host.groups;
+  if (groups.hasRecord('VmSwapInfoRecord', row)) return groups.figure(swapInfo('swapped'), row);
+  return groups.hasRecord('UwMemoryStatsRecord', row) ? groups.figure(world('swapped'), row) : undefined;
+}
+
+function sum(values) {
+  return values.reduce((total, value) => total + (value ?? 0), 0);
+}
+
+// Sum of the available values; undefined without any.
+function sumOfKnown(values) {
+  const known = values.filter((value) => value !== undefined);
+  return known.length > 0 ? sum(known) : undefined;
+}
+
+// Memory that a machine's guest consumes on the host, as vm-stats shows it.
+function guestConsumed(row) {
+  const value = (field) => host.groups.value(vmm(field), row) ?? 0;
+  const mapped = host.groups.value(vmm('mapped'), row);
+  return mapped === undefined ? undefined : value('zipped') + mapped - value('sharedSaved') - value('zipSaved');
+}
+
+const blockKB = 4;
+const orders = 19;
+
+// The free memory of a buddy allocator in blocks of an order or larger.
+function freeKB(row, order) {
+  let kb = 0;
+  for (let each = order; each < orders; ++each) kb += freeBlocks(row, each) * blockKB * 2 ** each;
+  return kb;
+}
+
+function freeBlocks(row, order) {
+  return host.buddies.value(`BuddyComprehensiveRecord.sizes[${order}].free`, row) ?? 0;
+}
+
+// The NUMA nodes with the rows of their allocators; null for allocators without a node.
+function numaNodes() {
+  const nodes = new Map();
+  for (const row of host.buddies.rows()) {
+    if (!host.buddies.hasRecord('BuddyComprehensiveRecord', row)) continue;
+    const node = host.buddies.value('MemNodeRecord.numaNode', row) ?? null;
+    nodes.set(node, [...(nodes.get(node) ?? []), row]);
+  }
+  return [...nodes].map(([node, rows]) => ({ node, rows }));
+}

@@ -1,0 +1,111 @@
+// The table of virtual machines.
+
+const machineTable = { sortedBy: 'size', isAscending: false };
+
+// How the memory of a machine is backed, in the order of its bar. The last part is what nothing backs.
+function backingOf(row) {
+  const value = (field) => host.groups.value(vmm(field), row);
+  const mapped = value('mapped');
+  const shared = value('shared') ?? 0;
+  const parts = [
+    { style: 'mapped', name: 'mapped', kb: mapped === undefined ? 0 : Math.max(mapped - shared, 0) },
+    { style: 'shared', name: 'shared', kb: shared },
+    { style: 'zipped', name: 'compressed', kb: value('zipped') ?? 0 },
+    { style: 'swapped', name: 'swapped', kb: swappedFigure(row)?.value ?? 0 },
+    { style: 'ballooned', name: 'ballooned', kb: value('ballooned') ?? 0 },
+  ];
+  const rest = (value('memSize') ?? 0) - sum(parts.map((part) => part.kb));
+  if (rest > 0) parts.push({ style: 'unbacked', name: 'not backed', kb: rest });
+  return parts;
+}
+
+const machineColumns = [
+  { key: 'name', text: 'machine', value: (row) => host.groups.name(row).toLowerCase(), figure: null },
+  { key: 'size', text: 'memory', figure: (row) => host.groups.figure(vmm('memSize'), row) },
+  { key: 'mapped', text: 'mapped', figure: (row) => host.groups.figure(vmm('mapped'), row) },
+  { key: 'shared', text: 'shared', figure: (row) => host.groups.figure(vmm('shared'), row) },
+  { key: 'zipped', text: 'compressed', figure: (row) => host.groups.figure(vmm('zipped'), row) },
+  { key: 'swapped', text: 'swapped', figure: (row) => swappedFigure(row) },
+  { key: 'ballooned', text: 'ballooned', figure: (row) => host.groups.figure(vmm('ballooned'), row) },
+  { key: 'overhead', text: 'overhead', figure: (row) => host.groups.figure(stats('ovhd'), row) },
+  { key: 'limit', text: 'limit', figure: limitOf },
+  { key: 'total', text: 'guest has', figure: (row) => guestFigure('memTotal', row) },
+  { key: 'needed', text: 'guest needs', figure: (row) => guestFigure('memNeeded', row) },
+];
+
+function guestFigure(field, row) {
+  return host.groups.hasRecord('GuestStatsRecord', row) ? host.groups.figure(guest(field), row) : undefined;
+}
+
+function showMachines() {
+  if (host.machines.length === 0) {
+    show('#machines .body', element('p', { class: 'empty' }, 'No virtual machine runs on this host.'));
+    return;
+  }
+  show('#machines .body', machineLegend(), element('div', { id: 'machine-table' }));
+  drawMachines();
+  document.querySelector('#machines .body').append(sources());
+}
+
+function machineLegend() {
+  const names = { mapped: 'mapped', shared: 'shared', zipped: 'compressed', swapped: 'swapped', ballooned: 'ballooned', unbacked: 'not backed' };
+  return element('ul', { class: 'legend', 'aria-label': 'Parts of a machine\'s memory' },
+    Object.entries(names).map(([style, name]) => element('li', {}, element('span', { class: `swatch ${style}` }), name)),
+    element('li', {}, element('span', { class: 'swatch needs' }), 'what the guest says it needs'));
+}
+
+function sortValue(column, row) {
+  if (column.value) return column.value(row);
+  const figure = column.figure(row);
+  if (!figure) return -2;
+  return figure.isUnlimited ? Infinity : figure.value ?? -1;
+}
+
+function sortedMachines() {
+  const column = machineColumns.find((each) => each.key === machineTable.sortedBy);
+  const direction = machineTable.isAscending ? 1 : -1;
+  const compare = (a, b) => (a < b ? -direction : a > b ? direction : 0);
+  return [...host.machines].sort((a, b) => compare(sortValue(column, a), sortValue(column, b)) || a - b);
+}
+
+function drawMachines() {
+  const longest = Math.max(...host.machines.map((row) => sum(backingOf(row).map((part) => part.kb))), 1);
+  const rows = sortedMachines().map((row) => machineRow(row, longest));
+  const columns = machineColumns.map(headerOf);
+  columns.splice(1, 0, { text: 'backing' });
+  show('#machine-table', scrolling('Virtual machines', table('Virtual machines, and how their memory is backed', columns, rows)));
+}
+
+function headerOf(column) {
+  const isSorted = machineTable.sortedBy === column.key;
+  const sorted = isSorted ? (machineTable.isAscending ? 'ascending' : 'descending') : 'none';
+  const button = element('button', { type: 'button', class: 'sort', onclick: () => sortMachines(column.key) }, column.text);
+  return { button, sorted, right: column.figure !== null };
+}
+
+function sortMachines(key) {
+  const isSame = machineTable.sortedBy === key;
+  machineTable.isAscending = isSame ? !machineTable.isAscending : key === 'name';
+  machineTable.sortedBy = key;
+  drawMachines();
+  const index = machineColumns.findIndex((column) => column.key === key);
+  document.querySelectorAll('#machine-table button.sort')[index].focus();
+}
+
+function machineRow(row, longest) {
+  const cells = machineColumns.slice(1).map((column) => {
+    const figure = column.figure(row);
+    return element('td', { class: 'right' }, figure ? figureElement(figure) : element('span', { class: 'na', title: 'has no such record' }, 'n/a'));
+  });
+  const name = element('a', { href: groupLink(row) }, element('bdi', {}, host.groups.name(row)));
+  return element('tr', {}, element('th', { scope: 'row', class: 'name' }, name), element('td', { class: 'backing' }, machineBar(row, longest)), cells);
+}
+
+function machineBar(row, longest) {
+  const parts = backingOf(row);
+  const words = parts.filter((part) => part.kb > 0).map((part) => `${part.name} ${amountText(part.kb)}`).join(', ');
+  const needed = guestFigure('memNeeded', row)?.value ?? 0;
+  return element('div', { class: 'machine-bar', role: 'img', 'aria-label': words, title: words },
+    element('div', { class: 'bar' }, parts.map((part) => barPart(part.style, part.kb / longest))),
+    needed > 0 && element('div', { class: 'needs', style: { width: `${Math.min(needed / longest, 1) * 100}%` } }));
+}

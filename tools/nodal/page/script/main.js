@@ -1,0 +1,42 @@
+// Replaces the page for readers without scripts by views that can be used.
+
+function showViews() {
+  showOverview();
+  showGroups();
+  showMachines();
+  showNodes();
+  showHeaps();
+}
+
+// Follows links to groups, such as #group-10.
+function followLink() {
+  const match = /^#group-(-?\d+)$/.exec(location.hash);
+  if (!match) return document.getElementById(location.hash.slice(1))?.scrollIntoView();
+  const row = host.groups.rows().find((each) => String(host.groups.of('id', each)) === match[1]);
+  if (row === undefined) return;
+  reveal(row);
+  document.getElementById('groups').scrollIntoView();
+  document.getElementById('panel').focus({ preventScroll: true });
+}
+
+// Opens all details for the printer, and closes them afterwards.
+function prepareForPrinting() {
+  const closed = [...document.querySelectorAll('details.sources:not([open])')];
+  closed.forEach((each) => (each.open = true));
+  addEventListener('afterprint', () => closed.forEach((each) => (each.open = false)), { once: true });
+}
+
+async function start() {
+  openHost(await readData());
+  showViews();
+  followLink();
+  addEventListener('popstate', followLink);
+  addEventListener('beforeprint', prepareForPrinting);
+  document.documentElement.classList.add('ready');
+}
+
+start().catch((error) => {
+  const trouble = document.getElementById('trouble');
+  trouble.hidden = false;
+  trouble.textContent = `This browser cannot show the views: ${error.message}. The tables below have the main figures.`;
+});
