@@ -25,7 +25,7 @@ std::string FindBlockFolder(HostFiles &files, std::string_view nameSpace) {
     if (device.empty() || device.find('/') != std::string::npos) continue;
     const std::string folder = "sys/bus/nd/devices/" + device + "/block";
     std::string disk;
-    if (CountEntries(files, HostPath(folder), disk) == Figure(1)) return folder + "/" + disk;
+    if (CountEntries(files, HostPath(folder), disk) == Figure(1)) return std::string(folder).append("/").append(disk);
   }
   return {};
 }
