@@ -6,13 +6,13 @@
 #include "platkit/linux/files/line_reader.h"
 #include "platkit/linux/files/text_scanner.h"
 #include "platkit/linux/kernel/figure_files.h"
+#include "platkit/linux/kernel/zoneinfo.h"
 
 namespace platkit {
 namespace {
 
 // More than any host has.
 constexpr uint64_t kMaxNumaNodes = 4096;
-constexpr size_t kMaxZones = 1 << 16;
 constexpr size_t kMaxOrders = 64;
 
 // Parses "Node 0, zone Normal 1 6928 4248". False if the line has another form.

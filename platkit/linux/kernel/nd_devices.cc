@@ -9,13 +9,13 @@
 namespace platkit {
 namespace {
 
-constexpr std::string_view kDevices = "sys/bus/nd/devices";
+constexpr std::string_view kNdDevices = "sys/bus/nd/devices";
 
 }  // namespace
 
 HVC_ReturnStatus ListNdDevices(HostFiles &files, std::vector<std::string> &devices) {
   devices.clear();
-  FolderReader folder(files, HostPath(kDevices));
+  FolderReader folder(files, HostPath(kNdDevices));
   for (FolderReader::Entry entry; folder.Next(entry);)
     devices.emplace_back(entry.name);
   if (folder.status() != HVC_OK && folder.status() != HVC_NOT_FOUND) return folder.status();
@@ -26,7 +26,9 @@ HVC_ReturnStatus ListNdDevices(HostFiles &files, std::vector<std::string> &devic
   return HVC_OK;
 }
 
-bool NdDeviceExists(HostFiles &files, std::string_view device) { return files.Exists(HostPath(kDevices, "/", device)); }
+bool NdDeviceExists(HostFiles &files, std::string_view device) {
+  return files.Exists(HostPath(kNdDevices, "/", device));
+}
 
 bool ParseNdNumber(std::string_view device, std::string_view kind, uint64_t &number) {
   TextScanner scanner(device);
@@ -37,12 +39,12 @@ bool ParseNdNumber(std::string_view device, std::string_view kind, uint64_t &num
 std::string ReadNdText(HostFiles &files, std::string_view device, std::string_view file) {
   char buffer[256];
   std::string_view text;
-  if (files.ReadShort(HostPath(kDevices, "/", device, "/", file), buffer, text) != HVC_OK) return {};
+  if (files.ReadShort(HostPath(kNdDevices, "/", device, "/", file), buffer, text) != HVC_OK) return {};
   return std::string(text.substr(0, text.find('\n')));
 }
 
 Figure ReadNdFigure(HostFiles &files, std::string_view device, std::string_view file) {
-  const Figure figure = ReadAmount(files, HostPath(kDevices, "/", device, "/", file));
+  const Figure figure = ReadAmount(files, HostPath(kNdDevices, "/", device, "/", file));
   return figure == Figure::Unlimited() ? Figure::Unreadable() : figure;
 }
 

@@ -11,7 +11,7 @@
 namespace platkit {
 namespace {
 
-constexpr std::string_view kDevices = "sys/bus/pci/devices";
+constexpr std::string_view kPciDevices = "sys/bus/pci/devices";
 
 constexpr PciAddress kMaxAddress = {UINT32_MAX, 255, 31, 7};
 
@@ -68,7 +68,7 @@ HVC_ReturnStatus CheckRegister(const PciRegister &where) {
 }
 
 HostPath ConfigPath(const PciAddress &function) {
-  return HostPath(kDevices, "/", FunctionName(function).view(), "/config");
+  return HostPath(kPciDevices, "/", FunctionName(function).view(), "/config");
 }
 
 // Every function has the first 256 bytes. If the file is shorter, an ordinary user saved it.
@@ -80,7 +80,7 @@ HVC_ReturnStatus StatusPastEnd(const PciRegister &where) {
 
 HVC_ReturnStatus ListPciFunctions(HostFiles &files, std::vector<PciAddress> &functions) {
   functions.clear();
-  FolderReader folder(files, HostPath(kDevices));
+  FolderReader folder(files, HostPath(kPciDevices));
   for (FolderReader::Entry entry; folder.Next(entry);) {
     PciAddress address;
     if (ParseName(entry.name, address)) functions.push_back(address);
@@ -92,8 +92,8 @@ HVC_ReturnStatus ListPciFunctions(HostFiles &files, std::vector<PciAddress> &fun
 HVC_ReturnStatus ReadPciIds(HostFiles &files, const PciAddress &function, PciIds &ids) {
   if (!IsAddress(function)) return HVC_NOT_FOUND;
   const FunctionName name(function);
-  const HVC_ReturnStatus status = ReadId(files, HostPath(kDevices, "/", name.view(), "/vendor"), ids.vendor);
-  return status == HVC_OK ? ReadId(files, HostPath(kDevices, "/", name.view(), "/device"), ids.device) : status;
+  const HVC_ReturnStatus status = ReadId(files, HostPath(kPciDevices, "/", name.view(), "/vendor"), ids.vendor);
+  return status == HVC_OK ? ReadId(files, HostPath(kPciDevices, "/", name.view(), "/device"), ids.device) : status;
 }
 
 HVC_ReturnStatus ReadPciRegister(HostFiles &files, const PciRegister &where, uint32_t &value) {
@@ -111,7 +111,7 @@ HVC_ReturnStatus WritePciRegister(HostFiles &files, const PciRegister &where, in
   HVC_ReturnStatus status = CheckRegister(where);
   if (status != HVC_OK) return status;
   if (value < 0 || value >> (8 * where.size) != 0) return HVC_OUT_OF_RANGE;
-  if (files.Exists(HostPath(kDevices, "/", FunctionName(where.function).view(), "/driver"))) return HVC_BUSY;
+  if (files.Exists(HostPath(kPciDevices, "/", FunctionName(where.function).view(), "/driver"))) return HVC_BUSY;
   const auto bytes = static_cast<uint32_t>(value);
   status = files.WriteAt(ConfigPath(where.function), static_cast<uint32_t>(where.address),
                          std::as_bytes(std::span(&bytes, 1)).first(static_cast<size_t>(where.size)));

@@ -9,9 +9,6 @@
 namespace platkit {
 namespace {
 
-// More than any host has.
-constexpr size_t kMaxZones = 1 << 16;
-
 // Parses "(0, 3019, 5067)".
 Figure HighestOf(std::string_view list) {
   uint64_t highest = 0;

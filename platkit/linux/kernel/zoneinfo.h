@@ -2,6 +2,7 @@
 #ifndef PLATKIT_LINUX_KERNEL_ZONEINFO_H
 #define PLATKIT_LINUX_KERNEL_ZONEINFO_H
 
+#include <cstddef>
 #include <string_view>
 #include <vector>
 
@@ -9,6 +10,8 @@
 #include "platkit/linux/kernel/figure.h"
 
 namespace platkit {
+
+inline constexpr size_t kMaxZones = 1 << 16;  // more than any host has
 
 // In pages. A figure is absent if the zone has no such line.
 struct Zone {

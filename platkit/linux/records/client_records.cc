@@ -4,12 +4,12 @@
 #include <iterator>
 
 #include "platkit/linux/groups/process_memory.h"
+#include "platkit/linux/kernel/page_size.h"
 #include "platkit/linux/kernel/process_limits.h"
 
 namespace platkit {
 namespace {
 
-constexpr uint64_t kLargePageKB = 2048;
 constexpr uint64_t kGiganticPageKB = 1 << 20;
 constexpr uint32_t kNoCount = UINT32_MAX;  // a count that is not available
 
@@ -174,7 +174,7 @@ HVC_ReturnStatus ClientRecords::LargePages(int64_t client, LPageStatsRecord &rec
   const Vmstat &counters = host_.vmstat();
   const Figure gigantic = GiganticPagesInKB(*vm, own, *status);
   const Figure transparent = TransparentPagesInKB(*vm, own, *status, status->hugePages - gigantic);
-  const uint64_t large = Cell((status->hugePages - gigantic + transparent) / kLargePageKB);
+  const uint64_t large = Cell((status->hugePages - gigantic + transparent) / kRecordLargePageKB);
   record.backings2M = large < kNoCount ? static_cast<uint32_t>(large) : kNoCount;
   if (record.backings2M != kNoCount) record.backings1G = static_cast<uint32_t>(Cell(gigantic / kGiganticPageKB));
   record.allocSuccess = Cell(CountOfVm(own, stat.hugeAllocs, counters.hugeAllocs.IfAbsent(Figure(0))));
@@ -201,7 +201,7 @@ Figure ClientRecords::TransparentPagesInKB(Group &vm, Group *own, const ProcessS
   const bool isPossible =
       status.transparentHugePages != Figure(0) && (memory.isAbsent() || memory - status.hugePages != Figure(0));
   if (!isPossible || host_.TransparentPages() == Figure(0)) return Figure(0);
-  const Figure mapped = AbsentIfUnreadable(reader_.GuestPages(vm).large) * kLargePageKB;
+  const Figure mapped = AbsentIfUnreadable(reader_.GuestPages(vm).large) * kRecordLargePageKB;
   if (!mapped.isAbsent()) return Lower(mapped - pooled, memory);
   return (StatOf(own).transparent / 1024).IfAbsent(Figure::Unreadable());
 }

@@ -4,12 +4,12 @@
 
 #include "platkit/linux/files/text_scanner.h"
 #include "platkit/linux/kernel/hugetlb.h"
+#include "platkit/linux/kernel/page_size.h"
 
 namespace platkit {
 namespace {
 
 constexpr uint64_t kSmallPageKB = 4;
-constexpr uint64_t kLargePageKB = 2048;
 
 constexpr std::string_view kNamePrefix = "hugepages-";
 
@@ -68,7 +68,7 @@ HVC_ReturnStatus LargePagePoolRecords::Stats(int64_t memNode, std::string_view n
   if (pageKB == 0) return HVC_NOT_FOUND;
   const HugetlbPool pool = ReadHugetlbPool(files_, folder, pageKB);
   if (pool.pages.isAbsent()) return HVC_NOT_FOUND;
-  record.nrLPages = (pool.pages * pageKB / kLargePageKB).Cell32(0);
+  record.nrLPages = (pool.pages * pageKB / kRecordLargePageKB).Cell32(0);
   record.nrFreeSPages = (pool.free * pageKB / kSmallPageKB).Cell32(0);
   return HVC_OK;
 }

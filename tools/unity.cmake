@@ -1,0 +1,14 @@
+# Compiles the sources of a target that are in one folder together: they are short, and most of the time to compile them
+# is spent in the headers that they share. Names in their anonymous namespaces must then differ.
+function(unite_folders target)
+  if(NOT KESTREL_UNITY)
+    return()
+  endif()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+  get_target_property(sources ${target} SOURCES)
+  foreach(source IN LISTS sources)
+    get_filename_component(folder ${source} DIRECTORY)
+    string(MAKE_C_IDENTIFIER "in_${folder}" group)
+    set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${group})
+  endforeach()
+endfunction()
