@@ -15,6 +15,9 @@ namespace {
 
 const char *programName = "nodal";
 
+// A message can quote a file that it complains about, whose author may have put megabytes there.
+constexpr size_t kMaxMessage = 8192;
+
 }  // namespace
 
 Failure::Failure(std::string_view where, std::string_view what)
@@ -36,7 +39,9 @@ void FinishOutput() {
 void SetProgramName(const char *name) { programName = name; }
 
 void Complain(std::string_view message) {
-  const std::string line = std::string(programName) + ": " + Printable(message) + "\n";
+  const std::string_view end = message.size() > kMaxMessage ? "...\n" : "\n";
+  const std::string line =
+      std::string(programName) + ": " + Printable(message.substr(0, kMaxMessage)) + std::string(end);
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 

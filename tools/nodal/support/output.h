@@ -24,7 +24,7 @@ void FinishOutput();
 // The program's name in its messages (default: nodal). The text must be static.
 void SetProgramName(const char *name);
 
-// Writes a line to standard error, without control characters.
+// Writes a line to standard error, without control characters. Truncates a message of more than 8 KB.
 void Complain(std::string_view message);
 
 // Occupies closed standard descriptors with descriptors on which reading or writing fails. Otherwise the next opened

@@ -55,6 +55,14 @@ TEST(Build, Keys) {
             ": /sched/groups/4/groupFlags: duplicate key 'flags'\n");
 }
 
+// A message that quotes the file must not be as long as the file.
+TEST(Build, LongKeysAndNumbers) {
+  const std::string complaint = Complaint("{\"" + std::string(100'000, 'x') + "\": 1}");
+  EXPECT_TRUE(complaint.starts_with(": unknown key 'xxx") && complaint.ends_with("xxx...\n")) << complaint.size();
+  EXPECT_LT(complaint.size(), 10'000u);
+  EXPECT_LT(Complaint("{\"format\": " + std::string(100'000, '1') + "}").size(), 10'000u);
+}
+
 TEST(Build, Nesting) {
   const auto nested = [](size_t levels) { return std::string(levels, '[') + std::string(levels, ']'); };
   EXPECT_EQ(Complaint(nested(64)), ": expected an object, got an array\n");
