@@ -27,11 +27,11 @@ bool WriteIndexCheck(int fd) {
   unsigned char contents[kContentsBytes];
   if (!ReadAt(fd, contents, 0)) return false;
   unsigned char value[kIndexCheckBytes] = {static_cast<unsigned char>(ValueType::kChecks)};
-  std::vector<unsigned char> slots;
+  std::vector<unsigned char> tableSlots;
   for (uint32_t table = 0; table < kTables; ++table) {
-    slots.resize(uint64_t{cdb_unpack(contents + table * 8 + 4)} * kSlotBytes);
-    if (!ReadAt(fd, slots, cdb_unpack(contents + table * 8))) return false;
-    cdb_pack(Check(std::as_bytes(std::span(slots))), value + 1 + table * 4);
+    tableSlots.resize(uint64_t{cdb_unpack(contents + table * 8 + 4)} * kSlotBytes);
+    if (!ReadAt(fd, tableSlots, cdb_unpack(contents + table * 8))) return false;
+    cdb_pack(Check(std::as_bytes(std::span(tableSlots))), value + 1 + table * 4);
   }
   constexpr size_t kChecked = sizeof value - kCheckBytes;
   cdb_pack(Check(std::as_bytes(std::span(value)).first(kChecked)), value + kChecked);
