@@ -1,6 +1,8 @@
 /*
  * A process with every kind of memory that the reports distinguish. Started under the name and with the arguments of
- * QEMU, it looks like a virtual machine.
+ * QEMU, it looks like a virtual machine. The variable LOAD selects another load:
+ *   fill:N    N MB of anonymous memory
+ *   press:N   the same, which it writes again and again
  *
  * When it is ready, it creates the file "ready.PID" in the current folder and sleeps until it is killed.
  */
@@ -77,7 +79,7 @@ static void UseTransparentHugePages(void) {
   Fill(memory, 8 * kMB);
 }
 
-int main(void) {
+static void UseEveryKind(void) {
   Merge();
   Lock();
   Share();
@@ -85,10 +87,34 @@ int main(void) {
   SwapOut();
   UseHugePages();
   UseTransparentHugePages();
+}
 
+static void TellReady(void) {
   char ready[32];
   snprintf(ready, sizeof ready, "ready.%d", getpid());
   Check(open(ready, O_CREAT | O_WRONLY, 0644) >= 0, ready);
-  for (;;)
-    pause();
+}
+
+int main(void) {
+  const char *load = getenv("LOAD");
+  char *memory = NULL;
+  size_t size = 0;
+  if (load == NULL) {
+    UseEveryKind();
+  } else {
+    const char *megabytes = strchr(load, ':');
+    Check(megabytes != NULL, load);
+    size = strtoul(megabytes + 1, NULL, 10) * kMB;
+    memory = Map(size, MAP_PRIVATE);
+    Check(madvise(memory, size, MADV_NOHUGEPAGE) == 0, "MADV_NOHUGEPAGE");
+    Fill(memory, size);
+  }
+  TellReady();
+  for (;;) {
+    if (load != NULL && *load == 'p') {
+      Fill(memory, size);
+    } else {
+      pause();
+    }
+  }
 }

@@ -15,6 +15,7 @@ import machines
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 MOST_SECONDS = 100
+HELPER = "swtpm"  # a process beside a machine, such as libvirt starts
 LABEL_AREA = 128 << 10  # bytes that QEMU reserves at the end of the memory file
 
 # The kernel modules of the second host, in addition to the modules that they depend on.
@@ -88,7 +89,8 @@ def make_root(folder, programs, kernel, reports):
     for program in programs:
         copy_program(program, f"{folder}/bin/{os.path.basename(program)}")
     # A copy: the program of a machine must be QEMU by its file, not by a link.
-    copy(f"{folder}/bin/memory_load", f"{folder}/bin/{machines.QEMU}")
+    for name in machines.QEMU, HELPER:
+        copy(f"{folder}/bin/memory_load", f"{folder}/bin/{name}")
     for library in libraries_of(*programs):
         copy(library, folder + library if "/ld-" in library else f"{folder}/lib/{os.path.basename(library)}")
     modules = Modules(kernel)
@@ -136,14 +138,14 @@ def make_disk(path, size, labels=b""):
         file.write(labels)
 
 
-def boot(folder, kernel):
-    """Runs the host until it powers off. Returns its console output."""
+def boot(folder, kernel, words):
+    """Runs the host until it powers off, with these words on the kernel's command line. Returns its console output."""
     make_disk(f"{folder}/pmem", 96 << 20, empty_labels())
     make_disk(f"{folder}/disk", 64 << 20)
     make_disk(f"{folder}/large-disk", 800 << 20)
     host = machines.start_qemu(
         [*MACHINE, "-kernel", f"{kernel}/vmlinuz", "-initrd", f"{folder}/root.cpio",
-         "-append", "console=ttyS0 quiet mitigations=off panic=-1"],
+         "-append", f"console=ttyS0 quiet mitigations=off panic=-1 {words}"],
         cwd=folder, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
     try:
         return host.communicate(timeout=MOST_SECONDS)[0].decode(errors="replace")
@@ -152,14 +154,17 @@ def boot(folder, kernel):
         return host.communicate()[0].decode(errors="replace") + f"\nStill on after {MOST_SECONDS} seconds."
 
 
-def run(folder, programs, kernel, reports):
-    """Runs the host and unpacks its results into FOLDER/out. Returns its console output."""
+def prepare(folder, programs, kernel, reports):
     make_root(f"{folder}/root", programs, os.path.abspath(kernel), reports)
     pack(f"{folder}/root", f"{folder}/root.cpio")
-    console = boot(folder, os.path.abspath(kernel))
+
+
+def run(folder, kernel, out, words=""):
+    """Runs the prepared host and unpacks its results into FOLDER/OUT. Returns its console output."""
+    console = boot(folder, os.path.abspath(kernel), words)
     try:
         with tarfile.open(f"{folder}/disk") as archive:
-            archive.extractall(f"{folder}/out")
+            archive.extractall(f"{folder}/{out}")
     except tarfile.ReadError as error:
         raise RuntimeError(f"The host handed nothing over. Its console:\n{console}") from error
     return console

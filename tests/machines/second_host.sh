@@ -6,8 +6,12 @@
 #            changing figures, after their paths, right before (.before) and after (.after) the report
 #   user     the same for an ordinary user
 #   replay   the same from a capture of the host, host.nodal
+#   pressed  a machine that wants more memory than its limit, two groups above it, allows: reports while it waits, with the
+#            files of its group and /proc right before and after
 #   shortage comp-stats while the host is idle (idle), after it has read a disk that is larger than its memory (read; the
 #            pressure at that time is in pressure), and after programs have asked for more memory than there is (filled)
+# With "hierarchy=v1" on the kernel's command line, the memory controller is on version 1 of control groups, and there is
+# only the folder "pressed".
 export PATH=/bin LD_LIBRARY_PATH=/lib
 /bin/busybox --install -s /bin
 out=/tmp/out
@@ -17,7 +21,6 @@ set_up_devices() {
   mount -t sysfs sysfs /sys
   mount -t devtmpfs devtmpfs /dev
   mount -t debugfs debugfs /sys/kernel/debug
-  mount -t cgroup2 cgroup2 /sys/fs/cgroup
   mount -t tmpfs tmpfs /tmp
   while read -r module; do insmod "$module"; done </lib/modules/in-order
 
@@ -37,6 +40,8 @@ set_up_pmem() {
   nd=/sys/bus/nd/devices
   add_namespace 00000000-0000-4000-8000-000000000001 $((32 << 20))
   add_namespace 00000000-0000-4000-8000-000000000002 $((16 << 20))
+  spare=/dev/$(ls "$nd/$namespace/block")
+  mkswap "$spare"
 }
 
 add_namespace() {
@@ -54,18 +59,35 @@ group() {
   for limit; do echo "${limit#*=}" >"/sys/fs/cgroup/$group/memory.${limit%=*}"; done
 }
 
+# Machines in groups as libvirt arranges them: the limits are on the scopes.
+slice=/sys/fs/cgroup/machine.slice
+helped='machine-qemu\x2d1\x2dhelped.scope'
+pressed='machine-qemu\x2d2\x2dpressed.scope'
+
 set_up_groups() {
+  mount -t cgroup2 cgroup2 /sys/fs/cgroup
   echo '+memory' >/sys/fs/cgroup/cgroup.subtree_control
   group outer max=$((160 << 20)) min=$((48 << 20)) low=$((64 << 20))
   echo '+memory' >/sys/fs/cgroup/outer/cgroup.subtree_control
   group outer/inner max=$((96 << 20)) high=$((80 << 20)) min=$((16 << 20)) swap.max=$((32 << 20))
   group outer/machine.scope max=$((80 << 20)) min=$((24 << 20))
+  mkdir $slice
+  echo '+memory' >$slice/cgroup.subtree_control
+  group "machine.slice/$helped" max=$((64 << 20))
+  group "machine.slice/$pressed" max=$((24 << 20))
+  mkdir -p "$slice/$helped/libvirt/emulator" "$slice/$helped/libvirt/swtpm" "$slice/$pressed/libvirt/emulator"
 }
 
 # start GROUP PROGRAM ARGUMENT...
 start() {
+  group=$1
+  shift
+  start_in "/sys/fs/cgroup/$group" "$@"
+}
+
+start_in() {
   (
-    sh -c 'echo $PPID' >"/sys/fs/cgroup/$1/cgroup.procs"
+    sh -c 'echo $PPID' >"$1/cgroup.procs"
     shift
     cd /tmp && exec "$@"
   ) &
@@ -74,8 +96,10 @@ start() {
 start_loads() {
   start outer/inner memory_load
   start outer/machine.scope qemu-system-x86_64 -name guest=second-guest,debug-threads=on -m 20M
+  start "machine.slice/$helped/libvirt/emulator" env LOAD=fill:16 qemu-system-x86_64 -name guest=helped -m 16M
+  start "machine.slice/$helped/libvirt/swtpm" env LOAD=fill:12 swtpm
   waited=0
-  until [ -e /tmp/ready.$! ] && [ "$(ls /tmp/ready.* | wc -l)" -eq 2 ] && merging_is_done; do
+  until [ -e /tmp/ready.$! ] && [ "$(ls /tmp/ready.* | wc -l)" -eq 4 ] && merging_is_done; do
     [ "$waited" -lt 200 ] || { echo 'The loads are not ready.'; break; }
     waited=$((waited + 1))
     usleep 100000
@@ -89,7 +113,8 @@ merging_is_done() { [ "$(cat /sys/kernel/mm/ksm/pages_sharing)" -gt 4000 ]; }
 save_files() {
   for file in /proc/vmstat /proc/zoneinfo /proc/slabinfo /proc/iomem \
     $(ls /tmp/ready.* | sed 's,/tmp/ready.\(.*\),/proc/\1/status /proc/\1/cmdline,') /sys/kernel/mm/ksm/*pages* \
-    /sys/fs/cgroup/outer/memory.* /sys/fs/cgroup/outer/*/memory.* /sys/devices/system/node/node*/hugepages/*/*; do
+    /sys/fs/cgroup/outer/memory.* /sys/fs/cgroup/outer/*/memory.* $slice/*/memory.* /proc/swaps \
+    /sys/kernel/mm/transparent_hugepage/khugepaged/max_ptes_swap /sys/devices/system/node/node*/hugepages/*/*; do
     [ -d "$out/files${file%/*}" ] || mkdir -p "$out/files${file%/*}"
     cat "$file" >"$out/files$file" 2>/dev/null
   done
@@ -116,8 +141,44 @@ watched() {
 
 # With a single program, because starting programs is slow here.
 read_what_moves() {
-  grep '' /proc/meminfo /proc/buddyinfo /sys/fs/cgroup/outer/memory*.current /sys/fs/cgroup/outer/*/memory*.current \
+  grep '' /proc/meminfo /proc/buddyinfo /proc/vmstat /sys/fs/cgroup/outer/memory*.current \
+    /sys/fs/cgroup/outer/*/memory*.current $slice/*/memory*.current /sys/block/zram0/mm_stat >"$folder/$report.$1"
+}
+
+# press_machine FOLDER PRESSURE REPORT...: starts a machine in a folder of control groups, lets it write until the file
+# shows that it has waited for memory for a fifth of ten seconds, stops it, and runs the reports.
+press_machine() {
+  scope=$1/$pressed
+  pressure=$2
+  shift 2
+  folder=$out/pressed
+  mkdir "$folder"
+  start_in "$scope/libvirt/emulator" env LOAD=press:40 qemu-system-x86_64 -name guest=pressed -m 40M
+  machine=$!
+  waited=0
+  until [ -e "/tmp/ready.$machine" ] && grep -q '^some avg10=[2-9][0-9]' "$pressure"; do
+    [ "$waited" -lt 300 ] || { echo 'The pressed machine is not ready.'; break; }
+    waited=$((waited + 1))
+    usleep 100000
+  done
+  kill -STOP "$machine"
+  for report; do
+    read_pressed before
+    kestrel -r "$report" -q >"$folder/$report" 2>"$folder/$report.err"
+    read_pressed after
+  done
+}
+
+read_pressed() {
+  grep '' "/proc/$machine/status" /proc/pressure/memory /sys/block/zram0/mm_stat "$scope"/memory.* 2>/dev/null \
     >"$folder/$report.$1"
+}
+
+# Leaves empty zram as the only swap space. The shortage has filled it.
+empty_swap() {
+  swapoff "$spare"
+  swapoff /dev/zram0
+  swapon /dev/zram0
 }
 
 # Reading a disk fills the memory with pages that can be dropped at once; nobody waits for memory.
@@ -127,6 +188,12 @@ run_out_of_memory() {
   dd if=/dev/vdb of=/dev/null bs=1M 2>/dev/null
   kestrel -r comp-stats -q >$out/shortage/read
   cat /proc/pressure/memory >$out/shortage/pressure
+  if [ -e /sys/kernel/mm/lru_gen/enabled ]; then
+    echo y >/sys/kernel/mm/lru_gen/enabled
+    dd if=/dev/vdb of=/dev/null bs=1M 2>/dev/null
+    kestrel -r comp-stats -q >$out/shortage/read-generations
+    cat /proc/pressure/memory >>$out/shortage/pressure
+  fi
   # The kernel would refuse so much to one program.
   fillers=
   for _ in 1 2; do
@@ -139,10 +206,34 @@ run_out_of_memory() {
 
 as_nobody() { su -s /bin/sh nobody -c 'cd /tmp && exec "$0" "$@"' -- "$@"; }
 
+finish() {
+  tar cf /dev/vda -C $out .
+  sync
+  poweroff -f
+}
+
+# The same machine below a limit of version 1. Its swap space is zram.
+run_on_version_1() {
+  mount -t tmpfs tmpfs /sys/fs/cgroup
+  mkdir -p /sys/fs/cgroup/memory
+  mount -t cgroup -o memory cgroup /sys/fs/cgroup/memory
+  slice=/sys/fs/cgroup/memory/machine.slice
+  mkdir -p "$slice/$pressed/libvirt/emulator"
+  echo $((24 << 20)) >"$slice/$pressed/memory.limit_in_bytes"
+  press_machine $slice /proc/pressure/memory group-stats vm-stats swap-stats uw-stats
+}
+
 set_up_devices
+if grep -qw hierarchy=v1 /proc/cmdline; then
+  mkdir $out
+  cd /tmp || exit
+  run_on_version_1
+  finish
+fi
 set_up_pmem
 set_up_groups
 start_loads
+swapon "$spare"  # after the loads have swapped to zram
 mkdir $out
 cd /tmp || exit
 save_files
@@ -154,6 +245,6 @@ if nodal --help | grep -qw capture; then
   kestrel_options="-c $out/host.nodal" run_reports replay
 fi
 run_out_of_memory
-tar cf /dev/vda -C $out .
-sync
-poweroff -f
+empty_swap
+press_machine $slice "$slice/$pressed/memory.pressure" group-stats vm-stats swap-stats uw-stats
+finish

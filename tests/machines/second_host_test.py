@@ -33,12 +33,17 @@ asyncremap-stats""".split()
 # The namespaces of persistent memory that the host creates, and their sizes.
 REGIONS = {"00000000-0000-4000-8000-000000000001": 32 * MB, "00000000-0000-4000-8000-000000000002": 16 * MB}
 
+# Of these, the regions that are swap space.
+SWAP_REGIONS = {"00000000-0000-4000-8000-000000000002"}
+
 
 def setUpModule():
     if not os.path.exists(f"{KERNEL}/vmlinuz"):
         raise unittest.SkipTest("there is no kernel to start")
     shutil.rmtree(FOLDER, ignore_errors=True)
-    Host.console = second_host.run(FOLDER, PROGRAMS, KERNEL, REPORTS)
+    second_host.prepare(FOLDER, PROGRAMS, KERNEL, REPORTS)
+    Host.console = second_host.run(FOLDER, KERNEL, "out")
+    Version1.console = second_host.run(FOLDER, KERNEL, "v1", "hierarchy=v1")
 
 
 class Host:
@@ -91,12 +96,53 @@ class Host:
         return os.path.exists(f"{cls.folder}/capture.status")
 
     @classmethod
-    def load(cls, program):
-        """The PID and the /proc status of a program's process."""
+    def load(cls, program, guest="second-guest"):
+        """The PID and the /proc status of a program's process; of QEMU, of the machine with this name."""
         for pid in os.listdir(f"{cls.folder}/files/proc"):
-            if pid.isdigit() and cls.file(f"proc/{pid}/cmdline").split("\0")[0] == program:
+            words = cls.file(f"proc/{pid}/cmdline").split("\0") if pid.isdigit() else [""]
+            if words[0] == program and (program != machines.QEMU or words[2].split(",")[0] == f"guest={guest}"):
                 return pid, machines.fields(cls.file(f"proc/{pid}/status"))
         raise AssertionError(f"there is no {program}\n{cls.console}")
+
+
+class Version1(Host):
+    """The results of the host with the memory controller on version 1 of control groups."""
+
+    folder = f"{FOLDER}/v1"
+
+
+class Pressed:
+    """A report on the machine that wants more memory than its limit allows, and the host's files around the report."""
+
+    GUEST = "pressed"
+
+    def __init__(self, host, report):
+        self.rows = machines.rows(host.read(f"pressed/{report}"))
+        self.messages = host.read(f"pressed/{report}.err")
+        self.texts = [host.read(f"pressed/{report}.{moment}") for moment in ("before", "after")]
+
+    def row(self):
+        [row] = [row for row in self.rows if row["name"] == self.GUEST]
+        return row
+
+    def lines(self, file):
+        """What is in a file before and after, by the end of its path."""
+        return ["\n".join(re.findall(rf"^\S*/{re.escape(file)}:(.*)", text, re.M)) for text in self.texts]
+
+    def figures(self, file, key):
+        return [machines.fields(text)[key] for text in self.lines(file)]
+
+    def amounts(self, file):
+        """In KB; the file contains bytes."""
+        return [int(text) // 1024 for text in self.lines(file)]
+
+    def pressures(self, file, kind):
+        """The whole percents of the last ten seconds."""
+        return [int(re.search(rf"^{kind} avg10=(\d+)", text, re.M)[1]) for text in self.lines(file)]
+
+    def zram(self):
+        """The KB that zram devices take."""
+        return [int(text.split()[2]) // 1024 for text in self.lines("zram0/mm_stat")]
 
 
 def free_on(node, buddyinfo):
@@ -167,15 +213,58 @@ class Clients(SecondHost):
         self.assertGreaterEqual(swapped, 6 * MB)
         row = Host.report("vm-stats", ("schedGrp", pid))
         self.assertCells(row, name="second-guest", memSize=20 * MB, min=24 * MB, max=80 * MB, swapped=swapped)
+        self.assertCells(row, memSizeLimit=20 * MB)
         self.assertNear(row["sharedSaved"], 8 * MB, MB, "sharedSaved")
-        self.assertCells(Host.report("swap-stats", ("schedGrp", pid)), name="second-guest", swapped=swapped)
+        swap = Host.report("swap-stats", ("schedGrp", pid))
+        self.assertCells(swap, name="second-guest", swapped=swapped, isSwapping="n")
+        self.assertCells(Host.report("group-stats", ("gid", pid)), throttlePct=100, bMin=24 * MB)
+
+    def test_memory_in_zram(self):
+        pid, status = Host.load(machines.QEMU)
+        row = Host.report("swap-stats", ("schedGrp", pid))
+        self.assertCells(row, llswapped=status["VmSwap"], totalReg=16 * MB - 4, freeReg=16 * MB - 4)
+        [zram] = re.findall(r"^/dev/zram0\s+partition\s+\d+\s+(\d+)", Host.file("proc/swaps"), re.M)
+        memory = [int(text.split()[2]) // 1024 for text in Host.around("swap-stats", "sys/block/zram0/mm_stat")]
+        shares = [amount * status["VmSwap"] // int(zram) for amount in memory]
+        self.assertGreater(min(shares), 0)
+        self.assertBetween(row["llswapUsed"], shares, 256, "llswapUsed")
+
+    def test_swap_traffic(self):
+        pid, _ = Host.load(machines.QEMU)
+        row = Host.report("swap-stats", ("schedGrp", pid))
+        pages = [machines.fields(text)["pswpout"] for text in Host.around("swap-stats", "proc/vmstat")]
+        self.assertGreaterEqual(min(pages) * 4, 12 * MB, "both loads have swapped 6 MB")
+        self.assertBetween(row["gblSwapOut"], [4 * count for count in pages], 0, "gblSwapOut")
+        pages = [machines.fields(text)["pswpin"] for text in Host.around("swap-stats", "proc/vmstat")]
+        self.assertBetween(row["gblSwapIn"], [4 * count for count in pages], 0, "gblSwapIn")
+        cached = [machines.fields(text)["SwapCached"] for text in Host.around("swap-stats", "proc/meminfo")]
+        self.assertBetween(row["gblSwapRead"], cached, 0, "gblSwapRead")
+        counted = re.findall(r"^pswpout (.*)", Host.file("sys/fs/cgroup/outer/machine.scope/memory.stat"), re.M)
+        self.assertCells(row, swapOut=4 * int(counted[0]) if counted else 2**64 - 1)
+
+    def test_a_helper_is_overhead(self):
+        """The limit is on the scope, two groups above the process, as libvirt sets it."""
+        pid, status = Host.load(machines.QEMU, "helped")
+        _, helper = Host.load(second_host.HELPER)
+        row = Host.report("vm-stats", ("schedGrp", pid))
+        self.assertCells(row, name="helped", memSize=16 * MB, max=64 * MB, allocTgt=16 * MB)
+        # The kernel counts the pages of a process with a delay.
+        self.assertNear(row["mapped"], status["RssAnon"], 512, "mapped")
+        [scope] = [row for row in Host.report("group-stats") if row["name"].endswith("helped.scope")]
+        self.assertNear(row["ovhd"], int(scope["consumed"]) - 16 * MB, MB, "ovhd is what else the scope is charged for")
+        self.assertGreaterEqual(int(row["ovhd"]), 12 * MB)
+        self.assertLess(int(row["ovhd"]), helper["RssAnon"] + 8 * MB)
 
     def test_large_pages_of_the_machine(self):
         pid, status = Host.load(machines.QEMU)
         [transparent] = re.findall(r"^anon_thp (.*)", Host.file("sys/fs/cgroup/outer/machine.scope/memory.stat"), re.M)
         self.assertGreater(int(transparent), 0)
         backings = status["HugetlbPages"] // (2 * MB) + int(transparent) // (2 * MB * 1024)
-        self.assertCells(Host.report("lpage-stats", ("schedGrp", pid)), name="second-guest", nrBackings=backings)
+        row = Host.report("lpage-stats", ("schedGrp", pid))
+        self.assertCells(row, name="second-guest", nrBackings=backings)
+        threshold = int(Host.file("sys/kernel/mm/transparent_hugepage/khugepaged/max_ptes_swap"))
+        self.assertGreater(threshold, 0)
+        self.assertCells(row, maxSwapThreshold=threshold)
 
     def test_user_world(self):
         pid, status = Host.load("memory_load")
@@ -184,8 +273,68 @@ class Clients(SecondHost):
         row = Host.report("uw-stats", ("schedGrp", pid))
         self.assertCells(row, type="uw", name="memory_load", memSize=status["VmData"] + status["VmStk"], swapped=status["VmSwap"])
         self.assertCells(row, mapped=status["VmRSS"] + huge, shm=status["RssShmem"], prealloced=huge)
-        self.assertCells(row, pinned=status["VmLck"] + status["VmPin"] + huge)
+        pinned = status["VmLck"] + status["VmPin"]
+        self.assertCells(row, pinned=pinned + huge, pinnedResv=pinned + huge)
+        self.assertCells(row, totalResv=pinned + huge, allocTgt=row["memSize"])
         self.assertNear(row["cow"], 8 * MB, MB, "cow")
+
+
+class PressedMachine(SecondHost):
+    """A machine that wants 40 MB and may have 24 MB. The limit is on its scope, two groups above its process."""
+
+    def pressed(self, report, host=Host):
+        result = Pressed(host, report)
+        self.assertEqual(result.messages, "")
+        return result
+
+    def test_a_machine_at_its_limit_waits(self):
+        swap = self.pressed("swap-stats")
+        self.assertGreaterEqual(min(swap.pressures("memory.pressure", "some")), 1)
+        self.assertCells(swap.row(), isSwapping="y")
+        self.assertBetween(swap.row()["hvcSwapOn"], swap.figures("memory.events", "max"), 0, "hvcSwapOn")
+        self.assertGreater(int(swap.row()["hvcSwapOn"]), 0)
+        group = self.pressed("group-stats")
+        waited = group.pressures("memory.pressure", "full")
+        self.assertGreater(max(waited), 0)
+        self.assertBetween(group.row()["throttlePct"], [100 - share for share in waited], 1, "throttlePct")
+
+    def test_swapped_within_its_limit(self):
+        swap = self.pressed("swap-stats")
+        swapped = swap.figures("status", "VmSwap")
+        self.assertGreater(min(swapped), 12 * MB)
+        for column in "swapped", "llswapped":
+            self.assertBetween(swap.row()[column], swapped, 2 * MB, column)
+        self.assertLessEqual(int(swap.row()["llswapUsed"]), max(swap.zram()))
+        cached = [figure // 1024 for figure in swap.figures("memory.stat", "swapcached")]
+        self.assertBetween(swap.row()["swapRead"], cached, 0, "swapRead")
+        self.assertCells(self.pressed("vm-stats").row(), swapped=swap.row()["swapped"], max=24 * MB, allocTgt=24 * MB)
+        self.assertCells(self.pressed("uw-stats").row(), max=24 * MB, allocTgt=24 * MB)
+
+    def test_peaks(self):
+        group = self.pressed("group-stats")
+        [scope] = [row for row in group.rows if row["name"].endswith("pressed.scope")]
+        self.assertBetween(scope["consumedPeak"], group.amounts("memory.peak"), 0, "consumedPeak")
+        self.assertGreaterEqual(int(scope["consumedPeak"]), 23 * MB)
+        self.assertGreaterEqual(int(scope["memSizePeak"]), int(scope["memSize"]))
+
+    def test_version_1(self):
+        self.assertNotRegex(Version1.console, "not ready|Still on|panic|rror")
+        swap = self.pressed("swap-stats", host=Version1)
+        swapped = swap.figures("status", "VmSwap")
+        self.assertGreater(min(swapped), 12 * MB)
+        self.assertBetween(swap.row()["swapped"], swapped, 2 * MB, "swapped")
+        self.assertBetween(swap.row()["llswapped"], swapped, 2 * MB, "llswapped")
+        hits = [int(text) for text in swap.lines("memory.failcnt")]
+        self.assertGreater(min(hits), 0)
+        self.assertBetween(swap.row()["hvcSwapOn"], hits, 0, "hvcSwapOn")
+        self.assertCells(swap.row(), isSwapping="y")
+        group = self.pressed("group-stats", host=Version1)
+        [scope] = [row for row in group.rows if row["name"].endswith("pressed.scope")]
+        self.assertCells(scope, max=24 * MB)
+        self.assertBetween(scope["consumedPeak"], group.amounts("memory.max_usage_in_bytes"), 0, "consumedPeak")
+        self.assertBetween(scope["consumed"], group.amounts("memory.usage_in_bytes"), 512, "consumed")
+        self.assertCells(self.pressed("vm-stats", host=Version1).row(), max=24 * MB, allocTgt=24 * MB)
+        self.assertCells(self.pressed("uw-stats", host=Version1).row(), max=24 * MB)
 
 
 class WholeHost(SecondHost):
@@ -201,7 +350,13 @@ class WholeHost(SecondHost):
         [row] = Host.report("comp-stats")
         memory = [machines.fields(text) for text in Host.around("comp-stats", "proc/meminfo")]
         self.assertBetween(row["free"], [fields["MemFree"] for fields in memory], 8 * MB, "free")
-        self.assertGreaterEqual(int(row["total"]), memory[0]["MemTotal"])
+        zones = re.split(r"^Node ", Host.file("proc/zoneinfo"), flags=re.M)[1:]
+        amounts = [{key: int(value) for key, value in re.findall(r"^ +(?:pages )?(\w+) +(\d+)$", zone, re.M)}
+                   for zone in zones]
+        self.assertCells(row, total=4 * sum(zone["present"] for zone in amounts), discarded=memory[0].get("HardwareCorrupted", 0))
+        self.assertCells(row, minFree=4 * sum(zone["min"] for zone in amounts if zone["managed"]))
+        [code] = re.findall(r"^ *(\w+)-(\w+) : Kernel code$", Host.file("proc/iomem"), re.M)
+        self.assertCells(row, kernelCode=(int(code[1], 16) - int(code[0], 16) + 1) // 1024)
         self.assertCells(row, memState="High")
 
     def test_a_shortage_is_what_makes_somebody_wait(self):
@@ -212,8 +367,10 @@ class WholeHost(SecondHost):
         idle, read, filled = row("idle"), row("read"), row("filled")
         self.assertEqual(idle["memState"], "High")
         # If this machine is very busy, even a short wait in the emulated one lasts.
-        if float(re.search(r"some avg10=(\S+)", Host.read("shortage/pressure"))[1]) < 5:
+        if max(map(float, re.findall(r"some avg10=(\S+)", Host.read("shortage/pressure")))) < 5:
             self.assertEqual(read, idle, "reading a disk is no shortage")
+            if os.path.exists(f"{Host.folder}/shortage/read-generations"):
+                self.assertEqual(row("read-generations"), idle, "nor is it if the kernel ages memory by generations")
         for column in "numClear", "numSoft", "numHard", "numLow":
             self.assertGreater(int(filled[column]), int(read[column]), column)
 
@@ -255,6 +412,10 @@ class WholeHost(SecondHost):
         names = {row["name"] for row in Host.report("heap-stats")}
         self.assertIn("task_struct", {cache[0] for cache in caches})
         self.assertIn("task_struct", names)
+        [cache] = [cache for cache in caches if cache[0] == "task_struct"]
+        row = Host.report("heap-stats", ("name", "task_struct"))
+        self.assertCells(row, avgAllocSize=cache[3], numReqsPerGrowth=cache[4])
+        self.assertNear(row["numRanges"], int(cache[14]), 20, "num_slabs")
 
     def test_persistent_memory(self):
         regions = {row["regionUuid"]: row for row in Host.report("pmem-region-stats")}
@@ -262,10 +423,16 @@ class WholeHost(SecondHost):
         for region, size in REGIONS.items():
             blocks = size // (2 * MB)
             self.assertCells(regions[region], uuid=volume["uuid"], size=size, allocated2MBlks=blocks)
-            self.assertCells(regions[region], numaAffinityMask="0x2")
+            self.assertCells(regions[region], reserved2MBlks=blocks)
+            self.assertCells(regions[region], numaAffinityMask="0x2", numOpened=int(region in SWAP_REGIONS))
             own = [row for row in Host.report("pmem-region-numa-stats") if row["regionUuid"] == region]
             self.assertEqual([(row["numaNode"], row["num2MAllocated"]) for row in own], [("1", str(blocks))])
-        self.assertEqual({row["numaNode"] for row in Host.report("pmem-extent-stats")}, {"1"})
+        self.assertCells(volume, total2MBlocks=47, alloc2MBlocks=24, resvd2MBlocks=24, avail2MBlocks=16)
+        [extent] = Host.report("pmem-extent-stats")
+        [memory] = re.findall(r"^ *(\w+)-(\w+) : Persistent Memory$", Host.file("proc/iomem"), re.M)
+        first, last = (int(address, 16) // 4096 for address in memory)
+        self.assertCells(extent, numaNode=1, startBlk=0, endBlk=47, startMPN=first)
+        self.assertNear(extent["endMPN"], last, 32, "the last address, before the labels")
 
 
 class Capture(SecondHost):

@@ -106,7 +106,11 @@ HVC_ReturnStatus PmemRecords::StoreInfo(std::string_view name, RegionStoreRecord
   const Figure freeSlots = FreeSlots(ModulesOf(*volume));
   record.totalBlocks = blocks.Cell(0);
   record.availableBlocks = available.Cell(0);
-  record.allocatedBlocks = record.reservedBlocks = (blocks - available).Cell(0);
+  // What is neither allocated nor available is too small for the alignment of a namespace.
+  Figure allocated(0);
+  for (Region &region : RegionsOf(*volume))
+    allocated = allocated + BlocksRoundedUp(SizeOf(region));
+  record.allocatedBlocks = record.reservedBlocks = allocated.Cell(0);
   record.freeRegions = freeSlots.Cell32(0);
   record.totalRegions = (Figure(regions.size()) + freeSlots).Cell32(0);
   return HVC_OK;
