@@ -1,5 +1,6 @@
 #include "tools/nodal/page/html.h"
 
+#include <cmath>
 #include <cstdio>
 #include <iterator>
 
@@ -29,8 +30,9 @@ std::string AmountText(std::optional<uint64_t> kb) {
   for (; amount >= 1000 && unit + 1 < std::size(kUnits); ++unit)
     amount /= 1024;
   const int digits = unit == 0 || amount >= 100 ? 0 : amount >= 10 ? 1 : 2;
+  const double scale = digits == 0 ? 1 : digits == 1 ? 10 : 100;
   char text[64];
-  std::snprintf(text, sizeof text, "%.*f %s", digits, amount, kUnits[unit]);
+  std::snprintf(text, sizeof text, "%.*f %s", digits, std::floor(amount * scale + 0.5) / scale, kUnits[unit]);
   return text;
 }
 

@@ -112,8 +112,8 @@ TEST(Page, TellsWhatCouldNotBeRead) {
   const Scratch scratch;
   const std::string snapshot = Built(scratch, HostOf(R"(
     "/sched/groups/0/groupName": {"name": "top"}, "/sched/groups/0/members/groups": [],
-    "/sched/groups/0/stats/memoryStats": {"status": "No permission"},
-    "/system/heaps": {"status": "No permission"})"));
+    "failed:/sched/groups/0/stats/memoryStats": {"status": "No permission"},
+    "failed:/system/heaps": {"status": "No permission"})"));
   const Json data = DataOf(PageOf(scratch, snapshot));
   EXPECT_EQ(data["unreadableLists"], Json::parse(R"([["/system/heaps", "No permission"]])"));
   const Json &records = data["families"]["group"]["records"];
