@@ -154,6 +154,8 @@ bool SnapshotWriter::WriteDatabase(int fd) const {
   // Also releases the memory of the database, and must do so after a failure.
   const int failure = errno;
   const bool finished = cdb_make_finish(&database) == 0;
+  // libcdb reports a failed allocation in it as ENOENT.
+  if (!finished && errno == ENOENT) errno = ENOMEM;
   if (!ok) errno = failure;
   return ok && finished && WriteIndexCheck(fd);
 }
