@@ -225,10 +225,12 @@ Outcome Run(const Command &command) {
 
 void Preload(Command &command, const std::string &library) {
   command.environment.emplace_back("LD_PRELOAD", PathForPreload(library));
-  // Without these options, the sanitizers require that they are loaded first and that each object is defined once.
+  // Without these options, the sanitizers require that they are loaded first and that each object is defined once, and
+  // start a symbolizer, which would load the library too and fail.
   const char *given = std::getenv("ASAN_OPTIONS");
-  command.environment.emplace_back("ASAN_OPTIONS", (given == nullptr ? "" : std::string(given) + ":") +
-                                                       "verify_asan_link_order=0:detect_odr_violation=0:exitcode=99");
+  command.environment.emplace_back("ASAN_OPTIONS",
+                                   (given == nullptr ? "" : std::string(given) + ":") +
+                                       "verify_asan_link_order=0:detect_odr_violation=0:symbolize=0:exitcode=99");
 }
 
 std::ostream &operator<<(std::ostream &stream, const Outcome &outcome) {
