@@ -1,0 +1,68 @@
+// The format of a history's segments, shared by the reader and the writer. docs/history.md describes it in full.
+#ifndef PLATKIT_HISTORY_FORMAT_H
+#define PLATKIT_HISTORY_FORMAT_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "platkit/definitions.h"
+
+namespace platkit::history {
+
+inline constexpr int64_t kNanosInSecond = 1'000'000'000;
+
+// The clocks when a sample was taken, in nanoseconds. Their differences between two samples tell why time is missing:
+// the boot clock runs while the machine sleeps, the monotonic clock does not, and only the wall clock can be set.
+struct SampleTime {
+  int64_t wall;       // CLOCK_REALTIME
+  int64_t boot;       // CLOCK_BOOTTIME
+  int64_t monotonic;  // CLOCK_MONOTONIC
+
+  auto operator<=>(const SampleTime &) const = default;
+};
+
+// What a writer knows about a sample besides its entries.
+enum Mark : uint8_t {
+  kNoMark = 0,
+  kRecorderStarted = 1,  // the first sample of a recorder
+  kThinned = 2,          // samples between this one and the one before were removed
+};
+
+struct SampleInfo {
+  static constexpr uint64_t kUnknown = UINT64_MAX;
+
+  SampleTime time;
+  uint64_t availableBytes = kUnknown;  // the memory available; thinning keeps the sample with the least
+  uint8_t marks = kNoMark;             // of Mark
+};
+
+// The host that was sampled. Each key frame has a copy.
+struct HostHeader {
+  Definitions definitions;
+  std::string host;                    // its name
+  std::string kernel;                  // its release, such as 6.1.0-18-amd64
+  std::array<std::byte, 16> bootId{};  // of this boot; all zeros if unknown
+  uint32_t intervalMillis = 0;         // the time between two samples that the recorder aims at
+
+  bool operator==(const HostHeader &other) const {
+    return definitions.signature == other.definitions.signature && definitions.build == other.definitions.build &&
+           host == other.host && kernel == other.kernel && bootId == other.bootId &&
+           intervalMillis == other.intervalMillis;
+  }
+};
+
+// Limits. A reader checks them before it takes memory; a writer refuses what exceeds them.
+inline constexpr size_t kMaxPayloadBytes = size_t{16} << 20;
+inline constexpr uint32_t kMaxEntries = 1u << 22;                // of a sample
+inline constexpr size_t kMaxSampleBytes = size_t{512} << 20;     // keys and payloads of a sample
+inline constexpr size_t kMaxHostText = 255;                      // of each text of a HostHeader
+inline constexpr uint64_t kMaxSegmentBytes = uint64_t{4} << 30;  // of a file
+inline constexpr uint32_t kMaxFrames = 1u << 20;                 // of a segment
+inline constexpr size_t kMaxSegments = size_t{1} << 18;          // of a history: 30 years
+
+}  // namespace platkit::history
+
+#endif  // PLATKIT_HISTORY_FORMAT_H

@@ -1,0 +1,68 @@
+// The folder of a history: one file, called a segment, for each hour of the wall clock.
+//
+// A segment's name is its hour in UTC, such as 2026-11-21T03Z.history. Other files in the folder do not belong to the
+// history. Everything is opened relative to the open folder, and symbolic links are not followed.
+#ifndef PLATKIT_HISTORY_HISTORY_FOLDER_H
+#define PLATKIT_HISTORY_HISTORY_FOLDER_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platkit/status.h"
+
+namespace platkit::history {
+
+// The name of a segment, or the hour that it stands for. Order: time.
+class SegmentName {
+ public:
+  // The segment for samples at this wall time, in nanoseconds since 1970. Times before 1970 belong to its first hour.
+  static SegmentName At(int64_t wall);
+
+  // Nothing if `text` is not the name of a segment.
+  static std::optional<SegmentName> Parse(std::string_view text);
+
+  std::string text() const;
+  int64_t hour() const { return hour_; }  // hours since 1970
+
+  auto operator<=>(const SegmentName &) const = default;
+
+ private:
+  explicit SegmentName(int64_t hour) : hour_(hour) {}
+
+  int64_t hour_;
+};
+
+class HistoryFolder {
+ public:
+  HistoryFolder() = default;
+  ~HistoryFolder();
+  HistoryFolder(const HistoryFolder &) = delete;
+  HistoryFolder &operator=(const HistoryFolder &) = delete;
+
+  // Opens the folder. REQUIRES: none is open.
+  //
+  // HVC_NOT_FOUND: no such folder, or not a folder. Other statuses as for StatusOfErrno.
+  [[nodiscard]] HVC_ReturnStatus Open(const char *path);
+
+  int fd() const { return fd_; }
+
+  // Lists the names of the segments, in the order of time.
+  //
+  // HVC_LIMIT_EXCEEDED: more than kMaxSegments. HVC_IO_ERROR.
+  [[nodiscard]] HVC_ReturnStatus List(std::vector<SegmentName> &names) const;
+
+ private:
+  int fd_ = -1;
+};
+
+// Opens a file of the folder, which must be a regular file and no symbolic link. `flags` as for open(2).
+//
+// HVC_NOT_A_SNAPSHOT: not a regular file. Other statuses as for StatusOfErrno.
+[[nodiscard]] HVC_ReturnStatus OpenSegmentFile(int folder, const char *name, int flags, int &fd);
+
+}  // namespace platkit::history
+
+#endif  // PLATKIT_HISTORY_HISTORY_FOLDER_H

@@ -1,0 +1,73 @@
+// Reads the samples of a segment.
+//
+// The file may be hostile, and it may change while it is read: it is read with pread into memory of the reader's own,
+// and checked there. Every size in it is checked against the limits of the format before memory is taken.
+//
+// If memory runs out, an operation throws std::bad_alloc or returns HVC_NO_MEMORY. The reader can be used again.
+#ifndef PLATKIT_HISTORY_SEGMENT_READER_H
+#define PLATKIT_HISTORY_SEGMENT_READER_H
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "platkit/history/format.h"
+#include "platkit/history/sample.h"
+#include "platkit/status.h"
+
+namespace platkit::history {
+
+// A part of a segment that is no valid frame: from byte `start`, `bytes` long.
+struct DamagedPart {
+  uint64_t start;
+  uint64_t bytes;
+  bool isIncompleteEnd;  // a frame that the file ends in: it is being written, or its writer was stopped
+};
+
+class SampleTable;
+
+class SegmentReader {
+ public:
+  SegmentReader();
+  ~SegmentReader();
+  SegmentReader(const SegmentReader &) = delete;
+  SegmentReader &operator=(const SegmentReader &) = delete;
+
+  // Opens the segment `name` of an open folder, and finds its frames from their heads. A later frame of a growing
+  // segment is not seen.
+  //
+  // HVC_NOT_A_SNAPSHOT: not a regular file, or without any frame. HVC_SNAPSHOT_TOO_NEW: of a newer format.
+  // HVC_LIMIT_EXCEEDED: larger than a segment can be. Other statuses as for StatusOfErrno.
+  [[nodiscard]] HVC_ReturnStatus Open(int folder, const char *name);
+
+  // A sample, by its place in the segment.
+  struct Frame {
+    uint64_t start;  // byte in the file
+    uint32_t bytes;
+    bool isKey;
+    bool isEnd;          // no sample: the recorder ended by itself
+    bool followsDamage;  // a damaged part lies between the frame before and this one
+    SampleInfo info;
+    uint32_t check;  // identifies the frame
+    uint32_t base;   // the frame that this one continues
+  };
+  const std::vector<Frame> &frames() const;
+  const std::vector<DamagedPart> &damage() const;
+
+  // Reads the sample of a frame. Reading the frames in order decodes each of them once.
+  //
+  // HVC_SNAPSHOT_DAMAGED: the frame, or one between it and the key frame before, is damaged. HVC_NOT_FOUND: an end
+  // frame. HVC_IO_ERROR.
+  [[nodiscard]] HVC_ReturnStatus Read(size_t frame, Sample &sample);
+
+  // The host of the sample that was read last.
+  const HostHeader &host() const;
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace platkit::history
+
+#endif  // PLATKIT_HISTORY_SEGMENT_READER_H

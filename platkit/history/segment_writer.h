@@ -1,0 +1,93 @@
+// Appends samples to a segment.
+//
+// Each sample is one frame, written by one system call. A frame that could not be written whole is removed again, so
+// the segment ends with a whole frame unless the process or the machine stopped during the call.
+//
+// If memory runs out, an operation throws std::bad_alloc or returns HVC_NO_MEMORY; nothing is written then.
+#ifndef PLATKIT_HISTORY_SEGMENT_WRITER_H
+#define PLATKIT_HISTORY_SEGMENT_WRITER_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "platkit/history/format.h"
+#include "platkit/history/sample.h"
+#include "platkit/status.h"
+
+namespace platkit::history {
+
+class FrameEncoder;
+
+class SegmentWriter {
+ public:
+  // The time between two key frames. A damaged frame costs the samples up to the next key frame. Samples that are a
+  // minute apart need more time between key frames than those of a recorder, or all their frames are key frames.
+  static constexpr int64_t kKeyInterval = 60 * kNanosInSecond;
+
+  explicit SegmentWriter(int64_t keyInterval = kKeyInterval);
+  ~SegmentWriter();
+  SegmentWriter(const SegmentWriter &) = delete;
+  SegmentWriter &operator=(const SegmentWriter &) = delete;
+
+  // Opens the segment `name` (SegmentName::text, or a temporary name) of an open folder, or creates it, readable by
+  // its owner only. Removes an incomplete frame from its end. The next frame is a key frame. Closes the segment that
+  // was open before.
+  //
+  // HVC_NOT_A_SNAPSHOT: not a regular file, or not a segment. HVC_SNAPSHOT_TOO_NEW: of a newer format.
+  // HVC_LIMIT_EXCEEDED: the segment is full. Other statuses as for StatusOfErrno.
+  [[nodiscard]] HVC_ReturnStatus Open(int folder, const char *name);
+
+  // Appends a sample, and exchanges it with the sample before: `sample` then has the entries of the earlier sample,
+  // for the caller to clear, and last() those of this one. Sorts the entries. After a failure, the sample keeps its
+  // entries, and the segment is as before.
+  //
+  // HVC_ALREADY_EXISTS: two entries have the same key. HVC_LIMIT_EXCEEDED: the sample exceeds a limit of the format, or
+  // the segment is full. HVC_BAD_PARAM: no segment is open, a text of the header contains a NUL, or a type is not one
+  // of an entry. Other statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors: the disk is full, or
+  // failed.
+  [[nodiscard]] HVC_ReturnStatus Append(const HostHeader &host, const SampleInfo &info, Sample &sample);
+
+  // Appends a frame without a sample that says that the recorder ended by itself. Statuses as for Append.
+  [[nodiscard]] HVC_ReturnStatus AppendEnd(const SampleTime &time);
+
+  // Waits until everything is on the disk, which may take long. Statuses as for Append.
+  [[nodiscard]] HVC_ReturnStatus Sync();
+
+  void Close();
+
+  bool isOpen() const { return fd_ >= 0; }
+
+  // The size of the open segment, and of the frame that was written last, in bytes.
+  uint64_t segmentBytes() const { return segmentBytes_; }
+  uint64_t frameBytes() const { return frameBytes_; }
+
+  // The bytes of an incomplete frame that Open removed.
+  uint64_t removedBytes() const { return removedBytes_; }
+
+  // The sample that was appended last, also after Close; empty before the first one.
+  const Sample &last() const { return last_; }
+
+  // Whether the next frame will be a key frame for a sample at this time and of this host.
+  bool NeedsKeyFrame(const HostHeader &host, const SampleTime &time) const;
+
+ private:
+  HVC_ReturnStatus FindEnd();
+  HVC_ReturnStatus Write(std::span<const std::byte> frame);
+
+  const int64_t keyInterval_;
+  int fd_ = -1;
+  uint64_t segmentBytes_ = 0;
+  uint64_t frameBytes_ = 0;
+  uint64_t removedBytes_ = 0;
+  uint32_t frames_ = 0;
+  bool hasChain_ = false;  // the segment ends with the frame of last_
+  SampleTime keyTime_ = {};
+  HostHeader host_;
+  Sample last_;
+  std::unique_ptr<FrameEncoder> encoder_;
+};
+
+}  // namespace platkit::history
+
+#endif  // PLATKIT_HISTORY_SEGMENT_WRITER_H
