@@ -2,6 +2,7 @@
 #ifndef PLATKIT_HISTORY_FORMAT_H
 #define PLATKIT_HISTORY_FORMAT_H
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -55,13 +56,19 @@ struct HostHeader {
 };
 
 // Limits. A reader checks them before it takes memory; a writer refuses what exceeds them.
-inline constexpr size_t kMaxPayloadBytes = size_t{16} << 20;
+inline constexpr size_t kMaxPayloadBytes = size_t{4} << 20;
 inline constexpr uint32_t kMaxEntries = 1u << 22;                // of a sample
-inline constexpr size_t kMaxSampleBytes = size_t{512} << 20;     // keys and payloads of a sample
+inline constexpr size_t kMaxSampleBytes = size_t{256} << 20;     // keys and payloads of a sample
 inline constexpr size_t kMaxHostText = 255;                      // of each text of a HostHeader
 inline constexpr uint64_t kMaxSegmentBytes = uint64_t{4} << 30;  // of a file
 inline constexpr uint32_t kMaxFrames = 1u << 20;                 // of a segment
 inline constexpr size_t kMaxSegments = size_t{1} << 18;          // of a history: 30 years
+
+// The largest sample in a segment of this size. A small file cannot make a reader take much memory.
+constexpr size_t MaxSampleBytes(uint64_t segmentBytes) {
+  constexpr uint64_t kAlways = uint64_t{32} << 20, kRatio = 1024;
+  return static_cast<size_t>(std::min<uint64_t>(kMaxSampleBytes, kAlways + kRatio * segmentBytes));
+}
 
 }  // namespace platkit::history
 

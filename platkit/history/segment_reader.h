@@ -24,7 +24,7 @@ struct DamagedPart {
   bool isIncompleteEnd;  // a frame that the file ends in: it is being written, or its writer was stopped
 };
 
-class SampleTable;
+class KeyFilter;
 
 class SegmentReader {
  public:
@@ -40,6 +40,9 @@ class SegmentReader {
   // HVC_LIMIT_EXCEEDED: larger than a segment can be. Other statuses as for StatusOfErrno.
   [[nodiscard]] HVC_ReturnStatus Open(int folder, const char *name);
 
+  // Reads an open regular file, which is closed with the reader. Statuses as above.
+  [[nodiscard]] HVC_ReturnStatus Open(int fd);
+
   // A sample, by its place in the segment.
   struct Frame {
     uint64_t start;  // byte in the file
@@ -48,8 +51,9 @@ class SegmentReader {
     bool isEnd;          // no sample: the recorder ended by itself
     bool followsDamage;  // a damaged part lies between the frame before and this one
     SampleInfo info;
-    uint32_t check;  // identifies the frame
-    uint32_t base;   // the frame that this one continues
+    uint32_t entries;  // of the sample
+    uint32_t check;    // identifies the frame
+    uint32_t base;     // the frame that this one continues
   };
   const std::vector<Frame> &frames() const;
   const std::vector<DamagedPart> &damage() const;
@@ -59,6 +63,16 @@ class SegmentReader {
   // HVC_SNAPSHOT_DAMAGED: the frame, or one between it and the key frame before, is damaged. HVC_NOT_FOUND: an end
   // frame. HVC_IO_ERROR.
   [[nodiscard]] HVC_ReturnStatus Read(size_t frame, Sample &sample);
+
+  // Selects the entries that later samples have; null: all of them. A reader that follows a few entries is much faster
+  // this way, but finds damage only in what it reads. The filter must live as long as the reader uses it.
+  void Select(const KeyFilter *filter);
+
+  // The size of the segment when it was opened.
+  uint64_t bytes() const;
+
+  // Reads only the host of a sample. Statuses as for Read.
+  [[nodiscard]] HVC_ReturnStatus ReadHost(size_t frame, HostHeader &host);
 
   // The host of the sample that was read last.
   const HostHeader &host() const;

@@ -72,7 +72,7 @@ class SegmentWriter {
   bool NeedsKeyFrame(const HostHeader &host, const SampleTime &time) const;
 
  private:
-  HVC_ReturnStatus FindEnd();
+  HVC_ReturnStatus FindEnd(int folder, const char *name);
   HVC_ReturnStatus Write(std::span<const std::byte> frame);
 
   const int64_t keyInterval_;

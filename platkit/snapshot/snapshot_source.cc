@@ -1,11 +1,11 @@
 #include "platkit/snapshot/snapshot_source.h"
 
-#include <algorithm>
 #include <bitset>
 #include <cstring>
 #include <new>
 
 #include "platkit/path.h"
+#include "platkit/snapshot/list_value.h"
 #include "platkit/snapshot/snapshot_file.h"
 
 namespace platkit {
@@ -110,40 +110,13 @@ HVC_ReturnStatus SnapshotSource::StatusOfWrongSize(const RecordPlace &place) con
   return type == ValueType::kRecord ? HVC_WRONG_SIZE : HVC_SNAPSHOT_DAMAGED;
 }
 
-HVC_ReturnStatus AddIntegers(std::span<const std::byte> payload, ParamList &list) {
-  if (payload.size() % sizeof(int64_t) != 0) return HVC_SNAPSHOT_DAMAGED;
-  list.Expect(payload.size() / sizeof(int64_t));
-  for (size_t i = 0; i < payload.size(); i += sizeof(int64_t)) {
-    int64_t integer;
-    std::memcpy(&integer, payload.data() + i, sizeof integer);
-    const HVC_ReturnStatus status = list.Add(integer);
-    if (status != HVC_OK) return status;
-  }
-  return HVC_OK;
-}
-
-HVC_ReturnStatus AddTexts(std::string_view texts, ParamList &list) {
-  if (!texts.empty() && texts.back() != '\0') return HVC_SNAPSHOT_DAMAGED;
-  list.Expect(static_cast<uint64_t>(std::count(texts.begin(), texts.end(), '\0')));
-  while (!texts.empty()) {
-    const size_t length = texts.find('\0');
-    const HVC_ReturnStatus status = list.Add(texts.substr(0, length));
-    if (status != HVC_OK) return status;
-    texts.remove_prefix(length + 1);
-  }
-  return HVC_OK;
-}
-
 HVC_ReturnStatus SnapshotSource::List(const Node &node, Arguments arguments, ParamList &list) {
-  const bool integers = node.entry.kind == ParamKind::kInt;
   RecordPlace place;
   HVC_ReturnStatus status = Locate(node, arguments, place);
   if (status != HVC_OK) return status;
   Value value;
   status = file_.Read(place, value);
-  if (status != HVC_OK) return status;
-  if (value.type != (integers ? ValueType::kIntegers : ValueType::kTexts)) return HVC_SNAPSHOT_DAMAGED;
-  return integers ? AddIntegers(value.payload, list) : AddTexts(value.text(), list);
+  return status == HVC_OK ? snapshot::AddEntries(node, value, list) : status;
 }
 
 }  // namespace

@@ -1,0 +1,82 @@
+// Encodes samples as frames.
+#ifndef PLATKIT_HISTORY_FRAME_ENCODER_H
+#define PLATKIT_HISTORY_FRAME_ENCODER_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platkit/history/entry_chunk.h"
+#include "platkit/history/frame.h"
+#include "platkit/history/sample.h"
+#include "platkit/status.h"
+
+struct ZSTD_CCtx_s;
+
+namespace platkit::history {
+
+class FrameEncoder {
+ public:
+  FrameEncoder();
+  ~FrameEncoder();
+  FrameEncoder(const FrameEncoder &) = delete;
+  FrameEncoder &operator=(const FrameEncoder &) = delete;
+
+  // Encode a sample, whose entries are sorted, as a key frame, or as the frame after the one that was accepted last;
+  // `before` is the sample of that one. The frame stays valid until the next call.
+  //
+  // HVC_LIMIT_EXCEEDED: the frame exceeds a limit of the format.
+  [[nodiscard]] HVC_ReturnStatus EncodeKey(const HostHeader &host, const SampleInfo &info, const Sample &sample);
+  [[nodiscard]] HVC_ReturnStatus EncodeDelta(const SampleInfo &info, const Sample &sample, const Sample &before);
+  [[nodiscard]] HVC_ReturnStatus EncodeEnd(const SampleTime &time);
+
+  std::span<const std::byte> frame() const { return frame_; }
+
+  // The frame was written: the next one may continue it.
+  void Accept();
+
+ private:
+  struct Change {
+    uint32_t id;
+    size_t index;   // in the sample
+    size_t before;  // in the sample before
+  };
+
+  void Begin();
+  HVC_ReturnStatus Finish(FrameKind kind, const SampleInfo &info, uint32_t entries);
+  HVC_ReturnStatus AddEntries(const Sample &sample, std::span<const size_t> indexes);
+  HVC_ReturnStatus AddChanges(const Sample &sample, const Sample &before);
+  HVC_ReturnStatus AddRemoved();
+  void Compare(const Sample &sample, const Sample &before);
+  HVC_ReturnStatus AddChunk(ChunkKind kind, std::span<const std::byte> raw, uint32_t firstId, uint32_t lastId,
+                            std::string_view firstKey = "");
+  void Mask();
+
+  ByteVector frame_;
+  ByteVector directory_;
+  ByteVector body_;
+  ByteVector raw_;
+  ByteVector coded_;
+  ByteVector compressed_;
+  uint16_t chunks_ = 0;
+  uint32_t base_ = 0;          // the check of the accepted frame
+  uint32_t nextId_ = 0;        // of the accepted frame
+  std::vector<uint32_t> ids_;  // of the entries of the accepted sample
+  // Of the frame that is encoded.
+  uint32_t newNextId_ = 0;
+  std::vector<uint32_t> newIds_;
+  std::vector<size_t> added_;
+  std::vector<Change> changes_;
+  std::vector<uint32_t> removed_;
+  EntryChunkWriter entries_;
+  struct FreeContext {
+    void operator()(ZSTD_CCtx_s *context) const;
+  };
+  std::unique_ptr<ZSTD_CCtx_s, FreeContext> context_;
+};
+
+}  // namespace platkit::history
+
+#endif  // PLATKIT_HISTORY_FRAME_ENCODER_H

@@ -1,0 +1,123 @@
+#include "platkit/history/moment.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <ctime>
+
+namespace platkit::history {
+namespace {
+
+// 9999-12-31T23:59:59Z. Later times have no text of the usual form.
+constexpr int64_t kLastSecond = 253'402'300'799;
+
+std::optional<int64_t> ParseNumber(std::string_view text) {
+  int64_t number = 0;
+  const char *end = text.data() + text.size();
+  const auto parsed = std::from_chars(text.data(), end, number);
+  const bool isNumber = !text.empty() && text[0] != '-' && parsed.ec == std::errc() && parsed.ptr == end;
+  return isNumber && number <= kLastSecond ? std::optional(number) : std::nullopt;
+}
+
+// Whether the text has the form: '0' stands for a digit, '_' for a blank or a T, another character for itself.
+bool HasForm(std::string_view text, std::string_view form) {
+  return std::ranges::equal(text, form, [](char c, char expected) {
+    if (expected == '0') return c >= '0' && c <= '9';
+    return expected == '_' ? c == ' ' || c == 'T' : c == expected;
+  });
+}
+
+int TwoDigits(std::string_view text, size_t position) {
+  return (text[position] - '0') * 10 + (text[position + 1] - '0');
+}
+
+// Reads 03:12 or 03:12:00.
+bool ReadClock(std::string_view text, tm &parts) {
+  if (!HasForm(text, "00:00") && !HasForm(text, "00:00:00")) return false;
+  parts.tm_hour = TwoDigits(text, 0);
+  parts.tm_min = TwoDigits(text, 3);
+  parts.tm_sec = text.size() > 5 ? TwoDigits(text, 6) : 0;
+  return parts.tm_hour < 24 && parts.tm_min < 60 && parts.tm_sec < 60;
+}
+
+bool ReadDate(std::string_view text, tm &parts) {
+  if (!HasForm(text, "0000-00-00")) return false;
+  parts.tm_year = TwoDigits(text, 0) * 100 + TwoDigits(text, 2) - 1900;
+  parts.tm_mon = TwoDigits(text, 5) - 1;
+  parts.tm_mday = TwoDigits(text, 8);
+  return true;
+}
+
+// Converts the parts, unless they are no day of the calendar, such as 30 February.
+std::optional<int64_t> SecondsOf(const tm &parts, bool isUtc) {
+  tm copy = parts;
+  copy.tm_isdst = -1;
+  const time_t seconds = isUtc ? timegm(&copy) : mktime(&copy);
+  if (copy.tm_mday != parts.tm_mday || copy.tm_mon != parts.tm_mon) return std::nullopt;
+  return seconds;
+}
+
+std::optional<int64_t> ParseDateAndClock(std::string_view text) {
+  tm parts = {};
+  const bool isUtc = text.ends_with('Z');
+  if (isUtc) text.remove_suffix(1);
+  constexpr size_t kDateLength = 10;
+  if (text.size() <= kDateLength || !HasForm(text.substr(kDateLength, 1), "_")) return std::nullopt;
+  if (!ReadDate(text.substr(0, kDateLength), parts) || !ReadClock(text.substr(kDateLength + 1), parts))
+    return std::nullopt;
+  return SecondsOf(parts, isUtc);
+}
+
+std::optional<int64_t> ParseClock(std::string_view text, int64_t end) {
+  tm parts = {};
+  const time_t last = end;
+  if (localtime_r(&last, &parts) == nullptr || !ReadClock(text, parts)) return std::nullopt;
+  tm sameDay = parts;
+  sameDay.tm_isdst = -1;
+  const time_t seconds = mktime(&sameDay);
+  if (seconds <= last) return seconds;
+  --parts.tm_mday;
+  parts.tm_isdst = -1;
+  return mktime(&parts);
+}
+
+}  // namespace
+
+std::optional<MomentPath> SplitMoment(std::string_view path) {
+  const size_t at = path.rfind('@');
+  if (at == std::string_view::npos || at == 0) return std::nullopt;
+  const bool isDouble = at >= 2 && path[at - 1] == '@';
+  const size_t folderLength = isDouble ? at - 1 : at;
+  return MomentPath{std::string(path.substr(0, folderLength)), std::string(path.substr(folderLength + 1))};
+}
+
+std::optional<int64_t> ParseTime(std::string_view text, int64_t end) {
+  if (text.starts_with('@')) return ParseNumber(text.substr(1));
+  if (const std::optional<int64_t> number = ParseNumber(text)) return number;
+  if (text.starts_with('-')) {
+    const std::optional<int64_t> age = ParseDuration(text.substr(1));
+    return age ? std::optional(end - *age) : std::nullopt;
+  }
+  if (const std::optional<int64_t> clock = ParseClock(text, end)) return clock;
+  return ParseDateAndClock(text);
+}
+
+std::optional<int64_t> ParseDuration(std::string_view text) {
+  constexpr std::string_view kUnits = "smhd";
+  constexpr int64_t kSeconds[] = {1, 60, 3600, 86400};
+  if (text.empty()) return std::nullopt;
+  const size_t unit = kUnits.find(text.back());
+  const std::optional<int64_t> number = ParseNumber(text.substr(0, text.size() - 1));
+  if (unit == std::string_view::npos || !number || *number > kLastSecond / kSeconds[unit]) return std::nullopt;
+  return *number * kSeconds[unit];
+}
+
+std::string TimeText(int64_t seconds) {
+  const time_t time = std::clamp<int64_t>(seconds, 0, kLastSecond);
+  tm parts;
+  char text[32];
+  gmtime_r(&time, &parts);
+  return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts)};
+}
+
+}  // namespace platkit::history
