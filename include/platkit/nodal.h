@@ -182,7 +182,7 @@ PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_GetInstanceListAllocHint
                                                                                  uint32_t hint, NODAL_ParamList **list);
 
 /* Flags of NODAL_UseCache: one of the first two, and optionally the third. */
-#define NODAL_CACHE_SNAPSHOT 0u    /* a snapshot file */
+#define NODAL_CACHE_SNAPSHOT 0u    /* a snapshot file, or a moment of a history */
 #define NODAL_CACHE_ROOT_FOLDER 1u /* a folder with a saved /proc and /sys, read as the root of the host */
 #define NODAL_CACHE_WRITABLE 2u    /* with a root folder: NODAL_Set writes to its files */
 
@@ -190,10 +190,14 @@ PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_GetInstanceListAllocHint
  * Selects a saved host for all later reads of the process. The library then reads nothing from the running host. On
  * failure, the source is unchanged.
  *
- * HVC_BAD_PARAM: `path` is null, or the flags are unknown or exclude each other. HVC_NOT_FOUND: no such file.
- * HVC_NAME_TOO_LONG. HVC_NO_PERMISSION: this user may not read it. HVC_IO_ERROR: the read failed. HVC_NOT_A_SNAPSHOT:
- * the file is not a snapshot. HVC_SNAPSHOT_DAMAGED: the snapshot is truncated or damaged. HVC_SNAPSHOT_TOO_NEW: a newer
- * library wrote the snapshot, in a format that this one does not know.
+ * The path of a moment is DIR@TIME: the folder of a history, and a time in a form that nodal(1) describes. The source
+ * is then the last sample at or before this time. A file that has this path wins.
+ *
+ * HVC_BAD_PARAM: `path` is null, the flags are unknown or exclude each other, or the time has no known form.
+ * HVC_NOT_FOUND: no such file. HVC_OUT_OF_RANGE: the time is before the first sample of the history, or after the last
+ * one. HVC_NAME_TOO_LONG. HVC_NO_PERMISSION: this user may not read it. HVC_IO_ERROR: the read failed.
+ * HVC_NOT_A_SNAPSHOT: the file is not a snapshot. HVC_SNAPSHOT_DAMAGED: the snapshot or the sample is truncated or
+ * damaged. HVC_SNAPSHOT_TOO_NEW: a newer library wrote it, in a format that this one does not know.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_UseCache(const char *path, uint32_t flags);
 

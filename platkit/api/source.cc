@@ -5,6 +5,7 @@
 
 #include "platkit/api/answer.h"
 #include "platkit/definitions.h"
+#include "platkit/history/history_source.h"
 #include "platkit/linux/linux_source.h"
 #include "platkit/nodal.h"
 #include "platkit/snapshot/snapshot_source.h"
@@ -14,9 +15,15 @@ namespace {
 
 std::unique_ptr<Source> currentSource;
 
+// A file wins over a moment of the same path.
+HVC_ReturnStatus OpenSaved(const char *path, std::unique_ptr<Source> &source) {
+  const HVC_ReturnStatus status = OpenSnapshot(path, source);
+  return status == HVC_NOT_FOUND ? OpenMoment(path, source) : status;
+}
+
 HVC_ReturnStatus OpenSource(const char *path, uint32_t flags, std::unique_ptr<Source> &source) {
   switch (flags) {
-    case NODAL_CACHE_SNAPSHOT: return OpenSnapshot(path, source);
+    case NODAL_CACHE_SNAPSHOT: return OpenSaved(path, source);
     case NODAL_CACHE_ROOT_FOLDER: return OpenSavedRoot(path, Writes::kRefused, source);
     case NODAL_CACHE_ROOT_FOLDER | NODAL_CACHE_WRITABLE: return OpenSavedRoot(path, Writes::kTaken, source);
     default: return HVC_BAD_PARAM;

@@ -43,7 +43,7 @@ void EntryChunkWriter::AddPayload(Payload payload, uint8_t type) {
   }
   const bool isSmall = coding != Coding::kWhole && coded_.size() <= payload.size() / 2;
   if (!isSmall) coding = Coding::kWhole;
-  raw_.push_back(static_cast<std::byte>(type << kCodingBits | static_cast<unsigned>(coding)));
+  raw_.push_back(static_cast<std::byte>(unsigned{type} << kCodingBits | static_cast<unsigned>(coding)));
   AppendVarint(raw_, payload.size());
   AppendBytes(raw_, isSmall ? Payload(coded_) : payload);
   reference.assign(payload.begin(), payload.end());

@@ -5,6 +5,7 @@
 #ifndef PLATKIT_HISTORY_HISTORY_FOLDER_H
 #define PLATKIT_HISTORY_HISTORY_FOLDER_H
 
+#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -27,7 +28,8 @@ class SegmentName {
   std::string text() const;
   int64_t hour() const { return hour_; }  // hours since 1970
 
-  auto operator<=>(const SegmentName &) const = default;
+  bool operator==(const SegmentName &) const = default;
+  std::strong_ordering operator<=>(const SegmentName &other) const { return hour_ <=> other.hour_; }
 
  private:
   explicit SegmentName(int64_t hour) : hour_(hour) {}

@@ -42,7 +42,7 @@ TEST_F(Segment, KeepsEverySample) {
 TEST_F(Segment, IsReadInAnyOrder) {
   recording_.Write(kName, 150);
   ASSERT_EQ(reader_.Open(recording_.folder(), kName), HVC_OK);
-  for (const size_t frame : {29, 3, 4, 4, 0, 17, 12, 11}) {
+  for (const size_t frame : {29u, 3u, 4u, 4u, 0u, 17u, 12u, 11u}) {
     Sample sample;
     ASSERT_EQ(reader_.Read(frame, sample), HVC_OK) << frame;
     EXPECT_EQ(EntriesOf(sample), HostAt(static_cast<int>(5 * frame))) << frame;
@@ -209,7 +209,7 @@ TEST_F(Segment, IsReadForSomeEntriesOnly) {
       Sample sample;
       ASSERT_EQ(reader_.Read(i, sample), HVC_OK) << key << i;
       Entries expected = HostAt(static_cast<int>(5 * i));
-      std::erase_if(expected, [&](const auto &entry) { return entry.first != key; });
+      std::erase_if(expected, [&key = key](const auto &entry) { return entry.first != key; });
       EXPECT_EQ(EntriesOf(sample), expected) << key << i;
     }
   }
