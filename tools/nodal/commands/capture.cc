@@ -3,6 +3,7 @@
 
 #include "tools/nodal/capture/capture.h"
 #include "tools/nodal/commands/command.h"
+#include "tools/nodal/history/moment_file.h"
 
 namespace nodal {
 
@@ -22,9 +23,11 @@ Run DeclareCapture(OptionSet &options, const SourceOptions &source) {
       "PCI devices are saved only with --only /hardware/pci; their registers are never saved.\n"
       "A node that cannot be read is saved with its status: a report on the snapshot fails as it would on the host.");
   return [values, &source] {
-    UseSource(source);
-    values->cache = source.cache;
-    values->root = source.root;
+    // The header and the nodes are read one after the other, but must be of the same sample.
+    const SourceOptions fixed = {.cache = WithFixedTime(source.cache), .root = source.root};
+    UseSource(fixed);
+    values->cache = fixed.cache;
+    values->root = fixed.root;
     Capture(*values);
     return kSuccess;
   };

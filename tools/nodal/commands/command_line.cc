@@ -56,7 +56,9 @@ Option OptionSet::AddFlag(const std::string &name, bool &value, const std::strin
 }
 
 Option OptionSet::AddRepeatable(const std::string &name, std::vector<std::string> &values, const std::string &help) {
-  return Option(app_.add_option(NameOnly(name), values, help)->type_name(ValueName(name))->allow_extra_args(false));
+  // An option takes one value each time, so that the operands after it remain operands.
+  const bool isOption = name.starts_with('-');
+  return Option(app_.add_option(NameOnly(name), values, help)->type_name(ValueName(name))->allow_extra_args(!isOption));
 }
 
 void OptionSet::Refuse(const std::string &name, const std::string &message) {
@@ -84,7 +86,8 @@ void DeclareSource(CLI::App &app, SourceOptions &source) {
   OptionSet options(app);
   const Option cache = options
                            .Add("--cache SNAPSHOT", source.cache,
-                                "Read a snapshot instead of the running host (ls, get, metrics, capture, page)")
+                                "Read a snapshot, or a moment of a history (FOLDER@TIME), instead of the running host "
+                                "(ls, get, metrics, capture, page)")
                            .NotEmpty();
   options
       .Add("--root FOLDER", source.root,

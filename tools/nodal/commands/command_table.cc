@@ -12,6 +12,8 @@ Run DeclareDiff(OptionSet &options, const SourceOptions &source);
 Run DeclareBuild(OptionSet &options, const SourceOptions &source);
 Run DeclareVerify(OptionSet &options, const SourceOptions &source);
 Run DeclarePage(OptionSet &options, const SourceOptions &source);
+Run DeclareHistory(OptionSet &options, const SourceOptions &source);
+Run DeclareSeries(OptionSet &options, const SourceOptions &source);
 Run DeclareGuests(OptionSet &options, const SourceOptions &source);
 
 std::span<const Command> Commands() {
@@ -24,7 +26,9 @@ std::span<const Command> Commands() {
       {"dump", "Show a snapshot as JSON", DeclareDump},
       {"diff", "Compare two snapshots", DeclareDiff, kTrouble},
       {"build", "Build a snapshot from JSON in the form of dump", DeclareBuild},
-      {"verify", "Check a snapshot: the file and the references in it", DeclareVerify},
+      {"verify", "Check a snapshot or a history: the files, and the references in a snapshot", DeclareVerify},
+      {"history", "Show what a history holds: its span, samples, gaps and size", DeclareHistory},
+      {"series", "Show figures of a history over time, as CSV or JSON", DeclareSeries},
       {"guests", "Ask the monitors of virtual machines: runs nodal-guests with all arguments", DeclareGuests},
   };
   return kCommands;

@@ -1,8 +1,14 @@
 // nodal metrics: the host's figures for monitoring.
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <memory>
 
+#include "platkit/errno_status.h"
 #include "tools/nodal/commands/command.h"
+#include "tools/nodal/commands/command_line.h"
+#include "tools/nodal/history/history_metrics.h"
 #include "tools/nodal/metrics/sampler.h"
 #include "tools/nodal/support/output.h"
 #include "tools/nodal/support/output_file.h"
@@ -14,6 +20,7 @@ struct MetricsOptions {
   std::string prefix = "kestrel_";
   std::vector<std::string> only;
   std::string output;  // empty: standard output
+  RangeOptions range = {};
 };
 
 bool IsPrefix(std::string_view text) {
@@ -22,9 +29,21 @@ bool IsPrefix(std::string_view text) {
          (text.empty() || isLetter(text[0]));
 }
 
+Failure PrefixFailure(const std::string &prefix) {
+  return {"--prefix " + prefix, "expected letters, digits, '_' and ':', without a digit first"};
+}
+
+HVC_ReturnStatus WriteAll(int fd, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t count = write(fd, text.data(), text.size());
+    if (count < 0 && errno != EINTR) return platkit::StatusOfErrno(errno, HVC_WRITE_ERROR);
+    if (count > 0) text.remove_prefix(static_cast<size_t>(count));
+  }
+  return HVC_OK;
+}
+
 void ShowMetrics(const MetricsOptions &options) {
-  if (!IsPrefix(options.prefix))
-    throw Failure("--prefix " + options.prefix, "expected letters, digits, '_' and ':', without a digit first");
+  if (!IsPrefix(options.prefix)) throw PrefixFailure(options.prefix);
   HostTree host;
   const std::string text = SampleMetrics(host, MetricChoice(options.only), options.prefix);
   if (options.output.empty()) {
@@ -33,6 +52,25 @@ void ShowMetrics(const MetricsOptions &options) {
     WriteFile(options.output, platkit::Readers::kEveryone, text);
   }
 }
+
+// A history, sample by sample.
+void ShowHistory(const MetricsOptions &options) {
+  if (!IsPrefix(options.prefix)) throw PrefixFailure(options.prefix);
+  const MetricChoice choice(options.only);
+  const auto writeTo = [&](const std::function<void(std::string_view)> &print) {
+    WriteHistoryMetrics(options.range, choice, options.prefix, print);
+  };
+  if (options.output.empty()) return writeTo(Print);
+  WriteFile(options.output, platkit::Readers::kEveryone, [&](int fd) {
+    HVC_ReturnStatus status = HVC_OK;
+    writeTo([&](std::string_view text) {
+      if (status == HVC_OK) status = WriteAll(fd, text);
+    });
+    return status;
+  });
+}
+
+bool HasRange(const RangeOptions &range) { return !range.from.empty() || !range.to.empty() || !range.step.empty(); }
 
 std::string FamiliesText() {
   std::string text = "Families (* only with --only):";
@@ -49,8 +87,21 @@ Run DeclareMetrics(OptionSet &options, const SourceOptions &source) {
   options.AddRepeatable("--only NAME", values->only,
                         "Show only this family, or this metric (its name without the prefix); repeatable");
   options.Add("-o,--output FILE", values->output, "Write to this file, replacing it atomically").NotEmpty();
+  options
+      .Add("--from TIME", values->range.from,
+           "With --cache FOLDER: show the samples of a history from this time, as OpenMetrics text with times")
+      .NotEmpty();
+  options.Add("--to TIME", values->range.to, "With --cache FOLDER: show them up to this time").NotEmpty();
+  options.Add("--step DURATION", values->range.step, "With --from or --to: show only the first sample of each step")
+      .NotEmpty();
   options.SetFooter(FamiliesText());
   return [values, &source] {
+    if (HasRange(values->range)) {
+      if (source.cache.empty()) throw UsageError("--from, --to and --step need --cache and the folder of a history");
+      values->range.folder = source.cache;
+      ShowHistory(*values);
+      return kSuccess;
+    }
     UseSource(source);
     ShowMetrics(*values);
     return kSuccess;

@@ -23,19 +23,18 @@ bool IsKnown(const std::string &name) {
 
 class Sampler {
  public:
-  Sampler(Tree &host, const MetricChoice &choice, const std::string &prefix)
-      : choice_(choice), tree_(host, [] {}), text_(prefix) {}
+  Sampler(Tree &host, const MetricChoice &choice, MetricSink &sink)
+      : choice_(choice), tree_(host, [] {}), sink_(sink) {}
 
-  std::string Run() {
+  void Run() {
     for (const FamilyDescription &family : MetricFamilies())
       ReadFamily(family.family);
     for (const Metric &metric : Metrics()) {
       if (!choice_.Contains(metric)) continue;
-      text_.Begin(metric);
+      sink_.Begin(metric);
       for (const Subject &subject : subjects_.Of(metric.family))
         AddSamples(metric, subject);
     }
-    return text_.text() + "# EOF\n";
   }
 
  private:
@@ -81,7 +80,7 @@ class Sampler {
   }
 
   void AddValue(const Labels &labels, const platkit::Field &field, std::span<const std::byte> bytes) {
-    if (const std::optional<double> value = ValueOf(field, bytes)) text_.AddSample(labels, *value);
+    if (const std::optional<double> value = ValueOf(field, bytes)) sink_.AddSample(labels, *value);
   }
 
   void AddComputed(Computation computation, const Subject &subject) {
@@ -101,7 +100,7 @@ class Sampler {
     if (GetRecord(tree_, nodes::sched_globalStats_memory_kestrel, {}, memory) != HVC_OK) return;
     if (memory.memState == kNotAvailable) return;
     for (uint32_t number = 0; const Argument &state : MemoryStates())
-      text_.AddSample(Labels().Add("state", state.text), memory.memState == number++ ? 1 : 0);
+      sink_.AddSample(Labels().Add("state", state.text), memory.memState == number++ ? 1 : 0);
   }
 
   // A state is entered from its two neighbours. The host starts in the first state, which counts as an entry.
@@ -111,7 +110,7 @@ class Sampler {
       const uint32_t fromAbove = i == 0 ? 1 : TransitionsOf(states[i - 1]).toLowerCount;
       const uint32_t fromBelow = i + 1 == states.size() ? 0 : TransitionsOf(states[i + 1]).toHigherCount;
       if (fromAbove == kNotAvailable || fromBelow == kNotAvailable) continue;
-      text_.AddSample(Labels().Add("state", states[i].text), static_cast<double>(uint64_t{fromAbove} + fromBelow));
+      sink_.AddSample(Labels().Add("state", states[i].text), static_cast<double>(uint64_t{fromAbove} + fromBelow));
     }
   }
 
@@ -134,7 +133,7 @@ class Sampler {
     Labels labels = subject.labels;
     if (parent.parentGroupID >= 0) labels.Add("parent", std::to_string(parent.parentGroupID));
     labels.Add("tag", TextOf(tag.tag)).Add("kind", KindOf(flags.flags));
-    text_.AddSample(labels, 1);
+    sink_.AddSample(labels, 1);
   }
 
   static std::string_view KindOf(uint32_t flags) {
@@ -148,18 +147,18 @@ class Sampler {
     const auto failed = [](const auto &entry) {
       return entry.second.status != HVC_OK && entry.second.status != HVC_NOT_FOUND;
     };
-    text_.AddSample({}, static_cast<double>(std::ranges::count_if(tree_.answers(), failed)));
+    sink_.AddSample({}, static_cast<double>(std::ranges::count_if(tree_.answers(), failed)));
   }
 
   void AddReadingInfo() {
     const std::string &definitions = platkit::OwnDefinitions().build;
-    text_.AddSample(Labels().Add("version", PLATKIT_VERSION).Add("definitions", definitions), 1);
+    sink_.AddSample(Labels().Add("version", PLATKIT_VERSION).Add("definitions", definitions), 1);
   }
 
   const MetricChoice &choice_;
   CachingTree tree_;
   Subjects subjects_{tree_};
-  PrometheusText text_;
+  MetricSink &sink_;
 };
 
 }  // namespace
@@ -177,7 +176,11 @@ bool MetricChoice::Contains(const Metric &metric) const {
 }
 
 std::string SampleMetrics(Tree &host, const MetricChoice &choice, const std::string &prefix) {
-  return Sampler(host, choice, prefix).Run();
+  PrometheusText text(prefix);
+  SampleMetrics(host, choice, text);
+  return text.text() + "# EOF\n";
 }
+
+void SampleMetrics(Tree &host, const MetricChoice &choice, MetricSink &sink) { Sampler(host, choice, sink).Run(); }
 
 }  // namespace nodal

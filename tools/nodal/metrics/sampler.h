@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/nodal/metrics/metric_table.h"
+#include "tools/nodal/metrics/metric_sink.h"
 #include "tools/nodal/tree/tree.h"
 
 namespace nodal {
@@ -25,6 +25,9 @@ class MetricChoice {
 
 // The samples of the chosen metrics, in Prometheus' text format. Nodes of other metrics are not read.
 std::string SampleMetrics(Tree &host, const MetricChoice &choice, const std::string &prefix);
+
+// The same samples for a sink.
+void SampleMetrics(Tree &host, const MetricChoice &choice, MetricSink &sink);
 
 }  // namespace nodal
 

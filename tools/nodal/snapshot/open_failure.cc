@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "platkit/snapshot/format.h"
+#include "tools/nodal/history/moment_file.h"
 #include "tools/nodal/support/text.h"
 
 namespace nodal {
@@ -44,6 +45,7 @@ std::optional<std::string> TruncationText(const std::string &path) {
 }  // namespace
 
 Failure OpenFailure(const std::string &path, HVC_ReturnStatus status) {
+  if (IsMoment(path)) return MomentFailure(path, status);
   switch (status) {
     case HVC_NOT_FOUND: return {path, std::strerror(ENOENT)};
     case HVC_NO_PERMISSION: return {path, std::strerror(EACCES)};

@@ -1,5 +1,6 @@
 #include "tools/nodal/snapshot/snapshot_entries.h"
 
+#include "tools/nodal/history/moment_file.h"
 #include "tools/nodal/snapshot/open_failure.h"
 #include "tools/nodal/support/text.h"
 
@@ -8,7 +9,8 @@ namespace nodal {
 namespace snapshot = platkit::snapshot;
 
 OpenedSnapshot::OpenedSnapshot(const std::string &snapshotPath) : path(snapshotPath) {
-  const HVC_ReturnStatus status = file.Open(path.c_str());
+  HVC_ReturnStatus status = file.Open(path.c_str());
+  if (status == HVC_NOT_FOUND && IsMoment(path)) status = file.Open(MomentFile(path).path().c_str());
   if (status != HVC_OK) throw OpenFailure(path, status);
   if (file.HasLongRun()) {
     throw Failure(path, StatusText(HVC_SNAPSHOT_DAMAGED) + ": too many keys collide in the index (hash collisions)");

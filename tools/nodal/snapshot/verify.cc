@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <memory>
 
+#include "platkit/history/history_source.h"
 #include "platkit/snapshot/snapshot_source.h"
+#include "tools/nodal/history/moment_file.h"
 #include "tools/nodal/snapshot/open_failure.h"
 #include "tools/nodal/snapshot/reference_check.h"
 #include "tools/nodal/snapshot/snapshot_entries.h"
@@ -13,7 +15,8 @@ namespace {
 
 std::unique_ptr<platkit::Source> SourceOf(const std::string &snapshot) {
   std::unique_ptr<platkit::Source> source;
-  const HVC_ReturnStatus status = platkit::OpenSnapshot(snapshot.c_str(), source);
+  const HVC_ReturnStatus status = IsMoment(snapshot) ? platkit::OpenMoment(snapshot.c_str(), source)
+                                                     : platkit::OpenSnapshot(snapshot.c_str(), source);
   if (status != HVC_OK) throw OpenFailure(snapshot, status);
   return source;
 }

@@ -7,6 +7,7 @@
 #include "tests/linux/saved_host.h"
 #include "tests/support/report_names.h"
 #include "tests/support/text.h"
+#include "tests/tools/nodal/history/recorded.h"
 #include "tests/tools/nodal/program.h"
 
 namespace {
@@ -94,6 +95,22 @@ class Replay : public testing::TestWithParam<std::string> {
         EXPECT_EQ(live.errors, replayed.errors);
         EXPECT_EQ(live.exitStatus, replayed.exitStatus);
       }
+    }
+    if (!asNobody_) ExpectEqualReportsOfHistory(snapshot);
+  }
+
+  // A sample in a history, as the difference to another one.
+  void ExpectEqualReportsOfHistory(const std::string &snapshot) {
+    nodal::Recorded history;
+    history.AddGroups(0, 10);
+    history.Add(nodal::SampleOf(snapshot), 10);
+    for (const std::string &report : testing_support::SavedHostReportNames(programs_.kestrel)) {
+      SCOPED_TRACE(report);
+      const auto captured = RunIt(programs_.kestrel, Words(snapshot, report, {}));
+      const auto replayed = RunIt(programs_.kestrel, Words(history.path() + "@-0s", report, {}));
+      EXPECT_EQ(captured.output, replayed.output);
+      EXPECT_EQ(captured.errors, replayed.errors);
+      EXPECT_EQ(captured.exitStatus, replayed.exitStatus);
     }
   }
 

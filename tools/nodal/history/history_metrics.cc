@@ -1,0 +1,33 @@
+#include "tools/nodal/history/history_metrics.h"
+
+#include "platkit/history/history_source.h"
+#include "tools/nodal/history/openmetrics_spool.h"
+#include "tools/nodal/support/text.h"
+
+namespace nodal {
+
+void WriteHistoryMetrics(const RangeOptions &range, const MetricChoice &choice, const std::string &prefix,
+                         const std::function<void(std::string_view text)> &write) {
+  HistoryRange history(range);
+  OpenMetricsSpool spool(prefix);
+  int64_t last = INT64_MIN;
+  size_t others = 0;
+  history.Visit(nullptr, [&](const auto &info, const auto &sample, const auto &host) {
+    const int64_t millis = info.time.wall / 1'000'000;
+    if (millis <= last) return;  // a metric has one sample at a time
+    last = millis;
+    // The sizes of its records may differ from this program's catalogue.
+    if (host.definitions.signature != platkit::OwnDefinitions().signature) {
+      ++others;
+      return;
+    }
+    platkit::SampleSource source(sample, host.definitions);
+    SourceTree tree(source);
+    spool.SetTime(millis);
+    SampleMetrics(tree, choice, spool);
+  });
+  if (others > 0) Complain(range.folder + ": " + Plural(others, "sample") + " of other definitions left out");
+  spool.WriteTo(write);
+}
+
+}  // namespace nodal

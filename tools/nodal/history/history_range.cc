@@ -1,0 +1,89 @@
+#include "tools/nodal/history/history_range.h"
+
+#include <algorithm>
+#include <new>
+
+#include "platkit/history/moment.h"
+#include "tools/nodal/support/text.h"
+
+namespace nodal {
+namespace {
+
+using platkit::history::KeyFilter;
+using platkit::history::Sample;
+using platkit::history::SecondsOf;
+using platkit::history::SegmentName;
+using platkit::history::SegmentReader;
+
+SegmentName HourOf(int64_t second) {
+  constexpr int64_t kMaxSecond = INT64_MAX / platkit::history::kNanosInSecond;
+  return SegmentName::At(std::clamp<int64_t>(second, 0, kMaxSecond) * platkit::history::kNanosInSecond);
+}
+
+// The frames with samples, in the order of time. They are in this order in the file unless the clock was set back.
+std::vector<size_t> InOrderOfTime(const SegmentReader &segment) {
+  std::vector<size_t> order;
+  for (size_t i = 0; i < segment.frames().size(); ++i) {
+    if (!segment.frames()[i].isEnd) order.push_back(i);
+  }
+  std::ranges::stable_sort(order, {}, [&](size_t i) { return segment.frames()[i].info.time.wall; });
+  return order;
+}
+
+}  // namespace
+
+int64_t StepOption(const std::string &text) {
+  if (text.empty()) return 0;
+  const std::optional<int64_t> seconds = platkit::history::ParseDuration(text);
+  if (!seconds || *seconds == 0) throw Failure("--step " + text, "expected a number and s, m, h or d, such as 10s");
+  return *seconds;
+}
+
+HistoryRange::HistoryRange(const RangeOptions &options) : folder_(options.folder), step_(StepOption(options.step)) {
+  OpenHistory(folder_, history_);
+  const platkit::history::History::Span span = SpanOf(folder_, history_);
+  from_ = options.from.empty() ? span.first : TimeOption("--from", options.from, span);
+  to_ = options.to.empty() ? span.last : TimeOption("--to", options.to, span);
+  if (from_ > to_) throw Failure(folder_, "--from is after --to");
+}
+
+void HistoryRange::Visit(const KeyFilter *filter, const Visitor &visitor) {
+  lost_ = damagedParts_ = 0;
+  lastStep_ = -1;
+  for (const SegmentName name : history_.segments()) {
+    if (name >= HourOf(from_) && name <= HourOf(to_)) VisitSegment(filter, name, visitor);
+  }
+  if (lost_ + damagedParts_ > 0)
+    Complain(folder_ + ": " + Plural(lost_, "damaged sample") + " left out, " + Plural(damagedParts_, "damaged part") +
+             " skipped (nodal verify tells more)");
+}
+
+void HistoryRange::VisitSegment(const KeyFilter *filter, SegmentName name, const Visitor &visitor) {
+  SegmentReader segment;
+  segment.Select(filter);
+  HVC_ReturnStatus status = segment.Open(history_.folder(), name.text().c_str());
+  if (status == HVC_NOT_FOUND) return;  // removed since the folder was listed
+  if (status == HVC_NOT_A_SNAPSHOT) {
+    ++damagedParts_;
+    return;
+  }
+  if (status != HVC_OK) throw Failure(folder_ + "/" + name.text(), status);
+  damagedParts_ += segment.damage().size();
+  Sample sample;
+  for (const size_t i : InOrderOfTime(segment)) {
+    const SegmentReader::Frame &frame = segment.frames()[i];
+    const int64_t second = SecondsOf(frame.info.time.wall);
+    if (second < from_ || second > to_ || (step_ > 0 && second / step_ == lastStep_)) continue;
+    status = segment.Read(i, sample);
+    if (status == HVC_SNAPSHOT_DAMAGED) {
+      ++lost_;
+      continue;
+    }
+    if (status == HVC_NO_MEMORY) throw std::bad_alloc();
+    if (status != HVC_OK) throw Failure(folder_ + "/" + name.text(), status);
+    if (step_ > 0) lastStep_ = second / step_;
+    visitor(frame.info, sample, segment.host());
+  }
+}
+
+}  // namespace nodal

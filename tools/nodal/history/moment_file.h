@@ -1,0 +1,45 @@
+// Moments of a history as paths of snapshots: DIR@TIME.
+#ifndef NODAL_HISTORY_MOMENT_FILE_H
+#define NODAL_HISTORY_MOMENT_FILE_H
+
+#include <optional>
+#include <string>
+
+#include "platkit/history/history.h"
+#include "tools/nodal/support/output.h"
+
+namespace nodal {
+
+// Whether the path can only be that of a moment: no file has it, and DIR is a folder.
+bool IsMoment(const std::string &path);
+
+// The path with a time that does not move with the history's end. Other paths are unchanged. Throws a Failure.
+std::string WithFixedTime(const std::string &path);
+
+// Explains why a moment cannot be read.
+Failure MomentFailure(const std::string &path, HVC_ReturnStatus status);
+
+// A moment, written to a snapshot without a name. Throws a Failure.
+class MomentFile {
+ public:
+  explicit MomentFile(const std::string &path);
+  ~MomentFile();
+  MomentFile(const MomentFile &) = delete;
+  MomentFile &operator=(const MomentFile &) = delete;
+
+  std::string path() const { return "/proc/self/fd/" + std::to_string(fd_); }
+
+ private:
+  int fd_;
+};
+
+// Opens a history. Throws a Failure.
+void OpenHistory(const std::string &folder, platkit::history::History &history);
+platkit::history::History::Span SpanOf(const std::string &folder, platkit::history::History &history);
+
+// The time of an option, in seconds since 1970. Throws a Failure that names the option.
+int64_t TimeOption(const std::string &name, const std::string &text, const platkit::history::History::Span &span);
+
+}  // namespace nodal
+
+#endif  // NODAL_HISTORY_MOMENT_FILE_H

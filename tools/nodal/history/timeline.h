@@ -1,0 +1,44 @@
+// What happened to a history and its host: gaps, reboots, sleep, set clocks.
+#ifndef NODAL_HISTORY_TIMELINE_H
+#define NODAL_HISTORY_TIMELINE_H
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tools/nodal/history/moment_file.h"
+
+namespace nodal {
+
+// Something between two samples that follow each other.
+struct TimelineEvent {
+  int64_t from;  // seconds of the two samples
+  int64_t to;
+  double seconds;  // that passed
+  std::string reasons;
+};
+
+struct TimelineDay {
+  size_t samples = 0;
+  uint64_t bytes = 0;
+};
+
+struct Timeline {
+  platkit::history::HostHeader host;  // of the last sample
+  int64_t first = 0;
+  int64_t last = 0;
+  size_t samples = 0;
+  uint64_t bytes = 0;
+  size_t reboots = 0;
+  size_t damagedParts = 0;
+  std::map<std::string, TimelineDay> days;  // by the day in UTC, such as 2026-11-21
+  std::vector<TimelineEvent> events;        // in the order of recording
+};
+
+// Reads the heads of all frames. Throws a Failure.
+Timeline ReadTimeline(const std::string &folder);
+
+}  // namespace nodal
+
+#endif  // NODAL_HISTORY_TIMELINE_H
