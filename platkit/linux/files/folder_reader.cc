@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 
@@ -11,7 +12,7 @@
 namespace platkit {
 
 FolderReader::FolderReader(HostFiles &files, const HostPath &path)
-    : reach_(files.reach()), status_(files.OpenFolder(path, folder_)) {}
+    : reach_(files.reach()), status_(files.OpenFolder(path, folder_, mustRewind_)) {}
 
 bool FolderReader::HasNoFolders() const {
   // A folder without subfolders has two links: its name in its parent, and its own ".".
@@ -40,6 +41,8 @@ bool FolderReader::Next(Entry &entry) {
 // False after the last entry and on failure.
 bool FolderReader::Fill() {
   if (status_ != HVC_OK) return false;
+  if (mustRewind_) lseek(folder_->get(), 0, SEEK_SET);
+  mustRewind_ = false;
   const ssize_t got = getdents64(folder_->get(), buffer_, sizeof buffer_);
   if (got < 0) status_ = StatusOfErrno(errno);
   next_ = 0;

@@ -37,6 +37,7 @@ class FolderReader {
   static constexpr size_t kBufferSize = 32 * 1024;
 
   Reach reach_;
+  bool mustRewind_ = false;                       // the folder may have been listed before
   std::shared_ptr<const FileDescriptor> folder_;  // initialized before status_
   HVC_ReturnStatus status_;
   size_t next_ = 0;  // position of the next entry in the buffer

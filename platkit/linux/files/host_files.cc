@@ -78,7 +78,40 @@ HVC_ReturnStatus HostFiles::Open(const HostPath &path, int flags, FileDescriptor
   return OpenFor(Access::kRead, path, flags | O_RDONLY, file);
 }
 
-HVC_ReturnStatus HostFiles::OpenFolder(const HostPath &path, std::shared_ptr<const FileDescriptor> &folder) {
+HVC_ReturnStatus HostFiles::ReadStart(const HostPath &path, std::span<char> buffer, OpenedFile &file, size_t &size) {
+  size = 0;
+  if (isSampled()) {
+    const char *name = path.name();
+    const std::string_view folderPath = path.folder();
+    if (KeptFiles::Folder *folder = KeptFolderOf(path, folderPath, name); folder != nullptr) {
+      const HVC_ReturnStatus status =
+          kept_->ReadStart(*folder, name, {.keep = keepsMore_, .buffer = buffer}, file, size);
+      if (status != HVC_NOT_FOUND || !kept_->MayHaveEnded(*folder)) return status;
+      // Another process or control group may have the path now.
+      kept_->Close(folderPath);
+      folder = KeptFolderOf(path, folderPath, name);
+      if (folder != nullptr) return kept_->ReadStart(*folder, name, {.keep = keepsMore_, .buffer = buffer}, file, size);
+    }
+  }
+  FileDescriptor opened;
+  const HVC_ReturnStatus status = Open(path, 0, opened);
+  if (status != HVC_OK) return status;
+  file = OpenedFile(std::move(opened));
+  const ssize_t got = file.Read(buffer);
+  if (got < 0) return StatusOfErrno(errno);
+  size = static_cast<size_t>(got);
+  return HVC_OK;
+}
+
+HVC_ReturnStatus HostFiles::OpenFolder(const HostPath &path, std::shared_ptr<const FileDescriptor> &folder,
+                                       bool &isKept) {
+  KeptFiles *const kept = Kept();
+  const KeptFiles::Folder *found = kept == nullptr ? nullptr : kept->Find(path.view());
+  isKept = found != nullptr;
+  if (isKept) {
+    folder = found->descriptor;
+    return HVC_OK;
+  }
   FileDescriptor opened;
   const HVC_ReturnStatus status = Open(path, O_DIRECTORY, opened);
   if (status != HVC_OK) return status;
@@ -90,12 +123,12 @@ HVC_ReturnStatus HostFiles::OpenFolder(const HostPath &path, std::shared_ptr<con
 }
 
 HVC_ReturnStatus HostFiles::Read(const HostPath &path, std::span<char> buffer, std::string_view &text) {
-  FileDescriptor file;
-  const HVC_ReturnStatus status = Open(path, 0, file);
-  if (status != HVC_OK) return status;
+  OpenedFile file;
   size_t size = 0;
-  while (size < buffer.size()) {
-    const ssize_t got = ReadOnce(file, buffer.subspan(size));
+  const HVC_ReturnStatus status = ReadStart(path, buffer, file, size);
+  if (status != HVC_OK) return status;
+  while (size > 0 && size < buffer.size()) {
+    const ssize_t got = file.Read(buffer.subspan(size));
     if (got < 0) return StatusOfErrno(errno);
     if (got == 0) break;
     size += static_cast<size_t>(got);
@@ -105,13 +138,12 @@ HVC_ReturnStatus HostFiles::Read(const HostPath &path, std::span<char> buffer, s
 }
 
 HVC_ReturnStatus HostFiles::ReadShort(const HostPath &path, std::span<char> buffer, std::string_view &text) {
-  FileDescriptor file;
-  const HVC_ReturnStatus status = Open(path, 0, file);
+  OpenedFile file;
+  size_t size = 0;
+  const HVC_ReturnStatus status = ReadStart(path, buffer, file, size);
   if (status != HVC_OK) return status;
-  const ssize_t got = ReadOnce(file, buffer);
-  if (got < 0) return StatusOfErrno(errno);
-  if (static_cast<size_t>(got) == buffer.size()) return HVC_IO_ERROR;
-  text = {buffer.data(), static_cast<size_t>(got)};
+  if (size == buffer.size()) return HVC_IO_ERROR;
+  text = {buffer.data(), size};
   return HVC_OK;
 }
 
@@ -216,6 +248,38 @@ HVC_ReturnStatus HostFiles::Identify(const HostPath &path, uint64_t &inode) {
   if (fstatat(place.folder, place.path, &about, 0) != 0) return StatusOfErrno(errno);
   inode = about.st_ino;
   return HVC_OK;
+}
+
+void HostFiles::KeepOpen(size_t maxDescriptors) {
+  if (reach_ == Reach::kHost) kept_.emplace(maxDescriptors);
+}
+
+// What is kept, at the time of the clock. Null if nothing is kept.
+KeptFiles *HostFiles::Kept() {
+  if (!kept_) return nullptr;
+  // A folder from an earlier sample may be gone.
+  if (kept_->BeginSample(clock_.Now())) lastFolder_ = nullptr;
+  return &*kept_;
+}
+
+// The folder in which a file is kept, or could be. Null if the file must be opened by its path.
+KeptFiles::Folder *HostFiles::KeptFolderOf(const HostPath &file, std::string_view folder, std::string_view name) {
+  // An open /proc/PID/maps belongs to the program that the process ran when the file was opened.
+  if (Kept() == nullptr || file.c_str() == nullptr || name == "maps") return nullptr;
+  if (KeptFiles::Folder *kept = kept_->Find(folder); kept != nullptr) return kept;
+  FileDescriptor opened;
+  if (kept_->isFull() || !keepsMore_ || folder.empty()) return nullptr;
+  const HVC_ReturnStatus status = OpenBelowRoot(HostPath(folder), O_RDONLY | O_DIRECTORY, opened);
+  return status == HVC_OK ? kept_->Add(folder, std::move(opened)) : nullptr;
+}
+
+bool HostFiles::IsKeptWhole(const HostPath &path, uint64_t inode) {
+  const KeptFiles::Folder *folder = Kept() == nullptr ? nullptr : kept_->Find(path.folder());
+  return folder != nullptr && kept_->IsWhole(*folder, path.name(), inode);
+}
+
+void HostFiles::Forget(std::string_view folder) noexcept {
+  if (kept_) kept_->Close(folder);
 }
 
 }  // namespace platkit

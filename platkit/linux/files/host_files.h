@@ -6,13 +6,17 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platkit/linux/files/clock.h"
 #include "platkit/linux/files/file_descriptor.h"
 #include "platkit/linux/files/host_path.h"
+#include "platkit/linux/files/kept_files.h"
+#include "platkit/linux/files/opened_file.h"
 #include "platkit/status.h"
 
 namespace platkit {
@@ -45,9 +49,15 @@ class HostFiles {
   // Opens a file or folder for reading, with more `flags` of open(2).
   [[nodiscard]] HVC_ReturnStatus Open(const HostPath &path, int flags, FileDescriptor &file);
 
+  // Opens a file and reads its first bytes, up to the buffer's size. `size` is their number. If the read fails, the
+  // file is open nevertheless.
+  [[nodiscard]] HVC_ReturnStatus ReadStart(const HostPath &path, std::span<char> buffer, OpenedFile &file,
+                                           size_t &size);
+
   // Opens a folder to list it. The folder stays open until the next call: on the running host, files in it are then
-  // opened relative to it.
-  [[nodiscard]] HVC_ReturnStatus OpenFolder(const HostPath &path, std::shared_ptr<const FileDescriptor> &folder);
+  // opened relative to it. A kept folder may have been listed before: `isKept`.
+  [[nodiscard]] HVC_ReturnStatus OpenFolder(const HostPath &path, std::shared_ptr<const FileDescriptor> &folder,
+                                            bool &isKept);
 
   // Reads the start of a file, up to the buffer's size. `text` points into the buffer.
   [[nodiscard]] HVC_ReturnStatus Read(const HostPath &path, std::span<char> buffer, std::string_view &text);
@@ -80,6 +90,35 @@ class HostFiles {
   // Returns the inode number of a file or folder, even if this user may not open it.
   [[nodiscard]] HVC_ReturnStatus Identify(const HostPath &path, uint64_t &inode);
 
+  // From now on, keeps up to `maxDescriptors` files and folders open after reading them, and reads them again without
+  // opening them. Only the files of the running host are kept: those of a saved root cannot tell that they were
+  // removed. All reads at one time of the clock are one sample. Within a sample, all files that are kept for a process
+  // or a control group belong to the same one.
+  void KeepOpen(size_t maxDescriptors);
+
+  // While it exists, no more files are kept. For files that are read seldom.
+  class KeepNoMore {
+   public:
+    explicit KeepNoMore(HostFiles &files) : files_(files), before_(std::exchange(files.keepsMore_, false)) {}
+    ~KeepNoMore() { files_.keepsMore_ = before_; }
+    KeepNoMore(const KeepNoMore &) = delete;
+    KeepNoMore &operator=(const KeepNoMore &) = delete;
+
+   private:
+    HostFiles &files_;
+    bool before_;
+  };
+
+  // Whether all files of a process that this sample asked for were read, and belong to the process whose file `path`
+  // has this inode number. False if the files are not kept.
+  bool IsKeptWhole(const HostPath &path, uint64_t inode);
+
+  // Closes what is kept of a folder that is gone: a new one may have the same path.
+  void Forget(std::string_view folder) noexcept;
+
+  // Whether the host is read again and again, so that files are kept open.
+  bool isSampled() const { return kept_.has_value(); }
+
   Reach reach() const { return reach_; }
 
   // The clock that determines when cached values expire.
@@ -92,6 +131,8 @@ class HostFiles {
  private:
   HVC_ReturnStatus CheckTrust(const FileDescriptor &file, size_t &size) const;
   HVC_ReturnStatus OpenFor(Access access, const HostPath &path, int flags, FileDescriptor &file);
+  KeptFiles *Kept();
+  KeptFiles::Folder *KeptFolderOf(const HostPath &file, std::string_view folder, std::string_view name);
   HVC_ReturnStatus OpenBelowRoot(const HostPath &path, int flags, FileDescriptor &file);
   FileDescriptor OpenInRoot(const HostPath &path, int flags);
 
@@ -110,6 +151,8 @@ class HostFiles {
   FileDescriptor processes_;  // /proc of the running host
   std::shared_ptr<const FileDescriptor> lastFolder_;
   std::string lastFolderPath_;  // ends with a slash
+  std::optional<KeptFiles> kept_;
+  bool keepsMore_ = true;
   Observer observer_;
 };
 

@@ -20,4 +20,14 @@ void HostPath::Append(int64_t number) {
   Append(std::string_view(digits, result.ptr));
 }
 
+std::string_view HostPath::folder() const {
+  const size_t slash = view().rfind('/');
+  return view().substr(0, slash == std::string_view::npos ? 0 : slash);
+}
+
+const char *HostPath::name() const {
+  const size_t slash = view().rfind('/');
+  return bytes_ + (slash == std::string_view::npos ? 0 : slash + 1);
+}
+
 }  // namespace platkit

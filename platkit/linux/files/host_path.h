@@ -23,6 +23,10 @@ class HostPath {
   const char *c_str() const { return fits_ ? bytes_ : nullptr; }
   std::string_view view() const { return {bytes_, size_}; }
 
+  // The parts before and after the last slash. Without a slash, the folder is empty.
+  std::string_view folder() const;
+  const char *name() const;
+
  private:
   void Append(std::string_view text);
   void Append(int64_t number);

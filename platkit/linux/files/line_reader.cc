@@ -4,11 +4,11 @@
 #include <cstring>
 
 #include "platkit/errno_status.h"
-#include "platkit/linux/files/system_calls.h"
 
 namespace platkit {
 
-LineReader::LineReader(HostFiles &files, const HostPath &path) : status_(files.Open(path, 0, file_)) {}
+LineReader::LineReader(HostFiles &files, const HostPath &path)
+    : status_(files.ReadStart(path, buffer_, file_, end_)), bytesRead_(end_) {}
 
 bool LineReader::Next(std::string_view &line) {
   if (status_ != HVC_OK || (insideLine_ && !SkipRestOfLine())) return false;
@@ -31,7 +31,7 @@ bool LineReader::Next(std::string_view &line) {
   return true;
 }
 
-uint64_t LineReader::inode() const { return InodeOf(file_); }
+uint64_t LineReader::inode() const { return file_.inode(); }
 
 bool LineReader::SkipRestOfLine() {
   size_t length = 0;
@@ -53,10 +53,11 @@ bool LineReader::FindLineEnd(size_t &length) const {
 
 // Appends to the contents of the buffer. False at the end of the file and on failure.
 bool LineReader::Fill() {
+  if (bytesRead_ == 0) return false;  // the first read found the end
   std::memmove(buffer_, buffer_ + start_, end_ - start_);
   end_ -= start_;
   start_ = 0;
-  const ssize_t got = ReadOnce(file_, {buffer_ + end_, kBufferSize - end_});
+  const ssize_t got = file_.Read({buffer_ + end_, kBufferSize - end_});
   if (got < 0) status_ = StatusOfErrno(errno);
   if (got <= 0) return false;
   end_ += static_cast<size_t>(got);

@@ -33,13 +33,13 @@ class LineReader {
   static constexpr size_t kBufferSize = 4096;
   static constexpr size_t kMaxBytes = size_t{64} << 20;
 
-  FileDescriptor file_;  // initialized before status_
-  HVC_ReturnStatus status_;
-  bool insideLine_ = false;  // the start of an overlong line has been returned, but its end has not been found
-  size_t bytesRead_ = 0;
   size_t start_ = 0;  // bounds of the unread part of the buffer
   size_t end_ = 0;
   char buffer_[kBufferSize];
+  OpenedFile file_;  // initialized before status_
+  HVC_ReturnStatus status_;
+  bool insideLine_ = false;  // the start of an overlong line has been returned, but its end has not been found
+  size_t bytesRead_;
 };
 
 }  // namespace platkit

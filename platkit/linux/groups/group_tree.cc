@@ -327,6 +327,7 @@ void GroupTree::Forget(int64_t top) noexcept {
     }
     const int64_t id = group->id;
     const int64_t parentID = group->parentID;
+    if (group->kind == GroupKind::kControlGroup) files_.Forget(group->folder);
     groups_.erase(id);
     group = id == top ? nullptr : FindKnown(parentID);
   }

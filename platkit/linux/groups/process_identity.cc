@@ -5,8 +5,10 @@
 namespace platkit {
 
 bool IsSameProcess(HostFiles &files, int64_t pid, const ProcessIdentity &identity) {
+  const HostPath path("proc/", pid, "/status");
+  if (files.IsKeptWhole(path, identity.inode)) return true;
   uint64_t inode = 0;
-  const HVC_ReturnStatus status = files.Identify(HostPath("proc/", pid, "/status"), inode);
+  const HVC_ReturnStatus status = files.Identify(path, inode);
   if (status == HVC_NOT_FOUND) return false;
   // If this user may not open the files of a process, nothing was read from them.
   if (status != HVC_OK || identity.inode == 0) return true;
