@@ -35,6 +35,13 @@ class Fresh {
     return *value_;
   }
 
+  // As Get, but also reuses a value that was read at `changedAt` or later and is younger than `maxAge`.
+  template <typename Read>
+  T &GetIfChanged(const Clock &clock, Clock::Time::duration maxAge, Clock::Time changedAt, Read read) {
+    const bool isSame = value_.has_value() && readAt_ >= changedAt && clock.Now() - readAt_ < maxAge;
+    return isSame ? *value_ : Get(clock, read);
+  }
+
   // As Get, for a value that is made from others that were read before: `make` returns it as a Fresh that is as old as
   // the oldest of them.
   template <typename Make>

@@ -39,6 +39,9 @@ struct CgroupReadings {
   Fresh<CgroupStat> stat;
   Fresh<Figure> limitHits;
   Fresh<MemoryPressure> pressure;
+  // For a sampler: the group's memory, and when it was first seen to be that.
+  Figure current;
+  Clock::Time changedAt;
 };
 
 // Figures read from the files of a process or a VM.

@@ -1,5 +1,7 @@
 #include "platkit/linux/groups/group_reader.h"
 
+#include <utility>
+
 #include "platkit/linux/groups/process_identity.h"
 #include "platkit/linux/kernel/process_sched.h"
 
@@ -12,6 +14,12 @@ Readings &Allocated(std::unique_ptr<Readings> &readings) {
   return *readings;
 }
 
+// Whether an amount changes only if the group's memory does: peaks, and a part of the memory.
+bool FollowsMemory(CgroupAmount amount) {
+  return amount == CgroupAmount::kPeak || amount == CgroupAmount::kWithSwapPeak || amount == CgroupAmount::kSwapPeak ||
+         amount == CgroupAmount::kKernel;
+}
+
 }  // namespace
 
 const CgroupMount &GroupReader::mount() {
@@ -20,14 +28,33 @@ const CgroupMount &GroupReader::mount() {
 }
 
 Figure GroupReader::Amount(Group &group, CgroupAmount amount) {
-  return Allocated(group.cgroup).amounts[static_cast<size_t>(amount)].Get(files_.clock(), [&] {
-    return ReadCgroupAmount(files_, mount().memoryFiles, group.folder, amount);
-  });
+  CgroupReadings &readings = Allocated(group.cgroup);
+  Fresh<Figure> &figure = readings.amounts[static_cast<size_t>(amount)];
+  const auto read = [&] { return ReadCgroupAmount(files_, mount().memoryFiles, group.folder, amount); };
+  if (!files_.isSampled()) return figure.Get(files_.clock(), read);
+  if (FollowsMemory(amount)) return GetIfChanged(group, figure, read);
+  const Figure value = figure.Get(files_.clock(), read);
+  if (amount == CgroupAmount::kCurrent && value != std::exchange(readings.current, value)) {
+    readings.changedAt = files_.clock().Now();
+  }
+  return value;
 }
 
+// memory.stat costs as much as ten other files.
 const CgroupStat &GroupReader::Stat(Group &group) {
-  return Allocated(group.cgroup).stat.Get(files_.clock(), [&] {
-    return ReadCgroupStat(files_, mount().memoryFiles, group.folder);
+  Fresh<CgroupStat> &stat = Allocated(group.cgroup).stat;
+  const auto read = [&] { return ReadCgroupStat(files_, mount().memoryFiles, group.folder); };
+  return files_.isSampled() ? GetIfChanged(group, stat, read) : stat.Get(files_.clock(), read);
+}
+
+// A sampler reads what follows a group's memory only if that has changed, or a minute has passed: most groups of a host
+// are idle.
+template <typename T, typename Read>
+T &GroupReader::GetIfChanged(Group &group, Fresh<T> &value, Read read) {
+  Amount(group, CgroupAmount::kCurrent);
+  return value.GetIfChanged(files_.clock(), std::chrono::minutes(1), group.cgroup->changedAt, [&] {
+    const HostFiles::KeepNoMore seldom(files_);
+    return read();
   });
 }
 

@@ -10,6 +10,8 @@
 
 namespace platkit {
 
+// For a sampler (HostFiles::KeepOpen), memory.stat and the peaks of a control group are read again only if the group's
+// memory has changed, or a minute has passed.
 class GroupReader {
  public:
   explicit GroupReader(HostFiles &files) : files_(files) {}
@@ -40,6 +42,9 @@ class GroupReader {
   [[nodiscard]] HVC_ReturnStatus Confirm(const Group &process);
 
  private:
+  template <typename T, typename Read>
+  T &GetIfChanged(Group &group, Fresh<T> &value, Read read);
+
   HostFiles &files_;
   std::optional<CgroupMount> mount_;
   Fresh<KvmVms> kvmVms_;

@@ -63,8 +63,11 @@ HVC_ReturnStatus HeapRecords::Stats(std::string_view name, HeapStatsRecord &reco
   return HVC_OK;
 }
 
+// To write slabinfo, the kernel walks the lists of all caches, so a sampler reads it once a minute.
 const HeapRecords::Heaps &HeapRecords::Read() {
-  return heaps_.Get(files_.clock(), [this] { return Merge(ReadSlabinfo(files_)); });
+  const auto read = [this] { return Merge(ReadSlabinfo(files_)); };
+  if (!files_.isSampled()) return heaps_.Get(files_.clock(), read);
+  return heaps_.GetIfChanged(files_.clock(), std::chrono::minutes(1), Clock::Time::min(), read);
 }
 
 HeapRecords::Heaps HeapRecords::Merge(const Slabinfo &info) {

@@ -98,5 +98,24 @@ TEST(HeapRecords, OnlyRootReadsThem) {
   EXPECT_EQ(host.ask().List(nodes::system_heaps, {}, names), HVC_NOT_FOUND);
 }
 
+TEST(HeapRecords, ASamplerReadsThemOnceAMinute) {
+  SavedHost host("two-nodes.host");
+  HostFiles files(host.Path(""), Reach::kHost);
+  Clock::Time now = std::chrono::steady_clock::now();
+  files.UseClock(Clock([&now] { return now; }));
+  files.KeepOpen(10);
+  PageSize pageSize(files);
+  HeapRecords heaps(files, pageSize);
+  const auto statusAfter = [&](std::chrono::seconds pause) {
+    HeapStatsRecord record = {};
+    now += pause;
+    return heaps.Stats("added", record);
+  };
+  EXPECT_EQ(statusAfter(std::chrono::seconds(0)), HVC_NOT_FOUND);
+  host.Write("proc/slabinfo", "added 1 2 64 8 1 : tunables 0 0 0 : slabdata 1 1 0\n");
+  EXPECT_EQ(statusAfter(std::chrono::seconds(59)), HVC_NOT_FOUND);
+  EXPECT_EQ(statusAfter(std::chrono::seconds(1)), HVC_OK);
+}
+
 }  // namespace
 }  // namespace platkit

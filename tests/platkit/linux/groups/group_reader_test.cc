@@ -1,0 +1,51 @@
+#include "platkit/linux/groups/group_reader.h"
+
+#include "tests/linux/saved_host.h"
+
+namespace platkit {
+namespace {
+
+const std::string kWeb = "sys/fs/cgroup/system.slice/web.service";
+
+class SampledGroup : public testing::Test {
+ protected:
+  SampledGroup() {
+    files_.UseClock(Clock([this] { return now_; }));
+    host_.Write(kWeb + "/memory.current", "4096\n");
+    host_.Write(kWeb + "/memory.stat", "zswap 1\n");
+  }
+
+  // The figure of memory.stat in a sample that follows the last one after `pause`.
+  Figure NextZswap(std::chrono::seconds pause) {
+    now_ += pause;
+    return reader_.Stat(group_).zswap;
+  }
+
+  SavedHost host_{"v2.host"};
+  HostFiles files_{host_.Path(""), Reach::kHost};
+  Clock::Time now_ = std::chrono::steady_clock::now();
+  GroupReader reader_{files_};
+  Group group_{.kind = GroupKind::kControlGroup, .id = kFirstControlGroup, .folder = kWeb, .parentID = kHostGroup};
+};
+
+TEST_F(SampledGroup, MemoryStatIsReadAgainIfTheMemoryHasChanged) {
+  using std::chrono::seconds;
+  files_.KeepOpen(100);
+  EXPECT_EQ(NextZswap(seconds(0)), Figure(1));
+  host_.Write(kWeb + "/memory.stat", "zswap 2\n");
+  EXPECT_EQ(NextZswap(seconds(5)), Figure(1));
+  host_.Write(kWeb + "/memory.current", "8192\n");
+  EXPECT_EQ(NextZswap(seconds(5)), Figure(2));
+  host_.Write(kWeb + "/memory.stat", "zswap 3\n");
+  EXPECT_EQ(NextZswap(seconds(59)), Figure(2));
+  EXPECT_EQ(NextZswap(seconds(1)), Figure(3)) << "a minute has passed";
+}
+
+TEST_F(SampledGroup, WithoutASamplerMemoryStatIsReadEachTime) {
+  EXPECT_EQ(NextZswap(std::chrono::seconds(0)), Figure(1));
+  host_.Write(kWeb + "/memory.stat", "zswap 2\n");
+  EXPECT_EQ(NextZswap(std::chrono::seconds(5)), Figure(2));
+}
+
+}  // namespace
+}  // namespace platkit
