@@ -25,7 +25,11 @@ class SampledGroup : public testing::Test {
   HostFiles files_{host_.Path(""), Reach::kHost};
   Clock::Time now_ = std::chrono::steady_clock::now();
   GroupReader reader_{files_};
-  Group group_{.kind = GroupKind::kControlGroup, .id = kFirstControlGroup, .folder = kWeb, .parentID = kHostGroup};
+  Group group_{.kind = GroupKind::kControlGroup,
+               .id = kFirstControlGroup,
+               .name = "web",
+               .folder = kWeb,
+               .parentID = kHostGroup};
 };
 
 TEST_F(SampledGroup, MemoryStatIsReadAgainIfTheMemoryHasChanged) {
