@@ -26,6 +26,9 @@ class PathFilter {
 
   bool Contains(std::string_view path) const;
 
+  // Whether paths are named.
+  bool hasPaths() const { return !tops_.empty(); }
+
   // Whether a path of that form can be contained.
   bool MayContain(const PathTemplate &form) const;
 
