@@ -1,0 +1,100 @@
+// Records a host: takes a sample at each interval, and appends it to a history.
+#ifndef NODAL_HISTORY_RECORDER_H
+#define NODAL_HISTORY_RECORDER_H
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platkit/history/format.h"
+#include "platkit/history/history_folder.h"
+#include "platkit/history/sample.h"
+#include "platkit/history/segment_writer.h"
+#include "tools/nodal/history/recorder_lock.h"
+#include "tools/nodal/history/retention.h"
+
+namespace nodal {
+
+struct RecorderOptions {
+  std::string folder;
+  int64_t interval = 5 * platkit::history::kNanosInSecond;
+  uint64_t count = 0;  // of samples; 0: until the recorder is asked to end
+  RetentionLimits limits = {};
+};
+
+// What a recorder samples. Tests replace it.
+class Sampled {
+ public:
+  virtual ~Sampled() = default;
+
+  // Adds the entries to `sample`, which is empty, and sets `host` and the memory available.
+  virtual void Take(platkit::history::Sample &sample, platkit::history::HostHeader &host, uint64_t &availableBytes) = 0;
+};
+
+// The clocks of a recorder, and what it does between samples. Tests replace it.
+class Pace {
+ public:
+  virtual ~Pace() = default;
+
+  virtual platkit::history::SampleTime Now() = 0;
+
+  // Waits until the monotonic clock reaches `time`. False at once if the recorder is asked to end.
+  virtual bool WaitUntil(int64_t time) = 0;
+};
+
+class Recorder {
+ public:
+  // Creates the folder unless it exists, and locks it. Throws a Failure: the folder cannot be opened, other users may
+  // write to it, or another recorder has locked it.
+  Recorder(const RecorderOptions &options, Sampled &sampled, Pace &pace);
+
+  // Records until the number of samples is reached or the recorder is asked to end. A sample that cannot be written, as
+  // on a full disk, is lost; a message tells the first one and the end of the problem.
+  void Run();
+
+  // The last sample that was written, and its time; no entries before the first one.
+  const platkit::history::Sample &last() const { return writer_.last(); }
+  const std::optional<platkit::history::SampleTime> &lastTime() const { return lastTime_; }
+
+  // Why the last sample was not written; HVC_OK if it was.
+  HVC_ReturnStatus status() const { return status_; }
+
+  uint64_t samples() const { return samples_; }
+  uint64_t bytes() const { return bytes_; }
+
+ private:
+  using Name = platkit::history::SegmentName;
+
+  void OpenFolder();
+  void TakeSample();
+  HVC_ReturnStatus Write(const platkit::history::SampleInfo &info);
+  HVC_ReturnStatus OpenSegment(const Name &name);
+  void RemoveOpenSegment(const Name &name);
+  void Report(const Name &name, HVC_ReturnStatus status);
+  void Keep(const platkit::history::SampleTime &time, const Name &name);
+  int64_t NextDue(int64_t due);
+  void End();
+
+  RecorderOptions options_;
+  Sampled &sampled_;
+  Pace &pace_;
+  platkit::history::HistoryFolder folder_;
+  std::unique_ptr<RecorderLock> lock_;
+  std::optional<Retention> retention_;
+  platkit::history::SegmentWriter writer_;
+  std::optional<Name> open_;
+  platkit::history::Sample sample_;
+  platkit::history::HostHeader host_;
+  std::optional<platkit::history::SampleTime> lastTime_;
+  HVC_ReturnStatus status_ = HVC_OK;
+  uint64_t lost_ = 0;     // samples since the last one that was written
+  uint64_t taken_ = 0;    // all samples
+  uint64_t samples_ = 0;  // that were written
+  uint64_t bytes_ = 0;
+  uint64_t largestFrame_ = 0;
+};
+
+}  // namespace nodal
+
+#endif  // NODAL_HISTORY_RECORDER_H

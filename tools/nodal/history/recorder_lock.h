@@ -1,0 +1,29 @@
+// One recorder per history.
+#ifndef NODAL_HISTORY_RECORDER_LOCK_H
+#define NODAL_HISTORY_RECORDER_LOCK_H
+
+#include <string>
+
+#include "platkit/linux/files/file_descriptor.h"
+
+namespace nodal {
+
+// Locks a history until the object is destroyed, or its process ends. The file of the lock has the PID of its holder.
+class RecorderLock {
+ public:
+  static constexpr char kFile[] = "recorder.lock";
+
+  // `folder` is the open folder, `path` its name in messages. Throws a Failure that names the process that holds the
+  // lock.
+  RecorderLock(int folder, const std::string &path);
+  ~RecorderLock();
+  RecorderLock(const RecorderLock &) = delete;
+  RecorderLock &operator=(const RecorderLock &) = delete;
+
+ private:
+  platkit::FileDescriptor file_;
+};
+
+}  // namespace nodal
+
+#endif  // NODAL_HISTORY_RECORDER_LOCK_H

@@ -1,0 +1,132 @@
+#include "tools/nodal/history/retention.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "tools/nodal/support/output.h"
+
+namespace nodal {
+namespace {
+
+using platkit::history::kNanosInSecond;
+
+constexpr int64_t kHour = 3600 * kNanosInSecond;
+
+// Others may add files to the folder, so it is listed again.
+constexpr int64_t kListInterval = 60 * kNanosInSecond;
+
+uint64_t SizeOf(int folder, const std::string &name) {
+  struct stat about;
+  const bool isKnown = fstatat(folder, name.c_str(), &about, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(about.st_mode);
+  return isKnown ? static_cast<uint64_t>(about.st_size) : 0;
+}
+
+}  // namespace
+
+Retention::Retention(const platkit::history::HistoryFolder &folder, const RetentionLimits &limits, const Time &now)
+    : folder_(folder), limits_(limits) {
+  unlinkat(folder_.fd(), SegmentThinner::kTemporary, 0);
+  std::vector<Name> names;
+  if (const HVC_ReturnStatus status = folder_.List(names); status != HVC_OK) throw Failure("history", status);
+  std::optional<int64_t> newest;
+  if (!names.empty()) newest = (names.back().hour() + 1) * kHour;
+  clock_.emplace(now, newest);
+}
+
+bool Retention::Apply(const Time &now, const Name &open, uint64_t openBytes) {
+  wall_ = clock_->Wall(now);
+  latest_ = std::max(wall_, now.wall);
+  if (thinned_ == open) StopThinning();  // the clock was set back to that hour
+  if (listedOpen_ != open || now.monotonic < listedAt_ || now.monotonic - listedAt_ >= kListInterval) {
+    List(open);
+    listedAt_ = now.monotonic;
+  }
+  for (auto segment = segments_.begin(); segment != segments_.end();)
+    segment = AgeOf(segment->first) > limits_.age ? Remove(segment) : std::next(segment);
+  const auto isTooLarge = [&] { return closedBytes_ + thinner_.bytes() + openBytes > limits_.bytes; };
+  if (isTooLarge()) StopThinning();
+  while (isTooLarge() && !segments_.empty())
+    Remove(segments_.begin());
+  return !isTooLarge();
+}
+
+void Retention::List(const Name &open) {
+  std::vector<Name> names;
+  if (const HVC_ReturnStatus status = folder_.List(names); status != HVC_OK) throw Failure("history", status);
+  if (listedOpen_ != open) failed_.clear();
+  listedOpen_ = open;
+  done_.erase(open);
+  // The size of a segment that is not open does not change.
+  Segments listed;
+  closedBytes_ = 0;
+  for (const Name &name : names) {
+    if (name == open) continue;
+    const auto known = segments_.find(name);
+    closedBytes_ += listed[name] = known == segments_.end() ? SizeOf(folder_.fd(), name.text()) : known->second;
+  }
+  segments_ = std::move(listed);
+}
+
+Retention::Segments::iterator Retention::Remove(Segments::iterator segment) {
+  if (thinned_ == segment->first) StopThinning();
+  unlinkat(folder_.fd(), segment->first.text().c_str(), 0);
+  closedBytes_ -= segment->second;
+  done_.erase(segment->first);
+  return segments_.erase(segment);
+}
+
+// How long ago the last sample of the segment was taken. Segments of the future, which a wrong clock made, are as old
+// as they are ahead.
+int64_t Retention::AgeOf(const Name &name) const {
+  return std::max(wall_ - (name.hour() + 1) * kHour, name.hour() * kHour - latest_);
+}
+
+HVC_ReturnStatus Retention::Thin(const std::function<bool()> &hasTime) {
+  do {
+    if (!thinner_.isBusy()) {
+      if (!StartThinning()) return HVC_OK;
+      continue;
+    }
+    const HVC_ReturnStatus status = thinner_.Step();
+    if (!thinner_.isBusy()) FinishThinning(status);
+    if (status != HVC_OK) return status;
+  } while (hasTime());
+  return HVC_OK;
+}
+
+void Retention::FinishThinning(HVC_ReturnStatus status) {
+  if (const auto segment = segments_.find(*thinned_); segment != segments_.end()) {
+    closedBytes_ -= segment->second;
+    closedBytes_ += segment->second = SizeOf(folder_.fd(), thinned_->text());
+  }
+  (status == HVC_OK ? done_ : failed_).insert(*thinned_);
+  thinned_.reset();
+}
+
+void Retention::StopThinning() {
+  thinner_.Stop();
+  thinned_.reset();
+}
+
+// Opens the oldest segment that may need it, and starts if it does. False if there is none.
+bool Retention::StartThinning() {
+  const auto isCandidate = [this](const auto &segment) {
+    return AgeOf(segment.first) > limits_.unthinned && !done_.contains(segment.first) &&
+           !failed_.contains(segment.first);
+  };
+  const auto found = std::ranges::find_if(segments_, isCandidate);
+  if (found == segments_.end()) return false;
+  const HVC_ReturnStatus status = thinner_.Start(folder_.fd(), found->first.text());
+  if (status == HVC_OK) {
+    thinned_ = found->first;
+  } else {
+    (status == HVC_ALREADY_EXISTS ? done_ : failed_).insert(found->first);
+  }
+  return true;
+}
+
+}  // namespace nodal

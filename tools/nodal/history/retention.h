@@ -1,0 +1,72 @@
+// Keeps a history within its limits: thins old segments to one sample a minute, and removes the oldest ones.
+#ifndef NODAL_HISTORY_RETENTION_H
+#define NODAL_HISTORY_RETENTION_H
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+
+#include "platkit/history/format.h"
+#include "platkit/history/history_folder.h"
+#include "tools/nodal/history/believed_clock.h"
+#include "tools/nodal/history/segment_thinner.h"
+
+namespace nodal {
+
+struct RetentionLimits {
+  int64_t unthinned = 86'400 * platkit::history::kNanosInSecond;  // the age up to which all samples are kept
+  int64_t age = 30 * 86'400 * platkit::history::kNanosInSecond;
+  uint64_t bytes = uint64_t{1} << 30;
+};
+
+// Removing needs no space on the disk, so the limits hold on a full one as well.
+class Retention {
+ public:
+  using Name = platkit::history::SegmentName;
+  using Time = platkit::history::SampleTime;
+
+  // The folder must outlive the object. Removes what a thinning left that was cut short. Throws a Failure if the folder
+  // cannot be listed; so does Apply.
+  Retention(const platkit::history::HistoryFolder &folder, const RetentionLimits &limits, const Time &now);
+
+  // Removes segments that are too old, and the oldest ones while all segments together have too many bytes, except the
+  // open one. `openBytes` is its size, or the size that it is about to have. False if the open one alone is too large.
+  bool Apply(const Time &now, const Name &open, uint64_t openBytes);
+
+  // Thins old segments while `hasTime` returns true, and at least for one step. Returns the status of a step that
+  // failed: the segment stays as it is until the next hour.
+  HVC_ReturnStatus Thin(const std::function<bool()> &hasTime);
+
+  // All segments but the open one, as of the last call of Apply.
+  uint64_t closedBytes() const { return closedBytes_; }
+
+ private:
+  using Segments = std::map<Name, uint64_t>;  // the names and their sizes
+
+  void List(const Name &open);
+  Segments::iterator Remove(Segments::iterator segment);
+  int64_t AgeOf(const Name &name) const;
+  bool StartThinning();
+  void FinishThinning(HVC_ReturnStatus status);
+  void StopThinning();
+
+  const platkit::history::HistoryFolder &folder_;
+  RetentionLimits limits_;
+  std::optional<BelievedClock> clock_;
+  int64_t wall_ = 0;                // believed
+  int64_t latest_ = 0;              // the later one of the believed and the set wall clock
+  int64_t listedAt_ = INT64_MIN;    // on the monotonic clock
+  std::optional<Name> listedOpen_;  // the open segment at that time
+  Segments segments_;               // but the open one
+  uint64_t closedBytes_ = 0;
+  std::set<Name> done_;    // segments that need no thinning
+  std::set<Name> failed_;  // segments whose thinning failed this hour
+  SegmentThinner thinner_;
+  std::optional<Name> thinned_;  // the segment that is being thinned
+};
+
+}  // namespace nodal
+
+#endif  // NODAL_HISTORY_RETENTION_H

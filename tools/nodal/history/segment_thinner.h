@@ -1,0 +1,69 @@
+// Thins a segment of a history to one sample a minute.
+#ifndef NODAL_HISTORY_SEGMENT_THINNER_H
+#define NODAL_HISTORY_SEGMENT_THINNER_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platkit/history/sample.h"
+#include "platkit/history/segment_reader.h"
+#include "platkit/history/segment_writer.h"
+#include "platkit/status.h"
+
+namespace nodal {
+
+// Samples of one minute, by their places in the segment; one of them is kept.
+struct MinuteOfSamples {
+  std::vector<size_t> frames;  // the one with the least memory available first
+  uint8_t marks = 0;           // of the sample that is kept
+  bool isEnd = false;          // no samples: the recorder ended
+};
+
+// Samples before and after a restart of the recorder or of the host are not of the same minute.
+std::vector<MinuteOfSamples> MinutesOf(const std::vector<platkit::history::SegmentReader::Frame> &frames);
+
+// Writes the samples to keep to a temporary file, one at each step, and then renames it over the segment.
+class SegmentThinner {
+ public:
+  static constexpr char kTemporary[] = "thinning.tmp";
+
+  // Opens the segment `name` of an open folder. HVC_ALREADY_EXISTS: it has no more than one sample a minute. Other
+  // statuses as for SegmentReader::Open and SegmentWriter::Open.
+  [[nodiscard]] HVC_ReturnStatus Start(int folder, const std::string &name);
+
+  // Copies the samples of one minute. Statuses as for SegmentWriter::Append; after a failure, the segment is unchanged
+  // and the work is over.
+  [[nodiscard]] HVC_ReturnStatus Step();
+
+  bool isBusy() const { return work_ != nullptr; }
+
+  // Gives the work up. The segment stays as it is.
+  void Stop();
+
+  // The size of the temporary file.
+  uint64_t bytes() const { return work_ == nullptr ? 0 : work_->writer.segmentBytes(); }
+
+ private:
+  struct Work {
+    int folder;
+    std::string name;
+    platkit::history::SegmentReader reader;
+    platkit::history::SegmentWriter writer;
+    std::vector<MinuteOfSamples> minutes = {};
+    size_t next = 0;
+    platkit::history::Sample sample = {};
+
+    Work(int openFolder, std::string segment);
+  };
+
+  HVC_ReturnStatus CopyMinute(const MinuteOfSamples &minute);
+  HVC_ReturnStatus Replace();
+
+  std::unique_ptr<Work> work_;
+};
+
+}  // namespace nodal
+
+#endif  // NODAL_HISTORY_SEGMENT_THINNER_H
