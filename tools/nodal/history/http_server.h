@@ -1,0 +1,84 @@
+// A small HTTP server for figures: it answers GET and HEAD with texts, one request a connection.
+#ifndef NODAL_HISTORY_HTTP_SERVER_H
+#define NODAL_HISTORY_HTTP_SERVER_H
+
+#include <poll.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platkit/linux/files/file_descriptor.h"
+
+namespace nodal {
+
+struct HttpResponse {
+  int status = 200;
+  std::string type = "text/plain; charset=utf-8";
+  std::string lastModified = {};  // as HttpDate writes it; empty: none
+  std::shared_ptr<const std::string> body;
+};
+
+// "Sat, 21 Nov 2026 03:12:00 GMT". `wall` is in nanoseconds since 1970.
+std::string HttpDate(int64_t wall);
+
+// It never blocks, and its memory is bounded: a connection that does not send its request or take its answer in time is
+// closed, and so is the oldest one if there are too many.
+class HttpServer {
+ public:
+  static constexpr size_t kMaxConnections = 16;
+  static constexpr size_t kMaxRequest = 8192;                       // bytes of a request's head
+  static constexpr int64_t kMaxTime = int64_t{10} * 1'000'000'000;  // nanoseconds, for a whole connection
+
+  // Returns the answer to a path, such as "/metrics", without the query.
+  using Handler = std::function<HttpResponse(std::string_view path)>;
+
+  // `address` is PORT, ADDRESS:PORT or [ADDRESS]:PORT, with a numeric address; without one, 127.0.0.1. Throws a Failure
+  // if it is malformed, or in use.
+  HttpServer(const std::string &address, Handler handler);
+  HttpServer(const HttpServer &) = delete;
+  HttpServer &operator=(const HttpServer &) = delete;
+
+  // The address and the port, such as 127.0.0.1:9100. A port of 0 was replaced by a free one.
+  const std::string &address() const { return address_; }
+
+  // What to poll for. The array is valid until the next call of Serve.
+  std::vector<pollfd> &Polled();
+
+  // Handles what has been polled, at this time of a monotonic clock in nanoseconds.
+  void Serve(int64_t now);
+
+  // The time at which Serve must be called although nothing was polled; INT64_MAX: never.
+  int64_t NextTimeout() const;
+
+  size_t connections() const { return connections_.size(); }
+
+ private:
+  struct Connection {
+    platkit::FileDescriptor socket;
+    int64_t deadline;
+    std::string request = {};
+    std::string head = {};  // of the answer; empty while the request is incomplete
+    std::shared_ptr<const std::string> body = nullptr;
+    size_t sent = 0;  // bytes of head and body
+  };
+
+  void Accept(int64_t now);
+  bool Advance(Connection &connection, short events);
+  bool Receive(Connection &connection);
+  void Answer(Connection &connection);
+  static bool Send(Connection &connection);
+
+  Handler handler_;
+  platkit::FileDescriptor listening_;
+  std::string address_;
+  std::vector<Connection> connections_;  // the oldest first
+  std::vector<pollfd> polled_;           // of listening_, and of each connection
+};
+
+}  // namespace nodal
+
+#endif  // NODAL_HISTORY_HTTP_SERVER_H
