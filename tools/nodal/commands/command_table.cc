@@ -7,6 +7,7 @@ Run DeclareLs(OptionSet &options, const SourceOptions &source);
 Run DeclareGet(OptionSet &options, const SourceOptions &source);
 Run DeclareMetrics(OptionSet &options, const SourceOptions &source);
 Run DeclareCapture(OptionSet &options, const SourceOptions &source);
+Run DeclareRecord(OptionSet &options, const SourceOptions &source);
 Run DeclareDump(OptionSet &options, const SourceOptions &source);
 Run DeclareDiff(OptionSet &options, const SourceOptions &source);
 Run DeclareBuild(OptionSet &options, const SourceOptions &source);
@@ -23,6 +24,7 @@ std::span<const Command> Commands() {
       {"metrics", "Show the host's figures as metrics, in Prometheus' text format", DeclareMetrics},
       {"capture", "Save the host to a snapshot file", DeclareCapture},
       {"page", "Show a host as one HTML file with its groups, machines and nodes", DeclarePage},
+      {"record", "Record the host as a history: a sample every few seconds", DeclareRecord},
       {"dump", "Show a snapshot as JSON", DeclareDump},
       {"diff", "Compare two snapshots", DeclareDiff, kTrouble},
       {"build", "Build a snapshot from JSON in the form of dump", DeclareBuild},

@@ -1,0 +1,134 @@
+#include "tools/nodal/history/record.h"
+
+#include <sys/resource.h>
+#include <time.h>
+
+#include <algorithm>
+#include <optional>
+
+#include "platkit/linux/sampled_host.h"
+#include "tools/nodal/history/host_sampler.h"
+#include "tools/nodal/history/metrics_endpoint.h"
+#include "tools/nodal/support/output.h"
+#include "tools/nodal/support/signals.h"
+#include "tools/nodal/support/text.h"
+
+namespace nodal {
+namespace {
+
+using platkit::history::HostHeader;
+using platkit::history::kNanosInSecond;
+using platkit::history::Sample;
+using platkit::history::SampleInfo;
+using platkit::history::SampleTime;
+
+// Reading a PCI device can wake it up, and no report that accepts a history needs it.
+constexpr std::string_view kPciDevices = "/hardware/pci";
+
+// A file that stays open takes 4 KB of the kernel's memory.
+constexpr size_t kMaxKeptFiles = 10'000;
+constexpr size_t kOtherFiles = 128;
+
+// The number of files that may stay open. Raises the limit of the process as far as it may.
+size_t FilesToKeep() {
+  rlimit limit;
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return 0;
+  limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, std::max<rlim_t>(limit.rlim_cur, kMaxKeptFiles + kOtherFiles));
+  static_cast<void>(setrlimit(RLIMIT_NOFILE, &limit));
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur <= kOtherFiles) return 0;
+  return std::min<size_t>(limit.rlim_cur - kOtherFiles, kMaxKeptFiles);
+}
+
+class HostOfRecord : public Sampled {
+ public:
+  explicit HostOfRecord(const RecordOptions &options)
+      : isLive_(options.root.empty()),
+        host_(isLive_ ? "/" : options.root.c_str(), isLive_ ? platkit::Reach::kHost : platkit::Reach::kRootFolder,
+              FilesToKeep()),
+        filter_(options.only, kPciDevices),
+        sampler_(host_.source(), filter_) {
+    if (const HVC_ReturnStatus status = host_.Open(); status != HVC_OK) throw Failure(options.root, status);
+  }
+
+  void Take(Sample &sample, HostHeader &host, uint64_t &availableBytes) override {
+    host_.BeginSample();
+    sampler_.AddTo(sample);
+    if (!hasHeader_) Begin(sample, host);
+    host.host = host_.Name();
+    availableBytes = host_.AvailableBytes().Cell(SampleInfo::kUnknown);
+  }
+
+ private:
+  // Neither the kernel nor its boot changes while this process runs.
+  void Begin(const Sample &sample, HostHeader &host) {
+    for (size_t i = 0; i < sample.size(); ++i) {
+      std::string_view path = sample[i].key;
+      if (platkit::snapshot::IsFailureKey(path)) path.remove_prefix(platkit::snapshot::kFailurePrefix.size());
+      filter_.MarkFound(path);
+    }
+    filter_.RequireAllFound();
+    host.definitions = platkit::OwnDefinitions();
+    host.kernel = host_.KernelRelease();
+    host.bootId = host_.BootID();
+    hasHeader_ = true;
+  }
+
+  bool isLive_;
+  platkit::SampledHost host_;
+  PathFilter filter_;
+  HostSampler sampler_;
+  bool hasHeader_ = false;
+};
+
+int64_t Nanoseconds(clockid_t clock) {
+  timespec time = {};
+  clock_gettime(clock, &time);
+  return int64_t{time.tv_sec} * kNanosInSecond + time.tv_nsec;
+}
+
+class HostPace : public Pace {
+ public:
+  // Serves requests while it waits.
+  void ServeWith(HttpServer &server) { server_ = &server; }
+
+  SampleTime Now() override {
+    return {.wall = Nanoseconds(CLOCK_REALTIME),
+            .boot = Nanoseconds(CLOCK_BOOTTIME),
+            .monotonic = Nanoseconds(CLOCK_MONOTONIC)};
+  }
+
+  bool WaitUntil(int64_t time) override {
+    for (;;) {
+      const int64_t now = Nanoseconds(CLOCK_MONOTONIC);
+      const int64_t until = server_ == nullptr ? time : std::min(time, server_->NextTimeout());
+      if (!PollForSignals(server_ == nullptr ? std::span<pollfd>() : server_->Polled(),
+                          std::max<int64_t>(until - now, 0)))
+        return false;
+      if (server_ != nullptr) server_->Serve(Nanoseconds(CLOCK_MONOTONIC));
+      if (now >= time) return true;
+    }
+  }
+
+ private:
+  HttpServer *server_ = nullptr;
+};
+
+}  // namespace
+
+void Record(const RecordOptions &options) {
+  HoldSignals();
+  HostOfRecord host(options);
+  HostPace pace;
+  Recorder recorder(options.recorder, host, pace);
+  std::optional<MetricsEndpoint> endpoint;
+  if (!options.listen.empty()) {
+    endpoint.emplace(options.listen, recorder, pace, options.recorder.interval);
+    pace.ServeWith(endpoint->server());
+    Complain("serving http://" + endpoint->server().address() + "/metrics");
+  }
+  recorder.Run();
+  Complain(options.recorder.folder + ": " + Plural(recorder.samples(), "sample") + ", " +
+           std::to_string(recorder.bytes()) + " bytes");
+}
+
+}  // namespace nodal
