@@ -1,6 +1,9 @@
 # systemd reads units from here below /usr and /usr/local. They are off until an administrator enables them.
 install(
-  FILES ${CMAKE_CURRENT_LIST_DIR}/systemd/kestrel-metrics.service ${CMAKE_CURRENT_LIST_DIR}/systemd/kestrel-metrics.timer
+  FILES
+    ${CMAKE_CURRENT_LIST_DIR}/systemd/kestrel-history.service
+    ${CMAKE_CURRENT_LIST_DIR}/systemd/kestrel-metrics.service
+    ${CMAKE_CURRENT_LIST_DIR}/systemd/kestrel-metrics.timer
   DESTINATION lib/systemd/system
 )
 

@@ -115,7 +115,7 @@ TEST(RecipeFiles, AreTwo) {
 // The units of the package, by name.
 std::map<std::string, std::string> Units() {
   std::map<std::string, std::string> units;
-  for (const char *name : {"kestrel-metrics.service", "kestrel-metrics.timer"})
+  for (const char *name : {"kestrel-history.service", "kestrel-metrics.service", "kestrel-metrics.timer"})
     units[name] = ReadFile(std::string(UNITS) + "/" + name);
   return units;
 }
@@ -145,15 +145,17 @@ TEST(Units, AreValidAndConfined) {
   const Workbench workbench;
   for (const auto &[name, text] : Units())
     WriteFile(workbench.File(name), InPlace(text, workbench));
-  for (const char *unit : {"kestrel-metrics.service", "kestrel-metrics.timer"}) {
+  for (const char *unit : {"kestrel-history.service", "kestrel-metrics.service", "kestrel-metrics.timer"}) {
     const testing_support::Outcome outcome = workbench.Run("systemd-analyze verify --man=no ./" + std::string(unit));
     EXPECT_EQ(outcome.exitStatus, 0) << outcome.output;
     EXPECT_EQ(outcome.output.find(unit), std::string::npos) << outcome.output;
   }
-  // The exposure in tenths, of 100. Without its settings, the service would have 96.
-  const testing_support::Outcome security =
-      workbench.Run("systemd-analyze security --offline=yes --threshold=25 ./kestrel-metrics.service");
-  EXPECT_EQ(security.exitStatus, 0) << security.output;
+  // The exposure in tenths, of 100. Without its settings, a service would have 96.
+  for (const char *service : {"kestrel-history.service", "kestrel-metrics.service"}) {
+    const testing_support::Outcome security =
+        workbench.Run("systemd-analyze security --offline=yes --threshold=25 ./" + std::string(service));
+    EXPECT_EQ(security.exitStatus, 0) << security.output;
+  }
 }
 
 TEST(RecipeFiles, AlertsFire) {
