@@ -14,7 +14,7 @@ import tarfile
 import machines
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-MOST_SECONDS = 100
+MOST_SECONDS = 300
 HELPER = "swtpm"  # a process beside a machine, such as libvirt starts
 LABEL_AREA = 128 << 10  # bytes that QEMU reserves at the end of the memory file
 
