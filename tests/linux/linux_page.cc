@@ -9,7 +9,7 @@
 namespace platkit {
 namespace {
 
-std::vector<std::string> Cells(const std::string &line) {
+std::vector<std::string> CellsOf(const std::string &line) {
   std::vector<std::string> cells;
   for (size_t start = 1, end = 0; (end = line.find('|', start)) != std::string::npos; start = end + 1) {
     std::string cell = line.substr(start, end - start);
@@ -38,10 +38,10 @@ std::vector<PageTable> ReadPageTables() {
     if (!line.starts_with('|')) {
       inTable = false;
     } else if (!inTable) {
-      tables.push_back({heading, Cells(line), {}});
+      tables.push_back({heading, CellsOf(line), {}});
       inTable = true;
     } else if (!line.starts_with("|---")) {
-      tables.back().rows.push_back(Cells(line));
+      tables.back().rows.push_back(CellsOf(line));
     }
   }
   return tables;

@@ -26,6 +26,17 @@
 
 namespace platkit {
 
+// What records say that are not available.
+inline constexpr uint64_t kNone = HVC_KB_NONE;
+inline constexpr uint32_t kNone32 = UINT32_MAX;
+
+// The identifier of the group of the first virtual machine.
+inline constexpr int64_t kVmm = 20'000'000;
+
+// Folders of a saved host: of all control groups, and of the one of a service.
+inline const std::string kTop = "sys/fs/cgroup/";
+inline const std::string kWeb = kTop + "system.slice/web.service";
+
 // An instance argument: an integer or a text.
 struct Argument {
   Argument(std::integral auto number) : integer(static_cast<int64_t>(number)) {}

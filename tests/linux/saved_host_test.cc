@@ -11,10 +11,7 @@ concept ReadsGroupFlags = requires(Asker ask, Record record) {
 static_assert(ReadsGroupFlags<GroupFlagsRecord>);
 static_assert(!ReadsGroupFlags<GroupLeaderIDRecord>, "a node reads into its own record only");
 
-constexpr uint64_t kNone = HVC_KB_NONE;
 constexpr int64_t kKernel = 5'000'000;
-constexpr int64_t kVmm = 20'000'000;
-const std::string kTop = "sys/fs/cgroup/";
 
 uint64_t MB(uint64_t amount) { return amount * 1024; }
 

@@ -21,7 +21,7 @@ namespace guests {
 namespace {
 
 // Enough for the lines of a child that reports 10,000 guests.
-constexpr size_t kMaxReceived = size_t{16} << 20;
+constexpr size_t kMaxRead = size_t{16} << 20;
 
 // Ends with the parent, and prints nothing.
 [[noreturn]] void RunChild(pid_t parent, int pipe, const std::function<void(const Report &)> &ask) {
@@ -101,7 +101,7 @@ void Children::Read(Child &child) {
     child.size += static_cast<size_t>(got);
     TakeLines(child);
   }
-  if (got <= 0 || child.size > kMaxReceived) End(child);
+  if (got <= 0 || child.size > kMaxRead) End(child);
 }
 
 void Children::TakeLines(Child &child) {

@@ -113,7 +113,7 @@ void TakeMigration(Guest &guest, QmpClient &qemu) {
 }
 
 // The process is read before its monitor is asked: if the monitor answers, the process was still there.
-Guest Ask(const std::string &path) {
+Guest AskPath(const std::string &path) {
   QmpClient qemu(path);
   platkit::HostFiles files("/", platkit::Reach::kHost);
   Guest guest{.monitor = path, .hasAnswered = true};
@@ -140,7 +140,7 @@ bool IsSocketOfLibvirt(const std::string &path) {
 void AskQmp(const std::string &path, const Report &report) {
   json line;
   try {
-    line = ToJson(Ask(path));
+    line = ToJson(AskPath(path));
   } catch (const std::exception &failure) {
     line = {{"error", failure.what()}};
   }

@@ -17,6 +17,8 @@
 
 namespace platkit::history {
 
+inline constexpr const char *kName = "2025-11-21T03Z.history";  // of the segment that a test writes
+
 // The entries of a sample, by key: the letter of the type, and the payload.
 using Entries = std::map<std::string, std::pair<char, std::string>>;
 

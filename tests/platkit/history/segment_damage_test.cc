@@ -1,4 +1,5 @@
 // Truncated and overwritten segments. Whatever the damage, a sample is read as it was written, or not at all.
+#include <algorithm>
 #include <cstring>
 
 #include "platkit/history/frame.h"
@@ -7,7 +8,6 @@
 namespace platkit::history {
 namespace {
 
-constexpr const char *kName = "2025-11-21T03Z.history";
 constexpr int kSeconds = 75;  // two key frames
 
 class SegmentDamage : public testing::Test {
@@ -158,7 +158,7 @@ class HostileFrame : public SegmentDamage {
       change(head, chunk);
       std::memcpy(frame, &head, sizeof head);
       std::memcpy(frame + sizeof head, &chunk, sizeof chunk);
-      const size_t checkedBytes = std::min<size_t>(head.headBytes, whole_.size() - frames_[i].start) - 12;
+      const size_t checkedBytes = std::clamp<size_t>(head.headBytes, 12, whole_.size() - frames_[i].start) - 12;
       head.check = snapshot::Check(std::as_bytes(std::span(frame + 12, checkedBytes)));
       std::memcpy(frame, &head, sizeof head);
       const Outcome outcome = Read(bytes);

@@ -11,8 +11,6 @@
 namespace platkit::history {
 namespace {
 
-constexpr const char *kName = "2025-11-21T03Z.history";
-
 class Segment : public testing::Test {
  protected:
   void ExpectSamples(int seconds) {

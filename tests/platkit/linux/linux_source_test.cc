@@ -11,9 +11,6 @@
 namespace platkit {
 namespace {
 
-const std::string kTop = "sys/fs/cgroup/";
-const std::string kWeb = kTop + "system.slice/web.service";
-
 // Reads all records of a group and of its descendants, as a report on groups does.
 void Walk(Asker &ask, int64_t group) {
   const std::vector<int64_t> members = ask.Members(group);

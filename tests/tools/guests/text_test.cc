@@ -5,13 +5,13 @@
 namespace guests {
 namespace {
 
-constexpr uint64_t kNow = 1'800'000'000;
-const std::chrono::system_clock::time_point kTime{std::chrono::seconds(kNow)};
+constexpr uint64_t kUpdated = 1'800'000'000;
+const std::chrono::system_clock::time_point kTime{std::chrono::seconds(kUpdated)};
 
 Guest Web() {
   Guest guest{.monitor = "libvirt", .id = "0d8c", .name = "web", .hasAnswered = true, .hasBalloon = Figure(1)};
   guest.pollingSeconds = Figure(10);
-  guest.lastUpdate = Figure(kNow - 3);
+  guest.lastUpdate = Figure(kUpdated - 3);
   guest.figures.pid = 4242;
   guest.figures[GuestFigure::kMemory] = Figure(262144);
   guest.figures[GuestFigure::kBalloon] = Figure(0);
@@ -60,7 +60,7 @@ TEST(Text, AnUnusualNameIsReplacedByTheUuid) {
 
 TEST(Text, WhyFiguresAreMissing) {
   Guest guest = Web();
-  guest.lastUpdate = Figure(kNow - 100);
+  guest.lastUpdate = Figure(kUpdated - 100);
   EXPECT_EQ(AdviceOn(guest), "web: its balloon driver last reported figures 100 seconds ago.\n");
   guest.lastUpdate = Figure(0);
   EXPECT_EQ(AdviceOn(guest), "web: its balloon driver has never reported figures.\n");

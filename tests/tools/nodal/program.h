@@ -27,6 +27,8 @@ inline Outcome Nodal(const std::string &words) {
   return {run.exitStatus, run.output, run.errors};
 }
 
+inline Outcome OnSample(const std::string &words) { return Nodal("--cache " + kSample + " " + words); }
+
 // Builds a snapshot from the JSON text and returns its path.
 inline std::string Built(const Scratch &scratch, const std::string &json, const std::string &name = "host.nodal") {
   const std::string source = scratch.Write(name + ".json", json);

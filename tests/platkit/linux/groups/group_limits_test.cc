@@ -9,7 +9,7 @@ namespace {
 constexpr uint64_t kMB = 1 << 20;
 const std::string kSlice = "sys/fs/cgroup/machine.slice";
 const std::string kScope = kSlice + "/web.scope";
-const std::string kOwn = kScope + "/guest";
+const std::string kGuest = kScope + "/guest";
 
 // The VM 310 of clients.host, below the groups machine.slice/web.scope/guest.
 class GroupLimitsTest : public testing::Test {
@@ -42,12 +42,12 @@ TEST_F(GroupLimitsTest, TheLowestOfAllGroupsAboveHolds) {
 TEST_F(GroupLimitsTest, SwapIsUnlimitedWithoutALimit) {
   EXPECT_EQ(Swap().total, kUnlimited);
   EXPECT_EQ(Swap().free, kUnlimited);
-  host_.Write(kOwn + "/memory.swap.max", "max\n");
+  host_.Write(kGuest + "/memory.swap.max", "max\n");
   EXPECT_EQ(Swap().total, kUnlimited);
 }
 
 TEST_F(GroupLimitsTest, SwapOfEachGroupAbove) {
-  host_.Write(kOwn + "/memory.swap.max", std::to_string(1000 * kMB) + "\n");  // and 400 MB in use
+  host_.Write(kGuest + "/memory.swap.max", std::to_string(1000 * kMB) + "\n");  // and 400 MB in use
   EXPECT_EQ(Swap().total, Figure(1000 * kMB));
   EXPECT_EQ(Swap().free, Figure(600 * kMB));
   host_.Write(kSlice + "/memory.swap.max", std::to_string(2000 * kMB) + "\n");

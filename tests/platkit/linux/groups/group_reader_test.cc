@@ -5,8 +5,6 @@
 namespace platkit {
 namespace {
 
-const std::string kWeb = "sys/fs/cgroup/system.slice/web.service";
-
 class SampledGroup : public testing::Test {
  protected:
   SampledGroup() {

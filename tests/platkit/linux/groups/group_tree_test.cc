@@ -12,12 +12,6 @@
 namespace platkit {
 namespace {
 
-constexpr uint64_t kNone = HVC_KB_NONE;
-constexpr uint32_t kNone32 = UINT32_MAX;
-constexpr int64_t kVmm = 20'000'000;
-const std::string kTop = "sys/fs/cgroup/";
-const std::string kWeb = kTop + "system.slice/web.service";
-
 // Replaces a file with a new one, which has another inode number, as if another process had got the PID.
 void Replace(SavedHost &host, const std::string &path) {
   host.Write(path + ".new", host.Read(path));

@@ -8,9 +8,7 @@
 namespace platkit {
 namespace {
 
-constexpr GuestBacking kAnonymous = GuestBacking::kAnonymous;
-constexpr GuestBacking kSharedMemory = GuestBacking::kSharedMemory;
-constexpr GuestBacking kFiles = GuestBacking::kFiles;
+using enum GuestBacking;
 
 CgroupMount Mounts() {
   CgroupMount mount;

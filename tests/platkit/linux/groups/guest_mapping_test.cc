@@ -69,14 +69,14 @@ TEST(GuestMapping, AdjacentPiecesCountAsOne) {
 
 TEST(GuestMapping, BlocksOfGuestMemory) {
   const auto blocks = [](std::string_view maps) { return Parse(maps).blocks; };
-  constexpr uint64_t kMB = 1024;
-  EXPECT_EQ(blocks("7f0000000000-7f0008000000 rw-p 00000000 00:00 0 \n"), Figure(128 * kMB));
+  constexpr uint64_t kMBInKB = 1024;
+  EXPECT_EQ(blocks("7f0000000000-7f0008000000 rw-p 00000000 00:00 0 \n"), Figure(128 * kMBInKB));
   EXPECT_EQ(blocks("7f0000000000-7f0008000000 rw-p 00000000 00:00 0 \n7f0008000000-7f0008001000 ---p 0 00:00 0 \n"
                    "7f00081ff000-7f00181ff000 rw-s 00000000 00:01 5 /memfd:memory-backend-memfd (deleted)\n"),
-            Figure((128 + 256) * kMB))
+            Figure((128 + 256) * kMBInKB))
       << "the machine's, and a memory device's";
   EXPECT_EQ(blocks("7f0000000000-7f0004000000 rw-p 0 00:00 0 \n7f0004000000-7f0008000000 rw-p 0 00:00 0 \n"),
-            Figure(128 * kMB))
+            Figure(128 * kMBInKB))
       << "in two pieces";
   for (const char *other :
        {"7f0000000000-7f0007e00000 rw-p 00000000 00:00 0 \n", "7f0000001000-7f0008201000 rw-p 00000000 00:00 0 \n",

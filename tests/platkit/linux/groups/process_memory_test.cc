@@ -5,9 +5,7 @@
 namespace platkit {
 namespace {
 
-constexpr GuestBacking kAnonymous = GuestBacking::kAnonymous;
-constexpr GuestBacking kSharedMemory = GuestBacking::kSharedMemory;
-constexpr GuestBacking kFiles = GuestBacking::kFiles;
+using enum GuestBacking;
 
 // A monitor that may write 1000 KB more than a guest of 5000 KB, and has 4000 KB of anonymous pages.
 ProcessStatus Status() {

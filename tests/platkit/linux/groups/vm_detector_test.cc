@@ -6,9 +6,7 @@
 namespace platkit {
 namespace {
 
-constexpr int64_t kVmm = 20'000'000;
-
-const std::string kScope = "0::/machine.slice/machine-qemu\\x2d1\\x2dweb.scope/libvirt/emulator\n";
+const std::string kScopeLine = "0::/machine.slice/machine-qemu\\x2d1\\x2dweb.scope/libvirt/emulator\n";
 const std::string kRoot = "Uid:\t0\t0\t0\t0\n";
 const std::string kUser = "Uid:\t1000\t1000\t1000\t1000\n";
 
@@ -72,7 +70,7 @@ TEST(VmDetector, ANameAndACommandLineAreNoEvidence) {
 TEST(VmDetector, AControlGroupForVmsIsEvidence) {
   SavedHost host("v2.host");
   Start(host, "qemu-system-x86", "/usr/bin/qemu-system-x86_64", kUser);
-  host.Write("proc/300/cgroup", kScope);
+  host.Write("proc/300/cgroup", kScopeLine);
   {
     host.Forbid("proc/300/exe");
     OrdinaryUser user;
@@ -82,7 +80,7 @@ TEST(VmDetector, AControlGroupForVmsIsEvidence) {
   }
   SavedHost helper("v2.host");
   Start(helper, "swtpm", "/usr/bin/swtpm", kUser);
-  helper.Write("proc/300/cgroup", kScope);
+  helper.Write("proc/300/cgroup", kScopeLine);
   EXPECT_EQ(helper.ask().Tag(300), "process") << "a helper of the machine";
   Start(helper, "qemu-pr-helper", "/usr/bin/qemu-pr-helper", kUser);
   helper.ask().Members(0);
@@ -92,13 +90,13 @@ TEST(VmDetector, AControlGroupForVmsIsEvidence) {
 TEST(VmDetector, TheControlGroupCountsFromTheTopOfTheHierarchy) {
   SavedHost host("v2.host");
   Start(host, "qemu-system-x86", "/usr/bin/qemu-system-x86_64", kUser);
-  host.Write("proc/300/cgroup", "0::/user.slice/user@1000.service" + kScope.substr(3));
+  host.Write("proc/300/cgroup", "0::/user.slice/user@1000.service" + kScopeLine.substr(3));
   EXPECT_EQ(host.ask().Tag(300), "process");
 
   SavedHost part("v2.host");
   Start(part, "qemu-system-x86", "/usr/bin/qemu-system-x86_64", kUser);
   part.Write("proc/self/mountinfo", "31 23 0:28 /docker/7 /sys/fs/cgroup rw - cgroup2 cgroup2 rw\n");
-  part.Write("proc/300/cgroup", "0::/docker/7" + kScope.substr(3));
+  part.Write("proc/300/cgroup", "0::/docker/7" + kScopeLine.substr(3));
   EXPECT_EQ(part.ask().Tag(300), "process") << "only a part is mounted";
 }
 
@@ -129,7 +127,7 @@ TEST(VmDetector, WhatAUserClaimsIsMarked) {
   EXPECT_EQ(name(kUser, std::string(100, 'w')), std::string(52, 'w') + " (uid 1000)") << "the mark remains";
   EXPECT_EQ(name("", "web"), "web (uid ?)");
   EXPECT_EQ(name(kRoot + "NSpid:\t400\t1\n", "web"), "web (uid 0)");
-  host.Write("proc/400/cgroup", kScope);
+  host.Write("proc/400/cgroup", kScopeLine);
   EXPECT_EQ(name(kUser, "web"), "web") << "by libvirt";
 }
 

@@ -13,7 +13,6 @@
 namespace platkit {
 namespace {
 
-const std::string kTop = "sys/fs/cgroup/";
 const std::string kOwn = kTop + "machine.slice/web.scope/guest";
 const std::string kShared = kTop + "shared.slice";
 
@@ -105,19 +104,19 @@ TEST(VmGroups, AListingThatFailedTellsNothing) {
   EXPECT_FALSE(HasOwnGroup(host, 310));
 }
 
-const std::string kScope = kTop + "machine.slice/machine-qemu\\x2d1\\x2dmail.scope";
+const std::string kMailScope = kTop + "machine.slice/machine-qemu\\x2d1\\x2dmail.scope";
 
 // Moves machine 320 and the process 321 into a control group that libvirt created for the machine.
 void MoveIntoScope(SavedHost &host, const std::string &ofMachine, const std::string &ofHelper) {
   host.Write(kShared + "/cgroup.procs", "");
-  host.Write(kScope + "/cgroup.procs", "");
-  host.Write(kScope + "/memory.stat", "zswap 4096\nzswapped 8192\n");
+  host.Write(kMailScope + "/cgroup.procs", "");
+  host.Write(kMailScope + "/memory.stat", "zswap 4096\nzswapped 8192\n");
   for (const std::string &folder : {ofMachine, ofHelper})
-    host.Write(kScope + folder + "/cgroup.procs", "");
-  host.Write(kScope + ofMachine + "/cgroup.procs", ofMachine == ofHelper ? "320\n321\n" : "320\n");
-  if (ofMachine != ofHelper) host.Write(kScope + ofHelper + "/cgroup.procs", "321\n");
-  host.Write("proc/320/cgroup", "0::" + kScope.substr(kTop.size() - 1) + ofMachine + "\n");
-  host.Write("proc/321/cgroup", "0::" + kScope.substr(kTop.size() - 1) + ofHelper + "\n");
+    host.Write(kMailScope + folder + "/cgroup.procs", "");
+  host.Write(kMailScope + ofMachine + "/cgroup.procs", ofMachine == ofHelper ? "320\n321\n" : "320\n");
+  if (ofMachine != ofHelper) host.Write(kMailScope + ofHelper + "/cgroup.procs", "321\n");
+  host.Write("proc/320/cgroup", "0::" + kMailScope.substr(kTop.size() - 1) + ofMachine + "\n");
+  host.Write("proc/321/cgroup", "0::" + kMailScope.substr(kTop.size() - 1) + ofHelper + "\n");
 }
 
 void ListAll(SavedHost &host, int64_t group) {
@@ -148,12 +147,12 @@ TEST(VmGroups, AScopeWithAnotherVmIsNoVmsOwn) {
     std::string status = host.Read("proc/321/status");
     host.Write("proc/321/status", status.replace(status.find("helper"), 6, "qemu-kvm"));
     host.Write("proc/321/cmdline", std::string("qemu-kvm") + '\0');
-    host.Write(kScope + "/libvirt/memory.stat", "zswap 4096\nzswapped 8192\n");
+    host.Write(kMailScope + "/libvirt/memory.stat", "zswap 4096\nzswapped 8192\n");
     if (listed) ListAll(host, kHostGroup);
     EXPECT_TRUE(HasOwnGroup(host, 320)) << "the group that it is in";
-    host.Write(kScope + "/libvirt/cgroup.procs", "320\n321\n");
-    host.Write(kScope + "/helpers/cgroup.procs", "");
-    host.ask().Members(host.ControlGroup(kScope + "/libvirt"));
+    host.Write(kMailScope + "/libvirt/cgroup.procs", "320\n321\n");
+    host.Write(kMailScope + "/helpers/cgroup.procs", "");
+    host.ask().Members(host.ControlGroup(kMailScope + "/libvirt"));
     if (listed) ListAll(host, kHostGroup);
     EXPECT_FALSE(HasOwnGroup(host, 320));
   }
@@ -166,52 +165,52 @@ TEST(VmGroups, AScopeOfManyProcessesCountsAsShared) {
   for (int pid = 1000; pid < 1100; ++pid) {
     pids += std::to_string(pid) + "\n";
     host.Write("proc/" + std::to_string(pid) + "/status", "Name:\tx\nVmSize: 1 kB\n");
-    host.Write("proc/" + std::to_string(pid) + "/cgroup", "0::" + kScope.substr(kTop.size() - 1) + "/libvirt\n");
+    host.Write("proc/" + std::to_string(pid) + "/cgroup", "0::" + kMailScope.substr(kTop.size() - 1) + "/libvirt\n");
   }
-  host.Write(kScope + "/libvirt/cgroup.procs", "320\n" + pids);
+  host.Write(kMailScope + "/libvirt/cgroup.procs", "320\n" + pids);
   EXPECT_FALSE(HasOwnGroup(host, 320));
 }
 
 TEST(VmGroups, AScopeWithHiddenMembersIsNoVmsOwn) {
   SavedHost host("clients.host");
   MoveIntoScope(host, "/libvirt", "/helpers");
-  host.Forbid(kScope + "/helpers/cgroup.procs");
+  host.Forbid(kMailScope + "/helpers/cgroup.procs");
   OrdinaryUser user;
   EXPECT_CELL(host.ask().Stats(320).bMin, 0u);
   EXPECT_FALSE(HasOwnGroup(host, 320));
 }
 
-constexpr uint64_t kMB = 1024;
+constexpr uint64_t kMBInKB = 1024;
 
 TEST(VmGroups, TheOverheadIncludesHelpersAndTheKernel) {
   SavedHost host("clients.host");
   MoveIntoScope(host, "/libvirt", "/helpers");
   const auto overhead = [&host](int64_t current, const std::string &stat) {
-    host.Write(kScope + "/memory.current", std::to_string(current * 1024 * 1024));
-    host.Write(kScope + "/memory.stat", stat);
+    host.Write(kMailScope + "/memory.current", std::to_string(current * 1024 * 1024));
+    host.Write(kMailScope + "/memory.stat", stat);
     return static_cast<uint64_t>(host.ask().Stats(320).ovhd);
   };
   const std::string files = "file 104857600\nfile_mapped 73400320\n";  // 100 MB, 70 MB
   constexpr uint64_t kOfProcess = 82000;
   EXPECT_CELL(host.ask().Stats(320).ovhd, kOfProcess) << "no figures of the group";
   // The guest has 220000 KB apart from huge pages of a pool.
-  EXPECT_EQ(overhead(400, files), 370 * kMB - 220000);
-  EXPECT_EQ(overhead(400, files + "zswap 10485760\n"), 360 * kMB - 220000) << "compressed memory is the guest's";
-  EXPECT_EQ(overhead(3472, files + "hugetlb 3221225472\n"), 370 * kMB - 220000) << "a group charged for huge pages";
+  EXPECT_EQ(overhead(400, files), 370 * kMBInKB - 220000);
+  EXPECT_EQ(overhead(400, files + "zswap 10485760\n"), 360 * kMBInKB - 220000) << "compressed memory is the guest's";
+  EXPECT_EQ(overhead(3472, files + "hugetlb 3221225472\n"), 370 * kMBInKB - 220000) << "a group charged for huge pages";
   EXPECT_EQ(overhead(200, files), kOfProcess) << "a group that is not charged for all of it";
   EXPECT_EQ(overhead(400, "anon 1\n"), kOfProcess) << "which files are mapped is not known";
   EXPECT_EQ(overhead(400, "file x\nfile_mapped 1\n"), kOfProcess);
-  EXPECT_EQ(overhead(400, files), 370 * kMB - 220000);
-  EXPECT_CELL(host.ask().Stats(20'000'000 + 320).consumed, 370 * kMB - 220000) << "of its monitor";
+  EXPECT_EQ(overhead(400, files), 370 * kMBInKB - 220000);
+  EXPECT_CELL(host.ask().Stats(20'000'000 + 320).consumed, 370 * kMBInKB - 220000) << "of its monitor";
   EXPECT_CELL(host.ask().Stats(320).consumed, 300000u + 3145728) << "of its process alone";
 }
 
 TEST(VmGroups, LimitsBelowTheScopeHold) {
   SavedHost host("clients.host");
   MoveIntoScope(host, "/libvirt", "/helpers");
-  host.Write(kScope + "/memory.min", "1048576\n");
-  host.Write(kScope + "/memory.high", "max\n");
-  host.Write(kScope + "/libvirt/memory.high", "2097152\n");
+  host.Write(kMailScope + "/memory.min", "1048576\n");
+  host.Write(kMailScope + "/memory.high", "max\n");
+  host.Write(kMailScope + "/libvirt/memory.high", "2097152\n");
   EXPECT_CELL(host.ask().Stats(320).allocTgt, 2048u);
   EXPECT_CELL(host.ask().Alloc(320).min, 1024u);
 }

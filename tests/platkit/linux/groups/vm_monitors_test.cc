@@ -11,7 +11,6 @@
 namespace platkit {
 namespace {
 
-constexpr uint64_t kNone = HVC_KB_NONE;
 constexpr uint64_t kMemoryKB = 2'097'152;
 const std::string kStatusFile = "run/libvirt/qemu/web.xml";
 

@@ -5,9 +5,9 @@
 namespace platkit {
 namespace {
 
-const std::string kFolder = "sys/bus/pci/devices/";
+const std::string kPciDevices = "sys/bus/pci/devices/";
 constexpr PciAddress kFunction = {0, 0x3a, 0xa, 2};
-const std::string kFunctionFolder = kFolder + "0000:3a:0a.2/";
+const std::string kFunctionFolder = kPciDevices + "0000:3a:0a.2/";
 
 TEST(Pci, Functions) {
   KernelFiles kernel;
@@ -16,11 +16,11 @@ TEST(Pci, Functions) {
   EXPECT_TRUE(functions.empty());
   for (const char *name : {"0000:3a:0a.2", "10000:00:1f.7", "0000:00:20.0", "0:00:00.0", "0000:00:00.8",
                            "0000:00:00.0 ", "0000:3A:00.0", "x", ":::"}) {
-    kernel.host().MakeFolder(kFolder + name);
+    kernel.host().MakeFolder(kPciDevices + name);
   }
   EXPECT_EQ(ListPciFunctions(kernel.files(), functions), HVC_OK);
   EXPECT_EQ(functions, (std::vector<PciAddress>{kFunction, {0x10000, 0, 0x1f, 7}}));
-  kernel.host().Forbid(kFolder);
+  kernel.host().Forbid(kPciDevices);
   OrdinaryUser user;
   EXPECT_EQ(ListPciFunctions(kernel.files(), functions), HVC_NO_PERMISSION);
 }

@@ -6,8 +6,6 @@
 namespace platkit {
 namespace {
 
-constexpr uint32_t kNone32 = UINT32_MAX;
-
 BuddyComprehensiveRecord Buddy(SavedHost &host, const char *name) {
   return host.ask().Record(nodes::system_buddy_comprehensive, {name});
 }

@@ -6,9 +6,6 @@
 namespace platkit {
 namespace {
 
-constexpr uint64_t kNone = HVC_KB_NONE;
-constexpr int64_t kVmm = 20'000'000;
-const std::string kTop = "sys/fs/cgroup/";
 const std::string kOwn = kTop + "machine.slice/web.scope/guest";
 const std::string kShared = kTop + "shared.slice";
 using Types = std::vector<std::string>;

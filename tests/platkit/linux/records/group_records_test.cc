@@ -6,10 +6,6 @@
 namespace platkit {
 namespace {
 
-constexpr uint64_t kNone = HVC_KB_NONE;
-const std::string kTop = "sys/fs/cgroup/";
-const std::string kWeb = kTop + "system.slice/web.service";
-
 // A bad file affects only its own cells of the record.
 TEST(GroupRecords, EachFileOfAControlGroup) {
   const struct {

@@ -6,9 +6,6 @@
 namespace platkit {
 namespace {
 
-constexpr uint64_t kNone = HVC_KB_NONE;
-constexpr uint32_t kNone32 = UINT32_MAX;
-
 ComprehensiveRecord Memory(SavedHost &host) { return host.ask().Record(nodes::memory_comprehensive); }
 
 GlobalMemoryRecord Global(SavedHost &host) { return host.ask().Record(nodes::sched_globalStats_memory_kestrel); }

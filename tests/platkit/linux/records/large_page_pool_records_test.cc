@@ -6,8 +6,6 @@
 namespace platkit {
 namespace {
 
-constexpr uint32_t kNone32 = UINT32_MAX;
-
 LPoolStatsRecord Pool(SavedHost &host, int64_t node, const char *name) {
   return host.ask().Record(nodes::memory_lpage_nodeList_vmPools, {node, name});
 }

@@ -12,8 +12,8 @@ namespace {
 
 namespace fs = std::filesystem;
 using IDs = std::vector<int64_t>;
-const std::string kDevices = "sys/bus/pci/devices";
-const std::string kConfig = kDevices + "/0000:3a:0a.2/config";
+const std::string kPciDevices = "sys/bus/pci/devices";
+const std::string kConfig = kPciDevices + "/0000:3a:0a.2/config";
 constexpr auto kRegister = nodes::hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr;
 
 // A configuration space in which each byte depends on its address.
@@ -91,11 +91,11 @@ TEST(PciLists, OtherNamesAreNoDevices) {
                            ":::",
                            "....",
                            "x"}) {
-    host.MakeFolder(kDevices + "/" + name);
+    host.MakeFolder(kPciDevices + "/" + name);
   }
   EXPECT_EQ(Pci(host, {}), IDs{});
-  host.MakeFolder(kDevices + "/ffffffff:ff:1f.7");
-  host.MakeLink(kDevices + "/00ab:0c:0d.1", "../../../devices/pci00ab:0c/00ab:0c:0d.1");
+  host.MakeFolder(kPciDevices + "/ffffffff:ff:1f.7");
+  host.MakeLink(kPciDevices + "/00ab:0c:0d.1", "../../../devices/pci00ab:0c/00ab:0c:0d.1");
   EXPECT_EQ(Pci(host, {}), (IDs{0xab, 0xffffffff}));
   EXPECT_EQ(Pci(host, {0xab}), IDs{0xc});
   EXPECT_EQ(Pci(host, {0xffffffff, 0xff, 0x1f}), IDs{7});
@@ -103,7 +103,7 @@ TEST(PciLists, OtherNamesAreNoDevices) {
 
 TEST(PciLists, AFolderThatCannotBeRead) {
   SavedHost host("persistent-memory.host");
-  host.Forbid(kDevices);
+  host.Forbid(kPciDevices);
   OrdinaryUser user;
   IDs below;
   EXPECT_EQ(ListPci(host, {}, below), HVC_NO_PERMISSION);
@@ -129,7 +129,7 @@ int Search(SavedHost &host) {
 TEST(PciLists, ASearchReadsEachFileOnceAndTouchesNoDevice) {
   SavedHost host("persistent-memory.host");
   EXPECT_EQ(Search(host), 8);
-  EXPECT_EQ(host.Opens(kDevices), 1);
+  EXPECT_EQ(host.Opens(kPciDevices), 1);
   EXPECT_EQ(host.Opens(kConfig), 0);
   EXPECT_EQ(host.opened().size(), 1u + 2 * 8);
 }
@@ -137,8 +137,8 @@ TEST(PciLists, ASearchReadsEachFileOnceAndTouchesNoDevice) {
 TEST(PciLists, ASecondSearchSeesChanges) {
   SavedHost host("persistent-memory.host");
   Search(host);
-  host.Remove(kDevices + "/10000:01:00.0");
-  host.MakeFolder(kDevices + "/0000:3a:0a.7");
+  host.Remove(kPciDevices + "/10000:01:00.0");
+  host.MakeFolder(kPciDevices + "/0000:3a:0a.7");
   EXPECT_EQ(Pci(host, {}), IDs{0});
   EXPECT_EQ(Pci(host, {0, 0x3a, 10}), (IDs{2, 6, 7}));
 }
@@ -175,7 +175,7 @@ TEST(PciHeader, EachFile) {
   const IDs function = {0, 0x3a, 10, 2};
   PciConfigHeaderRecord header;
   for (const char *file : {"vendor", "device"}) {
-    const std::string path = kDevices + "/0000:3a:0a.2/" + file;
+    const std::string path = kPciDevices + "/0000:3a:0a.2/" + file;
     const std::string good = host.Read(path);
     host.Write(path, "0xABcd");
     EXPECT_EQ(Header(host, function, header), HVC_OK) << path;
@@ -427,8 +427,8 @@ TEST_F(PciWrite, OnlyARegularFileIsWritten) {
 
 TEST_F(PciWrite, ADeviceIsReachedThroughTheLinkOfItsBus) {
   host_.MakeFolder("sys/devices");
-  fs::rename(host_.Path(kDevices + "/0000:3a:0a.2"), host_.Path("sys/devices/0000:3a:0a.2"));
-  host_.MakeLink(kDevices + "/0000:3a:0a.2", "../../../devices/0000:3a:0a.2");
+  fs::rename(host_.Path(kPciDevices + "/0000:3a:0a.2"), host_.Path("sys/devices/0000:3a:0a.2"));
+  host_.MakeLink(kPciDevices + "/0000:3a:0a.2", "../../../devices/0000:3a:0a.2");
   EXPECT_EQ(Write(1, 0, {7}), HVC_OK);
   EXPECT_EQ(host_.Read("sys/devices/0000:3a:0a.2/config").front(), '\x07');
 }

@@ -4,7 +4,6 @@
 namespace platkit {
 namespace {
 
-constexpr uint64_t kNone = HVC_KB_NONE;
 const std::string kDevices = "sys/bus/nd/devices/";
 const std::string kVolume = "iset-2c8ff1f1a1b2c3d4";
 const std::string kMapped = "6c94b9a5-7e4f-4d1b-9d5e-0f3b8a2c1d00";

@@ -71,12 +71,12 @@ class ChangingHost : public platkit::Source {
 std::string GroupOf(int64_t id, int64_t parent, const std::string &flags, const std::string &members,
                     const std::string &clients) {
   const std::string path = "\"/sched/groups/" + std::to_string(id) + "/";
-  std::string json = path + "groupName\": {\"name\": \"g" + std::to_string(id) + "\"}," + path +
+  std::string text = path + "groupName\": {\"name\": \"g" + std::to_string(id) + "\"}," + path +
                      "groupFlags\": {\"flags\": " + flags + "}," + path +
                      "parentGroupID\": {\"parentGroupID\": " + std::to_string(parent) + "}," + path +
                      "members/groups\": [" + members + "]," + path + "members/memClients\": [" + clients + "]";
-  if (!clients.empty()) json += "," + path + "groupLeaderID\": {\"leaderID\": " + clients + "}";
-  return json;
+  if (!clients.empty()) text += "," + path + "groupLeaderID\": {\"leaderID\": " + clients + "}";
+  return text;
 }
 
 std::string ClientOf(int64_t id) {

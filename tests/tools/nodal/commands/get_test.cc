@@ -2,8 +2,6 @@
 
 namespace {
 
-Outcome OnSample(const std::string &words) { return Nodal("--cache " + kSample + " " + words); }
-
 TEST(Get, Record) {
   EXPECT_EQ(OnSample("get /sched/groups/10/memAllocationInKB").out,
             "min       3145728  KB\n"

@@ -2,8 +2,6 @@
 
 namespace {
 
-Outcome OnSample(const std::string &words) { return Nodal("--cache " + kSample + " " + words); }
-
 std::string Listed(const std::string &path) {
   const Outcome outcome = OnSample("ls " + path);
   EXPECT_EQ(outcome.status, 0) << outcome.err;

@@ -8,12 +8,11 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/tools/nodal/history/durations.h"
 #include "tools/nodal/support/output.h"
 
 namespace nodal {
 namespace {
-
-constexpr int64_t kSecond = 1'000'000'000;
 
 class HttpServerTest : public testing::Test {
  protected:

@@ -8,6 +8,7 @@
 #include "platkit/history/segment_writer.h"
 #include "platkit/records.h"
 #include "platkit/snapshot/snapshot_file.h"
+#include "tests/tools/nodal/history/durations.h"
 #include "tests/tools/nodal/program.h"
 
 namespace nodal {
@@ -17,7 +18,6 @@ using platkit::history::Sample;
 using platkit::history::SampleInfo;
 using platkit::history::SampleTime;
 
-inline constexpr int64_t kSecond = platkit::history::kNanosInSecond;
 inline constexpr int64_t kStart = 1'763'694'720;  // 2025-11-21T03:12:00Z
 
 inline SampleTime ClocksAt(int64_t second) {

@@ -16,6 +16,7 @@
 #include "platkit/history/history_folder.h"
 #include "platkit/history/segment_reader.h"
 #include "tests/platkit/scratch.h"
+#include "tests/tools/nodal/history/durations.h"
 #include "tools/nodal/history/recorder.h"
 
 namespace nodal {
@@ -26,11 +27,6 @@ using platkit::history::Sample;
 using platkit::history::SampleTime;
 using platkit::history::SegmentName;
 using platkit::history::SegmentReader;
-
-inline constexpr int64_t kSecond = kNanosInSecond;
-inline constexpr int64_t kMinute = 60 * kSecond;
-inline constexpr int64_t kHour = 60 * kMinute;
-inline constexpr int64_t kDay = 24 * kHour;
 
 // 2026-01-01T00:00:00Z.
 inline constexpr int64_t kNewYear = 1'767'225'600 * kSecond;

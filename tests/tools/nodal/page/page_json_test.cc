@@ -4,15 +4,12 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tests/tools/nodal/page/record_bytes.h"
+
 namespace nodal {
 namespace {
 
 using Json = nlohmann::json;
-
-template <typename Record>
-std::string BytesOfRecord(const Record &record) {
-  return {reinterpret_cast<const char *>(&record), sizeof record};
-}
 
 // Three groups; the last one has no allocation, which could not be read.
 PageData ThreeGroups() {

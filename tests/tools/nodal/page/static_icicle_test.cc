@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/tools/nodal/page/record_bytes.h"
+
 namespace nodal {
 namespace {
 
@@ -11,11 +13,6 @@ struct Group {
   uint64_t consumed;
   uint64_t max = HVC_KB_NONE;
 };
-
-template <typename Record>
-std::string BytesOfRecord(const Record &record) {
-  return {reinterpret_cast<const char *>(&record), sizeof record};
-}
 
 std::string IcicleOf(const std::vector<Group> &groups) {
   PageFamily family;
