@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <atomic>
 #include <functional>
+#include <latch>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -48,6 +49,7 @@ class FakeQmp {
     EXPECT_EQ(bind(listener_, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0) << path;
     EXPECT_EQ(listen(listener_, 5), 0);
     thread_ = std::thread([this] { Serve(); });
+    started_.wait();
   }
 
   // Answers with these results, except an error for commands without one.
@@ -82,6 +84,7 @@ class FakeQmp {
   }
 
   void Serve() {
+    started_.count_down();
     while (!isEnding_) {
       const int client = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
       if (client < 0) continue;
@@ -115,6 +118,9 @@ class FakeQmp {
   Answer answer_;
   std::atomic<bool> isEnding_ = false;
   int listener_ = -1;
+  // The starting thread allocates memory. If the test forks meanwhile, the sanitizers' allocator stays locked in the
+  // child.
+  std::latch started_{1};
   std::thread thread_;
 };
 
