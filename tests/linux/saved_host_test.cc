@@ -29,9 +29,9 @@ TEST(SavedHost, Hierarchy) {
   EXPECT_EQ(ask.Members(web), (IDs{100, 101}));
   EXPECT_EQ(ask.Members(cron), IDs{}) << "nor is a zombie";
   EXPECT_EQ(ask.Members(machines), IDs{300});
-  EXPECT_EQ(ask.Members(300), IDs{kVmm + 300});
+  EXPECT_EQ(ask.Members(300), IDs{kFirstVm + 300});
   EXPECT_EQ(ask.Members(100), IDs{});
-  EXPECT_EQ(ask.Members(kVmm + 300), IDs{});
+  EXPECT_EQ(ask.Members(kFirstVm + 300), IDs{});
 }
 
 TEST(SavedHost, Identities) {
@@ -49,7 +49,7 @@ TEST(SavedHost, Identities) {
       {web, "web.service", "cgroup", HVC_GROUP_CONTAINER, host.ControlGroup(kTop + "system.slice")},
       {100, "web server", "process", HVC_GROUP_USER_WORLD | HVC_GROUP_LEAF, web},
       {300, "mail", "vm", HVC_GROUP_VM | HVC_GROUP_USER_WORLD, host.ControlGroup(kTop + "machine.slice")},
-      {kVmm + 300, "vmm", "vmm", HVC_GROUP_VMM_SUB_CONTAINER | HVC_GROUP_SUB_CONTAINER | HVC_GROUP_LEAF, 300},
+      {kFirstVm + 300, "vmm", "vmm", HVC_GROUP_VMM_SUB_CONTAINER | HVC_GROUP_SUB_CONTAINER | HVC_GROUP_LEAF, 300},
   };
   for (const auto &group : groups) {
     EXPECT_EQ(ask.Name(group.id), group.name);
@@ -69,18 +69,18 @@ TEST(SavedHost, LeadersAndClients) {
     EXPECT_EQ(ask.List(nodes::sched_groups_members_memClients, {id}, clients), HVC_OK);
     EXPECT_EQ(clients, std::vector<int64_t>{id});
   }
-  for (const int64_t id : {int64_t{0}, kKernel, web, kVmm + 300}) {
+  for (const int64_t id : {int64_t{0}, kKernel, web, kFirstVm + 300}) {
     EXPECT_EQ(ask.Status(nodes::sched_groups_groupLeaderID, {id}), HVC_NOT_FOUND);
     EXPECT_EQ(ask.List(nodes::sched_groups_members_memClients, {id}, clients), HVC_OK);
-    EXPECT_EQ(clients, id == kVmm + 300 ? std::vector<int64_t>{id} : std::vector<int64_t>{});
+    EXPECT_EQ(clients, id == kFirstVm + 300 ? std::vector<int64_t>{id} : std::vector<int64_t>{});
   }
 }
 
 TEST(SavedHost, WhatIsNoGroupIsNotFound) {
   SavedHost host("v2.host");
   Asker ask = host.ask();
-  for (const int64_t id : {int64_t{2}, int64_t{150}, int64_t{999}, int64_t{-1}, kKernel + 1, int64_t{19'999'999}, kVmm,
-                           kVmm + 100, kVmm + 999, int64_t{30'000'000}, INT64_MAX, INT64_MIN}) {
+  for (const int64_t id : {int64_t{2}, int64_t{150}, int64_t{999}, int64_t{-1}, kKernel + 1, int64_t{19'999'999},
+                           kFirstVm, kFirstVm + 100, kFirstVm + 999, int64_t{30'000'000}, INT64_MAX, INT64_MIN}) {
     std::vector<int64_t> members;
     EXPECT_EQ(ask.Status(nodes::sched_groups_groupName, {id}), HVC_NOT_FOUND) << id;
     EXPECT_EQ(ask.List(nodes::sched_groups_members_groups, {id}, members), HVC_NOT_FOUND) << id;
@@ -93,13 +93,13 @@ TEST(SavedHost, HostAndKernelFigures) {
   const GroupMemoryStatsRecord stats = ask.Stats(0);
   EXPECT_CELL(stats.memSize, 16000000u);
   EXPECT_CELL(stats.consumed, 7000000u);
-  EXPECT_CELL(stats.touched, kNone);
+  EXPECT_CELL(stats.touched, kNoFigure);
   EXPECT_CELL(stats.throttlePct, 100u);
   EXPECT_CELL(stats.ovhd, 340000u);
   EXPECT_CELL(stats.sharedSaved, 1000u + 48) << "with the pages of zeros";
-  EXPECT_CELL(stats.consumedPeak, kNone);
-  EXPECT_CELL(stats.bMax, kNone);
-  EXPECT_CELL(stats.allocTgt, kNone);
+  EXPECT_CELL(stats.consumedPeak, kNoFigure);
+  EXPECT_CELL(stats.bMax, kNoFigure);
+  EXPECT_CELL(stats.allocTgt, kNoFigure);
   const GroupMemoryStatsRecord kernel = ask.Stats(kKernel);
   EXPECT_CELL(kernel.memSize, 340000u);
   EXPECT_CELL(kernel.consumed, 7000000u - MB(8) - MB(4096)) << "what no control group is charged for";
@@ -107,8 +107,8 @@ TEST(SavedHost, HostAndKernelFigures) {
   EXPECT_CELL(ask.Capacity(0).consumedResv, MB(4));
   EXPECT_CELL(ask.Capacity(0).availResv, 16000000u - MB(4));
   EXPECT_CELL(ask.Alloc(0).min, 0u);
-  EXPECT_CELL(ask.Alloc(0).max, kNone);
-  EXPECT_CELL(ask.Alloc(kKernel).minLimit, kNone);
+  EXPECT_CELL(ask.Alloc(0).max, kNoFigure);
+  EXPECT_CELL(ask.Alloc(kKernel).minLimit, kNoFigure);
 }
 
 TEST(SavedHost, ControlGroupFigures) {
@@ -117,10 +117,10 @@ TEST(SavedHost, ControlGroupFigures) {
   const int64_t system = host.ControlGroup(kTop + "system.slice");
   const GroupMemoryStatsRecord stats = ask.Stats(system);
   EXPECT_CELL(stats.memSize, MB(9));
-  EXPECT_CELL(stats.memSizePeak, kNone) << "no peak of swap";
+  EXPECT_CELL(stats.memSizePeak, kNoFigure) << "no peak of swap";
   EXPECT_CELL(stats.consumed, MB(8));
   EXPECT_CELL(stats.consumedPeak, MB(16));
-  EXPECT_CELL(stats.touched, kNone);
+  EXPECT_CELL(stats.touched, kNoFigure);
   EXPECT_CELL(stats.ovhd, 512u + 4) << "kernel memory and socket buffers";
   EXPECT_CELL(stats.bMin, MB(4));
   EXPECT_CELL(stats.eMin, MB(4));
@@ -128,8 +128,8 @@ TEST(SavedHost, ControlGroupFigures) {
   EXPECT_CELL(stats.rMinPeak, MB(4));
   EXPECT_CELL(stats.rMinChildPeak, MB(3));
   EXPECT_CELL(stats.iMin, MB(1));
-  EXPECT_CELL(stats.bMax, kNone);
-  EXPECT_CELL(stats.allocTgt, kNone);
+  EXPECT_CELL(stats.bMax, kNoFigure);
+  EXPECT_CELL(stats.allocTgt, kNoFigure);
   EXPECT_CELL(ask.Capacity(system).consumedResv, MB(3));
   EXPECT_CELL(ask.Capacity(system).availResv, MB(1));
 
@@ -137,7 +137,7 @@ TEST(SavedHost, ControlGroupFigures) {
   EXPECT_CELL(ask.Alloc(web).min, MB(2));
   EXPECT_CELL(ask.Alloc(web).max, MB(8));
   EXPECT_CELL(ask.Alloc(web).shares, 0);
-  EXPECT_CELL(ask.Alloc(web).minLimit, kNone);
+  EXPECT_CELL(ask.Alloc(web).minLimit, kNoFigure);
   EXPECT_CELL(ask.Stats(web).eMin, MB(2));
   EXPECT_CELL(ask.Stats(web).bMax, MB(8));
   EXPECT_CELL(ask.Stats(web).allocTgt, MB(6));
@@ -180,13 +180,13 @@ TEST(SavedHost, ProcessFigures) {
   Asker ask = host.ask();
   const GroupMemoryStatsRecord stats = ask.Stats(101);
   EXPECT_CELL(stats.memSize, 40000u);
-  EXPECT_CELL(stats.memSizePeak, kNone);
+  EXPECT_CELL(stats.memSizePeak, kNoFigure);
   EXPECT_CELL(stats.consumed, 12048u) << "huge pages are outside the resident set";
   EXPECT_CELL(stats.consumedPeak, 12048u);
-  EXPECT_CELL(stats.touched, kNone);
+  EXPECT_CELL(stats.touched, kNoFigure);
   EXPECT_CELL(stats.ovhd, 40u);
   EXPECT_CELL(stats.sharedSaved, 20u);
-  EXPECT_CELL(stats.bMax, kNone);
+  EXPECT_CELL(stats.bMax, kNoFigure);
   EXPECT_CELL(ask.Capacity(101).availResv, 0u);
 }
 
@@ -201,11 +201,11 @@ TEST(SavedHost, MachineFigures) {
   EXPECT_CELL(stats.consumedPeak, 4400000u);
   EXPECT_CELL(stats.ovhd, overhead);
   EXPECT_CELL(stats.sharedSaved, 4000u);
-  const GroupMemoryStatsRecord vmm = ask.Stats(kVmm + 300);
+  const GroupMemoryStatsRecord vmm = ask.Stats(kFirstVm + 300);
   EXPECT_CELL(vmm.memSize, overhead);
   EXPECT_CELL(vmm.consumed, overhead);
-  EXPECT_CELL(vmm.touched, kNone);
-  EXPECT_CELL(ask.Alloc(kVmm + 300).max, kNone);
+  EXPECT_CELL(vmm.touched, kNoFigure);
+  EXPECT_CELL(ask.Alloc(kFirstVm + 300).max, kNoFigure);
 }
 
 TEST(SavedHost, PageSharing) {
@@ -252,7 +252,7 @@ TEST(SavedHost, Version1) {
   EXPECT_CELL(stats.consumedPeak, MB(9));
   EXPECT_CELL(stats.memSize, MB(9));
   EXPECT_CELL(stats.memSizePeak, MB(10));
-  EXPECT_CELL(stats.touched, kNone);
+  EXPECT_CELL(stats.touched, kNoFigure);
   EXPECT_CELL(stats.ovhd, 256u);
   EXPECT_CELL(stats.bMin, 0u);
   EXPECT_CELL(stats.iMin, 0u);
@@ -263,8 +263,8 @@ TEST(SavedHost, Version1) {
   EXPECT_CELL(ask.Alloc(limited).max, MB(16));
   EXPECT_CELL(ask.Capacity(limited).consumedResv, 0u);
   EXPECT_CELL(ask.Capacity(0).availResv, 16000000u);
-  EXPECT_CELL(ask.Alloc(unlimited).max, kNone) << "the unlimited value of 64 KB pages";
-  EXPECT_CELL(ask.Stats(unlimited).allocTgt, kNone);
+  EXPECT_CELL(ask.Alloc(unlimited).max, kNoFigure) << "the unlimited value of 64 KB pages";
+  EXPECT_CELL(ask.Stats(unlimited).allocTgt, kNoFigure);
   EXPECT_CELL(ask.Stats(unlimited).memSizePeak, MB(5)) << "without swap accounting, the peak of memory alone";
 }
 
@@ -297,16 +297,16 @@ TEST(SavedHost, GroupsWithoutAMemoryController) {
   EXPECT_EQ(ask.Parent(100), user);
   EXPECT_EQ(ask.Members(0), (std::vector<int64_t>{kKernel, user}));
   const GroupMemoryStatsRecord stats = ask.Stats(user);
-  EXPECT_CELL(stats.consumed, kNone);
-  EXPECT_CELL(stats.consumedPeak, kNone);
-  EXPECT_CELL(stats.memSize, kNone);
-  EXPECT_CELL(stats.touched, kNone);
-  EXPECT_CELL(stats.ovhd, kNone);
+  EXPECT_CELL(stats.consumed, kNoFigure);
+  EXPECT_CELL(stats.consumedPeak, kNoFigure);
+  EXPECT_CELL(stats.memSize, kNoFigure);
+  EXPECT_CELL(stats.touched, kNoFigure);
+  EXPECT_CELL(stats.ovhd, kNoFigure);
   EXPECT_CELL(stats.bMin, 0u);
   EXPECT_CELL(stats.eMin, 0u);
-  EXPECT_CELL(stats.bMax, kNone);
+  EXPECT_CELL(stats.bMax, kNoFigure);
   EXPECT_CELL(ask.Alloc(user).min, 0u);
-  EXPECT_CELL(ask.Alloc(user).max, kNone);
+  EXPECT_CELL(ask.Alloc(user).max, kNoFigure);
 }
 
 TEST(SavedHost, AnOldKernel) {
@@ -314,12 +314,12 @@ TEST(SavedHost, AnOldKernel) {
   Asker ask = host.ask();
   const GroupMemoryStatsRecord stats = ask.Stats(host.ControlGroup(kTop + "old.slice"));
   EXPECT_CELL(stats.consumed, MB(8));
-  EXPECT_CELL(stats.consumedPeak, kNone);
+  EXPECT_CELL(stats.consumedPeak, kNoFigure);
   EXPECT_CELL(stats.memSize, MB(8)) << "no swap is accounted";
   EXPECT_CELL(stats.ovhd, 64u + 128 + 1 + 200 + 4) << "the parts of kernel memory that this kernel counts";
   EXPECT_CELL(ask.Stats(kKernel).consumed, 7000000u - MB(8));
   EXPECT_CELL(ask.Stats(kKernel).memSize, 330000u);
-  EXPECT_CELL(ask.Stats(100).sharedSaved, kNone);
+  EXPECT_CELL(ask.Stats(100).sharedSaved, kNoFigure);
 }
 
 TEST(SavedHost, TheRootMustBeAFolder) {
@@ -343,9 +343,9 @@ TEST(SavedHost, AnEmptyRootIsAHostOfUnknownMemory) {
   SavedHost host;
   Asker ask = host.ask();
   EXPECT_EQ(ask.Members(0), std::vector<int64_t>{kKernel});
-  EXPECT_CELL(ask.Stats(0).memSize, kNone);
-  EXPECT_CELL(ask.Stats(kKernel).consumed, kNone);
-  EXPECT_CELL(ask.Capacity(0).availResv, kNone);
+  EXPECT_CELL(ask.Stats(0).memSize, kNoFigure);
+  EXPECT_CELL(ask.Stats(kKernel).consumed, kNoFigure);
+  EXPECT_CELL(ask.Capacity(0).availResv, kNoFigure);
 }
 
 }  // namespace

@@ -116,9 +116,9 @@ TEST(GroupTree, AnUnreadableProcessIsListed) {
   Asker ask = host.ask();
   EXPECT_EQ(ask.Members(host.ControlGroup(kWeb)), (std::vector<int64_t>{100, 101}));
   EXPECT_EQ(ask.Name(100), "?");
-  EXPECT_CELL(ask.Stats(100).memSize, kNone);
-  EXPECT_CELL(ask.Stats(100).consumed, kNone);
-  EXPECT_CELL(ask.Stats(101).sharedSaved, kNone);
+  EXPECT_CELL(ask.Stats(100).memSize, kNoFigure);
+  EXPECT_CELL(ask.Stats(100).consumed, kNoFigure);
+  EXPECT_CELL(ask.Stats(101).sharedSaved, kNoFigure);
   EXPECT_CELL(ask.Stats(101).memSize, 40000u);
 }
 
@@ -126,13 +126,13 @@ TEST(GroupTree, AnUnreadableProcessIsListed) {
 TEST(GroupTree, AnUnreadableProcessIsNeitherAMachineNorNone) {
   const auto machines = [](Asker ask) { return ask.Record(nodes::sched_globalStats_numVMs).numVMs; };
   SavedHost host("v2.host");
-  EXPECT_NE(machines(host.ask()), kNone32);
+  EXPECT_NE(machines(host.ask()), kNoFigure32);
   host.Remove("proc/100/status");
   host.MakeLink("proc/100/status", "status");
-  EXPECT_EQ(machines(host.ask()), kNone32);
+  EXPECT_EQ(machines(host.ask()), kNoFigure32);
   Asker ask = host.ask();
   EXPECT_EQ(ask.Members(host.ControlGroup(kWeb)), (std::vector<int64_t>{100, 101}));
-  EXPECT_EQ(machines(ask), kNone32);
+  EXPECT_EQ(machines(ask), kNoFigure32);
 }
 
 // Members that cannot be listed must not be missing silently.
@@ -196,7 +196,7 @@ TEST(GroupTree, StartGroupsAreFoundWithoutAListing) {
   }
   SavedHost host("v2.host");
   EXPECT_EQ(host.ask().Members(host.ControlGroup(kWeb)), (std::vector<int64_t>{100, 101}));
-  EXPECT_EQ(host.ask().Parent(kVmm + 300), 300);
+  EXPECT_EQ(host.ask().Parent(kFirstVm + 300), 300);
 }
 
 // A listing must not keep descriptors of the groups that it found open.

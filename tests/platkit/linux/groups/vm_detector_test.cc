@@ -141,7 +141,7 @@ TEST(VmDetector, CommandLinesOfOtherProgramsAreNotRead) {
 
 TEST(VmDetector, KvmListsTheOwnersOfVms) {
   SavedHost host("kvm-list.host");
-  EXPECT_EQ(host.ask().Members(400), std::vector<int64_t>{kVmm + 400});
+  EXPECT_EQ(host.ask().Members(400), std::vector<int64_t>{kFirstVm + 400});
   EXPECT_EQ(host.ask().Name(400), "monitor");
   EXPECT_EQ(host.ask().Tag(401), "process");
   EXPECT_EQ(host.Opens("sys/kernel/debug/kvm"), 1);

@@ -77,10 +77,10 @@ class VmMonitorsTest : public testing::Test {
 };
 
 TEST_F(VmMonitorsTest, WithoutAMonitorNothingIsKnown) {
-  ExpectBalloon(0xff, kNone, kNone, "there is a balloon device");
-  EXPECT_EQ(Written(), kNone);
+  ExpectBalloon(0xff, kNoFigure, kNoFigure, "there is a balloon device");
+  EXPECT_EQ(Written(), kNoFigure);
   EXPECT_CELL(Guest().memTotal, kMemoryKB);
-  EXPECT_CELL(Guest().memNeeded, kNone);
+  EXPECT_CELL(Guest().memNeeded, kNoFigure);
 }
 
 TEST_F(VmMonitorsTest, AVmWithoutABalloonDeviceHasNoBalloon) {
@@ -97,7 +97,7 @@ TEST_F(VmMonitorsTest, AVmWithoutABalloonDeviceByLibvirt) {
 
 TEST_F(VmMonitorsTest, AFileOfOptionsMayHaveABalloonDevice) {
   SetCommandLine("-readconfig file");
-  ExpectBalloon(0xff, kNone, kNone, "unknown");
+  ExpectBalloon(0xff, kNoFigure, kNoFigure, "unknown");
 }
 
 TEST_F(VmMonitorsTest, TheFileOfGuests) {
@@ -110,24 +110,24 @@ TEST_F(VmMonitorsTest, TheFileOfGuests) {
   figures_[GuestFigure::kBalloonDriver] = Figure();
   figures_[GuestFigure::kBalloonTarget] = Figure();
   WriteGuests();
-  ExpectBalloon(1, 1000, kNone, "a filled balloon shows a driver");
+  ExpectBalloon(1, 1000, kNoFigure, "a filled balloon shows a driver");
   figures_[GuestFigure::kBalloon] = Figure(0);
   WriteGuests();
-  ExpectBalloon(0xff, 0, kNone, "an empty one does not");
+  ExpectBalloon(0xff, 0, kNoFigure, "an empty one does not");
   figures_[GuestFigure::kBalloonDriver] = Figure(0);
   WriteGuests();
-  ExpectBalloon(0, 0, kNone, "there is a device but no driver");
+  ExpectBalloon(0, 0, kNoFigure, "there is a device but no driver");
 }
 
 TEST_F(VmMonitorsTest, FiguresOfAnotherProcessDoNotCount) {
   WriteGuests();
   WriteStart(78);
-  ExpectBalloon(0xff, kNone, kNone, "a later process with the same PID");
+  ExpectBalloon(0xff, kNoFigure, kNoFigure, "a later process with the same PID");
   WriteStart(77);
   ExpectBalloon(1, 1000, 2000, "the process itself");
   figures_.pid = 311;
   WriteGuests();
-  ExpectBalloon(0xff, kNone, kNone, "another PID");
+  ExpectBalloon(0xff, kNoFigure, kNoFigure, "another PID");
 }
 
 TEST_F(VmMonitorsTest, OldFiguresDoNotCount) {
@@ -135,7 +135,7 @@ TEST_F(VmMonitorsTest, OldFiguresDoNotCount) {
   host_.Write("proc/uptime", "129.99 0.00\n");
   ExpectBalloon(1, 1000, 2000, "three periods");
   host_.Write("proc/uptime", "130.00 0.00\n");
-  ExpectBalloon(0xff, kNone, kNone, "older");
+  ExpectBalloon(0xff, kNoFigure, kNoFigure, "older");
   EXPECT_CELL(Guest().memTotal, kMemoryKB);
 }
 
@@ -149,18 +149,18 @@ TEST_F(VmMonitorsTest, ImpossibleStatisticsDoNotCount) {
     EXPECT_CELL(Guest().memNeeded, memNeeded) << total << " " << usable;
   };
   expect(8'388'608, 8'388'608, 8'388'608, 0);
-  expect(8'388'609, 5, kMemoryKB, kNone);
-  expect(UINT64_MAX, 5, kMemoryKB, kNone);
-  expect(1000, 1001, 1000, kNone);
+  expect(8'388'609, 5, kMemoryKB, kNoFigure);
+  expect(UINT64_MAX, 5, kMemoryKB, kNoFigure);
+  expect(1000, 1001, 1000, kNoFigure);
   expect(0, 0, 0, 0);
   figures_[GuestFigure::kUsable] = Figure();
   WriteGuests();
-  EXPECT_CELL(Guest().memNeeded, kNone);
+  EXPECT_CELL(Guest().memNeeded, kNoFigure);
 }
 
 TEST_F(VmMonitorsTest, LibvirtsStatusIsNewerThanTheFileOfGuests) {
   WriteStatus("310", kMemoryKB - 300);
-  ExpectBalloon(1, 300, kNone, "the status alone");
+  ExpectBalloon(1, 300, kNoFigure, "the status alone");
   EXPECT_EQ(Written(), 0u) << "no job";
   WriteGuests();
   ExpectBalloon(1, 300, 2000, "both");
@@ -172,13 +172,13 @@ TEST_F(VmMonitorsTest, LibvirtsStatusIsNewerThanTheFileOfGuests) {
 TEST_F(VmMonitorsTest, AStatusOfAnotherProcessDoesNotCount) {
   for (const char *pid : {"311", "0", "", "x"}) {
     WriteStatus(pid, kMemoryKB - 300);
-    ExpectBalloon(0xff, kNone, kNone, pid);
+    ExpectBalloon(0xff, kNoFigure, kNoFigure, pid);
   }
 }
 
 TEST_F(VmMonitorsTest, AnImpossibleStatusDoesNotCount) {
   WriteStatus("310", kMemoryKB + 1);
-  ExpectBalloon(0xff, kNone, kNone, "more than the memory");
+  ExpectBalloon(0xff, kNoFigure, kNoFigure, "more than the memory");
   WriteGuests();
   ExpectBalloon(1, 1000, 2000, "the file of guests");
   Write(kStatusFile, "<domstatus pid='310'><domain><memory unit='KiB'>5</memory></domain></domstatus>");

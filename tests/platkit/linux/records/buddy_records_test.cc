@@ -61,8 +61,8 @@ TEST(BuddyRecords, LinesOfAllKinds) {
   names("Node 0, zone Normal 1 x 3\nNode 0, zone Normal 10 20 30\nNode 0, zone Movable 4 5 4294967295\n");
   const BuddyComprehensiveRecord buddy = Buddy(host, "memmap-00-hi");
   EXPECT_CELL(buddy.sizes[0].free, 5u) << "the first line of a zone counts";
-  EXPECT_CELL(buddy.sizes[1].free, kNone32);
-  EXPECT_CELL(buddy.sizes[2].free, kNone32) << "the sum does not fit";
+  EXPECT_CELL(buddy.sizes[1].free, kNoFigure32);
+  EXPECT_CELL(buddy.sizes[2].free, kNoFigure32) << "the sum does not fit";
   std::string many;
   for (int node = 0; node < 300; ++node)
     many += "Node " + std::to_string(node) + ", zone Normal 1\n";

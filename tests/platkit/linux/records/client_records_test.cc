@@ -25,10 +25,10 @@ ZipStatsRecord Zip(SavedHost &host, int64_t pid) {
   return host.ask().Record(nodes::sched_memClients_memzipInfo, {pid});
 }
 VmSwapInfoRecord Swap(SavedHost &host, int64_t pid) {
-  return host.ask().Record(nodes::sched_memClients_swapInfo, {kVmm + pid});
+  return host.ask().Record(nodes::sched_memClients_swapInfo, {kFirstVm + pid});
 }
 LPageStatsRecord LargePages(SavedHost &host, int64_t pid) {
-  return host.ask().Record(nodes::memory_lpage_vmLPage, {kVmm + pid});
+  return host.ask().Record(nodes::memory_lpage_vmLPage, {kFirstVm + pid});
 }
 
 Types RemapTypes(SavedHost &host, int64_t client) {
@@ -74,13 +74,14 @@ TEST(ClientRecords, EachClientHasTheRecordsOfItsKind) {
   for (const auto &[node, ofProcess, ofMachine, ofMonitor] : cases) {
     EXPECT_EQ(host.ask().Status(node, {400}), expected(ofProcess)) << node.name;
     EXPECT_EQ(host.ask().Status(node, {310}), expected(ofMachine)) << node.name;
-    EXPECT_EQ(host.ask().Status(node, {kVmm + 310}), expected(ofMonitor)) << node.name;
-    for (const int64_t nobody : {int64_t{0}, int64_t{-1}, int64_t{2}, int64_t{311}, int64_t{999}, int64_t{5'000'000},
-                                 host.ControlGroup(kOwn), kVmm, kVmm + 400, kVmm + 999, INT64_MAX, INT64_MIN}) {
+    EXPECT_EQ(host.ask().Status(node, {kFirstVm + 310}), expected(ofMonitor)) << node.name;
+    for (const int64_t nobody :
+         {int64_t{0}, int64_t{-1}, int64_t{2}, int64_t{311}, int64_t{999}, int64_t{5'000'000}, host.ControlGroup(kOwn),
+          kFirstVm, kFirstVm + 400, kFirstVm + 999, INT64_MAX, INT64_MIN}) {
       EXPECT_EQ(host.ask().Status(node, {nobody}), HVC_NOT_FOUND) << node.name << " " << nobody;
     }
   }
-  EXPECT_CELL(host.ask().Record(nodes::worldGroups_vmmLeaderID, {310}).vmmLeaderID, kVmm + 310);
+  EXPECT_CELL(host.ask().Record(nodes::worldGroups_vmmLeaderID, {310}).vmmLeaderID, kFirstVm + 310);
 }
 
 TEST(ClientRecords, AVmWithItsOwnControlGroup) {
@@ -92,29 +93,29 @@ TEST(ClientRecords, AVmWithItsOwnControlGroup) {
   EXPECT_CELL(vmm.shared, 10000u + 2000);
   EXPECT_CELL(vmm.sharedSaved, 10000u + 2000);
   EXPECT_CELL(vmm.zero, 2000u);
-  EXPECT_CELL(vmm.touched, kNone) << "nothing tells";
+  EXPECT_CELL(vmm.touched, kNoFigure) << "nothing tells";
   EXPECT_CELL(vmm.zipped, MB(200));
   EXPECT_CELL(vmm.zipSaved, MB(150));
   EXPECT_CELL(Consumed(vmm), 1440000u - 10000 + MB(50)) << "what is not shared, and compressed memory as it is kept";
   EXPECT_CELL(vmm.allocTgt, MB(1536)) << "it is throttled there";
   EXPECT_CELL(vmm.ballooned, 0u);
   EXPECT_CELL(vmm.vpmemRO, 0u);
-  EXPECT_CELL(vmm.llswapped, kNone) << "zram holds a part of what the host has swapped";
-  EXPECT_CELL(vmm.llswapUsed, kNone);
+  EXPECT_CELL(vmm.llswapped, kNoFigure) << "zram holds a part of what the host has swapped";
+  EXPECT_CELL(vmm.llswapUsed, kNoFigure);
 
   Asker ask = host.ask();
   EXPECT_CELL(ask.Alloc(310).min, MB(1024));
   EXPECT_CELL(ask.Stats(310).bMin, MB(1024));
-  EXPECT_CELL(ask.Alloc(kVmm + 310).min, MB(1024)) << "the VM's reservation";
-  EXPECT_CELL(ask.Stats(kVmm + 310).bMin, 0u) << "the reservation of the VM covers its monitor";
-  for (const int64_t group : {int64_t{310}, kVmm + 310}) {
+  EXPECT_CELL(ask.Alloc(kFirstVm + 310).min, MB(1024)) << "the VM's reservation";
+  EXPECT_CELL(ask.Stats(kFirstVm + 310).bMin, 0u) << "the reservation of the VM covers its monitor";
+  for (const int64_t group : {int64_t{310}, kFirstVm + 310}) {
     EXPECT_CELL(ask.Alloc(group).max, MB(4096));
     EXPECT_CELL(ask.Alloc(group).shares, 0);
-    EXPECT_CELL(ask.Alloc(group).minLimit, kNone);
+    EXPECT_CELL(ask.Alloc(group).minLimit, kNoFigure);
     EXPECT_CELL(ask.Stats(group).bMax, MB(4096));
   }
   EXPECT_CELL(ask.Stats(310).ovhd, 60000u + 4000) << "what is not the guest's, and page tables";
-  EXPECT_CELL(ask.Stats(kVmm + 310).consumed, 64000u);
+  EXPECT_CELL(ask.Stats(kFirstVm + 310).consumed, 64000u);
   EXPECT_CELL(ask.Stats(310).sharedSaved, 12000u);
 }
 
@@ -124,7 +125,7 @@ TEST(ClientRecords, AVmThatSharesItsControlGroup) {
   EXPECT_CELL(vmm.memSize, MB(4096)) << "the largest mapping of memory, of two pieces";
   EXPECT_CELL(vmm.memSizeLimit, MB(4096));
   EXPECT_CELL(vmm.mapped, 120000u + 100000 + 3145728);
-  EXPECT_CELL(vmm.touched, kNone);
+  EXPECT_CELL(vmm.touched, kNoFigure);
   EXPECT_CELL(vmm.zipped, 0u) << "a kernel without zswap";
   EXPECT_CELL(vmm.zipSaved, 0u);
   EXPECT_CELL(vmm.shared, 0u);
@@ -133,9 +134,9 @@ TEST(ClientRecords, AVmThatSharesItsControlGroup) {
   Asker ask = host.ask();
   EXPECT_CELL(ask.Alloc(320).min, 0u);
   EXPECT_CELL(ask.Alloc(320).max, MB(1));
-  EXPECT_CELL(ask.Alloc(kVmm + 320).max, MB(1));
+  EXPECT_CELL(ask.Alloc(kFirstVm + 320).max, MB(1));
   EXPECT_CELL(Uw(host, 320).max, MB(1));
-  EXPECT_CELL(Uw(host, 321).max, kNone) << "a process has no limit of its own";
+  EXPECT_CELL(Uw(host, 321).max, kNoFigure) << "a process has no limit of its own";
   EXPECT_CELL(ask.Stats(320).memSize, MB(4096));
   EXPECT_CELL(ask.Stats(320).memSizePeak, MB(4096));
   EXPECT_CELL(ask.Stats(320).ovhd, 80000u + 2000);
@@ -253,7 +254,7 @@ TEST(ClientRecords, AGuestInSharedMemoryIsToldFromItsMonitor) {
   AddWords(host, 310, {"-machine", "q35,memory-backend=ram", "-object", "memory-backend-memfd,id=ram,size=2G"});
   EXPECT_CELL(Vmm(host, 310).mapped, 40000u + 2000) << "shared memory, and the page of zeros";
   EXPECT_CELL(host.ask().Stats(310).ovhd, 1460000u + 4000);
-  EXPECT_CELL(host.ask().Stats(kVmm + 310).consumed, 1464000u);
+  EXPECT_CELL(host.ask().Stats(kFirstVm + 310).consumed, 1464000u);
 }
 
 TEST(ClientRecords, KvmTellsWhatAnAnonymousGuestHasMapped) {
@@ -300,20 +301,20 @@ TEST(ClientRecords, MemoryInZram) {
   EXPECT_CELL(Vmm(host, 310).llswapUsed, swapped / 2) << "its share of 200,000 KB";
   host.Remove("sys/block/zram0/mm_stat");
   EXPECT_CELL(Vmm(host, 310).llswapped, swapped);
-  EXPECT_CELL(Vmm(host, 310).llswapUsed, kNone);
+  EXPECT_CELL(Vmm(host, 310).llswapUsed, kNoFigure);
   host.Write("proc/swaps", "/dev/zram0 partition 4000000 1000 100\n");
   EXPECT_CELL(Vmm(host, 310).llswapped, 1000u) << "at most what is there";
   host.Write("proc/swaps", "/dev/zram0 partition 4000000 0 100\n/a file 9 5 -2\n");
   EXPECT_CELL(Vmm(host, 310).llswapped, 0u);
   EXPECT_CELL(Vmm(host, 310).llswapUsed, 0u);
   host.Write("proc/swaps", "/dev/zram0 partition 4000000 7 100\n/a file 9 5 -2\n");
-  EXPECT_CELL(Vmm(host, 310).llswapped, kNone) << "in either";
+  EXPECT_CELL(Vmm(host, 310).llswapped, kNoFigure) << "in either";
   std::string status = host.Read("proc/320/status");
   host.Write("proc/320/status", status.replace(status.find("VmSwap:\t    5000 kB"), 19, "VmSwap:\t       0 kB"));
   EXPECT_CELL(Vmm(host, 320).llswapped, 0u) << "in neither";
   host.Forbid("proc/swaps");
   OrdinaryUser user;
-  EXPECT_CELL(Vmm(host, 310).llswapped, kNone);
+  EXPECT_CELL(Vmm(host, 310).llswapped, kNoFigure);
 }
 
 std::string Pressure(int some, int full) {
@@ -343,7 +344,7 @@ TEST(ClientRecords, AMachineThatWaitsForMemoryIsSwapping) {
 
 TEST(ClientRecords, GroupsAndOldKernelsDoNotTellWhatIsSharedByMerging) {
   SavedHost host("clients.host");
-  EXPECT_CELL(host.ask().Stats(host.ControlGroup(kOwn)).sharedSaved, kNone);
+  EXPECT_CELL(host.ask().Stats(host.ControlGroup(kOwn)).sharedSaved, kNoFigure);
   host.Write("sys/kernel/mm/ksm/pages_sharing", "0\n");
   host.Write("sys/kernel/mm/ksm/ksm_zero_pages", "0\n");
   EXPECT_CELL(host.ask().Stats(host.ControlGroup(kOwn)).sharedSaved, 0u);
@@ -353,7 +354,7 @@ TEST(ClientRecords, PersistentMemoryOfAGuestIsNotTold) {
   SavedHost host("clients.host");
   AddWords(host, 310, {"-device", "nvdimm,memdev=n"});
   for (const uint64_t figure : {Vmm(host, 310).vpmemRO, Vmm(host, 310).vpmemRW, Vmm(host, 310).vpmemUC})
-    EXPECT_EQ(figure, kNone);
+    EXPECT_EQ(figure, kNoFigure);
 }
 
 TEST(ClientRecords, WhatTheHostCountsIsNotAGroupsFigure) {
@@ -374,7 +375,7 @@ TEST(ClientRecords, WhatTheHostCountsIsNotAGroupsFigure) {
        {shared.swapIn, shared.swapOut, shared.swapRead, Vmm(host, 320).zipped, Vmm(host, 320).zipSaved,
         LargePages(host, 320).allocSuccess, LargePages(host, 320).broken, LargePages(host, 310).failNoMem,
         LargePages(host, 310).failSwapped}) {
-    EXPECT_EQ(unknown, kNone);
+    EXPECT_EQ(unknown, kNoFigure);
   }
   EXPECT_CELL(Consumed(Vmm(host, 320)), Vmm(host, 320).mapped) << "what is not known cancels out";
 }
@@ -386,12 +387,12 @@ TEST(ClientRecords, CountsOfAGroupThatIsOlderThanTheMachine) {
   host.Write(kShared + "/memory.stat",
              "pswpin 5\npswpout 0\nzswap 4096\nzswapped 8192\nzswpout 9\nthp_fault_alloc 3\n");
   host.ask().Members(host.ControlGroup(kShared));
-  EXPECT_CELL(Swap(host, 320).swapIn, kNone);
+  EXPECT_CELL(Swap(host, 320).swapIn, kNoFigure);
   EXPECT_CELL(Swap(host, 320).swapOut, 0u) << "no machine did";
-  EXPECT_CELL(Zip(host, 320).zipped, kNone);
+  EXPECT_CELL(Zip(host, 320).zipped, kNoFigure);
   EXPECT_CELL(Zip(host, 320).usedCache, 4u) << "what is kept now is the machine's";
   EXPECT_CELL(Vmm(host, 320).zipped, 8u);
-  EXPECT_CELL(LargePages(host, 320).allocSuccess, kNone);
+  EXPECT_CELL(LargePages(host, 320).allocSuccess, kNoFigure);
 }
 
 TEST(ClientRecords, SwapSpaceWithinTheLimit) {
@@ -490,7 +491,7 @@ TEST(ClientRecords, Compression) {
   EXPECT_CELL(zip.zipRejected, 20000u) << "written to swap space, and nothing written back";
   EXPECT_EQ(host.ask().Status(nodes::sched_memClients_memzipInfo, {320}), HVC_NOT_FOUND);
   host.Write(kOwn + "/memory.zswap.max", "x\n");
-  EXPECT_CELL(Zip(host, 310).totalCache, kNone);
+  EXPECT_CELL(Zip(host, 310).totalCache, kNoFigure);
   host.Write(kOwn + "/memory.zswap.max", "max\n");
   EXPECT_CELL(Zip(host, 310).totalCache, 3200000u) << "a fifth of the host's memory";
   host.Remove(kOwn + "/memory.zswap.max");
@@ -499,7 +500,7 @@ TEST(ClientRecords, Compression) {
   EXPECT_CELL(Zip(host, 310).maxCache, 0u);
   EXPECT_CELL(Zip(host, 310).zipRejected, 0u) << "it is off";
   host.Write(kOwn + "/memory.stat", "anon 1\nzswap x\n");
-  EXPECT_CELL(Zip(host, 310).usedCache, kNone);
+  EXPECT_CELL(Zip(host, 310).usedCache, kNoFigure);
   host.Write(kOwn + "/memory.stat", "anon 1\n");
   EXPECT_EQ(host.ask().Status(nodes::sched_memClients_memzipInfo, {310}), HVC_NOT_FOUND) << "a kernel without it";
 }
@@ -509,7 +510,7 @@ TEST(ClientRecords, FiguresThatOnlyTheGuestKnows) {
   const GuestStatsRecord guest = Guest(host, 310);
   EXPECT_CELL(guest.memTotal, MB(2048));
   EXPECT_CELL(guest.lpageTotal, UINT32_MAX);
-  EXPECT_CELL(guest.memNeeded, kNone);
+  EXPECT_CELL(guest.memNeeded, kNoFigure);
   EXPECT_CELL(Guest(host, 320).memTotal, MB(4096));
   SavedHost unknown("clients.host");
   unknown.Remove("proc/320/maps");
@@ -520,11 +521,11 @@ TEST(ClientRecords, UserWorlds) {
   SavedHost host("clients.host");
   const UwMemoryStatsRecord uw = Uw(host, 400);
   EXPECT_CELL(uw.min, 0u);
-  EXPECT_CELL(uw.max, kNone);
-  EXPECT_CELL(uw.minLimit, kNone);
+  EXPECT_CELL(uw.max, kNoFigure);
+  EXPECT_CELL(uw.minLimit, kNoFigure);
   EXPECT_EQ(static_cast<int>(uw.memSizeLimit), 1 << 20);
   EXPECT_CELL(uw.memSize, 800000u);
-  EXPECT_CELL(uw.touched, kNone);
+  EXPECT_CELL(uw.touched, kNoFigure);
   EXPECT_CELL(uw.mapped, 502400u + 40);
   EXPECT_CELL(uw.sharedSaved, 200u + 40);
   EXPECT_CELL(uw.cow, 240u);
@@ -562,7 +563,7 @@ TEST(ClientRecords, LockedMemoryIsBoundedByConsumedMemory) {
   EXPECT_CELL(uw.pinnedResv, 500u);
   EXPECT_CELL(uw.swappable, 0u);
   EXPECT_CELL(uw.pageable, 0u);
-  EXPECT_CELL(uw.swapped, kNone) << "no such line";
+  EXPECT_CELL(uw.swapped, kNoFigure) << "no such line";
 }
 
 TEST(ClientRecords, MovedPages) {
@@ -575,12 +576,12 @@ TEST(ClientRecords, MovedPages) {
   EXPECT_EQ(RemapTypes(host, 321), Types{"numa"});
   EXPECT_EQ(Remapped(host, 321, "numa"), 12u);
   EXPECT_EQ(RemapTypes(host, 400), Types{}) << "nothing counts";
-  EXPECT_EQ(RemapTypes(host, kVmm + 310), Types{});
+  EXPECT_EQ(RemapTypes(host, kFirstVm + 310), Types{});
   for (const char *type : {"demotion", "", "other"})
     EXPECT_EQ(RemapStatus(host, 321, type), HVC_NOT_FOUND) << type;
   EXPECT_EQ(RemapStatus(host, 400, "numa"), HVC_NOT_FOUND);
   EXPECT_EQ(RemapStatus(host, 999, "numa"), HVC_NOT_FOUND);
-  EXPECT_EQ(RemapStatus(host, kVmm + 310, "numa"), HVC_NOT_FOUND);
+  EXPECT_EQ(RemapStatus(host, kFirstVm + 310, "numa"), HVC_NOT_FOUND);
 }
 
 TEST(ClientRecords, PagesThatStayedWhereTheyWere) {
@@ -594,7 +595,7 @@ TEST(ClientRecords, PagesThatStayedWhereTheyWere) {
   EXPECT_CELL(record.filtered, 0u);
   host.Write(kOwn + "/memory.stat", "numa_hint_faults x\nnuma_pages_migrated 700\npgpromote_success 100\n");
   record = Remap(host, 310, "numa");
-  EXPECT_CELL(record.filtered, kNone);
+  EXPECT_CELL(record.filtered, kNoFigure);
   EXPECT_CELL(record.remapped, 600u);
 }
 
@@ -605,7 +606,7 @@ TEST(ClientRecords, MovedPagesAreTakenAsTheKernelWritesThem) {
   } lines[] = {{"numa_pages_migrated : 7\n", 7},
                {"numa_pages_migrated: 7", 7},
                {"x\nnuma_pages_migrated\t7\nnuma_pages_migrated : 8\n", 7},
-               {"numa_pages_migrated : many\n", kNone}};
+               {"numa_pages_migrated : many\n", kNoFigure}};
   SavedHost host("clients.host");
   for (const auto &line : lines) {
     host.Write("proc/321/sched", line.text);
@@ -614,7 +615,7 @@ TEST(ClientRecords, MovedPagesAreTakenAsTheKernelWritesThem) {
   host.Forbid("proc/321/sched");
   {
     OrdinaryUser user;
-    EXPECT_EQ(Remapped(host, 321, "numa"), kNone);
+    EXPECT_EQ(Remapped(host, 321, "numa"), kNoFigure);
   }
   SavedHost without("clients.host");
   without.Write("proc/321/sched", "numa_preferred_nid : -1\n");
@@ -653,9 +654,9 @@ TEST(ClientRecords, SwapFiles) {
       {"Filename Type Size Used Priority\n", 0, 0},
       {"Filename Type Size Used\n/a file 10 4\n/b partition 5 5 -2 more\n", 15, 6},
       {"/a file 10 11 -2\n", 10, 0},
-      {"/a file ten 4 -2\n", kNone, kNone},
-      {"/a file 10\n", 10, kNone},
-      {"/a file\n/b\n\n  \n", kNone, kNone},
+      {"/a file ten 4 -2\n", kNoFigure, kNoFigure},
+      {"/a file 10\n", 10, kNoFigure},
+      {"/a file\n/b\n\n  \n", kNoFigure, kNoFigure},
   };
   SavedHost host("clients.host");
   for (const auto &table : tables) {
@@ -666,7 +667,7 @@ TEST(ClientRecords, SwapFiles) {
   host.Forbid("proc/swaps");
   {
     OrdinaryUser user;
-    EXPECT_CELL(Swap(host, 320).freeReg, kNone);
+    EXPECT_CELL(Swap(host, 320).freeReg, kNoFigure);
   }
   host.Remove("proc/swaps");
   EXPECT_CELL(Swap(host, 320).totalReg, 0u);
@@ -686,16 +687,16 @@ TEST(ClientRecords, SharingOfAProcess) {
   old.Remove("proc/400/ksm_stat");
   EXPECT_EQ(saved(old), 12u);
   old.Remove("proc/400/ksm_merging_pages");
-  EXPECT_EQ(saved(old), kNone) << "a kernel that does not tell";
+  EXPECT_EQ(saved(old), kNoFigure) << "a kernel that does not tell";
   old.Write("proc/400/ksm_stat", "ksm_zero_pages x\nksm_merging_pages 5\n");
-  EXPECT_EQ(saved(old), kNone);
+  EXPECT_EQ(saved(old), kNoFigure);
   SavedHost forbidden("clients.host");
   forbidden.Forbid("proc/310/ksm_stat");
   OrdinaryUser user;
   const VmmMemoryStatsRecord vmm = Vmm(forbidden, 310);
-  EXPECT_CELL(vmm.sharedSaved, kNone);
-  EXPECT_CELL(vmm.shared, kNone);
-  EXPECT_CELL(vmm.zero, kNone);
+  EXPECT_CELL(vmm.sharedSaved, kNoFigure);
+  EXPECT_CELL(vmm.shared, kNoFigure);
+  EXPECT_CELL(vmm.zero, kNoFigure);
   EXPECT_CELL(vmm.mapped, 1440000u);
 }
 
@@ -703,12 +704,12 @@ TEST(ClientRecords, SharingOfAProcess) {
 TEST(ClientRecords, MemoryStatOfAVm) {
   SavedHost host("clients.host");
   host.Write(kOwn + "/memory.stat", "zswapped x\nzswap 4096\nanon_thp\npswpin -1\nswapcached y\n");
-  EXPECT_CELL(Vmm(host, 310).zipped, kNone);
-  EXPECT_CELL(Vmm(host, 310).zipSaved, kNone);
-  EXPECT_CELL(Swap(host, 310).swapped, kNone);
-  EXPECT_CELL(Swap(host, 310).swapIn, kNone);
+  EXPECT_CELL(Vmm(host, 310).zipped, kNoFigure);
+  EXPECT_CELL(Vmm(host, 310).zipSaved, kNoFigure);
+  EXPECT_CELL(Swap(host, 310).swapped, kNoFigure);
+  EXPECT_CELL(Swap(host, 310).swapIn, kNoFigure);
   EXPECT_CELL(Swap(host, 310).swapOut, 0u);
-  EXPECT_CELL(Swap(host, 310).swapRead, kNone);
+  EXPECT_CELL(Swap(host, 310).swapRead, kNoFigure);
   EXPECT_CELL(LargePages(host, 310).backings2M, UINT32_MAX);
   host.ask().Members(0);
   host.Remove(kOwn + "/memory.stat");
@@ -719,7 +720,7 @@ TEST(ClientRecords, MemoryStatOfAVm) {
   host.Remove(kOwn + "/memory.high");
   host.Remove(kOwn + "/memory.max");
   EXPECT_CELL(Vmm(host, 310).allocTgt, MB(2048));
-  EXPECT_CELL(host.ask().Alloc(310).max, kNone);
+  EXPECT_CELL(host.ask().Alloc(310).max, kNoFigure);
 }
 
 TEST(ClientRecords, AStatusThatCannotBeReadCostsTheCells) {
@@ -727,10 +728,10 @@ TEST(ClientRecords, AStatusThatCannotBeReadCostsTheCells) {
   host.Forbid("proc/400/status");
   OrdinaryUser user;
   const UwMemoryStatsRecord uw = Uw(host, 400);
-  EXPECT_CELL(uw.memSize, kNone);
-  EXPECT_CELL(uw.mapped, kNone);
-  EXPECT_CELL(uw.swapped, kNone);
-  EXPECT_CELL(uw.pinned, kNone);
+  EXPECT_CELL(uw.memSize, kNoFigure);
+  EXPECT_CELL(uw.mapped, kNoFigure);
+  EXPECT_CELL(uw.swapped, kNoFigure);
+  EXPECT_CELL(uw.pinned, kNoFigure);
   EXPECT_EQ(static_cast<int>(uw.memSizeLimit), 1 << 20);
 }
 
@@ -758,7 +759,7 @@ TEST(ClientRecords, AnOldKernel) {
   SavedHost host("kernel-5.10.host");
   const UwMemoryStatsRecord uw = Uw(host, 100);
   EXPECT_CELL(uw.mapped, 8000u);
-  EXPECT_CELL(uw.sharedSaved, kNone) << "it does not tell";
+  EXPECT_CELL(uw.sharedSaved, kNoFigure) << "it does not tell";
   EXPECT_EQ(RemapTypes(host, 100), Types{});
 }
 
@@ -770,7 +771,7 @@ void Walk(SavedHost &host, int64_t group, bool vmsOnly) {
   const std::vector<int64_t> members = ask.Members(group);
   const uint32_t flags = ask.Flags(group);
   if ((flags & HVC_GROUP_VM) != 0) {
-    for (const int64_t either : {group, kVmm + group})
+    for (const int64_t either : {group, kFirstVm + group})
       ask.Alloc(either);
     Vmm(host, group);
     Swap(host, group);
@@ -857,7 +858,7 @@ TEST(ClientReads, AVanishedVmIsNotFound) {
   host.ask().Members(host.ControlGroup(kOwn));
   host.Remove("proc/310");
   EXPECT_EQ(host.ask().Status(nodes::sched_memClients_kestrel_vmm, {310}), HVC_NOT_FOUND);
-  EXPECT_EQ(host.ask().Status(nodes::sched_memClients_swapInfo, {kVmm + 310}), HVC_NOT_FOUND);
+  EXPECT_EQ(host.ask().Status(nodes::sched_memClients_swapInfo, {kFirstVm + 310}), HVC_NOT_FOUND);
   EXPECT_EQ(host.ask().Status(nodes::sched_memClients_kestrel_uw, {310}), HVC_NOT_FOUND);
 }
 

@@ -13,11 +13,11 @@ TEST(GroupRecords, EachFileOfAControlGroup) {
     uint64_t (*cell)(const GroupMemoryStatsRecord &);
     uint64_t ifMissing;
   } files[] = {
-      {"memory.current", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.consumed; }, kNone},
-      {"memory.peak", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.consumedPeak; }, kNone},
+      {"memory.current", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.consumed; }, kNoFigure},
+      {"memory.peak", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.consumedPeak; }, kNoFigure},
       {"memory.min", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.bMin; }, 0},
       {"memory.low", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.iMin; }, 0},
-      {"memory.max", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.bMax; }, kNone},
+      {"memory.max", [](const GroupMemoryStatsRecord &r) -> uint64_t { return r.bMax; }, kNoFigure},
   };
   SavedHost host("v2.host");
   Asker ask = host.ask();
@@ -34,19 +34,19 @@ TEST(GroupRecords, EachFileOfAControlGroup) {
                                    std::string("\n"), std::string("18446744073709551616\n"), std::string("1 2\n"),
                                    std::string(10000, '1'), std::string("1\0002", 3)}) {
       host.Write(path, bad);
-      EXPECT_EQ(cell(), kNone) << path << ": " << bad;
+      EXPECT_EQ(cell(), kNoFigure) << path << ": " << bad;
       EXPECT_CELL(ask.Stats(web).ovhd, 256u) << path;
     }
     host.Write(path, "126877696\n");
     host.Forbid(path);
     {
       OrdinaryUser user;
-      EXPECT_EQ(cell(), kNone) << path;
+      EXPECT_EQ(cell(), kNoFigure) << path;
     }
     host.Remove(path);
     EXPECT_EQ(cell(), file.ifMissing) << path;
     host.MakeFolder(path);
-    EXPECT_EQ(cell(), kNone) << path << " is no file at all";
+    EXPECT_EQ(cell(), kNoFigure) << path << " is no file at all";
     host.Remove(path);
     host.Write(path, "0\n");
   }
@@ -64,20 +64,20 @@ TEST(GroupRecords, EachLineOfMemoryStat) {
   EXPECT_EQ(overhead("sock 2048\nnew_key 7\n\nkernel 1024"), 3u) << "in any order, ended or not";
   EXPECT_EQ(overhead("kernel 1024\nsock 2048\nkernel 4096\n"), 3u) << "the first line counts";
   EXPECT_EQ(overhead("kernel 1024\n"), 1u);
-  EXPECT_EQ(overhead("kernel x\nsock 2048\n"), kNone);
+  EXPECT_EQ(overhead("kernel x\nsock 2048\n"), kNoFigure);
   EXPECT_EQ(overhead("kernel\nsock 2048\n"), 2u) << "a key alone is no figure";
-  EXPECT_EQ(overhead("kernel 99999999999999999999\nsock 2048\n"), kNone);
-  EXPECT_EQ(overhead("kernel 18446744073709551615\nsock 2048\n"), kNone) << "the sum does not fit";
+  EXPECT_EQ(overhead("kernel 99999999999999999999\nsock 2048\n"), kNoFigure);
+  EXPECT_EQ(overhead("kernel 18446744073709551615\nsock 2048\n"), kNoFigure) << "the sum does not fit";
   EXPECT_EQ(overhead(std::string(9000, 'x') + "\nkernel 1024\n"), 1u) << "an overlong line is passed over";
-  EXPECT_EQ(overhead(""), kNone);
-  EXPECT_EQ(overhead(std::string("\0\xff\n:\n ", 6)), kNone);
+  EXPECT_EQ(overhead(""), kNoFigure);
+  EXPECT_EQ(overhead(std::string("\0\xff\n:\n ", 6)), kNoFigure);
   host.Forbid(kWeb + "/memory.stat");
   {
     OrdinaryUser user;
-    EXPECT_CELL(host.ask().Stats(web).ovhd, kNone);
+    EXPECT_CELL(host.ask().Stats(web).ovhd, kNoFigure);
   }
   host.Remove(kWeb + "/memory.stat");
-  EXPECT_CELL(host.ask().Stats(web).ovhd, kNone);
+  EXPECT_CELL(host.ask().Stats(web).ovhd, kNoFigure);
   EXPECT_CELL(host.ask().Stats(web).consumed, 4096u);
 }
 
@@ -92,9 +92,9 @@ TEST(GroupRecords, EachLineOfStatus) {
   EXPECT_CELL(stats("VmRSS:\t  10 kB\nName:\tx\nHugetlbPages: 5 kB\n").consumed, 15u);
   EXPECT_EQ(host.ask().Name(100), "x");
   EXPECT_CELL(stats("VmRSS: 10 kB\n").consumed, 10u) << "a kernel without huge pages";
-  EXPECT_CELL(stats("VmRSS: 10 kB\n").memSize, kNone);
+  EXPECT_CELL(stats("VmRSS: 10 kB\n").memSize, kNoFigure);
   EXPECT_CELL(stats("VmRSS: 10 kB\nVmRSS: 11 kB\n").consumed, 10u);
-  EXPECT_CELL(stats("VmRSS: ten kB\nVmData: 7 kB\nVmStk: 0 kB\n").consumed, kNone);
+  EXPECT_CELL(stats("VmRSS: ten kB\nVmData: 7 kB\nVmStk: 0 kB\n").consumed, kNoFigure);
   EXPECT_CELL(stats("VmRSS: ten kB\nVmData: 7 kB\nVmStk: 0 kB\n").memSize, 7u);
   EXPECT_CELL(stats("Groups: " + std::string(100000, '7') + "\nVmData: 7 kB\nVmStk: 0 kB\n").memSize, 7u);
   EXPECT_CELL(stats("Name:\ta\tb\x01\x7f\nVmData: 1 kB\nVmStk: 0 kB\n").memSize, 1u);
@@ -116,10 +116,10 @@ TEST(GroupRecords, MeminfoLines) {
   const GroupMemoryStatsRecord stats = host.ask().Stats(0);
   EXPECT_CELL(stats.memSize, 10u);
   EXPECT_CELL(stats.consumed, 9u);
-  EXPECT_CELL(stats.ovhd, kNone);
+  EXPECT_CELL(stats.ovhd, kNoFigure);
   host.Forbid("proc/meminfo");
   OrdinaryUser user;
-  EXPECT_CELL(host.ask().Stats(0).memSize, kNone);
+  EXPECT_CELL(host.ask().Stats(0).memSize, kNoFigure);
 }
 
 TEST(GroupRecords, PageSharingFiles) {
@@ -131,9 +131,9 @@ TEST(GroupRecords, PageSharingFiles) {
   host.Forbid(ksm + "pages_sharing");
   OrdinaryUser user;
   const PShareStatsRecord stats = host.ask().Record(nodes::memory_pshare_stats);
-  EXPECT_CELL(stats.zero, kNone);
-  EXPECT_CELL(stats.reclaimed, kNone);
-  EXPECT_CELL(stats.cow, kNone);
+  EXPECT_CELL(stats.zero, kNoFigure);
+  EXPECT_CELL(stats.reclaimed, kNoFigure);
+  EXPECT_CELL(stats.cow, kNoFigure);
   EXPECT_CELL(stats.used, 100u);
   EXPECT_CELL(stats.totRemove, 0u);
   EXPECT_CELL(stats.hintsActive, 0u);

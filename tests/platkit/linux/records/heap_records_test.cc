@@ -74,9 +74,9 @@ TEST(HeapRecords, LinesOfAllKinds) {
              "huge 1 99999999999999999 99999999999 2 1 : tunables 0 0 0 : slabdata 1 1 0\n");
   EXPECT_EQ(host.ask().Names(nodes::system_heaps), (Names{"bad", "short", "ctrl?", "huge"}));
   for (const char *name : {"bad", "short", "huge"}) {
-    EXPECT_CELL(Heap(host, name).size, kNone32) << name;
-    EXPECT_CELL(Heap(host, name).avail, kNone32) << name;
-    EXPECT_CELL(Heap(host, name).pctFreeOfCur, kNone32) << name;
+    EXPECT_CELL(Heap(host, name).size, kNoFigure32) << name;
+    EXPECT_CELL(Heap(host, name).avail, kNoFigure32) << name;
+    EXPECT_CELL(Heap(host, name).pctFreeOfCur, kNoFigure32) << name;
   }
   EXPECT_CELL(Heap(host, "bad").numRanges, 1u);
   EXPECT_CELL(Heap(host, "short").avgAllocSize, 100u);

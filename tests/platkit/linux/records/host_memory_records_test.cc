@@ -50,8 +50,8 @@ TEST(HostMemoryRecords, AnOrdinaryUserDoesNotLearnWhereTheKernelIs) {
   host.Write("proc/iomem",
              "00000000-00000000 : System RAM\n  00000000-00000000 : Kernel code\n"
              "  00000000-00000000 : Kernel data\n");
-  EXPECT_CELL(Memory(host).kernelCode, kNone);
-  EXPECT_CELL(Memory(host).dataAndHeap, kNone);
+  EXPECT_CELL(Memory(host).kernelCode, kNoFigure);
+  EXPECT_CELL(Memory(host).dataAndHeap, kNoFigure);
   EXPECT_CELL(Memory(host).otherConsumed, 21870000u);
 }
 
@@ -76,17 +76,17 @@ TEST(HostMemoryRecords, EachFileCostsItsCells) {
     host.Write("proc/meminfo", "MemTotal: 9 kB\nMemFree: 5 kB\nSlab: 3 kB\n");
     host.Write("proc/zoneinfo", "Node 0, zone DMA\n  pages free 1\n present 2\n managed 2\n protection: (0)\n");
     host.Write("proc/iomem", "  0-fff : Kernel code\n  1000-1fff : Kernel data\n");
-    EXPECT_NE(file.cell(Memory(host)), kNone) << file.file;
+    EXPECT_NE(file.cell(Memory(host)), kNoFigure) << file.file;
     host.Write(file.file, file.garbage);
-    EXPECT_EQ(file.cell(Memory(host)), kNone) << file.file;
+    EXPECT_EQ(file.cell(Memory(host)), kNoFigure) << file.file;
     EXPECT_CELL(Memory(host).discarded, 0u);
     host.Forbid(file.file);
     {
       OrdinaryUser user;
-      EXPECT_EQ(file.cell(Memory(host)), kNone) << file.file;
+      EXPECT_EQ(file.cell(Memory(host)), kNoFigure) << file.file;
     }
     host.Remove(file.file);
-    EXPECT_EQ(file.cell(Memory(host)), kNone) << file.file;
+    EXPECT_EQ(file.cell(Memory(host)), kNoFigure) << file.file;
   }
 }
 
@@ -104,8 +104,8 @@ TEST(HostMemoryRecords, StateByAvailableMemory) {
   const struct {
     const char *available;
     uint32_t state;
-  } states[] = {{"360", 0}, {"160", 0}, {"159", 1}, {"120", 1}, {"119", 2},    {"80", 2},
-                {"79", 3},  {"40", 3},  {"39", 4},  {"0", 4},   {"x", kNone32}};
+  } states[] = {{"360", 0}, {"160", 0}, {"159", 1}, {"120", 1}, {"119", 2},        {"80", 2},
+                {"79", 3},  {"40", 3},  {"39", 4},  {"0", 4},   {"x", kNoFigure32}};
   SavedHost host;
   for (const bool tellsPromo : {true, false}) {
     for (const auto &state : states) {
@@ -115,8 +115,8 @@ TEST(HostMemoryRecords, StateByAvailableMemory) {
     }
   }
   host.Remove("proc/zoneinfo");
-  EXPECT_CELL(Global(host).memState, kNone32);
-  EXPECT_CELL(Global(host).minFree, kNone);
+  EXPECT_CELL(Global(host).memState, kNoFigure32);
+  EXPECT_CELL(Global(host).minFree, kNoFigure);
 }
 
 TEST(HostMemoryRecords, StateByPressure) {
@@ -182,8 +182,8 @@ TEST(HostMemoryRecords, ALowerStateThatTheHostIsIn) {
   host.Remove("proc/vmstat");
   EXPECT_CELL(Transitions(host, "clear").toLowerCount, 1u);
   host.Write("proc/vmstat", "oom_kill 99999999999\nallocstall_dma x\n");
-  EXPECT_CELL(Transitions(host, "hard").toLowerCount, kNone32) << "more than the cell takes";
-  EXPECT_CELL(Transitions(host, "soft").toLowerCount, kNone32);
+  EXPECT_CELL(Transitions(host, "hard").toLowerCount, kNoFigure32) << "more than the cell takes";
+  EXPECT_CELL(Transitions(host, "soft").toLowerCount, kNoFigure32);
 }
 
 TEST(HostMemoryRecords, NumberOfVms) {

@@ -50,16 +50,16 @@ TEST(LargePagePoolRecords, EachFile) {
   const std::string folder = "sys/devices/system/node/node0/hugepages/hugepages-2048kB/";
   for (const char *bad : {"x\n", "", "-1\n", "99999999999\n"}) {
     host.Write(folder + "nr_hugepages", bad);
-    EXPECT_CELL(Pool(host, 0, "hugepages-2MB").nrLPages, kNone32) << bad;
+    EXPECT_CELL(Pool(host, 0, "hugepages-2MB").nrLPages, kNoFigure32) << bad;
     EXPECT_CELL(Pool(host, 0, "hugepages-2MB").nrFreeSPages, 2048u);
   }
   host.Forbid(folder + "free_hugepages");
   {
     OrdinaryUser user;
-    EXPECT_CELL(Pool(host, 0, "hugepages-2MB").nrFreeSPages, kNone32);
+    EXPECT_CELL(Pool(host, 0, "hugepages-2MB").nrFreeSPages, kNoFigure32);
   }
   host.Remove(folder + "free_hugepages");
-  EXPECT_CELL(Pool(host, 0, "hugepages-2MB").nrFreeSPages, kNone32);
+  EXPECT_CELL(Pool(host, 0, "hugepages-2MB").nrFreeSPages, kNoFigure32);
   host.Remove("sys/devices/system/node/node0/hugepages");
   EXPECT_EQ(host.ask().Names(nodes::memory_lpage_nodeList_vmPools, {0}), Names{}) << "a kernel without huge pages";
 }

@@ -133,8 +133,8 @@ TEST(PmemRecords, AVolumeIsOneExtent) {
   EXPECT_CELL(extent.startMPN, 0x840000u);
   EXPECT_CELL(extent.endMPN, 0xa3ffffu);
   EXPECT_CELL(extent.numaNode, 2u);
-  EXPECT_CELL(Extent(host, "region10").startMPN, kNone) << "older kernels do not tell";
-  EXPECT_CELL(Extent(host, "region10").numaNode, kNone);
+  EXPECT_CELL(Extent(host, "region10").startMPN, kNoFigure) << "older kernels do not tell";
+  EXPECT_CELL(Extent(host, "region10").numaNode, kNoFigure);
   EXPECT_EQ(host.ask().Status(nodes::memory_pmem_volumes_extents, {kVolume, 1}), HVC_NOT_FOUND);
 }
 
@@ -143,21 +143,21 @@ TEST(PmemRecords, EachFileOfAVolume) {
   const std::string region = kDevices + "region0/";
   for (const char *bad : {"", "x\n", "-1\n", "99999999999999999999\n", "max\n"}) {
     host.Write(region + "size", bad);
-    EXPECT_CELL(Store(host, kVolume).totalBlocks, kNone) << bad;
+    EXPECT_CELL(Store(host, kVolume).totalBlocks, kNoFigure) << bad;
     EXPECT_CELL(Store(host, kVolume).allocatedBlocks, 3073u) << bad;
-    EXPECT_CELL(Extent(host, kVolume).endBlock, kNone) << bad;
+    EXPECT_CELL(Extent(host, kVolume).endBlock, kNoFigure) << bad;
     EXPECT_CELL(Extent(host, kVolume).startMPN, 0x840000u) << bad;
     EXPECT_CELL(Store(host, kVolume).freeRegions, 120u) << bad;
   }
   host.Write(region + "size", "8589934592\n");
   host.Write(region + "available_size", "many\n");
-  EXPECT_CELL(Store(host, kVolume).availableBlocks, kNone);
+  EXPECT_CELL(Store(host, kVolume).availableBlocks, kNoFigure);
   EXPECT_CELL(Store(host, kVolume).allocatedBlocks, 3073u);
   host.Forbid(region + "resource");
   {
     OrdinaryUser user;
-    EXPECT_CELL(Extent(host, kVolume).startMPN, kNone);
-    EXPECT_CELL(Extent(host, kVolume).endMPN, kNone);
+    EXPECT_CELL(Extent(host, kVolume).startMPN, kNoFigure);
+    EXPECT_CELL(Extent(host, kVolume).endMPN, kNoFigure);
     EXPECT_CELL(Extent(host, kVolume).endBlock, 4095u);
   }
   host.Write(region + "mapping0", "nonsense\n");
@@ -178,8 +178,8 @@ TEST(PmemRecords, EachFileOfARegion) {
   const std::string space = kDevices + "namespace0.0/";
   host.Write(space + "size", "x\n");
   EXPECT_EQ(Regions(host, kVolume), (Names{kMapped, kDax})) << "it is there all the same";
-  EXPECT_CELL(Region(host, kVolume, kMapped).size, kNone);
-  EXPECT_CELL(Region(host, kVolume, kMapped).allocatedBlocks, kNone);
+  EXPECT_CELL(Region(host, kVolume, kMapped).size, kNoFigure);
+  EXPECT_CELL(Region(host, kVolume, kMapped).allocatedBlocks, kNoFigure);
   host.Write(space + "numa_node", "64\n");
   EXPECT_CELL(Region(host, kVolume, kMapped).numaAffinityMask, 0u) << "the mask has no such bit";
   EXPECT_EQ(NumaNodes(host, kVolume, kMapped), std::vector<int64_t>{64});

@@ -1,0 +1,156 @@
+// make_night SNAPSHOT FOLDER: writes a history of a night of the saved host, with a sample a minute from 22:00 to
+// 06:00. At 02:40, a program in the group "shell" starts to take memory, until the host has little left at 03:12. It
+// ends at 03:25. The group "user" around it has no limit in this night. The example in README.md finds the program.
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "platkit/history/history_folder.h"
+#include "platkit/history/segment_writer.h"
+#include "platkit/snapshot/snapshot_file.h"
+
+namespace {
+
+using platkit::history::HistoryFolder;
+using platkit::history::kNanosInSecond;
+using platkit::history::Sample;
+using platkit::history::SampleTime;
+using platkit::history::SegmentName;
+using platkit::history::SegmentWriter;
+using platkit::snapshot::SnapshotFile;
+
+constexpr int64_t kMinute = 60 * kNanosInSecond;
+constexpr int64_t kStart = 1'773'439'200 * kNanosInSecond;  // 2026-03-13T22:00:00Z
+constexpr int64_t kBoot = kStart - 12 * 24 * 60 * kMinute;
+constexpr int kMinutes = 8 * 60 + 1;
+
+// Minutes of the night.
+constexpr int kGrowthStarts = 4 * 60 + 40;
+constexpr int kGrowthEnds = 5 * 60 + 12;
+constexpr int kProgramEnds = 5 * 60 + 25;
+
+constexpr uint64_t kKBAMinute = 720'896;  // 704 MB
+
+void Require(HVC_ReturnStatus status, const char *what) {
+  if (status == HVC_OK) return;
+  std::fprintf(stderr, "make_night: %s: status %#x\n", what, status);
+  std::exit(EXIT_FAILURE);
+}
+
+// The memory that the program has taken.
+uint64_t TakenKB(int minute) {
+  if (minute <= kGrowthStarts || minute >= kProgramEnds) return 0;
+  return static_cast<uint64_t>(std::min(minute, kGrowthEnds) - kGrowthStarts) * kKBAMinute;
+}
+
+// A few megabytes that come and go, up to 8 MB.
+uint64_t RippleKB(int minute, uint64_t group) {
+  return std::rotl((static_cast<uint64_t>(minute) + 1) * (group + 1) * 0x9e3779b97f4a7c15u, 20) % 2048 * 4;
+}
+
+template <typename Record, typename Change>
+void ChangeRecord(Sample &sample, std::string_view path, Change change) {
+  for (size_t i = 0; i < sample.size(); ++i) {
+    if (sample[i].key != path) continue;
+    Record record;
+    const std::span<std::byte> payload = sample.MutablePayload(i);
+    std::memcpy(&record, payload.data(), sizeof record);
+    change(record);
+    std::memcpy(payload.data(), &record, sizeof record);
+    return;
+  }
+  Require(HVC_NOT_FOUND, std::string(path).c_str());
+}
+
+void AddToGroup(Sample &sample, uint64_t group, uint64_t amount) {
+  const std::string path = "/sched/groups/" + std::to_string(group) + "/stats/memoryStats";
+  ChangeRecord<GroupMemoryStatsRecord>(sample, path, [&](GroupMemoryStatsRecord &stats) {
+    stats.memSize += amount;
+    stats.consumed += amount;
+    stats.consumedPeak = std::max<uint64_t>(stats.consumedPeak, stats.consumed);
+    stats.memSizePeak = std::max<uint64_t>(stats.memSizePeak, stats.memSize);
+  });
+}
+
+// The host at this minute of the night.
+void Change(Sample &sample, int minute) {
+  constexpr uint64_t kHost = 0, kMachines = 2, kUser = 3, kWeb = 10, kMail = 20, kAgent = 30, kShell = 31;
+  const uint64_t taken = TakenKB(minute);
+  uint64_t all = taken;
+  AddToGroup(sample, kShell, taken);
+  for (const auto &[group, parent] : {std::pair(kWeb, kMachines), {kMail, kMachines}, {kAgent, kUser}}) {
+    const uint64_t amount = RippleKB(minute, group);
+    AddToGroup(sample, group, amount);
+    AddToGroup(sample, parent, amount);
+    all += amount;
+  }
+  AddToGroup(sample, kUser, taken);
+  ChangeRecord<GroupAllocRecord>(sample, "/sched/groups/3/memAllocationInKB",
+                                 [](GroupAllocRecord &allocation) { allocation.max = HVC_KB_NONE; });
+  AddToGroup(sample, kHost, all);
+  uint64_t free = 0;
+  ChangeRecord<ComprehensiveRecord>(sample, "/memory/comprehensive", [&](ComprehensiveRecord &memory) {
+    memory.otherConsumed += all;
+    memory.free -= all;
+    free = memory.free;
+  });
+  ChangeRecord<GlobalMemoryRecord>(sample, "/sched/globalStats/memory/kestrel", [&](GlobalMemoryRecord &memory) {
+    const uint64_t minimum = memory.minFree;
+    memory.memState = free > 2 * minimum ? 1 : free > minimum ? 2 : 3;
+  });
+}
+
+Sample Copy(const Sample &sample) {
+  Sample copy;
+  for (size_t i = 0; i < sample.size(); ++i)
+    copy.Add(sample[i].key, sample[i].type, sample[i].payload);
+  return copy;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  if (argc != 3) {
+    std::fputs("usage: make_night SNAPSHOT FOLDER\n", stderr);
+    return EXIT_FAILURE;
+  }
+  SnapshotFile file;
+  Require(file.Open(argv[1]), argv[1]);
+  const platkit::history::HostHeader header = {.definitions = file.header().definitions,
+                                               .host = file.header().host,
+                                               .kernel = "6.12.0",
+                                               .intervalMillis = 60'000};
+  Sample day;
+  SnapshotFile::Cursor cursor(file);
+  while (cursor.Next() == HVC_OK) {
+    if (platkit::snapshot::IsHeaderKey(cursor.key())) continue;
+    platkit::snapshot::Value value;
+    Require(cursor.Read(value), "value");
+    day.Add(cursor.key(), value.type, value.payload);
+  }
+
+  HistoryFolder folder;
+  mkdir(argv[2], S_IRWXU);
+  Require(folder.Open(argv[2]), argv[2]);
+  SegmentWriter writer(10 * kMinute);
+  std::string open;
+  for (int minute = 0; minute < kMinutes; ++minute) {
+    const int64_t wall = kStart + minute * kMinute;
+    const std::string name = SegmentName::At(wall).text();
+    if (name != open) {
+      unlinkat(folder.fd(), name.c_str(), 0);
+      Require(writer.Open(folder.fd(), name.c_str()), name.c_str());
+    }
+    open = name;
+    Sample sample = Copy(day);
+    Change(sample, minute);
+    Require(writer.Append(header, {.time = {wall, wall - kBoot, wall - kBoot}}, sample), "append");
+  }
+  return EXIT_SUCCESS;
+}
