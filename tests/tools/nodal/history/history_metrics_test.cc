@@ -1,6 +1,8 @@
 // nodal metrics, for a range of a history.
 #include <unistd.h>
 
+#include <filesystem>
+
 #include "tests/tools/nodal/history/recorded.h"
 
 namespace nodal {
@@ -90,6 +92,7 @@ TEST_F(HistoryMetrics, AreAcceptedByPrometheus) {
     return outcome.output;
   };
   promtool("tsdb create-blocks-from openmetrics " + text + " " + data);
+  std::filesystem::create_directory(data + "/wal");  // promtool of Debian 12 wants it
   const std::string dump = promtool("tsdb dump " + data);
   EXPECT_NE(dump.find("1763694745000"), std::string::npos) << dump;
   EXPECT_NE(dump.find("kestrel_host_memory_bytes"), std::string::npos) << dump;
