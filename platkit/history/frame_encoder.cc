@@ -11,8 +11,8 @@ namespace {
 
 // Raw sizes at which a chunk is complete. Larger chunks compress better; smaller ones let a reader that follows one
 // figure skip more.
-constexpr size_t kEntriesBytes = size_t{32} << 10;
-constexpr size_t kChangesBytes = size_t{4} << 10;
+constexpr size_t kEntriesBytes = size_t{12} << 10;
+constexpr size_t kChangesBytes = 768;
 
 constexpr int kLevel = 3;
 
