@@ -73,8 +73,8 @@ void AddToGroup(Sample &sample, uint64_t group, uint64_t amount) {
   ChangeRecord<GroupMemoryStatsRecord>(sample, path, [&](GroupMemoryStatsRecord &stats) {
     stats.memSize += amount;
     stats.consumed += amount;
-    stats.consumedPeak = std::max<uint64_t>(stats.consumedPeak, stats.consumed);
-    stats.memSizePeak = std::max<uint64_t>(stats.memSizePeak, stats.memSize);
+    stats.consumedPeak = std::max(uint64_t{stats.consumedPeak}, uint64_t{stats.consumed});
+    stats.memSizePeak = std::max(uint64_t{stats.memSizePeak}, uint64_t{stats.memSize});
   });
 }
 
