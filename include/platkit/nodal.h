@@ -36,7 +36,7 @@
  *    to the action that was installed before. A program that installs a handler later must pass the faults of addresses
  *    that it does not know to the handler that it replaced.
  *
- * 9. Output. The library prints nothing. Only Warning (warning.h) writes, to standard error.
+ * 9. Output. The library prints nothing, except that Warning (warning.h) writes to standard error.
  */
 #ifndef PLATKIT_NODAL_H
 #define PLATKIT_NODAL_H

@@ -241,7 +241,7 @@ typedef struct LPageStatsRecord {
   uint64_t allocSuccess; /* count: backing attempts that succeeded */
   uint64_t failNoMem;    /* count: attempts that failed for lack of memory */
   uint64_t failPinned;   /* count: attempts that failed because of pinning */
-  uint64_t failSwapped;  /* count: attempts that failed to avoid excessive swap-ins */
+  uint64_t failSwapped;  /* count: attempts abandoned to avoid excessive swap-ins */
   uint8_t unread_36[16];
   uint64_t failPinnedLate; /* count: attempts that failed because of late pinning */
   uint8_t unread_60[24];

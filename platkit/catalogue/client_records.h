@@ -159,7 +159,7 @@ struct RecordTable<LPageStatsRecord> {
       PLATKIT_FIELD(4, uint64_t, allocSuccess, COUNT, "backing attempts that succeeded"),
       PLATKIT_FIELD(12, uint64_t, failNoMem, COUNT, "attempts that failed for lack of memory"),
       PLATKIT_FIELD(20, uint64_t, failPinned, COUNT, "attempts that failed because of pinning"),
-      PLATKIT_FIELD(28, uint64_t, failSwapped, COUNT, "attempts that failed to avoid excessive swap-ins"),
+      PLATKIT_FIELD(28, uint64_t, failSwapped, COUNT, "attempts abandoned to avoid excessive swap-ins"),
       PLATKIT_GAP(36, 16),
       PLATKIT_FIELD(52, uint64_t, failPinnedLate, COUNT, "attempts that failed because of late pinning"),
       PLATKIT_GAP(60, 24),

@@ -85,8 +85,8 @@ struct ChunkPlace {
 // `fileBytes` are the bytes of the file from the start of the frame.
 bool IsPossibleHead(const FrameHead &head, uint64_t fileBytes);
 
-// Whether a file that ends `fileBytes` bytes after these can end in a frame that was cut. `bytes` are the first bytes
-// of it, as many as a head has if the file has them.
+// Whether a file can end in an incomplete frame. `bytes` are the first bytes of that frame, as many as a FrameHead has
+// or as the file has left. `fileBytes` is the number of bytes from the start of the frame to the end of the file.
 bool IsPossibleCutFrame(std::span<const std::byte> bytes, uint64_t fileBytes);
 
 // Removes the mask from the rest of a head, and checks the whole head. `bytes` are the bytes of the head.

@@ -13,8 +13,8 @@ namespace platkit::history {
 
 class History {
  public:
-  // The first and the last second for which the history has an answer: those of the first sample, and those of the last
-  // one or, while the next one is not due yet, up to it.
+  // The seconds for which the history has an answer: from `first`, its first sample, to `validTo`, one interval after
+  // its last sample.
   struct Span {
     int64_t first = 0;
     int64_t last = 0;  // of the last sample

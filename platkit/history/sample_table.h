@@ -23,7 +23,7 @@ class KeyFilter {
 
   virtual bool Contains(std::string_view key) const = 0;
 
-  // Whether a key can be contained that is not before `first` and, unless `end` is empty, before `end`.
+  // Whether the filter can contain a key in [`first`, `end`). An empty `end` means no upper bound.
   virtual bool MayContain(std::string_view first, std::string_view end) const = 0;
 };
 

@@ -14,7 +14,7 @@ Readings &Allocated(std::unique_ptr<Readings> &readings) {
   return *readings;
 }
 
-// Whether an amount changes only if the group's memory does: peaks, and a part of the memory.
+// Whether an amount can change only when the group's memory usage changes: the peaks and the kernel memory.
 bool FollowsMemory(CgroupAmount amount) {
   return amount == CgroupAmount::kPeak || amount == CgroupAmount::kWithSwapPeak || amount == CgroupAmount::kSwapPeak ||
          amount == CgroupAmount::kKernel;

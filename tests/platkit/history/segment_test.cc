@@ -213,7 +213,7 @@ TEST_F(Segment, IsReadForSomeEntriesOnly) {
   }
 }
 
-// The text of a frame as the name of a group: after damage, a reader must not take it for a frame.
+// A group's name contains the bytes of a frame. After damage, a reader must not find a frame there.
 TEST_F(Segment, HasItsMagicAtTheStartOfFramesOnly) {
   const std::string frame = recording_.Write(kName, 5);
   Sample sample = SampleOf({{"/sched/groups/1/groupName", {'R', frame}}, {"/x" + std::string(kMagic), {'R', ""}}});

@@ -147,7 +147,7 @@ TEST_F(Cut, AMarkedFileStaysDamaged) {
   EXPECT_EQ(again.Open(path_.c_str()), HVC_OK);
 }
 
-// Changes a small host before one of the accesses of opening and reading it.
+// Opens and reads the snapshot of a small host, and changes the file before a chosen access.
 class Change : public testing::Test {
  protected:
   Change() {

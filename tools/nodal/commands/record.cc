@@ -108,11 +108,11 @@ Run DeclareRecord(OptionSet &options, const SourceOptions &source) {
   options.AddRepeatable("--only PATH", texts->only, "Record only this path and everything below it; repeatable");
   options
       .Add("--listen ADDRESS:PORT", texts->listen,
-           "Serve the last sample as /metrics, and /healthz; without an address, on 127.0.0.1")
+           "Serve the last sample at /metrics and a health check at /healthz; without an address, on 127.0.0.1")
       .NotEmpty();
   options.SetFooter(
       "After a day, one sample a minute remains: the one with the least memory available.\n"
-      "PCI devices are recorded only with --only /hardware/pci, their registers never.");
+      "PCI devices are recorded only with --only /hardware/pci; their registers are never recorded.");
   return [texts, &source] {
     Record(OptionsOf(*texts, source));
     return kSuccess;

@@ -28,7 +28,7 @@ MetricsEndpoint::MetricsEndpoint(const std::string &address, const Recorder &rec
 HttpResponse MetricsEndpoint::Answer(std::string_view path) {
   if (path == "/metrics") return Metrics();
   if (path == "/healthz") return Health();
-  return TextResponse(404, "There are /metrics and /healthz.\n");
+  return TextResponse(404, "Not found. This server has /metrics and /healthz.\n");
 }
 
 // Many clients share one text.

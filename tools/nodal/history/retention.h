@@ -27,8 +27,8 @@ class Retention {
   using Name = platkit::history::SegmentName;
   using Time = platkit::history::SampleTime;
 
-  // The folder must outlive the object. Removes what a thinning left that was cut short. Throws a Failure if the folder
-  // cannot be listed; so does Apply.
+  // The folder must outlive the object. Removes the temporary file of an interrupted thinning. Throws a Failure if the
+  // folder cannot be listed; so does Apply.
   Retention(const platkit::history::HistoryFolder &folder, const RetentionLimits &limits, const Time &now);
 
   // Removes segments that are too old, and the oldest ones while all segments together have too many bytes, except the

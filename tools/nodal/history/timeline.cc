@@ -135,7 +135,7 @@ class TimelineReader {
     if (after.afterEnd && isStart) {
       reasons.push_back("the recorder was stopped");
     } else if (isStart && !isReboot) {
-      reasons.push_back("the recorder ended without notice");
+      reasons.push_back("the recorder ended unexpectedly");
     }
     if (after.afterDamage) reasons.push_back("the file is damaged");
     const bool isGap = elapsed >= LongestInterval(after);

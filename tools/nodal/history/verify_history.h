@@ -1,4 +1,4 @@
-// Everything that can be wrong with the files of a history.
+// Checks the files of a history for damage.
 #ifndef NODAL_HISTORY_VERIFY_HISTORY_H
 #define NODAL_HISTORY_VERIFY_HISTORY_H
 

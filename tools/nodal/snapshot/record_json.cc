@@ -73,7 +73,7 @@ void IntegerFromJson(const Field &field, const Json &json, std::span<std::byte> 
 std::string HexFromJson(const Json &json) {
   std::optional<std::string> bytes;
   if (json.is_string()) bytes = FromHex(json.get_ref<const std::string &>());
-  if (!bytes) throw InvalidJson("expected pairs of the digits 0-9 and a-f, got " + Brief(json));
+  if (!bytes) throw InvalidJson("expected pairs of hexadecimal digits (0-9, a-f), got " + Brief(json));
   return *std::move(bytes);
 }
 

@@ -55,7 +55,7 @@ TEST(HistoryCommand, TellsWhyTimeIsMissing) {
             "2025-11-21T04:22:20Z  2025-11-21T03:22:25Z         5 s  the clock was set back by 1 h 0 min\n"
             "2025-11-21T03:22:30Z  2025-11-21T03:23:00Z        30 s  no samples were taken\n"
             "2025-11-21T03:23:00Z  2025-11-21T03:24:00Z        60 s  the recorder was stopped\n"
-            "2025-11-21T03:24:00Z  2025-11-21T03:25:30Z        90 s  the recorder ended without notice\n"
+            "2025-11-21T03:24:00Z  2025-11-21T03:25:30Z        90 s  the recorder ended unexpectedly\n"
             "2025-11-21T03:25:30Z  2025-11-21T03:27:30Z       120 s  the host was rebooted; "
             "the kernel changed from 6.1.0-18-amd64 to 6.1.0-19-amd64\n");
   EXPECT_NE(Nodal("history " + history.path()).out.find("kernel 6.1.0-19-amd64, 1 reboot\n"), std::string::npos);

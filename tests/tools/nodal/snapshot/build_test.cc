@@ -113,7 +113,7 @@ TEST(Build, RawValues) {
   EXPECT_EQ(NodesComplaint(R"("/a": {"hex": "00"})"), ": /a: a raw value has the keys 'type' and 'hex' only\n");
   EXPECT_EQ(NodesComplaint(R"("/a": {"hex": "00", "type": "X"})"), ": /a: expected the type R, I, T or H, got \"X\"\n");
   EXPECT_EQ(NodesComplaint(R"("/a": {"hex": "0", "type": "R"})"),
-            ": /a: expected pairs of the digits 0-9 and a-f, got \"0\"\n");
+            ": /a: expected pairs of hexadecimal digits (0-9, a-f), got \"0\"\n");
 }
 
 TEST(Build, Failures) {
