@@ -62,6 +62,7 @@ inline constexpr size_t kMaxSampleBytes = size_t{256} << 20;     // keys and pay
 inline constexpr size_t kMaxHostText = 255;                      // of each text of a HostHeader
 inline constexpr uint64_t kMaxSegmentBytes = uint64_t{4} << 30;  // of a file
 inline constexpr uint32_t kMaxFrames = 1u << 20;                 // of a segment
+inline constexpr uint32_t kMaxDeltaFrames = 4095;                // after a key frame
 inline constexpr size_t kMaxSegments = size_t{1} << 18;          // of a history: 30 years
 
 // The largest sample in a segment of this size. A small file cannot make a reader take much memory.

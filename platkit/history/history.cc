@@ -14,6 +14,11 @@ int64_t SecondOf(const Frame &frame) { return SecondsOf(frame.info.time.wall); }
 // Whether samples may be missing that were taken after the frame and at or before the second.
 bool MayMissLater(const SegmentReader &segment, size_t frame, int64_t second) {
   if (SecondOf(segment.frames()[frame]) == second) return false;
+  const auto isLoss = [](const DamagedPart &part) { return !part.isIncompleteEnd; };
+  const auto wallOf = [](const Frame &sample) { return sample.info.time.wall; };
+  // The clock was set back, so a lost sample can be of any time.
+  if (std::ranges::any_of(segment.damage(), isLoss) && !std::ranges::is_sorted(segment.frames(), {}, wallOf))
+    return true;
   if (frame + 1 < segment.frames().size()) return segment.frames()[frame + 1].followsDamage;
   if (segment.damage().empty() || segment.damage().back().isIncompleteEnd) return false;
   return segment.damage().back().start > segment.frames()[frame].start;
@@ -31,7 +36,7 @@ HVC_ReturnStatus History::Open(const char *path) {
 // A segment may have been removed since the folder was listed.
 HVC_ReturnStatus History::OpenSegment(SegmentName name) {
   const HVC_ReturnStatus status = reader_.Open(folder_.fd(), name.text().c_str());
-  return status == HVC_NOT_A_SNAPSHOT ? HVC_SNAPSHOT_DAMAGED : status;
+  return status == HVC_NOT_A_SNAPSHOT || status == HVC_LIMIT_EXCEEDED ? HVC_SNAPSHOT_DAMAGED : status;
 }
 
 HVC_ReturnStatus History::FindFirst(Span &span) {

@@ -194,9 +194,11 @@ bool SampleTable::Replace(Slot &slot, uint32_t payloadBytes, std::span<std::byte
   return true;
 }
 
-// Moves the payloads together if many bytes are of none.
+// Moves the payloads together if many bytes are of none, and forgets removed entries if they take much.
 void SampleTable::Compact() {
   constexpr size_t kSmall = size_t{1} << 20;
+  if (keys_.size() > kSmall + liveBytes_ + liveBytes_ / 4 || slots_.size() > kSmall / sizeof(Slot) + 2 * liveEntries_)
+    ForgetRemoved();
   if (payloads_.size() <= kSmall + liveBytes_ + liveBytes_ / 4) return;
   ByteVector payloads;
   payloads.reserve(liveBytes_);
@@ -207,6 +209,18 @@ void SampleTable::Compact() {
     if (!slot.isLive) slot.payloadBytes = 0;
   }
   payloads_.swap(payloads);
+}
+
+void SampleTable::ForgetRemoved() {
+  std::erase_if(slots_, [](const Slot &slot) { return !slot.isLive; });
+  std::string keys;
+  for (Slot &slot : slots_) {
+    const size_t start = keys.size();
+    keys.append(keys_, slot.key, slot.keyBytes);
+    slot.key = start;
+  }
+  keys_.swap(keys);
+  hint_ = 0;
 }
 
 // Each number is its distance to the one before (varint).

@@ -55,6 +55,7 @@ class SampleTable {
 
   void Clear();
   void Compact();
+  void ForgetRemoved();
   HVC_ReturnStatus ApplyChunk(SegmentFile &file, const LoadedFrame &frame, size_t index);
   bool IsWanted(const LoadedFrame &frame, size_t index) const;
   bool ReadEntries(const ChunkPlace &place, std::span<const std::byte> raw);

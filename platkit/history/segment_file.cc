@@ -12,6 +12,11 @@
 #include "platkit/history/history_folder.h"
 
 namespace platkit::history {
+namespace {
+
+constexpr uint64_t kMaxWrongHeadBytes = uint64_t{64} << 20;
+
+}  // namespace
 
 SegmentFile::SegmentFile() = default;
 SegmentFile::~SegmentFile() { Close(); }
@@ -36,6 +41,7 @@ HVC_ReturnStatus SegmentFile::Open(int fd) {
   fd_ = fd;
   struct stat info;
   if (fstat(fd_, &info) != 0) return HVC_IO_ERROR;
+  wrongHeadBytes_ = 0;
   size_ = static_cast<uint64_t>(info.st_size);
   return size_ > kMaxSegmentBytes ? HVC_LIMIT_EXCEEDED : HVC_OK;
 }
@@ -81,7 +87,11 @@ HVC_ReturnStatus SegmentFile::LoadHead(uint64_t position, LoadedFrame &frame) {
   status = Load(position, frame.head.headBytes, bytes);
   if (status != HVC_OK) return status;
   frame.headBytes.assign(bytes.begin(), bytes.end());
-  if (!UnmaskAndCheck(frame.headBytes)) return HVC_SNAPSHOT_DAMAGED;
+  if (!UnmaskAndCheck(frame.headBytes)) {
+    // Otherwise, a small file with many magics could keep the reader busy for hours.
+    wrongHeadBytes_ += frame.headBytes.size();
+    return wrongHeadBytes_ > kMaxWrongHeadBytes + 4 * size_ ? HVC_LIMIT_EXCEEDED : HVC_SNAPSHOT_DAMAGED;
+  }
   // Another process may have changed the file since the first of the two loads.
   std::memcpy(&frame.head, frame.headBytes.data(), sizeof frame.head);
   if (frame.head.headBytes != frame.headBytes.size() || !IsPossibleHead(frame.head, size_ - position))

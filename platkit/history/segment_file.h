@@ -65,6 +65,7 @@ class SegmentFile {
 
   int fd_ = -1;
   uint64_t size_ = 0;
+  uint64_t wrongHeadBytes_ = 0;  // that were read for heads with wrong checksums
   // The bytes that were read last: reads of neighbouring frames need no further system call.
   uint64_t windowStart_ = 0;
   snapshot::ValueBuffer window_;

@@ -1,5 +1,7 @@
 #include "platkit/history/segment_reader.h"
 
+#include <algorithm>
+
 #include "platkit/history/sample_table.h"
 #include "platkit/history/segment_file.h"
 
@@ -26,11 +28,12 @@ struct SegmentReader::State {
 
   HVC_ReturnStatus FindFrames();
   HVC_ReturnStatus AddDamage(uint64_t start, uint64_t end);
-  bool FindChain(size_t frame, size_t &first) const;
+  void AddFrame();
   HVC_ReturnStatus Apply(size_t frame);
 
   SegmentFile file;
   std::vector<Frame> frames;
+  std::vector<size_t> keyFrames;  // that each frame builds on; kNone: it, or a frame after it, is missing
   std::vector<DamagedPart> damage;
   SampleTable table;
   LoadedFrame loaded = {};
@@ -52,6 +55,7 @@ HVC_ReturnStatus SegmentReader::Open(int fd) {
 
 HVC_ReturnStatus SegmentReader::State::FindFrames() {
   frames.clear();
+  keyFrames.clear();
   damage.clear();
   applied = kNone;
   uint64_t position = 0, damageStart = 0;
@@ -64,7 +68,7 @@ HVC_ReturnStatus SegmentReader::State::FindFrames() {
     }
     if (status != HVC_OK) return status;
     if (frames.size() == kMaxFrames) return HVC_LIMIT_EXCEEDED;
-    frames.push_back(FrameOf(loaded));
+    AddFrame();
     frames.back().followsDamage = position > damageStart;
     if (position > damageStart) damage.push_back({damageStart, position - damageStart, false});
     position += loaded.head.frameBytes;
@@ -84,12 +88,18 @@ HVC_ReturnStatus SegmentReader::State::AddDamage(uint64_t start, uint64_t end) {
   return HVC_OK;
 }
 
-// Finds the key frame that `frame` builds on. False if frames between them are missing.
-bool SegmentReader::State::FindChain(size_t frame, size_t &first) const {
-  for (first = frame; !frames[first].isKey; --first) {
-    if (first == 0 || frames[first].base != frames[first - 1].check) return false;
+void SegmentReader::State::AddFrame() {
+  const Frame frame = FrameOf(loaded);
+  const size_t index = frames.size();
+  size_t keyFrame = kNone;
+  if (frame.isKey) {
+    keyFrame = index;
+  } else if (index > 0 && frame.base == frames.back().check && keyFrames.back() != kNone &&
+             index - keyFrames.back() <= kMaxDeltaFrames) {
+    keyFrame = keyFrames.back();
   }
-  return true;
+  frames.push_back(frame);
+  keyFrames.push_back(keyFrame);
 }
 
 HVC_ReturnStatus SegmentReader::State::Apply(size_t frame) {
@@ -105,8 +115,8 @@ HVC_ReturnStatus SegmentReader::State::Apply(size_t frame) {
 HVC_ReturnStatus SegmentReader::Read(size_t frame, Sample &sample) {
   State &state = *state_;
   if (state.frames[frame].isEnd) return HVC_NOT_FOUND;
-  size_t next;
-  if (!state.FindChain(frame, next)) return HVC_SNAPSHOT_DAMAGED;
+  size_t next = state.keyFrames[frame];
+  if (next == State::kNone) return HVC_SNAPSHOT_DAMAGED;
   if (state.applied != State::kNone && state.applied >= next && state.applied <= frame) next = state.applied + 1;
   for (; next <= frame; ++next) {
     const HVC_ReturnStatus status = state.Apply(next);
@@ -117,9 +127,9 @@ HVC_ReturnStatus SegmentReader::Read(size_t frame, Sample &sample) {
 
 HVC_ReturnStatus SegmentReader::ReadHost(size_t frame, HostHeader &host) {
   State &state = *state_;
-  size_t key;
   if (state.frames[frame].isEnd) return HVC_NOT_FOUND;
-  if (!state.FindChain(frame, key)) return HVC_SNAPSHOT_DAMAGED;
+  const size_t key = state.keyFrames[frame];
+  if (key == State::kNone) return HVC_SNAPSHOT_DAMAGED;
   const HVC_ReturnStatus status = state.file.LoadHead(state.frames[key].start, state.loaded);
   if (status != HVC_OK) return status;
   if (state.loaded.head.check != state.frames[key].check) return HVC_SNAPSHOT_DAMAGED;
@@ -133,6 +143,12 @@ void SegmentReader::Select(const KeyFilter *filter) {
 
 const std::vector<SegmentReader::Frame> &SegmentReader::frames() const { return state_->frames; }
 const std::vector<DamagedPart> &SegmentReader::damage() const { return state_->damage; }
+
+size_t SegmentReader::lostParts() const {
+  return static_cast<size_t>(std::ranges::count(state_->damage, false, &DamagedPart::isIncompleteEnd));
+}
+
+bool SegmentReader::hasBase(size_t frame) const { return state_->keyFrames[frame] != State::kNone; }
 uint64_t SegmentReader::bytes() const { return state_->file.size(); }
 const HostHeader &SegmentReader::host() const { return state_->table.host(); }
 

@@ -58,6 +58,12 @@ class SegmentReader {
   const std::vector<Frame> &frames() const;
   const std::vector<DamagedPart> &damage() const;
 
+  // The number of damaged parts but an incomplete end, which may be a frame that is being written.
+  size_t lostParts() const;
+
+  // Whether all frames are there that the sample of this one builds on.
+  bool hasBase(size_t frame) const;
+
   // Reads the sample of a frame. Reading the frames in order decodes each of them once.
   //
   // HVC_SNAPSHOT_DAMAGED: the frame, or one between it and the key frame before, is damaged. HVC_NOT_FOUND: an end

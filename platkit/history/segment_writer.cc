@@ -73,7 +73,8 @@ HVC_ReturnStatus SegmentWriter::FindEnd(int folder, const char *name) {
 bool SegmentWriter::NeedsKeyFrame(const HostHeader &host, const SampleTime &time) const {
   const int64_t sinceKey = time.boot - keyTime_.boot;
   const int64_t toNext = int64_t{host.intervalMillis} * (kNanosInSecond / 1000);
-  return !hasChain_ || sinceKey < 0 || sinceKey > keyInterval_ - toNext || host != host_;
+  return !hasChain_ || deltaFrames_ == kMaxDeltaFrames || sinceKey < 0 || sinceKey > keyInterval_ - toNext ||
+         host != host_;
 }
 
 HVC_ReturnStatus SegmentWriter::Append(const HostHeader &host, const SampleInfo &info, Sample &sample) {
@@ -98,6 +99,7 @@ HVC_ReturnStatus SegmentWriter::Append(const HostHeader &host, const SampleInfo 
   hasChain_ = true;
   host_ = std::move(copy);
   if (isKey) keyTime_ = info.time;
+  deltaFrames_ = isKey ? 0 : deltaFrames_ + 1;
   return HVC_OK;
 }
 

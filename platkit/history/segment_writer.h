@@ -81,7 +81,8 @@ class SegmentWriter {
   uint64_t frameBytes_ = 0;
   uint64_t removedBytes_ = 0;
   uint32_t frames_ = 0;
-  bool hasChain_ = false;  // the segment ends with the frame of last_
+  uint32_t deltaFrames_ = 0;  // since the key frame
+  bool hasChain_ = false;     // the segment ends with the frame of last_
   SampleTime keyTime_ = {};
   HostHeader host_;
   Sample last_;

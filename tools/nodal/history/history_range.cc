@@ -63,12 +63,12 @@ void HistoryRange::VisitSegment(const KeyFilter *filter, SegmentName name, const
   segment.Select(filter);
   HVC_ReturnStatus status = segment.Open(history_.folder(), name.text().c_str());
   if (status == HVC_NOT_FOUND) return;  // removed since the folder was listed
-  if (status == HVC_NOT_A_SNAPSHOT) {
+  if (status == HVC_NOT_A_SNAPSHOT || status == HVC_LIMIT_EXCEEDED) {
     ++damagedParts_;
     return;
   }
   if (status != HVC_OK) throw Failure(folder_ + "/" + name.text(), status);
-  damagedParts_ += segment.damage().size();
+  damagedParts_ += segment.lostParts();
   Sample sample;
   for (const size_t i : InOrderOfTime(segment)) {
     const SegmentReader::Frame &frame = segment.frames()[i];

@@ -149,7 +149,11 @@ int64_t HttpServer::NextTimeout() const { return connections_.empty() ? INT64_MA
 void HttpServer::Accept(int64_t now) {
   for (size_t i = 0; i < kMaxConnections; ++i) {
     platkit::FileDescriptor socket(accept4(listening_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-    if (!socket.isOpen()) return;
+    if (!socket.isOpen()) {
+      // Without a free descriptor, the connection would wait, and polling would never wait.
+      if ((errno == EMFILE || errno == ENFILE) && !connections_.empty()) connections_.erase(connections_.begin());
+      return;
+    }
     if (connections_.size() == kMaxConnections) connections_.erase(connections_.begin());
     connections_.push_back({.socket = std::move(socket), .deadline = now + kMaxTime});
   }

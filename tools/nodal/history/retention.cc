@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <span>
 #include <utility>
 
 #include "tools/nodal/support/output.h"
@@ -14,10 +15,26 @@ namespace {
 
 using platkit::history::kNanosInSecond;
 
-constexpr int64_t kHour = 3600 * kNanosInSecond;
+constexpr int64_t kSecondsInHour = 3600;
+constexpr int64_t kHour = kSecondsInHour * kNanosInSecond;
 
 // Others may add files to the folder, so it is listed again.
 constexpr int64_t kListInterval = 60 * kNanosInSecond;
+
+// The end of the newest segment whose name can be believed. Segments after a gap of a week may have been written while
+// the clock was wrong, unless they are of a day or more.
+std::optional<int64_t> EndOfNewest(std::span<const platkit::history::SegmentName> names) {
+  constexpr int64_t kHoursInDay = 24, kHoursInWeek = 7 * kHoursInDay;
+  while (!names.empty()) {
+    size_t start = names.size() - 1;
+    while (start > 0 && names[start].hour() - names[start - 1].hour() <= kHoursInWeek)
+      --start;
+    if (start == 0 || names.back().hour() - names[start].hour() >= kHoursInDay)
+      return std::min(names.back().hour() + 1, INT64_MAX / kHour) * kHour;
+    names = names.first(start);
+  }
+  return std::nullopt;
+}
 
 uint64_t SizeOf(int folder, const std::string &name) {
   struct stat about;
@@ -32,9 +49,7 @@ Retention::Retention(const platkit::history::HistoryFolder &folder, const Retent
   unlinkat(folder_.fd(), SegmentThinner::kTemporary, 0);
   std::vector<Name> names;
   if (const HVC_ReturnStatus status = folder_.List(names); status != HVC_OK) throw Failure("history", status);
-  std::optional<int64_t> newest;
-  if (!names.empty()) newest = (names.back().hour() + 1) * kHour;
-  clock_.emplace(now, newest);
+  clock_.emplace(now, EndOfNewest(names));
 }
 
 bool Retention::Apply(const Time &now, const Name &open, uint64_t openBytes) {
@@ -46,7 +61,7 @@ bool Retention::Apply(const Time &now, const Name &open, uint64_t openBytes) {
     listedAt_ = now.monotonic;
   }
   for (auto segment = segments_.begin(); segment != segments_.end();)
-    segment = AgeOf(segment->first) > limits_.age ? Remove(segment) : std::next(segment);
+    segment = SecondsOld(segment->first) > limits_.age / kNanosInSecond ? Remove(segment) : std::next(segment);
   const auto isTooLarge = [&] { return closedBytes_ + thinner_.bytes() + openBytes > limits_.bytes; };
   if (isTooLarge()) StopThinning();
   while (isTooLarge() && !segments_.empty())
@@ -80,9 +95,10 @@ Retention::Segments::iterator Retention::Remove(Segments::iterator segment) {
 }
 
 // How long ago the last sample of the segment was taken. Segments of the future, which a wrong clock made, are as old
-// as they are ahead.
-int64_t Retention::AgeOf(const Name &name) const {
-  return std::max(wall_ - (name.hour() + 1) * kHour, name.hour() * kHour - latest_);
+// as they are ahead of a clock that is settled.
+int64_t Retention::SecondsOld(const Name &name) const {
+  const int64_t age = wall_ / kNanosInSecond - (name.hour() + 1) * kSecondsInHour;
+  return clock_->isSettled() ? std::max(age, name.hour() * kSecondsInHour - latest_ / kNanosInSecond) : age;
 }
 
 HVC_ReturnStatus Retention::Thin(const std::function<bool()> &hasTime) {
@@ -115,7 +131,7 @@ void Retention::StopThinning() {
 // Opens the oldest segment that may need it, and starts if it does. False if there is none.
 bool Retention::StartThinning() {
   const auto isCandidate = [this](const auto &segment) {
-    return AgeOf(segment.first) > limits_.unthinned && !done_.contains(segment.first) &&
+    return SecondsOld(segment.first) > limits_.unthinned / kNanosInSecond && !done_.contains(segment.first) &&
            !failed_.contains(segment.first);
   };
   const auto found = std::ranges::find_if(segments_, isCandidate);

@@ -47,7 +47,7 @@ class Retention {
 
   void List(const Name &open);
   Segments::iterator Remove(Segments::iterator segment);
-  int64_t AgeOf(const Name &name) const;
+  int64_t SecondsOld(const Name &name) const;
   bool StartThinning();
   void FinishThinning(HVC_ReturnStatus status);
   void StopThinning();

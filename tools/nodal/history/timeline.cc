@@ -76,26 +76,33 @@ class TimelineReader {
     SegmentReader segment;
     const HVC_ReturnStatus status = segment.Open(history_.folder(), text.c_str());
     if (status == HVC_NOT_FOUND) return;  // removed since the folder was listed
-    if (status != HVC_OK && status != HVC_NOT_A_SNAPSHOT) throw Failure(folder_ + "/" + text, status);
+    if (status != HVC_OK && status != HVC_NOT_A_SNAPSHOT && status != HVC_LIMIT_EXCEEDED)
+      throw Failure(folder_ + "/" + text, status);
     TimelineDay &day = timeline_.days[text.substr(0, text.find('T'))];
     day.bytes += segment.bytes();
     timeline_.bytes += segment.bytes();
-    timeline_.damagedParts += status == HVC_OK ? segment.damage().size() : 1;
+    timeline_.damagedParts += status == HVC_OK ? segment.lostParts() : 1;
     if (status == HVC_OK) AddPoints(segment, day);
   }
 
   void AddPoints(SegmentReader &segment, TimelineDay &day) {
     size_t host = SIZE_MAX;
+    bool isAfterLoss = false;
     for (size_t i = 0; i < segment.frames().size(); ++i) {
       const SegmentReader::Frame &frame = segment.frames()[i];
       if (frame.isEnd) {
         afterEnd_ = true;
         continue;
       }
+      if (!segment.hasBase(i)) {
+        isAfterLoss = true;
+        continue;
+      }
       HostHeader header;
       if (frame.isKey && segment.ReadHost(i, header) == HVC_OK) host = IndexOf(header);
       if (host == SIZE_MAX) continue;  // before the first readable key frame
-      points_.push_back({frame.info, host, BootOf(host), afterEnd_, frame.followsDamage});
+      points_.push_back({frame.info, host, BootOf(host), afterEnd_, frame.followsDamage || isAfterLoss});
+      isAfterLoss = false;
       afterEnd_ = false;
       ++day.samples;
     }

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
 
 #include "tests/tools/nodal/history/recorder_support.h"
@@ -184,7 +185,37 @@ TEST_F(RecorderTest, AClockThatIsSetToAWrongYear) {
     if (waits == 20) pace.now.wall -= 50 * 365 * kDay;
   };
   Record(30);
-  EXPECT_EQ(Numbers().size(), 15u) << "those of the right year; the others are as old as they are ahead";
+  EXPECT_EQ(Numbers().size(), 30u) << "nobody knows yet which year is right";
+  Record(80);
+  EXPECT_EQ(Numbers().size(), 95u) << "after a day, those of the wrong year are too old";
+}
+
+TEST_F(RecorderTest, AClockThatIsSetBackByYearsRemovesNothing) {
+  options_.interval = 20 * kMinute;
+  int waits = 0;
+  pace_.beforeWait = [&](FakePace &pace) {
+    if (++waits == 5) pace.now.wall -= 5 * 365 * kDay;
+  };
+  Record(10);
+  EXPECT_EQ(Numbers().size(), 10u);
+}
+
+TEST_F(RecorderTest, StartsTwiceWithAWrongYear) {
+  options_.interval = 20 * kMinute;  // is not thinned
+  Record(3);
+  pace_.now.wall += 20 * 365 * kDay;
+  Record(1);
+  Record(1);
+  EXPECT_EQ(Numbers(), (std::vector<std::string>{"0", "1", "2", "3", "4"}));
+}
+
+TEST_F(RecorderTest, AFileOfTheLastYearThatANameCanHave) {
+  Record(3);
+  namespace fs = std::filesystem;
+  const fs::path folder = options_.folder;
+  fs::copy_file(folder / SegmentName::At(pace_.now.wall).text(), folder / "2262-04-11T23Z.history");
+  Record(1);
+  EXPECT_EQ(Numbers().size(), 7u);
 }
 
 TEST_F(RecorderTest, AClockBefore1970) {
