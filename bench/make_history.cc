@@ -1,42 +1,30 @@
 // make_history SNAPSHOT FOLDER SAMPLES: writes a history of the saved host, with a sample every five seconds up to
 // 2026-03-14T12:00:00Z. From one sample to the next, a tenth of the groups changes. Prints the bytes a group and
 // sample, and the milliseconds of processor time a sample. The same arguments give the same history.
-#include <sys/stat.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <map>
-#include <string>
 #include <vector>
 
-#include "platkit/history/history_folder.h"
-#include "platkit/history/segment_writer.h"
 #include "platkit/path.h"
 #include "platkit/snapshot/snapshot_file.h"
+#include "samples/history_maker.h"
 
 namespace {
 
 using platkit::Field;
 using platkit::FieldType;
 using platkit::FieldUnit;
-using platkit::history::HistoryFolder;
 using platkit::history::kNanosInSecond;
 using platkit::history::Sample;
 using platkit::history::SampleTime;
-using platkit::history::SegmentName;
 using platkit::history::SegmentWriter;
 using platkit::snapshot::SnapshotFile;
 
 constexpr int64_t kEnd = 1'773'489'600;
 constexpr int64_t kInterval = 5;
-
-void Require(HVC_ReturnStatus status, const char *what) {
-  if (status == HVC_OK) return;
-  std::fprintf(stderr, "make_history: %s: status %#x\n", what, status);
-  std::exit(EXIT_FAILURE);
-}
 
 class Random {
  public:
@@ -89,11 +77,7 @@ class MovingHost {
     }
   }
 
-  void CopyTo(Sample &sample) {
-    sample.Clear();
-    for (size_t i = 0; i < sample_.size(); ++i)
-      sample.Add(sample_[i].key, sample_[i].type, sample_[i].payload);
-  }
+  const Sample &sample() const { return sample_; }
 
  private:
   void Add(SnapshotFile::Cursor &cursor) {
@@ -141,22 +125,16 @@ int main(int argc, char **argv) {
   }
   const int64_t samples = std::atoll(argv[3]);
   MovingHost host(argv[1]);
-  HistoryFolder folder;
-  mkdir(argv[2], 0700);
-  Require(folder.Open(argv[2]), argv[2]);
-  SegmentWriter writer;
-  std::string open;
+  HistoryMaker maker(argv[2]);
   Sample sample;
   uint64_t bytes = 0;
   double seconds = 0;
   for (int64_t i = 0; i < samples; ++i) {
     const int64_t wall = kEnd - (samples - 1 - i) * kInterval;
     const SampleTime time = {wall * kNanosInSecond, wall * kNanosInSecond, wall * kNanosInSecond};
-    const std::string name = SegmentName::At(time.wall).text();
-    if (name != open) Require(writer.Open(folder.fd(), name.c_str()), name.c_str());
-    open = name;
+    SegmentWriter &writer = maker.WriterAt(time.wall);
     host.Move();
-    host.CopyTo(sample);
+    CopySample(host.sample(), sample);
     const double start = ProcessorSeconds();
     Require(writer.Append(host.header(), {.time = time}, sample), "append");
     seconds += ProcessorSeconds() - start;

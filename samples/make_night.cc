@@ -1,28 +1,20 @@
 // make_night SNAPSHOT FOLDER: writes a history of a night of the saved host, with a sample a minute from 22:00 to
 // 06:00. At 02:40, a program in the group "shell" starts to take memory, until the host has little left at 03:12. It
 // ends at 03:25. The group "user" around it has no limit in this night. The example in README.md finds the program.
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <bit>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <vector>
 
-#include "platkit/history/history_folder.h"
-#include "platkit/history/segment_writer.h"
 #include "platkit/snapshot/snapshot_file.h"
+#include "samples/history_maker.h"
 
 namespace {
 
-using platkit::history::HistoryFolder;
 using platkit::history::kNanosInSecond;
 using platkit::history::Sample;
-using platkit::history::SampleTime;
-using platkit::history::SegmentName;
-using platkit::history::SegmentWriter;
 using platkit::snapshot::SnapshotFile;
 
 constexpr int64_t kMinute = 60 * kNanosInSecond;
@@ -36,12 +28,6 @@ constexpr int kGrowthEnds = 5 * 60 + 12;
 constexpr int kProgramEnds = 5 * 60 + 25;
 
 constexpr uint64_t kKBAMinute = 720'896;  // 704 MB
-
-void Require(HVC_ReturnStatus status, const char *what) {
-  if (status == HVC_OK) return;
-  std::fprintf(stderr, "make_night: %s: status %#x\n", what, status);
-  std::exit(EXIT_FAILURE);
-}
 
 // The memory that the program has taken.
 uint64_t TakenKB(int minute) {
@@ -106,13 +92,6 @@ void Change(Sample &sample, int minute) {
   });
 }
 
-Sample Copy(const Sample &sample) {
-  Sample copy;
-  for (size_t i = 0; i < sample.size(); ++i)
-    copy.Add(sample[i].key, sample[i].type, sample[i].payload);
-  return copy;
-}
-
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -135,22 +114,13 @@ int main(int argc, char **argv) {
     day.Add(cursor.key(), value.type, value.payload);
   }
 
-  HistoryFolder folder;
-  mkdir(argv[2], S_IRWXU);
-  Require(folder.Open(argv[2]), argv[2]);
-  SegmentWriter writer(10 * kMinute);
-  std::string open;
+  HistoryMaker maker(argv[2], 10 * kMinute);
+  Sample sample;
   for (int minute = 0; minute < kMinutes; ++minute) {
     const int64_t wall = kStart + minute * kMinute;
-    const std::string name = SegmentName::At(wall).text();
-    if (name != open) {
-      unlinkat(folder.fd(), name.c_str(), 0);
-      Require(writer.Open(folder.fd(), name.c_str()), name.c_str());
-    }
-    open = name;
-    Sample sample = Copy(day);
+    CopySample(day, sample);
     Change(sample, minute);
-    Require(writer.Append(header, {.time = {wall, wall - kBoot, wall - kBoot}}, sample), "append");
+    Require(maker.WriterAt(wall).Append(header, {.time = {wall, wall - kBoot, wall - kBoot}}, sample), "append");
   }
   return EXIT_SUCCESS;
 }
