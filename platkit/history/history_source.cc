@@ -36,10 +36,7 @@ HVC_ReturnStatus StatusOfAbsent(const history::Sample &sample, std::string_view 
   key.Literal(snapshot::kFailurePrefix).Literal(path);
   Entry entry;
   if (!key.ok() || !sample.Find(key.view(), entry)) return HVC_NOT_FOUND;
-  if (entry.type != ValueType::kRecord || entry.payload.size() != snapshot::kFailureBytes) return HVC_SNAPSHOT_DAMAGED;
-  HVC_ReturnStatus failure;
-  std::memcpy(&failure, entry.payload.data(), sizeof failure);
-  return failure == HVC_OK ? HVC_SNAPSHOT_DAMAGED : failure;
+  return snapshot::FailureIn({entry.type, entry.payload});
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include <span>
 #include <string_view>
 
+#include "platkit/status.h"
+
 namespace platkit::snapshot {
 
 // Magic and version. The key of the first record is the magic; its value is the version of the format, in decimal.
@@ -74,6 +76,10 @@ struct Value {
 
   std::string_view text() const { return {reinterpret_cast<const char *>(payload.data()), payload.size()}; }
 };
+
+// The status in the value of a failure key, which is the status of an unreadable node. HVC_SNAPSHOT_DAMAGED: the value
+// has no such status.
+HVC_ReturnStatus FailureIn(const Value &value);
 
 inline constexpr size_t kCheckBytes = 4;
 inline constexpr size_t kValueOverhead = 1 + kCheckBytes;

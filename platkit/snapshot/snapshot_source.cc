@@ -83,10 +83,7 @@ HVC_ReturnStatus SnapshotSource::StatusOfAbsent(std::string_view path) {
   if (status != HVC_OK) return status;
   if (place.valueLength != snapshot::kFailureBytes + snapshot::kValueOverhead) return HVC_SNAPSHOT_DAMAGED;
   status = file_.Read(place, value);
-  if (status != HVC_OK) return status;
-  HVC_ReturnStatus failure;
-  std::memcpy(&failure, value.payload.data(), sizeof failure);
-  return value.type != ValueType::kRecord || failure == HVC_OK ? HVC_SNAPSHOT_DAMAGED : failure;
+  return status == HVC_OK ? snapshot::FailureIn(value) : status;
 }
 
 HVC_ReturnStatus SnapshotSource::Get(const Node &node, Arguments arguments, std::span<std::byte> record) {
