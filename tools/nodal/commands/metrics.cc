@@ -1,11 +1,7 @@
 // nodal metrics: the host's figures for monitoring.
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <memory>
 
-#include "platkit/errno_status.h"
 #include "tools/nodal/commands/command.h"
 #include "tools/nodal/commands/command_line.h"
 #include "tools/nodal/history/history_metrics.h"
@@ -31,15 +27,6 @@ bool IsPrefix(std::string_view text) {
 
 Failure PrefixFailure(const std::string &prefix) {
   return {"--prefix " + prefix, "expected letters, digits, '_' and ':', without a digit first"};
-}
-
-HVC_ReturnStatus WriteAll(int fd, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t count = write(fd, text.data(), text.size());
-    if (count < 0 && errno != EINTR) return platkit::StatusOfErrno(errno, HVC_WRITE_ERROR);
-    if (count > 0) text.remove_prefix(static_cast<size_t>(count));
-  }
-  return HVC_OK;
 }
 
 void ShowMetrics(const MetricsOptions &options) {

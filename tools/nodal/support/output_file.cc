@@ -20,6 +20,8 @@ void ThrowUnlessOk(const std::string &path, HVC_ReturnStatus status) {
   throw Failure(path, errno != 0 ? std::strerror(errno) : StatusText(status));
 }
 
+}  // namespace
+
 HVC_ReturnStatus WriteAll(int fd, std::string_view text) {
   while (!text.empty()) {
     const ssize_t count = write(fd, text.data(), text.size());
@@ -28,8 +30,6 @@ HVC_ReturnStatus WriteAll(int fd, std::string_view text) {
   }
   return HVC_OK;
 }
-
-}  // namespace
 
 void WriteFile(const std::string &path, platkit::Readers readers,
                const std::function<HVC_ReturnStatus(int fd)> &write) {

@@ -10,6 +10,9 @@
 
 namespace nodal {
 
+// Writes the whole text, and leaves errno set if it fails.
+[[nodiscard]] HVC_ReturnStatus WriteAll(int fd, std::string_view text);
+
 // Writes a file that appears whole or not at all. `write` fills it and leaves errno set if it fails. A signal that asks
 // the program to end leaves no file. Throws a Failure that names the cause.
 void WriteFile(const std::string &path, platkit::Readers readers, const std::function<HVC_ReturnStatus(int fd)> &write);
