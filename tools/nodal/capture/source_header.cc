@@ -2,6 +2,7 @@
 
 #include <ctime>
 
+#include "platkit/history/moment.h"
 #include "platkit/linux/files/host_files.h"
 #include "platkit/linux/files/printable.h"
 #include "tools/nodal/capture/vocabulary.h"
@@ -22,14 +23,6 @@ std::string HostName(const std::string &root) {
   return platkit::PrintableName(name, name.size());
 }
 
-std::string Now() {
-  const time_t now = std::time(nullptr);
-  struct tm parts;
-  char text[32];
-  const size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", gmtime_r(&now, &parts));
-  return {text, length};
-}
-
 Header HeaderOfSnapshot(const std::string &path) {
   const OpenedSnapshot opened(path);
   // Its record sizes may differ from this program's catalogue.
@@ -44,7 +37,9 @@ Header HeaderOfSnapshot(const std::string &path) {
 Header SourceHeader(const std::string &cache, const std::string &root) {
   if (!cache.empty()) return HeaderOfSnapshot(cache);
   const bool isLive = root.empty();
-  return {.definitions = platkit::OwnDefinitions(), .host = HostName(isLive ? "/" : root), .time = isLive ? Now() : ""};
+  return {.definitions = platkit::OwnDefinitions(),
+          .host = HostName(isLive ? "/" : root),
+          .time = isLive ? platkit::history::TimeText(std::time(nullptr)) : ""};
 }
 
 void AnonymizeHeader(Header &header, Pseudonyms &pseudonyms) {
