@@ -45,6 +45,7 @@ SegmentWriter::~SegmentWriter() { Close(); }
 void SegmentWriter::Close() {
   if (fd_ >= 0) close(fd_);
   fd_ = -1;
+  segmentBytes_ = 0;
   hasChain_ = false;
 }
 

@@ -136,8 +136,7 @@ void Recorder::Report(const Name &name, HVC_ReturnStatus status) {
 }
 
 void Recorder::Keep(const SampleTime &time, const Name &name) {
-  const uint64_t openBytes = writer_.isOpen() ? writer_.segmentBytes() : 0;
-  if (!retention_->Apply(time, name, openBytes)) RemoveOpenSegment(name);
+  if (!retention_->Apply(time, name, writer_.segmentBytes())) RemoveOpenSegment(name);
   const int64_t end = pace_.Now().monotonic + options_.interval / kThinningShare;
   const HVC_ReturnStatus status = retention_->Thin([&] { return pace_.Now().monotonic < end; });
   if (status != HVC_OK) Complain(options_.folder + ": an old segment cannot be thinned: " + StatusText(status));
