@@ -11,7 +11,7 @@ using Frame = SegmentReader::Frame;
 
 int64_t SecondOf(const Frame &frame) { return SecondsOf(frame.info.time.wall); }
 
-// Whether samples may be missing that were taken after the frame and at or before the second.
+// Tells whether damage may have destroyed a sample that was taken after this frame, but not after `second`.
 bool MayMissLater(const SegmentReader &segment, size_t frame, int64_t second) {
   if (SecondOf(segment.frames()[frame]) == second) return false;
   const auto isLoss = [](const DamagedPart &part) { return !part.isIncompleteEnd; };
@@ -33,15 +33,14 @@ HVC_ReturnStatus History::Open(const char *path) {
   return segments_.empty() ? HVC_NOT_A_SNAPSHOT : HVC_OK;
 }
 
-// A segment may have been removed since the folder was listed.
-HVC_ReturnStatus History::OpenSegment(SegmentName name) {
-  const HVC_ReturnStatus status = reader_.Open(folder_.fd(), name.text().c_str());
+HVC_ReturnStatus History::Open(SegmentName name, SegmentReader &segment) const {
+  const HVC_ReturnStatus status = segment.Open(folder_.fd(), name.text().c_str());
   return status == HVC_NOT_A_SNAPSHOT || status == HVC_LIMIT_EXCEEDED ? HVC_SNAPSHOT_DAMAGED : status;
 }
 
 HVC_ReturnStatus History::FindFirst(Span &span) {
   for (const SegmentName name : segments_) {
-    const HVC_ReturnStatus status = OpenSegment(name);
+    const HVC_ReturnStatus status = Open(name, reader_);
     if (status == HVC_NOT_FOUND || status == HVC_SNAPSHOT_DAMAGED) continue;
     if (status != HVC_OK) return status;
     span.first = INT64_MAX;
@@ -55,7 +54,7 @@ HVC_ReturnStatus History::FindFirst(Span &span) {
 
 HVC_ReturnStatus History::FindLast(Span &span) {
   for (size_t i = segments_.size(); i-- > 0;) {
-    const HVC_ReturnStatus status = OpenSegment(segments_[i]);
+    const HVC_ReturnStatus status = Open(segments_[i], reader_);
     if (status == HVC_NOT_FOUND || status == HVC_SNAPSHOT_DAMAGED) continue;
     if (status != HVC_OK) return status;
     const size_t frame = FindFrame(reader_, INT64_MAX);
@@ -84,7 +83,7 @@ HVC_ReturnStatus History::Read(int64_t second, Sample &sample, SampleInfo &info,
   const SegmentName hour = SegmentName::At(std::min(second, INT64_MAX / kNanosInSecond) * kNanosInSecond);
   const auto later = std::ranges::upper_bound(segments_, hour);
   for (auto name = later; name != segments_.begin();) {
-    status = OpenSegment(*--name);
+    status = Open(*--name, reader_);
     if (status == HVC_NOT_FOUND) continue;
     if (status != HVC_OK) return status;
     const size_t frame = FindFrame(reader_, second);

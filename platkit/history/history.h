@@ -29,6 +29,10 @@ class History {
   int folder() const { return folder_.fd(); }
   const std::vector<SegmentName> &segments() const { return segments_; }
 
+  // Opens a segment. HVC_SNAPSHOT_DAMAGED: the file is not a segment, or larger than one can be. HVC_NOT_FOUND: it was
+  // removed since the folder was listed. Other statuses as for SegmentReader::Open.
+  [[nodiscard]] HVC_ReturnStatus Open(SegmentName name, SegmentReader &segment) const;
+
   // HVC_SNAPSHOT_DAMAGED: no segment has a sample. Other statuses as for SegmentReader::Open.
   [[nodiscard]] HVC_ReturnStatus FindSpan(Span &span);
 
@@ -42,7 +46,6 @@ class History {
  private:
   HVC_ReturnStatus FindFirst(Span &span);
   HVC_ReturnStatus FindLast(Span &span);
-  HVC_ReturnStatus OpenSegment(SegmentName name);
 
   HistoryFolder folder_;
   std::vector<SegmentName> segments_;

@@ -61,9 +61,9 @@ void HistoryRange::Visit(const KeyFilter *filter, const Visitor &visitor) {
 void HistoryRange::VisitSegment(const KeyFilter *filter, SegmentName name, const Visitor &visitor) {
   SegmentReader segment;
   segment.Select(filter);
-  HVC_ReturnStatus status = segment.Open(history_.folder(), name.text().c_str());
+  HVC_ReturnStatus status = history_.Open(name, segment);
   if (status == HVC_NOT_FOUND) return;  // removed since the folder was listed
-  if (status == HVC_NOT_A_SNAPSHOT || status == HVC_LIMIT_EXCEEDED) {
+  if (status == HVC_SNAPSHOT_DAMAGED) {
     ++damagedParts_;
     return;
   }

@@ -74,10 +74,9 @@ class TimelineReader {
   void ReadSegment(SegmentName name) {
     const std::string text = name.text();
     SegmentReader segment;
-    const HVC_ReturnStatus status = segment.Open(history_.folder(), text.c_str());
+    const HVC_ReturnStatus status = history_.Open(name, segment);
     if (status == HVC_NOT_FOUND) return;  // removed since the folder was listed
-    if (status != HVC_OK && status != HVC_NOT_A_SNAPSHOT && status != HVC_LIMIT_EXCEEDED)
-      throw Failure(folder_ + "/" + text, status);
+    if (status != HVC_OK && status != HVC_SNAPSHOT_DAMAGED) throw Failure(folder_ + "/" + text, status);
     TimelineDay &day = timeline_.days[text.substr(0, text.find('T'))];
     day.bytes += segment.bytes();
     timeline_.bytes += segment.bytes();
