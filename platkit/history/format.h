@@ -25,7 +25,7 @@ struct SampleTime {
   auto operator<=>(const SampleTime &) const = default;
 };
 
-// What a writer knows about a sample besides its entries.
+// Facts about a sample that its entries do not tell.
 enum Mark : uint8_t {
   kNoMark = 0,
   kRecorderStarted = 1,  // the first sample of a recorder

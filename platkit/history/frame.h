@@ -81,12 +81,13 @@ struct ChunkPlace {
   uint32_t start;             // in the frame
 };
 
-// Whether the fixed part can be the start of a frame: its magic and sizes, before the rest of the head is read.
-// `fileBytes` are the bytes of the file from the start of the frame.
+// Checks the magic and the sizes in the fixed part of a head, before the rest of the head is read. False if no frame
+// can start like this. `fileBytes` is the number of bytes from the start of the frame to the end of the file.
 bool IsPossibleHead(const FrameHead &head, uint64_t fileBytes);
 
-// Whether a file can end in an incomplete frame. `bytes` are the first bytes of that frame, as many as a FrameHead has
-// or as the file has left. `fileBytes` is the number of bytes from the start of the frame to the end of the file.
+// Tells whether the last bytes of a file can be the start of a frame that was not written to its end. `bytes` are the
+// first bytes of that frame: as many as a FrameHead has, or fewer if the file ends before. `fileBytes` is the number of
+// bytes from the start of the frame to the end of the file.
 bool IsPossibleCutFrame(std::span<const std::byte> bytes, uint64_t fileBytes);
 
 // Removes the mask from the rest of a head, and checks the whole head. `bytes` are the bytes of the head.

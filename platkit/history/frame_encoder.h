@@ -64,7 +64,7 @@ class FrameEncoder {
   uint32_t base_ = 0;          // the check of the accepted frame
   uint32_t nextId_ = 0;        // of the accepted frame
   std::vector<uint32_t> ids_;  // of the entries of the accepted sample
-  // Of the frame that is encoded.
+  // The same for the frame that is being encoded, until it is accepted.
   uint32_t newNextId_ = 0;
   std::vector<uint32_t> newIds_;
   std::vector<size_t> added_;

@@ -19,7 +19,8 @@ std::optional<int64_t> ParseNumber(std::string_view text) {
   return isNumber && number <= kLastSecond ? std::optional(number) : std::nullopt;
 }
 
-// Whether the text has the form: '0' stands for a digit, '_' for a blank or a T, another character for itself.
+// Compares a text with a pattern, in which '0' stands for any digit, '_' for a blank or a T, and every other character
+// for itself.
 bool HasForm(std::string_view text, std::string_view form) {
   return std::ranges::equal(text, form, [](char c, char expected) {
     if (expected == '0') return c >= '0' && c <= '9';

@@ -45,7 +45,7 @@ class Sample {
   size_t size() const { return items_.size(); }
   Entry operator[](size_t index) const;
 
-  // Finds the entry with this key; false if there is none. REQUIRES: the entries are sorted.
+  // Finds the entry with this key; false if there is none. The entries must be sorted by key.
   bool Find(std::string_view key, Entry &entry) const;
 
   // The bytes of a payload, to change them in place.

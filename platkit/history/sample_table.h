@@ -23,7 +23,8 @@ class KeyFilter {
 
   virtual bool Contains(std::string_view key) const = 0;
 
-  // Whether the filter can contain a key in [`first`, `end`). An empty `end` means no upper bound.
+  // False only if the filter contains no key from `first` up to, but not including, `end`. An empty `end` means no
+  // upper bound.
   virtual bool MayContain(std::string_view first, std::string_view end) const = 0;
 };
 

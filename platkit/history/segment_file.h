@@ -50,7 +50,8 @@ class SegmentFile {
   [[nodiscard]] HVC_ReturnStatus LoadChunk(const LoadedFrame &frame, const ChunkPlace &place,
                                            std::span<const std::byte> &raw);
 
-  // The position of the next magic at or after `position`; size() if there is none. Statuses as for LoadHead.
+  // Sets `found` to the next position, from `position` on, at which the magic of a frame stands, or to size() if there
+  // is none. Statuses as for LoadHead.
   [[nodiscard]] HVC_ReturnStatus FindMagic(uint64_t position, uint64_t &found);
 
   // The bytes from `position`, at most `size` and at most to the end of the file; they stay valid until the next

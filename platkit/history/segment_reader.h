@@ -61,7 +61,7 @@ class SegmentReader {
   // The number of damaged parts but an incomplete end, which may be a frame that is being written.
   size_t lostParts() const;
 
-  // Whether all frames are there that the sample of this one builds on.
+  // True if the key frame before this frame, and all frames between the two, are there and whole.
   bool hasBase(size_t frame) const;
 
   // Reads the sample of a frame. Reading the frames in order decodes each of them once.

@@ -68,7 +68,7 @@ class SegmentWriter {
   // The sample that was appended last, also after Close; empty before the first one.
   const Sample &last() const { return last_; }
 
-  // Whether the next frame will be a key frame for a sample at this time and of this host.
+  // True if a sample of this host at this time will be written as a key frame.
   bool NeedsKeyFrame(const HostHeader &host, const SampleTime &time) const;
 
  private:

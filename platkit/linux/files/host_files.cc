@@ -254,7 +254,7 @@ void HostFiles::KeepOpen(size_t maxDescriptors) {
   if (reach_ == Reach::kHost) kept_.emplace(maxDescriptors);
 }
 
-// What is kept, at the time of the clock. Null if nothing is kept.
+// The files that are kept open, with their clock set to the current time. Null if no files are kept open.
 KeptFiles *HostFiles::Kept() {
   if (!kept_) return nullptr;
   // A folder from an earlier sample may be gone.

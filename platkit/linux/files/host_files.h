@@ -109,8 +109,8 @@ class HostFiles {
     bool before_;
   };
 
-  // Whether all files of a process that this sample asked for were read, and belong to the process whose file `path`
-  // has this inode number. False if the files are not kept.
+  // True if this sample could read all files that it asked for of a process, and they belong to the process whose file
+  // `path` has this inode number. False if files are not kept open.
   bool IsKeptWhole(const HostPath &path, uint64_t inode);
 
   // Closes what is kept of a folder that is gone: a new one may have the same path.
