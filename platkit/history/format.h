@@ -71,6 +71,14 @@ constexpr size_t MaxSampleBytes(uint64_t segmentBytes) {
   return static_cast<size_t>(std::min<uint64_t>(kMaxSampleBytes, kAlways + kRatio * segmentBytes));
 }
 
+// The sum of the sizes of the payloads that get another size in the delta frames after a key frame. A reader moves such
+// a payload, even if the frame only says that it became a byte longer. `chainBytes` is the size of these frames and the
+// key frame. Reading a small file cannot take much time.
+constexpr uint64_t MaxMovedBytes(uint64_t chainBytes) {
+  constexpr uint64_t kAlways = uint64_t{64} << 20, kRatio = 4096;
+  return kAlways + kRatio * chainBytes;
+}
+
 }  // namespace platkit::history
 
 #endif  // PLATKIT_HISTORY_FORMAT_H

@@ -63,6 +63,7 @@ void FrameEncoder::Begin() {
   changes_.clear();
   removed_.clear();
   chunks_ = 0;
+  movedBytes_ = 0;
 }
 
 HVC_ReturnStatus FrameEncoder::EncodeKey(const HostHeader &host, const SampleInfo &info, const Sample &sample) {
@@ -149,6 +150,7 @@ HVC_ReturnStatus FrameEncoder::AddChanges(const Sample &sample, const Sample &be
     const Change &change = changes_[i];
     const Entry entry = sample[change.index];
     if (entry.payload.size() > kMaxPayloadBytes) return HVC_LIMIT_EXCEEDED;
+    if (entry.payload.size() != before[change.before].payload.size()) movedBytes_ += entry.payload.size();
     if (raw_.empty()) firstId = lastId = change.id;
     Coding coding;
     AppendChange(entry.payload, before[change.before].payload, entry.type, coded_, coding);

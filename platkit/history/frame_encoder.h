@@ -34,6 +34,9 @@ class FrameEncoder {
 
   std::span<const std::byte> frame() const { return frame_; }
 
+  // The sum of the sizes of the payloads that have another size in this frame than before; see MaxMovedBytes.
+  uint64_t movedBytes() const { return movedBytes_; }
+
   // The frame was written: the next one may continue it.
   void Accept();
 
@@ -60,6 +63,7 @@ class FrameEncoder {
   ByteVector raw_;
   ByteVector coded_;
   ByteVector compressed_;
+  uint64_t movedBytes_ = 0;
   uint16_t chunks_ = 0;
   uint32_t base_ = 0;          // the check of the accepted frame
   uint32_t nextId_ = 0;        // of the accepted frame

@@ -20,6 +20,8 @@ void SampleTable::Clear() {
   liveBytes_ = 0;
   liveEntries_ = 0;
   nextId_ = 0;
+  chainBytes_ = 0;
+  movedBytes_ = 0;
 }
 
 HVC_ReturnStatus SampleTable::Apply(SegmentFile &file, const LoadedFrame &frame) {
@@ -32,6 +34,7 @@ HVC_ReturnStatus SampleTable::Apply(SegmentFile &file, const LoadedFrame &frame)
     const HVC_ReturnStatus status = LoadHost(file, frame, host_);
     if (status != HVC_OK) return status;
   }
+  chainBytes_ += frame.head.frameBytes;
   for (size_t i = frame.head.kind == FrameKind::kKey ? 1 : 0; i < frame.chunks.size(); ++i) {
     const HVC_ReturnStatus status = ApplyChunk(file, frame, i);
     if (status != HVC_OK) return status;
@@ -185,7 +188,8 @@ bool SampleTable::Replace(Slot &slot, uint32_t payloadBytes, std::span<std::byte
   if (payloadBytes != slot.payloadBytes) {
     liveBytes_ += payloadBytes;
     liveBytes_ -= slot.payloadBytes;
-    if (liveBytes_ > maxBytes_) return false;
+    movedBytes_ += payloadBytes;
+    if (liveBytes_ > maxBytes_ || movedBytes_ > MaxMovedBytes(chainBytes_)) return false;
     slot.payload = payloads_.size();
     slot.payloadBytes = payloadBytes;
     payloads_.resize(payloads_.size() + payloadBytes);

@@ -38,6 +38,7 @@ struct SegmentReader::State {
   SampleTable table;
   LoadedFrame loaded = {};
   size_t applied = kNone;  // the frame whose sample is in the table
+  size_t damaged = kNone;  // the frame that could not be applied last; those that build on it cannot be either
 };
 
 SegmentReader::SegmentReader() : state_(std::make_unique<State>()) {}
@@ -57,7 +58,7 @@ HVC_ReturnStatus SegmentReader::State::FindFrames() {
   frames.clear();
   keyFrames.clear();
   damage.clear();
-  applied = kNone;
+  applied = damaged = kNone;
   uint64_t position = 0, damageStart = 0;
   while (position < file.size()) {
     HVC_ReturnStatus status = file.LoadHead(position, loaded);
@@ -109,6 +110,7 @@ HVC_ReturnStatus SegmentReader::State::Apply(size_t frame) {
   if (loaded.head.check != frames[frame].check) return HVC_SNAPSHOT_DAMAGED;
   status = table.Apply(file, loaded);
   if (status == HVC_OK) applied = frame;
+  if (status == HVC_SNAPSHOT_DAMAGED) damaged = frame;
   return status;
 }
 
@@ -117,6 +119,7 @@ HVC_ReturnStatus SegmentReader::Read(size_t frame, Sample &sample) {
   if (state.frames[frame].isEnd) return HVC_NOT_FOUND;
   size_t next = state.keyFrames[frame];
   if (next == State::kNone) return HVC_SNAPSHOT_DAMAGED;
+  if (state.damaged != State::kNone && next <= state.damaged && state.damaged <= frame) return HVC_SNAPSHOT_DAMAGED;
   if (state.applied != State::kNone && state.applied >= next && state.applied <= frame) next = state.applied + 1;
   for (; next <= frame; ++next) {
     const HVC_ReturnStatus status = state.Apply(next);
@@ -138,7 +141,7 @@ HVC_ReturnStatus SegmentReader::ReadHost(size_t frame, HostHeader &host) {
 
 void SegmentReader::Select(const KeyFilter *filter) {
   state_->table.Select(filter);
-  state_->applied = State::kNone;
+  state_->applied = state_->damaged = State::kNone;
 }
 
 const std::vector<SegmentReader::Frame> &SegmentReader::frames() const { return state_->frames; }

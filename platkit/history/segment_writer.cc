@@ -88,7 +88,9 @@ HVC_ReturnStatus SegmentWriter::Append(const HostHeader &host, const SampleInfo 
   bool isKey = NeedsKeyFrame(host, info.time);
   if (!isKey) {
     status = encoder_->EncodeDelta(info, sample, last_);
-    isKey = status == HVC_LIMIT_EXCEEDED;  // for example, of the numbers of entries
+    const uint64_t chainBytes = chainBytes_ + encoder_->frame().size();
+    isKey = status == HVC_LIMIT_EXCEEDED ||  // for example, of the numbers of entries
+            (status == HVC_OK && movedBytes_ + encoder_->movedBytes() > MaxMovedBytes(chainBytes));
   }
   if (isKey) status = encoder_->EncodeKey(host, info, sample);
   if (status == HVC_OK && sample.bytes() > MaxSampleBytes(segmentBytes_ + encoder_->frame().size()))
@@ -101,6 +103,8 @@ HVC_ReturnStatus SegmentWriter::Append(const HostHeader &host, const SampleInfo 
   host_ = std::move(copy);
   if (isKey) keyTime_ = info.time;
   deltaFrames_ = isKey ? 0 : deltaFrames_ + 1;
+  chainBytes_ = (isKey ? 0 : chainBytes_) + frameBytes_;
+  movedBytes_ = (isKey ? 0 : movedBytes_) + encoder_->movedBytes();
   return HVC_OK;
 }
 

@@ -82,6 +82,8 @@ class SegmentWriter {
   uint64_t removedBytes_ = 0;
   uint32_t frames_ = 0;
   uint32_t deltaFrames_ = 0;  // since the key frame
+  uint64_t chainBytes_ = 0;   // of the key frame and the frames since
+  uint64_t movedBytes_ = 0;   // in the frames since the key frame
   bool hasChain_ = false;     // the segment ends with the frame of last_
   SampleTime keyTime_ = {};
   HostHeader host_;

@@ -2,9 +2,11 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <csignal>
 
 #include "platkit/history/frame.h"
+#include "platkit/history/frame_encoder.h"
 #include "platkit/history/sample_table.h"
 #include "tests/platkit/history/recording.h"
 
@@ -167,6 +169,50 @@ TEST_F(Segment, HoldsTheLargestPayload) {
 }
 
 // A disk that is full for one sample.
+// A list that gets an entry or loses one with each sample.
+Sample LongListAt(int second) {
+  return SampleOf({{"/list", {'I', std::string(kMaxPayloadBytes - (second % 2 == 0 ? 0 : 8), 1)}}});
+}
+
+TEST_F(Segment, BeginsAKeyFrameBeforeTooManyBytesMove) {
+  ASSERT_EQ(writer_.Open(recording_.folder(), kName), HVC_OK);
+  for (int second = 0; second < 20; ++second) {
+    Sample sample = LongListAt(second);
+    ASSERT_EQ(writer_.Append(TestHost(), {.time = TimeAt(second)}, sample), HVC_OK);
+  }
+  ASSERT_EQ(reader_.Open(recording_.folder(), kName), HVC_OK);
+  ASSERT_EQ(reader_.frames().size(), 20u);
+  const auto second =
+      std::ranges::find(reader_.frames().begin() + 1, reader_.frames().end(), true, &SegmentReader::Frame::isKey);
+  ASSERT_NE(second, reader_.frames().end());
+  Sample sample;
+  EXPECT_EQ(reader_.Read(static_cast<size_t>(second - reader_.frames().begin()) - 1, sample), HVC_OK);
+}
+
+TEST_F(Segment, IsDamagedIfTooManyBytesMove) {
+  FrameEncoder encoder;
+  Sample last = LongListAt(0);
+  ASSERT_EQ(encoder.EncodeKey(TestHost(), {.time = TimeAt(0)}, last), HVC_OK);
+  std::string bytes;
+  uint64_t moved = 0;
+  bool isWithin = true;
+  for (int second = 1; isWithin; ++second) {
+    bytes.append(reinterpret_cast<const char *>(encoder.frame().data()), encoder.frame().size());
+    encoder.Accept();
+    Sample sample = LongListAt(second);
+    ASSERT_EQ(encoder.EncodeDelta({.time = TimeAt(second)}, sample, last), HVC_OK);
+    last.Swap(sample);
+    moved += last[0].payload.size();
+    isWithin = moved <= MaxMovedBytes(bytes.size() + encoder.frame().size());
+  }
+  bytes.append(reinterpret_cast<const char *>(encoder.frame().data()), encoder.frame().size());
+  recording_.scratch().Write(kName, bytes);
+  ASSERT_EQ(reader_.Open(recording_.folder(), kName), HVC_OK);
+  Sample sample;
+  EXPECT_EQ(reader_.Read(reader_.frames().size() - 2, sample), HVC_OK);
+  EXPECT_EQ(reader_.Read(reader_.frames().size() - 1, sample), HVC_SNAPSHOT_DAMAGED);
+}
+
 TEST_F(Segment, EndsWithAWholeFrameAfterAFailedWrite) {
   recording_.Write(kName, 20);
   ASSERT_EQ(writer_.Open(recording_.folder(), kName), HVC_OK);
