@@ -2,6 +2,7 @@
 #ifndef PLATKIT_DEFINITIONS_H
 #define PLATKIT_DEFINITIONS_H
 
+#include <compare>
 #include <string>
 
 namespace platkit {
@@ -12,6 +13,8 @@ struct Definitions {
 
   // The library's version and the start of the signature, at most 20 characters.
   std::string build;
+
+  auto operator<=>(const Definitions &) const = default;
 };
 
 // The definitions of this library's catalogue.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -48,11 +49,7 @@ struct HostHeader {
   std::array<std::byte, 16> bootId{};  // of this boot; all zeros if unknown
   uint32_t intervalMillis = 0;         // the time between two samples that the recorder aims at
 
-  bool operator==(const HostHeader &other) const {
-    return definitions.signature == other.definitions.signature && definitions.build == other.definitions.build &&
-           host == other.host && kernel == other.kernel && bootId == other.bootId &&
-           intervalMillis == other.intervalMillis;
-  }
+  auto operator<=>(const HostHeader &) const = default;
 };
 
 // Limits. A reader checks them before it takes memory; a writer refuses what exceeds them.

@@ -100,7 +100,8 @@ class TimelineReader {
       HostHeader header;
       if (frame.isKey && segment.ReadHost(i, header) == HVC_OK) host = IndexOf(header);
       if (host == SIZE_MAX) continue;  // before the first readable key frame
-      points_.push_back({frame.info, host, BootOf(host), afterEnd_, frame.followsDamage || isAfterLoss});
+      points_.push_back(
+          {frame.info, host, boots_.at(hosts_[host].bootId), afterEnd_, frame.followsDamage || isAfterLoss});
       isAfterLoss = false;
       afterEnd_ = false;
       ++day.samples;
@@ -108,15 +109,12 @@ class TimelineReader {
   }
 
   size_t IndexOf(const HostHeader &header) {
-    const auto found = std::ranges::find(hosts_, header);
-    if (found != hosts_.end()) return static_cast<size_t>(found - hosts_.begin());
-    hosts_.push_back(header);
-    return hosts_.size() - 1;
-  }
-
-  size_t BootOf(size_t host) const {
-    const auto hasSameBoot = [&](const HostHeader &header) { return header.bootId == hosts_[host].bootId; };
-    return static_cast<size_t>(std::ranges::find_if(hosts_, hasSameBoot) - hosts_.begin());
+    const auto [found, isNew] = indexes_.emplace(header, hosts_.size());
+    if (isNew) {
+      hosts_.push_back(header);
+      boots_.emplace(header.bootId, boots_.size());
+    }
+    return found->second;
   }
 
   // Segments are in the order of the wall clock, which may have been set back. The boot clock never is.
@@ -179,6 +177,8 @@ class TimelineReader {
   History history_;
   Timeline timeline_;
   std::vector<HostHeader> hosts_;
+  std::map<HostHeader, size_t> indexes_;  // of the hosts
+  std::map<decltype(HostHeader::bootId), size_t> boots_;
   std::vector<Point> points_;
   bool afterEnd_ = false;
 };
