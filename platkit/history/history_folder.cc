@@ -101,7 +101,10 @@ HVC_ReturnStatus HistoryFolder::List(std::vector<SegmentName> &names) const {
 HVC_ReturnStatus OpenSegmentFile(int folder, const char *name, int flags, int &fd) {
   // Without O_NONBLOCK, open would wait for a writer of a named pipe.
   fd = openat(folder, name, flags | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, S_IRUSR | S_IWUSR);
-  if (fd < 0) return errno == ELOOP || errno == ENXIO ? HVC_NOT_A_SNAPSHOT : StatusOfErrno(errno);
+  if (fd < 0) {
+    const HVC_ReturnStatus otherwise = (flags & O_CREAT) == 0 ? HVC_IO_ERROR : HVC_WRITE_ERROR;
+    return errno == ELOOP || errno == ENXIO ? HVC_NOT_A_SNAPSHOT : StatusOfErrno(errno, otherwise);
+  }
   struct stat info;
   if (fstat(fd, &info) == 0 && S_ISREG(info.st_mode)) return HVC_OK;
   close(fd);

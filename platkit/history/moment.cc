@@ -49,13 +49,27 @@ bool ReadDate(std::string_view text, tm &parts) {
   return true;
 }
 
+// Converts a local time to one not after `end`. When summer time ends, an hour is repeated: the later one is meant.
+// Sets `day` to the date in the calendar, which differs for a date such as 30 February.
+std::optional<int64_t> LocalSeconds(const tm &parts, int64_t end, tm &day) {
+  std::optional<int64_t> latest;
+  for (const int isSummerTime : {-1, 0, 1}) {
+    tm copy = parts;
+    copy.tm_isdst = isSummerTime;
+    const int64_t seconds = mktime(&copy);
+    const bool isShown = isSummerTime < 0 || (copy.tm_hour == parts.tm_hour && copy.tm_min == parts.tm_min);
+    if (!isShown || seconds > end || (latest && seconds <= *latest)) continue;
+    latest = seconds;
+    day = copy;
+  }
+  return latest;
+}
+
 // Converts the parts, unless they are no day of the calendar, such as 30 February.
 std::optional<int64_t> SecondsOf(const tm &parts, bool isUtc) {
-  tm copy = parts;
-  copy.tm_isdst = -1;
-  const time_t seconds = isUtc ? timegm(&copy) : mktime(&copy);
-  if (copy.tm_mday != parts.tm_mday || copy.tm_mon != parts.tm_mon) return std::nullopt;
-  return seconds;
+  tm day = parts;
+  const std::optional<int64_t> seconds = isUtc ? timegm(&day) : LocalSeconds(parts, kLastSecond, day);
+  return day.tm_mday == parts.tm_mday && day.tm_mon == parts.tm_mon ? seconds : std::nullopt;
 }
 
 std::optional<int64_t> ParseDateAndClock(std::string_view text) {
@@ -73,13 +87,10 @@ std::optional<int64_t> ParseClock(std::string_view text, int64_t end) {
   tm parts = {};
   const time_t last = end;
   if (localtime_r(&last, &parts) == nullptr || !ReadClock(text, parts)) return std::nullopt;
-  tm sameDay = parts;
-  sameDay.tm_isdst = -1;
-  const time_t seconds = mktime(&sameDay);
-  if (seconds <= last) return seconds;
+  tm day;
+  if (const std::optional<int64_t> today = LocalSeconds(parts, end, day)) return today;
   --parts.tm_mday;
-  parts.tm_isdst = -1;
-  return mktime(&parts);
+  return LocalSeconds(parts, end, day);
 }
 
 }  // namespace

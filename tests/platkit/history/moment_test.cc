@@ -47,6 +47,15 @@ TEST_F(Time, IsTheLastOneWithoutADate) {
   EXPECT_EQ(ParseTime("23:59", kEnd), ParseTime("2025-11-20 23:59", kEnd));
 }
 
+// On 26 October 2025, the clock was set back from 04:00 to 03:00, at 01:00 UTC.
+TEST_F(Time, IsTheLastOneOfARepeatedHour) {
+  const auto second = ParseTime("2025-10-26T01:30:00Z", 0);
+  EXPECT_EQ(ParseTime("2025-10-26 03:30", kEnd), second);
+  EXPECT_EQ(ParseTime("03:30", *second + 60), second);
+  EXPECT_EQ(ParseTime("03:30", *second - 60), *second - 3600);
+  EXPECT_EQ(ParseTime("03:30", *second - 3601), *second - 90000);
+}
+
 TEST_F(Time, IsBeforeTheEnd) {
   EXPECT_EQ(ParseTime("-30s", kEnd), kEnd - 30);
   EXPECT_EQ(ParseTime("-10m", kEnd), kEnd - 600);
