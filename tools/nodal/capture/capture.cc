@@ -13,6 +13,7 @@
 #include "tools/nodal/support/output_file.h"
 #include "tools/nodal/support/signals.h"
 #include "tools/nodal/support/text.h"
+#include "tools/nodal/tree/sampled_tree.h"
 
 namespace nodal {
 namespace {
@@ -21,8 +22,7 @@ namespace {
 constexpr std::string_view kPciDevices = "/hardware/pci";
 
 // Reads the host and adds its nodes to the writer. Returns the number of instances that vanished during the capture.
-size_t ReadInto(CaptureWriter &writer, PathFilter &filter) {
-  HostTree host;
+size_t ReadInto(CaptureWriter &writer, Tree &host, PathFilter &filter) {
   CachingTree tree(host, ThrowIfSignalled);
   const size_t vanished = ReadHost(tree, host, filter);
   for (const auto &[path, answer] : tree.answers()) {
@@ -56,7 +56,7 @@ void Capture(const CaptureOptions &options) {
   PathFilter filter(options.only, kPciDevices);
   CaptureWriter writer(PseudonymsFor(options.anonymize, options.keyFile));
   writer.AddHeader(SourceHeader(options.cache, options.root));
-  const size_t vanished = ReadInto(writer, filter);
+  const size_t vanished = ReadInto(writer, *OpenTree(options.cache, options.root), filter);
   ThrowIfSignalled();
   off_t size = 0;
   WriteFile(options.snapshot, platkit::Readers::kOwner, [&](int fd) {

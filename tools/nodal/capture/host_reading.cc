@@ -28,6 +28,7 @@ void RequireAllFound(PathFilter &filter, CachingTree &tree) {
 size_t ReadHost(CachingTree &tree, Tree &host, PathFilter &filter) {
   ReadAll(tree, filter);
   RequireAllFound(filter, tree);
+  host.BeginSample();
   return OmitVanished(tree, host);
 }
 

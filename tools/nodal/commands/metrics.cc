@@ -8,6 +8,7 @@
 #include "tools/nodal/metrics/sampler.h"
 #include "tools/nodal/support/output.h"
 #include "tools/nodal/support/output_file.h"
+#include "tools/nodal/tree/sampled_tree.h"
 
 namespace nodal {
 namespace {
@@ -29,10 +30,10 @@ Failure PrefixFailure(const std::string &prefix) {
   return {"--prefix " + prefix, "expected letters, digits, '_' and ':', without a digit first"};
 }
 
-void ShowMetrics(const MetricsOptions &options) {
+void ShowMetrics(const MetricsOptions &options, const SourceOptions &source) {
   if (!IsPrefix(options.prefix)) throw PrefixFailure(options.prefix);
-  HostTree host;
-  const std::string text = SampleMetrics(host, MetricChoice(options.only), options.prefix);
+  const std::unique_ptr<Tree> host = OpenTree(source.cache, source.root);
+  const std::string text = SampleMetrics(*host, MetricChoice(options.only), options.prefix);
   if (options.output.empty()) {
     Print(text);
   } else {
@@ -90,7 +91,7 @@ Run DeclareMetrics(OptionSet &options, const SourceOptions &source) {
       return kSuccess;
     }
     UseSource(source);
-    ShowMetrics(*values);
+    ShowMetrics(*values, source);
     return kSuccess;
   };
 }

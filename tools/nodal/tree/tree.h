@@ -21,6 +21,9 @@ class Tree {
   [[nodiscard]] virtual HVC_ReturnStatus Get(const Node &node, const Arguments &arguments,
                                              std::span<std::byte> record) = 0;
   [[nodiscard]] virtual HVC_ReturnStatus List(const Node &node, const Arguments &arguments, Arguments &entries) = 0;
+
+  // Lets later calls read the host again, if this tree reuses what it has read.
+  virtual void BeginSample() {}
 };
 
 // The current source of the library's C interface: the running host, or the source given to NODAL_UseCache.

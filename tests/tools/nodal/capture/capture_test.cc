@@ -99,10 +99,10 @@ class Capture : public testing::Test {
 
   // Captures a host that changes when `turningPoint` is read, and returns the messages.
   std::string CaptureChange(const std::string &turningPoint) {
-    platkit::UseSource(std::make_unique<ChangingHost>(Built(scratch_, Before(), "before"),
-                                                      Built(scratch_, After(), "after"), turningPoint));
+    const std::string before = Built(scratch_, Before(), "before");
+    platkit::UseSource(std::make_unique<ChangingHost>(before, Built(scratch_, After(), "after"), turningPoint));
     testing::internal::CaptureStderr();
-    nodal::Capture({.snapshot = scratch_.Path("captured"), .only = {}});
+    nodal::Capture({.snapshot = scratch_.Path("captured"), .only = {}, .cache = before});
     return testing::internal::GetCapturedStderr();
   }
 
@@ -315,7 +315,7 @@ class Interrupting : public ChangingHost {
 [[noreturn]] void CaptureInterrupted(int signal, const std::string &snapshot) {
   platkit::UseSource(std::make_unique<Interrupting>(signal));
   try {
-    nodal::Capture({.snapshot = snapshot, .only = {}});
+    nodal::Capture({.snapshot = snapshot, .only = {}, .cache = SAMPLE_SNAPSHOT});
   } catch (const nodal::Failure &failure) {
     nodal::Complain(failure.what());
     _exit(1);

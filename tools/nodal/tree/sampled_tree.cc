@@ -1,0 +1,35 @@
+#include "tools/nodal/tree/sampled_tree.h"
+
+#include "tools/nodal/support/output.h"
+
+namespace nodal {
+namespace {
+
+platkit::SampledHost HostBelow(const std::string &root) {
+  // There are too few samples for open files to pay.
+  constexpr size_t kKeptFiles = 0;
+  return root.empty() ? platkit::SampledHost("/", platkit::Reach::kHost, kKeptFiles)
+                      : platkit::SampledHost(root.c_str(), platkit::Reach::kRootFolder, kKeptFiles);
+}
+
+}  // namespace
+
+SampledTree::SampledTree(const std::string &root) : host_(HostBelow(root)), tree_(host_.source()) {
+  if (const HVC_ReturnStatus status = host_.Open(); status != HVC_OK) throw Failure(root.empty() ? "/" : root, status);
+  host_.BeginSample();
+}
+
+HVC_ReturnStatus SampledTree::Get(const Node &node, const Arguments &arguments, std::span<std::byte> record) {
+  return tree_.Get(node, arguments, record);
+}
+
+HVC_ReturnStatus SampledTree::List(const Node &node, const Arguments &arguments, Arguments &entries) {
+  return tree_.List(node, arguments, entries);
+}
+
+std::unique_ptr<Tree> OpenTree(const std::string &cache, const std::string &root) {
+  if (!cache.empty()) return std::make_unique<HostTree>();
+  return std::make_unique<SampledTree>(root);
+}
+
+}  // namespace nodal
