@@ -24,6 +24,16 @@ function showGroups() {
   new ResizeObserver(([{ contentRect }]) => contentRect.width !== icicle.width && drawIcicle()).observe(document.getElementById('icicle'));
 }
 
+// Shows another instant. A group that is not there gives its place to one above it.
+function showGroupsAgain() {
+  const isThere = (row) => host.groups.isThere(row);
+  if (!isThere(icicle.selected)) icicle.selected = ancestry(icicle.selected).findLast(isThere) ?? 0;
+  icicle.root = icicle.root.filter(isThere);
+  if (icicle.root.length === 0) icicle.root = host.members[icicle.selected].length > 0 ? [icicle.selected] : rootAbove([icicle.selected]);
+  searchGroups(document.getElementById('search').value);
+  showPanel(icicle.selected);
+}
+
 function legend() {
   const words = { none: 'no limit', far: 'below 60 % of its limit', half: '60 %', near: '80 %', at: '95 % or more', unknown: 'not available' };
   return element('ul', { class: 'legend', 'aria-label': 'Colours' },

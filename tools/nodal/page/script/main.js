@@ -1,6 +1,7 @@
 // Replaces the page for readers without scripts by views that can be used.
 
 function showViews() {
+  showLanes();
   showOverview();
   showGroups();
   showMachines();
@@ -27,7 +28,9 @@ function prepareForPrinting() {
 }
 
 async function start() {
-  openHost(await readData());
+  const data = await readData();
+  openTime(data);
+  openHost(data);
   showViews();
   followLink();
   addEventListener('popstate', followLink);

@@ -7,8 +7,17 @@ function showPanel(row) {
   panel.replaceChildren(...[
     element('h3', {}, element('bdi', {}, host.groups.name(row))),
     element('p', { class: 'kind' }, `${kindOf(row)}, ID ${host.groups.of('id', row)}${tagText(row)}`),
-    largeGauge(row), factList(row), memberList(row), allFigures(row),
+    laneButton(row), largeGauge(row), factList(row), memberList(row), allFigures(row),
   ].filter(Boolean));
+}
+
+function laneButton(row) {
+  if (!time.isSpan || row === 0) return null;
+  const text = () => (hasLane(row) ? 'Remove from the lanes' : 'Add to the lanes');
+  return element('button', { type: 'button', class: 'lane', onclick: ({ target }) => {
+    toggleLane(row);
+    target.textContent = text();
+  } }, text());
 }
 
 function tagText(row) {
@@ -53,7 +62,9 @@ function allFigures(row) {
 }
 
 function recordTable(record, row) {
-  const figures = record.fields.map((field) => host.groups.figure(`${record.record}.${field.name}`, row));
+  // A page of a span has some figures only for machines.
+  const fields = record.fields.filter((field) => !field.series || field.series.hasAny(row));
+  const figures = fields.map((field) => host.groups.figure(`${record.record}.${field.name}`, row));
   const reason = record.reasons.get(row);
   const caption = `${record.record} of ${pathOf(figures[0])}${reason ? ` could not be read: ${reason}` : ''}`;
   if (reason) return element('p', { class: 'na' }, caption);
