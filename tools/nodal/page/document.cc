@@ -16,7 +16,7 @@ namespace nodal {
 namespace {
 
 // A page of 1,000 groups by minute over a day has less than 1 MB.
-constexpr size_t kMaxValueBytes = 750'000;
+constexpr size_t kMaxValueBytes = 840'000;
 
 std::string HashSource(std::string_view text) {
   std::string digest(crypto_hash_sha256_BYTES, '\0');
@@ -79,10 +79,11 @@ std::string Document(const PageData &data) { return DocumentOf(data, {.data = Co
 
 std::string SpanDocument(const PageSpan &span, const PageData &last) {
   const PackedSpan packed = Packed(span, kMaxValueBytes);
-  return DocumentOf(last, {.data = CompressedBase64(SpanJson(span, last, packed.tolerance)),
-                           .values = packed.values,
-                           .navigation = "<li><a href=\"#lanes\">Time</a></li>\n",
-                           .span = SpanSection(span)});
+  return DocumentOf(
+      last, {.data = CompressedBase64(SpanJson(span, last, packed.tolerance)),
+             .values = Element("script", packed.values, " type=\"application/octet-stream\" id=\"values\"") + "\n",
+             .navigation = "<li><a href=\"#lanes\">Time</a></li>\n",
+             .span = SpanSection(span)});
 }
 
 }  // namespace nodal

@@ -45,7 +45,10 @@ SpanBands::SpanBands(HistoryRange &range, int64_t step, FigureBudget &budget) : 
 void SpanBands::AddSample(const Sample &sample, int64_t step) {
   for (size_t i = 0; i < sample.size(); ++i) {
     const Entry entry = sample[i];
-    Series &series = SeriesOf(entry.key);
+    if (i == inOrder_.size()) inOrder_.push_back(nullptr);
+    // Most samples have the keys of the sample before.
+    if (inOrder_[i] == nullptr || inOrder_[i]->first != entry.key) inOrder_[i] = &SeriesOf(entry.key);
+    Series &series = inOrder_[i]->second;
     if (series.field == nullptr || entry.payload.size() != series.node->record->size) continue;
     const auto bytes = BytesOfField(*series.field, entry.payload);
     if (!IsNone(*series.field, bytes)) AddValue(series, step, IntegerOf(*series.field, bytes));
@@ -62,17 +65,18 @@ void SpanBands::AddValue(Series &series, int64_t step, uint64_t value) {
   band.largest = std::max(band.largest, value);
 }
 
-SpanBands::Series &SpanBands::SeriesOf(std::string_view path) {
+SpanBands::PathSeries &SpanBands::SeriesOf(std::string_view path) {
   const auto known = series_.find(path);
-  if (known != series_.end()) return known->second;
+  if (known != series_.end()) return *known;
   budget_.TakeRow(path.size());
-  Series &series = series_[std::string(path)];
+  PathSeries &made = *series_.try_emplace(std::string(path)).first;
+  Series &series = made.second;
   const platkit::PathTarget target = platkit::ParsePath(path);
-  if (target.node == nullptr || !target.asRecord) return series;
+  if (target.node == nullptr || !target.asRecord) return made;
   const auto found = std::ranges::find(target.node->record->fields, FieldWithBand(*target.node), &platkit::Field::name);
   series.node = target.node;
   if (found != target.node->record->fields.end()) series.field = &*found;
-  return series;
+  return made;
 }
 
 const SpanBands::Band *SpanBands::Find(std::string_view path, int64_t step) const {

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "platkit/catalogue.h"
@@ -46,13 +47,16 @@ class SpanBands {
     std::vector<Band> bands = {};
   };
 
+  using PathSeries = std::pair<const std::string, Series>;
+
   void AddSample(const platkit::history::Sample &sample, int64_t step);
   void AddValue(Series &series, int64_t step, uint64_t value);
-  Series &SeriesOf(std::string_view path);
+  PathSeries &SeriesOf(std::string_view path);
 
   FigureBudget &budget_;
   size_t samples_ = 0;
   std::unordered_map<std::string, Series, HashText, std::equal_to<>> series_;
+  std::vector<PathSeries *> inOrder_;  // of the entries of the last sample
 };
 
 }  // namespace nodal

@@ -13,7 +13,7 @@ namespace {
 
 using platkit::FieldUnit;
 
-constexpr double kTolerances[] = {0, 1.0 / 1024, 1.0 / 256, 1.0 / 64, 1.0 / 32};
+constexpr double kTolerances[] = {0, 1.0 / 1024, 1.0 / 512, 1.0 / 256, 1.0 / 128, 1.0 / 64, 1.0 / 32};
 
 // Whether small changes of a figure can be left out: of amounts, and of counts of free blocks.
 bool IsTolerant(const Column &column) {
