@@ -1,7 +1,7 @@
 // The figures of the host: see page_json.h for their form.
 
 async function unpack(id) {
-  const text = atob(document.getElementById(id).textContent);
+  const text = atob(byId(id).textContent);
   const bytes = Uint8Array.from(text, (character) => character.charCodeAt(0));
   const stream = new Blob([bytes]).stream().pipeThrough(new DecompressionStream('deflate'));
   return new Uint8Array(await new Response(stream).arrayBuffer());

@@ -8,7 +8,7 @@ function showHeaps(most = shownHeaps) {
   const rows = heaps.rows().filter((row) => heaps.hasRecord('HeapStatsRecord', row));
   const size = (row) => heaps.value('HeapStatsRecord.size', row) ?? 0;
   rows.sort((a, b) => size(b) - size(a));
-  if (rows.length === 0) return show('#heaps .body', element('p', { class: 'empty' }, noHeaps()));
+  if (rows.length === 0) return show('#heaps .body', emptyText(noHeaps()));
   const all = sum(rows.map(size)) / 1024;
   const shown = rows.slice(0, most).map((row) => heapRow(row, size(rows[0])));
   const columns = [{ text: 'heap' }, { text: 'size' }, { text: 'amount', right: true }, { text: 'in use', right: true }, { text: 'free', right: true },
@@ -44,7 +44,7 @@ function heapRow(row, largest) {
   const size = figure('size').value ?? 0;
   const used = size - (figure('avail').value ?? 0);
   const cell = (content, title) => element('td', { class: 'right', title }, content);
-  return element('tr', {}, element('th', { scope: 'row' }, element('bdi', {}, host.heaps.name(row))),
+  return element('tr', {}, rowHeader(nameElement(host.heaps.name(row))),
     element('td', { class: 'backing' }, element('div', { class: 'bar', 'aria-hidden': 'true' },
       barPart('used', used / largest), barPart('spare', (size - used) / largest))),
     cell(figureElement(figure('size'))),

@@ -8,7 +8,7 @@ function requestDrawing() {
 
 function drawLanes() {
   lanes.isDrawn = true;
-  const plot = document.getElementById('plot');
+  const plot = byId('plot');
   if (!plot) return;
   const canvas = plot.firstChild;
   const height = lanes.all.length * laneHeight + axisHeight;
@@ -141,7 +141,7 @@ function drawGaps({ context, color }, height) {
 }
 
 function drawCursor({ context, color }, height, instant, style, id) {
-  const element = document.getElementById(id);
+  const element = byId(id);
   element.hidden = instant === null;
   if (instant === null) return;
   const x = xOf(time.seconds[instant]);
@@ -160,14 +160,14 @@ function laneText(lane, instant) {
 
 // The names of the lanes, with their values under the cursor.
 function showHeads() {
-  const compare = document.getElementById('compare');
+  const compare = byId('compare');
   if (compare) compare.checked = time.second !== null;
   document.querySelector('#plot .heads').replaceChildren(...lanes.all.map((lane, i) => {
     const isThere = lane.family.isThere(lane.row);
     const figure = lane.family.figure(lane.key, lane.row);
     const text = laneText(lane, now.instant);
     const scale = lane.isState ? '' : `up to ${amountText(lane.top)}`;
-    return element('div', { class: 'head', style: { top: `${i * laneHeight}px` } }, element('span', {}, element('bdi', {}, lane.name), ' ',
+    return element('div', { class: 'head', style: { top: `${i * laneHeight}px` } }, element('span', {}, nameElement(lane.name), ' ',
       isThere ? element('strong', {}, figureElement(figure, text)) : element('span', { class: 'na' }, text)), ' ', element('small', {}, scale),
     lane.family === host.groups && lane.row !== 0 && element('button', { type: 'button', 'aria-label': `Remove the lane of ${lane.name}`, onclick: () => toggleLane(lane.row) }, '×'));
   }));

@@ -3,7 +3,7 @@
 const laneHead = 20;
 const lanePlot = 44;
 const laneHeight = laneHead + lanePlot + 6;
-const axisHeight = 26;
+const axisHeight = 34;
 const lanes = { all: [], from: 0, to: 1, width: 0, breaks: new Set(), isDrawn: true };
 
 function showLanes() {
@@ -16,7 +16,7 @@ function showLanes() {
     element('div', { id: 'plot', onwheel: zoomByWheel, onpointerdown: startDrag, onkeydown: moveCursorByKey },
       element('canvas', { 'aria-hidden': 'true' }), element('div', { class: 'heads' }), handle(false), handle(true)),
     element('div', { id: 'spikes' }), element('div', { id: 'changes' }), eventList());
-  new ResizeObserver(drawLanes).observe(document.getElementById('plot'));
+  new ResizeObserver(drawLanes).observe(byId('plot'));
   matchMedia('(prefers-color-scheme: dark)').addEventListener('change', drawLanes);
   showSpikes();
 }
@@ -94,7 +94,7 @@ const mostSpikes = 5;
 function showSpikes() {
   const items = lanes.all.flatMap((lane) => lane.spikes.slice(0, mostSpikes).map((instant) => element('li', {},
     element('button', { type: 'button', onclick: () => moveCursor(false, instant) },
-      instantText(instant).slice(11), ' ', element('bdi', {}, lane.name), ' ', amountText((lane.isDip ? lane.lows : lane.highs)[instant])))));
+      clockText(instant), ' ', nameElement(lane.name), ' ', amountText((lane.isDip ? lane.lows : lane.highs)[instant])))));
   show('#spikes', element('h3', {}, '▲ Spikes'), items.length > 0 ? element('ul', { class: 'legend' }, items) : element('p', {}, 'None.'),
     element('details', {}, element('summary', {}, 'What a spike is'), element('p', {},
       `A largest value (of free memory: a smallest one) that differs from the median of the ${2 * spikeRule.steps + 1} steps around it by more than ${spikeRule.part * 100} % of the lane's largest value, and ${spikeRule.times} times as much as half of the steps do. Of spikes that follow each other, the largest is marked; of each lane, the largest ${mostSpikes} are listed.`)));
@@ -105,7 +105,7 @@ function eventList() {
   if (events.length === 0) return null;
   const utc = (second) => new Date(second * 1000).toISOString().replace('.000', '');
   return element('details', { id: 'events' }, element('summary', {}, pluralText(events.length + omittedEvents, 'interruption')),
-    element('ul', {}, events.map(([from, to, reasons]) => element('li', {}, `${utc(from)} to ${utc(to)}: `, element('bdi', {}, reasons)))),
+    element('ul', {}, events.map(([from, to, reasons]) => element('li', {}, `${utc(from)} to ${utc(to)}: `, nameElement(reasons)))),
     omittedEvents > 0 && element('p', {}, `And ${countText(omittedEvents)} more.`));
 }
 
@@ -175,7 +175,7 @@ function secondAt(x) {
 // Drags a cursor, or the lanes. A click moves the cursor.
 function startDrag(event) {
   if (event.button !== 0 || event.target.closest('button')) return;
-  const plot = document.getElementById('plot');
+  const plot = byId('plot');
   const cursor = event.target.closest('.handle');
   const { left } = plot.getBoundingClientRect();
   const from = lanes.from;
@@ -192,7 +192,7 @@ function startDrag(event) {
   plot.setPointerCapture(event.pointerId);
   plot.addEventListener('pointermove', move);
   for (const type of ['pointerup', 'pointercancel']) plot.addEventListener(type, end, { once: true });
-  (cursor ?? document.getElementById('cursor-1')).focus({ preventScroll: true });
+  (cursor ?? byId('cursor-1')).focus({ preventScroll: true });
   event.preventDefault();
 }
 

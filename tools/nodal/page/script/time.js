@@ -12,6 +12,11 @@ function instantText(instant) {
   return host.data.instants[instant];
 }
 
+// Without the date.
+function clockText(instant) {
+  return instantText(instant).slice(11);
+}
+
 // The last instant at or before a time.
 function instantAt(second) {
   const after = time.seconds.findIndex((each) => each > second);
@@ -39,7 +44,7 @@ function showInstant() {
   const open = [...document.querySelectorAll('details[open]')].map(detailsKey);
   computed.clear();
   findMembers();
-  document.getElementById('time').textContent = instantText(now.instant);
+  byId('time').textContent = instantText(now.instant);
   showChanges();
   showOverview();
   showGroupsAgain();
@@ -67,7 +72,7 @@ function changesBetween(family, key, from, to, most) {
 const mostChanges = 12;
 
 function showChanges() {
-  const place = document.getElementById('changes');
+  const place = byId('changes');
   if (!place) return;
   if (time.second === null) return place.replaceChildren();
   const [from, to] = [now.instant, time.second].sort((a, b) => a - b);
@@ -82,13 +87,13 @@ function signedAmount(kb) {
 }
 
 function changeColumns(from, to) {
-  return [{ text: 'what' }, { text: instantText(from), right: true }, { text: instantText(to), right: true }, { text: 'change', right: true }];
+  const column = (instant) => ({ text: `at ${clockText(instant)}`, title: instantText(instant), right: true });
+  return [{ text: 'what' }, column(from), column(to), { text: 'change', right: true }];
 }
 
 function changeRow(name, figures, change, isThere = [true, true]) {
-  const cell = (content) => element('td', { class: 'right' }, content);
   const known = figures.map((figure, i) => (isThere[i] ? figureElement(figure) : element('span', { class: 'na' }, 'not there')));
-  return element('tr', {}, element('th', { scope: 'row' }, name), known.map(cell), cell(change));
+  return element('tr', {}, rowHeader(name), known.map((each) => rightCell(each)), rightCell(change));
 }
 
 function hostChanges(from, to) {
@@ -96,7 +101,7 @@ function hostChanges(from, to) {
   const free = at(whole('free'));
   const states = at('GlobalMemoryRecord.memState');
   const rows = [changeRow('free memory', free, signedAmount(differenceOf(free))),
-    element('tr', {}, element('th', { scope: 'row' }, 'memory state'),
+    element('tr', {}, rowHeader('memory state'),
       states.map((figure) => element('td', { class: 'right', title: originText(figure) }, stateName(figure.value))), element('td'))];
   return scrolling('The host', table('The host', changeColumns(from, to), rows));
 }
@@ -111,13 +116,13 @@ function stateName(state) {
 
 function changeTable(title, family, key, from, to, scale) {
   const changes = changesBetween(family, key, from, to, mostChanges);
-  return changes.length === 0 ? element('p', { class: 'empty' }, `${title}: none.`)
+  return changes.length === 0 ? emptyText(`${title}: none.`)
     : tableOfChanges(title, family, key, changes, from, to, scale);
 }
 
 function tableOfChanges(title, family, key, changes, from, to, scale) {
   const rows = changes.map(({ row, change }) => {
-    const name = element('bdi', {}, family.name(row));
+    const name = nameElement(family.name(row));
     const isLink = family === host.groups && family.isThere(row);
     const figures = [from, to].map((instant) => family.figure(key, row, instant));
     return changeRow(isLink ? element('a', { href: groupLink(row) }, name) : name, figures, signedAmount(change * scale),
