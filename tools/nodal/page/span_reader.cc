@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 #include <optional>
 #include <set>
 #include <unordered_map>
@@ -92,29 +93,41 @@ class SpanReader {
       ThrowIfSignalled();
       AddSample(info, sample, header);
     });
-    if (span_.seconds.empty()) throw Failure(options_.folder, "no sample from " + options_.from + " to " + options_.to);
+    if (span_.seconds.empty()) throw NoSample();
     span_.samples = bands.samples();
     return {.span = std::move(span_), .last = LastInstant(), .host = host_};
   }
 
  private:
-  // Times relative to the end of a history move while it grows.
+  // Times relative to the end of a history move while it grows. Steps depend on the part of the range with samples.
   void FixRange() {
     const HistoryRange range(options_);
+    platkit::history::History history;
+    OpenHistory(options_.folder, history);
+    const platkit::history::History::Span all = SpanOf(options_.folder, history);
     options_.from = platkit::history::TimeText(range.from());
     options_.to = platkit::history::TimeText(range.to());
-    const Timeline timeline = ReadTimeline(options_.folder, range.from(), range.to());
-    span_.step = StepOfSpan(range.to() - range.from(), timeline.host.intervalMillis / 1000);
+    const int64_t from = std::max(range.from(), all.first), to = std::min(range.to(), all.last);
+    if (from > to) throw NoSample();
+    options_.from = platkit::history::TimeText(from);
+    options_.to = platkit::history::TimeText(to);
+    const Timeline timeline = ReadTimeline(options_.folder, from, to);
+    span_.step = StepOfSpan(to - from, timeline.host.intervalMillis / 1000);
     for (const TimelineEvent &event : timeline.events) {
-      if (event.to >= range.from() && event.from <= range.to()) AddEvent(event);
+      if (event.to >= from && event.from <= to) AddEvent({event.from, event.to, event.reasons});
     }
   }
 
+  Failure NoSample() const { return {options_.folder, "no sample from " + options_.from + " to " + options_.to}; }
+
   // Reasons can contain the release of the kernel.
-  void AddEvent(const TimelineEvent &event) {
-    if (span_.events.size() == kMaxEvents) return void(++span_.omittedEvents);
-    span_.events.push_back(
-        {event.from, event.to, pseudonyms_ == nullptr ? Printable(event.reasons) : "the recording was interrupted"});
+  void AddEvent(SpanEvent event) {
+    if (span_.events.size() == kMaxEvents) {
+      ++span_.omittedEvents;
+      return;
+    }
+    event.reasons = pseudonyms_ == nullptr ? Printable(event.reasons) : "the recording was interrupted";
+    span_.events.push_back(std::move(event));
   }
 
   void AddSample(const SampleInfo &info, const Sample &sample, const platkit::history::HostHeader &header) {
@@ -126,7 +139,7 @@ class SpanReader {
     const auto instant = static_cast<uint32_t>(span_.seconds.size());
     const int64_t second = SecondsOf(info.time.wall);
     if (std::exchange(isAfterOthers_, false) && instant > 0)
-      AddEvent({span_.seconds.back(), second, 0, "the samples of another version were left out"});
+      AddEvent({span_.seconds.back(), second, "the samples of another version were left out"});
     span_.seconds.push_back(second);
     budget_.Take();
     std::vector<std::string> changed = ChangedPaths(sample);
@@ -253,16 +266,14 @@ class SpanReader {
       if (known.instants.back().second == UINT32_MAX) known.instants.back().second = instant;
     }
     for (const UnreadableList &list : lists) {
-      auto known = std::ranges::find_if(span_.unreadableLists, [&](const SpanUnreadableList &each) {
-        return each.path == list.path && each.status == list.status;
-      });
       budget_.TakeRow(list.path.size());
-      if (known == span_.unreadableLists.end())
-        known = span_.unreadableLists.insert(known, {.path = list.path, .status = list.status});
-      if (!known->instants.empty() && known->instants.back().second == instant) {
-        known->instants.back().second = UINT32_MAX;
+      const auto [known, isNew] = unreadable_.emplace(std::pair(list.path, list.status), span_.unreadableLists.size());
+      if (isNew) span_.unreadableLists.push_back({.path = list.path, .status = list.status});
+      auto &instants = span_.unreadableLists[known->second].instants;
+      if (!instants.empty() && instants.back().second >= instant) {
+        instants.back().second = UINT32_MAX;
       } else {
-        known->instants.emplace_back(instant, UINT32_MAX);
+        instants.emplace_back(instant, UINT32_MAX);
       }
     }
   }
@@ -283,7 +294,8 @@ class SpanReader {
   std::string host_;
   std::vector<SpanRows> rows_;  // by family
   Sample previous_;
-  std::set<uint32_t> rowNodes_;  // the nodes on which the rows depend
+  std::map<std::pair<std::string, HVC_ReturnStatus>, size_t> unreadable_;  // indexes of span_.unreadableLists
+  std::set<uint32_t> rowNodes_;                                            // the nodes on which the rows depend
   std::unordered_multimap<std::string, Place> places_;
   std::vector<std::pair<std::string, Place>> placesWithBands_;
 };

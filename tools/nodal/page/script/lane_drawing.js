@@ -101,12 +101,14 @@ function drawPart({ context, color }, lane, from, to, y) {
 // The worst state of each step.
 function drawStates({ context, color }, lane, first, last, y, bottom) {
   const colors = { good: color('free'), warning: color('near'), bad: color('at'), unknown: color('none') };
-  for (let i = first; i <= last; ++i) {
-    if (!Number.isFinite(lane.highs[i])) continue;
-    const left = xOf(time.seconds[i]);
-    context.fillStyle = colors[stateClass(lane.highs[i])];
-    const top = Math.max(y(lane.highs[i] + 1), bottom - lanePlot);
-    context.fillRect(left, top, Math.max(xOf(endOf(i)) - left, 1) + 0.3, bottom - top);
+  for (let from = first, to; from <= last; from = to + 1) {
+    for (to = from; to < last && lane.highs[to + 1] === lane.highs[from] && !lanes.breaks.has(to + 1); ) ++to;
+    const state = lane.highs[from];
+    if (!Number.isFinite(state)) continue;
+    const left = xOf(time.seconds[from]);
+    const top = Math.max(y(state + 1), bottom - lanePlot);
+    context.fillStyle = colors[stateClass(state)];
+    context.fillRect(left, top, Math.max(xOf(endOf(to)) - left, 1), bottom - top);
   }
 }
 

@@ -16,6 +16,8 @@ function showLanes() {
     element('div', { id: 'plot', onwheel: zoomByWheel, onpointerdown: startDrag, onkeydown: moveCursorByKey },
       element('canvas', { 'aria-hidden': 'true' }), element('div', { class: 'heads' }), handle(false), handle(true)),
     element('div', { id: 'spikes' }), element('div', { id: 'changes' }), eventList());
+  lanes.all.forEach((lane) => lane.family.figure(lane.key, lane.row));
+  document.querySelector('#lanes .body').append(sources());
   new ResizeObserver(drawLanes).observe(byId('plot'));
   matchMedia('(prefers-color-scheme: dark)').addEventListener('change', drawLanes);
   showSpikes();
@@ -93,7 +95,7 @@ const mostSpikes = 5;
 
 function showSpikes() {
   const items = lanes.all.flatMap((lane) => lane.spikes.slice(0, mostSpikes).map((instant) => element('li', {},
-    element('button', { type: 'button', onclick: () => moveCursor(false, instant) },
+    element('button', { type: 'button', title: lane.key, onclick: () => moveCursor(false, instant) },
       clockText(instant), ' ', nameElement(lane.name), ' ', amountText((lane.isDip ? lane.lows : lane.highs)[instant])))));
   show('#spikes', element('h3', {}, '▲ Spikes'), items.length > 0 ? element('ul', { class: 'legend' }, items) : element('p', {}, 'None.'),
     element('details', {}, element('summary', {}, 'What a spike is'), element('p', {},

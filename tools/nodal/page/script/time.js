@@ -45,6 +45,8 @@ function showInstant() {
   computed.clear();
   findMembers();
   byId('time').textContent = instantText(now.instant);
+  drawLanes();
+  usedColumns.clear();
   showChanges();
   showOverview();
   showGroupsAgain();
@@ -52,7 +54,6 @@ function showInstant() {
   showNodes();
   showHeaps();
   for (const each of document.querySelectorAll('details')) if (open.includes(detailsKey(each))) each.open = true;
-  drawLanes();
 }
 
 function detailsKey(details) {
