@@ -13,7 +13,7 @@ namespace {
 
 using platkit::FieldUnit;
 
-constexpr double kTolerances[] = {0, 1.0 / 1024, 1.0 / 512, 1.0 / 256, 1.0 / 128, 1.0 / 64, 1.0 / 32};
+constexpr double kTolerances[] = {0, 0.001, 0.002, 0.005, 0.01, 0.02, 0.03};
 
 // Whether small changes of a figure can be left out: of amounts, and of counts of free blocks.
 bool IsTolerant(const Column &column) {
@@ -40,13 +40,14 @@ FigureChanges BandAround(const FigureChanges &values, const FigureChanges &kept,
     const int64_t edge = ValueAt(values, instant).number + sign * ValueAt(band, instant).number;
     const int64_t from = ValueAt(kept, instant).number;
     const int64_t reach = std::max<int64_t>(sign * (edge - from), 0);
-    const bool isSmall = static_cast<double>(reach) <= 2 * tolerance * static_cast<double>(from);
+    const bool isSmall = static_cast<double>(reach) <= tolerance * static_cast<double>(from);
     AddValue(around, instant, NumberValue(isSmall ? 0 : reach));
   }
-  return WithoutSmallChanges(around, 8 * tolerance);
+  return WithoutSmallChanges(around, tolerance);
 }
 
-std::string EncodedColumns(const SpanColumn &column, double tolerance) {
+// The first rows are exact.
+std::string EncodedColumns(const SpanColumn &column, double tolerance, size_t exactRows) {
   if (tolerance == 0 || !IsTolerant(column.column)) {
     std::string bytes = EncodedColumn(column.values);
     if (column.hasBand) bytes += EncodedColumn(column.below) + EncodedColumn(column.above);
@@ -55,28 +56,30 @@ std::string EncodedColumns(const SpanColumn &column, double tolerance) {
   std::vector<FigureChanges> values, below, above;
   for (size_t row = 0; row < column.values.size(); ++row) {
     const FigureChanges &all = column.values[row];
-    values.push_back(WithoutSmallChanges(all, tolerance));
+    const double ofRow = row < exactRows ? 0 : tolerance;
+    values.push_back(WithoutSmallChanges(all, ofRow));
     if (!column.hasBand) continue;
-    below.push_back(BandAround(all, values.back(), column.below[row], -1, tolerance));
-    above.push_back(BandAround(all, values.back(), column.above[row], 1, tolerance));
+    below.push_back(BandAround(all, values.back(), column.below[row], -1, ofRow));
+    above.push_back(BandAround(all, values.back(), column.above[row], 1, ofRow));
   }
   std::string bytes = EncodedColumn(values);
   if (column.hasBand) bytes += EncodedColumn(below) + EncodedColumn(above);
   return bytes;
 }
 
-std::string Encoded(const SpanFamily &family, double tolerance) {
+std::string Encoded(const SpanFamily &family, double tolerance, size_t exactRows = 0) {
   std::string bytes = EncodedColumn(family.lives);
   for (const SpanRecords &records : family.records) {
     for (const SpanColumn &column : records.columns)
-      bytes += EncodedColumns(column, tolerance);
+      bytes += EncodedColumns(column, tolerance, exactRows);
   }
   return bytes;
 }
 
-// In the order of the JSON. The figures of the host are exact.
+// In the order of the JSON. The figures of the host are exact, and so are those of the first group, which is the
+// host's.
 std::string Encoded(const PageSpan &span, double tolerance) {
-  return Encoded(span.hostFigures, 0) + Encoded(span.states, 0) + Encoded(span.groups, tolerance) +
+  return Encoded(span.hostFigures, 0) + Encoded(span.states, 0) + Encoded(span.groups, tolerance, 1) +
          Encoded(span.buddies, tolerance) + Encoded(span.pools, tolerance) + Encoded(span.heaps, tolerance);
 }
 

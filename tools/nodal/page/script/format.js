@@ -67,7 +67,11 @@ function sampleText(figure) {
   if (!series || time.span.tolerance === 0) return '';
   const change = series.find(figure.row, figure.instant);
   if (change < 0 || series.instants[change] === figure.instant) return '';
-  return ` · as of ${instantText(series.instants[change])}; then nearly unchanged`;
+  return ` · as of ${instantText(series.instants[change])}, since when it changed by at most ${toleranceText()}`;
+}
+
+function toleranceText() {
+  return `${(time.span.tolerance * 100).toFixed(1)} %`;
 }
 
 // The path of the node that has a figure of a group, for "nodal get".

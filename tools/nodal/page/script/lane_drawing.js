@@ -168,7 +168,7 @@ function showHeads() {
     const isThere = lane.family.isThere(lane.row);
     const figure = lane.family.figure(lane.key, lane.row);
     const text = laneText(lane, now.instant);
-    const scale = lane.isState ? '' : `up to ${amountText(lane.top)}`;
+    const scale = lane.isState || !lane.isKnown ? '' : `up to ${amountText(lane.top)}`;
     return element('div', { class: 'head', style: { top: `${i * laneHeight}px` } }, element('span', {}, nameElement(lane.name), ' ',
       isThere ? element('strong', {}, figureElement(figure, text)) : element('span', { class: 'na' }, text)), ' ', element('small', {}, scale),
     lane.family === host.groups && lane.row !== 0 && element('button', { type: 'button', 'aria-label': `Remove the lane of ${lane.name}`, onclick: () => toggleLane(lane.row) }, '×'));

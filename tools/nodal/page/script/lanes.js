@@ -26,7 +26,7 @@ function showLanes() {
 function spanText() {
   const { span, seconds } = time;
   const tolerance = span.tolerance === 0 ? ''
-    : ` To keep the page small, an amount of a group, node or heap stays until it has changed by more than ${(span.tolerance * 100).toFixed(1)} %; point at it to see from which sample it is.`;
+    : ` To keep the page small, an amount of a group, node or heap stays until it has changed by more than ${toleranceText()}; point at it to see from which sample it is.`;
   return `${countText(span.samples)} samples from ${instantText(0)} to ${instantText(seconds.length - 1)}, in steps of ${durationText(span.step)}. A line shows the first sample of each step, and its band the smallest and the largest value in the step. All views show the sample under the cursor.${tolerance}`;
 }
 
@@ -52,8 +52,9 @@ function makeLane(lane) {
   const above = all(field.above);
   const lows = values.map((value, i) => value - (below[i] || 0));
   const highs = values.map((value, i) => value + (above[i] || 0));
-  const top = lane.isState ? host.states.count : Math.max(...highs.filter(Number.isFinite), 1);
-  return { ...lane, values, lows, highs, top, spikes: lane.isState ? [] : spikesOf(lane, values, lows, highs, top) };
+  const known = highs.filter(Number.isFinite);
+  const top = lane.isState ? host.states.count : Math.max(...known, 1);
+  return { ...lane, values, lows, highs, top, isKnown: known.length > 0, spikes: lane.isState ? [] : spikesOf(lane, values, lows, highs, top) };
 }
 
 function hasLane(row) {
