@@ -20,8 +20,8 @@ bool IsTolerant(const Column &column) {
   switch (column.field->unit) {
     case FieldUnit::KB:
     case FieldUnit::BYTES:
-    case FieldUnit::PAGES:
-    case FieldUnit::COUNT: return true;
+    case FieldUnit::PAGES: return true;
+    case FieldUnit::COUNT: return column.name.ends_with("].free");
     default: return false;
   }
 }

@@ -34,10 +34,10 @@ function xOf(second) {
   return ((second - lanes.from) / (lanes.to - lanes.from)) * lanes.width;
 }
 
-const tickWidths = [1, 5, 10, 30, 60, 300, 600, 1800, 3600, 7200, 10800, 21600, 43200, 86400, 172800, 604800];
+const tickWidths = [1, 5, 10, 30, 60, 300, 600, 1800, 3600, 7200, 10800, 21600, 43200, 86400, 172800, 604800, 2592000, 31536000];
 
 function drawTicks({ context, color }, height) {
-  const width = tickWidths.find((each) => (each / (lanes.to - lanes.from)) * lanes.width >= 64) ?? 604800;
+  const width = tickWidths.find((each) => (each / (lanes.to - lanes.from)) * lanes.width >= 64) ?? 31536000;
   context.font = '12px system-ui, sans-serif';
   context.textAlign = 'center';
   for (let second = Math.ceil(lanes.from / width) * width; second <= lanes.to; second += width) {

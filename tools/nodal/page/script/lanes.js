@@ -164,9 +164,10 @@ function laneControls() {
 }
 
 function zoomByWheel(event) {
+  const { left } = byId('plot').getBoundingClientRect();
   const isWhole = lanes.to - lanes.from >= time.seconds.at(-1) + time.span.step - time.seconds[0];
   if (Math.abs(event.deltaX) > Math.abs(event.deltaY)) pan(event.deltaX / lanes.width);
-  else if (event.deltaY < 0 || !isWhole) zoom(1.002 ** event.deltaY, secondAt(event.offsetX));
+  else if (event.deltaY < 0 || !isWhole) zoom(1.002 ** event.deltaY, secondAt(event.clientX - left));
   else return;
   event.preventDefault();
 }

@@ -65,7 +65,7 @@ function detailsKey(details) {
 function changesBetween(family, key, from, to, most) {
   const value = (row, instant) => (family.isThere(row, instant) ? family.value(key, row, instant) : undefined);
   return Array.from({ length: family.count }, (_, row) => ({ row, before: value(row, from), after: value(row, to) }))
-    .filter(({ before, after }) => before !== after)
+    .filter(({ row, before, after }) => before !== after && (family !== host.groups || row > 0))
     .map((each) => ({ ...each, change: (each.after ?? 0) - (each.before ?? 0) }))
     .sort((a, b) => Math.abs(b.change) - Math.abs(a.change)).slice(0, most);
 }
@@ -101,7 +101,9 @@ function hostChanges(from, to) {
   const at = (key) => [from, to].map((instant) => host.host.figure(key, 0, instant));
   const free = at(whole('free'));
   const states = at('GlobalMemoryRecord.memState');
+  const consumed = [from, to].map((instant) => host.groups.figure(stats('consumed'), 0, instant));
   const rows = [changeRow('free memory', free, signedAmount(differenceOf(free))),
+    changeRow('consumed by groups', consumed, signedAmount(differenceOf(consumed))),
     element('tr', {}, rowHeader('memory state'),
       states.map((figure) => element('td', { class: 'right', title: originText(figure) }, stateName(figure.value))), element('td'))];
   return scrolling('The host', table('The host', changeColumns(from, to), rows));
