@@ -12,7 +12,8 @@ namespace nodal {
 
 class FigureBudget {
  public:
-  static constexpr size_t kMaxFigures = size_t{16} << 20;
+  // A figure takes 24 bytes.
+  static constexpr size_t kMaxFigures = size_t{32} << 20;
 
   explicit FigureBudget(std::string folder, size_t most = kMaxFigures) : folder_(std::move(folder)), left_(most) {}
 

@@ -69,7 +69,10 @@ std::string_view PathOfKey(std::string_view key) {
 FigureValue ValueOf(const Column &column, std::span<const std::byte> record) {
   const std::span<const std::byte> bytes = column.BytesIn(record);
   if (!IsSigned(column.field->type) && IsNone(*column.field, bytes)) return {.kind = FigureValue::kAllOnes};
-  return NumberValue(static_cast<int64_t>(IntegerOf(*column.field, bytes)));
+  const uint64_t number = IntegerOf(*column.field, bytes);
+  // No host has as much; only a forged history does.
+  const bool isTooLarge = !IsSigned(column.field->type) && number > INT64_MAX;
+  return isTooLarge ? NumberValue(INT64_MAX) : NumberValue(static_cast<int64_t>(number));
 }
 
 class SpanReader {

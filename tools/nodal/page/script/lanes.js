@@ -100,7 +100,7 @@ function showSpikes() {
       clockText(instant), ' ', nameElement(lane.name), ' ', amountText((lane.isDip ? lane.lows : lane.highs)[instant])))));
   show('#spikes', element('h3', {}, '▲ Spikes'), items.length > 0 ? element('ul', { class: 'legend' }, items) : element('p', {}, 'None.'),
     element('details', {}, element('summary', {}, 'What a spike is'), element('p', {},
-      `A largest value (of free memory: a smallest one) that differs from the median of the ${2 * spikeRule.steps + 1} steps around it by more than ${spikeRule.part * 100} % of the lane's largest value, and ${spikeRule.times} times as much as half of the steps do. Of spikes that follow each other, the largest is marked; of each lane, the largest ${mostSpikes} are listed.`)));
+      `A largest value (of free memory: a smallest one) that differs from the median of the ${2 * spikeRule.steps + 1} steps around it by more than ${spikeRule.part * 100} % of the lane's largest value, and by more than ${spikeRule.times} times the median difference. Of spikes that follow each other, the largest is marked; of each lane, the largest ${mostSpikes} are listed.`)));
 }
 
 function eventList() {
@@ -152,7 +152,7 @@ function laneControls() {
   const button = (text, onclick, label) => element('button', { type: 'button', onclick, 'aria-label': label }, text);
   const all = time.seconds.at(-1) - time.seconds[0];
   const widths = [['Day', 86400], ['Hour', 3600], ['Minute', 60]].filter(([, width]) => width < all && width >= 4 * time.span.step);
-  return element('div', { class: 'controls' }, element('fieldset', {}, element('legend', {}, 'In sight'),
+  return element('div', { class: 'controls' }, element('fieldset', {}, element('legend', {}, 'Show'),
     button('All', () => showWidth(Infinity)), widths.map(([text, width]) => button(text, () => showWidth(width))),
     button('+', () => zoom(0.5), 'Zoom in'), button('−', () => zoom(2), 'Zoom out'),
     button('‹', () => pan(-0.25), 'Earlier'), button('›', () => pan(0.25), 'Later')),
