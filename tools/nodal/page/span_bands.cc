@@ -32,10 +32,11 @@ std::string_view FieldWithBand(const platkit::Node &node) {
   return node.id == nodes::sched_groups_stats_memoryStats.id() ? "consumed" : "";
 }
 
-SpanBands::SpanBands(HistoryRange &range, int64_t step, FigureBudget &budget) : budget_(budget) {
+SpanBands::SpanBands(HistoryRange &range, int64_t step, FigureBudget &budget, Progress &progress) : budget_(budget) {
   const FigureFilter filter(BandPatterns());
   range.Visit(&filter, [&](const auto &info, const Sample &sample, const auto &host) {
     ThrowIfSignalled();
+    progress.Advance();
     if (host.definitions.signature != platkit::OwnDefinitions().signature) return;
     ++samples_;
     AddSample(sample, platkit::history::SecondsOf(info.time.wall) / step);

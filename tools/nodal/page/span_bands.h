@@ -12,6 +12,7 @@
 #include "platkit/catalogue.h"
 #include "tools/nodal/history/history_range.h"
 #include "tools/nodal/page/figure_budget.h"
+#include "tools/nodal/support/progress.h"
 
 namespace nodal {
 
@@ -26,8 +27,9 @@ class SpanBands {
     uint64_t largest;
   };
 
-  // Reads the figures from all samples of the range. Steps have this length in seconds. Throws a Failure.
-  SpanBands(HistoryRange &range, int64_t step, FigureBudget &budget);
+  // Reads the figures from all samples of the range. Steps have this length in seconds. Advances the progress
+  // with each sample. Throws a Failure.
+  SpanBands(HistoryRange &range, int64_t step, FigureBudget &budget, Progress &progress);
 
   // The band of the figure in the record at a path; null without one. `step` counts from 1970.
   const Band *Find(std::string_view path, int64_t step) const;

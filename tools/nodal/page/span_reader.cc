@@ -6,6 +6,7 @@
 #include <optional>
 #include <set>
 #include <unordered_map>
+#include <utility>
 
 #include "platkit/history/history_source.h"
 #include "platkit/history/moment.h"
@@ -86,14 +87,17 @@ class SpanReader {
   SpanReading Read() {
     FixRange();
     HistoryRange all({.folder = options_.folder, .from = options_.from, .to = options_.to});
-    const SpanBands bands(all, span_.step, budget_);
+    progress_.Begin("samples", samples_);
+    const SpanBands bands(all, span_.step, budget_, progress_);
     bands_ = &bands;
     HistoryRange steps({.folder = options_.folder,
                         .from = options_.from,
                         .to = options_.to,
                         .step = std::to_string(span_.step) + "s"});
+    progress_.Begin("steps", steps_);
     steps.Visit(nullptr, [this](const auto &info, const Sample &sample, const auto &header) {
       ThrowIfSignalled();
+      progress_.Advance();
       AddSample(info, sample, header);
     });
     if (span_.seconds.empty()) throw NoSample();
@@ -116,6 +120,8 @@ class SpanReader {
     options_.to = platkit::history::TimeText(to);
     const Timeline timeline = ReadTimeline(options_.folder, from, to);
     span_.step = StepOfSpan(to - from, timeline.host.intervalMillis / 1000);
+    samples_ = timeline.samples;
+    steps_ = std::min(samples_, static_cast<size_t>((to - from) / span_.step + 1));
     for (const TimelineEvent &event : timeline.events) {
       if (event.to >= from && event.from <= to) AddEvent({event.from, event.to, event.reasons});
     }
@@ -292,6 +298,9 @@ class SpanReader {
   Pseudonyms *const pseudonyms_;
   FigureBudget budget_;
   const SpanBands *bands_ = nullptr;
+  Progress progress_;
+  size_t samples_ = 0;  // about as many are in the range
+  size_t steps_ = 0;
   PageSpan span_;
   bool isAfterOthers_ = false;
   std::string host_;
