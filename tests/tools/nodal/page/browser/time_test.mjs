@@ -46,8 +46,9 @@ async function clickAt(tab, text, options = {}) {
   await settled(tab);
 }
 
+// Waits until the views have followed the cursor, and the lanes are drawn.
 async function settled(tab) {
-  await tab.waitForTimeout(150);
+  await tab.evaluate(() => new Promise((done) => setTimeout(() => requestAnimationFrame(() => setTimeout(done)), 120)));
 }
 
 test('the page starts at the last sample', () => onPage(async (tab) => {
@@ -153,8 +154,10 @@ test('the lanes are zoomed and panned', () => onPage(async (tab) => {
   await clickAt(tab, '02:00');
   const left = await shown();
   await tab.getByRole('button', { name: 'Hour', exact: true }).click();
+  await settled(tab);
   assert.ok(Math.abs((await shown()) - width / 2) < 3);
   await tab.getByRole('button', { name: 'All', exact: true }).click();
+  await settled(tab);
   assert.ok(Math.abs((await shown()) - left) < 1);
   await plot.hover({ position: { x: left, y: 60 } });
   await tab.mouse.wheel(0, -600);
