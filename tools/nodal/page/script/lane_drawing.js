@@ -27,7 +27,9 @@ function drawLanes() {
   drawGaps(pen, height);
   drawCursor(pen, height, now.instant, 'ink', 'cursor-1');
   drawCursor(pen, height, time.second, 'link', 'cursor-2');
-  showHeads();
+  const shown = [now.instant, time.second, ...lanes.all.map((lane) => lane.row)].join();
+  if (shown !== lanes.shown) showHeads();
+  lanes.shown = shown;
 }
 
 function xOf(second) {
@@ -150,6 +152,11 @@ function drawCursor({ context, color }, height, instant, style, id) {
   context.fillStyle = color(style);
   context.fillRect(Math.round(x) - 0.5, laneHead - 4, 1.5, height - laneHead);
   element.style.left = `${Math.min(Math.max(x, 0), lanes.width)}px`;
+}
+
+function tellCursor(instant, id) {
+  if (instant === null) return;
+  const element = byId(id);
   element.setAttribute('aria-valuenow', instant);
   element.setAttribute('aria-valuetext', `${instantText(instant)}: ${lanes.all.map((lane) => `${lane.name} ${laneText(lane, instant)}`).join(', ')}`);
 }
@@ -162,6 +169,8 @@ function laneText(lane, instant) {
 
 // The names of the lanes, with their values under the cursor.
 function showHeads() {
+  tellCursor(now.instant, 'cursor-1');
+  tellCursor(time.second, 'cursor-2');
   const compare = byId('compare');
   if (compare) compare.checked = time.second !== null;
   document.querySelector('#plot .heads').replaceChildren(...lanes.all.map((lane, i) => {
