@@ -4,14 +4,15 @@
 #include <memory>
 
 #include "tools/nodal/commands/command.h"
+#include "tools/nodal/commands/command_line.h"
+#include "tools/nodal/history/moment_file.h"
 #include "tools/nodal/support/output.h"
 
 namespace nodal {
-
 Run DeclarePage(OptionSet &options, const SourceOptions &source) {
   const auto values = std::make_shared<PageOptions>();
   const auto operand = std::make_shared<std::string>();
-  options.Add("source", *operand, "A snapshot instead of the running host");
+  options.Add("source", *operand, "A snapshot, or the folder of a history, instead of the running host");
   options.Add("-o,--output FILE", values->output, "The HTML file to write").Required().NotEmpty();
   const Option anonymize = options.AddFlag("--anonymize", values->anonymize,
                                            "Replace names and UUIDs, including the host's own, with pseudonyms");
@@ -20,6 +21,8 @@ Run DeclarePage(OptionSet &options, const SourceOptions &source) {
            "Derive the pseudonyms from the key in this file (-: standard input): pages with one key have the same")
       .Needs(anonymize)
       .NotEmpty();
+  options.Add("--from TIME", values->from, "Start at this time of the history (default: its start)");
+  options.Add("--to TIME", values->to, "End at this time of the history (default: its end)");
   options.SetFooter("The page needs no network and no other file. Any browser opens it.");
   return [values, operand, &source] {
     SourceOptions own = source;
@@ -27,6 +30,12 @@ Run DeclarePage(OptionSet &options, const SourceOptions &source) {
       if (!own.cache.empty() || !own.root.empty()) throw Failure(*operand, "the source is given twice");
       own.cache = *operand;
     }
+    if (IsFolder(own.cache)) {
+      values->history = own.cache;
+      WritePage(*values);
+      return kSuccess;
+    }
+    if (!values->from.empty() || !values->to.empty()) throw UsageError("--from and --to need the folder of a history");
     UseSource(own);
     values->cache = own.cache;
     values->root = own.root;

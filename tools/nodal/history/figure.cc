@@ -109,4 +109,15 @@ bool FigurePattern::Split(const std::string &text) {
   return false;
 }
 
+bool FigureFilter::Contains(std::string_view key) const {
+  return std::ranges::any_of(patterns_, [key](const FigurePattern &pattern) { return pattern.Matches(key); });
+}
+
+bool FigureFilter::MayContain(std::string_view first, std::string_view end) const {
+  return std::ranges::any_of(patterns_, [&](const FigurePattern &pattern) {
+    const std::string_view prefix = pattern.prefix();
+    return (end.empty() || prefix < end) && first.substr(0, prefix.size()) <= prefix;
+  });
+}
+
 }  // namespace nodal

@@ -7,8 +7,10 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platkit/catalogue.h"
+#include "platkit/history/sample_table.h"
 
 namespace nodal {
 
@@ -52,6 +54,19 @@ class FigurePattern {
 
   std::string path_;
   std::string field_;
+};
+
+// The entries that the figures of any of these patterns are in.
+class FigureFilter : public platkit::history::KeyFilter {
+ public:
+  // The patterns must live as long as the filter.
+  explicit FigureFilter(const std::vector<FigurePattern> &patterns) : patterns_(patterns) {}
+
+  bool Contains(std::string_view key) const override;
+  bool MayContain(std::string_view first, std::string_view end) const override;
+
+ private:
+  const std::vector<FigurePattern> &patterns_;
 };
 
 }  // namespace nodal

@@ -15,11 +15,6 @@ using platkit::history::SecondsOf;
 using platkit::history::SegmentName;
 using platkit::history::SegmentReader;
 
-SegmentName HourOf(int64_t second) {
-  constexpr int64_t kMaxSecond = INT64_MAX / platkit::history::kNanosInSecond;
-  return SegmentName::At(std::clamp<int64_t>(second, 0, kMaxSecond) * platkit::history::kNanosInSecond);
-}
-
 // The frames with samples, in the order of time. They are in this order in the file unless the clock was set back.
 std::vector<size_t> InOrderOfTime(const SegmentReader &segment) {
   std::vector<size_t> order;
@@ -31,6 +26,11 @@ std::vector<size_t> InOrderOfTime(const SegmentReader &segment) {
 }
 
 }  // namespace
+
+SegmentName HourOf(int64_t second) {
+  constexpr int64_t kMaxSecond = INT64_MAX / platkit::history::kNanosInSecond;
+  return SegmentName::At(std::clamp<int64_t>(second, 0, kMaxSecond) * platkit::history::kNanosInSecond);
+}
 
 int64_t StepOption(const std::string &text) {
   if (text.empty()) return 0;

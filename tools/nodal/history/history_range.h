@@ -23,6 +23,10 @@ class HistoryRange {
   // Throws a Failure.
   explicit HistoryRange(const RangeOptions &options);
 
+  // The times of the options, in seconds since 1970.
+  int64_t from() const { return from_; }
+  int64_t to() const { return to_; }
+
   using Visitor = std::function<void(const platkit::history::SampleInfo &info, const platkit::history::Sample &sample,
                                      const platkit::history::HostHeader &host)>;
 
@@ -43,6 +47,9 @@ class HistoryRange {
   size_t lost_ = 0;
   size_t damagedParts_ = 0;
 };
+
+// The segment of this second.
+platkit::history::SegmentName HourOf(int64_t second);
 
 // The seconds of a step, such as 10s; 0 for an empty text. Throws a Failure.
 int64_t StepOption(const std::string &text);

@@ -42,11 +42,16 @@ HVC_ReturnStatus WriteSnapshot(const platkit::Moment &moment, int fd) {
 
 }  // namespace
 
+bool IsFolder(const std::string &path) {
+  struct stat info;
+  return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
 bool IsMoment(const std::string &path) {
   const std::optional<MomentPath> parts = SplitMoment(path);
   struct stat info;
   if (!parts || stat(path.c_str(), &info) == 0) return false;
-  return stat(parts->folder.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+  return IsFolder(parts->folder);
 }
 
 std::string WithFixedTime(const std::string &path) {

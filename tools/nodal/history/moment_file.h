@@ -10,6 +10,8 @@
 
 namespace nodal {
 
+bool IsFolder(const std::string &path);
+
 // Whether the path can only be that of a moment: no file has it, and DIR is a folder.
 bool IsMoment(const std::string &path);
 

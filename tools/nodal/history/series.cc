@@ -14,27 +14,7 @@ namespace nodal {
 namespace {
 
 using platkit::history::Entry;
-using platkit::history::KeyFilter;
 using platkit::history::Sample;
-
-class FigureFilter : public KeyFilter {
- public:
-  explicit FigureFilter(const std::vector<FigurePattern> &patterns) : patterns_(patterns) {}
-
-  bool Contains(std::string_view key) const override {
-    return std::ranges::any_of(patterns_, [key](const FigurePattern &pattern) { return pattern.Matches(key); });
-  }
-
-  bool MayContain(std::string_view first, std::string_view end) const override {
-    return std::ranges::any_of(patterns_, [&](const FigurePattern &pattern) {
-      const std::string_view prefix = pattern.prefix();
-      return (end.empty() || prefix < end) && first.substr(0, prefix.size()) <= prefix;
-    });
-  }
-
- private:
-  const std::vector<FigurePattern> &patterns_;
-};
 
 // A figure of one path.
 struct PathFigure {

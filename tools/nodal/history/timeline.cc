@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "platkit/history/moment.h"
+#include "tools/nodal/history/history_range.h"
 
 namespace nodal {
 namespace {
@@ -53,15 +54,16 @@ std::string DurationText(double seconds) {
 
 class TimelineReader {
  public:
-  explicit TimelineReader(const std::string &folder) : folder_(folder) {}
+  TimelineReader(const std::string &folder, int64_t from, int64_t to) : folder_(folder), from_(from), to_(to) {}
 
   Timeline Read() {
     OpenHistory(folder_, history_);
     const History::Span span = SpanOf(folder_, history_);
     timeline_.first = span.first;
     timeline_.last = span.last;
-    for (const SegmentName name : history_.segments())
-      ReadSegment(name);
+    for (const SegmentName name : history_.segments()) {
+      if (name >= HourOf(from_) && name <= HourOf(to_)) ReadSegment(name);
+    }
     timeline_.samples = points_.size();
     SortByRecording();
     for (size_t i = 1; i < points_.size(); ++i)
@@ -174,6 +176,8 @@ class TimelineReader {
   }
 
   const std::string folder_;
+  const int64_t from_;
+  const int64_t to_;
   History history_;
   Timeline timeline_;
   std::vector<HostHeader> hosts_;
@@ -185,6 +189,8 @@ class TimelineReader {
 
 }  // namespace
 
-Timeline ReadTimeline(const std::string &folder) { return TimelineReader(folder).Read(); }
+Timeline ReadTimeline(const std::string &folder, int64_t from, int64_t to) {
+  return TimelineReader(folder, from, to).Read();
+}
 
 }  // namespace nodal

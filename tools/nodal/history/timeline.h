@@ -36,8 +36,8 @@ struct Timeline {
   std::vector<TimelineEvent> events;        // in the order of recording
 };
 
-// Reads the heads of all frames. Throws a Failure.
-Timeline ReadTimeline(const std::string &folder);
+// Reads the heads of all frames in the segments of these seconds. Throws a Failure.
+Timeline ReadTimeline(const std::string &folder, int64_t from = INT64_MIN, int64_t to = INT64_MAX);
 
 }  // namespace nodal
 

@@ -7,11 +7,16 @@
 #include "tools/nodal/page/html.h"
 #include "tools/nodal/page/page_json.h"
 #include "tools/nodal/page/page_sources.h"
+#include "tools/nodal/page/span_json.h"
 #include "tools/nodal/page/static_icicle.h"
+#include "tools/nodal/page/static_span.h"
 #include "tools/nodal/page/static_tables.h"
 
 namespace nodal {
 namespace {
+
+// A page of 1,000 groups by minute over a day has less than 1 MB.
+constexpr size_t kMaxValueBytes = 840'000;
 
 std::string HashSource(std::string_view text) {
   std::string digest(crypto_hash_sha256_BYTES, '\0');
@@ -28,11 +33,22 @@ std::string Policy() {
 
 std::string NameOf(const PageData &data) { return HtmlText(data.host.empty() ? "host without a name" : data.host); }
 
-std::string Part(const PageData &data, std::string_view name) {
+// The parts that depend on whether the page has a span.
+struct Parts {
+  std::string data;
+  std::string values = {};
+  std::string navigation = {};
+  std::string span = {};
+};
+
+std::string Part(const PageData &data, const Parts &parts, std::string_view name) {
   if (name == "policy") return Policy();
   if (name == "style") return std::string(kPageStyle);
   if (name == "script") return std::string(kPageScript);
-  if (name == "data") return CompressedBase64(PageJson(data));
+  if (name == "data") return parts.data;
+  if (name == "values") return parts.values;
+  if (name == "navigation") return parts.navigation;
+  if (name == "span") return parts.span;
   if (name == "version") return PLATKIT_VERSION;
   if (name == "host") return NameOf(data);
   if (name == "time") return HtmlText(data.time.empty() ? "at an unknown time" : data.time);
@@ -46,10 +62,28 @@ std::string Part(const PageData &data, std::string_view name) {
   return StaticHeaps(data);
 }
 
+std::string DocumentOf(const PageData &data, const Parts &parts) {
+  return Filled(kPageTemplate, [&](std::string_view name) { return Part(data, parts, name); });
+}
+
+std::string SpanSection(const PageSpan &span) {
+  const std::string title = Element("h2", "Over time", " id=\"time-title\"");
+  return Element("section", title + Element("div", StaticSpan(span), " class=\"body\""),
+                 " id=\"lanes\" aria-labelledby=\"time-title\"") +
+         "\n";
+}
+
 }  // namespace
 
-std::string Document(const PageData &data) {
-  return Filled(kPageTemplate, [&data](std::string_view name) { return Part(data, name); });
+std::string Document(const PageData &data) { return DocumentOf(data, {.data = CompressedBase64(PageJson(data))}); }
+
+std::string SpanDocument(const PageSpan &span, const PageData &last) {
+  const PackedSpan packed = Packed(span, kMaxValueBytes);
+  return DocumentOf(
+      last, {.data = CompressedBase64(SpanJson(span, last, packed.tolerance)),
+             .values = Element("script", packed.values, " type=\"application/octet-stream\" id=\"values\"") + "\n",
+             .navigation = "<li><a href=\"#lanes\">Time</a></li>\n",
+             .span = SpanSection(span)});
 }
 
 }  // namespace nodal

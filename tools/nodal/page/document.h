@@ -5,12 +5,16 @@
 #include <string>
 
 #include "tools/nodal/page/page_data.h"
+#include "tools/nodal/page/page_span.h"
 
 namespace nodal {
 
 // The template with the style, the script, the data, and what readers without scripts see. Its policy allows this style
 // and this script by their hashes, and nothing else.
 std::string Document(const PageData &data);
+
+// The same over a span. `last` has the figures of its last instant.
+std::string SpanDocument(const PageSpan &span, const PageData &last);
 
 }  // namespace nodal
 

@@ -1,10 +1,12 @@
 #include "tools/nodal/page/page.h"
 
+#include "platkit/history/moment.h"
 #include "tools/nodal/capture/host_reading.h"
 #include "tools/nodal/capture/pseudonyms.h"
 #include "tools/nodal/capture/source_header.h"
 #include "tools/nodal/page/document.h"
 #include "tools/nodal/page/page_reader.h"
+#include "tools/nodal/page/span_reader.h"
 #include "tools/nodal/support/output_file.h"
 #include "tools/nodal/support/signals.h"
 #include "tools/nodal/support/text.h"
@@ -35,11 +37,24 @@ PageData ReadPage(const PageOptions &options) {
   return data;
 }
 
+std::string DocumentOfSpan(const PageOptions &options) {
+  std::optional<Pseudonyms> pseudonyms = PseudonymsFor(options.anonymize, options.keyFile);
+  SpanReading reading = ReadSpan({.folder = options.history, .from = options.from, .to = options.to},
+                                 pseudonyms ? &*pseudonyms : nullptr);
+  const std::string time = platkit::history::TimeText(reading.span.seconds.back());
+  platkit::snapshot::Header header = {.definitions = platkit::OwnDefinitions(), .host = reading.host, .time = time};
+  if (pseudonyms) AnonymizeHeader(header, *pseudonyms);
+  reading.last.host = Printable(header.host);
+  reading.last.time = time;
+  reading.last.source = "history";
+  return SpanDocument(reading.span, reading.last);
+}
+
 }  // namespace
 
 void WritePage(const PageOptions &options) {
   CatchSignals();
-  const std::string document = Document(ReadPage(options));
+  const std::string document = options.history.empty() ? Document(ReadPage(options)) : DocumentOfSpan(options);
   ThrowIfSignalled();
   WriteFile(options.output, platkit::Readers::kOwner, document);
 }

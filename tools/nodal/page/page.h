@@ -10,13 +10,17 @@ struct PageOptions {
   std::string output;
   bool anonymize = false;
   std::string keyFile = {};  // as in CaptureOptions
+  // A folder with a history, and times in it as in RangeOptions. If it is set, no other source is.
+  std::string history = {};
+  std::string from = {};
+  std::string to = {};
   // The source that the process reads, as in SourceOptions.
   std::string cache = {};
   std::string root = {};
 };
 
-// Writes the page of the host that the process reads. Throws a Failure, also when a signal asks the program to end.
-// Then it leaves no new file.
+// Writes the page of the history, or of the host that the process reads. Throws a Failure, also when a signal asks the
+// program to end. Then it leaves no new file.
 void WritePage(const PageOptions &options);
 
 }  // namespace nodal

@@ -3,14 +3,12 @@
 #include <algorithm>
 
 #include "platkit/version.h"
-#include "tools/nodal/snapshot/record_json.h"
 #include "tools/nodal/support/text.h"
 
 namespace nodal {
 namespace {
 
 using platkit::Field;
-using platkit::FieldType;
 
 // A column of one value takes the place of equal values.
 OrderedJson Packed(OrderedJson values) {
@@ -18,35 +16,11 @@ OrderedJson Packed(OrderedJson values) {
   return allEqual && !values.empty() ? OrderedJson(values[0]) : values;
 }
 
-// The values of one field of the records. `entry` is the offset of an array's entry in the record.
-OrderedJson Values(const PageRecords &records, const Field &field, uint32_t entry) {
+OrderedJson Values(const PageRecords &records, const Column &column) {
   OrderedJson values = OrderedJson::array();
-  for (const auto &[row, bytes] : records.bytes) {
-    const auto record = BytesOf(bytes).subspan(entry);
-    values.push_back(FieldToJson(field, BytesOfField(field, record)));
-  }
+  for (const auto &[row, bytes] : records.bytes)
+    values.push_back(FieldToJson(*column.field, column.BytesIn(BytesOf(bytes))));
   return Packed(std::move(values));
-}
-
-OrderedJson Column(const PageRecords &records, const Field &field, const std::string &name, uint32_t entry = 0) {
-  OrderedJson column = {{"name", name},
-                        {"unit", UnitInWords(field.unit)},
-                        {"meaning", field.description},
-                        {"values", OrderedJson::array({Values(records, field, entry)})}};
-  if (IsLimit(*records.node->record, field)) column["limit"] = true;
-  return column;
-}
-
-void AddColumns(const PageRecords &records, const Field &field, OrderedJson &columns) {
-  if (field.type == FieldType::kGap || field.type == FieldType::kText) return;
-  if (field.type != FieldType::kEntries) return columns.push_back(Column(records, field, std::string(field.name)));
-  for (uint32_t i = 0; i < field.count; ++i) {
-    for (const Field &part : field.entry->fields) {
-      if (part.type == FieldType::kGap) continue;
-      const std::string name = std::string(field.name) + "[" + std::to_string(i) + "]." + std::string(part.name);
-      columns.push_back(Column(records, part, name, field.offset + i * field.size));
-    }
-  }
 }
 
 OrderedJson RowsOf(const PageRecords &records) {
@@ -62,15 +36,17 @@ OrderedJson RecordsToJson(const PageRecords &records, size_t rows) {
   for (const auto &[row, status] : records.unreadable)
     json["unreadable"].push_back({row, StatusText(status)});
   OrderedJson &columns = json["fields"] = OrderedJson::array();
-  for (const Field &field : records.node->record->fields)
-    AddColumns(records, field, columns);
+  for (const Column &column : ColumnsOf(*records.node->record)) {
+    columns.push_back(ColumnToJson(*records.node->record, column));
+    columns.back()["values"] = OrderedJson::array({Values(records, column)});
+  }
   return json;
 }
 
 template <typename Value>
-OrderedJson Row(const PageFamily &family, Value value) {
+OrderedJson OfEach(const std::vector<PageRow> &rows, Value value) {
   OrderedJson values = OrderedJson::array();
-  for (const PageRow &row : family.rows)
+  for (const PageRow &row : rows)
     values.push_back(value(row));
   return Packed(std::move(values));
 }
@@ -81,22 +57,11 @@ OrderedJson Identifier(const PageRow &row, std::string_view what) {
   return found == row.instances.end() ? OrderedJson() : OrderedJson(found->second.integer);
 }
 
-OrderedJson FamilyToJson(const PageFamily &family) {
-  OrderedJson json = {{"count", family.rows.size()},
-                      {"name", Row(family, [](const PageRow &row) { return row.name; })},
-                      {"id", Row(family, [](const PageRow &row) { return row.id; })}};
+OrderedJson FamilyToJson(const PageFamily &family, RowKind kind = RowKind::kOther) {
+  OrderedJson json = RowsToJson(family.rows, kind);
   OrderedJson &records = json["records"] = OrderedJson::array();
   for (const PageRecords &each : family.records)
     records.push_back(RecordsToJson(each, family.rows.size()));
-  return json;
-}
-
-OrderedJson GroupsToJson(const PageFamily &groups) {
-  OrderedJson json = FamilyToJson(groups);
-  json["parent"] = Row(groups, [](const PageRow &row) { return row.parent; });
-  json["tag"] = Row(groups, [](const PageRow &row) { return row.tag; });
-  json["client"] = Row(groups, [](const PageRow &row) { return Identifier(row, "client"); });
-  json["monitor"] = Row(groups, [](const PageRow &row) { return Identifier(row, "monitor"); });
   return json;
 }
 
@@ -108,6 +73,25 @@ OrderedJson UnreadableListsToJson(const PageData &data) {
 }
 
 }  // namespace
+
+OrderedJson RowsToJson(const std::vector<PageRow> &rows, RowKind kind) {
+  OrderedJson json = {{"count", rows.size()},
+                      {"name", OfEach(rows, [](const PageRow &row) { return row.name; })},
+                      {"id", OfEach(rows, [](const PageRow &row) { return row.id; })}};
+  if (kind != RowKind::kGroup) return json;
+  json["parent"] = OfEach(rows, [](const PageRow &row) { return row.parent; });
+  json["tag"] = OfEach(rows, [](const PageRow &row) { return row.tag; });
+  json["client"] = OfEach(rows, [](const PageRow &row) { return Identifier(row, "client"); });
+  json["monitor"] = OfEach(rows, [](const PageRow &row) { return Identifier(row, "monitor"); });
+  return json;
+}
+
+OrderedJson ColumnToJson(const platkit::RecordLayout &record, const Column &column) {
+  OrderedJson json = {
+      {"name", column.name}, {"unit", UnitInWords(column.field->unit)}, {"meaning", column.field->description}};
+  if (IsLimit(record, *column.field)) json["limit"] = true;
+  return json;
+}
 
 bool IsLimit(const platkit::RecordLayout &record, const Field &field) {
   if (field.description.find("unlimited") != std::string_view::npos) return true;
@@ -123,7 +107,7 @@ std::string PageJson(const PageData &data) {
                             {"families",
                              {{"host", FamilyToJson(data.hostFigures)},
                               {"state", FamilyToJson(data.states)},
-                              {"group", GroupsToJson(data.groups)},
+                              {"group", FamilyToJson(data.groups, RowKind::kGroup)},
                               {"buddy", FamilyToJson(data.buddies)},
                               {"pool", FamilyToJson(data.pools)},
                               {"heap", FamilyToJson(data.heaps)}}},

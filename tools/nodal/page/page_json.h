@@ -9,11 +9,18 @@
 
 #include <string>
 
+#include "tools/nodal/page/columns.h"
 #include "tools/nodal/page/page_data.h"
+#include "tools/nodal/snapshot/record_json.h"
 
 namespace nodal {
 
 std::string PageJson(const PageData &data);
+
+// The parts of PageJson that do not depend on an instant: the names of rows, and a column without its values.
+enum class RowKind { kGroup, kOther };
+OrderedJson RowsToJson(const std::vector<PageRow> &rows, RowKind kind);
+OrderedJson ColumnToJson(const platkit::RecordLayout &record, const Column &column);
 
 // Whether all ones in a field mean unlimited.
 bool IsLimit(const platkit::RecordLayout &record, const platkit::Field &field);

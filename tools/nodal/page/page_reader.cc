@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "platkit/memory_states.h"
-#include "tools/nodal/metrics/subjects.h"
 #include "tools/nodal/support/text.h"
 #include "tools/nodal/tree/instances.h"
 
@@ -14,7 +13,8 @@ namespace {
 
 class PageReader {
  public:
-  PageReader(CachingTree &tree, Pseudonyms *pseudonyms) : tree_(tree), instances_(tree), pseudonyms_(pseudonyms) {}
+  PageReader(CachingTree &tree, Pseudonyms *pseudonyms, bool withRecords)
+      : tree_(tree), instances_(tree), pseudonyms_(pseudonyms), withRecords_(withRecords) {}
 
   PageData Read() {
     AddHost();
@@ -112,8 +112,8 @@ class PageReader {
   // Adds the records of all rows that have one.
   void AddRecords(PageFamily &family, const Node &node) {
     PageRecords records = {.node = &node};
-    for (size_t row = 0; row < family.rows.size(); ++row) {
-      const auto path = RecordOf(node, {.labels = {}, .instances = family.rows[row].instances});
+    for (size_t row = 0; withRecords_ && row < family.rows.size(); ++row) {
+      const auto path = RecordOf(node, family.rows[row]);
       if (!path) continue;
       std::string bytes(path->node->record->size, '\0');
       const HVC_ReturnStatus status = Read(*path->node, path->arguments, std::as_writable_bytes(std::span(bytes)));
@@ -142,6 +142,7 @@ class PageReader {
   // The entries of a list, each once; none if it cannot be read.
   Arguments ListOf(const Node &list, const Arguments &arguments) {
     const std::string path = PathOf(list, arguments);
+    tree_.Read(list, false, arguments);
     const auto answer = tree_.answers().find(path);
     if (answer == tree_.answers().end()) return {};
     const HVC_ReturnStatus status = answer->second.status;
@@ -170,11 +171,18 @@ class PageReader {
   CachingTree &tree_;
   Instances instances_;
   Pseudonyms *pseudonyms_;
+  const bool withRecords_;
   PageData data_;
 };
 
 }  // namespace
 
-PageData ReadPageData(CachingTree &tree, Pseudonyms *pseudonyms) { return PageReader(tree, pseudonyms).Read(); }
+std::optional<RecordPath> RecordOf(const Node &node, const PageRow &row) {
+  return RecordOf(node, Subject{.labels = {}, .instances = row.instances});
+}
+
+PageData ReadPageData(CachingTree &tree, Pseudonyms *pseudonyms) { return PageReader(tree, pseudonyms, true).Read(); }
+
+PageData ReadPageRows(CachingTree &tree, Pseudonyms *pseudonyms) { return PageReader(tree, pseudonyms, false).Read(); }
 
 }  // namespace nodal

@@ -3,14 +3,21 @@
 #define NODAL_PAGE_PAGE_READER_H
 
 #include "tools/nodal/capture/pseudonyms.h"
+#include "tools/nodal/metrics/subjects.h"
 #include "tools/nodal/page/page_data.h"
 #include "tools/nodal/tree/caching_tree.h"
 
 namespace nodal {
 
-// Reads the figures from `tree`, which has read the host. Replaces names if `pseudonyms` is not null; then it throws a
+// Reads the figures from `tree`. Replaces names if `pseudonyms` is not null; then it throws a
 // Failure if two names would have the same pseudonym. Leaves host, time and source empty.
 PageData ReadPageData(CachingTree &tree, Pseudonyms *pseudonyms);
+
+// The same without the bytes of the records. Afterwards, `tree` has the answers on which the rows depend.
+PageData ReadPageRows(CachingTree &tree, Pseudonyms *pseudonyms);
+
+// The record of a row in a node, if the row has the instances for it.
+std::optional<RecordPath> RecordOf(const Node &node, const PageRow &row);
 
 }  // namespace nodal
 

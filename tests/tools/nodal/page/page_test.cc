@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "tests/support/scratch.h"
+#include "tests/tools/nodal/history/recorded.h"
 #include "tests/tools/nodal/program.h"
 
 namespace {
@@ -161,6 +162,72 @@ TEST(Page, TakesOneSource) {
   EXPECT_NE(twice.err.find("the source is given twice"), std::string::npos) << twice.err;
   EXPECT_EQ(Nodal("page " + kSample).status, 2);
   EXPECT_EQ(Nodal("page " + scratch.Path("missing") + output).status, 1);
+}
+
+// The history of the sample's host, with two samples.
+class PageOfHistory : public testing::Test {
+ protected:
+  PageOfHistory() {
+    history_.host().host = "two-vms";
+    for (const int64_t second : {0, 5})
+      history_.Add(nodal::SampleOf(SAMPLE_SNAPSHOT), second);
+  }
+
+  std::string Page(const std::string &words = "") const {
+    return PageOf(history_.scratch(), history_.path() + " " + words);
+  }
+
+  nodal::Recorded history_;
+};
+
+TEST_F(PageOfHistory, HasItsInstants) {
+  const std::string page = Page();
+  const Json data = DataOf(page);
+  EXPECT_EQ(data["instants"], Json::parse(R"(["2025-11-21T03:12:00Z", "2025-11-21T03:12:05Z"])"));
+  EXPECT_EQ(data["host"], "two-vms");
+  EXPECT_EQ(data["source"], "history");
+  EXPECT_EQ(data["span"]["step"], 5);
+  EXPECT_EQ(data["span"]["tolerance"], 0);
+  EXPECT_EQ(data["families"]["group"]["id"], Json::parse("[0,1,4,5,6,2,10,11,12,13,20,21,22,3,30,31,32,33]"));
+  EXPECT_FALSE(Unpacked(Between(page, "id=\"values\">", "</script>")).empty());
+  EXPECT_NE(page.find("2 samples from 2025-11-21T03:12:00Z to 2025-11-21T03:12:05Z"), std::string::npos);
+  EXPECT_EQ(DataOf(Page("--from 03:12:05 --to -0s"))["instants"].size(), 1u);
+}
+
+// The views for readers without scripts show the last sample.
+TEST_F(PageOfHistory, IsReadableWithoutScripts) {
+  const std::string page = Page();
+  EXPECT_NE(page.find("Memory state: clear. 22.9 GB of 64.0 GB are free."), std::string::npos);
+  EXPECT_NE(page.find("<tr><th scope=\"row\">free memory</th><td>22.9 GB</td><td>2025-11-21T03:12:00Z</td>"),
+            std::string::npos);
+}
+
+TEST_F(PageOfHistory, AnonymizedHasNoName) {
+  history_.host().kernel = "kernel-of-alpha";
+  history_.Add(nodal::SampleOf(SAMPLE_SNAPSHOT), 10);
+  const std::string page = Page("--anonymize");
+  const std::string data = Unpacked(EncodedDataOf(page));
+  for (const char *name : {"two-vms", "web-01", "mail-01", "vmm.1001", "collector", "storage", "heap-large", "prod"}) {
+    EXPECT_EQ(page.find(name), std::string::npos) << name;
+    EXPECT_EQ(data.find("\"" + std::string(name) + "\""), std::string::npos) << name;
+  }
+  EXPECT_EQ(data.find("of-alpha"), std::string::npos);
+  EXPECT_EQ(data.find(history_.path()), std::string::npos);
+  EXPECT_NE(Unpacked(EncodedDataOf(Page())).find("of-alpha"), std::string::npos);
+}
+
+TEST_F(PageOfHistory, NeedsSamples) {
+  const auto error = [&](const std::string &words) {
+    const Outcome outcome = Nodal("page -o " + history_.scratch().Path("none.html") + " " + words);
+    EXPECT_NE(outcome.status, 0);
+    return outcome.err;
+  };
+  EXPECT_NE(error(history_.path() + " --from 2025-11-21T03:12:01Z --to 2025-11-21T03:12:02Z").find("no sample from"),
+            std::string::npos);
+  EXPECT_NE(error(history_.path() + " --from noon").find("invalid time"), std::string::npos);
+  EXPECT_NE(error(kSample + " --from 03:12").find("need the folder of a history"), std::string::npos);
+  EXPECT_NE(error(history_.scratch().Path("")).find("no history in this folder"), std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists(history_.scratch().Path("none.html")));
 }
 
 }  // namespace

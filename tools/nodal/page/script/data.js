@@ -1,11 +1,16 @@
 // The figures of the host: see page_json.h for their form.
 
-// Unpacks the compressed JSON of the page.
-async function readData() {
-  const text = atob(document.getElementById('data').textContent);
+async function unpack(id) {
+  const text = atob(byId(id).textContent);
   const bytes = Uint8Array.from(text, (character) => character.charCodeAt(0));
   const stream = new Blob([bytes]).stream().pipeThrough(new DecompressionStream('deflate'));
-  return new Response(stream).json();
+  return new Uint8Array(await new Response(stream).arrayBuffer());
+}
+
+async function readData() {
+  const data = JSON.parse(new TextDecoder().decode(await unpack('data')));
+  if (data.span) addSeries(data, await unpack('values'));
+  return data;
 }
 
 // Finds the position of a row in the columns of a record: -1 without the record.
@@ -38,8 +43,14 @@ class Family {
     return this.of('name', row);
   }
 
-  rows() {
-    return Array.from({ length: this.count }, (_, row) => row);
+  // The rows that are there at the instant.
+  rows(instant = now.instant) {
+    const all = Array.from({ length: this.count }, (_, row) => row);
+    return this.json.lives ? all.filter((row) => this.isThere(row, instant)) : all;
+  }
+
+  isThere(row, instant = now.instant) {
+    return !this.json.lives || this.json.lives.at(row, instant) === 1;
   }
 
   // The figure of a row at an instant. `key` is "Record.field".
@@ -54,12 +65,18 @@ class Family {
 
   hasRecord(name, row) {
     const record = this.json.records.find((each) => each.record === name);
-    return Boolean(record) && (record.positions ? record.positions[row] >= 0 : this.count > 0);
+    return Boolean(record) && this.isThere(row) && rawValue(record, record.fields[0], row, now.instant) !== null;
+  }
+
+  // Why the record of a row could not be read, if it is so.
+  reason(record, row, instant = now.instant) {
+    const { series } = record.fields[0];
+    return series && series.at(row, instant) !== unreadable ? undefined : record.reasons.get(row);
   }
 
   // The records that a row has, or should have.
   recordsOf(row) {
-    return this.json.records.filter((each) => this.hasRecord(each.record, row) || each.reasons.has(row));
+    return this.json.records.filter((each) => this.hasRecord(each.record, row) || this.reason(each, row));
   }
 }
 
@@ -79,6 +96,7 @@ class Figure {
     this.row = row;
     this.record = record;
     this.field = field;
+    this.instant = instant;
     this.raw = rawValue(record, field, row, instant);
     this.isUnlimited = Boolean(field.limit) && isAllOnes(this.raw, true);
     const isKnown = this.raw !== null && !this.isUnlimited && !isUnavailable(this.raw, field);
@@ -88,12 +106,16 @@ class Figure {
   // Why there is no value, in words.
   get reason() {
     if (this.raw !== null) return 'the host does not tell it';
-    const status = this.record.reasons.get(this.row);
+    const status = this.family.reason(this.record, this.row, this.instant);
     return status ? `could not be read: ${status}` : 'has no such record';
   }
 }
 
 function rawValue(record, field, row, instant) {
+  if (field.series) {
+    const value = field.series.at(row, instant);
+    return Number.isFinite(value) ? value : null;
+  }
   const position = record.positions ? record.positions[row] : row;
   if (position < 0) return null;
   const values = field.values[Math.min(instant, field.values.length - 1)];

@@ -15,6 +15,27 @@ function setProperty(made, name, value) {
   else made.setAttribute(name, value === true ? '' : value);
 }
 
+function byId(id) {
+  return document.getElementById(id);
+}
+
+function rightCell(...children) {
+  return element('td', { class: 'right' }, children);
+}
+
+function rowHeader(...children) {
+  return element('th', { scope: 'row' }, children);
+}
+
+// A name may be in a script that runs from right to left.
+function nameElement(name) {
+  return element('bdi', {}, name);
+}
+
+function emptyText(text) {
+  return element('p', { class: 'empty' }, text);
+}
+
 function show(id, ...children) {
   document.querySelector(id).replaceChildren(...children.flat().filter(Boolean));
 }
@@ -47,7 +68,7 @@ function table(caption, columns, rows) {
 // Where the figures come from that were looked up since the last call.
 function sources() {
   const columns = ['figure', 'unit', 'meaning', 'node'].map((text) => ({ text }));
-  const rows = [...usedColumns].map(([key, { record, field }]) => element('tr', {}, element('th', { scope: 'row' }, key),
+  const rows = [...usedColumns].map(([key, { record, field }]) => element('tr', {}, rowHeader(key),
     [field.unit || 'none', field.meaning, record.node].map((text) => element('td', {}, text))));
   usedColumns.clear();
   const title = 'Where these figures come from';

@@ -18,14 +18,25 @@ function openHost(data) {
   host.buddies = new Family(data.families.buddy);
   host.pools = new Family(data.families.pool);
   host.heaps = new Family(data.families.heap);
+  findMembers();
+}
+
+// Finds what is there at the instant.
+function findMembers() {
   host.members = membersOf(host.groups);
   host.machines = host.groups.rows().filter(isMachine);
 }
 
+// The lists that could not be read at the instant, as [path, reason].
+function unreadableLists() {
+  const isNow = (bounds) => bounds.filter((bound) => bound <= now.instant).length % 2 === 1;
+  return host.data.unreadableLists.filter(([, , bounds]) => !bounds || isNow(bounds));
+}
+
 // The rows of the members of each group.
 function membersOf(groups) {
-  const members = groups.rows().map(() => []);
-  for (let row = 1; row < groups.count; ++row) members[groups.of('parent', row)].push(row);
+  const members = Array.from({ length: groups.count }, () => []);
+  for (const row of groups.rows()) members[groups.of('parent', row)]?.push(row);
   return members;
 }
 

@@ -100,12 +100,15 @@ function findUnreadable() {
     const key = `${what}: ${reason}`;
     reasons.set(key, (reasons.get(key) ?? 0) + 1);
   };
-  for (const [path, reason] of host.data.unreadableLists) {
+  for (const [path, reason] of unreadableLists()) {
     count(path.endsWith('/members/groups') ? 'Members of a group' : `The list ${path}`, reason);
   }
   for (const family of [host.host, host.states, host.groups, host.buddies, host.pools, host.heaps]) {
     for (const record of family.json.records) {
-      for (const reason of record.reasons.values()) count(record.record, reason);
+      for (const row of record.reasons.keys()) {
+        const reason = family.isThere(row) && family.reason(record, row);
+        if (reason) count(record.record, reason);
+      }
     }
   }
   return [...reasons].map(([text, times]) => (

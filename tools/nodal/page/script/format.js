@@ -58,7 +58,20 @@ function flagsText(bits) {
 function originText(figure) {
   const digits = figure.value === undefined ? figureText(figure) : countText(figure.value);
   const reason = figure.value === undefined && !figure.isUnlimited ? `: ${figure.reason}` : '';
-  return `${digits} ${figure.value === undefined ? '' : figure.field.unit}${reason} · ${figure.key}: ${figure.field.meaning}`;
+  return `${digits} ${figure.value === undefined ? '' : figure.field.unit}${reason} · ${figure.key}: ${figure.field.meaning}${sampleText(figure)}`;
+}
+
+// The sample that a figure is from, if it is not that of the instant.
+function sampleText(figure) {
+  const { series } = figure.field;
+  if (!series || time.span.tolerance === 0) return '';
+  const change = series.find(figure.row, figure.instant);
+  if (change < 0 || series.instants[change] === figure.instant) return '';
+  return ` · as of ${instantText(series.instants[change])}, since when it changed by at most ${toleranceText()}`;
+}
+
+function toleranceText() {
+  return `${(time.span.tolerance * 100).toFixed(1)} %`;
 }
 
 // The path of the node that has a figure of a group, for "nodal get".

@@ -43,7 +43,7 @@ function stateTable(current) {
   const states = host.states.rows();
   const mark = (state) => state === current && 'current';
   const title = 'computed from StateTransitionsRecord, see the sources';
-  const row = element('tr', {}, element('th', { scope: 'row' }, 'entered'),
+  const row = element('tr', {}, rowHeader('entered'),
     states.map((state) => element('td', { class: mark(state), title }, countText(entriesOf(state)))));
   return scrolling('Memory states', table('Memory states, from most to least free memory, and how often the host entered each',
     [{ text: 'state' }, ...states.map((state) => ({ text: host.states.name(state) }))], [row]));
@@ -91,18 +91,18 @@ function memoryParts() {
 }
 
 function memoryBar() {
-  if (!host.host.hasRecord('ComprehensiveRecord', 0)) return element('p', { class: 'empty' }, 'The host\'s memory could not be read.');
+  if (!host.host.hasRecord('ComprehensiveRecord', 0)) return emptyText('The host\'s memory could not be read.');
   const parts = memoryParts();
   const total = host.host.value(whole('total'), 0);
   const all = sum(parts.map((part) => part.kb));
   const bars = parts.map((part) => barPart(part.style, (part.kb ?? 0) / all, `${part.name}: ${amountText(part.kb)}`));
   const rows = parts.map((part) => element('tr', {},
-    element('th', { scope: 'row' }, element('span', { class: `swatch ${part.style}` }), part.name),
-    element('td', { class: 'right' }, partElement(part)), element('td', { class: 'right' }, percentText(part.kb / total)),
+    rowHeader(element('span', { class: `swatch ${part.style}` }), part.name),
+    rightCell(partElement(part)), rightCell(percentText(part.kb / total)),
     element('td', { class: 'origin' }, `${part.key}${part.how ? ` (${part.how})` : ''}`)));
-  const sumRow = element('tr', { class: 'total' }, element('th', { scope: 'row' }, 'Sum'),
-    element('td', { class: 'right' }, element('span', { title: `${countText(all)} KB` }, amountText(all))),
-    element('td', { class: 'right' }, percentText(all / total)),
+  const sumRow = element('tr', { class: 'total' }, rowHeader('Sum'),
+    rightCell(element('span', { title: `${countText(all)} KB` }, amountText(all))),
+    rightCell(percentText(all / total)),
     element('td', { class: 'origin' }, all > total ? 'more than the total: some figures overlap' : 'the total of the host'));
   return element('div', {}, element('div', { class: 'bar tall', role: 'img', 'aria-label': 'The parts of all memory, as in the table' }, bars),
     scrolling('Where all memory is', table('The parts of all memory', [{ text: 'part' }, { text: 'amount', right: true },
@@ -154,8 +154,8 @@ function poolsCard() {
   const used = (row) => host.pools.value('LPoolStatsRecord.nrLPages', row);
   const rows = host.pools.rows().filter((row) => host.pools.hasRecord('LPoolStatsRecord', row) && used(row) > 0);
   if (rows.length === 0) return factsCard('Huge-page pools', [['pools with pages', 'none']]);
-  const body = rows.map((row) => element('tr', {}, element('th', { scope: 'row' }, host.pools.name(row)),
-    element('td', { class: 'right' }, String(host.pools.of('id', row))),
+  const body = rows.map((row) => element('tr', {}, rowHeader(host.pools.name(row)),
+    rightCell(String(host.pools.of('id', row))),
     element('td', { class: 'right', title: originText(host.pools.figure('LPoolStatsRecord.nrLPages', row)) }, amountText(used(row) * 2048)),
     element('td', { class: 'right', title: originText(host.pools.figure('LPoolStatsRecord.nrFreeSPages', row)) },
       amountText(host.pools.value('LPoolStatsRecord.nrFreeSPages', row) * 4))));

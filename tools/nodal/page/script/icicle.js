@@ -21,7 +21,17 @@ function showGroups() {
   drawIcicle();
   showPanel(icicle.selected);
   document.querySelector('#groups .body').append(sources());
-  new ResizeObserver(([{ contentRect }]) => contentRect.width !== icicle.width && drawIcicle()).observe(document.getElementById('icicle'));
+  new ResizeObserver(([{ contentRect }]) => contentRect.width !== icicle.width && drawIcicle()).observe(byId('icicle'));
+}
+
+// Shows another instant. A group that is not there gives its place to one above it.
+function showGroupsAgain() {
+  const isThere = (row) => host.groups.isThere(row);
+  if (!isThere(icicle.selected)) icicle.selected = ancestry(icicle.selected).findLast(isThere) ?? 0;
+  icicle.root = icicle.root.filter(isThere);
+  if (icicle.root.length === 0) icicle.root = host.members[icicle.selected].length > 0 ? [icicle.selected] : rootAbove([icicle.selected]);
+  searchGroups(byId('search').value);
+  showPanel(icicle.selected);
 }
 
 function legend() {
@@ -40,7 +50,7 @@ function chooseMeasure(measure) {
 }
 
 function drawIcicle() {
-  const tree = document.getElementById('icicle');
+  const tree = byId('icicle');
   const width = tree.clientWidth;
   icicle.width = width;
   if (width === 0) return;
@@ -150,7 +160,7 @@ function showPath() {
   const isRun = icicle.root.length > 1;
   const steps = rows.slice(0, isRun ? -1 : undefined).map((each) =>
     element('li', {}, element('button', { type: 'button', onclick: () => zoomTo([each]),
-      'aria-current': each === row ? 'true' : null }, element('bdi', {}, host.groups.name(each)))));
+      'aria-current': each === row ? 'true' : null }, nameElement(host.groups.name(each)))));
   if (isRun) steps.push(element('li', {}, `${countText(icicle.root.length)} groups`));
   show('#path', element('ol', {}, steps));
 }
@@ -187,7 +197,7 @@ function neighbour(box, step) {
 }
 
 function focusBox(box) {
-  const tree = document.getElementById('icicle');
+  const tree = byId('icicle');
   const items = tree.children;
   [icicle.focused] = box.rows;
   for (const [i, each] of icicle.boxes.entries()) items[i].tabIndex = each === box ? 0 : -1;
@@ -205,6 +215,6 @@ function searchGroups(text) {
   const { all } = extents(measures[0]);
   const first = found.sort((a, b) => all[b] - all[a]).slice(0, mostMatches);
   show('#matches', wanted !== '' && `${pluralText(found.length, 'group')} found${found.length > first.length ? `, the largest ${mostMatches}` : ''}. `,
-    first.map((row) => element('button', { type: 'button', onclick: () => reveal(row) }, element('bdi', {}, host.groups.name(row)))));
+    first.map((row) => element('button', { type: 'button', onclick: () => reveal(row) }, nameElement(host.groups.name(row)))));
   drawIcicle();
 }

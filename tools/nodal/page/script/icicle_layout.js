@@ -30,11 +30,11 @@ function extents(measure) {
 }
 
 function computeExtents(measure) {
-  const values = host.groups.rows().map((row) => measure.figure(row)?.value);
+  const rows = host.groups.rows();
   const members = new Float64Array(host.groups.count);
   const all = new Float64Array(host.groups.count);
-  for (let row = host.groups.count - 1; row >= 0; --row) {
-    const own = values[row];
+  for (const row of rows.reverse()) {
+    const own = measure.figure(row)?.value;
     all[row] = own === undefined ? members[row] : measure.isWhole ? own : Math.max(own, members[row]);
     if (row > 0) members[host.groups.of('parent', row)] += all[row];
   }

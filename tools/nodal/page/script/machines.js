@@ -39,7 +39,7 @@ function guestFigure(field, row) {
 
 function showMachines() {
   if (host.machines.length === 0) {
-    show('#machines .body', element('p', { class: 'empty' }, 'No virtual machine runs on this host.'));
+    show('#machines .body', emptyText('No virtual machine runs on this host.'));
     return;
   }
   show('#machines .body', machineLegend(), element('div', { id: 'machine-table' }));
@@ -95,9 +95,9 @@ function sortMachines(key) {
 function machineRow(row, longest) {
   const cells = machineColumns.slice(1).map((column) => {
     const figure = column.figure(row);
-    return element('td', { class: 'right' }, figure ? figureElement(figure) : element('span', { class: 'na', title: 'has no such record' }, 'n/a'));
+    return rightCell(figure ? figureElement(figure) : element('span', { class: 'na', title: 'has no such record' }, 'n/a'));
   });
-  const name = element('a', { href: groupLink(row) }, element('bdi', {}, host.groups.name(row)));
+  const name = element('a', { href: groupLink(row) }, nameElement(host.groups.name(row)));
   return element('tr', {}, element('th', { scope: 'row', class: 'name' }, name), element('td', { class: 'backing' }, machineBar(row, longest)), cells);
 }
 

@@ -1,6 +1,7 @@
 // Replaces the page for readers without scripts by views that can be used.
 
 function showViews() {
+  showLanes();
   showOverview();
   showGroups();
   showMachines();
@@ -11,12 +12,12 @@ function showViews() {
 // Follows links to groups, such as #group-10.
 function followLink() {
   const match = /^#group-(-?\d+)$/.exec(location.hash);
-  if (!match) return document.getElementById(location.hash.slice(1))?.scrollIntoView();
+  if (!match) return byId(location.hash.slice(1))?.scrollIntoView();
   const row = host.groups.rows().find((each) => String(host.groups.of('id', each)) === match[1]);
   if (row === undefined) return;
   reveal(row);
-  document.getElementById('groups').scrollIntoView();
-  document.getElementById('panel').focus({ preventScroll: true });
+  byId('groups').scrollIntoView();
+  byId('panel').focus({ preventScroll: true });
 }
 
 // Opens all details for the printer, and closes them afterwards.
@@ -27,7 +28,9 @@ function prepareForPrinting() {
 }
 
 async function start() {
-  openHost(await readData());
+  const data = await readData();
+  openTime(data);
+  openHost(data);
   showViews();
   followLink();
   addEventListener('popstate', followLink);
@@ -36,7 +39,7 @@ async function start() {
 }
 
 start().catch((error) => {
-  const trouble = document.getElementById('trouble');
+  const trouble = byId('trouble');
   trouble.hidden = false;
   trouble.textContent = `This browser cannot show the views: ${error.message}. The tables below have the main figures.`;
 });

@@ -8,7 +8,7 @@ function orderText(order) {
 function showNodes() {
   const nodes = numaNodes();
   if (nodes.length === 0) {
-    show('#nodes .body', element('p', { class: 'empty' }, 'The page allocator\'s free blocks could not be read.'));
+    show('#nodes .body', emptyText('The page allocator\'s free blocks could not be read.'));
     return;
   }
   const largest = largestOrder(nodes);
@@ -44,7 +44,7 @@ function heatRow(name, rows, largest, style) {
     return element('td', { class: 'right', title: text }, element('span', { class: kb === 0 ? 'zero' : 'figure' }, `${amountText(kb)} `),
       element('small', {}, free > 0 ? percentText(kb / free) : ''));
   };
-  return element('tr', { class: style }, element('th', { scope: 'row' }, element('bdi', {}, name)),
+  return element('tr', { class: style }, rowHeader(nameElement(name)),
     element('td', { class: 'right', title: `${countText(free)} KB` }, amountText(free)), usable(9), usable(18),
     Array.from({ length: largest + 1 }, (_, order) => heatCell(rows, order, free)));
 }

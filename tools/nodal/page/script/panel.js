@@ -3,12 +3,21 @@
 const shortList = 12;
 
 function showPanel(row) {
-  const panel = document.getElementById('panel');
+  const panel = byId('panel');
   panel.replaceChildren(...[
-    element('h3', {}, element('bdi', {}, host.groups.name(row))),
+    element('h3', {}, nameElement(host.groups.name(row))),
     element('p', { class: 'kind' }, `${kindOf(row)}, ID ${host.groups.of('id', row)}${tagText(row)}`),
-    largeGauge(row), factList(row), memberList(row), allFigures(row),
+    laneButton(row), largeGauge(row), factList(row), memberList(row), allFigures(row),
   ].filter(Boolean));
+}
+
+function laneButton(row) {
+  if (!time.isSpan || row === 0) return null;
+  const text = () => (hasLane(row) ? 'Remove from the lanes' : 'Add to the lanes');
+  return element('button', { type: 'button', class: 'lane', onclick: ({ target }) => {
+    toggleLane(row);
+    target.textContent = text();
+  } }, text());
 }
 
 function tagText(row) {
@@ -38,7 +47,7 @@ function memberList(row, most = shortList) {
   const members = orderedMembers()[row];
   if (members.length === 0) return null;
   const items = members.slice(0, most).map((each) => element('li', {},
-    element('button', { type: 'button', onclick: () => reveal(each) }, element('bdi', {}, host.groups.name(each))), ' ',
+    element('button', { type: 'button', onclick: () => reveal(each) }, nameElement(host.groups.name(each))), ' ',
     figureElement(host.groups.figure(stats('consumed'), each))));
   const more = members.length - items.length;
   const list = element('div', { class: 'members' }, element('h4', {}, pluralText(members.length, 'member')), element('ul', {}, items),
@@ -53,12 +62,14 @@ function allFigures(row) {
 }
 
 function recordTable(record, row) {
-  const figures = record.fields.map((field) => host.groups.figure(`${record.record}.${field.name}`, row));
+  // A page of a span has some figures only for machines.
+  const fields = record.fields.filter((field) => !field.series || field.series.hasAny(row));
+  const figures = fields.map((field) => host.groups.figure(`${record.record}.${field.name}`, row));
   const reason = record.reasons.get(row);
   const caption = `${record.record} of ${pathOf(figures[0])}${reason ? ` could not be read: ${reason}` : ''}`;
   if (reason) return element('p', { class: 'na' }, caption);
-  const rows = figures.map((figure) => element('tr', {}, element('th', { scope: 'row' }, figure.field.name),
-    element('td', { class: 'right' }, figureElement(figure)), element('td', {}, digitsText(figure)),
+  const rows = figures.map((figure) => element('tr', {}, rowHeader(figure.field.name),
+    rightCell(figureElement(figure)), element('td', {}, digitsText(figure)),
     element('td', {}, figure.field.meaning)));
   const columns = [{ text: 'field' }, { text: 'value', right: true }, { text: 'exactly' }, { text: 'meaning' }];
   return scrolling(caption, table(caption, columns, rows));

@@ -1,0 +1,190 @@
+#include "tools/nodal/page/span_reader.h"
+
+#include <algorithm>
+
+#include "tests/tools/nodal/history/recorded.h"
+#include "tools/nodal/page/figure_budget.h"
+#include "tools/nodal/page/span_json.h"
+
+namespace nodal {
+namespace {
+
+PageSpan SpanOfHistory(const Recorded &history, const std::string &from = "", const std::string &to = "") {
+  return ReadSpan({.folder = history.path(), .from = from, .to = to}, nullptr).span;
+}
+
+const SpanColumn &ColumnOf(const SpanFamily &family, const Node &node, const std::string &name) {
+  for (const SpanRecords &records : family.records) {
+    if (records.node != &node) continue;
+    for (const SpanColumn &column : records.columns) {
+      if (column.column.name == name) return column;
+    }
+  }
+  throw std::runtime_error("no column " + name);
+}
+
+const SpanColumn &Consumed(const PageSpan &span) {
+  return ColumnOf(span.groups, nodes::sched_groups_stats_memoryStats, "consumed");
+}
+
+size_t RowOfGroup(const PageSpan &span, int64_t id) {
+  const auto found = std::ranges::find(span.groups.rows, id, &PageRow::id);
+  EXPECT_NE(found, span.groups.rows.end());
+  return static_cast<size_t>(found - span.groups.rows.begin());
+}
+
+// The host's group with these members, each of which consumes 100 KB.
+Sample GroupsOf(const std::vector<int64_t> &members) {
+  Sample sample;
+  sample.Add("/sched/groups/0/members/groups", platkit::history::ValueType::kIntegers,
+             std::as_bytes(std::span(members)));
+  for (const int64_t group : members) {
+    GroupMemoryStatsRecord stats = {};
+    stats.consumed = 100;
+    AddRecord(sample, "/sched/groups/" + std::to_string(group) + "/stats/memoryStats", stats);
+  }
+  sample.Sort();
+  return sample;
+}
+
+TEST(StepOfSpan, IsAMinuteForADay) {
+  constexpr int64_t kHours = 3600;
+  EXPECT_EQ(StepOfSpan(24 * kHours, 5), 60);
+  EXPECT_EQ(StepOfSpan(kHours, 5), 5);
+  EXPECT_EQ(StepOfSpan(kHours, 1), 5);
+  EXPECT_EQ(StepOfSpan(600, 1), 1);
+  EXPECT_EQ(StepOfSpan(600, 60), 60);
+  EXPECT_EQ(StepOfSpan(31 * 24 * kHours, 5), 1800);
+  EXPECT_EQ(StepOfSpan(0, 5), 5);
+  EXPECT_LT(INT64_MAX / StepOfSpan(INT64_MAX, 5), 1500);
+}
+
+TEST(SpanReader, ReadsTheFirstSampleOfEachStep) {
+  Recorded history;
+  history.AddGroups(0, 9000);
+  const PageSpan span = SpanOfHistory(history);
+  EXPECT_EQ(span.step, 10);
+  EXPECT_EQ(span.samples, 1800u);
+  ASSERT_EQ(span.seconds.size(), 900u);
+  EXPECT_EQ(span.seconds[1], kStart + 10);
+  const SpanColumn &consumed = Consumed(span);
+  const size_t row = RowOfGroup(span, 1);
+  EXPECT_EQ(ValueAt(consumed.values[row], 7), NumberValue(1000 + 700));
+  // The second sample of a step has 50 KB more.
+  EXPECT_EQ(ValueAt(consumed.below[row], 7), NumberValue(0));
+  EXPECT_EQ(ValueAt(consumed.above[row], 7), NumberValue(50));
+}
+
+TEST(SpanReader, ReadsARange) {
+  Recorded history;
+  history.AddGroups(0, 7300);
+  const PageSpan span = SpanOfHistory(history, "2025-11-21T03:12:10Z", "2025-11-21T03:12:20Z");
+  EXPECT_EQ(span.seconds, (std::vector<int64_t>{kStart + 10, kStart + 15, kStart + 20}));
+}
+
+TEST(SpanReader, ReadsFiguresThatAreNotAvailable) {
+  Recorded history;
+  history.AddGroups(0, 20);
+  const PageSpan span = SpanOfHistory(history);
+  const SpanColumn &touched = ColumnOf(span.groups, nodes::sched_groups_stats_memoryStats, "touched");
+  EXPECT_EQ(ValueAt(touched.values[RowOfGroup(span, 1)], 2).kind, FigureValue::kAllOnes);
+  EXPECT_EQ(ValueAt(touched.values[0], 2).kind, FigureValue::kNoRecord);
+}
+
+TEST(SpanReader, TellsWhenGroupsAreThere) {
+  Recorded history;
+  history.Add(GroupsOf({1}), 0);
+  history.Add(GroupsOf({1, 2}), 5);
+  history.Add(GroupsOf({1}), 10);
+  history.Add(GroupsOf({1, 2}), 15);
+  const PageSpan span = SpanOfHistory(history);
+  EXPECT_EQ(span.groups.rows.size(), 3u);
+  EXPECT_EQ(span.groups.lives[RowOfGroup(span, 1)], (FigureChanges{{0, NumberValue(1)}}));
+  EXPECT_EQ(span.groups.lives[RowOfGroup(span, 2)],
+            (FigureChanges{{1, NumberValue(1)}, {2, NumberValue(0)}, {3, NumberValue(1)}}));
+}
+
+TEST(SpanReader, GivesAReusedIdentifierARowOfItsOwn) {
+  Recorded history;
+  for (const auto &[second, name] : {std::pair(0, "first"), {5, "second"}}) {
+    Sample sample = GroupsOf({1});
+    GroupNameRecord record = {};
+    std::strncpy(record.name, name, sizeof record.name - 1);
+    AddRecord(sample, "/sched/groups/1/groupName", record);
+    sample.Sort();
+    history.Add(std::move(sample), second);
+  }
+  const PageSpan span = SpanOfHistory(history);
+  ASSERT_EQ(span.groups.rows.size(), 3u);
+  EXPECT_EQ(span.groups.rows[1].name, "first");
+  EXPECT_EQ(span.groups.rows[2].name, "second");
+  EXPECT_EQ(ValueAt(span.groups.lives[1], 1), NumberValue(0));
+  EXPECT_EQ(ValueAt(Consumed(span).values[2], 0), FigureValue());
+  EXPECT_EQ(ValueAt(Consumed(span).values[2], 1), NumberValue(100));
+}
+
+TEST(SpanReader, TellsWhatCouldNotBeRead) {
+  Recorded history;
+  history.Add(GroupsOf({1}), 0);
+  Sample sample;
+  constexpr HVC_ReturnStatus kStatus = HVC_NO_PERMISSION;
+  const int64_t member = 1;
+  sample.Add("/sched/groups/0/members/groups", platkit::history::ValueType::kIntegers,
+             std::as_bytes(std::span(&member, 1)));
+  AddRecord(sample, "failed:/sched/groups/1/stats/memoryStats", kStatus);
+  AddRecord(sample, "failed:/system/heaps", kStatus);
+  history.Add(std::move(sample), 5);
+  history.Add(GroupsOf({1}), 10);
+  const PageSpan span = SpanOfHistory(history);
+  const SpanColumn &consumed = Consumed(span);
+  EXPECT_EQ(ValueAt(consumed.values[1], 0), NumberValue(100));
+  EXPECT_EQ(ValueAt(consumed.values[1], 1).kind, FigureValue::kUnreadable);
+  EXPECT_EQ(ValueAt(consumed.values[1], 2), NumberValue(100));
+  ASSERT_EQ(span.unreadableLists.size(), 1u);
+  EXPECT_EQ(span.unreadableLists[0].path, "/system/heaps");
+  EXPECT_EQ(span.unreadableLists[0].instants, (std::vector<std::pair<uint32_t, uint32_t>>{{1, 2}}));
+}
+
+TEST(SpanReader, TellsOfGaps) {
+  Recorded history;
+  history.AddGroups(0, 20);
+  history.AddGroups(100, 120);
+  const PageSpan span = SpanOfHistory(history);
+  ASSERT_EQ(span.events.size(), 1u);
+  EXPECT_EQ(span.events[0].from, kStart + 15);
+  EXPECT_EQ(span.events[0].to, kStart + 100);
+  EXPECT_EQ(span.events[0].reasons, "no samples were taken");
+}
+
+// The sizes of their records may differ from this program's.
+TEST(SpanReader, LeavesOutSamplesOfOtherDefinitions) {
+  Recorded history;
+  history.AddGroups(0, 10);
+  const platkit::Definitions own = history.host().definitions;
+  history.host().definitions.signature += "x";
+  history.AddGroups(10, 20);
+  history.host().definitions = own;
+  history.AddGroups(20, 30);
+  const PageSpan span = SpanOfHistory(history);
+  EXPECT_EQ(span.seconds, (std::vector<int64_t>{kStart, kStart + 5, kStart + 20, kStart + 25}));
+  ASSERT_EQ(span.events.size(), 1u);
+  EXPECT_EQ(span.events[0].reasons, "the samples of another version were left out");
+}
+
+TEST(SpanReader, RefusesTooManyFigures) {
+  FigureBudget budget("folder", 100);
+  budget.TakeRow(160);
+  budget.Take(58);
+  EXPECT_THROW(budget.Take(), Failure);
+}
+
+TEST(PackedSpan, IsExactIfItIsSmall) {
+  Recorded history;
+  history.AddGroups(0, 600);
+  const PageSpan span = SpanOfHistory(history);
+  EXPECT_EQ(Packed(span, 100'000).tolerance, 0);
+  EXPECT_GT(Packed(span, 1).tolerance, 0);
+}
+
+}  // namespace
+}  // namespace nodal

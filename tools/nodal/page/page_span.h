@@ -1,0 +1,72 @@
+// The figures of a host over a span of its history.
+#ifndef NODAL_PAGE_PAGE_SPAN_H
+#define NODAL_PAGE_PAGE_SPAN_H
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tools/nodal/page/columns.h"
+#include "tools/nodal/page/figure_changes.h"
+#include "tools/nodal/page/page_data.h"
+
+namespace nodal {
+
+// A figure of each row over time.
+struct SpanColumn {
+  Column column;
+  // Whether the figure also has a band: how far below and above the value it was in any sample of the step.
+  bool hasBand;
+  bool isOfMachines = false;  // only machines have the figure; other rows have no values
+  std::vector<FigureChanges> values = {};
+  std::vector<FigureChanges> below = {};
+  std::vector<FigureChanges> above = {};
+};
+
+struct SpanRecords {
+  const Node *node;
+  std::vector<SpanColumn> columns = {};
+  std::map<size_t, HVC_ReturnStatus> unreadable = {};  // by row: why the record could not be read last
+};
+
+struct SpanFamily {
+  std::vector<PageRow> rows = {};         // all that were there at some time; a group comes after the group above it
+  std::vector<FigureChanges> lives = {};  // by row: 1 while it is there, 0 while it is not
+  std::vector<SpanRecords> records = {};
+};
+
+// What happened between two samples.
+struct SpanEvent {
+  int64_t from;  // seconds of the samples
+  int64_t to;
+  std::string reasons;
+};
+
+// A list that could not be read, and the instants from the first of each pair to before the second.
+struct SpanUnreadableList {
+  std::string path;
+  HVC_ReturnStatus status;
+  std::vector<std::pair<uint32_t, uint32_t>> instants = {};
+};
+
+// The instants are the first samples of the steps that have one.
+struct PageSpan {
+  int64_t step = 0;                   // in seconds
+  size_t samples = 0;                 // in the span
+  std::vector<int64_t> seconds = {};  // of the instants
+  std::vector<SpanEvent> events = {};
+  size_t omittedEvents = 0;
+  SpanFamily hostFigures = {};
+  SpanFamily states = {};
+  SpanFamily groups = {};
+  SpanFamily buddies = {};
+  SpanFamily pools = {};
+  SpanFamily heaps = {};
+  std::vector<SpanUnreadableList> unreadableLists = {};
+};
+
+}  // namespace nodal
+
+#endif  // NODAL_PAGE_PAGE_SPAN_H

@@ -1,0 +1,90 @@
+#include "tools/nodal/page/span_bands.h"
+
+#include <algorithm>
+
+#include "platkit/history/moment.h"
+#include "platkit/path.h"
+#include "tools/nodal/history/figure.h"
+#include "tools/nodal/snapshot/record_json.h"
+#include "tools/nodal/support/signals.h"
+#include "tools/nodal/tree/field_value.h"
+#include "tools/nodal/tree/tree.h"
+
+namespace nodal {
+namespace {
+
+using platkit::history::Entry;
+using platkit::history::Sample;
+
+// The figures of the lanes.
+const std::vector<FigurePattern> &BandPatterns() {
+  static const std::vector<FigurePattern> patterns = {FigurePattern("/memory/comprehensive.free"),
+                                                      FigurePattern("/sched/globalStats/memory/kestrel.memState"),
+                                                      FigurePattern("/sched/groups/*/stats/memoryStats.consumed")};
+  return patterns;
+}
+
+}  // namespace
+
+std::string_view FieldWithBand(const platkit::Node &node) {
+  if (node.id == nodes::memory_comprehensive.id()) return "free";
+  if (node.id == nodes::sched_globalStats_memory_kestrel.id()) return "memState";
+  return node.id == nodes::sched_groups_stats_memoryStats.id() ? "consumed" : "";
+}
+
+SpanBands::SpanBands(HistoryRange &range, int64_t step, FigureBudget &budget, Progress &progress) : budget_(budget) {
+  const FigureFilter filter(BandPatterns());
+  range.Visit(&filter, [&](const auto &info, const Sample &sample, const auto &host) {
+    ThrowIfSignalled();
+    progress.Advance();
+    if (host.definitions.signature != platkit::OwnDefinitions().signature) return;
+    ++samples_;
+    AddSample(sample, platkit::history::SecondsOf(info.time.wall) / step);
+  });
+}
+
+void SpanBands::AddSample(const Sample &sample, int64_t step) {
+  for (size_t i = 0; i < sample.size(); ++i) {
+    const Entry entry = sample[i];
+    if (i == inOrder_.size()) inOrder_.push_back(nullptr);
+    // Most samples have the keys of the sample before.
+    if (inOrder_[i] == nullptr || inOrder_[i]->first != entry.key) inOrder_[i] = &SeriesOf(entry.key);
+    Series &series = inOrder_[i]->second;
+    if (series.field == nullptr || entry.payload.size() != series.node->record->size) continue;
+    const auto bytes = BytesOfField(*series.field, entry.payload);
+    if (!IsNone(*series.field, bytes)) AddValue(series, step, IntegerOf(*series.field, bytes));
+  }
+}
+
+void SpanBands::AddValue(Series &series, int64_t step, uint64_t value) {
+  if (series.bands.empty() || series.bands.back().step != step) {
+    budget_.Take();
+    series.bands.push_back({step, value, value});
+  }
+  Band &band = series.bands.back();
+  band.least = std::min(band.least, value);
+  band.largest = std::max(band.largest, value);
+}
+
+SpanBands::PathSeries &SpanBands::SeriesOf(std::string_view path) {
+  const auto known = series_.find(path);
+  if (known != series_.end()) return *known;
+  budget_.TakeRow(path.size());
+  PathSeries &made = *series_.try_emplace(std::string(path)).first;
+  Series &series = made.second;
+  const platkit::PathTarget target = platkit::ParsePath(path);
+  if (target.node == nullptr || !target.asRecord) return made;
+  const auto found = std::ranges::find(target.node->record->fields, FieldWithBand(*target.node), &platkit::Field::name);
+  series.node = target.node;
+  if (found != target.node->record->fields.end()) series.field = &*found;
+  return made;
+}
+
+const SpanBands::Band *SpanBands::Find(std::string_view path, int64_t step) const {
+  const auto series = series_.find(path);
+  if (series == series_.end()) return nullptr;
+  const auto band = std::ranges::lower_bound(series->second.bands, step, {}, &Band::step);
+  return band == series->second.bands.end() || band->step != step ? nullptr : &*band;
+}
+
+}  // namespace nodal

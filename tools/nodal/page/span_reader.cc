@@ -1,0 +1,330 @@
+#include "tools/nodal/page/span_reader.h"
+
+#include <algorithm>
+#include <cstring>
+#include <map>
+#include <optional>
+#include <set>
+#include <unordered_map>
+#include <utility>
+
+#include "platkit/history/history_source.h"
+#include "platkit/history/moment.h"
+#include "platkit/path.h"
+#include "platkit/snapshot/format.h"
+#include "tools/nodal/history/timeline.h"
+#include "tools/nodal/page/page_reader.h"
+#include "tools/nodal/page/span_bands.h"
+#include "tools/nodal/page/span_rows.h"
+#include "tools/nodal/support/signals.h"
+#include "tools/nodal/support/text.h"
+#include "tools/nodal/tree/field_value.h"
+
+namespace nodal {
+namespace {
+
+using platkit::SampleSource;
+using platkit::history::Entry;
+using platkit::history::Sample;
+using platkit::history::SampleInfo;
+using platkit::history::SecondsOf;
+using platkit::snapshot::kFailurePrefix;
+
+constexpr int64_t kMaxSteps = 1500;
+constexpr size_t kMaxEvents = 500;
+
+// A family of the instant and of the span.
+struct FamilyPair {
+  PageFamily PageData::*now;
+  SpanFamily PageSpan::*all;
+};
+
+constexpr FamilyPair kFamilies[] = {
+    {&PageData::hostFigures, &PageSpan::hostFigures},
+    {&PageData::states, &PageSpan::states},
+    {&PageData::groups, &PageSpan::groups},
+    {&PageData::buddies, &PageSpan::buddies},
+    {&PageData::pools, &PageSpan::pools},
+    {&PageData::heaps, &PageSpan::heaps},
+};
+
+bool AreEqual(const Entry &a, const Entry &b) { return a.type == b.type && std::ranges::equal(a.payload, b.payload); }
+
+// Calls `visit` with the key of each entry that only one of the samples has, or that differs.
+template <typename Visit>
+void ForEachDifference(const Sample &before, const Sample &after, Visit visit) {
+  size_t i = 0, k = 0;
+  while (i < before.size() || k < after.size()) {
+    const int order = i == before.size() ? 1 : k == after.size() ? -1 : before[i].key.compare(after[k].key);
+    if (order != 0 || !AreEqual(before[i], after[k])) visit(order < 0 ? before[i].key : after[k].key);
+    if (order <= 0) ++i;
+    if (order >= 0) ++k;
+  }
+}
+
+// The path that an entry is about, which it has or which could not be read.
+std::string_view PathOfKey(std::string_view key) {
+  return key.starts_with(kFailurePrefix) ? key.substr(kFailurePrefix.size()) : key;
+}
+
+FigureValue ValueOf(const Column &column, std::span<const std::byte> record) {
+  const std::span<const std::byte> bytes = column.BytesIn(record);
+  if (!IsSigned(column.field->type) && IsNone(*column.field, bytes)) return {.kind = FigureValue::kAllOnes};
+  const uint64_t number = IntegerOf(*column.field, bytes);
+  // No host has as much; only a forged history does.
+  const bool isTooLarge = !IsSigned(column.field->type) && number > INT64_MAX;
+  return isTooLarge ? NumberValue(INT64_MAX) : NumberValue(static_cast<int64_t>(number));
+}
+
+class SpanReader {
+ public:
+  SpanReader(const RangeOptions &range, Pseudonyms *pseudonyms)
+      : options_(range), pseudonyms_(pseudonyms), budget_(range.folder) {
+    for (const FamilyPair &family : kFamilies)
+      rows_.emplace_back(span_.*family.all, budget_);
+  }
+
+  SpanReading Read() {
+    FixRange();
+    HistoryRange all({.folder = options_.folder, .from = options_.from, .to = options_.to});
+    progress_.Begin("samples", samples_);
+    const SpanBands bands(all, span_.step, budget_, progress_);
+    bands_ = &bands;
+    HistoryRange steps({.folder = options_.folder,
+                        .from = options_.from,
+                        .to = options_.to,
+                        .step = std::to_string(span_.step) + "s"});
+    progress_.Begin("steps", steps_);
+    steps.Visit(nullptr, [this](const auto &info, const Sample &sample, const auto &header) {
+      ThrowIfSignalled();
+      progress_.Advance();
+      AddSample(info, sample, header);
+    });
+    if (span_.seconds.empty()) throw NoSample();
+    span_.samples = bands.samples();
+    return {.span = std::move(span_), .last = LastInstant(), .host = host_};
+  }
+
+ private:
+  // Times relative to the end of a history move while it grows. Steps depend on the part of the range with samples.
+  void FixRange() {
+    const HistoryRange range(options_);
+    platkit::history::History history;
+    OpenHistory(options_.folder, history);
+    const platkit::history::History::Span all = SpanOf(options_.folder, history);
+    options_.from = platkit::history::TimeText(range.from());
+    options_.to = platkit::history::TimeText(range.to());
+    const int64_t from = std::max(range.from(), all.first), to = std::min(range.to(), all.last);
+    if (from > to) throw NoSample();
+    options_.from = platkit::history::TimeText(from);
+    options_.to = platkit::history::TimeText(to);
+    const Timeline timeline = ReadTimeline(options_.folder, from, to);
+    span_.step = StepOfSpan(to - from, timeline.host.intervalMillis / 1000);
+    samples_ = timeline.samples;
+    steps_ = std::min(samples_, static_cast<size_t>((to - from) / span_.step + 1));
+    for (const TimelineEvent &event : timeline.events) {
+      if (event.to >= from && event.from <= to) AddEvent({event.from, event.to, event.reasons});
+    }
+  }
+
+  Failure NoSample() const { return {options_.folder, "no sample from " + options_.from + " to " + options_.to}; }
+
+  // Reasons can contain the release of the kernel.
+  void AddEvent(SpanEvent event) {
+    if (span_.events.size() == kMaxEvents) {
+      ++span_.omittedEvents;
+      return;
+    }
+    event.reasons = pseudonyms_ == nullptr ? Printable(event.reasons) : "the recording was interrupted";
+    span_.events.push_back(std::move(event));
+  }
+
+  void AddSample(const SampleInfo &info, const Sample &sample, const platkit::history::HostHeader &header) {
+    if (header.definitions.signature != platkit::OwnDefinitions().signature) {
+      isAfterOthers_ = true;
+      return;
+    }
+    host_ = header.host;
+    const auto instant = static_cast<uint32_t>(span_.seconds.size());
+    const int64_t second = SecondsOf(info.time.wall);
+    if (std::exchange(isAfterOthers_, false) && instant > 0)
+      AddEvent({span_.seconds.back(), second, "the samples of another version were left out"});
+    span_.seconds.push_back(second);
+    budget_.Take();
+    std::vector<std::string> changed = ChangedPaths(sample);
+    previous_ = sample;
+    if (AreRowsChanged(changed)) {
+      ReadRows(instant);
+      for (const auto &[path, place] : places_)
+        AddRecord(instant, path, place);
+      return;
+    }
+    for (const std::string &path : changed) {
+      const auto [first, end] = places_.equal_range(path);
+      for (auto place = first; place != end; ++place)
+        AddRecord(instant, path, place->second);
+    }
+    // A band can change where its figure does not.
+    for (const auto &[path, place] : placesWithBands_)
+      AddRecord(instant, path, place);
+  }
+
+  std::vector<std::string> ChangedPaths(const Sample &sample) const {
+    std::vector<std::string> paths;
+    ForEachDifference(previous_, sample, [&](std::string_view key) { paths.emplace_back(PathOfKey(key)); });
+    return paths;
+  }
+
+  // Whether nodes changed on which the rows depend.
+  bool AreRowsChanged(const std::vector<std::string> &changed) const {
+    if (span_.seconds.size() == 1) return true;
+    return std::ranges::any_of(changed, [this](const std::string &path) {
+      const platkit::PathTarget target = platkit::ParsePath(path);
+      return target.node != nullptr && rowNodes_.contains(target.node->id);
+    });
+  }
+
+  void ReadRows(uint32_t instant) {
+    SampleSource source(previous_, platkit::OwnDefinitions());
+    SourceTree host(source);
+    CachingTree tree(host, ThrowIfSignalled);
+    const PageData now = ReadPageRows(tree, pseudonyms_);
+    for (const auto &[path, answer] : tree.answers())
+      rowNodes_.insert(answer.node->id);
+    AddUnreadableLists(instant, now.unreadableLists);
+    places_.clear();
+    placesWithBands_.clear();
+    for (size_t family = 0; family < std::size(kFamilies); ++family) {
+      const PageFamily &rowsNow = now.*kFamilies[family].now;
+      rows_[family].Update(instant, rowsNow);
+      FindPlaces(family, rowsNow);
+    }
+  }
+
+  // A record of a row of the span.
+  struct Place {
+    size_t family;
+    size_t records;
+    size_t row;
+  };
+
+  void FindPlaces(size_t family, const PageFamily &now) {
+    SpanFamily &all = span_.*kFamilies[family].all;
+    for (size_t i = 0; i < all.records.size(); ++i) {
+      const bool hasBand = std::ranges::any_of(all.records[i].columns, &SpanColumn::hasBand);
+      for (size_t row = 0; row < now.rows.size(); ++row) {
+        const std::optional<RecordPath> record = RecordOf(*all.records[i].node, now.rows[row]);
+        if (!record) continue;
+        const Place place = {family, i, rows_[family].rows()[row]};
+        const std::string path = PathOf(*record->node, record->arguments);
+        places_.emplace(path, place);
+        if (hasBand) placesWithBands_.emplace_back(path, place);
+      }
+    }
+  }
+
+  void AddRecord(uint32_t instant, const std::string &path, const Place &place) {
+    SpanFamily &family = span_.*kFamilies[place.family].all;
+    SpanRecords &records = family.records[place.records];
+    const bool isMachine = family.rows[place.row].instances.contains("monitor");
+    Entry entry;
+    const bool isThere = previous_.Find(path, entry);
+    const bool isReadable = isThere && entry.type == platkit::history::ValueType::kRecord &&
+                            entry.payload.size() == records.node->record->size;
+    FigureValue missing;
+    if (!isReadable && (isThere || HasFailed(path, entry))) {
+      missing.kind = FigureValue::kUnreadable;
+      records.unreadable[place.row] = isThere ? HVC_SNAPSHOT_DAMAGED : StatusIn(entry);
+    }
+    const SpanBands::Band *band = bands_->Find(path, span_.seconds.back() / span_.step);
+    for (SpanColumn &column : records.columns) {
+      if (column.isOfMachines && !isMachine) continue;
+      const FigureValue value = isReadable ? ValueOf(column.column, entry.payload) : missing;
+      Keep(column.values[place.row], instant, value);
+      if (column.hasBand) AddBand(column, place.row, instant, value, band);
+    }
+  }
+
+  void AddBand(SpanColumn &column, size_t row, uint32_t instant, const FigureValue &value,
+               const SpanBands::Band *band) {
+    const bool hasBand = band != nullptr && value.kind == FigureValue::kNumber;
+    const auto part = [&](uint64_t large, uint64_t small) {
+      return hasBand && large > small ? NumberValue(static_cast<int64_t>(large - small)) : NumberValue(0);
+    };
+    const auto number = static_cast<uint64_t>(value.number);
+    Keep(column.below[row], instant, part(number, hasBand ? band->least : 0));
+    Keep(column.above[row], instant, part(hasBand ? band->largest : 0, number));
+  }
+
+  void Keep(FigureChanges &changes, uint32_t instant, const FigureValue &value) {
+    if (AddValue(changes, instant, value)) budget_.Take();
+  }
+
+  bool HasFailed(const std::string &path, Entry &entry) const {
+    return previous_.Find(std::string(kFailurePrefix) + path, entry);
+  }
+
+  static HVC_ReturnStatus StatusIn(const Entry &entry) {
+    HVC_ReturnStatus status = HVC_OK;
+    if (entry.payload.size() == sizeof status) std::memcpy(&status, entry.payload.data(), sizeof status);
+    return status == HVC_OK ? HVC_SNAPSHOT_DAMAGED : status;
+  }
+
+  void AddUnreadableLists(uint32_t instant, const std::vector<UnreadableList> &lists) {
+    for (SpanUnreadableList &known : span_.unreadableLists) {
+      if (known.instants.back().second == UINT32_MAX) known.instants.back().second = instant;
+    }
+    for (const UnreadableList &list : lists) {
+      budget_.TakeRow(list.path.size());
+      const auto [known, isNew] = unreadable_.emplace(std::pair(list.path, list.status), span_.unreadableLists.size());
+      if (isNew) span_.unreadableLists.push_back({.path = list.path, .status = list.status});
+      auto &instants = span_.unreadableLists[known->second].instants;
+      if (!instants.empty() && instants.back().second >= instant) {
+        instants.back().second = UINT32_MAX;
+      } else {
+        instants.emplace_back(instant, UINT32_MAX);
+      }
+    }
+  }
+
+  PageData LastInstant() {
+    SampleSource source(previous_, platkit::OwnDefinitions());
+    SourceTree host(source);
+    CachingTree tree(host, ThrowIfSignalled);
+    return ReadPageData(tree, pseudonyms_);
+  }
+
+  RangeOptions options_;
+  Pseudonyms *const pseudonyms_;
+  FigureBudget budget_;
+  const SpanBands *bands_ = nullptr;
+  Progress progress_;
+  size_t samples_ = 0;  // about as many are in the range
+  size_t steps_ = 0;
+  PageSpan span_;
+  bool isAfterOthers_ = false;
+  std::string host_;
+  std::vector<SpanRows> rows_;  // by family
+  Sample previous_;
+  std::map<std::pair<std::string, HVC_ReturnStatus>, size_t> unreadable_;  // indexes of span_.unreadableLists
+  std::set<uint32_t> rowNodes_;                                            // the nodes on which the rows depend
+  std::unordered_multimap<std::string, Place> places_;
+  std::vector<std::pair<std::string, Place>> placesWithBands_;
+};
+
+}  // namespace
+
+int64_t StepOfSpan(int64_t seconds, int64_t least) {
+  constexpr int64_t kMinute = 60, kHour = 60 * kMinute, kDay = 24 * kHour;
+  constexpr int64_t kSteps[] = {1,       2,           5,           10,           15,           30,
+                                kMinute, 2 * kMinute, 5 * kMinute, 10 * kMinute, 15 * kMinute, 30 * kMinute,
+                                kHour,   2 * kHour,   6 * kHour,   kDay};
+  for (const int64_t step : kSteps) {
+    if (step >= least && seconds / step < kMaxSteps) return step;
+  }
+  return std::max(least, seconds / kMaxSteps + 1);
+}
+
+SpanReading ReadSpan(const RangeOptions &range, Pseudonyms *pseudonyms) { return SpanReader(range, pseudonyms).Read(); }
+
+}  // namespace nodal

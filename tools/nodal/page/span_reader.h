@@ -1,0 +1,29 @@
+// Collects the figures of a span of a history for a page.
+#ifndef NODAL_PAGE_SPAN_READER_H
+#define NODAL_PAGE_SPAN_READER_H
+
+#include <cstdint>
+
+#include "tools/nodal/capture/pseudonyms.h"
+#include "tools/nodal/history/history_range.h"
+#include "tools/nodal/page/page_data.h"
+#include "tools/nodal/page/page_span.h"
+
+namespace nodal {
+
+struct SpanReading {
+  PageSpan span;
+  PageData last;     // of the last instant; host and source are empty
+  std::string host;  // its name, which is not anonymized
+};
+
+// Reads the samples from `range.from` to `range.to`. Replaces names if `pseudonyms` is not null. Throws a Failure, also
+// if the span has no sample.
+SpanReading ReadSpan(const RangeOptions &range, Pseudonyms *pseudonyms);
+
+// The length of the steps in seconds for a span of this length: a minute for a day. Not less than `least`.
+int64_t StepOfSpan(int64_t seconds, int64_t least);
+
+}  // namespace nodal
+
+#endif  // NODAL_PAGE_SPAN_READER_H
