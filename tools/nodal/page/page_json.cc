@@ -5,6 +5,7 @@
 #include "platkit/version.h"
 #include "tools/nodal/snapshot/record_json.h"
 #include "tools/nodal/support/text.h"
+#include "tools/nodal/tree/field_value.h"
 
 namespace nodal {
 namespace {
@@ -108,11 +109,6 @@ OrderedJson UnreadableListsToJson(const PageData &data) {
 }
 
 }  // namespace
-
-bool IsLimit(const platkit::RecordLayout &record, const Field &field) {
-  if (field.description.find("unlimited") != std::string_view::npos) return true;
-  return record.name == "GroupMemoryStatsRecord" && (field.name == "bMax" || field.name == "allocTgt");
-}
 
 std::string PageJson(const PageData &data) {
   const OrderedJson json = {{"format", 1},

@@ -15,9 +15,6 @@ namespace nodal {
 
 std::string PageJson(const PageData &data);
 
-// Whether all ones in a field mean unlimited.
-bool IsLimit(const platkit::RecordLayout &record, const platkit::Field &field);
-
 }  // namespace nodal
 
 #endif  // NODAL_PAGE_PAGE_JSON_H
