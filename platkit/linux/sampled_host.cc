@@ -13,13 +13,16 @@ constexpr size_t kMaxText = 255;
 
 }  // namespace
 
-SampledHost::SampledHost(const char *root, Reach reach, size_t maxDescriptors)
-    : files_(FilesOf(root, reach, kMaxOwnDescriptors)), source_(OpenLinuxHost(FilesOf(root, reach, maxDescriptors))) {}
+SampledHost::SampledHost(const char *root, Reach reach, size_t maxDescriptors, Clock::Time::duration settingsAge)
+    : files_(FilesOf(root, reach, kMaxOwnDescriptors, settingsAge)),
+      source_(OpenLinuxHost(FilesOf(root, reach, maxDescriptors, settingsAge))) {}
 
-HostFiles SampledHost::FilesOf(const char *root, Reach reach, size_t maxDescriptors) const {
+HostFiles SampledHost::FilesOf(const char *root, Reach reach, size_t maxDescriptors,
+                               Clock::Time::duration settingsAge) const {
   HostFiles files(root, reach);
   files.KeepOpen(maxDescriptors);
   files.UseClock(clock_.clock());
+  files.ReuseSettings(settingsAge);
   return files;
 }
 

@@ -20,7 +20,10 @@ class SampledHost {
  public:
   // The running host below `root`, or a saved root folder. Keeps up to `maxDescriptors` files open; see
   // HostFiles::KeepOpen. Throws std::bad_alloc.
-  SampledHost(const char *root, Reach reach, size_t maxDescriptors);
+  //
+  // The limits and the members of control groups are read again only if they are `settingsAge` old.
+  SampledHost(const char *root, Reach reach, size_t maxDescriptors,
+              Clock::Time::duration settingsAge = Clock::Time::duration::zero());
 
   // Opens the root folder. HVC_NOT_FOUND, HVC_NO_PERMISSION or HVC_IO_ERROR if that fails.
   [[nodiscard]] HVC_ReturnStatus Open() { return files_.OpenRoot(); }
@@ -40,7 +43,7 @@ class SampledHost {
   std::array<std::byte, 16> BootID();
 
  private:
-  HostFiles FilesOf(const char *root, Reach reach, size_t maxDescriptors) const;
+  HostFiles FilesOf(const char *root, Reach reach, size_t maxDescriptors, Clock::Time::duration settingsAge) const;
   std::string ReadLineOf(const char *path);
 
   SampleClock clock_;

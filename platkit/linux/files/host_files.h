@@ -119,6 +119,11 @@ class HostFiles {
   // Whether the host is read again and again, so that files are kept open.
   bool isSampled() const { return kept_.has_value(); }
 
+  // For a sampler that takes many samples a second or so: what changes seldom, which is the settings of control groups
+  // and the lists of members, is reused up to this age.
+  void ReuseSettings(Clock::Time::duration maxAge) { settingsAge_ = maxAge; }
+  Clock::Time::duration settingsAge() const { return settingsAge_; }
+
   Reach reach() const { return reach_; }
 
   // The clock that determines when cached values expire.
@@ -153,6 +158,7 @@ class HostFiles {
   std::string lastFolderPath_;  // ends with a slash
   std::optional<KeptFiles> kept_;
   bool keepsMore_ = true;
+  Clock::Time::duration settingsAge_ = Clock::Time::duration::zero();
   Observer observer_;
 };
 

@@ -91,7 +91,8 @@ void DeclareSource(CLI::App &app, SourceOptions &source) {
                            .NotEmpty();
   options
       .Add("--root FOLDER", source.root,
-           "Read a folder with a saved /proc and /sys instead of the running host (ls, get, metrics, capture, page, top)")
+           "Read a folder with a saved /proc and /sys instead of the running host (ls, get, metrics, capture, page, "
+           "top)")
       .NotEmpty()
       .Excludes(cache);
 }

@@ -81,8 +81,8 @@ std::string NumberText(double number, Quantity quantity, Unit unit, bool isRate)
 
 void Add(Cell &sum, const Cell &part) {
   if (part.state == CellState::kNone) return;
-  const bool isWhole = part.state == CellState::kValue &&
-                       (sum.state == CellState::kNone || sum.state == CellState::kValue);
+  const bool isWhole =
+      part.state == CellState::kValue && (sum.state == CellState::kNone || sum.state == CellState::kValue);
   const bool hasNumber = sum.hasNumber() || part.hasNumber();
   sum.number += part.hasNumber() ? part.number : 0;
   sum.state = isWhole ? CellState::kValue : hasNumber ? CellState::kAtLeast : CellState::kUnavailable;

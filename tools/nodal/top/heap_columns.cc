@@ -5,8 +5,12 @@ namespace {
 
 using enum Use;
 
-#define HEAP(name, use) {#name, use, {TOP_FIELD(system_heaps_stats, name)}}
-#define SHOWN(name, use) {#name, use, {TOP_FIELD(system_heaps_stats, name)}, {}, true}
+#define HEAP(name, use)                                 \
+  {                                                     \
+#name, use, { TOP_FIELD(system_heaps_stats, name) } \
+  }
+#define SHOWN(name, use) \
+  { #name, use, {TOP_FIELD(system_heaps_stats, name) }, {}, true }
 
 // The columns of heap-stats.
 constexpr Column kHeapColumns[] = {

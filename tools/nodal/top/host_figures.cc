@@ -13,16 +13,26 @@ constexpr Column kHostColumns[] = {
 };
 
 // A state is entered from its two neighbours.
-#define LOWER(number) \
-  Term { platkit::NodeId::sched_globalStats_memory_stateTransitions, offsetof(StateTransitionsRecord, toLowerCount), 1, number }
-#define HIGHER(number) \
-  Term { platkit::NodeId::sched_globalStats_memory_stateTransitions, offsetof(StateTransitionsRecord, toHigherCount), 1, number }
-#define COMP(name, use) {{#name, use, {TOP_FIELD(memory_comprehensive, name)}}, "comp-stats"}
-#define SCHED(name, use) {{#name, use, {TOP_FIELD(sched_globalStats_memory_kestrel, name)}}, "comp-stats"}
+#define LOWER(number)                                                                                              \
+  Term {                                                                                                           \
+    platkit::NodeId::sched_globalStats_memory_stateTransitions, offsetof(StateTransitionsRecord, toLowerCount), 1, \
+        number                                                                                                     \
+  }
+#define HIGHER(number)                                                                                              \
+  Term {                                                                                                            \
+    platkit::NodeId::sched_globalStats_memory_stateTransitions, offsetof(StateTransitionsRecord, toHigherCount), 1, \
+        number                                                                                                      \
+  }
+#define COMP(name, use) \
+  { {#name, use, {TOP_FIELD(memory_comprehensive, name)}}, "comp-stats" }
+#define SCHED(name, use) \
+  { {#name, use, {TOP_FIELD(sched_globalStats_memory_kestrel, name)}}, "comp-stats" }
 #define ENTRIES(title, ...) \
-  {.name = title, .use = kCounter, .terms = {__VA_ARGS__}, .meaning = "times the host entered the state"}
-#define PSHARE(name, use) {{#name, use, {TOP_FIELD(memory_pshare_stats, name)}}, "pshare-stats"}
-#define HINTS(name, use) {{#name, use, {TOP_FIELD(memory_pshare_stats, name)}}, "pshare-hint-stats"}
+  { .name = title, .use = kCounter, .terms = {__VA_ARGS__}, .meaning = "times the host entered the state" }
+#define PSHARE(name, use) \
+  { {#name, use, {TOP_FIELD(memory_pshare_stats, name)}}, "pshare-stats" }
+#define HINTS(name, use) \
+  { {#name, use, {TOP_FIELD(memory_pshare_stats, name)}}, "pshare-hint-stats" }
 
 constexpr HostFigure kFigures[] = {
     {{.name = "memState",

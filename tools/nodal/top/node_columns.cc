@@ -36,7 +36,10 @@ constexpr uint32_t kUsed = offsetof(BuddySizeRecord, used);
 
 constexpr bool IsShown(size_t size) { return size == 0 || size == 4 || size == 9 || size == 18; }
 
-#define POOL(name, use) {#name, use, {TOP_FIELD(memory_lpage_nodeList_vmPools, name)}}
+#define POOL(name, use)                                            \
+  {                                                                \
+#name, use, { TOP_FIELD(memory_lpage_nodeList_vmPools, name) } \
+  }
 
 // The columns of buddy-stats and lpool-stats.
 constexpr auto kNodeColumns = [] {

@@ -84,7 +84,8 @@ class TablePainter {
     Line line = {{Fit(Heading(name), nameWidth_), HeadingStyle(name)}};
     for (const auto &[choice, width] : places_) {
       line.push_back({" ", Style::kHeading});
-      line.push_back({Fit(Heading(choice), width, IsLeft(choice) ? Align::kLeft : Align::kRight), HeadingStyle(choice)});
+      line.push_back(
+          {Fit(Heading(choice), width, IsLeft(choice) ? Align::kLeft : Align::kRight), HeadingStyle(choice)});
     }
     return line;
   }
@@ -93,7 +94,8 @@ class TablePainter {
     Line line = {{Fit(NameText(row), nameWidth_), style}};
     for (const auto &[choice, width] : places_) {
       const std::string text = CellTextOf(choice, row);
-      line.push_back({" " + Fit(text, width, IsLeft(choice) ? Align::kLeft : Align::kRight), StyleOf(choice, row, style)});
+      line.push_back(
+          {" " + Fit(text, width, IsLeft(choice) ? Align::kLeft : Align::kRight), StyleOf(choice, row, style)});
     }
     return line;
   }
@@ -294,8 +296,8 @@ void Session::PaintList(Frame &frame, size_t width, size_t height) {
       continue;
     }
     const ColumnChoice &choice = list_[i];
-    const bool isChosen = mode_ == Mode::kColumns ? std::ranges::find(columns, choice) != columns.end()
-                                                  : choice == settings().sort;
+    const bool isChosen =
+        mode_ == Mode::kColumns ? std::ranges::find(columns, choice) != columns.end() : choice == settings().sort;
     const std::string meaning = (choice.isRate ? "a second: " : "") + std::string(choice.column->Description());
     const std::string text = (isChosen ? "[x] " : "[ ] ") + Fit(choice.name(), kMinNameWidth) + " " + meaning;
     frame.lines.push_back(FullLine(text, width, i == listCursor_ ? Style::kSelected : Style::kPlain));

@@ -105,8 +105,7 @@ class ScreenReader {
     std::vector<std::byte> record(node.record->size);
     const bool isOfState = term.node == platkit::NodeId::sched_globalStats_memory_stateTransitions;
     const NODAL_Param state = TextParam(platkit::kMemoryStates[term.state]);
-    const HVC_ReturnStatus status =
-        ThrowIfOutOfMemory(source_.Get(node, std::span(&state, isOfState ? 1 : 0), record));
+    const HVC_ReturnStatus status = ThrowIfOutOfMemory(source_.Get(node, std::span(&state, isOfState ? 1 : 0), record));
     if (status == HVC_NOT_FOUND) return {};
     return status == HVC_OK ? TermValue(term, record) : UnavailableCell();
   }

@@ -58,7 +58,9 @@ Cell TermCell(const Term &term, std::span<const std::byte> record, const Field &
 
 // The figures of a row that are in no record.
 Cell RowNumber(const Row &row, std::string_view name) {
-  const auto number = [](int64_t value) { return value == Row::kUnset ? Cell() : ValueCell(static_cast<double>(value)); };
+  const auto number = [](int64_t value) {
+    return value == Row::kUnset ? Cell() : ValueCell(static_cast<double>(value));
+  };
   if (name == "gid" || name == "schedGrp") return number(row.group);
   if (name == "nChild") return ValueCell(row.members);
   if (name == "memNode") return number(row.memNode);

@@ -29,7 +29,8 @@ void RemoveLastCharacter(std::string &text) {
 
 std::string ShellWord(const std::string &text) {
   const auto isPlain = [](char c) {
-    return std::isalnum(static_cast<unsigned char>(c)) != 0 || std::string_view("_-./:=@%+,").find(c) != std::string_view::npos;
+    return std::isalnum(static_cast<unsigned char>(c)) != 0 ||
+           std::string_view("_-./:=@%+,").find(c) != std::string_view::npos;
   };
   if (!text.empty() && std::ranges::all_of(text, isPlain)) return text;
   std::string quoted = "'";
@@ -141,8 +142,8 @@ void Session::ChangeView(uint32_t key) {
       own.isFlat = !own.isFlat;
       break;
     case 'u':
-      options_.unit = options_.unit == Unit::kPages ? Unit::kAuto
-                                                    : static_cast<Unit>(static_cast<int>(options_.unit) + 1);
+      options_.unit =
+          options_.unit == Unit::kPages ? Unit::kAuto : static_cast<Unit>(static_cast<int>(options_.unit) + 1);
       return;
     case kKeyEscape: own.filter.clear(); break;
     default: message_ = "? shows the keys"; return;
@@ -279,9 +280,7 @@ void Session::PressInList(uint32_t key) {
     case kKeyEscape:
     case 'c':
     case 's':
-    case 'q':
-      mode_ = Mode::kTable;
-      return ReadAgain(false);
+    case 'q': mode_ = Mode::kTable; return ReadAgain(false);
     default: break;
   }
 }
@@ -291,7 +290,8 @@ void Session::ToggleColumn(const ColumnChoice &choice) {
   std::vector<ColumnChoice> &columns = Own().columns;
   if (std::erase(columns, choice) > 0) return;
   const auto place = [this](const ColumnChoice &each) { return std::ranges::find(list_, each) - list_.begin(); };
-  const auto after = std::ranges::find_if(columns, [&](const ColumnChoice &each) { return place(each) > place(choice); });
+  const auto after =
+      std::ranges::find_if(columns, [&](const ColumnChoice &each) { return place(each) > place(choice); });
   columns.insert(after, choice);
 }
 

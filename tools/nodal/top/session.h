@@ -36,7 +36,7 @@ struct SessionOptions {
   ScreenId screen = ScreenId::kGroups;
   std::array<Settings, kScreens> settings = {};  // by ScreenId
   Unit unit = Unit::kAuto;
-  std::string every = "1";   // seconds, for the title and the command line
+  std::string every = "1";  // seconds, for the title and the command line
   std::string source = {};  // options of the source, for the command line
 };
 

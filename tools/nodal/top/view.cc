@@ -155,7 +155,8 @@ void View::FindMatches() {
   }
   for (size_t row = rows.size(); row-- > 0;) {
     const int parent = rows[row].parent;
-    if (parent >= 0 && (isMatch_[row] != 0 || hasMatchBelow_[row] != 0)) hasMatchBelow_[static_cast<size_t>(parent)] = 1;
+    if (parent >= 0 && (isMatch_[row] != 0 || hasMatchBelow_[row] != 0))
+      hasMatchBelow_[static_cast<size_t>(parent)] = 1;
   }
 }
 
@@ -175,9 +176,8 @@ void View::SortRows(std::vector<size_t> &rows) {
     for (const size_t row : rows)
       texts.emplace_back(TextOf(*now_, *sort.column, row), row);
     // Texts are ascending at first, and figures descending.
-    std::ranges::stable_sort(texts, [&](const auto &a, const auto &b) {
-      return isAscending ? a.first > b.first : a.first < b.first;
-    });
+    std::ranges::stable_sort(
+        texts, [&](const auto &a, const auto &b) { return isAscending ? a.first > b.first : a.first < b.first; });
     std::ranges::transform(texts, rows.begin(), [](const auto &text) { return text.second; });
     return;
   }
@@ -219,7 +219,8 @@ void View::ListTree(size_t top) {
     ahead.pop_back();
     std::vector<size_t> &members = members_[row];
     // A filter opens all rows, so that it finds what is in folded ones.
-    const bool isFolded = rows[row].members > 0 && settings_->filter.empty() && settings_->folded.contains(rows[row].key);
+    const bool isFolded =
+        rows[row].members > 0 && settings_->filter.empty() && settings_->folded.contains(rows[row].key);
     shown_.push_back({.row = row,
                       .depth = rows[row].depth - rows[top].depth,
                       .isFolded = isFolded,
