@@ -164,10 +164,9 @@ class HistoryFeed final : public Feed {
     while (place) {
       auto sample = std::make_unique<HistorySample>(*place);
       if (cursor_.Read(*place, sample->moment)) {
-        if (lost > 0) problem_ = Plural(lost, "damaged sample") + " left out";
         return sample;
       }
-      ++lost;
+      problem_ = Plural(++lost, "damaged sample") + " left out";
       place = cursor_.Neighbour(*place, isBack);
     }
     return nullptr;

@@ -153,7 +153,9 @@ class TablePainter {
   std::string SumLabel() const {
     const size_t matches = session_.view_.matches(), all = reading().rows.size();
     const std::string shown = matches == all ? "" : std::to_string(matches) + " of ";
-    return "sum: " + shown + std::to_string(all) + " " + std::string(session_.view_.screen().rows);
+    const bool hasSum =
+        std::ranges::any_of(settings_.columns, [](const ColumnChoice &choice) { return choice.column->AddsUp(); });
+    return (hasSum ? "sum: " : "") + shown + std::to_string(all) + " " + std::string(session_.view_.screen().rows);
   }
 
   std::string Heading(const ColumnChoice &choice) const {
@@ -201,7 +203,7 @@ Line Session::Summary(size_t width) const {
   const bool isShort = host.state.hasNumber() && host.state.number >= 2;
   text += "  state ";
   const size_t used = std::min(width, WidthOf(text));
-  return {{Fit(text, used)}, {Clip(state, width - used), isShort ? Style::kWarning : Style::kPlain}};
+  return {{Fit(text, used)}, {Fit(state, width - used), isShort ? Style::kWarning : Style::kPlain}};
 }
 
 Line Session::Tabs(size_t width) const {

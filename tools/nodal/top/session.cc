@@ -52,6 +52,7 @@ bool Session::TakeSample(bool isBack) {
   if (!feed_.Step(isBack)) {
     isRunning_ = false;
     message_ = isBack ? "this is the first sample" : "this is the last sample";
+    if (!feed_.Problem().empty()) message_ += ": " + feed_.Problem();
     return false;
   }
   message_ = feed_.Problem();
@@ -274,7 +275,10 @@ void Session::PressInList(uint32_t key) {
       if (mode_ == Mode::kColumns) ToggleColumn(list_[listCursor_]);
       break;
     case kKeyEnter:
-      if (mode_ == Mode::kSort) Own().sort = list_[listCursor_];
+      if (mode_ == Mode::kSort) {
+        Own().isAscending = false;
+        Own().sort = list_[listCursor_];
+      }
       mode_ = Mode::kTable;
       return ReadAgain(false);
     case kKeyEscape:
