@@ -15,7 +15,7 @@ bool IsSameLetter(char a, char b) {
 }
 
 bool Contains(const std::string &text, const std::string &part) {
-  return std::ranges::search(text, part, IsSameLetter).begin() != text.end() || part.empty();
+  return part.empty() || std::search(text.begin(), text.end(), part.begin(), part.end(), IsSameLetter) != text.end();
 }
 
 bool IsActivity(const Cell &cell) { return cell.hasNumber() && cell.number != 0; }
