@@ -39,10 +39,13 @@ class HistoryCursor {
   // The last sample at or before a second.
   std::optional<Place> FindLast(int64_t second) {
     const auto &segments = history_->segments();
-    for (size_t i = segments.size(); i-- > 0;) {
-      if (!Open(segments[i])) continue;
+    const int64_t wall =
+        std::min(second, INT64_MAX / platkit::history::kNanosInSecond) * platkit::history::kNanosInSecond;
+    auto name = std::ranges::upper_bound(segments, SegmentName::At(wall));
+    while (name != segments.begin()) {
+      if (!Open(*--name)) continue;
       for (size_t index = order_.size(); index-- > 0;) {
-        if (platkit::history::SecondsOf(InfoAt(index).time.wall) <= second) return Place{segments[i], index};
+        if (platkit::history::SecondsOf(InfoAt(index).time.wall) <= second) return Place{*name, index};
       }
     }
     return std::nullopt;

@@ -68,6 +68,8 @@ class TablePainter {
 
   // For a file: all columns, as wide as their texts.
   void PlaceAll() {
+    constexpr size_t kMaxIndent = 80;
+    indent_ = kMaxIndent;
     nameWidth_ = WidthOf(SumLabel());
     for (const ShownRow &row : session_.view_.rows())
       nameWidth_ = std::max(nameWidth_, WidthOf(NameText(row)));
@@ -120,6 +122,7 @@ class TablePainter {
       used += places_.back().width + 1;
     }
     nameWidth_ = std::min(width, kMinNameWidth) + (width - std::min(width, used));
+    indent_ = nameWidth_ / 2;
   }
 
   const Reading &reading() const { return *session_.now_; }
@@ -127,11 +130,10 @@ class TablePainter {
   bool IsTree() const { return session_.view_.screen().isTree && !settings_.isFlat; }
 
   std::string NameText(const ShownRow &shown) const {
-    constexpr int kMaxIndent = 40;
     const Row &row = reading().rows[shown.row];
     if (!IsTree()) return row.name;
     const char *mark = row.members == 0 ? "  " : shown.isFolded ? "+ " : "- ";
-    return std::string(static_cast<size_t>(2 * std::min(shown.depth, kMaxIndent)), ' ') + mark + row.name;
+    return std::string(std::min(2 * static_cast<size_t>(shown.depth), indent_), ' ') + mark + row.name;
   }
 
   std::string CellTextOf(const ColumnChoice &choice, const ShownRow &shown) const {
@@ -183,6 +185,7 @@ class TablePainter {
   const Settings &settings_;
   std::vector<PlacedColumn> places_;
   size_t nameWidth_ = 0;
+  size_t indent_ = 0;  // at most
 };
 
 Line Session::Title(size_t width) const {

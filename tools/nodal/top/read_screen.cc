@@ -32,6 +32,9 @@ bool IsOfMonitor(const Node &node) {
   return node.id == nodes::sched_memClients_swapInfo.id() || node.id == nodes::memory_lpage_vmLPage.id();
 }
 
+// A small snapshot can list more things than fit into memory.
+constexpr size_t kMaxRows = 1'500'000;
+
 bool TakesClient(const Node &node) { return node.arguments[0].what == "client"; }
 
 class ScreenReader {
@@ -62,6 +65,8 @@ class ScreenReader {
   }
 
  private:
+  static constexpr int kNoGroup = -2;
+
   template <typename Record>
   HVC_ReturnStatus Get(NodeRef<Record> node, platkit::Arguments arguments, Record &record) {
     return ThrowIfOutOfMemory(source_.Get(node, arguments, std::as_writable_bytes(std::span(&record, 1))));
@@ -89,6 +94,7 @@ class ScreenReader {
     std::vector<std::string> texts;
     std::unordered_set<std::string> seen;
     for (const NODAL_Param &entry : List(node, arguments)) {
+      if (texts.size() + reading_.rows.size() == kMaxRows) break;
       if (seen.insert(std::string(entry.text())).second) texts.emplace_back(entry.text());
     }
     return texts;
@@ -117,23 +123,31 @@ class ScreenReader {
     while (!ahead.empty()) {
       const auto [group, parent] = ahead.back();
       ahead.pop_back();
-      if (!seen.insert(group).second) continue;
+      if (IsFull() || !seen.insert(group).second) continue;
       const int row = onlyMachines ? AddMachine(group) : AddGroup(group, parent);
+      if (row == kNoGroup) continue;
       const NODAL_Param argument = IntParam(group);
       const auto members = List(nodes::sched_groups_members_groups, std::span(&argument, 1));
       for (auto member = members.rbegin(); member != members.rend(); ++member)
         ahead.emplace_back(member->integer, row);
     }
-    // A host without groups has no top group either.
-    if (reading_.rows.size() == 1 && !onlyMachines && !hasTopGroup_) reading_.rows.clear();
   }
 
+  bool IsFull() {
+    if (reading_.rows.size() < kMaxRows) return false;
+    reading_.problem = "more than " + std::to_string(kMaxRows) + " rows; the others are left out";
+    return true;
+  }
+
+  // kNoGroup if there is no such group.
   int AddGroup(int64_t group, int parent) {
     Row row = {.key = std::to_string(group), .name = "?", .parent = parent, .group = group};
     GroupNameRecord name = {};
     const HVC_ReturnStatus status = GetOf(nodes::sched_groups_groupName, group, name);
     if (status == HVC_OK) row.name = Printable(TextOfField(name.name));
-    hasTopGroup_ = hasTopGroup_ || status != HVC_NOT_FOUND;
+    GroupMemoryStatsRecord stats = {};
+    if (status == HVC_NOT_FOUND && GetOf(nodes::sched_groups_stats_memoryStats, group, stats) == HVC_NOT_FOUND)
+      return kNoGroup;
     GroupFlagsRecord flags = {};
     if (needsClients_ && GetOf(nodes::sched_groups_groupFlags, group, flags) == HVC_OK) AddClients(row, flags.flags);
     return AddRow(std::move(row));
@@ -292,7 +306,6 @@ class ScreenReader {
   const NodeSet &nodes_;
   bool needsClients_ = false;
   bool needsMonitors_ = false;
-  bool hasTopGroup_ = false;
   Reading reading_;
   std::unique_ptr<platkit::ParamList, DestroyList> list_;
 };

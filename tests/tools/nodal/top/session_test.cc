@@ -231,6 +231,28 @@ TEST(TopSession, GroupsInACycleAreShownOnce) {
   EXPECT_EQ(session.view().matches(), 5u);
 }
 
+TEST(TopSession, MembersThatDoNotExistAreNotShown) {
+  FakeHost host = SmallHost();
+  host.AddMember(2, 77);
+  FakeFeed feed({host});
+  Session session(feed, OptionsWith(ScreenId::kGroups, {"consumed"}));
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(session.view().matches(), 5u);
+}
+
+TEST(TopSession, ADeepTreeStillShowsNames) {
+  FakeHost host;
+  host.Add({0, "host", -1, 1000});
+  for (int64_t id = 1; id < 60; ++id)
+    host.Add({id, "level " + std::to_string(id), id - 1, 10});
+  FakeFeed feed({host});
+  Session session(feed, OptionsWith(ScreenId::kGroups, {"consumed"}));
+  ASSERT_TRUE(session.TakeSample());
+  session.Press(kKeyEnd);
+  const std::vector<std::string> lines = Shown(session, 40, 12);
+  EXPECT_NE(lines[9].find("level 59"), std::string::npos) << lines[9];
+}
+
 TEST(TopSession, SortsByAnyColumn) {
   FakeFeed feed({SmallHost()});
   Session session(feed, OptionsWith(ScreenId::kGroups, {"consumed", "max"}));
