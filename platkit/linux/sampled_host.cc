@@ -13,16 +13,14 @@ constexpr size_t kMaxText = 255;
 
 }  // namespace
 
-SampledHost::SampledHost(const char *root, Reach reach, size_t maxDescriptors, Clock::Time::duration settingsAge)
-    : files_(FilesOf(root, reach, kMaxOwnDescriptors, settingsAge)),
-      source_(OpenLinuxHost(FilesOf(root, reach, maxDescriptors, settingsAge))) {}
+SampledHost::SampledHost(const char *root, Reach reach, size_t maxDescriptors)
+    : files_(FilesOf(root, reach, kMaxOwnDescriptors)), source_(OpenLinuxHost(FilesOf(root, reach, maxDescriptors))) {}
 
-HostFiles SampledHost::FilesOf(const char *root, Reach reach, size_t maxDescriptors,
-                               Clock::Time::duration settingsAge) const {
+HostFiles SampledHost::FilesOf(const char *root, Reach reach, size_t maxDescriptors) const {
   HostFiles files(root, reach);
   files.KeepOpen(maxDescriptors);
   files.UseClock(clock_.clock());
-  files.ReuseSettings(settingsAge);
+  files.ReuseSettings(settingsAge_);
   return files;
 }
 

@@ -20,15 +20,15 @@ class SampledHost {
  public:
   // The running host below `root`, or a saved root folder. Keeps up to `maxDescriptors` files open; see
   // HostFiles::KeepOpen. Throws std::bad_alloc.
-  //
-  // The limits and the members of control groups are read again only if they are `settingsAge` old.
-  SampledHost(const char *root, Reach reach, size_t maxDescriptors,
-              Clock::Time::duration settingsAge = Clock::Time::duration::zero());
+  SampledHost(const char *root, Reach reach, size_t maxDescriptors);
 
   // Opens the root folder. HVC_NOT_FOUND, HVC_NO_PERMISSION or HVC_IO_ERROR if that fails.
   [[nodiscard]] HVC_ReturnStatus Open() { return files_.OpenRoot(); }
 
-  // Starts a sample: everything is read again.
+  // From now on, the limits and the members of control groups are read again only if they have this age.
+  void ReuseSettings(Clock::Time::duration maxAge) { *settingsAge_ = maxAge; }
+
+  // Starts a sample: everything else is read again.
   void BeginSample() { clock_.BeginSample(); }
 
   Source &source() { return *source_; }
@@ -43,10 +43,12 @@ class SampledHost {
   std::array<std::byte, 16> BootID();
 
  private:
-  HostFiles FilesOf(const char *root, Reach reach, size_t maxDescriptors, Clock::Time::duration settingsAge) const;
+  HostFiles FilesOf(const char *root, Reach reach, size_t maxDescriptors) const;
   std::string ReadLineOf(const char *path);
 
   SampleClock clock_;
+  std::shared_ptr<Clock::Time::duration> settingsAge_ =
+      std::make_shared<Clock::Time::duration>(Clock::Time::duration::zero());
   HostFiles files_;  // for the figures of this class
   std::unique_ptr<Source> source_;
 };

@@ -119,10 +119,10 @@ class HostFiles {
   // Whether the host is read again and again, so that files are kept open.
   bool isSampled() const { return kept_.has_value(); }
 
-  // For a sampler that takes many samples a second or so: what changes seldom, which is the settings of control groups
-  // and the lists of members, is reused up to this age.
-  void ReuseSettings(Clock::Time::duration maxAge) { settingsAge_ = maxAge; }
-  Clock::Time::duration settingsAge() const { return settingsAge_; }
+  // What changes seldom is reused up to this age, which may change later: the settings of control groups and the lists
+  // of members. Only for a sampler.
+  void ReuseSettings(std::shared_ptr<const Clock::Time::duration> maxAge) { settingsAge_ = std::move(maxAge); }
+  Clock::Time::duration settingsAge() const { return settingsAge_ ? *settingsAge_ : Clock::Time::duration::zero(); }
 
   Reach reach() const { return reach_; }
 
@@ -158,7 +158,7 @@ class HostFiles {
   std::string lastFolderPath_;  // ends with a slash
   std::optional<KeptFiles> kept_;
   bool keepsMore_ = true;
-  Clock::Time::duration settingsAge_ = Clock::Time::duration::zero();
+  std::shared_ptr<const Clock::Time::duration> settingsAge_;
   Observer observer_;
 };
 

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <time.h>
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -24,15 +25,17 @@ int64_t NanosecondsOf(clockid_t clock) {
   return int64_t{now.tv_sec} * platkit::history::kNanosInSecond + now.tv_nsec;
 }
 
-// Limits and members of groups change seldom, and reading them takes half of the time of a sample.
-constexpr std::chrono::milliseconds kSettingsAge{2500};
+// Limits and members of groups change seldom, and reading them takes most of the time of a sample. With many groups,
+// they are read only in some samples.
+constexpr std::chrono::microseconds kSettingsAgeOfGroup{4500};
+constexpr std::chrono::microseconds kMaxSettingsAge{4'500'000};
 
 class HostFeed final : public Feed {
  public:
   explicit HostFeed(const std::string &root)
       : isSaved_(!root.empty()),
         host_(isSaved_ ? root.c_str() : "/", isSaved_ ? platkit::Reach::kRootFolder : platkit::Reach::kHost,
-              OpenFilesToKeep(), kSettingsAge) {
+              OpenFilesToKeep()) {
     if (const HVC_ReturnStatus status = host_.Open(); status != HVC_OK) throw Failure(root, status);
     name_ = Printable(host_.Name());
   }
@@ -45,6 +48,11 @@ class HostFeed final : public Feed {
     wall_ = NanosecondsOf(CLOCK_REALTIME);
     seconds_ = before == 0 ? 0 : static_cast<double>(monotonic_ - before) / platkit::history::kNanosInSecond;
     return true;
+  }
+
+  void AdaptTo(size_t rows) override {
+    const auto enough = static_cast<size_t>(kMaxSettingsAge / kSettingsAgeOfGroup);
+    host_.ReuseSettings(kSettingsAgeOfGroup * static_cast<int64_t>(std::min(rows, enough)));
   }
 
   platkit::Source &Now() override { return host_.source(); }

@@ -2,6 +2,7 @@
 #ifndef NODAL_TOP_FEED_H
 #define NODAL_TOP_FEED_H
 
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -15,6 +16,9 @@ class Feed {
 
   // Takes the next sample, or in a history the one before with `isBack`. False if there is none.
   virtual bool Step(bool isBack) = 0;
+
+  // How many rows the last sample had. A feed may then take cheaper samples.
+  virtual void AdaptTo(size_t rows) { static_cast<void>(rows); }
 
   // The present sample. It changes only with Step.
   virtual platkit::Source &Now() = 0;

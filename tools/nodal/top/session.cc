@@ -59,6 +59,7 @@ bool Session::TakeSample(bool isBack) {
   platkit::Source *before = feed_.Before();
   before_ = before == nullptr ? std::exchange(now_, std::nullopt) : Read(*before);
   now_ = Read(feed_.Now());
+  feed_.AdaptTo(now_->rows.size());
   Update();
   return true;
 }

@@ -57,7 +57,8 @@ TEST_F(SampledGroup, LimitsAreReusedUpToAnAge) {
     return reader_.Amount(group_, amount);
   };
   files_.KeepOpen(100);
-  files_.ReuseSettings(seconds(3));
+  const auto age = std::make_shared<Clock::Time::duration>(seconds(3));
+  files_.ReuseSettings(age);
   EXPECT_EQ(next(CgroupAmount::kMax, seconds(1)), Figure(4096));
   host_.Write(kWeb + "/memory.max", "8192\n");
   host_.Write(kWeb + "/memory.current", "8192\n");
@@ -65,7 +66,7 @@ TEST_F(SampledGroup, LimitsAreReusedUpToAnAge) {
   EXPECT_EQ(next(CgroupAmount::kCurrent, seconds(0)), Figure(8192));
   EXPECT_EQ(next(CgroupAmount::kMax, seconds(1)), Figure(8192));
   host_.Write(kWeb + "/memory.max", "max\n");
-  files_.ReuseSettings(seconds(0));
+  *age = seconds(0);
   EXPECT_EQ(next(CgroupAmount::kMax, seconds(1)), Figure::Unlimited());
 }
 
