@@ -2,11 +2,12 @@
 #include <iterator>
 
 #include "tools/nodal/top/session.h"
+#include "tools/nodal/top/table_painter.h"
 
 namespace nodal::top {
 namespace {
 
-constexpr size_t kMinNameWidth = 20;
+constexpr size_t kListNameWidth = 20;
 constexpr size_t kHeadLines = 4;  // the title, the summary, the screens, the headings
 constexpr size_t kFootLines = 2;  // the sum, the keys
 
@@ -34,159 +35,10 @@ constexpr std::string_view kHelp[] = {
 
 constexpr std::string_view kKeys = "? help  s sort  c columns  / filter  t flat  i idle  space stop  q quit";
 
-bool IsLeft(const ColumnChoice &choice) {
-  return choice.column->use == Use::kText || choice.column->quantity == Quantity::kGroupFlags;
-}
-
-size_t UsualWidth(const ColumnChoice &choice) {
-  constexpr size_t kFigure = 7, kText = 8, kLongText = 48, kFlags = 16;
-  const size_t heading = choice.name().size() + 1;  // with the mark of the sorting column
-  if (choice.column->name == "meaning") return kLongText;
-  if (choice.column->quantity == Quantity::kGroupFlags) return kFlags;
-  return std::max(heading, choice.column->use == Use::kText ? kText : kFigure);
-}
-
 // A line of the whole width, in one style.
 Line FullLine(std::string_view text, size_t width, Style style) { return {{Fit(text, width), style}}; }
 
 }  // namespace
-
-// Paints the table of a session.
-class TablePainter {
- public:
-  TablePainter(const Session &session, const Settings &settings) : session_(session), settings_(settings) {}
-
-  // For a terminal: as many columns as fit, with the one that sorts.
-  void PlaceIn(size_t width) {
-    const std::vector<ColumnChoice> &columns = settings_.columns;
-    const auto sorted = static_cast<size_t>(std::ranges::find(columns, settings_.sort) - columns.begin());
-    for (size_t first = 0; first <= columns.size(); ++first) {
-      Place(width, first);
-      if (sorted >= columns.size() || sorted < first + places_.size() || first >= sorted) return;
-    }
-  }
-
-  // For a file: all columns, as wide as their texts.
-  void PlaceAll() {
-    constexpr size_t kMaxIndent = 80;
-    indent_ = kMaxIndent;
-    nameWidth_ = WidthOf(SumLabel());
-    for (const ShownRow &row : session_.view_.rows())
-      nameWidth_ = std::max(nameWidth_, WidthOf(NameText(row)));
-    for (const ColumnChoice &choice : settings_.columns) {
-      size_t width = std::max(WidthOf(Heading(choice)), WidthOf(SumText(choice)));
-      for (const ShownRow &row : session_.view_.rows())
-        width = std::max(width, WidthOf(CellTextOf(choice, row)));
-      places_.push_back({choice, width});
-    }
-  }
-
-  Line Headings() const {
-    const ColumnChoice name = {&kNameColumn, false};
-    Line line = {{Fit(Heading(name), nameWidth_), HeadingStyle(name)}};
-    for (const auto &[choice, width] : places_) {
-      line.push_back({" ", Style::kHeading});
-      line.push_back(
-          {Fit(Heading(choice), width, IsLeft(choice) ? Align::kLeft : Align::kRight), HeadingStyle(choice)});
-    }
-    return line;
-  }
-
-  Line RowLine(const ShownRow &row, Style style) const {
-    Line line = {{Fit(NameText(row), nameWidth_), style}};
-    for (const auto &[choice, width] : places_) {
-      const std::string text = CellTextOf(choice, row);
-      line.push_back(
-          {" " + Fit(text, width, IsLeft(choice) ? Align::kLeft : Align::kRight), StyleOf(choice, row, style)});
-    }
-    return line;
-  }
-
-  Line SumLine() const {
-    Line line = {{Fit(SumLabel(), nameWidth_), Style::kStrong}};
-    for (const auto &[choice, width] : places_)
-      line.push_back({" " + Fit(SumText(choice), width, Align::kRight), Style::kStrong});
-    return line;
-  }
-
- private:
-  void Place(size_t width, size_t first) {
-    places_.clear();
-    size_t used = std::min(width, kMinNameWidth);
-    for (size_t i = first; i < settings_.columns.size(); ++i) {
-      const size_t wanted = UsualWidth(settings_.columns[i]) + 1;
-      // A long text may be cut.
-      const bool canBeCut = IsLeft(settings_.columns[i]) && width > used + kMinNameWidth / 2;
-      if (used + wanted > width && !canBeCut) break;
-      places_.push_back({settings_.columns[i], std::min(wanted, width - used) - 1});
-      used += places_.back().width + 1;
-    }
-    nameWidth_ = std::min(width, kMinNameWidth) + (width - std::min(width, used));
-    indent_ = nameWidth_ / 2;
-  }
-
-  const Reading &reading() const { return *session_.now_; }
-
-  bool IsTree() const { return session_.view_.screen().isTree && !settings_.isFlat; }
-
-  std::string NameText(const ShownRow &shown) const {
-    const Row &row = reading().rows[shown.row];
-    if (!IsTree()) return row.name;
-    const char *mark = row.members == 0 ? "  " : shown.isFolded ? "+ " : "- ";
-    return std::string(std::min(2 * static_cast<size_t>(shown.depth), indent_), ' ') + mark + row.name;
-  }
-
-  std::string CellTextOf(const ColumnChoice &choice, const ShownRow &shown) const {
-    const Column &column = *choice.column;
-    if (column.use == Use::kText) return top::TextOf(reading(), column, shown.row);
-    const Cell cell = session_.view_.At(choice, shown.row);
-    const HostFigure *own = reading().rows[shown.row].figure;
-    if (own == nullptr || column.name == "percent")
-      return CellText(cell, column.ShownQuantity(), session_.options_.unit, choice.isRate || own != nullptr);
-    return CellText(cell, own->figure.ShownQuantity(), session_.options_.unit, choice.isRate);
-  }
-
-  std::string SumText(const ColumnChoice &choice) const {
-    const Cell sum = session_.view_.Sum(choice);
-    if (sum.state == CellState::kNone) return "";
-    return CellText(sum, choice.column->ShownQuantity(), session_.options_.unit, choice.isRate);
-  }
-
-  std::string SumLabel() const {
-    const size_t matches = session_.view_.matches(), all = reading().rows.size();
-    const std::string shown = matches == all ? "" : std::to_string(matches) + " of ";
-    const bool hasSum =
-        std::ranges::any_of(settings_.columns, [](const ColumnChoice &choice) { return choice.column->AddsUp(); });
-    return (hasSum ? "sum: " : "") + shown + std::to_string(all) + " " + std::string(session_.view_.screen().rows);
-  }
-
-  std::string Heading(const ColumnChoice &choice) const {
-    if (choice != settings_.sort) return choice.name();
-    const bool isUp = settings_.isAscending != (choice.column->use == Use::kText);
-    return choice.name() + (isUp ? "^" : "v");
-  }
-
-  Style HeadingStyle(const ColumnChoice &choice) const {
-    return choice == settings_.sort ? Style::kSortedHeading : Style::kHeading;
-  }
-
-  Style StyleOf(const ColumnChoice &choice, const ShownRow &row, Style style) const {
-    if (style != Style::kPlain || choice.column->use == Use::kText) return style;
-    const CellState state = session_.view_.At(choice, row.row).state;
-    return state == CellState::kNone || state == CellState::kUnavailable ? Style::kDim : style;
-  }
-
-  struct PlacedColumn {
-    ColumnChoice choice;
-    size_t width;
-  };
-
-  const Session &session_;
-  const Settings &settings_;
-  std::vector<PlacedColumn> places_;
-  size_t nameWidth_ = 0;
-  size_t indent_ = 0;  // at most
-};
 
 Line Session::Title(size_t width) const {
   std::string text = "nodal top  " + feed_.Host() + "  " + feed_.Time() + "  " + feed_.Kind();
@@ -254,7 +106,7 @@ Frame Session::Paint(size_t width, size_t height) {
     PaintList(frame, width, height);
   } else {
     Settings &own = Own();
-    TablePainter painter(*this, own);
+    TablePainter painter(view_, *now_, own, options_.unit);
     painter.PlaceIn(width);
     frame.lines.push_back(painter.Headings());
     const std::vector<ShownRow> &rows = view_.rows();
@@ -304,13 +156,13 @@ void Session::PaintList(Frame &frame, size_t width, size_t height) {
     const bool isChosen =
         mode_ == Mode::kColumns ? std::ranges::find(columns, choice) != columns.end() : choice == settings().sort;
     const std::string meaning = (choice.isRate ? "a second: " : "") + std::string(choice.column->Description());
-    const std::string text = (isChosen ? "[x] " : "[ ] ") + Fit(choice.name(), kMinNameWidth) + " " + meaning;
+    const std::string text = (isChosen ? "[x] " : "[ ] ") + Fit(choice.name(), kListNameWidth) + " " + meaning;
     frame.lines.push_back(FullLine(text, width, i == listCursor_ ? Style::kSelected : Style::kPlain));
   }
 }
 
 std::string Session::BatchText() const {
-  TablePainter painter(*this, settings());
+  TablePainter painter(view_, *now_, settings(), options_.unit);
   painter.PlaceAll();
   std::vector<Line> lines = {
       {{feed_.Host() + "  " + feed_.Time() + "  " + feed_.Kind() + "  " + std::string(CurrentScreen().name)}}};

@@ -2,6 +2,7 @@
 #include <charconv>
 #include <memory>
 #include <new>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -39,9 +40,10 @@ bool TakesClient(const Node &node) { return node.arguments[0].what == "client"; 
 
 class ScreenReader {
  public:
-  ScreenReader(platkit::Source &source, const NodeSet &nodes)
+  ScreenReader(platkit::Source &source, const NodeSet &nodes, const Reading *before)
       : source_(source), nodes_(nodes), list_(platkit::ParamList::Make()) {
     if (list_ == nullptr) throw std::bad_alloc();
+    if (before != nullptr) FindKnown(*before);
     for (const Node &node : platkit::Nodes()) {
       if (!nodes_.test(node.id) || !node.isRecord()) continue;
       needsClients_ = needsClients_ || TakesClient(node);
@@ -50,6 +52,7 @@ class ScreenReader {
   }
 
   Reading Read(ScreenId screen) {
+    reading_.hasClients = needsClients_;
     ReadHost();
     switch (screen) {
       case ScreenId::kGroups: AddGroups(false); break;
@@ -133,6 +136,17 @@ class ScreenReader {
     }
   }
 
+  // Control groups seldom change their name, so that most of the names are known.
+  void FindKnown(const Reading &before) {
+    constexpr unsigned kTurns = 8;
+    reading_.turn = before.turn + 1;
+    if (!before.hasClients) return;
+    for (const Row &row : before.rows) {
+      const bool isDue = (static_cast<uint64_t>(row.group) + reading_.turn) % kTurns == 0;
+      if (row.group != Row::kUnset && row.client == Row::kUnset && !isDue) known_.emplace(row.group, &row);
+    }
+  }
+
   bool IsFull() {
     if (reading_.rows.size() < kMaxRows) return false;
     reading_.problem = "more than " + std::to_string(kMaxRows) + " rows; the others are left out";
@@ -142,6 +156,10 @@ class ScreenReader {
   // kNoGroup if there is no such group.
   int AddGroup(int64_t group, int parent) {
     Row row = {.key = std::to_string(group), .name = "?", .parent = parent, .group = group};
+    if (const auto known = known_.find(group); known != known_.end()) {
+      row.name = known->second->name;
+      return AddRow(std::move(row));
+    }
     GroupNameRecord name = {};
     const HVC_ReturnStatus status = GetOf(nodes::sched_groups_groupName, group, name);
     if (status == HVC_OK) row.name = Printable(TextOfField(name.name));
@@ -304,6 +322,7 @@ class ScreenReader {
 
   platkit::Source &source_;
   const NodeSet &nodes_;
+  std::unordered_map<int64_t, const Row *> known_;
   bool needsClients_ = false;
   bool needsMonitors_ = false;
   Reading reading_;
@@ -312,8 +331,8 @@ class ScreenReader {
 
 }  // namespace
 
-Reading ReadScreen(const Screen &screen, platkit::Source &source, const NodeSet &nodes) {
-  return ScreenReader(source, nodes).Read(screen.id);
+Reading ReadScreen(const Screen &screen, platkit::Source &source, const NodeSet &nodes, const Reading *before) {
+  return ScreenReader(source, nodes, before).Read(screen.id);
 }
 
 }  // namespace nodal::top

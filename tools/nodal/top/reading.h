@@ -57,12 +57,15 @@ struct Reading {
   std::vector<Cell> own = {};  // of rows that show a figure of their own
   HostSummary host = {};
   std::string problem = {};  // a list that could not be read
+  unsigned turn = 0;         // samples before this one
+  bool hasClients = false;   // the rows of processes and machines have their clients
 
   const NodeRecords *Of(platkit::NodeId node) const;
 };
 
-// Throws std::bad_alloc if memory runs out. Whatever else cannot be read is unavailable.
-Reading ReadScreen(const Screen &screen, platkit::Source &source, const NodeSet &nodes);
+// Throws std::bad_alloc if memory runs out. Whatever else cannot be read is unavailable. Names of groups that are no
+// processes are mostly those of `before`, an earlier sample of the same screen and host, or null.
+Reading ReadScreen(const Screen &screen, platkit::Source &source, const NodeSet &nodes, const Reading *before);
 
 // The figures of one column.
 class ColumnReader {

@@ -42,10 +42,10 @@ std::string ShellWord(const std::string &text) {
 Session::Session(Feed &feed, SessionOptions options)
     : feed_(feed), options_(std::move(options)), view_(CurrentScreen()), isRunning_(feed.isLive()) {}
 
-Reading Session::Read(platkit::Source &source) const {
+Reading Session::Read(platkit::Source &source, const Reading *before) const {
   std::vector<ColumnChoice> needed = settings().columns;
   if (settings().sort.column != nullptr) needed.push_back(settings().sort);
-  return ReadScreen(CurrentScreen(), source, NodesOf(CurrentScreen(), needed));
+  return ReadScreen(CurrentScreen(), source, NodesOf(CurrentScreen(), needed), before);
 }
 
 bool Session::TakeSample(bool isBack) {
@@ -58,7 +58,7 @@ bool Session::TakeSample(bool isBack) {
   message_ = feed_.Problem();
   platkit::Source *before = feed_.Before();
   before_ = before == nullptr ? std::exchange(now_, std::nullopt) : Read(*before);
-  now_ = Read(feed_.Now());
+  now_ = Read(feed_.Now(), before == nullptr && before_ ? &*before_ : nullptr);
   feed_.AdaptTo(now_->rows.size());
   Update();
   return true;

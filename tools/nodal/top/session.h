@@ -71,12 +71,10 @@ class Session {
   const Settings &settings() const { return options_.settings[static_cast<size_t>(options_.screen)]; }
 
  private:
-  friend class TablePainter;
-
   Settings &Own() { return options_.settings[static_cast<size_t>(options_.screen)]; }
   const Screen &CurrentScreen() const { return Screens()[static_cast<size_t>(options_.screen)]; }
 
-  Reading Read(platkit::Source &source) const;
+  Reading Read(platkit::Source &source, const Reading *before = nullptr) const;
   void ReadAgain(bool isOtherScreen);
   void Update();
 
