@@ -246,12 +246,11 @@ class ScreenReader {
     const std::string number = std::to_string(node);
     AddBelow(parent, {.key = "pshare-" + number, .name = "pshare-" + number, .numaNode = node, .isSharingPool = true});
     const NODAL_Param argument = IntParam(node);
-    for (const std::string &name : Texts(nodes::memory_lpage_nodeList_vmPools, std::span(&argument, 1)))
-      AddBelow(parent, {.key = "pool " + number + " " + name,
-                        .name = Printable(name),
-                        .numaNode = node,
-                        .kind = "pool",
-                        .instance = name});
+    for (const std::string &name : Texts(nodes::memory_lpage_nodeList_vmPools, std::span(&argument, 1))) {
+      Row pool = {.key = "pool " + number, .name = Printable(name), .numaNode = node, .kind = "pool", .instance = name};
+      pool.key.append(" ").append(name);
+      AddBelow(parent, std::move(pool));
+    }
   }
 
   void AddHeaps() {

@@ -173,6 +173,7 @@ void View::SortRows(std::vector<size_t> &rows) {
   }
   if (sort.column->use == Use::kText) {
     std::vector<std::pair<std::string, size_t>> texts;
+    texts.reserve(rows.size());
     for (const size_t row : rows)
       texts.emplace_back(TextOf(*now_, *sort.column, row), row);
     // Texts are ascending at first, and figures descending.

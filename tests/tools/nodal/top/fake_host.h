@@ -54,9 +54,10 @@ class FakeHost {
     platkit::history::Sample sample;
     for (const auto &[id, group] : groups_)
       AddGroup(sample, group);
-    for (const auto &[id, members] : members_)
+    for (const auto &[id, members] : members_) {
       sample.Add(Path(id) + "/members/groups", platkit::history::ValueType::kIntegers,
                  std::as_bytes(std::span(members)));
+    }
     for (const auto &[id, swapped] : processes_) {
       UwMemoryStatsRecord world = {};
       world.swapped = swapped;
