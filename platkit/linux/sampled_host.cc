@@ -20,6 +20,7 @@ HostFiles SampledHost::FilesOf(const char *root, Reach reach, size_t maxDescript
   HostFiles files(root, reach);
   files.KeepOpen(maxDescriptors);
   files.UseClock(clock_.clock());
+  files.ReuseSettings(settingsAge_);
   return files;
 }
 

@@ -25,7 +25,10 @@ class SampledHost {
   // Opens the root folder. HVC_NOT_FOUND, HVC_NO_PERMISSION or HVC_IO_ERROR if that fails.
   [[nodiscard]] HVC_ReturnStatus Open() { return files_.OpenRoot(); }
 
-  // Starts a sample: everything is read again.
+  // From now on, the limits and the members of control groups are read again only if they have this age.
+  void ReuseSettings(Clock::Time::duration maxAge) { *settingsAge_ = maxAge; }
+
+  // Starts a sample: everything else is read again.
   void BeginSample() { clock_.BeginSample(); }
 
   Source &source() { return *source_; }
@@ -44,6 +47,8 @@ class SampledHost {
   std::string ReadLineOf(const char *path);
 
   SampleClock clock_;
+  std::shared_ptr<Clock::Time::duration> settingsAge_ =
+      std::make_shared<Clock::Time::duration>(Clock::Time::duration::zero());
   HostFiles files_;  // for the figures of this class
   std::unique_ptr<Source> source_;
 };

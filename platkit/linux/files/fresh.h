@@ -42,6 +42,12 @@ class Fresh {
     return isSame ? *value_ : Get(clock, read);
   }
 
+  // As Get, but reuses a value that is younger than `maxAge`.
+  template <typename Read>
+  T &GetYounger(const Clock &clock, Clock::Time::duration maxAge, Read read) {
+    return GetIfChanged(clock, maxAge, Clock::Time::min(), read);
+  }
+
   // As Get, for a value that is made from others that were read before: `make` returns it as a Fresh that is as old as
   // the oldest of them.
   template <typename Make>

@@ -119,6 +119,11 @@ class HostFiles {
   // Whether the host is read again and again, so that files are kept open.
   bool isSampled() const { return kept_.has_value(); }
 
+  // What changes seldom is reused up to this age, which may change later: the settings of control groups and the lists
+  // of members. Only for a sampler.
+  void ReuseSettings(std::shared_ptr<const Clock::Time::duration> maxAge) { settingsAge_ = std::move(maxAge); }
+  Clock::Time::duration settingsAge() const { return settingsAge_ ? *settingsAge_ : Clock::Time::duration::zero(); }
+
   Reach reach() const { return reach_; }
 
   // The clock that determines when cached values expire.
@@ -153,6 +158,7 @@ class HostFiles {
   std::string lastFolderPath_;  // ends with a slash
   std::optional<KeptFiles> kept_;
   bool keepsMore_ = true;
+  std::shared_ptr<const Clock::Time::duration> settingsAge_;
   Observer observer_;
 };
 

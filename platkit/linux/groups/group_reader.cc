@@ -20,6 +20,12 @@ bool FollowsMemory(CgroupAmount amount) {
          amount == CgroupAmount::kKernel;
 }
 
+bool IsSetting(CgroupAmount amount) {
+  return amount == CgroupAmount::kMin || amount == CgroupAmount::kLow || amount == CgroupAmount::kHigh ||
+         amount == CgroupAmount::kMax || amount == CgroupAmount::kSwapMax || amount == CgroupAmount::kWithSwapMax ||
+         amount == CgroupAmount::kZswapMax;
+}
+
 }  // namespace
 
 const CgroupMount &GroupReader::mount() {
@@ -33,6 +39,7 @@ Figure GroupReader::Amount(Group &group, CgroupAmount amount) {
   const auto read = [&] { return ReadCgroupAmount(files_, mount().memoryFiles, group.folder, amount); };
   if (!files_.isSampled()) return figure.Get(files_.clock(), read);
   if (FollowsMemory(amount)) return GetIfChanged(group, figure, read);
+  if (IsSetting(amount)) return figure.GetYounger(files_.clock(), files_.settingsAge(), read);
   const Figure value = figure.Get(files_.clock(), read);
   if (amount == CgroupAmount::kCurrent && value != std::exchange(readings.current, value)) {
     readings.changedAt = files_.clock().Now();

@@ -134,11 +134,12 @@ HVC_ReturnStatus GroupTree::ListContainer(Group &group, ParamList &list) {
 
 HVC_ReturnStatus GroupTree::FindMembers(Group &group) {
   if (const HVC_ReturnStatus status = FindControlGroupsBelow(group); status != HVC_OK) return status;
-  return group.processesRead.Get(files_.clock(), [&] { return ReadProcesses(group); });
+  return group.processesRead.GetYounger(files_.clock(), files_.settingsAge(), [&] { return ReadProcesses(group); });
 }
 
 HVC_ReturnStatus GroupTree::FindControlGroupsBelow(Group &group) {
-  return group.controlGroupsRead.Get(files_.clock(), [&] { return ReadControlGroups(group); });
+  return group.controlGroupsRead.GetYounger(files_.clock(), files_.settingsAge(),
+                                            [&] { return ReadControlGroups(group); });
 }
 
 // New groups, until the list of their parent contains them. If memory runs out before that, it forgets them:

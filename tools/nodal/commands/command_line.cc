@@ -87,11 +87,12 @@ void DeclareSource(CLI::App &app, SourceOptions &source) {
   const Option cache = options
                            .Add("--cache SNAPSHOT", source.cache,
                                 "Read a snapshot, or a moment of a history (FOLDER@TIME), instead of the running host "
-                                "(ls, get, metrics, capture, page)")
+                                "(ls, get, metrics, capture, page, top)")
                            .NotEmpty();
   options
       .Add("--root FOLDER", source.root,
-           "Read a folder with a saved /proc and /sys instead of the running host (ls, get, metrics, capture, page)")
+           "Read a folder with a saved /proc and /sys instead of the running host (ls, get, metrics, capture, page, "
+           "top)")
       .NotEmpty()
       .Excludes(cache);
 }

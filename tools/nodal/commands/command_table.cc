@@ -12,6 +12,7 @@ Run DeclareDump(OptionSet &options, const SourceOptions &source);
 Run DeclareDiff(OptionSet &options, const SourceOptions &source);
 Run DeclareBuild(OptionSet &options, const SourceOptions &source);
 Run DeclareVerify(OptionSet &options, const SourceOptions &source);
+Run DeclareTop(OptionSet &options, const SourceOptions &source);
 Run DeclarePage(OptionSet &options, const SourceOptions &source);
 Run DeclareHistory(OptionSet &options, const SourceOptions &source);
 Run DeclareSeries(OptionSet &options, const SourceOptions &source);
@@ -24,6 +25,7 @@ std::span<const Command> Commands() {
       {"metrics", "Show the host's figures as metrics, in Prometheus' text format", DeclareMetrics},
       {"capture", "Save the host to a snapshot file", DeclareCapture},
       {"page", "Show a host as one HTML file with its groups, machines and nodes", DeclarePage},
+      {"top", "Show a host on the terminal: its groups, machines, nodes and heaps", DeclareTop},
       {"record", "Record the host as a history: a sample every few seconds", DeclareRecord},
       {"dump", "Show a snapshot as JSON", DeclareDump},
       {"diff", "Compare two snapshots", DeclareDiff, kTrouble},

@@ -1,10 +1,8 @@
 // nodal record: samples of the host, one after the other, as a history.
-#include <array>
-#include <charconv>
-#include <cmath>
 #include <memory>
 #include <optional>
 
+#include "tools/nodal/commands/amounts.h"
 #include "tools/nodal/commands/command.h"
 #include "tools/nodal/history/record.h"
 #include "tools/nodal/support/output.h"
@@ -24,36 +22,8 @@ struct Texts {
   std::string listen;
 };
 
-struct Unit {
-  std::string_view name;
-  uint64_t factor;
-};
-
-constexpr Unit kTimes[] = {{"s", 1}, {"m", 60}, {"h", 3600}, {"d", 86'400}};
-constexpr Unit kSizes[] = {{"", 1}, {"K", 1 << 10}, {"M", 1 << 20}, {"G", 1 << 30}, {"T", uint64_t{1} << 40}};
-
-// A whole number and one of the units; nullopt if the text has another form or the product is too large.
-std::optional<uint64_t> ParseAmount(const std::string &text, std::span<const Unit> units) {
-  uint64_t number = 0;
-  uint64_t product = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc()) return std::nullopt;
-  const std::string_view unit(end, text.data() + text.size());
-  for (const Unit &known : units) {
-    if (known.name == unit && !__builtin_mul_overflow(number, known.factor, &product)) return product;
-  }
-  return std::nullopt;
-}
-
-int64_t ParseInterval(const std::string &text) {
-  constexpr double kLeast = 0.1;
-  constexpr double kMost = 3600;
-  double seconds = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-  if (error != std::errc() || end != text.data() + text.size() || !(seconds >= kLeast && seconds <= kMost))
-    throw Failure("--every " + text, "expected seconds, from 0.1 to 3600");
-  return std::llround(seconds * 1000) * (kNanosInSecond / 1000);
-}
+constexpr AmountUnit kTimes[] = {{"s", 1}, {"m", 60}, {"h", 3600}, {"d", 86'400}};
+constexpr AmountUnit kSizes[] = {{"", 1}, {"K", 1 << 10}, {"M", 1 << 20}, {"G", 1 << 30}, {"T", uint64_t{1} << 40}};
 
 int64_t ParseAge(const std::string &text) {
   constexpr uint64_t kLeast = 60;
@@ -70,13 +40,6 @@ uint64_t ParseSize(const std::string &text) {
   if (!bytes || *bytes < kLeast)
     throw Failure("--max-size " + text, "expected a size of at least 1M, such as 500M or 2G");
   return *bytes;
-}
-
-uint64_t ParseCount(const std::string &text) {
-  constexpr Unit kNone[] = {{"", 1}};
-  const std::optional<uint64_t> count = ParseAmount(text, kNone);
-  if (!count || *count == 0) throw Failure("--count " + text, "expected a number, at least 1");
-  return *count;
 }
 
 RecordOptions OptionsOf(const Texts &texts, const SourceOptions &source) {

@@ -1,6 +1,5 @@
 #include "tools/nodal/history/record.h"
 
-#include <sys/resource.h>
 #include <time.h>
 
 #include <algorithm>
@@ -9,6 +8,7 @@
 #include "platkit/linux/sampled_host.h"
 #include "tools/nodal/history/host_sampler.h"
 #include "tools/nodal/history/metrics_endpoint.h"
+#include "tools/nodal/support/open_files.h"
 #include "tools/nodal/support/output.h"
 #include "tools/nodal/support/signals.h"
 #include "tools/nodal/support/text.h"
@@ -25,26 +25,12 @@ using platkit::history::SampleTime;
 // Reading a PCI device can wake it up, and no report that accepts a history needs it.
 constexpr std::string_view kPciDevices = "/hardware/pci";
 
-// A file that stays open takes 4 KB of the kernel's memory.
-constexpr size_t kMaxKeptFiles = 10'000;
-constexpr size_t kOtherFiles = 128;
-
-// The number of files that may stay open. Raises the limit of the process as far as it may.
-size_t FilesToKeep() {
-  rlimit limit;
-  if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return 0;
-  limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, std::max<rlim_t>(limit.rlim_cur, kMaxKeptFiles + kOtherFiles));
-  static_cast<void>(setrlimit(RLIMIT_NOFILE, &limit));
-  if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur <= kOtherFiles) return 0;
-  return std::min<size_t>(limit.rlim_cur - kOtherFiles, kMaxKeptFiles);
-}
-
 class HostOfRecord : public Sampled {
  public:
   explicit HostOfRecord(const RecordOptions &options)
       : isLive_(options.root.empty()),
         host_(isLive_ ? "/" : options.root.c_str(), isLive_ ? platkit::Reach::kHost : platkit::Reach::kRootFolder,
-              FilesToKeep()),
+              OpenFilesToKeep()),
         filter_(options.only, kPciDevices),
         sampler_(host_.source(), filter_) {
     if (const HVC_ReturnStatus status = host_.Open(); status != HVC_OK) throw Failure(options.root, status);

@@ -4,6 +4,7 @@
 
 #include "platkit/version.h"
 #include "tools/nodal/support/text.h"
+#include "tools/nodal/tree/field_value.h"
 
 namespace nodal {
 namespace {
@@ -91,11 +92,6 @@ OrderedJson ColumnToJson(const platkit::RecordLayout &record, const Column &colu
       {"name", column.name}, {"unit", UnitInWords(column.field->unit)}, {"meaning", column.field->description}};
   if (IsLimit(record, *column.field)) json["limit"] = true;
   return json;
-}
-
-bool IsLimit(const platkit::RecordLayout &record, const Field &field) {
-  if (field.description.find("unlimited") != std::string_view::npos) return true;
-  return record.name == "GroupMemoryStatsRecord" && (field.name == "bMax" || field.name == "allocTgt");
 }
 
 std::string PageJson(const PageData &data) {

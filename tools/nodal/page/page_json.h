@@ -22,9 +22,6 @@ enum class RowKind { kGroup, kOther };
 OrderedJson RowsToJson(const std::vector<PageRow> &rows, RowKind kind);
 OrderedJson ColumnToJson(const platkit::RecordLayout &record, const Column &column);
 
-// Whether all ones in a field mean unlimited.
-bool IsLimit(const platkit::RecordLayout &record, const platkit::Field &field);
-
 }  // namespace nodal
 
 #endif  // NODAL_PAGE_PAGE_JSON_H

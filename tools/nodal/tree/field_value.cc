@@ -26,4 +26,9 @@ bool IsNone(const Field &field, std::span<const std::byte> bytes) {
          std::ranges::all_of(bytes, [](std::byte byte) { return byte == std::byte{0xff}; });
 }
 
+bool IsLimit(const platkit::RecordLayout &record, const Field &field) {
+  if (field.description.find("unlimited") != std::string_view::npos) return true;
+  return record.name == "GroupMemoryStatsRecord" && (field.name == "bMax" || field.name == "allocTgt");
+}
+
 }  // namespace nodal

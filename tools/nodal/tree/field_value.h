@@ -19,6 +19,9 @@ uint64_t IntegerOf(const platkit::Field &field, std::span<const std::byte> bytes
 // value.
 bool IsNone(const platkit::Field &field, std::span<const std::byte> bytes);
 
+// Whether all ones in a field mean unlimited.
+bool IsLimit(const platkit::RecordLayout &record, const platkit::Field &field);
+
 }  // namespace nodal
 
 #endif  // NODAL_TREE_FIELD_VALUE_H

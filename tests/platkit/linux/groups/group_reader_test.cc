@@ -49,5 +49,26 @@ TEST_F(SampledGroup, WithoutASamplerMemoryStatIsReadEachTime) {
   EXPECT_EQ(NextZswap(std::chrono::seconds(5)), Figure(2));
 }
 
+TEST_F(SampledGroup, LimitsAreReusedUpToAnAge) {
+  using std::chrono::seconds;
+  host_.Write(kWeb + "/memory.max", "4096\n");
+  const auto next = [&](CgroupAmount amount, seconds pause) {
+    now_ += pause;
+    return reader_.Amount(group_, amount);
+  };
+  files_.KeepOpen(100);
+  const auto age = std::make_shared<Clock::Time::duration>(seconds(3));
+  files_.ReuseSettings(age);
+  EXPECT_EQ(next(CgroupAmount::kMax, seconds(1)), Figure(4096));
+  host_.Write(kWeb + "/memory.max", "8192\n");
+  host_.Write(kWeb + "/memory.current", "8192\n");
+  EXPECT_EQ(next(CgroupAmount::kMax, seconds(2)), Figure(4096));
+  EXPECT_EQ(next(CgroupAmount::kCurrent, seconds(0)), Figure(8192));
+  EXPECT_EQ(next(CgroupAmount::kMax, seconds(1)), Figure(8192));
+  host_.Write(kWeb + "/memory.max", "max\n");
+  *age = seconds(0);
+  EXPECT_EQ(next(CgroupAmount::kMax, seconds(1)), Figure::Unlimited());
+}
+
 }  // namespace
 }  // namespace platkit

@@ -1,0 +1,114 @@
+#include "tools/nodal/top/feed.h"
+
+#include <sys/stat.h>
+#include <time.h>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "platkit/history/moment.h"
+#include "platkit/linux/sampled_host.h"
+#include "platkit/snapshot/snapshot_source.h"
+#include "tools/nodal/capture/source_header.h"
+#include "tools/nodal/history/moment_file.h"
+#include "tools/nodal/snapshot/open_failure.h"
+#include "tools/nodal/support/open_files.h"
+#include "tools/nodal/support/text.h"
+
+namespace nodal::top {
+namespace {
+
+int64_t NanosecondsOf(clockid_t clock) {
+  timespec now = {};
+  clock_gettime(clock, &now);
+  return int64_t{now.tv_sec} * platkit::history::kNanosInSecond + now.tv_nsec;
+}
+
+// Limits and members of groups change seldom, and reading them takes most of the time of a sample. With many groups,
+// they are read only in some samples.
+constexpr std::chrono::microseconds kSettingsAgeOfGroup{4500};
+constexpr std::chrono::microseconds kMaxSettingsAge{4'500'000};
+
+class HostFeed final : public Feed {
+ public:
+  explicit HostFeed(const std::string &root)
+      : isSaved_(!root.empty()),
+        host_(isSaved_ ? root.c_str() : "/", isSaved_ ? platkit::Reach::kRootFolder : platkit::Reach::kHost,
+              OpenFilesToKeep()) {
+    if (const HVC_ReturnStatus status = host_.Open(); status != HVC_OK) throw Failure(root, status);
+    name_ = Printable(host_.Name());
+  }
+
+  bool Step(bool isBack) override {
+    if (isBack) return false;
+    host_.BeginSample();
+    const int64_t before = monotonic_;
+    monotonic_ = NanosecondsOf(CLOCK_MONOTONIC);
+    wall_ = NanosecondsOf(CLOCK_REALTIME);
+    seconds_ = before == 0 ? 0 : static_cast<double>(monotonic_ - before) / platkit::history::kNanosInSecond;
+    return true;
+  }
+
+  void AdaptTo(size_t rows) override {
+    const auto enough = static_cast<size_t>(kMaxSettingsAge / kSettingsAgeOfGroup);
+    host_.ReuseSettings(kSettingsAgeOfGroup * static_cast<int64_t>(std::min(rows, enough)));
+  }
+
+  platkit::Source &Now() override { return host_.source(); }
+  double Seconds() const override { return seconds_; }
+  std::string Host() const override { return name_; }
+  std::string Time() const override { return platkit::history::TimeText(platkit::history::SecondsOf(wall_)); }
+  std::string Kind() const override { return isSaved_ ? "saved /proc and /sys" : "live"; }
+  bool isLive() const override { return true; }
+
+ private:
+  bool isSaved_;
+  platkit::SampledHost host_;
+  std::string name_;
+  int64_t monotonic_ = 0;
+  int64_t wall_ = 0;
+  double seconds_ = 0;
+};
+
+class SnapshotFeed final : public Feed {
+ public:
+  explicit SnapshotFeed(const std::string &path) {
+    const platkit::snapshot::Header header = SourceHeader(path, "");
+    if (const HVC_ReturnStatus status = platkit::OpenSnapshot(path.c_str(), source_); status != HVC_OK)
+      throw OpenFailure(path, status);
+    host_ = Printable(header.host);
+    time_ = Printable(header.time);
+  }
+
+  bool Step(bool) override { return !std::exchange(isTaken_, true); }
+  platkit::Source &Now() override { return *source_; }
+  double Seconds() const override { return 0; }
+  std::string Host() const override { return host_; }
+  std::string Time() const override { return time_; }
+  std::string Kind() const override { return "snapshot"; }
+
+ private:
+  std::unique_ptr<platkit::Source> source_;
+  std::string host_;
+  std::string time_;
+  bool isTaken_ = false;
+};
+
+bool IsFolder(const std::string &path) {
+  struct stat info;
+  return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+}  // namespace
+
+std::unique_ptr<Feed> OpenHost(const std::string &root) { return std::make_unique<HostFeed>(root); }
+
+std::unique_ptr<Feed> OpenSnapshotFeed(const std::string &path) { return std::make_unique<SnapshotFeed>(path); }
+
+std::unique_ptr<Feed> OpenFeed(const std::string &cache, const std::string &root) {
+  if (cache.empty()) return OpenHost(root);
+  return IsFolder(cache) || IsMoment(cache) ? OpenHistoryFeed(cache) : OpenSnapshotFeed(cache);
+}
+
+}  // namespace nodal::top

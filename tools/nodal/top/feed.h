@@ -1,0 +1,55 @@
+// Where the samples of the live view come from.
+#ifndef NODAL_TOP_FEED_H
+#define NODAL_TOP_FEED_H
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "platkit/source.h"
+
+namespace nodal::top {
+
+class Feed {
+ public:
+  virtual ~Feed() = default;
+
+  // Takes the next sample, or in a history the one before with `isBack`. False if there is none.
+  virtual bool Step(bool isBack) = 0;
+
+  // How many rows the last sample had. A feed may then take cheaper samples.
+  virtual void AdaptTo(size_t rows) { static_cast<void>(rows); }
+
+  // The present sample. It changes only with Step.
+  virtual platkit::Source &Now() = 0;
+
+  // The sample before it, if the feed still has it, else null.
+  virtual platkit::Source *Before() { return nullptr; }
+
+  // The seconds between the sample before and the present one; 0 if they are not known.
+  virtual double Seconds() const = 0;
+
+  virtual std::string Host() const = 0;  // its name, printable
+  virtual std::string Time() const = 0;  // of the present sample, in UTC
+  // What the samples are, in words.
+  virtual std::string Kind() const = 0;
+
+  virtual bool isLive() const { return false; }
+  virtual bool isHistory() const { return false; }
+
+  // A problem of the last step, for the user.
+  virtual std::string Problem() const { return ""; }
+};
+
+// The running host, or a saved root folder. Throw a Failure.
+std::unique_ptr<Feed> OpenHost(const std::string &root);
+std::unique_ptr<Feed> OpenSnapshotFeed(const std::string &path);
+// FOLDER or FOLDER@TIME.
+std::unique_ptr<Feed> OpenHistoryFeed(const std::string &path);
+
+// The feed of a source that was given by --cache and --root; both may be empty.
+std::unique_ptr<Feed> OpenFeed(const std::string &cache, const std::string &root);
+
+}  // namespace nodal::top
+
+#endif  // NODAL_TOP_FEED_H

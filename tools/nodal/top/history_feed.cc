@@ -1,0 +1,214 @@
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "platkit/history/history_source.h"
+#include "platkit/history/moment.h"
+#include "tools/nodal/history/moment_file.h"
+#include "tools/nodal/support/text.h"
+#include "tools/nodal/top/feed.h"
+
+namespace nodal::top {
+namespace {
+
+using platkit::history::History;
+using platkit::history::SegmentName;
+using platkit::history::SegmentReader;
+
+// The samples of a history, in the order of their time.
+class HistoryCursor {
+ public:
+  // A sample: its segment, and its place in the order of time there.
+  struct Place {
+    SegmentName segment;
+    size_t index = 0;
+  };
+
+  explicit HistoryCursor(const std::string &folder) : folder_(folder) { Reopen(); }
+
+  History::Span Span() { return SpanOf(folder_, *history_); }
+
+  // Lists the segments again: a recorder may have added some.
+  void Reopen() {
+    auto history = std::make_unique<History>();
+    OpenHistory(folder_, *history);
+    history_ = std::move(history);
+    open_.reset();
+  }
+
+  // The last sample at or before a second.
+  std::optional<Place> FindLast(int64_t second) {
+    const auto &segments = history_->segments();
+    const int64_t wall =
+        std::min(second, INT64_MAX / platkit::history::kNanosInSecond) * platkit::history::kNanosInSecond;
+    auto name = std::ranges::upper_bound(segments, SegmentName::At(wall));
+    while (name != segments.begin()) {
+      if (!Open(*--name)) continue;
+      for (size_t index = order_.size(); index-- > 0;) {
+        if (platkit::history::SecondsOf(InfoAt(index).time.wall) <= second) return Place{*name, index};
+      }
+    }
+    return std::nullopt;
+  }
+
+  std::optional<Place> Neighbour(const Place &place, bool isBack) {
+    const auto &segments = history_->segments();
+    if (Open(place.segment)) {
+      if (isBack && place.index > 0) return Place{place.segment, place.index - 1};
+      if (!isBack && place.index + 1 < order_.size()) return Place{place.segment, place.index + 1};
+    }
+    if (isBack) {
+      auto before = std::ranges::lower_bound(segments, place.segment);
+      while (before != segments.begin()) {
+        if (Open(*--before) && !order_.empty()) return Place{*before, order_.size() - 1};
+      }
+      return std::nullopt;
+    }
+    for (auto after = std::ranges::upper_bound(segments, place.segment); after != segments.end(); ++after) {
+      if (Open(*after) && !order_.empty()) return Place{*after, 0};
+    }
+    return std::nullopt;
+  }
+
+  bool Read(const Place &place, platkit::Moment &moment) {
+    if (!Open(place.segment) || place.index >= order_.size()) return false;
+    const HVC_ReturnStatus status = reader_.Read(order_[place.index], moment.sample);
+    if (status == HVC_NO_MEMORY) throw std::bad_alloc();
+    if (status != HVC_OK) return false;
+    moment.info = InfoAt(place.index);
+    moment.host = reader_.host();
+    return true;
+  }
+
+ private:
+  const platkit::history::SampleInfo &InfoAt(size_t index) const { return reader_.frames()[order_[index]].info; }
+
+  // False for a segment that was removed or is damaged.
+  bool Open(const SegmentName &name) {
+    if (open_ == name) return true;
+    open_.reset();
+    order_.clear();
+    const HVC_ReturnStatus status = reader_.Open(history_->folder(), name.text().c_str());
+    if (status == HVC_NO_MEMORY) throw std::bad_alloc();
+    if (status != HVC_OK) return false;
+    for (size_t i = 0; i < reader_.frames().size(); ++i) {
+      if (!reader_.frames()[i].isEnd) order_.push_back(i);
+    }
+    std::ranges::stable_sort(order_, {}, [&](size_t i) { return reader_.frames()[i].info.time.wall; });
+    open_ = name;
+    return true;
+  }
+
+  const std::string folder_;
+  std::unique_ptr<History> history_;
+  SegmentReader reader_;
+  std::optional<SegmentName> open_;
+  std::vector<size_t> order_;  // frames of the open segment
+};
+
+// A sample that was read, and its place.
+struct HistorySample {
+  explicit HistorySample(const HistoryCursor::Place &where) : place(where) {}
+
+  HistoryCursor::Place place;
+  platkit::Moment moment = {};
+  platkit::SampleSource source{moment.sample, moment.host.definitions};
+};
+
+class HistoryFeed final : public Feed {
+ public:
+  HistoryFeed(const std::string &folder, const std::string &time) : cursor_(folder) {
+    const History::Span span = cursor_.Span();
+    const std::string path = folder + "@" + time;
+    std::optional<int64_t> second = span.last;
+    if (!time.empty()) second = platkit::history::ParseTime(time, span.last);
+    if (!second) throw MomentFailure(path, HVC_BAD_PARAM);
+    if (*second < span.first || *second > span.validTo) throw MomentFailure(path, HVC_OUT_OF_RANGE);
+    const std::optional<HistoryCursor::Place> place = cursor_.FindLast(*second);
+    if (place) now_ = ReadFrom(*place, true);
+    if (now_ == nullptr) throw MomentFailure(path, HVC_SNAPSHOT_DAMAGED);
+    if (now_->moment.host.definitions.signature != platkit::OwnDefinitions().signature)
+      throw Failure(folder, HVC_DEFINITIONS_DIFFER);
+    before_ = NeighbourOf(*now_, true);
+    problem_.clear();
+  }
+
+  // The first sample is already there.
+  bool Step(bool isBack) override {
+    problem_.clear();
+    if (!std::exchange(isTaken_, true)) return true;
+    return isBack ? StepBack() : StepForth();
+  }
+
+  platkit::Source &Now() override { return now_->source; }
+  platkit::Source *Before() override { return before_ == nullptr ? nullptr : &before_->source; }
+
+  double Seconds() const override {
+    const bool isSameBoot = before_ != nullptr && before_->moment.host.bootId == now_->moment.host.bootId;
+    if (!isSameBoot) return 0;
+    return static_cast<double>(now_->moment.info.time.boot - before_->moment.info.time.boot) /
+           platkit::history::kNanosInSecond;
+  }
+
+  std::string Host() const override { return Printable(now_->moment.host.host); }
+  std::string Time() const override {
+    return platkit::history::TimeText(platkit::history::SecondsOf(now_->moment.info.time.wall));
+  }
+  std::string Kind() const override { return "history"; }
+  bool isHistory() const override { return true; }
+  std::string Problem() const override { return problem_; }
+
+ private:
+  using SamplePointer = std::unique_ptr<HistorySample>;
+
+  // The sample at a place, or the next readable one in that direction. Null if there is none.
+  SamplePointer ReadFrom(std::optional<HistoryCursor::Place> place, bool isBack) {
+    size_t lost = 0;
+    while (place) {
+      auto sample = std::make_unique<HistorySample>(*place);
+      if (cursor_.Read(*place, sample->moment)) {
+        return sample;
+      }
+      problem_ = Plural(++lost, "damaged sample") + " left out";
+      place = cursor_.Neighbour(*place, isBack);
+    }
+    return nullptr;
+  }
+
+  SamplePointer NeighbourOf(const HistorySample &sample, bool isBack) {
+    return ReadFrom(cursor_.Neighbour(sample.place, isBack), isBack);
+  }
+
+  bool StepForth() {
+    SamplePointer next = NeighbourOf(*now_, false);
+    if (next == nullptr) {
+      cursor_.Reopen();
+      next = NeighbourOf(*now_, false);
+    }
+    if (next == nullptr) return false;
+    before_ = std::exchange(now_, std::move(next));
+    return true;
+  }
+
+  bool StepBack() {
+    if (before_ == nullptr) return false;
+    now_ = std::move(before_);
+    before_ = NeighbourOf(*now_, true);
+    return true;
+  }
+
+  HistoryCursor cursor_;
+  SamplePointer now_, before_;
+  bool isTaken_ = false;
+  std::string problem_;
+};
+
+}  // namespace
+
+std::unique_ptr<Feed> OpenHistoryFeed(const std::string &path) {
+  if (!IsMoment(path)) return std::make_unique<HistoryFeed>(path, "");
+  const platkit::history::MomentPath parts = *platkit::history::SplitMoment(path);
+  return std::make_unique<HistoryFeed>(parts.folder, parts.time);
+}
+
+}  // namespace nodal::top

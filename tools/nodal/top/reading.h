@@ -1,0 +1,103 @@
+// One sample of a screen: its rows, and the records that the shown columns need.
+#ifndef NODAL_TOP_READING_H
+#define NODAL_TOP_READING_H
+
+#include <bitset>
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "platkit/source.h"
+#include "tools/nodal/top/screen.h"
+
+namespace nodal::top {
+
+// The nodes whose records are needed, by their identifiers.
+using NodeSet = std::bitset<platkit::kMaxNodes + 1>;
+
+NodeSet NodesOf(const Screen &screen, std::span<const ColumnChoice> choices);
+
+struct Row {
+  static constexpr int64_t kUnset = -1;
+
+  std::string key;   // identifies the row in other samples
+  std::string name;  // printable
+  int parent = -1;   // the row above it, which comes before it; -1: the top
+  int depth = 0;
+  uint32_t members = 0;  // right below
+  // The instances whose records the row shows.
+  int64_t group = kUnset, client = kUnset, monitor = kUnset, memNode = kUnset, numaNode = kUnset;
+  std::string_view kind = {};  // of the instance: heap, buddy or pool
+  std::string instance = {};
+  bool isSharingPool = false;
+  const HostFigure *figure = nullptr;
+};
+
+// The records of one node, by row.
+struct NodeRecords {
+  const platkit::Node *node;
+  std::vector<std::byte> bytes = {};
+  std::vector<HVC_ReturnStatus> statuses = {};
+
+  std::span<const std::byte> Of(size_t row) const {
+    return std::span(bytes).subspan(row * node->record->size, node->record->size);
+  }
+};
+
+// The figures of the host above each screen.
+struct HostSummary {
+  Cell total, free, state;
+};
+
+struct Reading {
+  std::vector<Row> rows = {};
+  std::vector<NodeRecords> records = {};
+  std::vector<Cell> own = {};  // of rows that show a figure of their own
+  HostSummary host = {};
+  std::string problem = {};  // a list that could not be read
+  unsigned turn = 0;         // samples before this one
+  bool hasClients = false;   // the rows of processes and machines have their clients
+
+  const NodeRecords *Of(platkit::NodeId node) const;
+};
+
+// Throws std::bad_alloc if memory runs out. Whatever else cannot be read is unavailable. Names of groups that are no
+// processes are mostly those of `before`, an earlier sample of the same screen and host, or null.
+Reading ReadScreen(const Screen &screen, platkit::Source &source, const NodeSet &nodes, const Reading *before);
+
+// The figures of one column.
+class ColumnReader {
+ public:
+  ColumnReader(const Reading &reading, const Column &column);
+
+  Cell operator()(size_t row) const;
+
+ private:
+  struct Part {
+    const NodeRecords *records;
+    const platkit::Field *field;
+    Term term;
+    bool isLimit;
+  };
+
+  static Part PartOf(const Reading &reading, const Term &term);
+  static Cell Value(const Part &part, size_t row);
+  Cell WithoutRecord(size_t row) const;
+
+  const Reading &reading_;
+  const Column &column_;
+  std::vector<Part> parts_;
+  std::optional<Part> otherwise_;
+};
+
+// The text of a column of texts, printable.
+std::string TextOf(const Reading &reading, const Column &column, size_t row);
+
+// The value of a term in a record.
+Cell TermValue(const Term &term, std::span<const std::byte> record);
+
+}  // namespace nodal::top
+
+#endif  // NODAL_TOP_READING_H

@@ -1,0 +1,57 @@
+// The screens of the live view.
+#ifndef NODAL_TOP_SCREEN_H
+#define NODAL_TOP_SCREEN_H
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/nodal/top/column.h"
+
+namespace nodal::top {
+
+enum class ScreenId : uint8_t { kGroups, kMachines, kHost, kNodes, kHeaps };
+inline constexpr size_t kScreens = 5;
+
+struct Screen {
+  ScreenId id;
+  std::string_view name;  // as in --screen
+  std::string_view rows;  // what the rows are, in the plural
+  std::span<const Column> (*columns)();
+  std::string_view sort;  // the column that sorts at first; empty: the order of the host
+  bool isTree;
+};
+
+// In the order of ScreenId.
+std::span<const Screen> Screens();
+
+std::span<const Column> GroupColumns();
+std::span<const Column> MachineColumns();
+std::span<const Column> HostColumns();
+std::span<const Column> NodeColumns();
+std::span<const Column> HeapColumns();
+
+// The first column of each screen.
+extern const Column kNameColumn;
+
+// The figures of the host, one a row.
+struct HostFigure {
+  Column figure;
+  std::string_view report;
+  int constant = 0;  // added to the terms
+};
+std::span<const HostFigure> HostFigures();
+
+std::vector<ColumnChoice> DefaultColumns(const Screen &screen);
+
+// A column by its name, in either case, with /s for the rate of a counter.
+std::optional<ColumnChoice> FindColumn(const Screen &screen, std::string_view name);
+
+// All columns, the rates of counters included.
+std::vector<ColumnChoice> AllColumns(const Screen &screen);
+
+}  // namespace nodal::top
+
+#endif  // NODAL_TOP_SCREEN_H

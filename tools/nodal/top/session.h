@@ -1,0 +1,121 @@
+// The live view without its terminal: keys and samples in, frames out.
+#ifndef NODAL_TOP_SESSION_H
+#define NODAL_TOP_SESSION_H
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/nodal/top/feed.h"
+#include "tools/nodal/top/frame.h"
+#include "tools/nodal/top/view.h"
+
+namespace nodal::top {
+
+// A key is a character, or one of these.
+enum Key : uint32_t {
+  kKeyTab = '\t',
+  kKeyEnter = '\n',
+  kKeyEscape = 27,
+  kKeyUp = 0x110000,
+  kKeyDown,
+  kKeyLeft,
+  kKeyRight,
+  kKeyPageUp,
+  kKeyPageDown,
+  kKeyHome,
+  kKeyEnd,
+  kKeyBackspace,
+  kKeyOther,
+};
+
+struct SessionOptions {
+  ScreenId screen = ScreenId::kGroups;
+  std::array<Settings, kScreens> settings = {};  // by ScreenId
+  Unit unit = Unit::kAuto;
+  std::string every = "1";  // seconds, for the title and the command line
+  std::string source = {};  // options of the source, for the command line
+};
+
+// The text as a word of a shell.
+std::string ShellWord(const std::string &text);
+
+enum class Mode : uint8_t { kTable, kFilter, kColumns, kSort, kHelp };
+
+class Session {
+ public:
+  Session(Feed &feed, SessionOptions options);
+
+  // Takes the next sample. False if there is none.
+  bool TakeSample(bool isBack = false);
+
+  // False if the key quits.
+  bool Press(uint32_t key);
+
+  Frame Paint(size_t width, size_t height);
+
+  // The whole table, for a file.
+  std::string BatchText() const;
+
+  // Whether samples are to be taken one after the other.
+  bool isRunning() const { return isRunning_; }
+
+  // The command that shows the same again.
+  std::string CommandLine() const;
+  bool wantsCommandLine() const { return wantsCommandLine_; }
+
+  const View &view() const { return view_; }
+  const Settings &settings() const { return options_.settings[static_cast<size_t>(options_.screen)]; }
+
+ private:
+  Settings &Own() { return options_.settings[static_cast<size_t>(options_.screen)]; }
+  const Screen &CurrentScreen() const { return Screens()[static_cast<size_t>(options_.screen)]; }
+
+  Reading Read(platkit::Source &source, const Reading *before = nullptr) const;
+  void ReadAgain(bool isOtherScreen);
+  void Update();
+
+  void PressInTable(uint32_t key);
+  bool MoveCursor(uint32_t key);
+  void MoveTo(size_t line);
+  void ChangeView(uint32_t key);
+  void SelectScreen(size_t index);
+  void MoveSort(int by);
+  void Fold(bool isFolded);
+  void EnterSubtree();
+  void LeaveSubtree();
+  void StepHistory(bool isBack);
+  void Stop();
+  void PressInFilter(uint32_t key);
+  void PressInList(uint32_t key);
+  void OpenList(Mode mode);
+  void ToggleColumn(const ColumnChoice &choice);
+
+  Line Title(size_t width) const;
+  Line Summary(size_t width) const;
+  Line Tabs(size_t width) const;
+  Line Footer(size_t width) const;
+  std::string StateText() const;
+  void PaintList(Frame &frame, size_t width, size_t height);
+
+  Feed &feed_;
+  SessionOptions options_;
+  std::optional<Reading> now_, before_;
+  View view_;
+  bool isRunning_;
+  bool wantsCommandLine_ = false;
+  Mode mode_ = Mode::kTable;
+  std::string message_;
+  std::string oldFilter_;
+  std::vector<ColumnChoice> list_;  // of the modes kColumns and kSort
+  size_t listCursor_ = 0;
+  size_t listTop_ = 0;
+  size_t page_ = 10;  // the rows on the screen
+};
+
+}  // namespace nodal::top
+
+#endif  // NODAL_TOP_SESSION_H

@@ -1,0 +1,94 @@
+// What a screen shows of a sample: rows in order, and the figures of its columns. Knows nothing of terminals.
+#ifndef NODAL_TOP_VIEW_H
+#define NODAL_TOP_VIEW_H
+
+#include <cstddef>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tools/nodal/top/reading.h"
+
+namespace nodal::top {
+
+// What the user chose for a screen.
+struct Settings {
+  std::vector<ColumnChoice> columns = {};  // without the name, which is always first
+  ColumnChoice sort = {};                  // without a column: the order of the host
+  bool isAscending = false;
+  bool isFlat = false;
+  bool hidesIdle = false;
+  std::string filter = {};
+  std::string subtree = {};  // the key of its top row; empty: everything
+  std::set<std::string> folded = {};
+  // Where the cursor is.
+  std::string selected = {};
+  size_t cursor = 0;  // the line of the selected row
+  size_t top = 0;     // the first line on the screen
+};
+
+Settings DefaultSettings(const Screen &screen);
+
+// A line of the table.
+struct ShownRow {
+  size_t row;
+  int depth = 0;
+  bool isFolded = false;
+  bool isContext = false;  // shown only because a row below it matches the filter
+};
+
+class View {
+ public:
+  explicit View(const Screen &screen) : screen_(&screen) {}
+
+  // `before` is an earlier sample, or null. Moves the cursor to the line that shows the selected row.
+  void Update(const Reading &now, const Reading *before, double seconds, Settings &settings);
+
+  const std::vector<ShownRow> &rows() const { return shown_; }
+  const Screen &screen() const { return *screen_; }
+
+  Cell At(const ColumnChoice &choice, size_t row) const;
+
+  // The sum over the shown rows. A row below another one that has the figure is part of it. No figure for columns that
+  // do not add up.
+  Cell Sum(const ColumnChoice &choice) const;
+
+  size_t matches() const { return matches_; }  // shown rows, without context
+  bool isSubtreeGone() const { return isSubtreeGone_; }
+
+ private:
+  using Cells = std::vector<Cell>;
+
+  const Cells &CellsOf(const ColumnChoice &choice);
+  Cells Compute(const ColumnChoice &choice);
+  void AddRates(const Column &column, Cells &cells) const;
+  void AddMembers(Cells &cells) const;
+  void FindRowsBefore();
+  void FindActive();
+  void FindMatches();
+  bool IsHidden(size_t row) const;
+  void ListRows();
+  void ListTree(size_t top);
+  void SortRows(std::vector<size_t> &rows);
+  void SelectRow();
+
+  const Screen *screen_;
+  const Reading *now_ = nullptr;
+  const Reading *before_ = nullptr;
+  double seconds_ = 0;
+  Settings *settings_ = nullptr;
+
+  std::map<std::pair<const Column *, bool>, Cells> cells_;
+  std::vector<size_t> rowsBefore_;  // the same row in the sample before; rows_.size() there: none
+  std::vector<char> inSubtree_, isActive_, isMatch_, hasMatchBelow_;
+  std::vector<std::vector<size_t>> members_;
+  std::vector<ShownRow> shown_;
+  std::vector<char> isCounted_;
+  size_t matches_ = 0;
+  bool isSubtreeGone_ = false;
+};
+
+}  // namespace nodal::top
+
+#endif  // NODAL_TOP_VIEW_H
