@@ -1,5 +1,7 @@
 #include "tools/nodal/page/page.h"
 
+#include <memory>
+
 #include "platkit/history/moment.h"
 #include "tools/nodal/capture/host_reading.h"
 #include "tools/nodal/capture/pseudonyms.h"
@@ -10,6 +12,7 @@
 #include "tools/nodal/support/output_file.h"
 #include "tools/nodal/support/signals.h"
 #include "tools/nodal/support/text.h"
+#include "tools/nodal/tree/sampled_tree.h"
 
 namespace nodal {
 namespace {
@@ -26,10 +29,10 @@ PageData ReadPage(const PageOptions &options) {
   std::optional<Pseudonyms> pseudonyms = PseudonymsFor(options.anonymize, options.keyFile);
   platkit::snapshot::Header header = SourceHeader(options.cache, options.root);
   if (pseudonyms) AnonymizeHeader(header, *pseudonyms);
-  HostTree host;
-  CachingTree tree(host, ThrowIfSignalled);
+  const std::unique_ptr<Tree> host = OpenTree(options.cache, options.root);
+  CachingTree tree(*host, ThrowIfSignalled);
   PathFilter filter({}, kPciDevices);
-  ReadHost(tree, host, filter);
+  ReadHost(tree, *host, filter);
   PageData data = ReadPageData(tree, pseudonyms ? &*pseudonyms : nullptr);
   data.host = Printable(header.host);
   data.time = Printable(header.time);
