@@ -50,9 +50,9 @@ class HostFeed final : public Feed {
     return true;
   }
 
-  void AdaptTo(size_t rows) override {
+  void AdaptTo(size_t groups) override {
     const auto enough = static_cast<size_t>(kMaxSettingsAge / kSettingsAgeOfGroup);
-    host_.ReuseSettings(kSettingsAgeOfGroup * static_cast<int64_t>(std::min(rows, enough)));
+    host_.ReuseSettings(kSettingsAgeOfGroup * static_cast<int64_t>(std::min(groups, enough)));
   }
 
   platkit::Source &Now() override { return host_.source(); }

@@ -17,8 +17,8 @@ class Feed {
   // Takes the next sample, or in a history the one before with `isBack`. False if there is none.
   virtual bool Step(bool isBack) = 0;
 
-  // How many rows the last sample had. A feed may then take cheaper samples.
-  virtual void AdaptTo(size_t rows) { static_cast<void>(rows); }
+  // How many groups the last sample had. With many, a feed may take cheaper samples.
+  virtual void AdaptTo(size_t groups) { static_cast<void>(groups); }
 
   // The present sample. It changes only with Step.
   virtual platkit::Source &Now() = 0;

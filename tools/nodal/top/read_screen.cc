@@ -129,6 +129,7 @@ class ScreenReader {
       if (IsFull() || !seen.insert(group).second) continue;
       const int row = onlyMachines ? AddMachine(group) : AddGroup(group, parent);
       if (row == kNoGroup) continue;
+      ++reading_.groups;
       const NODAL_Param argument = IntParam(group);
       const auto members = List(nodes::sched_groups_members_groups, std::span(&argument, 1));
       for (auto member = members.rbegin(); member != members.rend(); ++member)

@@ -57,6 +57,7 @@ struct Reading {
   std::vector<Cell> own = {};  // of rows that show a figure of their own
   HostSummary host = {};
   std::string problem = {};  // a list that could not be read
+  size_t groups = 0;         // that were found, also those without a row
   unsigned turn = 0;         // samples before this one
   bool hasClients = false;   // the rows of processes and machines have their clients
 

@@ -59,7 +59,7 @@ bool Session::TakeSample(bool isBack) {
   platkit::Source *before = feed_.Before();
   before_ = before == nullptr ? std::exchange(now_, std::nullopt) : Read(*before);
   now_ = Read(feed_.Now(), before == nullptr && before_ ? &*before_ : nullptr);
-  feed_.AdaptTo(now_->rows.size());
+  feed_.AdaptTo(now_->groups);
   Update();
   return true;
 }
