@@ -47,8 +47,9 @@ function drawTicks({ context, color }, height) {
     context.fillStyle = color('line');
     context.fillRect(Math.round(xOf(second)), laneHead, 1, height - axisHeight - laneHead);
     context.fillStyle = color('soft');
-    const isDay = second % 86400 === 0;
-    context.fillText(isDay ? text.slice(5, 10) : text.slice(11, width < 60 ? 19 : 16), Math.min(Math.max(xOf(second), 16), lanes.width - 16), height - axisHeight + 13);
+    const label = second % 86400 === 0 ? text.slice(5, 10) : text.slice(11, width < 60 ? 19 : 16);
+    const half = context.measureText(label).width / 2;
+    context.fillText(label, Math.min(Math.max(xOf(second), half), lanes.width - half), height - axisHeight + 13);
   }
 }
 
@@ -178,8 +179,8 @@ function showHeads() {
     const figure = lane.family.figure(lane.key, lane.row);
     const text = laneText(lane, now.instant);
     const scale = lane.isState || !lane.isKnown ? '' : `up to ${amountText(lane.top)}`;
-    return element('div', { class: 'head', style: { top: `${i * laneHeight}px` } }, element('span', {}, nameElement(lane.name), ' ',
-      isThere ? element('strong', {}, figureElement(figure, text)) : element('span', { class: 'na' }, text)), ' ', element('small', {}, scale),
-    lane.family === host.groups && lane.row !== 0 && element('button', { type: 'button', 'aria-label': `Remove the lane of ${lane.name}`, onclick: () => toggleLane(lane.row) }, '×'));
+    return element('div', { class: 'head', style: { top: `${i * laneHeight}px` } }, nameElement(lane.name),
+      isThere ? element('strong', {}, figureElement(figure, text)) : element('span', { class: 'na' }, text), element('small', {}, scale),
+      lane.family === host.groups && lane.row !== 0 && element('button', { type: 'button', 'aria-label': `Remove the lane of ${lane.name}`, onclick: () => toggleLane(lane.row) }, '×'));
   }));
 }

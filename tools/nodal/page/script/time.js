@@ -84,7 +84,7 @@ function showChanges() {
 }
 
 function signedAmount(kb) {
-  return kb === undefined ? 'n/a' : `${kb < 0 ? '−' : '+'}${amountText(Math.abs(kb))}`;
+  return kb === undefined ? 'n/a' : `${kb < 0 ? '−' : kb > 0 ? '+' : ''}${amountText(Math.abs(kb))}`;
 }
 
 function changeColumns(from, to) {
