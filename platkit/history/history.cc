@@ -64,7 +64,8 @@ HVC_ReturnStatus History::FindLast(Span &span) {
     HostHeader host;
     if (reader_.ReadHost(frame, host) != HVC_OK) return HVC_OK;
     constexpr int64_t kNanosInMilli = 1'000'000;
-    span.validTo = SecondsOf(std::min(wall, INT64_MAX / 2) + int64_t{host.intervalMillis} * kNanosInMilli);
+    const int64_t interval = int64_t{host.intervalMillis} * kNanosInMilli;
+    span.validTo = SecondsOf(std::min(wall, INT64_MAX - interval) + interval);
     return HVC_OK;
   }
   return HVC_SNAPSHOT_DAMAGED;

@@ -84,6 +84,13 @@ TEST_F(MomentTest, IsWithinTheSpan) {
   EXPECT_EQ(Open("@253402300799"), HVC_OUT_OF_RANGE);
 }
 
+// The clock of a sample has room for years up to 2262.
+TEST_F(MomentTest, CanBeFarInTheFuture) {
+  constexpr int kTwoHundredYears = 2'000'000'000;
+  Record(kTwoHundredYears, kTwoHundredYears + 20);
+  EXPECT_EQ(Open("-0s"), kTwoHundredYears + 15);
+}
+
 TEST_F(MomentTest, CanBeInAGap) {
   Record(0, 20);
   Record(3 * 3600, 3 * 3600 + 20);

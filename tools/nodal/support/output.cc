@@ -31,6 +31,10 @@ void Print(std::string_view text) {
   }
 }
 
+void FlushOutput() {
+  if (std::fflush(stdout) != 0) throw Failure("standard output", std::strerror(errno));
+}
+
 void FinishOutput() {
   // Some file systems report a full disk only here.
   if (std::fflush(stdout) != 0 || std::fclose(stdout) != 0) throw Failure("standard output", std::strerror(errno));

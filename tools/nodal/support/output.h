@@ -17,8 +17,9 @@ class Failure : public std::runtime_error {
   Failure(std::string_view where, HVC_ReturnStatus status);
 };
 
-// Both throw if standard output cannot be written.
+// These throw if standard output cannot be written.
 void Print(std::string_view text);
+void FlushOutput();
 void FinishOutput();
 
 // The program's name in its messages (default: nodal). The text must be static.

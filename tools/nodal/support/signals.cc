@@ -8,7 +8,7 @@
 namespace nodal {
 namespace {
 
-constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr int kSignals[] = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
 
 volatile sig_atomic_t received = 0;
 sigset_t unheld;  // the signal mask before HoldSignals

@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 
 #include "tools/nodal/support/output.h"
 #include "tools/nodal/support/signals.h"
@@ -35,7 +34,7 @@ void PrintSamples(Session &session, const TopOptions &options) {
     if (taken > 0 && session.isRunning() && !PollForSignals({}, std::max<int64_t>(due - Now(), 0))) return;
     if (!session.TakeSample()) return;
     Print((taken > 0 ? "\n" : "") + session.BatchText());
-    std::fflush(stdout);
+    FlushOutput();
     due = NextDue(due, options.interval);
   }
 }

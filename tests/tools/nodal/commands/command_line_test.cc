@@ -27,8 +27,9 @@ TEST(CommandLine, HelpAndVersion) {
 }
 
 TEST(CommandLine, OutputThatCannotBeWritten) {
-  for (const std::string &words : {"dump " + kSample, "--cache " + kSample + " ls /sched", std::string("--help"),
-                                   std::string("--version"), "verify " + kSample}) {
+  for (const std::string &words :
+       {"dump " + kSample, "--cache " + kSample + " ls /sched", std::string("--help"), std::string("--version"),
+        "verify " + kSample, "--cache " + kSample + " top --batch"}) {
     const Outcome full = Nodal(words + " >/dev/full");
     EXPECT_EQ(full.status, 1) << words;
     EXPECT_EQ(full.err, "nodal: standard output: No space left on device\n");

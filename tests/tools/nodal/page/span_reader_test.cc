@@ -13,7 +13,7 @@ PageSpan SpanOfHistory(const Recorded &history, const std::string &from = "", co
   return ReadSpan({.folder = history.path(), .from = from, .to = to}, nullptr).span;
 }
 
-const SpanColumn &ColumnOf(const SpanFamily &family, const Node &node, const std::string &name) {
+const SpanColumn &ColumnOf(const SpanFamily &family, const Node &node, std::string_view name) {
   for (const SpanRecords &records : family.records) {
     if (records.node != &node) continue;
     for (const SpanColumn &column : records.columns) {
