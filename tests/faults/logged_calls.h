@@ -51,8 +51,8 @@ class CallLog {
   void MarkRegisters(const std::vector<std::string> &log);
 
   std::vector<LoggedCall> calls_;
-  std::vector<size_t> starts_;  // first line of each part
-  std::vector<size_t> depths_;  // depth of each part, if the parts are groups
+  std::vector<size_t> starts_;  // first line of each part, if the parts are groups
+  std::vector<size_t> depths_;  // depth of each of these parts
 };
 
 }  // namespace faults

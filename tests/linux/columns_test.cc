@@ -99,7 +99,7 @@ class ProbeSource : public Source {
     Read().insert(&node);
     const bool isChanged = changed_ != nullptr && changed_->node == &node && changed_->field.empty();
     if (node.entry.kind == ParamKind::kText) {
-      // The reports read numbers and types from the names of buddies.
+      // buddy-stats takes the node's number and the type of memory from the name of an allocator.
       if (ShortName(node) == "buddy") return list.Add(isChanged ? "memmap-01-hi" : "memmap-00-lo");
       return list.Add(isChanged ? "other" : "name");
     }

@@ -91,7 +91,7 @@ void AskAll(const Monitors &monitors, milliseconds deadline, Collector &collecto
     children.Start(*monitors.libvirt, [&](const Report &report) { AskLibvirtAtOnce(*monitors.libvirt, report); });
   for (const std::string &path : monitors.qmp) {
     if (IsSocketOfLibvirt(path)) {
-      collector.Fail(path, "this socket belongs to libvirt, which is asked instead");
+      collector.Fail(path, "this socket belongs to libvirt and is not used");
     } else {
       children.Start(path, [path](const Report &report) { AskQmp(path, report); });
     }

@@ -257,7 +257,7 @@ TEST_F(Qmp, SocketsOfLibvirtAreNotAsked) {
   const Sample sample = TakeSample({.qmp = {Path("link")}}, kLong);
   EXPECT_TRUE(sample.isEmpty);
   EXPECT_EQ(sample.failures,
-            std::vector<std::string>{Path("link") + ": this socket belongs to libvirt, which is asked instead"});
+            std::vector<std::string>{Path("link") + ": this socket belongs to libvirt and is not used"});
 }
 
 }  // namespace

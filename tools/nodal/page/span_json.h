@@ -29,7 +29,7 @@ struct PackedSpan {
 // Uses the smallest tolerance with which the values have at most `mostBytes`, or the largest one.
 PackedSpan Packed(const PageSpan &span, size_t mostBytes);
 
-// `last` has the host and the source.
+// Takes only the host's name and the source from `last`.
 std::string SpanJson(const PageSpan &span, const PageData &last, double tolerance);
 
 }  // namespace nodal
