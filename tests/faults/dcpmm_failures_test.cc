@@ -63,7 +63,7 @@ unsigned CallsBefore(const StandinRun &clean, const FailingCall &like, const std
   return count;
 }
 
-// The number of sockets, and the range of steps in which calls fail.
+// The sockets, and the range of steps in which calls fail.
 struct Part {
   const char *name;
   std::vector<Socket> sockets;

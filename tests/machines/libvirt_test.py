@@ -44,7 +44,7 @@ def nodal_guests(*words):
 
 
 def guests():
-    """What nodal guests tells: dictionaries by the name of the guest."""
+    """The JSON of nodal guests: a dictionary for each guest, by its name."""
     return {guest["name"]: guest for guest in json.loads(nodal_guests("--json")[0])}
 
 

@@ -10,7 +10,7 @@ namespace {
 
 constexpr int64_t kFirst = kStart / kNanosInSecond;
 
-// The small host of the snapshots' tests, with a node that could not be read. numVMs tells the second of the sample.
+// The small host of the snapshot tests, with a node that could not be read. numVMs is the second of the sample.
 Entries SmallHostAt(uint32_t second) {
   std::string name = "host";
   name.resize(sizeof(GroupNameRecord));

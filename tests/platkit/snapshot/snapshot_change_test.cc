@@ -171,7 +171,7 @@ class Change : public testing::Test {
     EXPECT_TRUE(status == HVC_OK || status == HVC_SNAPSHOT_DAMAGED || status == HVC_NOT_A_SNAPSHOT) << status;
     accessesOfOpening_ = trap.accesses();
     if (status == HVC_OK) {
-      // An empty table of a truncated file has the checksum of no table.
+      // A lookup in a table of no slots finds nothing. A truncated file can look as if it had such a table.
       ExpectPartOfSmallHost(ReadSmallHost(*source, {HVC_OK, HVC_NOT_FOUND, HVC_SNAPSHOT_DAMAGED}));
     }
     return trap.accesses();

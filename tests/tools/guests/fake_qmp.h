@@ -20,7 +20,7 @@ namespace testing_support {
 
 inline constexpr char kGreeting[] = R"({"QMP": {"version": {}, "capabilities": []}})";
 
-// Results of QEMU 7.2 by command; for qom-list by folder and for qom-get by property.
+// Results of QEMU 7.2: by command; those of qom-list by folder, and those of qom-get by property.
 inline std::map<std::string, std::string> QmpResults() {
   return {{"qmp_capabilities", "{}"},
           {"query-name", R"({"name": "web"})"},

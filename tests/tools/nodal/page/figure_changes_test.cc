@@ -87,7 +87,7 @@ TEST(EncodedColumn, KeepsAllValues) {
   ExpectRoundTrip({{{0, {.kind = FigureValue::kAllOnes}}, {5, {.kind = FigureValue::kNoRecord}}}});
 }
 
-// A script cannot compute with these exactly. Smaller numbers around them must not suffer.
+// A script cannot compute exactly with numbers this large. Smaller numbers beside them must stay exact.
 TEST(EncodedColumn, KeepsLargeNumbers) {
   ExpectRoundTrip(
       {{{0, NumberValue(3)}, {1, NumberValue(INT64_MAX)}, {2, NumberValue(INT64_MIN)}, {3, NumberValue(5)}}});

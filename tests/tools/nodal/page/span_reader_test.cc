@@ -156,7 +156,7 @@ TEST(SpanReader, TellsOfGaps) {
   EXPECT_EQ(span.events[0].reasons, "no samples were taken");
 }
 
-// The sizes of their records may differ from this program's.
+// Records of other definitions may differ in size from this program's.
 TEST(SpanReader, LeavesOutSamplesOfOtherDefinitions) {
   Recorded history;
   history.AddGroups(0, 10);
