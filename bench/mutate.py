@@ -289,7 +289,7 @@ def name_killer():
 
 
 def put_quick_tests_first():
-    """Turns round the costs that ctest knows: it starts with the most expensive test."""
+    """Reverses the costs in ctest's records, because ctest starts with the most expensive test."""
     path = f"{BUILD}/Testing/Temporary/CTestCostData.txt"
     lines = read_text(path).split("\n")
     if "---" not in lines:

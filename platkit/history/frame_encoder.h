@@ -24,8 +24,8 @@ class FrameEncoder {
   FrameEncoder(const FrameEncoder &) = delete;
   FrameEncoder &operator=(const FrameEncoder &) = delete;
 
-  // Encode a sample, whose entries are sorted, as a key frame, or as a delta frame that continues the last
-  // accepted frame; `before` is the sample of that frame. The frame stays valid until the next call.
+  // Encode a sample, or the end of a recording. A delta frame continues the last accepted frame; `before` is the sample
+  // of that frame. The frame stays valid until the next call. REQUIRES: the entries of the samples are sorted.
   //
   // HVC_LIMIT_EXCEEDED: the frame exceeds a limit of the format.
   [[nodiscard]] HVC_ReturnStatus EncodeKey(const HostHeader &host, const SampleInfo &info, const Sample &sample);

@@ -32,7 +32,7 @@ enum class FigureSum : uint8_t {
   kAddTwice,
   kMean,     // rounded down
   kLast,     // the figure of the last row
-  kAllOnes,  // whatever the rows have
+  kAllOnes,  // all bits set, whatever the rows have
 };
 
 // One figure of a row. It is a number or a text.
@@ -87,7 +87,7 @@ constexpr Figure FigureOf(FigureUnit unit, FigureSum sum) {
     figure.number = ReadNumber<Row, Read>;
     figure.bits = sizeof(Type) * 8;
     figure.isSigned = std::is_signed_v<Type>;
-    if (sum == FigureSum::kMean && sizeof(Type) != sizeof(uint64_t)) std::abort();  // does not compile in a constant
+    if (sum == FigureSum::kMean && sizeof(Type) != sizeof(uint64_t)) std::abort();  // makes a constant fail to compile
   }
   return figure;
 }

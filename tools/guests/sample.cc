@@ -75,10 +75,11 @@ bool IsRunning(const Children &children, const std::string &name) {
   return std::ranges::find(running, name) != running.end();
 }
 
-// The call for all guests answers within a fraction of the deadline, unless a guest is stuck.
+// After this fraction of the deadline, guests are asked one by one: the call for all guests is slower only if a guest
+// is stuck.
 constexpr int kOneByOneAfter = 3;
 
-// A source without any answer. A guest that does not answer is no failure of libvirt.
+// Reports a source that gave no answer at all as a failure. One silent guest is no failure of libvirt.
 void FailIfSilent(const Children &children, const std::string &source, const std::string &monitor,
                   Collector &collector) {
   if (IsRunning(children, source) && !collector.HasGuestOf(monitor)) collector.Fail(source, "no answer");

@@ -37,7 +37,7 @@ class HostSampler {
   size_t groups() const { return groups_.size(); }
 
  private:
-  // A part of the paths, and what is below it. Parts that are instances have the name of their kind.
+  // A part of the paths, and the parts below it. A part that is an instance has the name of its kind.
   struct Branch {
     std::string_view part;
     bool isInstance = false;

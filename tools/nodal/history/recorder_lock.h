@@ -8,7 +8,7 @@
 
 namespace nodal {
 
-// Locks a history until the object is destroyed, or its process ends. The file of the lock has the PID of its holder.
+// Locks a history until the object is destroyed, or its process ends. The lock file contains the PID of the holder.
 class RecorderLock {
  public:
   static constexpr char kFile[] = "recorder.lock";

@@ -32,8 +32,8 @@ struct SpanRecords {
 };
 
 struct SpanFamily {
-  std::vector<PageRow> rows = {};         // all that were there at some time; a group comes after the group above it
-  std::vector<FigureChanges> lives = {};  // by row: 1 while it is there, 0 while it is not
+  std::vector<PageRow> rows = {};         // all that existed at some time; a group comes after the group above it
+  std::vector<FigureChanges> lives = {};  // by row: 1 while it exists, 0 while it does not
   std::vector<SpanRecords> records = {};
 };
 

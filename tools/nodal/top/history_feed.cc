@@ -133,7 +133,7 @@ class HistoryFeed final : public Feed {
     problem_.clear();
   }
 
-  // The first sample is already there.
+  // The first call has nothing to read: the constructor has read the first sample.
   bool Step(bool isBack) override {
     problem_.clear();
     if (!std::exchange(isTaken_, true)) return true;

@@ -285,7 +285,7 @@ class ScreenReader {
     }
   }
 
-  // HVC_NOT_FOUND: the row is none of the things that have such a record.
+  // HVC_NOT_FOUND: rows of this kind have no such record.
   HVC_ReturnStatus GetRecordOf(const Node &node, const Row &row, std::span<std::byte> record) {
     // The pool of page sharing has its own node, with the same record as the other pools.
     const bool isOfSharingPool = row.isSharingPool && node.id == nodes::memory_lpage_nodeList_vmPools.id();

@@ -64,8 +64,8 @@ struct Reading {
   const NodeRecords *Of(platkit::NodeId node) const;
 };
 
-// Throws std::bad_alloc if memory runs out. Whatever else cannot be read is unavailable. Names of groups that are no
-// processes are mostly those of `before`, an earlier sample of the same screen and host, or null.
+// Throws std::bad_alloc if memory runs out. Whatever else cannot be read is unavailable. Most names of control groups
+// are taken from `before`, which is an earlier sample of the same screen and host, or null.
 Reading ReadScreen(const Screen &screen, platkit::Source &source, const NodeSet &nodes, const Reading *before);
 
 // The figures of one column.

@@ -11,7 +11,7 @@
 
 namespace nodal::top {
 
-// PlaceIn or PlaceAll comes first. The arguments of the constructor must outlive the painter.
+// REQUIRES: PlaceIn or PlaceAll is called first. The arguments of the constructor outlive the painter.
 class TablePainter {
  public:
   TablePainter(const View &view, const Reading &reading, const Settings &settings, Unit unit)
@@ -49,7 +49,7 @@ class TablePainter {
   Unit unit_;
   std::vector<PlacedColumn> places_;
   size_t nameWidth_ = 0;
-  size_t indent_ = 0;  // at most
+  size_t indent_ = 0;  // the largest indentation
 };
 
 }  // namespace nodal::top

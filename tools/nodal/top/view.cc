@@ -117,13 +117,13 @@ void View::FindRowsBefore() {
     rows.emplace(before_->rows[row].key, row);
   for (size_t row = 0; row < now_->rows.size(); ++row) {
     const auto found = rows.find(now_->rows[row].key);
-    // Another process or group may have got the number.
+    // The number may belong to another process or group now.
     if (found != rows.end() && before_->rows[found->second].name == now_->rows[row].name)
       rowsBefore_[row] = found->second;
   }
 }
 
-// A row is active if one of its shown figures, but a setting, is not 0, or a row below it is active.
+// A row is active if one of its shown figures is not 0, or if a row below it is active. Settings do not count.
 void View::FindActive() {
   isActive_.assign(now_->rows.size(), 0);
   for (const ColumnChoice &choice : settings_->columns) {

@@ -48,7 +48,7 @@ function findSqueezedMachines() {
   return largestFirst(found);
 }
 
-// A limit that a group has from the one above it is told once.
+// A group below a reported group is not reported: its limit may come from that group.
 function findGroupsAtLimit() {
   const found = [];
   const told = new Set();

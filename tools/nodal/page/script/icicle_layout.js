@@ -1,7 +1,7 @@
 // The places of the boxes of the icicle: each group is a box below the group that contains it, as wide as its share.
 
-// In pixels: groups narrower than this share a box; the boxes into which such a box is divided when it is opened; and a
-// box for groups whose figures are not available.
+// Widths in pixels. Groups narrower than minBoxWidth share a box. Opening such a box divides it into boxes of
+// dividedWidth. Groups whose figures are not available share a box of unknownWidth.
 const minBoxWidth = 4;
 const dividedWidth = 60;
 const unknownWidth = 20;

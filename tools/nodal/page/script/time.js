@@ -12,7 +12,7 @@ function instantText(instant) {
   return host.data.instants[instant];
 }
 
-// Without the date.
+// The time of an instant, without the date.
 function clockText(instant) {
   return instantText(instant).slice(11);
 }
