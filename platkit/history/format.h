@@ -26,7 +26,7 @@ struct SampleTime {
   auto operator<=>(const SampleTime &) const = default;
 };
 
-// Facts about a sample that its entries do not tell.
+// Facts about a sample that its entries do not contain.
 enum Mark : uint8_t {
   kNoMark = 0,
   kRecorderStarted = 1,  // the first sample of a recorder

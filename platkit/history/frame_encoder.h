@@ -66,8 +66,8 @@ class FrameEncoder {
   uint64_t movedBytes_ = 0;
   uint16_t chunks_ = 0;
   uint32_t base_ = 0;          // the check of the accepted frame
-  uint32_t nextId_ = 0;        // of the accepted frame
-  std::vector<uint32_t> ids_;  // of the entries of the accepted sample
+  uint32_t nextId_ = 0;        // the next number of the accepted frame
+  std::vector<uint32_t> ids_;  // the numbers of the entries of the accepted sample
   // The same for the frame that is being encoded, until it is accepted.
   uint32_t newNextId_ = 0;
   std::vector<uint32_t> newIds_;

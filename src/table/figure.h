@@ -17,7 +17,7 @@ namespace kestrel {
 // The unit of a figure before conversion.
 enum class FigureUnit : uint8_t {
   kPlain,  // never converted
-  kKB,     // all ones: not available, or unlimited
+  kKB,     // all bits set: not available, or unlimited
   kPages,  // of 4 KB
   kBytes,
   kYesNo,  // prints y unless it is 0, else n
@@ -28,7 +28,7 @@ enum class FigureUnit : uint8_t {
 enum class FigureSum : uint8_t {
   kNoSum,
   kAdd,
-  kAddAvailable,  // omits all ones, "not available"
+  kAddAvailable,  // omits figures with all bits set: not available
   kAddTwice,
   kMean,     // rounded down
   kLast,     // the figure of the last row

@@ -18,14 +18,14 @@ namespace faults {
 // The effect of a failure on the rows that the report prints.
 enum class Effect {
   kNone,
-  kLosesRow,      // the row that the call is for
-  kLosesGroup,    // the group and those below it; the start group decides the result
-  kLosesChild,    // as kLosesGroup, if the group's ID was not read; the start group's last child decides the result
-  kEndsTable,     // no more rows; the text after the rows is still printed
-  kEndsRun,       // nothing more; FailureRow::exitStatus is the exit status
-  kLosesBuddy,    // the buddy whose memory node is read
-  kEndsScan,      // the search for buddies; those found before stay
-  kEndsSearch,    // the search for sockets; those found before stay
+  kLosesRow,    // the row that the call is for
+  kLosesGroup,  // the group and those below it; the start group decides the result
+  kLosesChild,  // as kLosesGroup, if the group's ID was not read; the last child of the start group decides the result
+  kEndsTable,   // no more rows; the text after the rows is still printed
+  kEndsRun,     // nothing more; FailureRow::exitStatus is the exit status
+  kLosesBuddy,  // the buddy whose memory node is read
+  kEndsScan,    // the search for buddies; those found before stay
+  kEndsSearch,  // the search for sockets; those found before stay
   kSpoilsSearch,  // the search ends at its next read
 };
 

@@ -350,7 +350,7 @@ INSTANTIATE_TEST_SUITE_P(Nodes, PMemStats, testing::ValuesIn(kNodesCases), NameO
 struct Kind {
   const char *name;  // of the test
   const char *report;
-  const char *word;  // of the banner
+  const char *word;  // the report's word in the banner
 };
 
 void PrintTo(const Kind &kind, std::ostream *stream) { *stream << kind.name; }

@@ -68,11 +68,11 @@ class PlainSnapshot {
 
   std::string_view bytes_;
   HVC_ReturnStatus status_;
-  uint64_t end_ = 0;  // of the records
+  uint64_t end_ = 0;  // the end of the records
   std::vector<std::vector<Slot>> tables_;
   std::vector<bool> isTableWhole_;
   std::vector<Entry> entries_;
-  std::vector<uint32_t> positions_;  // of the entries
+  std::vector<uint32_t> positions_;  // the positions of the entries
   bool endsWithEntry_ = false;
 };
 

@@ -29,7 +29,7 @@ class BelievedClock {
   std::optional<int64_t> leap_;  // an offset that is not believed yet
   int64_t leapAt_ = 0;           // on the boot clock
   int64_t setAt_;                // when the wall clock was set last, or the program started, on the boot clock
-  int64_t lastOffset_;           // of the last call of Wall
+  int64_t lastOffset_;           // the offset at the last call of Wall
   bool isSettled_ = false;
 };
 

@@ -86,7 +86,7 @@ class HostSampler {
   std::vector<PathTemplate> forms_ = AllPathTemplates();  // own the texts of the branches
   Branch root_;
 
-  // Of the sample that is being taken.
+  // State for the sample that is being taken.
   platkit::history::Sample *sample_ = nullptr;
   ReadableLists tree_;
   std::optional<Instances> instances_;  // of all kinds but groups and clients

@@ -90,7 +90,7 @@ class Recorder {
   HVC_ReturnStatus status_ = HVC_OK;
   uint64_t lost_ = 0;     // samples since the last one that was written
   uint64_t taken_ = 0;    // all samples
-  uint64_t samples_ = 0;  // that were written
+  uint64_t samples_ = 0;  // samples that were written
   uint64_t bytes_ = 0;
   uint64_t largestFrame_ = 0;
 };

@@ -1,4 +1,4 @@
-// One recorder per history.
+// Ensures that only one recorder writes to a history.
 #ifndef NODAL_HISTORY_RECORDER_LOCK_H
 #define NODAL_HISTORY_RECORDER_LOCK_H
 

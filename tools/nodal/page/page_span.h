@@ -28,7 +28,7 @@ struct SpanColumn {
 struct SpanRecords {
   const Node *node;
   std::vector<SpanColumn> columns = {};
-  std::map<size_t, HVC_ReturnStatus> unreadable = {};  // by row: why the record could not be read last
+  std::map<size_t, HVC_ReturnStatus> unreadable = {};  // by row: why the last read of the record failed
 };
 
 struct SpanFamily {
@@ -54,8 +54,8 @@ struct SpanUnreadableList {
 // The instants are the first samples of the steps that have one.
 struct PageSpan {
   int64_t step = 0;                   // in seconds
-  size_t samples = 0;                 // in the span
-  std::vector<int64_t> seconds = {};  // of the instants
+  size_t samples = 0;                 // the number of samples in the span
+  std::vector<int64_t> seconds = {};  // the times of the instants
   std::vector<SpanEvent> events = {};
   size_t omittedEvents = 0;
   SpanFamily hostFigures = {};

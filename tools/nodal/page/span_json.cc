@@ -76,8 +76,8 @@ std::string Encoded(const SpanFamily &family, double tolerance, size_t exactRows
   return bytes;
 }
 
-// In the order of the JSON. The figures of the host are exact, and so are those of the first group, which is the
-// host's.
+// Encodes the figures in the order of the JSON. The figures of the host are exact, and so are those of the first group,
+// which is the host's.
 std::string Encoded(const PageSpan &span, double tolerance) {
   return Encoded(span.hostFigures, 0) + Encoded(span.states, 0) + Encoded(span.groups, tolerance, 1) +
          Encoded(span.buddies, tolerance) + Encoded(span.pools, tolerance) + Encoded(span.heaps, tolerance);

@@ -20,7 +20,7 @@ struct Box {
   double ofMembers = 0;
   double left = 0;
   double width = 0;
-  double used = 0;  // by members that are placed
+  double used = 0;  // the width that placed members take
   int level = 0;
   bool hasAmount = false;
 };

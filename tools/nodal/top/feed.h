@@ -31,7 +31,7 @@ class Feed {
 
   virtual std::string Host() const = 0;  // its name, printable
   virtual std::string Time() const = 0;  // of the present sample, in UTC
-  // What the samples are, in words.
+  // The kind of the samples, in words.
   virtual std::string Kind() const = 0;
 
   virtual bool isLive() const { return false; }

@@ -35,7 +35,7 @@ size_t WidthOf(std::string_view text);
 // become '?'.
 std::string Fit(std::string_view text, size_t width, Align align = Align::kLeft);
 
-// As many columns of the text as fit, without padding.
+// The start of the text that fits into `width` columns, without padding.
 std::string Clip(std::string_view text, size_t width);
 
 std::string TextOf(const Line &line);

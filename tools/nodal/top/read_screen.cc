@@ -119,7 +119,8 @@ class ScreenReader {
     return status == HVC_OK ? TermValue(term, record) : UnavailableCell();
   }
 
-  // From the top down, each group directly before its members. A group that occurs again, as in a cycle, is added once.
+  // Adds the groups from the top down, each directly before its members. A group that occurs again, as in a cycle, is
+  // added once.
   void AddGroups(bool onlyMachines) {
     std::vector<std::pair<int64_t, int>> ahead = {{0, -1}};
     std::unordered_set<int64_t> seen;

@@ -221,7 +221,7 @@ void Session::LeaveSubtree() {
     if (parent.parent >= 0) own.subtree = parent.key;
   }
   own.selected = left;
-  own.cursor = 1;  // so that it follows the row
+  own.cursor = 1;  // not the first line, so that the cursor follows the selected row
   Update();
 }
 

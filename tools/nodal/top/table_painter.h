@@ -17,10 +17,10 @@ class TablePainter {
   TablePainter(const View &view, const Reading &reading, const Settings &settings, Unit unit)
       : view_(view), reading_(reading), settings_(settings), unit_(unit) {}
 
-  // For a terminal: as many columns as fit, with the one that sorts.
+  // Places columns for a terminal: as many as fit, and always the one that sorts.
   void PlaceIn(size_t width);
 
-  // For a file: all columns, as wide as their texts.
+  // Places all columns for a file, each as wide as its texts.
   void PlaceAll();
 
   Line Headings() const;

@@ -219,7 +219,7 @@ void View::ListTree(size_t top) {
     const size_t row = ahead.back();
     ahead.pop_back();
     std::vector<size_t> &members = members_[row];
-    // A filter opens all rows, so that it finds what is in folded ones.
+    // A filter unfolds all rows, so that it also finds rows below folded ones.
     const bool isFolded =
         rows[row].members > 0 && settings_->filter.empty() && settings_->folded.contains(rows[row].key);
     shown_.push_back({.row = row,

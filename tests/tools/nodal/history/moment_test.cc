@@ -1,4 +1,4 @@
-// DIR@TIME in place of a snapshot.
+// DIR@TIME as the path of a snapshot.
 #include "tests/tools/nodal/history/recorded.h"
 
 namespace nodal {

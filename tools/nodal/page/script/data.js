@@ -33,7 +33,7 @@ class Family {
     }
   }
 
-  // What the family has under that key for a row, such as a name.
+  // The family's value under a key for a row, such as its name.
   of(key, row) {
     const values = this.json[key];
     return Array.isArray(values) ? values[row] : values;

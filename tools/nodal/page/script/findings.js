@@ -1,4 +1,4 @@
-// What stands out on the host. Each rule returns findings: {level, text, open}. `open` shows the figures behind it.
+// Finds what needs attention on the host. Each rule returns findings: {level, text, open}. `open` shows their figures.
 
 const thresholds = { limit: 0.95, squeezed: 0.05, fragmented: 0.25, heap: 0.05, swapped: 0.02, free: 65536 };
 
