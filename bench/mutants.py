@@ -41,7 +41,7 @@ SHOWN = 70  # characters of a changed text in an identifier
 
 
 class Unreadable(Exception):
-    """Brackets that do not match, with their place."""
+    """Brackets do not match. The message has their place."""
 
 
 @dataclasses.dataclass(frozen=True)
@@ -232,7 +232,7 @@ class Finder:
         self.add(self.tokens[index].start, self.tokens[index].end, text)
 
     def swap(self, first, second):
-        """Swaps two ranges of tokens, each given by its first and its last token."""
+        """Adds a mutant with two ranges of tokens swapped. Each range is given by its first and its last token."""
         (a, b), (c, d) = ((self.tokens[x].start, self.tokens[y].end) for x, y in (first, second))
         source = self.source
         if one_line(source[a:b]) != one_line(source[c:d]):
@@ -322,7 +322,7 @@ class Finder:
         return names
 
     def is_body(self, index):
-        """Whether the brace opens a body, of a function or a lambda, and not a list of initializers."""
+        """Whether the brace opens the body of a function or a lambda, not a list of initializers."""
         before = self.text(index - 1)
         if before in (")", "mutable", "const", "noexcept", "override", "final", "try"):
             return True

@@ -82,7 +82,7 @@ class Host:
 
     @classmethod
     def report(cls, name, by=None):
-        """The rows of a live report, or its only row with a value in a column."""
+        """The rows of a live report; with `by`, its only row that has this value in this column."""
         rows = machines.rows(cls.read(f"live/{name}"))
         if by is None:
             return rows
@@ -137,11 +137,11 @@ class Pressed:
         return [int(text) // 1024 for text in self.lines(file)]
 
     def pressures(self, file, kind):
-        """The whole percents of the last ten seconds."""
+        """The pressure of the last ten seconds in percent, rounded down."""
         return [int(re.search(rf"^{kind} avg10=(\d+)", text, re.M)[1]) for text in self.lines(file)]
 
     def zram(self):
-        """The KB that zram devices take."""
+        """The KB of memory that zram takes."""
         return [int(text.split()[2]) // 1024 for text in self.lines("zram0/mm_stat")]
 
 

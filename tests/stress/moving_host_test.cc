@@ -276,13 +276,13 @@ class MovingHost : public testing::Test {
         {.program = KESTREL_PROGRAM, .arguments = words, .directory = scratch_.path().string()});
   }
 
-  // The messages of each report while nothing changes.
+  // Records the outcome of each report while nothing changes.
   void ReadAtRest() {
     for (const std::string &report : AllReports())
       atRest_[report] = Report(report);
   }
 
-  // A report of the host or of its snapshot.
+  // Checks a report of the host, or of a snapshot of the host.
   void CheckReport(const std::string &report, const std::string &cache = "") {
     const Outcome run = Report(report, cache);
     const Outcome &rest = atRest_.at(report);

@@ -114,7 +114,7 @@ function partElement(part) {
   return figureElement(host.host.figure(part.key, 0));
 }
 
-// Rows of [what, element].
+// A card with a row for each [what, element].
 function factsCard(title, facts, ...more) {
   const rows = facts.filter(Boolean).flatMap(([what, fact]) => [element('dt', {}, what), element('dd', {}, fact)]);
   return element('div', { class: 'card' }, element('h3', {}, title), element('dl', {}, rows), more);
