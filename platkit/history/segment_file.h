@@ -41,7 +41,8 @@ class SegmentFile {
 
   // Reads and checks the head of the frame at this position.
   //
-  // HVC_SNAPSHOT_DAMAGED: no valid head is there. HVC_SNAPSHOT_TOO_NEW: a frame of a newer format. HVC_IO_ERROR.
+  // HVC_SNAPSHOT_DAMAGED: no valid head at this position. HVC_SNAPSHOT_TOO_NEW: a frame of a newer format.
+  // HVC_IO_ERROR.
   [[nodiscard]] HVC_ReturnStatus LoadHead(uint64_t position, LoadedFrame &frame);
 
   // Reads, checks and uncompresses a chunk. `raw` stays valid until the next operation.

@@ -1,5 +1,5 @@
 // A slow reader of snapshots, written from nodal-snapshot(5) alone, to compare the library's reader with. It shares no
-// code with the library but the checksum and the statuses.
+// code with the library except the checksum and the statuses.
 #ifndef TESTS_FUZZ_PLAIN_SNAPSHOT_H
 #define TESTS_FUZZ_PLAIN_SNAPSHOT_H
 

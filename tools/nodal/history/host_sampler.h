@@ -18,7 +18,7 @@
 namespace nodal {
 
 // Walks the tree in the order of the keys, so that a sample need not be sorted. After the first samples, it allocates
-// little: its own memory stays in use.
+// little, because it keeps its memory.
 //
 // Unlike a capture, it does not search for instances that vanished while it read: a source that reads each file once a
 // sample lists only what it has read.

@@ -65,7 +65,7 @@ void Recorder::Run() {
   End();
 }
 
-// Samples that are overdue, because one took longer than the interval, are left out.
+// The time of the next sample. Overdue samples are skipped, as when one took longer than the interval.
 int64_t Recorder::NextDue(int64_t due) {
   const int64_t late = std::max<int64_t>(pace_.Now().monotonic - due, 0);
   return due + (late / options_.interval + 1) * options_.interval;

@@ -39,7 +39,7 @@ class Retention {
   // failed: the segment stays as it is until the next hour.
   HVC_ReturnStatus Thin(const std::function<bool()> &hasTime);
 
-  // All segments but the open one, as of the last call of Apply.
+  // The size of all segments except the open one, as of the last call of Apply.
   uint64_t closedBytes() const { return closedBytes_; }
 
  private:

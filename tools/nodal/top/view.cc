@@ -176,7 +176,7 @@ void View::SortRows(std::vector<size_t> &rows) {
     texts.reserve(rows.size());
     for (const size_t row : rows)
       texts.emplace_back(TextOf(*now_, *sort.column, row), row);
-    // Texts are ascending at first, and figures descending.
+    // Without isAscending, texts are in ascending order, and figures in descending order.
     std::ranges::stable_sort(
         texts, [&](const auto &a, const auto &b) { return isAscending ? a.first > b.first : a.first < b.first; });
     std::ranges::transform(texts, rows.begin(), [](const auto &text) { return text.second; });
@@ -248,7 +248,8 @@ Cell View::Sum(const ColumnChoice &choice) const {
   return sum;
 }
 
-// The cursor follows its row. It stays where it is on the first line, or if the row has vanished.
+// Moves the cursor to the line of the selected row. A cursor on the first line stays there, and so does a cursor whose
+// row has vanished.
 void View::SelectRow() {
   Settings &settings = *settings_;
   const auto isSelected = [&](const ShownRow &shown) { return now_->rows[shown.row].key == settings.selected; };

@@ -43,7 +43,7 @@ class Family {
     return this.of('name', row);
   }
 
-  // The rows that are there at the instant.
+  // The rows that exist at the instant.
   rows(instant = now.instant) {
     const all = Array.from({ length: this.count }, (_, row) => row);
     return this.json.lives ? all.filter((row) => this.isThere(row, instant)) : all;
