@@ -100,7 +100,7 @@ class SavedHost {
   // Creates an empty root folder, or unpacks the archive of this name in hosts/.
   //
   // The source's clock stands still until Age() advances it. Each change of the host through this class also advances
-  // it, far enough that cached values expire.
+  // the clock, far enough that cached values expire.
   explicit SavedHost(Writes writes = Writes::kRefused);
   explicit SavedHost(const std::string &archive, Writes writes = Writes::kRefused);
   ~SavedHost();

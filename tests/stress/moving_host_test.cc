@@ -159,7 +159,7 @@ class OwnGroup {
 
   const std::string &folder() const { return folder_; }
 
-  // True if groups in it can have limits.
+  // True if groups below this one can have limits.
   bool IsUsable() const {
     const std::string probe = folder_ + "/probe";
     if (folder_.empty() || mkdir(probe.c_str(), 0755) != 0) return false;

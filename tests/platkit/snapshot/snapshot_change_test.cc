@@ -74,7 +74,7 @@ class Cut : public testing::Test {
     return whole_.find(std::string_view(reinterpret_cast<const char *>(slot), sizeof slot), position);
   }
 
-  // Cuts the file between opening it and looking up `key`.
+  // Truncates the file after it is opened and before `key` is looked up.
   HVC_ReturnStatus FindAfterCut(std::string_view key, size_t size) {
     const std::string path = scratch_.Write("cut", whole_);
     SnapshotFile file;

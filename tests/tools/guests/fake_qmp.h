@@ -52,7 +52,7 @@ class FakeQmp {
     started_.wait();
   }
 
-  // Answers with these results, except an error for commands without one.
+  // Answers a command with its result, or with an error if it has none.
   FakeQmp(const std::string &path, std::map<std::string, std::string> results)
       : FakeQmp(path, std::string(kGreeting) + "\n", [results = std::move(results)](const std::string &line) {
           const auto found = results.find(KeyOf(line));

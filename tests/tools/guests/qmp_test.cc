@@ -38,7 +38,7 @@ class Qmp : public testing::Test {
  protected:
   std::string Path(const std::string &name = "qmp") const { return scratch_.Path(name); }
 
-  // The sample of one guest with some other results.
+  // The sample of one guest, with `others` in place of some of its usual results.
   Sample Ask(const Results &others) {
     Results results = QmpResults();
     for (const auto &[key, result] : others)

@@ -26,7 +26,7 @@ std::string OfIntel(std::string_view cpuinfo) {
   return text;
 }
 
-// The model of processor 0 of a host with this cpuinfo. It must exist.
+// The model of processor 0 of a host with this cpuinfo, which must contain it.
 uint64_t ModelOf(std::string_view cpuinfo) {
   SavedHost host;
   host.Write(kCpuInfo, OfIntel(cpuinfo));

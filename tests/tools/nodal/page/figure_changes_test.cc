@@ -109,7 +109,7 @@ TEST(SmallChanges, AreOmitted) {
   EXPECT_EQ(WithoutSmallChanges(all, 0), all);
 }
 
-// Small changes in one direction do not add up to a large one that is missing.
+// Small changes in one direction must not add up to a large change that is omitted.
 TEST(SmallChanges, DoNotAddUp) {
   FigureChanges all;
   for (uint32_t i = 0; i < 100; ++i)
