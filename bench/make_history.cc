@@ -1,6 +1,6 @@
 // make_history SNAPSHOT FOLDER SAMPLES: writes a history of the saved host, with a sample every five seconds up to
-// 2026-03-14T12:00:00Z. From one sample to the next, a tenth of the groups changes. Prints the bytes a group and
-// sample, and the milliseconds of processor time a sample. The same arguments give the same history.
+// 2026-03-14T12:00:00Z. From one sample to the next, a tenth of the groups changes. Prints the bytes per group and
+// sample, and the milliseconds of processor time per sample. The same arguments give the same history.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

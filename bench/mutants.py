@@ -41,7 +41,7 @@ SHOWN = 70  # characters of a changed text in an identifier
 
 
 class Unreadable(Exception):
-    """Brackets that do not match, with their place."""
+    """Brackets do not match. The message has their place."""
 
 
 @dataclasses.dataclass(frozen=True)
@@ -101,7 +101,7 @@ def tokenize(source):
 
 
 def next_number(text):
-    """0 for 1, 1 for 0, n + 1 for any other n; None for what is no plain number."""
+    """0 for 1, 1 for 0, n + 1 for any other n; None if the text is not a plain number."""
     plain = text.replace("'", "")
     match = re.fullmatch(r"(0[xX])([0-9a-fA-F]+)([uUlLzZ]*)", plain)
     if match:
@@ -232,7 +232,7 @@ class Finder:
         self.add(self.tokens[index].start, self.tokens[index].end, text)
 
     def swap(self, first, second):
-        """Swaps two ranges of tokens, each given by its first and its last token."""
+        """Adds a mutant with two ranges of tokens swapped. Each range is given by its first and its last token."""
         (a, b), (c, d) = ((self.tokens[x].start, self.tokens[y].end) for x, y in (first, second))
         source = self.source
         if one_line(source[a:b]) != one_line(source[c:d]):
@@ -322,7 +322,7 @@ class Finder:
         return names
 
     def is_body(self, index):
-        """Whether the brace opens a body, of a function or a lambda, and not a list of initializers."""
+        """Whether the brace opens the body of a function or a lambda, not a list of initializers."""
         before = self.text(index - 1)
         if before in (")", "mutable", "const", "noexcept", "override", "final", "try"):
             return True
@@ -354,7 +354,7 @@ class Finder:
             previous = statement
 
     def visit_statement(self, index):
-        """Returns the index behind the statement, and its first and last token if it is an expression."""
+        """Returns the index after the statement, and its first and last token if it is an expression."""
         text = self.text(index)
         if text == "{":
             self.visit_block(index)
@@ -425,7 +425,7 @@ class Finder:
         self.add(self.tokens[index].start, self.tokens[end].end, ";")
 
     def may_depend(self, first, second):
-        """Whether the order of two statements may matter. Two assignments must use what the other one assigns."""
+        """Whether the order of two statements may matter. Of two assignments, one must use what the other assigns."""
         targets = [self.assigned(*first), self.assigned(*second)]
         if None not in targets:
             return self.mentions(first, targets[1]) or self.mentions(second, targets[0])
@@ -457,5 +457,5 @@ def find_mutants(path, source):
 
 
 def draw(mutants, seed):
-    """The mutants in the order of the seed. A mutant's place in it depends on no other mutant, but for theirs."""
+    """The mutants in the order of the seed. The order of two mutants depends on no other mutant."""
     return sorted(mutants, key=lambda mutant: hashlib.sha256(f"{seed} {mutant.id}".encode()).digest())

@@ -131,7 +131,7 @@ def copy_source(names):
 
 
 def entries_of(top):
-    """Maps the files and folders of a tree to what tells whether one has changed."""
+    """Maps the files and folders of a tree to values that differ if one has changed."""
     entries = {}
     waiting = [""]
     while waiting:
@@ -175,7 +175,7 @@ def mirror(source, target):
 
 
 def configure():
-    """Configures the build, again if the compilers or the flags are others than last time."""
+    """Configures the build, again if the compilers or the flags have changed since the last time."""
     command = ["cmake", "-S", SOURCE, "-B", BUILD, "-G", "Ninja", "-D", "CMAKE_BUILD_TYPE=RelWithDebInfo"]
     for language in ("C", "CXX"):
         command += ["-D", f"CMAKE_{language}_FLAGS_RELWITHDEBINFO={FLAGS}"]
@@ -229,7 +229,7 @@ def end_descendants():
 
 
 def run(command, log, seconds, **options):
-    """Runs a command in a process group of its own. Returns its exit status, None if it took too long."""
+    """Runs a command in a process group of its own. Returns its exit status, or None if it took too long."""
     with open(log, "wb") as output:
         process = subprocess.Popen(
             command,
@@ -289,7 +289,7 @@ def name_killer():
 
 
 def put_quick_tests_first():
-    """Turns round the costs that ctest knows: it starts with the most expensive test."""
+    """Reverses the costs in ctest's records, because ctest starts with the most expensive test."""
     path = f"{BUILD}/Testing/Temporary/CTestCostData.txt"
     lines = read_text(path).split("\n")
     if "---" not in lines:
@@ -332,8 +332,8 @@ class Runner:
         mirror(BUILD, f"{PRISTINE}/build")
 
     def restore(self):
-        # The build first. If the run ends between the two, the mutant's source is newer than its build, and the next
-        # run builds it again.
+        # Restores the build first: if the run ends between the two, the mutant's source is newer than its build, and
+        # the next run builds it again.
         mirror(f"{PRISTINE}/build", BUILD)
         mirror(f"{PRISTINE}/source", SOURCE)
 

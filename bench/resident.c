@@ -1,7 +1,7 @@
 /*
- * resident MB: a process that looks like a virtual machine; copy it to qemu-system-x86_64 and start it as root. Each
- * line on its input allocates or releases MB of resident memory, and it prints a line when done. It exits at the end of
- * its input.
+ * resident MB: a process that looks like a virtual machine; copy it to qemu-system-x86_64 and start it as root. For
+ * each line on its input, it allocates or releases MB megabytes of memory, and prints a line when done. It exits at the
+ * end of its input.
  */
 #include <stdio.h>
 #include <stdlib.h>

@@ -44,7 +44,7 @@ def short_name(demangled):
 
 
 def function_of(number, functions):
-    """The function that the line is in: the last one that begins no later."""
+    """The function that contains the line: the last one that begins at or before it."""
     before = [function for function in functions if function["lineno"] <= number]
     if not before:
         return "(outside of functions)"

@@ -1,4 +1,4 @@
-// Integers and bytes in the raw form of a chunk.
+// Writes and reads the integers and bytes of a chunk, before compression and after decompression.
 //
 // A varint is an unsigned integer of 64 bits in groups of seven bits, the lowest group first; the highest bit of a byte
 // is set if another one follows. A signed integer is mapped to an unsigned one first: 0, -1, 1, -2 become 0, 1, 2, 3.

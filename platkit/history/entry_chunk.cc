@@ -29,7 +29,7 @@ void EntryChunkWriter::Add(const Entry &entry) {
   AddPayload(entry.payload, type);
 }
 
-// Takes the words if they are less than half of the payload, because the whole bytes compress better than differences.
+// Uses the coded form only if it is at most half as long, because whole bytes compress better than differences.
 void EntryChunkWriter::AddPayload(Payload payload, uint8_t type) {
   ByteVector &reference = references_[payload.size()];
   Coding coding = Coding::kWhole;

@@ -26,7 +26,7 @@ struct SampleTime {
   auto operator<=>(const SampleTime &) const = default;
 };
 
-// Facts about a sample that its entries do not tell.
+// Facts about a sample that its entries do not contain.
 enum Mark : uint8_t {
   kNoMark = 0,
   kRecorderStarted = 1,  // the first sample of a recorder
@@ -52,7 +52,7 @@ struct HostHeader {
   auto operator<=>(const HostHeader &) const = default;
 };
 
-// Limits. A reader checks them before it takes memory; a writer refuses what exceeds them.
+// Limits. A reader checks them before it allocates memory; a writer refuses what exceeds them.
 inline constexpr size_t kMaxPayloadBytes = size_t{4} << 20;
 inline constexpr uint32_t kMaxEntries = 1u << 22;                // of a sample
 inline constexpr size_t kMaxSampleBytes = size_t{256} << 20;     // keys and payloads of a sample
@@ -62,15 +62,15 @@ inline constexpr uint32_t kMaxFrames = 1u << 20;                 // of a segment
 inline constexpr uint32_t kMaxDeltaFrames = 4095;                // after a key frame
 inline constexpr size_t kMaxSegments = size_t{1} << 18;          // of a history: 30 years
 
-// The largest sample in a segment of this size. A small file cannot make a reader take much memory.
+// The largest sample in a segment of this size, so that a small file cannot make a reader use much memory.
 constexpr size_t MaxSampleBytes(uint64_t segmentBytes) {
   constexpr uint64_t kAlways = uint64_t{32} << 20, kRatio = 1024;
   return static_cast<size_t>(std::min<uint64_t>(kMaxSampleBytes, kAlways + kRatio * segmentBytes));
 }
 
-// The sum of the sizes of the payloads that get another size in the delta frames after a key frame. A reader moves such
-// a payload, even if the frame only says that it became a byte longer. `chainBytes` is the size of these frames and the
-// key frame. Reading a small file cannot take much time.
+// The most bytes of payloads that may get another size in the delta frames after a key frame. A reader moves such
+// payloads, even if a frame only makes them a byte longer, so without a limit, a small file could keep it busy for
+// long. `chainBytes` is the size of these frames and the key frame.
 constexpr uint64_t MaxMovedBytes(uint64_t chainBytes) {
   constexpr uint64_t kAlways = uint64_t{64} << 20, kRatio = 4096;
   return kAlways + kRatio * chainBytes;

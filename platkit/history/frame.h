@@ -93,8 +93,8 @@ bool IsPossibleCutFrame(std::span<const std::byte> bytes, uint64_t fileBytes);
 // Removes the mask from the rest of a head, and checks the whole head. `bytes` are the bytes of the head.
 bool UnmaskAndCheck(std::span<std::byte> bytes);
 
-// Reads the directory of a checked head. `bytes` must stay in place as long as the places are used. False if a size
-// exceeds a limit or does not fit the frame.
+// Reads the directory of a checked head. `bytes` must not move while `places` is used. False if a size exceeds a limit
+// or does not fit the frame.
 bool ReadDirectory(std::span<const std::byte> bytes, std::vector<ChunkPlace> &places);
 
 // The raw form of the host's header.

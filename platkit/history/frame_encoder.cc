@@ -236,7 +236,7 @@ void FrameEncoder::Mask() {
   std::memcpy(&head, frame_.data(), sizeof head);
   const auto headBytes = std::span(frame_).first(head.headBytes);
   for (;;) {
-    // The checksum is of the head without its mask, but with the number of the mask.
+    // The checksum covers the unmasked head, including its `mask` field.
     head.check = 0;
     std::memcpy(frame_.data(), &head, sizeof head);
     head.check = snapshot::Check(headBytes.subspan(offsetof(FrameHead, headBytes)));

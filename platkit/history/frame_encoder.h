@@ -24,8 +24,8 @@ class FrameEncoder {
   FrameEncoder(const FrameEncoder &) = delete;
   FrameEncoder &operator=(const FrameEncoder &) = delete;
 
-  // Encode a sample, whose entries are sorted, as a key frame, or as a delta frame that continues the last
-  // accepted frame; `before` is the sample of that frame. The frame stays valid until the next call.
+  // Encode a sample, or the end of a recording. A delta frame continues the last accepted frame; `before` is the sample
+  // of that frame. The frame stays valid until the next call. REQUIRES: the entries of the samples are sorted.
   //
   // HVC_LIMIT_EXCEEDED: the frame exceeds a limit of the format.
   [[nodiscard]] HVC_ReturnStatus EncodeKey(const HostHeader &host, const SampleInfo &info, const Sample &sample);
@@ -66,8 +66,8 @@ class FrameEncoder {
   uint64_t movedBytes_ = 0;
   uint16_t chunks_ = 0;
   uint32_t base_ = 0;          // the check of the accepted frame
-  uint32_t nextId_ = 0;        // of the accepted frame
-  std::vector<uint32_t> ids_;  // of the entries of the accepted sample
+  uint32_t nextId_ = 0;        // the next number of the accepted frame
+  std::vector<uint32_t> ids_;  // the numbers of the entries of the accepted sample
   // The same for the frame that is being encoded, until it is accepted.
   uint32_t newNextId_ = 0;
   std::vector<uint32_t> newIds_;

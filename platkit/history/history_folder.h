@@ -16,7 +16,7 @@
 
 namespace platkit::history {
 
-// The name of a segment, or the hour that it stands for. Order: time.
+// The name of a segment, which stands for an hour. Names are ordered by time.
 class SegmentName {
  public:
   // The segment for samples at this wall time, in nanoseconds since 1970. Times before 1970 belong to its first hour.

@@ -30,7 +30,7 @@ class MomentSource : public Source {
   SampleSource source_{moment_.sample, moment_.host.definitions};
 };
 
-// The status of a node that has no value: that of its read, if it was unreadable.
+// The status of a node without a value: the status of its failed read, or HVC_NOT_FOUND.
 HVC_ReturnStatus StatusOfAbsent(const history::Sample &sample, std::string_view path) {
   PathWriter key;
   key.Literal(snapshot::kFailurePrefix).Literal(path);

@@ -15,8 +15,8 @@ struct MomentPath {
   std::string time;
 };
 
-// Splits DIR@TIME at its last '@', or at the one before if both follow each other, as in DIR@@1763694720. Nothing if
-// there is no '@', or nothing before it.
+// Splits DIR@TIME at its last '@', or at the '@' before it if the two are adjacent, as in DIR@@1763694720. Returns
+// nothing if there is no '@', or nothing before it.
 std::optional<MomentPath> SplitMoment(std::string_view path);
 
 // The seconds since 1970 for one of these forms, or nothing:
@@ -28,7 +28,7 @@ std::optional<MomentPath> SplitMoment(std::string_view path);
 //   -10m                   before `end`, in seconds (s), minutes (m), hours (h) or days (d)
 std::optional<int64_t> ParseTime(std::string_view text, int64_t end);
 
-// A duration as in -10m, without the sign, in seconds. Nothing if the text has another form.
+// A duration such as 10m, in seconds; the units are those of -10m above. Nothing if the text has another form.
 std::optional<int64_t> ParseDuration(std::string_view text);
 
 // The whole seconds of a wall time in nanoseconds. Times are compared in seconds, as they are shown.

@@ -35,7 +35,7 @@ bool Store(std::span<std::byte> payload, size_t index, Integer integer) {
   return true;
 }
 
-// As a signed number that is as small as possible.
+// The difference as a signed number, mapped to an unsigned one.
 uint64_t DifferenceOf(Word word, Word reference) { return ToUnsigned(static_cast<int32_t>(word - reference)); }
 
 // Calls `store` with the index and the difference of each word that differs.

@@ -37,7 +37,7 @@ struct Splice {
 Splice FindSplice(Payload payload, Payload reference);
 
 // Apply or read the coded form. False if it is malformed; the bytes are then undefined.
-[[nodiscard]] bool ApplyWords(ByteReader &reader, std::span<std::byte> payload);  // which holds the reference
+[[nodiscard]] bool ApplyWords(ByteReader &reader, std::span<std::byte> payload);  // `payload` holds the reference
 [[nodiscard]] bool ReadSteps(ByteReader &reader, std::span<std::byte> payload);
 
 // Reads past the words of a payload of this size.

@@ -128,8 +128,8 @@ SampleTable::Slot *SampleTable::FindSlot(uint32_t id) {
   return &*found;
 }
 
-// Each change is the distance of its number to the one before with the coding in its lowest bits (varint), and the
-// coded payload.
+// Each change is a varint and the coded payload. The varint is the distance from the number of the entry before, with
+// the coding in its lowest bits.
 bool SampleTable::ReadChanges(const Chunk &chunk, std::span<const std::byte> raw) {
   if (chunk.firstId < nextChange_) return false;
   nextChange_ = chunk.lastId + 1;
@@ -198,7 +198,7 @@ bool SampleTable::Replace(Slot &slot, uint32_t payloadBytes, std::span<std::byte
   return true;
 }
 
-// Moves the payloads together if many bytes are of none, and forgets removed entries if they take much.
+// Moves the payloads together if much of their memory is unused, and forgets removed entries if they take much memory.
 void SampleTable::Compact() {
   constexpr size_t kSmall = size_t{1} << 20;
   if (keys_.size() > kSmall + liveBytes_ + liveBytes_ / 4 || slots_.size() > kSmall / sizeof(Slot) + 2 * liveEntries_)
@@ -227,7 +227,7 @@ void SampleTable::ForgetRemoved() {
   hint_ = 0;
 }
 
-// Each number is its distance to the one before (varint).
+// Each removed entry is a varint: the distance from the number of the entry before.
 bool SampleTable::ReadRemoved(const Chunk &chunk, std::span<const std::byte> raw) {
   ByteReader reader(raw);
   uint64_t id = chunk.firstId;

@@ -81,10 +81,10 @@ class SampleTable {
   size_t liveBytes_ = 0;
   uint32_t liveEntries_ = 0;
   uint32_t nextId_ = 0;
-  uint64_t chainBytes_ = 0;             // the size of the frames since the key frame, and of the key frame
+  uint64_t chainBytes_ = 0;             // the size of the key frame and of the frames since
   uint64_t movedBytes_ = 0;             // see MaxMovedBytes
-  std::optional<std::string> lastKey_;  // of the entries in the frame
-  uint32_t nextChange_ = 0;             // the first number that later chunks of changes can have
+  std::optional<std::string> lastKey_;  // the last key of the entries in the frame
+  uint32_t nextChange_ = 0;             // the smallest number that later chunks of changes can have
 };
 
 // Reads the host of a key frame. Statuses as for SampleTable::Apply.

@@ -30,8 +30,8 @@ class SegmentFile {
   SegmentFile(const SegmentFile &) = delete;
   SegmentFile &operator=(const SegmentFile &) = delete;
 
-  // Opens the file; what is appended later is not seen. Statuses as for OpenSegmentFile; HVC_LIMIT_EXCEEDED: larger
-  // than a segment can be.
+  // Opens the file. Bytes that are appended later are not seen. Statuses as for OpenSegmentFile, and
+  // HVC_LIMIT_EXCEEDED: larger than a segment can be.
   [[nodiscard]] HVC_ReturnStatus Open(int folder, const char *name);
 
   // Takes an open file, and closes it. Statuses as above.
@@ -41,7 +41,8 @@ class SegmentFile {
 
   // Reads and checks the head of the frame at this position.
   //
-  // HVC_SNAPSHOT_DAMAGED: no valid head is there. HVC_SNAPSHOT_TOO_NEW: a frame of a newer format. HVC_IO_ERROR.
+  // HVC_SNAPSHOT_DAMAGED: no valid head at this position. HVC_SNAPSHOT_TOO_NEW: a frame of a newer format.
+  // HVC_IO_ERROR.
   [[nodiscard]] HVC_ReturnStatus LoadHead(uint64_t position, LoadedFrame &frame);
 
   // Reads, checks and uncompresses a chunk. `raw` stays valid until the next operation.
@@ -50,7 +51,7 @@ class SegmentFile {
   [[nodiscard]] HVC_ReturnStatus LoadChunk(const LoadedFrame &frame, const ChunkPlace &place,
                                            std::span<const std::byte> &raw);
 
-  // Sets `found` to the next position, from `position` on, at which the magic of a frame stands, or to size() if there
+  // Sets `found` to the next position, from `position` on, at which the magic of a frame starts, or to size() if there
   // is none. Statuses as for LoadHead.
   [[nodiscard]] HVC_ReturnStatus FindMagic(uint64_t position, uint64_t &found);
 
@@ -66,7 +67,7 @@ class SegmentFile {
 
   int fd_ = -1;
   uint64_t size_ = 0;
-  uint64_t wrongHeadBytes_ = 0;  // that were read for heads with wrong checksums
+  uint64_t wrongHeadBytes_ = 0;  // bytes that were read for heads with wrong checksums
   // The bytes that were read last: reads of neighbouring frames need no further system call.
   uint64_t windowStart_ = 0;
   snapshot::ValueBuffer window_;

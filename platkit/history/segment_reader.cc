@@ -33,12 +33,12 @@ struct SegmentReader::State {
 
   SegmentFile file;
   std::vector<Frame> frames;
-  std::vector<size_t> keyFrames;  // that each frame builds on; kNone: it, or a frame after it, is missing
+  std::vector<size_t> keyFrames;  // the key frame of each frame; kNone: it, or a frame after it, is missing
   std::vector<DamagedPart> damage;
   SampleTable table;
   LoadedFrame loaded = {};
   size_t applied = kNone;  // the frame whose sample is in the table
-  size_t damaged = kNone;  // the frame that could not be applied last; those that build on it cannot be either
+  size_t damaged = kNone;  // the last frame that could not be applied; frames that build on it cannot be applied either
 };
 
 SegmentReader::SegmentReader() : state_(std::make_unique<State>()) {}

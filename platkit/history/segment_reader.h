@@ -1,7 +1,7 @@
 // Reads the samples of a segment.
 //
-// The file may be hostile, and it may change while it is read: it is read with pread into memory of the reader's own,
-// and checked there. Every size in it is checked against the limits of the format before memory is taken.
+// The file may be hostile, and it may change while it is read. Therefore the reader copies it with pread into its own
+// memory, and checks it there. It checks every size against the limits of the format before it allocates memory.
 //
 // If memory runs out, an operation throws std::bad_alloc or returns HVC_NO_MEMORY. The reader can be used again.
 #ifndef PLATKIT_HISTORY_SEGMENT_READER_H
@@ -58,10 +58,10 @@ class SegmentReader {
   const std::vector<Frame> &frames() const;
   const std::vector<DamagedPart> &damage() const;
 
-  // The number of damaged parts but an incomplete end, which may be a frame that is being written.
+  // The number of damaged parts, without an incomplete end, which may be a frame that is being written.
   size_t lostParts() const;
 
-  // True if the key frame before this frame, and all frames between the two, are there and whole.
+  // True if the key frame before this frame, and all frames between the two, exist and are whole.
   bool hasBase(size_t frame) const;
 
   // Reads the sample of a frame. Reading the frames in order decodes each of them once.

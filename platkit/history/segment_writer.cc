@@ -70,7 +70,7 @@ HVC_ReturnStatus SegmentWriter::FindEnd(int folder, const char *name) {
   return ftruncate(fd_, static_cast<off_t>(segmentBytes_)) == 0 ? HVC_OK : StatusOfErrno(errno, HVC_WRITE_ERROR);
 }
 
-// The next sample may come too late for a key frame in time, so the time to it counts.
+// A key frame is also due if the next sample would come too late for it, so the time until that sample counts.
 bool SegmentWriter::NeedsKeyFrame(const HostHeader &host, const SampleTime &time) const {
   const int64_t sinceKey = time.boot - keyTime_.boot;
   const int64_t toNext = int64_t{host.intervalMillis} * (kNanosInSecond / 1000);
@@ -124,7 +124,7 @@ HVC_ReturnStatus SegmentWriter::Write(std::span<const std::byte> frame) {
     if (count < 0 && errno == EINTR) continue;
     if (count <= 0) {
       const int error = errno;
-      // Without room even for this, the next frame overwrites the incomplete one.
+      // If even this fails, the next frame overwrites the incomplete one.
       static_cast<void>(!ftruncate(fd_, static_cast<off_t>(segmentBytes_)));
       return StatusOfErrno(error, HVC_WRITE_ERROR);
     }

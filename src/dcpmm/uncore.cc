@@ -82,7 +82,7 @@ const Entry *Find(const Entry (&table)[size], const char *name) {
 
 bool IsM2M(const UncoreUnit &unit) { return unit.slot == 8 || unit.slot == 9; }
 
-// A unit without its own address has the last one.
+// The place of a unit; the last place if the unit has none of its own.
 const UnitPlace &PlaceOf(const UncoreUnit &unit) {
   const UnitPlace *last = std::end(kUnitPlaces) - 1;
   return *std::find_if(std::begin(kUnitPlaces), last, [&](const UnitPlace &place) {

@@ -15,7 +15,7 @@ using enum Conversion;
 using enum FigureUnit;
 using enum FigureSum;
 
-// Figures print signed: -1 is not available. The totals leave it out.
+// Figures print as signed numbers; -1 means not available. The totals omit such figures.
 constinit auto columns = ColumnsOf<GuestRow>({
     {"name", "Virtual machine name", 20, kS, [](auto &row) { return Text(row.head.name.name); }, kInTotal},
     SchedGroupColumn<GuestRow>(),

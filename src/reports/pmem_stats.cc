@@ -163,7 +163,7 @@ class PMemReport {
   const HostRun &run_;
 };
 
-// Calls `visit` for each volume until it fails.
+// Calls `visit` for each volume until `visit` fails.
 template <typename Visit>
 HVC_ReturnStatus ForEachVolume(Visit visit) {
   ParamList volumes;

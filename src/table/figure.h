@@ -17,7 +17,7 @@ namespace kestrel {
 // The unit of a figure before conversion.
 enum class FigureUnit : uint8_t {
   kPlain,  // never converted
-  kKB,     // all ones: not available, or unlimited
+  kKB,     // all bits set: not available, or unlimited
   kPages,  // of 4 KB
   kBytes,
   kYesNo,  // prints y unless it is 0, else n
@@ -28,11 +28,11 @@ enum class FigureUnit : uint8_t {
 enum class FigureSum : uint8_t {
   kNoSum,
   kAdd,
-  kAddAvailable,  // omits all ones, "not available"
+  kAddAvailable,  // omits figures with all bits set: not available
   kAddTwice,
   kMean,     // rounded down
   kLast,     // the figure of the last row
-  kAllOnes,  // whatever the rows have
+  kAllOnes,  // all bits set, whatever the rows have
 };
 
 // One figure of a row. It is a number or a text.
@@ -87,7 +87,7 @@ constexpr Figure FigureOf(FigureUnit unit, FigureSum sum) {
     figure.number = ReadNumber<Row, Read>;
     figure.bits = sizeof(Type) * 8;
     figure.isSigned = std::is_signed_v<Type>;
-    if (sum == FigureSum::kMean && sizeof(Type) != sizeof(uint64_t)) std::abort();  // does not compile in a constant
+    if (sum == FigureSum::kMean && sizeof(Type) != sizeof(uint64_t)) std::abort();  // makes a constant fail to compile
   }
   return figure;
 }

@@ -29,12 +29,12 @@ constexpr uint64_t KBToUnit(uint64_t kb, ReportUnit unit) {
   return 0;
 }
 
-// Converts KB, except all ones (not available or unlimited).
+// Converts KB, except a value with all bits set: not available, or unlimited.
 constexpr uint64_t OptionalKBToUnit(uint64_t kb, ReportUnit unit) {
   return kb == HVC_KB_NONE ? kb : KBToUnit(kb, unit);
 }
 
-// Converts a count of 4 KB pages. All ones is an ordinary count.
+// Converts a count of 4 KB pages. UINT64_MAX is an ordinary count.
 constexpr uint64_t PagesToUnit(uint64_t pages, ReportUnit unit) { return KBToUnit(pages * 4, unit); }
 
 // Converts bytes, which are first rounded up to KB unless the display unit is bytes.

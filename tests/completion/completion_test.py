@@ -97,7 +97,7 @@ class Completion(unittest.TestCase):
         self.offers('kestrel -r asyncremap-stats -', common + '-g --gid -u --unit')
         self.offers('kestrel --report=comp-stats -', common + '-u --unit')
         self.offers('kestrel -rbuddy-stats -', common)
-        # Its --verbose does not describe the columns.
+        # The --verbose of heap-stats does not describe the columns.
         self.offers('kestrel -r heap-stats -', '-s --cSelect -v -q --csvMode -u --unit')
         self.offers('kestrel -r dcpmm-stats -', '-t --time -i --iterations -v --verbose -q --csvMode')
 

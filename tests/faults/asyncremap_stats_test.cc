@@ -72,7 +72,7 @@ constexpr ReportCase kFiguresCases[] = {
         "OnePageInMb", [] { return OneType(7, "copy", 1); }, "-s added -u mb", "type,added\ncopy,1\n,1\n"),
     Remap(
         "OnePageInPages", [] { return OneType(7, "copy", 1); }, "-s added -u pg", "type,added\ncopy,1\n,1\n"),
-    // All ones is an ordinary count of pages.
+    // UINT64_MAX is an ordinary count of pages, not "not available".
     Remap(
         "AllOnesWraps", [] { return OneType(7, "copy", UINT64_MAX); }, "-s added",
         "type,added\ncopy,18446744073709551612\n,18446744073709551612\n"),

@@ -29,7 +29,7 @@ std::map<std::string, Symbol> SymbolsOf(const char *file) {
   std::map<std::string, Symbol> symbols;
   for (const std::string &line : Lines(outcome.output)) {
     const std::vector<std::string> words = Words(line);
-    // A version is an absolute symbol, of kind A.
+    // nm lists each symbol version as an absolute symbol, of kind A.
     if (words.size() == 4 && words[2] != "A") symbols[words[3].substr(0, words[3].find('@'))] = {words[1], words[2]};
   }
   return symbols;

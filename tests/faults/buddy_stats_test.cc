@@ -101,7 +101,7 @@ Description of report header labels:
              1GBused: used 1GB buffers
 )";
 
-// Blank in the Total row.
+// The mandatory column alone, which is blank in the Total row.
 constexpr char kMandatoryAlone[] = R"(
  MEMMAP BUDDY STATS: <time>
  --------------------------------------------
@@ -135,7 +135,7 @@ Description of report header labels:
              2MBfree: free 2MB buffers
 )";
 
-// Without the closing line, Total row and descriptions.
+// The output of a report that stops early: no closing line, Total row or descriptions.
 constexpr char kStopped[] = R"(
  MEMMAP BUDDY STATS: <time>
  --------------------------------------------
@@ -169,7 +169,7 @@ INSTANTIATE_TEST_SUITE_P(Forms, BuddyStats, testing::ValuesIn(kFormsCases), Name
 
 // The selection and order of buddies.
 
-// The truncated name, by which the buddy is also read.
+// The name truncated to 15 characters. The report also reads the buddy by this name.
 std::string Kept(const std::string &name) { return name.substr(0, 15); }
 
 // A host with buddies of these names, in this order. Memory node n is on NUMA node n.
@@ -210,7 +210,7 @@ constexpr ReportCase kNamesCases[] = {
         "memmap_01x,1,high,1\nmemmapN02o,2,low,2\n"),
     Names(
         "NoNumber", [] { return Named({"memmap-ab-lo"}); }, "memmap-ab-lo,0,low,0\n"),
-    // A name is truncated to 15 characters. The last one says whether the buddy is low.
+    // A name is truncated to 15 characters. The last of them says whether the buddy is low.
     Names(
         "FifteenCharacters", [] { return Named({"memmap-03-23456"}); }, "memmap-03-23456,3,high,3\n"),
     Names(
@@ -240,7 +240,7 @@ constexpr ReportCase kNamesCases[] = {
           return Named({"memmap-4-hi", "memmap-4-lo"});
         },
         "memmap-4-hi,4,high,4\nmemmap-4-lo,4,low,4\n"),
-    // Different digits of the same number keep their order.
+    // Names that write the same number differently keep their order.
     Names(
         "TheSameNumberWrittenTwice",
         [] {

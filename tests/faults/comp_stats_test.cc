@@ -87,7 +87,7 @@ constexpr char kNoColumns[] = R"(
 
 )";
 
-// Without the row, closing line and descriptions.
+// The output of a report that stops early: no row, closing line or descriptions.
 constexpr char kStopped[] = R"(
  COMPREHENSIVE STATS: <time>
  ---------------------------------------------
@@ -162,7 +162,7 @@ constexpr ReportCase kAmountsCases[] = {
     Amounts(
         "MissingInKb", [] { return HostWith(0, kMissing, 4, kMissing); }, "kb",
         "0,18446744073709551615,4,18446744073709551615\n"),
-    // One less than all ones is an amount, which wraps when it is rounded up.
+    // UINT64_MAX - 1 is an amount, which wraps when it is rounded up.
     Amounts(
         "LargestInKb", [] { return HostWith(kMissing - 1, 0, 0, 1); }, "kb", "18446744073709551614,0,0,1\n"),
     Amounts(
@@ -204,7 +204,7 @@ constexpr ReportCase kStatesCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(States, CompStats, testing::ValuesIn(kStatesCases), NameOf<ReportCase>);
 
-// A host with these numbers of transitions out of each state, up and down.
+// A host with these numbers of transitions out of each state: to the higher state, and to the lower one.
 StandinHost Counted(const std::vector<std::pair<uint32_t, uint32_t>> &counts) {
   StandinHost host = ComprehensiveHost();
   const char *states[] = {"high", "clear", "soft", "hard", "low"};

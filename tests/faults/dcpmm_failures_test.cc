@@ -63,7 +63,7 @@ unsigned CallsBefore(const StandinRun &clean, const FailingCall &like, const std
   return count;
 }
 
-// The number of sockets, and the range of steps in which calls fail.
+// The sockets, and the range of steps in which calls fail.
 struct Part {
   const char *name;
   std::vector<Socket> sockets;
@@ -173,7 +173,8 @@ INSTANTIATE_TEST_SUITE_P(
                     "KestrelDCPMMReadCounters: error fetching PCI information Opaque service console status\n"
                     "kestrelDCPMMReadAllCounters: Error reading UNC_M_PMM_RPQ_INSERTS\n",
                 {}},
-        // The search adds 25 numbers. The CSV header comes after the programming.
+        // The first 25 calls are those of the search for sockets and channels. The CSV header comes after the
+        // programming.
         Failure{"NumberAboveTheSignedRange",
                 FailingHost({.operation = "NODAL_ParamListAddInt", .call = 26, .status = 0xfffffffe}),
                 {"-q"},

@@ -28,7 +28,7 @@ using Files = std::map<std::string, std::string>;
 
 const std::vector<Socket> kOneSocket = {{0, 100}};
 
-// One bus per socket; 32 is the maximum.
+// Sockets on different buses. The report has no limit on their number.
 std::vector<Socket> ManySockets(int64_t count) {
   std::vector<Socket> sockets;
   for (int64_t number = 0; number < count; ++number)
@@ -93,8 +93,8 @@ INSTANTIATE_TEST_SUITE_P(Dcpmm, Machines,
                                          Machine{"TwoSockets", {{0, 100}, {0, 7}}},
                                          Machine{"FourSocketsInTwoSegments", {{0, 23}, {0, 100}, {1, 24}, {1, 101}}},
                                          Machine{"SegmentsInListOrder", {{3, 40}, {1, 41}}},
-                                         // The counts come from different units, but both units have the number of the
-                                         // first socket.
+                                         // The counts come from two sockets, but all rows have the number of the first
+                                         // one.
                                          Machine{"EqualBusesInTwoSegments", {{0, 100}, {1, 100}}},
                                          Machine{"EqualBusesAndAnother", {{0, 5}, {0, 6}, {1, 6}, {1, 7}}},
                                          Machine{"FortySockets", ManySockets(40)}),
@@ -190,7 +190,7 @@ constexpr Moment kMoments[] = {
 
 INSTANTIATE_TEST_SUITE_P(Dcpmm, Moments, testing::ValuesIn(kMoments), NameOf<Moment>);
 
-// The reads before the first register, without lists and results.
+// The reads of nodes before the first access to a register, without their results.
 std::vector<std::string> Discovery(const StandinRun &run) {
   std::vector<std::string> reads;
   for (const std::string &call : run.calls) {
@@ -224,7 +224,8 @@ TEST(DcpmmCalls, DiscoveryReadsEveryFunctionInListOrder) {
                   "NODAL_Get(hardware_pci_seg_bus_slot_func_pciConfigHeader, [0,0,31,2], 164)\n"));
 }
 
-// The calls of a run from the first one with this ending, without the numbers of the lists.
+// A call and the calls around it: `before` calls before it and `after` calls after it, without the numbers of the
+// lists. All calls of the run if it has no such call.
 std::vector<std::string> CallsAround(const StandinRun &run, size_t before, const std::string &call, size_t after) {
   const auto found = std::find(run.calls.begin(), run.calls.end(), call);
   if (found == run.calls.end() || found - run.calls.begin() < static_cast<ptrdiff_t>(before) ||
@@ -439,7 +440,7 @@ TEST(DcpmmDiscovery, EmptyListsAreNoFailure) {
   }
 }
 
-// The options. Rows show the number of iterations, sleep() the interval.
+// Options and their effect: the rows show the number of iterations, the calls of sleep() the interval.
 struct Given {
   const char *name;
   const char *options;
@@ -482,7 +483,7 @@ INSTANTIATE_TEST_SUITE_P(Dcpmm, GivenOptions, testing::ValuesIn(kGivenOptions), 
 
 class Refused : public testing::TestWithParam<ReportCase> {};
 
-// No file is left behind, and no register is accessed.
+// Expects an error before any register is accessed. No file is left behind.
 TEST_P(Refused, AnswersAs) {
   const ReportCase &expected = GetParam();
   const Profile profile = RunProfile(expected.host(), Words(expected.arguments.JoinedBy(" ")));
@@ -562,7 +563,7 @@ constexpr ReportCase kDcpmmMachinesCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(DcpmmMachines, Refused, testing::ValuesIn(kDcpmmMachinesCases), NameOf<ReportCase>);
 
-// Folders in which even root cannot create a file.
+// Cases in which even root cannot create the output file.
 TEST(DcpmmFile, ThatIsADirectoryIsAnError) {
   const ScratchDirectory directory;
   std::filesystem::create_directory(directory.path() / kFileName);
@@ -588,7 +589,7 @@ TEST(DcpmmFile, InADirectoryThatTakesNoneIsAnError) {
 
 TEST(DcpmmFile, OnAFullDeviceIsAnError) {
   const ScratchDirectory directory;
-  const dev_t full = makedev(1, 7);  // that of /dev/full
+  const dev_t full = makedev(1, 7);  // the device number of /dev/full
   if (mknod((directory.path() / kFileName).c_str(), S_IFCHR | 0600, full) != 0) GTEST_SKIP() << "cannot make a device";
   const StandinRun run =
       RunKestrel(MemoryHost(kOneSocket), {"-r", "dcpmm-stats"}, {.directory = directory.path(), .timeZone = "UTC"});

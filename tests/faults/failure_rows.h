@@ -18,14 +18,14 @@ namespace faults {
 // The effect of a failure on the rows that the report prints.
 enum class Effect {
   kNone,
-  kLosesRow,      // the row that the call is for
-  kLosesGroup,    // the group and those below it; the start group decides the result
-  kLosesChild,    // as kLosesGroup, if the group's ID was not read; the start group's last child decides the result
-  kEndsTable,     // no more rows; the text after the rows is still printed
-  kEndsRun,       // nothing more; the exit status is below
-  kLosesBuddy,    // the buddy whose memory node is read
-  kEndsScan,      // the search for buddies; those found before stay
-  kEndsSearch,    // the search for sockets; those found before stay
+  kLosesRow,    // the row that the call is for
+  kLosesGroup,  // the group and those below it; the start group decides the result
+  kLosesChild,  // as kLosesGroup, if the group's ID was not read; the last child of the start group decides the result
+  kEndsTable,   // no more rows; the text after the rows is still printed
+  kEndsRun,     // nothing more; FailureRow::exitStatus is the exit status
+  kLosesBuddy,  // the buddy whose memory node is read
+  kEndsScan,    // the search for buddies; those found before stay
+  kEndsSearch,  // the search for sockets; those found before stay
   kSpoilsSearch,  // the search ends at its next read
 };
 
@@ -45,7 +45,7 @@ struct FailureRow {
   Messages messages = {};
   Effect effect = Effect::kNone;
   int exitStatus = 0;                       // if the run ends
-  std::vector<HVC_ReturnStatus> only = {};  // statuses of this row; empty: all that no earlier row has
+  std::vector<HVC_ReturnStatus> only = {};  // statuses that this row covers; empty: all that no earlier row covers
   bool isIgnored = false;                   // the report ignores the status and uses what the call filled
   bool readsOn = false;                     // the report reads more than the effect implies
 };
@@ -65,7 +65,7 @@ struct Report {
   FailureTable table;
   // The last read before each row is at one of these places; empty: all rows follow all reads.
   std::vector<std::string> rowReads = {};
-  // The names of the rows in the order in which their memory nodes are read, if they are.
+  // The names of the rows, in the order in which the report reads their memory nodes; empty if it reads none.
   std::vector<std::string> lookedUp = {};
   Total total = Total::kNone;
   Header header = Header::kFirst;

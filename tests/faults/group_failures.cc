@@ -97,7 +97,7 @@ FailureTable Head() {
       {Walk(), Name(), Parent(), Flags(2), OfGroup("groupLeaderID", 1, {Getter("Kestrel_GroupGetGroupLeaderID")})});
 }
 
-// The VMM is the first child with the flag; without one, there is no allocation.
+// The VMM is the first child with the VMM flag; without such a child, there is no allocation.
 FailureTable VmmAlloc() {
   // A child without an ID or flags is skipped.
   FailureTable children = Children(2, {"Kestrel_GroupGetVMMAlloc: NODAL_ParamListAddInt() failure: <text>\n"},
@@ -126,7 +126,7 @@ FailureTable VmmLeader() {
   return OfClient("worldGroups_vmmLeaderID", {"Kestrel_GetVmmLeaderID() failure: <text>\n", {kNotFound}});
 }
 
-// Each step around the failed one repeats the failure.
+// Each caller of a failed step prints a message of its own.
 FailureTable RemapSteps() {
   const Message group = {"KestrelAsyncRemapReportCallback:403 failure: <text>\n"};
   const Message type = {"KestrelAsyncRemapReportCallbackInt:310 failure: <text>\n"};
@@ -191,7 +191,7 @@ std::vector<Report> GroupReports() {
           OverGroups("ZipStats", {"zip-stats"}, zipStats, kZip, Total::kOfZip),
           OverGroups("LPageStats", {"lpage-stats"}, lpageStats, kLPage, Total::kAdded),
           OverGroups("AsyncRemapStats", {"asyncremap-stats"}, remapStats, kRemap, Total::kAdded),
-          // The group that causes all kinds of reads is the start group.
+          // The start group is a group that causes all kinds of reads.
           OverGroups("OneOfGroupStats", {"group-stats", "-g", "137"}, groupStats, kMemoryStats, Total::kNone),
           OverGroups("OneVmOfVmStats", {"vm-stats", "-g", "137"}, vmStats, kMemoryStats, Total::kAdded),
           OverGroups("OneOfUwStats", {"uw-stats", "-g", "137"}, uwStats, kUserWorld, Total::kAdded),

@@ -132,7 +132,7 @@ INSTANTIATE_TEST_SUITE_P(
                              "Kestrel_GroupGetVMMAlloc: GroupGetAlloc failure, error code: 195887153\n")),
     NameOf<Query>);
 
-// -1 is not a group, even if a child with this ID has the flag.
+// -1 is not a group, even if a child with this ID has the VMM flag.
 INSTANTIATE_TEST_SUITE_P(VmmAllocOfNoGroup, GroupQuery,
                          testing::Values(Query{
                              "AllOnes",

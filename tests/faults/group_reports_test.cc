@@ -30,7 +30,7 @@ std::string SwapFigures(uint32_t client) { return OfClient(client, "sched_memCli
 
 std::string VmmFigures(uint32_t leader) { return OfClient(leader, "sched_memClients_kestrel_vmm", 336); }
 
-// The reads up to the leader, which include the flags twice, and the reads after it.
+// The reads of a group up to its leader, with its flags twice, and then `rest`.
 std::vector<std::string> Led(int64_t group, const std::vector<std::string> &rest) {
   std::vector<std::string> reads = {Flags(group), OfGroup(group, "groupName", 64), OfGroup(group, "parentGroupID", 8),
                                     Flags(group), OfGroup(group, "groupLeaderID", 4)};

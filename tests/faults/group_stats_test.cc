@@ -107,7 +107,7 @@ StandinHost AlikeTagged() {
   return host;
 }
 
-// A start group and `count` groups below it, each with a tag of its own.
+// A start group and `below` groups below it, each with a tag of its own.
 StandinHost TaggedApart(int64_t below) {
   StandinHost host;
   Group top = Plain(0);

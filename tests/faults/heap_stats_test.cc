@@ -1,4 +1,5 @@
-// heap-stats. After the options, the report succeeds whatever fails. Its Total row is shifted one column to the left.
+// heap-stats. Once its options are parsed, the report succeeds, whatever fails. Its Total row is shifted one column to
+// the left.
 #include "tests/faults/machine_hosts.h"
 #include "tests/faults/report_case.h"
 

@@ -59,7 +59,7 @@ FailureTable Comprehensive() {
           {kGet, kTransitions, 0, {}, kEndsRun, 1}};
 }
 
-// Large-page pools. A page-sharing pool has the message of a VM's pool.
+// Large-page pools. The message for a page-sharing pool names the function for VM pools.
 
 constexpr char kShared[] = "memory_lpage_nodeList_psharePool";
 constexpr char kPool[] = "memory_lpage_nodeList_vmPools";
@@ -130,7 +130,7 @@ FailureRow Ends(const std::string &operation, const std::string &place, const st
   return {operation, place, 0, Failing(parts), kEndsTable};
 }
 
-// The status is ignored. Without a name, the library refuses the argument.
+// The report ignores a failure to read the name. Without a name, the next call refuses its null argument.
 FailureRow IgnoredName(const std::string &place, const std::string &step) {
   FailureRow row = Ends(kGetString, place, {step + ": NODAL_ParamListAddString"});
   row.isIgnored = true;

@@ -32,7 +32,7 @@ bool CannotFail(const std::string &operation) {
 }
 
 struct List {
-  size_t madeBy;  // of the calls
+  size_t madeBy;  // index in calls_ of the read that filled the list
   std::string count = {};
 };
 
@@ -46,7 +46,7 @@ std::string NodeOf(const std::string &place) { return place.substr(place.rfind('
 
 CallLog::CallLog(const std::vector<std::string> &log, Parts parts) {
   std::map<std::string, List> lists;
-  std::map<size_t, size_t> makers;  // call -> the call that made the list of its instance
+  std::map<size_t, size_t> makers;  // index of a call on an instance -> index of the read that filled its list
   size_t unread = 0;                // the first call on the arguments of a later read
   const LoggedCall *read = nullptr;
   calls_.reserve(log.size());

@@ -39,7 +39,7 @@ class CallLog {
 
   // The calls that can fail, in order.
   const std::vector<LoggedCall> &calls() const { return calls_; }
-  // The reads and writes before one line and from another line on, as places and arguments.
+  // The reads and writes before line `last` and from line `next` on, each as its place and arguments.
   std::vector<std::string> Accesses(size_t last, size_t next) const;
   // The line after the visit of a group and its descendants.
   size_t EndOfGroup(size_t part) const;
@@ -51,8 +51,8 @@ class CallLog {
   void MarkRegisters(const std::vector<std::string> &log);
 
   std::vector<LoggedCall> calls_;
-  std::vector<size_t> starts_;  // first line of each part
-  std::vector<size_t> depths_;  // depth of each part, if the parts are groups
+  std::vector<size_t> starts_;  // first line of each part, if the parts are groups
+  std::vector<size_t> depths_;  // depth of each of these parts
 };
 
 }  // namespace faults

@@ -1,4 +1,4 @@
-// lpool-stats: the pools of each node. Messages spell the walk's name in two ways.
+// lpool-stats: the pools of each node. Messages write the name of the walk as TraverseLPools or TraversLPools.
 #include "tests/faults/machine_hosts.h"
 #include "tests/faults/report_case.h"
 
@@ -81,7 +81,7 @@ constexpr char kNoPools[] = R"(
 --------------------------------
 )";
 
-// The output ends without the closing line, the Total row, the descriptions and the note.
+// The output of a report that stops early: no closing line, Total row, descriptions or note.
 constexpr char kStopped[] = R"(
  LPAGE POOL STATS: <time>
  -------------------------------------------
@@ -118,7 +118,7 @@ constexpr ReportCase kFormsCases[] = {
      [] { return WithNodes(0, 3); },
      "-r lpool-stats -q",
      {kHeader, "Total,,0,0,0,0,0,0,0,0,0,0,0,0\n"}},
-    // The number of VMs is only a hint.
+    // The number of VMs is only a hint: pools are listed even if it is 0.
     {"NoMachines", [] { return WithNodes(2, 0); }, "-r lpool-stats -q", {kHeader, kAllRows}},
     {"NoMachinePools", [] { return LargePagesHost().AddList(kPools, {0}, {}); }, "-r lpool-stats -qs nodeID",
      "name,nodeID\npshare-0,0\npshare-1,1\nweb,1\nmail,1\nTotal,\n"},

@@ -33,7 +33,7 @@ GlobalMemoryRecord GlobalMemoryFigures();
 //   pshare-0 1000, web 2000, a-pool-with-a-long-name 3000, db 4000
 //   pshare-1 5000, web 6000, mail 7000
 //
-// The other figures of a pool are its first figure plus 1 to 12. The figure without a column is all ones.
+// The other figures of a pool are its first figure plus 1 to 12. The figure without a column has all bits set.
 testing_support::StandinHost LargePagesHost();
 LPoolStatsRecord LargePagesFigures(const Figures &figures);
 

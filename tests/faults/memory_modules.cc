@@ -24,7 +24,7 @@ struct Event {
   int countRegister;
 };
 
-// Both are in the order of programming and reading.
+// The events of each kind of unit, in the order of programming and reading.
 constexpr Event kChannelEvents[] = {
     {"RPQ_EVENT", 0x004000e3, 0xe4, "UNC_M_PMM_RPQ_INSERTS", 0xb8},
     {"WPQ_EVENT", 0x004000e7, 0xd8, "UNC_M_PMM_WPQ_INSERTS", 0xa0},

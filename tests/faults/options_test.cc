@@ -69,7 +69,7 @@ constexpr ReportCase kUnitsCases[] = {
 INSTANTIATE_TEST_SUITE_P(Units, Options, testing::ValuesIn(kUnitsCases), NameOf<ReportCase>);
 
 constexpr ReportCase kFiltersCases[] = {
-    // Group 0 is pre, 1 pre and sys, 4 co, 5 vm and lf, 7 sys.
+    // The groups' flags: group 0 has pre, 1 pre and sys, 4 co, 5 vm and lf, 7 sys.
     Gids("OneFlag", "-i vm", "gid\n5\n"),
     Gids("TwoFlags", "-i vm:sys", "gid\n1\n5\n7\n"),
     Gids("AnyCase", "--iFilter VM:Sys", "gid\n1\n5\n7\n"),

@@ -61,7 +61,7 @@ Oracle::Expected Oracle::WhenFails(const LoggedCall &call, HVC_ReturnStatus stat
   const bool endsRun = row.effect == Effect::kEndsRun || (row.effect == Effect::kEndsSearch && !HasSocket(call));
   const std::string messages = Messages(row, call, status);
   std::string output = !endsRun || call.line > headerLine_ ? WithoutLost(row, call, endsRun) : "";
-  // If a failure ends the front end, the report prints no message.
+  // A call of the front end fails before the report starts, so its message goes to standard error.
   if (!report_.messagesInOutput || row.place.empty()) return {output, messages, ExitStatus(row, call)};
   const bool isSaidFirst = row.effect == Effect::kEndsSearch;
   output = isSaidFirst ? messages + output : output + messages;

@@ -36,7 +36,8 @@ class Oracle {
 
   // REQUIRES: the table has a row for the call.
   Expected WhenFails(const LoggedCall &call, HVC_ReturnStatus status) const;
-  // The reads and writes of such a run, as from Accesses(); none if the row does not define them.
+  // The reads and writes of a run with this failure, as from CallLog::Accesses(); no value if the row does not define
+  // them.
   std::optional<std::vector<std::string>> AccessesWhenFails(const LoggedCall &call, HVC_ReturnStatus status) const;
 
  private:

@@ -68,7 +68,7 @@ TEST(LongOutput, EndsTheRunAtOnceWhenItIsLost) {
   }
 }
 
-// Each warning flushes standard output, so it detects the failure first.
+// Each warning first flushes standard output, and this flush detects the failure.
 TEST(LostOutputWithWarnings, NamesTheCauseOfTheFirstFailedWrite) {
   StandinHost host = BothReportsHost();
   host.Fail({.operation = "NODAL_Get", .node = "sched_groups_groupTag", .status = 0x0bad0001});
@@ -102,7 +102,7 @@ TEST_F(Terminal, ShowsNoControlCharactersOfABuildText) {
   };
   const StandinRun shown = RunKestrel(host, arguments, {.output = OutputTo::kTerminal, .errorsToOutput = true});
   EXPECT_EQ(shown.outcome.output, message("1.0?[2J"));
-  // Masking depends on the destination of the message.
+  // Control characters are masked only in messages that go to a terminal.
   EXPECT_EQ(RunKestrel(host, arguments, {.output = OutputTo::kTerminal}).outcome.errors, message("1.0\x1b[2J"));
 }
 

@@ -31,7 +31,7 @@ std::string Banner(const std::string &word, const std::string &unit, const std::
 
 std::string Rule(size_t length) { return std::string(length, '-') + '\n'; }
 
-// A table that is `width` characters wide. These reports have a second line below the header.
+// A table that is `length` characters wide. These reports have a second line below the header.
 std::string Table(size_t length, const std::string &header, const std::string &rows) {
   return Rule(length) + header + Rule(length) + Rule(length) + rows + Rule(length);
 }
@@ -208,7 +208,7 @@ constexpr ReportCase kRegionSizeCases[] = {
         "OneByteMoreThanAPage", [] { return OneRegion({.size = 4097}); }, "pg", "2"),
     Sized(
         "OneByteMoreThanOneMb", [] { return OneRegion({.size = 0x100001}); }, "mb", "2"),
-    // All ones is an ordinary size, which wraps.
+    // UINT64_MAX is an ordinary size, which wraps.
     Sized(
         "AllOnesInKb", [] { return OneRegion({.size = UINT64_MAX}); }, "kb", "0"),
     Sized(
@@ -350,7 +350,7 @@ INSTANTIATE_TEST_SUITE_P(Nodes, PMemStats, testing::ValuesIn(kNodesCases), NameO
 struct Kind {
   const char *name;  // of the test
   const char *report;
-  const char *word;  // of the banner
+  const char *word;  // the report's word in the banner
 };
 
 void PrintTo(const Kind &kind, std::ostream *stream) { *stream << kind.name; }

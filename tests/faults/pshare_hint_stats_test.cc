@@ -115,7 +115,7 @@ constexpr ReportCase kFiguresCases[] = {
     Csv(
         "MoreForLargePagesInMb", [] { return HostWith(0, 1, 2, 2, 4); }, "-u mb",
         "regular,0,0,1\nlpage,1,1,0\nTotal,1,1,0\n"),
-    // All ones is an ordinary count.
+    // UINT64_MAX is an ordinary count, not "not available".
     Csv(
         "AllOnes", [] { return HostWith(UINT64_MAX, 257, 0, 1, 0); }, "-u mb",
         "regular,1,0,1\nlpage,1,0,1\nTotal,2,0,0\n"),

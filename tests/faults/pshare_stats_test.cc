@@ -99,7 +99,7 @@ constexpr ReportCase kConversionsCases[] = {
     {"OnePageInMb", [] { return HostWith(1); }, "-r pshare-stats -qscow -umb", "cow\n1\n"},
     {"OneMbOfPagesInMb", [] { return HostWith(256); }, "-r pshare-stats -qscow -umb", "cow\n1\n"},
     {"OnePageMoreInMb", [] { return HostWith(257); }, "-r pshare-stats -qscow -umb", "cow\n2\n"},
-    // All ones is an ordinary count, which wraps.
+    // UINT64_MAX is an ordinary count, not "not available". Its amount wraps.
     {"AllOnesInKb", [] { return HostWith(UINT64_MAX); }, "-r pshare-stats -qscow", "cow\n18446744073709551612\n"},
     {"AllOnesInMb", [] { return HostWith(UINT64_MAX); }, "-r pshare-stats -qscow -umb", "cow\n0\n"},
     {"AllOnesInPages", [] { return HostWith(UINT64_MAX); }, "-r pshare-stats -qscow -upg",

@@ -28,7 +28,8 @@
 // that returns a pointer fails with null. With "answers", a failing call still fills its output. With "short-records",
 // a record that is shorter than the output leaves the rest of the output unchanged; otherwise its size is an error.
 //
-// A unit has event counters behind its configuration registers, and the traffic of the lines below it (see uncore.h).
+// A unit line adds event counters behind the configuration registers of a PCI function. The traffic lines after it set
+// the numbers of events that they count (see uncore.h).
 //
 // With a clock, the stand-in also implements and logs time, localtime and sleep. Time then passes in sleep only, which
 // returns at once. A failure of time or localtime has an errno instead of a status.
@@ -340,7 +341,7 @@ HVC_ReturnStatus GetInteger(const char *operation, const NODAL_ParamList *list, 
   return status;
 }
 
-// Reads a list node. The log has the number of the list that it fills.
+// Reads a list node, and logs the number of the list that it fills.
 HVC_ReturnStatus ReadInstances(const char *operation, uint32_t id, const NODAL_ParamList *args, const std::string &hint,
                                NODAL_ParamList **list) {
   Standin &standin = TheStandin();
@@ -368,7 +369,7 @@ HVC_ReturnStatus ReadIntoNewList(const char *operation, uint32_t id, const NODAL
   return status;
 }
 
-// Whether the arguments name a configuration register, which is accessed by four bytes.
+// Whether the arguments name four bytes of a configuration space. If so, sets the address and the offset.
 bool IsRegister(const NODAL_ParamList *args, faults::Uncore::Address &address, int64_t &offset) {
   if (args == nullptr || args->params.size() != 6 || args->params[4].integer != 4) return false;
   for (size_t i = 0; i < address.size(); ++i)

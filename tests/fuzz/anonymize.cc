@@ -1,6 +1,6 @@
 // Anonymizes a snapshot with a marker in every text, in every byte without a meaning and in keys that mean nothing. The
-// marker is nowhere in the result. The result has as many entries as a capture with the names, and has problems only if
-// that one has some.
+// marker is nowhere in the result. The result has as many entries as a capture that keeps the names, and has problems
+// only if that capture has some.
 #include <algorithm>
 #include <cstring>
 #include <vector>

@@ -1,6 +1,7 @@
-// A segment of any bytes is read in order, in reverse order, and for some entries only. All readings find the same.
+// A segment of any bytes is read in order, in reverse order, and for some entries only. Each reading gives the same
+// result.
 //
-// The checksums of the input are computed before it is read, because no mutation of it would have the right ones.
+// First, the target sets the checksums in the input, because no mutated input would have the right ones.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -83,7 +84,7 @@ Reading Read(SegmentReader &reader, size_t frame) {
   return reading;
 }
 
-// A reader with a filter skips chunks, and with them their damage.
+// A reader with a filter skips chunks, so it does not find damage in them.
 void CompareFiltered(SegmentReader &reader, const std::vector<Reading> &readings) {
   const Prefix filter("/sched/groups/1");
   reader.Select(&filter);

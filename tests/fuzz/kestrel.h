@@ -19,7 +19,7 @@ struct Outcome {
 
 enum class OutputTo { kTerminal, kPipe };
 
-// Runs kestrel with these arguments. sleep() returns at once. After a few calls of it, all output fails, because an
+// Runs kestrel with these arguments. sleep() returns at once. After a few such calls, all output fails, because an
 // input may ask for two billion iterations.
 Outcome RunKestrel(std::span<const std::string> words, OutputTo output = OutputTo::kTerminal);
 

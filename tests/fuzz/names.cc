@@ -39,7 +39,7 @@ struct Names {
   std::string guest;
 };
 
-// The forms that the kernel allows and prints.
+// The names in the forms that the kernel allows and prints.
 
 std::string StatusOf(std::string_view process) {
   constexpr size_t kMaxName = 15;

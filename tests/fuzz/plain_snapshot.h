@@ -1,5 +1,5 @@
 // A slow reader of snapshots, written from nodal-snapshot(5) alone, to compare the library's reader with. It shares no
-// code with the library but the checksum and the statuses.
+// code with the library except the checksum and the statuses.
 #ifndef TESTS_FUZZ_PLAIN_SNAPSHOT_H
 #define TESTS_FUZZ_PLAIN_SNAPSHOT_H
 
@@ -68,11 +68,11 @@ class PlainSnapshot {
 
   std::string_view bytes_;
   HVC_ReturnStatus status_;
-  uint64_t end_ = 0;  // of the records
+  uint64_t end_ = 0;  // the end of the records
   std::vector<std::vector<Slot>> tables_;
   std::vector<bool> isTableWhole_;
   std::vector<Entry> entries_;
-  std::vector<uint32_t> positions_;  // of the entries
+  std::vector<uint32_t> positions_;  // the positions of the entries
   bool endsWithEntry_ = false;
 };
 

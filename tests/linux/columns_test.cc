@@ -31,7 +31,7 @@ namespace {
 using Texts = std::vector<std::string>;
 using Names = std::set<std::string>;
 
-// The parts of a text, which may be empty.
+// Splits a text at the separator. Parts may be empty.
 Texts Split(std::string_view text, std::string_view separator) {
   Texts parts;
   size_t start = 0;
@@ -41,7 +41,7 @@ Texts Split(std::string_view text, std::string_view separator) {
   return parts;
 }
 
-// The last fixed piece of a node's path, such as "vmm". If it has several meanings, the last two: "heaps/stats".
+// The last fixed part of a node's path, such as "vmm". If several nodes end in it, the last two: "heaps/stats".
 std::string ShortName(const Node &node) {
   Texts parts;
   for (const std::string_view piece : node.pieces) {
@@ -99,7 +99,7 @@ class ProbeSource : public Source {
     Read().insert(&node);
     const bool isChanged = changed_ != nullptr && changed_->node == &node && changed_->field.empty();
     if (node.entry.kind == ParamKind::kText) {
-      // The reports read numbers and types from the names of buddies.
+      // buddy-stats takes the node's number and the type of memory from the name of an allocator.
       if (ShortName(node) == "buddy") return list.Add(isChanged ? "memmap-01-hi" : "memmap-00-lo");
       return list.Add(isChanged ? "other" : "name");
     }
@@ -252,7 +252,7 @@ std::vector<ColumnRow> RowsOf(const kestrel::Report &report) {
   return rows;
 }
 
-// Whether a column can show something else than 0 and "not available".
+// Whether a column can show anything other than 0 and "not available".
 bool CarriesAFigure(const ColumnRow &row) {
   return row.source != "none" && !row.known.starts_with("never") && !row.known.starts_with("only 0");
 }

@@ -26,14 +26,14 @@
 
 namespace platkit {
 
-// What records say that are not available.
+// The values of figures that are not available.
 inline constexpr uint64_t kNoFigure = HVC_KB_NONE;
 inline constexpr uint32_t kNoFigure32 = UINT32_MAX;
 
 // The identifier of the group of the first virtual machine.
 inline constexpr int64_t kFirstVm = 20'000'000;
 
-// Folders of a saved host: of all control groups, and of the one of a service.
+// Folders of a saved host: the root of the control groups, and the control group of a service.
 inline const std::string kTop = "sys/fs/cgroup/";
 inline const std::string kWeb = kTop + "system.slice/web.service";
 
@@ -100,7 +100,7 @@ class SavedHost {
   // Creates an empty root folder, or unpacks the archive of this name in hosts/.
   //
   // The source's clock stands still until Age() advances it. Each change of the host through this class also advances
-  // it, far enough that cached values expire.
+  // the clock, far enough that cached values expire.
   explicit SavedHost(Writes writes = Writes::kRefused);
   explicit SavedHost(const std::string &archive, Writes writes = Writes::kRefused);
   ~SavedHost();

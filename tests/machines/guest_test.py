@@ -20,7 +20,7 @@ DRIFT = 16 * MB
 
 
 class Guest:
-    """A started and stopped machine."""
+    """A machine that is stopped before its first instruction."""
 
     def __init__(self, name, *words, machine="pc,memory-backend=ram"):
         common = ["-S", "-name", name, "-machine", machine, "-qmp", "stdio", *words]
@@ -49,7 +49,7 @@ class Guest:
         return (summary["base-memory"] + summary.get("plugged-memory", 0)) // 1024
 
     def resident_of_guest(self, size, name=""):
-        """The resident memory in KB of the mapping with a size in KB and a name, from smaps."""
+        """The resident memory in KB of the mapping with this size in KB and this name, from smaps."""
         found = []
         with open(f"/proc/{self.pid}/smaps", encoding="utf-8") as file:
             for line in file:

@@ -74,7 +74,7 @@ def until(condition, seconds, what):
 
 
 def mount_own_folder(path):
-    """Hides a folder by an empty one. If it does not exist, hides the folder that would contain it."""
+    """Hides a folder behind an empty one. If it does not exist, hides the folder that would contain it."""
     hidden = path if os.path.isdir(path) else os.path.dirname(path)
     subprocess.run(["mount", "-t", "tmpfs", "-o", "mode=755", "tmpfs", hidden], check=True)
     os.makedirs(path, exist_ok=True)
@@ -121,7 +121,7 @@ class Host:
             return int(file.read())
 
     def statistics(self, name):
-        """What virsh tells of the guest's memory: {"actual": 262144, "unused": ...}."""
+        """The guest's memory statistics from virsh: {"actual": 262144, "unused": ...}."""
         return {key: int(value) for key, value in re.findall(r"(\S+) (\d+)\n", self.virsh("dommemstat", name))}
 
     def is_up(self, name):

@@ -44,7 +44,7 @@ def nodal_guests(*words):
 
 
 def guests():
-    """What nodal guests tells: dictionaries by the name of the guest."""
+    """The JSON of nodal guests: a dictionary for each guest, by its name."""
     return {guest["name"]: guest for guest in json.loads(nodal_guests("--json")[0])}
 
 
@@ -113,8 +113,8 @@ class GuestsOfLibvirt(machines.TestCase):
         self.assertBetween(row["memNeeded"], needed, 1 * MB, "memNeeded")
 
     def move_to_scope(self, name):
-        """Puts QEMU into a control group with the name that systemd gives it. Only the name tells others than root that
-        the process is a VM."""
+        """Puts QEMU into a control group with the name that systemd gives it. To users other than
+        root, only the name shows that the process is a VM."""
         pid = self.host.pid(name)
         hierarchy, home = machines.memory_hierarchy(pid)
         slice = f"{hierarchy}/machine.slice"

@@ -56,7 +56,7 @@ def memory_hierarchy(pid):
 
 
 def around(read, act):
-    """Returns the results of another function before and after a function, and the result of the function itself."""
+    """Returns the result of `act`, and the results of `read` before and after it."""
     before = read()
     done = act()
     return done, [before, read()]

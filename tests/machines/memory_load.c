@@ -2,7 +2,7 @@
  * A process with every kind of memory that the reports distinguish. Started under the name and with the arguments of
  * QEMU, it looks like a virtual machine. The variable LOAD selects another load:
  *   fill:N    N MB of anonymous memory
- *   press:N   the same, which it writes again and again
+ *   press:N   the same, written again and again
  *
  * When it is ready, it creates the file "ready.PID" in the current folder and sleeps until it is killed.
  */

@@ -15,7 +15,7 @@ import machines
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 MOST_SECONDS = 300
-HELPER = "swtpm"  # a process beside a machine, such as libvirt starts
+HELPER = "swtpm"  # a process beside a machine, as libvirt starts it
 LABEL_AREA = 128 << 10  # bytes that QEMU reserves at the end of the memory file
 
 # The kernel modules of the second host, in addition to the modules that they depend on.
@@ -46,7 +46,7 @@ class Modules:
     def take(self, name):
         name = name.replace("-", "_")
         if name in self.taken or name not in self._paths:
-            return  # what is no module is built in
+            return  # a name without a module is built into the kernel
         with open(self._paths[name], "rb") as file:
             content = file.read()
         if self._paths[name].endswith(".xz"):

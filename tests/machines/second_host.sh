@@ -139,7 +139,7 @@ watched() {
   return $status
 }
 
-# With a single program, because starting programs is slow here.
+# Saves the files whose figures change. Uses a single program, because starting programs is slow here.
 read_what_moves() {
   grep '' /proc/meminfo /proc/buddyinfo /proc/vmstat /sys/fs/cgroup/outer/memory*.current \
     /sys/fs/cgroup/outer/*/memory*.current $slice/*/memory*.current /sys/block/zram0/mm_stat >"$folder/$report.$1"
@@ -194,7 +194,7 @@ run_out_of_memory() {
     kestrel -r comp-stats -q >$out/shortage/read-generations
     cat /proc/pressure/memory >>$out/shortage/pressure
   fi
-  # The kernel would refuse so much to one program.
+  # The kernel would refuse this much memory to one program.
   fillers=
   for _ in 1 2; do
     dd if=/dev/zero of=/dev/null bs=300M count=4 2>/dev/null &

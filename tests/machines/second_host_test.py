@@ -22,7 +22,7 @@ REPORTS = """group-stats vm-stats uw-stats buddy-stats pshare-stats pshareHint-s
 heap-stats guest-stats zip-stats lpage-stats asyncremap-stats pmem-regionstore-stats pmem-region-stats pmem-extent-stats
 pmem-region-numa-stats dcpmm-stats""".split()
 
-# The output of these does not change while nothing happens on the host.
+# While nothing happens on the host, the output of these reports does not change.
 STEADY_REPORTS = """pshare-stats lpool-stats pmem-regionstore-stats pmem-region-stats pmem-extent-stats
 pmem-region-numa-stats""".split()
 
@@ -82,7 +82,7 @@ class Host:
 
     @classmethod
     def report(cls, name, by=None):
-        """The rows of a live report, or its only row with a value in a column."""
+        """The rows of a live report; with `by`, its only row that has this value in this column."""
         rows = machines.rows(cls.read(f"live/{name}"))
         if by is None:
             return rows
@@ -97,7 +97,7 @@ class Host:
 
     @classmethod
     def load(cls, program, guest="second-guest"):
-        """The PID and the /proc status of a program's process; of QEMU, of the machine with this name."""
+        """The PID and the /proc status of a program's process; for QEMU, of the machine with this name."""
         for pid in os.listdir(f"{cls.folder}/files/proc"):
             words = cls.file(f"proc/{pid}/cmdline").split("\0") if pid.isdigit() else [""]
             if words[0] == program and (program != machines.QEMU or words[2].split(",")[0] == f"guest={guest}"):
@@ -126,22 +126,22 @@ class Pressed:
         return row
 
     def lines(self, file):
-        """What is in a file before and after, by the end of its path."""
+        """The lines of a file before and after the report. `file` is the end of its path."""
         return ["\n".join(re.findall(rf"^\S*/{re.escape(file)}:(.*)", text, re.M)) for text in self.texts]
 
     def figures(self, file, key):
         return [machines.fields(text)[key] for text in self.lines(file)]
 
     def amounts(self, file):
-        """In KB; the file contains bytes."""
+        """The amounts of a file in KB; the file contains bytes."""
         return [int(text) // 1024 for text in self.lines(file)]
 
     def pressures(self, file, kind):
-        """The whole percents of the last ten seconds."""
+        """The pressure of the last ten seconds in percent, rounded down."""
         return [int(re.search(rf"^{kind} avg10=(\d+)", text, re.M)[1]) for text in self.lines(file)]
 
     def zram(self):
-        """The KB that zram devices take."""
+        """The KB of memory that zram takes."""
         return [int(text.split()[2]) // 1024 for text in self.lines("zram0/mm_stat")]
 
 
@@ -366,7 +366,7 @@ class WholeHost(SecondHost):
 
         idle, read, filled = row("idle"), row("read"), row("filled")
         self.assertEqual(idle["memState"], "High")
-        # If this machine is very busy, even a short wait in the emulated one lasts.
+        # If this machine is very busy, even a short wait in the emulated one takes long.
         if max(map(float, re.findall(r"some avg10=(\S+)", Host.read("shortage/pressure")))) < 5:
             self.assertEqual(read, idle, "reading a disk is no shortage")
             if os.path.exists(f"{Host.folder}/shortage/read-generations"):

@@ -158,7 +158,8 @@ TEST_P(SampledSection, SaysWhatIsAlwaysShown) {
   EXPECT_EQ(header, expected);
 }
 
-// Units convert only amounts: the value in MB is the value in KB, rounded up. All ones is not converted.
+// Units convert only amounts: the value in MB is the value in KB, rounded up. A value whose bits are all set is not
+// converted.
 TEST_P(SampledSection, SaysWhatAUnitConverts) {
   std::vector<Fields> inKB = RowsIn("kb");
   std::vector<Fields> inMB = RowsIn("mb");

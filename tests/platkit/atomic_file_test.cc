@@ -84,7 +84,7 @@ TEST_F(AtomicFileTest, ReplacesALinkInsteadOfItsTarget) {
   }
 }
 
-// A folder above the file that is replaced by a link after Create leads nowhere else.
+// If the folder is replaced by a link after Create, the file stays in the original folder.
 TEST_F(AtomicFileTest, StaysInTheFolderThatItWasCreatedIn) {
   std::filesystem::create_directories(scratch_.Path("folder"));
   std::filesystem::create_directories(scratch_.Path("other"));
@@ -144,7 +144,7 @@ TEST_F(AtomicFileTest, KeepsTheRightsOfTheGroupWithoutAChangeOfTheOwner) {
   EXPECT_EQ(ModeOf(path), 0640u);
 }
 
-// Only root can make files of others.
+// Only root can create files of other users.
 TEST_F(AtomicFileTest, AFileThatAnotherUserPutThereGivesNobodyMoreRights) {
   if (geteuid() != 0) GTEST_SKIP() << "requires root";
   constexpr uid_t kOther = 65534;
@@ -171,7 +171,7 @@ TEST_F(AtomicFileTest, AFileThatAnotherUserPutThereGivesNobodyMoreRights) {
   EXPECT_EQ(info.st_mode & 07777, 0660u);
 }
 
-// Others who may write to the folder can put any file there by a rename or a hard link, also one of the user's.
+// Other users who may write to the folder can put any file there by a rename or a hard link, even a file of this user.
 TEST_F(AtomicFileTest, AFileThatOthersCanHaveMovedGivesNobodyMoreRights) {
   const std::string path = scratch_.Write("file", "older");
   for (const mode_t folder : {0777u, 0775u, 01777u}) {
@@ -245,7 +245,7 @@ TEST_F(AtomicFileTest, KeepsTheAccessControlList) {
   }
 }
 
-// There, the group would get the rights that the list limits.
+// The list is lost there. Without it, the group bits of the mode would give the group the rights that the list denies.
 TEST_F(AtomicFileTest, WhereOthersCanWriteAFileWithAListIsTheUsersOnly) {
   const std::string path = scratch_.Write("file", "older");
   ASSERT_EQ(chmod(scratch_.folder().c_str(), 0777), 0);

@@ -25,7 +25,7 @@ std::vector<std::smatch> Matches(const std::string &text, const std::regex &form
   return {std::sregex_iterator(text.begin(), text.end(), form), {}};
 }
 
-// A declaration of a header, from after `start` to before `end`, and the comment right above it.
+// A declaration in a header: the text between `start` and `end`, and the comment right above it.
 struct Declaration {
   std::string comment;
   std::string text;
@@ -43,7 +43,7 @@ std::vector<Declaration> Declarations(const std::string &header, const std::stri
   return found;
 }
 
-// A comment without blanks, because long paths are broken into lines.
+// Removes the blanks and the asterisks of a comment, because long paths are broken into lines.
 std::string WithoutBlanks(const std::string &comment) {
   std::string text = std::regex_replace(comment, std::regex("\n \\*"), "");
   std::erase_if(text, [](unsigned char c) { return std::isspace(c); });
@@ -90,7 +90,7 @@ void ExpectFields(const RecordLayout &record, const std::string &body) {
   }
 }
 
-// The paths of the nodes that yield each record, one after the other.
+// For each record, the concatenated paths of the nodes that yield it.
 std::map<std::string_view, std::string> PathsOfRecords() {
   std::map<std::string_view, std::string> paths = {{"BuddySizeRecord", "AnentryofBuddyComprehensiveRecord."}};
   for (const Node &node : Nodes()) {

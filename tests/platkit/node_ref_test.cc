@@ -37,7 +37,7 @@ TEST(NodeRef, IdAndIndexAreKnownAtCompileTime) {
   EXPECT_EQ(nodes::hardware_pci_seg_bus_slot_func_pciConfigReg_size_addr.index() + 1, Nodes().size());
 }
 
-// Every node reference with the size of its record; 0 for a node that is only a list.
+// Expects the node's record to have the size of the reference's type; 0 for a node that is only a list.
 template <typename Record>
 void ExpectRecordOf(NodeRef<Record> ref) {
   constexpr uint32_t kSize = std::is_same_v<Record, NoRecord> ? 0 : sizeof(Record);

@@ -37,8 +37,8 @@ HVC_ReturnStatus ListMembers(int64_t group) {
   return NODAL_GetInstanceList(NODAL_NODE_sched_groups_members_groups, ListOf(group).get(), members.get());
 }
 
-// A process that no listing has returned, in a control group that is gone afterwards. Wherever memory ran out while the
-// process was searched, it is then unknown.
+// Searches for a process that no listing has returned, with a shortage at each allocation. Once the process and its
+// control group are removed, the process is unknown, wherever the shortage occurred.
 TEST(AllocationOfAProcess, LeavesItInItsGroup) {
   constexpr int64_t kProcess = 4321;
   SavedRoot host("clients.host", platkit::Reach::kHost);

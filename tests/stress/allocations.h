@@ -16,7 +16,7 @@ struct Shortage {
 // Starts to count, and to fail allocations.
 void BeginShortage(Shortage shortage);
 
-// Ends both, and returns the number of allocations in between.
+// Ends the counting and the failures, and returns the number of allocations since BeginShortage.
 uint64_t EndShortage();
 
 // The number of allocations that have failed since BeginShortage.

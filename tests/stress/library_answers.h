@@ -1,7 +1,7 @@
 // Watches the answers of the library to kestrel's reads.
 //
-// A read that runs out of memory must answer HVC_NO_MEMORY and leave its outputs alone. Any other answer must be the
-// one that the same read gets with enough memory.
+// A read that runs out of memory must answer HVC_NO_MEMORY and leave its outputs unchanged. Any other answer must equal
+// the answer of the same read with enough memory.
 #ifndef TESTS_STRESS_LIBRARY_ANSWERS_H
 #define TESTS_STRESS_LIBRARY_ANSWERS_H
 
@@ -16,7 +16,7 @@ void LearnAnswers();
 // Compares the answers of the next reads with the remembered ones.
 void CheckAnswers();
 
-// Neither.
+// Neither remembers nor compares the answers of the next reads.
 void IgnoreAnswers();
 
 // The number of calls since CheckAnswers that lacked memory: refused reads, refused arguments, and lists not created.

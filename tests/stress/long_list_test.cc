@@ -74,7 +74,7 @@ TEST(LongList, IsCapturedOnce) {
   EXPECT_NE(run.errors.find(": 3 nodes, 0 records, 3 lists, "), std::string::npos) << run.errors;
 }
 
-// Makes each list that a report reads long. The instances in it do not exist, so the report reads only lists.
+// Makes each list that a report reads long. The instances in the lists do not exist, so the report reads only lists.
 std::string WriteLongLists(LargeHost &host) {
   const std::vector<int64_t> numbers(kMany, 1);
   const std::vector<std::string> names(kMany, "memmap-0-lo");

@@ -159,7 +159,7 @@ class OwnGroup {
 
   const std::string &folder() const { return folder_; }
 
-  // True if groups in it can have limits.
+  // True if groups below this one can have limits.
   bool IsUsable() const {
     const std::string probe = folder_ + "/probe";
     if (folder_.empty() || mkdir(probe.c_str(), 0755) != 0) return false;
@@ -276,13 +276,13 @@ class MovingHost : public testing::Test {
         {.program = KESTREL_PROGRAM, .arguments = words, .directory = scratch_.path().string()});
   }
 
-  // The messages of each report while nothing changes.
+  // Records the outcome of each report while nothing changes.
   void ReadAtRest() {
     for (const std::string &report : AllReports())
       atRest_[report] = Report(report);
   }
 
-  // A report of the host or of its snapshot.
+  // Checks a report of the host, or of a snapshot of the host.
   void CheckReport(const std::string &report, const std::string &cache = "") {
     const Outcome run = Report(report, cache);
     const Outcome &rest = atRest_.at(report);

@@ -64,7 +64,7 @@ void FailAllocations(const Program &program, uint64_t allocations,
                      const std::function<void(const Outcome &, const std::string &)> &check) {
   ASSERT_GT(allocations, 0u);
   const uint64_t step = std::max<uint64_t>(1, allocations / kTries);
-  // The C++ library reserves memory for exceptions with the first one.
+  // Skips the first allocation, with which the C++ library reserves memory for exceptions.
   for (uint64_t k = 2; k <= allocations && !testing::Test::HasFailure(); k += k < kTries / 2 ? 1 : step) {
     for (const std::string lasts : {"", "+"}) {
       const std::string which = std::to_string(k) + lasts;
@@ -159,7 +159,7 @@ void WriteModules(platkit::SavedHost &host) {
   }
 }
 
-// Its messages go to standard output.
+// The profiler's messages go to standard output.
 TEST_F(ShortMemory, InTheProfiler) {
   platkit::SavedHost host;
   WriteModules(host);

@@ -89,7 +89,7 @@ class ReportTest {
   }
 
  private:
-  // Runs without a shortage, also with the cached values and after they have expired.
+  // Runs the report without a shortage: without cached values, with them, and after they have expired.
   void Learn() {
     IgnoreAnswers();
     if (host_.IsConstant()) LearnAnswers();

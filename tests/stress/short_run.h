@@ -34,13 +34,13 @@ class Host {
  public:
   virtual ~Host() = default;
 
-  // Makes it the current source, without any cached values.
+  // Makes the host the current source, without any cached values.
   virtual void Open() = 0;
 
   // Lets the cached values expire.
   virtual void Age() {}
 
-  // The words of kestrel's command line that select it.
+  // The words of kestrel's command line that select the host.
   virtual std::vector<std::string> Words() const { return {}; }
 
   // Whether all runs of a report have the same output.

@@ -62,7 +62,7 @@ AccessTrap::AccessTrap(std::function<void(size_t access)> beforeAccess) : before
   armed = this;
 }
 
-// Vector instructions read beyond the end of the file, within its last page.
+// Protects the last page as a whole, because vector instructions read beyond the end of the file.
 void AccessTrap::Trap(uintptr_t start, size_t size) {
   if (isStopped_) return;
   const auto page = static_cast<size_t>(getpagesize());

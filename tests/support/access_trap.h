@@ -34,7 +34,7 @@ class AccessTrap {
   // Lets all later accesses through, without calling the function. The function may call this.
   void Stop();
 
-  // For the replaced mmap.
+  // Called by the replacement of mmap.
   void Trap(uintptr_t start, size_t size);
 
  private:

@@ -14,7 +14,7 @@ enum class OutputTo {
   kPipe,        // captured
   kTerminal,    // captured from a raw pseudo-terminal
   kFullDevice,  // every write fails with "no space left"
-  kClosedPipe,  // without a reader
+  kClosedPipe,  // a pipe without a reader
 };
 
 struct Command {

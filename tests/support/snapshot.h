@@ -10,7 +10,7 @@ namespace testing_support {
 // Builds the file `snapshot` from the file `json`. On failure, throws with nodal's messages.
 void BuildSnapshot(const std::filesystem::path &json, const std::filesystem::path &snapshot);
 
-// The same for JSON in a string.
+// As BuildSnapshot, from JSON in a string.
 void BuildSnapshotFromText(const std::string &json, const std::filesystem::path &snapshot);
 
 }  // namespace testing_support

@@ -23,7 +23,7 @@ namespace {
 // Enough for the lines of a child that reports 10,000 guests.
 constexpr size_t kMaxRead = size_t{16} << 20;
 
-// Ends with the parent, and prints nothing.
+// Ends when the parent ends, and prints nothing.
 [[noreturn]] void RunChild(pid_t parent, int pipe, const std::function<void(const Report &)> &ask) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   signal(SIGPIPE, SIG_DFL);

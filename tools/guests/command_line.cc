@@ -12,7 +12,7 @@
 namespace guests {
 namespace {
 
-// Only of this host: the processes of another one have other PIDs.
+// Accepts only hypervisors of this host, because on another host, a PID means another process.
 std::string CheckLocal(const std::string &uri) {
   const size_t colon = uri.find(':');
   const bool isLocal = colon != std::string::npos && uri.compare(colon, 4, ":///") == 0 && uri.find('+') > colon;

@@ -71,7 +71,7 @@ void TakeKB(Guest &guest, GuestFigure figure, uint64_t kb) {
   if (kb <= kMaxKB) guest.figures[figure] = Figure(kb);
 }
 
-// All ones, or -1, means that the guest does not report it.
+// A count of -1, which is all ones, means that the guest does not report it.
 void TakeCount(Guest &guest, GuestFigure figure, uint64_t count) {
   if (count <= INT64_MAX) guest.figures[figure] = Figure(count);
 }

@@ -133,7 +133,7 @@ void ReportStats(const virDomainStatsRecord &stats, Host &host, const Report &re
   for (int i = 0; i < stats.nparams; ++i)
     TakeParameter(guest, stats.params[i]);
   TakeBalloon(guest, ParameterOf(stats, "balloon.maximum"), ParameterOf(stats, "balloon.current"));
-  // While another call holds the monitor, libvirt leaves out what only the monitor knows, without an error.
+  // While another call holds the monitor, libvirt omits what only the monitor knows, without an error.
   guest.hasAnswered = guest.hasBalloon == Figure(0) || !guest.lastUpdate.isAbsent();
   report.Line(ToJson(guest).dump(-1, ' ', false, json::error_handler_t::replace));
 }
@@ -174,7 +174,7 @@ void ReportOne(virDomainPtr domain, Host &host, const Report &report) {
 
 using Ask = void (*)(virConnectPtr, const std::vector<Domain> &, bool isSystem, const Report &);
 
-// The PID of a guest is read before its monitor is asked: if the monitor answers, the process was still there.
+// The PID of a guest is read before its monitor is asked: if the monitor answers, the process still existed.
 void AskOf(const std::string &uri, const Report &report, Ask ask) {
   try {
     const Connection connection = Connect(uri);

@@ -13,11 +13,11 @@ inline constexpr char kSystemUri[] = "qemu:///system";
 // Both report each running guest twice: first without figures, then with them as soon as they are known. The first line
 // of a guest that does not answer is its only one. Guests are reported as by ToJson, failures as {"error": "..."}.
 //
-// With one call for all guests. libvirt asks their monitors one after another, so a single monitor that does not answer
-// blocks the call for good.
+// Makes one call for all guests. libvirt asks their monitors one after another, so a single monitor that does not
+// answer blocks the call for good.
 void AskLibvirtAtOnce(const std::string &uri, const Report &report);
 
-// With one call for each guest, several at the same time.
+// Makes one call for each guest, several at the same time.
 void AskLibvirtOneByOne(const std::string &uri, const Report &report);
 
 }  // namespace guests

@@ -112,7 +112,7 @@ void TakeMigration(Guest &guest, QmpClient &qemu) {
   take("dirty-pages-rate", GuestFigure::kDirtyRate, TakeCount);
 }
 
-// The process is read before its monitor is asked: if the monitor answers, the process was still there.
+// Reads the process before it asks the monitor: if the monitor answers, the process still existed.
 Guest AskPath(const std::string &path) {
   QmpClient qemu(path);
   platkit::HostFiles files("/", platkit::Reach::kHost);

@@ -8,7 +8,7 @@
 
 namespace guests {
 
-// libvirt keeps the only connection to the sockets that it creates. A second client would wait there for ever, or take
+// libvirt keeps the only connection to the sockets that it creates. A second client would wait there forever, or take
 // libvirt's place after a restart.
 bool IsSocketOfLibvirt(const std::string &path);
 

@@ -12,7 +12,7 @@
 namespace guests {
 
 // The server may be hostile. All functions throw an std::runtime_error if it breaks the protocol or sends too much;
-// they wait for it without end.
+// they wait for it without a time limit.
 class QmpClient {
  public:
   explicit QmpClient(const std::string &path);

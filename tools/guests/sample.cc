@@ -75,10 +75,11 @@ bool IsRunning(const Children &children, const std::string &name) {
   return std::ranges::find(running, name) != running.end();
 }
 
-// The call for all guests answers within a fraction of the deadline, unless a guest is stuck.
+// After this fraction of the deadline, guests are asked one by one: the call for all guests is slower only if a guest
+// is stuck.
 constexpr int kOneByOneAfter = 3;
 
-// A source without any answer. A guest that does not answer is no failure of libvirt.
+// Reports a source that gave no answer at all as a failure. One silent guest is no failure of libvirt.
 void FailIfSilent(const Children &children, const std::string &source, const std::string &monitor,
                   Collector &collector) {
   if (IsRunning(children, source) && !collector.HasGuestOf(monitor)) collector.Fail(source, "no answer");
@@ -91,7 +92,7 @@ void AskAll(const Monitors &monitors, milliseconds deadline, Collector &collecto
     children.Start(*monitors.libvirt, [&](const Report &report) { AskLibvirtAtOnce(*monitors.libvirt, report); });
   for (const std::string &path : monitors.qmp) {
     if (IsSocketOfLibvirt(path)) {
-      collector.Fail(path, "this socket belongs to libvirt, which is asked instead");
+      collector.Fail(path, "this socket belongs to libvirt and is not used");
     } else {
       children.Start(path, [path](const Report &report) { AskQmp(path, report); });
     }

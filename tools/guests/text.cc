@@ -59,7 +59,7 @@ std::string LineOf(const Cells &cells, const std::vector<size_t> &widths) {
   return line + '\n';
 }
 
-// What virsh takes as the name of a guest. Names may contain what a shell interprets; the UUID is safe.
+// The name of a guest for virsh, or its UUID if a shell could interpret the name.
 std::string NameForShell(const Guest &guest) {
   const auto isSafe = [](char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_' ||

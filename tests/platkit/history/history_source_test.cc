@@ -10,7 +10,7 @@ namespace {
 
 constexpr int64_t kFirst = kStart / kNanosInSecond;
 
-// The small host of the snapshots' tests, and when it was sampled.
+// The small host of the snapshot tests, with a node that could not be read. numVMs is the second of the sample.
 Entries SmallHostAt(uint32_t second) {
   std::string name = "host";
   name.resize(sizeof(GroupNameRecord));
@@ -113,7 +113,7 @@ TEST_F(MomentTest, NeedsAHistory) {
   EXPECT_EQ(OpenMoment("", source), HVC_NOT_FOUND);
 }
 
-// The clock was set back by 50 s: of the samples with the latest time, the one recorded last counts.
+// The clock was set back by 50 s, so two samples can have the same time. The one that was recorded last counts.
 TEST_F(MomentTest, FollowsAClockThatWasSetBack) {
   Record(0, 100);
   SegmentWriter writer;

@@ -80,11 +80,11 @@ TEST(Words, AreTheDifferences) {
 
 TEST(Words, RefuseWhatDoesNotFit) {
   const std::vector<ByteVector> bad = {
-      {},                                                            // no words
-      {std::byte{4}},                                                // more than there are
-      {std::byte{1}, std::byte{0}},                                  // none that differs
-      {std::byte{0}, std::byte{4}, std::byte{2}},                    // more than there are
-      {std::byte{2}, std::byte{1}, std::byte{0x80}, std::byte{16}},  // beyond the last byte
+      {},                                                            // covers no words
+      {std::byte{4}},                                                // more equal words than the payload has
+      {std::byte{1}, std::byte{0}},                                  // no differing words after the equal ones
+      {std::byte{0}, std::byte{4}, std::byte{2}},                    // more differing words than the payload has
+      {std::byte{2}, std::byte{1}, std::byte{0x80}, std::byte{16}},  // a difference beyond the last byte
       {std::byte{0}, std::byte{1}, std::byte{0xff}, std::byte{0xff}, std::byte{0xff}, std::byte{0xff}, std::byte{0x1f}},
   };
   for (const ByteVector &coded : bad) {
@@ -157,14 +157,14 @@ TEST(EntryChunk, RefusesMalformedEntries) {
     return reader.Next(entry);
   };
   EXPECT_TRUE(isRead({0, 1, 'a', 0, 1, 'x'}));
-  EXPECT_FALSE(isRead({1, 1, 'a', 0, 1, 'x'}));         // more in common than the key before has
-  EXPECT_FALSE(isRead({0, 2, 'a'}));                    // a cut key
+  EXPECT_FALSE(isRead({1, 1, 'a', 0, 1, 'x'}));         // more in common with the key before than that key has
+  EXPECT_FALSE(isRead({0, 2, 'a'}));                    // a truncated key
   EXPECT_FALSE(isRead({0, 0x81, 0x20}));                // a key of 4097 bytes
-  EXPECT_FALSE(isRead({0, 1, 'a', 3 << 2, 1, 'x'}));    // no such type
+  EXPECT_FALSE(isRead({0, 1, 'a', 3 << 2, 1, 'x'}));    // an unknown type
   EXPECT_FALSE(isRead({0, 1, 'a', 1, 8, 1}));           // words without a reference
-  EXPECT_FALSE(isRead({0, 1, 'a', 2, 1, 0, 0, 'x'}));   // a splice
+  EXPECT_FALSE(isRead({0, 1, 'a', 2, 1, 0, 0, 'x'}));   // a splice, which is allowed in changes only
   EXPECT_FALSE(isRead({0, 1, 'a', 3, 0x80, 0x80, 4}));  // 64 KB of integers
-  EXPECT_FALSE(isRead({0, 1, 'a', 0, 2, 'x'}));         // a cut payload
+  EXPECT_FALSE(isRead({0, 1, 'a', 0, 2, 'x'}));         // a truncated payload
 }
 
 }  // namespace

@@ -93,7 +93,7 @@ class Recording {
   int folder() const { return folder_; }
   Scratch &scratch() { return scratch_; }
 
-  // Appends the samples of HostAt to the segment, from one second to before another, every five seconds.
+  // Appends the samples of HostAt to the segment, every five seconds from second `from` to before `to`.
   void Record(SegmentWriter &writer, int from, int to, const HostHeader &host = TestHost()) const {
     for (int second = from; second < to; second += 5) {
       Sample sample = SampleOf(HostAt(second));

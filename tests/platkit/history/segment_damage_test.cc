@@ -144,7 +144,7 @@ TEST_F(SegmentDamage, BytesBetweenFrames) {
   }
 }
 
-// Sizes that a hostile file claims, with right checksums. The reader takes no memory for them.
+// Excessive sizes in a frame with correct checksums. The reader does not allocate memory for them.
 class HostileFrame : public SegmentDamage {
  protected:
   void Change(const std::function<void(FrameHead &head, Chunk &chunk)> &change) {
@@ -187,7 +187,7 @@ TEST_F(HostileFrame, ClaimsLargeSizes) {
   Change([](FrameHead &head, Chunk &) { head.kind = static_cast<FrameKind>('x'); });
 }
 
-// A frame of another chain fits only if its base says so.
+// A delta frame does not fit into another chain: its base is the frame that it followed.
 TEST_F(HostileFrame, ContinuesAnotherFrame) {
   std::string bytes = whole_;
   bytes.replace(frames_[13].start, frames_[13].bytes, whole_, frames_[1].start, frames_[1].bytes);

@@ -1,4 +1,4 @@
-// What a writer appends to a segment, a reader reads.
+// A reader reads the samples that a writer appended to a segment.
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -168,7 +168,6 @@ TEST_F(Segment, HoldsTheLargestPayload) {
   EXPECT_TRUE(EntriesOf(sample)["/b"].second == large);
 }
 
-// A disk that is full for one sample.
 // A list that gets an entry or loses one with each sample.
 Sample LongListAt(int second) {
   return SampleOf({{"/list", {'I', std::string(kMaxPayloadBytes - (second % 2 == 0 ? 0 : 8), 1)}}});
@@ -213,6 +212,7 @@ TEST_F(Segment, IsDamagedIfTooManyBytesMove) {
   EXPECT_EQ(reader_.Read(reader_.frames().size() - 1, sample), HVC_SNAPSHOT_DAMAGED);
 }
 
+// A limit on file sizes simulates a disk that is full for one sample.
 TEST_F(Segment, EndsWithAWholeFrameAfterAFailedWrite) {
   recording_.Write(kName, 20);
   ASSERT_EQ(writer_.Open(recording_.folder(), kName), HVC_OK);

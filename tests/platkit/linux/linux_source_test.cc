@@ -225,7 +225,8 @@ TEST(LinuxSource, InstancesOfAnOldListAreStillFound) {
   }
 }
 
-// In a walk over many groups, values expire before it ends. It still finds groups where listings returned them.
+// In a walk over many groups, values expire before the walk ends. The source still finds each group in the folder in
+// which a listing found it.
 TEST(LinuxSource, AGroupThatWasListedIsNotSearchedForAgain) {
   SavedHost host("v2.host");
   Asker ask = host.ask();

@@ -16,7 +16,7 @@
 
 namespace platkit::snapshot {
 
-// Two texts that lead to the same hash after `hash`.
+// Two texts that give the same hash when they are appended to a text with the hash `hash`.
 inline std::pair<std::string, std::string> CollidingPair(uint32_t hash) {
   for (char a = 'a'; a <= 'z'; ++a) {
     for (char b = 'a'; b <= 'z'; ++b) {
@@ -32,7 +32,7 @@ inline std::pair<std::string, std::string> CollidingPair(uint32_t hash) {
   return {};
 }
 
-// At least `count` different keys with the same hash, of letters and digits after the prefix.
+// At least `count` different keys with the same hash: the prefix, followed by letters and digits.
 inline std::vector<std::string> CollidingKeys(const std::string &prefix, size_t count) {
   std::vector<std::string> keys = {prefix};
   while (keys.size() < count) {
@@ -47,8 +47,8 @@ inline std::vector<std::string> CollidingKeys(const std::string &prefix, size_t 
   return keys;
 }
 
-// Writes a snapshot with these keys and the header, as SnapshotWriter does without its limit of collisions. The keys
-// are in ascending order and come before the header.
+// Writes a snapshot with these keys and the header, as SnapshotWriter does, but without the limit on collisions.
+// REQUIRES: the keys are in ascending order and come before the header.
 inline void WriteWithoutLimit(const std::string &path, const std::vector<std::string> &keys) {
   cdb_make database;
   const auto add = [&](std::string_view key, std::string_view value) {

@@ -1,4 +1,4 @@
-// Reads of a truncated file continue; every other SIGBUS goes where it went before.
+// Reads of a truncated file continue; any other SIGBUS is handled as it was before the guard.
 #include "platkit/snapshot/mapping_guard.h"
 
 #include <gtest/gtest.h>

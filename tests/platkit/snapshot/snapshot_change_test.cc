@@ -74,7 +74,7 @@ class Cut : public testing::Test {
     return whole_.find(std::string_view(reinterpret_cast<const char *>(slot), sizeof slot), position);
   }
 
-  // Cuts the file between opening it and looking up `key`.
+  // Truncates the file after it is opened and before `key` is looked up.
   HVC_ReturnStatus FindAfterCut(std::string_view key, size_t size) {
     const std::string path = scratch_.Write("cut", whole_);
     SnapshotFile file;
@@ -171,7 +171,7 @@ class Change : public testing::Test {
     EXPECT_TRUE(status == HVC_OK || status == HVC_SNAPSHOT_DAMAGED || status == HVC_NOT_A_SNAPSHOT) << status;
     accessesOfOpening_ = trap.accesses();
     if (status == HVC_OK) {
-      // An empty table of a truncated file has the checksum of no table.
+      // A lookup in a table of no slots finds nothing. A truncated file can look as if it had such a table.
       ExpectPartOfSmallHost(ReadSmallHost(*source, {HVC_OK, HVC_NOT_FOUND, HVC_SNAPSHOT_DAMAGED}));
     }
     return trap.accesses();

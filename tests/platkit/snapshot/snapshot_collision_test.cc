@@ -47,7 +47,7 @@ TEST_F(Collisions, TheWriterRefusesMany) {
 // Fills the last slots of a table, so that the run continues at its start.
 TEST_F(Collisions, ARunThatContinuesAtTheStartOfTheTable) {
   for (const size_t count : {kMaxRun, kMaxRun + 1}) {
-    // A table of 2 * count slots.
+    // All keys are in one table, which gets 2 * count slots.
     std::vector<std::string> keys;
     for (uint32_t i = 0; keys.size() < count; ++i) {
       std::string key = "/" + std::to_string(i);

@@ -31,7 +31,7 @@ class Damage : public testing::Test {
     return status;
   }
 
-  // Reading the whole file terminates.
+  // Reads the whole file, to check that this terminates.
   void ReadThrough() {
     SnapshotFile file;
     ASSERT_EQ(file.Open(scratch_.Path("damaged").c_str()), HVC_OK);
@@ -43,7 +43,7 @@ class Damage : public testing::Test {
       static_cast<void>(cursor.Read(value));
   }
 
-  // Flips one bit of the byte, a different one for each position.
+  // The file with one bit of byte `i` flipped. Which bit depends on `i`.
   std::string Flipped(size_t i) const {
     std::string bytes = whole_;
     bytes[i] = static_cast<char>(static_cast<unsigned char>(bytes[i]) ^ 1u << i % 8);
@@ -89,7 +89,7 @@ TEST_F(Damage, EveryByteOfTheRecords) {
 
 TEST_F(Damage, EveryByteOfTheHashTables) {
   for (size_t i = EndOfRecords(); i < whole_.size(); ++i) {
-    // An overwritten empty slot is harmless.
+    // Overwriting an empty slot does no harm.
     const HVC_ReturnStatus status = Check(Flipped(i));
     ASSERT_TRUE(status == HVC_OK || status == HVC_SNAPSHOT_DAMAGED) << i;
   }

@@ -14,7 +14,7 @@ namespace {
 
 class Open : public testing::Test {
  protected:
-  // The source of the process is restored, so that tests do not affect each other.
+  // The status of opening a snapshot, which does not become the source of the process. Only success returns a source.
   HVC_ReturnStatus Status(const std::string &path) {
     std::unique_ptr<Source> source;
     const HVC_ReturnStatus status = OpenSnapshot(path.c_str(), source);

@@ -108,7 +108,7 @@ TEST(ReportRow, ASumMayLeaveOutWhatIsNotAvailable) {
   Row row = Sample(UINT64_MAX, UINT32_MAX);
   row.kb32 = -1;
   EXPECT_EQ(Total(columns, {row, row}), "0,0,0\n");
-  const Row narrow = Sample(UINT32_MAX, 1);  // all ones of a narrower figure are an amount
+  const Row narrow = Sample(UINT32_MAX, 1);  // in a narrower figure, all bits set is an amount
   EXPECT_EQ(Total(columns, {row, narrow}), "4294967295,1,0\n");
 }
 

@@ -57,7 +57,7 @@ TEST(Unit, AllOnesIsNotAvailable) {
   for (const ReportUnit unit : {ReportUnit::kMB, ReportUnit::kKB, ReportUnit::kPage, ReportUnit::kBytes}) {
     EXPECT_EQ(OptionalKBToUnit(UINT64_MAX, unit), UINT64_MAX);
   }
-  // One less than all ones is an amount, which wraps when it is rounded up.
+  // UINT64_MAX - 1 is an amount, which wraps when it is rounded up.
   EXPECT_EQ(OptionalKBToUnit(UINT64_MAX - 1, ReportUnit::kMB), 0u);
   EXPECT_EQ(OptionalKBToUnit(UINT64_MAX - 1, ReportUnit::kPage), 0u);
 }

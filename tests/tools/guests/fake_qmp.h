@@ -20,7 +20,7 @@ namespace testing_support {
 
 inline constexpr char kGreeting[] = R"({"QMP": {"version": {}, "capabilities": []}})";
 
-// Results of QEMU 7.2 by command; for qom-list by folder and for qom-get by property.
+// Results of QEMU 7.2: by command; those of qom-list by folder, and those of qom-get by property.
 inline std::map<std::string, std::string> QmpResults() {
   return {{"qmp_capabilities", "{}"},
           {"query-name", R"({"name": "web"})"},
@@ -52,7 +52,7 @@ class FakeQmp {
     started_.wait();
   }
 
-  // Answers with these results, except an error for commands without one.
+  // Answers a command with its result, or with an error if it has none.
   FakeQmp(const std::string &path, std::map<std::string, std::string> results)
       : FakeQmp(path, std::string(kGreeting) + "\n", [results = std::move(results)](const std::string &line) {
           const auto found = results.find(KeyOf(line));

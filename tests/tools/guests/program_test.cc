@@ -68,7 +68,7 @@ TEST_F(Program, PrintsATable) {
   EXPECT_NE(outcome.output.find("\ntest    -  8388608"), std::string::npos) << outcome;
 }
 
-// A terminal may obey control characters, C1 ones included, and reorder text after some others.
+// A terminal may obey control characters, including C1, and some other characters reorder text.
 TEST_F(Program, EscapesNamesInJson) {
   auto results = QmpResults();
   results["query-name"] = R"({"name": "\u001b[2J\u009b2J\u202ex"})";

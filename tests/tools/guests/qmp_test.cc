@@ -38,7 +38,7 @@ class Qmp : public testing::Test {
  protected:
   std::string Path(const std::string &name = "qmp") const { return scratch_.Path(name); }
 
-  // The sample of one guest with some other results.
+  // The sample of one guest, with `others` in place of some of its usual results.
   Sample Ask(const Results &others) {
     Results results = QmpResults();
     for (const auto &[key, result] : others)
@@ -158,7 +158,7 @@ TEST_F(Qmp, EventsBetweenTheAnswers) {
   EXPECT_EQ(sample.guests[0].name, "a");
 }
 
-// A guest chooses its statistics, and a QEMU that was taken over chooses every answer.
+// A guest can report any statistics, and a compromised QEMU can give any answer.
 TEST_F(Qmp, HostileAnswers) {
   const std::string deep = std::string(20000, '[') + std::string(20000, ']');
   for (const auto &[key, result] : QmpResults()) {
@@ -216,7 +216,7 @@ TEST_F(Qmp, ASilentServer) {
   EXPECT_LT(steady_clock::now() - start, 2 * kShort + milliseconds(1500));
 }
 
-// Sends a byte now and then.
+// The server sends a byte now and then.
 TEST_F(Qmp, ASlowServer) {
   std::atomic<bool> isEnding = false;
   const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -237,7 +237,7 @@ TEST_F(Qmp, ASlowServer) {
   EXPECT_EQ(sample.failures, std::vector<std::string>{Path() + ": no answer"});
 }
 
-// One that does not answer costs only its own figures.
+// A guest that does not answer costs only its own figures.
 TEST_F(Qmp, AnotherGuestAnswers) {
   const FakeQmp silent(Path("silent"), "", [](const std::string &) { return ""; });
   const FakeQmp server(Path("web"), QmpResults());
@@ -257,7 +257,7 @@ TEST_F(Qmp, SocketsOfLibvirtAreNotAsked) {
   const Sample sample = TakeSample({.qmp = {Path("link")}}, kLong);
   EXPECT_TRUE(sample.isEmpty);
   EXPECT_EQ(sample.failures,
-            std::vector<std::string>{Path("link") + ": this socket belongs to libvirt, which is asked instead"});
+            std::vector<std::string>{Path("link") + ": this socket belongs to libvirt and is not used"});
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
-// Preloaded into kestrel, makes it read a root folder, for which it has no option. The folder is the argument of -c or,
-// without -c, the environment variable ROOT_FOLDER; the latter can be written to. Sleeps return at once.
+// Preloaded into kestrel, this library makes it read a root folder, for which kestrel has no option. The folder is the
+// argument of -c or, without -c, the environment variable ROOT_FOLDER. Only a folder from the variable can be written
+// to. sleep() returns at once.
 #include <dlfcn.h>
 
 #include <cstdlib>
@@ -19,7 +20,7 @@ extern "C" HVC_ReturnStatus NODAL_UseCache(const char *path, uint32_t) {
   return Next<decltype(NODAL_UseCache)>("NODAL_UseCache")(path, NODAL_CACHE_ROOT_FOLDER);
 }
 
-// The first call of kestrel.
+// kestrel's first call of the library.
 extern "C" HVC_ReturnStatus NODAL_CheckSig(char *kernelBuild, uint32_t size, const char **ownBuild) {
   if (const char *root = std::getenv("ROOT_FOLDER"); root != nullptr) {
     const HVC_ReturnStatus status =

@@ -93,7 +93,9 @@ top::TopOptions TopOptionsOf(const TopTexts &texts, const SourceOptions &source)
 Run DeclareTop(OptionSet &options, const SourceOptions &source) {
   const auto texts = std::make_shared<TopTexts>();
   options.Add("--screen NAME", texts->screen, "Start with groups, machines, host, nodes or heaps").ShowDefault();
-  options.Add("--columns NAMES", texts->columns, "Show these columns of the reports, with colons between their names")
+  options
+      .Add("--columns NAMES", texts->columns,
+           "Show only these columns after the names of the rows; separate them with colons")
       .NotEmpty();
   options.Add("--sort COLUMN", texts->sort, "Sort by this column; NAME/s is the change of a counter per second")
       .NotEmpty();
@@ -109,7 +111,9 @@ Run DeclareTop(OptionSet &options, const SourceOptions &source) {
   options.Add("--every SECONDS", texts->every, "The time between two samples").ShowDefault();
   options.AddFlag("--batch", texts->isBatch, "Print the table instead of showing it on the terminal");
   options.Add("-n,--count N", texts->count, "End after this number of samples (default with --batch: 1)");
-  options.SetFooter("Press ? for the keys. Nothing is saved: w prints the command of a view.");
+  options.SetFooter(
+      "Press ? for the keys. Settings are not saved. w prints, at the end, the command that shows the same view "
+      "again.");
   return [texts, &source] {
     top::Show(TopOptionsOf(*texts, source));
     return kSuccess;

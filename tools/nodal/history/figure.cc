@@ -23,7 +23,7 @@ const Field *FieldNamed(const RecordLayout &layout, std::string_view name) {
   return found == layout.fields.end() ? nullptr : &*found;
 }
 
-// Whether a path of the pattern can have this form.
+// Whether a path that matches the pattern can have this form.
 bool CanHaveForm(std::string_view pattern, std::string_view form) {
   const std::vector<std::string_view> parts = SplitPath(pattern), formParts = SplitPath(form);
   return std::ranges::equal(parts, formParts, [](std::string_view part, std::string_view formPart) {
@@ -37,7 +37,7 @@ std::optional<uint64_t> FigureField::Read(std::span<const std::byte> record) con
   uint64_t number = 0;
   std::memcpy(&number, record.data() + offset, field->size);
   const uint64_t allOnes = UINT64_MAX >> (64 - 8 * field->size);
-  // In a field of one or two bytes, all ones are a number.
+  // In a field of one or two bytes, all bits set is an ordinary number.
   if (number == allOnes && field->size >= sizeof(uint32_t)) return std::nullopt;
   if (field->type == FieldType::kI32) return static_cast<uint64_t>(static_cast<int32_t>(number));
   return number;

@@ -44,7 +44,7 @@ class FigurePattern {
 
   bool Matches(std::string_view path) const { return MatchesPattern(path_, path); }
 
-  // The part of the paths that all matching paths begin with.
+  // The text that all matching paths begin with.
   std::string_view prefix() const { return std::string_view(path_).substr(0, path_.find('*')); }
 
   const std::string &field() const { return field_; }
@@ -56,7 +56,7 @@ class FigurePattern {
   std::string field_;
 };
 
-// The entries that the figures of any of these patterns are in.
+// Selects the entries that contain figures of any of these patterns.
 class FigureFilter : public platkit::history::KeyFilter {
  public:
   // The patterns must live as long as the filter.

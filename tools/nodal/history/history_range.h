@@ -31,7 +31,7 @@ class HistoryRange {
                                      const platkit::history::HostHeader &host)>;
 
   // Calls the visitor for each sample, in the order of time. With a filter, the samples have only some entries, and are
-  // read much faster. Tells on standard error how many samples were damaged. Throws a Failure.
+  // read much faster. Prints to standard error how many samples were damaged. Throws a Failure.
   void Visit(const platkit::history::KeyFilter *filter, const Visitor &visitor);
 
  private:

@@ -14,7 +14,7 @@ constexpr std::string_view kPciRegister = "pciConfigReg";
 
 NODAL_Param IntParam(int64_t value) { return {.kind = ParamKind::kInt, .length = 0, .integer = value}; }
 
-// The order of keys that go on after these parts. A slash follows each part.
+// Whether keys that continue after part `a` come before those that continue after part `b`. A slash follows each part.
 bool ComesBefore(std::string_view a, std::string_view b) {
   const size_t common = std::min(a.size(), b.size());
   const int order = a.substr(0, common).compare(b.substr(0, common));
@@ -27,7 +27,7 @@ void Append(std::string_view text, std::vector<std::byte> &to) {
   to.insert(to.end(), bytes.begin(), bytes.end());
 }
 
-// As SnapshotWriter::AddIntegers and AddTexts.
+// Encodes a list as SnapshotWriter::AddIntegers and AddTexts do.
 void EncodeList(bool hasIntegers, std::span<const NODAL_Param> entries, std::vector<std::byte> &payload) {
   payload.clear();
   for (const NODAL_Param &entry : entries) {
@@ -144,7 +144,7 @@ void HostSampler::VisitInstance(const Branch &branch, std::string_view text, con
   const size_t length = path_.size();
   path_ += text;
   arguments_.push_back(instance);
-  // The texts of the parameters are those of the arguments, which may move when one is added.
+  // The parameters refer to the texts of the arguments, which may move when an argument is added.
   params_ = ParamsOf(arguments_);
   Visit(branch);
   arguments_.pop_back();

@@ -18,7 +18,7 @@
 namespace nodal {
 
 // Walks the tree in the order of the keys, so that a sample need not be sorted. After the first samples, it allocates
-// little: its own memory stays in use.
+// little, because it keeps its memory.
 //
 // Unlike a capture, it does not search for instances that vanished while it read: a source that reads each file once a
 // sample lists only what it has read.
@@ -37,7 +37,7 @@ class HostSampler {
   size_t groups() const { return groups_.size(); }
 
  private:
-  // A part of the paths, and what is below it. Parts that are instances have the name of their kind.
+  // A part of the paths, and the parts below it. A part that is an instance has the name of its kind.
   struct Branch {
     std::string_view part;
     bool isInstance = false;
@@ -86,7 +86,7 @@ class HostSampler {
   std::vector<PathTemplate> forms_ = AllPathTemplates();  // own the texts of the branches
   Branch root_;
 
-  // Of the sample that is being taken.
+  // State for the sample that is being taken.
   platkit::history::Sample *sample_ = nullptr;
   ReadableLists tree_;
   std::optional<Instances> instances_;  // of all kinds but groups and clients

@@ -45,7 +45,7 @@ class HttpServer {
   // The address and the port, such as 127.0.0.1:9100. A port of 0 was replaced by a free one.
   const std::string &address() const { return address_; }
 
-  // What to poll for. The array is valid until the next call of Serve.
+  // The descriptors and events to poll for. The array is valid until the next call of Serve.
   std::vector<pollfd> &Polled();
 
   // Handles what has been polled, at this time of a monotonic clock in nanoseconds.

@@ -12,10 +12,11 @@ namespace nodal {
 
 bool IsFolder(const std::string &path);
 
-// Whether the path can only be that of a moment: no file has it, and DIR is a folder.
+// Whether the path can only mean a moment: no file has this path, and DIR is a folder.
 bool IsMoment(const std::string &path);
 
-// The path with a time that does not move with the history's end. Other paths are unchanged. Throws a Failure.
+// Returns the path with a fixed time, which does not move with the end of the history. Other paths are unchanged.
+// Throws a Failure.
 std::string WithFixedTime(const std::string &path);
 
 // Explains why a moment cannot be read.

@@ -1,5 +1,4 @@
-// Collects the samples of many times, and writes them as OpenMetrics text, in which the samples of a metric follow each
-// other.
+// Collects samples of many times, and writes them as OpenMetrics text, which has all samples of a metric together.
 #ifndef NODAL_HISTORY_OPENMETRICS_SPOOL_H
 #define NODAL_HISTORY_OPENMETRICS_SPOOL_H
 

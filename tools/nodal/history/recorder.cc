@@ -65,7 +65,7 @@ void Recorder::Run() {
   End();
 }
 
-// Samples that are overdue, because one took longer than the interval, are left out.
+// The time of the next sample. Overdue samples are skipped, as when one took longer than the interval.
 int64_t Recorder::NextDue(int64_t due) {
   const int64_t late = std::max<int64_t>(pace_.Now().monotonic - due, 0);
   return due + (late / options_.interval + 1) * options_.interval;
@@ -88,7 +88,7 @@ void Recorder::TakeSample() {
 HVC_ReturnStatus Recorder::Write(const SampleInfo &info) {
   const Name name = Name::At(info.time.wall);
   if (const HVC_ReturnStatus status = OpenSegment(name); status != HVC_OK) return status;
-  // Room for this frame.
+  // Makes room for this frame.
   if (!retention_->Apply(info.time, name, writer_.segmentBytes() + largestFrame_)) {
     RemoveOpenSegment(name);
     if (const HVC_ReturnStatus status = OpenSegment(name); status != HVC_OK) return status;
@@ -114,13 +114,13 @@ HVC_ReturnStatus Recorder::OpenSegment(const Name &name) {
   return status;
 }
 
-// The segment of this hour alone exceeds the limit, so that the recording begins again.
+// The segment of this hour alone exceeds the limit, so its recording starts over.
 void Recorder::RemoveOpenSegment(const Name &name) {
   writer_.Close();
   unlinkat(folder_.fd(), name.text().c_str(), 0);
 }
 
-// Tells a problem once, and its end.
+// Reports a problem once, and its end.
 void Recorder::Report(const Name &name, HVC_ReturnStatus status) {
   const std::string file = options_.folder + "/" + name.text();
   if (status != HVC_OK) {

@@ -50,7 +50,7 @@ class Recorder {
   Recorder(const RecorderOptions &options, Sampled &sampled, Pace &pace);
 
   // Records until the number of samples is reached or the recorder is asked to end. A sample that cannot be written, as
-  // on a full disk, is lost; a message tells the first one and the end of the problem.
+  // on a full disk, is lost; messages report the first such sample and the end of the problem.
   void Run();
 
   // The last sample that was written, and its time; no entries before the first one.
@@ -90,7 +90,7 @@ class Recorder {
   HVC_ReturnStatus status_ = HVC_OK;
   uint64_t lost_ = 0;     // samples since the last one that was written
   uint64_t taken_ = 0;    // all samples
-  uint64_t samples_ = 0;  // that were written
+  uint64_t samples_ = 0;  // samples that were written
   uint64_t bytes_ = 0;
   uint64_t largestFrame_ = 0;
 };

@@ -1,4 +1,4 @@
-// One recorder per history.
+// Ensures that only one recorder writes to a history.
 #ifndef NODAL_HISTORY_RECORDER_LOCK_H
 #define NODAL_HISTORY_RECORDER_LOCK_H
 
@@ -8,7 +8,7 @@
 
 namespace nodal {
 
-// Locks a history until the object is destroyed, or its process ends. The file of the lock has the PID of its holder.
+// Locks a history until the object is destroyed, or its process ends. The lock file contains the PID of the holder.
 class RecorderLock {
  public:
   static constexpr char kFile[] = "recorder.lock";

@@ -21,8 +21,8 @@ constexpr int64_t kHour = kSecondsInHour * kNanosInSecond;
 // Others may add files to the folder, so it is listed again.
 constexpr int64_t kListInterval = 60 * kNanosInSecond;
 
-// The end of the newest segment whose name can be believed. Segments after a gap of a week may have been written while
-// the clock was wrong, unless they are of a day or more.
+// The end of the newest segment whose name can be believed. Segments after a gap of more than a week may have been
+// written while the clock was wrong, unless they cover a day or more.
 std::optional<int64_t> EndOfNewest(std::span<const platkit::history::SegmentName> names) {
   constexpr int64_t kHoursInDay = 24, kHoursInWeek = 7 * kHoursInDay;
   while (!names.empty()) {
@@ -94,8 +94,8 @@ Retention::Segments::iterator Retention::Remove(Segments::iterator segment) {
   return segments_.erase(segment);
 }
 
-// How long ago the last sample of the segment was taken. Segments of the future, which a wrong clock made, are as old
-// as they are ahead of a clock that is settled.
+// How long ago the last sample of the segment was taken. A wrong clock can have made segments of the future. If the
+// clock is settled, the age of such a segment is its distance in the future.
 int64_t Retention::SecondsOld(const Name &name) const {
   const int64_t age = wall_ / kNanosInSecond - (name.hour() + 1) * kSecondsInHour;
   return clock_->isSettled() ? std::max(age, name.hour() * kSecondsInHour - latest_ / kNanosInSecond) : age;
@@ -128,7 +128,7 @@ void Retention::StopThinning() {
   thinned_.reset();
 }
 
-// Opens the oldest segment that may need it, and starts if it does. False if there is none.
+// Opens the oldest segment that may need thinning, and starts to thin it if it does. False if there is no such segment.
 bool Retention::StartThinning() {
   const auto isCandidate = [this](const auto &segment) {
     return SecondsOld(segment.first) > limits_.unthinned / kNanosInSecond && !done_.contains(segment.first) &&

@@ -21,7 +21,7 @@ struct RetentionLimits {
   uint64_t bytes = uint64_t{1} << 30;
 };
 
-// Removing needs no space on the disk, so the limits hold on a full one as well.
+// Removing a segment needs no disk space, so the limits also hold on a full disk.
 class Retention {
  public:
   using Name = platkit::history::SegmentName;
@@ -39,7 +39,7 @@ class Retention {
   // failed: the segment stays as it is until the next hour.
   HVC_ReturnStatus Thin(const std::function<bool()> &hasTime);
 
-  // All segments but the open one, as of the last call of Apply.
+  // The size of all segments except the open one, as of the last call of Apply.
   uint64_t closedBytes() const { return closedBytes_; }
 
  private:
@@ -56,10 +56,10 @@ class Retention {
   RetentionLimits limits_;
   std::optional<BelievedClock> clock_;
   int64_t wall_ = 0;                // believed
-  int64_t latest_ = 0;              // the later one of the believed and the set wall clock
+  int64_t latest_ = 0;              // the later of the believed time and the time of the wall clock
   int64_t listedAt_ = INT64_MIN;    // on the monotonic clock
   std::optional<Name> listedOpen_;  // the open segment at that time
-  Segments segments_;               // but the open one
+  Segments segments_;               // all but the open one
   uint64_t closedBytes_ = 0;
   std::set<Name> done_;    // segments that need no thinning
   std::set<Name> failed_;  // segments whose thinning failed this hour

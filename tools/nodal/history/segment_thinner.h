@@ -21,7 +21,7 @@ struct MinuteOfSamples {
   bool isEnd = false;          // no samples: the recorder ended
 };
 
-// Samples before and after a restart of the recorder or of the host are not of the same minute.
+// Divides samples into minutes. A restart of the recorder or of the host begins a new minute.
 std::vector<MinuteOfSamples> MinutesOf(const std::vector<platkit::history::SegmentReader::Frame> &frames);
 
 // Writes the samples to keep to a temporary file, one at each step, and then renames it over the segment.
@@ -39,7 +39,7 @@ class SegmentThinner {
 
   bool isBusy() const { return work_ != nullptr; }
 
-  // Gives the work up. The segment stays as it is.
+  // Abandons the work. The segment stays as it is.
   void Stop();
 
   // The size of the temporary file.

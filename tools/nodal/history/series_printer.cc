@@ -41,7 +41,7 @@ class CsvPrinter : public SeriesPrinter {
   const bool hasSteps_;
 };
 
-// One object a line.
+// Prints one JSON object per line.
 class JsonPrinter : public SeriesPrinter {
  public:
   void Begin() override { Print("["); }

@@ -14,7 +14,7 @@ class SeriesPrinter {
  public:
   // The figures of a step. The values are empty if none was available.
   struct Step {
-    size_t samples;  // in which the figure was available
+    size_t samples;  // the number of samples in which the figure was available
     std::string least;
     std::string largest;
     std::string last;

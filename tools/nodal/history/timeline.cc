@@ -32,7 +32,7 @@ struct Point {
 
 double Seconds(int64_t nanos) { return static_cast<double>(nanos) / 1e9; }
 
-// Such as 3 h 12 min.
+// A duration as text, such as 3 h 12 min.
 std::string DurationText(double seconds) {
   char text[48];
   const auto whole = static_cast<int64_t>(std::llround(seconds));
@@ -161,7 +161,7 @@ class TimelineReader {
     return reasons;
   }
 
-  // Two samples that are further apart lack one between them.
+  // If two samples are further apart than this, a sample between them is missing.
   double LongestInterval(const Point &point) const {
     const bool isThinned = (point.info.marks & platkit::history::kThinned) != 0;
     const double interval = hosts_[point.host].intervalMillis / 1000.0;

@@ -11,11 +11,11 @@
 
 namespace nodal {
 
-// Something between two samples that follow each other.
+// What happened between two consecutive samples.
 struct TimelineEvent {
   int64_t from;  // seconds of the two samples
   int64_t to;
-  double seconds;  // that passed
+  double seconds;  // that passed between them
   std::string reasons;
 };
 

@@ -73,7 +73,7 @@ class HistoryCheck {
     lastLost_ = second;
   }
 
-  // Reports samples that follow each other together.
+  // Reports consecutive lost samples as one problem.
   void ReportLost(const std::string &name) {
     if (lostHere_ == 0) return;
     problems_.Report(

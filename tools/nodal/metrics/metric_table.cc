@@ -41,7 +41,9 @@ constexpr FamilyDescription kFamilies[] = {
      "monitors."},
     {kVm, "vm", "group, vm", true, "Each virtual machine, by its group and its name."},
     {kWorld, "world", "group, name", false,
-     "Each user world that is not a virtual machine. A host may have many, and each new one adds a time series."},
+     "Each user world that is not a virtual machine. A host may have many, and each new one adds a time series to each "
+     "of "
+     "these metrics."},
     {kPool, "pool", "numa_node, pool", true,
      "Each pool of large pages of each NUMA node; pshare is the pool of page sharing."},
     {kBuddy, "buddy", "buddy, numa_node, buffer_bytes", true,
@@ -49,7 +51,7 @@ constexpr FamilyDescription kFamilies[] = {
     {kHeap, "heap", "heap", false, "Each kernel heap. A host may have hundreds."},
     {kVolume, "volume", "volume", true, "Each volume of persistent memory."},
     {kRegion, "region", "volume, region", true, "Each region of persistent memory."},
-    {kReading, "reading", "", true, "The result of this sample."},
+    {kReading, "reading", "", true, "How the reading of the host went, and the version of this program."},
 };
 
 constexpr Metric kMetrics[] = {

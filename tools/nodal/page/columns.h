@@ -15,7 +15,7 @@ namespace nodal {
 struct Column {
   const platkit::Field *field;
   std::string name;   // such as consumed or sizes[3].free
-  uint32_t base = 0;  // where the entry of an array starts that has the field; otherwise 0
+  uint32_t base = 0;  // the offset of the array entry that has the field; 0 for a field outside of arrays
 
   std::span<const std::byte> BytesIn(std::span<const std::byte> record) const;
 };

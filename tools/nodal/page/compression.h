@@ -11,7 +11,7 @@ namespace nodal {
 // if memory runs out.
 std::string CompressedBase64(std::string_view text);
 
-// In base64. Throws std::bad_alloc.
+// The bytes in base64. Throws std::bad_alloc.
 std::string Base64(std::string_view bytes);
 
 }  // namespace nodal

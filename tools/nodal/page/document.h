@@ -13,7 +13,7 @@ namespace nodal {
 // and this script by their hashes, and nothing else.
 std::string Document(const PageData &data);
 
-// The same over a span. `last` has the figures of its last instant.
+// The document of a span. `last` has the figures of the span's last instant.
 std::string SpanDocument(const PageSpan &span, const PageData &last);
 
 }  // namespace nodal

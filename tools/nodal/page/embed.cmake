@@ -1,6 +1,6 @@
 # Writes a C++ file with the contents of files as texts:
 #   cmake -D ESBUILD=PROGRAM -D OUTPUT=FILE -D STYLE=FILE -D TEMPLATE=FILE -D "SCRIPTS=FILE;..." -P embed.cmake
-# The scripts are joined in this order. esbuild makes them and the style small.
+# The scripts are joined in this order. esbuild minifies them and the style.
 function(append_text name text)
   string(HEX "${text}" bytes)
   string(REGEX REPLACE "(..)" "0x\\1," bytes "${bytes}")

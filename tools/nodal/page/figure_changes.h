@@ -27,7 +27,7 @@ struct FigureChange {
   bool operator==(const FigureChange &) const = default;
 };
 
-// In the order of instants. Before the first change, there is no record.
+// The changes of a figure, in the order of instants. Before the first change, there is no record.
 using FigureChanges = std::vector<FigureChange>;
 
 // Adds a value unless it is the last one. Returns whether it added it. REQUIRES: no later instant was added.
@@ -44,7 +44,7 @@ FigureChanges WithoutSmallChanges(const FigureChanges &changes, double part);
 //   the greatest common divisor of the numbers
 //   for each row, the number of its changes
 //   for each change, the instants since the change before in the row; for the first change, the instant
-//   for each change, a token: 0 no record, 1 unreadable, 2 all ones, 3 a large number, whose 8 bytes follow, or
+//   for each change, a token: 0 no record, 1 unreadable, 2 all bits set, 3 a large number, whose 8 bytes follow, or
 //     4 plus the difference from the number before in the row, divided by the divisor, mapped to an unsigned integer:
 //     0, -1, 1, -2, 2 become 0, 1, 2, 3, 4
 //

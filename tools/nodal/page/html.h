@@ -17,7 +17,7 @@ std::string HtmlText(std::string_view text);
 // An amount for people: "3.02 GB"; "n/a" without a value.
 std::string AmountText(std::optional<uint64_t> kb);
 
-// The amount of a field in KB. All ones are not available.
+// The amount of a field in KB; no value if all bits are set, which means not available.
 inline std::optional<uint64_t> Available(uint64_t kb) {
   return kb == UINT64_MAX ? std::nullopt : std::optional<uint64_t>(kb);
 }

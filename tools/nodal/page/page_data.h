@@ -20,14 +20,15 @@ struct PageRow {
   std::string tag = {};  // of a group
   int64_t id = 0;        // of a group; the NUMA node of a pool
   int parent = -1;       // of a group: the row of the group above it, which comes before it; -1: the top
-  // By their kind in the paths of nodes. A virtual machine has a "client" and the client of its "monitor".
+  // The instances of the row, by their kind in the paths of nodes. A virtual machine has a "client" and the client of
+  // its "monitor".
   std::map<std::string_view, Argument> instances = {};
 };
 
 // The records of one node at one instant.
 struct PageRecords {
   const Node *node;
-  std::map<size_t, std::string> bytes = {};            // of the records, by row
+  std::map<size_t, std::string> bytes = {};            // the bytes of the records, by row
   std::map<size_t, HVC_ReturnStatus> unreadable = {};  // rows whose record could not be read
 };
 
@@ -64,7 +65,7 @@ struct UnreadableList {
 
 struct PageData {
   std::string host = {};
-  std::string time = {};        // in UTC, as 2026-03-14T09:26:53Z; empty if unknown
+  std::string time = {};        // in UTC, such as 2026-03-14T09:26:53Z; empty if unknown
   std::string source = {};      // what was read, in words
   PageFamily hostFigures = {};  // a single row
   PageFamily states = {};       // memory states, from most to least free memory

@@ -11,7 +11,7 @@ namespace {
 
 using platkit::Field;
 
-// A column of one value takes the place of equal values.
+// If all values are equal, a single value replaces them.
 OrderedJson Packed(OrderedJson values) {
   const bool allEqual = std::ranges::all_of(values, [&](const OrderedJson &value) { return value == values[0]; });
   return allEqual && !values.empty() ? OrderedJson(values[0]) : values;

@@ -52,7 +52,8 @@ class PageReader {
     AddRecords(data_.groups, nodes::sched_memClients_kestrel_uw);
   }
 
-  // From the top down, each group directly before its members. A group that occurs again, as in a cycle, is added once.
+  // Adds the groups from the top down, each directly before its members. A group that occurs again, as in a cycle, is
+  // added once.
   void AddGroupRows() {
     std::vector<std::pair<Argument, int>> ahead = {{IntArgument(0), -1}};
     std::set<Argument> seen;

@@ -13,7 +13,7 @@ namespace nodal {
 // Failure if two names would have the same pseudonym. Leaves host, time and source empty.
 PageData ReadPageData(CachingTree &tree, Pseudonyms *pseudonyms);
 
-// The same without the bytes of the records. Afterwards, `tree` has the answers on which the rows depend.
+// As ReadPageData, but without the bytes of the records. Afterwards, `tree` has the answers on which the rows depend.
 PageData ReadPageRows(CachingTree &tree, Pseudonyms *pseudonyms);
 
 // The record of a row in a node, if the row has the instances for it.

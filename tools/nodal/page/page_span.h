@@ -28,12 +28,12 @@ struct SpanColumn {
 struct SpanRecords {
   const Node *node;
   std::vector<SpanColumn> columns = {};
-  std::map<size_t, HVC_ReturnStatus> unreadable = {};  // by row: why the record could not be read last
+  std::map<size_t, HVC_ReturnStatus> unreadable = {};  // by row: why the last read of the record failed
 };
 
 struct SpanFamily {
-  std::vector<PageRow> rows = {};         // all that were there at some time; a group comes after the group above it
-  std::vector<FigureChanges> lives = {};  // by row: 1 while it is there, 0 while it is not
+  std::vector<PageRow> rows = {};         // all that existed at some time; a group comes after the group above it
+  std::vector<FigureChanges> lives = {};  // by row: 1 while it exists, 0 while it does not
   std::vector<SpanRecords> records = {};
 };
 
@@ -54,8 +54,8 @@ struct SpanUnreadableList {
 // The instants are the first samples of the steps that have one.
 struct PageSpan {
   int64_t step = 0;                   // in seconds
-  size_t samples = 0;                 // in the span
-  std::vector<int64_t> seconds = {};  // of the instants
+  size_t samples = 0;                 // the number of samples in the span
+  std::vector<int64_t> seconds = {};  // the times of the instants
   std::vector<SpanEvent> events = {};
   size_t omittedEvents = 0;
   SpanFamily hostFigures = {};

@@ -58,7 +58,7 @@ class SpanBands {
   FigureBudget &budget_;
   size_t samples_ = 0;
   std::unordered_map<std::string, Series, HashText, std::equal_to<>> series_;
-  std::vector<PathSeries *> inOrder_;  // of the entries of the last sample
+  std::vector<PathSeries *> inOrder_;  // the series of the entries of the last sample
 };
 
 }  // namespace nodal

@@ -15,7 +15,7 @@ using platkit::FieldUnit;
 
 constexpr double kTolerances[] = {0, 0.001, 0.002, 0.005, 0.01, 0.02, 0.03};
 
-// Whether small changes of a figure can be left out: of amounts, and of counts of free blocks.
+// Whether small changes of a figure may be omitted, as for amounts and counts of free blocks.
 bool IsTolerant(const Column &column) {
   switch (column.field->unit) {
     case FieldUnit::KB:
@@ -26,7 +26,7 @@ bool IsTolerant(const Column &column) {
   }
 }
 
-// Parts of a band that are a small part of the value become 0.
+// The distance of the band from the kept values. A distance that is a small part of the value becomes 0.
 FigureChanges BandAround(const FigureChanges &values, const FigureChanges &kept, const FigureChanges &band, int sign,
                          double tolerance) {
   FigureChanges around;
@@ -46,7 +46,7 @@ FigureChanges BandAround(const FigureChanges &values, const FigureChanges &kept,
   return WithoutSmallChanges(around, tolerance);
 }
 
-// The first rows are exact.
+// The first `exactRows` rows keep small changes.
 std::string EncodedColumns(const SpanColumn &column, double tolerance, size_t exactRows) {
   if (tolerance == 0 || !IsTolerant(column.column)) {
     std::string bytes = EncodedColumn(column.values);
@@ -76,8 +76,8 @@ std::string Encoded(const SpanFamily &family, double tolerance, size_t exactRows
   return bytes;
 }
 
-// In the order of the JSON. The figures of the host are exact, and so are those of the first group, which is the
-// host's.
+// Encodes the figures in the order of the JSON. The figures of the host are exact, and so are those of the first group,
+// which is the host's.
 std::string Encoded(const PageSpan &span, double tolerance) {
   return Encoded(span.hostFigures, 0) + Encoded(span.states, 0) + Encoded(span.groups, tolerance, 1) +
          Encoded(span.buddies, tolerance) + Encoded(span.pools, tolerance) + Encoded(span.heaps, tolerance);

@@ -8,8 +8,8 @@
 //   fields           have no values; band: true if the column has a band
 //   unreadableLists  [path, reason, [from, to, from, to...]]: from these instants to before the others
 //
-// The bytes are an EncodedColumn for each column, in the order of the JSON. A family begins with a column that is 1
-// where a row is there. The columns of a band, below and above the value, follow the column.
+// The bytes are an EncodedColumn for each column, in the order of the JSON. The first column of a family is 1 while a
+// row exists. The columns of a band, below and above the value, follow the column.
 #ifndef NODAL_PAGE_SPAN_JSON_H
 #define NODAL_PAGE_SPAN_JSON_H
 
@@ -29,7 +29,7 @@ struct PackedSpan {
 // Uses the smallest tolerance with which the values have at most `mostBytes`, or the largest one.
 PackedSpan Packed(const PageSpan &span, size_t mostBytes);
 
-// `last` has the host and the source.
+// Takes only the host's name and the source from `last`.
 std::string SpanJson(const PageSpan &span, const PageData &last, double tolerance);
 
 }  // namespace nodal

@@ -62,7 +62,7 @@ void ForEachDifference(const Sample &before, const Sample &after, Visit visit) {
   }
 }
 
-// The path that an entry is about, which it has or which could not be read.
+// The path of the node that an entry is about, whether the node has a value or could not be read.
 std::string_view PathOfKey(std::string_view key) {
   return key.starts_with(kFailurePrefix) ? key.substr(kFailurePrefix.size()) : key;
 }
@@ -71,7 +71,7 @@ FigureValue ValueOf(const Column &column, std::span<const std::byte> record) {
   const std::span<const std::byte> bytes = column.BytesIn(record);
   if (!IsSigned(column.field->type) && IsNone(*column.field, bytes)) return {.kind = FigureValue::kAllOnes};
   const uint64_t number = IntegerOf(*column.field, bytes);
-  // No host has as much; only a forged history does.
+  // No host has such large figures; only a forged history does.
   const bool isTooLarge = !IsSigned(column.field->type) && number > INT64_MAX;
   return isTooLarge ? NumberValue(INT64_MAX) : NumberValue(static_cast<int64_t>(number));
 }
@@ -129,7 +129,7 @@ class SpanReader {
 
   Failure NoSample() const { return {options_.folder, "no sample from " + options_.from + " to " + options_.to}; }
 
-  // Reasons can contain the release of the kernel.
+  // Reasons can contain the release of the kernel, so an anonymized page has a fixed text instead.
   void AddEvent(SpanEvent event) {
     if (span_.events.size() == kMaxEvents) {
       ++span_.omittedEvents;
@@ -164,7 +164,7 @@ class SpanReader {
       for (auto place = first; place != end; ++place)
         AddRecord(instant, path, place->second);
     }
-    // A band can change where its figure does not.
+    // A band can change although its figure does not.
     for (const auto &[path, place] : placesWithBands_)
       AddRecord(instant, path, place);
   }
@@ -299,7 +299,7 @@ class SpanReader {
   FigureBudget budget_;
   const SpanBands *bands_ = nullptr;
   Progress progress_;
-  size_t samples_ = 0;  // about as many are in the range
+  size_t samples_ = 0;  // about the number of samples in the range
   size_t steps_ = 0;
   PageSpan span_;
   bool isAfterOthers_ = false;

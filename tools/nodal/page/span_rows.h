@@ -19,11 +19,11 @@ class SpanRows {
  public:
   SpanRows(SpanFamily &family, FigureBudget &budget) : family_(family), budget_(budget) {}
 
-  // Updates which rows are there. Returns the row of the span for each row of the instant. The span gets the columns of
-  // the nodes of `now` that its views show.
+  // Updates which rows exist. Returns the row of the span for each row of the instant. The span gets the columns of the
+  // nodes of `now` that its views show.
   const std::vector<size_t> &Update(uint32_t instant, const PageFamily &now);
 
-  // As returned last.
+  // The last result of Update.
   const std::vector<size_t> &rows() const { return rows_; }
 
  private:

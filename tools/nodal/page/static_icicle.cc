@@ -16,11 +16,11 @@ constexpr double kCharacterWidth = 8;
 constexpr int kMaxLevels = 8;
 
 struct Box {
-  double extent = 0;  // what the group consumes; of its members, if that is not available
+  double extent = 0;  // what the group consumes or, if that is not available, what its members consume
   double ofMembers = 0;
   double left = 0;
   double width = 0;
-  double used = 0;  // by members that are placed
+  double used = 0;  // the width that placed members take
   int level = 0;
   bool hasAmount = false;
 };

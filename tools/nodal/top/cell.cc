@@ -52,7 +52,7 @@ std::string CountText(double count, Unit unit, bool isRate) {
 constexpr std::string_view kFlagNames[] = {"pre", "lf", "vm", "uw", "sys", "tw",  "pr", "sd",
                                            "np",  "ke", "ug", "co", "sc",  "vmm", "usr"};
 
-// As kestrel prints the flags of a group.
+// The flags of a group as kestrel prints them.
 std::string FlagsText(uint32_t flags) {
   std::string text;
   for (size_t bit = 0; bit < std::size(kFlagNames); ++bit) {

@@ -42,7 +42,7 @@ enum class Unit : uint8_t { kAuto, kBytes, kKB, kMB, kPages };
 std::optional<Unit> ParseUnit(std::string_view text);
 std::string_view NameOf(Unit unit);
 
-// What a number is, and so how it is shown.
+// The meaning of a number, which decides how it is shown.
 enum class Quantity : uint8_t { kAmount, kCount, kIdentifier, kYesNo, kGroupFlags, kMemoryState, kSwapper };
 
 // "-" is unavailable, "max" unlimited, "." no such figure; ">" precedes a lower bound.

@@ -27,7 +27,7 @@ struct Term {
   platkit::NodeId node = platkit::NodeId::kNone;
   uint32_t offset = 0;
   int factor = 1;
-  uint8_t state = 0;            // of the transitions of memory states: their state
+  uint8_t state = 0;            // for a count of state transitions: the state
   bool isBufferMemory = false;  // the buffers of all sizes, as memory; the field is that of the smallest size
 
   explicit constexpr operator bool() const { return node != platkit::NodeId::kNone; }

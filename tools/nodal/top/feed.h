@@ -14,7 +14,7 @@ class Feed {
  public:
   virtual ~Feed() = default;
 
-  // Takes the next sample, or in a history the one before with `isBack`. False if there is none.
+  // Takes the next sample or, with `isBack`, the one before in a history. False if there is none.
   virtual bool Step(bool isBack) = 0;
 
   // How many groups the last sample had. With many, a feed may take cheaper samples.
@@ -31,7 +31,7 @@ class Feed {
 
   virtual std::string Host() const = 0;  // its name, printable
   virtual std::string Time() const = 0;  // of the present sample, in UTC
-  // What the samples are, in words.
+  // The kind of the samples, in words.
   virtual std::string Kind() const = 0;
 
   virtual bool isLive() const { return false; }

@@ -31,11 +31,11 @@ enum class Align : uint8_t { kLeft, kRight };
 // The columns of a terminal that a text takes. The texts of these functions are printable.
 size_t WidthOf(std::string_view text);
 
-// The text in exactly `width` columns: padded, or cut with '~' at its end. Characters that the locale cannot show
+// The text in exactly `width` columns: padded, or truncated with '~' at its end. Characters that the locale cannot show
 // become '?'.
 std::string Fit(std::string_view text, size_t width, Align align = Align::kLeft);
 
-// As many columns of the text as fit, without padding.
+// The start of the text that fits into `width` columns, without padding.
 std::string Clip(std::string_view text, size_t width);
 
 std::string TextOf(const Line &line);

@@ -18,7 +18,7 @@ using platkit::history::SegmentReader;
 // The samples of a history, in the order of their time.
 class HistoryCursor {
  public:
-  // A sample: its segment, and its place in the order of time there.
+  // The place of a sample: its segment, and its index among the samples of the segment in the order of time.
   struct Place {
     SegmentName segment;
     size_t index = 0;
@@ -133,7 +133,7 @@ class HistoryFeed final : public Feed {
     problem_.clear();
   }
 
-  // The first sample is already there.
+  // The first call has nothing to read: the constructor has read the first sample.
   bool Step(bool isBack) override {
     problem_.clear();
     if (!std::exchange(isTaken_, true)) return true;

@@ -75,7 +75,7 @@ Line Session::Tabs(size_t width) const {
   return line;
 }
 
-// What changes the table.
+// The settings that change what the table shows.
 std::string Session::StateText() const {
   const Settings &own = settings();
   std::string text;

@@ -119,7 +119,8 @@ class ScreenReader {
     return status == HVC_OK ? TermValue(term, record) : UnavailableCell();
   }
 
-  // From the top down, each group directly before its members. A group that occurs again, as in a cycle, is added once.
+  // Adds the groups from the top down, each directly before its members. A group that occurs again, as in a cycle, is
+  // added once.
   void AddGroups(bool onlyMachines) {
     std::vector<std::pair<int64_t, int>> ahead = {{0, -1}};
     std::unordered_set<int64_t> seen;
@@ -285,7 +286,7 @@ class ScreenReader {
     }
   }
 
-  // HVC_NOT_FOUND: the row is none of the things that have such a record.
+  // HVC_NOT_FOUND: rows of this kind have no such record.
   HVC_ReturnStatus GetRecordOf(const Node &node, const Row &row, std::span<std::byte> record) {
     // The pool of page sharing has its own node, with the same record as the other pools.
     const bool isOfSharingPool = row.isSharingPool && node.id == nodes::memory_lpage_nodeList_vmPools.id();

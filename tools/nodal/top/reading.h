@@ -54,18 +54,18 @@ struct HostSummary {
 struct Reading {
   std::vector<Row> rows = {};
   std::vector<NodeRecords> records = {};
-  std::vector<Cell> own = {};  // of rows that show a figure of their own
+  std::vector<Cell> own = {};  // the figures of rows that show one of their own
   HostSummary host = {};
   std::string problem = {};  // a list that could not be read
-  size_t groups = 0;         // that were found, also those without a row
-  unsigned turn = 0;         // samples before this one
+  size_t groups = 0;         // groups that were found, including those without a row
+  unsigned turn = 0;         // the number of samples before this one
   bool hasClients = false;   // the rows of processes and machines have their clients
 
   const NodeRecords *Of(platkit::NodeId node) const;
 };
 
-// Throws std::bad_alloc if memory runs out. Whatever else cannot be read is unavailable. Names of groups that are no
-// processes are mostly those of `before`, an earlier sample of the same screen and host, or null.
+// Throws std::bad_alloc if memory runs out. Whatever else cannot be read is unavailable. Most names of control groups
+// are taken from `before`, which is an earlier sample of the same screen and host, or null.
 Reading ReadScreen(const Screen &screen, platkit::Source &source, const NodeSet &nodes, const Reading *before);
 
 // The figures of one column.

@@ -24,7 +24,7 @@ struct Screen {
   bool isTree;
 };
 
-// In the order of ScreenId.
+// All screens, in the order of ScreenId.
 std::span<const Screen> Screens();
 
 std::span<const Column> GroupColumns();

@@ -64,7 +64,7 @@ bool Session::TakeSample(bool isBack) {
   return true;
 }
 
-// The same sample, but other records of it.
+// Reads the same sample again, for other records.
 void Session::ReadAgain(bool isOtherScreen) {
   platkit::Source *before = feed_.Before();
   if (before != nullptr) {
@@ -211,7 +211,7 @@ void Session::EnterSubtree() {
   Update();
 }
 
-// To the row above, or to everything.
+// Shows the subtree of the row above, or everything.
 void Session::LeaveSubtree() {
   Settings &own = Own();
   const std::string left = std::exchange(own.subtree, "");
@@ -221,7 +221,7 @@ void Session::LeaveSubtree() {
     if (parent.parent >= 0) own.subtree = parent.key;
   }
   own.selected = left;
-  own.cursor = 1;  // so that it follows the row
+  own.cursor = 1;  // not the first line, so that the cursor follows the selected row
   Update();
 }
 

@@ -76,7 +76,7 @@ void TablePainter::Place(size_t width, size_t first) {
   size_t used = std::min(width, kMinNameWidth);
   for (size_t i = first; i < settings_.columns.size(); ++i) {
     const size_t wanted = UsualWidth(settings_.columns[i]) + 1;
-    // A long text may be cut.
+    // A long text may be truncated.
     const bool canBeCut = IsLeft(settings_.columns[i]) && width > used + kMinNameWidth / 2;
     if (used + wanted > width && !canBeCut) break;
     places_.push_back({settings_.columns[i], std::min(wanted, width - used) - 1});

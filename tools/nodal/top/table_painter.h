@@ -11,16 +11,16 @@
 
 namespace nodal::top {
 
-// PlaceIn or PlaceAll comes first. The arguments of the constructor must outlive the painter.
+// REQUIRES: PlaceIn or PlaceAll is called first. The arguments of the constructor outlive the painter.
 class TablePainter {
  public:
   TablePainter(const View &view, const Reading &reading, const Settings &settings, Unit unit)
       : view_(view), reading_(reading), settings_(settings), unit_(unit) {}
 
-  // For a terminal: as many columns as fit, with the one that sorts.
+  // Places columns for a terminal: as many as fit, and always the one that sorts.
   void PlaceIn(size_t width);
 
-  // For a file: all columns, as wide as their texts.
+  // Places all columns for a file, each as wide as its texts.
   void PlaceAll();
 
   Line Headings() const;
@@ -49,7 +49,7 @@ class TablePainter {
   Unit unit_;
   std::vector<PlacedColumn> places_;
   size_t nameWidth_ = 0;
-  size_t indent_ = 0;  // at most
+  size_t indent_ = 0;  // the largest indentation
 };
 
 }  // namespace nodal::top

@@ -21,7 +21,7 @@ int64_t Now() {
   return int64_t{now.tv_sec} * kSecond + now.tv_nsec;
 }
 
-// The time of the next sample. Those that are overdue are left out.
+// The time of the next sample. Overdue samples are skipped.
 int64_t NextDue(int64_t due, int64_t interval) {
   const int64_t late = std::max<int64_t>(Now() - due, 0);
   return due + (late / interval + 1) * interval;

@@ -117,13 +117,13 @@ void View::FindRowsBefore() {
     rows.emplace(before_->rows[row].key, row);
   for (size_t row = 0; row < now_->rows.size(); ++row) {
     const auto found = rows.find(now_->rows[row].key);
-    // Another process or group may have got the number.
+    // The number may belong to another process or group now.
     if (found != rows.end() && before_->rows[found->second].name == now_->rows[row].name)
       rowsBefore_[row] = found->second;
   }
 }
 
-// A row is active if one of its shown figures, but a setting, is not 0, or a row below it is active.
+// A row is active if one of its shown figures is not 0, or if a row below it is active. Settings do not count.
 void View::FindActive() {
   isActive_.assign(now_->rows.size(), 0);
   for (const ColumnChoice &choice : settings_->columns) {
@@ -176,7 +176,7 @@ void View::SortRows(std::vector<size_t> &rows) {
     texts.reserve(rows.size());
     for (const size_t row : rows)
       texts.emplace_back(TextOf(*now_, *sort.column, row), row);
-    // Texts are ascending at first, and figures descending.
+    // Without isAscending, texts are in ascending order, and figures in descending order.
     std::ranges::stable_sort(
         texts, [&](const auto &a, const auto &b) { return isAscending ? a.first > b.first : a.first < b.first; });
     std::ranges::transform(texts, rows.begin(), [](const auto &text) { return text.second; });
@@ -219,7 +219,7 @@ void View::ListTree(size_t top) {
     const size_t row = ahead.back();
     ahead.pop_back();
     std::vector<size_t> &members = members_[row];
-    // A filter opens all rows, so that it finds what is in folded ones.
+    // A filter unfolds all rows, so that it also finds rows below folded ones.
     const bool isFolded =
         rows[row].members > 0 && settings_->filter.empty() && settings_->folded.contains(rows[row].key);
     shown_.push_back({.row = row,
@@ -248,7 +248,8 @@ Cell View::Sum(const ColumnChoice &choice) const {
   return sum;
 }
 
-// The cursor follows its row. It stays where it is on the first line, or if the row has vanished.
+// Moves the cursor to the line of the selected row. A cursor on the first line stays there, and so does a cursor whose
+// row has vanished.
 void View::SelectRow() {
   Settings &settings = *settings_;
   const auto isSelected = [&](const ShownRow &shown) { return now_->rows[shown.row].key == settings.selected; };

@@ -12,7 +12,7 @@
 
 namespace nodal::top {
 
-// What the user chose for a screen.
+// The user's choices for a screen.
 struct Settings {
   std::vector<ColumnChoice> columns = {};  // without the name, which is always first
   ColumnChoice sort = {};                  // without a column: the order of the host

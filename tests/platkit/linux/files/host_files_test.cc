@@ -290,7 +290,7 @@ TEST(HostFiles, AFileIsIdentifiedByItsInode) {
   }
 }
 
-// While the files of a control group are read, it may be removed and another one created with its name.
+// While the files of a control group are read, the group may be removed, and another one created with the same name.
 TEST(HostFiles, FilesAreOpenedInTheFolderThatWasListed) {
   for (const Reach reach : {Reach::kHost, Reach::kRootFolder}) {
     SavedHost host;

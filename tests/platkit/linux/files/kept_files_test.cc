@@ -1,4 +1,4 @@
-// Files that stay open between samples. The real /proc and control groups are read, because only they tell that a
+// Files that stay open between samples. The tests read the real /proc and control groups, because only they show that a
 // process or a group has ended.
 #include "platkit/linux/files/kept_files.h"
 
@@ -44,7 +44,7 @@ class KeptFilesOf : public testing::Test {
   HVC_ReturnStatus status_ = HVC_OK;
 };
 
-// Constructed before the files that are read below it.
+// A base class, so that the folder exists before the HostFiles that read it.
 struct PlainFolder {
   SavedHost host_;
 };
@@ -249,7 +249,7 @@ TEST_F(KeptProcess, AReusedPidIsAnotherProcess) {
   EXPECT_FALSE(IsSameProcess(files_, other->pid(), before.identity));
 }
 
-// The folder of the memory controller, or nothing.
+// The root of the control groups that account for memory; empty if there is none.
 std::string MemoryControlGroups() {
   HostFiles files("/", Reach::kHost);
   const CgroupMount mount = FindCgroupMount(files);
@@ -315,7 +315,7 @@ TEST_F(KeptControlGroup, TheTreeFindsTheGroupsOfEachSample) {
   ASSERT_NE(group, nullptr);
   EXPECT_TRUE(group->controlGroups.empty());
   const uint64_t inode = group->inode;
-  // Without the new group's own folder, the old one's would still have no subfolders.
+  // The new group has a subfolder, which a folder kept open for the old group would not contain.
   ASSERT_EQ(rmdir(Path().c_str()), 0);
   ASSERT_TRUE(Make());
   ASSERT_TRUE(Make("/below"));

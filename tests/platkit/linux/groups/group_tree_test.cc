@@ -122,7 +122,8 @@ TEST(GroupTree, AnUnreadableProcessIsListed) {
   EXPECT_CELL(ask.Stats(101).memSize, 40000u);
 }
 
-// It may run a machine, so the number of machines is unknown, whether a listing found the process or not.
+// An unreadable process may run a machine, so the number of machines is unknown, whether or not a listing found the
+// process.
 TEST(GroupTree, AnUnreadableProcessIsNeitherAMachineNorNone) {
   const auto machines = [](Asker ask) { return ask.Record(nodes::sched_globalStats_numVMs).numVMs; };
   SavedHost host("v2.host");
@@ -135,7 +136,7 @@ TEST(GroupTree, AnUnreadableProcessIsNeitherAMachineNorNone) {
   EXPECT_EQ(machines(ask), kNoFigure32);
 }
 
-// Members that cannot be listed must not be missing silently.
+// A list must not silently omit members that cannot be read.
 TEST(GroupTree, AListFailsIfMembersCannotBeRead) {
   const auto list = [](SavedHost &host, int64_t group) {
     std::vector<int64_t> members;
@@ -199,7 +200,7 @@ TEST(GroupTree, StartGroupsAreFoundWithoutAListing) {
   EXPECT_EQ(host.ask().Parent(kFirstVm + 300), 300);
 }
 
-// A listing must not keep descriptors of the groups that it found open.
+// A listing must not keep descriptors open for the groups that it found.
 TEST(GroupTree, ManyGroupsNeedNoMoreDescriptors) {
   SavedHost host;
   host.Write("proc/self/mountinfo", "1 1 0:1 / /cg rw - cgroup2 none rw\n");

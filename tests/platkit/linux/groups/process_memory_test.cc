@@ -7,7 +7,7 @@ namespace {
 
 using enum GuestBacking;
 
-// A monitor that may write 1000 KB more than a guest of 5000 KB, and has 4000 KB of anonymous pages.
+// A monitor with 1000 KB of writable memory besides the 5000 KB of its guest, and 4000 KB of resident anonymous pages.
 ProcessStatus Status() {
   ProcessStatus status;
   status.data = Figure(5900);

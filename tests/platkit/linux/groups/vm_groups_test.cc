@@ -1,4 +1,4 @@
-// Finding the own control group of a VM.
+// Finding the control group that a VM has for itself.
 #include "platkit/linux/groups/vm_groups.h"
 
 #include <chrono>
@@ -16,7 +16,7 @@ namespace {
 const std::string kOwn = kTop + "machine.slice/web.scope/guest";
 const std::string kShared = kTop + "shared.slice";
 
-// Only a VM with an own control group has this record.
+// Whether the VM has a control group for itself: only then does it have this record.
 bool HasOwnGroup(SavedHost &host, int64_t pid) {
   return host.ask().Status(nodes::sched_memClients_memzipInfo, {pid}) == HVC_OK;
 }
@@ -48,7 +48,7 @@ TEST(VmGroups, ProcessesInGroupsBelowCount) {
   }
 }
 
-// Changes a file without SavedHost, which would let time pass.
+// Changes a file without SavedHost::Write, which would advance the clock.
 void Replace(const SavedHost &host, const std::string &path, const char *text) {
   std::ofstream(host.Path(path)) << text;
 }
@@ -91,7 +91,7 @@ TEST(VmGroups, AGroupWithHiddenMembersCountsAsShared) {
   EXPECT_FALSE(HasOwnGroup(host, 310));
 }
 
-// A failed listing contains no other process, but there may be one.
+// A failed listing shows no other process, but there may be one.
 TEST(VmGroups, AListingThatFailedTellsNothing) {
   SavedHost host("clients.host");
   host.Write(kOwn + "/below/cgroup.procs", "");

@@ -1,5 +1,5 @@
-// What the records show of the monitors' knowledge. VM 310 of the saved host is named "web" and has 2 GB, which may
-// grow to 8 GB.
+// The figures of a VM that only its monitor knows, as records show them. VM 310 of the saved host is named "web" and
+// has 2 GB, which may grow to 8 GB.
 #include "platkit/linux/groups/vm_monitors.h"
 
 #include <sys/stat.h>
@@ -139,7 +139,7 @@ TEST_F(VmMonitorsTest, OldFiguresDoNotCount) {
   EXPECT_CELL(Guest().memTotal, kMemoryKB);
 }
 
-// A guest chooses its statistics.
+// A guest can report any statistics.
 TEST_F(VmMonitorsTest, ImpossibleStatisticsDoNotCount) {
   const auto expect = [this](uint64_t total, uint64_t usable, uint64_t memTotal, uint64_t memNeeded) {
     figures_[GuestFigure::kTotal] = Figure(total);

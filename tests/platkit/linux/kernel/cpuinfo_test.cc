@@ -5,7 +5,7 @@
 namespace platkit {
 namespace {
 
-// The model of processor 1, or unreadable if it is not found.
+// The model of processor 1; absent if FindProcessor does not find it.
 Figure ModelOfSecond(HostFiles &files) {
   Processor processor;
   return FindProcessor(files, 1, processor) == HVC_OK ? processor.model : kAbsent;

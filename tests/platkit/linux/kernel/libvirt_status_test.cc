@@ -7,7 +7,7 @@
 namespace platkit {
 namespace {
 
-// As libvirt 9.0 writes it, without devices that do not matter here.
+// A status file as libvirt 9.0 writes it, without devices that do not matter here.
 constexpr char kStatus[] = R"(<!--
 WARNING: THIS IS AN AUTO-GENERATED FILE.
 -->
@@ -133,7 +133,7 @@ TEST_F(StatusFile, HasTheNameOfTheGuest) {
   EXPECT_EQ(PidOf("a b.c"), 4242);
 }
 
-// Anyone can start a process with any guest's name.
+// Any user can start a process with any guest's name, so a name must not lead out of the folder.
 TEST_F(StatusFile, IsInItsFolder) {
   EXPECT_EQ(PidOf("../qemu/web"), 0);
   EXPECT_EQ(PidOf(std::string_view("web\0", 4)), 0);

@@ -152,7 +152,7 @@ TEST(ClientRecords, MemoryBeyondTheGuestsIsOverhead) {
   EXPECT_CELL(host.ask().Stats(310).ovhd, 100u + 5);
 }
 
-// A process may write anything on its command line, but a monitor maps what its guest has.
+// A process can claim any size on its command line, but a monitor maps all memory of its guest.
 TEST(ClientRecords, MoreMemoryThanTheProcessHasMappedIsNoGuests) {
   SavedHost host("clients.host");
   std::string words = host.Read("proc/310/cmdline");
@@ -239,7 +239,7 @@ TEST(ClientRecords, AUsersMaximumOfMemoryIsNotShown) {
   EXPECT_CELL(Vmm(host, 310).memSizeLimit, MB(2048));
 }
 
-// The pages that the guest of machine 310 has mapped.
+// Makes KVM list these numbers of pages as mapped by the guest of machine 310.
 void ListInKvm(SavedHost &host, const char *small, const char *large, const char *gigantic) {
   const std::string folder = "sys/kernel/debug/kvm/310-11/";
   host.Remove("proc/310/fd");
@@ -380,7 +380,7 @@ TEST(ClientRecords, WhatTheHostCountsIsNotAGroupsFigure) {
   EXPECT_CELL(Consumed(Vmm(host, 320)), Vmm(host, 320).mapped) << "what is not known cancels out";
 }
 
-// A control group that outlives a machine also counts what an earlier machine did.
+// A control group that is older than its machine also counts what earlier machines in it did.
 TEST(ClientRecords, CountsOfAGroupThatIsOlderThanTheMachine) {
   SavedHost host("clients.host");
   host.Write(kShared + "/cgroup.procs", "320\n");
@@ -700,7 +700,7 @@ TEST(ClientRecords, SharingOfAProcess) {
   EXPECT_CELL(vmm.mapped, 1440000u);
 }
 
-// A bad file affects only its own cells of the record.
+// A bad line affects only the fields of the record that come from it.
 TEST(ClientRecords, MemoryStatOfAVm) {
   SavedHost host("clients.host");
   host.Write(kOwn + "/memory.stat", "zswapped x\nzswap 4096\nanon_thp\npswpin -1\nswapcached y\n");

@@ -6,7 +6,7 @@
 namespace platkit {
 namespace {
 
-// A bad file affects only its own cells of the record.
+// A bad file affects only the fields of the record that come from it.
 TEST(GroupRecords, EachFileOfAControlGroup) {
   const struct {
     const char *file;

@@ -17,7 +17,7 @@ HVC_ReturnStatus Model(SavedHost &host, int64_t cpu, uint64_t &model) {
   return status;
 }
 
-// Adds the lines of a processor that has models to each processor.
+// Gives each processor a vendor and a family whose models are known.
 std::string OfIntel(std::string_view cpuinfo) {
   const std::string lines = "vendor_id: GenuineIntel\ncpu family: 6\n";
   std::string text = lines + std::string(cpuinfo);
@@ -26,7 +26,7 @@ std::string OfIntel(std::string_view cpuinfo) {
   return text;
 }
 
-// The model of processor 0 of a host with this cpuinfo. It must exist.
+// The model of processor 0 of a host with this cpuinfo, which must contain it.
 uint64_t ModelOf(std::string_view cpuinfo) {
   SavedHost host;
   host.Write(kCpuInfo, OfIntel(cpuinfo));

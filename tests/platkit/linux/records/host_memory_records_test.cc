@@ -90,7 +90,7 @@ TEST(HostMemoryRecords, EachFileCostsItsCells) {
   }
 }
 
-// A zone with the watermarks 40, 80 and 120 KB, and 160 KB if the kernel has promo.
+// A zone with the watermarks 40, 80 and 120 KB, and a promo watermark of 160 KB if the kernel shows one.
 std::string Zone(bool tellsPromo) {
   return std::string("Node 0, zone   Normal\n  pages free     5\n        min      10\n        low      20\n") +
          "        high     30\n" + (tellsPromo ? "        promo    40\n" : "") +
@@ -154,7 +154,7 @@ TEST(HostMemoryRecords, Transitions) {
   }
 }
 
-// The background reclaim of cached files makes nobody wait.
+// Background reclaim of cached files delays no process.
 TEST(HostMemoryRecords, ReadingALargeFileChangesNothing) {
   SavedHost host;
   host.Write("proc/zoneinfo", Zone(true));

@@ -32,7 +32,7 @@ void FillWithMarkers(std::span<std::byte> bytes) {
     bytes[i] = static_cast<std::byte>(kMarker[i % kMarker.size()]);
 }
 
-// Appends the marker to the text, which is cut to have room for it. Fills the rest with more markers.
+// Appends the marker to the text, which is truncated to make room. Fills the rest with more markers.
 void MarkText(std::span<std::byte> bytes) {
   const std::string_view all(reinterpret_cast<const char *>(bytes.data()), bytes.size());
   const std::string text(all.substr(0, std::min(all.find('\0'), bytes.size() - kMarker.size() - 1)));
@@ -154,7 +154,8 @@ TEST_F(AnonymousCapture, RefusesATextInPlaceOfTheTime) {
   EXPECT_EQ(Nodal(words).status, 0);
 }
 
-// Both tags have the same seven digits under this key. Two heaps with one pseudonym would even have one path.
+// Under this key, the pseudonyms of both tags have the same seven digits. Two heaps with one pseudonym would even have
+// one path.
 TEST_F(AnonymousCapture, TwoNamesWithOnePseudonymAreAnError) {
   nodal::PseudonymKey::Bytes key;
   key.fill('k');

@@ -98,7 +98,7 @@ TEST(Pseudonyms, OfTags) {
   EXPECT_EQ(std::string(tag.tag, sizeof tag.tag), names.Of("unending", 7) + std::string(1, 0));
 }
 
-// Both names have the same seven digits.
+// The pseudonyms of both names start with the same seven digits.
 TEST(Pseudonyms, TwoNamesNeverShareOne) {
   Pseudonyms names(KeyOf('k'));
   EXPECT_EQ(names.Of("tag-489064", 7), "rvvww24");

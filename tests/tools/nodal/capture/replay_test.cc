@@ -99,7 +99,8 @@ class Replay : public testing::TestWithParam<std::string> {
     if (!asNobody_) ExpectEqualReportsOfHistory(snapshot);
   }
 
-  // A sample in a history, as the difference to another one.
+  // Compares the reports of the snapshot with those of a history in which it is a sample, stored as the difference to
+  // another one.
   void ExpectEqualReportsOfHistory(const std::string &snapshot) {
     nodal::Recorded history;
     history.AddGroups(0, 10);
@@ -132,7 +133,7 @@ TEST_P(Replay, OfASavedHost) {
   ExpectEqualReports(host);
 }
 
-// A folder at the path of a file makes the file unreadable. It fails in both.
+// A folder at the path of a file makes the file unreadable, on the host and in its capture.
 TEST_P(Replay, OfAHostWithFilesThatCannotBeRead) {
   SavedHost host(GetParam());
   for (const char *file : {"proc/slabinfo", "proc/buddyinfo", "proc/meminfo", "proc/zoneinfo", "proc/vmstat",

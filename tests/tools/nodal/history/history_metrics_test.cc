@@ -77,7 +77,7 @@ TEST_F(HistoryMetrics, LeaveOutOtherDefinitions) {
   EXPECT_EQ(outcome.err, "nodal: " + history_.path() + ": 1 sample of other definitions left out\n");
 }
 
-// Prometheus' own tool makes a block of them.
+// Prometheus' own tool imports the metrics into a block of its database.
 TEST_F(HistoryMetrics, AreAcceptedByPrometheus) {
   const char *kTool = "/usr/bin/promtool";
   if (access(kTool, X_OK) != 0) GTEST_SKIP() << "promtool is not installed (package prometheus)";
@@ -92,7 +92,7 @@ TEST_F(HistoryMetrics, AreAcceptedByPrometheus) {
     return outcome.output;
   };
   promtool("tsdb create-blocks-from openmetrics " + text + " " + data);
-  std::filesystem::create_directory(data + "/wal");  // promtool of Debian 12 wants it
+  std::filesystem::create_directory(data + "/wal");  // promtool of Debian 12 requires it
   const std::string dump = promtool("tsdb dump " + data);
   EXPECT_NE(dump.find("1763694745000"), std::string::npos) << dump;
   EXPECT_NE(dump.find("kestrel_host_memory_bytes"), std::string::npos) << dump;

@@ -1,4 +1,4 @@
-// DIR@TIME in place of a snapshot.
+// DIR@TIME as the path of a snapshot.
 #include "tests/tools/nodal/history/recorded.h"
 
 namespace nodal {
@@ -84,7 +84,7 @@ TEST_F(MomentCommands, Capture) {
   EXPECT_NE(dump.find("\"host\": \"alpha\""), std::string::npos);
 }
 
-// kestrel prints the same for a snapshot and for a sample of it.
+// kestrel prints the same for a snapshot and for a sample with the same entries.
 TEST(MomentOfASnapshot, HasTheSameReports) {
   Recorded history;
   history.AddGroups(0, 10);

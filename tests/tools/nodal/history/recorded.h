@@ -85,7 +85,7 @@ class Recorded {
   }
   void Add(Sample sample, int64_t second) { Add(std::move(sample), {.time = ClocksAt(second)}); }
 
-  // Adds the groups every five seconds, up to before the second time.
+  // Adds a sample of the groups every five seconds, from second `from` to before `to`.
   void AddGroups(int64_t from, int64_t to) {
     for (int64_t second = from; second < to; second += 5)
       Add(GroupsAt(second), second);

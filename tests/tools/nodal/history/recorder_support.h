@@ -31,7 +31,7 @@ using platkit::history::SegmentReader;
 // 2026-01-01T00:00:00Z.
 inline constexpr int64_t kNewYear = 1'767'225'600 * kSecond;
 
-// A host with some entries, of which one has the number of the sample.
+// A host with some entries, each of which starts with the number of the sample.
 class FakeHost : public Sampled {
  public:
   void Take(Sample &sample, platkit::history::HostHeader &host, uint64_t &availableBytes) override {
@@ -39,7 +39,7 @@ class FakeHost : public Sampled {
       const std::string key = "/sched/groups/" + std::to_string(1000 + i) + "/groupName";
       std::string payload = std::to_string(taken) + " ";
       while (payload.size() < payloadBytes)
-        payload += static_cast<char>(random_());  // which cannot be compressed
+        payload += static_cast<char>(random_());  // random, so that it cannot be compressed
       sample.Add(key, platkit::history::ValueType::kRecord, std::as_bytes(std::span(payload)));
     }
     host.definitions = platkit::OwnDefinitions();
@@ -81,7 +81,7 @@ class FakePace : public Pace {
 
 struct RecordedSample {
   platkit::history::SampleInfo info;
-  std::string number;  // that FakeHost gave the sample
+  std::string number;  // the number that FakeHost gave the sample
 };
 
 // All samples of a history, in the order of their segments.

@@ -201,7 +201,7 @@ TEST_F(RecorderTest, AClockThatIsSetBackByYearsRemovesNothing) {
 }
 
 TEST_F(RecorderTest, StartsTwiceWithAWrongYear) {
-  options_.interval = 20 * kMinute;  // is not thinned
+  options_.interval = 20 * kMinute;  // so long that no sample is thinned
   Record(3);
   pace_.now.wall += 20 * 365 * kDay;
   Record(1);
@@ -246,7 +246,7 @@ TEST_F(RecorderTest, TheMachineIsBootedAgain) {
   EXPECT_EQ(Numbers(), (std::vector<std::string>{"0", "1", "2", "3"}));
 }
 
-// Full disks. Files that may not grow stand for a full disk; another test fills a real one.
+// Full disks. A limit on file sizes simulates a full disk; another test fills a real one.
 
 class FileSizeLimit {
  public:

@@ -102,7 +102,7 @@ TEST(SeriesCommand, RefusesUnknownWords) {
             "nodal: " + history.scratch().folder() + ": no history in this folder\n");
 }
 
-// Damage costs samples, and the user is told.
+// Damaged samples are omitted, with a message.
 TEST(SeriesCommand, TellsOfDamage) {
   Recorded history;
   history.AddGroups(0, 100);

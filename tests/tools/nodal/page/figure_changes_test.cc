@@ -87,7 +87,7 @@ TEST(EncodedColumn, KeepsAllValues) {
   ExpectRoundTrip({{{0, {.kind = FigureValue::kAllOnes}}, {5, {.kind = FigureValue::kNoRecord}}}});
 }
 
-// A script cannot compute with these exactly. Smaller numbers around them must not suffer.
+// A script cannot compute exactly with numbers this large. Smaller numbers beside them must stay exact.
 TEST(EncodedColumn, KeepsLargeNumbers) {
   ExpectRoundTrip(
       {{{0, NumberValue(3)}, {1, NumberValue(INT64_MAX)}, {2, NumberValue(INT64_MIN)}, {3, NumberValue(5)}}});
@@ -109,7 +109,7 @@ TEST(SmallChanges, AreOmitted) {
   EXPECT_EQ(WithoutSmallChanges(all, 0), all);
 }
 
-// Small changes in one direction do not add up to a large one that is missing.
+// Small changes in one direction must not add up to a large change that is omitted.
 TEST(SmallChanges, DoNotAddUp) {
   FigureChanges all;
   for (uint32_t i = 0; i < 100; ++i)

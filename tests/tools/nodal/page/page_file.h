@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-// What is between two texts, after the text `from`; empty if they do not occur.
+// The text from after the first `from` up to the next `to`; empty if one of them does not occur.
 std::string Between(std::string_view all, std::string_view from, std::string_view to);
 
 std::string StyleOf(const std::string &page);

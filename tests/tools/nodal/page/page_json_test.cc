@@ -11,7 +11,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-// Three groups; the last one has no allocation, which could not be read.
+// Three groups. The allocation of the last one could not be read.
 PageData ThreeGroups() {
   PageData data = {.host = "h", .time = "2026-03-14T09:26:53Z", .source = "snapshot"};
   data.groups.rows = {

@@ -99,7 +99,7 @@ TEST(Page, ContainsNamesOnlyAsText) {
   EXPECT_EQ(DataOf(page)["families"]["group"]["name"], name);
 }
 
-// Groups that name each other appear once.
+// Groups that are members of each other appear once.
 TEST(Page, EndsInCyclesOfGroups) {
   const Scratch scratch;
   const std::string snapshot = Built(scratch, HostOf(R"(

@@ -20,7 +20,7 @@ const SpanColumn &ColumnOf(const SpanFamily &family, const Node &node, std::stri
       if (column.column.name == name) return column;
     }
   }
-  throw std::runtime_error("no column " + name);
+  throw std::runtime_error("no column " + std::string(name));
 }
 
 const SpanColumn &Consumed(const PageSpan &span) {
@@ -156,7 +156,7 @@ TEST(SpanReader, TellsOfGaps) {
   EXPECT_EQ(span.events[0].reasons, "no samples were taken");
 }
 
-// The sizes of their records may differ from this program's.
+// Records of other definitions may differ in size from this program's.
 TEST(SpanReader, LeavesOutSamplesOfOtherDefinitions) {
   Recorded history;
   history.AddGroups(0, 10);

@@ -136,7 +136,7 @@ TEST_F(Diff, Lists) {
             "~ /system/heaps\n    + '?'\n    + hex ff\n");
 }
 
-// The file has unreadable nodes after all others.
+// In a snapshot, unreadable nodes come after all other nodes.
 TEST_F(Diff, WhatCouldNotBeRead) {
   const std::string from = R"("/memory/memInfo": {}, "failed:/memory/comprehensive": {"status": "No permission"},
     "failed:/system/buddy": {"status": "No permission"}, "/system/heaps": [])";
@@ -155,7 +155,7 @@ TEST_F(Diff, WhatCouldNotBeRead) {
   EXPECT_EQ(Of(from, from).status, 0);
 }
 
-// As from a newer host.
+// Nodes and records as from a host with a newer catalogue.
 TEST_F(Diff, WhatTheCatalogueDoesNotKnow) {
   EXPECT_EQ(Shown(R"("/new/node": {"type": "R", "hex": "00"}, "/memory/memInfo": {"type": "R", "hex": "01"})",
                   R"("/new/node": {"type": "R", "hex": "0102"}, "/memory/memInfo": {"numNodes": 1})"),

@@ -101,7 +101,7 @@ TEST(Verify, WhatIsThereIsNamed) {
             "/system/heaps/h: heap 'h': not listed in /system/heaps\n");
 }
 
-// Each look-up of such a key would visit all others.
+// Each look-up of one of these keys would visit all others.
 TEST(Verify, KeysThatCollide) {
   const Scratch scratch;
   const std::string snapshot = scratch.Path("host.nodal");

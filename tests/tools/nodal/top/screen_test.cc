@@ -57,7 +57,7 @@ TEST(TopScreen, ColumnsHaveTheNamesOfTheReports) {
       {ScreenId::kMachines, "lpage-stats"}, {ScreenId::kNodes, "buddy-stats"},  {ScreenId::kNodes, "lpool-stats"},
       {ScreenId::kHeaps, "heap-stats"},
   };
-  // What the tree, the row or another column shows.
+  // Columns without a counterpart, because the tree, the row or another column shows the same.
   const std::set<std::string> others = {"type", "schedGrp", "parSchedGroup", "worldGrp", "nodeID"};
   for (const auto &[screen, report] : reports) {
     const std::vector<std::string> names = ColumnsOfReport(report);

@@ -19,7 +19,7 @@ std::string Squeezed(const std::string &line) {
   return text;
 }
 
-// The lines of the table, without the headings, and the line of sums.
+// The rows of the table and the line of sums, without the headings.
 std::vector<std::string> Table(const Session &session) {
   std::vector<std::string> lines = testing_support::Lines(session.BatchText());
   lines.erase(lines.begin(), lines.begin() + 2);

@@ -33,7 +33,7 @@ class Family {
     }
   }
 
-  // What the family has under that key for a row, such as a name.
+  // The family's value under a key for a row, such as its name.
   of(key, row) {
     const values = this.json[key];
     return Array.isArray(values) ? values[row] : values;
@@ -43,7 +43,7 @@ class Family {
     return this.of('name', row);
   }
 
-  // The rows that are there at the instant.
+  // The rows that exist at the instant.
   rows(instant = now.instant) {
     const all = Array.from({ length: this.count }, (_, row) => row);
     return this.json.lives ? all.filter((row) => this.isThere(row, instant)) : all;

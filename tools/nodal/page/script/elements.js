@@ -65,7 +65,7 @@ function table(caption, columns, rows) {
     element('tbody', {}, rows));
 }
 
-// Where the figures come from that were looked up since the last call.
+// The sources of the figures that were looked up since the last call.
 function sources() {
   const columns = ['figure', 'unit', 'meaning', 'node'].map((text) => ({ text }));
   const rows = [...usedColumns].map(([key, { record, field }]) => element('tr', {}, rowHeader(key),

@@ -21,7 +21,7 @@ function openHost(data) {
   findMembers();
 }
 
-// Finds what is there at the instant.
+// Finds the members of each group, and the machines, that exist at the instant.
 function findMembers() {
   host.members = membersOf(host.groups);
   host.machines = host.groups.rows().filter(isMachine);

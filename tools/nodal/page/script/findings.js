@@ -1,4 +1,4 @@
-// What stands out on the host. Each rule returns findings: {level, text, open}. `open` shows the figures behind it.
+// Finds what needs attention on the host. Each rule returns findings: {level, text, open}. `open` shows their figures.
 
 const thresholds = { limit: 0.95, squeezed: 0.05, fragmented: 0.25, heap: 0.05, swapped: 0.02, free: 65536 };
 
@@ -48,7 +48,7 @@ function findSqueezedMachines() {
   return largestFirst(found);
 }
 
-// A limit that a group has from the one above it is told once.
+// A group below a reported group is not reported: its limit may come from that group.
 function findGroupsAtLimit() {
   const found = [];
   const told = new Set();

@@ -66,7 +66,7 @@ function findingItem({ level, text, open, row }) {
   return element('li', { class: level }, element('span', { class: 'level' }, words[level]), ' ', element('a', link, text));
 }
 
-// The parts of all memory, in KB. What no figure names is the rest, so that they add up to the total.
+// The parts of the host's memory, in KB. A rest that no figure names makes them add up to the total.
 function memoryParts() {
   const value = (field) => host.host.value(whole(field), 0);
   const machines = sumOfKnown(host.machines.map((row) => host.groups.value(stats('consumed'), row))) ?? 0;
@@ -114,7 +114,7 @@ function partElement(part) {
   return figureElement(host.host.figure(part.key, 0));
 }
 
-// Rows of [what, element].
+// A card with a row for each [what, element].
 function factsCard(title, facts, ...more) {
   const rows = facts.filter(Boolean).flatMap(([what, fact]) => [element('dt', {}, what), element('dd', {}, fact)]);
   return element('div', { class: 'card' }, element('h3', {}, title), element('dl', {}, rows), more);

@@ -1,4 +1,4 @@
-// The icicle of the groups: pointing tells, clicking zooms, arrow keys move.
+// The icicle of the groups: a tooltip names a group, a click zooms, arrow keys move.
 
 const rowHeight = 38;
 const icicle = { root: [0], measure: measures[0], selected: 0, focused: 0, matches: null, boxes: [], width: 0 };
@@ -24,7 +24,7 @@ function showGroups() {
   new ResizeObserver(([{ contentRect }]) => contentRect.width !== icicle.width && drawIcicle()).observe(byId('icicle'));
 }
 
-// Shows another instant. A group that is not there gives its place to one above it.
+// Shows another instant. If the selected group does not exist then, selects the nearest group above it that does.
 function showGroupsAgain() {
   const isThere = (row) => host.groups.isThere(row);
   if (!isThere(icicle.selected)) icicle.selected = ancestry(icicle.selected).findLast(isThere) ?? 0;

@@ -1,13 +1,13 @@
 // The places of the boxes of the icicle: each group is a box below the group that contains it, as wide as its share.
 
-// In pixels: groups narrower than this share a box; the boxes into which such a box is divided when it is opened; and a
-// box for groups whose figures are not available.
+// Widths in pixels. Groups narrower than minBoxWidth share a box. Opening such a box divides it into boxes of
+// dividedWidth. Groups whose figures are not available share a box of unknownWidth.
 const minBoxWidth = 4;
 const dividedWidth = 60;
 const unknownWidth = 20;
 const mostLevels = 16;
 
-// What the width of a box can mean. With `isWhole`, the figure of a group includes its members.
+// The measures that the width of a box can show. With `isWhole`, the figure of a group includes its members.
 const measures = [
   { name: 'consumed', label: 'Consumption', isWhole: true, figure: (row) => host.groups.figure(stats('consumed'), row) },
   { name: 'reserved', label: 'Reservation', figure: (row) => host.groups.figure(allocation('min'), row) },
@@ -15,7 +15,7 @@ const measures = [
   { name: 'touched', label: 'Touched', isWhole: true, figure: (row) => host.groups.figure(stats('touched'), row) },
 ];
 
-// What was computed before, by measure and instant.
+// Earlier results, by measure and instant.
 const computed = new Map();
 
 function once(name, compute) {

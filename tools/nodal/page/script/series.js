@@ -1,6 +1,6 @@
 // The figures over a span: see figure_changes.h and span_json.h for their form.
 
-// In place of a number: the row has no record, or it could not be read.
+// Values in place of a number: the row has no record, or its record could not be read.
 const noRecord = NaN;
 const unreadable = -Infinity;
 

@@ -12,7 +12,7 @@ function instantText(instant) {
   return host.data.instants[instant];
 }
 
-// Without the date.
+// The time of an instant, without the date.
 function clockText(instant) {
   return instantText(instant).slice(11);
 }
@@ -60,8 +60,8 @@ function detailsKey(details) {
   return `${details.closest('[id]').id} ${details.firstChild.textContent}`;
 }
 
-// What changed between two instants: [family, row, before, after], the largest changes first. A row that is not there
-// has no value.
+// The changes between two instants, as {row, before, after, change}, the largest first. A row that does not exist at an
+// instant has no value.
 function changesBetween(family, key, from, to, most) {
   const value = (row, instant) => (family.isThere(row, instant) ? family.value(key, row, instant) : undefined);
   return Array.from({ length: family.count }, (_, row) => ({ row, before: value(row, from), after: value(row, to) }))

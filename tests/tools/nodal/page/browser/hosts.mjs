@@ -146,7 +146,7 @@ export const wideName = 'W'.repeat(63);
 export const ideographs = '記憶領域測定用仮想計算機群之第一号０１２３';
 export const hostileNames = ['</script>', '<img src=x onerror=alert(1)>', '{{data}}', '"><svg onload=alert(1)>', '&lt;b&gt;', '<!--'];
 
-// Names that try to leave their place.
+// Names that contain markup, or are very wide.
 export function odd() {
   const host = new HostBuilder('<b>odd</b>');
   host.memory({ total: 32 * GB, free: 4 * GB, state: 3 });

@@ -3,7 +3,7 @@ import { open, pageOf, sample, startBrowser } from './browser.mjs';
 
 const browser = await startBrowser();
 const tab = await open(browser, pageOf('picture', sample), { viewport: { width: 1080, height: 800 } });
-// Only what fits into a small picture.
+// Hides what does not fit into a small picture.
 await tab.evaluate(() => {
   for (const each of document.querySelectorAll('.sources, #machines, #nodes, #heaps, footer')) each.hidden = true;
   for (const each of document.querySelectorAll('#memory .scrolling, #memory .cards')) each.remove();

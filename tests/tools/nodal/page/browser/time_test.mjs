@@ -201,7 +201,7 @@ test('gaps are gaps', async () => {
   await tab.close();
 });
 
-// A root folder with a growing heap.
+// Records a root folder with a heap that grows.
 test('heaps that grew come first', async () => {
   const [root, folder] = ['growing-root', 'growing'].map((name) => join(work, name));
   for (const each of [root, folder]) rmSync(each, { recursive: true, force: true });
@@ -245,7 +245,7 @@ for (const [width, colorScheme] of [[1280, 'light'], [1280, 'dark'], [390, 'ligh
   }, { viewport: { width, height: 900 }, colorScheme }));
 }
 
-// The lanes are redrawn in less time than a screen shows a frame.
+// Redrawing the lanes must not delay the next frame of the screen.
 test('zooming and panning drop no frame', () => onPage(async (tab) => {
   const longest = await tab.evaluate(async () => {
     const plot = document.getElementById('plot');
