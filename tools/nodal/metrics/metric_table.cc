@@ -51,7 +51,7 @@ constexpr FamilyDescription kFamilies[] = {
     {kHeap, "heap", "heap", false, "Each kernel heap. A host may have hundreds."},
     {kVolume, "volume", "volume", true, "Each volume of persistent memory."},
     {kRegion, "region", "volume, region", true, "Each region of persistent memory."},
-    {kReading, "reading", "", true, "How the reading of the host went, and the version of this program."},
+    {kReading, "reading", "", true, "Failures of reading the host, and the version of this program."},
 };
 
 constexpr Metric kMetrics[] = {
