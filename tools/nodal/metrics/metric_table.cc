@@ -41,9 +41,7 @@ constexpr FamilyDescription kFamilies[] = {
      "monitors."},
     {kVm, "vm", "group, vm", true, "Each virtual machine, by its group and its name."},
     {kWorld, "world", "group, name", false,
-     "Each user world that is not a virtual machine. A host may have many, and each new one adds a time series to each "
-     "of "
-     "these metrics."},
+     "Each user world that is not a virtual machine. Each new one adds a time series to each of these metrics."},
     {kPool, "pool", "numa_node, pool", true,
      "Each pool of large pages of each NUMA node; pshare is the pool of page sharing."},
     {kBuddy, "buddy", "buddy, numa_node, buffer_bytes", true,
