@@ -15,7 +15,9 @@ struct RangeOptions {
   std::string folder;
   std::string from = {};
   std::string to = {};
-  std::string step = {};  // such as 1m: only the first sample of each step; empty: all samples
+  std::string step = {};      // such as 1m: only the first sample of each step; empty: all samples
+  bool isQuiet = false;       // tells no damage
+  bool lastOfSecond = false;  // instead of the first sample of a step, the last one in its second, as DIR@TIME has
 };
 
 class HistoryRange {
@@ -31,7 +33,7 @@ class HistoryRange {
                                      const platkit::history::HostHeader &host)>;
 
   // Calls the visitor for each sample, in the order of time. With a filter, the samples have only some entries, and are
-  // read much faster. Prints to standard error how many samples were damaged. Throws a Failure.
+  // read much faster. Prints to standard error how many samples were damaged, unless it is quiet. Throws a Failure.
   void Visit(const platkit::history::KeyFilter *filter, const Visitor &visitor);
 
  private:
@@ -43,6 +45,8 @@ class HistoryRange {
   int64_t from_;
   int64_t to_;
   int64_t step_;  // in seconds; 0: all samples
+  bool lastOfSecond_;
+  bool isQuiet_;
   int64_t lastStep_ = -1;
   size_t lost_ = 0;
   size_t damagedParts_ = 0;

@@ -17,7 +17,8 @@ namespace nodal {
 // A figure of each row over time.
 struct SpanColumn {
   Column column;
-  // Whether the figure also has a band: how far below and above the value it was in any sample of the step.
+  // Whether the figure also has a band: how far below and above the value it was in any sample of the step, or below
+  // and above 0 if the value is not a number.
   bool hasBand;
   bool isOfMachines = false;  // only machines have the figure; other rows have no values
   std::vector<FigureChanges> values = {};
@@ -28,7 +29,7 @@ struct SpanColumn {
 struct SpanRecords {
   const Node *node;
   std::vector<SpanColumn> columns = {};
-  std::map<size_t, HVC_ReturnStatus> unreadable = {};  // by row: why the last read of the record failed
+  std::map<size_t, FigureChanges> unreadable = {};  // by row: the statuses with which the record could not be read
 };
 
 struct SpanFamily {
@@ -51,7 +52,7 @@ struct SpanUnreadableList {
   std::vector<std::pair<uint32_t, uint32_t>> instants = {};
 };
 
-// The instants are the first samples of the steps that have one.
+// The instants are the first samples of the steps that have one; of several in that second, the last.
 struct PageSpan {
   int64_t step = 0;                   // in seconds
   size_t samples = 0;                 // the number of samples in the span

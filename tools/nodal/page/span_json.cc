@@ -37,7 +37,12 @@ FigureChanges BandAround(const FigureChanges &values, const FigureChanges &kept,
         std::min(value == values.end() ? UINT32_MAX : value->instant, part == band.end() ? UINT32_MAX : part->instant);
     if (value != values.end() && value->instant == instant) ++value;
     if (part != band.end() && part->instant == instant) ++part;
-    const int64_t edge = ValueAt(values, instant).number + sign * ValueAt(band, instant).number;
+    const FigureValue exact = ValueAt(values, instant), inBand = ValueAt(band, instant);
+    if (exact.kind != FigureValue::kNumber || inBand.kind != FigureValue::kNumber) {
+      AddValue(around, instant, inBand);
+      continue;
+    }
+    const int64_t edge = exact.number + sign * inBand.number;
     const int64_t from = ValueAt(kept, instant).number;
     const int64_t reach = std::max<int64_t>(sign * (edge - from), 0);
     const bool isSmall = static_cast<double>(reach) <= tolerance * static_cast<double>(from);
@@ -85,8 +90,10 @@ std::string Encoded(const PageSpan &span, double tolerance) {
 
 OrderedJson RecordsToJson(const SpanRecords &records) {
   OrderedJson json = {{"record", records.node->record->name}, {"node", records.node->path}};
-  for (const auto &[row, status] : records.unreadable)
-    json["unreadable"].push_back({row, StatusText(status)});
+  for (const auto &[row, statuses] : records.unreadable) {
+    for (const auto &[instant, status] : statuses)
+      json["unreadable"].push_back({row, StatusText(static_cast<HVC_ReturnStatus>(status.number)), instant});
+  }
   OrderedJson &columns = json["fields"] = OrderedJson::array();
   for (const SpanColumn &column : records.columns) {
     columns.push_back(ColumnToJson(*records.node->record, column.column));

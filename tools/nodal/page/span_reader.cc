@@ -71,9 +71,7 @@ FigureValue ValueOf(const Column &column, std::span<const std::byte> record) {
   const std::span<const std::byte> bytes = column.BytesIn(record);
   if (!IsSigned(column.field->type) && IsNone(*column.field, bytes)) return {.kind = FigureValue::kAllOnes};
   const uint64_t number = IntegerOf(*column.field, bytes);
-  // No host has such large figures; only a forged history does.
-  const bool isTooLarge = !IsSigned(column.field->type) && number > INT64_MAX;
-  return isTooLarge ? NumberValue(INT64_MAX) : NumberValue(static_cast<int64_t>(number));
+  return NumberValue(IsSigned(column.field->type) ? static_cast<int64_t>(number) : AmountOf(number));
 }
 
 class SpanReader {
@@ -93,14 +91,19 @@ class SpanReader {
     HistoryRange steps({.folder = options_.folder,
                         .from = options_.from,
                         .to = options_.to,
-                        .step = std::to_string(span_.step) + "s"});
+                        .step = std::to_string(span_.step) + "s",
+                        .isQuiet = true,  // the bands have told of damage
+                        .lastOfSecond = true});
     progress_.Begin("steps", steps_);
     steps.Visit(nullptr, [this](const auto &info, const Sample &sample, const auto &header) {
       ThrowIfSignalled();
       progress_.Advance();
       AddSample(info, sample, header);
     });
+    if (span_.seconds.empty() && others_)
+      throw Failure(options_.folder, "another version recorded all samples" + RangeText() + ": the definitions differ");
     if (span_.seconds.empty()) throw NoSample();
+    if (others_) AddOthers(span_.seconds.back(), others_->second);
     span_.samples = bands.samples();
     return {.span = std::move(span_), .last = LastInstant(), .host = host_};
   }
@@ -127,7 +130,8 @@ class SpanReader {
     }
   }
 
-  Failure NoSample() const { return {options_.folder, "no sample from " + options_.from + " to " + options_.to}; }
+  std::string RangeText() const { return " from " + options_.from + " to " + options_.to; }
+  Failure NoSample() const { return {options_.folder, "no sample" + RangeText()}; }
 
   // Reasons can contain the release of the kernel, so an anonymized page has a fixed text instead.
   void AddEvent(SpanEvent event) {
@@ -141,14 +145,14 @@ class SpanReader {
 
   void AddSample(const SampleInfo &info, const Sample &sample, const platkit::history::HostHeader &header) {
     if (header.definitions.signature != platkit::OwnDefinitions().signature) {
-      isAfterOthers_ = true;
+      const int64_t second = SecondsOf(info.time.wall);
+      others_ = {others_ ? others_->first : second, second};
       return;
     }
     host_ = header.host;
     const auto instant = static_cast<uint32_t>(span_.seconds.size());
     const int64_t second = SecondsOf(info.time.wall);
-    if (std::exchange(isAfterOthers_, false) && instant > 0)
-      AddEvent({span_.seconds.back(), second, "the samples of another version were left out"});
+    if (others_) AddOthers(instant > 0 ? span_.seconds.back() : others_->first, second);
     span_.seconds.push_back(second);
     budget_.Take();
     std::vector<std::string> changed = ChangedPaths(sample);
@@ -167,6 +171,11 @@ class SpanReader {
     // A band can change although its figure does not.
     for (const auto &[path, place] : placesWithBands_)
       AddRecord(instant, path, place);
+  }
+
+  void AddOthers(int64_t from, int64_t to) {
+    AddEvent({from, to, "the samples of another version were left out"});
+    others_.reset();
   }
 
   std::vector<std::string> ChangedPaths(const Sample &sample) const {
@@ -234,7 +243,7 @@ class SpanReader {
     FigureValue missing;
     if (!isReadable && (isThere || HasFailed(path, entry))) {
       missing.kind = FigureValue::kUnreadable;
-      records.unreadable[place.row] = isThere ? HVC_SNAPSHOT_DAMAGED : StatusIn(entry);
+      AddStatus(records.unreadable[place.row], instant, isThere ? HVC_SNAPSHOT_DAMAGED : StatusIn(entry));
     }
     const SpanBands::Band *band = bands_->Find(path, span_.seconds.back() / span_.step);
     for (SpanColumn &column : records.columns) {
@@ -247,17 +256,24 @@ class SpanReader {
 
   void AddBand(SpanColumn &column, size_t row, uint32_t instant, const FigureValue &value,
                const SpanBands::Band *band) {
-    const bool hasBand = band != nullptr && value.kind == FigureValue::kNumber;
-    const auto part = [&](uint64_t large, uint64_t small) {
-      return hasBand && large > small ? NumberValue(static_cast<int64_t>(large - small)) : NumberValue(0);
-    };
-    const auto number = static_cast<uint64_t>(value.number);
-    Keep(column.below[row], instant, part(number, hasBand ? band->least : 0));
-    Keep(column.above[row], instant, part(hasBand ? band->largest : 0, number));
+    const bool isNumber = value.kind == FigureValue::kNumber;
+    FigureValue below = isNumber ? NumberValue(0) : FigureValue(), above = below;
+    if (band != nullptr) {
+      // The history may have grown since its bands were read.
+      below = NumberValue(value.number - (isNumber ? std::min(band->least, value.number) : band->least));
+      above = NumberValue(std::max(band->largest, value.number) - value.number);
+    }
+    Keep(column.below[row], instant, below);
+    Keep(column.above[row], instant, above);
   }
 
   void Keep(FigureChanges &changes, uint32_t instant, const FigureValue &value) {
     if (AddValue(changes, instant, value)) budget_.Take();
+  }
+
+  // A status takes as much memory as some figures, as part of the JSON.
+  void AddStatus(FigureChanges &statuses, uint32_t instant, HVC_ReturnStatus status) {
+    if (AddValue(statuses, instant, NumberValue(status))) budget_.Take(16);
   }
 
   bool HasFailed(const std::string &path, Entry &entry) const {
@@ -302,7 +318,8 @@ class SpanReader {
   size_t samples_ = 0;  // about the number of samples in the range
   size_t steps_ = 0;
   PageSpan span_;
-  bool isAfterOthers_ = false;
+  // The first and the last second of the samples since the last instant whose definitions differ.
+  std::optional<std::pair<int64_t, int64_t>> others_;
   std::string host_;
   std::vector<SpanRows> rows_;  // by family
   Sample previous_;
@@ -319,10 +336,14 @@ int64_t StepOfSpan(int64_t seconds, int64_t least) {
   constexpr int64_t kSteps[] = {1,       2,           5,           10,           15,           30,
                                 kMinute, 2 * kMinute, 5 * kMinute, 10 * kMinute, 15 * kMinute, 30 * kMinute,
                                 kHour,   2 * kHour,   6 * kHour,   kDay};
+  // A forged history has samples at any interval.
+  const int64_t bounded = std::min(least, std::max(seconds, kMinute));
+  // Both ends of the span can be parts of steps.
+  constexpr int64_t kMostWhole = kMaxSteps - 2;
   for (const int64_t step : kSteps) {
-    if (step >= least && seconds / step < kMaxSteps) return step;
+    if (step >= bounded && seconds / step <= kMostWhole) return step;
   }
-  return std::max(least, seconds / kMaxSteps + 1);
+  return std::max(bounded, seconds / (kMostWhole + 1) + 1);
 }
 
 SpanReading ReadSpan(const RangeOptions &range, Pseudonyms *pseudonyms) { return SpanReader(range, pseudonyms).Read(); }

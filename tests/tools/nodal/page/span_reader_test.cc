@@ -1,6 +1,8 @@
 #include "tools/nodal/page/span_reader.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 
 #include "tests/tools/nodal/history/recorded.h"
 #include "tools/nodal/page/figure_budget.h"
@@ -57,6 +59,15 @@ TEST(StepOfSpan, IsAMinuteForADay) {
   EXPECT_EQ(StepOfSpan(31 * 24 * kHours, 5), 1800);
   EXPECT_EQ(StepOfSpan(0, 5), 5);
   EXPECT_LT(INT64_MAX / StepOfSpan(INT64_MAX, 5), 1500);
+  EXPECT_EQ(StepOfSpan(600, INT32_MAX / 1000), 600);
+}
+
+TEST(StepOfSpan, GivesAtMostAsManySteps) {
+  for (int64_t seconds = 1; seconds < 100'000'000; seconds += 1 + seconds / 500) {
+    const int64_t step = StepOfSpan(seconds, 1);
+    // The last second of a step is the first of the span.
+    EXPECT_LE((step - 1 + seconds) / step + 1, 1500) << seconds;
+  }
 }
 
 TEST(SpanReader, ReadsTheFirstSampleOfEachStep) {
@@ -73,6 +84,73 @@ TEST(SpanReader, ReadsTheFirstSampleOfEachStep) {
   // The second sample of a step has 50 KB more.
   EXPECT_EQ(ValueAt(consumed.below[row], 7), NumberValue(0));
   EXPECT_EQ(ValueAt(consumed.above[row], 7), NumberValue(50));
+}
+
+TEST(SpanReader, ReadsTheLastSampleOfASecond) {
+  Recorded history;
+  for (const int64_t millis : {0, 300, 600, 1000, 1500}) {
+    SampleInfo info = {.time = ClocksAt(0)};
+    info.time.wall += millis * 1'000'000;
+    info.time.boot += millis * 1'000'000;
+    history.Add(GroupsAt(millis), info);
+  }
+  history.host().intervalMillis = 300;
+  history.AddGroups(2, 3);
+  const PageSpan span = SpanOfHistory(history);
+  ASSERT_EQ(span.step, 1);
+  EXPECT_EQ(span.seconds, (std::vector<int64_t>{kStart, kStart + 1, kStart + 2}));
+  const SpanColumn &consumed = Consumed(span);
+  const size_t row = RowOfGroup(span, 1);
+  EXPECT_EQ(ValueAt(consumed.values[row], 0), NumberValue(1000 + 6000));
+  EXPECT_EQ(ValueAt(consumed.below[row], 0), NumberValue(6000));
+  EXPECT_EQ(ValueAt(consumed.values[row], 1), NumberValue(1000 + 15000));
+}
+
+// A sample in which group 1 consumes as much.
+Sample GroupOfSize(uint64_t consumed) {
+  Sample sample = GroupsOf({1});
+  Sample changed;
+  for (size_t i = 0; i < sample.size(); ++i) {
+    if (!sample[i].key.ends_with("memoryStats")) changed.Add(sample[i].key, sample[i].type, sample[i].payload);
+  }
+  GroupMemoryStatsRecord stats = {};
+  stats.consumed = consumed;
+  AddRecord(changed, "/sched/groups/1/stats/memoryStats", stats);
+  changed.Sort();
+  return changed;
+}
+
+// A history in steps of ten seconds, in which group 1 consumes as much, two samples a step.
+PageSpan SpanOfSizes(Recorded &history, std::initializer_list<uint64_t> sizes) {
+  int64_t second = 0;
+  for (const uint64_t size : sizes)
+    history.Add(GroupOfSize(size), 5 * second++);
+  history.AddGroups(8995, 9000);
+  return SpanOfHistory(history);
+}
+
+TEST(SpanReader, HasBandsOfStepsThatStartWithoutTheFigure) {
+  Recorded history;
+  const PageSpan span = SpanOfSizes(history, {100, 100, UINT64_MAX, 700, UINT64_MAX, UINT64_MAX});
+  ASSERT_EQ(span.step, 10);
+  const SpanColumn &consumed = Consumed(span);
+  const size_t row = RowOfGroup(span, 1);
+  EXPECT_EQ(ValueAt(consumed.values[row], 1).kind, FigureValue::kAllOnes);
+  EXPECT_EQ(ValueAt(consumed.below[row], 1), NumberValue(-700));
+  EXPECT_EQ(ValueAt(consumed.above[row], 1), NumberValue(700));
+  EXPECT_EQ(ValueAt(consumed.above[row], 2), FigureValue());
+}
+
+// Only a forged history has them.
+TEST(SpanReader, BoundsAmounts) {
+  Recorded history;
+  const PageSpan span = SpanOfSizes(history, {UINT64_MAX - 1, 1, 1, UINT64_MAX - 1});
+  const SpanColumn &consumed = Consumed(span);
+  const size_t row = RowOfGroup(span, 1);
+  EXPECT_EQ(ValueAt(consumed.values[row], 0), NumberValue(INT64_MAX));
+  EXPECT_EQ(ValueAt(consumed.below[row], 0), NumberValue(INT64_MAX - 1));
+  EXPECT_EQ(ValueAt(consumed.above[row], 0), NumberValue(0));
+  EXPECT_EQ(ValueAt(consumed.above[row], 1), NumberValue(INT64_MAX - 1));
 }
 
 TEST(SpanReader, ReadsARange) {
@@ -123,6 +201,19 @@ TEST(SpanReader, GivesAReusedIdentifierARowOfItsOwn) {
   EXPECT_EQ(ValueAt(Consumed(span).values[2], 1), NumberValue(100));
 }
 
+TEST(SpanReader, NamesTheHostWhenItsNameCanBeRead) {
+  Recorded history;
+  history.Add(GroupsOf({1}), 0);
+  Sample sample = GroupsOf({1});
+  const GroupNameRecord record = {.name = "host"};
+  AddRecord(sample, "/sched/groups/0/groupName", record);
+  sample.Sort();
+  history.Add(std::move(sample), 5);
+  const PageSpan span = SpanOfHistory(history);
+  ASSERT_EQ(span.groups.rows.size(), 2u);
+  EXPECT_EQ(span.groups.rows[0].name, "host");
+}
+
 TEST(SpanReader, TellsWhatCouldNotBeRead) {
   Recorded history;
   history.Add(GroupsOf({1}), 0);
@@ -143,6 +234,45 @@ TEST(SpanReader, TellsWhatCouldNotBeRead) {
   ASSERT_EQ(span.unreadableLists.size(), 1u);
   EXPECT_EQ(span.unreadableLists[0].path, "/system/heaps");
   EXPECT_EQ(span.unreadableLists[0].instants, (std::vector<std::pair<uint32_t, uint32_t>>{{1, 2}}));
+}
+
+// The group's memory, whose read failed with this status, if it did.
+Sample GroupReadWith(HVC_ReturnStatus status) {
+  if (status == HVC_OK) return GroupsOf({1});
+  Sample sample;
+  const int64_t member = 1;
+  sample.Add("/sched/groups/0/members/groups", platkit::history::ValueType::kIntegers,
+             std::as_bytes(std::span(&member, 1)));
+  AddRecord(sample, "failed:/sched/groups/1/stats/memoryStats", status);
+  sample.Sort();
+  return sample;
+}
+
+TEST(SpanReader, KeepsTheReasonsOfFailedReadsByTime) {
+  Recorded history;
+  int64_t second = 0;
+  for (const HVC_ReturnStatus status : {HVC_NO_PERMISSION, HVC_NO_PERMISSION, HVC_OK, HVC_NO_MEMORY})
+    history.Add(GroupReadWith(status), 5 * second++);
+  const PageSpan span = SpanOfHistory(history);
+  const auto records = std::ranges::find(span.groups.records, nodes::sched_groups_stats_memoryStats.id(),
+                                         [](const SpanRecords &each) { return each.node->id; });
+  ASSERT_NE(records, span.groups.records.end());
+  EXPECT_EQ(records->unreadable.at(1),
+            (FigureChanges{{0, NumberValue(HVC_NO_PERMISSION)}, {3, NumberValue(HVC_NO_MEMORY)}}));
+}
+
+TEST(SpanReader, TellsOfDamageOnce) {
+  Recorded history;
+  history.AddGroups(0, 600);
+  std::fstream file(history.Segment(0), std::ios::in | std::ios::out | std::ios::binary);
+  file.seekp(static_cast<std::streamoff>(std::filesystem::file_size(history.Segment(0)) / 2));
+  file.write("damage", 6);
+  file.close();
+  testing::internal::CaptureStderr();
+  SpanOfHistory(history);
+  const std::string told = testing::internal::GetCapturedStderr();
+  EXPECT_NE(told.find("damaged"), std::string::npos) << told;
+  EXPECT_EQ(told.find("damaged part"), told.rfind("damaged part")) << told;
 }
 
 TEST(SpanReader, TellsOfGaps) {
@@ -169,6 +299,30 @@ TEST(SpanReader, LeavesOutSamplesOfOtherDefinitions) {
   EXPECT_EQ(span.seconds, (std::vector<int64_t>{kStart, kStart + 5, kStart + 20, kStart + 25}));
   ASSERT_EQ(span.events.size(), 1u);
   EXPECT_EQ(span.events[0].reasons, "the samples of another version were left out");
+}
+
+TEST(SpanReader, TellsOfOtherDefinitionsAtTheEnds) {
+  Recorded history;
+  const platkit::Definitions own = history.host().definitions;
+  history.host().definitions.signature += "x";
+  history.AddGroups(0, 10);
+  EXPECT_THROW(
+      try { SpanOfHistory(history); } catch (const Failure &failure) {
+        EXPECT_NE(std::string(failure.what()).find("definitions differ"), std::string::npos) << failure.what();
+        throw;
+      },
+      Failure);
+  history.host().definitions = own;
+  history.AddGroups(10, 20);
+  history.host().definitions.signature += "x";
+  history.AddGroups(20, 30);
+  const PageSpan span = SpanOfHistory(history);
+  EXPECT_EQ(span.seconds, (std::vector<int64_t>{kStart + 10, kStart + 15}));
+  ASSERT_EQ(span.events.size(), 2u);
+  EXPECT_EQ(span.events[0].from, kStart);
+  EXPECT_EQ(span.events[0].to, kStart + 10);
+  EXPECT_EQ(span.events[1].from, kStart + 15);
+  EXPECT_EQ(span.events[1].to, kStart + 25);
 }
 
 TEST(SpanReader, RefusesTooManyFigures) {

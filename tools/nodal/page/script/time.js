@@ -60,14 +60,15 @@ function detailsKey(details) {
   return `${details.closest('[id]').id} ${details.firstChild.textContent}`;
 }
 
-// The changes between two instants, as {row, before, after, change}, the largest first. A row that does not exist at an
-// instant has no value.
+// What changed between two instants: {row, before, after, change}, the largest changes first, then those whose change is
+// NaN: not available. A row that is not there has 0.
 function changesBetween(family, key, from, to, most) {
-  const value = (row, instant) => (family.isThere(row, instant) ? family.value(key, row, instant) : undefined);
+  const value = (row, instant) => (family.isThere(row, instant) ? family.value(key, row, instant) : 0);
+  const size = ({ change }) => Math.abs(change) || 0;
   return Array.from({ length: family.count }, (_, row) => ({ row, before: value(row, from), after: value(row, to) }))
     .filter(({ row, before, after }) => before !== after && (family !== host.groups || row > 0))
-    .map((each) => ({ ...each, change: (each.after ?? 0) - (each.before ?? 0) }))
-    .sort((a, b) => Math.abs(b.change) - Math.abs(a.change)).slice(0, most);
+    .map((each) => ({ ...each, change: each.after - each.before }))
+    .sort((a, b) => size(b) - size(a)).slice(0, most);
 }
 
 const mostChanges = 12;
@@ -84,7 +85,7 @@ function showChanges() {
 }
 
 function signedAmount(kb) {
-  return kb === undefined ? 'n/a' : `${kb < 0 ? '−' : kb > 0 ? '+' : ''}${amountText(Math.abs(kb))}`;
+  return isNaN(kb) ? 'n/a' : `${kb < 0 ? '−' : kb > 0 ? '+' : ''}${amountText(Math.abs(kb))}`;
 }
 
 function changeColumns(from, to) {
@@ -110,7 +111,7 @@ function hostChanges(from, to) {
 }
 
 function differenceOf([before, after]) {
-  return before.value === undefined || after.value === undefined ? undefined : after.value - before.value;
+  return after.value - before.value;
 }
 
 function stateName(state) {
