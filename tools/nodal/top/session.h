@@ -63,6 +63,9 @@ class Session {
   // Whether samples are to be taken one after the other.
   bool isRunning() const { return isRunning_; }
 
+  // Why the last step failed or left something out; empty: it did not.
+  std::string problem() const { return feed_.Problem(); }
+
   // The command that shows the same again.
   std::string CommandLine() const;
   bool wantsCommandLine() const { return wantsCommandLine_; }

@@ -33,7 +33,10 @@ void PrintSamples(Session &session, const TopOptions &options) {
   int64_t due = Now();
   for (uint64_t taken = 0; taken < count; ++taken) {
     if (taken > 0 && session.isRunning() && !PollForSignals({}, std::max<int64_t>(due - Now(), 0))) return;
-    if (!session.TakeSample()) return;
+    if (!session.TakeSample()) {
+      if (!session.problem().empty()) Complain(session.problem());
+      return;
+    }
     Print((taken > 0 ? "\n" : "") + session.BatchText());
     std::fflush(stdout);
     due = NextDue(due, options.interval);

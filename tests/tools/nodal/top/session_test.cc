@@ -1,10 +1,12 @@
 #include "tools/nodal/top/session.h"
 
+#include <algorithm>
 #include <fstream>
 
 #include "platkit/history/segment_reader.h"
 #include "tests/tools/nodal/history/recorded.h"
 #include "tests/tools/nodal/top/fake_host.h"
+#include "tools/nodal/support/output.h"
 
 namespace nodal::top {
 namespace {
@@ -410,24 +412,72 @@ TEST(TopSession, SpacePlaysAHistoryToItsEnd) {
   EXPECT_FALSE(session.isRunning());
 }
 
-TEST(TopSession, DamagedSamplesAreLeftOut) {
-  Recorded recorded;
-  recorded.AddGroups(0, 15);
+// Changes the last byte of a frame.
+void Damage(const Recorded &recorded, size_t frame) {
   const std::string file = recorded.Segment(0);
-  // The last byte of the middle frame.
   platkit::history::SegmentReader reader;
   platkit::history::HistoryFolder folder;
   ASSERT_EQ(folder.Open(recorded.path().c_str()), HVC_OK);
   ASSERT_EQ(reader.Open(folder.fd(), file.substr(file.rfind('/') + 1).c_str()), HVC_OK);
   std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
-  stream.seekp(static_cast<std::streamoff>(reader.frames()[2].start - 1));
+  const auto &damaged = reader.frames()[frame];
+  stream.seekp(static_cast<std::streamoff>(damaged.start + damaged.bytes - 1));
   stream.put('\x55');
-  stream.close();
+}
+
+TEST(TopSession, DamagedSamplesAreLeftOut) {
+  Recorded recorded;
+  recorded.AddGroups(0, 15);
+  Damage(recorded, 1);
   const std::unique_ptr<Feed> feed = OpenFeed(recorded.path() + "@2025-11-21T03:12:00Z", "");
   Session session(*feed, OptionsWith(ScreenId::kGroups, {"consumed"}));
   ASSERT_TRUE(session.TakeSample());
   session.Press(kKeyRight);
   EXPECT_NE(Shown(session).back().find("damaged"), std::string::npos) << Shown(session).back();
+}
+
+TEST(TopSession, ADamagedMomentIsRefused) {
+  Recorded recorded;
+  recorded.AddGroups(0, 15);
+  Damage(recorded, 2);
+  EXPECT_THROW(OpenFeed(recorded.path() + "@2025-11-21T03:12:10Z", ""), Failure);
+  EXPECT_NO_THROW(OpenFeed(recorded.path() + "@2025-11-21T03:12:05Z", ""));
+}
+
+TEST(TopSession, ADamagedEndOfAHistoryIsTold) {
+  Recorded recorded;
+  recorded.AddGroups(0, 15);
+  Damage(recorded, 2);
+  const std::unique_ptr<Feed> feed = OpenFeed(recorded.path() + "@2025-11-21T03:12:05Z", "");
+  Session session(*feed, OptionsWith(ScreenId::kGroups, {"consumed"}));
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(session.problem(), "");
+  EXPECT_FALSE(session.TakeSample());
+  EXPECT_EQ(session.problem(), "1 damaged sample left out");
+  const std::unique_ptr<Feed> last = OpenFeed(recorded.path(), "");
+  Session atEnd(*last, OptionsWith(ScreenId::kGroups, {"consumed"}));
+  ASSERT_TRUE(atEnd.TakeSample());
+  EXPECT_EQ(Table(atEnd).back(), "1 damaged sample left out");
+}
+
+TEST(TopSession, SamplesOfOtherDefinitionsAreLeftOut) {
+  Recorded recorded;
+  recorded.AddGroups(0, 10);
+  std::ranges::reverse(recorded.host().definitions.signature);
+  recorded.AddGroups(3600, 3610);
+  std::ranges::reverse(recorded.host().definitions.signature);
+  recorded.AddGroups(7200, 7205);
+  const std::unique_ptr<Feed> feed = OpenFeed(recorded.path() + "@2025-11-21T03:12:05Z", "");
+  Session session(*feed, OptionsWith(ScreenId::kGroups, {"consumed"}));
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(session.problem(), "");
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(feed->Time(), "2025-11-21T05:12:00Z");
+  EXPECT_EQ(session.problem(), "2 samples of other definitions left out");
+  session.Press(kKeyLeft);
+  EXPECT_EQ(feed->Time(), "2025-11-21T03:12:05Z");
+  EXPECT_EQ(session.problem(), "2 samples of other definitions left out");
+  EXPECT_THROW(OpenFeed(recorded.path() + "@2025-11-21T04:12:05Z", ""), Failure);
 }
 
 }  // namespace
