@@ -32,6 +32,7 @@ struct Row {
   std::string_view kind = {};  // of the instance: heap, buddy or pool
   std::string instance = {};
   bool isSharingPool = false;
+  bool isMachine = false;  // the group is a machine's
   const HostFigure *figure = nullptr;
 };
 

@@ -196,6 +196,33 @@ TEST(TopSession, RatesNeedTwoSamplesAndACounterThatGrows) {
                               "sum: 2 machines 35K >0K"}));
 }
 
+TEST(TopSession, FiguresOfTheHostDoNotAddUpOverItsMachines) {
+  FakeHost host;
+  host.Add({0, "host", -1, 1000}).AddMachine({1, "web", 0, 1}, 0).AddMachine({2, "mail", 0, 1}, 0);
+  FakeFeed feed({host, host});
+  Session session(feed, OptionsWith(ScreenId::kMachines, {"swapIn", "gblSwapIn", "gblSwapIn/s", "totalReg"}));
+  ASSERT_TRUE(session.TakeSample());
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(Table(session), (Strings{"web 0K 500K 0K 900K",   //
+                                     "mail 0K 500K 0K 900K",  //
+                                     "sum: 2 machines 0K"}));
+  Type(session, "i");
+  EXPECT_EQ(session.view().matches(), 0u) << "swapping by the host does not make a machine active";
+}
+
+TEST(TopSession, TheLimitsOfAMachineAreThoseOfItsMonitor) {
+  FakeHost host;
+  host.Add({0, "host", -1, 1000})
+      .AddMachine({1, "web", 0, 1, 800}, 0)
+      .Add({10, "other", 1, 1, 100})
+      .AddMonitor({11, "vmm", 1, 1, 600})
+      .AddMachine({2, "mail", 0, 1, 700}, 0);
+  FakeFeed feed({host});
+  Session session(feed, OptionsWith(ScreenId::kMachines, {"max"}));
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(Table(session), (Strings{"web 600K", "mail -", "2 machines"}));
+}
+
 TEST(TopSession, TheCursorFollowsItsRowAndStaysIfTheRowEnds) {
   FakeHost swapped;
   swapped.Add({0, "host", -1, 1000}).Add({1, "system", 0, 700}).Add({2, "user", 0, 200});
