@@ -140,7 +140,7 @@ std::string TextOf(const Reading &reading, const Column &column, size_t row) {
   const Row &own = reading.rows[row];
   if (!column.terms[0]) {
     if (own.figure == nullptr) return own.name;
-    if (column.name == "report") return std::string(own.figure->report);
+    if (column.name == "report") return own.figure->report.empty() ? "." : std::string(own.figure->report);
     return column.name == "meaning" ? std::string(own.figure->figure.Description()) : own.name;
   }
   const NodeRecords *records = reading.Of(column.terms[0].node);
