@@ -91,6 +91,14 @@ const NodeRecords *Reading::Of(platkit::NodeId node) const {
   return found == records.end() ? nullptr : &*found;
 }
 
+void Reading::MarkLate(const Reading *earlier) {
+  isOwnLate = earlier == nullptr || earlier->isOwnLate;
+  for (NodeRecords &each : records) {
+    const NodeRecords *known = earlier == nullptr ? nullptr : earlier->Of(static_cast<platkit::NodeId>(each.node->id));
+    each.isLate = known == nullptr || known->isLate;
+  }
+}
+
 Cell TermValue(const Term &term, std::span<const std::byte> record) {
   const platkit::RecordLayout &layout = LayoutOf(term);
   const Field &field = FieldAt(layout, term.offset);
@@ -134,6 +142,11 @@ Cell ColumnReader::operator()(size_t row) const {
     cell.number += part.number;
   }
   return cell;
+}
+
+bool ColumnReader::isLate() const {
+  if (parts_.empty()) return reading_.isOwnLate;
+  return std::ranges::any_of(parts_, [](const Part &part) { return part.records != nullptr && part.records->isLate; });
 }
 
 std::string TextOf(const Reading &reading, const Column &column, size_t row) {

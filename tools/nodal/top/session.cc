@@ -19,6 +19,26 @@ std::string Encoded(uint32_t code) {
           byte(0x80 | (code & 0x3f))};
 }
 
+// In octal, for a shell.
+std::string EscapedBytes(std::string_view bytes) {
+  std::string escaped;
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    escaped += '\\';
+    for (const int shift : {6, 3, 0})
+      escaped += static_cast<char>('0' + (byte >> shift & 7));
+  }
+  return escaped;
+}
+
+// Without control characters and invalid bytes, which would reach the terminal.
+std::string EscapedWord(const std::string &text) {
+  std::string quoted;
+  for (const char c : text)
+    quoted += (c == '\'' || c == '\\' ? "\\" : "") + std::string(1, c);
+  return "$'" + Escaped(quoted, EscapedBytes) + "'";
+}
+
 void RemoveLastCharacter(std::string &text) {
   while (!text.empty() && (static_cast<unsigned char>(text.back()) & 0xc0) == 0x80)
     text.pop_back();
@@ -34,6 +54,7 @@ std::string ShellWord(const std::string &text) {
   };
   if (!text.empty() && std::ranges::all_of(text, isPlain)) return text;
   std::string quoted = "'";
+  if (Printable(text) != text) return EscapedWord(text);
   for (const char c : text)
     quoted += c == '\'' ? "'\\''" : std::string(1, c);
   return quoted + "'";
@@ -72,7 +93,9 @@ void Session::ReadAgain(bool isOtherScreen) {
   } else if (isOtherScreen) {
     before_.reset();
   }
+  const std::optional<Reading> earlier = isOtherScreen ? std::nullopt : std::move(now_);
   now_ = Read(feed_.Now());
+  if (feed_.isLive()) now_->MarkLate(earlier ? &*earlier : nullptr);
   Update();
 }
 

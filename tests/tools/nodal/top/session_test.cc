@@ -210,6 +210,39 @@ TEST(TopSession, FiguresOfTheHostDoNotAddUpOverItsMachines) {
   EXPECT_EQ(session.view().matches(), 0u) << "swapping by the host does not make a machine active";
 }
 
+TEST(TopSession, WhatIsFirstReadDuringASampleGivesNoRateYet) {
+  FakeHost host;
+  host.Add({0, "host", -1, 1000}).AddMachine({1, "web", 0, 1}, 5);
+  FakeFeed feed({host, host, host});
+  SessionOptions options = OptionsWith(ScreenId::kMachines, {"swapIn/s"});
+  options.screen = ScreenId::kGroups;
+  Session session(feed, options);
+  ASSERT_TRUE(session.TakeSample());
+  Type(session, "2");
+  EXPECT_EQ(Table(session)[0], "web -");
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(Table(session)[0], "web -") << "the first reading was later than its sample";
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(Table(session)[0], "web 0K");
+  Type(session, "cq");
+  EXPECT_EQ(Table(session)[0], "web 0K") << "nothing else was read";
+}
+
+TEST(TopSession, NoTextOfASnapshotControlsTheTerminal) {
+  EXPECT_EQ(ShellWord("a\x1b]0;'\\\n\xff"), "$'a\\033]0;\\'\\\\\\012\\377'");
+  EXPECT_EQ(ShellWord("caf\u00e9"), "'caf\u00e9'");
+  EXPECT_EQ(ShellWord("\u202e"), "$'\\342\\200\\256'");
+  FakeFeed feed({SmallHost()});
+  SessionOptions options = UsualOptions();
+  options.screen = ScreenId::kNodes;
+  options.settings[static_cast<size_t>(ScreenId::kNodes)].filter = "a\nb\x1b";
+  Session session(feed, options);
+  ASSERT_TRUE(session.TakeSample());
+  Type(session, "w");
+  for (const std::string &line : Shown(session, 200))
+    EXPECT_EQ(line.find_first_of("\n\x1b"), std::string::npos) << line;
+}
+
 TEST(TopSession, TheLimitsOfAMachineAreThoseOfItsMonitor) {
   FakeHost host;
   host.Add({0, "host", -1, 1000})
