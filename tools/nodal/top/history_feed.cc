@@ -154,6 +154,7 @@ class HistoryFeed final : public Feed {
   }
   std::string Kind() const override { return "history"; }
   bool isHistory() const override { return true; }
+  std::string Moment() const override { return folder_ + "@" + Time(); }
 
   std::string Problem() const override {
     std::string text;

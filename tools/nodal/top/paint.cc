@@ -162,23 +162,20 @@ void Session::PaintList(Frame &frame, size_t width, size_t height) {
   }
 }
 
-std::string Session::BatchText() const {
+void Session::WriteBatch(const std::function<void(std::string_view line)> &write) const {
   TablePainter painter(view_, *now_, settings(), options_.unit);
   painter.PlaceAll();
-  std::vector<Line> lines = {
-      {{feed_.Host() + "  " + feed_.Time() + "  " + feed_.Kind() + "  " + std::string(CurrentScreen().name)}}};
-  lines.push_back(painter.Headings());
-  for (const ShownRow &row : view_.rows())
-    lines.push_back(painter.RowLine(row, Style::kPlain));
-  lines.push_back(painter.SumLine());
-  if (!message_.empty()) lines.push_back({{Printable(message_)}});
-  std::string text;
-  for (const Line &line : lines) {
+  const auto writeLine = [&](const Line &line) {
     std::string shown = top::TextOf(line);
     shown.erase(shown.find_last_not_of(' ') + 1);
-    text += shown + "\n";
-  }
-  return text;
+    write(shown + "\n");
+  };
+  writeLine({{feed_.Host() + "  " + feed_.Time() + "  " + feed_.Kind() + "  " + std::string(CurrentScreen().name)}});
+  writeLine(painter.Headings());
+  for (const ShownRow &row : view_.rows())
+    writeLine(painter.RowLine(row, Style::kPlain));
+  writeLine(painter.SumLine());
+  if (!message_.empty()) writeLine({{Printable(message_)}});
 }
 
 }  // namespace nodal::top

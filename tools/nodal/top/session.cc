@@ -4,6 +4,7 @@
 #include <cctype>
 #include <utility>
 
+#include "tools/nodal/support/output.h"
 #include "tools/nodal/support/text.h"
 
 namespace nodal::top {
@@ -53,8 +54,8 @@ std::string ShellWord(const std::string &text) {
            std::string_view("_-./:=@%+,").find(c) != std::string_view::npos;
   };
   if (!text.empty() && std::ranges::all_of(text, isPlain)) return text;
-  std::string quoted = "'";
   if (Printable(text) != text) return EscapedWord(text);
+  std::string quoted = "'";
   for (const char c : text)
     quoted += c == '\'' ? "'\\''" : std::string(1, c);
   return quoted + "'";
@@ -82,6 +83,9 @@ bool Session::TakeSample(bool isBack) {
   now_ = Read(feed_.Now(), before == nullptr && before_ ? &*before_ : nullptr);
   feed_.AdaptTo(now_->groups);
   Update();
+  if (!std::exchange(hasSample_, true) && view_.isSubtreeGone())
+    throw Failure("--subtree " + settings().subtree,
+                  "the screen " + std::string(CurrentScreen().name) + " has no such row");
   return true;
 }
 
@@ -325,14 +329,16 @@ void Session::ToggleColumn(const ColumnChoice &choice) {
 
 std::string Session::CommandLine() const {
   const Settings &own = settings();
-  std::string line = "nodal" + options_.source + " top";
+  const std::string moment = feed_.Moment();
+  std::string line = "nodal" + (moment.empty() ? options_.source : " --cache " + ShellWord(moment)) + " top";
   if (options_.screen != ScreenId::kGroups) line += " --screen " + std::string(CurrentScreen().name);
   const Settings usual = DefaultSettings(CurrentScreen());
   if (own.columns != usual.columns) {
     std::string names;
     for (const ColumnChoice &choice : own.columns)
       names += (names.empty() ? "" : ":") + choice.name();
-    line += " --columns " + names;
+    // The name is always there, so that it alone means no other column.
+    line += " --columns " + (names.empty() ? kNameColumn.name.data() : names);
   }
   if (own.sort != usual.sort && own.sort.column != nullptr) line += " --sort " + own.sort.name();
   if (own.isAscending) line += " --reverse";

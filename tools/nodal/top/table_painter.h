@@ -20,7 +20,7 @@ class TablePainter {
   // For a terminal: as many columns as fit, with the one that sorts.
   void PlaceIn(size_t width);
 
-  // For a file: all columns, as wide as their texts.
+  // For a file: all columns, as wide as their texts. Long names are cut.
   void PlaceAll();
 
   Line Headings() const;

@@ -37,7 +37,8 @@ void PrintSamples(Session &session, const TopOptions &options) {
       if (!session.problem().empty()) Complain(session.problem());
       return;
     }
-    Print((taken > 0 ? "\n" : "") + session.BatchText());
+    if (taken > 0) Print("\n");
+    session.WriteBatch(Print);
     std::fflush(stdout);
     due = NextDue(due, options.interval);
   }

@@ -21,9 +21,15 @@ std::string Squeezed(const std::string &line) {
   return text;
 }
 
+std::string BatchText(const Session &session) {
+  std::string text;
+  session.WriteBatch([&](std::string_view line) { text += line; });
+  return text;
+}
+
 // The lines of the table, without the headings, and the line of sums.
 std::vector<std::string> Table(const Session &session) {
-  std::vector<std::string> lines = testing_support::Lines(session.BatchText());
+  std::vector<std::string> lines = testing_support::Lines(BatchText(session));
   lines.erase(lines.begin(), lines.begin() + 2);
   std::ranges::transform(lines, lines.begin(), Squeezed);
   return lines;
@@ -241,6 +247,42 @@ TEST(TopSession, NoTextOfASnapshotControlsTheTerminal) {
   Type(session, "w");
   for (const std::string &line : Shown(session, 200))
     EXPECT_EQ(line.find_first_of("\n\x1b"), std::string::npos) << line;
+}
+
+TEST(TopSession, TheCommandLineOfAViewWithoutColumnsIsValid) {
+  FakeFeed feed({SmallHost()});
+  Session session(feed, OptionsWith(ScreenId::kGroups, {}));
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(session.CommandLine(), "nodal top --columns name");
+}
+
+TEST(TopSession, TheCommandLineNamesTheShownMoment) {
+  Recorded recorded;
+  recorded.AddGroups(0, 15);
+  const std::unique_ptr<Feed> feed = OpenFeed(recorded.path(), "");
+  Session session(*feed, UsualOptions());
+  ASSERT_TRUE(session.TakeSample());
+  session.Press(kKeyLeft);
+  EXPECT_EQ(session.CommandLine(), "nodal --cache " + recorded.path() + "@2025-11-21T03:12:05Z top");
+}
+
+TEST(TopSession, LongNamesAreCutInAFile) {
+  FakeHost host;
+  host.Add({0, "host", -1, 1});
+  for (int64_t id = 1; id <= 30; ++id)
+    host.Add({id, std::string(60, 'x'), id - 1, 1});
+  FakeFeed feed({host});
+  Session session(feed, OptionsWith(ScreenId::kGroups, {"consumed"}));
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(Table(session)[30], std::string(42, ' ') + std::string(37, 'x') + "~ 1K");
+}
+
+TEST(TopSession, ASubtreeThatNeverWasIsAFailure) {
+  FakeFeed feed({SmallHost()});
+  SessionOptions options = UsualOptions();
+  options.settings[0].subtree = "77";
+  Session session(feed, options);
+  EXPECT_THROW(session.TakeSample(), Failure);
 }
 
 TEST(TopSession, TheLimitsOfAMachineAreThoseOfItsMonitor) {
