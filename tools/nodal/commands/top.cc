@@ -102,7 +102,9 @@ Run DeclareTop(OptionSet &options, const SourceOptions &source) {
   options.AddFlag("--reverse", texts->isReversed, "Sort in the other direction");
   options.Add("--filter TEXT", texts->filter, "Show only rows whose name contains this text, in either case")
       .NotEmpty();
-  options.Add("--subtree GROUP", texts->subtree, "Show only the group with this number and everything below it")
+  options
+      .Add("--subtree GROUP", texts->subtree,
+           "Show only this row and everything below it: the number of a group, or such as 'node 1' of the nodes")
       .NotEmpty();
   options.AddFlag("--flat", texts->isFlat, "Show a list instead of a tree");
   options.AddFlag("--hide-idle", texts->hidesIdle, "Hide rows whose shown figures are all 0");

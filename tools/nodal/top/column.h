@@ -15,11 +15,12 @@
 namespace nodal::top {
 
 enum class Use : uint8_t {
-  kText,     // a text of the record
-  kLevel,    // how much there is now; those of several rows add up
-  kCounter,  // only grows, and adds up; NAME/s is its change per second
-  kSetting,  // a limit, a share or an identifier: does not add up, and is no sign of activity
-  kRow,      // each row shows a figure of its own
+  kText,         // a text of the record
+  kLevel,        // how much there is now; those of several rows add up
+  kCounter,      // only grows, and adds up; NAME/s is its change per second
+  kHostCounter,  // a counter of the whole host: each row has the same figure, which does not add up
+  kSetting,      // a limit, a share or an identifier: does not add up, and is no sign of activity
+  kRow,          // each row shows a figure of its own
 };
 
 // A field of a node's record.
@@ -56,6 +57,7 @@ struct Column {
   Quantity ShownQuantity() const;
   std::string_view Description() const;
   bool isSum() const { return !sumOf[0].empty(); }
+  bool isCounter() const { return use == Use::kCounter || use == Use::kHostCounter; }
   bool AddsUp() const { return use == Use::kLevel || use == Use::kCounter; }
 };
 

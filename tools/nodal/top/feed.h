@@ -37,6 +37,9 @@ class Feed {
   virtual bool isLive() const { return false; }
   virtual bool isHistory() const { return false; }
 
+  // The path that opens the present sample of a history; else empty.
+  virtual std::string Moment() const { return ""; }
+
   // A problem of the last step, for the user.
   virtual std::string Problem() const { return ""; }
 };

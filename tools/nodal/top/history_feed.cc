@@ -117,25 +117,23 @@ struct HistorySample {
 
 class HistoryFeed final : public Feed {
  public:
-  HistoryFeed(const std::string &folder, const std::string &time) : cursor_(folder) {
+  HistoryFeed(const std::string &folder, const std::string &time) : folder_(folder), cursor_(folder) {
     const History::Span span = cursor_.Span();
     const std::string path = folder + "@" + time;
     std::optional<int64_t> second = span.last;
     if (!time.empty()) second = platkit::history::ParseTime(time, span.last);
     if (!second) throw MomentFailure(path, HVC_BAD_PARAM);
     if (*second < span.first || *second > span.validTo) throw MomentFailure(path, HVC_OUT_OF_RANGE);
+    if (!time.empty()) CheckMoment(path);
     const std::optional<HistoryCursor::Place> place = cursor_.FindLast(*second);
-    if (place) now_ = ReadFrom(*place, true);
+    now_ = ReadFrom(place, true, skipped_);
+    if (now_ == nullptr && skipped_.others > 0) throw Failure(folder, HVC_DEFINITIONS_DIFFER);
     if (now_ == nullptr) throw MomentFailure(path, HVC_SNAPSHOT_DAMAGED);
-    if (now_->moment.host.definitions.signature != platkit::OwnDefinitions().signature)
-      throw Failure(folder, HVC_DEFINITIONS_DIFFER);
-    before_ = NeighbourOf(*now_, true);
-    problem_.clear();
+    before_ = NeighbourOf(*now_, true, skippedBefore_);
   }
 
   // The first call has nothing to read: the constructor has read the first sample.
   bool Step(bool isBack) override {
-    problem_.clear();
     if (!std::exchange(isTaken_, true)) return true;
     return isBack ? StepBack() : StepForth();
   }
@@ -156,51 +154,81 @@ class HistoryFeed final : public Feed {
   }
   std::string Kind() const override { return "history"; }
   bool isHistory() const override { return true; }
-  std::string Problem() const override { return problem_; }
+  std::string Moment() const override { return folder_ + "@" + Time(); }
+
+  std::string Problem() const override {
+    std::string text;
+    if (skipped_.damaged > 0) text = Plural(skipped_.damaged, "damaged sample");
+    if (skipped_.others > 0)
+      text += (text.empty() ? "" : " and ") + Plural(skipped_.others, "sample") + " of other definitions";
+    return text.empty() ? text : text + " left out";
+  }
 
  private:
   using SamplePointer = std::unique_ptr<HistorySample>;
 
-  // The sample at a place, or the next readable one in that direction. Null if there is none.
-  SamplePointer ReadFrom(std::optional<HistoryCursor::Place> place, bool isBack) {
-    size_t lost = 0;
+  // How many samples a step left out.
+  struct Skipped {
+    size_t damaged = 0;
+    size_t others = 0;  // of other definitions: their records may differ from those of this program
+  };
+
+  // A moment that the user named is shown or refused, never replaced by an earlier one.
+  static void CheckMoment(const std::string &path) {
+    platkit::Moment moment;
+    const HVC_ReturnStatus status = platkit::ReadMoment(path.c_str(), moment);
+    if (status == HVC_NO_MEMORY) throw std::bad_alloc();
+    if (status != HVC_OK) throw MomentFailure(path, status);
+    if (!IsOwn(moment)) throw Failure(path, HVC_DEFINITIONS_DIFFER);
+  }
+
+  static bool IsOwn(const platkit::Moment &moment) {
+    return moment.host.definitions.signature == platkit::OwnDefinitions().signature;
+  }
+
+  // The sample at a place, or the next one in that direction that can be shown. Null if there is none.
+  SamplePointer ReadFrom(std::optional<HistoryCursor::Place> place, bool isBack, Skipped &skipped) {
+    skipped = {};
     while (place) {
       auto sample = std::make_unique<HistorySample>(*place);
-      if (cursor_.Read(*place, sample->moment)) {
-        return sample;
-      }
-      problem_ = Plural(++lost, "damaged sample") + " left out";
+      const bool isRead = cursor_.Read(*place, sample->moment);
+      if (isRead && IsOwn(sample->moment)) return sample;
+      ++(isRead ? skipped.others : skipped.damaged);
       place = cursor_.Neighbour(*place, isBack);
     }
     return nullptr;
   }
 
-  SamplePointer NeighbourOf(const HistorySample &sample, bool isBack) {
-    return ReadFrom(cursor_.Neighbour(sample.place, isBack), isBack);
+  SamplePointer NeighbourOf(const HistorySample &sample, bool isBack, Skipped &skipped) {
+    return ReadFrom(cursor_.Neighbour(sample.place, isBack), isBack, skipped);
   }
 
   bool StepForth() {
-    SamplePointer next = NeighbourOf(*now_, false);
+    SamplePointer next = NeighbourOf(*now_, false, skipped_);
     if (next == nullptr) {
       cursor_.Reopen();
-      next = NeighbourOf(*now_, false);
+      next = NeighbourOf(*now_, false, skipped_);
     }
     if (next == nullptr) return false;
     before_ = std::exchange(now_, std::move(next));
+    skippedBefore_ = skipped_;
     return true;
   }
 
   bool StepBack() {
+    skipped_ = skippedBefore_;
     if (before_ == nullptr) return false;
     now_ = std::move(before_);
-    before_ = NeighbourOf(*now_, true);
+    before_ = NeighbourOf(*now_, true, skippedBefore_);
     return true;
   }
 
+  const std::string folder_;
   HistoryCursor cursor_;
   SamplePointer now_, before_;
   bool isTaken_ = false;
-  std::string problem_;
+  Skipped skipped_;        // by the last step
+  Skipped skippedBefore_;  // between the present sample and the one before
 };
 
 }  // namespace

@@ -32,7 +32,7 @@ constexpr Column kHostColumns[] = {
 #define PSHARE(name, use) \
   { {#name, use, {TOP_FIELD(memory_pshare_stats, name)}}, "pshare-stats" }
 #define HINTS(name, use) \
-  { {#name, use, {TOP_FIELD(memory_pshare_stats, name)}}, "pshare-hint-stats" }
+  { {#name, use, {TOP_FIELD(memory_pshare_stats, name)}}, "pshareHint-stats" }
 
 constexpr HostFigure kFigures[] = {
     {{.name = "memState",
@@ -60,7 +60,7 @@ constexpr HostFigure kFigures[] = {
     {ENTRIES("numSoft", LOWER(1), HIGHER(3)), "comp-stats"},
     {ENTRIES("numHard", LOWER(2), HIGHER(4)), "comp-stats"},
     {ENTRIES("numLow", LOWER(3)), "comp-stats"},
-    {{"numVMs", kLevel, {TOP_FIELD(sched_globalStats_numVMs, numVMs)}}, "lpool-stats"},
+    {{"numVMs", kLevel, {TOP_FIELD(sched_globalStats_numVMs, numVMs)}}, ""},
     PSHARE(cow, kLevel),
     PSHARE(cow1, kLevel),
     PSHARE(zero, kLevel),

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "tools/nodal/support/text.h"
 #include "tools/nodal/top/session.h"
 #include "tools/nodal/top/table_painter.h"
 
@@ -36,7 +37,7 @@ constexpr std::string_view kHelp[] = {
 constexpr std::string_view kKeys = "? help  s sort  c columns  / filter  t flat  i idle  space stop  q quit";
 
 // A line of the whole width, in one style.
-Line FullLine(std::string_view text, size_t width, Style style) { return {{Fit(text, width), style}}; }
+Line FullLine(std::string_view text, size_t width, Style style) { return {{Fit(Printable(text), width), style}}; }
 
 }  // namespace
 
@@ -83,9 +84,9 @@ std::string Session::StateText() const {
   if (own.hidesIdle) text += "idle hidden  ";
   if (!own.subtree.empty()) {
     const auto row = std::ranges::find(now_->rows, own.subtree, &Row::key);
-    text += "below " + (row == now_->rows.end() ? own.subtree : row->name) + "  ";
+    text += "below " + (row == now_->rows.end() ? Printable(own.subtree) : row->name) + "  ";
   }
-  if (!own.filter.empty()) text += "filter: " + own.filter;
+  if (!own.filter.empty()) text += "filter: " + Printable(own.filter);
   return text;
 }
 
@@ -161,23 +162,20 @@ void Session::PaintList(Frame &frame, size_t width, size_t height) {
   }
 }
 
-std::string Session::BatchText() const {
+void Session::WriteBatch(const std::function<void(std::string_view line)> &write) const {
   TablePainter painter(view_, *now_, settings(), options_.unit);
   painter.PlaceAll();
-  std::vector<Line> lines = {
-      {{feed_.Host() + "  " + feed_.Time() + "  " + feed_.Kind() + "  " + std::string(CurrentScreen().name)}}};
-  lines.push_back(painter.Headings());
-  for (const ShownRow &row : view_.rows())
-    lines.push_back(painter.RowLine(row, Style::kPlain));
-  lines.push_back(painter.SumLine());
-  if (!message_.empty()) lines.push_back({{message_}});
-  std::string text;
-  for (const Line &line : lines) {
+  const auto writeLine = [&](const Line &line) {
     std::string shown = top::TextOf(line);
     shown.erase(shown.find_last_not_of(' ') + 1);
-    text += shown + "\n";
-  }
-  return text;
+    write(shown + "\n");
+  };
+  writeLine({{feed_.Host() + "  " + feed_.Time() + "  " + feed_.Kind() + "  " + std::string(CurrentScreen().name)}});
+  writeLine(painter.Headings());
+  for (const ShownRow &row : view_.rows())
+    writeLine(painter.RowLine(row, Style::kPlain));
+  writeLine(painter.SumLine());
+  if (!message_.empty()) writeLine({{Printable(message_)}});
 }
 
 }  // namespace nodal::top

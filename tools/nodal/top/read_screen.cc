@@ -2,6 +2,7 @@
 #include <charconv>
 #include <memory>
 #include <new>
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -176,7 +177,7 @@ class ScreenReader {
   int AddMachine(int64_t group) {
     GroupFlagsRecord flags = {};
     if (GetOf(nodes::sched_groups_groupFlags, group, flags) != HVC_OK || (flags.flags & HVC_GROUP_VM) == 0) return -1;
-    Row row = {.key = std::to_string(group), .name = "?", .group = group};
+    Row row = {.key = std::to_string(group), .name = "?", .group = group, .isMachine = true};
     GroupNameRecord name = {};
     if (GetOf(nodes::sched_groups_groupName, group, name) == HVC_OK) row.name = Printable(TextOfField(name.name));
     AddClients(row, flags.flags);
@@ -216,17 +217,20 @@ class ScreenReader {
     MemInfoRecord info = {};
     const bool hasNodes = Get(nodes::memory_memInfo, {}, info) == HVC_OK;
     const uint32_t count = hasNodes ? std::min(info.numNodes, kMaxNodes) : 0;
-    std::vector<Row> buddies = Buddies();
+    std::unordered_map<int64_t, std::vector<Row>> buddies;
+    std::vector<Row> others;  // of no known node
+    for (Row &buddy : Buddies()) {
+      const bool isOfNode = buddy.numaNode >= 0 && buddy.numaNode < int64_t{count};
+      (isOfNode ? buddies[buddy.numaNode] : others).push_back(std::move(buddy));
+    }
     for (int64_t node = 0; node < count; ++node) {
       const std::string number = std::to_string(node);
       const int parent = AddRow({.key = "node " + number, .name = "node " + number, .numaNode = node});
-      for (Row &buddy : buddies) {
-        if (buddy.numaNode == node) AddBelow(parent, std::move(buddy));
-      }
-      std::erase_if(buddies, [node](const Row &buddy) { return buddy.numaNode == node || buddy.key.empty(); });
+      for (Row &buddy : buddies[node])
+        AddBelow(parent, std::move(buddy));
       AddPools(parent, node);
     }
-    for (Row &buddy : buddies)
+    for (Row &buddy : others)
       AddRow(std::move(buddy));
   }
 
@@ -289,6 +293,8 @@ class ScreenReader {
   // HVC_NOT_FOUND: rows of this kind have no such record.
   HVC_ReturnStatus GetRecordOf(const Node &node, const Row &row, std::span<std::byte> record) {
     // The pool of page sharing has its own node, with the same record as the other pools.
+    if (row.isMachine && node.id == nodes::sched_groups_memAllocationInKB.id())
+      return GetMachineAllocation(row.group, record);
     const bool isOfSharingPool = row.isSharingPool && node.id == nodes::memory_lpage_nodeList_vmPools.id();
     const Node &own = isOfSharingPool ? nodes::memory_lpage_nodeList_psharePool : node;
     NODAL_Param arguments[Node::kMaxArguments];
@@ -296,6 +302,29 @@ class ScreenReader {
       if (!SetArgument(own, i, row, arguments[i])) return HVC_NOT_FOUND;
     }
     return ThrowIfOutOfMemory(source_.Get(own, std::span(arguments, own.recordArguments()), record));
+  }
+
+  // The limits of a machine are those of its monitor's group; the other figures are the machine's own.
+  HVC_ReturnStatus GetMachineAllocation(int64_t group, std::span<std::byte> record) {
+    GroupAllocRecord machine = {}, monitor = {};
+    const std::optional<int64_t> child = MonitorGroupOf(group);
+    if (!child || GetOf(nodes::sched_groups_memAllocationInKB, group, machine) != HVC_OK ||
+        GetOf(nodes::sched_groups_memAllocationInKB, *child, monitor) != HVC_OK)
+      return HVC_NOT_INITIALIZED;
+    machine.min = monitor.min;
+    machine.max = monitor.max;
+    std::ranges::copy(std::as_bytes(std::span(&machine, 1)), record.begin());
+    return HVC_OK;
+  }
+
+  std::optional<int64_t> MonitorGroupOf(int64_t group) {
+    const NODAL_Param argument = IntParam(group);
+    for (const NODAL_Param &member : List(nodes::sched_groups_members_groups, std::span(&argument, 1))) {
+      GroupFlagsRecord flags = {};
+      if (GetOf(nodes::sched_groups_groupFlags, member.integer, flags) != HVC_OK) continue;
+      if ((flags.flags & HVC_GROUP_VMM_SUB_CONTAINER) != 0) return member.integer;
+    }
+    return std::nullopt;
   }
 
   static bool SetArgument(const Node &node, size_t index, const Row &row, NODAL_Param &argument) {

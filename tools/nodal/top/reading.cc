@@ -91,6 +91,14 @@ const NodeRecords *Reading::Of(platkit::NodeId node) const {
   return found == records.end() ? nullptr : &*found;
 }
 
+void Reading::MarkLate(const Reading *earlier) {
+  isOwnLate = earlier == nullptr || earlier->isOwnLate;
+  for (NodeRecords &each : records) {
+    const NodeRecords *known = earlier == nullptr ? nullptr : earlier->Of(static_cast<platkit::NodeId>(each.node->id));
+    each.isLate = known == nullptr || known->isLate;
+  }
+}
+
 Cell TermValue(const Term &term, std::span<const std::byte> record) {
   const platkit::RecordLayout &layout = LayoutOf(term);
   const Field &field = FieldAt(layout, term.offset);
@@ -136,11 +144,16 @@ Cell ColumnReader::operator()(size_t row) const {
   return cell;
 }
 
+bool ColumnReader::isLate() const {
+  if (parts_.empty()) return reading_.isOwnLate;
+  return std::ranges::any_of(parts_, [](const Part &part) { return part.records != nullptr && part.records->isLate; });
+}
+
 std::string TextOf(const Reading &reading, const Column &column, size_t row) {
   const Row &own = reading.rows[row];
   if (!column.terms[0]) {
     if (own.figure == nullptr) return own.name;
-    if (column.name == "report") return std::string(own.figure->report);
+    if (column.name == "report") return own.figure->report.empty() ? "." : std::string(own.figure->report);
     return column.name == "meaning" ? std::string(own.figure->figure.Description()) : own.name;
   }
   const NodeRecords *records = reading.Of(column.terms[0].node);

@@ -32,6 +32,7 @@ struct Row {
   std::string_view kind = {};  // of the instance: heap, buddy or pool
   std::string instance = {};
   bool isSharingPool = false;
+  bool isMachine = false;  // the group is a machine's
   const HostFigure *figure = nullptr;
 };
 
@@ -40,6 +41,7 @@ struct NodeRecords {
   const platkit::Node *node;
   std::vector<std::byte> bytes = {};
   std::vector<HVC_ReturnStatus> statuses = {};
+  bool isLate = false;  // read some time after the sample began, so that it gives no rate
 
   std::span<const std::byte> Of(size_t row) const {
     return std::span(bytes).subspan(row * node->record->size, node->record->size);
@@ -55,6 +57,7 @@ struct Reading {
   std::vector<Row> rows = {};
   std::vector<NodeRecords> records = {};
   std::vector<Cell> own = {};  // the figures of rows that show one of their own
+  bool isOwnLate = false;      // as in NodeRecords
   HostSummary host = {};
   std::string problem = {};  // a list that could not be read
   size_t groups = 0;         // groups that were found, including those without a row
@@ -62,6 +65,9 @@ struct Reading {
   bool hasClients = false;   // the rows of processes and machines have their clients
 
   const NodeRecords *Of(platkit::NodeId node) const;
+
+  // Marks what is not in `earlier`, a reading of the same screen and sample or null, as late.
+  void MarkLate(const Reading *earlier);
 };
 
 // Throws std::bad_alloc if memory runs out. Whatever else cannot be read is unavailable. Most names of control groups
@@ -74,6 +80,8 @@ class ColumnReader {
   ColumnReader(const Reading &reading, const Column &column);
 
   Cell operator()(size_t row) const;
+
+  bool isLate() const;
 
  private:
   struct Part {

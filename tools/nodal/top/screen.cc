@@ -21,8 +21,8 @@ std::span<const Screen> Screens() {
 std::vector<ColumnChoice> DefaultColumns(const Screen &screen) {
   std::vector<ColumnChoice> choices;
   for (const Column &column : screen.columns()) {
-    const bool hasRate = column.use == Use::kCounter || column.use == Use::kRow;
-    if (column.isDefault && column.use != Use::kCounter) choices.push_back({&column, false});
+    const bool hasRate = column.isCounter() || column.use == Use::kRow;
+    if (column.isDefault && !column.isCounter()) choices.push_back({&column, false});
     if (column.isDefault && hasRate && column.name != "percent") choices.push_back({&column, true});
   }
   return choices;
@@ -32,8 +32,7 @@ std::vector<ColumnChoice> AllColumns(const Screen &screen) {
   std::vector<ColumnChoice> choices;
   for (const Column &column : screen.columns()) {
     choices.push_back({&column, false});
-    if (column.use == Use::kCounter || (column.use == Use::kRow && column.name != "percent"))
-      choices.push_back({&column, true});
+    if (column.isCounter() || (column.use == Use::kRow && column.name != "percent")) choices.push_back({&column, true});
   }
   return choices;
 }

@@ -39,8 +39,8 @@ extern const Column kNameColumn;
 // The figures of the host, one a row.
 struct HostFigure {
   Column figure;
-  std::string_view report;
-  int constant = 0;  // added to the terms
+  std::string_view report;  // empty: no report prints the figure
+  int constant = 0;         // added to the terms
 };
 std::span<const HostFigure> HostFigures();
 

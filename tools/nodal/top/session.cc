@@ -4,6 +4,7 @@
 #include <cctype>
 #include <utility>
 
+#include "tools/nodal/support/output.h"
 #include "tools/nodal/support/text.h"
 
 namespace nodal::top {
@@ -17,6 +18,26 @@ std::string Encoded(uint32_t code) {
   if (code < 0x10000) return {byte(0xe0 | code >> 12), byte(0x80 | (code >> 6 & 0x3f)), byte(0x80 | (code & 0x3f))};
   return {byte(0xf0 | code >> 18), byte(0x80 | (code >> 12 & 0x3f)), byte(0x80 | (code >> 6 & 0x3f)),
           byte(0x80 | (code & 0x3f))};
+}
+
+// In octal, for a shell.
+std::string EscapedBytes(std::string_view bytes) {
+  std::string escaped;
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    escaped += '\\';
+    for (const int shift : {6, 3, 0})
+      escaped += static_cast<char>('0' + (byte >> shift & 7));
+  }
+  return escaped;
+}
+
+// Without control characters and invalid bytes, which would reach the terminal.
+std::string EscapedWord(const std::string &text) {
+  std::string quoted;
+  for (const char c : text)
+    quoted += (c == '\'' || c == '\\' ? "\\" : "") + std::string(1, c);
+  return "$'" + Escaped(quoted, EscapedBytes) + "'";
 }
 
 void RemoveLastCharacter(std::string &text) {
@@ -33,6 +54,7 @@ std::string ShellWord(const std::string &text) {
            std::string_view("_-./:=@%+,").find(c) != std::string_view::npos;
   };
   if (!text.empty() && std::ranges::all_of(text, isPlain)) return text;
+  if (Printable(text) != text) return EscapedWord(text);
   std::string quoted = "'";
   for (const char c : text)
     quoted += c == '\'' ? "'\\''" : std::string(1, c);
@@ -61,6 +83,9 @@ bool Session::TakeSample(bool isBack) {
   now_ = Read(feed_.Now(), before == nullptr && before_ ? &*before_ : nullptr);
   feed_.AdaptTo(now_->groups);
   Update();
+  if (!std::exchange(hasSample_, true) && view_.isSubtreeGone())
+    throw Failure("--subtree " + settings().subtree,
+                  "the screen " + std::string(CurrentScreen().name) + " has no such row");
   return true;
 }
 
@@ -72,7 +97,9 @@ void Session::ReadAgain(bool isOtherScreen) {
   } else if (isOtherScreen) {
     before_.reset();
   }
+  const std::optional<Reading> earlier = isOtherScreen ? std::nullopt : std::move(now_);
   now_ = Read(feed_.Now());
+  if (feed_.isLive()) now_->MarkLate(earlier ? &*earlier : nullptr);
   Update();
 }
 
@@ -302,14 +329,16 @@ void Session::ToggleColumn(const ColumnChoice &choice) {
 
 std::string Session::CommandLine() const {
   const Settings &own = settings();
-  std::string line = "nodal" + options_.source + " top";
+  const std::string moment = feed_.Moment();
+  std::string line = "nodal" + (moment.empty() ? options_.source : " --cache " + ShellWord(moment)) + " top";
   if (options_.screen != ScreenId::kGroups) line += " --screen " + std::string(CurrentScreen().name);
   const Settings usual = DefaultSettings(CurrentScreen());
   if (own.columns != usual.columns) {
     std::string names;
     for (const ColumnChoice &choice : own.columns)
       names += (names.empty() ? "" : ":") + choice.name();
-    line += " --columns " + names;
+    // The name is always there, so that it alone means no other column.
+    line += " --columns " + (names.empty() ? kNameColumn.name.data() : names);
   }
   if (own.sort != usual.sort && own.sort.column != nullptr) line += " --sort " + own.sort.name();
   if (own.isAscending) line += " --reverse";

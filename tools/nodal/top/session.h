@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -49,7 +50,7 @@ class Session {
  public:
   Session(Feed &feed, SessionOptions options);
 
-  // Takes the next sample. False if there is none.
+  // Takes the next sample. False if there is none. Throws a Failure if the first one lacks the chosen subtree.
   bool TakeSample(bool isBack = false);
 
   // False if the key quits.
@@ -57,11 +58,14 @@ class Session {
 
   Frame Paint(size_t width, size_t height);
 
-  // The whole table, for a file.
-  std::string BatchText() const;
+  // The whole table, for a file, line by line.
+  void WriteBatch(const std::function<void(std::string_view line)> &write) const;
 
   // Whether samples are to be taken one after the other.
   bool isRunning() const { return isRunning_; }
+
+  // Why the last step failed or left something out; empty: it did not.
+  std::string problem() const { return feed_.Problem(); }
 
   // The command that shows the same again.
   std::string CommandLine() const;
@@ -106,6 +110,7 @@ class Session {
   std::optional<Reading> now_, before_;
   View view_;
   bool isRunning_;
+  bool hasSample_ = false;
   bool wantsCommandLine_ = false;
   Mode mode_ = Mode::kTable;
   std::string message_;

@@ -31,11 +31,12 @@ void TablePainter::PlaceIn(size_t width) {
 }
 
 void TablePainter::PlaceAll() {
-  constexpr size_t kMaxIndent = 80;
+  constexpr size_t kMaxNameWidth = 80;
+  constexpr size_t kMaxIndent = kMaxNameWidth / 2;
   indent_ = kMaxIndent;
   nameWidth_ = WidthOf(SumLabel());
   for (const ShownRow &row : view_.rows())
-    nameWidth_ = std::max(nameWidth_, WidthOf(NameText(row)));
+    nameWidth_ = std::max(nameWidth_, std::min(WidthOf(NameText(row)), kMaxNameWidth));
   for (const ColumnChoice &choice : settings_.columns) {
     size_t width = std::max(WidthOf(Heading(choice)), WidthOf(SumText(choice)));
     for (const ShownRow &row : view_.rows())

@@ -20,7 +20,7 @@ class TablePainter {
   // Places columns for a terminal: as many as fit, and always the one that sorts.
   void PlaceIn(size_t width);
 
-  // Places all columns for a file, each as wide as its texts.
+  // Places all columns for a file, each as wide as its texts. Long names are cut.
   void PlaceAll();
 
   Line Headings() const;

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "tools/nodal/support/output.h"
+#include "tools/nodal/support/text.h"
 #include "tools/nodal/top/session.h"
 
 namespace nodal::top {
@@ -122,7 +123,7 @@ void Terminal::DrawLine(int y, const Line &line) {
   clrtoeol();
   for (const Span &span : line) {
     attrset(static_cast<int>(AttributesOf(span.style, hasColors)));
-    addstr(span.text.c_str());
+    addstr(Printable(span.text).c_str());
   }
   attrset(A_NORMAL);
 }

@@ -32,8 +32,12 @@ void PrintSamples(Session &session, const TopOptions &options) {
   int64_t due = Now();
   for (uint64_t taken = 0; taken < count; ++taken) {
     if (taken > 0 && session.isRunning() && !PollForSignals({}, std::max<int64_t>(due - Now(), 0))) return;
-    if (!session.TakeSample()) return;
-    Print((taken > 0 ? "\n" : "") + session.BatchText());
+    if (!session.TakeSample()) {
+      if (!session.problem().empty()) Complain(session.problem());
+      return;
+    }
+    if (taken > 0) Print("\n");
+    session.WriteBatch(Print);
     FlushOutput();
     due = NextDue(due, options.interval);
   }

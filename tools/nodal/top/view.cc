@@ -87,6 +87,8 @@ View::Cells View::Compute(const ColumnChoice &choice) {
 void View::AddRates(const Column &column, Cells &cells) const {
   std::optional<ColumnReader> before;
   if (before_ != nullptr) before.emplace(*before_, column);
+  // The seconds are those between the starts of the samples.
+  if (before && (before->isLate() || ColumnReader(*now_, column).isLate())) before.reset();
   for (size_t row = 0; row < cells.size(); ++row) {
     const HostFigure *own = now_->rows[row].figure;
     if (own != nullptr && own->figure.use != Use::kCounter) {

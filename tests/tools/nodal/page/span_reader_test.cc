@@ -251,14 +251,14 @@ Sample GroupReadWith(HVC_ReturnStatus status) {
 TEST(SpanReader, KeepsTheReasonsOfFailedReadsByTime) {
   Recorded history;
   int64_t second = 0;
-  for (const HVC_ReturnStatus status : {HVC_NO_PERMISSION, HVC_NO_PERMISSION, HVC_OK, HVC_NO_MEMORY})
+  for (const HVC_ReturnStatus status : {HVC_NO_PERMISSION, HVC_NO_PERMISSION, HVC_OK, HVC_IO_ERROR})
     history.Add(GroupReadWith(status), 5 * second++);
   const PageSpan span = SpanOfHistory(history);
   const auto records = std::ranges::find(span.groups.records, nodes::sched_groups_stats_memoryStats.id(),
                                          [](const SpanRecords &each) { return each.node->id; });
   ASSERT_NE(records, span.groups.records.end());
   EXPECT_EQ(records->unreadable.at(1),
-            (FigureChanges{{0, NumberValue(HVC_NO_PERMISSION)}, {3, NumberValue(HVC_NO_MEMORY)}}));
+            (FigureChanges{{0, NumberValue(HVC_NO_PERMISSION)}, {3, NumberValue(HVC_IO_ERROR)}}));
 }
 
 TEST(SpanReader, TellsOfDamageOnce) {

@@ -45,6 +45,12 @@ class FakeHost {
     return Add(group);
   }
 
+  // Makes the group the monitor of the machine above it.
+  FakeHost &AddMonitor(const Group &group) {
+    monitors_.push_back(group.id);
+    return Add(group);
+  }
+
   FakeHost &AddMember(int64_t group, int64_t member) {
     members_[group].push_back(member);
     return *this;
@@ -67,11 +73,18 @@ class FakeHost {
     for (const auto &[id, swapIn] : machines_) {
       VmSwapInfoRecord swap = {};
       swap.swapIn = swapIn;
+      swap.gblSwapIn = 500;
+      swap.totalReg = 900;
       AddRecord(sample, "/sched/memClients/" + std::to_string(id + 1000) + "/swapInfo", swap);
       VmmLeaderIDRecord monitor = {};
       monitor.vmmLeaderID = static_cast<uint32_t>(id + 1000);
       AddRecord(sample, "/worldGroups/" + std::to_string(id) + "/vmmLeaderID", monitor);
       AddClient(sample, id, HVC_GROUP_VM);
+    }
+    for (const int64_t id : monitors_) {
+      GroupFlagsRecord flags = {};
+      flags.flags = HVC_GROUP_VMM_SUB_CONTAINER;
+      AddRecord(sample, Path(id) + "/groupFlags", flags);
     }
     sample.Sort();
     return sample;
@@ -112,6 +125,7 @@ class FakeHost {
   std::map<int64_t, std::vector<int64_t>> members_;
   std::map<int64_t, uint64_t> processes_;
   std::map<int64_t, uint64_t> machines_;
+  std::vector<int64_t> monitors_;
 };
 
 // host: system (web, mail), user, each with the sizes in KB.

@@ -77,6 +77,10 @@ TEST(TopScreen, TheHostHasTheFiguresOfItsReports) {
     for (const std::string &name : ColumnsOfReport(report))
       EXPECT_TRUE(figures.contains(name)) << report << " " << name;
   }
+  std::set<std::string_view> reports;
+  for (const HostFigure &figure : HostFigures())
+    reports.insert(figure.report);
+  EXPECT_EQ(reports, (std::set<std::string_view>{"", "comp-stats", "pshare-stats", "pshareHint-stats"}));
 }
 
 TEST(TopScreen, OnlyCountersHaveRates) {

@@ -1,10 +1,12 @@
 #include "tools/nodal/top/session.h"
 
+#include <algorithm>
 #include <fstream>
 
 #include "platkit/history/segment_reader.h"
 #include "tests/tools/nodal/history/recorded.h"
 #include "tests/tools/nodal/top/fake_host.h"
+#include "tools/nodal/support/output.h"
 
 namespace nodal::top {
 namespace {
@@ -19,9 +21,15 @@ std::string Squeezed(const std::string &line) {
   return text;
 }
 
+std::string BatchText(const Session &session) {
+  std::string text;
+  session.WriteBatch([&](std::string_view line) { text += line; });
+  return text;
+}
+
 // The rows of the table and the line of sums, without the headings.
 std::vector<std::string> Table(const Session &session) {
-  std::vector<std::string> lines = testing_support::Lines(session.BatchText());
+  std::vector<std::string> lines = testing_support::Lines(BatchText(session));
   lines.erase(lines.begin(), lines.begin() + 2);
   std::ranges::transform(lines, lines.begin(), Squeezed);
   return lines;
@@ -192,6 +200,102 @@ TEST(TopSession, RatesNeedTwoSamplesAndACounterThatGrows) {
   EXPECT_EQ(rates(), (Strings{"web 30K 0K",  //
                               "mail 5K -",   //
                               "sum: 2 machines 35K >0K"}));
+}
+
+TEST(TopSession, FiguresOfTheHostDoNotAddUpOverItsMachines) {
+  FakeHost host;
+  host.Add({0, "host", -1, 1000}).AddMachine({1, "web", 0, 1}, 0).AddMachine({2, "mail", 0, 1}, 0);
+  FakeFeed feed({host, host});
+  Session session(feed, OptionsWith(ScreenId::kMachines, {"swapIn", "gblSwapIn", "gblSwapIn/s", "totalReg"}));
+  ASSERT_TRUE(session.TakeSample());
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(Table(session), (Strings{"web 0K 500K 0K 900K",   //
+                                     "mail 0K 500K 0K 900K",  //
+                                     "sum: 2 machines 0K"}));
+  Type(session, "i");
+  EXPECT_EQ(session.view().matches(), 0u) << "swapping by the host does not make a machine active";
+}
+
+TEST(TopSession, WhatIsFirstReadDuringASampleGivesNoRateYet) {
+  FakeHost host;
+  host.Add({0, "host", -1, 1000}).AddMachine({1, "web", 0, 1}, 5);
+  FakeFeed feed({host, host, host});
+  SessionOptions options = OptionsWith(ScreenId::kMachines, {"swapIn/s"});
+  options.screen = ScreenId::kGroups;
+  Session session(feed, options);
+  ASSERT_TRUE(session.TakeSample());
+  Type(session, "2");
+  EXPECT_EQ(Table(session)[0], "web -");
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(Table(session)[0], "web -") << "the first reading was later than its sample";
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(Table(session)[0], "web 0K");
+  Type(session, "cq");
+  EXPECT_EQ(Table(session)[0], "web 0K") << "nothing else was read";
+}
+
+TEST(TopSession, NoTextOfASnapshotControlsTheTerminal) {
+  EXPECT_EQ(ShellWord("a\x1b]0;'\\\n\xff"), "$'a\\033]0;\\'\\\\\\012\\377'");
+  EXPECT_EQ(ShellWord("caf\u00e9"), "'caf\u00e9'");
+  EXPECT_EQ(ShellWord("\u202e"), "$'\\342\\200\\256'");
+  FakeFeed feed({SmallHost()});
+  SessionOptions options = UsualOptions();
+  options.screen = ScreenId::kNodes;
+  options.settings[static_cast<size_t>(ScreenId::kNodes)].filter = "a\nb\x1b";
+  Session session(feed, options);
+  ASSERT_TRUE(session.TakeSample());
+  Type(session, "w");
+  for (const std::string &line : Shown(session, 200))
+    EXPECT_EQ(line.find_first_of("\n\x1b"), std::string::npos) << line;
+}
+
+TEST(TopSession, TheCommandLineOfAViewWithoutColumnsIsValid) {
+  FakeFeed feed({SmallHost()});
+  Session session(feed, OptionsWith(ScreenId::kGroups, {}));
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(session.CommandLine(), "nodal top --columns name");
+}
+
+TEST(TopSession, TheCommandLineNamesTheShownMoment) {
+  Recorded recorded;
+  recorded.AddGroups(0, 15);
+  const std::unique_ptr<Feed> feed = OpenFeed(recorded.path(), "");
+  Session session(*feed, UsualOptions());
+  ASSERT_TRUE(session.TakeSample());
+  session.Press(kKeyLeft);
+  EXPECT_EQ(session.CommandLine(), "nodal --cache " + recorded.path() + "@2025-11-21T03:12:05Z top");
+}
+
+TEST(TopSession, LongNamesAreCutInAFile) {
+  FakeHost host;
+  host.Add({0, "host", -1, 1});
+  for (int64_t id = 1; id <= 30; ++id)
+    host.Add({id, std::string(60, 'x'), id - 1, 1});
+  FakeFeed feed({host});
+  Session session(feed, OptionsWith(ScreenId::kGroups, {"consumed"}));
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(Table(session)[30], std::string(42, ' ') + std::string(37, 'x') + "~ 1K");
+}
+
+TEST(TopSession, ASubtreeThatNeverWasIsAFailure) {
+  FakeFeed feed({SmallHost()});
+  SessionOptions options = UsualOptions();
+  options.settings[0].subtree = "77";
+  Session session(feed, options);
+  EXPECT_THROW(session.TakeSample(), Failure);
+}
+
+TEST(TopSession, TheLimitsOfAMachineAreThoseOfItsMonitor) {
+  FakeHost host;
+  host.Add({0, "host", -1, 1000})
+      .AddMachine({1, "web", 0, 1, 800}, 0)
+      .Add({10, "other", 1, 1, 100})
+      .AddMonitor({11, "vmm", 1, 1, 600})
+      .AddMachine({2, "mail", 0, 1, 700}, 0);
+  FakeFeed feed({host});
+  Session session(feed, OptionsWith(ScreenId::kMachines, {"max"}));
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(Table(session), (Strings{"web 600K", "mail -", "2 machines"}));
 }
 
 TEST(TopSession, TheCursorFollowsItsRowAndStaysIfTheRowEnds) {
@@ -410,24 +514,72 @@ TEST(TopSession, SpacePlaysAHistoryToItsEnd) {
   EXPECT_FALSE(session.isRunning());
 }
 
-TEST(TopSession, DamagedSamplesAreLeftOut) {
-  Recorded recorded;
-  recorded.AddGroups(0, 15);
+// Changes the last byte of a frame.
+void Damage(const Recorded &recorded, size_t frame) {
   const std::string file = recorded.Segment(0);
-  // The last byte of the middle frame.
   platkit::history::SegmentReader reader;
   platkit::history::HistoryFolder folder;
   ASSERT_EQ(folder.Open(recorded.path().c_str()), HVC_OK);
   ASSERT_EQ(reader.Open(folder.fd(), file.substr(file.rfind('/') + 1).c_str()), HVC_OK);
   std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
-  stream.seekp(static_cast<std::streamoff>(reader.frames()[2].start - 1));
+  const auto &damaged = reader.frames()[frame];
+  stream.seekp(static_cast<std::streamoff>(damaged.start + damaged.bytes - 1));
   stream.put('\x55');
-  stream.close();
+}
+
+TEST(TopSession, DamagedSamplesAreLeftOut) {
+  Recorded recorded;
+  recorded.AddGroups(0, 15);
+  Damage(recorded, 1);
   const std::unique_ptr<Feed> feed = OpenFeed(recorded.path() + "@2025-11-21T03:12:00Z", "");
   Session session(*feed, OptionsWith(ScreenId::kGroups, {"consumed"}));
   ASSERT_TRUE(session.TakeSample());
   session.Press(kKeyRight);
   EXPECT_NE(Shown(session).back().find("damaged"), std::string::npos) << Shown(session).back();
+}
+
+TEST(TopSession, ADamagedMomentIsRefused) {
+  Recorded recorded;
+  recorded.AddGroups(0, 15);
+  Damage(recorded, 2);
+  EXPECT_THROW(OpenFeed(recorded.path() + "@2025-11-21T03:12:10Z", ""), Failure);
+  EXPECT_NO_THROW(OpenFeed(recorded.path() + "@2025-11-21T03:12:05Z", ""));
+}
+
+TEST(TopSession, ADamagedEndOfAHistoryIsTold) {
+  Recorded recorded;
+  recorded.AddGroups(0, 15);
+  Damage(recorded, 2);
+  const std::unique_ptr<Feed> feed = OpenFeed(recorded.path() + "@2025-11-21T03:12:05Z", "");
+  Session session(*feed, OptionsWith(ScreenId::kGroups, {"consumed"}));
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(session.problem(), "");
+  EXPECT_FALSE(session.TakeSample());
+  EXPECT_EQ(session.problem(), "1 damaged sample left out");
+  const std::unique_ptr<Feed> last = OpenFeed(recorded.path(), "");
+  Session atEnd(*last, OptionsWith(ScreenId::kGroups, {"consumed"}));
+  ASSERT_TRUE(atEnd.TakeSample());
+  EXPECT_EQ(Table(atEnd).back(), "1 damaged sample left out");
+}
+
+TEST(TopSession, SamplesOfOtherDefinitionsAreLeftOut) {
+  Recorded recorded;
+  recorded.AddGroups(0, 10);
+  std::ranges::reverse(recorded.host().definitions.signature);
+  recorded.AddGroups(3600, 3610);
+  std::ranges::reverse(recorded.host().definitions.signature);
+  recorded.AddGroups(7200, 7205);
+  const std::unique_ptr<Feed> feed = OpenFeed(recorded.path() + "@2025-11-21T03:12:05Z", "");
+  Session session(*feed, OptionsWith(ScreenId::kGroups, {"consumed"}));
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(session.problem(), "");
+  ASSERT_TRUE(session.TakeSample());
+  EXPECT_EQ(feed->Time(), "2025-11-21T05:12:00Z");
+  EXPECT_EQ(session.problem(), "2 samples of other definitions left out");
+  session.Press(kKeyLeft);
+  EXPECT_EQ(feed->Time(), "2025-11-21T03:12:05Z");
+  EXPECT_EQ(session.problem(), "2 samples of other definitions left out");
+  EXPECT_THROW(OpenFeed(recorded.path() + "@2025-11-21T04:12:05Z", ""), Failure);
 }
 
 }  // namespace
