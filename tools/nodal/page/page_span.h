@@ -28,7 +28,7 @@ struct SpanColumn {
 struct SpanRecords {
   const Node *node;
   std::vector<SpanColumn> columns = {};
-  std::map<size_t, HVC_ReturnStatus> unreadable = {};  // by row: why the record could not be read last
+  std::map<size_t, FigureChanges> unreadable = {};  // by row: the statuses with which the record could not be read
 };
 
 struct SpanFamily {

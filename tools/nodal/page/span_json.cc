@@ -85,8 +85,10 @@ std::string Encoded(const PageSpan &span, double tolerance) {
 
 OrderedJson RecordsToJson(const SpanRecords &records) {
   OrderedJson json = {{"record", records.node->record->name}, {"node", records.node->path}};
-  for (const auto &[row, status] : records.unreadable)
-    json["unreadable"].push_back({row, StatusText(status)});
+  for (const auto &[row, statuses] : records.unreadable) {
+    for (const auto &[instant, status] : statuses)
+      json["unreadable"].push_back({row, StatusText(static_cast<HVC_ReturnStatus>(status.number)), instant});
+  }
   OrderedJson &columns = json["fields"] = OrderedJson::array();
   for (const SpanColumn &column : records.columns) {
     columns.push_back(ColumnToJson(*records.node->record, column.column));

@@ -6,6 +6,7 @@
 //   span             step: seconds; samples: in the span; tolerance: see PackedSpan; events: [from, to, reasons] with
 //                    times in seconds since 1970
 //   fields           have no values; band: true if the column has a band
+//   unreadable       [row, reason, instant]: from this instant, it is why the record could not be read where it was not
 //   unreadableLists  [path, reason, [from, to, from, to...]]: from these instants to before the others
 //
 // The bytes are an EncodedColumn for each column, in the order of the JSON. A family begins with a column that is 1

@@ -234,7 +234,7 @@ class SpanReader {
     FigureValue missing;
     if (!isReadable && (isThere || HasFailed(path, entry))) {
       missing.kind = FigureValue::kUnreadable;
-      records.unreadable[place.row] = isThere ? HVC_SNAPSHOT_DAMAGED : StatusIn(entry);
+      AddStatus(records.unreadable[place.row], instant, isThere ? HVC_SNAPSHOT_DAMAGED : StatusIn(entry));
     }
     const SpanBands::Band *band = bands_->Find(path, span_.seconds.back() / span_.step);
     for (SpanColumn &column : records.columns) {
@@ -258,6 +258,11 @@ class SpanReader {
 
   void Keep(FigureChanges &changes, uint32_t instant, const FigureValue &value) {
     if (AddValue(changes, instant, value)) budget_.Take();
+  }
+
+  // A status takes as much memory as some figures, as part of the JSON.
+  void AddStatus(FigureChanges &statuses, uint32_t instant, HVC_ReturnStatus status) {
+    if (AddValue(statuses, instant, NumberValue(status))) budget_.Take(16);
   }
 
   bool HasFailed(const std::string &path, Entry &entry) const {

@@ -145,6 +145,31 @@ TEST(SpanReader, TellsWhatCouldNotBeRead) {
   EXPECT_EQ(span.unreadableLists[0].instants, (std::vector<std::pair<uint32_t, uint32_t>>{{1, 2}}));
 }
 
+// The group's memory, whose read failed with this status, if it did.
+Sample GroupReadWith(HVC_ReturnStatus status) {
+  if (status == HVC_OK) return GroupsOf({1});
+  Sample sample;
+  const int64_t member = 1;
+  sample.Add("/sched/groups/0/members/groups", platkit::history::ValueType::kIntegers,
+             std::as_bytes(std::span(&member, 1)));
+  AddRecord(sample, "failed:/sched/groups/1/stats/memoryStats", status);
+  sample.Sort();
+  return sample;
+}
+
+TEST(SpanReader, KeepsTheReasonsOfFailedReadsByTime) {
+  Recorded history;
+  int64_t second = 0;
+  for (const HVC_ReturnStatus status : {HVC_NO_PERMISSION, HVC_NO_PERMISSION, HVC_OK, HVC_IO_ERROR})
+    history.Add(GroupReadWith(status), 5 * second++);
+  const PageSpan span = SpanOfHistory(history);
+  const auto records = std::ranges::find(span.groups.records, nodes::sched_groups_stats_memoryStats.id(),
+                                         [](const SpanRecords &each) { return each.node->id; });
+  ASSERT_NE(records, span.groups.records.end());
+  EXPECT_EQ(records->unreadable.at(1),
+            (FigureChanges{{0, NumberValue(HVC_NO_PERMISSION)}, {3, NumberValue(HVC_IO_ERROR)}}));
+}
+
 TEST(SpanReader, TellsOfGaps) {
   Recorded history;
   history.AddGroups(0, 20);

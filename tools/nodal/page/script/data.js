@@ -28,7 +28,10 @@ class Family {
     this.columns = new Map();
     for (const record of json.records) {
       record.positions = positions(record, json.count);
-      record.reasons = new Map(record.unreadable);
+      record.reasons = new Map();
+      for (const [row, reason, from = 0] of record.unreadable ?? []) {
+        record.reasons.set(row, [...(record.reasons.get(row) ?? []), { reason, from }]);
+      }
       for (const field of record.fields) this.columns.set(`${record.record}.${field.name}`, { record, field });
     }
   }
@@ -65,13 +68,13 @@ class Family {
 
   hasRecord(name, row) {
     const record = this.json.records.find((each) => each.record === name);
-    return Boolean(record) && this.isThere(row) && rawValue(record, record.fields[0], row, now.instant) !== null;
+    return Boolean(record) && this.isThere(row) && record.fields.some((field) => rawValue(record, field, row, now.instant) !== null);
   }
 
   // Why the record of a row could not be read, if it is so.
   reason(record, row, instant = now.instant) {
-    const { series } = record.fields[0];
-    return series && series.at(row, instant) !== unreadable ? undefined : record.reasons.get(row);
+    const isUnreadable = record.fields.some(({ series }) => !series || series.at(row, instant) === unreadable);
+    return isUnreadable ? record.reasons.get(row)?.findLast(({ from }) => from <= instant)?.reason : undefined;
   }
 
   // The records that a row has, or should have.

@@ -65,7 +65,7 @@ function recordTable(record, row) {
   // A page of a span has some figures only for machines.
   const fields = record.fields.filter((field) => !field.series || field.series.hasAny(row));
   const figures = fields.map((field) => host.groups.figure(`${record.record}.${field.name}`, row));
-  const reason = record.reasons.get(row);
+  const reason = host.groups.reason(record, row);
   const caption = `${record.record} of ${pathOf(figures[0])}${reason ? ` could not be read: ${reason}` : ''}`;
   if (reason) return element('p', { class: 'na' }, caption);
   const rows = figures.map((figure) => element('tr', {}, rowHeader(figure.field.name),
