@@ -20,6 +20,9 @@ struct FigureValue {
 
 inline FigureValue NumberValue(int64_t number) { return {.kind = FigureValue::kNumber, .number = number}; }
 
+// No host has more than the largest number; only a forged history does.
+inline int64_t AmountOf(uint64_t number) { return number > INT64_MAX ? INT64_MAX : static_cast<int64_t>(number); }
+
 struct FigureChange {
   uint32_t instant;
   FigureValue value;  // from this instant to the next change

@@ -5,6 +5,7 @@
 #include "platkit/history/moment.h"
 #include "platkit/path.h"
 #include "tools/nodal/history/figure.h"
+#include "tools/nodal/page/figure_changes.h"
 #include "tools/nodal/snapshot/record_json.h"
 #include "tools/nodal/support/signals.h"
 #include "tools/nodal/tree/field_value.h"
@@ -52,11 +53,11 @@ void SpanBands::AddSample(const Sample &sample, int64_t step) {
     Series &series = inOrder_[i]->second;
     if (series.field == nullptr || entry.payload.size() != series.node->record->size) continue;
     const auto bytes = BytesOfField(*series.field, entry.payload);
-    if (!IsNone(*series.field, bytes)) AddValue(series, step, IntegerOf(*series.field, bytes));
+    if (!IsNone(*series.field, bytes)) AddValue(series, step, AmountOf(IntegerOf(*series.field, bytes)));
   }
 }
 
-void SpanBands::AddValue(Series &series, int64_t step, uint64_t value) {
+void SpanBands::AddValue(Series &series, int64_t step, int64_t value) {
   if (series.bands.empty() || series.bands.back().step != step) {
     budget_.Take();
     series.bands.push_back({step, value, value});

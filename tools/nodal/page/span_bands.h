@@ -23,8 +23,8 @@ class SpanBands {
  public:
   struct Band {
     int64_t step;
-    uint64_t least;
-    uint64_t largest;
+    int64_t least;
+    int64_t largest;
   };
 
   // Reads the figures from all samples of the range. Steps have this length in seconds. Advances the progress
@@ -52,7 +52,7 @@ class SpanBands {
   using PathSeries = std::pair<const std::string, Series>;
 
   void AddSample(const platkit::history::Sample &sample, int64_t step);
-  void AddValue(Series &series, int64_t step, uint64_t value);
+  void AddValue(Series &series, int64_t step, int64_t value);
   PathSeries &SeriesOf(std::string_view path);
 
   FigureBudget &budget_;

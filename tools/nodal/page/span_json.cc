@@ -37,7 +37,12 @@ FigureChanges BandAround(const FigureChanges &values, const FigureChanges &kept,
         std::min(value == values.end() ? UINT32_MAX : value->instant, part == band.end() ? UINT32_MAX : part->instant);
     if (value != values.end() && value->instant == instant) ++value;
     if (part != band.end() && part->instant == instant) ++part;
-    const int64_t edge = ValueAt(values, instant).number + sign * ValueAt(band, instant).number;
+    const FigureValue exact = ValueAt(values, instant), inBand = ValueAt(band, instant);
+    if (exact.kind != FigureValue::kNumber || inBand.kind != FigureValue::kNumber) {
+      AddValue(around, instant, inBand);
+      continue;
+    }
+    const int64_t edge = exact.number + sign * inBand.number;
     const int64_t from = ValueAt(kept, instant).number;
     const int64_t reach = std::max<int64_t>(sign * (edge - from), 0);
     const bool isSmall = static_cast<double>(reach) <= tolerance * static_cast<double>(from);

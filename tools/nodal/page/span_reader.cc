@@ -71,9 +71,7 @@ FigureValue ValueOf(const Column &column, std::span<const std::byte> record) {
   const std::span<const std::byte> bytes = column.BytesIn(record);
   if (!IsSigned(column.field->type) && IsNone(*column.field, bytes)) return {.kind = FigureValue::kAllOnes};
   const uint64_t number = IntegerOf(*column.field, bytes);
-  // No host has as much; only a forged history does.
-  const bool isTooLarge = !IsSigned(column.field->type) && number > INT64_MAX;
-  return isTooLarge ? NumberValue(INT64_MAX) : NumberValue(static_cast<int64_t>(number));
+  return NumberValue(IsSigned(column.field->type) ? static_cast<int64_t>(number) : AmountOf(number));
 }
 
 class SpanReader {
@@ -247,13 +245,15 @@ class SpanReader {
 
   void AddBand(SpanColumn &column, size_t row, uint32_t instant, const FigureValue &value,
                const SpanBands::Band *band) {
-    const bool hasBand = band != nullptr && value.kind == FigureValue::kNumber;
-    const auto part = [&](uint64_t large, uint64_t small) {
-      return hasBand && large > small ? NumberValue(static_cast<int64_t>(large - small)) : NumberValue(0);
-    };
-    const auto number = static_cast<uint64_t>(value.number);
-    Keep(column.below[row], instant, part(number, hasBand ? band->least : 0));
-    Keep(column.above[row], instant, part(hasBand ? band->largest : 0, number));
+    const bool isNumber = value.kind == FigureValue::kNumber;
+    FigureValue below = isNumber ? NumberValue(0) : FigureValue(), above = below;
+    if (band != nullptr) {
+      // The history may have grown since its bands were read.
+      below = NumberValue(value.number - (isNumber ? std::min(band->least, value.number) : band->least));
+      above = NumberValue(std::max(band->largest, value.number) - value.number);
+    }
+    Keep(column.below[row], instant, below);
+    Keep(column.above[row], instant, above);
   }
 
   void Keep(FigureChanges &changes, uint32_t instant, const FigureValue &value) {

@@ -40,9 +40,10 @@ Extremes ExtremesOf(const SpanColumn *column, size_t instants) {
   if (column == nullptr || column->values.empty()) return extremes;
   for (uint32_t i = 0; i < instants; ++i) {
     const FigureValue value = ValueAt(column->values[0], i);
-    if (value.kind != FigureValue::kNumber) continue;
-    const int64_t least = value.number - ValueAt(column->below[0], i).number;
-    const int64_t largest = value.number + ValueAt(column->above[0], i).number;
+    const FigureValue below = ValueAt(column->below[0], i), above = ValueAt(column->above[0], i);
+    if (below.kind != FigureValue::kNumber) continue;
+    const int64_t least = value.number - below.number;
+    const int64_t largest = value.number + above.number;
     if (!extremes.least || least < extremes.least->value) extremes.least = {least, i};
     if (!extremes.largest || largest > extremes.largest->value) extremes.largest = {largest, i};
   }

@@ -75,6 +75,53 @@ TEST(SpanReader, ReadsTheFirstSampleOfEachStep) {
   EXPECT_EQ(ValueAt(consumed.above[row], 7), NumberValue(50));
 }
 
+// A sample in which group 1 consumes as much.
+Sample GroupOfSize(uint64_t consumed) {
+  Sample sample = GroupsOf({1});
+  Sample changed;
+  for (size_t i = 0; i < sample.size(); ++i) {
+    if (!sample[i].key.ends_with("memoryStats")) changed.Add(sample[i].key, sample[i].type, sample[i].payload);
+  }
+  GroupMemoryStatsRecord stats = {};
+  stats.consumed = consumed;
+  AddRecord(changed, "/sched/groups/1/stats/memoryStats", stats);
+  changed.Sort();
+  return changed;
+}
+
+// A history in steps of ten seconds, in which group 1 consumes as much, two samples a step.
+PageSpan SpanOfSizes(Recorded &history, std::initializer_list<uint64_t> sizes) {
+  int64_t second = 0;
+  for (const uint64_t size : sizes)
+    history.Add(GroupOfSize(size), 5 * second++);
+  history.AddGroups(8995, 9000);
+  return SpanOfHistory(history);
+}
+
+TEST(SpanReader, HasBandsOfStepsThatStartWithoutTheFigure) {
+  Recorded history;
+  const PageSpan span = SpanOfSizes(history, {100, 100, UINT64_MAX, 700, UINT64_MAX, UINT64_MAX});
+  ASSERT_EQ(span.step, 10);
+  const SpanColumn &consumed = Consumed(span);
+  const size_t row = RowOfGroup(span, 1);
+  EXPECT_EQ(ValueAt(consumed.values[row], 1).kind, FigureValue::kAllOnes);
+  EXPECT_EQ(ValueAt(consumed.below[row], 1), NumberValue(-700));
+  EXPECT_EQ(ValueAt(consumed.above[row], 1), NumberValue(700));
+  EXPECT_EQ(ValueAt(consumed.above[row], 2), FigureValue());
+}
+
+// Only a forged history has them.
+TEST(SpanReader, BoundsAmounts) {
+  Recorded history;
+  const PageSpan span = SpanOfSizes(history, {UINT64_MAX - 1, 1, 1, UINT64_MAX - 1});
+  const SpanColumn &consumed = Consumed(span);
+  const size_t row = RowOfGroup(span, 1);
+  EXPECT_EQ(ValueAt(consumed.values[row], 0), NumberValue(INT64_MAX));
+  EXPECT_EQ(ValueAt(consumed.below[row], 0), NumberValue(INT64_MAX - 1));
+  EXPECT_EQ(ValueAt(consumed.above[row], 0), NumberValue(0));
+  EXPECT_EQ(ValueAt(consumed.above[row], 1), NumberValue(INT64_MAX - 1));
+}
+
 TEST(SpanReader, ReadsARange) {
   Recorded history;
   history.AddGroups(0, 7300);

@@ -75,7 +75,7 @@ function drawLane(pen, lane, top) {
   if (lane.isState) return drawStates(pen, lane, first, last, y, bottom);
   for (let from = first, to; from <= last; from = to + 1) {
     for (to = from; to < last && Number.isFinite(lane.values[to]) && Number.isFinite(lane.values[to + 1]) && !lanes.breaks.has(to + 1); ) ++to;
-    if (Number.isFinite(lane.values[from])) drawPart(pen, lane, from, to, y);
+    if (Number.isFinite(lane.highs[from])) drawPart(pen, lane, from, to, y);
   }
   context.fillStyle = color('bad');
   for (const instant of lane.spikes) if (instant >= first && instant <= last) drawSpike(context, xOf(time.seconds[instant]), lane.isDip ? bottom : top, lane.isDip ? -1 : 1);

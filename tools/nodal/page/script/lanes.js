@@ -46,12 +46,10 @@ function groupLane(row) {
 function makeLane(lane) {
   const { field } = lane.family.columns.get(lane.key);
   const count = time.seconds.length;
-  const all = (series) => series.all(lane.row, count);
-  const values = all(field.series).map((value, i) => (value >= 0 && lane.family.isThere(lane.row, i) ? value : NaN));
-  const below = all(field.below);
-  const above = all(field.above);
-  const lows = values.map((value, i) => value - (below[i] || 0));
-  const highs = values.map((value, i) => value + (above[i] || 0));
+  const all = (series) => series.all(lane.row, count).map((value, i) => (lane.family.isThere(lane.row, i) ? value : NaN));
+  const values = all(field.series).map((value) => (value >= 0 ? value : NaN));
+  const lows = all(field.below).map((below, i) => (values[i] || 0) - below);
+  const highs = all(field.above).map((above, i) => (values[i] || 0) + above);
   const known = highs.filter(Number.isFinite);
   const top = lane.isState ? host.states.count : Math.max(...known, 1);
   return { ...lane, values, lows, highs, top, isKnown: known.length > 0, spikes: lane.isState ? [] : spikesOf(lane, values, lows, highs, top) };
