@@ -98,7 +98,9 @@ class SpanReader {
       progress_.Advance();
       AddSample(info, sample, header);
     });
+    if (span_.seconds.empty() && others_) throw Failure(options_.folder, "another version recorded all samples" + RangeText() + ": the definitions differ");
     if (span_.seconds.empty()) throw NoSample();
+    if (others_) AddOthers(span_.seconds.back(), others_->second);
     span_.samples = bands.samples();
     return {.span = std::move(span_), .last = LastInstant(), .host = host_};
   }
@@ -125,7 +127,8 @@ class SpanReader {
     }
   }
 
-  Failure NoSample() const { return {options_.folder, "no sample from " + options_.from + " to " + options_.to}; }
+  std::string RangeText() const { return " from " + options_.from + " to " + options_.to; }
+  Failure NoSample() const { return {options_.folder, "no sample" + RangeText()}; }
 
   // Reasons can contain the release of the kernel.
   void AddEvent(SpanEvent event) {
@@ -139,14 +142,14 @@ class SpanReader {
 
   void AddSample(const SampleInfo &info, const Sample &sample, const platkit::history::HostHeader &header) {
     if (header.definitions.signature != platkit::OwnDefinitions().signature) {
-      isAfterOthers_ = true;
+      const int64_t second = SecondsOf(info.time.wall);
+      others_ = {others_ ? others_->first : second, second};
       return;
     }
     host_ = header.host;
     const auto instant = static_cast<uint32_t>(span_.seconds.size());
     const int64_t second = SecondsOf(info.time.wall);
-    if (std::exchange(isAfterOthers_, false) && instant > 0)
-      AddEvent({span_.seconds.back(), second, "the samples of another version were left out"});
+    if (others_) AddOthers(instant > 0 ? span_.seconds.back() : others_->first, second);
     span_.seconds.push_back(second);
     budget_.Take();
     std::vector<std::string> changed = ChangedPaths(sample);
@@ -165,6 +168,11 @@ class SpanReader {
     // A band can change where its figure does not.
     for (const auto &[path, place] : placesWithBands_)
       AddRecord(instant, path, place);
+  }
+
+  void AddOthers(int64_t from, int64_t to) {
+    AddEvent({from, to, "the samples of another version were left out"});
+    others_.reset();
   }
 
   std::vector<std::string> ChangedPaths(const Sample &sample) const {
@@ -307,7 +315,8 @@ class SpanReader {
   size_t samples_ = 0;  // about as many are in the range
   size_t steps_ = 0;
   PageSpan span_;
-  bool isAfterOthers_ = false;
+  // The first and the last second of the samples since the last instant whose definitions differ.
+  std::optional<std::pair<int64_t, int64_t>> others_;
   std::string host_;
   std::vector<SpanRows> rows_;  // by family
   Sample previous_;

@@ -243,6 +243,30 @@ TEST(SpanReader, LeavesOutSamplesOfOtherDefinitions) {
   EXPECT_EQ(span.events[0].reasons, "the samples of another version were left out");
 }
 
+TEST(SpanReader, TellsOfOtherDefinitionsAtTheEnds) {
+  Recorded history;
+  const platkit::Definitions own = history.host().definitions;
+  history.host().definitions.signature += "x";
+  history.AddGroups(0, 10);
+  EXPECT_THROW(
+      try { SpanOfHistory(history); } catch (const Failure &failure) {
+        EXPECT_NE(std::string(failure.what()).find("definitions differ"), std::string::npos) << failure.what();
+        throw;
+      },
+      Failure);
+  history.host().definitions = own;
+  history.AddGroups(10, 20);
+  history.host().definitions.signature += "x";
+  history.AddGroups(20, 30);
+  const PageSpan span = SpanOfHistory(history);
+  EXPECT_EQ(span.seconds, (std::vector<int64_t>{kStart + 10, kStart + 15}));
+  ASSERT_EQ(span.events.size(), 2u);
+  EXPECT_EQ(span.events[0].from, kStart);
+  EXPECT_EQ(span.events[0].to, kStart + 10);
+  EXPECT_EQ(span.events[1].from, kStart + 15);
+  EXPECT_EQ(span.events[1].to, kStart + 25);
+}
+
 TEST(SpanReader, RefusesTooManyFigures) {
   FigureBudget budget("folder", 100);
   budget.TakeRow(160);
