@@ -15,6 +15,10 @@ using platkit::history::SecondsOf;
 using platkit::history::SegmentName;
 using platkit::history::SegmentReader;
 
+int64_t SecondOf(const SegmentReader &segment, size_t frame) {
+  return SecondsOf(segment.frames()[frame].info.time.wall);
+}
+
 // The frames with samples, in the order of time. They are in this order in the file unless the clock was set back.
 std::vector<size_t> InOrderOfTime(const SegmentReader &segment) {
   std::vector<size_t> order;
@@ -23,6 +27,16 @@ std::vector<size_t> InOrderOfTime(const SegmentReader &segment) {
   }
   std::ranges::stable_sort(order, {}, [&](size_t i) { return segment.frames()[i].info.time.wall; });
   return order;
+}
+
+// Leaves only the last frame of each second.
+void KeepLastOfSeconds(const SegmentReader &segment, std::vector<size_t> &order) {
+  std::vector<size_t> last;
+  for (size_t i = 0; i < order.size(); ++i) {
+    const bool isLast = i + 1 == order.size() || SecondOf(segment, order[i]) != SecondOf(segment, order[i + 1]);
+    if (isLast) last.push_back(order[i]);
+  }
+  order = std::move(last);
 }
 
 }  // namespace
@@ -39,7 +53,7 @@ int64_t StepOption(const std::string &text) {
   return *seconds;
 }
 
-HistoryRange::HistoryRange(const RangeOptions &options) : folder_(options.folder), step_(StepOption(options.step)) {
+HistoryRange::HistoryRange(const RangeOptions &options) : folder_(options.folder), step_(StepOption(options.step)), lastOfSecond_(options.lastOfSecond) {
   OpenHistory(folder_, history_);
   const platkit::history::History::Span span = SpanOf(folder_, history_);
   from_ = options.from.empty() ? span.first : TimeOption("--from", options.from, span);
@@ -70,9 +84,11 @@ void HistoryRange::VisitSegment(const KeyFilter *filter, SegmentName name, const
   if (status != HVC_OK) throw Failure(folder_ + "/" + name.text(), status);
   damagedParts_ += segment.lostParts();
   Sample sample;
-  for (const size_t i : InOrderOfTime(segment)) {
+  std::vector<size_t> order = InOrderOfTime(segment);
+  if (lastOfSecond_) KeepLastOfSeconds(segment, order);
+  for (const size_t i : order) {
     const SegmentReader::Frame &frame = segment.frames()[i];
-    const int64_t second = SecondsOf(frame.info.time.wall);
+    const int64_t second = SecondOf(segment, i);
     if (second < from_ || second > to_ || (step_ > 0 && second / step_ == lastStep_)) continue;
     status = segment.Read(i, sample);
     if (status == HVC_SNAPSHOT_DAMAGED) {

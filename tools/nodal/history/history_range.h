@@ -16,6 +16,7 @@ struct RangeOptions {
   std::string from = {};
   std::string to = {};
   std::string step = {};  // such as 1m: only the first sample of each step; empty: all samples
+  bool lastOfSecond = false;  // instead of the first sample of a step, the last one in its second, as DIR@TIME has
 };
 
 class HistoryRange {
@@ -43,6 +44,7 @@ class HistoryRange {
   int64_t from_;
   int64_t to_;
   int64_t step_;  // in seconds; 0: all samples
+  bool lastOfSecond_;
   int64_t lastStep_ = -1;
   size_t lost_ = 0;
   size_t damagedParts_ = 0;

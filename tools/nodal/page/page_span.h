@@ -52,7 +52,7 @@ struct SpanUnreadableList {
   std::vector<std::pair<uint32_t, uint32_t>> instants = {};
 };
 
-// The instants are the first samples of the steps that have one.
+// The instants are the first samples of the steps that have one; of several in that second, the last.
 struct PageSpan {
   int64_t step = 0;                   // in seconds
   size_t samples = 0;                 // in the span

@@ -91,7 +91,8 @@ class SpanReader {
     HistoryRange steps({.folder = options_.folder,
                         .from = options_.from,
                         .to = options_.to,
-                        .step = std::to_string(span_.step) + "s"});
+                        .step = std::to_string(span_.step) + "s",
+                        .lastOfSecond = true});
     progress_.Begin("steps", steps_);
     steps.Visit(nullptr, [this](const auto &info, const Sample &sample, const auto &header) {
       ThrowIfSignalled();

@@ -75,6 +75,26 @@ TEST(SpanReader, ReadsTheFirstSampleOfEachStep) {
   EXPECT_EQ(ValueAt(consumed.above[row], 7), NumberValue(50));
 }
 
+TEST(SpanReader, ReadsTheLastSampleOfASecond) {
+  Recorded history;
+  for (const int64_t millis : {0, 300, 600, 1000, 1500}) {
+    SampleInfo info = {.time = ClocksAt(0)};
+    info.time.wall += millis * 1'000'000;
+    info.time.boot += millis * 1'000'000;
+    history.Add(GroupsAt(millis), info);
+  }
+  history.host().intervalMillis = 300;
+  history.AddGroups(2, 3);
+  const PageSpan span = SpanOfHistory(history);
+  ASSERT_EQ(span.step, 1);
+  EXPECT_EQ(span.seconds, (std::vector<int64_t>{kStart, kStart + 1, kStart + 2}));
+  const SpanColumn &consumed = Consumed(span);
+  const size_t row = RowOfGroup(span, 1);
+  EXPECT_EQ(ValueAt(consumed.values[row], 0), NumberValue(1000 + 6000));
+  EXPECT_EQ(ValueAt(consumed.below[row], 0), NumberValue(6000));
+  EXPECT_EQ(ValueAt(consumed.values[row], 1), NumberValue(1000 + 15000));
+}
+
 // A sample in which group 1 consumes as much.
 Sample GroupOfSize(uint64_t consumed) {
   Sample sample = GroupsOf({1});
