@@ -53,7 +53,7 @@ int64_t StepOption(const std::string &text) {
   return *seconds;
 }
 
-HistoryRange::HistoryRange(const RangeOptions &options) : folder_(options.folder), step_(StepOption(options.step)), lastOfSecond_(options.lastOfSecond) {
+HistoryRange::HistoryRange(const RangeOptions &options) : folder_(options.folder), step_(StepOption(options.step)), lastOfSecond_(options.lastOfSecond), isQuiet_(options.isQuiet) {
   OpenHistory(folder_, history_);
   const platkit::history::History::Span span = SpanOf(folder_, history_);
   from_ = options.from.empty() ? span.first : TimeOption("--from", options.from, span);
@@ -67,7 +67,7 @@ void HistoryRange::Visit(const KeyFilter *filter, const Visitor &visitor) {
   for (const SegmentName name : history_.segments()) {
     if (name >= HourOf(from_) && name <= HourOf(to_)) VisitSegment(filter, name, visitor);
   }
-  if (lost_ + damagedParts_ > 0)
+  if (!isQuiet_ && lost_ + damagedParts_ > 0)
     Complain(folder_ + ": " + Plural(lost_, "damaged sample") + " left out, " + Plural(damagedParts_, "damaged part") +
              " skipped (nodal verify tells more)");
 }

@@ -16,6 +16,7 @@ struct RangeOptions {
   std::string from = {};
   std::string to = {};
   std::string step = {};  // such as 1m: only the first sample of each step; empty: all samples
+  bool isQuiet = false;       // tells no damage
   bool lastOfSecond = false;  // instead of the first sample of a step, the last one in its second, as DIR@TIME has
 };
 
@@ -32,7 +33,7 @@ class HistoryRange {
                                      const platkit::history::HostHeader &host)>;
 
   // Calls the visitor for each sample, in the order of time. With a filter, the samples have only some entries, and are
-  // read much faster. Tells on standard error how many samples were damaged. Throws a Failure.
+  // read much faster. Tells on standard error how many samples were damaged, unless it is quiet. Throws a Failure.
   void Visit(const platkit::history::KeyFilter *filter, const Visitor &visitor);
 
  private:
@@ -45,6 +46,7 @@ class HistoryRange {
   int64_t to_;
   int64_t step_;  // in seconds; 0: all samples
   bool lastOfSecond_;
+  bool isQuiet_;
   int64_t lastStep_ = -1;
   size_t lost_ = 0;
   size_t damagedParts_ = 0;

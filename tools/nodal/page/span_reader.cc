@@ -92,6 +92,7 @@ class SpanReader {
                         .from = options_.from,
                         .to = options_.to,
                         .step = std::to_string(span_.step) + "s",
+                        .isQuiet = true,  // the bands have told of damage
                         .lastOfSecond = true});
     progress_.Begin("steps", steps_);
     steps.Visit(nullptr, [this](const auto &info, const Sample &sample, const auto &header) {

@@ -1,6 +1,8 @@
 #include "tools/nodal/page/span_reader.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 
 #include "tests/tools/nodal/history/recorded.h"
 #include "tools/nodal/page/figure_budget.h"
@@ -235,6 +237,20 @@ TEST(SpanReader, KeepsTheReasonsOfFailedReadsByTime) {
   ASSERT_NE(records, span.groups.records.end());
   EXPECT_EQ(records->unreadable.at(1),
             (FigureChanges{{0, NumberValue(HVC_NO_PERMISSION)}, {3, NumberValue(HVC_IO_ERROR)}}));
+}
+
+TEST(SpanReader, TellsOfDamageOnce) {
+  Recorded history;
+  history.AddGroups(0, 600);
+  std::fstream file(history.Segment(0), std::ios::in | std::ios::out | std::ios::binary);
+  file.seekp(static_cast<std::streamoff>(std::filesystem::file_size(history.Segment(0)) / 2));
+  file.write("damage", 6);
+  file.close();
+  testing::internal::CaptureStderr();
+  SpanOfHistory(history);
+  const std::string told = testing::internal::GetCapturedStderr();
+  EXPECT_NE(told.find("damaged"), std::string::npos) << told;
+  EXPECT_EQ(told.find("damaged part"), told.rfind("damaged part")) << told;
 }
 
 TEST(SpanReader, TellsOfGaps) {
