@@ -71,12 +71,17 @@ void SpanRows::AddColumns(const PageFamily &now) {
   }
 }
 
-// The first row stays the host's, whatever its name.
+// The first row stays the host's, whatever its name; it has the first one that could be read.
 size_t SpanRows::RowOf(const PageRow &row, int parent) {
   const bool isTop = row.instances.contains("group") && parent < 0;
   const auto [found, isNew] =
       known_.emplace(isTop ? Key() : Key{parent, row.id, row.name, row.tag, row.instances}, family_.rows.size());
   if (isNew) AddRow(row, parent);
+  if (PageRow &known = family_.rows[found->second]; isTop && known.name == "?") {
+    budget_.TakeRow(row.name.size() + row.tag.size());
+    known.name = row.name;
+    known.tag = row.tag;
+  }
   return found->second;
 }
 

@@ -192,6 +192,19 @@ TEST(SpanReader, GivesAReusedIdentifierARowOfItsOwn) {
   EXPECT_EQ(ValueAt(Consumed(span).values[2], 1), NumberValue(100));
 }
 
+TEST(SpanReader, NamesTheHostWhenItsNameCanBeRead) {
+  Recorded history;
+  history.Add(GroupsOf({1}), 0);
+  Sample sample = GroupsOf({1});
+  const GroupNameRecord record = {.name = "host"};
+  AddRecord(sample, "/sched/groups/0/groupName", record);
+  sample.Sort();
+  history.Add(std::move(sample), 5);
+  const PageSpan span = SpanOfHistory(history);
+  ASSERT_EQ(span.groups.rows.size(), 2u);
+  EXPECT_EQ(span.groups.rows[0].name, "host");
+}
+
 TEST(SpanReader, TellsWhatCouldNotBeRead) {
   Recorded history;
   history.Add(GroupsOf({1}), 0);
