@@ -58,6 +58,10 @@ HistoryRange::HistoryRange(const RangeOptions &options) : folder_(options.folder
   const platkit::history::History::Span span = SpanOf(folder_, history_);
   from_ = options.from.empty() ? span.first : TimeOption("--from", options.from, span);
   to_ = options.to.empty() ? span.last : TimeOption("--to", options.to, span);
+  if (options.to.empty() && from_ > to_)
+    throw Failure(folder_, "the history ends before --from: at " + platkit::history::TimeText(to_));
+  if (options.from.empty() && from_ > to_)
+    throw Failure(folder_, "the history starts after --to: at " + platkit::history::TimeText(from_));
   if (from_ > to_) throw Failure(folder_, "--from is after --to");
 }
 

@@ -97,6 +97,10 @@ TEST(SeriesCommand, RefusesUnknownWords) {
             std::string::npos);
   EXPECT_EQ(error(history.path() + " --from=-0s --to=-1m" + figure),
             "nodal: " + history.path() + ": --from is after --to\n");
+  EXPECT_EQ(error(history.path() + " --from 2030-01-01T00:00:00Z" + figure),
+            "nodal: " + history.path() + ": the history ends before --from: at 2025-11-21T03:12:00Z\n");
+  EXPECT_EQ(error(history.path() + " --to 2020-01-01T00:00:00Z" + figure),
+            "nodal: " + history.path() + ": the history starts after --to: at 2025-11-21T03:12:00Z\n");
   EXPECT_EQ(error("no-such-folder" + figure), "nodal: no-such-folder: no such folder\n");
   EXPECT_EQ(error(history.scratch().folder() + figure),
             "nodal: " + history.scratch().folder() + ": no history in this folder\n");
