@@ -335,10 +335,14 @@ int64_t StepOfSpan(int64_t seconds, int64_t least) {
   constexpr int64_t kSteps[] = {1,       2,           5,           10,           15,           30,
                                 kMinute, 2 * kMinute, 5 * kMinute, 10 * kMinute, 15 * kMinute, 30 * kMinute,
                                 kHour,   2 * kHour,   6 * kHour,   kDay};
+  // A forged history has samples at any interval.
+  const int64_t bounded = std::min(least, std::max(seconds, kMinute));
+  // Both ends of the span can be parts of steps.
+  constexpr int64_t kMostWhole = kMaxSteps - 2;
   for (const int64_t step : kSteps) {
-    if (step >= least && seconds / step < kMaxSteps) return step;
+    if (step >= bounded && seconds / step <= kMostWhole) return step;
   }
-  return std::max(least, seconds / kMaxSteps + 1);
+  return std::max(bounded, seconds / (kMostWhole + 1) + 1);
 }
 
 SpanReading ReadSpan(const RangeOptions &range, Pseudonyms *pseudonyms) { return SpanReader(range, pseudonyms).Read(); }

@@ -59,6 +59,15 @@ TEST(StepOfSpan, IsAMinuteForADay) {
   EXPECT_EQ(StepOfSpan(31 * 24 * kHours, 5), 1800);
   EXPECT_EQ(StepOfSpan(0, 5), 5);
   EXPECT_LT(INT64_MAX / StepOfSpan(INT64_MAX, 5), 1500);
+  EXPECT_EQ(StepOfSpan(600, INT32_MAX / 1000), 600);
+}
+
+TEST(StepOfSpan, GivesAtMostAsManySteps) {
+  for (int64_t seconds = 1; seconds < 100'000'000; seconds += 1 + seconds / 500) {
+    const int64_t step = StepOfSpan(seconds, 1);
+    // The last second of a step is the first of the span.
+    EXPECT_LE((step - 1 + seconds) / step + 1, 1500) << seconds;
+  }
 }
 
 TEST(SpanReader, ReadsTheFirstSampleOfEachStep) {
