@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <string_view>
+#include <unordered_set>
+#include <utility>
 
 #include "tools/nodal/page/span_bands.h"
 
@@ -45,17 +47,20 @@ bool IsShown(const Node &node, const Column &column) {
 
 const std::vector<size_t> &SpanRows::Update(uint32_t instant, const PageFamily &now) {
   if (family_.records.empty()) AddColumns(now);
-  rows_.clear();
+  const std::vector<size_t> before = std::exchange(rows_, {});
   for (const PageRow &row : now.rows)
     rows_.push_back(RowOf(row, row.parent < 0 ? -1 : static_cast<int>(rows_[static_cast<size_t>(row.parent)])));
-  std::vector<bool> isThere(family_.rows.size());
-  for (const size_t row : rows_)
-    isThere[row] = true;
-  for (size_t row = 0; row < isThere.size(); ++row) {
-    if (!isThere[row] && family_.lives[row].empty()) continue;
-    if (AddValue(family_.lives[row], instant, NumberValue(isThere[row] ? 1 : 0))) budget_.Take();
+  const std::unordered_set<size_t> there(rows_.begin(), rows_.end());
+  for (const size_t row : before) {
+    if (!there.contains(row)) AddLife(row, instant, 0);
   }
+  for (const size_t row : there)
+    AddLife(row, instant, 1);
   return rows_;
+}
+
+void SpanRows::AddLife(size_t row, uint32_t instant, int64_t isThere) {
+  if (AddValue(family_.lives[row], instant, NumberValue(isThere))) budget_.Take();
 }
 
 void SpanRows::AddColumns(const PageFamily &now) {

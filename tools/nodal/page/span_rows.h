@@ -31,6 +31,7 @@ class SpanRows {
 
   void AddColumns(const PageFamily &now);
   size_t RowOf(const PageRow &row, int parent);
+  void AddLife(size_t row, uint32_t instant, int64_t isThere);
   void AddRow(const PageRow &row, int parent);
 
   SpanFamily &family_;
