@@ -53,7 +53,11 @@ int64_t StepOption(const std::string &text) {
   return *seconds;
 }
 
-HistoryRange::HistoryRange(const RangeOptions &options) : folder_(options.folder), step_(StepOption(options.step)), lastOfSecond_(options.lastOfSecond), isQuiet_(options.isQuiet) {
+HistoryRange::HistoryRange(const RangeOptions &options)
+    : folder_(options.folder),
+      step_(StepOption(options.step)),
+      lastOfSecond_(options.lastOfSecond),
+      isQuiet_(options.isQuiet) {
   OpenHistory(folder_, history_);
   const platkit::history::History::Span span = SpanOf(folder_, history_);
   from_ = options.from.empty() ? span.first : TimeOption("--from", options.from, span);

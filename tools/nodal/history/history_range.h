@@ -15,7 +15,7 @@ struct RangeOptions {
   std::string folder;
   std::string from = {};
   std::string to = {};
-  std::string step = {};  // such as 1m: only the first sample of each step; empty: all samples
+  std::string step = {};      // such as 1m: only the first sample of each step; empty: all samples
   bool isQuiet = false;       // tells no damage
   bool lastOfSecond = false;  // instead of the first sample of a step, the last one in its second, as DIR@TIME has
 };

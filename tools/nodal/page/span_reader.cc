@@ -100,7 +100,8 @@ class SpanReader {
       progress_.Advance();
       AddSample(info, sample, header);
     });
-    if (span_.seconds.empty() && others_) throw Failure(options_.folder, "another version recorded all samples" + RangeText() + ": the definitions differ");
+    if (span_.seconds.empty() && others_)
+      throw Failure(options_.folder, "another version recorded all samples" + RangeText() + ": the definitions differ");
     if (span_.seconds.empty()) throw NoSample();
     if (others_) AddOthers(span_.seconds.back(), others_->second);
     span_.samples = bands.samples();

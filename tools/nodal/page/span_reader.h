@@ -21,7 +21,8 @@ struct SpanReading {
 // if the span has no sample.
 SpanReading ReadSpan(const RangeOptions &range, Pseudonyms *pseudonyms);
 
-// The length of the steps in seconds for a span of this length: a minute for a day. Not less than `least`, unless the span is shorter.
+// The length of the steps in seconds for a span of this length: a minute for a day. Not less than `least`, unless the
+// span is shorter.
 int64_t StepOfSpan(int64_t seconds, int64_t least);
 
 }  // namespace nodal

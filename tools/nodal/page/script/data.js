@@ -30,7 +30,7 @@ class Family {
       record.positions = positions(record, json.count);
       record.reasons = new Map();
       for (const [row, reason, from = 0] of record.unreadable ?? []) {
-        record.reasons.set(row, [...(record.reasons.get(row) ?? []), { reason, from }]);
+        record.reasons.set(row, [...(record.reasons.get(row) ?? []), [reason, from]]);
       }
       for (const field of record.fields) this.columns.set(`${record.record}.${field.name}`, { record, field });
     }
@@ -74,7 +74,7 @@ class Family {
   // Why the record of a row could not be read, if it is so.
   reason(record, row, instant = now.instant) {
     const isUnreadable = record.fields.some(({ series }) => !series || series.at(row, instant) === unreadable);
-    return isUnreadable ? record.reasons.get(row)?.findLast(({ from }) => from <= instant)?.reason : undefined;
+    return isUnreadable ? record.reasons.get(row)?.findLast(([, from]) => from <= instant)?.[0] : undefined;
   }
 
   // The records that a row has, or should have.
@@ -117,7 +117,7 @@ class Figure {
 function rawValue(record, field, row, instant) {
   if (field.series) {
     const value = field.series.at(row, instant);
-    return Number.isFinite(value) ? value : null;
+    return isFinite(value) ? value : null;
   }
   const position = record.positions ? record.positions[row] : row;
   if (position < 0) return null;

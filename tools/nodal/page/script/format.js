@@ -21,7 +21,7 @@ function countText(count) {
 }
 
 function percentText(part) {
-  if (part === undefined || !Number.isFinite(part)) return 'n/a';
+  if (!isFinite(part)) return 'n/a';
   const percent = part * 100;
   if (percent > 0 && percent < 1) return '< 1 %';
   return `${countText(Math.floor(percent))} %`;

@@ -74,8 +74,8 @@ function drawLane(pen, lane, top) {
   context.fillRect(0, bottom, lanes.width, 1);
   if (lane.isState) return drawStates(pen, lane, first, last, y, bottom);
   for (let from = first, to; from <= last; from = to + 1) {
-    for (to = from; to < last && Number.isFinite(lane.values[to]) && Number.isFinite(lane.values[to + 1]) && !lanes.breaks.has(to + 1); ) ++to;
-    if (Number.isFinite(lane.highs[from])) drawPart(pen, lane, from, to, y);
+    for (to = from; to < last && isFinite(lane.values[to]) && isFinite(lane.values[to + 1]) && !lanes.breaks.has(to + 1); ) ++to;
+    if (isFinite(lane.highs[from])) drawPart(pen, lane, from, to, y);
   }
   context.fillStyle = color('bad');
   for (const instant of lane.spikes) if (instant >= first && instant <= last) drawSpike(context, xOf(time.seconds[instant]), lane.isDip ? bottom : top, lane.isDip ? -1 : 1);
@@ -107,7 +107,7 @@ function drawStates({ context, color }, lane, first, last, y, bottom) {
   for (let from = first, to; from <= last; from = to + 1) {
     for (to = from; to < last && lane.highs[to + 1] === lane.highs[from] && !lanes.breaks.has(to + 1); ) ++to;
     const state = lane.highs[from];
-    if (!Number.isFinite(state)) continue;
+    if (!isFinite(state)) continue;
     const left = xOf(time.seconds[from]);
     const top = Math.max(y(state + 1), bottom - lanePlot);
     context.fillStyle = colors[stateClass(state)];

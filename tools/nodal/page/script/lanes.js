@@ -27,7 +27,7 @@ function spanText() {
   const { span, seconds } = time;
   const tolerance = span.tolerance === 0 ? ''
     : ` To keep the page small, an amount of a group, node or heap stays until it has changed by more than ${toleranceText()}; point at it to see from which sample it is.`;
-  return `${countText(span.samples)} samples from ${instantText(0)} to ${instantText(seconds.length - 1)}, in steps of ${durationText(span.step)}. A line shows the first sample of each step, and its band the smallest and the largest value in the step. All views show the sample under the cursor.${tolerance}`;
+  return `${countText(span.samples)} samples from ${instantText(0)} to ${instantText(seconds.length - 1)}, in steps of ${durationText(span.step)}. A line shows a sample at the start of each step, and its band the smallest and the largest value in the step. All views show the sample under the cursor.${tolerance}`;
 }
 
 function durationText(seconds) {
@@ -50,7 +50,7 @@ function makeLane(lane) {
   const values = all(field.series).map((value) => (value >= 0 ? value : NaN));
   const lows = all(field.below).map((below, i) => (values[i] || 0) - below);
   const highs = all(field.above).map((above, i) => (values[i] || 0) + above);
-  const known = highs.filter(Number.isFinite);
+  const known = highs.filter(isFinite);
   const top = lane.isState ? host.states.count : Math.max(...known, 1);
   return { ...lane, values, lows, highs, top, isKnown: known.length > 0, spikes: lane.isState ? [] : spikesOf(lane, values, lows, highs, top) };
 }
@@ -86,7 +86,7 @@ function spikesOf(lane, values, lows, highs, top) {
 }
 
 function medianOf(values) {
-  const sorted = values.filter(Number.isFinite).sort();
+  const sorted = values.filter(isFinite).sort();
   return sorted.length > 0 ? sorted[sorted.length >> 1] : NaN;
 }
 

@@ -85,7 +85,7 @@ function showChanges() {
 }
 
 function signedAmount(kb) {
-  return Number.isNaN(kb) ? 'n/a' : `${kb < 0 ? '−' : kb > 0 ? '+' : ''}${amountText(Math.abs(kb))}`;
+  return isNaN(kb) ? 'n/a' : `${kb < 0 ? '−' : kb > 0 ? '+' : ''}${amountText(Math.abs(kb))}`;
 }
 
 function changeColumns(from, to) {

@@ -139,6 +139,12 @@ test('groups get lanes of their own', () => onPage(async (tab) => {
   assert.equal(await tab.locator('#plot .head').count(), 3);
 }));
 
+test('all figures of a group have their sources', () => onPage(async (tab) => {
+  await tab.getByLabel('Find a group').fill('shell');
+  await tab.locator('#matches button').click();
+  assert.match(await tab.locator('#panel > details').textContent(), /GroupMemoryStatsRecord of .*consumed/);
+}));
+
 test('spikes are marked and lead to their step', () => onPage(async (tab) => {
   await tab.locator('#spikes button', { hasText: 'free memory' }).first().click();
   await settled(tab);
