@@ -184,6 +184,8 @@ void SavedHost::Remove(const std::string &path) {
 
 void SavedHost::Forbid(const std::string &path) {
   Age();
+  // The target of a link is a file of this machine.
+  ASSERT_FALSE(fs::is_symlink(Path(path))) << path;
   fs::permissions(Path(path), fs::perms::none);
   forbidden_.push_back(Path(path));
 }

@@ -72,7 +72,7 @@ TEST(VmDetector, AControlGroupForVmsIsEvidence) {
   Start(host, "qemu-system-x86", "/usr/bin/qemu-system-x86_64", kUser);
   host.Write("proc/300/cgroup", kScopeLine);
   {
-    host.Forbid("proc/300/exe");
+    host.Remove("proc/300/exe");  // an ordinary user cannot read it
     OrdinaryUser user;
     EXPECT_EQ(host.ask().Tag(300), "vm") << "for all users";
     EXPECT_EQ(host.ask().Name(300), "web");
