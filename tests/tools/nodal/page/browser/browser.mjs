@@ -1,4 +1,5 @@
 // Builds pages and opens them in Chromium.
+import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
 import { readFileSync, writeFileSync } from 'node:fs';
 import { createRequire } from 'node:module';
@@ -49,3 +50,19 @@ export async function open(browser, file, { hash = '', ...context } = {}) {
   if (context.javaScriptEnabled !== false) await tab.waitForSelector('html.ready', { timeout: 120000 });
   return tab;
 }
+
+// Opens a page for `use`, and fails if the browser complained.
+export async function withPage(browser, file, use, options) {
+  const tab = await open(browser, file, options);
+  try {
+    await use(tab);
+    assert.deepEqual(tab.troubles, []);
+  } finally {
+    await tab.close();
+  }
+}
+
+// The number in a text with all digits, such as "7,128,064 KB".
+export const digits = (text) => Number(/-?[\d,]+/.exec(text)[0].replaceAll(',', ''));
+export const exact = async (locator) => digits(await locator.getAttribute('title'));
+export const texts = (locator) => locator.evaluateAll((all) => all.map((each) => each.textContent));

@@ -4,7 +4,7 @@ import { mkdirSync, readFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { after, before, test } from 'node:test';
 
-import { axeSource, build, open, pageOf, report, sample, startBrowser, work } from './browser.mjs';
+import { axeSource, build, digits, exact, open, pageOf, report, sample, startBrowser, texts, withPage, work } from './browser.mjs';
 import { hostileNames, ideographs, large, odd, small, troubled, wideName } from './hosts.mjs';
 
 const screenshots = join(work, 'screenshots');
@@ -20,21 +20,7 @@ before(async () => {
 
 after(() => browser?.close());
 
-// Opens the page of a host, and fails if the browser complained.
-async function onPage(name, use, options) {
-  const tab = await open(browser, hosts[name].page, options);
-  try {
-    await use(tab);
-    assert.deepEqual(tab.troubles, []);
-  } finally {
-    await tab.close();
-  }
-}
-
-// The number in a text with all digits, such as "7,128,064 KB".
-const digits = (text) => Number(/-?[\d,]+/.exec(text)[0].replaceAll(',', ''));
-const exact = async (locator) => digits(await locator.getAttribute('title'));
-const texts = (locator) => locator.evaluateAll((all) => all.map((each) => each.textContent));
+const onPage = (name, use, options) => withPage(browser, hosts[name].page, use, options);
 
 for (const name of ['two-vms', 'troubled']) {
   test(`${name}: the overview shows comp-stats`, () => onPage(name, async (tab) => {

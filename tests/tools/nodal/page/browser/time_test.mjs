@@ -6,7 +6,7 @@ import { cpSync, mkdirSync, rmSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { after, before, test } from 'node:test';
 
-import { axeSource, nodal, open, pageOf, report, startBrowser, work } from './browser.mjs';
+import { axeSource, exact, nodal, open, pageOf, report, startBrowser, texts, withPage, work } from './browser.mjs';
 
 const night = process.argv[6];
 const screenshots = join(work, 'screenshots');
@@ -22,19 +22,7 @@ before(async () => {
 
 after(() => browser?.close());
 
-async function onPage(use, options) {
-  const tab = await open(browser, page, options);
-  try {
-    await use(tab);
-    assert.deepEqual(tab.troubles, []);
-  } finally {
-    await tab.close();
-  }
-}
-
-const digits = (text) => Number(/-?[\d,]+/.exec(text)[0].replaceAll(',', ''));
-const exact = async (locator) => digits(await locator.getAttribute('title'));
-const texts = (locator) => locator.evaluateAll((all) => all.map((each) => each.textContent));
+const onPage = (use, options) => withPage(browser, page, use, options);
 const cursor = (tab) => tab.getByRole('slider', { name: 'Cursor', exact: true });
 const second = (tab) => tab.getByRole('slider', { name: 'Second cursor' });
 const timeOf = (tab) => tab.locator('#time').textContent();
