@@ -52,7 +52,7 @@ class SegmentFile {
                                            std::span<const std::byte> &raw);
 
   // Sets `found` to the next position, from `position` on, at which the magic of a frame starts, or to size() if there
-  // is none. Statuses as for LoadHead.
+  // is none. Returns the same statuses as LoadHead.
   [[nodiscard]] HVC_ReturnStatus FindMagic(uint64_t position, uint64_t &found);
 
   // The bytes from `position`, at most `size` and at most to the end of the file; they stay valid until the next

@@ -369,7 +369,7 @@ HVC_ReturnStatus ReadIntoNewList(const char *operation, uint32_t id, const NODAL
   return status;
 }
 
-// Whether the arguments name four bytes of a configuration space. If so, sets the address and the offset.
+// Returns true if the arguments name a 32-bit register in a configuration space, and sets its address and offset.
 bool IsRegister(const NODAL_ParamList *args, faults::Uncore::Address &address, int64_t &offset) {
   if (args == nullptr || args->params.size() != 6 || args->params[4].integer != 4) return false;
   for (size_t i = 0; i < address.size(); ++i)

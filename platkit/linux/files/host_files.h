@@ -119,8 +119,8 @@ class HostFiles {
   // Whether the host is read again and again, so that files are kept open.
   bool isSampled() const { return kept_.has_value(); }
 
-  // What changes seldom is reused up to this age, which may change later: the settings of control groups and the lists
-  // of members. Only for a sampler.
+  // From now on, the settings of control groups and the lists of their members, which change seldom, are read again
+  // only if they have this age. The caller may change the age later. Only for a host that is sampled.
   void ReuseSettings(std::shared_ptr<const Clock::Time::duration> maxAge) { settingsAge_ = std::move(maxAge); }
   Clock::Time::duration settingsAge() const { return settingsAge_ ? *settingsAge_ : Clock::Time::duration::zero(); }
 

@@ -21,7 +21,7 @@ class BelievedClock {
   // The believed wall time. Call it at least once a minute.
   int64_t Wall(const platkit::history::SampleTime &now);
 
-  // Whether the clock was not set in the day before the last call of Wall.
+  // False if the clock was set within the last day before the last call of Wall.
   bool isSettled() const { return isSettled_; }
 
  private:

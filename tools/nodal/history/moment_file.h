@@ -12,7 +12,7 @@ namespace nodal {
 
 bool IsFolder(const std::string &path);
 
-// Whether the path can only mean a moment: no file has this path, and DIR is a folder.
+// Whether the path means a moment: it has the form DIR@TIME, DIR is a folder, and no file has this path.
 bool IsMoment(const std::string &path);
 
 // Returns the path with a fixed time, which does not move with the end of the history. Other paths are unchanged.

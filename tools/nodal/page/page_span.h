@@ -17,8 +17,8 @@ namespace nodal {
 // A figure of each row over time.
 struct SpanColumn {
   Column column;
-  // Whether the figure also has a band: how far below and above the value it was in any sample of the step, or below
-  // and above 0 if the value is not a number.
+  // Whether the figure also has a band: its minimum and maximum in the samples of a step, as differences from the
+  // value, or from 0 if the value is not a number.
   bool hasBand;
   bool isOfMachines = false;  // only machines have the figure; other rows have no values
   std::vector<FigureChanges> values = {};

@@ -35,7 +35,7 @@ size_t RowOfGroup(const PageSpan &span, int64_t id) {
   return static_cast<size_t>(found - span.groups.rows.begin());
 }
 
-// The host's group with these members, each of which consumes 100 KB.
+// A sample in which group 0 has these members, and each of them consumes 100 KB.
 Sample GroupsOf(const std::vector<int64_t> &members) {
   Sample sample;
   sample.Add("/sched/groups/0/members/groups", platkit::history::ValueType::kIntegers,
