@@ -2,28 +2,22 @@
 #ifndef KESTREL_GROUPS_GROUP_FLAGS_H
 #define KESTREL_GROUPS_GROUP_FLAGS_H
 
-#include "platkit/records.h"
+#include <algorithm>
+#include <array>
+#include <iterator>
+
+#include "platkit/group_flags.h"
 #include "src/table/flags.h"
 
 namespace kestrel {
 
-inline constexpr FlagName GroupFlagNames[] = {
-    {HVC_GROUP_PREDEFINED, "pre"},
-    {HVC_GROUP_LEAF, "lf"},
-    {HVC_GROUP_VM, "vm"},
-    {HVC_GROUP_USER_WORLD, "uw"},
-    {HVC_GROUP_SYSTEM_WORLD, "sys"},
-    {HVC_GROUP_TEST_WORLD, "tw"},
-    {HVC_GROUP_PROTECTED, "pr"},
-    {HVC_GROUP_SELF_DESTRUCT, "sd"},
-    {HVC_GROUP_NON_PERSISTENT, "np"},
-    {HVC_GROUP_KERNEL, "ke"},
-    {HVC_GROUP_USER_CREATED, "ug"},
-    {HVC_GROUP_CONTAINER, "co"},
-    {HVC_GROUP_SUB_CONTAINER, "sc"},
-    {HVC_GROUP_VMM_SUB_CONTAINER, "vmm"},
-    {HVC_GROUP_UW_SUB_CONTAINER, "usr"},
-};
+inline constexpr auto GroupFlagNames = [] {
+  std::array<FlagName, std::size(platkit::kGroupFlagNames)> names = {};
+  std::ranges::transform(platkit::kGroupFlagNames, names.begin(), [](const auto &of) {
+    return FlagName{of.flag, of.name};
+  });
+  return names;
+}();
 
 }  // namespace kestrel
 

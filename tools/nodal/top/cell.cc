@@ -5,10 +5,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <iterator>
 
+#include "platkit/group_flags.h"
 #include "platkit/memory_states.h"
-#include "platkit/records.h"
 
 namespace nodal::top {
 namespace {
@@ -49,14 +48,11 @@ std::string CountText(double count, Unit unit, bool isRate) {
   return Digits(count, isRate && count < 100 && count != std::floor(count) ? 2 : 0);
 }
 
-constexpr std::string_view kFlagNames[] = {"pre", "lf", "vm", "uw", "sys", "tw",  "pr", "sd",
-                                           "np",  "ke", "ug", "co", "sc",  "vmm", "usr"};
-
 // The flags of a group as kestrel prints them.
 std::string FlagsText(uint32_t flags) {
   std::string text;
-  for (size_t bit = 0; bit < std::size(kFlagNames); ++bit) {
-    if ((flags >> bit & 1) != 0) text += (text.empty() ? "" : ":") + std::string(kFlagNames[bit]);
+  for (const auto &[flag, name] : platkit::kGroupFlagNames) {
+    if ((flags & flag) != 0) text += (text.empty() ? "" : ":") + std::string(name);
   }
   return text.empty() ? "(none)" : text;
 }
