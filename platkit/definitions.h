@@ -20,6 +20,11 @@ struct Definitions {
 // The definitions of this library's catalogue.
 const Definitions &OwnDefinitions();
 
+// Whether the signature is that of this library's catalogue, so that its nodes and records mean the same.
+inline bool HaveOwnSignature(const Definitions &definitions) {
+  return definitions.signature == OwnDefinitions().signature;
+}
+
 }  // namespace platkit
 
 #endif  // PLATKIT_DEFINITIONS_H

@@ -3,6 +3,7 @@
 #define PLATKIT_PARAM_LIST_H
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string_view>
 
@@ -71,6 +72,17 @@ struct NODAL_ParamList {
 namespace platkit {
 
 using ParamList = ::NODAL_ParamList;
+
+struct DestroyParamList {
+  void operator()(ParamList *list) const { list->Destroy(); }
+};
+using OwnedParamList = std::unique_ptr<ParamList, DestroyParamList>;
+
+// A parameter outside of lists. Its text belongs to the caller.
+inline NODAL_Param IntParam(int64_t value) { return {.kind = ParamKind::kInt, .length = 0, .integer = value}; }
+inline NODAL_Param TextParam(std::string_view text) {
+  return {.kind = ParamKind::kText, .length = static_cast<uint32_t>(text.size()), .chars = text.data()};
+}
 
 // The arguments of a read, outermost first.
 using Arguments = std::span<const NODAL_Param>;

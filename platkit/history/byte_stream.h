@@ -20,10 +20,13 @@ inline constexpr uint64_t ToUnsigned(int64_t value) {
 }
 inline constexpr int64_t ToSigned(uint64_t value) { return static_cast<int64_t>((value >> 1) ^ (~(value & 1) + 1)); }
 
-inline void AppendVarint(ByteVector &bytes, uint64_t value) {
+// `Bytes` is a ByteVector or a string.
+template <typename Bytes>
+void AppendVarint(Bytes &bytes, uint64_t value) {
+  using Byte = typename Bytes::value_type;
   for (; value >= 0x80; value >>= 7)
-    bytes.push_back(static_cast<std::byte>(value | 0x80));
-  bytes.push_back(static_cast<std::byte>(value));
+    bytes.push_back(static_cast<Byte>(value | 0x80));
+  bytes.push_back(static_cast<Byte>(value));
 }
 
 inline void AppendBytes(ByteVector &bytes, std::span<const std::byte> more) {

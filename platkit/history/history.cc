@@ -81,8 +81,7 @@ HVC_ReturnStatus History::Read(int64_t second, Sample &sample, SampleInfo &info,
   HVC_ReturnStatus status = FindSpan(span);
   if (status != HVC_OK) return status;
   if (second < span.first || second > span.validTo) return HVC_OUT_OF_RANGE;
-  const SegmentName hour = SegmentName::At(std::min(second, INT64_MAX / kNanosInSecond) * kNanosInSecond);
-  const auto later = std::ranges::upper_bound(segments_, hour);
+  const auto later = std::ranges::upper_bound(segments_, SegmentName::AtSecond(second));
   for (auto name = later; name != segments_.begin();) {
     status = Open(*--name, reader_);
     if (status == HVC_NOT_FOUND) continue;

@@ -43,6 +43,10 @@ struct CloseFolder {
 
 SegmentName SegmentName::At(int64_t wall) { return SegmentName(std::max<int64_t>(wall, 0) / kNanosInHour); }
 
+SegmentName SegmentName::AtSecond(int64_t second) {
+  return At(std::clamp<int64_t>(second, 0, INT64_MAX / kNanosInSecond) * kNanosInSecond);
+}
+
 std::optional<SegmentName> SegmentName::Parse(std::string_view text) {
   if (!HasForm(text)) return std::nullopt;
   const std::chrono::year_month_day day(std::chrono::year(static_cast<int>(NumberOf(text.substr(0, 4)))),

@@ -22,6 +22,9 @@ class SegmentName {
   // The segment for samples at this wall time, in nanoseconds since 1970. Times before 1970 belong to its first hour.
   static SegmentName At(int64_t wall);
 
+  // The same for a time in seconds. Later times than nanoseconds can tell belong to the last hour.
+  static SegmentName AtSecond(int64_t second);
+
   // Nothing if `text` is not the name of a segment.
   static std::optional<SegmentName> Parse(std::string_view text);
 

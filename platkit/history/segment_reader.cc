@@ -147,6 +147,15 @@ void SegmentReader::Select(const KeyFilter *filter) {
 const std::vector<SegmentReader::Frame> &SegmentReader::frames() const { return state_->frames; }
 const std::vector<DamagedPart> &SegmentReader::damage() const { return state_->damage; }
 
+std::vector<size_t> SegmentReader::InOrderOfTime() const {
+  std::vector<size_t> order;
+  for (size_t i = 0; i < frames().size(); ++i) {
+    if (!frames()[i].isEnd) order.push_back(i);
+  }
+  std::ranges::stable_sort(order, {}, [this](size_t i) { return frames()[i].info.time.wall; });
+  return order;
+}
+
 size_t SegmentReader::lostParts() const {
   return static_cast<size_t>(std::ranges::count(state_->damage, false, &DamagedPart::isIncompleteEnd));
 }

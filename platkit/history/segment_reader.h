@@ -58,6 +58,10 @@ class SegmentReader {
   const std::vector<Frame> &frames() const;
   const std::vector<DamagedPart> &damage() const;
 
+  // The indexes of the frames with samples, in the order of time. The file has this order unless the clock was set
+  // back.
+  std::vector<size_t> InOrderOfTime() const;
+
   // The number of damaged parts, without an incomplete end, which may be a frame that is being written.
   size_t lostParts() const;
 

@@ -26,7 +26,7 @@ std::string HostName(const std::string &root) {
 Header HeaderOfSnapshot(const std::string &path) {
   const OpenedSnapshot opened(path);
   // Its record sizes may differ from this program's catalogue.
-  if (opened.file.header().definitions.signature != platkit::OwnDefinitions().signature) {
+  if (!HaveOwnSignature(opened.file.header().definitions)) {
     throw Failure(path, HVC_DEFINITIONS_DIFFER);
   }
   return opened.file.header();

@@ -17,7 +17,7 @@ void WriteHistoryMetrics(const RangeOptions &range, const MetricChoice &choice, 
     if (millis <= last) return;  // a metric has one sample at a time
     last = millis;
     // The sizes of its records may differ from this program's catalogue.
-    if (host.definitions.signature != platkit::OwnDefinitions().signature) {
+    if (!HaveOwnSignature(host.definitions)) {
       ++others;
       return;
     }

@@ -1,7 +1,6 @@
 #include "tools/nodal/history/history_range.h"
 
 #include <algorithm>
-#include <new>
 
 #include "platkit/history/moment.h"
 #include "tools/nodal/support/text.h"
@@ -19,16 +18,6 @@ int64_t SecondOf(const SegmentReader &segment, size_t frame) {
   return SecondsOf(segment.frames()[frame].info.time.wall);
 }
 
-// The frames with samples, in the order of time. They are in this order in the file unless the clock was set back.
-std::vector<size_t> InOrderOfTime(const SegmentReader &segment) {
-  std::vector<size_t> order;
-  for (size_t i = 0; i < segment.frames().size(); ++i) {
-    if (!segment.frames()[i].isEnd) order.push_back(i);
-  }
-  std::ranges::stable_sort(order, {}, [&](size_t i) { return segment.frames()[i].info.time.wall; });
-  return order;
-}
-
 // Leaves only the last frame of each second.
 void KeepLastOfSeconds(const SegmentReader &segment, std::vector<size_t> &order) {
   std::vector<size_t> last;
@@ -40,11 +29,6 @@ void KeepLastOfSeconds(const SegmentReader &segment, std::vector<size_t> &order)
 }
 
 }  // namespace
-
-SegmentName HourOf(int64_t second) {
-  constexpr int64_t kMaxSecond = INT64_MAX / platkit::history::kNanosInSecond;
-  return SegmentName::At(std::clamp<int64_t>(second, 0, kMaxSecond) * platkit::history::kNanosInSecond);
-}
 
 int64_t StepOption(const std::string &text) {
   if (text.empty()) return 0;
@@ -73,7 +57,7 @@ void HistoryRange::Visit(const KeyFilter *filter, const Visitor &visitor) {
   lost_ = damagedParts_ = 0;
   lastStep_ = -1;
   for (const SegmentName name : history_.segments()) {
-    if (name >= HourOf(from_) && name <= HourOf(to_)) VisitSegment(filter, name, visitor);
+    if (name >= SegmentName::AtSecond(from_) && name <= SegmentName::AtSecond(to_)) VisitSegment(filter, name, visitor);
   }
   if (!isQuiet_ && lost_ + damagedParts_ > 0)
     Complain(folder_ + ": " + Plural(lost_, "damaged sample") + " left out, " + Plural(damagedParts_, "damaged part") +
@@ -92,18 +76,17 @@ void HistoryRange::VisitSegment(const KeyFilter *filter, SegmentName name, const
   if (status != HVC_OK) throw Failure(folder_ + "/" + name.text(), status);
   damagedParts_ += segment.lostParts();
   Sample sample;
-  std::vector<size_t> order = InOrderOfTime(segment);
+  std::vector<size_t> order = segment.InOrderOfTime();
   if (lastOfSecond_) KeepLastOfSeconds(segment, order);
   for (const size_t i : order) {
     const SegmentReader::Frame &frame = segment.frames()[i];
     const int64_t second = SecondOf(segment, i);
     if (second < from_ || second > to_ || (step_ > 0 && second / step_ == lastStep_)) continue;
-    status = segment.Read(i, sample);
+    status = ThrowIfOutOfMemory(segment.Read(i, sample));
     if (status == HVC_SNAPSHOT_DAMAGED) {
       ++lost_;
       continue;
     }
-    if (status == HVC_NO_MEMORY) throw std::bad_alloc();
     if (status != HVC_OK) throw Failure(folder_ + "/" + name.text(), status);
     if (step_ > 0) lastStep_ = second / step_;
     visitor(frame.info, sample, segment.host());

@@ -52,9 +52,6 @@ class HistoryRange {
   size_t damagedParts_ = 0;
 };
 
-// The segment of this second.
-platkit::history::SegmentName HourOf(int64_t second);
-
 // The seconds of a step, such as 10s; 0 for an empty text. Throws a Failure.
 int64_t StepOption(const std::string &text);
 

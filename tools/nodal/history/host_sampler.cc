@@ -12,9 +12,7 @@ using platkit::history::ValueType;
 
 constexpr std::string_view kPciRegister = "pciConfigReg";
 
-NODAL_Param IntParam(int64_t value) { return {.kind = ParamKind::kInt, .length = 0, .integer = value}; }
-
-// Whether keys that continue after part `a` come before those that continue after part `b`. A slash follows each part.
+// Whether all keys that start with `a` and a slash come before all that start with `b` and a slash.
 bool ComesBefore(std::string_view a, std::string_view b) {
   const size_t common = std::min(a.size(), b.size());
   const int order = a.substr(0, common).compare(b.substr(0, common));
@@ -170,25 +168,20 @@ void HostSampler::AddList(const Node &node) {
 
 // A node that is not found has no entry.
 void HostSampler::AddFailure(HVC_ReturnStatus status) {
-  if (status == HVC_NO_MEMORY) throw std::bad_alloc();
-  if (status != HVC_NOT_FOUND) failures_.emplace_back(path_, status);
+  if (ThrowIfOutOfMemory(status) != HVC_NOT_FOUND) failures_.emplace_back(path_, status);
 }
 
 bool HostSampler::ListOf(const Node &node, int64_t argument) {
-  const NODAL_Param param = IntParam(argument);
+  const NODAL_Param param = platkit::IntParam(argument);
   list_->Clear();
-  const HVC_ReturnStatus status = source_.List(node, std::span(&param, 1), *list_);
-  if (status == HVC_NO_MEMORY) throw std::bad_alloc();
-  return status == HVC_OK;
+  return ThrowIfOutOfMemory(source_.List(node, std::span(&param, 1), *list_)) == HVC_OK;
 }
 
 template <typename Record>
 bool HostSampler::Get(platkit::NodeRef<Record> node, int64_t argument, Record &record) {
-  const NODAL_Param param = IntParam(argument);
-  const HVC_ReturnStatus status =
-      source_.Get(node, std::span(&param, 1), std::as_writable_bytes(std::span(&record, 1)));
-  if (status == HVC_NO_MEMORY) throw std::bad_alloc();
-  return status == HVC_OK;
+  const NODAL_Param param = platkit::IntParam(argument);
+  const std::span<std::byte> bytes = std::as_writable_bytes(std::span(&record, 1));
+  return ThrowIfOutOfMemory(source_.Get(node, std::span(&param, 1), bytes)) == HVC_OK;
 }
 
 // The groups below group 0, each once. The members of a group that cannot be listed are omitted.

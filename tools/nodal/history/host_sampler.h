@@ -76,10 +76,6 @@ class HostSampler {
   template <typename Record>
   bool Get(platkit::NodeRef<Record> node, int64_t argument, Record &record);
 
-  struct DestroyList {
-    void operator()(platkit::ParamList *list) const { list->Destroy(); }
-  };
-
   platkit::Source &source_;
   const PathFilter &filter_;
   bool isFiltered_;
@@ -97,7 +93,7 @@ class HostSampler {
   std::vector<std::pair<std::string, HVC_ReturnStatus>> failures_;
   std::vector<std::byte> record_;
   std::vector<std::byte> payload_;
-  std::unique_ptr<platkit::ParamList, DestroyList> list_;
+  platkit::OwnedParamList list_;
 };
 
 }  // namespace nodal

@@ -1,23 +1,21 @@
 #include "tools/nodal/history/record.h"
 
-#include <time.h>
-
 #include <algorithm>
 #include <optional>
 
-#include "platkit/linux/sampled_host.h"
 #include "tools/nodal/history/host_sampler.h"
 #include "tools/nodal/history/metrics_endpoint.h"
+#include "tools/nodal/support/clock.h"
 #include "tools/nodal/support/open_files.h"
 #include "tools/nodal/support/output.h"
 #include "tools/nodal/support/signals.h"
 #include "tools/nodal/support/text.h"
+#include "tools/nodal/tree/sampled_tree.h"
 
 namespace nodal {
 namespace {
 
 using platkit::history::HostHeader;
-using platkit::history::kNanosInSecond;
 using platkit::history::Sample;
 using platkit::history::SampleInfo;
 using platkit::history::SampleTime;
@@ -28,12 +26,10 @@ constexpr std::string_view kPciDevices = "/hardware/pci";
 class HostOfRecord : public Sampled {
  public:
   explicit HostOfRecord(const RecordOptions &options)
-      : isLive_(options.root.empty()),
-        host_(isLive_ ? "/" : options.root.c_str(), isLive_ ? platkit::Reach::kHost : platkit::Reach::kRootFolder,
-              OpenFilesToKeep()),
+      : host_(HostBelow(options.root, OpenFilesToKeep())),
         filter_(options.only, kPciDevices),
         sampler_(host_.source(), filter_) {
-    if (const HVC_ReturnStatus status = host_.Open(); status != HVC_OK) throw Failure(options.root, status);
+    OpenHost(host_, options.root);
   }
 
   void Take(Sample &sample, HostHeader &host, uint64_t &availableBytes) override {
@@ -59,18 +55,11 @@ class HostOfRecord : public Sampled {
     hasHeader_ = true;
   }
 
-  bool isLive_;
   platkit::SampledHost host_;
   PathFilter filter_;
   HostSampler sampler_;
   bool hasHeader_ = false;
 };
-
-int64_t Nanoseconds(clockid_t clock) {
-  timespec time = {};
-  clock_gettime(clock, &time);
-  return int64_t{time.tv_sec} * kNanosInSecond + time.tv_nsec;
-}
 
 class HostPace : public Pace {
  public:
@@ -78,19 +67,19 @@ class HostPace : public Pace {
   void ServeWith(HttpServer &server) { server_ = &server; }
 
   SampleTime Now() override {
-    return {.wall = Nanoseconds(CLOCK_REALTIME),
-            .boot = Nanoseconds(CLOCK_BOOTTIME),
-            .monotonic = Nanoseconds(CLOCK_MONOTONIC)};
+    return {.wall = NanosecondsOf(CLOCK_REALTIME),
+            .boot = NanosecondsOf(CLOCK_BOOTTIME),
+            .monotonic = NanosecondsOf(CLOCK_MONOTONIC)};
   }
 
   bool WaitUntil(int64_t time) override {
     for (;;) {
-      const int64_t now = Nanoseconds(CLOCK_MONOTONIC);
+      const int64_t now = NanosecondsOf(CLOCK_MONOTONIC);
       const int64_t until = server_ == nullptr ? time : std::min(time, server_->NextTimeout());
       if (!PollForSignals(server_ == nullptr ? std::span<pollfd>() : server_->Polled(),
                           std::max<int64_t>(until - now, 0)))
         return false;
-      if (server_ != nullptr) server_->Serve(Nanoseconds(CLOCK_MONOTONIC));
+      if (server_ != nullptr) server_->Serve(NanosecondsOf(CLOCK_MONOTONIC));
       if (now >= time) return true;
     }
   }

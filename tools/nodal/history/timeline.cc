@@ -5,7 +5,6 @@
 #include <cstdio>
 
 #include "platkit/history/moment.h"
-#include "tools/nodal/history/history_range.h"
 
 namespace nodal {
 namespace {
@@ -62,7 +61,7 @@ class TimelineReader {
     timeline_.first = span.first;
     timeline_.last = span.last;
     for (const SegmentName name : history_.segments()) {
-      if (name >= HourOf(from_) && name <= HourOf(to_)) ReadSegment(name);
+      if (name >= SegmentName::AtSecond(from_) && name <= SegmentName::AtSecond(to_)) ReadSegment(name);
     }
     timeline_.samples = points_.size();
     SortByRecording();

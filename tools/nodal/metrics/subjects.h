@@ -10,6 +10,7 @@
 #include "tools/nodal/metrics/metric_table.h"
 #include "tools/nodal/metrics/prometheus_text.h"
 #include "tools/nodal/tree/caching_tree.h"
+#include "tools/nodal/tree/field_value.h"
 #include "tools/nodal/tree/instances.h"
 
 namespace nodal {
@@ -54,13 +55,6 @@ class Subjects {
   Instances instances_;
   std::map<MetricFamily, std::vector<Subject>> found_;
 };
-
-// The text of a field that may lack a terminator.
-template <size_t kSize>
-std::string_view TextOf(const char (&field)[kSize]) {
-  const std::string_view all(field, kSize);
-  return all.substr(0, all.find('\0'));
-}
 
 }  // namespace nodal
 

@@ -6,8 +6,13 @@
 #include <numeric>
 #include <utility>
 
+#include "platkit/history/byte_stream.h"
+
 namespace nodal {
 namespace {
+
+using platkit::history::AppendVarint;
+using platkit::history::ToUnsigned;
 
 enum Token : uint64_t { kNoRecordToken, kUnreadableToken, kAllOnesToken, kLargeToken, kFirstNumberToken };
 
@@ -17,14 +22,6 @@ constexpr int64_t kLarge = int64_t{1} << 50;
 bool IsLarge(int64_t number) { return number >= kLarge || number <= -kLarge; }
 
 bool IsSmallNumber(const FigureValue &value) { return value.kind == FigureValue::kNumber && !IsLarge(value.number); }
-
-void AppendVarint(std::string &bytes, uint64_t number) {
-  for (; number >= 0x80; number >>= 7)
-    bytes += static_cast<char>(number | 0x80);
-  bytes += static_cast<char>(number);
-}
-
-uint64_t Zigzag(int64_t number) { return static_cast<uint64_t>(number) << 1 ^ (number < 0 ? UINT64_MAX : uint64_t{0}); }
 
 int64_t CommonDivisor(std::span<const FigureChanges> rows) {
   int64_t divisor = 0;
@@ -41,7 +38,7 @@ void AppendTokens(const FigureChanges &changes, int64_t divisor, std::string &by
   int64_t last = 0;
   for (const auto &[instant, value] : changes) {
     if (IsSmallNumber(value)) {
-      AppendVarint(bytes, kFirstNumberToken + Zigzag((value.number - last) / divisor));
+      AppendVarint(bytes, kFirstNumberToken + ToUnsigned((value.number - last) / divisor));
       last = value.number;
     } else if (value.kind == FigureValue::kNumber) {
       AppendVarint(bytes, kLargeToken);

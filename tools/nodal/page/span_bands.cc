@@ -17,28 +17,40 @@ namespace {
 using platkit::history::Entry;
 using platkit::history::Sample;
 
-// The figures of the lanes.
-const std::vector<FigurePattern> &BandPatterns() {
-  static const std::vector<FigurePattern> patterns = {FigurePattern("/memory/comprehensive.free"),
-                                                      FigurePattern("/sched/globalStats/memory/kestrel.memState"),
-                                                      FigurePattern("/sched/groups/*/stats/memoryStats.consumed")};
+// The figures of the lanes: a field, and the paths of its records.
+struct BandFigure {
+  uint32_t node;
+  std::string_view field;
+  std::string_view paths;
+};
+
+constexpr BandFigure kBandFigures[] = {
+    {nodes::memory_comprehensive.id(), "free", "/memory/comprehensive"},
+    {nodes::sched_globalStats_memory_kestrel.id(), "memState", "/sched/globalStats/memory/kestrel"},
+    {nodes::sched_groups_stats_memoryStats.id(), "consumed", "/sched/groups/*/stats/memoryStats"},
+};
+
+std::vector<FigurePattern> BandPatterns() {
+  std::vector<FigurePattern> patterns;
+  for (const BandFigure &figure : kBandFigures)
+    patterns.emplace_back(std::string(figure.paths) + "." + std::string(figure.field));
   return patterns;
 }
 
 }  // namespace
 
 std::string_view FieldWithBand(const platkit::Node &node) {
-  if (node.id == nodes::memory_comprehensive.id()) return "free";
-  if (node.id == nodes::sched_globalStats_memory_kestrel.id()) return "memState";
-  return node.id == nodes::sched_groups_stats_memoryStats.id() ? "consumed" : "";
+  const auto *const figure = std::ranges::find(kBandFigures, node.id, &BandFigure::node);
+  return figure == std::end(kBandFigures) ? "" : figure->field;
 }
 
 SpanBands::SpanBands(HistoryRange &range, int64_t step, FigureBudget &budget, Progress &progress) : budget_(budget) {
-  const FigureFilter filter(BandPatterns());
+  const std::vector<FigurePattern> patterns = BandPatterns();
+  const FigureFilter filter(patterns);
   range.Visit(&filter, [&](const auto &info, const Sample &sample, const auto &host) {
     ThrowIfSignalled();
     progress.Advance();
-    if (host.definitions.signature != platkit::OwnDefinitions().signature) return;
+    if (!HaveOwnSignature(host.definitions)) return;
     ++samples_;
     AddSample(sample, platkit::history::SecondsOf(info.time.wall) / step);
   });

@@ -1,7 +1,6 @@
 #include "tools/nodal/page/span_reader.h"
 
 #include <algorithm>
-#include <cstring>
 #include <map>
 #include <optional>
 #include <set>
@@ -144,7 +143,7 @@ class SpanReader {
   }
 
   void AddSample(const SampleInfo &info, const Sample &sample, const platkit::history::HostHeader &header) {
-    if (header.definitions.signature != platkit::OwnDefinitions().signature) {
+    if (!HaveOwnSignature(header.definitions)) {
       const int64_t second = SecondsOf(info.time.wall);
       others_ = {others_ ? others_->first : second, second};
       return;
@@ -243,7 +242,8 @@ class SpanReader {
     FigureValue missing;
     if (!isReadable && (isThere || HasFailed(path, entry))) {
       missing.kind = FigureValue::kUnreadable;
-      AddStatus(records.unreadable[place.row], instant, isThere ? HVC_SNAPSHOT_DAMAGED : StatusIn(entry));
+      AddStatus(records.unreadable[place.row], instant,
+                isThere ? HVC_SNAPSHOT_DAMAGED : platkit::snapshot::FailureIn({entry.type, entry.payload}));
     }
     const SpanBands::Band *band = bands_->Find(path, span_.seconds.back() / span_.step);
     for (SpanColumn &column : records.columns) {
@@ -278,12 +278,6 @@ class SpanReader {
 
   bool HasFailed(const std::string &path, Entry &entry) const {
     return previous_.Find(std::string(kFailurePrefix) + path, entry);
-  }
-
-  static HVC_ReturnStatus StatusIn(const Entry &entry) {
-    HVC_ReturnStatus status = HVC_OK;
-    if (entry.payload.size() == sizeof status) std::memcpy(&status, entry.payload.data(), sizeof status);
-    return status == HVC_OK ? HVC_SNAPSHOT_DAMAGED : status;
   }
 
   void AddUnreadableLists(uint32_t instant, const std::vector<UnreadableList> &lists) {

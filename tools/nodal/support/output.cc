@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 #include "tools/nodal/support/text.h"
 
@@ -24,6 +25,11 @@ Failure::Failure(std::string_view where, std::string_view what)
     : std::runtime_error(std::string(where) + ": " + std::string(what)) {}
 
 Failure::Failure(std::string_view where, HVC_ReturnStatus status) : Failure(where, StatusText(status)) {}
+
+HVC_ReturnStatus ThrowIfOutOfMemory(HVC_ReturnStatus status) {
+  if (status == HVC_NO_MEMORY) throw std::bad_alloc();
+  return status;
+}
 
 void Print(std::string_view text) {
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {

@@ -17,6 +17,9 @@ class Failure : public std::runtime_error {
   Failure(std::string_view where, HVC_ReturnStatus status);
 };
 
+// Throws std::bad_alloc for HVC_NO_MEMORY, and returns other statuses.
+HVC_ReturnStatus ThrowIfOutOfMemory(HVC_ReturnStatus status);
+
 // These throw if standard output cannot be written.
 void Print(std::string_view text);
 void FlushOutput();

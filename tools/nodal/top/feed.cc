@@ -1,29 +1,21 @@
 #include "tools/nodal/top/feed.h"
 
-#include <sys/stat.h>
-#include <time.h>
-
 #include <algorithm>
 #include <chrono>
 #include <utility>
 
 #include "platkit/history/moment.h"
-#include "platkit/linux/sampled_host.h"
 #include "platkit/snapshot/snapshot_source.h"
 #include "tools/nodal/capture/source_header.h"
 #include "tools/nodal/history/moment_file.h"
 #include "tools/nodal/snapshot/open_failure.h"
+#include "tools/nodal/support/clock.h"
 #include "tools/nodal/support/open_files.h"
 #include "tools/nodal/support/text.h"
+#include "tools/nodal/tree/sampled_tree.h"
 
 namespace nodal::top {
 namespace {
-
-int64_t NanosecondsOf(clockid_t clock) {
-  timespec now = {};
-  clock_gettime(clock, &now);
-  return int64_t{now.tv_sec} * platkit::history::kNanosInSecond + now.tv_nsec;
-}
 
 // Limits and members of groups change seldom, and reading them takes most of the time of a sample. With many groups,
 // they are read only in some samples.
@@ -32,11 +24,8 @@ constexpr std::chrono::microseconds kMaxSettingsAge{4'500'000};
 
 class HostFeed final : public Feed {
  public:
-  explicit HostFeed(const std::string &root)
-      : isSaved_(!root.empty()),
-        host_(isSaved_ ? root.c_str() : "/", isSaved_ ? platkit::Reach::kRootFolder : platkit::Reach::kHost,
-              OpenFilesToKeep()) {
-    if (const HVC_ReturnStatus status = host_.Open(); status != HVC_OK) throw Failure(root, status);
+  explicit HostFeed(const std::string &root) : isSaved_(!root.empty()), host_(HostBelow(root, OpenFilesToKeep())) {
+    OpenHost(host_, root);
     name_ = Printable(host_.Name());
   }
 
@@ -95,19 +84,12 @@ class SnapshotFeed final : public Feed {
   bool isTaken_ = false;
 };
 
-bool IsFolder(const std::string &path) {
-  struct stat info;
-  return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
-
 }  // namespace
-
-std::unique_ptr<Feed> OpenHost(const std::string &root) { return std::make_unique<HostFeed>(root); }
 
 std::unique_ptr<Feed> OpenSnapshotFeed(const std::string &path) { return std::make_unique<SnapshotFeed>(path); }
 
 std::unique_ptr<Feed> OpenFeed(const std::string &cache, const std::string &root) {
-  if (cache.empty()) return OpenHost(root);
+  if (cache.empty()) return std::make_unique<HostFeed>(root);
   return IsFolder(cache) || IsMoment(cache) ? OpenHistoryFeed(cache) : OpenSnapshotFeed(cache);
 }
 

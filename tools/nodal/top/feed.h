@@ -44,8 +44,7 @@ class Feed {
   virtual std::string Problem() const { return ""; }
 };
 
-// The running host, or a saved root folder. Throw a Failure.
-std::unique_ptr<Feed> OpenHost(const std::string &root);
+// These throw a Failure.
 std::unique_ptr<Feed> OpenSnapshotFeed(const std::string &path);
 // FOLDER or FOLDER@TIME.
 std::unique_ptr<Feed> OpenHistoryFeed(const std::string &path);

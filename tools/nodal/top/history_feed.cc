@@ -39,9 +39,7 @@ class HistoryCursor {
   // The last sample at or before a second.
   std::optional<Place> FindLast(int64_t second) {
     const auto &segments = history_->segments();
-    const int64_t wall =
-        std::min(second, INT64_MAX / platkit::history::kNanosInSecond) * platkit::history::kNanosInSecond;
-    auto name = std::ranges::upper_bound(segments, SegmentName::At(wall));
+    auto name = std::ranges::upper_bound(segments, SegmentName::AtSecond(second));
     while (name != segments.begin()) {
       if (!Open(*--name)) continue;
       for (size_t index = order_.size(); index-- > 0;) {
@@ -72,9 +70,7 @@ class HistoryCursor {
 
   bool Read(const Place &place, platkit::Moment &moment) {
     if (!Open(place.segment) || place.index >= order_.size()) return false;
-    const HVC_ReturnStatus status = reader_.Read(order_[place.index], moment.sample);
-    if (status == HVC_NO_MEMORY) throw std::bad_alloc();
-    if (status != HVC_OK) return false;
+    if (ThrowIfOutOfMemory(reader_.Read(order_[place.index], moment.sample)) != HVC_OK) return false;
     moment.info = InfoAt(place.index);
     moment.host = reader_.host();
     return true;
@@ -88,13 +84,8 @@ class HistoryCursor {
     if (open_ == name) return true;
     open_.reset();
     order_.clear();
-    const HVC_ReturnStatus status = reader_.Open(history_->folder(), name.text().c_str());
-    if (status == HVC_NO_MEMORY) throw std::bad_alloc();
-    if (status != HVC_OK) return false;
-    for (size_t i = 0; i < reader_.frames().size(); ++i) {
-      if (!reader_.frames()[i].isEnd) order_.push_back(i);
-    }
-    std::ranges::stable_sort(order_, {}, [&](size_t i) { return reader_.frames()[i].info.time.wall; });
+    if (ThrowIfOutOfMemory(history_->Open(name, reader_)) != HVC_OK) return false;
+    order_ = reader_.InOrderOfTime();
     open_ = name;
     return true;
   }
@@ -176,15 +167,12 @@ class HistoryFeed final : public Feed {
   // A moment that the user named is shown or refused, never replaced by an earlier one.
   static void CheckMoment(const std::string &path) {
     platkit::Moment moment;
-    const HVC_ReturnStatus status = platkit::ReadMoment(path.c_str(), moment);
-    if (status == HVC_NO_MEMORY) throw std::bad_alloc();
+    const HVC_ReturnStatus status = ThrowIfOutOfMemory(platkit::ReadMoment(path.c_str(), moment));
     if (status != HVC_OK) throw MomentFailure(path, status);
     if (!IsOwn(moment)) throw Failure(path, HVC_DEFINITIONS_DIFFER);
   }
 
-  static bool IsOwn(const platkit::Moment &moment) {
-    return moment.host.definitions.signature == platkit::OwnDefinitions().signature;
-  }
+  static bool IsOwn(const platkit::Moment &moment) { return HaveOwnSignature(moment.host.definitions); }
 
   // The sample at a place, or the next one in that direction that can be shown. Null if there is none.
   SamplePointer ReadFrom(std::optional<HistoryCursor::Place> place, bool isBack, Skipped &skipped) {

@@ -10,25 +10,15 @@
 #include "platkit/memory_states.h"
 #include "tools/nodal/support/text.h"
 #include "tools/nodal/top/reading.h"
+#include "tools/nodal/tree/field_value.h"
 #include "tools/nodal/tree/instances.h"
 
 namespace nodal::top {
 namespace {
 
+using platkit::IntParam;
 using platkit::NodeRef;
-
-NODAL_Param IntParam(int64_t value) { return {.kind = ParamKind::kInt, .length = 0, .integer = value}; }
-
-NODAL_Param TextParam(std::string_view text) {
-  NODAL_Param param = {.kind = ParamKind::kText, .length = static_cast<uint32_t>(text.size()), .integer = 0};
-  param.chars = text.data();
-  return param;
-}
-
-HVC_ReturnStatus ThrowIfOutOfMemory(HVC_ReturnStatus status) {
-  if (status == HVC_NO_MEMORY) throw std::bad_alloc();
-  return status;
-}
+using platkit::TextParam;
 
 bool IsOfMonitor(const Node &node) {
   return node.id == nodes::sched_memClients_swapInfo.id() || node.id == nodes::memory_lpage_vmLPage.id();
@@ -165,7 +155,7 @@ class ScreenReader {
     }
     GroupNameRecord name = {};
     const HVC_ReturnStatus status = GetOf(nodes::sched_groups_groupName, group, name);
-    if (status == HVC_OK) row.name = Printable(TextOfField(name.name));
+    if (status == HVC_OK) row.name = Printable(nodal::TextOf(name.name));
     GroupMemoryStatsRecord stats = {};
     if (status == HVC_NOT_FOUND && GetOf(nodes::sched_groups_stats_memoryStats, group, stats) == HVC_NOT_FOUND)
       return kNoGroup;
@@ -179,7 +169,7 @@ class ScreenReader {
     if (GetOf(nodes::sched_groups_groupFlags, group, flags) != HVC_OK || (flags.flags & HVC_GROUP_VM) == 0) return -1;
     Row row = {.key = std::to_string(group), .name = "?", .group = group, .isMachine = true};
     GroupNameRecord name = {};
-    if (GetOf(nodes::sched_groups_groupName, group, name) == HVC_OK) row.name = Printable(TextOfField(name.name));
+    if (GetOf(nodes::sched_groups_groupName, group, name) == HVC_OK) row.name = Printable(nodal::TextOf(name.name));
     AddClients(row, flags.flags);
     return AddRow(std::move(row));
   }
@@ -340,23 +330,13 @@ class ScreenReader {
     return argument.integer != Row::kUnset;
   }
 
-  template <size_t kSize>
-  static std::string_view TextOfField(const char (&field)[kSize]) {
-    const std::string_view all(field, kSize);
-    return all.substr(0, all.find('\0'));
-  }
-
-  struct DestroyList {
-    void operator()(platkit::ParamList *list) const { list->Destroy(); }
-  };
-
   platkit::Source &source_;
   const NodeSet &nodes_;
   std::unordered_map<int64_t, const Row *> known_;
   bool needsClients_ = false;
   bool needsMonitors_ = false;
   Reading reading_;
-  std::unique_ptr<platkit::ParamList, DestroyList> list_;
+  platkit::OwnedParamList list_;
 };
 
 }  // namespace

@@ -14,16 +14,11 @@ using platkit::FieldUnit;
 
 double InKB(double number, FieldUnit unit) {
   switch (unit) {
-    case FieldUnit::BYTES: return number / 1024;
-    case FieldUnit::PAGES: return number * 4;
-    case FieldUnit::BLOCKS: return number * 2048;
+    case FieldUnit::BYTES:
+    case FieldUnit::PAGES:
+    case FieldUnit::BLOCKS: return InBytes(number, unit) / 1024;
     default: return number;
   }
-}
-
-double NumberOf(const Field &field, std::span<const std::byte> bytes) {
-  const uint64_t number = IntegerOf(field, bytes);
-  return IsSigned(field.type) ? static_cast<double>(static_cast<int64_t>(number)) : static_cast<double>(number);
 }
 
 Cell FieldCell(const Field &field, std::span<const std::byte> bytes, bool isLimit) {

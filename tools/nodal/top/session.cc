@@ -78,12 +78,13 @@ bool Session::TakeSample(bool isBack) {
     return false;
   }
   message_ = feed_.Problem();
+  const bool isFirst = !now_;
   platkit::Source *before = feed_.Before();
   before_ = before == nullptr ? std::exchange(now_, std::nullopt) : Read(*before);
   now_ = Read(feed_.Now(), before == nullptr && before_ ? &*before_ : nullptr);
   feed_.AdaptTo(now_->groups);
   Update();
-  if (!std::exchange(hasSample_, true) && view_.isSubtreeGone())
+  if (isFirst && view_.isSubtreeGone())
     throw Failure("--subtree " + settings().subtree,
                   "the screen " + std::string(CurrentScreen().name) + " has no such row");
   return true;
@@ -128,8 +129,11 @@ void Session::PressInTable(uint32_t key) {
   if (MoveCursor(key)) return;
   switch (key) {
     case ' ':
-      if (!feed_.isLive() && !feed_.isHistory()) return Stop();
-      isRunning_ = !isRunning_;
+      if (feed_.isLive() || feed_.isHistory()) {
+        isRunning_ = !isRunning_;
+      } else {
+        message_ = "a snapshot does not change";
+      }
       return;
     case kKeyLeft: return StepHistory(true);
     case kKeyRight: return StepHistory(false);
@@ -261,8 +265,6 @@ void Session::StepHistory(bool isBack) {
   TakeSample(isBack);
 }
 
-void Session::Stop() { message_ = "a snapshot does not change"; }
-
 void Session::PressInFilter(uint32_t key) {
   Settings &own = Own();
   if (key == kKeyEnter) {
@@ -338,7 +340,7 @@ std::string Session::CommandLine() const {
     for (const ColumnChoice &choice : own.columns)
       names += (names.empty() ? "" : ":") + choice.name();
     // The name is always there, so that it alone means no other column.
-    line += " --columns " + (names.empty() ? kNameColumn.name.data() : names);
+    line += " --columns " + (names.empty() ? std::string(kNameColumn.name) : names);
   }
   if (own.sort != usual.sort && own.sort.column != nullptr) line += " --sort " + own.sort.name();
   if (own.isAscending) line += " --reverse";

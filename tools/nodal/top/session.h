@@ -92,7 +92,6 @@ class Session {
   void EnterSubtree();
   void LeaveSubtree();
   void StepHistory(bool isBack);
-  void Stop();
   void PressInFilter(uint32_t key);
   void PressInList(uint32_t key);
   void OpenList(Mode mode);
@@ -110,7 +109,6 @@ class Session {
   std::optional<Reading> now_, before_;
   View view_;
   bool isRunning_;
-  bool hasSample_ = false;
   bool wantsCommandLine_ = false;
   Mode mode_ = Mode::kTable;
   std::string message_;

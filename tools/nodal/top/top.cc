@@ -1,11 +1,11 @@
 #include "tools/nodal/top/top.h"
 
 #include <poll.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
 
+#include "tools/nodal/support/clock.h"
 #include "tools/nodal/support/output.h"
 #include "tools/nodal/support/signals.h"
 #include "tools/nodal/top/terminal.h"
@@ -15,11 +15,7 @@ namespace {
 
 constexpr int64_t kSecond = 1'000'000'000;
 
-int64_t Now() {
-  timespec now = {};
-  clock_gettime(CLOCK_MONOTONIC, &now);
-  return int64_t{now.tv_sec} * kSecond + now.tv_nsec;
-}
+int64_t Now() { return NanosecondsOf(CLOCK_MONOTONIC); }
 
 // The time of the next sample. Overdue samples are skipped.
 int64_t NextDue(int64_t due, int64_t interval) {

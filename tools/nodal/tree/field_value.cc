@@ -21,6 +21,20 @@ uint64_t IntegerOf(const Field &field, std::span<const std::byte> bytes) {
   return value;
 }
 
+double NumberOf(const Field &field, std::span<const std::byte> bytes) {
+  const uint64_t value = IntegerOf(field, bytes);
+  return IsSigned(field.type) ? static_cast<double>(static_cast<int64_t>(value)) : static_cast<double>(value);
+}
+
+double InBytes(double number, platkit::FieldUnit unit) {
+  switch (unit) {
+    case platkit::FieldUnit::KB: return number * 1024;
+    case platkit::FieldUnit::PAGES: return number * 4096;
+    case platkit::FieldUnit::BLOCKS: return number * (2 << 20);
+    default: return number;
+  }
+}
+
 bool IsNone(const Field &field, std::span<const std::byte> bytes) {
   return field.size >= sizeof(uint32_t) &&
          std::ranges::all_of(bytes, [](std::byte byte) { return byte == std::byte{0xff}; });

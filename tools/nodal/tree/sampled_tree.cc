@@ -3,19 +3,19 @@
 #include "tools/nodal/support/output.h"
 
 namespace nodal {
-namespace {
 
-platkit::SampledHost HostBelow(const std::string &root) {
-  // There are too few samples for open files to pay.
-  constexpr size_t kKeptFiles = 0;
-  return root.empty() ? platkit::SampledHost("/", platkit::Reach::kHost, kKeptFiles)
-                      : platkit::SampledHost(root.c_str(), platkit::Reach::kRootFolder, kKeptFiles);
+platkit::SampledHost HostBelow(const std::string &root, size_t maxDescriptors) {
+  return root.empty() ? platkit::SampledHost("/", platkit::Reach::kHost, maxDescriptors)
+                      : platkit::SampledHost(root.c_str(), platkit::Reach::kRootFolder, maxDescriptors);
 }
 
-}  // namespace
+void OpenHost(platkit::SampledHost &host, const std::string &root) {
+  if (const HVC_ReturnStatus status = host.Open(); status != HVC_OK) throw Failure(root.empty() ? "/" : root, status);
+}
 
-SampledTree::SampledTree(const std::string &root) : host_(HostBelow(root)), tree_(host_.source()) {
-  if (const HVC_ReturnStatus status = host_.Open(); status != HVC_OK) throw Failure(root.empty() ? "/" : root, status);
+// There are too few samples for open files to pay.
+SampledTree::SampledTree(const std::string &root) : host_(HostBelow(root, 0)), tree_(host_.source()) {
+  OpenHost(host_, root);
   host_.BeginSample();
 }
 

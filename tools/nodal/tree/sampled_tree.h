@@ -10,6 +10,13 @@
 
 namespace nodal {
 
+// The running host if `root` is empty, else the saved root folder `root`. Keeps up to `maxDescriptors` of the running
+// host's files open between samples.
+platkit::SampledHost HostBelow(const std::string &root, size_t maxDescriptors);
+
+// Opens the host that HostBelow returned for `root`. Throws a Failure.
+void OpenHost(platkit::SampledHost &host, const std::string &root);
+
 // In a sample, each file of the host is read at most once, so that all figures of a file are of the same moment.
 class SampledTree : public Tree {
  public:

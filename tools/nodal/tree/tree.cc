@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "platkit/nodal.h"
+#include "tools/nodal/support/output.h"
 
 namespace nodal {
 namespace {
@@ -34,12 +35,6 @@ Arguments EntriesOf(const NODAL_ParamList &list) {
   for (const NODAL_Param &param : list.params())
     entries.push_back(ArgumentOf(param));
   return entries;
-}
-
-// If the host lacks memory, the read returns a status; if this program lacks memory, it throws an exception.
-HVC_ReturnStatus ThrowIfOutOfMemory(HVC_ReturnStatus status) {
-  if (status == HVC_NO_MEMORY) throw std::bad_alloc();
-  return status;
 }
 
 }  // namespace
