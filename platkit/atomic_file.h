@@ -52,7 +52,7 @@ class AtomicFile {
   [[nodiscard]] HVC_ReturnStatus Commit();
 
  private:
-  // Who may do what with a file that is replaced.
+  // The permissions of a new file that replaces an older one.
   struct Access {
     mode_t mode;
     uid_t owner;

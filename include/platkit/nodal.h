@@ -1,7 +1,7 @@
 /*
  * NODAL: the system-information interface of the platform library.
  *
- * The kernel publishes its state as a tree of nodes. A node is a record (a packed struct, see records.h), a list (the
+ * The library presents the state of a host as a tree of nodes. A node is a record (a packed struct, see records.h), a list (the
  * instances below it), or both: a list at one path, and a record for each of its entries. nodes.h declares all nodes.
  *
  * Conventions

@@ -421,7 +421,7 @@ enum HVC_StatusCode
   HVC_SHUTTING_DOWN = 0x0bad015f,          /* Host is shutting down */
   HVC_REBOOT_REQUIRED = 0x0bad0160,        /* Host must be rebooted first */
 
-  /* Codes that stand for other codes */
+  /* Other codes */
   HVC_INVALID_ERROR_CODE = 0x0bad0161, /* Invalid error code */
   HVC_CONSOLE_ERROR = 0x0bad0162       /* Generic service console error */
 };

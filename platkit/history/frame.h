@@ -37,8 +37,8 @@ enum class ChunkKind : uint8_t {
   kRemoved = 'R',  // entries that no longer exist
 };
 
-// Each entry has a number as long as its key frame is in use: in a key frame they are numbered from 0, in the order of
-// their keys. A new entry of a delta frame gets the next number that was never used.
+// Each entry has a number, which is valid until the next key frame. A key frame numbers its entries from 0, in the
+// order of their keys. A new entry of a delta frame gets the next number that was never used.
 struct Chunk {
   uint32_t storedBytes;
   uint32_t rawBytes;  // the same as storedBytes: not compressed
@@ -53,7 +53,7 @@ static_assert(sizeof(Chunk) == 24);
 
 struct FrameHead {
   std::array<char, 8> magic;
-  uint32_t check;  // of the rest of the head
+  uint32_t check;  // checksum of the head without its mask, from headBytes on
   uint32_t headBytes;
   uint32_t frameBytes;
   uint16_t version;
@@ -90,7 +90,7 @@ bool IsPossibleHead(const FrameHead &head, uint64_t fileBytes);
 // bytes from the start of the frame to the end of the file.
 bool IsPossibleCutFrame(std::span<const std::byte> bytes, uint64_t fileBytes);
 
-// Removes the mask from the rest of a head, and checks the whole head. `bytes` are the bytes of the head.
+// Removes the mask from a head, and verifies its sizes and its checksum. `bytes` are the bytes of the head.
 bool UnmaskAndCheck(std::span<std::byte> bytes);
 
 // Reads the directory of a checked head. `bytes` must not move while `places` is used. False if a size exceeds a limit

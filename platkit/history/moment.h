@@ -16,7 +16,7 @@ struct MomentPath {
 };
 
 // Splits DIR@TIME at its last '@', or at the '@' before it if the two are adjacent, as in DIR@@1763694720. Returns
-// nothing if there is no '@', or nothing before it.
+// std::nullopt if the '@' is missing or is the first character.
 std::optional<MomentPath> SplitMoment(std::string_view path);
 
 // The seconds since 1970 for one of these forms, or nothing:

@@ -128,8 +128,8 @@ SampleTable::Slot *SampleTable::FindSlot(uint32_t id) {
   return &*found;
 }
 
-// Each change is a varint and the coded payload. The varint is the distance from the number of the entry before, with
-// the coding in its lowest bits.
+// Each change is a varint and the coded payload. The lowest bits of the varint are the coding. The others are the
+// difference between the numbers of this entry and the previous one of the chunk, or 0 for the first entry.
 bool SampleTable::ReadChanges(const Chunk &chunk, std::span<const std::byte> raw) {
   if (chunk.firstId < nextChange_) return false;
   nextChange_ = chunk.lastId + 1;

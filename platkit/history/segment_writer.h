@@ -21,8 +21,8 @@ class FrameEncoder;
 
 class SegmentWriter {
  public:
-  // The time between two key frames. A damaged frame costs the samples up to the next key frame. Samples that are a
-  // minute apart need more time between key frames than those of a recorder, or all their frames are key frames.
+  // The time between two key frames. A damaged frame costs the samples up to the next key frame. If samples are
+  // a minute apart, this interval makes every frame a key frame, so their writer needs a longer one.
   static constexpr int64_t kKeyInterval = 60 * kNanosInSecond;
 
   explicit SegmentWriter(int64_t keyInterval = kKeyInterval);

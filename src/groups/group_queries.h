@@ -57,9 +57,9 @@ static_assert(sizeof(VmmAllocRecord) == 28);
 [[nodiscard]] HVC_ReturnStatus Kestrel_GroupGetVMMAlloc(int64_t vmGroupID, VmmAllocRecord &alloc);
 
 struct MemberListing {
-  const char *caller;     // warns in the name of this function,
-  const char *listStep;   // and calls the listing itself by this name
-  bool vanishedIsSilent;  // no warning of HVC_NOT_FOUND
+  const char *caller;     // the name of the function in warnings
+  const char *listStep;   // the name of the listing in warnings
+  bool vanishedIsSilent;  // do not warn of HVC_NOT_FOUND
 };
 
 // Lists the direct children of a group.

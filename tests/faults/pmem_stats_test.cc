@@ -1,4 +1,4 @@
-// The four persistent-memory reports. A failure stops the walk over the volumes, and the report succeeds.
+// The four persistent-memory reports. A failure stops the walk over the volumes, but the exit status is still 0.
 #include <algorithm>
 
 #include "tests/faults/machine_hosts.h"

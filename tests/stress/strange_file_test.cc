@@ -89,7 +89,7 @@ bool WriteWithHole(const std::string &path, const std::string &start, uint64_t s
   return large;
 }
 
-// Inserts a record that no lookup finds between the records and the hash tables of a snapshot.
+// Writes a snapshot of this size: between its records and its hash tables is a long record that no table lists.
 bool WriteLongSnapshot(const std::string &path, uint64_t size) {
   constexpr uint32_t kContents = 2048;
   const std::string small = SmallSnapshot();

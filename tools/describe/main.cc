@@ -58,7 +58,7 @@ class Filler {
     }
   }
 
-  // A page that describes one report must describe every report once. The same is true for the commands of nodal.
+  // A page that describes any report must describe each report exactly once. The same holds for the commands of nodal.
   void CheckCompleteness() const {
     for (const std::vector<std::string> &required : {ReportPlaceholders(), manual::CommandPlaceholders()}) {
       if (std::ranges::none_of(required, [&](const std::string &name) { return shown_.contains(name); })) continue;

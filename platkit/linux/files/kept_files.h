@@ -64,7 +64,7 @@ class KeptFiles {
   [[nodiscard]] HVC_ReturnStatus ReadStart(Folder &folder, const char *name, const Request &request, OpenedFile &file,
                                            size_t &size);
 
-  // Whether nothing shows that the folder's group or process existed in this sample.
+  // True unless a read in this sample has shown that the folder's group or process exists.
   bool MayHaveEnded(const Folder &folder) const { return folder.answeredAt != sample_; }
 
   // Whether all files of the folder that this sample asked for were read, and `name`, which has this inode number, is

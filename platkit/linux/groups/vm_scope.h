@@ -6,8 +6,8 @@
 
 namespace platkit {
 
-// The path of such a control group, if `group`, a path from the top of the hierarchy, is one or is below one; else
-// empty:
+// `group` is a path from the top of the hierarchy. If it is the control group of a machine, or is below one, returns
+// the path of that control group, else an empty path. Such control groups are:
 // - machine.slice/machine-qemu\x2d1\x2dweb.scope, also in other slices: libvirt with systemd
 // - machine/qemu-1-web.libvirt-qemu, also in partitions: libvirt without systemd
 // - qemu.slice/100.scope

@@ -44,8 +44,8 @@ class HostWideFiles {
     return zswapMaxPercent_.Get(files_.clock(), [this] { return ReadZswapMaxPercent(files_); });
   }
 
-  // Memory that zswap keeps, in KB, before compression. 0 on a kernel without zswap, and on one that does not report it
-  // but has it turned off.
+  // The memory in zswap, in KB, before compression. If the kernel does not report the amount: 0 without zswap or while
+  // zswap is off, else unreadable.
   Figure Zswapped() {
     const Figure zswapped = meminfo().zswapped;
     if (!zswapped.isAbsent()) return zswapped;

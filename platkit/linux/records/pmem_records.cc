@@ -106,7 +106,7 @@ HVC_ReturnStatus PmemRecords::StoreInfo(std::string_view name, RegionStoreRecord
   const Figure freeSlots = FreeSlots(ModulesOf(*volume));
   record.totalBlocks = blocks.Cell(0);
   record.availableBlocks = available.Cell(0);
-  // What is neither allocated nor available is too small for the alignment of a namespace.
+  // Not total - available, which includes free space that is too small for an aligned namespace.
   Figure allocated(0);
   for (Region &region : RegionsOf(*volume))
     allocated = allocated + BlocksRoundedUp(SizeOf(region));

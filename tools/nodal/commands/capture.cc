@@ -15,7 +15,7 @@ Run DeclareCapture(OptionSet &options, const SourceOptions &source) {
                                            "Replace names and UUIDs, including the host's own, with pseudonyms");
   options
       .Add("--key-file FILE", values->keyFile,
-           "Derive the pseudonyms from the key in this file (-: standard input): captures with one key have the same")
+           "Derive the pseudonyms from the key in this file (-: standard input): the same key gives the same pseudonyms")
       .Needs(anonymize)
       .NotEmpty();
   options.Refuse("--key", "every user could see the key in the list of processes; use --key-file");

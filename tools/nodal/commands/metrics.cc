@@ -27,7 +27,7 @@ bool IsPrefix(std::string_view text) {
 }
 
 Failure PrefixFailure(const std::string &prefix) {
-  return {"--prefix " + prefix, "expected letters, digits, '_' and ':', without a digit first"};
+  return {"--prefix " + prefix, "expected letters, digits, '_' and ':', not starting with a digit"};
 }
 
 void ShowMetrics(const MetricsOptions &options, const SourceOptions &source) {

@@ -63,7 +63,7 @@ Run DeclareRecord(OptionSet &options, const SourceOptions &source) {
   const auto texts = std::make_shared<Texts>();
   options.Add("-d,--directory DIR", texts->folder, "The folder of the history, created if needed").ShowDefault();
   options.Add("--every SECONDS", texts->every, "The time between two samples").ShowDefault();
-  options.Add("--count N", texts->count, "End after this number of samples (default: at SIGTERM)");
+  options.Add("--count N", texts->count, "End after this number of samples (default: unlimited)");
   options.Add("--keep AGE", texts->keep, "Remove samples of this age: a number and s, m, h or d").ShowDefault();
   options
       .Add("--max-size SIZE", texts->maxSize, "Remove the oldest samples beyond this size: bytes, or with K, M, G or T")

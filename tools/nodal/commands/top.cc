@@ -104,7 +104,7 @@ Run DeclareTop(OptionSet &options, const SourceOptions &source) {
       .NotEmpty();
   options
       .Add("--subtree GROUP", texts->subtree,
-           "Show only this row and everything below it: the number of a group, or such as 'node 1' of the nodes")
+           "Show only this row and everything below it: a group's number, or a name such as 'node 1'")
       .NotEmpty();
   options.AddFlag("--flat", texts->isFlat, "Show a list instead of a tree");
   options.AddFlag("--hide-idle", texts->hidesIdle, "Hide rows whose shown figures are all 0");
@@ -114,7 +114,7 @@ Run DeclareTop(OptionSet &options, const SourceOptions &source) {
   options.AddFlag("--batch", texts->isBatch, "Print the table instead of showing it on the terminal");
   options.Add("-n,--count N", texts->count, "End after this number of samples (default with --batch: 1)");
   options.SetFooter(
-      "Press ? for the keys. Settings are not saved. w prints, at the end, the command that shows the same view "
+      "Press ? for the keys. Settings are not saved. Press w to print, on exit, the command that shows the same view "
       "again.");
   return [texts, &source] {
     top::Show(TopOptionsOf(*texts, source));

@@ -30,7 +30,7 @@ class MetricsEndpoint {
   const Recorder &recorder_;
   Pace &pace_;
   int64_t interval_;
-  // The text of the sample that was taken at this time.
+  // The cached answer to /metrics, and the time of its sample.
   std::optional<platkit::history::SampleTime> textTime_;
   std::shared_ptr<const std::string> text_;
   HttpServer server_;

@@ -76,7 +76,7 @@ constexpr Metric kMetrics[] = {
     {kHost, "host_other_clients_bytes", kGauge, NODE_FIELD(memory_comprehensive, otherConsumed),
      "Memory that all other clients consume."},
     {kHost, "host_memory_state", kGauge, Computation::kMemoryState,
-     "1 for the current memory state of the host, 0 for the others: high, clear, soft, hard, low.", "state"},
+     "1 if the host is in this memory state (high, clear, soft, hard or low), else 0.", "state"},
     {kHost, "host_memory_state_entries_total", kCounter, Computation::kMemoryStateEntries,
      "Number of times the host entered the state.", "state"},
     {kHost, "host_virtual_machines", kGauge, NODE_FIELD(sched_globalStats_numVMs, numVMs),

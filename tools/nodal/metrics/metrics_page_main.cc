@@ -14,7 +14,7 @@ int main(int argc, char **argv) {
   std::ifstream in(argv[1]);
   const std::string page{std::istreambuf_iterator<char>(in), {}};
   if (!in || page.empty()) {
-    std::fprintf(stderr, "metrics_page: %s: cannot be read\n", argv[1]);
+    std::fprintf(stderr, "metrics_page: %s: cannot be read, or is empty\n", argv[1]);
     return 1;
   }
   std::ofstream out(argv[1]);

@@ -13,10 +13,10 @@ namespace nodal {
 // Failure if two names would have the same pseudonym. Leaves host, time and source empty.
 PageData ReadPageData(CachingTree &tree, Pseudonyms *pseudonyms);
 
-// As ReadPageData, but without the bytes of the records. Afterwards, `tree` has the answers on which the rows depend.
+// As ReadPageData, but does not read the records. Afterwards, `tree` has cached all answers that determine the rows.
 PageData ReadPageRows(CachingTree &tree, Pseudonyms *pseudonyms);
 
-// The record of a row in a node, if the row has the instances for it.
+// The path of a row's record in a node, or std::nullopt if the row lacks an instance that the path needs.
 std::optional<RecordPath> RecordOf(const Node &node, const PageRow &row);
 
 }  // namespace nodal

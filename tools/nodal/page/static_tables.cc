@@ -35,7 +35,7 @@ std::string Shown(size_t count, size_t all) {
   return count == all ? "" : " (the largest " + std::to_string(count) + " of " + std::to_string(all) + ")";
 }
 
-// The free memory in blocks of an order or larger.
+// The free memory in blocks of at least this order, in KB.
 uint64_t FreeKB(const BuddyComprehensiveRecord &buddy, size_t order) {
   uint64_t kb = 0;
   for (size_t i = order; i < std::size(buddy.sizes); ++i)
@@ -68,7 +68,7 @@ std::string StaticMemory(const PageData &data) {
       {"Free", Amount(whole->free)},
       {"Total", Amount(whole->total)},
   };
-  return HtmlTable("Where all memory is", {"part", "amount"}, rows);
+  return HtmlTable("Where the memory is", {"part", "amount"}, rows);
 }
 
 std::string StaticGroups(const PageData &data) {

@@ -34,7 +34,7 @@ class FileCheck {
       CheckEntry(cursor);
     }
     if (file_.status() != HVC_OK) {
-      problems_.Report("file", "truncated or unreadable while it was read");
+      problems_.Report("file", "the file was truncated or became unreadable during the check");
     } else if (status != HVC_NOT_FOUND) {
       problems_.Report("entry " + std::to_string(entries_ + 1), "entry runs past the end of the records");
     } else if (file_.CountUsedSlots() != entries_ + std::size(snapshot::kReservedKeys)) {

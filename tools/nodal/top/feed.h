@@ -26,7 +26,7 @@ class Feed {
   // The sample before it, if the feed still has it, else null.
   virtual platkit::Source *Before() { return nullptr; }
 
-  // The seconds between the sample before and the present one; 0 if they are not known.
+  // The seconds between the previous sample and the present one; 0 if unknown.
   virtual double Seconds() const = 0;
 
   virtual std::string Host() const = 0;  // its name, printable

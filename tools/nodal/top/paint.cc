@@ -25,13 +25,13 @@ constexpr std::string_view kHelp[] = {
     "u                            unit: auto, b, kb, mb, pg",
     "space                        stop and continue; play a history",
     "Left Right                   step through a history",
-    "w                            print the command of this view at the end",
+    "w                            on exit, print the command that shows this view",
     "q                            quit",
     "",
     "-    not available           max  unlimited",
     ".    no such figure          >N   at least N: a part is not available",
     "A group without a figure of its own shows the sum of its members.",
-    "The last line sums what is shown. Counters are shown a second: NAME/s.",
+    "The last line sums what is shown. Counters are shown per second, as NAME/s.",
 };
 
 constexpr std::string_view kKeys = "? help  s sort  c columns  / filter  t flat  i idle  space stop  q quit";
@@ -76,7 +76,7 @@ Line Session::Tabs(size_t width) const {
   return line;
 }
 
-// The settings that change what the table shows.
+// The tree or flat view, and the settings that hide rows.
 std::string Session::StateText() const {
   const Settings &own = settings();
   std::string text;

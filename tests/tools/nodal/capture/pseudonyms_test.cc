@@ -87,7 +87,7 @@ TEST(Pseudonyms, OfRecords) {
   EXPECT_EQ(heap.dynGrow, 'x');
 }
 
-// A kind of group is kept, but without what follows its terminator.
+// A known tag of a group is kept, and the bytes after its terminator are cleared. An unknown tag is replaced.
 TEST(Pseudonyms, OfTags) {
   Pseudonyms names(KeyOf('k'));
   GroupTagRecord tag = {.tag = {'v', 'm', 0, 's', 'e', 'c', 'r', 'e'}};

@@ -90,7 +90,7 @@ TEST(SeriesCommand, RefusesUnknownWords) {
                   ": no such figure (expected PATH.FIELD, such as /sched/groups/*/stats/memoryStats.consumed)\n");
   }
   EXPECT_EQ(error(history.path() + " /sched/groups/9/stats/memoryStats.consumed"),
-            "nodal: " + history.path() + ": no sample has such a figure\n");
+            "nodal: " + history.path() + ": no sample in the range has one of the figures\n");
   EXPECT_EQ(error(history.path() + " --step 10" + figure),
             "nodal: --step 10: expected a number and s, m, h or d, such as 10s\n");
   EXPECT_NE(error(history.path() + " --from later" + figure).find("nodal: --from later: invalid time (expected a form"),

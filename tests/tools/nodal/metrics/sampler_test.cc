@@ -252,7 +252,7 @@ TEST_F(MetricsOf, Words) {
   }
   EXPECT_EQ(Nodal("metrics --only frob").err, "nodal: frob: unknown metric or family (see nodal metrics --help)\n");
   EXPECT_EQ(Nodal("metrics --prefix 9").err,
-            "nodal: --prefix 9: expected letters, digits, '_' and ':', without a digit first\n");
+            "nodal: --prefix 9: expected letters, digits, '_' and ':', not starting with a digit\n");
   EXPECT_EQ(Nodal("metrics -o ''").status, 2);
 }
 

@@ -236,7 +236,8 @@ TEST(SpanReader, TellsWhatCouldNotBeRead) {
   EXPECT_EQ(span.unreadableLists[0].instants, (std::vector<std::pair<uint32_t, uint32_t>>{{1, 2}}));
 }
 
-// The group's memory, whose read failed with this status, if it did.
+// A sample with one group. The read of the group's memory returned this status. The sample has the memory if it is
+// HVC_OK.
 Sample GroupReadWith(HVC_ReturnStatus status) {
   if (status == HVC_OK) return GroupsOf({1});
   Sample sample;

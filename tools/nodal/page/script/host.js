@@ -105,7 +105,7 @@ function memoryBar() {
     rightCell(percentText(all / total)),
     element('td', { class: 'origin' }, all > total ? 'more than the total: some figures overlap' : 'the total of the host'));
   return element('div', {}, element('div', { class: 'bar tall', role: 'img', 'aria-label': 'The parts of all memory, as in the table' }, bars),
-    scrolling('Where all memory is', table('The parts of all memory', [{ text: 'part' }, { text: 'amount', right: true },
+    scrolling('Where the memory is', table('The parts of all memory', [{ text: 'part' }, { text: 'amount', right: true },
       { text: 'share', right: true }, { text: 'source, in KB' }], [...rows, sumRow])));
 }
 
