@@ -4,7 +4,7 @@
 #include "tests/faults/hosts.h"
 #include "tests/faults/report_case.h"
 
-namespace faults {
+namespace faults::asyncremap_stats {
 namespace {
 
 class AsyncRemapStats : public testing::TestWithParam<ReportCase> {};
@@ -137,4 +137,4 @@ TEST(AsyncRemapStatsCalls, AGroupIsReadInAFixedOrder) {
 }
 
 }  // namespace
-}  // namespace faults
+}  // namespace faults::asyncremap_stats

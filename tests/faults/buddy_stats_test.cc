@@ -2,7 +2,7 @@
 #include "tests/faults/machine_hosts.h"
 #include "tests/faults/report_case.h"
 
-namespace faults {
+namespace faults::buddy_stats {
 namespace {
 
 using testing_support::Instance;
@@ -436,4 +436,4 @@ TEST(BuddyStatsCalls, NodesAreLookedUpBeforeTheFirstRow) {
 }
 
 }  // namespace
-}  // namespace faults
+}  // namespace faults::buddy_stats

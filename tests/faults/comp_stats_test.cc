@@ -2,7 +2,7 @@
 #include "tests/faults/machine_hosts.h"
 #include "tests/faults/report_case.h"
 
-namespace faults {
+namespace faults::comp_stats {
 namespace {
 
 constexpr char kTransitions[] = "sched_globalStats_memory_stateTransitions";
@@ -290,4 +290,4 @@ TEST(CompStatsCalls, ABadUnitReadsNothing) {
 }
 
 }  // namespace
-}  // namespace faults
+}  // namespace faults::comp_stats

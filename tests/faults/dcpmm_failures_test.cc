@@ -8,7 +8,7 @@
 #include "tests/faults/oracle.h"
 #include "tests/faults/report_case.h"
 
-namespace faults {
+namespace faults::dcpmm_failures {
 namespace {
 
 using Files = std::map<std::string, std::string>;
@@ -250,4 +250,4 @@ TEST(DcpmmDiscovery, GoesOnWithTheSocketsFoundSoFar) {
 }
 
 }  // namespace
-}  // namespace faults
+}  // namespace faults::dcpmm_failures

@@ -14,7 +14,7 @@
 #include "tests/support/scratch.h"
 #include "tests/support/text.h"
 
-namespace faults {
+namespace faults::dcpmm_stats {
 namespace {
 
 using testing_support::Instance;
@@ -630,4 +630,4 @@ TEST(DcpmmCsv, EndsWhenNobodyReadsAlong) {
 }
 
 }  // namespace
-}  // namespace faults
+}  // namespace faults::dcpmm_stats

@@ -2,7 +2,7 @@
 #include "tests/faults/hosts.h"
 #include "tests/faults/report_case.h"
 
-namespace faults {
+namespace faults::group_queries {
 namespace {
 
 constexpr char kCreate[] = "NODAL_ParamListCreate";
@@ -176,4 +176,4 @@ INSTANTIATE_TEST_SUITE_P(
     NameOf<Query>);
 
 }  // namespace
-}  // namespace faults
+}  // namespace faults::group_queries

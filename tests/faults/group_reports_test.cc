@@ -4,7 +4,7 @@
 #include "tests/faults/hosts.h"
 #include "tests/faults/report_case.h"
 
-namespace faults {
+namespace faults::group_reports {
 namespace {
 
 // The reads of a report, as in the log but without statuses.
@@ -460,4 +460,4 @@ constexpr Table kTables[] = {
 INSTANTIATE_TEST_SUITE_P(Machines, EmptyTable, testing::ValuesIn(kTables), NameOf<Table>);
 
 }  // namespace
-}  // namespace faults
+}  // namespace faults::group_reports

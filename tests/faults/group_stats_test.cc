@@ -4,7 +4,7 @@
 #include "tests/faults/hosts.h"
 #include "tests/faults/report_case.h"
 
-namespace faults {
+namespace faults::group_stats {
 namespace {
 
 class GroupStats : public testing::TestWithParam<ReportCase> {};
@@ -334,4 +334,4 @@ TEST(GroupStatsCalls, IdsOfAnyWidthAreHandedOnWhole) {
 }
 
 }  // namespace
-}  // namespace faults
+}  // namespace faults::group_stats

@@ -3,7 +3,7 @@
 #include "tests/faults/machine_hosts.h"
 #include "tests/faults/report_case.h"
 
-namespace faults {
+namespace faults::heap_stats {
 namespace {
 
 using testing_support::SetText;
@@ -333,4 +333,4 @@ TEST(HeapStatsCalls, ABadUnitReadsNothing) {
 }
 
 }  // namespace
-}  // namespace faults
+}  // namespace faults::heap_stats

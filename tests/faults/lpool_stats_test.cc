@@ -2,7 +2,7 @@
 #include "tests/faults/machine_hosts.h"
 #include "tests/faults/report_case.h"
 
-namespace faults {
+namespace faults::lpool_stats {
 namespace {
 
 constexpr char kMemInfo[] = "memory_memInfo";
@@ -250,4 +250,4 @@ TEST(LPoolStatsCalls, ThePoolsComeNodeByNode) {
 }
 
 }  // namespace
-}  // namespace faults
+}  // namespace faults::lpool_stats

@@ -2,7 +2,7 @@
 #include "tests/faults/hosts.h"
 #include "tests/faults/report_case.h"
 
-namespace faults {
+namespace faults::options {
 namespace {
 
 constexpr char kBadUnit[] = "Invalid unit specified. Choose from {mb, kb, pg}\n";
@@ -140,4 +140,4 @@ TEST(OptionCalls, NothingIsReadForBadOptions) {
 }
 
 }  // namespace
-}  // namespace faults
+}  // namespace faults::options

@@ -4,7 +4,7 @@
 #include "tests/faults/machine_hosts.h"
 #include "tests/faults/report_case.h"
 
-namespace faults {
+namespace faults::pmem_stats {
 namespace {
 
 constexpr char kVolumes[] = "memory_pmem_volumes";
@@ -556,4 +556,4 @@ TEST(PMemCalls, OfTheNodesOfItsRegions) {
 }
 
 }  // namespace
-}  // namespace faults
+}  // namespace faults::pmem_stats

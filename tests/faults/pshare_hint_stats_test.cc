@@ -1,7 +1,7 @@
 #include "tests/faults/machine_hosts.h"
 #include "tests/faults/report_case.h"
 
-namespace faults {
+namespace faults::pshare_hint_stats {
 namespace {
 
 constexpr char kBadUnit[] = "Invalid unit specified. Choose from {mb, kb, pg}\n";
@@ -151,4 +151,4 @@ TEST(PShareHintStatsCalls, ABadUnitReadsNothing) {
 }
 
 }  // namespace
-}  // namespace faults
+}  // namespace faults::pshare_hint_stats

@@ -1,7 +1,7 @@
 #include "tests/faults/hosts.h"
 #include "tests/faults/report_case.h"
 
-namespace faults {
+namespace faults::pshare_stats {
 namespace {
 
 constexpr char kBadUnit[] = "Invalid unit specified. Choose from {mb, kb, pg}\n";
@@ -132,4 +132,4 @@ TEST(PShareStatsCalls, ABadUnitReadsNothing) {
 }
 
 }  // namespace
-}  // namespace faults
+}  // namespace faults::pshare_stats

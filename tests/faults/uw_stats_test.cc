@@ -5,7 +5,7 @@
 #include "tests/faults/hosts.h"
 #include "tests/faults/report_case.h"
 
-namespace faults {
+namespace faults::uw_stats {
 namespace {
 
 constexpr char kBoth[] = "type,name\nuw,shell\n(all),mail\n,\n";
@@ -71,4 +71,4 @@ TEST(UwStatsCalls, AGroupThatDoesNotPrintIsAskedForItsFlagsAndItsChildren) {
 }
 
 }  // namespace
-}  // namespace faults
+}  // namespace faults::uw_stats

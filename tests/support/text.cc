@@ -1,14 +1,21 @@
 #include "tests/support/text.h"
 
-#include <regex>
+#include <time.h>
 
 namespace testing_support {
 
 std::string MaskTimes(const std::string &text) {
-  if (text.find(" STATS: ") == text.npos) return text;  // most outputs are CSV
-  static const std::regex title(
-      R"(( STATS: )(Mon|Tue|Wed|Thu|Fri|Sat|Sun) [A-Z][a-z]{2} [ 0-9][0-9] [0-9]{2}:[0-9]{2}:[0-9]{2} [0-9]{4}\n)");
-  return std::regex_replace(text, title, "$1<time>\n");
+  constexpr std::string_view kTitle = " STATS: ";
+  constexpr size_t kTimeLength = 24;  // Sat Nov 21 03:12:00 2026
+  std::string masked = text;
+  for (size_t at = masked.find(kTitle); at != masked.npos; at = masked.find(kTitle, at)) {
+    at += kTitle.size();
+    const std::string time = masked.substr(at, kTimeLength);
+    tm parsed;
+    const char *const end = strptime(time.c_str(), "%a %b %e %H:%M:%S %Y", &parsed);
+    if (end == time.c_str() + kTimeLength && masked[at + kTimeLength] == '\n') masked.replace(at, kTimeLength, "<time>");
+  }
+  return masked;
 }
 
 std::vector<std::string> Lines(std::string_view text) {

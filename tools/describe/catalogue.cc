@@ -77,7 +77,7 @@ std::string_view TypeName(const Field &field) {
   return "";
 }
 
-std::string Declaration(const Field &field) {
+std::string MemberDeclaration(const Field &field) {
   std::string text = Literal(TypeName(field)) + " " + Bold(field.name);
   if (field.type == FieldType::kText) text += "[" + std::to_string(field.size) + "]";
   if (field.type == FieldType::kEntries) text += "[" + std::to_string(field.count) + "]";
@@ -105,7 +105,7 @@ void PrintRecords(std::ostream &out) {
     out << ".SS " << Literal(record->name) << " (" << record->size << " bytes)\n.PD 0\n";
     for (const Field &field : record->fields) {
       if (field.type == FieldType::kGap) continue;
-      out << ".TP\n" << Declaration(field) << "\n" << Prose(field.description) << "\n";
+      out << ".TP\n" << MemberDeclaration(field) << "\n" << Prose(field.description) << "\n";
     }
     out << ".PD\n";
   }
