@@ -20,7 +20,8 @@ using testing_support::Command;
 using testing_support::Outcome;
 using testing_support::ScratchDirectory;
 
-constexpr uint64_t kTries = 150;  // per command and kind of shortage
+// Per command and kind of shortage. every_allocation_test fails each allocation of the library once.
+constexpr uint64_t kTries = 50;
 
 class ShortMemory : public testing::Test {
  protected:
