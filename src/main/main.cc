@@ -121,7 +121,7 @@ void OccupyStandardDescriptors() {
 
 PLATKIT_EXPORT int main(int argc, char **argv) {
   kestrel::OccupyStandardDescriptors();
-  // Writes then fail with EPIPE and EFBIG.
+  // With the signals ignored, failed writes return EPIPE or EFBIG instead of ending the process.
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   kestrel::OpenOutput();
