@@ -19,7 +19,7 @@ const nodal::Command &FindCommand(const std::string &name) {
   throw std::runtime_error("unknown command: " + name);
 }
 
-// The options of a command, without those that its help omits.
+// The options of a command, except those that its help omits.
 class Declaration {
  public:
   explicit Declaration(const nodal::Command &command) {
