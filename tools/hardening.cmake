@@ -8,7 +8,7 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|amd64)$")
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
   add_compile_options(-mbranch-protection=standard)
 endif()
-# clang supports this on arm64 since version 18.
+# On arm64, clang supports this only since version 18.
 if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang" OR CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|amd64)$")
   add_compile_options(-fstack-clash-protection)
 endif()
