@@ -41,15 +41,15 @@ constexpr FamilyDescription kFamilies[] = {
      "monitors."},
     {kVm, "vm", "group, vm", true, "Each virtual machine, by its group and its name."},
     {kWorld, "world", "group, name", false,
-     "Each user world that is not a virtual machine. Each new one adds a time series to each of these metrics."},
+     "Each user world that is not a virtual machine. Each new user world adds a time series to each of these metrics."},
     {kPool, "pool", "numa_node, pool", true,
      "Each pool of large pages of each NUMA node; pshare is the pool of page sharing."},
     {kBuddy, "buddy", "buddy, numa_node, buffer_bytes", true,
      "Each buffer size of each buddy allocator. Only allocators of memory nodes have a NUMA node."},
-    {kHeap, "heap", "heap", false, "Each kernel heap. A host may have hundreds."},
+    {kHeap, "heap", "heap", false, "Each kernel heap. A host may have hundreds of heaps."},
     {kVolume, "volume", "volume", true, "Each volume of persistent memory."},
     {kRegion, "region", "volume, region", true, "Each region of persistent memory."},
-    {kReading, "reading", "", true, "Failures of reading the host, and the version of this program."},
+    {kReading, "reading", "", true, "Failed reads of the host, and the version of this program."},
 };
 
 constexpr Metric kMetrics[] = {
@@ -245,7 +245,7 @@ constexpr Metric kMetrics[] = {
     {kVolume, "volume_free_regions", kGauge, NODE_FIELD(memory_pmem_volumes_regionStore_info, freeRegions),
      "Free regions in the volume's region store."},
     {kVolume, "volume_clean", kGauge, NODE_FIELD(memory_pmem_volumes_regionStore_isClean, isClean),
-     "Whether the region store is clean."},
+     "1 if the region store is clean, else 0."},
     {kRegion, "region_size_bytes", kGauge, NODE_FIELD(memory_pmem_volumes_regionStore_regions_info, size),
      "Size of the region."},
     {kRegion, "region_allocated_bytes", kGauge,
