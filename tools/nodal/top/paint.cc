@@ -93,9 +93,9 @@ std::string Session::StateText() const {
 Line Session::Footer(size_t width) const {
   if (mode_ == Mode::kFilter) return FullLine("filter: " + settings().filter, width, Style::kStrong);
   if (!message_.empty()) return FullLine(message_, width, Style::kStrong);
-  if (mode_ == Mode::kColumns) return FullLine("press space to choose a column, Enter to finish", width, Style::kStrong);
-  if (mode_ == Mode::kSort) return FullLine("press Enter to sort by the column, Escape to cancel", width, Style::kStrong);
-  if (mode_ == Mode::kHelp) return FullLine("press any key to leave the help", width, Style::kStrong);
+  if (mode_ == Mode::kColumns) return FullLine("space chooses a column, Enter finishes", width, Style::kStrong);
+  if (mode_ == Mode::kSort) return FullLine("Enter sorts by the column, Escape cancels", width, Style::kStrong);
+  if (mode_ == Mode::kHelp) return FullLine("any key closes the help", width, Style::kStrong);
   return FullLine(kKeys, width, Style::kDim);
 }
 
