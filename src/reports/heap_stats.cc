@@ -75,7 +75,7 @@ constinit auto columns = ColumnsOf<HeapRow>({
 });
 static_assert(std::size(columns) == kColumns);
 
-// The long option --verbose acts as -u without a unit: it resets the unit to the default and prints no descriptions.
+// The long option --verbose acts like -u without a unit: it resets the unit to the default and prints no descriptions.
 // Scripts use it, so it must stay. -v prints the descriptions.
 constexpr option kLongNames[] = {
     {"unit", required_argument, nullptr, 'u'},

@@ -131,8 +131,8 @@ HVC_ReturnStatus MakeTextsAndNumber(const char *step, std::initializer_list<cons
   return Checked(step, "NODAL_ParamListAddInt", NODAL_ParamListAddInt(arguments.get(), number));
 }
 
-// Lists the instances below these text arguments. A missing list causes no warning, because the host may have no
-// persistent memory.
+// Lists the instances below these text arguments. A failure to list them causes no warning, because the host may have
+// no persistent memory.
 template <typename Record>
 HVC_ReturnStatus ListBelow(const char *step, NodeRef<Record> node, std::initializer_list<const char *> texts,
                            ParamList &instances) {

@@ -87,7 +87,7 @@ constexpr Figure FigureOf(FigureUnit unit, FigureSum sum) {
     figure.number = ReadNumber<Row, Read>;
     figure.bits = sizeof(Type) * 8;
     figure.isSigned = std::is_signed_v<Type>;
-    if (sum == FigureSum::kMean && sizeof(Type) != sizeof(uint64_t)) std::abort();  // a constant does not compile
+    if (sum == FigureSum::kMean && sizeof(Type) != sizeof(uint64_t)) std::abort();  // cannot be a constant expression
   }
   return figure;
 }

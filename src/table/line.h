@@ -19,7 +19,7 @@ class Line {
 
   void PrintText(const ColumnDesc &column, std::string_view text);
 
-  // Prints a text from outside, masked for a terminal.
+  // Prints a text that does not come from kestrel. Masks it if the output is a terminal.
   void PrintForeignText(const ColumnDesc &column, std::string_view text);
 
   // Prints a number with the column's conversion; nothing for kS.

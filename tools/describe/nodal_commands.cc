@@ -46,7 +46,7 @@ class Declaration {
  private:
   CLI::App app_;
   nodal::SourceOptions source_;
-  nodal::Run run_;  // owns the variables of the options
+  nodal::Run run_;  // owns the variables that the options set
 };
 
 std::string LongName(const CLI::Option &option) { return "--" + option.get_lnames().at(0); }

@@ -20,7 +20,7 @@
 namespace guests {
 namespace {
 
-// The maximum size of a child's lines. It is enough for 10,000 guests.
+// The maximum number of bytes from a child. It is enough for 10,000 guests.
 constexpr size_t kMaxRead = size_t{16} << 20;
 
 // The body of the child process. It is killed when the parent ends, and prints nothing.

@@ -10,9 +10,9 @@ namespace guests {
 
 inline constexpr char kSystemUri[] = "qemu:///system";
 
-// Both functions report each running guest once without the monitor's figures, and again when its monitor has answered.
-// For a guest that is being migrated or saved, a third line has the progress. If a monitor does not answer, its guest
-// has only the first line. A line is a guest in the form of ToJson, or a failure in the form {"error": "..."}.
+// Both functions report each running guest first without the monitor's figures, and again when libvirt's call for it
+// has returned. For a guest that is being migrated or saved, a third line has the progress. If a monitor does not
+// answer, its guest has only the first line. A line is a guest in the form of ToJson, or a failure as {"error": "..."}.
 //
 // Makes one call for all guests. libvirt asks their monitors one after another, so a single monitor that does not
 // answer blocks the whole call.
