@@ -73,7 +73,7 @@ Run DeclareMetrics(OptionSet &options, const SourceOptions &source) {
   const auto values = std::make_shared<MetricsOptions>();
   options.Add("--prefix PREFIX", values->prefix, "Start the metric names with this prefix").ShowDefault();
   options.AddRepeatable("--only NAME", values->only,
-                        "Show only this family, or this metric, named without its prefix; repeatable");
+                        "Show only this family, or only this metric (give its name without the prefix); repeatable");
   options.Add("-o,--output FILE", values->output, "Write to this file, replacing it atomically").NotEmpty();
   options
       .Add("--from TIME", values->range.from,
