@@ -1,4 +1,4 @@
-/* crowd COUNT: starts COUNT idle processes and prints a line when all exist. They end when the first one ends. */
+/* crowd COUNT: starts COUNT idle processes and prints a line when all exist. They end when crowd itself ends. */
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>

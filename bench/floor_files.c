@@ -21,7 +21,7 @@ int main(int argc, char **argv) {
   char path[PATH_MAX];
   while (fscanf(list, "%u %4095[^\n]", &reads, path) == 2) {
     const int file = openat(AT_FDCWD, path, O_RDONLY | O_CLOEXEC);
-    if (file < 0) continue; /* it has ended since */
+    if (file < 0) continue; /* its group or process has ended since */
     for (; reads > 0; --reads) {
       if (read(file, buffer, sizeof buffer) < 0 && errno == EISDIR) {
         if (getdents64(file, buffer, sizeof buffer) < 0) break;

@@ -37,7 +37,7 @@ class Random {
   uint64_t state_ = 1;
 };
 
-// The amounts that change in a record of a group or client: a figure in use moves, a limit does not.
+// The fields of a record that change between samples: amounts in use, but not limits.
 std::vector<const Field *> MovingFields(const platkit::RecordLayout &layout) {
   constexpr std::string_view kNames[] = {"consumed", "touched", "memSize", "sharedSaved",
                                          "allocTgt", "ovhd",    "swapped"};

@@ -28,7 +28,7 @@ BUILD = f"{WORK}/build"
 PRISTINE = f"{WORK}/pristine"
 RESULTS = f"{WORK}/results.tsv"
 LOG = f"{WORK}/tests.log"
-# The daily tests. Each failure ends the run.
+# The daily tests. The first failure ends the run.
 TESTS = f"ctest --test-dir {BUILD} -LE slow -j2 --stop-on-failure"
 FLAGS = "-O1 -g0 -DNDEBUG"
 COMPILE_SECONDS = 600

@@ -40,7 +40,7 @@ __attribute__((destructor)) static void Finish(void) {
     perror("record");
     _exit(EXIT_FAILURE);
   }
-  keys = files = NULL; /* the report's own libraries may still close what they kept open */
+  keys = files = NULL; /* the report's own libraries may still close files */
 }
 
 EXPORT int cdb_find(struct cdb *database, const void *key, unsigned length);

@@ -15,7 +15,7 @@ int main(int argc, char **argv) {
     perror("resident");
     return EXIT_FAILURE;
   }
-  /* Small pages: a cost that grows with memory grows with the number of pages. */
+  /* Small pages show a cost that grows with the number of pages. */
   madvise(memory, size, MADV_NOHUGEPAGE);
   char line[16];
   for (int resident = 0; fgets(line, sizeof line, stdin) != NULL; resident = !resident) {

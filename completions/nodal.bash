@@ -33,8 +33,8 @@ _nodal_split() {
   raw=${line:start}
 }
 
-# Sets "kept" to the part of the last word that readline keeps: it replaces only $1, the text after the last colon or
-# equals sign.
+# Sets "kept" to the part of the last word that readline keeps. Readline replaces only $1, the text after the last colon
+# or equals sign.
 _nodal_find_kept() {
   local text=$raw typed raw quote
   kept=''
@@ -51,7 +51,7 @@ _nodal_offer() {
   done <<<"$1"
 }
 
-# Sets "quoted" to the text, quoted for the place of the cursor.
+# Sets "quoted" to the text, quoted as the open quote before the cursor requires.
 _nodal_quote() {
   local text=$1 char i
   quoted=''

@@ -1,6 +1,6 @@
 # fish completion for nodal. Commands and options come from nodal --help, paths from nodal ls.
 
-# Prints the entries below a path as typed, which fish quotes. The parameters are the program, the path, and the options
+# Prints the entries below a typed path. fish quotes them. The parameters are the program, the path, and the options
 # that select the source.
 function __nodal_paths
     set -l parent (string unescape -- $argv[2] | string match -r '^/.*/'; or echo /)

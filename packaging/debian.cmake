@@ -14,8 +14,8 @@ foreach(component ${CPACK_COMPONENTS_ALL})
   # Every Debian system has this license in /usr/share/common-licenses.
   file(REMOVE ${tree}/share/doc/kestrel/LICENSE)
 
-  # The package version that introduced each symbol of the library. Packages of programs that use the symbols depend on
-  # this version.
+  # Write the symbols file: the package version that introduced each symbol of the library. Packages of programs that
+  # use a symbol depend on its version.
   if(component STREQUAL "library")
     list(GET CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA -1 symbols)
     cmake_path(GET symbols PARENT_PATH folder)
@@ -42,7 +42,7 @@ foreach(component ${CPACK_COMPONENTS_ALL})
     COMMAND_ERROR_IS_FATAL ANY
   )
 
-  # The library is in a standard folder of the loader.
+  # The library is in a standard folder of the loader, so kestrel needs no RPATH.
   if(EXISTS ${tree}/bin/kestrel)
     file(RPATH_REMOVE FILE ${tree}/bin/kestrel)
   endif()

@@ -1,4 +1,5 @@
-# systemd reads units from here below /usr and /usr/local. They are off until an administrator enables them.
+# systemd reads units from lib/systemd/system below /usr and /usr/local. They are off until an administrator enables
+# them.
 install(
   FILES
     ${CMAKE_CURRENT_LIST_DIR}/systemd/kestrel-history.service
@@ -79,10 +80,10 @@ set(CPACK_DEBIAN_GUESTS_PACKAGE_SECTION admin)
 set(CPACK_DEBIAN_GUESTS_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_GUESTS_DESCRIPTION
 "memory figures from the monitors of virtual machines
-nodal-guests asks libvirt and QEMU for what only the monitors of virtual
-machines know: balloons, the memory figures of guests, and migrations. It
-leaves them in a file for kestrel and nodal. A monitor that does not answer
-costs only its own figures.
+nodal-guests asks libvirt and QEMU for figures that only the monitors of
+virtual machines know: balloons, the memory figures of guests, and migrations.
+It writes the figures to a file for kestrel and nodal. If a monitor does not
+answer, only its own figures are missing.
 .
 A systemd timer runs it. The timer is off by default.")
 

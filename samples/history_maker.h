@@ -26,7 +26,7 @@ inline void CopySample(const platkit::history::Sample &from, platkit::history::S
     to.Add(from[i].key, from[i].type, from[i].payload);
 }
 
-// Replaces the segments that it writes.
+// Writes the segments of a history. Replaces segments that already exist.
 class HistoryMaker {
  public:
   explicit HistoryMaker(const char *folder, int64_t keyInterval = platkit::history::SegmentWriter::kKeyInterval)

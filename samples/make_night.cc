@@ -1,6 +1,7 @@
-// make_night SNAPSHOT FOLDER: writes a history of a night of the saved host, with a sample a minute from 22:00 to
-// 06:00. At 02:40, a program in the group "shell" starts to take memory, until the host has little left at 03:12. It
-// ends at 03:25. The group "user" around it has no limit in this night. The example in README.md finds the program.
+// make_night SNAPSHOT FOLDER: writes the history of one night of the saved host, with one sample per minute from 22:00
+// to 06:00. At 02:40, a program in the group "shell" starts to allocate memory. At 03:12, the host has little left. The
+// program ends at 03:25. Its parent group "user" has no limit during this night. The example in README.md finds the
+// program.
 #include <algorithm>
 #include <bit>
 #include <cstdio>
@@ -22,20 +23,20 @@ constexpr int64_t kStart = 1'773'439'200 * kNanosInSecond;  // 2026-03-13T22:00:
 constexpr int64_t kBoot = kStart - 12 * 24 * 60 * kMinute;
 constexpr int kMinutes = 8 * 60 + 1;
 
-// Minutes of the night.
+// In minutes after kStart.
 constexpr int kGrowthStarts = 4 * 60 + 40;
 constexpr int kGrowthEnds = 5 * 60 + 12;
 constexpr int kProgramEnds = 5 * 60 + 25;
 
 constexpr uint64_t kKBAMinute = 720'896;  // 704 MB
 
-// The memory that the program has taken.
+// The memory that the program has allocated.
 uint64_t TakenKB(int minute) {
   if (minute <= kGrowthStarts || minute >= kProgramEnds) return 0;
   return static_cast<uint64_t>(std::min(minute, kGrowthEnds) - kGrowthStarts) * kKBAMinute;
 }
 
-// A few megabytes that come and go, up to 8 MB.
+// A changing amount of up to 8 MB.
 uint64_t RippleKB(int minute, uint64_t group) {
   return std::rotl((static_cast<uint64_t>(minute) + 1) * (group + 1) * 0x9e3779b97f4a7c15u, 20) % 2048 * 4;
 }

@@ -1,5 +1,5 @@
-# Compiles the sources of a target that are in one folder together: they are short, and most of the time to compile them
-# is spent in the headers that they share. Names in their anonymous namespaces must then differ.
+# Compiles the sources of a target together if they are in the same folder. They are short, and most of the time to
+# compile them is spent in the headers that they share. Names in their anonymous namespaces must then differ.
 function(unite_folders target)
   if(NOT KESTREL_UNITY)
     return()

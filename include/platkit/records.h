@@ -44,7 +44,7 @@ typedef struct ParentGroupIDRecord {
 
 /* /sched/groups/{group:int}/groupFlags */
 typedef struct GroupFlagsRecord {
-  uint32_t flags; /* bit mask: what kind of group it is, in HVC_GROUP_... bits */
+  uint32_t flags; /* bit mask: kind and properties of the group, as HVC_GROUP_... bits */
 } GroupFlagsRecord;
 
 /* /sched/groups/{group:int}/groupLeaderID */
@@ -71,7 +71,7 @@ typedef struct GroupCapacityRecord {
 /* /sched/groups/{group:int}/stats/memoryStats */
 typedef struct GroupMemoryStatsRecord {
   uint8_t unread_0[4];
-  uint64_t memSize; /* KB: guest physical memory, or the address space of a user world or of the kernel, in use */
+  uint64_t memSize; /* KB: guest physical memory, or address space in use by a user world or the kernel */
   uint8_t unread_12[8];
   uint64_t ovhdResv; /* KB: reserved overhead memory */
   uint64_t ovhd;     /* KB: consumed overhead memory */
@@ -144,10 +144,10 @@ typedef struct VmmMemoryStatsRecord {
 typedef struct VmSwapInfoRecord {
   uint8_t isSwapping; /* boolean: swapping out now */
   uint64_t swapTgt;   /* KB: host swap target */
-  uint64_t swapped;   /* KB: swapped by the host */
-  uint64_t swapRead;  /* KB: read and not released */
-  uint64_t swapIn;    /* KB: swapped in and released */
-  uint64_t swapOut;   /* KB: swapped out */
+  uint64_t swapped;   /* KB: memory swapped by the host */
+  uint64_t swapRead;  /* KB: memory read from swap space and not released there */
+  uint64_t swapIn;    /* KB: memory swapped in and released from swap space */
+  uint64_t swapOut;   /* KB: memory swapped out */
   uint8_t unread_41[16];
   uint64_t gblSwapRead;    /* KB: read from the global swap file */
   uint64_t gblSwapIn;      /* KB: swapped in from the global swap file */
@@ -156,7 +156,7 @@ typedef struct VmSwapInfoRecord {
   uint64_t discarded;      /* KB: swapped memory discarded */
   uint32_t vmmSwapOn;      /* count: times the VMM's swapper was turned on */
   uint32_t hvcSwapOn;      /* count: times the kernel's swapper was turned on */
-  uint32_t currentSwapper; /* 0: the VMM's swapper; else the kernel's */
+  uint32_t currentSwapper; /* 0 for the VMM's swapper, else the kernel's */
   uint8_t unread_109[28];
   uint64_t totalReg;   /* KB: space in the regular swap file */
   uint64_t freeReg;    /* KB: free space in the regular swap file */
@@ -167,7 +167,7 @@ typedef struct VmSwapInfoRecord {
   uint64_t freeMig;    /* KB: free space in the migration swap file */
   uint32_t cacheUsage; /* KB: use of the swap-slot cache */
   uint8_t unread_197[12];
-  uint64_t swapoutReady; /* ready time spent by the swap-out client; its unit is not known */
+  uint64_t swapoutReady; /* ready time of the swap-out client, in an unknown unit */
   uint8_t unread_217[3];
 } VmSwapInfoRecord;
 
@@ -245,13 +245,13 @@ typedef struct LPageStatsRecord {
   uint8_t unread_36[16];
   uint64_t failPinnedLate; /* count: attempts that failed because of late pinning */
   uint8_t unread_60[24];
-  uint32_t lockSuccess;      /* count: guest large-page locking attempts; add lockSuccess2 */
+  uint32_t lockSuccess;      /* count: guest large-page locking attempts, without those in lockSuccess2 */
   uint64_t broken;           /* count: backings broken */
   uint32_t maxSwapThreshold; /* count: current maximum swap-in threshold */
   uint8_t unread_100[4];
   uint32_t backings1G; /* count: current 1 GB large-page backings */
   uint8_t unread_108[32];
-  uint32_t lockSuccess2; /* count: guest large-page locking attempts; add lockSuccess */
+  uint32_t lockSuccess2; /* count: guest large-page locking attempts, without those in lockSuccess */
   uint8_t unread_144[4];
 } LPageStatsRecord;
 
@@ -298,7 +298,7 @@ typedef struct PShareStatsRecord {
   uint64_t lpageHintsRemoved; /* 4 KB pages: large-page hints ever removed */
   uint8_t unread_104[64];
   uint64_t peakChainLength; /* count: longest hash chain seen */
-  uint64_t peakChainIndex;  /* hash bucket that holds that chain */
+  uint64_t peakChainIndex;  /* hash bucket with the longest chain */
   uint64_t peakRefCount;    /* count: highest reference count of one shared page */
   uint8_t unread_192[16];
 } PShareStatsRecord;
@@ -319,7 +319,7 @@ typedef struct BuddySizeRecord {
 /* /system/buddy/{buddy:text}/comprehensive */
 typedef struct BuddyComprehensiveRecord {
   uint8_t unread_0[8];
-  BuddySizeRecord sizes[19]; /* one entry per buffer size, 4 KB times 2 to the k */
+  BuddySizeRecord sizes[19]; /* one entry per buffer size: entry k is for 4 KB times 2 to the power of k */
 } BuddyComprehensiveRecord;
 
 /* /memory/comprehensive */
@@ -385,7 +385,7 @@ typedef struct LPoolStatsRecord {
   uint64_t nrDefragCancelled;  /* count: defragmentation attempts cancelled */
   uint64_t nrDefragReaped;     /* count: defragmentation attempts reaped */
   uint64_t nrLPagesDefragged;  /* count: large pages defragmented */
-  uint64_t peakDefragAttempts; /* count: most defragmentation attempts for one large page */
+  uint64_t peakDefragAttempts; /* count: highest number of defragmentation attempts for one large page */
   uint64_t nrCachehit;         /* count: hits in the large-page victim cache */
 } LPoolStatsRecord;
 
@@ -436,7 +436,7 @@ typedef struct RegionStoreRecord {
   uint64_t availableBlocks; /* 2 MB blocks: available to reserve */
   uint32_t totalRegions;    /* count: regions in the region store */
   uint32_t freeRegions;     /* count: free regions in the region store */
-  uint64_t totalBlocks;     /* 2 MB blocks: in all */
+  uint64_t totalBlocks;     /* 2 MB blocks: total */
   uint8_t unread_40[8];
 } RegionStoreRecord;
 
@@ -450,8 +450,8 @@ typedef struct RegionRecord {
   uint8_t unread_0[37];
   uint64_t size;             /* bytes: size */
   uint64_t reservedBlocks;   /* 2 MB blocks: reserved */
-  uint32_t flags;            /* bit mask: state of the region, in HVC_REGION_... bits */
-  uint32_t openCount;        /* count: times opened */
+  uint32_t flags;            /* bit mask: state of the region, as HVC_REGION_... bits */
+  uint32_t openCount;        /* count: open handles */
   uint64_t allocatedBlocks;  /* 2 MB blocks: allocated */
   uint16_t managementTag;    /* management tag */
   uint64_t numaAffinityMask; /* bit mask: one bit per NUMA node */

@@ -34,7 +34,7 @@ template <>
 struct RecordTable<GroupFlagsRecord> {
   PLATKIT_TABLE_OF(GroupFlagsRecord);
   static constexpr Field kFields[] = {
-      PLATKIT_FIELD(0, uint32_t, flags, FLAGS, "what kind of group it is, in HVC_GROUP_... bits"),
+      PLATKIT_FIELD(0, uint32_t, flags, FLAGS, "kind and properties of the group, as HVC_GROUP_... bits"),
   };
 };
 
@@ -74,7 +74,7 @@ struct RecordTable<GroupMemoryStatsRecord> {
   static constexpr Field kFields[] = {
       PLATKIT_GAP(0, 4),
       PLATKIT_FIELD(4, uint64_t, memSize, KB,
-                    "guest physical memory, or the address space of a user world or of the kernel, in use"),
+                    "guest physical memory, or address space in use by a user world or the kernel"),
       PLATKIT_GAP(12, 8),
       PLATKIT_FIELD(20, uint64_t, ovhdResv, KB, "reserved overhead memory"),
       PLATKIT_FIELD(28, uint64_t, ovhd, KB, "consumed overhead memory"),

@@ -23,7 +23,7 @@ struct RecordTable<RegionStoreRecord> {
       PLATKIT_FIELD(16, uint64_t, availableBlocks, BLOCKS, "available to reserve"),
       PLATKIT_FIELD(24, uint32_t, totalRegions, COUNT, "regions in the region store"),
       PLATKIT_FIELD(28, uint32_t, freeRegions, COUNT, "free regions in the region store"),
-      PLATKIT_FIELD(32, uint64_t, totalBlocks, BLOCKS, "in all"),
+      PLATKIT_FIELD(32, uint64_t, totalBlocks, BLOCKS, "total"),
       PLATKIT_GAP(40, 8),
   };
 };
@@ -43,8 +43,8 @@ struct RecordTable<RegionRecord> {
       PLATKIT_GAP(0, 37),
       PLATKIT_FIELD(37, uint64_t, size, BYTES, "size"),
       PLATKIT_FIELD(45, uint64_t, reservedBlocks, BLOCKS, "reserved"),
-      PLATKIT_FIELD(53, uint32_t, flags, FLAGS, "state of the region, in HVC_REGION_... bits"),
-      PLATKIT_FIELD(57, uint32_t, openCount, COUNT, "times opened"),
+      PLATKIT_FIELD(53, uint32_t, flags, FLAGS, "state of the region, as HVC_REGION_... bits"),
+      PLATKIT_FIELD(57, uint32_t, openCount, COUNT, "open handles"),
       PLATKIT_FIELD(61, uint64_t, allocatedBlocks, BLOCKS, "allocated"),
       PLATKIT_FIELD(69, uint16_t, managementTag, NUMBER, "management tag"),
       PLATKIT_FIELD(71, uint64_t, numaAffinityMask, FLAGS, "one bit per NUMA node"),

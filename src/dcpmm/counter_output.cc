@@ -25,7 +25,8 @@ HVC_ReturnStatus CannotCreate() {
   return HVC_FAILURE;
 }
 
-// Hour, minute and second are one more than the clock shows; scripts that look for these files rely on it.
+// The hour, minute and second in the name are each one more than the clock shows. Scripts that look for these files
+// rely on this.
 void FormatName(const std::tm &now, char *name, size_t size) {
   std::snprintf(name, size, "dcpmm-stats-%04d%02d%02d%02d%02d%02d", now.tm_year + 1900, now.tm_mon + 1, now.tm_mday,
                 now.tm_hour + 1, now.tm_min + 1, now.tm_sec + 1);
@@ -54,7 +55,7 @@ HVC_ReturnStatus CounterOutput::CreateFile(int interval) {
   }
   FormatName(*local, fileName_, sizeof fileName_);
   std::printf("Data output is being written to: %s\n", fileName_);
-  // O_NOFOLLOW: somebody may have put a link there, to make root overwrite another file.
+  // O_NOFOLLOW: an attacker may have put a symbolic link there to make root overwrite another file.
   const int descriptor = open(fileName_, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666);
   if (descriptor >= 0) file_.reset(fdopen(descriptor, "w"));
   if (file_ == nullptr) {

@@ -11,7 +11,7 @@
 
 namespace kestrel {
 
-// The columns of CSV. The file has its own format.
+// The columns of the CSV output. The file has its own format.
 extern ColumnDesc counterColumns[5];
 
 // The unit that a count comes from.
@@ -29,13 +29,13 @@ class CounterOutput {
   // standard output and returns HVC_FAILURE.
   [[nodiscard]] HVC_ReturnStatus CreateFile(int interval);
 
-  // Prints the header of CSV.
+  // Prints the CSV header. Does nothing if the counts go to a file.
   void PrintHeader() const;
 
   void Print(const CounterPlace &place, const char *counter, uint64_t count) const;
 
-  // Flushes all counts so far, so that they survive if the run is aborted. HVC_FAILURE if they cannot be written, with
-  // a message for the file.
+  // Flushes all counts so far, so that they survive if the run is aborted. If they cannot be written, returns
+  // HVC_FAILURE; for a file, also prints the reason to standard output.
   [[nodiscard]] HVC_ReturnStatus EndIteration(int number);
   [[nodiscard]] HVC_ReturnStatus Close();
 

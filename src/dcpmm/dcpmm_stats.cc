@@ -102,7 +102,8 @@ HVC_ReturnStatus KestrelDCPMMCheckNVM() {
   return HVC_FAILURE;
 }
 
-// After a failed search, the sockets found before are profiled. After a search that finds none, the profile is empty.
+// Fails only if the search fails before it finds a socket. If it fails later, the sockets found so far are profiled. If
+// it succeeds but finds no socket, the profile is empty.
 HVC_ReturnStatus FindSockets() {
   if (KestrelDCPMMFindBuses() == HVC_OK || isBusListEmpty == 0) return HVC_OK;
   std::puts("\n No Valid PCI BUS found.");
@@ -144,7 +145,7 @@ HVC_ReturnStatus Profile(const Options &options) {
 }
 
 HVC_ReturnStatus KestrelDCPMMStats(const Report &report, int argc, char **argv) {
-  // The processor is checked first: on an unsupported one, even the options do not matter.
+  // The processor is checked first: on an unsupported model, the options are not even parsed.
   HVC_ReturnStatus status = CheckCpu();
   if (status != HVC_OK) return status;
   Options options;
@@ -163,7 +164,7 @@ constinit const Report kDcpmmStats = {
     .summary = "a profile of the traffic to persistent-memory modules",
     .options = {"t:i:vq", kLongNames},
     .columns = counterColumns,
-    .readsSavedHosts = false,  // it reads the counters of the machine
+    .readsSavedHosts = false,  // it reads the hardware counters of the running machine
     .run = KestrelDCPMMStats,
 };
 

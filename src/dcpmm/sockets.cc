@@ -112,7 +112,7 @@ class Search {
     PciConfigHeaderRecord header = {};
     const HVC_ReturnStatus status = ReadRecord(nodes::kPciConfigHeader, arguments_, header);
     if (status != HVC_OK) {
-      std::puts(  // "pciConfiHeader" is fixed
+      std::puts(  // the spelling "pciConfiHeader" must not change
           "DCPMM Profiler Info: NODAL_NODE_hardware_pci_seg_bus_slot_func_pciConfigHeader, "
           "Unable to get pciConfiHeader");
       return status;

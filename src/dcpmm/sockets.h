@@ -24,12 +24,12 @@ struct Socket {
 };
 
 // Searches all functions of all buses for the memory controller of each socket. The first failure is printed to
-// standard output and ends the search; the sockets found before it stay.
+// standard output and ends the search. The sockets found before it remain in the list.
 [[nodiscard]] HVC_ReturnStatus KestrelDCPMMFindBuses();
 
 std::span<const Socket> Sockets();
 
-// The first socket whose bus has this number.
+// The number of the first socket on this bus; std::nullopt if there is none.
 std::optional<size_t> SocketOfBus(uint32_t bus);
 
 }  // namespace kestrel

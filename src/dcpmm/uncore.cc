@@ -19,8 +19,8 @@ namespace kestrel {
 namespace {
 
 // A value and the register that it is written to. An event's value has the event in bits 0 to 7 and its mask in bits 8
-// to 15; bit 22 enables the counter. A unit's control takes 0x100 to freeze its counters, 0x102 to reset them, 0 to run
-// them.
+// to 15; bit 22 enables the counter. A unit's control register takes 0x100 to freeze its counters, 0x102 to reset them,
+// and 0 to run them.
 struct Event {
   const char *name;
   uint32_t value;
@@ -82,7 +82,7 @@ const Entry *Find(const Entry (&table)[size], const char *name) {
 
 bool IsM2M(const UncoreUnit &unit) { return unit.slot == 8 || unit.slot == 9; }
 
-// The place of a unit; the last place if the unit has none of its own.
+// The entry of kUnitPlaces for a unit; the last entry if none matches.
 const UnitPlace &PlaceOf(const UncoreUnit &unit) {
   const UnitPlace *last = std::end(kUnitPlaces) - 1;
   return *std::find_if(std::begin(kUnitPlaces), last, [&](const UnitPlace &place) {
@@ -128,7 +128,7 @@ HVC_ReturnStatus ReadHalves(const UncoreUnit &unit, const Counter &counter, uint
     half = record.value;
     return status;
   };
-  // The message about the size also says "seg"; that is fixed.
+  // The access size also has the text "for seg" in its message; it must not change.
   HVC_ReturnStatus status = Add(arguments.get(), {{"for seg", unit.segment},
                                                   {"for bus", unit.bus},
                                                   {"for slot", unit.slot},
@@ -151,8 +151,8 @@ HVC_ReturnStatus ReadHalves(const UncoreUnit &unit, const Counter &counter, uint
   return read(high);
 }
 
-// Combines the halves in 32 bits, where a shift by 32 is a shift by 0, so the high half is ORed into the low one. This
-// must not change, because people compare counts with earlier runs.
+// Combines the halves in 32 bits. There, a shift by 32 is a shift by 0, so the high half is ORed into the low half.
+// This must not change, because people compare counts with earlier runs.
 uint64_t Combine(const Counter &counter, uint32_t low, uint32_t high) {
   return ((high & counter.highMask) << (counter.shift % 32)) | low;
 }
@@ -240,7 +240,7 @@ void kestrelDCPMMResetUnit(const UncoreUnit &unit) {
     ProgramOrDie(unit, "M2M_UNIT_CONTROL_RESET", kStep, "Error in M2M Unit Reset");
     ProgramOrDie(unit, "M2M_UNIT_CONTROL_UNFREEZE", kStep, "Error in M2M Unit Unfreeze");
   } else {
-    ProgramOrDie(unit, "IMC_UNIT_CONTROL_RESET", kStep, "Error IMC Unit Reset");  // without "in", which is fixed
+    ProgramOrDie(unit, "IMC_UNIT_CONTROL_RESET", kStep, "Error IMC Unit Reset");  // "in" must not be added
     ProgramOrDie(unit, "IMC_UNIT_CONTROL_UNFREEZE", kStep, "Error in IMC Unit Unfreeze");
   }
 }

@@ -1,5 +1,5 @@
 // The performance-monitoring counters of a socket's memory units: the channels of the integrated memory controllers
-// (IMC) and the mesh-to-memory units (M2M). Registers in PCI configuration space program and read them.
+// (IMC) and the mesh-to-memory units (M2M). They are programmed and read through registers in PCI configuration space.
 //
 // Failures are printed to standard output. The functions on whole units end the process at the first failure, because a
 // partly programmed unit gives meaningless counts.
@@ -34,10 +34,10 @@ inline constexpr UnitPlace kUnitPlaces[] = {
     {8, 0, "M2M-IMC-0", nullptr},  {9, 0, "M2M-IMC-1", nullptr},
 };
 
-// Writes an event or a control to its register of the unit. Names ignore case.
+// Writes the value of an event or of a control to its register of the unit. Ignores the case of the name.
 [[nodiscard]] HVC_ReturnStatus KestrelDCPMMProgramEvent(const UncoreUnit &unit, const char *event);
 
-// Reads a counter of the unit and prints its count. Names ignore case.
+// Reads a counter of the unit and prints its count. Ignores the case of the name.
 [[nodiscard]] HVC_ReturnStatus KestrelDCPMMReadCounters(const UncoreUnit &unit, const char *counter,
                                                         const CounterOutput &output);
 

@@ -76,7 +76,7 @@ HVC_ReturnStatus Kestrel_GroupGetGroupLeaderID(int64_t groupID, uint32_t &leader
 
 HVC_ReturnStatus ListMemberGroups(int64_t groupID, const MemberListing &listing, ParamList &members) {
   bool listed = false;  // distinguishes a failed listing from a failed argument
-  // If the argument list cannot be created, the warning names the shared read, not the caller.
+  // If the argument list cannot be created, the warning names KestrelGroupNodalGet instead of the caller.
   const HVC_ReturnStatus status = WithOneArgument(
       "KestrelGroupNodalGet", groupID,
       [&](HVC_ReturnStatus failure) {

@@ -1,8 +1,9 @@
-// Getters: each reads one record of one scheduler group.
+// Functions that read the data of one scheduler group. All of them return the status of the read.
 //
-// Groups come and go while a report runs. The getters of parents, flags, allocations and memory statistics therefore do
-// not warn of HVC_NOT_FOUND: the report omits a vanished group. They warn of every other failure. The getters of names,
-// tags and leaders warn of every failure. All getters return the status.
+// Groups come and go while a report runs, and the report omits a vanished group. These functions therefore do not warn
+// of HVC_NOT_FOUND when they read a parent, flags, an allocation, a capacity or memory statistics. Reading flags does
+// not warn of HVC_NOT_INITIALIZED either. Every other failure prints a warning unless the function's comment says
+// otherwise.
 //
 // The names of functions that start with Kestrel must not change, because warnings contain them.
 #ifndef KESTREL_GROUPS_GROUP_QUERIES_H
@@ -21,7 +22,8 @@ namespace kestrel {
 // read fails.
 [[nodiscard]] HVC_ReturnStatus KestrelGroupNodalGet(int64_t groupID, uint32_t node, void *buffer, uint32_t size);
 
-// Reads a record of a group for the function `step`. Warns in the name of `step` unless the status is one of `silent`.
+// Reads a record of a group for the function `step`. A failure prints a warning that names `step`, unless its status is
+// in `silent`.
 template <typename Record>
 [[nodiscard]] HVC_ReturnStatus ReadGroupRecord(const char *step, int64_t groupID, NodeRef<Record> node, Record &record,
                                                Statuses silent = kVanished) {

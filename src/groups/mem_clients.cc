@@ -7,7 +7,7 @@
 namespace kestrel {
 namespace {
 
-// As ReadClientRecord, but the warning contains the text of the status, not its number.
+// Like ReadClientRecord, but the warning contains the text of the status instead of its number.
 template <typename Record>
 HVC_ReturnStatus ReadClientRecordByText(const char *getter, uint32_t clientID, NodeRef<Record> node, Record &record) {
   const HVC_ReturnStatus status = Kestrel_MemClientNodalGet(clientID, node.id, &record, sizeof record);

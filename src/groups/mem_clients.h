@@ -1,4 +1,4 @@
-// Reads of memory clients, the kernel's accounting objects for worlds.
+// Functions that read memory clients, the kernel's accounting objects for worlds.
 #ifndef KESTREL_GROUPS_MEM_CLIENTS_H
 #define KESTREL_GROUPS_MEM_CLIENTS_H
 
@@ -15,7 +15,8 @@ namespace kestrel {
 // read fails.
 [[nodiscard]] HVC_ReturnStatus Kestrel_MemClientNodalGet(uint32_t clientID, uint32_t node, void *buffer, uint32_t size);
 
-// Reads a record of a client for the function `step`. Warns in the name of `step` unless the client vanished.
+// Reads a record of a client for the function `step`. A failure prints a warning that names `step`, unless the client
+// has vanished.
 template <typename Record>
 [[nodiscard]] HVC_ReturnStatus ReadClientRecord(const char *step, uint32_t clientID, NodeRef<Record> node,
                                                 Record &record) {

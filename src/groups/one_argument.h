@@ -1,4 +1,4 @@
-// Reads of nodes whose only argument is a group or a memory client.
+// Reads nodes whose only argument is a group or a memory client.
 #ifndef KESTREL_GROUPS_ONE_ARGUMENT_H
 #define KESTREL_GROUPS_ONE_ARGUMENT_H
 
@@ -9,8 +9,8 @@
 namespace kestrel {
 
 // Creates a list with one integer argument, calls `read` with it, removes the argument, and returns the status of the
-// read. If it cannot create the list, it warns in the name of `creator`; if it cannot add the argument, it calls
-// `addFailed`. The caller reports failures of the read.
+// read. If the list cannot be created, prints a warning that names `creator` and returns HVC_FAILURE. If the argument
+// cannot be added, calls `addFailed` with the status and returns it. The caller reports failures of the read.
 template <typename AddFailed, typename Read>
 [[nodiscard]] HVC_ReturnStatus WithOneArgument(const char *creator, int64_t argument, AddFailed addFailed, Read read) {
   const ParamList arguments = MakeArgumentsFor(creator, 2);

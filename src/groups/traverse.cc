@@ -8,9 +8,11 @@ namespace kestrel {
 namespace {
 
 // The maximum cost of a walk: 1 for each group in a list of members, and kVisitCost for each visit. This allows 16
-// million visits. Linux has at most 4,194,304 processes, and four groups that each name all four take 5.6 million
-// visits. A hand-edited snapshot can contain a cycle of groups, whose visits multiply with each level: such a walk
-// could take hours.
+// million visits, four times the maximum number of processes on Linux (4,194,304).
+//
+// The budget is for hand-edited snapshots, which can contain a cycle of groups. The visits of a cycle multiply with
+// each level, so the walk could take hours. Four groups that each list all four as members take only 5.6 million
+// visits.
 constexpr uint64_t kBudget = uint64_t{1} << 30;
 constexpr uint64_t kVisitCost = 64;
 

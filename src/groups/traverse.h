@@ -18,7 +18,8 @@ using GroupCallback = HVC_ReturnStatus (*)(int64_t groupID, uint32_t childCount,
 // budget stops with a warning.
 //
 // Returns HVC_NOT_FOUND without a warning if the start group does not exist, and HVC_LIMIT_EXCEEDED if the budget is
-// exceeded. Otherwise returns the status of the callback for the start group, or of reading its last child's ID.
+// exceeded. Otherwise returns the first failure of these steps for the start group: listing its children, and the
+// callback. If both succeed, returns the status of reading the last child's ID.
 [[nodiscard]] HVC_ReturnStatus KestrelTraverseGroups(int64_t groupID, uint32_t levels, bool csv, GroupCallback callback,
                                                      void *context);
 

@@ -35,7 +35,7 @@ const Report *FindReport(const char *name) {
   return found == end ? nullptr : *found;
 }
 
-// Parses up to and including -r. The rest belongs to the report.
+// Parses the options up to and including -r. The other arguments belong to the report.
 Next ParseGlobalOptions(int argc, char **argv, GlobalOptions &options) {
   // -f takes an argument, which is ignored. --force takes no argument. Scripts rely on both.
   static constexpr char kShortOptions[] = "f:c:r:h";
@@ -121,7 +121,7 @@ void OccupyStandardDescriptors() {
 
 PLATKIT_EXPORT int main(int argc, char **argv) {
   kestrel::OccupyStandardDescriptors();
-  // Writes then fail with EPIPE and EFBIG.
+  // With the signals ignored, failed writes return EPIPE or EFBIG instead of ending the process.
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   kestrel::OpenOutput();

@@ -9,8 +9,8 @@
 
 namespace kestrel {
 
-// A node and its record. Code that reads a node into another record does not compile. The identifier is read from the
-// library's object at each call, since it may differ from one build of the library to the next.
+// A node and the type of its record. Code that reads the node into another type does not compile. The identifier is
+// read from the library's object at each call, since it may differ from one build of the library to the next.
 template <typename Record>
 struct NodeRef {
   const uint16_t &id;

@@ -22,7 +22,7 @@ inline ParamList MakeArguments(uint32_t capacity) {
   return ParamList(NODAL_ParamListCreate(NODAL_LIST_INSTANCES, capacity));
 }
 
-// As MakeArguments, but a failure prints a warning in the name of the function `step`.
+// Like MakeArguments, but a failure prints a warning that names the function `step`.
 inline ParamList MakeArgumentsFor(const char *step, uint32_t capacity) {
   ParamList arguments = MakeArguments(capacity);
   if (arguments == nullptr) Warning("%s: NODAL_ParamListCreate() failure\n", step);

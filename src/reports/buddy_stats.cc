@@ -20,7 +20,7 @@ namespace {
 
 // A buddy. Its name, such as "memmap-02-lo", gives its memory node and whether it serves low memory.
 struct BuddyRow {
-  char name[16];  // a longer name is truncated, also in later reads
+  char name[16];  // a longer name is truncated; the sizes are then read under the truncated name
   uint32_t memNode;
   uint32_t numaNode;
   const char *type;
@@ -31,7 +31,7 @@ using enum Conversion;
 using enum FigureUnit;
 using enum FigureSum;
 
-// The sizes of buffers. The texts must not change: three of them contain a blank.
+// The sizes of buffers. Three of the descriptions contain a space; they must not change.
 struct BufferSize {
   std::string_view name;         // in the columns' names
   std::string_view description;  // in their descriptions
@@ -60,7 +60,7 @@ template <size_t size>
 constexpr ColumnText kFreeName(kSizes[size].name, "free");
 template <size_t size>
 constexpr ColumnText kUsedName(kSizes[size].name, "used");
-// The description of 512MBfree names another size; it must not change.
+// The description of 512MBfree says "256MB"; it must not change.
 constexpr std::string_view FreeSize(size_t size) {
   return kSizes[size].name == "512MB" ? "256MB" : kSizes[size].description;
 }
@@ -113,8 +113,8 @@ int NodeDigits(const BuddyRow &row) {
   return std::atoi(digits);
 }
 
-// Orders by the two digits of the memory node, then low memory first. This is not a strict weak order: if
-// two buddies of a node both serve low memory, each is less than the other.
+// Orders by the two digits of the memory node, then low memory first. This is not a strict weak order: if two buddies
+// of a node both serve low memory, each is less than the other.
 bool BuddyRowLess(const BuddyRow &a, const BuddyRow &b) {
   if (std::strcmp(a.name, b.name) == 0) return false;
   if (std::memcmp(a.name + 7, b.name + 7, 2) != 0) return NodeDigits(a) < NodeDigits(b);
@@ -151,7 +151,8 @@ bool KestrelMemNode2NUMANode(uint32_t memNode, uint32_t &numaNode) {
   return true;
 }
 
-// Fills a row, except for its counts, from a buddy's name. False if the NUMA node is unknown: the buddy has no row.
+// Fills a row, except for its counts, from a buddy's name. Returns false if the NUMA node is unknown; the buddy then
+// has no row.
 bool Identify(std::string_view name, BuddyRow &row) {
   name.copy(row.name, sizeof row.name - 1);
   row.type = row.name[std::strlen(row.name) - 1] == 'o' ? "low" : "high";
@@ -159,7 +160,7 @@ bool Identify(std::string_view name, BuddyRow &row) {
   return KestrelMemNode2NUMANode(row.memNode, row.numaNode);
 }
 
-// Finds the buddies that can be read. A host without buddies is not an error: the table is empty.
+// Finds the buddies whose NUMA nodes are known. If there are none or the list cannot be read, the result is empty.
 BuddyRows FindBuddies() {
   BuddyRows found;
   const ParamList names(NODAL_ParamListCreateAndAllocateParams(NODAL_LIST_INSTANCES, kMaxBuddies, kMaxNameBytes));

@@ -1,5 +1,5 @@
-// comp-stats: the host's physical memory in one row: its consumers, free memory, and how often the host entered each
-// memory state.
+// comp-stats: one row with the host's physical memory, its consumers, the free memory, and how often the host entered
+// each memory state.
 #include <array>
 
 #include "platkit/records.h"
@@ -23,7 +23,7 @@ struct CompRow {
 using enum Conversion;
 using enum FigureUnit;
 
-// Some descriptions end in blanks; they must not change.
+// Some descriptions end in spaces; they must not change.
 constinit auto columns = ColumnsOf<CompRow>({
     {"total", "Total physical memory on host", 10, kLu, kKB, [](auto &row) { return row.host.total; }},
     {"discarded", "Discarded by hvcore  ", 10, kLu, kKB, [](auto &row) { return row.host.discarded; }},
@@ -100,7 +100,7 @@ HVC_ReturnStatus KestrelCompGetStats(const Report &report, int argc, char **argv
     banner.Setting("Unit", WalkUnitName(run.unit));
     banner.SelectedColumns(columns);
   }
-  // Banner and header are printed before the reads, even if a read fails.
+  // The banner and the header are printed before the reads, even if a read then fails.
   TablePrintHead(columns, run.options.csv);
   CompRow row = {};
   status = ReadRow(row);

@@ -33,7 +33,7 @@ void PrintBanner(const Report &report, const GroupRun &run) {
   banner.SelectedColumns(report.columns);
 }
 
-// A group without flags has no rows in any report: even the default inclusion filter needs one.
+// A group without flags has no rows in any report, because even the default inclusion filter requires a flag.
 bool Qualifies(const GroupRun &run, uint32_t flags) {
   return (flags & run.frame.kinds) != 0 && (flags & run.inclusion) != 0 && (flags & run.exclusion) == 0;
 }

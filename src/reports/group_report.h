@@ -48,7 +48,7 @@ struct GroupFrame {
   int dashes;  // length of the line below the title
   // A group has rows if it has one of these flags.
   uint32_t kinds = UINT32_MAX;
-  // The unit in the banner; null for the chosen one.
+  // The name of the unit in the banner; null for the unit that -u chooses.
   const char *unitName = nullptr;
 
   // Reads a group and prints its rows. The order of the reads decides which failure is reported. After a status other
@@ -57,7 +57,7 @@ struct GroupFrame {
 
   // A row structure with the label of the Total row; null if the report has no totals.
   const void *totalLabel = nullptr;
-  // Prints what follows the rows; null for nothing.
+  // Prints the part below the rows; null if there is none.
   void (*printEnding)(const GroupRun &run) = nullptr;
 };
 
@@ -67,7 +67,7 @@ struct GroupFrame {
 // The options of most per-group reports.
 inline constexpr OptionSyntax kGroupOptions = {"g:l:s:u:vq"};
 
-// The start of the rows of VMs and user worlds.
+// The members that rows of VMs and of user worlds have in common.
 struct GroupHead {
   GroupNameRecord name;
   uint64_t schedGroupID;

@@ -16,10 +16,10 @@ namespace kestrel {
 namespace {
 
 struct GroupStatsRow {
-  uint64_t groupID;  // in the label of a tag's row, 1
+  uint64_t groupID;  // 1 in the row of a tag
   ParentGroupIDRecord parent;
   GroupNameRecord name;
-  char flags[64];  // long enough for all names but one; all 15 are "(all)"
+  char flags[64];  // long enough for the names of all flags
   GroupAllocRecord alloc;
   uint32_t nChild;
   GroupCapacityRecord capacity;
@@ -34,8 +34,8 @@ using enum FigureSum;
 // A maximum close to the largest amount that the kernel can express means unlimited.
 uint64_t Limit(uint64_t kb) { return kb > 0xFFFFFFFFF0 ? HVC_KB_NONE : kb; }
 
-// The sums are for the rows of tags. Some are odd but must not change: consumed counts twice, bMax comes from the last
-// group, shares and throttlePct stay 0, and maxima print -1.
+// The sums are for the rows of tags. Some are odd but must not change: consumed is added twice, bMax comes from the
+// last group, shares and throttlePct stay 0, and maxima print -1.
 constinit auto columns = ColumnsOf<GroupStatsRow>({
     {"gid", "Group ID", 8, kLu, [](auto &row) { return row.groupID; }, kInTotal | kMandatory},
     {"name", "Group name", 28, kS, [](auto &row) { return Text(row.name.name); }, kInTotal},
@@ -95,8 +95,8 @@ void SetFlags(GroupStatsRow &row, uint32_t flags) {
 struct TagRow {
   bool IsFree() const { return label.groupID == 0; }
 
-  // `label` is terminated, so a tag of eight characters loses its last one and never matches again: each group that has
-  // it gets a row of its own.
+  // `label` is terminated, so a tag of eight characters loses its last one and never matches again. Each group with
+  // that tag therefore gets its own row.
   bool Has(const GroupTagRecord &tag) const { return std::strncmp(label.tag.tag, tag.tag, sizeof tag.tag) == 0; }
 
   void Take(const GroupTagRecord &tag) {
@@ -115,7 +115,7 @@ struct TagRow {
 // One row of sums for each tag, in the order in which the walk finds the tags.
 class TagRows {
  public:
-  // False if other tags use all rows.
+  // Returns false if other tags use all rows.
   [[nodiscard]] bool Add(const GroupStatsRow &row) {
     for (TagRow &tagRow : rows_) {
       if (tagRow.IsFree()) {

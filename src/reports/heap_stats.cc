@@ -65,7 +65,7 @@ constinit auto columns = ColumnsOf<HeapRow>({
     {"pctFreeOfMax", "% free of max", 7, kD, [](auto &row) { return row.heap.pctFreeOfMax; }},
     {"lowPctFreeOfMax", "lowest % free of max", 12, kD, [](auto &row) { return row.heap.lowPctFreeOfMax; }},
     {"numSuccAllocs", "number of succeeded allocations", 10, kU, [](auto &row) { return row.heap.numSuccAllocs; }},
-    // The description repeats its neighbour's; it must not change.
+    // The description says "succeeded" instead of "failed"; it must not change.
     {"numFailAllocs", "number of succeeded allocations", 10, kU, [](auto &row) { return row.heap.numFailAllocs; }},
     {"numGrowthOps", "number of growth operations", 10, kU, [](auto &row) { return row.heap.numGrowthOps; }, kInTotal},
     {"numShrinkOps", "number of shrink operations", 10, kU, [](auto &row) { return row.heap.numShrinkOps; }, kInTotal},
@@ -75,7 +75,7 @@ constinit auto columns = ColumnsOf<HeapRow>({
 });
 static_assert(std::size(columns) == kColumns);
 
-// The long option --verbose acts as -u without a unit: it resets the unit to the default and prints no descriptions.
+// The long option --verbose acts like -u without a unit: it resets the unit to the default and prints no descriptions.
 // Scripts use it, so it must stay. -v prints the descriptions.
 constexpr option kLongNames[] = {
     {"unit", required_argument, nullptr, 'u'},
@@ -161,8 +161,8 @@ void PrintHeap(const HeapStatsRecord &heap, const ReportOptions &options, Report
   PrintFigures(columns, options.csv, false, &row, unit);
 }
 
-// From numRanges on, each total is one column to the left of its own; scripts rely on it. A total is not printed if its
-// column is blank in the total row.
+// From numRanges on, each total is printed one column too far to the left; scripts rely on this. A total is not printed
+// if that column is blank in the total row.
 void PrintTotals(const HeapSums &sums, const ReportOptions &options, ReportUnit unit) {
   Value values[kColumns] = {};
   values[kName] = Value("Total");

@@ -28,7 +28,7 @@ inline void EndHostReport(ColumnTable columns, const ReportOptions &options) {
   if (options.verbose) TablePrintDescriptions(columns);
 }
 
-// Reads a record without arguments for the function `step`. A failure of the read itself gets no warning.
+// Reads the record of a node without arguments for the function `step`. Does not warn if the read itself fails.
 template <typename Record>
 [[nodiscard]] HVC_ReturnStatus ReadHostRecord(const char *step, NodeRef<Record> node, Record &record) {
   const ParamList noArguments = MakeArgumentsFor(step, 1);

@@ -58,7 +58,7 @@ HVC_ReturnStatus KestrelLPageGroupCallback(const GroupVisit &group) {
   return status;
 }
 
-// All figures are counts, so -u changes nothing; a wrong unit is still an error.
+// All figures are counts, so -u changes nothing; an invalid unit is still an error.
 constexpr GroupFrame kFrame = {
     .title = "VIRTUAL MACHINE LARGE PAGE STATS",
     .dashes = 58,

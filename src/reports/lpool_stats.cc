@@ -1,4 +1,4 @@
-// lpool-stats: the kernel's pools of large pages. Each NUMA node has a page-sharing pool and one for each virtual
+// lpool-stats: the kernel's pools of large pages. Each NUMA node has one pool for page sharing and one for each virtual
 // machine.
 #include <cstdio>
 
@@ -23,7 +23,7 @@ using enum Conversion;
 using enum FigureUnit;
 using enum FigureSum;
 
-// "attemts" and the missing "of" must not change.
+// The spelling "attemts" and the missing "of" must not change.
 constinit auto columns = ColumnsOf<LPoolRow>({
     {"name", "Large page pool name", 15, kS, [](auto &row) { return Text(row.name); }, kInTotal | kMandatory},
     {"nodeID", "Home memory node the pool", 7, kU, [](auto &row) { return row.nodeID; }},
@@ -57,7 +57,7 @@ void LPoolPrintRow(const LPoolRow &row, bool csv) {
   sums.Add(columns, &row);
 }
 
-// Reads the record of a pool. Warnings name VM pools for both kinds.
+// Reads the record of a pool. The warning names the function for VM pools, even for a page-sharing pool.
 HVC_ReturnStatus ReadPool(NodeRef<LPoolStatsRecord> node, const NODAL_ParamList *arguments, LPoolStatsRecord &pool) {
   const HVC_ReturnStatus status = ReadRecord(node, arguments, pool);
   WarnOfFailure("KestrelGetVmPoolStats", status, {});
@@ -96,7 +96,7 @@ void PrintVmPool(uint32_t node, const char *name, bool csv) {
   if (ReadPool(nodes::kVmPools, arguments.get(), row.pool) == HVC_OK) LPoolPrintRow(row, csv);
 }
 
-// Ends the walk over the pools: the status is the same for all failures.
+// Prints a warning and returns the status for a walk over the pools that failed.
 HVC_ReturnStatus EndWalk(const char *message) {
   Warning("%s\n", message);
   return HVC_FAILURE;

@@ -111,7 +111,7 @@ HVC_ReturnStatus Checked(const char *step, const char *operation, HVC_ReturnStat
   return status;
 }
 
-// Creates the arguments of the function `step`: texts.
+// Creates text arguments for the function `step`.
 HVC_ReturnStatus MakeTexts(const char *step, std::initializer_list<const char *> texts, uint32_t capacity,
                            ParamList &arguments) {
   arguments = MakeArguments(capacity);
@@ -123,7 +123,7 @@ HVC_ReturnStatus MakeTexts(const char *step, std::initializer_list<const char *>
   return status;
 }
 
-// Creates the arguments of the function `step`: texts, followed by a number.
+// Creates text arguments, followed by a number, for the function `step`.
 HVC_ReturnStatus MakeTextsAndNumber(const char *step, std::initializer_list<const char *> texts, int32_t number,
                                     ParamList &arguments) {
   const HVC_ReturnStatus status = MakeTexts(step, texts, static_cast<uint32_t>(texts.size()) + 1, arguments);
@@ -131,8 +131,8 @@ HVC_ReturnStatus MakeTextsAndNumber(const char *step, std::initializer_list<cons
   return Checked(step, "NODAL_ParamListAddInt", NODAL_ParamListAddInt(arguments.get(), number));
 }
 
-// Lists the instances below these text arguments. A missing list causes no warning, because the host may have no
-// persistent memory.
+// Lists the instances below these text arguments. A failure to list them causes no warning, because the host may have
+// no persistent memory.
 template <typename Record>
 HVC_ReturnStatus ListBelow(const char *step, NodeRef<Record> node, std::initializer_list<const char *> texts,
                            ParamList &instances) {
@@ -141,7 +141,7 @@ HVC_ReturnStatus ListBelow(const char *step, NodeRef<Record> node, std::initiali
   return status == HVC_OK ? ListInstances(node, arguments.get(), instances) : status;
 }
 
-// The name at an index of a list. Null if it cannot be read; the library then refuses it as an argument.
+// The name at an index of a list; null if it cannot be read. The library rejects null as an argument.
 const char *NameAt(const NODAL_ParamList *list, uint32_t index) {
   const char *name = nullptr;
   static_cast<void>(NODAL_ParamListGetString(list, index, &name));
@@ -198,7 +198,7 @@ HVC_ReturnStatus PMemRegionStoreReport(const PMemReport &report) {
     RegionStoreRow row = {};
     HVC_ReturnStatus status = NODAL_ParamListGetString(volumes, i, &row.uuid);
     if (status != HVC_OK) {
-      Warning("%s: NODAL_ParamListGetString Failure\n", kStep);  // the capital F is fixed
+      Warning("%s: NODAL_ParamListGetString Failure\n", kStep);  // the capital F must not change
       return status;
     }
     status = Checked(kStep, "PMemGetVolumeInfo", PMemGetVolumeInfo(row.uuid));
@@ -279,7 +279,7 @@ HVC_ReturnStatus GetRegionsNumaInfo(int32_t node, RegionNumaRow &row) {
   return Checked(kStep, "NODAL_Get", ReadRecord(nodes::kRegionNuma, arguments.get(), row.numa));
 }
 
-// Warnings spell the function's name in two ways. A failed list has the first spelling, a failed node the second.
+// Warnings spell the function's name in two ways: the first if a list fails, the second if a node fails.
 constexpr char kNumaListStep[] = "PMemRegionNumaReport";
 constexpr char kNumaNodeStep[] = "PMemRegionsNumaReport";
 
@@ -310,7 +310,7 @@ HVC_ReturnStatus PMemRegionNumaReport(const PMemReport &report) {
   });
 }
 
-// Prints the rows of a report of this family.
+// Prints the rows of one of the persistent-memory reports.
 using PrintRows = HVC_ReturnStatus (*)(const PMemReport &report);
 
 HVC_ReturnStatus KestrelPMemReport(const Report &report, const char *title, PrintRows printRows, int argc,
@@ -326,8 +326,8 @@ HVC_ReturnStatus KestrelPMemReport(const Report &report, const char *title, Prin
     banner.SelectedColumns(report.columns);
   }
   TablePrintHead(report.columns, options.csv);
-  TablePrintSeparator(report.columns, options.csv);  // these reports print two lines above the rows
-  // A walk that stopped has printed a warning. The report still succeeds.
+  TablePrintSeparator(report.columns, options.csv);  // these reports print two lines of dashes above the rows
+  // The report succeeds even if its walk stopped at a failure.
   static_cast<void>(printRows({report.columns, run}));
   EndHostReport(report.columns, options);
   return HVC_OK;

@@ -25,7 +25,7 @@ constinit auto columns = ColumnsOf<PShareHintRow>({
     {"active", "Currently active hints", 15, kLu, kPages, [](auto &row) { return row.active; }, kInTotal},
 });
 
-// The hints of a type. If more were removed than added, `active` wraps.
+// The row for one type of page. If more hints were removed than added, `active` wraps.
 PShareHintRow OfType(const char *type, uint64_t added, uint64_t removed) {
   return {type, added, removed, added - removed};
 }

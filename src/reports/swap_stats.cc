@@ -21,7 +21,7 @@ using enum FigureSum;
 // The name of a VM's current swapper.
 std::string_view SwapperName(uint32_t currentSwapper) { return currentSwapper != 0 ? "hvc" : "vmm"; }
 
-// Some figures have 32 bits in the record, but are shown and summed in 64.
+// Some figures have 32 bits in the record, but are shown and summed with 64 bits.
 constinit auto columns = ColumnsOf<SwapStatsRow>({
     {"name", "Virtual machine name", 20, kS, [](auto &row) { return Text(row.head.name.name); }, kInTotal},
     SchedGroupColumn<SwapStatsRow>(),

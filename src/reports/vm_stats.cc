@@ -24,7 +24,7 @@ using enum FigureSum;
 // An amount of the VM's allocation, truncated to 32 bits.
 int32_t Amount(uint64_t kb) { return static_cast<int32_t>(kb); }
 
-// A maximum of the VM's allocation, truncated to 32 bits. A negative result means unlimited.
+// A maximum of the VM's allocation, truncated to 32 bits. A negative amount becomes -1, which means unlimited.
 int32_t Limit(uint64_t kb) { return std::max(Amount(kb), -1); }
 
 uint64_t ConsumedKB(const VmmMemoryStatsRecord &vmm) {

@@ -15,8 +15,8 @@ using enum Conversion;
 using enum FigureUnit;
 using enum FigureSum;
 
-// Sums include unavailable figures, whose bits are all set: each lowers a total by one. The counts of free pages have
-// 32 bits in the record, but are shown and summed in 64.
+// Sums include unavailable figures. All their bits are set, so each of them lowers a total by one. The counts of free
+// pages have 32 bits in the record, but are shown and summed with 64 bits.
 constinit auto columns = ColumnsOf<ZipRow>({
     {"name", "Virtual machine name", 20, kS, [](auto &row) { return Text(row.head.name.name); }, kInTotal},
     SchedGroupColumn<ZipRow>(),

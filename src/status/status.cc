@@ -18,7 +18,7 @@ extern "C" constinit const kestrel::StatusTexts returnStatusStrs = AllTexts();
 
 extern "C" const char *HVC_ReturnStatusToString(HVC_ReturnStatus status) {
   if (status > HVC_STATUS_LAST_OWN) return "Opaque service console status";
-  // The base itself is not a status and is returned unchanged.
+  // HVC_STATUS_BASE itself is not a status. As an index it is too large, so its text is "Unknown status".
   const HVC_ReturnStatus index = status > HVC_STATUS_BASE ? status - HVC_STATUS_BASE : status;
   return index < kestrel::kStatusTextCount ? returnStatusStrs[index] : "Unknown status";
 }

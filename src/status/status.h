@@ -16,11 +16,12 @@ using StatusTexts = std::array<const char *, kStatusTextCount>;
 
 extern "C" {
 
-// The texts of the kernel's own statuses, by index; index 0 is success. Other programs see an array of pointers.
+// The texts of the kernel's own statuses, by index; index 0 is success. Programs in C may declare it as an array of
+// pointers.
 extern PLATKIT_EXPORT const kestrel::StatusTexts returnStatusStrs;
 
-// The text of a status. Statuses of the service console share one text. An index without HVC_STATUS_BASE has the text
-// of its status.
+// The text of a status. Statuses of the service console share one text. An index has the same text as HVC_STATUS_BASE
+// plus the index.
 PLATKIT_EXPORT const char *HVC_ReturnStatusToString(HVC_ReturnStatus status);
 }
 

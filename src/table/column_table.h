@@ -12,7 +12,8 @@
 
 namespace kestrel {
 
-// How a column's value prints: the printf conversions of the same names. kU, kD and kC take the low 32 bits.
+// How a column's value prints: the printf conversions of the same names. kU and kD take the low 32 bits of a number, kC
+// the low 8.
 enum class Conversion : uint8_t { kU, kD, kC, kLu, kLd, kS };
 
 enum ColumnFlag : uint8_t {
@@ -23,9 +24,9 @@ enum ColumnFlag : uint8_t {
 struct ColumnDesc {
   const char *name;  // printed in the header, and accepted by -s
   const char *description;
-  uint8_t width;  // ColumnsApplySelection widens it to the name
+  uint8_t width;  // ColumnsApplySelection widens it to fit the name
   Conversion conversion;
-  uint8_t flags = 0;  // of ColumnFlag
+  uint8_t flags = 0;  // bits of ColumnFlag
   Figure figure = {};
   bool shown = true;  // only ColumnsApplySelection clears it
 
@@ -39,7 +40,7 @@ inline constexpr size_t kMaxColumns = 64;
 // A report's columns. They are static and writable, since one run prints one table.
 using ColumnTable = std::span<ColumnDesc>;
 
-// The last part of a column's description: how it is summed, or flags of ColumnFlag.
+// The last part of a column's description: how it is summed, or bits of ColumnFlag.
 struct ColumnTraits {
   constexpr ColumnTraits() = default;
   constexpr ColumnTraits(FigureSum how) : sum(how) {}
@@ -80,7 +81,7 @@ constexpr std::array<ColumnDesc, count> ColumnsOf(const Column<Row> (&described)
 }
 
 // Applies a column selection: names separated by ':', ignoring case; null selects all. Hides the other columns, unless
-// they are mandatory, and widens each column to its name. Only the first 128 characters of a selection count.
+// they are mandatory, and widens each column to fit its name. Ignores all but the first 128 characters of a selection.
 void ColumnsApplySelection(ColumnTable table, const char *selection);
 
 // The names of the shown columns, separated by ':'; "(all)" or "(none)".
@@ -88,10 +89,10 @@ NameList ColumnsDescribeSelection(ColumnTable table);
 
 void TablePrintHeader(ColumnTable table, bool csv);
 
-// Prints a line of dashes; nothing in CSV.
+// Prints a line of dashes; prints nothing in CSV.
 void TablePrintSeparator(ColumnTable table, bool csv);
 
-// Prints separator, header, separator.
+// Prints a separator, the header and another separator.
 void TablePrintHead(ColumnTable table, bool csv);
 
 // Prints the descriptions of the shown columns, for -v.

@@ -20,11 +20,11 @@ enum class FigureUnit : uint8_t {
   kKB,     // all bits set: not available, or unlimited
   kPages,  // of 4 KB
   kBytes,
-  kYesNo,  // prints y unless it is 0, else n
+  kYesNo,  // prints n for 0, else y
 };
 
-// How the figures of all rows become one figure of a total row. Sums use unconverted figures, so that they are rounded
-// only once. They wrap at the width of the figure.
+// How the figures of all rows become one figure of a total row. Sums use unconverted figures, so that each sum is
+// rounded only once. Sums wrap at the width of the figure.
 enum class FigureSum : uint8_t {
   kNoSum,
   kAdd,
@@ -32,7 +32,7 @@ enum class FigureSum : uint8_t {
   kAddTwice,
   kMean,     // rounded down
   kLast,     // the figure of the last row
-  kAllOnes,  // all bits set, whatever the rows have
+  kAllOnes,  // all bits set, regardless of the rows
 };
 
 // One figure of a row. It is a number or a text.
@@ -87,7 +87,7 @@ constexpr Figure FigureOf(FigureUnit unit, FigureSum sum) {
     figure.number = ReadNumber<Row, Read>;
     figure.bits = sizeof(Type) * 8;
     figure.isSigned = std::is_signed_v<Type>;
-    if (sum == FigureSum::kMean && sizeof(Type) != sizeof(uint64_t)) std::abort();  // makes a constant fail to compile
+    if (sum == FigureSum::kMean && sizeof(Type) != sizeof(uint64_t)) std::abort();  // cannot be a constant expression
   }
   return figure;
 }

@@ -11,15 +11,15 @@
 namespace kestrel {
 
 // Prints the fields of the shown columns in order. In a table, a value wider than its column is printed completely. Its
-// overflow is carried and narrows the next columns until the line is aligned again. The carry counts modulo
-// 256. If it exceeds the width of a column, the field width becomes negative, so the field is left-aligned.
+// overflow is carried and narrows the next columns until the line is aligned again. The carry is kept modulo 256. If it
+// exceeds the width of a column, the field width becomes negative, so the field is left-aligned.
 class Line {
  public:
   explicit Line(bool csv) : csv_(csv) {}
 
   void PrintText(const ColumnDesc &column, std::string_view text);
 
-  // Prints a text from outside, masked for a terminal.
+  // Prints a text that does not come from kestrel. Masks it if the output is a terminal.
   void PrintForeignText(const ColumnDesc &column, std::string_view text);
 
   // Prints a number with the column's conversion; nothing for kS.
@@ -41,7 +41,7 @@ class Line {
   bool first_ = true;
   uint8_t carry_ = 0;
   size_t size_ = 0;
-  char text_[1024];  // the end of the line; not printed yet
+  char text_[1024];  // the part of the line that is not printed yet
 };
 
 }  // namespace kestrel

@@ -8,8 +8,7 @@
 
 namespace kestrel {
 
-// Names separated by ':'. It has a fixed size, because rows contain it. It truncates a longer text; the names of every
-// table fit.
+// Names separated by ':', in a buffer of fixed size. A longer text is truncated, but the names of every table fit.
 class NameList {
  public:
   // Adds the next name of the table if it is selected.

@@ -43,8 +43,8 @@ struct OptionSyntax {
 };
 
 // Parses a report's options, starting where the parser of the global options stopped. A later option replaces an
-// earlier one. Unknown options and missing arguments are ignored. An invalid level ends the parser with HVC_BAD_PARAM;
-// it checks no other values.
+// earlier one. Unknown options and missing arguments are ignored. For an invalid level it warns and returns
+// HVC_BAD_PARAM. It checks no other values.
 [[nodiscard]] HVC_ReturnStatus ParseReportOptions(int argc, char **argv, const OptionSyntax &syntax,
                                                   ReportOptions &options);
 

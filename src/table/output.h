@@ -7,14 +7,14 @@
 
 namespace kestrel {
 
-// From now on, every failed write to standard output is recorded with its cause, and PrintLine then ends the process.
-// Call it before the first output. It does nothing if stdout is not file descriptor 1.
+// Makes standard output record the cause of its first failed write, after which PrintLine ends the process. Call it
+// before the first output. It does nothing if stdout is not file descriptor 1.
 void OpenOutput();
 
 bool OutputIsTerminal();
 
-// Prints a line and its newline. If a write has failed since OpenOutput, ends the process with exit status 1. Prints a
-// warning unless the reader of a pipe went away.
+// Prints a line and its newline. If a write has failed since OpenOutput, prints a warning and ends the process with
+// exit status 1. There is no warning if the reader of a pipe went away.
 void PrintLine(std::string_view line);
 
 // Print a part of a line.

@@ -43,7 +43,7 @@ class Value {
   std::string_view text_;
 };
 
-// Prints a row of values, one for each column, shown or not. Missing values at the end have the default.
+// Prints a row from one value for each column, shown or not. If the last values are missing, they have the default.
 void TablePrintRow(ColumnTable table, bool csv, bool total, std::span<const Value> values);
 
 }  // namespace kestrel

@@ -11,7 +11,7 @@ namespace {
 
 bool IsPrintableAscii(char c) { return c >= 0x20 && c < 0x7f; }
 
-// A character of UTF-8 and its bytes; no bytes if the text does not start with a valid one.
+// A decoded UTF-8 character and its size in bytes; size 0 if the text does not start with a valid character.
 struct Character {
   uint32_t code = 0;
   size_t size = 0;
@@ -59,7 +59,7 @@ bool IsMasked(const Character &character) {
   return character.size == 0 || IsControl(character.code) || ChangesDirection(character.code);
 }
 
-// The bytes of the first character, or one byte that is no character.
+// The bytes of the first character; if it is invalid, the first byte.
 std::string_view FirstBytes(std::string_view text, const Character &first) {
   return text.substr(0, std::max<size_t>(first.size, 1));
 }

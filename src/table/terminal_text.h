@@ -8,21 +8,24 @@
 
 namespace kestrel {
 
-// Removes the first character from the text and returns it, or a '?' for each of its bytes if it is one of these:
-// control characters (U+0000 to U+001F, U+007F to U+009F), invalid UTF-8, and characters that change the direction of
-// text (U+061C, U+200E, U+200F, U+202A to U+202E, U+2066 to U+2069). REQUIRES: the text is not empty.
+// Removes the first character from the text and returns it, or a '?' for each of its bytes if it is masked. These are
+// masked:
+// - control characters: U+0000 to U+001F, U+007F to U+009F
+// - characters that change the direction of text: U+061C, U+200E, U+200F, U+202A to U+202E, U+2066 to U+2069
+// - bytes that are not valid UTF-8
+// REQUIRES: the text is not empty.
 std::string_view TakeMasked(std::string_view &text);
 
 // Whether a character of the text is masked.
 bool NeedsMask(std::string_view text);
 
-// A text in a warning: masked if standard error is a terminal. Null counts as empty.
+// A text in a warning, masked if standard error is a terminal. Null is treated as an empty text.
 class WarningText {
  public:
   explicit WarningText(const char *text);
 
-  // Valid as long as this object and the original text. A text that cannot be masked because memory is short is
-  // replaced by a message.
+  // Valid as long as this object and the original text exist. If there is not enough memory to mask the text, this is
+  // "(out of memory)".
   const char *c_str() const { return text_; }
 
  private:

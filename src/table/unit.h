@@ -29,7 +29,7 @@ constexpr uint64_t KBToUnit(uint64_t kb, ReportUnit unit) {
   return 0;
 }
 
-// Converts KB, except a value with all bits set: not available, or unlimited.
+// Converts KB to a display unit. Keeps a value with all bits set, which means not available or unlimited.
 constexpr uint64_t OptionalKBToUnit(uint64_t kb, ReportUnit unit) {
   return kb == HVC_KB_NONE ? kb : KBToUnit(kb, unit);
 }

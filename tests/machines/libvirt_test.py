@@ -167,7 +167,7 @@ class GuestsOfLibvirt(machines.TestCase):
         self.write_file()
         self.assertEqual(self.row("guest-stats", "mail")["memNeeded"], "-1")
         lines = nodal_guests()[0].splitlines()
-        [advice] = [i for i, line in enumerate(lines) if line.startswith("mail: its own figures are not polled.")]
+        [advice] = [i for i, line in enumerate(lines) if line.startswith("mail: its statistics are not polled.")]
         command = lines[advice + 1].split()
         self.assertEqual(command, "virsh dommemstat --period 10 mail --live".split())
         self.host.virsh(*command[1:])

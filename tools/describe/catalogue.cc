@@ -42,7 +42,7 @@ std::string Result(const Node &node) {
   if (!node.isList) return "Record: " + Bold(node.record->name) + ".";
   const std::string list = "List: " + Name(node.entry);
   if (!node.isRecord()) return list + ".";
-  return list + "; with such an entry as the last argument, record: " + Bold(node.record->name) + ".";
+  return list + ". Record, with an entry as the last argument: " + Bold(node.record->name) + ".";
 }
 
 void AddRecord(const RecordLayout &record, std::vector<const RecordLayout *> &records) {
@@ -53,7 +53,7 @@ void AddRecord(const RecordLayout &record, std::vector<const RecordLayout *> &re
   records.push_back(&record);
 }
 
-// A record that is an entry of another precedes it, as in the header.
+// Lists all records. A record that is part of another precedes it, as in the header.
 std::vector<const RecordLayout *> Records() {
   std::vector<const RecordLayout *> records;
   for (const Node &node : platkit::Nodes()) {
@@ -88,7 +88,7 @@ std::string MemberDeclaration(const Field &field) {
 }  // namespace
 
 void PrintNodes(std::ostream &out) {
-  // No adjustment and no hyphenation: long paths break only at \\:.
+  // No adjustment and no hyphenation: long paths break only at \:.
   out << ".ad l\n.nh\n";
   for (const Node &node : platkit::Nodes()) {
     out << ".TP 4\n"

@@ -19,7 +19,7 @@ const nodal::Command &FindCommand(const std::string &name) {
   throw std::runtime_error("unknown command: " + name);
 }
 
-// The options of a command, without those that its help omits.
+// The options of a command, except those that its help omits.
 class Declaration {
  public:
   explicit Declaration(const nodal::Command &command) {
@@ -46,7 +46,7 @@ class Declaration {
  private:
   CLI::App app_;
   nodal::SourceOptions source_;
-  nodal::Run run_;  // owns the variables of the options
+  nodal::Run run_;  // owns the variables that the options set
 };
 
 std::string LongName(const CLI::Option &option) { return "--" + option.get_lnames().at(0); }

@@ -88,7 +88,7 @@ void PrintColumns(std::ostream &out, const Report &report) {
   }
   if (!report.filterFlags.empty()) {
     out << ".PP\n";
-    PrintFilled(out, "Its filters accept these flags: " + Listed(FlagsOf(report)) + ".");
+    PrintFilled(out, "The filters accept these flags: " + Listed(FlagsOf(report)) + ".");
   }
   out << ".PP\n.PD 0\n";
   for (const ColumnDesc &column : report.columns)

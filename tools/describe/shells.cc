@@ -89,7 +89,7 @@ std::string ZshAction(Argument argument) {
   return "";
 }
 
-// Each option in its short and its long form, in the form that zsh's _arguments takes. The two exclude each other.
+// The specifications of each option for zsh's _arguments: its short and its long form, which exclude each other.
 std::vector<Choice> ZshOptions(const Report &report) {
   std::vector<Choice> choices;
   for (const Option &option : OptionsOf(report)) {

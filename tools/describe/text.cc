@@ -36,7 +36,7 @@ const Option &FindOption(std::string_view longName) {
   return *found;
 }
 
-// The option of this letter that reports share.
+// The shared option with this letter.
 const Option &SharedOption(char letter) {
   for (const option *name = kestrel::kSharedLongNames; name->name != nullptr; ++name) {
     if (name->val == letter) return FindOption(name->name);

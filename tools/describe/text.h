@@ -32,7 +32,7 @@ std::string KindOf(const kestrel::ColumnDesc &column);
 // A column's entry in the row of sums; empty if it has none.
 std::string SumOf(const kestrel::Report &report, const kestrel::ColumnDesc &column);
 
-// A column's description, without trailing blanks.
+// A column's description, without trailing spaces.
 std::string_view MeaningOf(const kestrel::ColumnDesc &column);
 
 }  // namespace describe

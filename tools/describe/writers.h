@@ -32,9 +32,9 @@ void PrintOption(std::ostream &out, const std::string &command, const std::strin
 std::vector<std::string> CommandPlaceholders();
 }  // namespace manual
 
-// For completions: the cases of a shell's case statement over a key. The key is "reports", or a report's name in lower
-// case followed by "/options", "/columns", "/units" or "/flags". In bash and zsh, a case assigns the choices to the
-// array "choices"; in fish, it prints them.
+// For completions: print the cases of a shell's case statement over a key. The key is "reports", or a report's name in
+// lower case followed by "/options", "/columns", "/units" or "/flags". In bash and zsh, a case assigns the choices to
+// the array "choices"; in fish, it prints them.
 namespace bash {
 void PrintChoices(std::ostream &out);
 }

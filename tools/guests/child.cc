@@ -20,10 +20,10 @@
 namespace guests {
 namespace {
 
-// Enough for the lines of a child that reports 10,000 guests.
+// The maximum number of bytes from a child. It is enough for 10,000 guests.
 constexpr size_t kMaxRead = size_t{16} << 20;
 
-// Ends when the parent ends, and prints nothing.
+// The body of the child process. It is killed when the parent ends, and prints nothing.
 [[noreturn]] void RunChild(pid_t parent, int pipe, const std::function<void(const Report &)> &ask) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   signal(SIGPIPE, SIG_DFL);
@@ -111,7 +111,7 @@ void Children::TakeLines(Child &child) {
   child.received.erase(0, start);
 }
 
-// A child in an uninterruptible call of the kernel ends later, without anybody waiting for it.
+// Waits at most 20 ms. A child in an uninterruptible system call ends later, and init reaps it.
 void Children::End(Child &child) {
   if (!child.pipe.isOpen()) return;
   child.pipe = {};

@@ -1,7 +1,7 @@
-// Child processes that ask monitors, and are given up if these do not answer.
+// Child processes that ask monitors. A child whose monitor does not answer in time is killed.
 //
-// A call of libvirt cannot be abandoned, and a monitor may send anything at any speed, so each of them is asked in a
-// process of its own.
+// A call to libvirt cannot be cancelled, and a monitor may send anything at any speed. Therefore libvirt and each QMP
+// socket have their own process.
 #ifndef GUESTS_CHILD_H
 #define GUESTS_CHILD_H
 
@@ -19,7 +19,7 @@ namespace guests {
 
 using Deadline = std::chrono::steady_clock::time_point;
 
-// Sends lines to the parent. Several threads may call it.
+// Sends lines to the parent. Several threads may send lines at the same time.
 class Report {
  public:
   explicit Report(int pipe) : pipe_(pipe) {}
@@ -54,8 +54,8 @@ class Children {
     std::string name;
     pid_t pid;
     platkit::FileDescriptor pipe;
-    std::string received = {};  // a line without its end
-    size_t size = 0;            // of all lines
+    std::string received = {};  // the start of a line that is not complete yet
+    size_t size = 0;            // bytes received so far
   };
 
   void Read(Child &child);

@@ -19,7 +19,7 @@ std::string CheckLocal(const std::string &uri) {
   return isLocal ? "" : "not a hypervisor of this host: " + uri;
 }
 
-// A check that --help does not show.
+// Checks the range of a number. --help does not show this check.
 template <typename Number>
 std::function<std::string(const std::string &)> CheckRange(Number lowest, Number highest) {
   return [lowest, highest](const std::string &text) -> std::string {
@@ -37,7 +37,7 @@ std::string CheckNotEmpty(const std::string &value) { return value.empty() ? "th
 void Declare(CLI::App &app, Options &options) {
   constexpr unsigned kMaxPeriod = platkit::kMaxGuestsPeriod / 1000;
   app.set_version_flag("--version", "nodal-guests " PLATKIT_VERSION);
-  app.add_option("-o,--output", options.output, "Write the file for kestrel and nodal, and print no table")
+  app.add_option("-o,--output", options.output, "Write the file that kestrel and nodal read, and print no table")
       ->type_name("FILE")
       ->check(CheckNotEmpty);
   app.add_flag("--json", options.asJson, "Print JSON instead of a table")->excludes("--output");

@@ -7,7 +7,7 @@ namespace {
 
 using nlohmann::json;
 
-// 2^50 bytes; larger than any guest, and small enough that sums do not overflow.
+// 2^50 bytes: more than any guest has, and so little that sums do not overflow.
 constexpr uint64_t kMaxKB = uint64_t{1} << 40;
 
 // A driver answers within this time after a poll.

@@ -62,7 +62,8 @@ std::vector<Domain> ListDomains(virConnectPtr connection) {
   return domains;
 }
 
-// Reads what libvirt itself knows. Only root can read its files; others do not learn the PID.
+// Reads the figures that libvirt knows without asking a monitor. Only root can read libvirt's status files; other users
+// do not get the PID.
 class Host {
  public:
   explicit Host(bool isSystem) : isSystem_(isSystem) {}
@@ -133,12 +134,12 @@ void ReportStats(const virDomainStatsRecord &stats, Host &host, const Report &re
   for (int i = 0; i < stats.nparams; ++i)
     TakeParameter(guest, stats.params[i]);
   TakeBalloon(guest, ParameterOf(stats, "balloon.maximum"), ParameterOf(stats, "balloon.current"));
-  // While another call holds the monitor, libvirt omits what only the monitor knows, without an error.
+  // While another call uses the monitor, libvirt omits the monitor's figures without reporting an error.
   guest.hasAnswered = guest.hasBalloon == Figure(0) || !guest.lastUpdate.isAbsent();
   report.Line(ToJson(guest).dump(-1, ' ', false, json::error_handler_t::replace));
 }
 
-// Libvirt asks a guest that is being migrated or saved for its progress.
+// Reports the progress of a guest that is being migrated or saved. libvirt asks its monitor.
 void ReportJob(virDomainPtr domain, Host &host, const Report &report) {
   int type = 0;
   int count = 0;
@@ -174,7 +175,7 @@ void ReportOne(virDomainPtr domain, Host &host, const Report &report) {
 
 using Ask = void (*)(virConnectPtr, const std::vector<Domain> &, bool isSystem, const Report &);
 
-// The PID of a guest is read before its monitor is asked: if the monitor answers, the process still existed.
+// The PID of a guest is read before its monitor is asked. If the monitor then answers, the process still existed.
 void AskOf(const std::string &uri, const Report &report, Ask ask) {
   try {
     const Connection connection = Connect(uri);

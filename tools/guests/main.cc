@@ -1,7 +1,7 @@
 // nodal-guests: asks the monitors of virtual machines, and prints their answers or writes them to a file for
 // libplatkit.
 //
-// Reports never ask a monitor, because one that does not answer would block them.
+// Reports never ask a monitor, because a monitor that does not answer would block the report.
 #include <signal.h>
 
 #include <exception>
@@ -67,7 +67,7 @@ ExitStatus Run(int argc, char **argv) {
 int main(int argc, char **argv) {
   nodal::SetProgramName("nodal-guests");
   nodal::HoldStandardDescriptors();
-  // Writes to a closed pipe or beyond the file size limit fail normally.
+  // A write to a closed pipe or beyond the file size limit then returns an error instead of ending the process.
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);
   try {

@@ -15,7 +15,7 @@ namespace {
 
 using nlohmann::json;
 
-// A member of an object, as a number that is not negative; absent if there is none.
+// The member of an object, if it is a number that is not negative; absent otherwise.
 Figure NumberIn(const json &object, const char *key) {
   if (!object.is_object()) return {};
   const auto found = object.find(key);
@@ -74,7 +74,7 @@ std::string FindBalloon(QmpClient &qemu) {
   return {};
 }
 
-// "actual" is what the balloon leaves to the guest.
+// "actual" is the memory that the balloon leaves to the guest.
 void TakeMemory(Guest &guest, QmpClient &qemu) {
   guest.id = FindBalloon(qemu);
   guest.hasBalloon = Figure(guest.id.empty() ? 0 : 1);
@@ -112,7 +112,7 @@ void TakeMigration(Guest &guest, QmpClient &qemu) {
   take("dirty-pages-rate", GuestFigure::kDirtyRate, TakeCount);
 }
 
-// Reads the process before it asks the monitor: if the monitor answers, the process still existed.
+// The PID is read before the monitor is asked. If the monitor then answers, the process still existed.
 Guest AskPath(const std::string &path) {
   QmpClient qemu(path);
   platkit::HostFiles files("/", platkit::Reach::kHost);

@@ -12,7 +12,7 @@ namespace guests {
 // libvirt's place after a restart.
 bool IsSocketOfLibvirt(const std::string &path);
 
-// Reports the guest at the socket as by ToJson, or a failure as {"error": "..."}.
+// Reports the guest at the socket in the form of ToJson, or a failure in the form {"error": "..."}.
 void AskQmp(const std::string &path, const Report &report);
 
 }  // namespace guests

@@ -15,16 +15,17 @@ namespace {
 
 using nlohmann::json;
 
-// The answers to all our commands are a few KB.
+// The maximum sizes of one message and of all messages. The answers to all our commands together are a few KB.
 constexpr size_t kMaxMessage = 64 * 1024;
 constexpr size_t kMaxReceived = 1024 * 1024;
 
 [[noreturn]] void ThrowErrno() { throw std::runtime_error(std::strerror(errno)); }
 
-// Copying and comparing a value takes stack for each level of it. Messages of QEMU have fewer than ten levels.
+// Copying and comparing a value takes stack space for each level of nesting. QEMU's messages have fewer than ten
+// levels.
 bool RequireShallow(int depth, json::parse_event_t, const json &) {
   constexpr int kMaxDepth = 64;
-  if (depth > kMaxDepth) throw std::runtime_error("a message of the QMP server is nested too deeply");
+  if (depth > kMaxDepth) throw std::runtime_error("a message from the QMP server is nested too deeply");
   return true;
 }
 
@@ -71,7 +72,7 @@ json QmpClient::ReadMessage() {
     received_.append(buffer, static_cast<size_t>(got));
     totalReceived_ += static_cast<size_t>(got);
     if (received_.size() > kMaxMessage || totalReceived_ > kMaxReceived)
-      throw std::runtime_error("the QMP server sends too much");
+      throw std::runtime_error("the QMP server sent too much data");
   }
   json message = json::parse(received_.substr(0, end), RequireShallow, false);
   received_.erase(0, end + 1);

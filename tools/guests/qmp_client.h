@@ -11,13 +11,13 @@
 
 namespace guests {
 
-// The server may be hostile. All functions throw an std::runtime_error if it breaks the protocol or sends too much;
-// they wait for it without a time limit.
+// The server may be hostile. The constructor and Execute throw an std::runtime_error if the server breaks the protocol
+// or sends too much data. They wait for its messages without a time limit.
 class QmpClient {
  public:
   explicit QmpClient(const std::string &path);
 
-  // The process that listens at the socket.
+  // The PID of the process that listens on the socket; 0 if it is unknown.
   pid_t ServerPid() const;
 
   // Executes a command and returns its result; null if the command fails.

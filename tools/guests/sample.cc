@@ -22,7 +22,7 @@ uint64_t Uptime() {
   return ReadUptime(files).Cell(0);
 }
 
-// Collects what the children report.
+// Collects the guests and failures that the children report.
 class Collector {
  public:
   // Called with each line of the child for a source.
@@ -75,11 +75,11 @@ bool IsRunning(const Children &children, const std::string &name) {
   return std::ranges::find(running, name) != running.end();
 }
 
-// After this fraction of the deadline, guests are asked one by one: the call for all guests is slower only if a guest
-// is stuck.
+// If libvirt's call for all guests takes longer than the deadline divided by this number, guests are also asked one by
+// one. The call takes that long only if a guest is stuck.
 constexpr int kOneByOneAfter = 3;
 
-// Reports a source that gave no answer at all as a failure. One silent guest is no failure of libvirt.
+// Reports a source that gave no answer at all as a failure. If only some guests do not answer, libvirt has not failed.
 void FailIfSilent(const Children &children, const std::string &source, const std::string &monitor,
                   Collector &collector) {
   if (IsRunning(children, source) && !collector.HasGuestOf(monitor)) collector.Fail(source, "no answer");

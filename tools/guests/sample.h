@@ -18,12 +18,12 @@ struct Monitors {
 
 struct Sample {
   uint64_t uptime = 0;                     // before the monitors were asked, in milliseconds since boot
-  std::vector<Guest> guests = {};          // settled; by name
-  std::vector<std::string> failures = {};  // what could not be asked
+  std::vector<Guest> guests = {};          // sorted by name; Settle was called for each
+  std::vector<std::string> failures = {};  // one message for each source or guest that did not answer
   bool isEmpty = false;                    // no source could be asked at all
 };
 
-// Returns after `deadline` at the latest. A monitor that does not answer costs only its own figures.
+// Returns after `deadline` at the latest. If a monitor does not answer, only its own figures are missing.
 Sample TakeSample(const Monitors &monitors, std::chrono::milliseconds deadline);
 
 }  // namespace guests

@@ -84,7 +84,7 @@ std::string AdviceOn(const Guest &guest, system_clock::time_point now) {
   if (guest.hasBalloon == Figure(0)) return name + ": it has no balloon device, so it cannot report figures.\n";
   if (guest.pollingSeconds == Figure(0)) {
     const std::string where = guest.monitor == "libvirt" ? "run" : "send this to its QMP socket";
-    return name + ": its own figures are not polled. To poll them every 10 seconds, " + where + ":\n  " +
+    return name + ": its statistics are not polled. To poll them every 10 seconds, " + where + ":\n  " +
            PollingCommand(guest) + "\n";
   }
   if (HasCurrentStatistics(guest, now)) return {};

@@ -202,11 +202,11 @@ TEST_F(Qmp, ABrokenProtocol) {
 }
 
 TEST_F(Qmp, EndlessTexts) {
-  EXPECT_EQ(FailureOf(std::string(100'000'000, 'x'), ""), "the QMP server sends too much") << "no newline";
+  EXPECT_EQ(FailureOf(std::string(100'000'000, 'x'), ""), "the QMP server sent too much data") << "no newline";
   std::string events;
   while (events.size() < 4'000'000)
     events += "{\"event\": \"x\"}\n";
-  EXPECT_EQ(FailureOf(std::string(kGreeting) + "\n", events), "the QMP server sends too much");
+  EXPECT_EQ(FailureOf(std::string(kGreeting) + "\n", events), "the QMP server sent too much data");
 }
 
 TEST_F(Qmp, ASilentServer) {

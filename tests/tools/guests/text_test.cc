@@ -38,12 +38,12 @@ TEST(Text, HowToTurnOnPolling) {
   Guest guest = Web();
   guest.pollingSeconds = Figure(0);
   EXPECT_EQ(AdviceOn(guest),
-            "web: its own figures are not polled. To poll them every 10 seconds, run:\n"
+            "web: its statistics are not polled. To poll them every 10 seconds, run:\n"
             "  virsh dommemstat --period 10 web --live\n");
   guest.monitor = "/run/web.qmp";
   guest.id = "/machine/peripheral/balloon0";
   EXPECT_EQ(AdviceOn(guest),
-            "web: its own figures are not polled. To poll them every 10 seconds, send this to its QMP socket:\n"
+            "web: its statistics are not polled. To poll them every 10 seconds, send this to its QMP socket:\n"
             "  {\"arguments\":{\"path\":\"/machine/peripheral/balloon0\",\"property\":\"guest-stats-polling-interval\","
             "\"value\":10},\"execute\":\"qom-set\"}\n");
 }

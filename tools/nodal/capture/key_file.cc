@@ -43,7 +43,8 @@ void RequirePrivate(const std::string &path, int fd) {
 // The other constructor runs first, so that the destructor wipes the bytes if this one throws.
 KeyFile::KeyFile(const std::string &path) : KeyFile() {
   if (path == "-") {
-    if (isatty(STDIN_FILENO) == 1) throw Failure("standard input", "a terminal would show the key");
+    if (isatty(STDIN_FILENO) == 1)
+      throw Failure("standard input", "the key would be visible on the terminal; use a file or a pipe");
     Read("standard input", STDIN_FILENO);
   } else {
     const FileDescriptor file = Open(path);

@@ -15,7 +15,7 @@ constexpr std::string_view kSalt = "nodal pseudonyms";
 static_assert(kSalt.size() == crypto_pwhash_SALTBYTES);
 
 void StartSodium() {
-  if (sodium_init() < 0) throw std::runtime_error("libsodium: no random numbers");
+  if (sodium_init() < 0) throw std::runtime_error("libsodium cannot generate random numbers");
 }
 
 }  // namespace

@@ -15,13 +15,14 @@ Run DeclareCapture(OptionSet &options, const SourceOptions &source) {
                                            "Replace names and UUIDs, including the host's own, with pseudonyms");
   options
       .Add("--key-file FILE", values->keyFile,
-           "Derive the pseudonyms from the key in this file (-: standard input): the same key gives the same pseudonyms")
+           "Derive the pseudonyms from the key in this file (- means standard input); the same key gives the same "
+           "pseudonyms")
       .Needs(anonymize)
       .NotEmpty();
   options.Refuse("--key", "every user could see the key in the list of processes; use --key-file");
   options.SetFooter(
       "PCI devices are saved only with --only /hardware/pci; their registers are never saved.\n"
-      "A node that cannot be read is saved with its status: a report on the snapshot fails as it would on the host.");
+      "A node that cannot be read is saved with its failure status, so a report on the snapshot fails as on the host.");
   return [values, &source] {
     // The header and the nodes are read one after the other, but must be of the same sample.
     const SourceOptions fixed = {.cache = WithFixedTime(source.cache), .root = source.root};

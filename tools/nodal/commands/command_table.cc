@@ -20,20 +20,20 @@ Run DeclareGuests(OptionSet &options, const SourceOptions &source);
 
 std::span<const Command> Commands() {
   static constexpr Command kCommands[] = {
-      {"ls", "List the entries below a path; those with children end in '/'", DeclareLs},
+      {"ls", "List the entries below a path; entries with children end in '/'", DeclareLs},
       {"get", "Show a record or a list", DeclareGet},
-      {"metrics", "Show the host's figures as metrics, in Prometheus' text format", DeclareMetrics},
+      {"metrics", "Show the host's figures as metrics in the Prometheus text format", DeclareMetrics},
       {"capture", "Save the host to a snapshot file", DeclareCapture},
       {"page", "Show a host as one HTML file with its groups, machines and nodes", DeclarePage},
       {"top", "Show a host on the terminal: its groups, machines, nodes and heaps", DeclareTop},
-      {"record", "Record the host as a history: a sample every few seconds", DeclareRecord},
+      {"record", "Record a history of the host, with a sample every few seconds", DeclareRecord},
       {"dump", "Show a snapshot as JSON", DeclareDump},
       {"diff", "Compare two snapshots", DeclareDiff, kTrouble},
-      {"build", "Build a snapshot from JSON in the form of dump", DeclareBuild},
-      {"verify", "Check a snapshot or a history: the files, and the references in a snapshot", DeclareVerify},
-      {"history", "Show what a history holds: its span, samples, gaps and size", DeclareHistory},
+      {"build", "Build a snapshot from JSON in the format of nodal dump", DeclareBuild},
+      {"verify", "Check the files of a snapshot or history, and the references in a snapshot", DeclareVerify},
+      {"history", "Summarize a history: its time span, samples, gaps and size", DeclareHistory},
       {"series", "Show figures of a history over time, as CSV or JSON", DeclareSeries},
-      {"guests", "Ask the monitors of virtual machines: runs nodal-guests with all arguments", DeclareGuests},
+      {"guests", "Ask the monitors of virtual machines by running nodal-guests with all arguments", DeclareGuests},
   };
   return kCommands;
 }

@@ -37,11 +37,11 @@ void Execute(const std::string &path, const std::vector<std::string> &arguments)
 Run DeclareGuests(OptionSet &options, const SourceOptions &) {
   const auto arguments = std::make_shared<std::vector<std::string>>();
   options.AddArgumentsOfOther(*arguments);
-  options.SetFooter("The options are those of nodal-guests, which is a package of its own: see nodal-guests(1).");
+  options.SetFooter("Takes the options of nodal-guests, which is a separate package. See nodal-guests(1).");
   return [arguments]() -> ExitStatus {
     const std::string path = PathOfProgram();
     Execute(path, *arguments);
-    if (errno == ENOENT) throw Failure(path, "not installed; Debian's package nodal-guests contains it");
+    if (errno == ENOENT) throw Failure(path, "not installed; install the Debian package nodal-guests");
     throw Failure(path, std::strerror(errno));
   };
 }

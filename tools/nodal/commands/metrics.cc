@@ -61,7 +61,7 @@ void ShowHistory(const MetricsOptions &options) {
 bool HasRange(const RangeOptions &range) { return !range.from.empty() || !range.to.empty() || !range.step.empty(); }
 
 std::string FamiliesText() {
-  std::string text = "Families (* only with --only):";
+  std::string text = "Families (* shown only with --only):";
   for (const FamilyDescription &family : MetricFamilies())
     text += "\n  " + std::string(family.name) + (family.isStandard ? "  " : "* ") + std::string(family.text);
   return text;
@@ -73,13 +73,14 @@ Run DeclareMetrics(OptionSet &options, const SourceOptions &source) {
   const auto values = std::make_shared<MetricsOptions>();
   options.Add("--prefix PREFIX", values->prefix, "Start the metric names with this prefix").ShowDefault();
   options.AddRepeatable("--only NAME", values->only,
-                        "Show only this family, or this metric (its name without the prefix); repeatable");
+                        "Show only this family, or only this metric (give its name without the prefix); repeatable");
   options.Add("-o,--output FILE", values->output, "Write to this file, replacing it atomically").NotEmpty();
   options
       .Add("--from TIME", values->range.from,
-           "With --cache FOLDER: show the samples of a history from this time, as OpenMetrics text with times")
+           "With --cache FOLDER: show the samples of a history from this time on, as OpenMetrics text with timestamps")
       .NotEmpty();
-  options.Add("--to TIME", values->range.to, "With --cache FOLDER: show them up to this time").NotEmpty();
+  options.Add("--to TIME", values->range.to, "With --cache FOLDER: show the samples of a history up to this time")
+      .NotEmpty();
   options.Add("--step DURATION", values->range.step, "With --from or --to: show only the first sample of each step")
       .NotEmpty();
   options.SetFooter(FamiliesText());

@@ -18,7 +18,8 @@ Run DeclarePage(OptionSet &options, const SourceOptions &source) {
                                            "Replace names and UUIDs, including the host's own, with pseudonyms");
   options
       .Add("--key-file FILE", values->keyFile,
-           "Derive the pseudonyms from the key in this file (-: standard input): the same key gives the same pseudonyms")
+           "Derive the pseudonyms from the key in this file (- means standard input); the same key gives the same "
+           "pseudonyms")
       .Needs(anonymize)
       .NotEmpty();
   options.Add("--from TIME", values->from, "Start at this time of the history (default: its start)");

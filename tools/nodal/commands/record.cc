@@ -44,7 +44,7 @@ uint64_t ParseSize(const std::string &text) {
 
 RecordOptions OptionsOf(const Texts &texts, const SourceOptions &source) {
   if (!source.cache.empty())
-    throw Failure("--cache " + source.cache, "a snapshot does not change; record reads a host");
+    throw Failure("--cache " + source.cache, "cannot record a snapshot, because it does not change");
   RecordOptions options;
   options.recorder.folder = texts.folder;
   options.recorder.interval = ParseInterval(texts.every);
@@ -64,17 +64,19 @@ Run DeclareRecord(OptionSet &options, const SourceOptions &source) {
   options.Add("-d,--directory DIR", texts->folder, "The folder of the history, created if needed").ShowDefault();
   options.Add("--every SECONDS", texts->every, "The time between two samples").ShowDefault();
   options.Add("--count N", texts->count, "End after this number of samples (default: unlimited)");
-  options.Add("--keep AGE", texts->keep, "Remove samples of this age: a number and s, m, h or d").ShowDefault();
+  options.Add("--keep AGE", texts->keep, "Remove samples older than this: a number followed by s, m, h or d")
+      .ShowDefault();
   options
-      .Add("--max-size SIZE", texts->maxSize, "Remove the oldest samples beyond this size: bytes, or with K, M, G or T")
+      .Add("--max-size SIZE", texts->maxSize,
+           "Remove the oldest samples when the history exceeds this size, in bytes or with K, M, G or T")
       .ShowDefault();
   options.AddRepeatable("--only PATH", texts->only, "Record only this path and everything below it; repeatable");
   options
       .Add("--listen ADDRESS:PORT", texts->listen,
-           "Serve the last sample at /metrics and a health check at /healthz; without an address, on 127.0.0.1")
+           "Serve the last sample at /metrics and a health check at /healthz; the default address is 127.0.0.1")
       .NotEmpty();
   options.SetFooter(
-      "After a day, one sample a minute remains: the one with the least memory available.\n"
+      "After a day, only one sample per minute is kept: the one with the least available memory.\n"
       "PCI devices are recorded only with --only /hardware/pci; their registers are never recorded.");
   return [texts, &source] {
     Record(OptionsOf(*texts, source));

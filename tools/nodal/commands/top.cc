@@ -39,7 +39,7 @@ const top::Screen &ScreenNamed(const std::string &name) {
 top::ColumnChoice ColumnNamed(const top::Screen &screen, const std::string &option, const std::string &name) {
   if (const auto choice = top::FindColumn(screen, name)) return *choice;
   throw Failure(option + " " + name,
-                "the screen " + std::string(screen.name) + " has no such column (c shows them all)");
+                "the screen " + std::string(screen.name) + " has no such column (in nodal top, c lists the columns)");
 }
 
 // Names with colons between them. The name of the row is always shown.
@@ -100,15 +100,15 @@ Run DeclareTop(OptionSet &options, const SourceOptions &source) {
   options.Add("--sort COLUMN", texts->sort, "Sort by this column; NAME/s is the change of a counter per second")
       .NotEmpty();
   options.AddFlag("--reverse", texts->isReversed, "Sort in the other direction");
-  options.Add("--filter TEXT", texts->filter, "Show only rows whose name contains this text, in either case")
-      .NotEmpty();
+  options.Add("--filter TEXT", texts->filter, "Show only rows whose name contains this text, ignoring case").NotEmpty();
   options
       .Add("--subtree GROUP", texts->subtree,
            "Show only this row and everything below it: a group's number, or a name such as 'node 1'")
       .NotEmpty();
   options.AddFlag("--flat", texts->isFlat, "Show a list instead of a tree");
-  options.AddFlag("--hide-idle", texts->hidesIdle, "Hide rows whose shown figures are all 0");
-  options.Add("--unit UNIT", texts->unit, "Show amounts in b, kb, mb, pg (4 KB), or a fitting unit (auto)")
+  options.AddFlag("--hide-idle", texts->hidesIdle, "Hide rows in which all shown figures are 0");
+  options
+      .Add("--unit UNIT", texts->unit, "Show amounts in b, kb, mb, pg (4 KB), or a unit that fits each amount (auto)")
       .ShowDefault();
   options.Add("--every SECONDS", texts->every, "The time between two samples").ShowDefault();
   options.AddFlag("--batch", texts->isBatch, "Print the table instead of showing it on the terminal");

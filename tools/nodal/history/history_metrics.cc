@@ -26,7 +26,7 @@ void WriteHistoryMetrics(const RangeOptions &range, const MetricChoice &choice, 
     spool.SetTime(millis);
     SampleMetrics(tree, choice, spool);
   });
-  if (others > 0) Complain(range.folder + ": " + Plural(others, "sample") + " of other definitions left out");
+  if (others > 0) Complain(range.folder + ": " + Plural(others, "sample") + " with other definitions left out");
   spool.WriteTo(write);
 }
 

@@ -47,9 +47,9 @@ HistoryRange::HistoryRange(const RangeOptions &options)
   from_ = options.from.empty() ? span.first : TimeOption("--from", options.from, span);
   to_ = options.to.empty() ? span.last : TimeOption("--to", options.to, span);
   if (options.to.empty() && from_ > to_)
-    throw Failure(folder_, "the history ends before --from: at " + platkit::history::TimeText(to_));
+    throw Failure(folder_, "the history ends before --from, at " + platkit::history::TimeText(to_));
   if (options.from.empty() && from_ > to_)
-    throw Failure(folder_, "the history starts after --to: at " + platkit::history::TimeText(from_));
+    throw Failure(folder_, "the history starts after --to, at " + platkit::history::TimeText(from_));
   if (from_ > to_) throw Failure(folder_, "--from is after --to");
 }
 
@@ -61,7 +61,7 @@ void HistoryRange::Visit(const KeyFilter *filter, const Visitor &visitor) {
   }
   if (!isQuiet_ && lost_ + damagedParts_ > 0)
     Complain(folder_ + ": " + Plural(lost_, "damaged sample") + " left out, " + Plural(damagedParts_, "damaged part") +
-             " skipped (nodal verify tells more)");
+             " skipped (nodal verify shows details)");
 }
 
 void HistoryRange::VisitSegment(const KeyFilter *filter, SegmentName name, const Visitor &visitor) {

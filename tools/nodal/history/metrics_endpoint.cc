@@ -28,7 +28,7 @@ MetricsEndpoint::MetricsEndpoint(const std::string &address, const Recorder &rec
 HttpResponse MetricsEndpoint::Answer(std::string_view path) {
   if (path == "/metrics") return Metrics();
   if (path == "/healthz") return Health();
-  return TextResponse(404, "Not found. This server has /metrics and /healthz.\n");
+  return TextResponse(404, "Not found. This server serves only /metrics and /healthz.\n");
 }
 
 // Many clients share one text.
@@ -47,10 +47,10 @@ HttpResponse MetricsEndpoint::Metrics() {
 HttpResponse MetricsEndpoint::Health() {
   const auto &time = recorder_.lastTime();
   if (recorder_.status() != HVC_OK)
-    return TextResponse(503, "The last sample was not written: " + StatusText(recorder_.status()) + "\n");
+    return TextResponse(503, "The last sample could not be written: " + StatusText(recorder_.status()) + "\n");
   const int64_t now = pace_.Now().monotonic;
   const int64_t patience = std::max(3 * interval_, 10 * kNanosInSecond);
-  if (!time || now - time->monotonic > patience) return TextResponse(503, "No sample was written of late.\n");
+  if (!time || now - time->monotonic > patience) return TextResponse(503, "No sample was written recently.\n");
   return TextResponse(200, "ok\n");
 }
 

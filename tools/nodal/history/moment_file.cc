@@ -70,10 +70,10 @@ Failure MomentFailure(const std::string &path, HVC_ReturnStatus status) {
   switch (status) {
     case HVC_NOT_FOUND: return {parts.folder, "no history in this folder"};
     case HVC_BAD_PARAM: return {path, "invalid time '" + parts.time + "' (" + kTimeForms + ")"};
-    case HVC_SNAPSHOT_DAMAGED: return {path, "the sample is damaged (nodal verify " + parts.folder + " tells more)"};
+    case HVC_SNAPSHOT_DAMAGED: return {path, "the sample is damaged (nodal verify " + parts.folder + " shows details)"};
     case HVC_OUT_OF_RANGE:
       if (history.Open(parts.folder.c_str()) == HVC_OK && history.FindSpan(span) == HVC_OK)
-        return {path, "outside of the history, which is from " + SpanText(span)};
+        return {path, "outside the history, which runs from " + SpanText(span)};
       [[fallthrough]];
     default: return {path, status};
   }

@@ -125,7 +125,8 @@ void Recorder::Report(const Name &name, HVC_ReturnStatus status) {
   const std::string file = options_.folder + "/" + name.text();
   if (status != HVC_OK) {
     ++lost_;
-    if (status != status_) Complain(file + ": " + StatusText(status) + "; samples are lost until this ends");
+    if (status != status_)
+      Complain(file + ": " + StatusText(status) + "; samples are lost until writing succeeds again");
   } else {
     if (lost_ > 0) Complain(file + ": recording again; " + Plural(lost_, "sample") + " lost");
     lost_ = 0;
@@ -147,7 +148,7 @@ void Recorder::End() {
   HVC_ReturnStatus status = writer_.AppendEnd(pace_.Now());
   if (status == HVC_OK) status = writer_.Sync();
   writer_.Close();
-  if (status != HVC_OK) Complain(options_.folder + ": the end of the recording: " + StatusText(status));
+  if (status != HVC_OK) Complain(options_.folder + ": cannot finish the recording: " + StatusText(status));
 }
 
 }  // namespace nodal

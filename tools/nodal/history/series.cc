@@ -130,7 +130,7 @@ void ShowSeries(const SeriesOptions &options) {
   HistoryRange range(options.range);
   Series series(options, std::move(patterns));
   series.Show(range);
-  if (!series.hasFigures()) throw Failure(options.range.folder, "no sample in the range has one of the figures");
+  if (!series.hasFigures()) throw Failure(options.range.folder, "no sample in the range contains any of the figures");
 }
 
 }  // namespace nodal

@@ -52,7 +52,7 @@ class HistoryCheck {
     const std::string where = name + ": byte " + std::to_string(part.start);
     const std::string size = Plural(part.bytes, "byte");
     if (part.isIncompleteEnd) {
-      Print(where + ": " + size + " of an incomplete frame (being written, or the recorder was killed)\n");
+      Print(where + ": " + size + " of an incomplete frame (it is being written, or the recorder was killed)\n");
     } else {
       problems_.Report(where, Plural(part.bytes, "damaged byte"));
     }

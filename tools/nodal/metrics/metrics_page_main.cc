@@ -14,13 +14,13 @@ int main(int argc, char **argv) {
   std::ifstream in(argv[1]);
   const std::string page{std::istreambuf_iterator<char>(in), {}};
   if (!in || page.empty()) {
-    std::fprintf(stderr, "metrics_page: %s: cannot be read, or is empty\n", argv[1]);
+    std::fprintf(stderr, "metrics_page: %s: the file cannot be read or is empty\n", argv[1]);
     return 1;
   }
   std::ofstream out(argv[1]);
   out << nodal::RegeneratedMetricsPage(page) << std::flush;
   if (!out) {
-    std::fprintf(stderr, "metrics_page: %s: cannot be written\n", argv[1]);
+    std::fprintf(stderr, "metrics_page: %s: the file cannot be written\n", argv[1]);
     return 1;
   }
   return 0;

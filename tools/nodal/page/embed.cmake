@@ -11,7 +11,7 @@ function(append_text name text)
     "const std::string_view ${name}(reinterpret_cast<const char *>(${name}Bytes), sizeof ${name}Bytes);\n")
 endfunction()
 
-# `loader` is css or js. A module's own names are shortened too.
+# Minifies files; `loader` is css or js. Top-level names of the script are shortened too.
 function(read_small variable loader)
   set(all "")
   foreach(file ${ARGN})

@@ -173,7 +173,7 @@ class SpanReader {
   }
 
   void AddOthers(int64_t from, int64_t to) {
-    AddEvent({from, to, "the samples of another version were left out"});
+    AddEvent({from, to, "the samples from another version were left out"});
     others_.reset();
   }
 

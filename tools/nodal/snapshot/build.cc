@@ -19,7 +19,7 @@ using platkit::snapshot::ValueType;
 namespace snapshot = platkit::snapshot;
 
 HVC_ReturnStatus AddRaw(std::string_view key, const Json &json, SnapshotWriter &writer) {
-  if (json.size() != 2 || !json.contains("type")) throw InvalidJson("a raw value has the keys 'type' and 'hex' only");
+  if (json.size() != 2 || !json.contains("type")) throw InvalidJson("a raw value has only the keys 'type' and 'hex'");
   const Json &type = json["type"];
   const std::string letter = type.is_string() ? type.get<std::string>() : "";
   if (letter.size() != 1 || !snapshot::IsValueType(static_cast<uint8_t>(letter[0]))) {

@@ -197,7 +197,7 @@ HVC_ReturnStatus FailureFromJson(const Json &json) {
   if (status.is_string()) failure = StatusOfText(status.get_ref<const std::string &>());
   if (status.is_number_unsigned() && status.get<uint64_t>() <= UINT32_MAX) failure = status.get<HVC_ReturnStatus>();
   if (!failure || *failure == HVC_OK)
-    throw InvalidJson("expected the text or number of a failure, got " + Brief(status));
+    throw InvalidJson("expected a failure status as text or number, got " + Brief(status));
   return *failure;
 }
 

@@ -151,7 +151,7 @@ class HistoryFeed final : public Feed {
     std::string text;
     if (skipped_.damaged > 0) text = Plural(skipped_.damaged, "damaged sample");
     if (skipped_.others > 0)
-      text += (text.empty() ? "" : " and ") + Plural(skipped_.others, "sample") + " of other definitions";
+      text += (text.empty() ? "" : " and ") + Plural(skipped_.others, "sample") + " with other definitions";
     return text.empty() ? text : text + " left out";
   }
 

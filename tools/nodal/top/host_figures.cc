@@ -7,9 +7,9 @@ using enum Use;
 
 constexpr Column kHostColumns[] = {
     {.name = "value", .use = kRow, .isDefault = true, .meaning = "the figure"},
-    {.name = "percent", .use = kRow, .isDefault = true, .meaning = "its share of the host's memory"},
-    {.name = "report", .use = kText, .isDefault = true, .meaning = "the report that has the figure"},
-    {.name = "meaning", .use = kText, .isDefault = true, .meaning = "what the figure is"},
+    {.name = "percent", .use = kRow, .isDefault = true, .meaning = "share of the host's memory"},
+    {.name = "report", .use = kText, .isDefault = true, .meaning = "the report that shows the figure"},
+    {.name = "meaning", .use = kText, .isDefault = true, .meaning = "what the figure means"},
 };
 
 // A state is entered from its two neighbours.

@@ -15,13 +15,13 @@ constexpr size_t kFootLines = 2;  // the sum, the keys
 constexpr std::string_view kHelp[] = {
     "Up Down PgUp PgDn Home End   move",
     "1 2 3 4 5, Tab               groups, machines, host, nodes, heaps",
-    "s, < >, r                    choose the column that sorts, the next one, reverse",
+    "s, < >, r                    choose the sort column, step to the next one, reverse",
     "c                            choose columns",
     "/, Escape                    filter by name, show all",
     "t                            tree or flat",
     "+ -                          open or fold a row",
-    "Enter, Backspace             show only a subtree, leave it",
-    "i                            hide what is idle: all shown figures are 0",
+    "Enter, Backspace             show only a subtree, show all rows",
+    "i                            hide idle rows: all shown figures are 0",
     "u                            unit: auto, b, kb, mb, pg",
     "space                        stop and continue; play a history",
     "Left Right                   step through a history",
@@ -29,9 +29,9 @@ constexpr std::string_view kHelp[] = {
     "q                            quit",
     "",
     "-    not available           max  unlimited",
-    ".    no such figure          >N   at least N: a part is not available",
+    ".    the row has no figure   >N   at least N: a part is not available",
     "A group without a figure of its own shows the sum of its members.",
-    "The last line sums what is shown. Counters are shown per second, as NAME/s.",
+    "The last line sums the shown rows. Counters are shown per second, as NAME/s.",
 };
 
 constexpr std::string_view kKeys = "? help  s sort  c columns  / filter  t flat  i idle  space stop  q quit";
@@ -93,9 +93,9 @@ std::string Session::StateText() const {
 Line Session::Footer(size_t width) const {
   if (mode_ == Mode::kFilter) return FullLine("filter: " + settings().filter, width, Style::kStrong);
   if (!message_.empty()) return FullLine(message_, width, Style::kStrong);
-  if (mode_ == Mode::kColumns) return FullLine("space chooses, Enter ends", width, Style::kStrong);
-  if (mode_ == Mode::kSort) return FullLine("Enter sorts by the column, Escape leaves", width, Style::kStrong);
-  if (mode_ == Mode::kHelp) return FullLine("any key leaves the help", width, Style::kStrong);
+  if (mode_ == Mode::kColumns) return FullLine("space chooses a column, Enter finishes", width, Style::kStrong);
+  if (mode_ == Mode::kSort) return FullLine("Enter sorts by the column, Escape cancels", width, Style::kStrong);
+  if (mode_ == Mode::kHelp) return FullLine("any key closes the help", width, Style::kStrong);
   return FullLine(kKeys, width, Style::kDim);
 }
 

@@ -107,7 +107,7 @@ void Session::ReadAgain(bool isOtherScreen) {
 void Session::Update() {
   view_.Update(*now_, before_ ? &*before_ : nullptr, feed_.Seconds(), Own());
   if (!now_->problem.empty()) message_ = now_->problem;
-  if (view_.isSubtreeGone()) message_ = "the group has ended; Backspace shows all";
+  if (view_.isSubtreeGone()) message_ = "the group has ended; press Backspace to show all groups";
 }
 
 bool Session::Press(uint32_t key) {
@@ -148,7 +148,7 @@ void Session::PressInTable(uint32_t key) {
     case kKeyTab: return SelectScreen((static_cast<size_t>(options_.screen) + 1) % kScreens);
     case 'w':
       wantsCommandLine_ = true;
-      message_ = "at the end, prints: " + CommandLine();
+      message_ = "on exit, prints: " + CommandLine();
       return;
     default: break;
   }

@@ -82,13 +82,14 @@ void UseLocale() {
 
 Terminal::Terminal() {
   if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0)
-    throw Failure("top", "standard input or output is not a terminal (--batch needs none)");
+    throw Failure("top", "standard input or output is not a terminal (--batch does not need one)");
   constexpr int kEscapeMilliseconds = 25;
   set_escdelay(kEscapeMilliseconds);
   screen_ = newterm(nullptr, stdout, stdin);
   if (screen_ == nullptr) {
     const char *name = std::getenv("TERM");
-    throw Failure("TERM=" + std::string(name == nullptr ? "" : name), "unknown type of terminal (--batch needs none)");
+    throw Failure("TERM=" + std::string(name == nullptr ? "" : name),
+                  "unknown terminal type (--batch does not need one)");
   }
   cbreak();
   noecho();

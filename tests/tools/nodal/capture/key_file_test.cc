@@ -119,7 +119,7 @@ TEST_F(KeyFileTest, ATerminalWouldShowTheKey) {
   const int terminal = open(ptsname(main), O_RDWR | O_NOCTTY | O_CLOEXEC);
   {
     const StandardInput input(terminal);
-    EXPECT_EQ(FailureOf("-"), "a terminal would show the key");
+    EXPECT_EQ(FailureOf("-"), "the key would be visible on the terminal; use a file or a pipe");
   }
   close(terminal);
   close(main);

@@ -14,7 +14,7 @@ TEST(Get, Record) {
             "size              1342177280  bytes        size\n"
             "reservedBlocks           768  2 MB blocks  reserved\n"
             "flags                   0x83               state of the region, in HVC_REGION_... bits\n"
-            "openCount                  4               times opened\n"
+            "openCount                  4               open handles\n"
             "allocatedBlocks          640  2 MB blocks  allocated\n"
             "managementTag             33               management tag\n"
             "numaAffinityMask         0x2               one bit per NUMA node\n");

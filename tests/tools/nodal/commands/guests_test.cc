@@ -36,7 +36,7 @@ TEST_F(Guests, SaysWhichPackageIsMissing) {
   const testing_support::Outcome outcome = RunNodal({"--json"});
   EXPECT_EQ(outcome.exitStatus, 1);
   EXPECT_EQ(outcome.errors,
-            "nodal: " + scratch_.Path("nodal-guests") + ": not installed; Debian's package nodal-guests contains it\n");
+            "nodal: " + scratch_.Path("nodal-guests") + ": not installed; install the Debian package nodal-guests\n");
 }
 
 TEST_F(Guests, HasAHelpOfItsOwn) {

@@ -155,17 +155,17 @@ TEST_F(RecordTest, MalformedOptions) {
   for (const char *every : {"0", "0.01", "-5", "5s", "x", "nan", "1e9", "''"})
     EXPECT_EQ(message("--every " + std::string(every)), "nodal: --every " +
                                                             (std::string(every) == "''" ? "" : std::string(every)) +
-                                                            ": expected seconds, from 0.1 to 3600\n");
+                                                            ": expected a number of seconds from 0.1 to 3600\n");
   for (const char *keep : {"30", "x", "59s", "1w", "-1d", "99999999999d", "99999999999999999999d"})
     EXPECT_NE(message("--keep " + std::string(keep)).find("expected an age from 1m to 36500d"), std::string::npos);
   for (const char *size : {"x", "100", "1023K", "-1G", "1X", "99999999999999999999", "99999999T"})
     EXPECT_NE(message("--max-size " + std::string(size)).find("expected a size of at least 1M"), std::string::npos);
   for (const char *count : {"0", "-1", "x", "1K"})
-    EXPECT_NE(message("--count " + std::string(count)).find("expected a number, at least 1"), std::string::npos);
+    EXPECT_NE(message("--count " + std::string(count)).find("expected a number of at least 1"), std::string::npos);
   EXPECT_NE(message("--listen x").find("expected PORT or ADDRESS:PORT"), std::string::npos);
   const Outcome snapshot = Nodal("--cache " + kSample + " record --count 1 -d " + Folder());
   EXPECT_EQ(snapshot.status, 1);
-  EXPECT_NE(snapshot.err.find("a snapshot does not change; record reads a host"), std::string::npos);
+  EXPECT_NE(snapshot.err.find("cannot record a snapshot, because it does not change"), std::string::npos);
 }
 
 }  // namespace

@@ -58,18 +58,18 @@ TEST(Top, WrongOptionsNameWhatIsExpected) {
   };
   EXPECT_EQ(message("--screen x"), "nodal: --screen x: expected one of groups, machines, host, nodes, heaps\n");
   EXPECT_EQ(message("--columns consumed:x"),
-            "nodal: --columns x: the screen groups has no such column (c shows them all)\n");
+            "nodal: --columns x: the screen groups has no such column (in nodal top, c lists the columns)\n");
   EXPECT_EQ(message("--sort swapIn"),
-            "nodal: --sort swapIn: the screen groups has no such column (c shows them all)\n");
+            "nodal: --sort swapIn: the screen groups has no such column (in nodal top, c lists the columns)\n");
   EXPECT_EQ(message("--unit tb"), "nodal: --unit tb: expected auto, b, kb, mb or pg\n");
-  EXPECT_EQ(message("--every 0"), "nodal: --every 0: expected seconds, from 0.1 to 3600\n");
-  EXPECT_EQ(message("-n 0"), "nodal: --count 0: expected a number, at least 1\n");
+  EXPECT_EQ(message("--every 0"), "nodal: --every 0: expected a number of seconds from 0.1 to 3600\n");
+  EXPECT_EQ(message("-n 0"), "nodal: --count 0: expected a number of at least 1\n");
 }
 
 TEST(Top, NeedsATerminalWithoutBatch) {
   const Outcome outcome = OnSample("top </dev/null");
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.err, "nodal: top: standard input or output is not a terminal (--batch needs none)\n");
+  EXPECT_EQ(outcome.err, "nodal: top: standard input or output is not a terminal (--batch does not need one)\n");
 }
 
 TEST(Top, NamesCannotChangeTheTerminal) {

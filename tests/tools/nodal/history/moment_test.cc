@@ -33,7 +33,7 @@ TEST_F(MomentCommands, NameTheSpan) {
   const Outcome outcome = Nodal("--cache " + At("2025-11-21T03:11:59Z") + " ls");
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err, "nodal: " + history_.path() +
-                             "@2025-11-21T03:11:59Z: outside of the history, which is from 2025-11-21T03:12:00Z to "
+                             "@2025-11-21T03:11:59Z: outside the history, which runs from 2025-11-21T03:12:00Z to "
                              "2025-11-21T03:13:35Z\n");
 }
 
@@ -51,7 +51,7 @@ TEST_F(MomentCommands, TellOfDamage) {
   EXPECT_EQ(Nodal("diff " + At("03:12Z") + " " + At("-0s")).status, 2);
   EXPECT_EQ(Nodal("dump " + At("@1763694725")).err, "nodal: " + history_.path() +
                                                         "@@1763694725: the sample is damaged (nodal verify " +
-                                                        history_.path() + " tells more)\n");
+                                                        history_.path() + " shows details)\n");
 }
 
 TEST_F(MomentCommands, NeedAHistory) {

@@ -278,7 +278,7 @@ TEST_F(RecorderTest, SamplesOnAFullDiskAreLostAndToldOnce) {
   const std::string messages = testing::internal::GetCapturedStderr();
   EXPECT_EQ(Numbers(), (std::vector<std::string>{"0", "1", "5", "6", "7"}));
   EXPECT_EQ(std::ranges::count(messages, '\n'), 2) << messages;
-  EXPECT_NE(messages.find("samples are lost until this ends"), std::string::npos) << messages;
+  EXPECT_NE(messages.find("samples are lost until writing succeeds again"), std::string::npos) << messages;
   EXPECT_NE(messages.find("recording again; 3 samples lost"), std::string::npos) << messages;
 }
 

@@ -90,7 +90,7 @@ TEST(SeriesCommand, RefusesUnknownWords) {
                   ": no such figure (expected PATH.FIELD, such as /sched/groups/*/stats/memoryStats.consumed)\n");
   }
   EXPECT_EQ(error(history.path() + " /sched/groups/9/stats/memoryStats.consumed"),
-            "nodal: " + history.path() + ": no sample in the range has one of the figures\n");
+            "nodal: " + history.path() + ": no sample in the range contains any of the figures\n");
   EXPECT_EQ(error(history.path() + " --step 10" + figure),
             "nodal: --step 10: expected a number and s, m, h or d, such as 10s\n");
   EXPECT_NE(error(history.path() + " --from later" + figure).find("nodal: --from later: invalid time (expected a form"),
@@ -98,9 +98,9 @@ TEST(SeriesCommand, RefusesUnknownWords) {
   EXPECT_EQ(error(history.path() + " --from=-0s --to=-1m" + figure),
             "nodal: " + history.path() + ": --from is after --to\n");
   EXPECT_EQ(error(history.path() + " --from 2030-01-01T00:00:00Z" + figure),
-            "nodal: " + history.path() + ": the history ends before --from: at 2025-11-21T03:12:00Z\n");
+            "nodal: " + history.path() + ": the history ends before --from, at 2025-11-21T03:12:00Z\n");
   EXPECT_EQ(error(history.path() + " --to 2020-01-01T00:00:00Z" + figure),
-            "nodal: " + history.path() + ": the history starts after --to: at 2025-11-21T03:12:00Z\n");
+            "nodal: " + history.path() + ": the history starts after --to, at 2025-11-21T03:12:00Z\n");
   EXPECT_EQ(error("no-such-folder" + figure), "nodal: no-such-folder: no such folder\n");
   EXPECT_EQ(error(history.scratch().folder() + figure),
             "nodal: " + history.scratch().folder() + ": no history in this folder\n");

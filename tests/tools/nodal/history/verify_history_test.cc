@@ -33,8 +33,8 @@ TEST(VerifyHistory, FindsDamage) {
   EXPECT_EQ(outcome.out, name + "byte " + std::to_string(frames[2].start) + ": " + std::to_string(frames[2].bytes) +
                              " damaged bytes\n" + name + "byte " + std::to_string(frames.back().start) + ": " +
                              std::to_string(frames.back().bytes - 1) +
-                             " bytes of an incomplete frame (being written, or the recorder was killed)\n" + name +
-                             "lost 9 samples, from 2025-11-21T03:12:15Z to 2025-11-21T03:12:55Z\n" + name +
+                             " bytes of an incomplete frame (it is being written, or the recorder was killed)\n" +
+                             name + "lost 9 samples, from 2025-11-21T03:12:15Z to 2025-11-21T03:12:55Z\n" + name +
                              "lost 11 samples, from 2025-11-21T03:13:05Z to 2025-11-21T03:13:55Z\n" + history.path() +
                              ": 1 segment, 18 samples, 20 lost samples, 3 problems\n");
 }

@@ -21,7 +21,7 @@ TEST(MetricsPage, HasARowForEachMetric) {
   const std::string page = RegeneratedMetricsPage("");
   for (const char *row :
        {"\n## world\n\n", "\n\nLabels: `group`, `name`. Shown only with `--only world`.\n\n| metric |",
-        "\n| `kestrel_buddy_free_buffers` | gauge | Free buffers of buffer_bytes bytes. | "
+        "\n| `kestrel_buddy_free_buffers` | gauge | Free buffers of the size in the label buffer_bytes. | "
         "`/system/buddy/{buddy:text}/comprehensive` sizes.free |\n",
         "\n| `kestrel_reading_info` | gauge | Always 1. Labels: `version`, `definitions`. | |\n",
         "| `kestrel_heap_allocations_total` | counter | "})

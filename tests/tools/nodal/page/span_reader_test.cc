@@ -299,7 +299,7 @@ TEST(SpanReader, LeavesOutSamplesOfOtherDefinitions) {
   const PageSpan span = SpanOfHistory(history);
   EXPECT_EQ(span.seconds, (std::vector<int64_t>{kStart, kStart + 5, kStart + 20, kStart + 25}));
   ASSERT_EQ(span.events.size(), 1u);
-  EXPECT_EQ(span.events[0].reasons, "the samples of another version were left out");
+  EXPECT_EQ(span.events[0].reasons, "the samples from another version were left out");
 }
 
 TEST(SpanReader, TellsOfOtherDefinitionsAtTheEnds) {

@@ -110,7 +110,7 @@ TEST(Build, Paths) {
 }
 
 TEST(Build, RawValues) {
-  EXPECT_EQ(NodesComplaint(R"("/a": {"hex": "00"})"), ": /a: a raw value has the keys 'type' and 'hex' only\n");
+  EXPECT_EQ(NodesComplaint(R"("/a": {"hex": "00"})"), ": /a: a raw value has only the keys 'type' and 'hex'\n");
   EXPECT_EQ(NodesComplaint(R"("/a": {"hex": "00", "type": "X"})"), ": /a: expected the type R, I, T or H, got \"X\"\n");
   EXPECT_EQ(NodesComplaint(R"("/a": {"hex": "0", "type": "R"})"),
             ": /a: expected pairs of hexadecimal digits (0-9, a-f), got \"0\"\n");
@@ -120,7 +120,7 @@ TEST(Build, Failures) {
   const auto failure = [](const std::string &value) { return NodesComplaint("\"failed:/system/heaps\": " + value); };
   const std::string path = ": failed:/system/heaps: ";
   const std::string form = "expected an object with only the key 'status', got ";
-  const std::string status = "expected the text or number of a failure, got ";
+  const std::string status = "expected a failure status as text or number, got ";
   EXPECT_EQ(failure(R"("No permission")"), path + form + "\"No permission\"\n");
   EXPECT_EQ(failure(R"({"status": 3, "more": 1})"), path + form + "an object\n");
   EXPECT_EQ(failure(R"({"status": "no permission"})"), path + status + "\"no permission\"\n");

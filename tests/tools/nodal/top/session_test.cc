@@ -575,10 +575,10 @@ TEST(TopSession, SamplesOfOtherDefinitionsAreLeftOut) {
   EXPECT_EQ(session.problem(), "");
   ASSERT_TRUE(session.TakeSample());
   EXPECT_EQ(feed->Time(), "2025-11-21T05:12:00Z");
-  EXPECT_EQ(session.problem(), "2 samples of other definitions left out");
+  EXPECT_EQ(session.problem(), "2 samples with other definitions left out");
   session.Press(kKeyLeft);
   EXPECT_EQ(feed->Time(), "2025-11-21T03:12:05Z");
-  EXPECT_EQ(session.problem(), "2 samples of other definitions left out");
+  EXPECT_EQ(session.problem(), "2 samples with other definitions left out");
   EXPECT_THROW(OpenFeed(recorded.path() + "@2025-11-21T04:12:05Z", ""), Failure);
 }
 

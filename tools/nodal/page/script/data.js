@@ -108,7 +108,7 @@ class Figure {
 
   // Why there is no value, in words.
   get reason() {
-    if (this.raw !== null) return 'the host does not tell it';
+    if (this.raw !== null) return 'the host does not report it';
     const status = this.family.reason(this.record, this.row, this.instant);
     return status ? `could not be read: ${status}` : 'has no such record';
   }

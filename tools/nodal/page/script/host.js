@@ -28,7 +28,7 @@ function stateClass(state) {
 
 function verdict(state) {
   const words = ['Memory is not short', 'Memory is not short', 'Memory is becoming short', 'Memory is short', 'Memory is very short'];
-  return words[state] ?? 'The host does not tell whether memory is short';
+  return words[state] ?? 'The host does not report whether memory is short';
 }
 
 // A state is entered from its two neighbours. The host starts in the first one, which counts as an entry.
