@@ -8,7 +8,7 @@
 
 namespace nodal {
 
-// Draws on standard error if that is a terminal, and erases the bar at the end.
+// Draws on standard error if that is a terminal. The destructor erases the bar.
 class Progress {
  public:
   Progress();
