@@ -17,8 +17,8 @@
 namespace nodal {
 
 // The pseudonyms of one capture. A name is any text in a path, a list or a record that IsOwnWord does not keep. A name
-// has the same pseudonym everywhere, but a short field holds only the start of the pseudonym, without its prefix. A UUID
-// becomes another UUID.
+// has the same pseudonym everywhere, but a short field holds only the start of the pseudonym, without its prefix. A
+// UUID becomes another UUID.
 //
 // The functions throw a Failure if two names would have the same pseudonym.
 class Pseudonyms {
