@@ -1,6 +1,6 @@
-# Writes a C++ file with the contents of files as texts:
+# Writes a C++ file that contains the given files as texts:
 #   cmake -D ESBUILD=PROGRAM -D OUTPUT=FILE -D STYLE=FILE -D TEMPLATE=FILE -D "SCRIPTS=FILE;..." -P embed.cmake
-# The scripts are joined in this order. esbuild minifies them and the style.
+# The scripts are joined in this order. esbuild minifies the scripts and the style sheet.
 function(append_text name text)
   string(HEX "${text}" bytes)
   string(REGEX REPLACE "(..)" "0x\\1," bytes "${bytes}")
@@ -11,7 +11,7 @@ function(append_text name text)
     "const std::string_view ${name}(reinterpret_cast<const char *>(${name}Bytes), sizeof ${name}Bytes);\n")
 endfunction()
 
-# `loader` is css or js. A module's own names are shortened too.
+# `loader` is css or js. The scripts form a module, so esbuild also shortens the names that they declare.
 function(read_small variable loader)
   set(all "")
   foreach(file ${ARGN})
