@@ -15,8 +15,8 @@ class KeyFile {
   static constexpr size_t kMaxBytes = 1024;  // of the secret
 
   // If `path` is "-", reads standard input. Throws a Failure if the key is unreadable, empty or too long, or would be
-  // read from a terminal. Also throws a Failure if a user other than root and the caller owns the file, or if its group
-  // or other users may access it.
+  // read from a terminal. Also throws a Failure if a user other than root and the caller owns the file, or if any other
+  // user may access it.
   explicit KeyFile(const std::string &path);
   ~KeyFile();
   KeyFile(const KeyFile &) = delete;

@@ -11,8 +11,8 @@ namespace nodal {
 
 // Ages are measured with this clock, because a wall clock that is set to a wrong year must not make a month of samples
 // look old. A clock that was set forward by more than a minute is believed after a day. A clock that was set back is
-// believed at once. A program that runs for less than a day cannot know whether the clock is right, so it must not
-// remove a sample because the sample's time is in the future.
+// believed at once. A program that runs for less than a day cannot know whether the clock is right. It must not remove
+// samples because their time is in the future.
 class BelievedClock {
  public:
   // `newest` is the wall time of the newest sample, if there is one. A clock that is more than a week later than this

@@ -25,7 +25,7 @@ class HistoryRange {
   // Opens the history. Throws a Failure if it cannot be opened or an option is invalid.
   explicit HistoryRange(const RangeOptions &options);
 
-  // The first and the last second of the range, counted from 1970.
+  // The start and the end of the range, in seconds since 1970.
   int64_t from() const { return from_; }
   int64_t to() const { return to_; }
 

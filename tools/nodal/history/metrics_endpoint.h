@@ -11,9 +11,9 @@
 
 namespace nodal {
 
-// /metrics has the figures of the last sample, in Prometheus' text format. /healthz reports whether the recorder works.
-// It works if the last sample was written, and within the last three intervals or ten seconds, whichever is longer. A
-// request reads nothing from the kernel.
+// /metrics has the figures of the last sample, in Prometheus' text format. The answer to /healthz is a
+// failure if the last sample was not written, or if the last written sample is too old: older than three intervals and
+// older than ten seconds. A request reads nothing from the kernel.
 class MetricsEndpoint {
  public:
   // The recorder and its pace must outlive the endpoint. Throws a Failure if the address cannot be used.

@@ -115,7 +115,7 @@ HVC_ReturnStatus Recorder::OpenSegment(const Name &name) {
   return status;
 }
 
-// Starts the recording of this hour again, because this hour's segment alone exceeds the limit.
+// Removes this hour's segment, because it alone exceeds the limit. The recording of this hour starts again.
 void Recorder::RemoveOpenSegment(const Name &name) {
   writer_.Close();
   unlinkat(folder_.fd(), name.text().c_str(), 0);

@@ -33,8 +33,8 @@ class SegmentThinner {
   // per minute, or a status of SegmentReader::Open or SegmentWriter::Open.
   [[nodiscard]] HVC_ReturnStatus Start(int folder, const std::string &name);
 
-  // Copies the sample to keep of the next minute or, after the last minute, replaces the segment. If the step fails,
-  // the segment is unchanged, the work is over, and the status is that of reading, writing or renaming.
+  // Copies the kept sample of the next minute or, after the last minute, replaces the segment. If the step fails, the
+  // segment is unchanged, the work is over, and the status is that of reading, writing or renaming.
   [[nodiscard]] HVC_ReturnStatus Step();
 
   bool isBusy() const { return work_ != nullptr; }

@@ -32,7 +32,7 @@ struct NodeField {
   std::optional<uint32_t> offsetInEntry = {};
 };
 
-// Values that are not the value of a single field.
+// Values that are computed instead of copied from a single field.
 enum class Computation : uint8_t { kMemoryState, kMemoryStateEntries, kGroupInfo, kReadingFailures, kReadingInfo };
 
 // The unit of a field determines the unit of the samples and the end of the metric's name. KB, BYTES, PAGES and BLOCKS

@@ -1,6 +1,8 @@
-# Writes a C++ file that contains the given files as texts:
+# Writes a C++ file that contains the given files as texts. Usage:
+#
 #   cmake -D ESBUILD=PROGRAM -D OUTPUT=FILE -D STYLE=FILE -D TEMPLATE=FILE -D "SCRIPTS=FILE;..." -P embed.cmake
-# The scripts are joined in this order. esbuild minifies the scripts and the style sheet.
+#
+# Joins the scripts in the order of SCRIPTS. Minifies the scripts and the style sheet with esbuild.
 function(append_text name text)
   string(HEX "${text}" bytes)
   string(REGEX REPLACE "(..)" "0x\\1," bytes "${bytes}")

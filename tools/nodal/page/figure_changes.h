@@ -44,16 +44,17 @@ FigureChanges WithoutSmallChanges(const FigureChanges &changes, double part);
 
 // Encodes the changes of a column, by row:
 //
-//   the greatest common divisor of the numbers
-//   for each row, the number of its changes
-//   for each change, the number of instants since the row's previous change; for the first change, the instant
-//   for each change, a token:
-//     0 means no record
-//     1 means unreadable
-//     2 means all bits set
-//     3 means a large number (2^50 or more, or -2^50 or less), whose 8 bytes follow
-//     4 or more is 4 plus the difference from the row's previous number, divided by the divisor and mapped to an
-//       unsigned integer: 0, -1, 1, -2, 2 become 0, 1, 2, 3, 4
+//   The greatest common divisor of the numbers.
+//   For each row, the number of its changes.
+//   For each change, the number of instants since the row's previous change; for the first change, the instant.
+//   For each change, a token:
+//
+//     Token 0 means no record.
+//     Token 1 means unreadable.
+//     Token 2 means all bits set.
+//     Token 3 means a large number (2^50 or more, or -2^50 or less), whose 8 bytes follow.
+//     Any other token is 4 plus the difference from the row's previous number. The difference is divided by the
+//     divisor, and mapped to an unsigned integer: 0, -1, 1, -2, 2 become 0, 1, 2, 3, 4.
 //
 // Large numbers are left out of the divisor and the differences. Their 8 bytes are little-endian and signed. All other
 // integers are varints: seven bits per byte, the lowest bits first. The highest bit of a byte is set if another byte

@@ -32,7 +32,7 @@ struct PageRecords {
   std::map<size_t, HVC_ReturnStatus> unreadable = {};  // rows whose record could not be read
 };
 
-// Rows that have the same records.
+// Rows that have records of the same nodes.
 struct PageFamily {
   std::vector<PageRow> rows = {};
   std::vector<PageRecords> records = {};

@@ -31,7 +31,8 @@ class SpanBands {
   // with each sample. Throws a Failure.
   SpanBands(HistoryRange &range, int64_t step, FigureBudget &budget, Progress &progress);
 
-  // Returns the band of the record at a path in a step, or null if there is none. Steps are counted from 1970.
+  // Returns the band of the record at a path in a step, or null if there is none. `step` is the number of steps since
+  // 1970.
   const Band *Find(std::string_view path, int64_t step) const;
 
   size_t samples() const { return samples_; }

@@ -2,13 +2,14 @@
 //
 // The JSON is that of PageJson, with these differences:
 //
-//   instants         the time of each instant
-//   span             step: its seconds; samples: the number of samples; tolerance: see PackedSpan; events: [from, to,
-//                    reasons], with times in seconds since 1970; omittedEvents: the number of events left out
-//   fields           have no values; band: true if the column has a band
-//   unreadable       [row, reason, instant]: from this instant on, the reason whenever the record could not be read
-//   unreadableLists  [path, reason, [from, to, from, to...]]: the list could not be read from each instant `from` until
-//                    just before the next instant `to`
+//   `instants` has the time of each instant.
+//   `span` has `step` (in seconds), `samples` (the number of samples), `tolerance` (see PackedSpan), and `events`.
+//   An event is [from, to, reasons], with times in seconds since 1970. `omittedEvents` is the number of events left out.
+//   `fields` have no values. If a column has a band, its `band` is true.
+//   `unreadable` has entries [row, reason, instant]. From this instant on, this is the reason whenever the record could
+//   not be read.
+//   `unreadableLists` has entries [path, reason, [from, to, from, to...]]. The list could not be read from each instant
+//   `from` until just before the next instant `to`.
 //
 // The bytes are an EncodedColumn for each column, in the order of the JSON. Each family starts with a column that is 1
 // while a row exists and 0 while it does not. A column with a band is followed by two more columns: the distances below

@@ -16,7 +16,7 @@ namespace {
 
 const char *programName = "nodal";
 
-// A message can quote the file that it complains about, and that file may contain a text of megabytes.
+// A message can quote the file that it complains about, and that file may contain megabytes of text.
 constexpr size_t kMaxMessage = 8192;
 
 }  // namespace

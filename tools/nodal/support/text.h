@@ -14,8 +14,8 @@ namespace nodal {
 
 bool IsUtf8(std::string_view text);
 
-// Replaces everything that can change the state of a terminal with the result of `escape`: control characters,
-// characters that change the direction of text, and bytes that are not valid UTF-8.
+// Replaces everything that can change the state of a terminal with the result of `escape`. This affects control
+// characters, characters that change the direction of text, and bytes that are not valid UTF-8.
 std::string Escaped(std::string_view text, std::string (*escape)(std::string_view character));
 
 // Like Escaped, with '?' as each replacement.

@@ -71,9 +71,8 @@ struct Reading {
   void MarkLate(const Reading *earlier);
 };
 
-// Reads one sample of a screen. Throws std::bad_alloc if memory runs out; any other figure that cannot be read is
-// unavailable. `before` is an earlier sample of the same screen and host, or null. Most names of control groups are
-// copied from it.
+// Reads one sample of a screen. A figure that cannot be read is unavailable. Throws std::bad_alloc if memory runs out.
+// `before` is an earlier sample of the same screen and host, or null. Most names of control groups are copied from it.
 Reading ReadScreen(const Screen &screen, platkit::Source &source, const NodeSet &nodes, const Reading *before);
 
 // The figures of one column.

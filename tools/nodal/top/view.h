@@ -52,7 +52,7 @@ class View {
   Cell At(const ColumnChoice &choice, size_t row) const;
 
   // Returns the sum over the shown rows. Leaves out a row below another row that has the figure, because that figure
-  // includes it. There is no sum for a column that does not add up.
+  // includes the row. There is no sum for a column that does not add up.
   Cell Sum(const ColumnChoice &choice) const;
 
   size_t matches() const { return matches_; }  // shown rows, without context

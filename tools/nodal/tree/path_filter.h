@@ -20,8 +20,8 @@ std::string WithoutEndingSlash(const std::string &path);
 // Contains the named paths and everything below them, or everything if no path is named.
 class PathFilter {
  public:
-  // `onlyIfNamed` is the top of a subtree that the filter omits unless a path at or below this top is named; "" means
-  // no such subtree. Throws a Failure if a path is not absolute.
+  // `onlyIfNamed` is the top of a subtree that the filter omits unless a path at or below this top is named. If
+  // `onlyIfNamed` is "", there is no such subtree. Throws a Failure if a path is not absolute.
   explicit PathFilter(const std::vector<std::string> &paths, std::string_view onlyIfNamed = "");
 
   bool Contains(std::string_view path) const;
