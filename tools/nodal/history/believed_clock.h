@@ -27,7 +27,7 @@ class BelievedClock {
   bool isSettled() const { return isSettled_; }
 
  private:
-  int64_t offset_;               // from the boot clock to the wall clock
+  int64_t offset_;               // the offset from the boot clock to the wall clock
   std::optional<int64_t> leap_;  // an offset that is not believed yet
   int64_t leapAt_ = 0;           // when `leap_` was first seen, on the boot clock
   int64_t setAt_;                // when the wall clock was set last, or the program started, on the boot clock

@@ -85,7 +85,7 @@ class HostSampler {
   // State for the sample that is being taken.
   platkit::history::Sample *sample_ = nullptr;
   ReadableLists tree_;
-  std::optional<Instances> instances_;  // of all kinds except groups and clients
+  std::optional<Instances> instances_;  // the instances of all kinds except groups and clients
   std::vector<Number> groups_, clients_;
   std::string path_;
   Arguments arguments_;

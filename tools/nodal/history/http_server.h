@@ -62,7 +62,7 @@ class HttpServer {
     platkit::FileDescriptor socket;
     int64_t deadline;
     std::string request = {};
-    std::string head = {};  // of the answer; empty while the request is incomplete
+    std::string head = {};  // the head of the answer; empty while the request is incomplete
     std::shared_ptr<const std::string> body = nullptr;
     size_t sent = 0;  // bytes of head and body that were sent
   };
@@ -77,7 +77,7 @@ class HttpServer {
   platkit::FileDescriptor listening_;
   std::string address_;
   std::vector<Connection> connections_;  // the oldest first
-  std::vector<pollfd> polled_;           // of listening_, and of each connection
+  std::vector<pollfd> polled_;           // entries for listening_ and for each connection
 };
 
 }  // namespace nodal

@@ -19,7 +19,7 @@ namespace nodal {
 struct RecorderOptions {
   std::string folder;
   int64_t interval = 5 * platkit::history::kNanosInSecond;
-  uint64_t count = 0;  // of samples; 0: until the recorder is asked to end
+  uint64_t count = 0;  // the number of samples; 0: until the recorder is asked to end
   RetentionLimits limits = {};
 };
 

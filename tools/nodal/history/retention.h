@@ -58,7 +58,7 @@ class Retention {
   std::optional<BelievedClock> clock_;
   int64_t wall_ = 0;                // the believed wall time
   int64_t latest_ = 0;              // the later of the believed time and the time of the wall clock
-  int64_t listedAt_ = INT64_MIN;    // on the monotonic clock
+  int64_t listedAt_ = INT64_MIN;    // when the folder was listed, on the monotonic clock
   std::optional<Name> listedOpen_;  // the open segment when the folder was listed
   Segments segments_;               // all segments except the open one
   uint64_t closedBytes_ = 0;

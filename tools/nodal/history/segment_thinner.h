@@ -17,7 +17,7 @@ namespace nodal {
 // The samples of one minute, by the indexes of their frames in the segment. One of the samples is kept.
 struct MinuteOfSamples {
   std::vector<size_t> frames;  // the one with the least memory available first
-  uint8_t marks = 0;           // of the sample that is kept
+  uint8_t marks = 0;           // the marks of the sample that is kept
   bool isEnd = false;          // contains no samples, but the end of a recording
 };
 

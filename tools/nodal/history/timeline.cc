@@ -180,7 +180,7 @@ class TimelineReader {
   History history_;
   Timeline timeline_;
   std::vector<HostHeader> hosts_;
-  std::map<HostHeader, size_t> indexes_;  // of the hosts
+  std::map<HostHeader, size_t> indexes_;  // indexes in hosts_
   std::map<decltype(HostHeader::bootId), size_t> boots_;
   std::vector<Point> points_;
   bool afterEnd_ = false;

@@ -25,7 +25,7 @@ struct TimelineDay {
 };
 
 struct Timeline {
-  platkit::history::HostHeader host;  // of the last sample
+  platkit::history::HostHeader host;  // the host as of the last sample
   int64_t first = 0;
   int64_t last = 0;
   size_t samples = 0;

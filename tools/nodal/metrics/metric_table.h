@@ -43,7 +43,7 @@ struct Metric {
   MetricType type;
   std::variant<NodeField, Computation> value;
   std::string_view help;
-  std::string_view labels = {};  // in addition to those of the family
+  std::string_view labels = {};  // labels in addition to the labels of the family
 
   // Null for a computed metric.
   const platkit::Node *node() const;

@@ -3,8 +3,8 @@
 // The JSON is that of PageJson, with these differences:
 //
 //   `instants` has the time of each instant.
-//   `span` has `step` (in seconds), `samples` (the number of samples), `tolerance` (see PackedSpan), and `events`.
-//   An event is [from, to, reasons], with times in seconds since 1970. `omittedEvents` is the number of events left out.
+//   `span` has `step` (in seconds), `samples` (the number of samples), `tolerance` (see PackedSpan), and `events`. An
+//   event is [from, to, reasons], with times in seconds since 1970. `omittedEvents` is the number of events left out.
 //   `fields` have no values. If a column has a band, its `band` is true.
 //   `unreadable` has entries [row, reason, instant]. From this instant on, this is the reason whenever the record could
 //   not be read.

@@ -13,7 +13,7 @@ namespace nodal {
 
 struct SpanReading {
   PageSpan span;
-  PageData last;     // of the last instant; host and source are empty
+  PageData last;     // the data of the last instant; host and source are empty
   std::string host;  // the host's name, which is not anonymized
 };
 

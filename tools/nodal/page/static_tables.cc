@@ -9,10 +9,10 @@
 namespace nodal {
 namespace {
 
-constexpr size_t kMaxRows = 50;  // of a table of groups or heaps
+constexpr size_t kMaxRows = 50;  // the maximum for a table of groups or heaps
 constexpr size_t kOrder2MB = 9;  // 4 KB times 2 to the 9
 constexpr size_t kOrder1GB = 18;
-constexpr uint64_t kBlockKB = 4;  // of order 0
+constexpr uint64_t kBlockKB = 4;  // the size of a block of order 0
 
 using Cells = std::vector<std::string>;
 

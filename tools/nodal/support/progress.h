@@ -30,7 +30,7 @@ class Progress {
   size_t total_ = 0;
   std::string what_;
   Clock::time_point next_ = Clock::now();
-  size_t width_ = 0;  // of the drawn line
+  size_t width_ = 0;  // the width of the drawn line
 };
 
 }  // namespace nodal

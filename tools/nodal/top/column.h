@@ -41,7 +41,7 @@ struct Term {
   Term { platkit::NodeId::node, offsetof(decltype(platkit::nodes::node)::Record, field), factor }
 
 struct Column {
-  std::string_view name;  // as in the reports
+  std::string_view name;  // the name in the reports
   Use use;
   std::array<Term, 4> terms = {};  // their sum is the figure
   Term otherwise = {};             // the figure of rows without the record of the first term

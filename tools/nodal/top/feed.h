@@ -30,7 +30,7 @@ class Feed {
   virtual double Seconds() const = 0;
 
   virtual std::string Host() const = 0;  // the host's name, printable
-  virtual std::string Time() const = 0;  // of the present sample, in UTC
+  virtual std::string Time() const = 0;  // the time of the present sample, in UTC
   // The kind of the samples, in words for the user.
   virtual std::string Kind() const = 0;
 

@@ -215,8 +215,8 @@ class HistoryFeed final : public Feed {
   HistoryCursor cursor_;
   SamplePointer now_, before_;
   bool isTaken_ = false;
-  Skipped skipped_;        // by the last step
-  Skipped skippedBefore_;  // between the present sample and the previous one
+  Skipped skipped_;        // the samples that the last step left out
+  Skipped skippedBefore_;  // the samples left out between the previous sample and the present one
 };
 
 }  // namespace

@@ -209,7 +209,7 @@ class ScreenReader {
     const bool hasNodes = Get(nodes::memory_memInfo, {}, info) == HVC_OK;
     const uint32_t count = hasNodes ? std::min(info.numNodes, kMaxNodes) : 0;
     std::unordered_map<int64_t, std::vector<Row>> buddies;
-    std::vector<Row> others;  // of no known NUMA node
+    std::vector<Row> others;  // allocators of no known NUMA node
     for (Row &buddy : Buddies()) {
       const bool isOfNode = buddy.numaNode >= 0 && buddy.numaNode < int64_t{count};
       (isOfNode ? buddies[buddy.numaNode] : others).push_back(std::move(buddy));

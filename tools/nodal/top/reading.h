@@ -56,7 +56,7 @@ struct HostSummary {
 struct Reading {
   std::vector<Row> rows = {};
   std::vector<NodeRecords> records = {};
-  std::vector<Cell> own = {};  // by row, for columns with Use::kRow
+  std::vector<Cell> own = {};  // the figure of each row, for columns with Use::kRow
   bool isOwnLate = false;      // like NodeRecords::isLate
   HostSummary host = {};
   std::string problem = {};  // a message about a list that could not be read, or about too many rows

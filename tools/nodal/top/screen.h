@@ -39,8 +39,8 @@ extern const Column kNameColumn;
 // The figures of the host, one per row.
 struct HostFigure {
   Column figure;
-  std::string_view report;  // empty: no report prints the figure
-  int constant = 0;         // added to the terms
+  std::string_view report;  // the report that prints the figure; empty: none
+  int constant = 0;         // added to the sum of the terms
 };
 std::span<const HostFigure> HostFigures();
 

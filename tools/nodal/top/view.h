@@ -51,11 +51,11 @@ class View {
 
   Cell At(const ColumnChoice &choice, size_t row) const;
 
-  // Returns the sum over the shown rows. Leaves out a row below another row that has the figure, because that figure
-  // includes the row. There is no sum for a column that does not add up.
+  // Returns the sum over the shown rows. Leaves out a row below another shown row that has the figure, because that
+  // figure includes the row. There is no sum for a column that does not add up.
   Cell Sum(const ColumnChoice &choice) const;
 
-  size_t matches() const { return matches_; }  // shown rows, without context
+  size_t matches() const { return matches_; }  // the number of shown rows, without context
   bool isSubtreeGone() const { return isSubtreeGone_; }
 
  private:

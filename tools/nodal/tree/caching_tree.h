@@ -16,8 +16,8 @@ struct Answer {
   bool asRecord;
   Arguments arguments;
   HVC_ReturnStatus status = HVC_NOT_FOUND;
-  std::string record = {};         // the bytes
-  Arguments entries = {};          // of the list
+  std::string record = {};         // the bytes of the record
+  Arguments entries = {};          // the entries of the list
   bool isReportedMissing = false;  // a capture saves the status "not found"
 };
 
