@@ -22,7 +22,7 @@ int RunCommand(int argc, char **argv) {
   return status;
 }
 
-// The command-line library allocates memory before main, and the JSON library in destructors, which must not throw. If
+// CLI11 allocates memory before main, and the JSON library allocates memory in destructors, which must not throw. If
 // such an allocation fails, the program ends here.
 [[noreturn]] void EndWithoutMemory() {
   try {
@@ -42,7 +42,7 @@ int RunCommand(int argc, char **argv) {
 
 int main(int argc, char **argv) {
   nodal::HoldStandardDescriptors();
-  // With these signals ignored, writes to a closed pipe or beyond the file size limit fail normally, and temporary
+  // With these signals ignored, a write to a closed pipe or beyond the file size limit returns an error, and temporary
   // files are removed.
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);

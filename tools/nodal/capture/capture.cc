@@ -18,7 +18,7 @@
 namespace nodal {
 namespace {
 
-// Reading them is slow, and no report that accepts a snapshot needs them.
+// Reading PCI devices is slow, and no report that accepts a snapshot needs them.
 constexpr std::string_view kPciDevices = "/hardware/pci";
 
 // Reads the host and adds its nodes to the writer. Returns the number of instances that vanished during the capture.
@@ -68,7 +68,7 @@ void Capture(const CaptureOptions &options) {
   try {
     Complain(Summary(options.snapshot, writer.totals(), size, vanished, time.count()));
   } catch (const std::bad_alloc &) {
-    // The snapshot is complete.
+    // The snapshot is complete, so a missing summary is no failure.
   }
 }
 

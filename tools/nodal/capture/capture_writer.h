@@ -20,7 +20,7 @@ struct CaptureTotals {
   std::map<std::string, size_t> unreadable;  // numbers of unreadable nodes, by the text of their status
 };
 
-// All functions but Write throw a Failure.
+// AddHeader and Add throw a Failure.
 class CaptureWriter {
  public:
   // Without pseudonyms, names are written unchanged.

@@ -18,7 +18,7 @@ namespace {
 using platkit::FileDescriptor;
 
 FileDescriptor Open(const std::string &path) {
-  // Waits for the writer of a pipe.
+  // Opening a named pipe waits for a writer.
   FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
   if (!file.isOpen()) {
     const int failure = errno;
@@ -28,7 +28,7 @@ FileDescriptor Open(const std::string &path) {
   return file;
 }
 
-// A user who can read the secret can test guesses of names. A user who can write the file can choose the secret.
+// A user who can read the secret can check guessed names. A user who can write the file can choose the secret.
 void RequirePrivate(const std::string &path, int fd) {
   struct stat file;
   if (fstat(fd, &file) != 0) throw Failure(path, std::strerror(errno));
@@ -40,7 +40,7 @@ void RequirePrivate(const std::string &path, int fd) {
 
 }  // namespace
 
-// The other constructor runs first, so that the destructor wipes the bytes if this one throws.
+// Delegates to the other constructor, so that the destructor wipes the bytes even if this one throws.
 KeyFile::KeyFile(const std::string &path) : KeyFile() {
   if (path == "-") {
     if (isatty(STDIN_FILENO) == 1)

@@ -9,13 +9,14 @@
 
 namespace nodal {
 
-// The contents of a key file without one newline at the end. Wiped from memory when the object is destroyed.
+// The contents of a key file without a final newline (LF or CRLF). Wiped from memory when the object is destroyed.
 class KeyFile {
  public:
   static constexpr size_t kMaxBytes = 1024;  // of the secret
 
-  // "-" is standard input. Throws a Failure if the file is unreadable, empty or too long, if it belongs to another
-  // user, or if another user may access it.
+  // If `path` is "-", reads standard input. Throws a Failure if the key is unreadable, empty or too long, or would be
+  // read from a terminal. Also throws a Failure if a user other than root and the caller owns the file, or if any other
+  // user may access it.
   explicit KeyFile(const std::string &path);
   ~KeyFile();
   KeyFile(const KeyFile &) = delete;
@@ -28,7 +29,7 @@ class KeyFile {
   void Read(const std::string &path, int fd);
   void OmitNewline();
 
-  std::array<char, kMaxBytes + 3> bytes_ = {};  // a longer file fills it
+  std::array<char, kMaxBytes + 3> bytes_ = {};  // room for CRLF and one more byte, to detect that the file is too long
   size_t size_ = 0;
 };
 

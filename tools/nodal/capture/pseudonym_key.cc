@@ -8,7 +8,8 @@
 namespace nodal {
 namespace {
 
-// Parameters of Argon2id. They and the salt never change, and nodal(1) states them: other values give other pseudonyms.
+// Parameters of Argon2id, which nodal(1) states. They and the salt must never change, because other values give other
+// pseudonyms.
 constexpr unsigned long long kPasses = 8;
 constexpr size_t kMemory = size_t{64} << 20;
 constexpr std::string_view kSalt = "nodal pseudonyms";

@@ -8,7 +8,7 @@
 
 namespace nodal {
 
-// Wiped from memory when it is destroyed.
+// A key that is wiped from memory when the object is destroyed.
 class PseudonymKey {
  public:
   using Bytes = std::array<unsigned char, 32>;
@@ -20,8 +20,8 @@ class PseudonymKey {
 
   static PseudonymKey Random();
 
-  // The same secret gives the same key, on every host and in every version. Takes about half a second and 64 MB, so
-  // that nobody can try many secrets. Throws std::bad_alloc if memory runs out.
+  // Derives a key from a secret. The same secret gives the same key on every host and in every version. Takes about
+  // half a second and 64 MB, so that nobody can try many secrets. Throws std::bad_alloc if memory runs out.
   static PseudonymKey FromSecret(std::string_view secret);
 
   std::span<const unsigned char> bytes() const { return bytes_; }

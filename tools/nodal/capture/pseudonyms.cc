@@ -38,10 +38,10 @@ std::string UuidOf(std::span<const unsigned char> digest) {
   return uuid;
 }
 
-// 32 letters and digits that look different; each encodes five bits.
+// 32 letters and digits that are hard to confuse; each encodes five bits.
 constexpr std::string_view kDigits = "abcdefghijkmnpqrstuvwxyz23456789";
 static_assert(kDigits.size() == 32);
-// Two of a million names have the same digits with a probability of 1 to 2,000,000.
+// The probability that any two of a million names have the same digits is about 1 in 2,000,000.
 constexpr size_t kDigitCount = 12;
 constexpr std::string_view kPrefix = "name-";
 
@@ -52,7 +52,7 @@ std::string DigitsOf(std::span<const unsigned char> digest, size_t count) {
   return digits;
 }
 
-// A name from which MemNodeOf gets the same memory node.
+// Returns a name from which MemNodeOf reads the same memory node.
 std::string BuddyName(int64_t memNode, const std::string &digits) {
   const bool isOneDigit = memNode >= 0 && memNode < 10;
   return "memmap-" + std::string(isOneDigit ? "0" : "") + std::to_string(memNode) + "-" + digits;

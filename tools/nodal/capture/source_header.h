@@ -9,13 +9,14 @@
 
 namespace nodal {
 
-// A snapshot at `cache` has a header of its own. Otherwise, the header names the host below the folder `root`, or the
-// running host if `root` is empty. The time at which a root folder was saved is unknown. Throws a Failure if the
-// snapshot cannot be opened, or has other definitions than this program.
+// Returns the header of the snapshot or moment `cache`. If `cache` is empty, returns a header that names the host of
+// the saved root folder `root`, or the running host if `root` is empty too. The header of a root folder has no time,
+// because nobody knows when the folder was saved. Throws a Failure if the snapshot cannot be opened, or has other
+// definitions than this program.
 platkit::snapshot::Header SourceHeader(const std::string &cache, const std::string &root);
 
-// Replaces the texts of a header, which may contain anything in a foreign snapshot. Keeps the time, and throws a
-// Failure if that has another form than 2026-03-14T09:26:53Z.
+// Replaces the host name and the definitions of a header, because those of a foreign snapshot may contain any text.
+// Keeps the time. Throws a Failure unless the time is empty or has the form 2026-03-14T09:26:53Z.
 void AnonymizeHeader(platkit::snapshot::Header &header, Pseudonyms &pseudonyms);
 
 }  // namespace nodal

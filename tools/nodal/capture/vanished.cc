@@ -8,7 +8,7 @@
 namespace nodal {
 namespace {
 
-using Paths = std::vector<std::string>;  // the paths below which an instance has its nodes
+using Paths = std::vector<std::string>;  // the paths at or below which an instance has its nodes
 
 class VanishedSearch {
  public:
@@ -32,7 +32,7 @@ class VanishedSearch {
   template <typename Visit>
   bool AnyAnswer(const Paths &paths, Visit visit) {
     for (const std::string &top : paths) {
-      // Other paths may come between a path and those below it: '.' sorts before '/'.
+      // Other paths can sort between a path and the paths below it, because '.' sorts before '/'.
       const auto itself = answers_.find(top);
       if (itself != answers_.end() && visit(itself->second)) return true;
       for (auto i = answers_.lower_bound(top + "/"); i != answers_.end() && IsAtOrBelow(i->first, top); ++i) {
@@ -42,7 +42,7 @@ class VanishedSearch {
     return false;
   }
 
-  // Whether the reads of records all returned "not found".
+  // Whether records at or below the paths were read, and every read returned "not found".
   bool HasNoRecords(const Paths &paths) {
     bool wereRead = false;
     const bool anyIsThere = AnyAnswer(paths, [&](const Answer &answer) {
@@ -129,7 +129,8 @@ class VanishedSearch {
     return now->second.contains(entry);
   }
 
-  // Removes the answers of instances that are gone, then those of instances that no list refers to any more.
+  // Removes the answers of instances that are gone, then the answers of instances to which no other answer refers any
+  // more.
   void RemoveStrays() {
     const auto isGone = [this](const auto &entry) {
       for (size_t end = entry.first.size(); end != 0 && end != std::string::npos;

@@ -8,11 +8,11 @@
 
 namespace nodal {
 
-// Removes the instances that vanished before they could be read, and every reference to them. An instance of which no
-// record was found has vanished if `host` no longer refers to it; if `host` still does, its nodes are marked as
-// missing. Returns the number of instances that vanished.
+// Removes the instances that vanished before they could be read, and every reference to them. If no record of an
+// instance was found, the instance has vanished unless `host` still refers to it. If `host` does, the nodes of the
+// instance are marked as missing. Returns the number of instances that vanished.
 //
-// An instance with only some of its records is kept, because a report would have read the same.
+// An instance with only some of its records is kept, because a report on the host could have read the same records.
 size_t OmitVanished(CachingTree &tree, Tree &host);
 
 }  // namespace nodal

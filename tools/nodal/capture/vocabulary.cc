@@ -13,13 +13,13 @@ constexpr std::string_view kGroupNames[] = {"host", "kernel", "vmm"};
 constexpr std::string_view kGroupTags[] = {"host", "kernel", "cgroup", "process", "vm", "vmm"};
 constexpr std::string_view kRemapTypes[] = {"numa", "promotion", "demotion"};
 
-// A form has a 0 at the place of each digit.
+// In a form, each 0 stands for any digit.
 bool HasForm(std::string_view text, std::string_view form) {
   return std::ranges::equal(
       text, form, [](char c, char expected) { return expected == '0' ? c >= '0' && c <= '9' : c == expected; });
 }
 
-// The names end in the range of addresses: low or high.
+// The names end in -lo or -hi, for low or high addresses.
 bool IsBuddyOfMemNode(std::string_view text) {
   constexpr std::string_view kForms[] = {"memmap-00-lo",  "memmap-00-hi",   "memmap-000-lo",
                                          "memmap-000-hi", "memmap-0000-lo", "memmap-0000-hi"};

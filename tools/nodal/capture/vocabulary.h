@@ -6,9 +6,9 @@
 
 namespace nodal {
 
-// Whether the text is exactly one of the words that the library itself uses at this place: a kind of group, a memory
-// state, a type of remapping, or a buddy allocator of a memory node. `what` is the kind of an instance, such as
-// "buddy", or the name of a record with a text, such as "GroupTagRecord".
+// Whether the library itself uses exactly this text as a name or tag of a group, a memory state, a type of remapping,
+// or the name of a memory node's buddy allocator. `what` says which: the kind of an instance, such as "buddy", or the
+// name of a record with a text, such as "GroupTagRecord".
 bool IsOwnWord(std::string_view what, std::string_view text);
 
 // Whether the text is a time in the form of a snapshot's header: 2026-03-14T09:26:53Z.

@@ -15,10 +15,11 @@ struct AmountUnit {
   uint64_t factor;
 };
 
-// A whole number and one of the units; nullopt if the text has another form or the product is too large.
+// Parses a whole number that is followed by one of the units. Returns std::nullopt if the text has another form or the
+// product is too large.
 std::optional<uint64_t> ParseAmount(const std::string &text, std::span<const AmountUnit> units);
 
-// The values of --every, in nanoseconds, and --count. Throw a Failure.
+// Parse the value of --every, in nanoseconds, and of --count. Both throw a Failure if the text is invalid.
 int64_t ParseInterval(const std::string &text);
 uint64_t ParseCount(const std::string &text);
 

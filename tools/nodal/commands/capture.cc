@@ -24,7 +24,7 @@ Run DeclareCapture(OptionSet &options, const SourceOptions &source) {
       "PCI devices are saved only with --only /hardware/pci; their registers are never saved.\n"
       "A node that cannot be read is saved with its failure status, so a report on the snapshot fails as on the host.");
   return [values, &source] {
-    // The header and the nodes are read one after the other, but must be of the same sample.
+    // The header and the nodes are read one after the other, but must be from the same sample.
     const SourceOptions fixed = {.cache = WithFixedTime(source.cache), .root = source.root};
     UseSource(fixed);
     values->cache = fixed.cache;

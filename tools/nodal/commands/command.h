@@ -1,4 +1,4 @@
-// The commands of nodal. Each has a file of its name here and a row in command_table.cc.
+// The commands of nodal. Each command has a row in command_table.cc, and a file of the same name in this folder.
 #ifndef NODAL_COMMANDS_COMMAND_H
 #define NODAL_COMMANDS_COMMAND_H
 
@@ -12,18 +12,18 @@ namespace nodal {
 
 enum ExitStatus { kSuccess = 0, kFailure = 1, kDifferent = 1, kUsageError = 2, kTrouble = 2 };
 
-// Runs a command with the options that were parsed. Returns the exit status; throws a Failure.
+// Runs a command with the parsed options. Returns the exit status, or throws a Failure or a UsageError.
 using Run = std::function<ExitStatus()>;
 
 struct Command {
   const char *name;
   const char *summary;
-  // Declares the options. `source` has its value when the command runs.
+  // Declares the options and returns the function that runs the command. `source` is not set before that function runs.
   Run (*declare)(OptionSet &options, const SourceOptions &source);
   ExitStatus failureStatus = kFailure;
 };
 
-// In the order of --help.
+// Returns the commands in the order of --help.
 std::span<const Command> Commands();
 
 }  // namespace nodal

@@ -9,7 +9,7 @@
 #include "platkit/version.h"
 #include "tools/nodal/support/output.h"
 
-// The only file that compiles CLI11: it implements options.h as well.
+// This is the only file that includes CLI11, so it also implements options.h.
 namespace nodal {
 namespace {
 
@@ -56,7 +56,7 @@ Option OptionSet::AddFlag(const std::string &name, bool &value, const std::strin
 }
 
 Option OptionSet::AddRepeatable(const std::string &name, std::vector<std::string> &values, const std::string &help) {
-  // An option takes one value each time, so that the operands after it remain operands.
+  // An option takes one value per occurrence, so that the operands after it remain operands.
   const bool isOption = name.starts_with('-');
   return Option(app_.add_option(NameOnly(name), values, help)->type_name(ValueName(name))->allow_extra_args(!isOption));
 }
@@ -67,7 +67,7 @@ void OptionSet::Refuse(const std::string &name, const std::string &message) {
 }
 
 void OptionSet::AddArgumentsOfOther(std::vector<std::string> &values) {
-  // Options of nodal itself in these arguments are not recognized.
+  // Among these arguments, options of nodal itself are not recognized.
   app_.prefix_command()->fallthrough(false);
   app_.parse_complete_callback([app = &app_, &values] { values = app->remaining(); });
 }
@@ -76,7 +76,7 @@ void OptionSet::SetFooter(const std::string &text) { app_.footer(text); }
 
 namespace {
 
-// The words for commands and operands in --help.
+// Sets the words for commands and operands in --help.
 void SetWording(CLI::App &app) {
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
   app.get_formatter()->label("Positionals", "Operands");
@@ -107,7 +107,7 @@ std::vector<DeclaredCommand> DeclareCommands(CLI::App &app, const std::shared_pt
   for (const Command &command : Commands()) {
     CLI::App *own = app.add_subcommand(command.name, command.summary)->group("Commands");
     OptionSet options(*own);
-    // Owns the objects that the command refers to.
+    // The lambda owns `source`, to which the command refers.
     Run run = [source, run = command.declare(options, *source)] { return run(); };
     declared.push_back({own, {std::move(run), command.failureStatus}});
   }

@@ -13,11 +13,11 @@ class UsageError : public std::runtime_error {
 };
 
 struct Invocation {
-  Run run;  // the command, or what prints the help or version that was asked for
+  Run run;  // runs the command, or prints the requested help or version
   ExitStatus failureStatus = kFailure;
 };
 
-// Throws a UsageError.
+// Throws a UsageError if the command line is invalid.
 Invocation ParseCommandLine(int argc, const char *const *argv);
 
 }  // namespace nodal

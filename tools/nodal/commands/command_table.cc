@@ -2,7 +2,7 @@
 
 namespace nodal {
 
-// A command declares its options in the file of its name.
+// The file with a command's name defines the function that declares its options.
 Run DeclareLs(OptionSet &options, const SourceOptions &source);
 Run DeclareGet(OptionSet &options, const SourceOptions &source);
 Run DeclareMetrics(OptionSet &options, const SourceOptions &source);

@@ -21,7 +21,7 @@ struct Row {
   std::string_view description;
 };
 
-// The named fields; the other bytes are in the JSON and the raw form.
+// Adds a row for each named field. Unnamed bytes appear only in the JSON and the raw form.
 void AddRows(const RecordLayout &layout, const OrderedJson &record, const std::string &prefix, std::vector<Row> &rows) {
   for (const platkit::Field &field : layout.fields) {
     if (field.type == platkit::FieldType::kGap) continue;

@@ -1,4 +1,4 @@
-// nodal guests: runs nodal-guests, a program of its own, because it alone depends on libvirt.
+// nodal guests: runs nodal-guests, a separate program, because only that program depends on libvirt.
 #include <unistd.h>
 
 #include <cerrno>
@@ -14,7 +14,7 @@ namespace {
 
 constexpr char kProgram[] = "nodal-guests";
 
-// In the folder of nodal itself.
+// Returns the path of nodal-guests, in the folder of nodal itself.
 std::string PathOfProgram() {
   char self[PATH_MAX];
   const ssize_t size = readlink("/proc/self/exe", self, sizeof self);
@@ -23,7 +23,7 @@ std::string PathOfProgram() {
   return std::string(path.substr(0, path.rfind('/') + 1)) + kProgram;
 }
 
-// Returns only if the program cannot be run.
+// Returns only if the program cannot be run; errno says why.
 void Execute(const std::string &path, const std::vector<std::string> &arguments) {
   std::vector<const char *> words = {kProgram};
   for (const std::string &argument : arguments)

@@ -41,7 +41,7 @@ void ShowMetrics(const MetricsOptions &options, const SourceOptions &source) {
   }
 }
 
-// A history, sample by sample.
+// Shows the metrics of each sample of a history.
 void ShowHistory(const MetricsOptions &options) {
   if (!IsPrefix(options.prefix)) throw PrefixFailure(options.prefix);
   const MetricChoice choice(options.only);

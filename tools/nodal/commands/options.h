@@ -1,7 +1,7 @@
-// The options of a command line, declared once: parsing and --help follow from the declaration.
+// The options of a command line. Each option is declared once; parsing and --help follow from the declaration.
 //
-// Thin wrappers of CLI11, which adds ten seconds to the compilation of each file that includes it. Only command_line.cc
-// does.
+// These classes are thin wrappers around CLI11. Each file that includes CLI11 takes ten seconds longer to compile, so
+// only command_line.cc includes it.
 #ifndef NODAL_COMMANDS_OPTIONS_H
 #define NODAL_COMMANDS_OPTIONS_H
 
@@ -15,7 +15,7 @@ class Option;
 
 namespace nodal {
 
-// One option or operand. Each function returns the option itself, for the next one.
+// One option or operand. Each function returns the option itself, so that calls can be chained.
 class Option {
  public:
   explicit Option(CLI::Option *option) : option_(option) {}
@@ -30,8 +30,9 @@ class Option {
   CLI::Option *option_;
 };
 
-// `name` is the name of an operand, such as "path", or of an option and its value, such as "-o,--output FILE". Without
-// a value on the command line, the variables are unchanged. They must live until the command line is parsed.
+// `name` is the name of an operand, such as "path", or the names of an option and its value, such as "-o,--output
+// FILE". A variable whose option is not on the command line keeps its value. The variables must live until the command
+// line is parsed.
 class OptionSet {
  public:
   explicit OptionSet(CLI::App &app) : app_(app) {}
@@ -41,9 +42,11 @@ class OptionSet {
   // May be repeated, each time with one value.
   Option AddRepeatable(const std::string &name, std::vector<std::string> &values, const std::string &help);
 
-  // An option of earlier versions, with a value. Its use is an error with this message, and --help omits it.
+  // Declares an option of earlier versions that takes a value. Using it is an error with this message, and --help omits
+  // it.
   void Refuse(const std::string &name, const std::string &message);
-  // Stores all arguments of the command, as another program parses them. Only a first --help is the command's own.
+  // Stores all arguments of the command, for another program to parse. The command itself handles only --help as its
+  // first argument.
   void AddArgumentsOfOther(std::vector<std::string> &values);
 
   // The text below the options in --help.

@@ -1,4 +1,4 @@
-// nodal record: samples of the host, one after the other, as a history.
+// nodal record: records samples of the host as a history.
 #include <memory>
 #include <optional>
 

@@ -6,9 +6,9 @@
 
 namespace nodal {
 
-// At most one of them is set; without any, the running host is read.
+// At most one member is set. If none is set, the command reads the running host.
 struct SourceOptions {
-  std::string cache;  // a snapshot
+  std::string cache;  // a snapshot, or a moment of a history
   std::string root;   // a folder with a saved /proc and /sys
 };
 

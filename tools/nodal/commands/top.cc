@@ -42,7 +42,8 @@ top::ColumnChoice ColumnNamed(const top::Screen &screen, const std::string &opti
                 "the screen " + std::string(screen.name) + " has no such column (in nodal top, c lists the columns)");
 }
 
-// Names with colons between them. The name of the row is always shown.
+// Parses column names that are separated by colons. Omits the column with the name of the row, because it is always
+// shown.
 std::vector<top::ColumnChoice> ColumnsNamed(const top::Screen &screen, std::string names) {
   std::vector<top::ColumnChoice> columns;
   for (names += ':'; !names.empty();) {

@@ -1,4 +1,4 @@
-// nodal verify: everything that can be wrong with a snapshot or a history.
+// nodal verify: checks a snapshot or a history.
 #include <memory>
 
 #include "tools/nodal/commands/command.h"

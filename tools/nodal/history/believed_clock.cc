@@ -11,7 +11,7 @@ using platkit::history::SampleTime;
 
 constexpr int64_t kDay = 86'400 * kNanosInSecond;
 
-// Programs that keep the clock right change it by less at a time.
+// Time synchronization changes the clock by less than this at a time.
 constexpr int64_t kCorrection = 60 * kNanosInSecond;
 
 }  // namespace

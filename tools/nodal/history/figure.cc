@@ -68,7 +68,8 @@ std::optional<FigureField> FindField(const RecordLayout &layout, std::string_vie
   return inner;
 }
 
-// After a mismatch, only the last '*' can take more characters: it takes at least what an earlier one would.
+// After a mismatch, it is enough that the last '*' matches more characters: it can match everything that an earlier '*'
+// could.
 bool MatchesPattern(std::string_view pattern, std::string_view text) {
   constexpr size_t kNone = std::string_view::npos;
   size_t p = 0, t = 0, star = kNone, starText = 0;
@@ -78,7 +79,7 @@ bool MatchesPattern(std::string_view pattern, std::string_view text) {
       starText = t;
     } else if (p < pattern.size() && pattern[p] == text[t]) {
       ++p, ++t;
-      // A slash ends the component of an earlier '*'.
+      // An earlier '*' cannot match this slash.
       if (pattern[p - 1] == '/') star = kNone;
     } else if (star != kNone && text[starText] != '/') {
       p = star + 1;
@@ -95,7 +96,7 @@ FigurePattern::FigurePattern(const std::string &text) {
     throw Failure(text, "no such figure (expected PATH.FIELD, such as /sched/groups/*/stats/memoryStats.consumed)");
 }
 
-// A path can contain dots, and so can the name of a field in an array.
+// Tries each dot, because a path can contain dots, and so can the name of a field in an array.
 bool FigurePattern::Split(const std::string &text) {
   if (!text.starts_with('/')) return false;
   for (size_t dot = text.rfind('.'); dot != std::string::npos && dot > text.rfind('/');

@@ -19,19 +19,20 @@ struct FigureField {
   uint32_t offset;
   const platkit::Field *field;
 
-  // The number, or nothing if all bits are set: unavailable or unlimited.
+  // Returns the number, or std::nullopt if it is unavailable or unlimited.
   std::optional<uint64_t> Read(std::span<const std::byte> record) const;
 
   bool isSigned() const;
   std::string Text(uint64_t number) const;
 
-  // Maps numbers to others in the same order, so that unsigned comparison orders signed numbers too.
+  // Maps a number so that unsigned comparison orders signed numbers too. Mapping the result again returns the number.
   uint64_t Ordered(uint64_t number) const {
     return isSigned() ? number ^ uint64_t { 1 } << 63 : number;
   }
 };
 
-// The field of a record by its name as `nodal get` prints it, such as consumed or sizes[3].free.
+// Finds a number in a record by the name that `nodal get` prints, such as consumed or sizes[3].free. Returns
+// std::nullopt if the record has no such number.
 std::optional<FigureField> FindField(const platkit::RecordLayout &layout, std::string_view name);
 
 // Whether the text matches a pattern in which '*' stands for any characters but '/'.
@@ -44,7 +45,7 @@ class FigurePattern {
 
   bool Matches(std::string_view path) const { return MatchesPattern(path_, path); }
 
-  // The text that all matching paths begin with.
+  // The text with which all matching paths begin.
   std::string_view prefix() const { return std::string_view(path_).substr(0, path_.find('*')); }
 
   const std::string &field() const { return field_; }
@@ -56,7 +57,7 @@ class FigurePattern {
   std::string field_;
 };
 
-// Selects the entries that contain figures of any of these patterns.
+// Selects the entries whose paths match any of these patterns.
 class FigureFilter : public platkit::history::KeyFilter {
  public:
   // The patterns must live as long as the filter.

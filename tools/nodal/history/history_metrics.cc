@@ -14,9 +14,9 @@ void WriteHistoryMetrics(const RangeOptions &range, const MetricChoice &choice, 
   size_t others = 0;
   history.Visit(nullptr, [&](const auto &info, const auto &sample, const auto &host) {
     const int64_t millis = info.time.wall / 1'000'000;
-    if (millis <= last) return;  // a metric has one sample at a time
+    if (millis <= last) return;  // the times of a metric's samples must increase
     last = millis;
-    // The sizes of its records may differ from this program's catalogue.
+    // Samples of other definitions may have records of other sizes.
     if (!HaveOwnSignature(host.definitions)) {
       ++others;
       return;

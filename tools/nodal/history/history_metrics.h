@@ -11,7 +11,8 @@
 
 namespace nodal {
 
-// Writes the metrics of each sample as OpenMetrics text, or of the first sample in each step. Throws a Failure.
+// Writes, as OpenMetrics text, the metrics of each sample of a history, or of the first sample in each step. Throws a
+// Failure.
 void WriteHistoryMetrics(const RangeOptions &range, const MetricChoice &choice, const std::string &prefix,
                          const std::function<void(std::string_view text)> &write);
 

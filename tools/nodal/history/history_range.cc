@@ -68,7 +68,7 @@ void HistoryRange::VisitSegment(const KeyFilter *filter, SegmentName name, const
   SegmentReader segment;
   segment.Select(filter);
   HVC_ReturnStatus status = history_.Open(name, segment);
-  if (status == HVC_NOT_FOUND) return;  // removed since the folder was listed
+  if (status == HVC_NOT_FOUND) return;  // the segment was removed after the folder was listed
   if (status == HVC_SNAPSHOT_DAMAGED) {
     ++damagedParts_;
     return;

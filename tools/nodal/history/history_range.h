@@ -10,30 +10,31 @@
 
 namespace nodal {
 
-// The times as in options; empty: the start and the end of the history.
+// The times are texts, as on the command line. An empty `from` or `to` is the start or the end of the history.
 struct RangeOptions {
   std::string folder;
   std::string from = {};
   std::string to = {};
   std::string step = {};      // such as 1m: only the first sample of each step; empty: all samples
-  bool isQuiet = false;       // tells no damage
-  bool lastOfSecond = false;  // instead of the first sample of a step, the last one in its second, as DIR@TIME has
+  bool isQuiet = false;       // print no message about damage
+  bool lastOfSecond = false;  // visit only the last sample of each second, which is the one that DIR@TIME shows
 };
 
 class HistoryRange {
  public:
-  // Throws a Failure.
+  // Opens the history. Throws a Failure if it cannot be opened or an option is invalid.
   explicit HistoryRange(const RangeOptions &options);
 
-  // The times of the options, in seconds since 1970.
+  // The start and the end of the range, in seconds since 1970.
   int64_t from() const { return from_; }
   int64_t to() const { return to_; }
 
   using Visitor = std::function<void(const platkit::history::SampleInfo &info, const platkit::history::Sample &sample,
                                      const platkit::history::HostHeader &host)>;
 
-  // Calls the visitor for each sample, in the order of time. With a filter, the samples have only some entries, and are
-  // read much faster. Prints to standard error how many samples were damaged, unless it is quiet. Throws a Failure.
+  // Calls the visitor for each sample of the range, in the order of time. With a filter, the samples contain only the
+  // selected entries, and are read much faster. Unless isQuiet is set, prints to standard error how many samples were
+  // damaged. Throws a Failure.
   void Visit(const platkit::history::KeyFilter *filter, const Visitor &visitor);
 
  private:
@@ -52,7 +53,8 @@ class HistoryRange {
   size_t damagedParts_ = 0;
 };
 
-// The seconds of a step, such as 10s; 0 for an empty text. Throws a Failure.
+// Parses the value of --step, such as 10s, to seconds. Returns 0 for an empty text. Throws a Failure if the text is
+// invalid.
 int64_t StepOption(const std::string &text);
 
 }  // namespace nodal

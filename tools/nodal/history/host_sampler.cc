@@ -142,7 +142,8 @@ void HostSampler::VisitInstance(const Branch &branch, std::string_view text, con
   const size_t length = path_.size();
   path_ += text;
   arguments_.push_back(instance);
-  // The parameters refer to the texts of the arguments, which may move when an argument is added.
+  // Computes the parameters again, because they refer to texts of the arguments, which may move when an argument is
+  // added.
   params_ = ParamsOf(arguments_);
   Visit(branch);
   arguments_.pop_back();
@@ -166,7 +167,7 @@ void HostSampler::AddList(const Node &node) {
   sample_->Add(path_, hasIntegers ? ValueType::kIntegers : ValueType::kTexts, payload_);
 }
 
-// A node that is not found has no entry.
+// Adds no entry for a node that is not found.
 void HostSampler::AddFailure(HVC_ReturnStatus status) {
   if (ThrowIfOutOfMemory(status) != HVC_NOT_FOUND) failures_.emplace_back(path_, status);
 }
@@ -184,7 +185,7 @@ bool HostSampler::Get(platkit::NodeRef<Record> node, int64_t argument, Record &r
   return ThrowIfOutOfMemory(source_.Get(node, std::span(&param, 1), bytes)) == HVC_OK;
 }
 
-// The groups below group 0, each once. The members of a group that cannot be listed are omitted.
+// Finds group 0 and the groups below it, each once. Omits the members of a group that cannot be listed.
 void HostSampler::FindGroups() {
   constexpr int64_t kTopGroup = 0;
   if (!groups_.empty()) return;
@@ -203,7 +204,7 @@ void HostSampler::FindGroups() {
   std::ranges::sort(groups_);
 }
 
-// The members and leaders of all groups, and the monitors of these, each once.
+// Finds the members and leaders of all groups, and the monitors of these clients, each once.
 void HostSampler::FindClients() {
   if (!clients_.empty()) return;
   FindGroups();

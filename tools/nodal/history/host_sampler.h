@@ -1,4 +1,4 @@
-// Samples of a host: the entries that a capture at the same time would save.
+// Takes samples of a host: the entries that a capture at the same time would save.
 #ifndef NODAL_HISTORY_HOST_SAMPLER_H
 #define NODAL_HISTORY_HOST_SAMPLER_H
 
@@ -20,8 +20,8 @@ namespace nodal {
 // Walks the tree in the order of the keys, so that a sample need not be sorted. After the first samples, it allocates
 // little, because it keeps its memory.
 //
-// Unlike a capture, it does not search for instances that vanished while it read: a source that reads each file once a
-// sample lists only what it has read.
+// Unlike a capture, it does not search for instances that vanished during the sample. Its source reads each file at
+// most once per sample, so it lists only instances that it has read.
 class HostSampler {
  public:
   // The filter must outlive the sampler. Configuration registers of PCI devices are never read.
@@ -30,14 +30,14 @@ class HostSampler {
   HostSampler(const HostSampler &) = delete;
   HostSampler &operator=(const HostSampler &) = delete;
 
-  // Adds the entries of the host to `sample`, which is empty. Throws std::bad_alloc if memory runs out.
+  // Adds the entries of the host to `sample`. REQUIRES: `sample` is empty. Throws std::bad_alloc if memory runs out.
   void AddTo(platkit::history::Sample &sample);
 
   // The number of groups in the last sample.
   size_t groups() const { return groups_.size(); }
 
  private:
-  // A part of the paths, and the parts below it. A part that is an instance has the name of its kind.
+  // A component of the paths, with the components below it. If the component is an instance, `part` is its kind.
   struct Branch {
     std::string_view part;
     bool isInstance = false;
@@ -57,7 +57,7 @@ class HostSampler {
     }
   };
 
-  // An integer, and its text in a path.
+  // The text of an integer in a path, and the integer.
   using Number = std::pair<std::string, int64_t>;
 
   void AddForm(const PathTemplate &form);
@@ -79,13 +79,13 @@ class HostSampler {
   platkit::Source &source_;
   const PathFilter &filter_;
   bool isFiltered_;
-  std::vector<PathTemplate> forms_ = AllPathTemplates();  // own the texts of the branches
+  std::vector<PathTemplate> forms_ = AllPathTemplates();  // own the texts to which the branches refer
   Branch root_;
 
   // State for the sample that is being taken.
   platkit::history::Sample *sample_ = nullptr;
   ReadableLists tree_;
-  std::optional<Instances> instances_;  // of all kinds but groups and clients
+  std::optional<Instances> instances_;  // the instances of all kinds except groups and clients
   std::vector<Number> groups_, clients_;
   std::string path_;
   Arguments arguments_;

@@ -21,7 +21,7 @@ struct FreeAddresses {
   void operator()(addrinfo *addresses) const { freeaddrinfo(addresses); }
 };
 
-// Splits "[::1]:9100", "127.0.0.1:9100" and "9100".
+// Splits an address such as "[::1]:9100", "127.0.0.1:9100" or "9100".
 void SplitAddress(const std::string &text, std::string &host, std::string &port) {
   const size_t colon = text.rfind(':');
   host = colon == std::string::npos ? std::string(kLoopback) : text.substr(0, colon);
@@ -145,12 +145,13 @@ void HttpServer::Serve(int64_t now) {
 
 int64_t HttpServer::NextTimeout() const { return connections_.empty() ? INT64_MAX : connections_.front().deadline; }
 
-// Accepts at most as many connections as it can hold, so that a flood of them does not delay the next sample.
+// Accepts at most kMaxConnections connections per call, so that a flood of connections does not delay the next sample.
 void HttpServer::Accept(int64_t now) {
   for (size_t i = 0; i < kMaxConnections; ++i) {
     platkit::FileDescriptor socket(accept4(listening_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
     if (!socket.isOpen()) {
-      // Without a free descriptor, the connection would wait, and polling would never wait.
+      // Closes the oldest connection to free a descriptor. Otherwise the new connection would keep waiting, and polling
+      // would never wait.
       if ((errno == EMFILE || errno == ENFILE) && !connections_.empty()) connections_.erase(connections_.begin());
       return;
     }
@@ -159,7 +160,7 @@ void HttpServer::Accept(int64_t now) {
   }
 }
 
-// False if the connection is over.
+// Returns false if the connection is over.
 bool HttpServer::Advance(Connection &connection, short events) {
   if ((events & (POLLERR | POLLNVAL)) != 0) return false;
   if (connection.head.empty() && !Receive(connection)) return false;
@@ -202,7 +203,7 @@ void HttpServer::Answer(Connection &connection) {
   connection.request = {};
 }
 
-// Sends as much as the client takes. False after the last byte, or if the client is gone.
+// Sends as much as the client takes. Returns false after the last byte, or if the client is gone.
 bool HttpServer::Send(Connection &connection) {
   const size_t head = connection.head.size();
   while (connection.sent < head + connection.body->size()) {

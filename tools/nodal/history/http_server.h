@@ -1,4 +1,4 @@
-// A small HTTP server for figures: it answers GET and HEAD with texts, one request a connection.
+// A small HTTP server for figures: it answers GET and HEAD with texts, one request per connection.
 #ifndef NODAL_HISTORY_HTTP_SERVER_H
 #define NODAL_HISTORY_HTTP_SERVER_H
 
@@ -18,15 +18,15 @@ namespace nodal {
 struct HttpResponse {
   int status = 200;
   std::string type = "text/plain; charset=utf-8";
-  std::string lastModified = {};  // as HttpDate writes it; empty: none
+  std::string lastModified = {};  // in the form of HttpDate; empty: no such header
   std::shared_ptr<const std::string> body;
 };
 
-// "Sat, 21 Nov 2026 03:12:00 GMT". `wall` is in nanoseconds since 1970.
+// Formats a time such as "Sat, 21 Nov 2026 03:12:00 GMT". `wall` is in nanoseconds since 1970.
 std::string HttpDate(int64_t wall);
 
-// It never blocks, and its memory is bounded: a connection that does not send its request or take its answer in time is
-// closed, and so is the oldest one if there are too many.
+// The server never blocks, and its memory is bounded. It closes a connection that does not send its request or take its
+// answer within kMaxTime. If there are too many connections, it closes the oldest one.
 class HttpServer {
  public:
   static constexpr size_t kMaxConnections = 16;
@@ -36,22 +36,23 @@ class HttpServer {
   // Returns the answer to a path, such as "/metrics", without the query.
   using Handler = std::function<HttpResponse(std::string_view path)>;
 
-  // `address` is PORT, ADDRESS:PORT or [ADDRESS]:PORT, with a numeric address; without one, 127.0.0.1. Throws a Failure
-  // if it is malformed, or in use.
+  // `address` is PORT, ADDRESS:PORT or [ADDRESS]:PORT. ADDRESS is numeric; the default is 127.0.0.1. Throws a Failure
+  // if `address` is malformed or in use.
   HttpServer(const std::string &address, Handler handler);
   HttpServer(const HttpServer &) = delete;
   HttpServer &operator=(const HttpServer &) = delete;
 
-  // The address and the port, such as 127.0.0.1:9100. A port of 0 was replaced by a free one.
+  // The address and the port, such as 127.0.0.1:9100. If port 0 was requested, this is the free port that replaced it.
   const std::string &address() const { return address_; }
 
   // The descriptors and events to poll for. The array is valid until the next call of Serve.
   std::vector<pollfd> &Polled();
 
-  // Handles what has been polled, at this time of a monotonic clock in nanoseconds.
+  // Handles the results of polling, and closes connections that have timed out. `now` is the time of a monotonic clock
+  // in nanoseconds.
   void Serve(int64_t now);
 
-  // The time at which Serve must be called although nothing was polled; INT64_MAX: never.
+  // The time at which Serve must be called even if polling reports nothing; INT64_MAX if no call is needed.
   int64_t NextTimeout() const;
 
   size_t connections() const { return connections_.size(); }
@@ -61,9 +62,9 @@ class HttpServer {
     platkit::FileDescriptor socket;
     int64_t deadline;
     std::string request = {};
-    std::string head = {};  // of the answer; empty while the request is incomplete
+    std::string head = {};  // the head of the answer; empty while the request is incomplete
     std::shared_ptr<const std::string> body = nullptr;
-    size_t sent = 0;  // bytes of head and body
+    size_t sent = 0;  // bytes of head and body that were sent
   };
 
   void Accept(int64_t now);
@@ -76,7 +77,7 @@ class HttpServer {
   platkit::FileDescriptor listening_;
   std::string address_;
   std::vector<Connection> connections_;  // the oldest first
-  std::vector<pollfd> polled_;           // of listening_, and of each connection
+  std::vector<pollfd> polled_;           // entries for listening_ and for each connection
 };
 
 }  // namespace nodal

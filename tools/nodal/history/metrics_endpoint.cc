@@ -31,7 +31,7 @@ HttpResponse MetricsEndpoint::Answer(std::string_view path) {
   return TextResponse(404, "Not found. This server serves only /metrics and /healthz.\n");
 }
 
-// Many clients share one text.
+// All clients share the text of a sample.
 HttpResponse MetricsEndpoint::Metrics() {
   const auto &time = recorder_.lastTime();
   if (!time) return TextResponse(503, "No sample has been written yet.\n");

@@ -11,8 +11,9 @@
 
 namespace nodal {
 
-// /metrics has the figures of the last sample, in Prometheus' text format. /healthz tells whether the recorder works:
-// it has written a sample in the last three intervals. Nothing is read from the kernel for a request.
+// /metrics has the figures of the last sample, in Prometheus' text format. The answer to /healthz is a
+// failure if the last sample was not written, or if the last written sample is too old: older than three intervals and
+// older than ten seconds. A request reads nothing from the kernel.
 class MetricsEndpoint {
  public:
   // The recorder and its pace must outlive the endpoint. Throws a Failure if the address cannot be used.
@@ -20,7 +21,7 @@ class MetricsEndpoint {
 
   HttpServer &server() { return server_; }
 
-  // The answer to a path.
+  // Returns the answer to a request for this path.
   HttpResponse Answer(std::string_view path);
 
  private:

@@ -1,4 +1,4 @@
-// Moments of a history as paths of snapshots: DIR@TIME.
+// Moments of a history. A path of the form DIR@TIME names a moment, and can replace the path of a snapshot.
 #ifndef NODAL_HISTORY_MOMENT_FILE_H
 #define NODAL_HISTORY_MOMENT_FILE_H
 
@@ -12,17 +12,17 @@ namespace nodal {
 
 bool IsFolder(const std::string &path);
 
-// Whether the path means a moment: it has the form DIR@TIME, DIR is a folder, and no file has this path.
+// Whether the path names a moment: it has the form DIR@TIME, DIR is a folder, and no file has this path.
 bool IsMoment(const std::string &path);
 
-// Returns the path with a fixed time, which does not move with the end of the history. Other paths are unchanged.
-// Throws a Failure.
+// Replaces the time of a moment, which may depend on the end of the history, with a fixed time. Returns other paths
+// unchanged. Throws a Failure if the history cannot be read.
 std::string WithFixedTime(const std::string &path);
 
 // Explains why a moment cannot be read.
 Failure MomentFailure(const std::string &path, HVC_ReturnStatus status);
 
-// A moment, written to a snapshot without a name. Throws a Failure.
+// A moment that was written to a snapshot without a name. Throws a Failure.
 class MomentFile {
  public:
   explicit MomentFile(const std::string &path);
@@ -36,11 +36,11 @@ class MomentFile {
   int fd_;
 };
 
-// Opens a history. Throws a Failure.
+// Both functions throw a Failure.
 void OpenHistory(const std::string &folder, platkit::history::History &history);
 platkit::history::History::Span SpanOf(const std::string &folder, platkit::history::History &history);
 
-// The time of an option, in seconds since 1970. Throws a Failure that names the option.
+// Parses the time in an option to seconds since 1970. Throws a Failure that names the option.
 int64_t TimeOption(const std::string &name, const std::string &text, const platkit::history::History::Span &span);
 
 }  // namespace nodal

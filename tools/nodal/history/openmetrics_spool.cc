@@ -13,7 +13,8 @@ constexpr std::string_view kCounterEnding = "_total";
 
 [[noreturn]] void ThrowError() { throw Failure("temporary file", std::strerror(errno)); }
 
-// The name of a metric family: a counter's samples have an ending that their family does not have.
+// Returns the OpenMetrics name of a metric family. The samples of a counter have an ending that the family's name
+// lacks.
 std::string_view FamilyName(const Metric &metric) {
   std::string_view name = metric.name;
   if (metric.type == MetricType::kCounter && name.ends_with(kCounterEnding)) name.remove_suffix(kCounterEnding.size());

@@ -1,4 +1,4 @@
-// Collects samples of many times, and writes them as OpenMetrics text, which has all samples of a metric together.
+// Collects samples of many times, and writes them as OpenMetrics text, in which all samples of a metric are adjacent.
 #ifndef NODAL_HISTORY_OPENMETRICS_SPOOL_H
 #define NODAL_HISTORY_OPENMETRICS_SPOOL_H
 
@@ -13,18 +13,18 @@
 
 namespace nodal {
 
-// The samples of each metric go to a temporary file without a name. All functions throw a Failure.
+// Writes the samples of each metric to a temporary file without a name. AddSample and WriteTo throw a Failure.
 class OpenMetricsSpool : public MetricSink {
  public:
   explicit OpenMetricsSpool(std::string prefix) : prefix_(std::move(prefix)) {}
 
-  // The time of the next samples, in milliseconds since 1970.
+  // Sets the time of the next samples, in milliseconds since 1970.
   void SetTime(int64_t millis);
 
   void Begin(const Metric &metric) override { metric_ = &metric; }
   void AddSample(const Labels &labels, double value) override;
 
-  // Passes the text on, part by part.
+  // Passes the text to `write`, part by part.
   void WriteTo(const std::function<void(std::string_view text)> &write);
 
  private:

@@ -1,4 +1,4 @@
-// nodal history: what a history holds.
+// nodal history: prints the span, size, days and events of a history.
 #ifndef NODAL_HISTORY_OVERVIEW_H
 #define NODAL_HISTORY_OVERVIEW_H
 

@@ -20,7 +20,7 @@ using platkit::history::Sample;
 using platkit::history::SampleInfo;
 using platkit::history::SampleTime;
 
-// Reading a PCI device can wake it up, and no report that accepts a history needs it.
+// Reading a PCI device can wake up the device, and no report that accepts a history needs PCI devices.
 constexpr std::string_view kPciDevices = "/hardware/pci";
 
 class HostOfRecord : public Sampled {
@@ -41,7 +41,8 @@ class HostOfRecord : public Sampled {
   }
 
  private:
-  // Neither the kernel nor its boot changes while this process runs.
+  // Checks that every named path was found, and sets the parts of the header that cannot change while this process
+  // runs.
   void Begin(const Sample &sample, HostHeader &host) {
     for (size_t i = 0; i < sample.size(); ++i) {
       std::string_view path = sample[i].key;
@@ -63,7 +64,7 @@ class HostOfRecord : public Sampled {
 
 class HostPace : public Pace {
  public:
-  // Serves requests while it waits.
+  // Makes WaitUntil serve requests.
   void ServeWith(HttpServer &server) { server_ = &server; }
 
   SampleTime Now() override {

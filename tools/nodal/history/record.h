@@ -1,4 +1,4 @@
-// Records the running host, or a saved one, until a signal arrives.
+// Records the running host, or a saved root folder, as a history.
 #ifndef NODAL_HISTORY_RECORD_H
 #define NODAL_HISTORY_RECORD_H
 
@@ -13,10 +13,11 @@ struct RecordOptions {
   RecorderOptions recorder;
   std::vector<std::string> only = {};  // paths; empty: all but PCI devices
   std::string root = {};               // a saved root folder; empty: the running host
-  std::string listen = {};             // where to serve the last sample, as for HttpServer; empty: nowhere
+  std::string listen = {};             // the address at which to serve the last sample, as for HttpServer; empty: none
 };
 
-// Prints a summary to standard error at the end. Throws a Failure.
+// Records until a signal arrives or the number of samples is reached. Prints a summary to standard error on exit.
+// Throws a Failure.
 void Record(const RecordOptions &options);
 
 }  // namespace nodal

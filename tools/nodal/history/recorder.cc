@@ -17,7 +17,7 @@ namespace {
 using platkit::history::SampleInfo;
 using platkit::history::SampleTime;
 
-// The share of the interval that thinning may take.
+// Thinning may take one part in kThinningShare of the interval.
 constexpr int64_t kThinningShare = 10;
 
 // Creates the folder, readable by its owner only, and the folders above it, unless they exist.
@@ -28,7 +28,7 @@ void CreateFolder(std::string path) {
   if (mkdir(path.c_str(), S_IRWXU) != 0 && errno != EEXIST) throw Failure(path, std::strerror(errno));
 }
 
-// Someone who may write to the folder could replace its files.
+// A user who may write to the folder could replace its files.
 void RequireOwnFolder(const std::string &path, int folder) {
   struct stat about;
   if (fstat(folder, &about) != 0) throw Failure(path, std::strerror(errno));
@@ -65,7 +65,8 @@ void Recorder::Run() {
   End();
 }
 
-// The time of the next sample. Overdue samples are skipped, as when one took longer than the interval.
+// Returns the time of the next sample. Skips overdue samples, for example after a sample that took longer than the
+// interval.
 int64_t Recorder::NextDue(int64_t due) {
   const int64_t late = std::max<int64_t>(pace_.Now().monotonic - due, 0);
   return due + (late / options_.interval + 1) * options_.interval;
@@ -104,7 +105,7 @@ HVC_ReturnStatus Recorder::OpenSegment(const Name &name) {
   const std::string text = name.text();
   HVC_ReturnStatus status = writer_.Open(folder_.fd(), text.c_str());
   if (status == HVC_NOT_A_SNAPSHOT || status == HVC_SNAPSHOT_TOO_NEW) {
-    // The file may be of use to someone, but this hour needs its name.
+    // Someone may still need the file, but this hour's segment needs its name.
     const std::string aside = text + ".damaged";
     if (renameat(folder_.fd(), text.c_str(), folder_.fd(), aside.c_str()) != 0) return status;
     Complain(options_.folder + "/" + text + ": not a segment of a history; renamed to " + aside);
@@ -114,13 +115,13 @@ HVC_ReturnStatus Recorder::OpenSegment(const Name &name) {
   return status;
 }
 
-// The segment of this hour alone exceeds the limit, so its recording starts over.
+// Removes this hour's segment, because it alone exceeds the limit. The recording of this hour starts again.
 void Recorder::RemoveOpenSegment(const Name &name) {
   writer_.Close();
   unlinkat(folder_.fd(), name.text().c_str(), 0);
 }
 
-// Reports a problem once, and its end.
+// Reports when a problem starts and when it ends.
 void Recorder::Report(const Name &name, HVC_ReturnStatus status) {
   const std::string file = options_.folder + "/" + name.text();
   if (status != HVC_OK) {

@@ -19,45 +19,45 @@ namespace nodal {
 struct RecorderOptions {
   std::string folder;
   int64_t interval = 5 * platkit::history::kNanosInSecond;
-  uint64_t count = 0;  // of samples; 0: until the recorder is asked to end
+  uint64_t count = 0;  // the number of samples; 0: until the recorder is asked to end
   RetentionLimits limits = {};
 };
 
-// What a recorder samples. Tests replace it.
+// Takes the samples of a recorder. Tests replace it.
 class Sampled {
  public:
   virtual ~Sampled() = default;
 
-  // Adds the entries to `sample`, which is empty, and sets `host` and the memory available.
+  // Adds the entries to `sample`, and sets `host` and `availableBytes`. REQUIRES: `sample` is empty.
   virtual void Take(platkit::history::Sample &sample, platkit::history::HostHeader &host, uint64_t &availableBytes) = 0;
 };
 
-// The clocks of a recorder, and what it does between samples. Tests replace it.
+// The clocks of a recorder, and its waiting between samples. Tests replace it.
 class Pace {
  public:
   virtual ~Pace() = default;
 
   virtual platkit::history::SampleTime Now() = 0;
 
-  // Waits until the monotonic clock reaches `time`. False at once if the recorder is asked to end.
+  // Waits until the monotonic clock reaches `time`. Returns false at once if the recorder is asked to end.
   virtual bool WaitUntil(int64_t time) = 0;
 };
 
 class Recorder {
  public:
-  // Creates the folder unless it exists, and locks it. Throws a Failure: the folder cannot be opened, other users may
-  // write to it, or another recorder has locked it.
+  // Creates the folder unless it exists, and locks it. Throws a Failure if the folder cannot be opened, belongs to
+  // another user or is writable by others, or if another recorder has locked it.
   Recorder(const RecorderOptions &options, Sampled &sampled, Pace &pace);
 
   // Records until the number of samples is reached or the recorder is asked to end. A sample that cannot be written, as
   // on a full disk, is lost; messages report the first such sample and the end of the problem.
   void Run();
 
-  // The last sample that was written, and its time; no entries before the first one.
+  // The last sample that was written, and its time. Before the first sample, there are no entries and no time.
   const platkit::history::Sample &last() const { return writer_.last(); }
   const std::optional<platkit::history::SampleTime> &lastTime() const { return lastTime_; }
 
-  // Why the last sample was not written; HVC_OK if it was.
+  // HVC_OK if the last sample was written, otherwise the reason why it was not.
   HVC_ReturnStatus status() const { return status_; }
 
   uint64_t samples() const { return samples_; }
@@ -88,7 +88,7 @@ class Recorder {
   platkit::history::HostHeader host_;
   std::optional<platkit::history::SampleTime> lastTime_;
   HVC_ReturnStatus status_ = HVC_OK;
-  uint64_t lost_ = 0;     // samples since the last one that was written
+  uint64_t lost_ = 0;     // samples lost since the last one that was written
   uint64_t taken_ = 0;    // all samples
   uint64_t samples_ = 0;  // samples that were written
   uint64_t bytes_ = 0;

@@ -14,7 +14,7 @@
 namespace nodal {
 namespace {
 
-// The process that holds the lock, from the file.
+// Names the process that holds the lock, by the PID in the file.
 std::string HolderOf(int file) {
   char buffer[32];
   const ssize_t size = pread(file, buffer, sizeof buffer, 0);
@@ -36,7 +36,7 @@ RecorderLock::RecorderLock(int folder, const std::string &path) {
     if (errno != EWOULDBLOCK) throw Failure(name, std::strerror(errno));
     throw Failure(path, HolderOf(file_.get()) + " already records to this folder");
   }
-  // On a full disk, the message of a second recorder lacks the PID.
+  // Ignores failures: if the disk is full, only the message of a second recorder lacks the PID.
   const std::string pid = std::to_string(getpid()) + "\n";
   if (ftruncate(file_.get(), 0) != 0 || pwrite(file_.get(), pid.data(), pid.size(), 0) < 0) errno = 0;
 }

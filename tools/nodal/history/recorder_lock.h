@@ -8,13 +8,13 @@
 
 namespace nodal {
 
-// Locks a history until the object is destroyed, or its process ends. The lock file contains the PID of the holder.
+// Locks a history until the object is destroyed or its process ends. The lock file contains the PID of the holder.
 class RecorderLock {
  public:
   static constexpr char kFile[] = "recorder.lock";
 
-  // `folder` is the open folder, `path` its name in messages. Throws a Failure that names the process that holds the
-  // lock.
+  // `folder` is the open folder, and `path` is its name in messages. Throws a Failure if another process, which the
+  // message names, holds the lock, or if the lock file cannot be used.
   RecorderLock(int folder, const std::string &path);
   ~RecorderLock();
   RecorderLock(const RecorderLock &) = delete;

@@ -18,11 +18,11 @@ using platkit::history::kNanosInSecond;
 constexpr int64_t kSecondsInHour = 3600;
 constexpr int64_t kHour = kSecondsInHour * kNanosInSecond;
 
-// Others may add files to the folder, so it is listed again.
+// The folder is listed again after this time, because other programs may add files to it.
 constexpr int64_t kListInterval = 60 * kNanosInSecond;
 
-// The end of the newest segment whose name can be believed. Segments after a gap of more than a week may have been
-// written while the clock was wrong, unless they cover a day or more.
+// Returns the end of the newest segment whose name can be believed. Segments after a gap of more than a week may have
+// been written while the clock was wrong, so they are believed only if they cover a day or more.
 std::optional<int64_t> EndOfNewest(std::span<const platkit::history::SegmentName> names) {
   constexpr int64_t kHoursInDay = 24, kHoursInWeek = 7 * kHoursInDay;
   while (!names.empty()) {
@@ -55,7 +55,7 @@ Retention::Retention(const platkit::history::HistoryFolder &folder, const Retent
 bool Retention::Apply(const Time &now, const Name &open, uint64_t openBytes) {
   wall_ = clock_->Wall(now);
   latest_ = std::max(wall_, now.wall);
-  if (thinned_ == open) StopThinning();  // the clock was set back to that hour
+  if (thinned_ == open) StopThinning();  // the clock was set back to the hour of that segment
   if (listedOpen_ != open || now.monotonic < listedAt_ || now.monotonic - listedAt_ >= kListInterval) {
     List(open);
     listedAt_ = now.monotonic;
@@ -94,8 +94,8 @@ Retention::Segments::iterator Retention::Remove(Segments::iterator segment) {
   return segments_.erase(segment);
 }
 
-// How long ago the last sample of the segment was taken. A wrong clock can have made segments of the future. If the
-// clock is settled, the age of such a segment is its distance in the future.
+// Returns how many seconds ago the segment's hour ended. While the clock was wrong, segments of the future may have
+// been written. If the clock is settled, the age of such a segment is its distance in the future.
 int64_t Retention::SecondsOld(const Name &name) const {
   const int64_t age = wall_ / kNanosInSecond - (name.hour() + 1) * kSecondsInHour;
   return clock_->isSettled() ? std::max(age, name.hour() * kSecondsInHour - latest_ / kNanosInSecond) : age;
@@ -128,7 +128,8 @@ void Retention::StopThinning() {
   thinned_.reset();
 }
 
-// Opens the oldest segment that may need thinning, and starts to thin it if it does. False if there is no such segment.
+// Opens the oldest segment that may need thinning, and starts to thin it if needed. Returns false if there is no such
+// segment.
 bool Retention::StartThinning() {
   const auto isCandidate = [this](const auto &segment) {
     return SecondsOld(segment.first) > limits_.unthinned / kNanosInSecond && !done_.contains(segment.first) &&

@@ -1,4 +1,4 @@
-// Keeps a history within its limits: thins old segments to one sample a minute, and removes the oldest ones.
+// Keeps a history within its limits: thins old segments to one sample per minute, and removes the oldest ones.
 #ifndef NODAL_HISTORY_RETENTION_H
 #define NODAL_HISTORY_RETENTION_H
 
@@ -27,16 +27,17 @@ class Retention {
   using Name = platkit::history::SegmentName;
   using Time = platkit::history::SampleTime;
 
-  // The folder must outlive the object. Removes the temporary file of an interrupted thinning. Throws a Failure if the
-  // folder cannot be listed; so does Apply.
+  // The folder must outlive the object. Removes the temporary file of an interrupted thinning. The constructor and
+  // Apply throw a Failure if the folder cannot be listed.
   Retention(const platkit::history::HistoryFolder &folder, const RetentionLimits &limits, const Time &now);
 
-  // Removes segments that are too old, and the oldest ones while all segments together have too many bytes, except the
-  // open one. `openBytes` is its size, or the size that it is about to have. False if the open one alone is too large.
+  // Removes segments that are too old, and then the oldest segments while all segments together exceed the size limit.
+  // Never removes the open segment; `openBytes` is its size, or its expected size. Returns false if the open segment
+  // alone exceeds the limit.
   bool Apply(const Time &now, const Name &open, uint64_t openBytes);
 
-  // Thins old segments while `hasTime` returns true, and at least for one step. Returns the status of a step that
-  // failed: the segment stays as it is until the next hour.
+  // Thins old segments while `hasTime` returns true, and does at least one step. If a step fails, returns its status
+  // and does not thin that segment again until the next hour.
   HVC_ReturnStatus Thin(const std::function<bool()> &hasTime);
 
   // The size of all segments except the open one, as of the last call of Apply.
@@ -55,11 +56,11 @@ class Retention {
   const platkit::history::HistoryFolder &folder_;
   RetentionLimits limits_;
   std::optional<BelievedClock> clock_;
-  int64_t wall_ = 0;                // believed
+  int64_t wall_ = 0;                // the believed wall time
   int64_t latest_ = 0;              // the later of the believed time and the time of the wall clock
-  int64_t listedAt_ = INT64_MIN;    // on the monotonic clock
-  std::optional<Name> listedOpen_;  // the open segment at that time
-  Segments segments_;               // all but the open one
+  int64_t listedAt_ = INT64_MIN;    // when the folder was listed, on the monotonic clock
+  std::optional<Name> listedOpen_;  // the open segment when the folder was listed
+  Segments segments_;               // all segments except the open one
   uint64_t closedBytes_ = 0;
   std::set<Name> done_;    // segments that need no thinning
   std::set<Name> failed_;  // segments whose thinning failed this hour

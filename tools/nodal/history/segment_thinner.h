@@ -1,4 +1,4 @@
-// Thins a segment of a history to one sample a minute.
+// Thins a segment of a history to one sample per minute.
 #ifndef NODAL_HISTORY_SEGMENT_THINNER_H
 #define NODAL_HISTORY_SEGMENT_THINNER_H
 
@@ -14,27 +14,27 @@
 
 namespace nodal {
 
-// Samples of one minute, by their places in the segment; one of them is kept.
+// The samples of one minute, by the indexes of their frames in the segment. One of the samples is kept.
 struct MinuteOfSamples {
   std::vector<size_t> frames;  // the one with the least memory available first
-  uint8_t marks = 0;           // of the sample that is kept
-  bool isEnd = false;          // no samples: the recorder ended
+  uint8_t marks = 0;           // the marks of the sample that is kept
+  bool isEnd = false;          // contains no samples, but the end of a recording
 };
 
 // Divides samples into minutes. A restart of the recorder or of the host begins a new minute.
 std::vector<MinuteOfSamples> MinutesOf(const std::vector<platkit::history::SegmentReader::Frame> &frames);
 
-// Writes the samples to keep to a temporary file, one at each step, and then renames it over the segment.
+// Writes the samples to keep to a temporary file, one per step, and then renames the file over the segment.
 class SegmentThinner {
  public:
   static constexpr char kTemporary[] = "thinning.tmp";
 
-  // Opens the segment `name` of an open folder. HVC_ALREADY_EXISTS: it has no more than one sample a minute. Other
-  // statuses as for SegmentReader::Open and SegmentWriter::Open.
+  // Opens the segment `name` of an open folder. Returns HVC_ALREADY_EXISTS if the segment has no more than one sample
+  // per minute, or a status of SegmentReader::Open or SegmentWriter::Open.
   [[nodiscard]] HVC_ReturnStatus Start(int folder, const std::string &name);
 
-  // Copies the samples of one minute. Statuses as for SegmentWriter::Append; after a failure, the segment is unchanged
-  // and the work is over.
+  // Copies the kept sample of the next minute or, after the last minute, replaces the segment. If the step fails, the
+  // segment is unchanged, the work is over, and the status is that of reading, writing or renaming.
   [[nodiscard]] HVC_ReturnStatus Step();
 
   bool isBusy() const { return work_ != nullptr; }

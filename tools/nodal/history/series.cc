@@ -16,7 +16,7 @@ namespace {
 using platkit::history::Entry;
 using platkit::history::Sample;
 
-// A figure of one path.
+// A figure at one path.
 struct PathFigure {
   std::string name;
   FigureField field;
@@ -54,7 +54,7 @@ class Series {
     for (size_t i = 0; i < sample.size(); ++i) {
       const Entry entry = sample[i];
       const PathFigures &known = FiguresOf(entry);
-      // Samples of other definitions may have records of another size.
+      // Samples of other definitions may have records of other sizes.
       if (entry.payload.size() != known.recordBytes) continue;
       for (const PathFigure &figure : known.figures)
         AddNumber(figure, figure.field.Read(entry.payload));
@@ -86,7 +86,7 @@ class Series {
     steps_.clear();
   }
 
-  // Finds the figures of a path once.
+  // Returns the figures of an entry's path. Looks them up only once.
   const PathFigures &FiguresOf(const Entry &entry) {
     const auto known = figures_.find(entry.key);
     if (known != figures_.end()) return known->second;

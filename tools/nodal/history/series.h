@@ -16,7 +16,8 @@ struct SeriesOptions {
   bool json = false;
 };
 
-// Prints the figures of each sample, or for each step their smallest, largest and last value. Throws a Failure.
+// Prints the figures of each sample, or the smallest, largest and last value of each figure in each step. Throws a
+// Failure.
 void ShowSeries(const SeriesOptions &options);
 
 }  // namespace nodal

@@ -12,7 +12,7 @@ namespace nodal {
 
 class SeriesPrinter {
  public:
-  // The figures of a step. The values are empty if none was available.
+  // The values of a figure in a step. They are empty if the figure was available in no sample.
   struct Step {
     size_t samples;  // the number of samples in which the figure was available
     std::string least;

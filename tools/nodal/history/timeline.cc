@@ -20,7 +20,7 @@ using platkit::history::TimeText;
 // Thinning keeps one sample of each minute.
 constexpr double kThinnedInterval = 60;
 
-// A sample, and what lies between it and the sample before.
+// A sample, and what happened between it and the previous sample.
 struct Point {
   SampleInfo info;
   size_t host;  // index of its header
@@ -31,7 +31,7 @@ struct Point {
 
 double Seconds(int64_t nanos) { return static_cast<double>(nanos) / 1e9; }
 
-// A duration as text, such as 3 h 12 min.
+// Formats a duration, such as 3 h 12 min.
 std::string DurationText(double seconds) {
   char text[48];
   const auto whole = static_cast<int64_t>(std::llround(seconds));
@@ -76,7 +76,7 @@ class TimelineReader {
     const std::string text = name.text();
     SegmentReader segment;
     const HVC_ReturnStatus status = history_.Open(name, segment);
-    if (status == HVC_NOT_FOUND) return;  // removed since the folder was listed
+    if (status == HVC_NOT_FOUND) return;  // the segment was removed after the folder was listed
     if (status != HVC_OK && status != HVC_SNAPSHOT_DAMAGED) throw Failure(folder_ + "/" + text, status);
     TimelineDay &day = timeline_.days[text.substr(0, text.find('T'))];
     day.bytes += segment.bytes();
@@ -118,7 +118,7 @@ class TimelineReader {
     return found->second;
   }
 
-  // Segments are in the order of the wall clock, which may have been set back. The boot clock never is.
+  // Segments are in the order of the wall clock, which may have been set back. The boot clock is never set back.
   void SortByRecording() {
     std::ranges::stable_sort(points_, {},
                              [](const Point &point) { return std::pair(point.boot, point.info.time.boot); });
@@ -160,7 +160,7 @@ class TimelineReader {
     return reasons;
   }
 
-  // If two samples are further apart than this, a sample between them is missing.
+  // If two samples are at least this many seconds apart, a sample between them is missing.
   double LongestInterval(const Point &point) const {
     const bool isThinned = (point.info.marks & platkit::history::kThinned) != 0;
     const double interval = hosts_[point.host].intervalMillis / 1000.0;
@@ -180,7 +180,7 @@ class TimelineReader {
   History history_;
   Timeline timeline_;
   std::vector<HostHeader> hosts_;
-  std::map<HostHeader, size_t> indexes_;  // of the hosts
+  std::map<HostHeader, size_t> indexes_;  // indexes in hosts_
   std::map<decltype(HostHeader::bootId), size_t> boots_;
   std::vector<Point> points_;
   bool afterEnd_ = false;

@@ -1,4 +1,4 @@
-// What happened to a history and its host: gaps, reboots, sleep, set clocks.
+// Events of a history and its host: gaps, reboots, sleep, changes of the clock.
 #ifndef NODAL_HISTORY_TIMELINE_H
 #define NODAL_HISTORY_TIMELINE_H
 
@@ -11,11 +11,11 @@
 
 namespace nodal {
 
-// What happened between two consecutive samples.
+// The events between two consecutive samples.
 struct TimelineEvent {
-  int64_t from;  // seconds of the two samples
+  int64_t from;  // the times of the two samples, in seconds since 1970
   int64_t to;
-  double seconds;  // that passed between them
+  double seconds;  // the seconds that passed between the samples
   std::string reasons;
 };
 
@@ -25,7 +25,7 @@ struct TimelineDay {
 };
 
 struct Timeline {
-  platkit::history::HostHeader host;  // of the last sample
+  platkit::history::HostHeader host;  // the host as of the last sample
   int64_t first = 0;
   int64_t last = 0;
   size_t samples = 0;
@@ -36,7 +36,7 @@ struct Timeline {
   std::vector<TimelineEvent> events;        // in the order of recording
 };
 
-// Reads the heads of all frames in the segments of these seconds. Throws a Failure.
+// Reads the heads of all frames in the segments from the second `from` to the second `to`. Throws a Failure.
 Timeline ReadTimeline(const std::string &folder, int64_t from = INT64_MIN, int64_t to = INT64_MAX);
 
 }  // namespace nodal

@@ -38,7 +38,7 @@ class HistoryCheck {
   void CheckSegment(const std::string &name) {
     SegmentReader segment;
     const HVC_ReturnStatus status = segment.Open(history_.folder(), name.c_str());
-    if (status == HVC_NOT_FOUND) return;  // removed since the folder was listed
+    if (status == HVC_NOT_FOUND) return;  // the segment was removed after the folder was listed
     ++segments_;
     if (status != HVC_OK) return problems_.Report(name, StatusText(status));
     for (const DamagedPart &part : segment.damage())
@@ -61,7 +61,7 @@ class HistoryCheck {
   void CheckSample(const std::string &name, SegmentReader &segment, size_t frame) {
     Sample sample;
     const HVC_ReturnStatus status = segment.Read(frame, sample);
-    if (status == HVC_NOT_FOUND) return;  // the end of a recording
+    if (status == HVC_NOT_FOUND) return;  // the frame marks the end of a recording
     if (status == HVC_NO_MEMORY) throw std::bad_alloc();
     if (status == HVC_OK) {
       ReportLost(name);

@@ -6,8 +6,9 @@
 
 namespace nodal {
 
-// Reads every sample, and prints the problems and a summary. Returns whether there are none. An incomplete frame at the
-// end of a segment is printed, but is no problem: it is being written, or the recorder was killed. Throws a Failure.
+// Reads every sample, and prints the problems and a summary. Returns true if there are no problems. Also prints an
+// incomplete frame at the end of a segment, but this is no problem: the frame is being written, or the recorder was
+// killed. Throws a Failure.
 bool VerifyHistory(const std::string &folder);
 
 }  // namespace nodal

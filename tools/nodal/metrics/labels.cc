@@ -30,7 +30,7 @@ std::string LabelValue(std::string_view text) {
 }
 
 std::string NumberText(double value) {
-  // Large enough for 2^64 blocks of 2 MB.
+  // There is room for 2^64 blocks of 2 MB, in bytes.
   char digits[64];
   const std::to_chars_result end = std::to_chars(std::begin(digits), std::end(digits), value, std::chars_format::fixed);
   return {digits, end.ptr};

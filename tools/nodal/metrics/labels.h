@@ -18,11 +18,11 @@ class Labels {
   std::string text_;
 };
 
-// Escaped for the quotes of a label. Control characters, and bytes that are not UTF-8, become \x and two hexadecimal
-// digits.
+// Escapes a text for the quotes of a label. A newline becomes \n. Each byte of another control character, of a
+// character that changes the direction of text, or of invalid UTF-8 becomes \\x and two hexadecimal digits.
 std::string LabelValue(std::string_view text);
 
-// The shortest decimal number without exponent that reads back as the same value.
+// Returns the shortest decimal number without exponent that reads back as the same value.
 std::string NumberText(double value);
 
 }  // namespace nodal

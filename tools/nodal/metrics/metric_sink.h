@@ -1,4 +1,4 @@
-// Where the samples of metrics go.
+// Receives the samples of metrics.
 #ifndef NODAL_METRICS_METRIC_SINK_H
 #define NODAL_METRICS_METRIC_SINK_H
 
@@ -11,7 +11,7 @@ class MetricSink {
  public:
   virtual ~MetricSink() = default;
 
-  // The next samples belong to that metric.
+  // Starts a metric: the next samples belong to it.
   virtual void Begin(const Metric &metric) = 0;
 
   virtual void AddSample(const Labels &labels, double value) = 0;

@@ -25,7 +25,8 @@ consteval NodeField IntegerEntryField(platkit::NodeId node, size_t offset, size_
   return {node, static_cast<uint32_t>(offset), static_cast<uint32_t>(offsetInEntry)};
 }
 
-// A field of the node's record, or of the entries of its array: a node or field that does not exist does not compile.
+// NODE_FIELD is a field of a node's record, and ENTRY_FIELD a field of the entries of an array in such a record. A node
+// or field that does not exist is a compile error.
 #define RECORD_OF(node) decltype(platkit::nodes::node)::Record
 #define NODE_FIELD(node, field) \
   IntegerField<decltype(RECORD_OF(node)::field)>(platkit::NodeId::node, offsetof(RECORD_OF(node), field))
@@ -275,7 +276,7 @@ consteval bool NamesBeginWithTheirFamily() {
 }
 static_assert(NamesBeginWithTheirFamily());
 
-// The layouts have every field of the structs.
+// The search always succeeds, because a layout lists every field of its struct.
 const Field *FieldAt(const RecordLayout &layout, uint32_t offset) {
   return &*std::ranges::find(layout.fields, offset, &Field::offset);
 }

@@ -10,7 +10,8 @@
 
 namespace nodal {
 
-// A field's value in base units: bytes, seconds, ratios from 0 to 1. nullopt if the value is unavailable or unlimited.
+// Returns a field's value in base units: bytes, seconds, ratios from 0 to 1. Returns std::nullopt if the value is
+// unavailable or unlimited.
 std::optional<double> ValueOf(const platkit::Field &field, std::span<const std::byte> bytes);
 
 }  // namespace nodal

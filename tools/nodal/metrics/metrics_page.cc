@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::string_view kFirstHeading = "\n## ";
 
-// `a`, `b` for "a, b".
+// Returns `a`, `b` for "a, b".
 std::string Code(std::string_view labels) {
   std::string code = "`";
   for (const char c : labels)

@@ -7,7 +7,7 @@
 
 namespace nodal {
 
-// The page with the same introduction, and the current families and metrics after it.
+// Returns the page with its introduction unchanged and with the current families and metrics.
 std::string RegeneratedMetricsPage(std::string_view page);
 
 }  // namespace nodal

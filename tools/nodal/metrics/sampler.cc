@@ -68,7 +68,7 @@ class Sampler {
     }
   }
 
-  // One sample for each buffer size of a buddy allocator.
+  // Adds one sample for each buffer size of a buddy allocator.
   void AddEntries(const platkit::Field &array, const platkit::Field &entryField, std::span<const std::byte> bytes,
                   const Subject &subject) {
     for (uint32_t i = 0; i < array.count; ++i) {

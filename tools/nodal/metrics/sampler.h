@@ -14,7 +14,8 @@ namespace nodal {
 // The metrics that are shown.
 class MetricChoice {
  public:
-  // `only` has names of families and metrics; empty: the standard families. Throws a Failure for an unknown name.
+  // `only` contains names of families and metrics; if it is empty, the standard families are chosen. Throws a Failure
+  // for an unknown name.
   explicit MetricChoice(const std::vector<std::string> &only);
 
   bool Contains(const Metric &metric) const;
@@ -23,10 +24,10 @@ class MetricChoice {
   std::set<std::string> only_;
 };
 
-// The samples of the chosen metrics, in Prometheus' text format. Nodes of other metrics are not read.
+// Returns the samples of the chosen metrics, in Prometheus' text format. Does not read the nodes of other metrics.
 std::string SampleMetrics(Tree &host, const MetricChoice &choice, const std::string &prefix);
 
-// The same samples for a sink.
+// Adds the same samples to `sink`.
 void SampleMetrics(Tree &host, const MetricChoice &choice, MetricSink &sink);
 
 }  // namespace nodal

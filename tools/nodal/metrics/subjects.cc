@@ -111,7 +111,7 @@ std::vector<Subject> Subjects::Buddies() {
   return subjects;
 }
 
-// Empty for an allocator that serves no memory node.
+// Returns "" for an allocator that serves no memory node, or whose memory node cannot be read.
 std::string Subjects::NumaNodeOf(const Argument &buddy) {
   const std::optional<int64_t> memNode = MemNodeOf(buddy.text);
   MemNodeRecord record;

@@ -17,8 +17,8 @@ namespace nodal {
 
 struct Subject {
   Labels labels;
-  // By their kind in the paths of nodes, such as "group" or "heap". A virtual machine also has the client of its
-  // "monitor".
+  // The instances by their kind in the paths of nodes, such as "group" or "heap". For a virtual machine, "monitor" is
+  // the client of its monitor.
   std::map<std::string_view, Argument> instances;
 };
 
@@ -27,14 +27,14 @@ struct RecordPath {
   Arguments arguments;
 };
 
-// The record of a subject in the node of a metric, if the subject has one.
+// Returns the record that the subject has for a metric of `node`, or std::nullopt if it has none.
 std::optional<RecordPath> RecordOf(const Node &node, const Subject &subject);
 
 class Subjects {
  public:
   explicit Subjects(CachingTree &tree) : tree_(tree), instances_(tree) {}
 
-  // No two have the same labels.
+  // Returns the subjects of a family. No two of them have the same labels.
   const std::vector<Subject> &Of(MetricFamily family);
 
   // The instances that the node can take as its next argument after `outer`.

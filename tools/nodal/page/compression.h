@@ -7,11 +7,11 @@
 
 namespace nodal {
 
-// The text compressed in the zlib format, which browsers call "deflate", and encoded in base64. Throws std::bad_alloc
-// if memory runs out.
+// Returns the text compressed in the zlib format, which browsers call "deflate", and encoded in base64. Throws
+// std::bad_alloc if memory runs out.
 std::string CompressedBase64(std::string_view text);
 
-// The bytes in base64. Throws std::bad_alloc.
+// Returns the bytes in base64. Throws std::bad_alloc if memory runs out.
 std::string Base64(std::string_view bytes);
 
 }  // namespace nodal

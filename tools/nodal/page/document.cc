@@ -15,7 +15,7 @@
 namespace nodal {
 namespace {
 
-// A page of 1,000 groups by minute over a day has less than 1 MB.
+// With this limit, a page of 1,000 groups by minute over a day has less than 1 MB.
 constexpr size_t kMaxValueBytes = 840'000;
 
 std::string HashSource(std::string_view text) {
@@ -25,7 +25,7 @@ std::string HashSource(std::string_view text) {
   return "'sha256-" + Base64(digest) + "'";
 }
 
-// Trusted types make the browser refuse text as HTML.
+// Trusted types make the browser refuse to parse text as HTML.
 std::string Policy() {
   return "default-src 'none'; script-src " + HashSource(kPageScript) + "; style-src " + HashSource(kPageStyle) +
          "; base-uri 'none'; form-action 'none'; require-trusted-types-for 'script'; trusted-types 'none'";

@@ -9,11 +9,11 @@
 
 namespace nodal {
 
-// The template with the style, the script, the data, and what readers without scripts see. Its policy allows this style
-// and this script by their hashes, and nothing else.
+// Returns the template filled with the style, the script, the data, and static views for readers without scripts. The
+// content security policy allows only this style and this script, by their hashes.
 std::string Document(const PageData &data);
 
-// The document of a span. `last` has the figures of the span's last instant.
+// Returns the document of a span. `last` has the figures of the span's last instant.
 std::string SpanDocument(const PageSpan &span, const PageData &last);
 
 }  // namespace nodal

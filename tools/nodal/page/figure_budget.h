@@ -1,4 +1,4 @@
-// Bounds the memory for the figures of a span, whatever its history holds.
+// Limits the memory for the figures of a span, however large its history is.
 #ifndef NODAL_PAGE_FIGURE_BUDGET_H
 #define NODAL_PAGE_FIGURE_BUDGET_H
 
@@ -17,13 +17,13 @@ class FigureBudget {
 
   explicit FigureBudget(std::string folder, size_t most = kMaxFigures) : folder_(std::move(folder)), left_(most) {}
 
-  // Both throw a Failure if too little is left.
+  // Take and TakeRow throw a Failure if too little of the budget is left.
   void Take(size_t figures = 1) {
     if (figures > left_)
       throw Failure(folder_, "too many figures for a page: choose a shorter span with --from and --to");
     left_ -= figures;
   }
-  // A row, or anything else with a text of this size, takes as much memory as some figures.
+  // Takes the budget that a row, or anything else with a text of this size, needs.
   void TakeRow(size_t textBytes) { Take(32 + textBytes / 16); }
 
  private:

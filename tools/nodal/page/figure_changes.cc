@@ -16,7 +16,7 @@ using platkit::history::ToUnsigned;
 
 enum Token : uint64_t { kNoRecordToken, kUnreadableToken, kAllOnesToken, kLargeToken, kFirstNumberToken };
 
-// Scripts compute with larger numbers inexactly.
+// Scripts could not compute exactly with larger numbers.
 constexpr int64_t kLarge = int64_t{1} << 50;
 
 bool IsLarge(int64_t number) { return number >= kLarge || number <= -kLarge; }

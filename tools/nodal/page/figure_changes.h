@@ -20,7 +20,7 @@ struct FigureValue {
 
 inline FigureValue NumberValue(int64_t number) { return {.kind = FigureValue::kNumber, .number = number}; }
 
-// No host has more than the largest number; only a forged history does.
+// Reduces a number above INT64_MAX to INT64_MAX. Only a forged history contains such numbers.
 inline int64_t AmountOf(uint64_t number) { return number > INT64_MAX ? INT64_MAX : static_cast<int64_t>(number); }
 
 struct FigureChange {
@@ -33,26 +33,32 @@ struct FigureChange {
 // The changes of a figure, in the order of instants. Before the first change, there is no record.
 using FigureChanges = std::vector<FigureChange>;
 
-// Adds a value unless it is the last one. Returns whether it added it. REQUIRES: no later instant was added.
+// Adds a value unless it equals the last one. Returns whether it added the value. REQUIRES: no later instant was added.
 bool AddValue(FigureChanges &changes, uint32_t instant, FigureValue value);
 
 FigureValue ValueAt(const FigureChanges &changes, uint32_t instant);
 
-// Omits changes to numbers that differ from the number kept before by at most `part` of it. Keeps the others as they
-// are.
+// Omits a change to a number that differs from the last kept number by at most `part` of that number. Keeps all other
+// changes.
 FigureChanges WithoutSmallChanges(const FigureChanges &changes, double part);
 
-// The changes of a column, by row:
+// Encodes the changes of a column, by row:
 //
-//   the greatest common divisor of the numbers
-//   for each row, the number of its changes
-//   for each change, the instants since the change before in the row; for the first change, the instant
-//   for each change, a token: 0 no record, 1 unreadable, 2 all bits set, 3 a large number, whose 8 bytes follow, or
-//     4 plus the difference from the number before in the row, divided by the divisor, mapped to an unsigned integer:
-//     0, -1, 1, -2, 2 become 0, 1, 2, 3, 4
+//   The greatest common divisor of the numbers.
+//   For each row, the number of its changes.
+//   For each change, the number of instants since the row's previous change; for the first change, the instant.
+//   For each change, a token:
 //
-// All integers are varints: seven bits a byte, the lowest first; the highest bit of a byte is set if another follows.
-// The 8 bytes are little-endian and signed.
+//     Token 0 means no record.
+//     Token 1 means unreadable.
+//     Token 2 means all bits set.
+//     Token 3 means a large number (2^50 or more, or -2^50 or less), whose 8 bytes follow.
+//     Any other token is 4 plus the difference from the row's previous number. The difference is divided by the
+//     divisor, and mapped to an unsigned integer: 0, -1, 1, -2, 2 become 0, 1, 2, 3, 4.
+//
+// Large numbers are left out of the divisor and the differences. Their 8 bytes are little-endian and signed. All other
+// integers are varints: seven bits per byte, the lowest bits first. The highest bit of a byte is set if another byte
+// follows.
 std::string EncodedColumn(std::span<const FigureChanges> rows);
 
 }  // namespace nodal

@@ -21,7 +21,7 @@ std::string HtmlText(std::string_view text) {
   return html;
 }
 
-// The script has the same function: AmountText in format.js.
+// The script has the same function: amountText in format.js.
 std::string AmountText(std::optional<uint64_t> kb) {
   if (!kb) return "n/a";
   constexpr const char *kUnits[] = {"KB", "MB", "GB", "TB", "PB"};

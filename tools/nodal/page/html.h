@@ -11,25 +11,26 @@
 
 namespace nodal {
 
-// A text as the content of an element or the value of an attribute.
+// Escapes a text for the content of an element or the value of an attribute.
 std::string HtmlText(std::string_view text);
 
-// An amount for people: "3.02 GB"; "n/a" without a value.
+// Formats an amount for people, such as "3.02 GB", or "n/a" without a value.
 std::string AmountText(std::optional<uint64_t> kb);
 
-// The amount of a field in KB; no value if all bits are set, which means not available.
+// Returns the amount of a field in KB, or std::nullopt if all bits are set, which means not available.
 inline std::optional<uint64_t> Available(uint64_t kb) {
   return kb == UINT64_MAX ? std::nullopt : std::optional<uint64_t>(kb);
 }
 
-// An element that contains this HTML, with attributes such as " class=\"x\"".
+// Returns an element that contains this HTML, with attributes such as " class=\"x\"".
 std::string Element(std::string_view tag, const std::string &html, const std::string &attributes = "");
 
-// A table with a caption, for readers without scripts. The cells are HTML; those of the first column are row headers.
+// Returns a table with a caption, for readers without scripts. The cells are HTML. The first cell of each row is its
+// header.
 std::string HtmlTable(std::string_view caption, const std::vector<std::string> &header,
                       const std::vector<std::vector<std::string>> &rows);
 
-// Replaces each {{name}} in the text by what `value` returns for it. Replacements are not searched again.
+// Replaces each {{name}} in the text with the result of `value`. Does not search the replacements.
 std::string Filled(std::string_view text, const std::function<std::string(std::string_view name)> &value);
 
 }  // namespace nodal

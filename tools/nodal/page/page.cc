@@ -17,7 +17,7 @@
 namespace nodal {
 namespace {
 
-// No view shows them, and reading them is slow.
+// No view shows PCI devices, and reading them is slow.
 constexpr std::string_view kPciDevices = "/hardware/pci";
 
 std::string SourceInWords(const PageOptions &options) {

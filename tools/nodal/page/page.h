@@ -10,7 +10,7 @@ struct PageOptions {
   std::string output;
   bool anonymize = false;
   std::string keyFile = {};  // as in CaptureOptions
-  // A folder with a history, and times in it as in RangeOptions. If it is set, no other source is.
+  // A folder with a history, and times as in RangeOptions. If `history` is set, `cache` and `root` are not used.
   std::string history = {};
   std::string from = {};
   std::string to = {};
@@ -19,8 +19,8 @@ struct PageOptions {
   std::string root = {};
 };
 
-// Writes the page of the history, or of the host that the process reads. Throws a Failure, also when a signal asks the
-// program to end. Then it leaves no new file.
+// Writes the page of the history, or of the host that the process reads. Throws a Failure and leaves no new file if
+// this fails or a signal asks the program to end.
 void WritePage(const PageOptions &options);
 
 }  // namespace nodal

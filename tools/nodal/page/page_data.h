@@ -18,10 +18,10 @@ namespace nodal {
 struct PageRow {
   std::string name;
   std::string tag = {};  // of a group
-  int64_t id = 0;        // of a group; the NUMA node of a pool
-  int parent = -1;       // of a group: the row of the group above it, which comes before it; -1: the top
-  // The instances of the row, by their kind in the paths of nodes. A virtual machine has a "client" and the client of
-  // its "monitor".
+  int64_t id = 0;        // the ID of a group, or the NUMA node of a pool
+  int parent = -1;       // of a group: the row of its parent group, which comes earlier; -1: none
+  // The instances of the row, by their kind in the paths of nodes. A virtual machine has its own "client", and as
+  // "monitor" the client of its monitor.
   std::map<std::string_view, Argument> instances = {};
 };
 
@@ -32,7 +32,7 @@ struct PageRecords {
   std::map<size_t, HVC_ReturnStatus> unreadable = {};  // rows whose record could not be read
 };
 
-// Rows that have the same records.
+// Rows that have records of the same nodes.
 struct PageFamily {
   std::vector<PageRow> rows = {};
   std::vector<PageRecords> records = {};
@@ -66,7 +66,7 @@ struct UnreadableList {
 struct PageData {
   std::string host = {};
   std::string time = {};        // in UTC, such as 2026-03-14T09:26:53Z; empty if unknown
-  std::string source = {};      // what was read, in words
+  std::string source = {};      // the kind of source, in words
   PageFamily hostFigures = {};  // a single row
   PageFamily states = {};       // memory states, from most to least free memory
   PageFamily groups = {};       // each group directly before its members

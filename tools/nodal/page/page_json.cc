@@ -11,7 +11,7 @@ namespace {
 
 using platkit::Field;
 
-// If all values are equal, a single value replaces them.
+// Replaces the values with a single one if all are equal.
 OrderedJson Packed(OrderedJson values) {
   const bool allEqual = std::ranges::all_of(values, [&](const OrderedJson &value) { return value == values[0]; });
   return allEqual && !values.empty() ? OrderedJson(values[0]) : values;
@@ -52,7 +52,7 @@ OrderedJson OfEach(const std::vector<PageRow> &rows, Value value) {
   return Packed(std::move(values));
 }
 
-// The identifier of an instance of the kind `what`, or null.
+// Returns the identifier of an instance of the kind `what`, or null.
 OrderedJson Identifier(const PageRow &row, std::string_view what) {
   const auto found = row.instances.find(what);
   return found == row.instances.end() ? OrderedJson() : OrderedJson(found->second.integer);

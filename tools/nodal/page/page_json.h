@@ -1,9 +1,9 @@
 // The data of a page as JSON, in the form that page/script/data.js reads.
 //
-// Each family of rows has the names of its rows and its records. A record lists the rows that have it, unless all have,
-// and its fields by columns. A column has one entry for each instant: an array with a value for each of these rows, or
-// a single value that all of them have. A value of -1 in a column of amounts means that all bits are set: unlimited in
-// a column marked as a limit, otherwise not available.
+// Each family has the names of its rows, and its records. A record lists the rows that have it, unless all rows have
+// it. The fields of a record are columns. A column has one entry for each instant: an array with a value for each of
+// these rows, or a single value if all values are equal. In a column of amounts, -1 means that all bits are set:
+// unlimited if the column is marked as a limit, otherwise not available.
 #ifndef NODAL_PAGE_PAGE_JSON_H
 #define NODAL_PAGE_PAGE_JSON_H
 

@@ -53,7 +53,7 @@ class PageReader {
   }
 
   // Adds the groups from the top down, each directly before its members. A group that occurs again, as in a cycle, is
-  // added once.
+  // added only once.
   void AddGroupRows() {
     std::vector<std::pair<Argument, int>> ahead = {{IntArgument(0), -1}};
     std::set<Argument> seen;
@@ -140,7 +140,7 @@ class PageReader {
     return record;
   }
 
-  // The entries of a list, each once; none if it cannot be read.
+  // Returns the entries of a list, each once, or no entries if it cannot be read.
   Arguments ListOf(const Node &list, const Arguments &arguments) {
     const std::string path = PathOf(list, arguments);
     tree_.Read(list, false, arguments);

@@ -9,14 +9,14 @@
 
 namespace nodal {
 
-// Reads the figures from `tree`. Replaces names if `pseudonyms` is not null; then it throws a
-// Failure if two names would have the same pseudonym. Leaves host, time and source empty.
+// Reads the figures from `tree`. If `pseudonyms` is not null, replaces names, and throws a Failure if two names would
+// have the same pseudonym. Leaves host, time and source empty.
 PageData ReadPageData(CachingTree &tree, Pseudonyms *pseudonyms);
 
-// As ReadPageData, but does not read the records. Afterwards, `tree` has cached all answers that determine the rows.
+// Like ReadPageData, but does not read the records. Afterwards, `tree` has cached all answers that determine the rows.
 PageData ReadPageRows(CachingTree &tree, Pseudonyms *pseudonyms);
 
-// The path of a row's record in a node, or std::nullopt if the row lacks an instance that the path needs.
+// Returns the path of a row's record in a node, or std::nullopt if the row lacks an instance that the path needs.
 std::optional<RecordPath> RecordOf(const Node &node, const PageRow &row);
 
 }  // namespace nodal

@@ -14,7 +14,7 @@
 
 namespace nodal {
 
-// A figure of each row over time.
+// One figure over time, for each row of a family.
 struct SpanColumn {
   Column column;
   // Whether the figure also has a band: its minimum and maximum in the samples of a step, as differences from the
@@ -33,26 +33,26 @@ struct SpanRecords {
 };
 
 struct SpanFamily {
-  std::vector<PageRow> rows = {};         // all that existed at some time; a group comes after the group above it
+  std::vector<PageRow> rows = {};         // every row that existed at some time; a group comes after its parent
   std::vector<FigureChanges> lives = {};  // by row: 1 while it exists, 0 while it does not
   std::vector<SpanRecords> records = {};
 };
 
-// What happened between two samples.
+// An event between two samples.
 struct SpanEvent {
-  int64_t from;  // seconds of the samples
+  int64_t from;  // the times of the samples, in seconds since 1970
   int64_t to;
   std::string reasons;
 };
 
-// A list that could not be read, and the instants from the first of each pair to before the second.
+// A list that could not be read from the first instant of each pair until just before the second.
 struct SpanUnreadableList {
   std::string path;
   HVC_ReturnStatus status;
   std::vector<std::pair<uint32_t, uint32_t>> instants = {};
 };
 
-// The instants are the first samples of the steps that have one; of several in that second, the last.
+// Each step with samples has one instant: its first sample, or the last one of several in the same second.
 struct PageSpan {
   int64_t step = 0;                   // in seconds
   size_t samples = 0;                 // the number of samples in the span

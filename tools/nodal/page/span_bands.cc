@@ -17,7 +17,7 @@ namespace {
 using platkit::history::Entry;
 using platkit::history::Sample;
 
-// The figures of the lanes: a field, and the paths of its records.
+// A figure that the lanes of the page show: a field, and the paths of its records.
 struct BandFigure {
   uint32_t node;
   std::string_view field;
@@ -60,7 +60,7 @@ void SpanBands::AddSample(const Sample &sample, int64_t step) {
   for (size_t i = 0; i < sample.size(); ++i) {
     const Entry entry = sample[i];
     if (i == inOrder_.size()) inOrder_.push_back(nullptr);
-    // Most samples have the keys of the sample before.
+    // Most samples have the same keys as the previous sample.
     if (inOrder_[i] == nullptr || inOrder_[i]->first != entry.key) inOrder_[i] = &SeriesOf(entry.key);
     Series &series = inOrder_[i]->second;
     if (series.field == nullptr || entry.payload.size() != series.node->record->size) continue;

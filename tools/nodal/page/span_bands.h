@@ -16,7 +16,7 @@
 
 namespace nodal {
 
-// The field of a node's record that has a band; empty: none.
+// Returns the name of the field that has a band in a node's record, or "" if there is none.
 std::string_view FieldWithBand(const platkit::Node &node);
 
 class SpanBands {
@@ -27,11 +27,12 @@ class SpanBands {
     int64_t largest;
   };
 
-  // Reads the figures from all samples of the range. Steps have this length in seconds. Advances the progress
+  // Reads the figures from all samples of the range. `step` is the length of a step in seconds. Advances the progress
   // with each sample. Throws a Failure.
   SpanBands(HistoryRange &range, int64_t step, FigureBudget &budget, Progress &progress);
 
-  // The band of the figure in the record at a path; null without one. `step` counts from 1970.
+  // Returns the band of the record at a path in a step, or null if there is none. `step` is the number of steps since
+  // 1970.
   const Band *Find(std::string_view path, int64_t step) const;
 
   size_t samples() const { return samples_; }
@@ -58,7 +59,7 @@ class SpanBands {
   FigureBudget &budget_;
   size_t samples_ = 0;
   std::unordered_map<std::string, Series, HashText, std::equal_to<>> series_;
-  std::vector<PathSeries *> inOrder_;  // the series of the entries of the last sample
+  std::vector<PathSeries *> inOrder_;  // the series of each entry in the last sample
 };
 
 }  // namespace nodal

@@ -26,7 +26,7 @@ bool IsTolerant(const Column &column) {
   }
 }
 
-// The distance of the band from the kept values. A distance that is a small part of the value becomes 0.
+// Returns the distance of the band from the kept values. A distance that is a small part of the value becomes 0.
 FigureChanges BandAround(const FigureChanges &values, const FigureChanges &kept, const FigureChanges &band, int sign,
                          double tolerance) {
   FigureChanges around;
@@ -51,7 +51,7 @@ FigureChanges BandAround(const FigureChanges &values, const FigureChanges &kept,
   return WithoutSmallChanges(around, tolerance);
 }
 
-// The first `exactRows` rows keep small changes.
+// Keeps all changes of the first `exactRows` rows.
 std::string EncodedColumns(const SpanColumn &column, double tolerance, size_t exactRows) {
   if (tolerance == 0 || !IsTolerant(column.column)) {
     std::string bytes = EncodedColumn(column.values);
@@ -81,8 +81,8 @@ std::string Encoded(const SpanFamily &family, double tolerance, size_t exactRows
   return bytes;
 }
 
-// Encodes the figures in the order of the JSON. The figures of the host are exact, and so are those of the first group,
-// which is the host's.
+// Encodes the figures in the order of the JSON. The figures of the host and of the first group, which is the host's,
+// are exact.
 std::string Encoded(const PageSpan &span, double tolerance) {
   return Encoded(span.hostFigures, 0) + Encoded(span.states, 0) + Encoded(span.groups, tolerance, 1) +
          Encoded(span.buddies, tolerance) + Encoded(span.pools, tolerance) + Encoded(span.heaps, tolerance);

@@ -32,7 +32,7 @@ using platkit::snapshot::kFailurePrefix;
 constexpr int64_t kMaxSteps = 1500;
 constexpr size_t kMaxEvents = 500;
 
-// A family of the instant and of the span.
+// A family in the data of one instant, and the same family in the span.
 struct FamilyPair {
   PageFamily PageData::*now;
   SpanFamily PageSpan::*all;
@@ -49,7 +49,7 @@ constexpr FamilyPair kFamilies[] = {
 
 bool AreEqual(const Entry &a, const Entry &b) { return a.type == b.type && std::ranges::equal(a.payload, b.payload); }
 
-// Calls `visit` with the key of each entry that only one of the samples has, or that differs.
+// Calls `visit` with the key of each entry that only one of the samples has, or that differs between them.
 template <typename Visit>
 void ForEachDifference(const Sample &before, const Sample &after, Visit visit) {
   size_t i = 0, k = 0;
@@ -61,7 +61,7 @@ void ForEachDifference(const Sample &before, const Sample &after, Visit visit) {
   }
 }
 
-// The path of the node that an entry is about, whether the node has a value or could not be read.
+// Returns the path of an entry's node, whether the node has a value or could not be read.
 std::string_view PathOfKey(std::string_view key) {
   return key.starts_with(kFailurePrefix) ? key.substr(kFailurePrefix.size()) : key;
 }
@@ -91,7 +91,7 @@ class SpanReader {
                         .from = options_.from,
                         .to = options_.to,
                         .step = std::to_string(span_.step) + "s",
-                        .isQuiet = true,  // the bands have told of damage
+                        .isQuiet = true,  // SpanBands has already reported damage
                         .lastOfSecond = true});
     progress_.Begin("steps", steps_);
     steps.Visit(nullptr, [this](const auto &info, const Sample &sample, const auto &header) {
@@ -108,7 +108,8 @@ class SpanReader {
   }
 
  private:
-  // Times relative to the end of a history move while it grows. Steps depend on the part of the range with samples.
+  // Makes the range absolute, because times relative to the end of a history move while the history grows. Computes the
+  // steps from the part of the range that has samples, and adds the events.
   void FixRange() {
     const HistoryRange range(options_);
     platkit::history::History history;
@@ -167,7 +168,7 @@ class SpanReader {
       for (auto place = first; place != end; ++place)
         AddRecord(instant, path, place->second);
     }
-    // A band can change although its figure does not.
+    // A band can change even if its figure does not.
     for (const auto &[path, place] : placesWithBands_)
       AddRecord(instant, path, place);
   }
@@ -183,7 +184,7 @@ class SpanReader {
     return paths;
   }
 
-  // Whether nodes changed on which the rows depend.
+  // Whether a node changed on which the rows depend.
   bool AreRowsChanged(const std::vector<std::string> &changed) const {
     if (span_.seconds.size() == 1) return true;
     return std::ranges::any_of(changed, [this](const std::string &path) {
@@ -259,7 +260,7 @@ class SpanReader {
     const bool isNumber = value.kind == FigureValue::kNumber;
     FigureValue below = isNumber ? NumberValue(0) : FigureValue(), above = below;
     if (band != nullptr) {
-      // The history may have grown since its bands were read.
+      // The history may have grown since the bands were read.
       below = NumberValue(value.number - (isNumber ? std::min(band->least, value.number) : band->least));
       above = NumberValue(std::max(band->largest, value.number) - value.number);
     }
@@ -271,7 +272,7 @@ class SpanReader {
     if (AddValue(changes, instant, value)) budget_.Take();
   }
 
-  // A status takes as much memory as some figures, as part of the JSON.
+  // In the JSON, a status takes about as much memory as 16 figures.
   void AddStatus(FigureChanges &statuses, uint32_t instant, HVC_ReturnStatus status) {
     if (AddValue(statuses, instant, NumberValue(status))) budget_.Take(16);
   }
@@ -309,10 +310,10 @@ class SpanReader {
   FigureBudget budget_;
   const SpanBands *bands_ = nullptr;
   Progress progress_;
-  size_t samples_ = 0;  // about the number of samples in the range
+  size_t samples_ = 0;  // the approximate number of samples in the range
   size_t steps_ = 0;
   PageSpan span_;
-  // The first and the last second of the samples since the last instant whose definitions differ.
+  // The first and the last second of the samples with other definitions since the last instant.
   std::optional<std::pair<int64_t, int64_t>> others_;
   std::string host_;
   std::vector<SpanRows> rows_;  // by family
@@ -330,9 +331,9 @@ int64_t StepOfSpan(int64_t seconds, int64_t least) {
   constexpr int64_t kSteps[] = {1,       2,           5,           10,           15,           30,
                                 kMinute, 2 * kMinute, 5 * kMinute, 10 * kMinute, 15 * kMinute, 30 * kMinute,
                                 kHour,   2 * kHour,   6 * kHour,   kDay};
-  // A forged history has samples at any interval.
+  // A forged history may state any interval.
   const int64_t bounded = std::min(least, std::max(seconds, kMinute));
-  // Both ends of the span can be parts of steps.
+  // The steps at both ends of the span may be partial.
   constexpr int64_t kMostWhole = kMaxSteps - 2;
   for (const int64_t step : kSteps) {
     if (step >= bounded && seconds / step <= kMostWhole) return step;

@@ -13,16 +13,16 @@ namespace nodal {
 
 struct SpanReading {
   PageSpan span;
-  PageData last;     // of the last instant; host and source are empty
-  std::string host;  // its name, which is not anonymized
+  PageData last;     // the data of the last instant; host and source are empty
+  std::string host;  // the host's name, which is not anonymized
 };
 
-// Reads the samples from `range.from` to `range.to`. Replaces names if `pseudonyms` is not null. Throws a Failure, also
-// if the span has no sample.
+// Reads the samples from `range.from` to `range.to`. Replaces names if `pseudonyms` is not null. Throws a Failure, for
+// example if the span has no sample.
 SpanReading ReadSpan(const RangeOptions &range, Pseudonyms *pseudonyms);
 
-// The length of the steps in seconds for a span of this length: a minute for a day. Not less than `least`, unless the
-// span is shorter.
+// Returns the length of the steps in seconds for a span of this length, such as a minute for a day. The result is at
+// least `least`, unless the span is shorter.
 int64_t StepOfSpan(int64_t seconds, int64_t least);
 
 }  // namespace nodal

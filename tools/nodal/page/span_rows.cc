@@ -10,7 +10,8 @@
 namespace nodal {
 namespace {
 
-// The figures of the views. Nodes that are missing here have all their figures: those of the host.
+// The figures that the views show. A node that is not listed here, such as the nodes of the host, shows all its
+// figures.
 struct ShownFields {
   uint32_t node;
   std::vector<std::string_view> names;
@@ -76,7 +77,7 @@ void SpanRows::AddColumns(const PageFamily &now) {
   }
 }
 
-// The first row stays the host's, whatever its name; it has the first one that could be read.
+// The top group always has the same row, even if its name changes. The row has the first name that could be read.
 size_t SpanRows::RowOf(const PageRow &row, int parent) {
   const bool isTop = row.instances.contains("group") && parent < 0;
   const auto [found, isNew] =

@@ -13,14 +13,14 @@
 
 namespace nodal {
 
-// Finds the rows of a span that the rows of single instants belong to. Rows with equal names and identifiers are the
-// same; something that takes the identifier of another thing has a row of its own.
+// Maps the rows of single instants to the rows of a span. Rows with equal names and identifiers are the same row. If a
+// new instance takes the identifier of an older one but has another name, it has its own row.
 class SpanRows {
  public:
   SpanRows(SpanFamily &family, FigureBudget &budget) : family_(family), budget_(budget) {}
 
-  // Updates which rows exist. Returns the row of the span for each row of the instant. The span gets the columns of the
-  // nodes of `now` that its views show.
+  // Updates which rows exist. Returns the row in the span for each row of the instant. The first call adds the columns
+  // that the views show.
   const std::vector<size_t> &Update(uint32_t instant, const PageFamily &now);
 
   // The last result of Update.

@@ -20,14 +20,14 @@ struct Box {
   double ofMembers = 0;
   double left = 0;
   double width = 0;
-  double used = 0;  // the width that placed members take
+  double used = 0;  // the width of the members that have been placed
   int level = 0;
   bool hasAmount = false;
 };
 
 std::vector<Box> Measure(const PageFamily &groups) {
   std::vector<Box> boxes(groups.rows.size());
-  // Members come after their group.
+  // Goes backwards, because members come after their group.
   for (size_t row = boxes.size(); row-- > 0;) {
     Box &box = boxes[row];
     const auto stats = groups.Get(nodes::sched_groups_stats_memoryStats, row);
@@ -38,7 +38,7 @@ std::vector<Box> Measure(const PageFamily &groups) {
   return boxes;
 }
 
-// Members that consume more than their group, because they share memory, are narrowed to fit.
+// If the members of a group consume more than the group, because they share memory, their boxes are narrowed to fit.
 void Place(const PageFamily &groups, std::vector<Box> &boxes) {
   if (boxes.empty()) return;
   boxes[0].width = boxes[0].extent > 0 ? kWidth : 0;
@@ -53,7 +53,7 @@ void Place(const PageFamily &groups, std::vector<Box> &boxes) {
   }
 }
 
-// "far", "near" or "at" the limit; "none" without one.
+// How near a group is to its limit: "far", "half", "near" or "at"; "none" if it has no limit.
 const char *Nearness(const PageFamily &groups, size_t row, double consumed) {
   const auto allocation = groups.Get(nodes::sched_groups_memAllocationInKB, row);
   if (!allocation || allocation->max == HVC_KB_NONE || allocation->max == 0) return "none";

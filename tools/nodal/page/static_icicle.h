@@ -1,4 +1,4 @@
-// The icicle of the groups as a picture, for readers without scripts.
+// The icicle chart of the groups as a picture, for readers without scripts.
 #ifndef NODAL_PAGE_STATIC_ICICLE_H
 #define NODAL_PAGE_STATIC_ICICLE_H
 
@@ -8,8 +8,8 @@
 
 namespace nodal {
 
-// An SVG element: a box per group below the group that contains it, as wide as what the group consumes. Groups that are
-// too narrow to be seen, and levels below the eighth, are omitted.
+// Returns an SVG element with a box for each group, below the box of its parent group. The width of a box shows how
+// much memory the group consumes. Omits groups that are too narrow to be seen, and levels below the eighth.
 std::string StaticIcicle(const PageFamily &groups);
 
 }  // namespace nodal

@@ -14,7 +14,7 @@ namespace {
 using platkit::history::TimeText;
 using Cells = std::vector<std::string>;
 
-// A figure of the first row in a step.
+// A value of the figure's first row, and the instant of its step.
 struct Extreme {
   int64_t value;
   uint32_t instant;

@@ -8,7 +8,8 @@
 
 namespace nodal {
 
-// A table of the host's smallest and largest figures, and when it had them.
+// Returns a paragraph about the span, and a table of the host's smallest and largest figures, with the steps in which
+// they occurred.
 std::string StaticSpan(const PageSpan &span);
 
 }  // namespace nodal

@@ -9,17 +9,17 @@
 namespace nodal {
 namespace {
 
-constexpr size_t kMaxRows = 50;  // of a table of groups or heaps
+constexpr size_t kMaxRows = 50;  // the maximum for a table of groups or heaps
 constexpr size_t kOrder2MB = 9;  // 4 KB times 2 to the 9
 constexpr size_t kOrder1GB = 18;
-constexpr uint64_t kBlockKB = 4;  // of order 0
+constexpr uint64_t kBlockKB = 4;  // the size of a block of order 0
 
 using Cells = std::vector<std::string>;
 
 std::string Amount(uint64_t kb) { return AmountText(Available(kb)); }
 std::string Limit(uint64_t kb) { return kb == HVC_KB_NONE ? "unlimited" : AmountText(kb); }
 
-// The rows with the largest values, largest first, at most kMaxRows.
+// Returns at most kMaxRows rows: those with the largest values, largest first.
 template <typename Value>
 std::vector<size_t> Largest(const PageFamily &family, Value value) {
   std::vector<size_t> rows(family.rows.size());
@@ -35,7 +35,7 @@ std::string Shown(size_t count, size_t all) {
   return count == all ? "" : " (the largest " + std::to_string(count) + " of " + std::to_string(all) + ")";
 }
 
-// The free memory in blocks of at least this order, in KB.
+// Returns the free memory in blocks of at least this order, in KB.
 uint64_t FreeKB(const BuddyComprehensiveRecord &buddy, size_t order) {
   uint64_t kb = 0;
   for (size_t i = order; i < std::size(buddy.sizes); ++i)

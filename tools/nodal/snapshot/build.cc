@@ -76,7 +76,7 @@ HVC_ReturnStatus AddNode(std::string_view key, const Json &json, SnapshotWriter 
 
 bool IsReserved(std::string_view key) { return snapshot::IsReservedKey(key) || snapshot::IsHeaderKey(key); }
 
-// Messages name an entry by its path or, with `hex`, by the hexadecimal key in the file.
+// Messages name an entry by its path or, if `hex` is true, by its hexadecimal key in the JSON file.
 void AddNodes(const Json &nodes, bool hex, SnapshotWriter &writer) {
   if (!nodes.is_object()) throw InvalidJson("expected an object, got " + Brief(nodes));
   for (const auto &[name, value] : nodes.items()) {

@@ -1,4 +1,4 @@
-// A snapshot from JSON in the form of a dump.
+// Builds a snapshot from JSON in the form of a dump.
 #ifndef NODAL_SNAPSHOT_BUILD_H
 #define NODAL_SNAPSHOT_BUILD_H
 
@@ -6,7 +6,7 @@
 
 namespace nodal {
 
-// `json` is a file, or "-" for standard input. Throws a Failure, without writing a snapshot.
+// `json` is a file, or "-" for standard input. Throws a Failure and writes no snapshot if this fails.
 void BuildSnapshot(const std::string &json, const std::string &snapshot);
 
 }  // namespace nodal

@@ -17,10 +17,10 @@ class DiffPrinter {
   virtual void End() = 0;
 };
 
-// Text for people. Without a change, it prints nothing.
+// Prints text for people, or nothing if there is no change.
 std::unique_ptr<DiffPrinter> MakeDiffTextPrinter();
 
-// A JSON object with one change a line.
+// Prints a JSON object with one change per line.
 std::unique_ptr<DiffPrinter> MakeDiffJsonPrinter();
 
 }  // namespace nodal

@@ -80,7 +80,7 @@ class DiffTextPrinter : public DiffPrinter {
     return row;
   }
 
-  // Shows unnamed bytes from the first to the last that changed.
+  // Shows the unnamed bytes from the first to the last byte that changed.
   static Row RowOfGap(const FieldChange &change) {
     const auto &from = change.from.get_ref<const std::string &>(), &to = change.to.get_ref<const std::string &>();
     const auto digits = [](auto first, auto different) { return static_cast<size_t>(different - first); };
@@ -105,7 +105,7 @@ class DiffTextPrinter : public DiffPrinter {
       Print("    + " + Shown(entry) + "\n");
   }
 
-  // An entry of a list, or a value as in a dump.
+  // Formats an entry of a list, or a value in the form of a dump.
   static std::string Shown(const OrderedJson &value) {
     if (value.is_string()) return Printable("'" + value.get_ref<const std::string &>() + "'");
     if (value.is_number_integer()) return value.dump();

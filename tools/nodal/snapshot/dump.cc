@@ -10,8 +10,8 @@ namespace {
 
 namespace snapshot = platkit::snapshot;
 
-// One field a line, so that text tools show which field differs. A value of a single field stays on the line of its
-// key.
+// Prints one field per line, so that text tools show which field differs. A value with a single field stays on the line
+// of its key.
 void PrintEntry(const char *separator, const std::string &key, const OrderedJson &value) {
   const bool oneLine = !value.is_object() || value.size() < 2;
   const std::string text = value.dump(oneLine ? -1 : 2, ' ', true);
@@ -23,7 +23,7 @@ void PrintEntry(const char *separator, const std::string &key, const OrderedJson
   Print(line);
 }
 
-// Prints the nodes whose keys are UTF-8, or those whose keys are not. Returns whether it left some out.
+// If `utf8` is true, prints the nodes whose keys are UTF-8, else all other nodes. Returns whether it omitted any.
 bool PrintNodes(OpenedSnapshot &snapshot, bool utf8) {
   const char *separator = "\n";
   bool hasOthers = false;

@@ -1,4 +1,4 @@
-// A snapshot as JSON, in the form that nodal-snapshot(5) describes.
+// Prints a snapshot as JSON, in the form that nodal-snapshot(5) describes.
 #ifndef NODAL_SNAPSHOT_DUMP_H
 #define NODAL_SNAPSHOT_DUMP_H
 
@@ -6,7 +6,7 @@
 
 namespace nodal {
 
-// Prints it. Throws a Failure.
+// Throws a Failure if the snapshot is unreadable or damaged.
 void DumpSnapshot(const std::string &snapshot);
 
 }  // namespace nodal

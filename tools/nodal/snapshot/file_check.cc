@@ -75,7 +75,7 @@ class FileCheck {
   }
 
   void CheckValue(const std::string &key, const Value &value) {
-    if (snapshot::IsHeaderKey(key)) return;  // read when the file was opened
+    if (snapshot::IsHeaderKey(key)) return;  // checked when the file was opened
     if (snapshot::IsFailureKey(key)) return CheckFailure(key, value);
     PathTarget target = platkit::ParsePath(key);
     if (target.node == nullptr) {

@@ -12,7 +12,7 @@
 
 namespace nodal {
 
-// The nodes in a snapshot file that passed the check.
+// The nodes that passed the check of a snapshot file.
 struct CheckedNodes {
   std::map<std::string, platkit::PathTarget> byPath;
   std::set<std::string> unread;  // the paths of nodes that are saved as unreadable

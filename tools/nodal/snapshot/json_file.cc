@@ -25,7 +25,7 @@ constexpr size_t kMaxDepth = 64;  // JSON of a snapshot has fewer than ten level
   throw Failure(path, "larger than 1 GiB, the maximum for JSON");
 }
 
-// A NUL, which no JSON contains, is reported at once: devices such as /dev/zero have no end.
+// Throws at the first NUL, which valid JSON never contains, because devices such as /dev/zero have no end.
 std::string ReadAll(std::FILE *file, const std::string &path) {
   std::string text;
   char block[65536];
@@ -50,9 +50,9 @@ std::string ReadFile(const std::string &path) {
   return ReadAll(file.get(), path);
 }
 
-// Finds duplicate keys, of which the parser silently keeps the last value, and excessive nesting, which would exhaust
-// the stack. This needs a pass of its own over the text, because the parser's callback takes quadratic time in the size
-// of an object.
+// Finds duplicate keys and excessive nesting. The parser would silently keep only the last value of a duplicate key,
+// and excessive nesting would exhaust the stack. This check is a separate pass over the text, because the parser's
+// callback takes quadratic time in the size of an object.
 class StructureCheck : public nlohmann::json_sax<Json> {
  public:
   bool key(std::string &name) override {
@@ -81,7 +81,7 @@ class StructureCheck : public nlohmann::json_sax<Json> {
   bool number_float(double, const std::string &) override { return true; }
   bool string(std::string &) override { return true; }
   bool binary(Json::binary_t &) override { return true; }
-  // The parser reports it.
+  // Json::parse will report the error.
   bool parse_error(size_t, const std::string &, const nlohmann::detail::exception &) override { return false; }
 
  private:
@@ -100,7 +100,7 @@ class StructureCheck : public nlohmann::json_sax<Json> {
   size_t depth_ = 0;
 };
 
-// Line and column of the last character that the parser read, counted from 1.
+// Returns the line and column of the last character that the parser read, counted from 1.
 std::string Place(const std::string &text, size_t bytesRead) {
   const std::string_view before = std::string_view(text).substr(0, bytesRead == 0 ? 0 : bytesRead - 1);
   const auto line = 1 + std::ranges::count(before, '\n');
@@ -108,7 +108,7 @@ std::string Place(const std::string &text, size_t bytesRead) {
   return std::to_string(line) + ":" + std::to_string(before.size() - lineStart + 1);
 }
 
-// The JSON library's message without its name and position.
+// Returns the JSON library's message without the error's identifier and position.
 std::string Reason(const Json::exception &error) {
   std::string what = error.what();
   for (const char *prefix : {"] ", "parse error", ": "}) {
@@ -128,7 +128,7 @@ Json ParseJsonFile(const std::string &path) {
   } catch (const Json::parse_error &error) {
     throw Failure(path + ":" + Place(text, error.byte), Reason(error));
   } catch (const Json::out_of_range &error) {
-    throw Failure(path, Reason(error));  // a number; the library does not say where
+    throw Failure(path, Reason(error));  // a number out of range; the library does not say where
   }
 }
 

@@ -8,8 +8,8 @@
 
 namespace nodal {
 
-// `path` is a file, or "-" for standard input. Throws a Failure for a file that exceeds 1 GiB, and with line and column
-// for a syntax error. Throws an InvalidJson for a duplicate key or excessive nesting.
+// `path` is a file, or "-" for standard input. Throws a Failure if the file is unreadable or exceeds 1 GiB, or for a
+// syntax error, with line and column. Throws an InvalidJson for a duplicate key or excessive nesting.
 Json ParseJsonFile(const std::string &path);
 
 }  // namespace nodal

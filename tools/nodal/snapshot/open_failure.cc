@@ -19,8 +19,8 @@ struct TableHead {
   uint32_t slots;
 };
 
-// The size that the file's own table of contents requires: each hash table follows the one before it. Nothing if the
-// table of contents is damaged or incomplete.
+// Returns the size that the file's own table of contents requires: each hash table starts where the previous one ends.
+// Returns std::nullopt if the table of contents is damaged or incomplete.
 std::optional<uint64_t> RequiredSize(std::ifstream &file) {
   std::array<TableHead, snapshot::kTables> tables;
   static_assert(sizeof tables == snapshot::kContentsBytes);

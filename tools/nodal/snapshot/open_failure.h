@@ -8,7 +8,7 @@
 
 namespace nodal {
 
-// `status` is what opening the path returned. Reads the file to distinguish a truncated snapshot from a damaged one.
+// `status` is the failure of opening the path. Reads the file to distinguish a truncated snapshot from a damaged one.
 Failure OpenFailure(const std::string &path, HVC_ReturnStatus status);
 
 }  // namespace nodal

@@ -165,7 +165,7 @@ std::string ShownValue(const Field &field, const OrderedJson &value) {
   if (value.is_object()) return "hex " + value["hex"].get<std::string>();
   if (value.is_string()) return Printable(value.get_ref<const std::string &>());
   if (field.unit != platkit::FieldUnit::FLAGS) return value.dump();
-  // All ones are -1 in the JSON.
+  // In the JSON, -1 stands for all bits set.
   char hex[24];
   std::snprintf(hex, sizeof hex, "0x%llx", static_cast<unsigned long long>(value.get<uint64_t>() & AllOnes(field)));
   return hex;

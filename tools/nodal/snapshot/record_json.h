@@ -1,4 +1,5 @@
-// Records, texts and statuses to JSON and back. The functions from JSON throw an InvalidJson for an invalid value.
+// Converts records, texts and statuses to JSON and back. The ...FromJson functions throw an InvalidJson for an invalid
+// value.
 #ifndef NODAL_SNAPSHOT_RECORD_JSON_H
 #define NODAL_SNAPSHOT_RECORD_JSON_H
 
@@ -24,27 +25,27 @@ class InvalidJson : public std::runtime_error {
 
 OrderedJson RecordToJson(const platkit::RecordLayout &layout, std::span<const std::byte> record);
 
-// `record` has the record's size.
+// REQUIRES: `record` has the size that the layout states.
 void RecordFromJson(const platkit::RecordLayout &layout, const Json &json, std::span<std::byte> record);
 
-// The bytes of a field in its record.
+// Returns the bytes of a field in its record.
 std::span<const std::byte> BytesOfField(const platkit::Field &field, std::span<const std::byte> record);
 
-// The value of a field. Unnamed bytes become hexadecimal digits.
+// Converts the value of a field. Unnamed bytes become hexadecimal digits.
 OrderedJson FieldToJson(const platkit::Field &field, std::span<const std::byte> bytes);
 
 // Formats a named field's value from JSON for people.
 std::string ShownValue(const platkit::Field &field, const OrderedJson &value);
 
-// A string, or {"hex": ...} if the text is not UTF-8.
+// A text becomes a string, or {"hex": ...} if it is not UTF-8.
 OrderedJson TextToJson(std::string_view text);
 std::string TextFromJson(const Json &json);
 
-// {"status": "No permission"}, or the number of a status without text.
+// A status becomes an object such as {"status": "No permission"}, with the status's number if it has no text.
 OrderedJson FailureToJson(HVC_ReturnStatus failure);
 HVC_ReturnStatus FailureFromJson(const Json &json);
 
-// The value in one short line, for messages.
+// Returns the value in one short line, for messages.
 std::string Brief(const Json &json);
 
 }  // namespace nodal

@@ -12,7 +12,7 @@ namespace {
 
 using platkit::PathTarget;
 
-// Lists that cannot be read are absent: the check of the file has reported them.
+// Treats lists that cannot be read as absent, because the check of the file has already reported them.
 class SoundTree : public SourceTree {
  public:
   using SourceTree::SourceTree;
@@ -38,7 +38,7 @@ class ReferenceCheck {
   }
 
  private:
-  // Reports the first instance in a path that nothing refers to.
+  // Reports the first instance in a path to which nothing refers.
   void CheckOwners(const Node &node, const Arguments &arguments) {
     Arguments outer;
     for (const Argument &argument : arguments) {
@@ -79,8 +79,8 @@ class ReferenceCheck {
     return std::string(what) + " " + ShownForm(argument);
   }
 
-  // Reports an instance without any node that the node at `path` refers to. `outer` has the kinds of `outerArguments`,
-  // the instances to which it belongs.
+  // Reports an instance to which the node at `path` refers, if the snapshot has no node of the instance.
+  // `outerArguments` are the instances to which it belongs, and `outer` are their kinds.
   void CheckNamed(const std::string &path, const std::string &how, Outer outer, const Arguments &outerArguments,
                   std::string_view what, const Argument &instance) {
     const std::vector<std::string> paths = PathsOfInstance(what, instance, outer, outerArguments);
@@ -110,7 +110,7 @@ class ReferenceCheck {
     if (const auto monitor = MonitorOf(tree_, client)) CheckNamed(path, "names", {}, {}, "client", *monitor);
   }
 
-  // Each group but group 0 is listed by one parent, which its record names.
+  // Exactly one parent must list each group except group 0, and the group's record must name this parent.
   void CheckHierarchy() {
     for (const auto &[group, parents] : parents_) {
       const std::string path = PathOf(nodes::sched_groups_parentGroupID, {IntArgument(group)});

@@ -7,8 +7,8 @@
 
 namespace nodal {
 
-// Reports references to instances without any node, and nodes of instances that nothing refers to.
-// `source` reads the snapshot.
+// Reports references to instances that have no node, and nodes of instances to which nothing refers. `source` reads the
+// snapshot.
 void CheckReferences(const CheckedNodes &nodes, platkit::Source &source, Problems &problems);
 
 }  // namespace nodal

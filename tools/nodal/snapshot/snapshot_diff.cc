@@ -45,7 +45,7 @@ void AddFieldChanges(const platkit::RecordLayout &layout, std::span<const std::b
   }
 }
 
-// The entries that `list` has more often than `other`.
+// Returns the entries that occur more often in `list` than in `other`.
 OrderedJson EntriesMissingIn(const OrderedJson &other, const OrderedJson &list) {
   std::map<OrderedJson, size_t> counts;
   for (const OrderedJson &entry : other)
@@ -82,7 +82,7 @@ Change Compare(std::string_view path, const SnapshotEntries &from, const Snapsho
   return change;
 }
 
-// Null for a node that could be read.
+// Returns the failure of a node that could not be read, else null.
 OrderedJson FailureIn(const SnapshotEntries &entry) {
   return platkit::snapshot::IsFailureKey(entry.key()) ? ValueToJson(entry.key(), entry.value()) : OrderedJson();
 }

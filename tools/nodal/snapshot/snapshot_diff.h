@@ -19,7 +19,8 @@ struct FieldChange {
   OrderedJson from;
   OrderedJson to;
 
-  // `to` minus `from`. Nothing for a field that is no amount, and for values that are not available.
+  // Returns `to` minus `from`, or std::nullopt if the field is not an amount, a value is unavailable or unlimited, or
+  // the difference does not fit.
   std::optional<int64_t> difference() const;
 };
 
@@ -28,13 +29,13 @@ struct Change {
 
   Kind kind;
   std::string path;
-  // Of a record.
+  // The changed fields of a record.
   std::vector<FieldChange> fields = {};
-  // Of a list: the entries that only one snapshot has. If both are empty, only the order differs.
+  // The entries of a list that only one snapshot has. If both are empty, only the order differs.
   OrderedJson removed = {};
   OrderedJson added = {};
-  // Values as in a dump. For a removed or added node: its value if it could not be read. For a node in both snapshots:
-  // both values if either could not be read or does not fit the catalogue.
+  // Values in the form of a dump. For a node that vanished or appeared: its value if it could not be read. For a node
+  // in both snapshots: both values if either could not be read or does not fit the catalogue.
   OrderedJson from = {};
   OrderedJson to = {};
 };

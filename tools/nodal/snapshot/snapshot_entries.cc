@@ -31,7 +31,8 @@ bool SnapshotEntries::NextOfFile() {
   const std::string previous = std::move(key_);
   key_ = cursor_.key();
   status = cursor_.Read(value_);
-  // Values have a checksum. A key that was overwritten is no longer found through the index.
+  // The checksum of a value does not cover its key, but the index no longer leads to an entry whose key was
+  // overwritten.
   if (status == HVC_OK && !snapshot_.file.IndexLeadsTo(key_, cursor_.position())) status = HVC_SNAPSHOT_DAMAGED;
   if (status != HVC_OK) throw Failure(snapshot_.path, key_ + ": " + StatusText(status));
   const bool ascending = isFirst_ || previous < key_;

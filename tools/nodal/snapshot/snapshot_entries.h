@@ -16,12 +16,13 @@ struct OpenedSnapshot {
   platkit::snapshot::SnapshotFile file;
 };
 
-// Reads the entries in the order of their keys, without those of the header.
+// Reads the entries in the order of their keys, without the entries of the header.
 class SnapshotEntries {
  public:
   explicit SnapshotEntries(OpenedSnapshot &snapshot) : snapshot_(snapshot), cursor_(snapshot.file) {}
 
-  // Goes to the next entry; false at the end. Throws a Failure if the file is damaged or its keys are not in order.
+  // Moves to the next entry. Returns false at the end. Throws a Failure if the file is damaged or its keys are not in
+  // order.
   bool Next();
 
   const std::string &key() const { return key_; }

@@ -10,19 +10,19 @@
 
 namespace nodal {
 
-// Whether the value has the type and size that the catalogue has for `target`. REQUIRES: target.node is not null.
+// Whether the value has the type and size that the catalogue states for `target`. REQUIRES: target.node is not null.
 bool IsAsKnown(const platkit::PathTarget &target, const platkit::snapshot::Value &value);
 
-// By the catalogue if the value matches it, otherwise raw.
+// Converts a value as the catalogue describes it if IsAsKnown is true, else as RawToJson does.
 OrderedJson ValueToJson(std::string_view key, const platkit::snapshot::Value &value);
 
-// REQUIRES: IsAsKnown.
+// REQUIRES: IsAsKnown is true for the value.
 OrderedJson ListToJson(const platkit::snapshot::Value &value);
 
-// The type and the payload in hexadecimal.
+// Converts a value to its type and its payload in hexadecimal.
 OrderedJson RawToJson(const platkit::snapshot::Value &value);
 
-// The value of a node that could not be read. A value of another form is raw.
+// Converts the value of a node that could not be read. A value that is not a status is converted as RawToJson does.
 OrderedJson StoredFailureToJson(const platkit::snapshot::Value &value);
 
 }  // namespace nodal

@@ -8,7 +8,7 @@
 
 namespace nodal {
 
-// The time of a clock, such as CLOCK_MONOTONIC, in nanoseconds.
+// Returns the time of a clock, such as CLOCK_MONOTONIC, in nanoseconds.
 inline int64_t NanosecondsOf(clockid_t clock) {
   timespec now = {};
   clock_gettime(clock, &now);

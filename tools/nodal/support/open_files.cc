@@ -7,7 +7,7 @@
 namespace nodal {
 namespace {
 
-// A file that stays open takes 4 KB of the kernel's memory.
+// An open file takes about 4 KB of kernel memory.
 constexpr size_t kMaxKeptFiles = 10'000;
 constexpr size_t kOtherFiles = 128;
 

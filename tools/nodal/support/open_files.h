@@ -1,4 +1,4 @@
-// The limit of open files.
+// The limit on open files.
 #ifndef NODAL_SUPPORT_OPEN_FILES_H
 #define NODAL_SUPPORT_OPEN_FILES_H
 
@@ -6,7 +6,8 @@
 
 namespace nodal {
 
-// The number of files that may stay open between samples of a host. Raises the limit of the process as far as it may.
+// Raises the process's soft limit on open files as far as needed and allowed. Returns the number of files that may stay
+// open between samples of a host.
 size_t OpenFilesToKeep();
 
 }  // namespace nodal

@@ -16,7 +16,7 @@ namespace {
 
 const char *programName = "nodal";
 
-// A message can quote a file that it complains about, whose author may have put megabytes there.
+// A message can quote the file that it complains about, and that file may contain megabytes of text.
 constexpr size_t kMaxMessage = 8192;
 
 }  // namespace
@@ -42,7 +42,7 @@ void FlushOutput() {
 }
 
 void FinishOutput() {
-  // Some file systems report a full disk only here.
+  // Some file systems report a full disk only when a file is closed.
   if (std::fflush(stdout) != 0 || std::fclose(stdout) != 0) throw Failure("standard output", std::strerror(errno));
 }
 

@@ -10,29 +10,30 @@
 
 namespace nodal {
 
-// Ends a command. The message says where the failure is and what it is.
+// Ends a command. The message names the place of the failure, such as a file, and its cause.
 class Failure : public std::runtime_error {
  public:
   Failure(std::string_view where, std::string_view what);
   Failure(std::string_view where, HVC_ReturnStatus status);
 };
 
-// Throws std::bad_alloc for HVC_NO_MEMORY, and returns other statuses.
+// Throws std::bad_alloc for HVC_NO_MEMORY. Returns any other status unchanged.
 HVC_ReturnStatus ThrowIfOutOfMemory(HVC_ReturnStatus status);
 
-// These throw if standard output cannot be written.
+// These functions throw a Failure if standard output cannot be written.
 void Print(std::string_view text);
 void FlushOutput();
 void FinishOutput();
 
-// The program's name in its messages (default: nodal). The text must be static.
+// Sets the program's name in its messages (default: nodal). `name` must stay valid, because only the pointer is stored.
 void SetProgramName(const char *name);
 
-// Writes a line to standard error, without control characters. Truncates a message of more than 8 KB.
+// Writes a message as one line to standard error, after replacing characters as Printable does. Truncates the message
+// to 8 KB.
 void Complain(std::string_view message);
 
-// Occupies closed standard descriptors with descriptors on which reading or writing fails. Otherwise the next opened
-// file would get such a descriptor, and output would go into the file.
+// Opens /dev/null on each closed standard descriptor, so that reading or writing the descriptor fails. Otherwise, the
+// next opened file would get this descriptor, and output would go into the file.
 void HoldStandardDescriptors();
 
 }  // namespace nodal

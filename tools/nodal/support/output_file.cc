@@ -41,7 +41,8 @@ void WriteFile(const std::string &path, platkit::Readers readers,
   errno = 0;
   status = write(file.fd());
   if (status == HVC_OK) status = file.Sync();
-  // Writing and syncing take long. After the rename, the file is there, and the command has succeeded.
+  // A signal may have arrived while the file was written and synced. After the rename, the command has succeeded and
+  // must not fail.
   ThrowIfSignalled();
   if (status == HVC_OK) status = file.Commit();
   ThrowUnlessOk(path, status);

@@ -10,11 +10,12 @@
 
 namespace nodal {
 
-// Writes the whole text, and leaves errno set if it fails.
+// Writes the whole text. If this fails, returns a failure status and leaves errno set.
 [[nodiscard]] HVC_ReturnStatus WriteAll(int fd, std::string_view text);
 
-// Writes a file that appears whole or not at all. `write` fills it and leaves errno set if it fails. A signal that asks
-// the program to end leaves no file. Throws a Failure that names the cause.
+// Writes a file that appears whole or not at all. `write` fills the file; if it fails, it returns a failure status and
+// leaves errno set. Throws a Failure that names the cause, also if a signal asks the program to end before the file is
+// complete.
 void WriteFile(const std::string &path, platkit::Readers readers, const std::function<HVC_ReturnStatus(int fd)> &write);
 void WriteFile(const std::string &path, platkit::Readers readers, std::string_view text);
 

@@ -8,7 +8,7 @@
 
 namespace nodal {
 
-// Draws on standard error if that is a terminal, and erases the bar at the end.
+// Draws on standard error if that is a terminal. The destructor erases the bar.
 class Progress {
  public:
   Progress();
@@ -30,7 +30,7 @@ class Progress {
   size_t total_ = 0;
   std::string what_;
   Clock::time_point next_ = Clock::now();
-  size_t width_ = 0;  // of the drawn line
+  size_t width_ = 0;  // the width of the drawn line
 };
 
 }  // namespace nodal

@@ -9,16 +9,18 @@
 
 namespace nodal {
 
-// From now on, SIGINT, SIGTERM and SIGHUP are only recorded. Signals that are ignored stay ignored.
+// Catches SIGINT, SIGQUIT, SIGTERM and SIGHUP: from now on, their arrival is only recorded. A signal that is ignored
+// stays ignored.
 void CatchSignals();
 
-// Throws a Failure if one of them has arrived.
+// Throws a Failure if one of these signals has arrived.
 void ThrowIfSignalled();
 
-// As CatchSignals, but the signals arrive only in PollForSignals, so that they interrupt nothing else.
+// Like CatchSignals, but the signals are delivered only in PollForSignals, so that they interrupt no other call.
 void HoldSignals();
 
-// Waits until a descriptor is ready, the time has passed, or a signal has arrived. False if one has arrived.
+// Waits until a descriptor is ready, the time has passed, or a signal has arrived. Returns false if a signal has
+// arrived.
 bool PollForSignals(std::span<pollfd> descriptors, int64_t nanoseconds);
 
 }  // namespace nodal

@@ -14,11 +14,11 @@ namespace nodal {
 
 bool IsUtf8(std::string_view text);
 
-// Replaces what can change a terminal by what `escape` returns for it: control characters, characters that change the
-// direction of text, and bytes that are not UTF-8.
+// Replaces everything that can change the state of a terminal with the result of `escape`. This affects control
+// characters, characters that change the direction of text, and bytes that are not valid UTF-8.
 std::string Escaped(std::string_view text, std::string (*escape)(std::string_view character));
 
-// The same, with '?' for each.
+// Like Escaped, with '?' as each replacement.
 std::string Printable(std::string_view text);
 
 std::string ToHex(std::span<const std::byte> bytes);
@@ -26,12 +26,12 @@ std::optional<std::string> FromHex(std::string_view digits);
 
 inline std::span<const std::byte> BytesOf(std::string_view text) { return std::as_bytes(std::span(text)); }
 
-// "1 record", "2 records".
+// For example "1 record" or "2 records".
 std::string Plural(size_t count, const std::string &what);
 
 std::string StatusText(HVC_ReturnStatus status);
 
-// The status with that text, if any.
+// Returns the status that has this text, or std::nullopt if there is none.
 std::optional<HVC_ReturnStatus> StatusOfText(std::string_view text);
 
 }  // namespace nodal

@@ -32,7 +32,7 @@ std::string Digits(double number, int decimals) {
   return text;
 }
 
-// Three digits and a letter. `units` has the letter of each power of `base`.
+// Formats a number as three digits and a letter. `units` contains the letter for each power of `base`.
 std::string Scaled(double number, double base, std::string_view units) {
   size_t unit = 0;
   for (; std::abs(number) >= 999.5 && unit + 1 < units.size(); ++unit)
@@ -48,7 +48,7 @@ std::string CountText(double count, Unit unit, bool isRate) {
   return Digits(count, isRate && count < 100 && count != std::floor(count) ? 2 : 0);
 }
 
-// The flags of a group as kestrel prints them.
+// Formats the flags of a group as kestrel prints them.
 std::string FlagsText(uint32_t flags) {
   std::string text;
   for (const auto &[flag, name] : platkit::kGroupFlagNames) {

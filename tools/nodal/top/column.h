@@ -1,4 +1,4 @@
-// The columns of the live view. One table a screen lists them.
+// The columns of the live view. Each screen has one table of them.
 #ifndef NODAL_TOP_COLUMN_H
 #define NODAL_TOP_COLUMN_H
 
@@ -16,7 +16,7 @@ namespace nodal::top {
 
 enum class Use : uint8_t {
   kText,         // a text of the record
-  kLevel,        // how much there is now; those of several rows add up
+  kLevel,        // a current amount or number, which adds up over rows
   kCounter,      // only grows, and adds up; NAME/s is its change per second
   kHostCounter,  // a counter of the whole host: each row has the same figure, which does not add up
   kSetting,      // a limit, a share or an identifier: does not add up, and is no sign of activity
@@ -29,24 +29,24 @@ struct Term {
   uint32_t offset = 0;
   int factor = 1;
   uint8_t state = 0;            // for a count of state transitions: the state
-  bool isBufferMemory = false;  // the buffers of all sizes, as memory; the field is that of the smallest size
+  bool isBufferMemory = false;  // the memory of the buffers of all sizes; the field is the smallest size's
 
   explicit constexpr operator bool() const { return node != platkit::NodeId::kNone; }
 };
 
-// A node or a field that does not exist does not compile.
+// A node or a field that does not exist is a compile error.
 #define TOP_FIELD(node, field) \
   Term { platkit::NodeId::node, offsetof(decltype(platkit::nodes::node)::Record, field) }
 #define TOP_TIMES(node, field, factor) \
   Term { platkit::NodeId::node, offsetof(decltype(platkit::nodes::node)::Record, field), factor }
 
 struct Column {
-  std::string_view name;  // as in the reports
+  std::string_view name;  // the name in the reports
   Use use;
   std::array<Term, 4> terms = {};  // their sum is the figure
   Term otherwise = {};             // the figure of rows without the record of the first term
   bool isDefault = false;
-  // Needed only if it does not follow from the unit of the field.
+  // Set only if the quantity does not follow from the unit of the field.
   Quantity quantity = Quantity::kCount;
   std::string_view meaning = {};  // instead of the field's description
   // Instead of terms: the columns whose figures add up to this one.
@@ -61,10 +61,10 @@ struct Column {
   bool AddsUp() const { return use == Use::kLevel || use == Use::kCounter; }
 };
 
-// The field at an offset of a record, also in the entries of an array.
+// Returns the field at an offset of a record, which may be in an entry of an array.
 const platkit::Field &FieldAt(const platkit::RecordLayout &layout, uint32_t offset);
 
-// A column as it is shown.
+// A shown column: its figure, or the rate of this figure.
 struct ColumnChoice {
   const Column *column = nullptr;
   bool isRate = false;

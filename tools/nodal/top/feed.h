@@ -1,4 +1,4 @@
-// Where the samples of the live view come from.
+// The sources of samples for the live view.
 #ifndef NODAL_TOP_FEED_H
 #define NODAL_TOP_FEED_H
 
@@ -14,42 +14,42 @@ class Feed {
  public:
   virtual ~Feed() = default;
 
-  // Takes the next sample or, with `isBack`, the one before in a history. False if there is none.
+  // Takes the next sample or, with `isBack`, the previous one of a history. Returns false if there is none.
   virtual bool Step(bool isBack) = 0;
 
-  // How many groups the last sample had. With many, a feed may take cheaper samples.
+  // Tells the feed how many groups the last sample had. With many groups, a feed may take cheaper samples.
   virtual void AdaptTo(size_t groups) { static_cast<void>(groups); }
 
   // The present sample. It changes only with Step.
   virtual platkit::Source &Now() = 0;
 
-  // The sample before it, if the feed still has it, else null.
+  // The previous sample if the feed still has it, else null.
   virtual platkit::Source *Before() { return nullptr; }
 
   // The seconds between the previous sample and the present one; 0 if unknown.
   virtual double Seconds() const = 0;
 
-  virtual std::string Host() const = 0;  // its name, printable
-  virtual std::string Time() const = 0;  // of the present sample, in UTC
-  // The kind of the samples, in words.
+  virtual std::string Host() const = 0;  // the host's name, printable
+  virtual std::string Time() const = 0;  // the time of the present sample, in UTC
+  // The kind of the samples, in words for the user.
   virtual std::string Kind() const = 0;
 
   virtual bool isLive() const { return false; }
   virtual bool isHistory() const { return false; }
 
-  // The path that opens the present sample of a history; else empty.
+  // The path that opens the present sample if it belongs to a history, else empty.
   virtual std::string Moment() const { return ""; }
 
   // A problem of the last step, for the user.
   virtual std::string Problem() const { return ""; }
 };
 
-// These throw a Failure.
+// These functions throw a Failure if the source cannot be opened.
 std::unique_ptr<Feed> OpenSnapshotFeed(const std::string &path);
-// FOLDER or FOLDER@TIME.
+// `path` is FOLDER or FOLDER@TIME.
 std::unique_ptr<Feed> OpenHistoryFeed(const std::string &path);
 
-// The feed of a source that was given by --cache and --root; both may be empty.
+// Opens the source that --cache or --root names, or the running host if both are empty.
 std::unique_ptr<Feed> OpenFeed(const std::string &cache, const std::string &root);
 
 }  // namespace nodal::top

@@ -53,7 +53,7 @@ std::string Clip(std::string_view text, size_t width) {
 std::string Fit(std::string_view text, size_t width, Align align) {
   std::string fitted = Clip(text, width);
   if (WidthOf(text) > width && width > 0) {
-    // A wide character that does not fit leaves room for the mark.
+    // Leaves room for the '~'.
     fitted = Clip(text, width - 1);
     fitted += '~';
   }

@@ -1,4 +1,4 @@
-// What the terminal shows, as lines of styled texts.
+// The contents of the terminal, as lines of styled texts.
 #ifndef NODAL_TOP_FRAME_H
 #define NODAL_TOP_FRAME_H
 
@@ -9,7 +9,7 @@
 
 namespace nodal::top {
 
-// Each has a form without colours.
+// Each style also has a form without colours.
 enum class Style : uint8_t { kPlain, kTitle, kHeading, kSortedHeading, kSelected, kDim, kStrong, kWarning };
 
 struct Span {
@@ -21,21 +21,22 @@ using Line = std::vector<Span>;
 
 struct Frame {
   std::vector<Line> lines;
-  // Where the cursor of a prompt is, if there is one.
+  // The cursor of a prompt, if there is one, is on the last line.
   bool hasCursor = false;
   size_t cursorColumn = 0;
 };
 
 enum class Align : uint8_t { kLeft, kRight };
 
-// The columns of a terminal that a text takes. The texts of these functions are printable.
+// Returns the number of terminal columns that a text takes. REQUIRES for this function, Fit and Clip: the text is
+// printable.
 size_t WidthOf(std::string_view text);
 
-// The text in exactly `width` columns: padded, or truncated with '~' at its end. Characters that the locale cannot show
-// become '?'.
+// Returns the text in exactly `width` columns: padded, or truncated with '~' as its last character. Characters that the
+// locale cannot show become '?'.
 std::string Fit(std::string_view text, size_t width, Align align = Align::kLeft);
 
-// The start of the text that fits into `width` columns, without padding.
+// Returns the start of the text that fits into `width` columns, without padding.
 std::string Clip(std::string_view text, size_t width);
 
 std::string TextOf(const Line &line);

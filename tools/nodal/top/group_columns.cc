@@ -12,7 +12,7 @@ using enum Use;
 #define WORLD(field) \
   { TOP_FIELD(sched_memClients_kestrel_uw, field) }
 
-// The columns of group-stats and, below them, those of uw-stats that group-stats does not have.
+// The columns of group-stats, and after them the columns that only uw-stats has.
 constexpr Column kColumns[] = {
     {.name = "gid", .use = kSetting, .quantity = Quantity::kIdentifier, .meaning = "the group's number"},
     {.name = "parGid", .use = kSetting, .terms = {TOP_FIELD(sched_groups_parentGroupID, parentGroupID)}},

@@ -36,7 +36,7 @@ class HistoryCursor {
     open_.reset();
   }
 
-  // The last sample at or before a second.
+  // Finds the last sample at or before a second.
   std::optional<Place> FindLast(int64_t second) {
     const auto &segments = history_->segments();
     auto name = std::ranges::upper_bound(segments, SegmentName::AtSecond(second));
@@ -79,7 +79,7 @@ class HistoryCursor {
  private:
   const platkit::history::SampleInfo &InfoAt(size_t index) const { return reader_.frames()[order_[index]].info; }
 
-  // False for a segment that was removed or is damaged.
+  // Returns false for a segment that was removed or is damaged.
   bool Open(const SegmentName &name) {
     if (open_ == name) return true;
     open_.reset();
@@ -94,7 +94,7 @@ class HistoryCursor {
   std::unique_ptr<History> history_;
   SegmentReader reader_;
   std::optional<SegmentName> open_;
-  std::vector<size_t> order_;  // frames of the open segment
+  std::vector<size_t> order_;  // the frames of the open segment, in the order of time
 };
 
 // A sample that was read, and its place.
@@ -123,7 +123,7 @@ class HistoryFeed final : public Feed {
     before_ = NeighbourOf(*now_, true, skippedBefore_);
   }
 
-  // The first call has nothing to read: the constructor has read the first sample.
+  // The first call reads nothing, because the constructor has read the first sample.
   bool Step(bool isBack) override {
     if (!std::exchange(isTaken_, true)) return true;
     return isBack ? StepBack() : StepForth();
@@ -158,13 +158,13 @@ class HistoryFeed final : public Feed {
  private:
   using SamplePointer = std::unique_ptr<HistorySample>;
 
-  // How many samples a step left out.
+  // The numbers of samples that a step left out.
   struct Skipped {
     size_t damaged = 0;
-    size_t others = 0;  // of other definitions: their records may differ from those of this program
+    size_t others = 0;  // of other definitions, whose records may differ from this program's
   };
 
-  // A moment that the user named is shown or refused, never replaced by an earlier one.
+  // Throws a Failure if the moment that the user named cannot be shown, so that no earlier moment replaces it.
   static void CheckMoment(const std::string &path) {
     platkit::Moment moment;
     const HVC_ReturnStatus status = ThrowIfOutOfMemory(platkit::ReadMoment(path.c_str(), moment));
@@ -174,7 +174,7 @@ class HistoryFeed final : public Feed {
 
   static bool IsOwn(const platkit::Moment &moment) { return HaveOwnSignature(moment.host.definitions); }
 
-  // The sample at a place, or the next one in that direction that can be shown. Null if there is none.
+  // Returns the sample at a place, or the next one in that direction that can be shown, or null.
   SamplePointer ReadFrom(std::optional<HistoryCursor::Place> place, bool isBack, Skipped &skipped) {
     skipped = {};
     while (place) {
@@ -215,8 +215,8 @@ class HistoryFeed final : public Feed {
   HistoryCursor cursor_;
   SamplePointer now_, before_;
   bool isTaken_ = false;
-  Skipped skipped_;        // by the last step
-  Skipped skippedBefore_;  // between the present sample and the one before
+  Skipped skipped_;        // the samples that the last step left out
+  Skipped skippedBefore_;  // the samples left out between the previous sample and the present one
 };
 
 }  // namespace

@@ -12,7 +12,7 @@ constexpr Column kHostColumns[] = {
     {.name = "meaning", .use = kText, .isDefault = true, .meaning = "what the figure means"},
 };
 
-// A state is entered from its two neighbours.
+// The number of transitions from a memory state to its lower or higher neighbour.
 #define LOWER(number)                                                                                              \
   Term {                                                                                                           \
     platkit::NodeId::sched_globalStats_memory_stateTransitions, offsetof(StateTransitionsRecord, toLowerCount), 1, \

@@ -16,7 +16,7 @@ using enum Use;
 #define LPAGE(field) \
   { TOP_FIELD(memory_lpage_vmLPage, field) }
 
-// The columns of vm-stats, swap-stats, guest-stats, zip-stats and lpage-stats, each name once.
+// The columns of vm-stats, swap-stats, guest-stats, zip-stats and lpage-stats. A name in several of them is one column.
 constexpr Column kMachineColumns[] = {
     {.name = "schedGrp", .use = kSetting, .quantity = Quantity::kIdentifier, .meaning = "the machine's group"},
     {.name = "parSchedGroup", .use = kSetting, .terms = {TOP_FIELD(sched_groups_parentGroupID, parentGroupID)}},

@@ -11,7 +11,8 @@ struct BufferNames {
   std::string_view free, used;
 };
 
-// The columns of each buffer size, named as in buddy-stats. The sizes start at 4 KB, and each is twice the one before.
+// The columns of each buffer size, named as in buddy-stats. The sizes start at 4 KB, and each is twice the previous
+// one.
 constexpr BufferNames kBuffers[] = {
     {"4KBfree", "4KBused"},     {"8KBfree", "8KBused"},     {"16KBfree", "16KBused"},   {"32KBfree", "32KBused"},
     {"64KBfree", "64KBused"},   {"128KBfree", "128KBused"}, {"256KBfree", "256KBused"}, {"512KBfree", "512KBused"},

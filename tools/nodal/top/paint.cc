@@ -36,7 +36,7 @@ constexpr std::string_view kHelp[] = {
 
 constexpr std::string_view kKeys = "? help  s sort  c columns  / filter  t flat  i idle  space stop  q quit";
 
-// A line of the whole width, in one style.
+// Returns a line of the whole width, in one style.
 Line FullLine(std::string_view text, size_t width, Style style) { return {{Fit(Printable(text), width), style}}; }
 
 }  // namespace
@@ -76,7 +76,7 @@ Line Session::Tabs(size_t width) const {
   return line;
 }
 
-// The tree or flat view, and the settings that hide rows.
+// Returns whether the view is a tree or flat, and the settings that hide rows, for the user.
 std::string Session::StateText() const {
   const Settings &own = settings();
   std::string text;
@@ -131,12 +131,12 @@ Frame Session::Paint(size_t width, size_t height) {
     frame.hasCursor = true;
     frame.cursorColumn = std::min(width - std::min<size_t>(width, 1), WidthOf("filter: " + settings().filter));
   }
-  // A terminal that is too low shows the first lines.
+  // A terminal with too few lines shows the first ones.
   if (frame.lines.size() > height) frame.lines.resize(height);
   return frame;
 }
 
-// The help or the choice of columns, in place of the table.
+// Paints the help or the list of columns, in place of the table.
 void Session::PaintList(Frame &frame, size_t width, size_t height) {
   const size_t lines = height > kHeadLines ? height - kHeadLines : 0;
   if (mode_ == Mode::kHelp) {

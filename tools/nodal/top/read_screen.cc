@@ -24,7 +24,7 @@ bool IsOfMonitor(const Node &node) {
   return node.id == nodes::sched_memClients_swapInfo.id() || node.id == nodes::memory_lpage_vmLPage.id();
 }
 
-// A small snapshot can list more things than fit into memory.
+// This limit is needed because even a small snapshot can list more instances than fit into memory.
 constexpr size_t kMaxRows = 1'500'000;
 
 bool TakesClient(const Node &node) { return node.arguments[0].what == "client"; }
@@ -111,7 +111,7 @@ class ScreenReader {
   }
 
   // Adds the groups from the top down, each directly before its members. A group that occurs again, as in a cycle, is
-  // added once.
+  // added only once.
   void AddGroups(bool onlyMachines) {
     std::vector<std::pair<int64_t, int>> ahead = {{0, -1}};
     std::unordered_set<int64_t> seen;
@@ -129,7 +129,8 @@ class ScreenReader {
     }
   }
 
-  // Control groups seldom change their name, so that most of the names are known.
+  // Finds control groups whose names need not be read, because names seldom change. Each name is read again in every
+  // eighth sample.
   void FindKnown(const Reading &before) {
     constexpr unsigned kTurns = 8;
     reading_.turn = before.turn + 1;
@@ -146,7 +147,7 @@ class ScreenReader {
     return true;
   }
 
-  // kNoGroup if there is no such group.
+  // Returns the index of the row, or kNoGroup if there is no such group.
   int AddGroup(int64_t group, int parent) {
     Row row = {.key = std::to_string(group), .name = "?", .parent = parent, .group = group};
     if (const auto known = known_.find(group); known != known_.end()) {
@@ -201,14 +202,14 @@ class ScreenReader {
     }
   }
 
-  // The allocators and pools of each NUMA node below it.
+  // Adds each NUMA node and, below it, its allocators and pools.
   void AddNodes() {
     constexpr uint32_t kMaxNodes = 4096;
     MemInfoRecord info = {};
     const bool hasNodes = Get(nodes::memory_memInfo, {}, info) == HVC_OK;
     const uint32_t count = hasNodes ? std::min(info.numNodes, kMaxNodes) : 0;
     std::unordered_map<int64_t, std::vector<Row>> buddies;
-    std::vector<Row> others;  // of no known node
+    std::vector<Row> others;  // allocators of no known NUMA node
     for (Row &buddy : Buddies()) {
       const bool isOfNode = buddy.numaNode >= 0 && buddy.numaNode < int64_t{count};
       (isOfNode ? buddies[buddy.numaNode] : others).push_back(std::move(buddy));
@@ -280,11 +281,11 @@ class ScreenReader {
     }
   }
 
-  // HVC_NOT_FOUND: rows of this kind have no such record.
+  // Returns HVC_NOT_FOUND if rows of this kind have no such record.
   HVC_ReturnStatus GetRecordOf(const Node &node, const Row &row, std::span<std::byte> record) {
-    // The pool of page sharing has its own node, with the same record as the other pools.
     if (row.isMachine && node.id == nodes::sched_groups_memAllocationInKB.id())
       return GetMachineAllocation(row.group, record);
+    // The pool of page sharing has its own node, with the same record as the other pools.
     const bool isOfSharingPool = row.isSharingPool && node.id == nodes::memory_lpage_nodeList_vmPools.id();
     const Node &own = isOfSharingPool ? nodes::memory_lpage_nodeList_psharePool : node;
     NODAL_Param arguments[Node::kMaxArguments];
@@ -294,7 +295,8 @@ class ScreenReader {
     return ThrowIfOutOfMemory(source_.Get(own, std::span(arguments, own.recordArguments()), record));
   }
 
-  // The limits of a machine are those of its monitor's group; the other figures are the machine's own.
+  // Reads the allocation of a machine. The reservation and the limit are those of its monitor's group; the other fields
+  // are the machine's own.
   HVC_ReturnStatus GetMachineAllocation(int64_t group, std::span<std::byte> record) {
     GroupAllocRecord machine = {}, monitor = {};
     const std::optional<int64_t> child = MonitorGroupOf(group);

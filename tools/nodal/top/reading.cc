@@ -22,13 +22,14 @@ double InKB(double number, FieldUnit unit) {
 }
 
 Cell FieldCell(const Field &field, std::span<const std::byte> bytes, bool isLimit) {
-  // The parent of the top group is -1, which is a number.
+  // In an identifier, -1 is a number, such as the parent of the top group.
   const bool isNumber = field.unit == FieldUnit::ID || field.unit == FieldUnit::FLAGS;
   if (!isNumber && IsNone(field, bytes)) return {isLimit ? CellState::kUnlimited : CellState::kUnavailable};
   return ValueCell(InKB(NumberOf(field, bytes), field.unit));
 }
 
-// All buffers of an allocator: 4 KB for the smallest, and twice as much for each next size.
+// Returns the memory in all buffers of an allocator. The smallest buffers have 4 KB, and each next size is twice as
+// large.
 Cell BufferMemory(const Term &term, std::span<const std::byte> record, const Field &field) {
   Cell sum;
   double kb = 4;
@@ -114,7 +115,7 @@ ColumnReader::Part ColumnReader::PartOf(const Reading &reading, const Term &term
 }
 
 Cell ColumnReader::Value(const Part &part, size_t row) {
-  if (part.records == nullptr) return UnavailableCell();  // it was not read in this sample
+  if (part.records == nullptr) return UnavailableCell();  // the record was not read in this sample
   const HVC_ReturnStatus status = part.records->statuses[row];
   if (status == HVC_NOT_FOUND) return {};
   if (status != HVC_OK) return UnavailableCell();
@@ -131,7 +132,7 @@ Cell ColumnReader::operator()(size_t row) const {
   if (cell.state == CellState::kNone && otherwise_) return Value(*otherwise_, row);
   for (size_t i = 1; i < parts_.size(); ++i) {
     const Cell part = Value(parts_[i], row);
-    // Without one of its parts, the figure is not known.
+    // If one of its parts is not known, the figure is not known either.
     if (part.state != CellState::kValue || cell.state != CellState::kValue)
       return cell.state == CellState::kNone ? cell : UnavailableCell();
     cell.number += part.number;

@@ -14,7 +14,7 @@
 
 namespace nodal::top {
 
-// The nodes whose records are needed, by their identifiers.
+// The identifiers of the nodes whose records are needed.
 using NodeSet = std::bitset<platkit::kMaxNodes + 1>;
 
 NodeSet NodesOf(const Screen &screen, std::span<const ColumnChoice> choices);
@@ -24,15 +24,15 @@ struct Row {
 
   std::string key;   // identifies the row in other samples
   std::string name;  // printable
-  int parent = -1;   // the row above it, which comes before it; -1: the top
+  int parent = -1;   // the index of the parent row, which comes earlier; -1: none
   int depth = 0;
-  uint32_t members = 0;  // right below
+  uint32_t members = 0;  // the number of rows directly below
   // The instances whose records the row shows.
   int64_t group = kUnset, client = kUnset, monitor = kUnset, memNode = kUnset, numaNode = kUnset;
-  std::string_view kind = {};  // of the instance: heap, buddy or pool
+  std::string_view kind = {};  // of `instance`: heap, buddy or pool
   std::string instance = {};
   bool isSharingPool = false;
-  bool isMachine = false;  // the group is a machine's
+  bool isMachine = false;  // the group is a virtual machine
   const HostFigure *figure = nullptr;
 };
 
@@ -41,14 +41,14 @@ struct NodeRecords {
   const platkit::Node *node;
   std::vector<std::byte> bytes = {};
   std::vector<HVC_ReturnStatus> statuses = {};
-  bool isLate = false;  // read some time after the sample began, so that it gives no rate
+  bool isLate = false;  // read after the start of the sample, so that it gives no rate
 
   std::span<const std::byte> Of(size_t row) const {
     return std::span(bytes).subspan(row * node->record->size, node->record->size);
   }
 };
 
-// The figures of the host above each screen.
+// The figures of the host that are shown above each screen.
 struct HostSummary {
   Cell total, free, state;
 };
@@ -56,22 +56,23 @@ struct HostSummary {
 struct Reading {
   std::vector<Row> rows = {};
   std::vector<NodeRecords> records = {};
-  std::vector<Cell> own = {};  // the figures of rows that show one of their own
-  bool isOwnLate = false;      // as in NodeRecords
+  std::vector<Cell> own = {};  // the figure of each row, for columns with Use::kRow
+  bool isOwnLate = false;      // like NodeRecords::isLate
   HostSummary host = {};
-  std::string problem = {};  // a list that could not be read
+  std::string problem = {};  // a message about a list that could not be read, or about too many rows
   size_t groups = 0;         // groups that were found, including those without a row
-  unsigned turn = 0;         // the number of samples before this one
-  bool hasClients = false;   // the rows of processes and machines have their clients
+  unsigned turn = 0;         // the number of earlier samples of this screen
+  bool hasClients = false;   // whether the clients of processes and machines were read
 
   const NodeRecords *Of(platkit::NodeId node) const;
 
-  // Marks what is not in `earlier`, a reading of the same screen and sample or null, as late.
+  // Marks the records that `earlier` lacks as late. `earlier` is a previous reading of the same screen and sample, or
+  // null.
   void MarkLate(const Reading *earlier);
 };
 
-// Throws std::bad_alloc if memory runs out. Whatever else cannot be read is unavailable. Most names of control groups
-// are taken from `before`, which is an earlier sample of the same screen and host, or null.
+// Reads one sample of a screen. A figure that cannot be read is unavailable. Throws std::bad_alloc if memory runs out.
+// `before` is an earlier sample of the same screen and host, or null. Most names of control groups are copied from it.
 Reading ReadScreen(const Screen &screen, platkit::Source &source, const NodeSet &nodes, const Reading *before);
 
 // The figures of one column.
@@ -101,10 +102,10 @@ class ColumnReader {
   std::optional<Part> otherwise_;
 };
 
-// The text of a column of texts, printable.
+// Returns the printable text of a row in a column of texts.
 std::string TextOf(const Reading &reading, const Column &column, size_t row);
 
-// The value of a term in a record.
+// Returns the value of a term in a record.
 Cell TermValue(const Term &term, std::span<const std::byte> record);
 
 }  // namespace nodal::top

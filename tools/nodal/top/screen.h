@@ -17,10 +17,10 @@ inline constexpr size_t kScreens = 5;
 
 struct Screen {
   ScreenId id;
-  std::string_view name;  // as in --screen
+  std::string_view name;  // the value of --screen
   std::string_view rows;  // what the rows are, in the plural
   std::span<const Column> (*columns)();
-  std::string_view sort;  // the column that sorts at first; empty: the order of the host
+  std::string_view sort;  // the column by which rows are sorted at first; empty: the host's order
   bool isTree;
 };
 
@@ -36,20 +36,21 @@ std::span<const Column> HeapColumns();
 // The first column of each screen.
 extern const Column kNameColumn;
 
-// The figures of the host, one a row.
+// The figures of the host, one per row.
 struct HostFigure {
   Column figure;
-  std::string_view report;  // empty: no report prints the figure
-  int constant = 0;         // added to the terms
+  std::string_view report;  // the report that prints the figure; empty: none
+  int constant = 0;         // added to the sum of the terms
 };
 std::span<const HostFigure> HostFigures();
 
 std::vector<ColumnChoice> DefaultColumns(const Screen &screen);
 
-// A column by its name, in either case, with /s for the rate of a counter.
+// Finds a column by its name, in upper or lower case; NAME/s is the rate of a counter. Returns std::nullopt if there is
+// none.
 std::optional<ColumnChoice> FindColumn(const Screen &screen, std::string_view name);
 
-// All columns, the rates of counters included.
+// All columns, including the rates of counters.
 std::vector<ColumnChoice> AllColumns(const Screen &screen);
 
 }  // namespace nodal::top

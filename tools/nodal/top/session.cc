@@ -10,7 +10,7 @@
 namespace nodal::top {
 namespace {
 
-// A character as UTF-8.
+// Encodes a character as UTF-8.
 std::string Encoded(uint32_t code) {
   const auto byte = [](uint32_t value) { return static_cast<char>(value); };
   if (code < 0x80) return {byte(code)};
@@ -20,7 +20,7 @@ std::string Encoded(uint32_t code) {
           byte(0x80 | (code & 0x3f))};
 }
 
-// In octal, for a shell.
+// Escapes bytes in octal, for a shell.
 std::string EscapedBytes(std::string_view bytes) {
   std::string escaped;
   for (const char c : bytes) {
@@ -32,7 +32,7 @@ std::string EscapedBytes(std::string_view bytes) {
   return escaped;
 }
 
-// Without control characters and invalid bytes, which would reach the terminal.
+// Quotes a text for a shell, and escapes control characters and invalid bytes, which must not reach the terminal.
 std::string EscapedWord(const std::string &text) {
   std::string quoted;
   for (const char c : text)
@@ -90,7 +90,7 @@ bool Session::TakeSample(bool isBack) {
   return true;
 }
 
-// Reads the same sample again, for other records.
+// Reads the present sample again, because other columns need other records.
 void Session::ReadAgain(bool isOtherScreen) {
   platkit::Source *before = feed_.Before();
   if (before != nullptr) {
@@ -242,7 +242,7 @@ void Session::EnterSubtree() {
   Update();
 }
 
-// Shows the subtree of the row above, or everything.
+// Shows the subtree of the parent row, or everything.
 void Session::LeaveSubtree() {
   Settings &own = Own();
   const std::string left = std::exchange(own.subtree, "");
@@ -319,7 +319,7 @@ void Session::PressInList(uint32_t key) {
   }
 }
 
-// A new column goes to its place in the order of the screen.
+// Inserts a new column at its place in the order of the screen.
 void Session::ToggleColumn(const ColumnChoice &choice) {
   std::vector<ColumnChoice> &columns = Own().columns;
   if (std::erase(columns, choice) > 0) return;
@@ -339,7 +339,7 @@ std::string Session::CommandLine() const {
     std::string names;
     for (const ColumnChoice &choice : own.columns)
       names += (names.empty() ? "" : ":") + choice.name();
-    // The name is always there, so that it alone means no other column.
+    // The name is always shown, so a list with only the name means no other column.
     line += " --columns " + (names.empty() ? std::string(kNameColumn.name) : names);
   }
   if (own.sort != usual.sort && own.sort.column != nullptr) line += " --sort " + own.sort.name();

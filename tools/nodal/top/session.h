@@ -1,4 +1,4 @@
-// The live view without its terminal: keys and samples in, frames out.
+// The live view without its terminal: it takes keys and samples, and returns frames.
 #ifndef NODAL_TOP_SESSION_H
 #define NODAL_TOP_SESSION_H
 
@@ -41,7 +41,7 @@ struct SessionOptions {
   std::string source = {};  // options of the source, for the command line
 };
 
-// The text as a word of a shell.
+// Quotes a text as one word for a shell.
 std::string ShellWord(const std::string &text);
 
 enum class Mode : uint8_t { kTable, kFilter, kColumns, kSort, kHelp };
@@ -50,24 +50,25 @@ class Session {
  public:
   Session(Feed &feed, SessionOptions options);
 
-  // Takes the next sample. False if there is none. Throws a Failure if the first one lacks the chosen subtree.
+  // Takes the next sample or, with `isBack`, the previous one. Returns false if there is none. Throws a Failure if the
+  // first sample lacks the chosen subtree.
   bool TakeSample(bool isBack = false);
 
-  // False if the key quits.
+  // Returns false if the key quits.
   bool Press(uint32_t key);
 
   Frame Paint(size_t width, size_t height);
 
-  // The whole table, for a file, line by line.
+  // Writes the whole table, line by line.
   void WriteBatch(const std::function<void(std::string_view line)> &write) const;
 
-  // Whether samples are to be taken one after the other.
+  // Whether the view takes new samples on its own.
   bool isRunning() const { return isRunning_; }
 
-  // Why the last step failed or left something out; empty: it did not.
+  // Why the last step failed or left samples out; empty if it did neither.
   std::string problem() const { return feed_.Problem(); }
 
-  // The command that shows the same again.
+  // Returns the command that shows the same view again.
   std::string CommandLine() const;
   bool wantsCommandLine() const { return wantsCommandLine_; }
 
@@ -113,10 +114,10 @@ class Session {
   Mode mode_ = Mode::kTable;
   std::string message_;
   std::string oldFilter_;
-  std::vector<ColumnChoice> list_;  // of the modes kColumns and kSort
+  std::vector<ColumnChoice> list_;  // the choices in the modes kColumns and kSort
   size_t listCursor_ = 0;
   size_t listTop_ = 0;
-  size_t page_ = 10;  // the rows on the screen
+  size_t page_ = 10;  // the number of rows that fit on the screen
 };
 
 }  // namespace nodal::top

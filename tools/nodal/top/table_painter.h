@@ -11,16 +11,16 @@
 
 namespace nodal::top {
 
-// REQUIRES: PlaceIn or PlaceAll is called first. The arguments of the constructor outlive the painter.
+// REQUIRES: PlaceIn or PlaceAll is called first. The arguments of the constructor must outlive the painter.
 class TablePainter {
  public:
   TablePainter(const View &view, const Reading &reading, const Settings &settings, Unit unit)
       : view_(view), reading_(reading), settings_(settings), unit_(unit) {}
 
-  // Places columns for a terminal: as many as fit, and always the one that sorts.
+  // Places columns for a terminal: as many as fit, and always the column that sorts.
   void PlaceIn(size_t width);
 
-  // Places all columns for a file, each as wide as its texts. Long names are cut.
+  // Places all columns for a file, each as wide as its texts. Long names are truncated.
   void PlaceAll();
 
   Line Headings() const;

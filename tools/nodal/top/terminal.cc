@@ -1,6 +1,6 @@
 #include "tools/nodal/top/terminal.h"
 
-// Without this, ncurses defines macros with names such as move and timeout.
+// Without this definition, ncurses defines macros with names such as move and timeout.
 #define NCURSES_NOMACROS 1
 #include <langinfo.h>
 #include <ncurses.h>

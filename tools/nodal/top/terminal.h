@@ -9,10 +9,10 @@
 
 namespace nodal::top {
 
-// Takes the terminal of the process, and gives it back at the end.
+// Takes over the terminal of the process. The destructor restores it.
 class Terminal {
  public:
-  // Throws a Failure if standard input or output is no terminal, or its type is unknown.
+  // Throws a Failure if standard input or output is not a terminal, or if the type of the terminal is unknown.
   Terminal();
   ~Terminal();
   Terminal(const Terminal &) = delete;
@@ -23,7 +23,8 @@ class Terminal {
 
   void Draw(const Frame &frame);
 
-  // The next key that was pressed, as in session.h; 0 if there is none. kKeyOther after a change of the size.
+  // Returns the next key that was pressed, as in session.h, or 0 if there is none. Returns kKeyOther for any
+  // other key and for a change of the terminal's size.
   uint32_t ReadKey();
 
  private:
@@ -32,7 +33,8 @@ class Terminal {
   void *screen_;
 };
 
-// Makes the widths of texts those of the user's locale. Without UTF-8, only ASCII is shown.
+// Sets the user's locale, which determines the widths of characters. If its character set is not UTF-8, only ASCII is
+// shown.
 void UseLocale();
 
 }  // namespace nodal::top

@@ -17,7 +17,7 @@ constexpr int64_t kSecond = 1'000'000'000;
 
 int64_t Now() { return NanosecondsOf(CLOCK_MONOTONIC); }
 
-// The time of the next sample. Overdue samples are skipped.
+// Returns the time of the next sample. Skips overdue samples.
 int64_t NextDue(int64_t due, int64_t interval) {
   const int64_t late = std::max<int64_t>(Now() - due, 0);
   return due + (late / interval + 1) * interval;
@@ -39,7 +39,7 @@ void PrintSamples(Session &session, const TopOptions &options) {
   }
 }
 
-// False if the user quits.
+// Returns false if the user quits.
 bool PressKeys(Terminal &terminal, Session &session) {
   while (const uint32_t key = terminal.ReadKey()) {
     if (key != kKeyOther && !session.Press(key)) return false;

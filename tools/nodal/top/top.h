@@ -15,7 +15,7 @@ struct TopOptions {
   std::string cache = {};
   std::string root = {};
   int64_t interval = 0;  // in nanoseconds
-  uint64_t count = 0;    // of samples; 0: unlimited, or a single one with isBatch
+  uint64_t count = 0;    // the number of samples; 0: unlimited, or one sample with isBatch
   bool isBatch = false;
 };
 

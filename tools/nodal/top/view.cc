@@ -87,7 +87,7 @@ View::Cells View::Compute(const ColumnChoice &choice) {
 void View::AddRates(const Column &column, Cells &cells) const {
   std::optional<ColumnReader> before;
   if (before_ != nullptr) before.emplace(*before_, column);
-  // The seconds are those between the starts of the samples.
+  // `seconds_` is the time between the starts of the samples, so late records give no rate.
   if (before && (before->isLate() || ColumnReader(*now_, column).isLate())) before.reset();
   for (size_t row = 0; row < cells.size(); ++row) {
     const HostFigure *own = now_->rows[row].figure;
@@ -125,7 +125,8 @@ void View::FindRowsBefore() {
   }
 }
 
-// A row is active if one of its shown figures is not 0, or if a row below it is active. Settings do not count.
+// A row is active if one of its shown figures is not 0, or if a row below it is active. Settings and counters of the
+// whole host do not count.
 void View::FindActive() {
   isActive_.assign(now_->rows.size(), 0);
   for (const ColumnChoice &choice : settings_->columns) {
@@ -221,7 +222,7 @@ void View::ListTree(size_t top) {
     const size_t row = ahead.back();
     ahead.pop_back();
     std::vector<size_t> &members = members_[row];
-    // A filter unfolds all rows, so that it also finds rows below folded ones.
+    // A filter ignores folding, so that it also finds rows below folded rows.
     const bool isFolded =
         rows[row].members > 0 && settings_->filter.empty() && settings_->folded.contains(rows[row].key);
     shown_.push_back({.row = row,
@@ -250,8 +251,8 @@ Cell View::Sum(const ColumnChoice &choice) const {
   return sum;
 }
 
-// Moves the cursor to the line of the selected row. A cursor on the first line stays there, and so does a cursor whose
-// row has vanished.
+// Moves the cursor to the line of the selected row. A cursor on the first line stays there. If the selected row has
+// vanished, the cursor stays on its line, or moves to the last line.
 void View::SelectRow() {
   Settings &settings = *settings_;
   const auto isSelected = [&](const ShownRow &shown) { return now_->rows[shown.row].key == settings.selected; };

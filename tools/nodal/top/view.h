@@ -1,4 +1,5 @@
-// What a screen shows of a sample: rows in order, and the figures of its columns. Knows nothing of terminals.
+// The part of a sample that a screen shows: rows in order, and the figures of the columns. It is independent of the
+// terminal.
 #ifndef NODAL_TOP_VIEW_H
 #define NODAL_TOP_VIEW_H
 
@@ -15,14 +16,14 @@ namespace nodal::top {
 // The user's choices for a screen.
 struct Settings {
   std::vector<ColumnChoice> columns = {};  // without the name, which is always first
-  ColumnChoice sort = {};                  // without a column: the order of the host
+  ColumnChoice sort = {};                  // if its column is null, the rows are in the host's order
   bool isAscending = false;
   bool isFlat = false;
   bool hidesIdle = false;
   std::string filter = {};
   std::string subtree = {};  // the key of its top row; empty: everything
   std::set<std::string> folded = {};
-  // Where the cursor is.
+  // The key of the row under the cursor.
   std::string selected = {};
   size_t cursor = 0;  // the line of the selected row
   size_t top = 0;     // the first line on the screen
@@ -35,7 +36,7 @@ struct ShownRow {
   size_t row;
   int depth = 0;
   bool isFolded = false;
-  bool isContext = false;  // shown only because a row below it matches the filter
+  bool isContext = false;  // shown only because a row below it matches
 };
 
 class View {
@@ -50,11 +51,11 @@ class View {
 
   Cell At(const ColumnChoice &choice, size_t row) const;
 
-  // The sum over the shown rows. A row below another one that has the figure is part of it. No figure for columns that
-  // do not add up.
+  // Returns the sum over the shown rows. Leaves out a row below another shown row that has the figure, because that
+  // figure includes the row. There is no sum for a column that does not add up.
   Cell Sum(const ColumnChoice &choice) const;
 
-  size_t matches() const { return matches_; }  // shown rows, without context
+  size_t matches() const { return matches_; }  // the number of shown rows, without context
   bool isSubtreeGone() const { return isSubtreeGone_; }
 
  private:
@@ -80,7 +81,7 @@ class View {
   Settings *settings_ = nullptr;
 
   std::map<std::pair<const Column *, bool>, Cells> cells_;
-  std::vector<size_t> rowsBefore_;  // the same row in the sample before; rows_.size() there: none
+  std::vector<size_t> rowsBefore_;  // the index of each row in the previous sample, or kNoRow
   std::vector<char> inSubtree_, isActive_, isMatch_, hasMatchBelow_;
   std::vector<std::vector<size_t>> members_;
   std::vector<ShownRow> shown_;

@@ -1,4 +1,4 @@
-// Instance arguments of nodes, as values.
+// The arguments of nodes, such as the number of a group, held by value.
 #ifndef NODAL_TREE_ARGUMENTS_H
 #define NODAL_TREE_ARGUMENTS_H
 
@@ -22,19 +22,19 @@ inline Argument ArgumentOf(const NODAL_Param &param) {
   return param.kind == ParamKind::kInt ? IntArgument(param.integer) : TextArgument(param.text());
 }
 
-// In the library's form. Refers to the texts in `arguments`.
+// Converts the arguments to the library's form. The result points into the texts of `arguments`.
 std::vector<NODAL_Param> ParamsOf(const Arguments &arguments);
 
-// As in a path: texts are percent-encoded.
+// Formats an argument as in a path: a text is percent-encoded.
 std::string PathForm(const Argument &argument);
 
-// As in messages: texts are quoted.
+// Formats an argument as in messages: a text is quoted.
 std::string ShownForm(const Argument &argument);
 
-// The path of a node with all its arguments.
+// Returns the path of a node with all its arguments.
 std::string PathOf(const Node &node, const Arguments &arguments);
 
-// The path up to the last of the given arguments, which may be fewer than the node takes.
+// Returns the node's path up to the last given argument. `arguments` may have fewer arguments than the node takes.
 std::string PathPrefix(const Node &node, const Arguments &arguments);
 
 }  // namespace nodal

@@ -16,13 +16,13 @@ struct Answer {
   bool asRecord;
   Arguments arguments;
   HVC_ReturnStatus status = HVC_NOT_FOUND;
-  std::string record = {};         // the bytes
-  Arguments entries = {};          // of the list
-  bool isReportedMissing = false;  // a capture saves that it was not found
+  std::string record = {};         // the bytes of the record
+  Arguments entries = {};          // the entries of the list
+  bool isReportedMissing = false;  // a capture saves the status "not found"
 };
 
-// Reads each node of another tree once. A list that cannot be read is reported as not found, so that a walk continues
-// without it.
+// Reads each node of another tree at most once. A list that cannot be read is reported as not found, so that a walk
+// continues without it.
 class CachingTree : public Tree {
  public:
   // Calls `beforeReading` before each read of the host.

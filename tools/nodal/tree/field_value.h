@@ -16,20 +16,20 @@ bool IsSigned(platkit::FieldType type);
 // The integer in a field's bytes, sign-extended to 64 bits if its type is signed.
 uint64_t IntegerOf(const platkit::Field &field, std::span<const std::byte> bytes);
 
-// The same as a number.
+// Returns the same integer as a floating-point number.
 double NumberOf(const platkit::Field &field, std::span<const std::byte> bytes);
 
-// Converts a number of this unit to bytes, if the unit is an amount of memory.
+// Converts a number to bytes if `unit` is a unit of memory. Returns any other number unchanged.
 double InBytes(double number, platkit::FieldUnit unit);
 
-// Whether the integer means unavailable or unlimited: all bits are set. In a field of one or two bytes, they are a
-// value.
+// Whether all bits of the integer are set, which means unavailable or unlimited. In a field of one or two bytes, all
+// bits set is an ordinary value.
 bool IsNone(const platkit::Field &field, std::span<const std::byte> bytes);
 
-// Whether all ones in a field mean unlimited.
+// Whether all bits set in this field mean unlimited rather than unavailable.
 bool IsLimit(const platkit::RecordLayout &record, const platkit::Field &field);
 
-// The text of a field that may lack a terminator.
+// Returns the text in a field, which may lack a terminating NUL.
 template <size_t kSize>
 std::string_view TextOf(const char (&field)[kSize]) {
   const std::string_view all(field, kSize);

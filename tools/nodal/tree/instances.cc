@@ -17,7 +17,8 @@ constexpr int64_t kTopGroup = 0;
 constexpr int64_t kRegisterBytes = 4;
 constexpr int64_t kConfigurationSpace = 4096;
 
-// The index of the argument of `node` that has the kind `what` and comes after the first of `outer`.
+// Returns the index of the argument of `node` that has the kind `what`. The arguments before it must have the first
+// kinds of `outer`. Returns Node::kMaxArguments if there is no such argument.
 size_t ArgumentIndex(std::string_view what, Outer outer, const Node &node) {
   const size_t arguments = std::max(node.listArguments(), node.recordArguments());
   for (size_t i = 0; i < arguments; ++i) {
@@ -27,7 +28,7 @@ size_t ArgumentIndex(std::string_view what, Outer outer, const Node &node) {
   return Node::kMaxArguments;
 }
 
-// Appends the arguments that are new.
+// Appends the arguments that are not in `seen`, and adds them to `seen`.
 void AppendNew(const Arguments &more, std::set<Argument> &seen, Arguments &to) {
   for (const Argument &argument : more) {
     if (seen.insert(argument).second) to.push_back(argument);
@@ -148,7 +149,7 @@ Arguments Instances::Groups() {
   return groups;
 }
 
-// If one group's members cannot be listed, the others are found all the same.
+// If the members of a group cannot be listed, the walk continues with the other groups.
 Arguments Instances::MembersOf(const Argument &group) {
   const Node &members = nodes::sched_groups_members_groups;
   Arguments entries;
@@ -158,7 +159,7 @@ Arguments Instances::MembersOf(const Argument &group) {
   return {};
 }
 
-// The members and leaders of all groups, and the monitors of these.
+// Returns the members and leaders of all groups, and the monitors of these clients.
 Arguments Instances::Clients() {
   const Node &members = nodes::sched_groups_members_memClients;
   Arguments clients;

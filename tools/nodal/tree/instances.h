@@ -1,7 +1,7 @@
 // The instances of each kind, such as groups or heaps, that a tree has.
 //
-// Most kinds are the entries of a list. Groups and clients have no list of all of them: they are found by a walk from
-// group 0. A few kinds are fixed or follow from a record.
+// The instances of most kinds are the entries of a list. No list contains all groups or all clients; a walk from group
+// 0 finds them. The instances of a few kinds are fixed or follow from other nodes.
 #ifndef NODAL_TREE_INSTANCES_H
 #define NODAL_TREE_INSTANCES_H
 
@@ -22,9 +22,9 @@ class Instances {
  public:
   explicit Instances(Tree &tree) : tree_(tree) {}
 
-  // The instances that `node` can take as its next argument after `outer`, in the kernel's order and each once.
-  // Throws a Failure if a list cannot be read; one that does not exist is empty. If the members of a group cannot be
-  // listed, prints a message and continues without them.
+  // Returns the instances that `node` can take as its next argument after `outer`, in the kernel's order and each once.
+  // A list that does not exist counts as empty. Throws a Failure if another list cannot be read. If the members of a
+  // group cannot be listed, prints a message and continues without them.
   const Arguments &Of(const Node &node, const Arguments &outer) { return Lookup(node, outer).inOrder; }
   bool Contains(const Node &node, const Arguments &outer, const Argument &instance) {
     return Lookup(node, outer).all.contains(instance);
@@ -49,27 +49,28 @@ class Instances {
   std::map<std::pair<std::string_view, Arguments>, Found> found_;
 };
 
-// The list whose entries are the instances of the node's argument with that index, or null. The list takes the node's
-// first arguments.
+// Returns the list whose entries are the instances that `node` can take as the argument with index `argument`, or null.
+// The list's own arguments are the first arguments of `node`.
 const Node *ListOfInstances(const Node &node, size_t argument);
 
 // The kinds of the arguments before an argument in a path.
 using Outer = std::span<const platkit::Instance>;
 
-// The paths that have all nodes of an instance of the kind `what` at or below them; none if no node takes such an
-// instance. `outer` has the kinds of `outerArguments`, the instances to which it belongs.
+// Returns the paths at or below which an instance of the kind `what` has all its nodes. Returns no path if no node
+// takes such an instance. `outerArguments` are the instances to which the instance belongs, and `outer` are their
+// kinds.
 std::vector<std::string> PathsOfInstance(std::string_view what, const Argument &instance, Outer outer,
                                          const Arguments &outerArguments);
 
-// The client of the world that leads a group. Only VMs and user worlds have a leader; other groups' records may hold
-// any number.
+// Returns the client of the world that leads a group, or std::nullopt. Only the groups of VMs and user worlds have a
+// leader; in other groups, the leader's ID may be any number.
 std::optional<Argument> LeaderOf(Tree &tree, const Argument &group);
 
-// The client of the monitor of a VM's client.
+// Given a VM's client, returns the client of its monitor, or std::nullopt if the record cannot be read.
 std::optional<Argument> MonitorOf(Tree &tree, const Argument &client);
 
-// The memory node that a buddy allocator serves: the decimal number after the first seven characters of its name, or 0
-// without one. Only allocators whose names begin with "memmap" serve one.
+// Returns the memory node that a buddy allocator serves: the decimal number after the first seven characters of its
+// name, or 0 if there is no number. Returns std::nullopt unless the name begins with "memmap".
 std::optional<int64_t> MemNodeOf(std::string_view buddy);
 
 }  // namespace nodal

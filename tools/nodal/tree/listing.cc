@@ -47,7 +47,8 @@ class Lister {
     }
   }
 
-  // Whether the listed path is a prefix of a path of this form. Sets its arguments if so.
+  // Whether the listed path is a prefix of a path of this form. If so, sets `arguments` to the arguments in the listed
+  // path.
   bool Match(const PathTemplate &form, const std::vector<std::string_view> &parts, Arguments &arguments) {
     for (size_t i = 0; i < parts_.size(); ++i) {
       if (!IsPlaceholder(parts[i])) {
@@ -76,7 +77,7 @@ class Lister {
     }
   }
 
-  // A node that the host does not have is omitted; one that cannot be read is not.
+  // Omits a node that the host does not have, but not a node that cannot be read.
   void AddLeaf(const PathTemplate &form, const Arguments &arguments, const std::string &name) {
     HVC_ReturnStatus status;
     std::string size;

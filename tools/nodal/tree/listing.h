@@ -12,14 +12,14 @@ namespace nodal {
 struct ListingEntry {
   std::string name;
   bool hasChildren = false;
-  // "-" unless a node has this path.
+  // "record" or "list", or "-" if no node has this path.
   std::string kind = "-";
-  std::string size = "-";  // bytes of a record or entries of a list; "?" if it cannot be read
+  std::string size = "-";  // bytes of a record or entries of a list; "?" if the node cannot be read
 };
 
-// Lists what the host has below `path`, which begins with a slash and ends without one; "" is the whole tree. A node
-// without children is listed itself, with its full path. Fixed names are sorted, instances in the kernel's order.
-// Throws a Failure if the path does not exist.
+// Lists the host's entries below `path`. The path begins with a slash and does not end with one; "" is the whole tree.
+// A node without children is listed itself, with its full path. Fixed names are sorted; instances are in the kernel's
+// order. Throws a Failure if the path does not exist.
 std::vector<ListingEntry> ListPath(Tree &tree, const std::string &path);
 
 }  // namespace nodal

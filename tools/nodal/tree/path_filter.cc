@@ -7,7 +7,7 @@
 namespace nodal {
 namespace {
 
-// Whether a path of that form can be at or below `top`.
+// Whether a path of this form can be at or below `top`.
 bool CanBeBelow(std::string_view top, std::string_view form) {
   const std::vector<std::string_view> parts = SplitPath(top), formParts = SplitPath(form);
   if (parts.size() > formParts.size()) return false;

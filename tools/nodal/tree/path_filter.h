@@ -17,11 +17,11 @@ bool IsAtOrBelow(std::string_view path, std::string_view top);
 // Throws a Failure if the path is not absolute.
 std::string WithoutEndingSlash(const std::string &path);
 
-// Contains the named paths and everything below them; without any, everything.
+// Contains the named paths and everything below them, or everything if no path is named.
 class PathFilter {
  public:
-  // `onlyIfNamed` is a part of the tree that the filter contains only if a path in that part is named; "" for none.
-  // Throws a Failure if a path is not absolute.
+  // `onlyIfNamed` is the top of a subtree that the filter omits unless a path at or below this top is named. If
+  // `onlyIfNamed` is "", there is no such subtree. Throws a Failure if a path is not absolute.
   explicit PathFilter(const std::vector<std::string> &paths, std::string_view onlyIfNamed = "");
 
   bool Contains(std::string_view path) const;
@@ -29,10 +29,10 @@ class PathFilter {
   // Whether paths are named.
   bool hasPaths() const { return !tops_.empty(); }
 
-  // Whether a path of that form can be contained.
+  // Whether the filter can contain a path of this form.
   bool MayContain(const PathTemplate &form) const;
 
-  // Throws a Failure if a named path has no marked path at or below it.
+  // RequireAllFound throws a Failure unless MarkFound was called with a path at or below each named path.
   void MarkFound(std::string_view path);
   void RequireAllFound() const;
 

@@ -10,8 +10,8 @@
 
 namespace nodal {
 
-// A node's path in the form of the catalogue, such as /sched/groups/{group:int}/groupName. A node that is both a list
-// and a record has one for each.
+// A node's path as the catalogue of nodes writes it, such as /sched/groups/{group:int}/groupName. A node that is both a
+// list and a record has one template for each.
 struct PathTemplate {
   const platkit::Node *node;
   bool asRecord;
@@ -20,10 +20,10 @@ struct PathTemplate {
   size_t arguments() const { return asRecord ? node->recordArguments() : node->listArguments(); }
 };
 
-// In the order of the catalogue.
+// Returns the templates of all nodes, in the order of the catalogue.
 std::vector<PathTemplate> AllPathTemplates();
 
-// The parts between slashes. REQUIRES: the path is empty or begins with a slash.
+// Returns the parts of a path between its slashes. REQUIRES: the path is empty or begins with a slash.
 std::vector<std::string_view> SplitPath(std::string_view path);
 
 inline bool IsPlaceholder(std::string_view part) { return part.starts_with('{'); }

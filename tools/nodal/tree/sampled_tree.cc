@@ -13,7 +13,7 @@ void OpenHost(platkit::SampledHost &host, const std::string &root) {
   if (const HVC_ReturnStatus status = host.Open(); status != HVC_OK) throw Failure(root.empty() ? "/" : root, status);
 }
 
-// There are too few samples for open files to pay.
+// Keeps no files open, because too few samples would use them.
 SampledTree::SampledTree(const std::string &root) : host_(HostBelow(root, 0)), tree_(host_.source()) {
   OpenHost(host_, root);
   host_.BeginSample();

@@ -1,4 +1,4 @@
-// A host as of one sample.
+// A host as one sample reads it.
 #ifndef NODAL_TREE_SAMPLED_TREE_H
 #define NODAL_TREE_SAMPLED_TREE_H
 
@@ -10,14 +10,14 @@
 
 namespace nodal {
 
-// The running host if `root` is empty, else the saved root folder `root`. Keeps up to `maxDescriptors` of the running
-// host's files open between samples.
+// Returns the running host if `root` is empty, else the saved root folder `root`. The host keeps up to `maxDescriptors`
+// files open between samples.
 platkit::SampledHost HostBelow(const std::string &root, size_t maxDescriptors);
 
-// Opens the host that HostBelow returned for `root`. Throws a Failure.
+// Opens the host that HostBelow returned for `root`. Throws a Failure if it cannot be opened.
 void OpenHost(platkit::SampledHost &host, const std::string &root);
 
-// In a sample, each file of the host is read at most once, so that all figures of a file are of the same moment.
+// In one sample, reads each file of the host at most once, so that all figures of a file are from the same time.
 class SampledTree : public Tree {
  public:
   // The running host, or a saved root folder. Throws a Failure if it cannot be opened.
@@ -32,7 +32,7 @@ class SampledTree : public Tree {
   SourceTree tree_;
 };
 
-// The snapshot or history that NODAL_UseCache opened if `cache` is not empty, else a sample of the host.
+// Returns the snapshot or history that NODAL_UseCache opened if `cache` is not empty, else one sample of the host.
 std::unique_ptr<Tree> OpenTree(const std::string &cache, const std::string &root);
 
 }  // namespace nodal

@@ -1,4 +1,4 @@
-// The tree as nodal reads it.
+// The system-information tree, as nodal reads it.
 #ifndef NODAL_TREE_TREE_H
 #define NODAL_TREE_TREE_H
 
@@ -17,12 +17,12 @@ class Tree {
  public:
   virtual ~Tree() = default;
 
-  // `record` has the record's size. Both throw std::bad_alloc if memory runs out.
+  // REQUIRES: `record` has the size of the node's record. Get and List throw std::bad_alloc if memory runs out.
   [[nodiscard]] virtual HVC_ReturnStatus Get(const Node &node, const Arguments &arguments,
                                              std::span<std::byte> record) = 0;
   [[nodiscard]] virtual HVC_ReturnStatus List(const Node &node, const Arguments &arguments, Arguments &entries) = 0;
 
-  // Lets later calls read the host again, if this tree reuses what it has read.
+  // Makes later calls read the host again, if this tree keeps what it has read.
   virtual void BeginSample() {}
 };
 
@@ -33,7 +33,7 @@ class HostTree : public Tree {
   HVC_ReturnStatus List(const Node &node, const Arguments &arguments, Arguments &entries) override;
 };
 
-// One source, independent of what the process reads through the C interface.
+// A tree of one source, independent of the current source of the C interface.
 class SourceTree : public Tree {
  public:
   explicit SourceTree(platkit::Source &source) : source_(source) {}

@@ -15,7 +15,7 @@ bool HaveSameArguments(const PathTemplate &a, const PathTemplate &b) {
                             std::span(b.node->arguments).first(b.arguments()), {}, what, what);
 }
 
-// The kinds of the arguments; "host" if there are none.
+// Returns the kinds of the arguments, or "host" if there are none.
 std::string NameOf(const PathTemplate &form) {
   std::string name;
   for (const platkit::Instance &argument : std::span(form.node->arguments).first(form.arguments()))

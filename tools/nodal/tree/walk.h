@@ -10,17 +10,18 @@
 
 namespace nodal {
 
-// Visits all nodes of one group, then all nodes of the next, so that the figures of each are from the same time.
-// Instances that are found through records of others, such as clients through groups, are visited after them.
-// Configuration registers of PCI devices are never visited: reading one can change the device.
+// Visits all nodes of one group, then all nodes of the next group, so that the figures of each group are from the same
+// time. The same holds for instances of other kinds. Clients and other instances that are found through records of
+// groups are visited after the groups. Never visits the configuration registers of PCI devices, because reading a
+// register can change the device.
 class Walk {
  public:
   Walk(Tree &tree, const PathFilter &filter);
 
-  // Called before all nodes with the same argument kinds, such as "volume/region", with these kinds and the number of
-  // visits.
+  // Called before the visits to all nodes that take the same kinds of arguments. `what` names these kinds, such as
+  // "volume/region". `visits` is the number of visits that follow.
   using Announcer = std::function<void(const std::string &what, size_t visits)>;
-  // Called with a node and its arguments as a record or as a list.
+  // Called once for each record and each list, with the arguments of its node.
   using Visitor = std::function<void(const Node &node, bool asRecord, const Arguments &arguments)>;
   void Visit(const Announcer &announcer, const Visitor &visitor);
 

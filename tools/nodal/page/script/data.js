@@ -13,7 +13,8 @@ async function readData() {
   return data;
 }
 
-// Finds the position of a row in the columns of a record: -1 without the record.
+// Returns the position of each row in the columns of a record, or -1 for a row without the record. Returns null if all
+// rows have the record.
 function positions(record, count) {
   if (!record.rows) return null;
   const places = new Int32Array(count).fill(-1);
@@ -36,7 +37,7 @@ class Family {
     }
   }
 
-  // The family's value under a key for a row, such as its name.
+  // Returns the family's value under a key for a row, such as its name.
   of(key, row) {
     const values = this.json[key];
     return Array.isArray(values) ? values[row] : values;
@@ -46,7 +47,7 @@ class Family {
     return this.of('name', row);
   }
 
-  // The rows that exist at the instant.
+  // Returns the rows that exist at the instant.
   rows(instant = now.instant) {
     const all = Array.from({ length: this.count }, (_, row) => row);
     return this.json.lives ? all.filter((row) => this.isThere(row, instant)) : all;
@@ -56,12 +57,12 @@ class Family {
     return !this.json.lives || this.json.lives.at(row, instant) === 1;
   }
 
-  // The figure of a row at an instant. `key` is "Record.field".
+  // Returns the figure of a row at an instant. `key` is "Record.field".
   figure(key, row, instant = now.instant) {
     return new Figure(this, key, row, instant);
   }
 
-  // The value of a figure; undefined if it is not available or unlimited.
+  // Returns the value of a figure, or undefined if it is unavailable or unlimited.
   value(key, row, instant = now.instant) {
     return this.figure(key, row, instant).value;
   }
@@ -71,13 +72,13 @@ class Family {
     return Boolean(record) && this.isThere(row) && record.fields.some((field) => rawValue(record, field, row, now.instant) !== null);
   }
 
-  // Why the record of a row could not be read, if it is so.
+  // Returns why the record of a row could not be read, or undefined.
   reason(record, row, instant = now.instant) {
     const isUnreadable = record.fields.some(({ series }) => !series || series.at(row, instant) === unreadable);
     return isUnreadable ? record.reasons.get(row)?.findLast(([, from]) => from <= instant)?.[0] : undefined;
   }
 
-  // The records that a row has, or should have.
+  // Returns the records that a row has, or that could not be read.
   recordsOf(row) {
     return this.json.records.filter((each) => this.hasRecord(each.record, row) || this.reason(each, row));
   }
@@ -106,7 +107,7 @@ class Figure {
     this.value = isKnown ? this.raw : undefined;
   }
 
-  // Why there is no value, in words.
+  // Returns why there is no value, in words.
   get reason() {
     if (this.raw !== null) return 'the host does not report it';
     const status = this.family.reason(this.record, this.row, this.instant);
@@ -125,7 +126,7 @@ function rawValue(record, field, row, instant) {
   return (Array.isArray(values) ? values[position] : values) ?? null;
 }
 
-// Limits close to the largest amount that a kernel expresses mean unlimited, as in the reports.
+// As in the reports, a limit near the largest amount that a kernel can express means unlimited.
 const largestLimit = 0xffffffffef;
 
 function isAllOnes(raw, isLimit) {

@@ -1,6 +1,6 @@
-// Makes elements. Texts become text nodes and never HTML.
+// Creates elements. Texts become text nodes and never HTML.
 
-// `properties` are attributes, "on..." listeners, and "style" with style properties.
+// `properties` are attributes, listeners ("on..."), and an object of style properties ("style").
 function element(tag, properties = {}, ...children) {
   const made = document.createElement(tag);
   for (const [name, value] of Object.entries(properties)) setProperty(made, name, value);
@@ -40,7 +40,7 @@ function show(id, ...children) {
   document.querySelector(id).replaceChildren(...children.flat().filter(Boolean));
 }
 
-// A figure as an element that shows its source when pointed at.
+// Returns an element with a figure that shows its source when the user points at it.
 function figureElement(figure, text = figureText(figure)) {
   const isZero = figure.value === 0;
   const style = figure.isUnlimited ? 'unlimited' : figure.value === undefined ? 'na' : isZero ? 'zero' : 'figure';
@@ -56,7 +56,8 @@ function scrolling(label, ...children) {
   return element('div', { class: 'scrolling', tabindex: 0, role: 'group', 'aria-label': label }, children);
 }
 
-// A table whose header has a column per entry: {text, title, right}.
+// Returns a table. `columns` has an entry for each column: {text, title, right}, or {button, sorted, right} if it can
+// be sorted.
 function table(caption, columns, rows) {
   const header = columns.map((column) =>
     element('th', { scope: 'col', class: column.right && 'right', title: column.title, 'aria-sort': column.sorted },
@@ -65,7 +66,7 @@ function table(caption, columns, rows) {
     element('tbody', {}, rows));
 }
 
-// The sources of the figures that were looked up since the last call.
+// Lists the sources of the figures that were looked up since the last call.
 function sources() {
   const columns = ['figure', 'unit', 'meaning', 'node'].map((text) => ({ text }));
   const rows = [...usedColumns].map(([key, { record, field }]) => element('tr', {}, rowHeader(key),

@@ -1,4 +1,4 @@
-// The host in the words of the views: what its groups, machines and nodes consume and may consume.
+// The host as the views show it: the consumption and the limits of its groups, machines and nodes.
 
 const host = {};
 
@@ -21,19 +21,19 @@ function openHost(data) {
   findMembers();
 }
 
-// Finds the members of each group, and the machines, that exist at the instant.
+// Finds the machines, and the members of each group, that exist at the instant.
 function findMembers() {
   host.members = membersOf(host.groups);
   host.machines = host.groups.rows().filter(isMachine);
 }
 
-// The lists that could not be read at the instant, as [path, reason].
+// Returns the lists that could not be read at the instant, as [path, reason].
 function unreadableLists() {
   const isNow = (bounds) => bounds.filter((bound) => bound <= now.instant).length % 2 === 1;
   return host.data.unreadableLists.filter(([, , bounds]) => !bounds || isNow(bounds));
 }
 
-// The rows of the members of each group.
+// Returns the rows of the members of each group.
 function membersOf(groups) {
   const members = Array.from({ length: groups.count }, () => []);
   for (const row of groups.rows()) members[groups.of('parent', row)]?.push(row);
@@ -57,7 +57,7 @@ function kindOf(row) {
   return host.members[row].length > 0 || hasFlag(row, flag.container) ? 'group' : 'world';
 }
 
-// A path of names from the host to the group.
+// Returns the rows from the host to the group.
 function ancestry(row) {
   const path = [];
   for (let each = row; each >= 0; each = host.groups.of('parent', each)) path.unshift(each);
@@ -68,14 +68,15 @@ function limitOf(row) {
   return host.groups.figure(allocation('max'), row);
 }
 
-// The share of its limit that a group consumes; undefined without a limit.
+// Returns the share of its limit that a group consumes, or undefined if it has no limit or its consumption is not
+// available.
 function nearness(row) {
   const limit = limitOf(row).value;
   const consumed = host.groups.value(stats('consumed'), row);
   return limit && consumed !== undefined ? consumed / limit : undefined;
 }
 
-// How the page colours a group.
+// Returns the style that colours a group.
 function nearnessClass(row) {
   if (host.groups.value(stats('consumed'), row) === undefined) return 'unknown';
   const part = nearness(row);
@@ -83,7 +84,7 @@ function nearnessClass(row) {
   return part >= 0.95 ? 'at' : part >= 0.8 ? 'near' : part >= 0.6 ? 'half' : 'far';
 }
 
-// The figure of the memory that a machine or a process has in swap; undefined for other groups.
+// Returns the figure of the memory that a machine or a process has in swap, or undefined for other groups.
 function swappedFigure(row) {
   const groups = host.groups;
   if (groups.hasRecord('VmSwapInfoRecord', row)) return groups.figure(swapInfo('swapped'), row);
@@ -94,13 +95,13 @@ function sum(values) {
   return values.reduce((total, value) => total + (value ?? 0), 0);
 }
 
-// Sum of the available values; undefined without any.
+// Returns the sum of the available values, or undefined if there are none.
 function sumOfKnown(values) {
   const known = values.filter((value) => value !== undefined);
   return known.length > 0 ? sum(known) : undefined;
 }
 
-// Memory that a machine's guest consumes on the host, as vm-stats shows it.
+// Returns the memory that a machine's guest consumes on the host, as vm-stats shows it.
 function guestConsumed(row) {
   const value = (field) => host.groups.value(vmm(field), row) ?? 0;
   const mapped = host.groups.value(vmm('mapped'), row);
@@ -110,7 +111,7 @@ function guestConsumed(row) {
 const blockKB = 4;
 const orders = 19;
 
-// The free memory of a buddy allocator in blocks of an order or larger.
+// Returns the free memory of a buddy allocator in blocks of at least this order.
 function freeKB(row, order) {
   let kb = 0;
   for (let each = order; each < orders; ++each) kb += freeBlocks(row, each) * blockKB * 2 ** each;
@@ -121,7 +122,8 @@ function freeBlocks(row, order) {
   return host.buddies.value(`BuddyComprehensiveRecord.sizes[${order}].free`, row) ?? 0;
 }
 
-// The NUMA nodes with the rows of their allocators; null for allocators without a node.
+// Returns the NUMA nodes with the rows of their allocators, as {node, rows}. The node is null for allocators without a
+// NUMA node.
 function numaNodes() {
   const nodes = new Map();
   for (const row of host.buddies.rows()) {

@@ -1,4 +1,5 @@
-// Finds what needs attention on the host. Each rule returns findings: {level, text, open}. `open` shows their figures.
+// Finds problems of the host. Each rule returns findings: {level, text, open} or {level, text, row}. `open` is a link
+// to the figures of the finding; `row` is its group.
 
 const thresholds = { limit: 0.95, squeezed: 0.05, fragmented: 0.25, heap: 0.05, swapped: 0.02, free: 65536 };
 
@@ -48,7 +49,7 @@ function findSqueezedMachines() {
   return largestFirst(found);
 }
 
-// A group below a reported group is not reported: its limit may come from that group.
+// Does not report a group below a reported group, because its limit may come from that group.
 function findGroupsAtLimit() {
   const found = [];
   const told = new Set();

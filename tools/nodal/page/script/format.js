@@ -6,7 +6,7 @@ const groupFlags = [
   'user-world sub-container',
 ];
 
-// An amount in KB for people: "3.02 GB". The program has the same function: AmountText in html.cc.
+// Formats an amount in KB for people, such as "3.02 GB". The program has the same function: AmountText in html.cc.
 function amountText(kb) {
   if (kb === undefined) return 'n/a';
   let amount = kb;
@@ -27,7 +27,7 @@ function percentText(part) {
   return `${countText(Math.floor(percent))} %`;
 }
 
-// The KB in one of the field's units, for units of amounts.
+// The number of KB in one unit, for the units of memory.
 const kbPerUnit = { KB: 1, bytes: 1 / 1024, '4 KB pages': 4, '2 MB blocks': 2048 };
 
 function inKB(figure) {
@@ -35,7 +35,7 @@ function inKB(figure) {
   return scale === undefined || figure.value === undefined ? undefined : figure.value * scale;
 }
 
-// A figure in words, without the reason why there is none.
+// Formats a figure. If it has no value, does not say why.
 function figureText(figure) {
   if (figure.isUnlimited) return 'unlimited';
   if (figure.value === undefined) return 'n/a';
@@ -54,14 +54,14 @@ function flagsText(bits) {
   return names.join(', ') || 'none';
 }
 
-// All digits of a figure and its source, for tooltips.
+// Returns all digits of a figure and its source, for tooltips.
 function originText(figure) {
   const digits = figure.value === undefined ? figureText(figure) : countText(figure.value);
   const reason = figure.value === undefined && !figure.isUnlimited ? `: ${figure.reason}` : '';
   return `${digits} ${figure.value === undefined ? '' : figure.field.unit}${reason} · ${figure.key}: ${figure.field.meaning}${sampleText(figure)}`;
 }
 
-// The sample that a figure is from, if it is not that of the instant.
+// Names the sample that a figure is from, unless it is the sample of the instant.
 function sampleText(figure) {
   const { series } = figure.field;
   if (!series || time.span.tolerance === 0) return '';
@@ -74,7 +74,7 @@ function toleranceText() {
   return `${(time.span.tolerance * 100).toFixed(1)} %`;
 }
 
-// The path of the node that has a figure of a group, for "nodal get".
+// Returns the path of the node that has a figure of a group, for "nodal get".
 function pathOf(figure) {
   const id = figure.record.node.includes('{group') ? figure.family.of('id', figure.row) : clientOf(figure);
   return figure.record.node.replace(/\{\w+:\w+\}/, id);

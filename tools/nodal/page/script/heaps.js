@@ -24,7 +24,7 @@ function showHeaps(most = shownHeaps) {
 
 const shownGrown = 8;
 
-// The heaps that grew most before the instant: since the second cursor, or since the start of the span.
+// Shows the heaps that grew most between the two cursors or, without a second cursor, since the start of the span.
 function grownHeaps() {
   if (!time.isSpan) return null;
   const [from, to] = [time.second ?? 0, now.instant].sort((a, b) => a - b);

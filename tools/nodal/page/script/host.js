@@ -1,4 +1,4 @@
-// The overview: whether memory is short, what stands out, and where all memory is.
+// The overview: whether memory is short, what stands out, and where the memory is.
 
 const mostFindings = 12;
 
@@ -66,7 +66,7 @@ function findingItem({ level, text, open, row }) {
   return element('li', { class: level }, element('span', { class: 'level' }, words[level]), ' ', element('a', link, text));
 }
 
-// The parts of the host's memory, in KB. A rest that no figure names makes them add up to the total.
+// Returns the parts of the host's memory, in KB. If they do not add up to the total, the last part is the rest.
 function memoryParts() {
   const value = (field) => host.host.value(whole(field), 0);
   const machines = sumOfKnown(host.machines.map((row) => host.groups.value(stats('consumed'), row))) ?? 0;
@@ -114,7 +114,7 @@ function partElement(part) {
   return figureElement(host.host.figure(part.key, 0));
 }
 
-// A card with a row for each [what, element].
+// Returns a card with a row for each [what, element].
 function factsCard(title, facts, ...more) {
   const rows = facts.filter(Boolean).flatMap(([what, fact]) => [element('dt', {}, what), element('dd', {}, fact)]);
   return element('div', { class: 'card' }, element('h3', {}, title), element('dl', {}, rows), more);

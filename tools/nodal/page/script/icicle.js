@@ -1,4 +1,4 @@
-// The icicle of the groups: a tooltip names a group, a click zooms, arrow keys move.
+// The icicle chart of the groups: a tooltip names a group, a click zooms, arrow keys move.
 
 const rowHeight = 38;
 const icicle = { root: [0], measure: measures[0], selected: 0, focused: 0, matches: null, boxes: [], width: 0 };
@@ -24,7 +24,7 @@ function showGroups() {
   new ResizeObserver(([{ contentRect }]) => contentRect.width !== icicle.width && drawIcicle()).observe(byId('icicle'));
 }
 
-// Shows another instant. If the selected group does not exist then, selects the nearest group above it that does.
+// Shows another instant. If the selected group does not exist at that instant, selects its nearest ancestor that does.
 function showGroupsAgain() {
   const isThere = (row) => host.groups.isThere(row);
   if (!isThere(icicle.selected)) icicle.selected = ancestry(icicle.selected).findLast(isThere) ?? 0;
@@ -88,7 +88,8 @@ function boxContent(box, isRun) {
     !isRun && gauge(row)];
 }
 
-// A line as long as the limit, or as what is consumed or reserved if that is more or there is no limit.
+// Returns a line whose length is the limit or, if one of these is larger, the consumption or the reservation. Returns
+// null for a group without limit and reservation.
 function gauge(row) {
   const value = (key) => host.groups.value(key, row) ?? 0;
   const consumed = value(stats('consumed'));
@@ -114,7 +115,7 @@ function boxLabel(box) {
   return `${host.groups.name(row)} ${amount}, ${kindOf(row)}, ${measure.label.toLowerCase()}, ${limit}`;
 }
 
-// Selects a group, and zooms to it if it has members. The widest box leads back to the group above it.
+// Selects a group, and zooms to it if it has members. A click on the top box zooms out to the parent group.
 function openBox(box) {
   const [row] = box.rows;
   icicle.focused = row;
@@ -149,7 +150,7 @@ function reveal(row) {
   select(row);
 }
 
-// The box of a group below the widest one.
+// Returns the box of a group below the top box.
 function boxOf(row) {
   return layOut(icicle.root, icicle.width, icicle.measure).find((box) => box.level > 0 && box.rows.includes(row));
 }

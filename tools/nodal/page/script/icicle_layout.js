@@ -1,13 +1,15 @@
-// The places of the boxes of the icicle: each group is a box below the group that contains it, as wide as its share.
+// Computes the places of the boxes of the icicle chart. Each group is a box below the box of its parent group. The
+// width of the box shows the group's share.
 
-// Widths in pixels. Groups narrower than minBoxWidth share a box. Opening such a box divides it into boxes of
+// Widths in pixels. Groups narrower than minBoxWidth share a box. Opening a shared box divides it into boxes of about
 // dividedWidth. Groups whose figures are not available share a box of unknownWidth.
 const minBoxWidth = 4;
 const dividedWidth = 60;
 const unknownWidth = 20;
 const mostLevels = 16;
 
-// The measures that the width of a box can show. With `isWhole`, the figure of a group includes its members.
+// The measures that the width of a box can show. With `isWhole`, the figure of a group includes the figures of its
+// members.
 const measures = [
   { name: 'consumed', label: 'Consumption', isWhole: true, figure: (row) => host.groups.figure(stats('consumed'), row) },
   { name: 'reserved', label: 'Reservation', figure: (row) => host.groups.figure(allocation('min'), row) },
@@ -24,7 +26,8 @@ function once(name, compute) {
   return computed.get(key);
 }
 
-// The extent of each group: its own figure, or the sum of its members' where that is more or the only one.
+// Returns the extent of each group: its own figure, or the sum of its members if it has none. Without `isWhole`, the
+// sum also replaces a smaller figure.
 function extents(measure) {
   return once(measure.name, () => computeExtents(measure));
 }
@@ -41,14 +44,14 @@ function computeExtents(measure) {
   return { all, members };
 }
 
-// Members in an order that stays the same, whatever the measure: by consumption, largest first.
+// Returns the members of each group by consumption, largest first. The order is the same for all measures.
 function orderedMembers() {
   const { all } = extents(measures[0]);
   return once('order', () => host.members.map((rows) => [...rows].sort((a, b) => all[b] - all[a] || a - b)));
 }
 
-// The boxes below `root`, as {rows, left, width, level, parent}. A box of several rows stands for groups that are too
-// narrow to be drawn alone. `root` may be such a box itself.
+// Returns the boxes of `root` and of the groups below it, as {rows, left, width, level, parent}. A box of several rows
+// stands for groups that are too narrow to be drawn alone. `root` may be the rows of such a box.
 function layOut(root, width, measure) {
   const { all, members } = extents(measure);
   const order = orderedMembers();
@@ -91,7 +94,7 @@ function joinNarrow(rows, widthOf, parent, most) {
   return boxes.filter((box) => box.width >= 1);
 }
 
-// A box for the groups whose figures are not available, if there is room beside the others.
+// Returns a box for the groups whose consumption is not available, if there is room beside the others.
 function placeUnknown(rows, all, parent, boxes) {
   const unknown = rows.filter((row) => all[row] === 0 && host.groups.value(stats('consumed'), row) === undefined);
   const left = boxes.length > 0 ? boxes.at(-1).left + boxes.at(-1).width : parent.left;

@@ -1,4 +1,4 @@
-// Draws the lanes on a canvas. Their names and values are elements.
+// Draws the lanes on a canvas. The names and values of the lanes are HTML elements.
 
 function requestDrawing() {
   if (!lanes.isDrawn) return;
@@ -53,12 +53,12 @@ function drawTicks({ context, color }, height) {
   }
 }
 
-// The indexes of the instants in sight, and one before and after.
+// Returns the indexes of the first and the last instant in sight, widened by one on each side.
 function range() {
   return [Math.max(instantAt(lanes.from) - 1, 0), Math.min(instantAt(lanes.to) + 1, time.seconds.length - 1)];
 }
 
-// Where a step ends: at the next one, unless there is a gap.
+// Returns the time at which a step ends: the start of the next step, unless there is a gap.
 function endOf(instant) {
   const { seconds, span } = time;
   const isLast = instant + 1 === seconds.length || lanes.breaks.has(instant + 1);
@@ -81,7 +81,7 @@ function drawLane(pen, lane, top) {
   for (const instant of lane.spikes) if (instant >= first && instant <= last) drawSpike(context, xOf(time.seconds[instant]), lane.isDip ? bottom : top, lane.isDip ? -1 : 1);
 }
 
-// A part of a lane without gaps: the band as an area, the values as a line.
+// Draws a part of a lane that has no gaps: the band as an area, the values as a line.
 function drawPart({ context, color }, lane, from, to, y) {
   const path = (values, isBackward) => {
     for (let i = isBackward ? to : from; isBackward ? i >= from : i <= to; i += isBackward ? -1 : 1) context.lineTo(xOf(time.seconds[i]), y(values[i]));
@@ -101,7 +101,7 @@ function drawPart({ context, color }, lane, from, to, y) {
   context.stroke();
 }
 
-// The worst state of each step.
+// Draws the worst state of each step.
 function drawStates({ context, color }, lane, first, last, y, bottom) {
   const colors = { good: color('free'), warning: color('near'), bad: color('at'), unknown: color('none') };
   for (let from = first, to; from <= last; from = to + 1) {
@@ -123,7 +123,7 @@ function drawSpike(context, x, y, direction) {
   context.fill();
 }
 
-// Time without samples is hatched.
+// Hatches the time of each interruption.
 function drawGaps({ context, color }, height) {
   context.strokeStyle = color('soft');
   context.lineWidth = 1;
@@ -168,7 +168,7 @@ function laneText(lane, instant) {
   return lane.isState ? stateName(figure.value) : figureText(figure);
 }
 
-// The names of the lanes, with their values under the cursor.
+// Shows the names of the lanes, with their values at the cursor.
 function showHeads() {
   tellCursor(now.instant, 'cursor-1');
   tellCursor(time.second, 'cursor-2');

@@ -66,7 +66,7 @@ function toggleLane(row) {
   drawLanes();
 }
 
-// A spike is far from the median of its neighbours, and further than most steps are.
+// A spike is far from the median of its neighbours, and farther than most steps of the lane are.
 const spikeRule = { steps: 60, part: 0.05, times: 6 };
 
 function spikesOf(lane, values, lows, highs, top) {
@@ -110,7 +110,7 @@ function eventList() {
     omittedEvents > 0 && element('p', {}, `And ${countText(omittedEvents)} more.`));
 }
 
-// The part of the span in sight.
+// The following functions change the part of the span that is in sight.
 
 function showAll() {
   [lanes.from] = time.seconds;
@@ -174,7 +174,7 @@ function secondAt(x) {
   return lanes.from + (x / lanes.width) * (lanes.to - lanes.from);
 }
 
-// Drags a cursor, or the lanes. A click moves the cursor.
+// Drags a cursor or the lanes. A click moves the cursor, and with Shift the second one.
 function startDrag(event) {
   if (event.button !== 0 || event.target.closest('button')) return;
   const plot = byId('plot');

@@ -2,7 +2,8 @@
 
 const machineTable = { sortedBy: 'size', isAscending: false };
 
-// How the memory of a machine is backed, in the order of its bar. The last part is what nothing backs.
+// Returns how the memory of a machine is backed: the parts of its bar, in their order. The last part is memory that
+// nothing backs.
 function backingOf(row) {
   const value = (field) => host.groups.value(vmm(field), row);
   const mapped = value('mapped');

@@ -1,4 +1,4 @@
-// Replaces the page for readers without scripts by views that can be used.
+// Replaces the static page for readers without scripts with interactive views.
 
 function showViews() {
   showLanes();
@@ -9,7 +9,7 @@ function showViews() {
   showHeaps();
 }
 
-// Follows links to groups, such as #group-10.
+// Follows a link to a group, such as #group-10, or to another part of the page.
 function followLink() {
   const match = /^#group-(-?\d+)$/.exec(location.hash);
   if (!match) return byId(location.hash.slice(1))?.scrollIntoView();
@@ -20,7 +20,7 @@ function followLink() {
   byId('panel').focus({ preventScroll: true });
 }
 
-// Opens all details for the printer, and closes them afterwards.
+// Opens the lists of sources for printing, and closes them afterwards.
 function prepareForPrinting() {
   const closed = [...document.querySelectorAll('details.sources:not([open])')];
   closed.forEach((each) => (each.open = true));

@@ -28,7 +28,7 @@ function largestOrder(nodes) {
   return 0;
 }
 
-// A row for the node, and one for each of its allocators if it has several.
+// Returns a row for the node, and one for each of its allocators if it has several.
 function nodeRows({ node, rows }, largest) {
   const parts = rows.map((row) => heatRow(host.buddies.name(row), [row], largest, node === null ? 'node' : 'part'));
   if (node === null) return parts;

@@ -50,7 +50,7 @@ class Series {
     }
   }
 
-  // The index of the last change at or before an instant; -1 without one.
+  // Returns the index of the last change at or before an instant, or -1 if there is none.
   find(row, instant) {
     let low = this.starts[row];
     let high = this.starts[row + 1];
@@ -71,7 +71,7 @@ class Series {
     return this.starts[row] < this.starts[row + 1];
   }
 
-  // The values of a row at all instants.
+  // Returns the values of a row at all instants.
   all(row, instants) {
     const values = new Float64Array(instants).fill(noRecord);
     for (let i = this.starts[row]; i < this.starts[row + 1]; ++i) values.fill(this.values[i], this.instants[i]);

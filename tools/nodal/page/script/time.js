@@ -12,18 +12,18 @@ function instantText(instant) {
   return host.data.instants[instant];
 }
 
-// The time of an instant, without the date.
+// Returns the time of an instant, without the date.
 function clockText(instant) {
   return instantText(instant).slice(11);
 }
 
-// The last instant at or before a time.
+// Returns the last instant at or before a time, or the first instant if there is none.
 function instantAt(second) {
   const after = time.seconds.findIndex((each) => each > second);
   return after < 0 ? time.seconds.length - 1 : Math.max(after - 1, 0);
 }
 
-// Moves a cursor. The views follow when it rests.
+// Moves a cursor. The views follow when the cursor rests.
 function moveCursor(isSecond, instant) {
   const target = Math.min(Math.max(instant, 0), time.seconds.length - 1);
   if (isSecond) time.second = target;
@@ -60,8 +60,8 @@ function detailsKey(details) {
   return `${details.closest('[id]').id} ${details.firstChild.textContent}`;
 }
 
-// What changed between two instants: {row, before, after, change}, the largest changes first, then those whose change is
-// NaN: not available. A row that is not there has 0.
+// Returns the rows that changed between two instants, as {row, before, after, change}. The largest changes come first.
+// Changes with a value that is not available are NaN and come last. A row that does not exist has the value 0.
 function changesBetween(family, key, from, to, most) {
   const value = (row, instant) => (family.isThere(row, instant) ? family.value(key, row, instant) : 0);
   const size = ({ change }) => Math.abs(change) || 0;
