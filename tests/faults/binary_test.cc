@@ -93,7 +93,7 @@ TEST(Binary, AllocatesWithoutExceptions) {
   }
 }
 
-// A wrapper of a library operation must see the calls of the program, and no calls inside the library.
+// A wrapper of a library operation must see calls from the program, but no calls from within the library.
 TEST(Library, CallsItsOwnOperationsDirectly) {
   const Outcome outcome =
       testing_support::Run({.program = READELF_PROGRAM, .arguments = {"-r", "-W", PLATFORM_LIBRARY}});

@@ -440,7 +440,7 @@ TEST(DcpmmDiscovery, EmptyListsAreNoFailure) {
   }
 }
 
-// Options and their effect: the rows show the number of iterations, the calls of sleep() the interval.
+// Options and their effect. The rows show the number of iterations; the calls of sleep() show the interval.
 struct Given {
   const char *name;
   const char *options;

@@ -54,7 +54,7 @@ struct Step {
   std::string row = {};                 // the text in CSV output
 };
 
-// The steps over a host. The traffic is that of MemoryHost; all its counts differ.
+// The steps of a run over MemoryHost(sockets), whose counts all differ.
 std::vector<Step> Steps(const std::vector<Socket> &sockets, int iterations = 1, int seconds = 1);
 
 std::string FileStart(int seconds = 1);
