@@ -18,14 +18,14 @@ namespace faults {
 // The effect of a failure on the rows that the report prints.
 enum class Effect {
   kNone,
-  kLosesRow,    // omits the row that the call is for
-  kLosesGroup,  // omits the group and all groups below it; for the start group, the exit status is 1
-  kLosesChild,  // as kLosesGroup, but the exit status is 1 for the last child of the start group
-  kEndsTable,   // prints no more rows, but the text after the rows
-  kEndsRun,     // prints nothing more; FailureRow::exitStatus is the exit status
-  kLosesBuddy,  // omits the buddy whose memory node is read
-  kEndsScan,    // ends the search for buddies, but keeps those found before
-  kEndsSearch,  // ends the search for sockets, but keeps those found before; without any, the exit status is 1
+  kLosesRow,      // omits the row that the call is for
+  kLosesGroup,    // omits the group and all groups below it; for the start group, the exit status is 1
+  kLosesChild,    // as kLosesGroup, but the exit status is 1 for the last child of the start group
+  kEndsTable,     // prints no more rows, but the text after the rows
+  kEndsRun,       // prints nothing more; FailureRow::exitStatus is the exit status
+  kLosesBuddy,    // omits the buddy whose memory node is read
+  kEndsScan,      // ends the search for buddies, but keeps those found before
+  kEndsSearch,    // ends the search for sockets, but keeps those found before; without any, the exit status is 1
   kSpoilsSearch,  // the next read of the search for sockets fails, and ends the search
 };
 
