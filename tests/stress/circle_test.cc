@@ -64,7 +64,7 @@ TEST(Circle, FourGroupsThatNameEachOtherAreWalkedToTheEnd) {
   EXPECT_EQ(Rows(run), (16'777'216 - 1) / 3) << "the sum of 4^0 to 4^11";
 }
 
-// Long lists exhaust the budget with few visits.
+// Long lists of children exhaust the budget of a walk with few visits.
 TEST(Circle, TheWalkStopsWhenItsBudgetIsUsedUp) {
   SKIP_IF_SANITIZED();
   constexpr int kNames = 65536;

@@ -1,4 +1,4 @@
-// The programs themselves while allocations fail, in them, in libplatkit and in the C and C++ libraries.
+// Runs the programs while allocations fail in them, in libplatkit, or in the C and C++ libraries.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -20,7 +20,7 @@ using testing_support::Command;
 using testing_support::Outcome;
 using testing_support::ScratchDirectory;
 
-constexpr uint64_t kTries = 150;  // per command and kind of shortage
+constexpr uint64_t kTries = 150;  // more tries mean more runs per command and kind of shortage
 
 class ShortMemory : public testing::Test {
  protected:
@@ -58,8 +58,8 @@ WholeRun RunWhole(const Program &program) {
   return {.outcome = std::move(outcome), .allocations = std::stoull(testing_support::ReadFile(count))};
 }
 
-// Calls `check` with the outcome of runs of the command in which an allocation fails, alone or with all later ones:
-// with each of the first ones, and with some of the rest.
+// Runs the command while one allocation fails, alone or together with all later ones, and calls `check` with the
+// outcome. Fails each of the early allocations in turn, and some of the others.
 void FailAllocations(const Program &program, uint64_t allocations,
                      const std::function<void(const Outcome &, const std::string &)> &check) {
   ASSERT_GT(allocations, 0u);
