@@ -133,7 +133,8 @@ pid_t Spawn(const Command &command, int input, int output, int errors) {
   return child;
 }
 
-// Reads from a channel until its other end is closed, which a terminal reports as an error.
+// Reads the available bytes of a channel. Disables the channel if its other end is closed, which a terminal reports as
+// an error.
 void ReadSome(pollfd &from, std::string &text) {
   std::array<char, 65536> buffer;
   const ssize_t count = read(from.fd, buffer.data(), buffer.size());
