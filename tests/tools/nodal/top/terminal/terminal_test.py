@@ -1,4 +1,4 @@
-"""Tests nodal top in a terminal of tmux: keys in, screen out.
+"""Tests nodal top in a terminal of tmux. The tests send keys and compare the screen.
 
     terminal_test.py NODAL SNAPSHOT HISTORY
 """
