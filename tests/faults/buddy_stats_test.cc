@@ -101,7 +101,7 @@ Description of report header labels:
              1GBused: used 1GB buffers
 )";
 
-// The mandatory column alone, which is blank in the Total row.
+// A table with only the mandatory column, which is blank in the Total row.
 constexpr char kMandatoryAlone[] = R"(
  MEMMAP BUDDY STATS: <time>
  --------------------------------------------
@@ -210,7 +210,7 @@ constexpr ReportCase kNamesCases[] = {
         "memmap_01x,1,high,1\nmemmapN02o,2,low,2\n"),
     Names(
         "NoNumber", [] { return Named({"memmap-ab-lo"}); }, "memmap-ab-lo,0,low,0\n"),
-    // A name is truncated to 15 characters. The last of them says whether the buddy is low.
+    // A name is truncated to 15 characters. If its last character is then an "o", the buddy is low.
     Names(
         "FifteenCharacters", [] { return Named({"memmap-03-23456"}); }, "memmap-03-23456,3,high,3\n"),
     Names(

@@ -356,7 +356,7 @@ constexpr ReportCase kMachinesCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Machines, VmAllocation, testing::ValuesIn(kMachinesCases), NameOf<ReportCase>);
 
-// The tables of runs without a group.
+// The tables of reports without rows.
 
 struct Table {
   const char *name;  // of the test

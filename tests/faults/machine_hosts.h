@@ -18,8 +18,8 @@ PShareStatsRecord HintFigures();
 //
 //   memmap-01-hi, heap-00-lo, memmap-00-hi, memmap-01-lo, kseg-00, memmap-00-lo
 //
-// Memory node 0 is NUMA node 7, memory node 1 is NUMA node 200. The buddies are numbered from 1, by node and low before
-// high. Buddy i has 1000 i + k free and 1000 i + 500 + k used buffers of size k.
+// Memory node 0 is NUMA node 7, memory node 1 is NUMA node 200. The MemMap buddies are numbered from 1, by node, with
+// low before high. Buddy i has 1000 i + k free and 1000 i + 500 + k used buffers of size k.
 testing_support::StandinHost BuddyHost();
 BuddyComprehensiveRecord BuddyFigures(const Figures &figures);
 

@@ -43,7 +43,7 @@ class Oracle {
  private:
   // The last line of the log before the header; SIZE_MAX if the header follows all reads.
   size_t HeaderLine(const testing_support::StandinRun &clean) const;
-  // For each row, the line of the read before it.
+  // For each row, the line of the last read before the row.
   std::vector<size_t> RowLines() const;
   // For each row, the line where its buddy's memory node is read.
   std::vector<size_t> Lookups() const;

@@ -26,7 +26,8 @@ class Uncore {
   // periods.
   void AddTraffic(uint32_t event, const std::vector<uint64_t> &amounts);
 
-  // Write a control register, or read one half of a count. Both return false if the unit has no such register.
+  // Write() writes a control register, and Read() reads one half of a count. Both return false if the unit has no such
+  // register.
   bool Write(const Address &address, int64_t offset, uint32_t value);
   bool Read(const Address &address, int64_t offset, uint32_t &value) const;
 

@@ -1,4 +1,4 @@
-// Records of any bytes: printed by nodal, converted to JSON and back, and anonymized.
+// Prints records of any bytes, converts them to JSON and back, and anonymizes them.
 #include <algorithm>
 #include <cstring>
 #include <memory>

@@ -1,5 +1,5 @@
-// Changes a mapped snapshot before certain accesses. All reads must end with a status, and a report over the changing
-// file must end with 0 or 1. An input consists of the changes and the snapshot.
+// Changes a mapped snapshot before certain accesses. All reads must return a status, and a report over the changing
+// file must exit with 0 or 1. An input consists of the changes and the snapshot.
 //
 // The first byte is the number of changes, at most 7. A change has six bytes: the number of the access (16 bits), the
 // kind, a position (16 bits), and the new byte at this position.

@@ -1,5 +1,5 @@
-// Compares the tables of columns in docs/linux.md with the reports: each report runs over a source whose records are
-// changed one field at a time, which shows the figures that a column depends on.
+// Compares the tables of columns in docs/linux.md with the reports. Each report runs over a source whose records are
+// changed one field at a time. This shows the figures that a column depends on.
 #include <fcntl.h>
 #include <getopt.h>
 #include <gtest/gtest.h>
@@ -41,7 +41,8 @@ Texts Split(std::string_view text, std::string_view separator) {
   return parts;
 }
 
-// The last fixed part of a node's path, such as "vmm". If several nodes end in it, the last two: "heaps/stats".
+// The last fixed part of a node's path, such as "vmm". If several paths end in this part, the last two fixed parts,
+// such as "heaps/stats".
 std::string ShortName(const Node &node) {
   Texts parts;
   for (const std::string_view piece : node.pieces) {

@@ -1,16 +1,23 @@
 #!/bin/sh
 # The first program of the second host. It sets up the host, runs every report, and writes the results and the host's
-# files to the disk as an archive. The folders of the archive:
-#   files    files of /proc, /sys and the control groups to compare the reports with, at their own paths
-#   live     each report: its output, its messages (.err) and its exit status (.status); and the lines of files with
-#            changing figures, after their paths, right before (.before) and after (.after) the report
-#   user     the same for an ordinary user
-#   replay   the same from a capture of the host, host.nodal
-#   pressed  reports on a machine that wants more memory than its limit, which is two groups above it. The folder also
+# files to the disk as an archive. These are the folders of the archive:
+#
+#   files    The files of /proc, /sys and the control groups with which the reports are compared, at their own paths.
+#
+#   live     The output, the messages (.err) and the exit status (.status) of each report. Files whose figures change
+#            are saved right before (.before) and after (.after) the report. Each of their lines follows its path.
+#
+#   user     The output, messages and exit status of each report for an ordinary user.
+#
+#   replay   The output, messages and exit status of each report from a capture of the host, host.nodal.
+#
+#   pressed  Reports on a machine that wants more memory than its limit, which is two groups above it. The folder also
 #            has the files of its group and of /proc right before and after each report.
-#   shortage comp-stats at three times: while the host is idle (idle), after it has read a disk that is larger than its
+#
+#   shortage The report comp-stats while the host is idle (idle), after it has read a disk that is larger than its
 #            memory (read), and after programs have asked for more memory than the host has (filled). "pressure" is the
 #            memory pressure at the time of "read". With generations of pages, "read-generations" repeats "read".
+#
 # With "hierarchy=v1" on the kernel's command line, the memory controller is on version 1 of control groups, and the
 # archive has only the folder "pressed".
 export PATH=/bin LD_LIBRARY_PATH=/lib
@@ -121,7 +128,7 @@ save_files() {
   done
 }
 
-# run_reports FOLDER [COMMAND...]: runs each report, with the command in front.
+# run_reports FOLDER [COMMAND...]: runs each report, through COMMAND if it is given.
 run_reports() {
   folder=$out/$1
   shift

@@ -26,7 +26,7 @@ pmem-region-numa-stats dcpmm-stats""".split()
 STEADY_REPORTS = """pshare-stats lpool-stats pmem-regionstore-stats pmem-region-stats pmem-extent-stats
 pmem-region-numa-stats""".split()
 
-# For these, only the groups of sleeping processes do not change.
+# In the output of these reports, only the groups of sleeping processes do not change.
 GROUP_REPORTS = """group-stats vm-stats uw-stats swap-stats guest-stats zip-stats lpage-stats
 asyncremap-stats""".split()
 

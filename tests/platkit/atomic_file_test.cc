@@ -207,7 +207,8 @@ class AccessList {
   }
   const std::string &bytes() const { return bytes_; }
 
-  // User 65534 may read, and the file's group may not, although the group bits of the mode say so.
+  // The list allows user 65534 to read, and denies this to the file's group, although the group bits of the mode allow
+  // it.
   static std::string ForOneUser() {
     return AccessList().Entry(1, 6).Entry(2, 4, 65534).Entry(4, 0).Entry(16, 4).Entry(32, 0).bytes();
   }

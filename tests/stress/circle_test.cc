@@ -23,7 +23,7 @@ Outcome GroupStats(LargeHost &host, const std::vector<std::string> &options) {
   return testing_support::Run({.program = KESTREL_PROGRAM, .arguments = words});
 }
 
-// Does not count the header.
+// Returns the number of rows without the header.
 int64_t Rows(const Outcome &outcome) { return std::ranges::count(outcome.output, '\n') - 1; }
 
 constexpr int kBudget = 1 << 30;

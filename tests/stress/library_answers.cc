@@ -24,7 +24,7 @@ decltype(NODAL_ParamListAddString) __real_NODAL_ParamListAddString;
 namespace stress {
 namespace {
 
-// Nothing here allocates: the reads happen while allocations are counted and fail.
+// This code must not allocate memory, because it runs while allocations are counted and fail.
 
 // FNV-1a.
 class Digest {

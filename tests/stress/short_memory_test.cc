@@ -20,7 +20,7 @@ using testing_support::Command;
 using testing_support::Outcome;
 using testing_support::ScratchDirectory;
 
-constexpr uint64_t kTries = 150;  // more tries mean more runs per command and kind of shortage
+constexpr uint64_t kTries = 150;  // a larger number means more runs per command and kind of shortage
 
 class ShortMemory : public testing::Test {
  protected:
@@ -177,7 +177,7 @@ TEST_F(ShortMemory, InTheProfiler) {
   });
 }
 
-// The second text is the C library's.
+// The second text is a message of the C library.
 bool NamesTheCause(const std::string &errors) {
   return errors.find("ut of memory") != std::string::npos || errors.find("Cannot allocate memory") != std::string::npos;
 }

@@ -169,7 +169,7 @@ TEST_F(DamagedMomentTest, InASegmentThatIsNone) {
   Record(3600, 3620);
   testing_support::WriteFile(PathAt(0), std::string(1000, 'x'));
   EXPECT_EQ(OpenAt(3600), 3600);
-  EXPECT_EQ(OpenAt(3599), HVC_OUT_OF_RANGE);  // the first readable sample is the history's first
+  EXPECT_EQ(OpenAt(3599), HVC_OUT_OF_RANGE);  // the history starts at its first readable sample
   Record(7200, 7220);
   testing_support::WriteFile(PathAt(3600), std::string(1000, 'x'));
   Record(-3600, -3580);

@@ -221,7 +221,7 @@ TEST_F(Change, LengthsGrow) {
   ReadWithEachChange([&](const OpenFile &file) { file.Write(std::string(8, '\x7f'), head); });
 }
 
-// A byte of a value changes all the time. A read returns the value that has the checksum.
+// A byte of a value changes all the time. A read returns only the value that matches its checksum.
 TEST_F(Change, AnotherThreadOverwritesAValue) {
   WriteSmallHost(path_);
   const OpenFile file(path_);

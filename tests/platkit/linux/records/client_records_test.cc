@@ -291,7 +291,7 @@ TEST(ClientRecords, Swapping) {
   EXPECT_CELL(other.totalReg, 9000000u);
 }
 
-// The only swap space is zram, so everything that is swapped is there.
+// The only swap space is zram, so all swapped memory is in zram.
 TEST(ClientRecords, MemoryInZram) {
   SavedHost host("clients.host");
   const uint64_t swapped = MB(400 - 200) - 4000;

@@ -52,7 +52,8 @@ void MarkRecord(const platkit::RecordLayout &layout, std::span<std::byte> record
   }
 }
 
-// The path with the marker in every text. The walk visits the memory states by their own names.
+// The path with the marker in every text. The names of the memory states get no marker, because the capture visits
+// these states by their fixed names.
 std::string MarkedPath(platkit::PathTarget target) {
   for (nodal::Argument &argument : target.arguments) {
     const bool isState = target.node->id == platkit::nodes::sched_globalStats_memory_stateTransitions.id();

@@ -200,7 +200,7 @@ class TopTest(unittest.TestCase):
                 terminal.wait_for('web-01')
                 text = '\n'.join(terminal.screen('-e'))
                 self.assertEqual(green in text, has_colours)
-                # The row of the cursor is reversed in any case.
+                # The cursor's row is in reverse video, with and without colours.
                 self.assertRegex(text, '\x1b\\[([0-9]*;)*7m')
                 terminal.close()
 
