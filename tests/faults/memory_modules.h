@@ -48,7 +48,7 @@ struct Step {
   enum Kind { kWrite, kRead, kSleep, kTrailer };
 
   Kind kind;
-  std::vector<std::string> calls = {};  // the calls on registers and of sleep, as in the log
+  std::vector<std::string> calls = {};  // the accesses to registers and the calls of sleep, as in the log
   std::string failure = {};             // the last message, if a write or read fails
   std::string file = {};                // the text in the output file
   std::string row = {};                 // the text in CSV output

@@ -64,7 +64,7 @@ class Churn {
   virtual ~Churn() = default;
 
  protected:
-  // Called after construction and before destruction of the derived class.
+  // The constructor of a derived class calls Start, and its destructor calls Stop.
   template <typename Round>
   void Start(Round round) {
     thread_ = std::thread([this, round] {
