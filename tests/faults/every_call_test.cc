@@ -1,7 +1,7 @@
 // Runs each report many times. In each run, one call fails, in one of the ways that the program distinguishes; a build
-// with sanitizers tries only one way. Compares the output, the messages, the exit status, and the reads and writes with
-// those that follow from the report's table of failures. After any failure, the program destroys its lists, no row
-// mixes figures of two owners, and the total is the sum of the rows above it.
+// with sanitizers tries only one way. Compares the output, messages, exit status, reads and writes with those that
+// follow from the report's table of failures. After any failure, the program destroys its lists, no row mixes figures
+// of two owners, and the total is the sum of the rows above it.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -224,7 +224,7 @@ struct Leader {
   uint32_t vmmID;
   Figures figures;
   Figures vmmFigures;  // figures of the VMM's own client
-  uint64_t mapped;     // the number of the figure `mapped`, large enough for the subtractions
+  uint64_t mapped;     // the field number of `mapped`, so large that the reports' differences are not negative
   bool flags;          // true sets one half of the flags, false the other half
 };
 

@@ -32,7 +32,7 @@ using platkit::snapshot::Value;
 
 constexpr int kMostPeriods = 3;
 
-// The size of a PCI configuration space. With this limit, the program can still write registers, but no longer files.
+// The size of a PCI configuration space. With this limit on file sizes, the program can still write all registers.
 constexpr rlim_t kMaxFileBytes = 4096;
 
 // The output of kestrel while it runs in this thread; null in other threads. There, sleep() really sleeps.

@@ -43,7 +43,7 @@ set_up_devices() {
   done
 }
 
-# Two namespaces in one region; each is a disk.
+# Creates two namespaces of persistent memory in one region. Each namespace is a disk.
 set_up_pmem() {
   nd=/sys/bus/nd/devices
   add_namespace 00000000-0000-4000-8000-000000000001 $((32 << 20))
