@@ -15,7 +15,7 @@ import unittest
 import shells
 
 SHELL, COMPLETIONS, BUILT, SAMPLES = sys.argv[1:5]
-# Links, because PATH cannot contain a colon and the path of a clone may.
+# A link, because the path of a clone may contain a colon, which separates the folders in PATH.
 LINKS = tempfile.TemporaryDirectory()
 PROGRAMS = LINKS.name + '/bin'
 os.symlink(BUILT, PROGRAMS)
@@ -97,7 +97,7 @@ class Completion(unittest.TestCase):
         self.offers('kestrel -r asyncremap-stats -', common + '-g --gid -u --unit')
         self.offers('kestrel --report=comp-stats -', common + '-u --unit')
         self.offers('kestrel -rbuddy-stats -', common)
-        # The --verbose of heap-stats does not describe the columns.
+        # In heap-stats, --verbose prints no descriptions of the columns, so the shells do not offer it.
         self.offers('kestrel -r heap-stats -', '-s --cSelect -v -q --csvMode -u --unit')
         self.offers('kestrel -r dcpmm-stats -', '-t --time -i --iterations -v --verbose -q --csvMode')
 
@@ -195,7 +195,7 @@ class Completion(unittest.TestCase):
                 self.runs('nodal --cache heaps.nodal get ' + start + '\t\t', expected)
             for quote in '\'"':
                 with self.subTest(name, quote=quote):
-                    # bash ends the quotes, the other shells do not.
+                    # bash closes the quotation after the completed name; the other shells leave it open.
                     rest = 'stats' if SHELL == 'bash' else 'stats' + quote
                     self.runs('nodal --cache heaps.nodal get ' + quote + start + '\t' + rest, expected)
 
@@ -203,12 +203,12 @@ class Completion(unittest.TestCase):
         expected = printed('-c', SNAPSHOT, '-r', 'vm-stats', '-q')
         for i, name in enumerate(HOSTILE):
             if SHELL == 'fish' and ('\n' in name or '\t' in name):
-                continue  # these separate fish's suggestions
+                continue  # newlines and tabs separate fish's suggestions
             os.symlink(SAMPLES + '/' + SNAPSHOT, 'f%02d%s' % (i, name))
             for start in ('kestrel -c f%02d' % i, 'kestrel --cache=f%02d' % i):
                 with self.subTest(start + name):
                     self.runs(start + '\t -r vm-stats -q', expected)
-        if SHELL != 'fish':  # suggests no such files
+        if SHELL != 'fish':  # fish suggests no file whose name starts with a dash
             os.symlink(SAMPLES + '/' + SNAPSHOT, '-leading dash')
             self.runs('kestrel -c -l\t -r vm-stats -q', expected)
 

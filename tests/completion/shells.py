@@ -1,4 +1,4 @@
-"""Runs shells on a terminal and returns their suggestions for a typed line, and the line after Tab."""
+"""Runs shells, and returns their suggestions for a typed line and the line after Tab."""
 
 import os
 import pty
@@ -99,14 +99,14 @@ class Fish:
         return {offer.split('\t')[0].removeprefix(head) for offer in run.stdout.splitlines()}
 
     def line_after(self, keys):
-        """Returns the line after typing the keys. At each tab, fish must have one suggestion."""
+        """Returns the line after typing the keys. At each tab, fish must have exactly one suggestion."""
         script = 'for file in $argv[2..-1]; source $file; end; complete --escape -C $argv[1]'
         line = ''
         for part in re.split('(\t)', keys):
             if part != '\t':
                 line += part
                 continue
-            # fish suggests the whole word.
+            # A suggestion of fish replaces the whole word.
             offers = self._fish(script, line, *self._files).stdout.splitlines()
             assert len(offers) == 1, (line, offers)
             line = line[:self._start_of_word(line)] + offers[0].split('\t')[0]

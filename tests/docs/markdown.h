@@ -8,7 +8,6 @@
 
 namespace docs {
 
-// A code block.
 struct Block {
   std::string language;
   std::string text;

@@ -47,8 +47,8 @@ class Workbench {
  public:
   Workbench() {
     std::filesystem::copy_file(SAMPLE_SNAPSHOT, folder_.File("two-vms.nodal"));
-    // Links, because the path of a clone may contain a colon or a blank: PATH cannot contain the first, ExecStart the
-    // second.
+    // Links, because the path of a clone may contain a colon or a blank. A folder in PATH must not contain a colon, and
+    // a program in ExecStart must not contain a blank.
     std::filesystem::create_directory_symlink(STANDINS, links_.File("standins"));
     std::filesystem::create_directory_symlink(std::filesystem::path(NODAL_PROGRAM).parent_path(), links_.File("bin"));
   }
@@ -91,7 +91,7 @@ INSTANTIATE_TEST_SUITE_P(Recipes, RecipeTest, testing::ValuesIn(ReadRecipes()), 
   return std::regex_replace(recipe.param.name, std::regex("[^A-Za-z]"), "");
 });
 
-// The configuration files in the recipes, by the name in the paragraph above each.
+// The configuration files in the recipes, by name. The paragraph above a file contains its name.
 std::map<std::string, std::string> FilesOfRecipes() {
   std::map<std::string, std::string> files;
   for (const Section &recipe : ReadRecipes()) {
@@ -150,7 +150,7 @@ TEST(Units, AreValidAndConfined) {
     EXPECT_EQ(outcome.exitStatus, 0) << outcome.output;
     EXPECT_EQ(outcome.output.find(unit), std::string::npos) << outcome.output;
   }
-  // The exposure in tenths, of 100. Without its settings, a service would have 96.
+  // The threshold is an exposure level from 0 to 100. Without the settings in its unit, a service would have 96.
   for (const char *service : {"kestrel-history.service", "kestrel-metrics.service"}) {
     const testing_support::Outcome security =
         workbench.Run("systemd-analyze security --offline=yes --threshold=25 ./" + std::string(service));

@@ -93,7 +93,7 @@ TEST(AsyncRemapStatsRows, StandBeforeTheMessagesOfWhatFollows) {
             "130,copy\n,\n");
 }
 
-// Each argument list has the capacity for its arguments and is used for one read.
+// Each argument list is created with the capacity for exactly its arguments, and is used for one read only.
 TEST(AsyncRemapStatsCalls, AGroupIsReadInAFixedOrder) {
   const StandinRun run = RunKestrel(MachinesHost(), {"-r", "asyncremap-stats", "-g", "20"});
   std::vector<std::string> calls = CallsThatCount(run);

@@ -79,8 +79,8 @@ TEST(Binary, NeedsThePlatformLibraryAndTheLanguagesOwn) {
 }
 #endif
 
-// kestrel is built without exceptions, so it must not call an operator new that throws. Where it allocates, it checks
-// the pointer.
+// kestrel is built without exceptions, so it must not call an operator new that throws. Where it allocates memory, it
+// checks the returned pointer.
 TEST(Binary, AllocatesWithoutExceptions) {
   const Outcome outcome = testing_support::Run({.program = NM_PROGRAM, .arguments = {"-D", "-u", KESTREL_PROGRAM}});
   ASSERT_EQ(outcome.exitStatus, 0) << outcome;
@@ -93,7 +93,7 @@ TEST(Binary, AllocatesWithoutExceptions) {
   }
 }
 
-// A wrapper of a library operation must see the calls of the program, and no calls inside the library.
+// A wrapper of a library operation must see calls from the program, but no calls from within the library.
 TEST(Library, CallsItsOwnOperationsDirectly) {
   const Outcome outcome =
       testing_support::Run({.program = READELF_PROGRAM, .arguments = {"-r", "-W", PLATFORM_LIBRARY}});

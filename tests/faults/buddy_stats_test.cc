@@ -63,7 +63,7 @@ constexpr char kDescriptions[] = R"(Description of report header labels:
              1GBused: used 1GB buffers
 )";
 
-// The 38 counts of a row: 19 from `free` upwards, 19 from `used` upwards.
+// The 38 counts of a row: 19 starting at `free` and 19 starting at `used`, each `step` more than the previous one.
 std::string Counts(uint32_t free, uint32_t used, uint32_t step) {
   std::string counts;
   for (uint32_t k = 0; k < 19; ++k)
@@ -101,7 +101,7 @@ Description of report header labels:
              1GBused: used 1GB buffers
 )";
 
-// The mandatory column alone, which is blank in the Total row.
+// A table with only the mandatory column, which is blank in the Total row.
 constexpr char kMandatoryAlone[] = R"(
  MEMMAP BUDDY STATS: <time>
  --------------------------------------------
@@ -210,7 +210,7 @@ constexpr ReportCase kNamesCases[] = {
         "memmap_01x,1,high,1\nmemmapN02o,2,low,2\n"),
     Names(
         "NoNumber", [] { return Named({"memmap-ab-lo"}); }, "memmap-ab-lo,0,low,0\n"),
-    // A name is truncated to 15 characters. The last of them says whether the buddy is low.
+    // A name is truncated to 15 characters. If its last character is then an "o", the buddy is low.
     Names(
         "FifteenCharacters", [] { return Named({"memmap-03-23456"}); }, "memmap-03-23456,3,high,3\n"),
     Names(
@@ -258,14 +258,14 @@ constexpr ReportCase kOrderCases[] = {
           return Named({"memmap-02-hi", "memmap-01-dma", "memmap-02-lo", "memmap-01-lo"});
         },
         "memmap-01-lo,1,low,1\nmemmap-01-dma,1,high,1\nmemmap-02-lo,2,low,2\nmemmap-02-hi,2,high,2\n"),
-    // The first of a pair is swapped with the low one that was found last.
+    // The report swaps the first buddy of a node with the low buddy that it found last.
     Names(
         "TheSwapTurnsOthersRound",
         [] {
           return Named({"memmap-01-h1", "memmap-01-h2", "memmap-01-lo"});
         },
         "memmap-01-lo,1,low,1\nmemmap-01-h2,1,high,1\nmemmap-01-h1,1,high,1\n"),
-    // Each of two low buddies is less than the other; the one compared last wins.
+    // Each of two low buddies compares as less than the other, so the last comparison decides their order.
     Names(
         "TheLastOfTwoLowOnes",
         [] {

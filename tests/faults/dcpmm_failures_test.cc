@@ -1,5 +1,5 @@
-// dcpmm-stats: failing calls that every_call_test.cc does not cover. They are in runs that write a file, in the second
-// iteration, and for the second socket.
+// dcpmm-stats: failing calls that every_call_test.cc does not cover. They occur in runs that write a file, in the
+// second iteration, or for the second socket.
 #include <algorithm>
 #include <map>
 
@@ -76,7 +76,7 @@ void PrintTo(const Part &part, std::ostream *stream) { *stream << part.name; }
 
 class FailingSteps : public testing::TestWithParam<Part> {
  protected:
-  // The register calls up to the failing step, and those that this step made before it failed.
+  // The register calls before the failing step, and those that this step made before it failed.
   static std::vector<std::string> CallsUpTo(const std::vector<Step> &steps, size_t failing, const FailingCall &call) {
     std::vector<std::string> calls = Calls({steps.begin(), steps.begin() + static_cast<ptrdiff_t>(failing)});
     const std::string operation = call.operation;
@@ -173,8 +173,8 @@ INSTANTIATE_TEST_SUITE_P(
                     "KestrelDCPMMReadCounters: error fetching PCI information Opaque service console status\n"
                     "kestrelDCPMMReadAllCounters: Error reading UNC_M_PMM_RPQ_INSERTS\n",
                 {}},
-        // The first 25 calls are those of the search for sockets and channels. The CSV header comes after the
-        // programming.
+        // The search for sockets and channels makes the first 25 calls. The CSV header is missing, because the report
+        // prints it after the programming.
         Failure{"NumberAboveTheSignedRange",
                 FailingHost({.operation = "NODAL_ParamListAddInt", .call = 26, .status = 0xfffffffe}),
                 {"-q"},
@@ -213,22 +213,23 @@ INSTANTIATE_TEST_SUITE_P(
                             {}}),
     NameOf<Failure>);
 
-// After a failed search, the sockets found before are profiled. The second socket's bus comes after the first one's.
+// If the search fails, the report profiles the sockets that it has found so far. The bus of the second socket is
+// searched after the bus of the first one.
 TEST(DcpmmDiscovery, GoesOnWithTheSocketsFoundSoFar) {
   const struct {
     Fault fault;
     const char *message;
     size_t sockets;
   } cases[] = {
-      // Skips the calls for bus 0 and for the first socket's bus.
+      // The first two calls are for bus 0 and for the bus of the first socket.
       {{.operation = "NODAL_GetInstanceListAlloc", .node = "hardware_pci_seg_bus_slot", .call = 3},
        "NODAL_NODE_hardware_pci_seg_bus_slot Failure",
        1},
       {{.operation = "NODAL_ParamListGetParam", .node = "hardware_pci_seg_bus", .call = 3},
        "NODAL_NODE_hardware_pci_seg_bus, Unable to get bus param from busList",
        1},
-      // Bus 0 has two slots with three functions; the socket's slots 8 and 9 have one function each, then come 10.2 and
-      // 10.6.
+      // Calls 1 to 3 are for the functions of bus 0, calls 4 and 5 for the first socket's slots 8 and 9, call 6 for its
+      // function 10.2, and call 7 for its function 10.6.
       {{.operation = "NODAL_Get", .node = kConfigHeader, .call = 7},
        "NODAL_NODE_hardware_pci_seg_bus_slot_func_pciConfigHeader, Unable to get pciConfiHeader",
        1},

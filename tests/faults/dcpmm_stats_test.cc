@@ -225,7 +225,7 @@ TEST(DcpmmCalls, DiscoveryReadsEveryFunctionInListOrder) {
 }
 
 // A call and the calls around it: `before` calls before it and `after` calls after it, without the numbers of the
-// lists. All calls of the run if it has no such call.
+// lists. Returns all calls of the run if it has no such call.
 std::vector<std::string> CallsAround(const StandinRun &run, size_t before, const std::string &call, size_t after) {
   const auto found = std::find(run.calls.begin(), run.calls.end(), call);
   if (found == run.calls.end() || found - run.calls.begin() < static_cast<ptrdiff_t>(before) ||
@@ -440,7 +440,7 @@ TEST(DcpmmDiscovery, EmptyListsAreNoFailure) {
   }
 }
 
-// Options and their effect: the rows show the number of iterations, the calls of sleep() the interval.
+// Options and their effect. The rows show the number of iterations; the calls of sleep() show the interval.
 struct Given {
   const char *name;
   const char *options;

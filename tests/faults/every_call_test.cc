@@ -1,7 +1,7 @@
 // Runs each report many times. In each run, one call fails, in one of the ways that the program distinguishes; a build
-// with sanitizers tries only one way. Compares the output, the messages, the exit status, and the reads and writes with
-// those that follow from the report's table of failures. After any failure, the program destroys its lists, no row
-// mixes figures of two owners, and the total is the sum of the rows above it.
+// with sanitizers tries only one way. Compares the output, messages, exit status, reads and writes with those that
+// follow from the report's table of failures. After any failure, the program destroys its lists, no row mixes figures
+// of two owners, and the total is the sum of the rows above it.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -24,10 +24,10 @@ namespace {
 constexpr HVC_ReturnStatus kNotFound = 0x0bad0003;
 constexpr HVC_ReturnStatus kStatuses[] = {HVC_FAILURE, kNotFound, 0x0bad0031};
 
-// A way to fail. A call may fill its output and still fail.
+// A way to fail.
 struct Failing {
   HVC_ReturnStatus status;
-  bool answers = false;
+  bool answers = false;  // the call fills its output although it fails
 };
 #ifdef KESTREL_SANITIZE
 // With sanitizers, only one way is tested: programs start slowly, and the way hardly affects the use of memory.
@@ -79,7 +79,7 @@ StandinRun RunOver(const Report &report, StandinHost host, const std::optional<F
   return RunKestrel(host, report.arguments);
 }
 
-// Checks the properties of every run, whatever fails in it.
+// Checks the properties that every run must have, whichever call fails.
 void CheckAnyRun(const Report &report, const StandinRun &run) {
   EXPECT_EQ(run.outcome.signal, 0);
   EXPECT_TRUE(run.outcome.exitStatus == 0 || run.outcome.exitStatus == 1);

@@ -18,15 +18,15 @@ namespace faults {
 // The effect of a failure on the rows that the report prints.
 enum class Effect {
   kNone,
-  kLosesRow,    // the row that the call is for
-  kLosesGroup,  // the group and those below it; the start group decides the result
-  kLosesChild,  // as kLosesGroup, if the group's ID was not read; the last child of the start group decides the result
-  kEndsTable,   // no more rows; the text after the rows is still printed
-  kEndsRun,     // nothing more; FailureRow::exitStatus is the exit status
-  kLosesBuddy,  // the buddy whose memory node is read
-  kEndsScan,    // the search for buddies; those found before stay
-  kEndsSearch,  // the search for sockets; those found before stay
-  kSpoilsSearch,  // the search ends at its next read
+  kLosesRow,      // omits the row that the call is for
+  kLosesGroup,    // omits the group and all groups below it; for the start group, the exit status is 1
+  kLosesChild,    // as kLosesGroup, but the exit status is 1 for the last child of the start group
+  kEndsTable,     // prints no more rows, but the text after the rows
+  kEndsRun,       // prints nothing more; FailureRow::exitStatus is the exit status
+  kLosesBuddy,    // omits the buddy whose memory node is read
+  kEndsScan,      // ends the search for buddies, but keeps those found before
+  kEndsSearch,    // ends the search for sockets, but keeps those found before; without any, the exit status is 1
+  kSpoilsSearch,  // the next read of the search for sockets fails, and ends the search
 };
 
 // <number>, <hex> and <text> stand for the status, <1> for the first argument of the read, and <step> for the message
@@ -41,13 +41,13 @@ using Messages = std::vector<Message>;
 struct FailureRow {
   std::string operation;
   std::string place;    // as in LoggedCall
-  unsigned number = 0;  // as in LoggedCall; 0: each
+  unsigned number = 0;  // as in LoggedCall; 0: all calls
   Messages messages = {};
   Effect effect = Effect::kNone;
   int exitStatus = 0;                       // if the run ends
-  std::vector<HVC_ReturnStatus> only = {};  // statuses that this row covers; empty: all that no earlier row covers
+  std::vector<HVC_ReturnStatus> only = {};  // statuses that this row covers; empty: those that no earlier row covers
   bool isIgnored = false;                   // the report ignores the status and uses what the call filled
-  bool readsOn = false;                     // the report reads more than the effect implies
+  bool readsOn = false;                     // the report makes more reads than the effect implies
 };
 
 using FailureTable = std::vector<FailureRow>;
@@ -71,7 +71,8 @@ struct Report {
   Header header = Header::kFirst;
   Parts parts = Parts::kOne;
   bool messagesInOutput = false;
-  // Whether every figure of a row is a multiple of its owner's number, except in the shared columns.
+  // Whether each figure of a row is a multiple of the number of the row's owner, such as its group or buddy. The shared
+  // columns are exceptions.
   bool hasOwners = true;
   std::vector<std::string> sharedColumns = {};
 };

@@ -1,4 +1,4 @@
-// Figures whose values show their source.
+// Test figures whose values show which record and field they come from.
 #ifndef TESTS_FAULTS_FIGURES_H
 #define TESTS_FAULTS_FIGURES_H
 
@@ -8,13 +8,14 @@ namespace faults {
 
 class Figures {
  public:
-  // A number plus 1, 2 and so on, for example 2001 and 2002.
+  // Figures that are `first` plus the number of the field, for example 2001 and 2002.
   Figures(uint64_t first) : Figures(first, first, false) {}
 
-  // As above for a memory client; its wide figures hold the whole number: the seventh of client 110 is 110000000007.
+  // As above, for the memory client with this number. The wide figures start at a larger number than the narrow ones:
+  // the seventh figure of client 110 is 110000000007 or 110007.
   static Figures OfClient(uint64_t client) { return {client * 1000000000, client * 1000, false}; }
 
-  // Multiples of the owner's number, so that computed figures are multiples, too.
+  // Multiples of the owner's number. Sums and differences of these figures are multiples, too.
   static Figures MultiplesOf(uint64_t owner) { return {owner, owner, true}; }
 
   Figures Times(uint64_t factor) const { return {wide_ * factor, narrow_ * factor, multiples_}; }

@@ -31,7 +31,7 @@ FailureTable Joined(const std::vector<FailureTable> &tables) {
   return all;
 }
 
-// The `number`-th read of a group's record during a visit.
+// The failures of the `number`-th read of a group's record during a visit.
 FailureTable OfGroup(const std::string &name, unsigned number, const Messages &failed) {
   const std::string node = "sched_groups_" + name;
   return {
@@ -191,7 +191,7 @@ std::vector<Report> GroupReports() {
           OverGroups("ZipStats", {"zip-stats"}, zipStats, kZip, Total::kOfZip),
           OverGroups("LPageStats", {"lpage-stats"}, lpageStats, kLPage, Total::kAdded),
           OverGroups("AsyncRemapStats", {"asyncremap-stats"}, remapStats, kRemap, Total::kAdded),
-          // The start group is a group that causes all kinds of reads.
+          // These runs start at group 137, which causes all kinds of reads.
           OverGroups("OneOfGroupStats", {"group-stats", "-g", "137"}, groupStats, kMemoryStats, Total::kNone),
           OverGroups("OneVmOfVmStats", {"vm-stats", "-g", "137"}, vmStats, kMemoryStats, Total::kAdded),
           OverGroups("OneOfUwStats", {"uw-stats", "-g", "137"}, uwStats, kUserWorld, Total::kAdded),

@@ -38,8 +38,8 @@ std::vector<std::string> Led(int64_t group, const std::vector<std::string> &rest
   return reads;
 }
 
-// A report over the host with machines. The group is web, or shell in a report of user worlds. mail follows it and is
-// in all reports.
+// A report over MachinesHost(). `group` is web, or shell in a report of user worlds. The other rows are those of mail,
+// which is in all reports.
 struct Report {
   const char *name;  // of the test
   const char *report;
@@ -303,7 +303,7 @@ INSTANTIATE_TEST_SUITE_P(Machines, LevelledReport, testing::ValuesIn(LevelledRep
 
 class AVmWithoutAVmm : public testing::Test {
  protected:
-  // The start group fails; below it, the group is skipped.
+  // As the start group, such a VM makes the report fail; below the start group, the VM is skipped.
   static void IsLeftOut(const StandinHost &atTheStart, const StandinHost &below) {
     Check(atTheStart, "-r vm-stats -q -s name:min -g 10", "name,min\nTotal,0\n", "", 1);
     Check(below, "-r vm-stats -q -s name:min", "name,min\nmail,32001\nTotal,32001\n");
@@ -356,7 +356,7 @@ constexpr ReportCase kMachinesCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Machines, VmAllocation, testing::ValuesIn(kMachinesCases), NameOf<ReportCase>);
 
-// The tables of runs without a group.
+// The tables of reports without rows.
 
 struct Table {
   const char *name;  // of the test

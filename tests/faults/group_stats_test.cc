@@ -135,7 +135,7 @@ std::string TagRows(int64_t last) {
 }
 
 constexpr ReportCase kTagsCases[] = {
-    // The base figures of the three groups are 1000, 2000 and 5000. nChild is 2, and consumed is added twice.
+    // The figures of the three groups start at 1000, 2000 and 5000. The row of sums adds each `consumed` twice.
     Csv("ThreeAlike", AlikeTagged,
         "-t -s "
         "name:parGid:nChild:min:max:minLimit:shares:conResv:memSize:bMin:bMax:bShares:consumed:consumedPeak:mps:"
@@ -216,7 +216,7 @@ TEST(GroupStatsTable, WithEverythingAroundIt) {
   Group group = {.id = -4, .name = "edge", .tag = "t", .parent = -9, .flags = 1};
   group.alloc.max = 1001;
   std::string expected = kTable;
-  // The ID prints unsigned and exceeds its column; the name's field is narrowed.
+  // The ID is printed as an unsigned number and exceeds its column, so the field of the name becomes narrower.
   const std::string narrow = "      -4                         edge       -9        251             pre\n";
   expected.replace(expected.find(narrow), narrow.size(),
                    "18446744073709551612             edge       -9        251              pre\n");

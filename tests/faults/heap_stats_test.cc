@@ -274,7 +274,7 @@ constexpr ReportCase kNumbersCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Numbers, HeapStats, testing::ValuesIn(kNumbersCases), NameOf<ReportCase>);
 
-// Heaps that do not exist.
+// An empty list of heaps, and heaps that vanish after they were listed.
 
 TEST(HeapStatsList, MayBeEmpty) {
   Check(StandinHost().AddList(kHeaps, {}, {}), "-r heap-stats -v -s size", kEmptyTable,

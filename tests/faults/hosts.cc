@@ -71,7 +71,7 @@ StandinHost SmallHost() {
 
 namespace {
 
-// A record with all bytes set. The caller sets the fields that are read.
+// A record in which no byte is zero. The caller sets the fields that are read.
 template <typename Record>
 Record Unread() {
   Record record;
@@ -224,7 +224,7 @@ struct Leader {
   uint32_t vmmID;
   Figures figures;
   Figures vmmFigures;  // figures of the VMM's own client
-  uint64_t mapped;     // the number of the figure `mapped`, large enough for the subtractions
+  uint64_t mapped;     // the field number of `mapped`, so large that the reports' differences are not negative
   bool flags;          // true sets one half of the flags, false the other half
 };
 
@@ -307,7 +307,7 @@ StandinHost MachinesHostLedBy(int64_t group, uint32_t leader, uint32_t vmmLeader
 
 namespace {
 
-// A group whose record names another parent than the one in the walk.
+// A group whose record names a different parent from the one in the walk.
 void AddOwned(StandinHost &host, int64_t owner, const Group &group) {
   Group owned = WithFigures(group, Figures::MultiplesOf(static_cast<uint64_t>(owner)));
   owned.tag = "t" + std::to_string(owner);

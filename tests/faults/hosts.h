@@ -13,7 +13,7 @@ namespace faults {
 //           +- 7 idle
 testing_support::StandinHost SmallHost();
 
-// The group with this ID in the small host, to change and add again.
+// The group with this ID in the small host. A test can change it and add it to the host again.
 testing_support::Group SmallGroup(int64_t id);
 
 // Virtual machines and user worlds; mail is both. All figures differ, and no unread byte is zero:
@@ -26,8 +26,8 @@ testing_support::StandinHost MachinesHost();
 // As above, with these leaders of the group and of its VMM.
 testing_support::StandinHost MachinesHostLedBy(int64_t group, uint32_t leader, uint32_t vmmLeader);
 
-// Groups whose figures, names and identifiers are all multiples of their owner's number. 137 is a VM and a user world;
-// groups without a kind are sub-containers of the group above.
+// Groups whose figures, names and identifiers are all multiples of their owner's number. 137 is a VM and a user world.
+// The groups without a kind in parentheses are sub-containers of the group above them.
 //
 //   0 host -+- 127 (VM) ----+- 254
 //           |               +- 139 (user world) -- 278

@@ -47,7 +47,7 @@ std::string NodeOf(const std::string &place) { return place.substr(place.rfind('
 CallLog::CallLog(const std::vector<std::string> &log, Parts parts) {
   std::map<std::string, List> lists;
   std::map<size_t, size_t> makers;  // index of a call on an instance -> index of the read that filled its list
-  size_t unread = 0;                // the first call on the arguments of a later read
+  size_t unread = 0;                // index of the first call on the arguments of the next read
   const LoggedCall *read = nullptr;
   calls_.reserve(log.size());
   for (size_t line = 0; line < log.size(); ++line) {

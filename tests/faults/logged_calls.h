@@ -30,7 +30,7 @@ struct LoggedCall {
   bool isLastInstance = false;
 };
 
-// Splits the log into parts: each starts with a visit of a group or an access to a register. Other logs have one part.
+// How a log is split into parts: not at all, at each visit of a group, or at each access to a register.
 enum class Parts { kOne, kGroups, kRegisters };
 
 class CallLog {
@@ -39,9 +39,9 @@ class CallLog {
 
   // The calls that can fail, in order.
   const std::vector<LoggedCall> &calls() const { return calls_; }
-  // The reads and writes before line `last` and from line `next` on, each as its place and arguments.
+  // The reads and writes up to line `last` and from line `next` on, each as its place and arguments.
   std::vector<std::string> Accesses(size_t last, size_t next) const;
-  // The line after the visit of a group and its descendants.
+  // The first line after the visit of a group and its descendants; SIZE_MAX if the visit is the end of the log.
   size_t EndOfGroup(size_t part) const;
   // The number of levels below the start group.
   size_t DepthOf(size_t part) const { return depths_[part]; }

@@ -1,4 +1,4 @@
-// lpool-stats: the pools of each node. Messages write the name of the walk as TraverseLPools or TraversLPools.
+// lpool-stats: the pools of each node. Some messages spell the name of the walk TraverseLPools, others TraversLPools.
 #include "tests/faults/machine_hosts.h"
 #include "tests/faults/report_case.h"
 

@@ -10,7 +10,7 @@ using testing_support::StandinHost;
 
 namespace {
 
-// A record with all bits set, so that a read of an unused field shows.
+// A record with all bits set, so that a test notices if a report reads a field that it should not.
 template <typename Record>
 Record AllOnes() {
   Record record;
@@ -232,7 +232,7 @@ StandinHost PMemHost() {
   host.AddList(kNuma, {"vol-1", "reg-a"}, {0, 1}).AddList(kNuma, {"vol-1", "reg-b"}, {1});
   host.AddList(kNuma, {"vol-2", "reg-c"}, {0});
   host.AddList(kNuma, {"vol-3", "reg-d"}, {1}).AddList(kNuma, {"vol-3", "reg-e"}, {0, 1});
-  // The node in a record differs from the argument of its read.
+  // The node in a record differs from the node in the arguments of its read.
   host.AddRecord(kNuma, {"vol-1", "reg-a", 0}, OnNode(10, 1001));
   host.AddRecord(kNuma, {"vol-1", "reg-a", 1}, OnNode(11, 1002));
   host.AddRecord(kNuma, {"vol-1", "reg-b", 1}, OnNode(12, 1003));

@@ -18,8 +18,8 @@ PShareStatsRecord HintFigures();
 //
 //   memmap-01-hi, heap-00-lo, memmap-00-hi, memmap-01-lo, kseg-00, memmap-00-lo
 //
-// Memory node 0 is NUMA node 7, memory node 1 is NUMA node 200. The buddies are numbered from 1, by node and low before
-// high. Buddy i has 1000 i + k free and 1000 i + 500 + k used buffers of size k.
+// Memory node 0 is NUMA node 7, memory node 1 is NUMA node 200. The MemMap buddies are numbered from 1, by node, with
+// low before high. Buddy i has 1000 i + k free and 1000 i + 500 + k used buffers of size k.
 testing_support::StandinHost BuddyHost();
 BuddyComprehensiveRecord BuddyFigures(const Figures &figures);
 
@@ -28,12 +28,12 @@ testing_support::StandinHost ComprehensiveHost();
 ComprehensiveRecord ComprehensiveFigures();
 GlobalMemoryRecord GlobalMemoryFigures();
 
-// The large-page pools of two NUMA nodes and three virtual machines in order, with their first figures:
+// The large-page pools of two NUMA nodes in order, each with its base number:
 //
 //   pshare-0 1000, web 2000, a-pool-with-a-long-name 3000, db 4000
 //   pshare-1 5000, web 6000, mail 7000
 //
-// The other figures of a pool are its first figure plus 1 to 12. The figure without a column has all bits set.
+// The figures of a pool are its base number plus 1 to 12. The figure without a column has all bits set.
 testing_support::StandinHost LargePagesHost();
 LPoolStatsRecord LargePagesFigures(const Figures &figures);
 
@@ -49,7 +49,8 @@ HeapStatsRecord HeapFigures(const std::string &name, const Figures &figures);
 testing_support::StandinHost PMemHost();
 
 // Hosts of the same kinds whose figures are multiples of their owner's number. An owner is a buddy, pool, heap, region
-// or extent. All names but those of buddies end in that number; a volume's ends in the product of its owners' numbers.
+// or extent. The names of heaps, regions and virtual machines' pools end in that number. The name of a volume ends in
+// the product of its owners' numbers.
 testing_support::StandinHost BuddyOwnersHost();
 testing_support::StandinHost LargePageOwnersHost();
 testing_support::StandinHost HeapOwnersHost();

@@ -71,7 +71,7 @@ uint64_t Amount(size_t socket, size_t controller, size_t event, size_t period) {
   return 10000 * (socket + 1) + 1000 * controller + 100 * event + period + 1;
 }
 
-// Sockets on buses of the same number are not distinguished.
+// Returns the index of the first socket on a bus with this number. The report shows it for all sockets on such buses.
 size_t ShownNumber(const std::vector<Socket> &sockets, int64_t bus) {
   const auto isOnBus = [bus](const Socket &socket) { return socket.bus == bus; };
   return static_cast<size_t>(std::find_if(sockets.begin(), sockets.end(), isOnBus) - sockets.begin());

@@ -48,13 +48,13 @@ struct Step {
   enum Kind { kWrite, kRead, kSleep, kTrailer };
 
   Kind kind;
-  std::vector<std::string> calls = {};  // the calls on registers and of sleep, as in the log
+  std::vector<std::string> calls = {};  // the accesses to registers and the calls of sleep, as in the log
   std::string failure = {};             // the last message, if a write or read fails
   std::string file = {};                // the text in the output file
   std::string row = {};                 // the text in CSV output
 };
 
-// The steps over a host. The traffic is that of MemoryHost; all its counts differ.
+// The steps of a run over MemoryHost(sockets), whose counts all differ.
 std::vector<Step> Steps(const std::vector<Socket> &sockets, int iterations = 1, int seconds = 1);
 
 std::string FileStart(int seconds = 1);

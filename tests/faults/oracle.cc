@@ -128,7 +128,7 @@ const LoggedCall *Oracle::NextRead(const LoggedCall &call) const {
   return next->operation == "NODAL_Set" ? nullptr : &*next;
 }
 
-// One PCI function identifies the socket.
+// The search has found the socket if it has read the header of the function 10.2.
 bool Oracle::HasSocket(const LoggedCall &call) const {
   return std::ranges::any_of(log_.calls(), [&](const LoggedCall &earlier) {
     return earlier.line < call.line && earlier.operation == "NODAL_Get" && earlier.arguments == "0,100,10,2";

@@ -16,7 +16,7 @@ namespace faults {
 
 std::string Replaced(std::string text, const std::string &part, const std::string &replacement);
 
-// The messages of a FailureRow with the status in place of <number> and <hex>.
+// Replaces <number> and <hex> in the messages of a FailureRow with the status.
 std::string WithStatus(const std::string &errors, HVC_ReturnStatus status);
 
 class Oracle {
@@ -36,19 +36,19 @@ class Oracle {
 
   // REQUIRES: the table has a row for the call.
   Expected WhenFails(const LoggedCall &call, HVC_ReturnStatus status) const;
-  // The reads and writes of a run with this failure, as from CallLog::Accesses(); no value if the row does not define
-  // them.
+  // Returns the reads and writes of a run with this failure, in the form of CallLog::Accesses(). Returns std::nullopt
+  // if the row does not define them.
   std::optional<std::vector<std::string>> AccessesWhenFails(const LoggedCall &call, HVC_ReturnStatus status) const;
 
  private:
-  // The last line of the log before the header.
+  // The last line of the log before the header; SIZE_MAX if the header follows all reads.
   size_t HeaderLine(const testing_support::StandinRun &clean) const;
-  // For each row, the line of the read before it.
+  // For each row, the line of the last read before the row.
   std::vector<size_t> RowLines() const;
   // For each row, the line where its buddy's memory node is read.
   std::vector<size_t> Lookups() const;
 
-  // The next read of the search for sockets after a call; null after the last.
+  // Returns the next read of the search for sockets after a call, or null if there is none.
   const LoggedCall *NextRead(const LoggedCall &call) const;
   bool HasSocket(const LoggedCall &call) const;
   bool IsLost(size_t row, const FailureRow &failure, const LoggedCall &call) const;

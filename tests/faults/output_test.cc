@@ -78,7 +78,7 @@ TEST(LostOutputWithWarnings, NamesTheCauseOfTheFirstFailedWrite) {
   for (const OutputTo output : {OutputTo::kFullDevice, OutputTo::kClosedPipe}) {
     const StandinRun run = RunKestrel(host, arguments, {.output = output});
     EXPECT_EQ(run.outcome.exitStatus, 1);
-    // The run ends when it prints the next line, so some warnings may be missing.
+    // The run ends when the report prints its next line, so later warnings may be missing.
     EXPECT_TRUE(run.outcome.errors.ends_with(ErrorsOf(output)));
     EXPECT_TRUE(
         warnings.starts_with(run.outcome.errors.substr(0, run.outcome.errors.size() - ErrorsOf(output).size())));

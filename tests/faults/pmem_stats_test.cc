@@ -31,7 +31,7 @@ std::string Banner(const std::string &word, const std::string &unit, const std::
 
 std::string Rule(size_t length) { return std::string(length, '-') + '\n'; }
 
-// A table that is `length` characters wide. These reports have a second line below the header.
+// A table that is `length` characters wide. These reports print two rules below the header.
 std::string Table(size_t length, const std::string &header, const std::string &rows) {
   return Rule(length) + header + Rule(length) + Rule(length) + rows + Rule(length);
 }
@@ -88,7 +88,7 @@ const std::string kNoStoreColumns = Banner("REGIONSTORE", "Page (4K)", "(none)")
 const ReportCase kStoresCases[] = {
     {"Table", PMemHost, "-r pmem-regionstore-stats", kStoreTable.c_str()},
     {"Csv", PMemHost, "-r pmem-regionstore-stats -q", kStoreCsv},
-    // The unit is checked and shown, but converts nothing.
+    // The report checks and shows the unit, but converts no figures.
     {"CsvInMbWithDescriptions",
      PMemHost,
      "-r pmem-regionstore-stats --csvMode --verbose --unit=MB",
@@ -475,7 +475,6 @@ TEST(PMemCalls, OfItsRegions) {
                   "NODAL_ParamListDestroy(list1)\n"));
 }
 
-// The number of regions is read again after every row.
 TEST(PMemCalls, TheRegionsAreCountedAgainAfterEveryRow) {
   const StandinRun run = RunKestrel(FirstVolume(), {"-r", "pmem-region-stats"});
   EXPECT_EQ(std::count(run.calls.begin(), run.calls.end(), "NODAL_ParamListUsedCount(list3) = 2"), 3) << run;

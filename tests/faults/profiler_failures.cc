@@ -25,7 +25,7 @@ FailureRow EndsSearch(const std::string &operation, const std::string &place, co
 const std::string kWrite = WriteOf(kConfigRegister);
 const std::string kRead = kConfigRegister;
 
-// A call within a step. The message of the step follows the message of the call.
+// The failure of a call within a step. The message of the step follows the message of the call.
 FailureRow EndsStep(const std::string &operation, const std::string &place, unsigned number,
                     const std::string &message) {
   return {operation, place, number, {{message + "\n"}, {"<step>"}}, kEndsRun, 1};
@@ -37,7 +37,7 @@ const FailureTable kTable = {
     Ends(kGet, "hardware_cpu_cpuList", 1, "ERROR: could not get cpuInfo: <text>"),
     Ends(kList, ListOf("hardware_nvd_dimm"), 1, "KestrelDCPMMCheckNVM: NODAL_GetInstanceListAlloc failure"),
 
-    // The number is an argument of the read below.
+    // A call of NODAL_ParamListAddInt prepares the next read, although its message names the previous one.
     EndsSearch(kCreate, ListOf("hardware_pci_seg"), "NODAL_ParamListCreate Failure"),
     EndsSearch(kList, ListOf("hardware_pci_seg"), "NODAL_NODE_hardware_pci_seg Failure"),
     EndsSearch(kGetParam, ListOf("hardware_pci_seg"),
@@ -73,7 +73,7 @@ const FailureTable kTable = {
     EndsStep(kAddInt, kWrite, 7, "NODAL_ParamListAddInt event failure <number>"),
     EndsStep("NODAL_Set", kWrite, 1, "KestrelDCPMMProgramEvent: error fetching PCI information <text>"),
 
-    // The message about the size says "seg".
+    // The message for the fifth argument, which is the size, says "seg".
     EndsStep(kCreate, kRead, 1, "Cannot allocate instanceArgs"),
     EndsStep(kAddInt, kRead, 1, "NODAL_ParamListAddInt for seg failure <number>"),
     EndsStep(kAddInt, kRead, 2, "NODAL_ParamListAddInt for bus failure <number>"),

@@ -103,7 +103,7 @@ constexpr ReportCase kFiguresCases[] = {
     Csv(
         "NoneForLargePages", [] { return HostWith(7, 100, 40, 0, 0); }, "-u pg",
         "regular,100,40,60\nlpage,0,0,0\nTotal,100,40,7\n"),
-    // There are more large-page hints than hints, so the differences wrap.
+    // The counts of large-page hints exceed the counts of all hints, so the differences wrap.
     Csv(
         "MoreForLargePagesInPages", [] { return HostWith(0, 1, 2, 2, 4); }, "-u pg",
         "regular,4611686018427387903,4611686018427387902,1\n"

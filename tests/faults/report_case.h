@@ -47,7 +47,7 @@ class Text {
 struct ReportCase {
   const char *name;  // of the test
   StandinHost (*host)();
-  Text arguments;  // split at blanks; '...' quotes blanks or an empty argument
+  Text arguments;  // split at blanks; single quotes enclose blanks or an empty argument
   Text output;     // with "<time>" for the time
   Text errors = "";
   int exitStatus = 0;

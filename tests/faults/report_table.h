@@ -22,13 +22,14 @@ struct ReportTable {
   Cells header = {};  // empty: the run ended before its table
   std::vector<Cells> rows = {};
   std::optional<Cells> total = {};
-  std::string closing = {};  // the descriptions and what follows them
+  std::string closing = {};  // the descriptions and all text after them
 };
 
-// The expected total row of a table, with the texts and blanks of `other`.
+// Returns the expected total row of a table. Copies the cells of `other` that are not numbers.
 Cells TotalLike(const Cells &other, const ReportTable &table, Total kind);
 
-// True if the figures of a row, and the numbers in its names, are multiples of one owner's number.
+// True if the figures of a row, and the numbers in its names, are multiples of one owner's number. Ignores the report's
+// shared columns.
 bool HasOneOwner(const Report &report, const ReportTable &table, const Cells &row);
 
 }  // namespace faults

@@ -1,5 +1,5 @@
-// Records that are shorter than the reports expect. A report clears the record of each row before it reads it, so no
-// row shows bytes of the row before.
+// Records that are shorter than the reports expect. A report clears its record before each read, so no row shows bytes
+// of the previous row.
 #include <string>
 
 #include "tests/faults/report_case.h"

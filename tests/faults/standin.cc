@@ -31,8 +31,8 @@
 // A unit line adds event counters behind the configuration registers of a PCI function. The traffic lines after it set
 // the numbers of events that they count (see uncore.h).
 //
-// With a clock, the stand-in also implements and logs time, localtime and sleep. Time then passes in sleep only, which
-// returns at once. A failure of time or localtime has an errno instead of a status.
+// With a clock, the stand-in also implements and logs time, localtime and sleep. Its time advances only in sleep, which
+// returns at once. If time or localtime fails, the status in the script is an error number.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <time.h>
@@ -194,7 +194,7 @@ class Standin {
     if (std::fprintf(log_, "%s\n", line.c_str()) < 0) std::abort();
   }
 
-  // Whether a list may be used. Logs a misuse if not.
+  // Returns whether a list may be used. If not, logs a misuse.
   bool Usable(const NODAL_ParamList *list, const std::string &operation) const {
     const bool known = known_.contains(list);
     if (!known) {
@@ -558,7 +558,7 @@ HVC_ReturnStatus NODAL_UseCache(const char *path, uint32_t flags) {
   return Logged(call, TheStandin().HasCache(path) ? HVC_OK : HVC_NOT_FOUND);
 }
 
-// May fill the buffer without a terminator, as a library may.
+// Like other libraries, may fill the buffer completely, without a terminator.
 HVC_ReturnStatus NODAL_CheckSig(char *kernelBuild, uint32_t size, const char **ownBuild) {
   Standin &standin = TheStandin();
   const HVC_ReturnStatus fault = standin.FaultOf("NODAL_CheckSig", "");

@@ -22,10 +22,12 @@ class Uncore {
   using Address = std::array<int64_t, 4>;
 
   void AddUnit(const Address &address);
-  // Sets the number of events per period in the unit that was added last. The last number repeats.
+  // Sets the numbers of events in the periods, in the unit that was added last. The last number applies to all later
+  // periods.
   void AddTraffic(uint32_t event, const std::vector<uint64_t> &amounts);
 
-  // Both return whether the register exists.
+  // Write() writes a control register, and Read() reads one half of a count. Both return false if the unit has no such
+  // register.
   bool Write(const Address &address, int64_t offset, uint32_t value);
   bool Read(const Address &address, int64_t offset, uint32_t &value) const;
 

@@ -1,6 +1,6 @@
-// Anonymizes a snapshot with a marker in every text, in every byte without a meaning and in keys that mean nothing. The
-// marker is nowhere in the result. The result has as many entries as a capture that keeps the names, and has problems
-// only if that capture has some.
+// Anonymizes a snapshot that has a marker in every text, in every unused byte of a record, and in every unknown key.
+// The marker must not occur in the result. The result must have as many entries as a capture that keeps the names, and
+// nodal verify must find problems in both or in neither.
 #include <algorithm>
 #include <cstring>
 #include <vector>
@@ -22,7 +22,7 @@ using platkit::Field;
 using platkit::FieldType;
 using namespace platkit::snapshot;
 
-// Fits into every text field. Long enough that no checksum has the same bytes by chance.
+// Fits into every text field. It is long enough that no checksum has the same bytes by chance.
 constexpr std::string_view kMarker = "Marker#!";
 static_assert(kMarker.size() == sizeof(GroupTagRecord));
 
@@ -31,7 +31,7 @@ void FillWithMarkers(std::span<char> bytes) {
     bytes[i] = kMarker[i % kMarker.size()];
 }
 
-// Inserts the marker before the text. Overwrites all bytes after its end.
+// Inserts the marker before the text. Fills the bytes after the text's terminator with markers.
 void MarkText(std::span<char> bytes) {
   const std::string text(bytes.data(), strnlen(bytes.data(), bytes.size() - kMarker.size()));
   FillWithMarkers(bytes);
@@ -82,7 +82,7 @@ std::string MarkedPayload(std::string_view key, const Value &value) {
   return payload;
 }
 
-// Returns false if a key is too long with the marker.
+// Returns false if the writer refuses an entry, for example because the marker makes its key too long.
 bool WriteMarked(const std::string &from, const std::string &to) {
   SnapshotFile file;
   REQUIRE(file.Open(from.c_str()) == HVC_OK);
@@ -123,7 +123,7 @@ size_t EntriesOf(const std::string &snapshot) {
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const std::string_view input = fuzz::Text(data, size);
-  // Numbers are kept, and their bytes could be those of the marker.
+  // The result keeps the numbers of the input, and their bytes could spell the marker.
   if (input.find(kMarker) != std::string_view::npos) return 0;
   const std::string folder = fuzz::ScratchFolder();
   const std::string original = folder + "/original", marked = folder + "/marked", plain = folder + "/plain",

@@ -49,7 +49,7 @@ class CapturedOutput {
   FILE *const savedErrors_;
 };
 
-// Whether the text contains no control characters of terminals. Names come from outside and may contain any bytes.
+// Whether the text contains no control characters except newlines and tabs.
 bool IsFitForTerminal(std::string_view text);
 
 }  // namespace fuzz

@@ -1,5 +1,5 @@
-// Compares two valid snapshots, which the line "=" separates in the input. The differences are the same in both
-// directions, and a snapshot does not differ from itself.
+// Compares two valid snapshots, which the line "=" separates in the input. Both directions must give the same
+// differences, and a snapshot must not differ from itself.
 #include <nlohmann/json.hpp>
 
 #include "tests/fuzz/captured_output.h"

@@ -9,8 +9,9 @@
 namespace fuzz {
 
 // Parses the text in the form that nodal prints: each metric has a HELP line, a TYPE line and then its samples, and
-// "# EOF" is the last line. Returns the first line that does not have this form, or whose sample occurred before; empty
-// if there is none. Adds the names of the metrics to `names`.
+// "# EOF" is the last line. Returns the first line that does not have this form or repeats a sample, or a message if
+// that line is empty or the last line is missing. Returns an empty text if there is no such error. Adds the names of
+// the metrics to `names`.
 std::string FindMalformedLine(std::string_view text, std::set<std::string, std::less<>> &names);
 
 }  // namespace fuzz

@@ -1,7 +1,7 @@
-// A segment of any bytes is read in order, in reverse order, and for some entries only. Each reading gives the same
+// Reads a segment of any bytes in order, in reverse order, and with a filter. Each read of a sample must give the same
 // result.
 //
-// First, the target sets the checksums in the input, because no mutated input would have the right ones.
+// First, the target sets the checksums in the input, because mutated inputs almost never have the right ones.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -19,7 +19,8 @@ using namespace platkit::history;  // NOLINT(google-build-using-namespace): the 
 
 using Entries = std::map<std::string, std::string>;
 
-// Sets the checksums of the frame at the start of the bytes, and the base of a delta frame. Returns the frame's size.
+// Sets the checksums of the frame at the start of the bytes, and the base of a delta frame. Returns the frame's size,
+// or the number of bytes to skip if no frame starts here.
 size_t SetChecksums(std::span<std::byte> bytes, uint32_t &base) {
   FrameHead head;
   if (bytes.size() < sizeof head) return bytes.size();
@@ -84,7 +85,7 @@ Reading Read(SegmentReader &reader, size_t frame) {
   return reading;
 }
 
-// A reader with a filter skips chunks, so it does not find damage in them.
+// Compares only the samples that are intact: a reader with a filter skips chunks, so it misses damage in them.
 void CompareFiltered(SegmentReader &reader, const std::vector<Reading> &readings) {
   const Prefix filter("/sched/groups/1");
   reader.Select(&filter);

@@ -1,5 +1,5 @@
-// Captures a host from files in the format of tests/linux/hosts. The capture has no problems, and a report of it equals
-// the report of the host, unless the files contradict each other.
+// Captures a host from files in the format of tests/linux/hosts. nodal verify must find no problems in the capture, and
+// a report of the capture must equal the report of the host. Hosts whose files contradict each other are exceptions.
 #include <memory>
 #include <sstream>
 
@@ -34,7 +34,7 @@ void ReadFrom(const fuzz::RootFolder &root) {
   REQUIRE(NODAL_UseCache(root.path().c_str(), NODAL_CACHE_ROOT_FOLDER) == HVC_OK);
 }
 
-// Captures these paths, or everything except PCI devices if there are none.
+// Captures these paths. If there are none, captures everything except PCI devices.
 bool Capture(const fuzz::RootFolder &root, const std::vector<std::string> &paths, const std::string &snapshot) {
   const fuzz::KeptSignals signals;
   ReadFrom(root);
@@ -43,8 +43,8 @@ bool Capture(const fuzz::RootFolder &root, const std::vector<std::string> &paths
   return fuzz::Succeeds([&] { nodal::Capture(options); });
 }
 
-// A process that two control groups list, as if it had moved while they were read, is in two groups of the capture. No
-// other problem is possible.
+// Whether two control groups of the capture list the same process, as if it had moved while they were read. Fails if
+// the capture has any other problem.
 bool ContradictsItself(const std::string &snapshot) {
   std::string text;
   if (fuzz::IsSound(snapshot, &text)) return false;
@@ -72,8 +72,8 @@ void CompareReports(const fuzz::RootFolder &root, const std::string &snapshot, c
   REQUIRE(live == saved);
 }
 
-// Reads each record without listing its parent first. The values may differ if the files contradict each other: both a
-// process and its control group say which group the process is in.
+// Reads each record without listing its parent first. Only checks that the reads end: the values may differ from the
+// capture if a process and its control group contradict each other.
 void ReadWithoutLists(const fuzz::RootFolder &root, const std::string &snapshot) {
   std::unique_ptr<platkit::Source> source;
   REQUIRE(platkit::OpenSavedRoot(root.path().c_str(), platkit::Writes::kRefused, source) == HVC_OK);

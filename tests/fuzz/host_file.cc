@@ -21,10 +21,10 @@ using platkit::ArchiveEntry;
 struct Parser {
   const char *host;   // in tests/linux/hosts
   const char *file;   // the file that the input replaces
-  std::string below;  // the nodes that are read
+  std::string below;  // the path whose nodes are read
 };
 
-// The letter 'A' selects the first one. Add new ones at the end, so that the inputs in the corpus keep their meaning.
+// The letter 'A' selects the first parser. Add new parsers at the end, so that inputs in the corpus keep their meaning.
 const Parser kParsers[] = {
     {"two-nodes", "proc/meminfo", "/memory/comprehensive"},
     {"two-nodes", "proc/zoneinfo", "/sched/globalStats"},

@@ -1,4 +1,4 @@
-// Builds a snapshot from any JSON text. Reports can read the snapshot, and it is unchanged by dump and build.
+// Builds a snapshot from any JSON text, and reads it with a report. The snapshot must be unchanged by dump and build.
 #include "tests/fuzz/kestrel.h"
 #include "tests/fuzz/nodal.h"
 #include "tests/fuzz/target.h"

@@ -32,10 +32,10 @@ using platkit::snapshot::Value;
 
 constexpr int kMostPeriods = 3;
 
-// The size of a configuration space: registers can be written, but longer files cannot.
+// The size of a PCI configuration space. With this limit on file sizes, the program can still write all registers.
 constexpr rlim_t kMaxFileBytes = 4096;
 
-// Null unless kestrel runs in this thread. The fuzzer's own thread really sleeps.
+// The output of kestrel while it runs in this thread; null in other threads. There, sleep() really sleeps.
 thread_local TextStream *kestrelOutput = nullptr;
 OutputTo outputTo = OutputTo::kTerminal;
 int periods = 0;
@@ -79,7 +79,7 @@ bool IsLongWalk(SnapshotFile &file) {
   return false;
 }
 
-// Messages repeat the arguments unchanged, so control characters are replaced.
+// Replaces control characters, because kestrel's messages repeat its arguments unchanged.
 std::string WithoutControls(std::string word) {
   std::ranges::replace_if(
       word, [](unsigned char c) { return c < 0x20 || c >= 0x7f; }, '?');

@@ -23,14 +23,15 @@ enum class OutputTo { kTerminal, kPipe };
 // input may ask for two billion iterations.
 Outcome RunKestrel(std::span<const std::string> words, OutputTo output = OutputTo::kTerminal);
 
-// Splits a command line into words.
+// Splits a text at the separator. A word ends before its first NUL.
 std::vector<std::string> WordsOf(std::string_view text, char separator);
 
 // Changes the word so that it cannot name a file outside the working directory.
 std::string WithoutFolders(std::string word);
 
 // Runs kestrel over a snapshot whose host name contains the options. Checks that the exit status is 0 or 1, and that
-// the output contains no control characters of terminals.
+// the output contains no control characters except newlines and tabs. Does nothing if a walk over the groups of the
+// snapshot takes too many visits.
 void ReportOnSnapshot(const std::string &path);
 
 }  // namespace fuzz

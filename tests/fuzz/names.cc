@@ -1,8 +1,8 @@
-// Names that users of a host choose, in each output: a letter that selects a report, the name of a process, the name of
-// a control group, and the name of a guest. NULs separate the names.
+// Prints names that users of a host choose. An input is a letter that selects a report, the name of a process, the name
+// of a control group, and the name of a guest. NULs separate the names.
 //
-// No output contains control characters. CSV has the rows and columns that it has with harmless names, and no quotes.
-// Metrics, JSON and the output of nodal are well-formed.
+// No output may contain control characters. CSV must have the same rows and columns as with harmless names, and no
+// quotes. Metrics and JSON must be well-formed.
 #include <algorithm>
 #include <fstream>
 #include <set>
@@ -39,7 +39,7 @@ struct Names {
   std::string guest;
 };
 
-// The names in the forms that the kernel allows and prints.
+// These functions write the names in the forms that the kernel allows and prints.
 
 std::string StatusOf(std::string_view process) {
   constexpr size_t kMaxName = 15;

@@ -59,7 +59,7 @@ std::vector<std::string> HarmlessWordsOf(std::string_view text) {
 
 }  // namespace
 
-// Deriving a key takes half a second.
+// Replaces the derivation of a key, which would take half a second.
 int crypto_pwhash(unsigned char *key, unsigned long long size, const char *, unsigned long long, const unsigned char *,
                   unsigned long long, size_t, int) {
   std::fill_n(key, size, 'k');
@@ -71,7 +71,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const fuzz::WorkingFolder folder(files.path());
   REQUIRE(NODAL_UseCache("host.nodal", NODAL_CACHE_SNAPSHOT) == HVC_OK);
   std::vector<std::string> words = HarmlessWordsOf(fuzz::Text(data, size));
-  // This command replaces the process by another program.
+  // This command replaces the process with another program.
   if (std::ranges::find(words, "guests") != words.end()) return 0;
   words.insert(words.begin(), "nodal");
   std::vector<char *> argv;

@@ -141,7 +141,7 @@ PlainValue PlainSnapshot::Find(std::string_view key) const {
   return {.status = mayBeLost ? HVC_SNAPSHOT_DAMAGED : HVC_NOT_FOUND};
 }
 
-// The tables that a writer makes from these records.
+// The hash tables that the library's writer would create for these records.
 std::vector<std::vector<PlainSnapshot::Slot>> PlainSnapshot::ExpectedTables() const {
   std::vector<uint32_t> positions = {2048, 2071};
   positions.insert(positions.end(), positions_.begin(), positions_.end());

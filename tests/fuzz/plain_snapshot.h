@@ -1,5 +1,5 @@
-// A slow reader of snapshots, written from nodal-snapshot(5) alone, to compare the library's reader with. It shares no
-// code with the library except the checksum and the statuses.
+// A slow reader of snapshots that is based on nodal-snapshot(5) alone. A fuzz target compares the library's reader with
+// it. The two readers share no code except the checksum and the statuses.
 #ifndef TESTS_FUZZ_PLAIN_SNAPSHOT_H
 #define TESTS_FUZZ_PLAIN_SNAPSHOT_H
 
@@ -37,7 +37,7 @@ class PlainSnapshot {
   // The value that a look-up of the key finds.
   PlainValue Find(std::string_view key) const;
 
-  // The entries in the order of the file, and whether they fill the records.
+  // The entries in the order of the file, and whether the last entry ends exactly at the end of the records.
   const std::vector<Entry> &entries() const { return entries_; }
   bool endsWithEntry() const { return endsWithEntry_; }
 

@@ -39,7 +39,7 @@ __attribute__((no_sanitize("address"))) void Copy(volatile char *to, const volat
     *to++ = *from++;
 }
 
-// `sockets` owns memory, which restoring its bytes would leak.
+// Whether the bytes of the variable can be restored. `sockets` owns memory, which this would leak.
 bool IsPlain(std::string_view symbol) { return symbol.find("sockets") == std::string_view::npos; }
 
 }  // namespace

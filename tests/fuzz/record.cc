@@ -1,4 +1,4 @@
-// Records of any bytes: printed by nodal, converted to JSON and back, and anonymized.
+// Prints records of any bytes, converts them to JSON and back, and anonymizes them.
 #include <algorithm>
 #include <cstring>
 #include <memory>
@@ -53,7 +53,7 @@ void Show(const Node &node, const Bytes &record) {
   REQUIRE(fuzz::Succeeds([&] { nodal::Get({.path = path, .json = true}); }));
 }
 
-// Deriving a key from the text, as nodal does, would take half a second.
+// Uses the text itself as the key. Deriving a key from the text, as nodal does, would take half a second.
 nodal::PseudonymKey KeyOf(std::string_view text) {
   nodal::PseudonymKey::Bytes bytes = {};
   std::ranges::copy(text.substr(0, bytes.size()), bytes.begin());

@@ -1,4 +1,4 @@
-// Runs a target over files and over all files in folders, so that earlier findings stay tests with any compiler.
+// Runs a target over files and over all files in folders, so that tests with any compiler repeat the earlier findings.
 #include <algorithm>
 #include <cstdio>
 #include <exception>

@@ -16,8 +16,8 @@ class RootFolder {
 
   const std::string &path() const { return path_; }
 
-  // Skips entries that lead out of the folder or cannot be created: an input must not write anywhere else on this
-  // machine.
+  // Skips entries that lead out of the folder, because an input must not write anywhere else. Also skips entries that
+  // cannot be created.
   void Put(const std::vector<platkit::ArchiveEntry> &entries) const;
   void Put(const platkit::ArchiveEntry &entry) const;
 

@@ -1,5 +1,5 @@
-// A snapshot file of any bytes is opened through the C interface, read by a report and verified. If it is valid, it is
-// unchanged by dump and build.
+// Opens a snapshot file of any bytes through the C interface, reads it with a report, and verifies it. A valid snapshot
+// must be unchanged by dump and build.
 #include "platkit/nodal.h"
 #include "tests/fuzz/kestrel.h"
 #include "tests/fuzz/nodal.h"

@@ -1,5 +1,5 @@
-// Changes to make before certain accesses to a mapped snapshot, followed by the snapshot. All reads end with a status,
-// and a report over the changing file ends with 0 or 1.
+// Changes a mapped snapshot before certain accesses. All reads must return a status, and a report over the changing
+// file must exit with 0 or 1. An input consists of the changes and the snapshot.
 //
 // The first byte is the number of changes, at most 7. A change has six bytes: the number of the access (16 bits), the
 // kind, a position (16 bits), and the new byte at this position.
@@ -114,7 +114,7 @@ void ReadNode(platkit::Source &source, const platkit::PathTarget &target) {
   }
 }
 
-// `keys` are those of the unchanged file.
+// `keys` are the keys of the unchanged file.
 void ReadNodes(const std::string &path, const std::vector<std::string> &keys) {
   std::unique_ptr<platkit::Source> source;
   if (platkit::OpenSnapshot(path.c_str(), source) != HVC_OK) return;

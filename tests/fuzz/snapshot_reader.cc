@@ -1,4 +1,4 @@
-// A snapshot file of any bytes is read by the library and by a plain reader. Both give the same results.
+// Reads a snapshot file of any bytes with the library and with a plain reader. Both must give the same results.
 #include <algorithm>
 
 #include "platkit/snapshot/snapshot_file.h"

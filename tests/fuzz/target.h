@@ -1,5 +1,5 @@
-// A fuzz target: a function that accepts any bytes. libFuzzer calls it with generated inputs, replay_main.cc with those
-// in corpus/.
+// A fuzz target: a function that accepts any bytes. libFuzzer calls it with generated inputs; replay_main.cc calls it
+// with the inputs in corpus/.
 #ifndef TESTS_FUZZ_TARGET_H
 #define TESTS_FUZZ_TARGET_H
 

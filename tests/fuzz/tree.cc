@@ -1,5 +1,5 @@
-// A well-formed snapshot whose nodes may contradict each other. Reports can read it, and it is unchanged by dump and
-// build.
+// Reads a well-formed snapshot, whose nodes may contradict each other, with a report. The snapshot must be unchanged by
+// dump and build.
 #include "tests/fuzz/kestrel.h"
 #include "tests/fuzz/nodal.h"
 #include "tests/fuzz/target.h"

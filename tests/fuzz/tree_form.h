@@ -1,5 +1,5 @@
-// A short binary form of snapshots, in which most changes give another snapshot: the host name up to the end of the
-// line, then nodes with their instances and values.
+// A short binary form of snapshots: a line with the host name, then nodes with their instances and values. Most changes
+// to an input give another valid input.
 #ifndef TESTS_FUZZ_TREE_FORM_H
 #define TESTS_FUZZ_TREE_FORM_H
 
@@ -8,7 +8,7 @@
 
 namespace fuzz {
 
-// Writes the snapshot that the input describes. Returns false if there is none.
+// Writes the snapshot that the input describes. Returns false if the input describes no snapshot.
 bool WriteTree(std::string_view input, const std::string &path);
 
 }  // namespace fuzz

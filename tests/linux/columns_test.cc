@@ -1,5 +1,5 @@
-// Compares the tables of columns in docs/linux.md with the reports: each report runs over a source whose records are
-// changed one field at a time, which shows the figures that a column depends on.
+// Compares the tables of columns in docs/linux.md with the reports. Each report runs over a source whose records are
+// changed one field at a time. This shows the figures that a column depends on.
 #include <fcntl.h>
 #include <getopt.h>
 #include <gtest/gtest.h>
@@ -41,7 +41,8 @@ Texts Split(std::string_view text, std::string_view separator) {
   return parts;
 }
 
-// The last fixed part of a node's path, such as "vmm". If several nodes end in it, the last two: "heaps/stats".
+// The last fixed part of a node's path, such as "vmm". If several paths end in this part, the last two fixed parts,
+// such as "heaps/stats".
 std::string ShortName(const Node &node) {
   Texts parts;
   for (const std::string_view piece : node.pieces) {
@@ -53,10 +54,10 @@ std::string ShortName(const Node &node) {
   return isAmbiguous && parts.size() > 1 ? parts[parts.size() - 2] + "/" + last : last;
 }
 
-// A field of a record, or a list (with no field).
+// A field of a record, or a list if `field` is empty.
 struct Input {
   const Node *node;
-  std::string field;  // with the field of an entry, as in "sizes.free"
+  std::string field;  // for a field of an entry, the names of both fields, such as "sizes.free"
   FieldUnit unit = FieldUnit::NONE;
   size_t offset = 0;
   size_t size = 0;
@@ -75,12 +76,12 @@ void AddFields(const Node &node, const RecordLayout &record, const std::string &
   }
 }
 
-// A host with one of everything. All groups are VMs with a VMM. One input may differ from the others.
+// A host with one instance of everything. All groups are VMs with a VMM. The value of one input may be changed.
 class ProbeSource : public Source {
  public:
   explicit ProbeSource(const Input *changed = nullptr) : changed_(changed) {}
 
-  // The nodes that were read since the last call.
+  // The nodes that were read since the test last cleared this set.
   static std::set<const Node *> &Read() {
     static std::set<const Node *> read;
     return read;
@@ -191,7 +192,7 @@ bool HaveTheSameStart(const Texts &a, const Texts &b) {
   return std::equal(a.begin(), a.begin() + size, b.begin(), b.begin() + size);
 }
 
-// The inputs that each column depends on, by its name.
+// The inputs that each column depends on, by the name of the column.
 std::map<std::string, Names> InputsOf(const kestrel::Report &report) {
   ProbeSource::Read().clear();
   const Cells base = RunReport(report, nullptr);
@@ -224,7 +225,7 @@ std::string Plain(std::string text) {
   return text;
 }
 
-// The rows of a report. One row may stand for several columns: "`4KBfree` to `4MBfree`".
+// The rows of a report. One row may describe several columns: "`4KBfree` to `4MBfree`".
 std::vector<ColumnRow> RowsOf(const kestrel::Report &report) {
   std::vector<ColumnRow> rows;
   static const std::vector<PageTable> tables = ReadPageTables();
@@ -283,7 +284,7 @@ TEST_F(ColumnsTest, EachColumnShowsTheFiguresOfItsRow) {
   }
 }
 
-// A row of a table of figures. The figure has a name as in "vmm.mapped".
+// A row of a table of figures. The name of a figure starts with its record, as in "vmm.mapped".
 struct FigureRow {
   std::string figure, file, source;
 };
@@ -354,7 +355,7 @@ TEST_F(ColumnsTest, EachFigureIsTested) {
   }
 }
 
-// The tests of each figure on a real kernel, by name as in "vmm.mapped".
+// The tests of each figure on a real kernel, by the name of the figure, such as "vmm.mapped".
 std::map<std::string, Names> MachineTestsOfFigures() {
   std::map<std::string, Names> tests;
   for (const kestrel::Report *report : kestrel::kReports) {

@@ -49,8 +49,8 @@ TEST(Documentation, EachTableHasTheFieldsOfItsRecord) {
   }
 }
 
-// Some records have no table: the table of the hierarchy describes them, or, for the page-sharing pool, all figures are
-// 0.
+// Some records have no table of their own. The table of the hierarchy describes them, except the page-sharing pool,
+// whose figures are all 0.
 TEST(Documentation, EachRecordHasATable) {
   std::set<uint32_t> described = {nodes::sched_groups_groupName.id(),     nodes::sched_groups_groupTag.id(),
                                   nodes::sched_groups_parentGroupID.id(), nodes::sched_groups_groupFlags.id(),

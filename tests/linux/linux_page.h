@@ -8,7 +8,7 @@
 namespace platkit {
 
 struct PageTable {
-  std::string heading;  // the nearest one above, of any level
+  std::string heading;  // the nearest heading above the table, of any level
   std::vector<std::string> header;
   std::vector<std::vector<std::string>> rows;
 };

@@ -57,7 +57,7 @@ TEST(LiveHost, FiguresAreThoseOfTheKernel) {
   EXPECT_EQ(ask.Name(getpid()), status.name);
 }
 
-// The first function on the first bus, if this machine has one.
+// The address of the first PCI function on the first bus; empty if this machine has none.
 std::vector<int64_t> FirstFunction(Asker &ask) {
   std::vector<int64_t> function;
   for (const NodeRef<NoRecord> list : {nodes::hardware_pci_seg, nodes::hardware_pci_seg_bus,

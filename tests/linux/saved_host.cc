@@ -184,7 +184,7 @@ void SavedHost::Remove(const std::string &path) {
 
 void SavedHost::Forbid(const std::string &path) {
   Age();
-  // The target of a link is a file of this machine.
+  // The target of a link could be a file of this machine, whose permissions must not change.
   ASSERT_FALSE(fs::is_symlink(Path(path))) << path;
   fs::permissions(Path(path), fs::perms::none);
   forbidden_.push_back(Path(path));

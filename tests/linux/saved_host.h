@@ -142,7 +142,7 @@ class SavedHost {
   std::unique_ptr<Source> source_;
 };
 
-// Runs the test as an ordinary user, who is subject to file permissions, until it is destroyed.
+// While this object exists, the test runs as an ordinary user, who is subject to file permissions.
 class OrdinaryUser {
  public:
   OrdinaryUser();

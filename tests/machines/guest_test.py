@@ -27,7 +27,7 @@ class Guest:
         pipes = {stream: subprocess.PIPE for stream in ("stdin", "stdout", "stderr")}
         self.qemu = machines.start_qemu(common, text=True, **pipes)
         self.pid = self.qemu.pid
-        self.ask("qmp_capabilities")  # answered when the machine is built
+        self.ask("qmp_capabilities")  # the monitor answers when the machine is complete
 
     def ask(self, command, **arguments):
         """The monitor's answer to a QMP command."""

@@ -1,4 +1,4 @@
-"""Downloads and unpacks Debian's cloud kernel without installing it. It is small and sufficient for the tests.
+"""Downloads and unpacks Debian's cloud kernel without installing it. This kernel is small and sufficient for the tests.
 
     kernel.py FOLDER
 

@@ -1,4 +1,4 @@
-"""A libvirt daemon with two running guests, in mounts of its own: the daemon of this host is neither used nor disturbed.
+"""A libvirt daemon with two running guests. It has its own mounts, so it does not affect the daemon of this host.
 
 The process must run in its own mount and network namespaces (`unshare --mount --net`).
 """
@@ -14,7 +14,7 @@ import second_host
 
 SETTINGS = {
     "libvirtd.conf": 'auth_unix_rw = "none"\nauth_unix_ro = "none"\n',
-    # Without helpers, users and control groups of this host.
+    # QEMU uses no helpers, users or control groups of this host.
     "qemu.conf": 'user = "root"\ngroup = "root"\ndynamic_ownership = 0\nremember_owner = 0\nsecurity_driver = "none"\n'
                  'cgroup_controllers = []\nnamespaces = []\nstdio_handler = "file"\n',
 }
@@ -44,7 +44,7 @@ DOMAIN = """<domain type='qemu'>
 
 
 def make_initrd(folder, kernel):
-    """A root folder with busybox and the balloon driver."""
+    """Packs an initial RAM disk with busybox and the balloon driver."""
     root = f"{folder}/root"
     for name in "dev proc sys tmp".split():
         os.makedirs(f"{root}/{name}")
@@ -74,7 +74,7 @@ def until(condition, seconds, what):
 
 
 def mount_own_folder(path):
-    """Hides a folder behind an empty one. If it does not exist, hides the folder that would contain it."""
+    """Hides a folder behind an empty one. If the folder does not exist, hides its parent and creates the folder."""
     hidden = path if os.path.isdir(path) else os.path.dirname(path)
     subprocess.run(["mount", "-t", "tmpfs", "-o", "mode=755", "tmpfs", hidden], check=True)
     os.makedirs(path, exist_ok=True)
@@ -100,7 +100,7 @@ class Host:
               30, "libvirtd answers")
 
     def virsh(self, *words, check=True):
-        """The output of virsh; None if it fails."""
+        """Returns the output of virsh. If virsh fails, raises an error, or returns None if `check` is false."""
         done = subprocess.run(["virsh", "-q", "-c", "qemu:///system", *words], capture_output=True, text=True, timeout=60)
         if check and done.returncode != 0:
             raise AssertionError(f"virsh {' '.join(words)}: {done.stderr}")

@@ -54,7 +54,7 @@ def remove_file():
 
 
 class GuestsOfLibvirt(machines.TestCase):
-    """`web` is polled every two seconds, `mail` never."""
+    """libvirt polls the guest `web` every two seconds, and never polls the guest `mail`."""
 
     @classmethod
     def setUpClass(cls):
@@ -83,7 +83,7 @@ class GuestsOfLibvirt(machines.TestCase):
         libvirt_host.until(lambda: self.row("vm-stats", name)["ballooned"] == "0", 30, "the balloon is empty")
 
     def write_file(self):
-        """The seconds that nodal-guests took, and its messages."""
+        """Writes the file of nodal-guests. Returns the seconds that this took, and the messages."""
         _, messages, seconds = nodal_guests("-o", FILE)
         return seconds, messages
 

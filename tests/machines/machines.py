@@ -20,7 +20,7 @@ def start_qemu(words, **streams):
 
 def run(*words):
     """Runs a program and returns its exit status, its output and its messages."""
-    # Without locale variables, which could affect the loader.
+    # The environment contains only PATH, because other variables could affect the loader.
     done = subprocess.run(words, capture_output=True, text=True, timeout=60, env={"PATH": os.environ["PATH"]})
     return done.returncode, done.stdout, done.stderr
 
@@ -46,7 +46,7 @@ def write(path, value):
 
 
 def memory_hierarchy(pid):
-    """Where the control groups that account for memory are mounted, and the path of a process' group in them."""
+    """The mount point of the control groups that account for memory, and the path of a process's group below it."""
     with open("/proc/self/mountinfo", encoding="utf-8") as mounts:
         lines = [line.split() for line in mounts]
     mounted = {words[-3]: words[4] for words in lines if words[-3] == "cgroup2" or "memory" in words[-1].split(",")}

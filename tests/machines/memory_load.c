@@ -32,7 +32,7 @@ static char *Map(size_t size, int flags) {
   return memory;
 }
 
-/* Every page has different contents. */
+/* Gives each page different contents. */
 static void Fill(char *memory, size_t size) {
   for (size_t i = 0; i < size; i += kPage) {
     memset(memory + i, (int)(i / kPage), kPage);

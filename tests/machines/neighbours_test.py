@@ -78,7 +78,7 @@ class Neighbours(machines.TestCase):
             if name not in ("memory.max", "memory.limit_in_bytes") or os.path.basename(folder) not in groups:
                 continue
             if len(glob.glob(f"/sys/fs/cgroup/**/{os.path.basename(folder)}/{name}", recursive=True)) > 1:
-                continue  # a name that two groups have
+                continue  # several groups have this name
             with open(file, encoding="utf-8") as text:
                 limit = text.read().strip()
             if limit.isdigit() and int(limit) < 1 << 62:

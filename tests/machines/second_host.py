@@ -88,7 +88,7 @@ def make_root(folder, programs, kernel, reports):
     copy(f"{HERE}/second_host.sh", f"{folder}/init")
     for program in programs:
         copy_program(program, f"{folder}/bin/{os.path.basename(program)}")
-    # A copy: the program of a machine must be QEMU by its file, not by a link.
+    # These are copies, because /proc/PID/exe would name the target of a link.
     for name in machines.QEMU, HELPER:
         copy(f"{folder}/bin/memory_load", f"{folder}/bin/{name}")
     for library in libraries_of(*programs):

@@ -1,17 +1,25 @@
 #!/bin/sh
 # The first program of the second host. It sets up the host, runs every report, and writes the results and the host's
-# files to the disk as an archive. The folders of the archive:
-#   files    files of /proc, /sys and the control groups to compare the reports with, at their own paths
-#   live     each report: its output, its messages (.err) and its exit status (.status); and the lines of files with
-#            changing figures, after their paths, right before (.before) and after (.after) the report
-#   user     the same for an ordinary user
-#   replay   the same from a capture of the host, host.nodal
-#   pressed  a machine that wants more memory than its limit, two groups above it, allows: reports while it waits, with the
-#            files of its group and /proc right before and after
-#   shortage comp-stats while the host is idle (idle), after it has read a disk that is larger than its memory (read; the
-#            pressure at that time is in pressure), and after programs have asked for more memory than there is (filled)
-# With "hierarchy=v1" on the kernel's command line, the memory controller is on version 1 of control groups, and there is
-# only the folder "pressed".
+# files to the disk as an archive. These are the folders of the archive:
+#
+#   files    The files of /proc, /sys and the control groups with which the reports are compared, at their own paths.
+#
+#   live     The output, the messages (.err) and the exit status (.status) of each report. Files whose figures change
+#            are saved right before (.before) and after (.after) the report. Each of their lines follows its path.
+#
+#   user     The output, messages and exit status of each report for an ordinary user.
+#
+#   replay   The output, messages and exit status of each report from a capture of the host, host.nodal.
+#
+#   pressed  Reports on a machine that wants more memory than its limit, which is two groups above it. The folder also
+#            has the files of its group and of /proc right before and after each report.
+#
+#   shortage The report comp-stats while the host is idle (idle), after it has read a disk that is larger than its
+#            memory (read), and after programs have asked for more memory than the host has (filled). "pressure" is the
+#            memory pressure at the time of "read". With generations of pages, "read-generations" repeats "read".
+#
+# With "hierarchy=v1" on the kernel's command line, the memory controller is on version 1 of control groups, and the
+# archive has only the folder "pressed".
 export PATH=/bin LD_LIBRARY_PATH=/lib
 /bin/busybox --install -s /bin
 out=/tmp/out
@@ -35,7 +43,7 @@ set_up_devices() {
   done
 }
 
-# Two namespaces in one region; each is a disk.
+# Creates two namespaces of persistent memory in one region. Each namespace is a disk.
 set_up_pmem() {
   nd=/sys/bus/nd/devices
   add_namespace 00000000-0000-4000-8000-000000000001 $((32 << 20))
@@ -51,7 +59,7 @@ add_namespace() {
   echo "$namespace" >/sys/bus/nd/drivers/nd_pmem/bind
 }
 
-# group PATH FILE=VALUE...
+# group PATH FILE=VALUE...: creates a control group and writes its memory.FILE files.
 group() {
   mkdir -p "/sys/fs/cgroup/$1"
   group=$1
@@ -59,7 +67,7 @@ group() {
   for limit; do echo "${limit#*=}" >"/sys/fs/cgroup/$group/memory.${limit%=*}"; done
 }
 
-# Machines in groups as libvirt arranges them: the limits are on the scopes.
+# Machines run in groups as libvirt arranges them. The limits are on the scopes.
 slice=/sys/fs/cgroup/machine.slice
 helped='machine-qemu\x2d1\x2dhelped.scope'
 pressed='machine-qemu\x2d2\x2dpressed.scope'
@@ -78,7 +86,7 @@ set_up_groups() {
   mkdir -p "$slice/$helped/libvirt/emulator" "$slice/$helped/libvirt/swtpm" "$slice/$pressed/libvirt/emulator"
 }
 
-# start GROUP PROGRAM ARGUMENT...
+# start GROUP PROGRAM ARGUMENT...: starts a program in a control group.
 start() {
   group=$1
   shift
@@ -107,7 +115,7 @@ start_loads() {
   echo 0 >/sys/kernel/mm/ksm/run
 }
 
-# Both loads have 2048 pages with two different contents; a few of them remain.
+# Each of the two loads without LOAD has 2048 pages that contain all ones or all twos. Merging keeps a few copies.
 merging_is_done() { [ "$(cat /sys/kernel/mm/ksm/pages_sharing)" -gt 4000 ]; }
 
 save_files() {
@@ -120,7 +128,7 @@ save_files() {
   done
 }
 
-# run_reports FOLDER [COMMAND...]: runs each report, with the command in front.
+# run_reports FOLDER [COMMAND...]: runs each report, through COMMAND if it is given.
 run_reports() {
   folder=$out/$1
   shift
@@ -139,14 +147,14 @@ watched() {
   return $status
 }
 
-# Saves the files whose figures change. Uses a single program, because starting programs is slow here.
+# Saves the files whose figures change. Starts only one program, because this is slow on the second host.
 read_what_moves() {
   grep '' /proc/meminfo /proc/buddyinfo /proc/vmstat /sys/fs/cgroup/outer/memory*.current \
     /sys/fs/cgroup/outer/*/memory*.current $slice/*/memory*.current /sys/block/zram0/mm_stat >"$folder/$report.$1"
 }
 
-# press_machine FOLDER PRESSURE REPORT...: starts a machine in a folder of control groups, lets it write until the file
-# shows that it has waited for memory for a fifth of ten seconds, stops it, and runs the reports.
+# press_machine FOLDER PRESSURE REPORT...: starts a machine in a folder of control groups, and lets it write memory.
+# Once the file PRESSURE shows that it waited for memory in 20% of the last ten seconds, stops it and runs the reports.
 press_machine() {
   scope=$1/$pressed
   pressure=$2
@@ -174,14 +182,14 @@ read_pressed() {
     >"$folder/$report.$1"
 }
 
-# Leaves empty zram as the only swap space. The shortage has filled it.
+# Leaves zram as the only swap space, and empties it after the shortage.
 empty_swap() {
   swapoff "$spare"
   swapoff /dev/zram0
   swapon /dev/zram0
 }
 
-# Reading a disk fills the memory with pages that can be dropped at once; nobody waits for memory.
+# Reading a disk fills the memory with pages that can be dropped at once, so no process waits for memory.
 run_out_of_memory() {
   mkdir $out/shortage
   kestrel -r comp-stats -q >$out/shortage/idle
@@ -194,7 +202,7 @@ run_out_of_memory() {
     kestrel -r comp-stats -q >$out/shortage/read-generations
     cat /proc/pressure/memory >>$out/shortage/pressure
   fi
-  # The kernel would refuse this much memory to one program.
+  # Two programs share the amount, because the kernel would refuse this much memory to one program.
   fillers=
   for _ in 1 2; do
     dd if=/dev/zero of=/dev/null bs=300M count=4 2>/dev/null &
@@ -212,7 +220,7 @@ finish() {
   poweroff -f
 }
 
-# The same machine below a limit of version 1. Its swap space is zram.
+# Runs the same machine below a limit of version 1 of control groups. The swap space is zram.
 run_on_version_1() {
   mount -t tmpfs tmpfs /sys/fs/cgroup
   mkdir -p /sys/fs/cgroup/memory

@@ -26,14 +26,14 @@ pmem-region-numa-stats dcpmm-stats""".split()
 STEADY_REPORTS = """pshare-stats lpool-stats pmem-regionstore-stats pmem-region-stats pmem-extent-stats
 pmem-region-numa-stats""".split()
 
-# For these, only the groups of sleeping processes do not change.
+# In the output of these reports, only the groups of sleeping processes do not change.
 GROUP_REPORTS = """group-stats vm-stats uw-stats swap-stats guest-stats zip-stats lpage-stats
 asyncremap-stats""".split()
 
 # The namespaces of persistent memory that the host creates, and their sizes.
 REGIONS = {"00000000-0000-4000-8000-000000000001": 32 * MB, "00000000-0000-4000-8000-000000000002": 16 * MB}
 
-# Of these, the regions that are swap space.
+# The namespaces that are swap space.
 SWAP_REGIONS = {"00000000-0000-4000-8000-000000000002"}
 
 
@@ -141,7 +141,7 @@ class Pressed:
         return [int(re.search(rf"^{kind} avg10=(\d+)", text, re.M)[1]) for text in self.lines(file)]
 
     def zram(self):
-        """The KB of memory that zram takes."""
+        """The memory usage of zram in KB."""
         return [int(text.split()[2]) // 1024 for text in self.lines("zram0/mm_stat")]
 
 
@@ -366,7 +366,7 @@ class WholeHost(SecondHost):
 
         idle, read, filled = row("idle"), row("read"), row("filled")
         self.assertEqual(idle["memState"], "High")
-        # If this machine is very busy, even a short wait in the emulated one takes long.
+        # If this machine is very busy, even short waits in the emulated machine become long.
         if max(map(float, re.findall(r"some avg10=(\S+)", Host.read("shortage/pressure")))) < 5:
             self.assertEqual(read, idle, "reading a disk is no shortage")
             if os.path.exists(f"{Host.folder}/shortage/read-generations"):

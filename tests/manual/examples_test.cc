@@ -19,7 +19,7 @@ using testing_support::Outcome;
 
 struct PageWithExamples {
   const char *name;
-  size_t commands;  // at least
+  size_t commands;  // the minimum number of example commands
 };
 
 void PrintTo(const PageWithExamples &page, std::ostream *stream) { *stream << page.name; }

@@ -16,7 +16,7 @@ TEST(GuestsPage, HasEachOptionAndNoOther) {
   EXPECT_EQ(help.exitStatus, 0) << help;
   std::set<std::string> options = FindAll(help.output, kOption);
   EXPECT_GT(options.size(), 7u);
-  // Options of the other programs in its examples.
+  // The examples of the page also use options of other programs.
   options.insert({"--live", "--now"});
   EXPECT_EQ(FindAll(Page("nodal-guests.1").Text(), kOption), options);
 }

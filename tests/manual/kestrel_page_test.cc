@@ -25,7 +25,7 @@ Outcome Kestrel(std::vector<std::string> arguments) {
   return testing_support::Run({.program = KESTREL_PROGRAM, .arguments = std::move(arguments)});
 }
 
-// The output of a report of the sample.
+// The output of a report over the sample snapshot.
 std::string OfSample(const std::string &report, std::vector<std::string> options) {
   options.insert(options.begin(), {"-c", SAMPLE_SNAPSHOT, "-r", report});
   const Outcome outcome = Kestrel(std::move(options));
@@ -47,7 +47,7 @@ Fields Split(const std::string &line) {
   return fields;
 }
 
-// The rows of CSV, without the header and the heading of the rows of tags.
+// The rows of CSV, without the header and without the line that announces the rows of tags.
 std::vector<Fields> Rows(const std::string &csv) {
   std::vector<Fields> rows;
   for (const std::string &line : Lines(csv)) {

@@ -12,7 +12,7 @@ namespace manual {
 // Removes roff escapes from text.
 std::string Printed(std::string_view source);
 
-// Throws if the page, such as "nodal.1", cannot be read.
+// A manual page, such as "nodal.1". The constructor throws if the page cannot be read.
 class Page {
  public:
   explicit Page(const std::string &name);

@@ -1,4 +1,4 @@
-// The examples of nodal-snapshot(5) are true: the first bytes of a file, and the JSON form.
+// Compares the examples of nodal-snapshot(5) with a snapshot: the first bytes of the file, and its JSON form.
 #include <gtest/gtest.h>
 
 #include <string>

@@ -126,7 +126,7 @@ TEST_F(AtomicFileTest, KeepsTheModeOfAFileThatOnlyTheUserCanHavePutThere) {
   }
 }
 
-// From now on, every change of a file's owner fails, as in a service with a filter of system calls.
+// Makes every later change of a file's owner fail, as in a service with a system-call filter.
 bool RefuseChown() {
   sock_filter filter[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
                           BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_fchown, 0, 1),
@@ -207,7 +207,8 @@ class AccessList {
   }
   const std::string &bytes() const { return bytes_; }
 
-  // User 65534 may read, and the file's group may not, although the group bits of the mode say so.
+  // The list allows user 65534 to read, and denies this to the file's group, although the group bits of the mode allow
+  // it.
   static std::string ForOneUser() {
     return AccessList().Entry(1, 6).Entry(2, 4, 65534).Entry(4, 0).Entry(16, 4).Entry(32, 0).bytes();
   }
@@ -245,7 +246,8 @@ TEST_F(AtomicFileTest, KeepsTheAccessControlList) {
   }
 }
 
-// The list is lost there. Without it, the group bits of the mode would give the group the rights that the list denies.
+// In a folder that others can write to, the new file does not get the list. Without the list, the group bits of the
+// mode would give the group rights that the list denies.
 TEST_F(AtomicFileTest, WhereOthersCanWriteAFileWithAListIsTheUsersOnly) {
   const std::string path = scratch_.Write("file", "older");
   ASSERT_EQ(chmod(scratch_.folder().c_str(), 0777), 0);
@@ -255,7 +257,7 @@ TEST_F(AtomicFileTest, WhereOthersCanWriteAFileWithAListIsTheUsersOnly) {
   EXPECT_EQ(ModeOf(path), 0600u);
 }
 
-// A list that the folder gives to new files does not add to the rights of the older file.
+// A default list of the folder must not give the new file more rights than the older file had.
 TEST_F(AtomicFileTest, AListOfTheFolderAddsNoRights) {
   const std::string path = scratch_.Write("file", "older");
   ASSERT_EQ(chmod(path.c_str(), 0640), 0);

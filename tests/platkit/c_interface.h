@@ -7,7 +7,7 @@
 extern "C" {
 #endif
 
-/* The number of a group's members, or UINT32_MAX. */
+/* Returns the number of a group's members, or UINT32_MAX on failure. */
 uint32_t CountMembersInC(int64_t group);
 
 #ifdef __cplusplus

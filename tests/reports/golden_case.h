@@ -8,8 +8,8 @@
 //   --- stderr
 //   ...
 //
-// The host is a file of hosts/ or of samples/, made into a snapshot. '...' keeps blanks in an argument together.
-// Times in the output are written as <time>.
+// The host names a JSON file in hosts/ or samples/, from which a snapshot is built. An argument that contains blanks is
+// enclosed in single quotes. <time> stands for the times in the output.
 #ifndef TESTS_REPORTS_GOLDEN_CASE_H
 #define TESTS_REPORTS_GOLDEN_CASE_H
 

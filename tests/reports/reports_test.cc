@@ -18,7 +18,7 @@ namespace {
 const std::filesystem::path kFolder = REPORTS_FOLDER;
 const std::filesystem::path kSamples = SAMPLES_FOLDER;
 
-// The host of this name in hosts/, or else the sample.
+// The host of this name in hosts/, or in samples/ if hosts/ has none.
 std::filesystem::path HostFile(const std::string &name) {
   const std::filesystem::path own = kFolder / "hosts" / (name + ".json");
   return std::filesystem::exists(own) ? own : kSamples / (name + ".json");

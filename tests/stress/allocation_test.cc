@@ -1,4 +1,4 @@
-// Every allocation of a few reports fails. every_allocation_test does the same for all reports and hosts.
+// Fails each allocation of a few reports. every_allocation_test does the same for all reports and hosts.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -37,8 +37,8 @@ HVC_ReturnStatus ListMembers(int64_t group) {
   return NODAL_GetInstanceList(NODAL_NODE_sched_groups_members_groups, ListOf(group).get(), members.get());
 }
 
-// Searches for a process that no listing has returned, with a shortage at each allocation. Once the process and its
-// control group are removed, the process is unknown, wherever the shortage occurred.
+// Searches for a process that no listing has returned, with a shortage at each allocation in turn. After the process
+// and its control group are removed, the process must be unknown, wherever the shortage occurred.
 TEST(AllocationOfAProcess, LeavesItInItsGroup) {
   constexpr int64_t kProcess = 4321;
   SavedRoot host("clients.host", platkit::Reach::kHost);

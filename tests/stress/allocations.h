@@ -13,7 +13,7 @@ struct Shortage {
   bool lasts = false;  // all later ones fail too
 };
 
-// Starts to count, and to fail allocations.
+// Starts to count the allocations, and to fail those that `shortage` selects.
 void BeginShortage(Shortage shortage);
 
 // Ends the counting and the failures, and returns the number of allocations since BeginShortage.

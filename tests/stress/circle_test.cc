@@ -23,7 +23,7 @@ Outcome GroupStats(LargeHost &host, const std::vector<std::string> &options) {
   return testing_support::Run({.program = KESTREL_PROGRAM, .arguments = words});
 }
 
-// Does not count the header.
+// Returns the number of rows without the header.
 int64_t Rows(const Outcome &outcome) { return std::ranges::count(outcome.output, '\n') - 1; }
 
 constexpr int kBudget = 1 << 30;
@@ -64,7 +64,7 @@ TEST(Circle, FourGroupsThatNameEachOtherAreWalkedToTheEnd) {
   EXPECT_EQ(Rows(run), (16'777'216 - 1) / 3) << "the sum of 4^0 to 4^11";
 }
 
-// Long lists exhaust the budget with few visits.
+// Long lists of children exhaust the budget of a walk with few visits.
 TEST(Circle, TheWalkStopsWhenItsBudgetIsUsedUp) {
   SKIP_IF_SANITIZED();
   constexpr int kNames = 65536;

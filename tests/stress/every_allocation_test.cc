@@ -1,4 +1,4 @@
-// Every allocation of the reports fails, over saved hosts, a snapshot and the running host.
+// Fails each allocation of all reports, over saved hosts, a snapshot and the running host.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,8 +14,8 @@ namespace stress {
 namespace {
 
 // The reports that read saved hosts, as indexes in kReports. dcpmm-stats ends its process after a failed step, so
-// short_memory_test tests it. The test parameters are indexes instead of pointers to reports, because RunKestrel
-// restores all variables whose names contain the namespace kestrel, also those of GoogleTest's templates.
+// short_memory_test tests it. The test parameters are indexes and not pointers to reports. RunKestrel restores all
+// variables whose names contain the namespace kestrel, including those of GoogleTest's templates.
 std::vector<size_t> SavedHostReports() {
   std::vector<size_t> indexes;
   for (size_t i = 0; i < std::size(kestrel::kReports); ++i) {

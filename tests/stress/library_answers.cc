@@ -24,7 +24,7 @@ decltype(NODAL_ParamListAddString) __real_NODAL_ParamListAddString;
 namespace stress {
 namespace {
 
-// Nothing here allocates: the reads happen while allocations are counted and fail.
+// This code must not allocate memory, because it runs while allocations are counted and fail.
 
 // FNV-1a.
 class Digest {
@@ -167,7 +167,7 @@ HVC_ReturnStatus __wrap_NODAL_GetInstanceListAllocHint(uint32_t node, const NODA
                              [&] { return __real_NODAL_GetInstanceListAllocHint(node, arguments, hint, list); });
 }
 
-// A failed call leaves the list empty.
+// Expects that a failed call leaves the list empty.
 HVC_ReturnStatus __wrap_NODAL_GetInstanceList(uint32_t node, const NODAL_ParamList *arguments, NODAL_ParamList *list) {
   using stress::Digest;
   const uint64_t call = Digest().Add('f').Add(node).Add(arguments).value();

@@ -60,7 +60,7 @@ TEST(LongList, OfBuddiesDoesNotFit) {
   EXPECT_EQ(testing_support::Lines(run.output).size(), 2u) << "the header and the total";
 }
 
-// Capturing a snapshot that lists the same volumes and regions many times is as fast as reading it.
+// A capture reads each volume and region only once, even if the snapshot lists them many times.
 TEST(LongList, IsCapturedOnce) {
   LargeHost host;
   const std::vector<std::string> names(kMany / 100, "pmem");

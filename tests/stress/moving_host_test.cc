@@ -42,7 +42,7 @@ const std::vector<std::string> &AllReports() {
   return names;
 }
 
-// The allowed messages about groups that vanished while they were read; the other getters print none.
+// The allowed messages about groups that vanished while they were read. Other getters print no message in this case.
 const std::regex kVanished(
     "(Kestrel_GroupGet(Name|Tag|GroupLeaderID)\\(\\) failure, error code: 195887107"
     "|KestrelAsyncRemap(ReportCallback(Int)?|GetStats):[0-9]+ failure: Not found)");
@@ -64,7 +64,7 @@ class Churn {
   virtual ~Churn() = default;
 
  protected:
-  // Called after construction and before destruction of the derived class.
+  // The constructor of a derived class calls Start, and its destructor calls Stop.
   template <typename Round>
   void Start(Round round) {
     thread_ = std::thread([this, round] {
@@ -117,7 +117,7 @@ class ProcessChurn : public Churn {
   pid_t loads_[13] = {};  // not a multiple of the number of sizes, so that the size in a slot changes
 };
 
-// Control groups with a limit, each with a load below this limit.
+// Control groups with a limit, each of which contains a load that is smaller than the limit.
 class GroupChurn : public Churn {
  public:
   explicit GroupChurn(const std::string &top) : top_(top) {
@@ -221,7 +221,7 @@ class RowCheck {
   int limited() const { return limited_; }
 
  private:
-  // The columns of group-stats and of uw-stats.
+  // Checks the columns of group-stats and uw-stats. A row has only the columns of its report.
   void CheckLoad(const Row &row, int64_t megabytes) {
     ++loads_;
     for (const char *column : {"memSize", "consumed", "mapped", "memBStore"}) {

@@ -1,9 +1,10 @@
-// A process whose name determines its figures: load-N has N MB, resident and locked if possible, and a limit 1024 MB
-// higher. It changes its name when the memory and the limit are ready, and exits after a while.
+// A process whose name determines its figures. load-N has N MB of resident memory, which is locked if possible. Its
+// limit of address space is 1024 MB higher. The process changes its name when the memory and the limit are ready, and
+// exits after MICROSECONDS:
 //
 //   named_load N MICROSECONDS [FILE]
 //
-// FILE lists the processes of a control group, which the process then enters first.
+// FILE is the cgroup.procs file of a control group, which the process enters first.
 #define _GNU_SOURCE
 #include <fcntl.h>
 #include <stdio.h>

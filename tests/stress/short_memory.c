@@ -1,6 +1,6 @@
-// Preloaded into a program, fails some of its allocations. FAIL_ALLOCATION=12 fails the twelfth call of malloc, calloc
-// or realloc in the process, the C library's own calls included; FAIL_ALLOCATION=12+ also all later ones. At the end,
-// the number of calls is written to the file COUNT_ALLOCATIONS.
+// A library that is preloaded into a program and fails some of its allocations. With FAIL_ALLOCATION=12, the twelfth
+// call of malloc, calloc or realloc in the process fails. Calls from the C library count, too. FAIL_ALLOCATION=12+ also
+// fails all later calls. On exit, the library writes the number of calls to the file that COUNT_ALLOCATIONS names.
 #define _GNU_SOURCE
 
 #include <errno.h>

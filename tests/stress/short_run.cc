@@ -130,7 +130,7 @@ class ReportTest {
 
   void ExpectFailedOrRight(const Outcome &run, const std::string &where) const {
     EXPECT_EQ(WrongAnswer(), "") << where << run;
-    // Some reports end without a message if the library refuses a list; tests/faults has the effect of each refusal.
+    // Some reports end without a message if the library refuses a list; tests/faults checks the effect of each refusal.
     const bool isExplained = run.errors != expected_.errors || RefusedCalls() > 0;
     EXPECT_TRUE(isExplained || run == expected_) << where << run << "expected: " << expected_;
   }

@@ -83,10 +83,10 @@ class RunningHost : public Host {
   bool IsConstant() const override { return false; }
 };
 
-// Fails each allocation of a report once, and each allocation together with all later ones; on a host that is not
-// constant, about a hundred of them. The library must refuse the read for which it lacked memory, and answer all others
-// as always. Then the report must be right in the same process, before and after the cached values have expired.
-// Nothing may leak.
+// Fails each allocation of a report, alone and together with all later ones. On a host that is not constant, fails only
+// about a hundred allocations. The library must refuse the reads for which it lacks memory, and answer all others as
+// with enough memory. Afterwards, the report must be right in the same process, before and after the cached values have
+// expired. Nothing may leak.
 void FailEachAllocation(Host &host, const std::string &report);
 
 }  // namespace stress

@@ -117,7 +117,7 @@ TEST(StrangeFile, ALongSnapshotIsNotLoaded) {
 #ifndef KESTREL_SANITIZE
   // Limits private memory but not address space.
   EXPECT_EQ(HeapStats(path, "ulimit -d 16384").output, run.output);
-  // Without address space, the file cannot be mapped.
+  // The file does not fit into this address space, so it cannot be mapped.
   const Outcome refused = HeapStats(path, "ulimit -v 1000000");
   EXPECT_EQ(refused.exitStatus, 1);
   EXPECT_EQ(refused.errors, Refusal(path, HVC_NO_MEMORY));
@@ -129,7 +129,7 @@ TEST(StrangeFile, ALongerOneIsNone) {
   if (!WriteLongSnapshot(scratch.File("longer"), kLongest + 1)) GTEST_SKIP() << "no file system for files of 4 GB";
   EXPECT_EQ(HeapStats(scratch.File("longer")).errors, Refusal(scratch.File("longer"), HVC_SNAPSHOT_DAMAGED));
 
-  // The version is unterminated, and the low 32 bits of the size are small or zero.
+  // The version has no terminator, and the low 32 bits of the file's size are small or zero.
   std::string endless = SmallSnapshot().substr(0, 2048 + 8 + 14);
   SetInteger(endless, 2048 + 4, UINT32_MAX);
   endless.resize(1 << 16, '1');

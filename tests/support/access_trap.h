@@ -16,7 +16,7 @@ namespace testing_support {
 
 class AccessTrap {
  public:
-  // Single steps need support for the architecture.
+  // Single-stepping is implemented for x86-64 only.
 #ifdef __x86_64__
   static constexpr bool kIsSupported = true;
 #else

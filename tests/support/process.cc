@@ -133,7 +133,8 @@ pid_t Spawn(const Command &command, int input, int output, int errors) {
   return child;
 }
 
-// Reads from a channel until its other end is closed, which a terminal reports as an error.
+// Reads the available bytes of a channel. Disables the channel if its other end is closed, which a terminal reports as
+// an error.
 void ReadSome(pollfd &from, std::string &text) {
   std::array<char, 65536> buffer;
   const ssize_t count = read(from.fd, buffer.data(), buffer.size());
@@ -225,8 +226,8 @@ Outcome Run(const Command &command) {
 
 void Preload(Command &command, const std::string &library) {
   command.environment.emplace_back("LD_PRELOAD", PathForPreload(library));
-  // Without these options, the sanitizers require that they are loaded first and that each object is defined once, and
-  // start a symbolizer, which would load the library too and fail.
+  // Without these options, the sanitizers require that they are loaded first and that each object is defined only once.
+  // They also start a symbolizer, which would load the library, too, and fail.
   const char *given = std::getenv("ASAN_OPTIONS");
   command.environment.emplace_back("ASAN_OPTIONS",
                                    (given == nullptr ? "" : std::string(given) + ":") +

@@ -63,7 +63,7 @@ struct Unit {
   std::vector<Traffic> traffic = {};
 };
 
-// The results of the stand-in. A node without a record or list here is not found.
+// The results that the stand-in returns. A read of a node that has no record or list here returns HVC_NOT_FOUND.
 class StandinHost {
  public:
   template <typename Record>
@@ -71,7 +71,7 @@ class StandinHost {
     static_assert(std::is_trivially_copyable_v<Record>);
     return AddBytes(node, arguments, {reinterpret_cast<const char *>(&record), sizeof record});
   }
-  // Lets records be shorter than asked for. The stand-in leaves the rest of the output as it is.
+  // Allows records that are shorter than the output of a read. The stand-in does not change the rest of the output.
   StandinHost &AllowShortRecords();
   StandinHost &AddBytes(std::string_view node, const std::vector<Instance> &arguments, std::string_view bytes);
   StandinHost &AddList(std::string_view node, const std::vector<Instance> &arguments,
@@ -90,7 +90,7 @@ class StandinHost {
   std::string script_;
 };
 
-// A field of fixed size that contains the text; a text that fills the field has no terminator.
+// Copies the text into a field of fixed size. If the text fills the field, the field has no terminator.
 template <size_t size>
 void SetText(char (&field)[size], std::string_view text) {
   std::memset(field, 0, size);
@@ -114,10 +114,11 @@ struct RunOptions {
 StandinRun RunKestrel(const StandinHost &host, const std::vector<std::string> &arguments,
                       const RunOptions &options = {});
 
-// Describes misuse of lists in a run: used or destroyed after destruction, or never destroyed. Empty if there is none.
+// Describes the misuse of lists in a run: lists that were used after their destruction, destroyed twice, or never
+// destroyed. Returns an empty text if there is no misuse.
 std::string ListErrors(const StandinRun &run);
 
-// All calls that can fail.
+// The number of calls that can fail.
 unsigned FallibleCalls(const StandinRun &run);
 
 std::ostream &operator<<(std::ostream &stream, const StandinRun &run);

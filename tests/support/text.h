@@ -17,7 +17,7 @@ std::vector<std::string> Lines(std::string_view text);
 // Quotes the text as one word for a shell.
 std::string Quoted(std::string_view text);
 
-// Splits at blanks; '...' quotes blanks or an empty word.
+// Splits a line at blanks. Single quotes enclose blanks or an empty word.
 std::vector<std::string> Words(std::string_view line);
 
 }  // namespace testing_support

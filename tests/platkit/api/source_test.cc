@@ -1,4 +1,4 @@
-// Selecting a source, and comparing its definitions with the library's own.
+// Selects a source, and compares its definitions with the library's own.
 #include <gtest/gtest.h>
 
 #include <memory>

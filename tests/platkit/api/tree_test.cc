@@ -1,4 +1,4 @@
-// The operations on nodes check their arguments.
+// The operations on nodes refuse invalid arguments.
 #include <gtest/gtest.h>
 
 #include <memory>

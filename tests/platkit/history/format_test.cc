@@ -1,12 +1,16 @@
-// A segment of version 1 that another program wrote, from docs/history.md alone. Every later version must read it.
+// A segment of version 1. It was not written by nodal, but by a program that only follows docs/history.md. Every later
+// version must read it.
 #include "platkit/history/frame.h"
 #include "tests/platkit/history/recording.h"
 
 namespace platkit::history {
 namespace {
 
-// A key frame with each coding of a new entry, a delta frame with each coding of a change, a mask and a compressed
-// chunk, and an end frame.
+// The segment has three frames:
+//
+// - a key frame with each coding of a new entry
+// - a delta frame with each coding of a change, a mask, and a compressed chunk
+// - an end frame
 constexpr std::string_view kSegment =
     "9f6e6f64616c480a99aa2ce97a000000d100000001004b0100000000040000000000d5dd00e779180010a5d4e800000000282e8cd100"
     "0000001000000000000002000000040000002600000026000000f4b103d4000000000000000048000000310000003100000042821096"

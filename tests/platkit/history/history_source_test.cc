@@ -10,7 +10,7 @@ namespace {
 
 constexpr int64_t kFirst = kStart / kNanosInSecond;
 
-// The small host of the snapshot tests, with a node that could not be read. numVMs is the second of the sample.
+// The small host of the snapshot tests, with a node that could not be read. numVMs holds the sample's time in seconds.
 Entries SmallHostAt(uint32_t second) {
   std::string name = "host";
   name.resize(sizeof(GroupNameRecord));
@@ -23,7 +23,7 @@ Entries SmallHostAt(uint32_t second) {
 
 class MomentTest : public testing::Test {
  protected:
-  // Records a sample every five seconds into the segments of their hours.
+  // Records a sample every five seconds, each into the segment of its hour.
   void Record(double from, double to) {
     SegmentWriter writer;
     std::string open;
@@ -39,7 +39,7 @@ class MomentTest : public testing::Test {
     }
   }
 
-  // The second of the sample that the source has, or the status of opening it.
+  // The time in seconds of the sample that the source has, or the status of opening the source.
   int64_t Open(const std::string &time) {
     std::unique_ptr<Source> source;
     const HVC_ReturnStatus status = OpenMoment((recording_.scratch().folder() + "@" + time).c_str(), source);
@@ -113,7 +113,7 @@ TEST_F(MomentTest, NeedsAHistory) {
   EXPECT_EQ(OpenMoment("", source), HVC_NOT_FOUND);
 }
 
-// The clock was set back by 50 s, so two samples can have the same time. The one that was recorded last counts.
+// The clock was set back by 50 s, so two samples can have the same time. The sample that was recorded last counts.
 TEST_F(MomentTest, FollowsAClockThatWasSetBack) {
   Record(0, 100);
   SegmentWriter writer;
@@ -169,7 +169,7 @@ TEST_F(DamagedMomentTest, InASegmentThatIsNone) {
   Record(3600, 3620);
   testing_support::WriteFile(PathAt(0), std::string(1000, 'x'));
   EXPECT_EQ(OpenAt(3600), 3600);
-  EXPECT_EQ(OpenAt(3599), HVC_OUT_OF_RANGE);  // the first readable sample is the history's first
+  EXPECT_EQ(OpenAt(3599), HVC_OUT_OF_RANGE);  // the history starts at its first readable sample
   Record(7200, 7220);
   testing_support::WriteFile(PathAt(3600), std::string(1000, 'x'));
   Record(-3600, -3580);

@@ -157,7 +157,7 @@ TEST(EntryChunk, RefusesMalformedEntries) {
     return reader.Next(entry);
   };
   EXPECT_TRUE(isRead({0, 1, 'a', 0, 1, 'x'}));
-  EXPECT_FALSE(isRead({1, 1, 'a', 0, 1, 'x'}));         // more in common with the key before than that key has
+  EXPECT_FALSE(isRead({1, 1, 'a', 0, 1, 'x'}));         // shares more bytes with the previous key than that key has
   EXPECT_FALSE(isRead({0, 2, 'a'}));                    // a truncated key
   EXPECT_FALSE(isRead({0, 0x81, 0x20}));                // a key of 4097 bytes
   EXPECT_FALSE(isRead({0, 1, 'a', 3 << 2, 1, 'x'}));    // an unknown type

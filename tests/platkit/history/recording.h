@@ -49,7 +49,7 @@ inline std::string Integers(std::initializer_list<int64_t> integers) {
 
 inline constexpr int64_t kStart = 1'763'694'720 * kNanosInSecond;  // 2025-11-21T03:12:00Z
 
-// The clocks this many seconds after the start.
+// The values of the clocks this many seconds after the start.
 inline SampleTime TimeAt(double seconds) {
   const auto passed = static_cast<int64_t>(seconds * 1e9);
   return {.wall = kStart + passed, .boot = 1000 * kNanosInSecond + passed, .monotonic = 900 * kNanosInSecond + passed};

@@ -55,7 +55,7 @@ class SegmentDamage : public testing::Test {
     return frame;
   }
 
-  // The samples that are left if a frame is lost: those before it, and from the next key frame on.
+  // The samples that remain if a frame is lost: those before that frame, and those from the next key frame on.
   std::vector<int> SecondsWithout(size_t lost) const {
     std::vector<int> seconds;
     bool isLost = false;
@@ -130,7 +130,7 @@ TEST_F(SegmentDamage, RemovedAndRepeatedFrames) {
     without.erase(frames_[i].start, frames_[i].bytes);
     repeated.insert(frames_[i].start, whole_, frames_[i].start, frames_[i].bytes);
     EXPECT_EQ(Read(without).seconds, SecondsWithout(i)) << i;
-    Read(repeated);  // expects the samples to be right
+    Read(repeated);  // checks the samples
   }
 }
 

@@ -168,7 +168,7 @@ TEST_F(Segment, HoldsTheLargestPayload) {
   EXPECT_TRUE(EntriesOf(sample)["/b"].second == large);
 }
 
-// A list that gets an entry or loses one with each sample.
+// A list that gains or loses one entry with each sample.
 Sample LongListAt(int second) {
   return SampleOf({{"/list", {'I', std::string(kMaxPayloadBytes - (second % 2 == 0 ? 0 : 8), 1)}}});
 }

@@ -152,7 +152,7 @@ void EscapeWithAddress(int, siginfo_t *info, void *context) {
   siglongjmp(escape, 1);
 }
 
-// Whether reading a truncated mapping without a guard escapes through the program's handler.
+// Reads a truncated mapping without a guard. Returns whether the program's handler left the read with siglongjmp.
 bool Escapes(const MappedLetters &letters) {
   if (sigsetjmp(escape, 1) != 0) return true;
   ReadTruncated(letters);

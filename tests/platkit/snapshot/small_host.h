@@ -80,7 +80,7 @@ class Reading {
   ParamList *list_ = ParamList::Make();
 };
 
-// Reads the four entries and expects one of these statuses.
+// Reads the four entries, and expects each read to return one of these statuses.
 inline SmallHost ReadSmallHost(Source &source,
                                std::initializer_list<HVC_ReturnStatus> expected = {HVC_OK, HVC_NOT_FOUND}) {
   const auto good = [&](HVC_ReturnStatus status) {

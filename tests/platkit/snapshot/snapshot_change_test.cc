@@ -112,7 +112,7 @@ TEST_F(Cut, AtEveryPage) {
     OpenFile(path).Truncate(size);
     ExpectPartOfSmallHost(ReadSmallHost(*source, {HVC_OK, HVC_SNAPSHOT_DAMAGED}));
     static_cast<void>(ReadThrough(file));
-    // The end of the last page reads as zeros, without a fault.
+    // Bytes beyond the end, but in the last page, read as zeros without a fault.
     const bool isPageLost = size + 4096 <= whole_.size();
     EXPECT_TRUE(!isPageLost || file.status() == HVC_SNAPSHOT_DAMAGED) << size;
   }
@@ -177,7 +177,7 @@ class Change : public testing::Test {
     return trap.accesses();
   }
 
-  // Changes the file before each access in turn; while the file is opened, only before some.
+  // Changes the file before each access in turn. Of the accesses that open the file, only about 50 are tried.
   template <typename Act>
   void ReadWithEachChange(Act change) {
     if (!AccessTrap::kIsSupported) GTEST_SKIP() << "this architecture has no single steps";
@@ -221,7 +221,7 @@ TEST_F(Change, LengthsGrow) {
   ReadWithEachChange([&](const OpenFile &file) { file.Write(std::string(8, '\x7f'), head); });
 }
 
-// A byte of a value changes all the time. A read returns the value that has the checksum.
+// A byte of a value changes all the time. A read returns only the value that matches its checksum.
 TEST_F(Change, AnotherThreadOverwritesAValue) {
   WriteSmallHost(path_);
   const OpenFile file(path_);

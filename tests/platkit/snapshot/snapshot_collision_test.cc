@@ -44,7 +44,7 @@ TEST_F(Collisions, TheWriterRefusesMany) {
   EXPECT_TRUE(scratch_.Names().empty());
 }
 
-// Fills the last slots of a table, so that the run continues at its start.
+// Fills the last slots of a table, so that the run of slots continues at the start of the table.
 TEST_F(Collisions, ARunThatContinuesAtTheStartOfTheTable) {
   for (const size_t count : {kMaxRun, kMaxRun + 1}) {
     // All keys are in one table, which gets 2 * count slots.

@@ -109,8 +109,8 @@ TEST(ColumnTable, AWideValueBorrowsFromTheColumnsBehindIt) {
       {"a", "", 10, kLu, kInTotal}, {"b", "", 10, kLu, kInTotal}, {"c", "", 10, kLu, kInTotal}};
   const Value wide[] = {uint64_t{123456789012}, uint64_t{1}, uint64_t{2}};
   EXPECT_EQ(Printed([&] { TablePrintRow(columns, false, false, wide); }), "123456789012        1          2\n");
-  // Two over-wide values in a row, and one whose overflow exceeds the next column, so that the next field is
-  // left-aligned.
+  // Two consecutive values that are too wide. Then a value that is wider than its own and the next column together, so
+  // that the next field is left-aligned.
   const Value wider[] = {UINT64_MAX, uint64_t{123456789}, uint64_t{2}};
   EXPECT_EQ(Printed([&] { TablePrintRow(columns, false, false, wider); }), "18446744073709551615 123456789 2\n");
   std::vector<ColumnDesc> narrow = {{"a", "", 3, kS, kInTotal}, {"b", "", 4, kU, kInTotal}, {"c", "", 2, kU, kInTotal}};
@@ -128,7 +128,7 @@ TEST(ColumnTable, ConversionsTakeTheirOwnWidth) {
   EXPECT_EQ(Printed([&] { TablePrintRow(columns, true, false, values); }), "4294967295,-1,y,18446744073709551615,-1\n");
 }
 
-// The row printer written with printf. Both must print the same bytes.
+// A second implementation of the row printer, based on printf. Both must print the same bytes.
 std::string ReferenceRow(const std::vector<ColumnDesc> &columns, bool csv, bool total,
                          const std::vector<Value> &values) {
   std::string line;

@@ -99,7 +99,7 @@ TEST(Figure, CutsAConvertedFigureToItsWidth) {
   Row row = {};
   row.kb32 = -1;
   EXPECT_EQ(Displayed(kInKB32, row, ReportUnit::kMB), UINT64_MAX) << "-1 stays -1";
-  row.kb32 = -2;  // sign-extended, rounded up, shifted, cut to 32 bits
+  row.kb32 = -2;  // sign-extended, rounded up, shifted, truncated to 32 bits
   EXPECT_EQ(Displayed(kInKB32, row, ReportUnit::kPage), 0u);
   row.kb32 = -2048;
   EXPECT_EQ(Displayed(kInKB32, row, ReportUnit::kMB), static_cast<uint64_t>(-2));

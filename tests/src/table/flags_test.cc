@@ -59,7 +59,7 @@ TEST(Flags, Describe) {
   EXPECT_STREQ(FlagsDescribe(0x8000, GroupFlagNames).Text(), "(none)");
 }
 
-// With an entry without bits, the text is never "(all)".
+// If the list has an entry without bits, the text is never "(all)".
 TEST(Flags, AnEntryWithoutBits) {
   const FlagName names[] = {{0x0, "noFlags"}, {0x1, "allocated"}, {0x8, "readOnly"}};
   EXPECT_STREQ(FlagsDescribe(0, names).Text(), "(none)");

@@ -46,7 +46,7 @@ TEST(TerminalText, MasksWhatChangesTheDirectionOfText) {
   for (const std::string text :
        {"\xd8\x9c", "\xe2\x80\x8e", "\xe2\x80\x8f", "\xe2\x80\xaa", "\xe2\x80\xae", "\xe2\x81\xa6", "\xe2\x81\xa9"})
     EXPECT_EQ(Masked("a" + text + "b"), "a" + std::string(text.size(), '?') + "b");
-  // their neighbours
+  // The characters next to these in Unicode are not masked.
   for (const std::string text : {"\xd8\x9b", "\xd8\x9d", "\xe2\x80\x8d", "\xe2\x80\x90", "\xe2\x80\xa9", "\xe2\x80\xaf",
                                  "\xe2\x81\xa5", "\xe2\x81\xaa"})
     EXPECT_EQ(Masked(text), text);

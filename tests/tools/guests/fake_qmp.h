@@ -20,7 +20,7 @@ namespace testing_support {
 
 inline constexpr char kGreeting[] = R"({"QMP": {"version": {}, "capabilities": []}})";
 
-// Results of QEMU 7.2: by command; those of qom-list by folder, and those of qom-get by property.
+// The results of QEMU 7.2 by command. The results of qom-list are found by folder, those of qom-get by property.
 inline std::map<std::string, std::string> QmpResults() {
   return {{"qmp_capabilities", "{}"},
           {"query-name", R"({"name": "web"})"},
@@ -118,8 +118,8 @@ class FakeQmp {
   Answer answer_;
   std::atomic<bool> isEnding_ = false;
   int listener_ = -1;
-  // The starting thread allocates memory. If the test forks meanwhile, the sanitizers' allocator stays locked in the
-  // child.
+  // The constructor waits until the thread has started, because the thread allocates memory at its start. If the test
+  // forked in the meantime, the sanitizers' allocator would stay locked in the child.
   std::latch started_{1};
   std::thread thread_;
 };

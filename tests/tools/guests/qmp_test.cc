@@ -216,7 +216,7 @@ TEST_F(Qmp, ASilentServer) {
   EXPECT_LT(steady_clock::now() - start, 2 * kShort + milliseconds(1500));
 }
 
-// The server sends a byte now and then.
+// The server sends single bytes at intervals.
 TEST_F(Qmp, ASlowServer) {
   std::atomic<bool> isEnding = false;
   const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -237,7 +237,7 @@ TEST_F(Qmp, ASlowServer) {
   EXPECT_EQ(sample.failures, std::vector<std::string>{Path() + ": no answer"});
 }
 
-// A guest that does not answer costs only its own figures.
+// A guest that does not answer does not affect the figures of other guests.
 TEST_F(Qmp, AnotherGuestAnswers) {
   const FakeQmp silent(Path("silent"), "", [](const std::string &) { return ""; });
   const FakeQmp server(Path("web"), QmpResults());

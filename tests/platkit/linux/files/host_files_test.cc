@@ -44,7 +44,7 @@ TEST(HostFiles, LinesOfAnyLength) {
   EXPECT_EQ(Lines(host, text), many);
 }
 
-// The status of ReadTrusted for a file of 4 bytes in a saved root.
+// Tests the status of ReadTrusted for a file of 4 bytes in a saved root.
 class TrustedFile : public testing::Test {
  protected:
   TrustedFile() {

@@ -31,12 +31,12 @@ TEST(Printable, MalformedSequencesAreReplaced) {
   } cases[] = {
       {"a\x9b"
        "b",
-       "a?b"},                                  // a continuation alone
+       "a?b"},                                  // a continuation byte alone
       {"\x80\x81", "??"},                       //
       {"a\xc3", "a?"},                          // the kernel truncates names in the middle of a character
       {"a\xe6\x97", "a?"},                      //
       {"\xe6\x97z", "?z"},                      //
-      {"\xc0\xaf", "??"},                       // longer than necessary
+      {"\xc0\xaf", "??"},                       // an overlong encoding
       {"\xe0\x80\xaf", "?"},                    //
       {"\xf0\x80\x80\xaf", "?"},                //
       {"\xed\xa0\x80", "?"},                    // a surrogate

@@ -11,7 +11,7 @@ const std::string kSlice = "sys/fs/cgroup/machine.slice";
 const std::string kScope = kSlice + "/web.scope";
 const std::string kGuest = kScope + "/guest";
 
-// The VM 310 of clients.host, below the groups machine.slice/web.scope/guest.
+// The VM 310 of clients.host, whose control group is machine.slice/web.scope/guest.
 class GroupLimitsTest : public testing::Test {
  protected:
   Figure Lowest(CgroupAmount amount) {
@@ -47,7 +47,7 @@ TEST_F(GroupLimitsTest, SwapIsUnlimitedWithoutALimit) {
 }
 
 TEST_F(GroupLimitsTest, SwapOfEachGroupAbove) {
-  host_.Write(kGuest + "/memory.swap.max", std::to_string(1000 * kMB) + "\n");  // and 400 MB in use
+  host_.Write(kGuest + "/memory.swap.max", std::to_string(1000 * kMB) + "\n");  // 400 MB of which are in use
   EXPECT_EQ(Swap().total, Figure(1000 * kMB));
   EXPECT_EQ(Swap().free, Figure(600 * kMB));
   host_.Write(kSlice + "/memory.swap.max", std::to_string(2000 * kMB) + "\n");

@@ -13,7 +13,7 @@ class SampledGroup : public testing::Test {
     host_.Write(kWeb + "/memory.stat", "zswap 1\n");
   }
 
-  // The figure of memory.stat in a sample that follows the last one after `pause`.
+  // The zswap figure of memory.stat in a sample that is taken `pause` after the previous one.
   Figure NextZswap(std::chrono::seconds pause) {
     now_ += pause;
     return reader_.Stat(group_).zswap;

@@ -30,7 +30,8 @@ TEST(GroupTree, AProcessWhosePidIsReusedIsNotFound) {
     EXPECT_EQ(ask.Status(nodes::sched_memClients_kestrel_uw, {101}), HVC_NOT_FOUND) << stat;
     EXPECT_EQ(ask.Status(nodes::sched_groups_stats_memoryStats, {101}), HVC_NOT_FOUND) << stat;
   }
-  // A process that started before the listing is the listed one, even if the kernel has dropped its inode.
+  // A process that started before the listing is the listed one, even if its inode number has changed: the kernel may
+  // have dropped the inode.
   std::string words = begun;
   for (int field = 4; field < 22; ++field)
     words += " 9999999999999";

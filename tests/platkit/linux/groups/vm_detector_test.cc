@@ -196,7 +196,8 @@ TEST(VmDetector, DescriptorsAreReadOnlyWhileKvmIsInUse) {
   EXPECT_EQ(none.ask().Tag(400), "process");
 }
 
-// A host without KVM's list, on which the processes 1000, 1001, ... have descriptors. The last one of each is a VM.
+// A host without KVM's list of VMs, on which the processes 1000, 1001, ... have descriptors. The last descriptor of
+// each process is a VM.
 class ManyDescriptors {
  public:
   ManyDescriptors(int processes, int descriptors) : host_("kvm-descriptors.host") {

@@ -91,7 +91,7 @@ TEST(VmGroups, AGroupWithHiddenMembersCountsAsShared) {
   EXPECT_FALSE(HasOwnGroup(host, 310));
 }
 
-// A failed listing shows no other process, but there may be one.
+// A failed listing shows no other process in the group, but the group may contain one.
 TEST(VmGroups, AListingThatFailedTellsNothing) {
   SavedHost host("clients.host");
   host.Write(kOwn + "/below/cgroup.procs", "");

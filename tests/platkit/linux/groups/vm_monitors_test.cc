@@ -42,7 +42,7 @@ class VmMonitorsTest : public testing::Test {
   }
   void AddBalloonDevice() { SetCommandLine("-device virtio-balloon-pci"); }
 
-  // Writes the figures as those of the VM.
+  // Writes the guests file with these figures of the VM.
   void WriteGuests() {
     Write(kGuestsFile, FormatGuestsFile({.uptime = 100'000, .period = 10'000, .guests = {figures_}}));
   }

@@ -19,7 +19,7 @@ GuestsFile Sample() {
   return file;
 }
 
-// The lines with their checksum.
+// The lines, followed by their checksum.
 std::string Signed(const std::string &lines) { return lines + GuestsFileChecksum(lines); }
 
 bool Parses(const std::string &text) {

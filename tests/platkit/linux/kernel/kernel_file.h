@@ -15,7 +15,7 @@ inline const Figure kAbsent;
 inline const Figure kUnreadable = Figure::Unreadable();
 inline const Figure kUnlimited = Figure::Unlimited();
 
-// A root folder, and access to its files.
+// A root folder, and a HostFiles that reads it.
 class KernelFiles {
  public:
   KernelFiles() : files_(host_.Path(""), Reach::kRootFolder) {}
@@ -23,7 +23,7 @@ class KernelFiles {
   HostFiles &files() { return files_; }
   SavedHost &host() { return host_; }
 
-  // Writes a file and returns the access to the root folder.
+  // Writes a file, and returns files().
   HostFiles &With(const std::string &path, std::string_view text) {
     host_.Write(path, text);
     return files_;

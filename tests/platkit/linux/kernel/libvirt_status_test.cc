@@ -7,7 +7,7 @@
 namespace platkit {
 namespace {
 
-// A status file as libvirt 9.0 writes it, without devices that do not matter here.
+// A status file as libvirt 9.0 writes it, without the devices that do not matter here.
 constexpr char kStatus[] = R"(<!--
 WARNING: THIS IS AN AUTO-GENERATED FILE.
 -->

@@ -10,7 +10,7 @@ const std::string kDisk = kDevices + "namespace0.1/block/pmem0.1";
 constexpr std::string_view kMounts =
     "22 27 0:21 / /proc rw - proc proc rw\n40 22 259:3 / /data rw - ext4 /dev/pmem0.1 rw\n";
 
-// A namespace whose block device is 259:3.
+// A namespace whose block device has the number 259:3.
 class OpenersTest : public testing::Test {
  protected:
   OpenersTest() {

@@ -49,7 +49,7 @@ uint64_t Remapped(SavedHost &host, int64_t client, const std::string &type) {
   return record.remapped;
 }
 
-// Computes what a report computes.
+// The consumed memory, as a report computes it.
 template <typename Record>
 uint64_t Consumed(const Record &record) {
   return record.zipped + record.mapped - record.sharedSaved - record.zipSaved;
@@ -239,7 +239,7 @@ TEST(ClientRecords, AUsersMaximumOfMemoryIsNotShown) {
   EXPECT_CELL(Vmm(host, 310).memSizeLimit, MB(2048));
 }
 
-// Makes KVM list these numbers of pages as mapped by the guest of machine 310.
+// Makes KVM list these numbers of pages that the guest of machine 310 has mapped.
 void ListInKvm(SavedHost &host, const char *small, const char *large, const char *gigantic) {
   const std::string folder = "sys/kernel/debug/kvm/310-11/";
   host.Remove("proc/310/fd");
@@ -291,7 +291,7 @@ TEST(ClientRecords, Swapping) {
   EXPECT_CELL(other.totalReg, 9000000u);
 }
 
-// The only swap space is zram, so everything that is swapped is there.
+// The only swap space is zram, so all swapped memory is in zram.
 TEST(ClientRecords, MemoryInZram) {
   SavedHost host("clients.host");
   const uint64_t swapped = MB(400 - 200) - 4000;

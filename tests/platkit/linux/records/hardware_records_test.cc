@@ -26,7 +26,7 @@ std::string OfIntel(std::string_view cpuinfo) {
   return text;
 }
 
-// The model of processor 0 of a host with this cpuinfo, which must contain it.
+// The model of processor 0 of a host with this cpuinfo. REQUIRES: `cpuinfo` contains processor 0.
 uint64_t ModelOf(std::string_view cpuinfo) {
   SavedHost host;
   host.Write(kCpuInfo, OfIntel(cpuinfo));

@@ -1,4 +1,5 @@
-// Anonymized captures of snapshots that somebody else wrote: no text survives unless it is the library's own.
+// Anonymized captures of snapshots from others. The captures contain no text of the snapshot, unless the library itself
+// uses this text.
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -51,7 +52,8 @@ void MarkRecord(const platkit::RecordLayout &layout, std::span<std::byte> record
   }
 }
 
-// The path with the marker in every text. The walk visits the memory states by their own names.
+// The path with the marker in every text. The names of the memory states get no marker, because the capture visits
+// these states by their fixed names.
 std::string MarkedPath(platkit::PathTarget target) {
   for (nodal::Argument &argument : target.arguments) {
     const bool isState = target.node->id == platkit::nodes::sched_globalStats_memory_stateTransitions.id();
@@ -73,7 +75,7 @@ json MarkedValue(const platkit::PathTarget &target, const json &value) {
   return entries;
 }
 
-// The sample host, with the marker in every text, in every byte without a meaning, and in keys that mean nothing.
+// The sample host, with the marker in every text, in every unused byte of a record, and in every unknown key.
 json MarkedHost() {
   const json sample = DumpOf(SAMPLE_SNAPSHOT);
   const std::string marker(kMarker);
@@ -154,8 +156,8 @@ TEST_F(AnonymousCapture, RefusesATextInPlaceOfTheTime) {
   EXPECT_EQ(Nodal(words).status, 0);
 }
 
-// Under this key, the pseudonyms of both tags have the same seven digits. Two heaps with one pseudonym would even have
-// one path.
+// With this key, the pseudonyms of both tags have the same seven digits. Two heaps with the same pseudonym would even
+// have the same path.
 TEST_F(AnonymousCapture, TwoNamesWithOnePseudonymAreAnError) {
   nodal::PseudonymKey::Bytes key;
   key.fill('k');

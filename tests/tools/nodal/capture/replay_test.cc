@@ -1,4 +1,4 @@
-// kestrel prints the same for a host and for its capture.
+// kestrel prints the same reports for a host and for its capture.
 #include <unistd.h>
 
 #include <algorithm>
@@ -99,8 +99,8 @@ class Replay : public testing::TestWithParam<std::string> {
     if (!asNobody_) ExpectEqualReportsOfHistory(snapshot);
   }
 
-  // Compares the reports of the snapshot with those of a history in which it is a sample, stored as the difference to
-  // another one.
+  // Compares the reports of the snapshot with the reports of a history that contains the snapshot as a sample. The
+  // history stores this sample as the difference from the previous one.
   void ExpectEqualReportsOfHistory(const std::string &snapshot) {
     nodal::Recorded history;
     history.AddGroups(0, 10);

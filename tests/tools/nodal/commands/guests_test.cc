@@ -7,7 +7,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A copy of nodal in a folder of its own, because it looks for nodal-guests beside itself.
+// A copy of nodal in a separate folder, because nodal looks for nodal-guests in its own folder.
 class Guests : public testing::Test {
  protected:
   Guests() { fs::copy_file(NODAL_PROGRAM, scratch_.Path("nodal")); }

@@ -96,7 +96,7 @@ TEST(HostSampler, NodesThatCannotBeRead) {
   ExpectSameAsCapture(saved);
 }
 
-// Names with characters before and after the slash, which separates the parts of keys.
+// The names contain characters that sort before and after the slash, which separates the parts of keys.
 TEST(HostSampler, KeysAreInOrder) {
   SavedHost saved("two-nodes.host");
   std::string slabs = "slabinfo - version: 2.1\n";

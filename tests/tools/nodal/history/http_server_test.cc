@@ -45,7 +45,7 @@ class HttpServerTest : public testing::Test {
     EXPECT_EQ(send(client.get(), text.data(), text.size(), MSG_NOSIGNAL), static_cast<ssize_t>(text.size()));
   }
 
-  // Serves what is ready now.
+  // Serves the connections that are ready now.
   void Serve(int rounds = 3) {
     for (int i = 0; i < rounds; ++i) {
       std::vector<pollfd> &polled = server_.Polled();

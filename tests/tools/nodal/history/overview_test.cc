@@ -4,7 +4,7 @@
 namespace nodal {
 namespace {
 
-// The events of a history, as nodal prints them, without the head of the table.
+// The events of a history, as nodal prints them, without the header of the table.
 std::string EventsOf(const Recorded &history) {
   const std::string out = Nodal("history " + history.path()).out;
   const size_t head = out.find("what happened\n");
@@ -61,7 +61,7 @@ TEST(HistoryCommand, TellsWhyTimeIsMissing) {
   EXPECT_NE(Nodal("history " + history.path()).out.find("kernel 6.1.0-19-amd64, 1 reboot\n"), std::string::npos);
 }
 
-// Thinned samples are a minute apart, and that is no gap.
+// Thinned samples are about a minute apart, which does not count as a gap.
 TEST(HistoryCommand, KnowsThinnedSamples) {
   Recorded history;
   for (const int64_t second : {0, 55, 170, 300})

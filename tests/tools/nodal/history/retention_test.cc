@@ -14,7 +14,7 @@ class RetentionTest : public testing::Test {
     options_.count = static_cast<uint64_t>(duration / options_.interval);
     Recorder(options_, host_, pace_).Run();
   }
-  // The samples by their age at the end.
+  // Returns the samples whose age, at the end of the recording, is from `from` to before `to`.
   std::vector<RecordedSample> SamplesOfAge(int64_t from, int64_t to) const {
     std::vector<RecordedSample> samples = SamplesIn(options_.folder);
     std::erase_if(samples, [&](const RecordedSample &sample) {
@@ -64,7 +64,7 @@ TEST_F(RetentionTest, AShortAge) {
   EXPECT_EQ(SegmentsIn(options_.folder).size(), 4u) << "the open one, and three that are at most as old";
 }
 
-// Each restart of the recorder continues where the last one ended.
+// After a restart, the recorder continues to thin the samples of its previous runs.
 TEST_F(RetentionTest, Restarts) {
   options_.interval = 20 * kSecond;
   for (int i = 0; i < 12; ++i)
@@ -131,7 +131,7 @@ TEST_F(RetentionTest, DamagedSegments) {
   EXPECT_LE(reader.frames().size(), 60u);
 }
 
-// Minutes.
+// Groups of samples of the same minute.
 
 SegmentReader::Frame FrameAt(int64_t second, uint64_t available, uint8_t marks = 0) {
   SegmentReader::Frame frame = {};

@@ -78,7 +78,7 @@ x_heap_failed_allocations_total{heap="net"} 3
 )");
 }
 
-// A group of each kind. The virtual machine's own client is 100, its monitor's 101.
+// A group of each kind. The virtual machine has two clients: 100 of its own, and 101 of its monitor.
 constexpr char kGroups[] = R"(
   "/sched/groups/0/groupName": {"name": "host"}, "/sched/groups/0/groupFlags": {"flags": 2049},
   "/sched/groups/0/parentGroupID": {"parentGroupID": -1}, "/sched/groups/0/members/groups": [3, 1, 2, 4],
@@ -153,7 +153,7 @@ kestrel_host_memory_state{state="soft"} 1
 kestrel_host_memory_state{state="hard"} 0
 kestrel_host_memory_state{state="low"} 0
 )" + entries);
-  // A state without counts leaves its neighbour without a sample.
+  // If the number of transitions from "low" to "hard" is not available, "hard" has no sample.
   EXPECT_EQ(Samples(rest + transitions("low", R"("toHigherCount": -1)") +
                         R"("/sched/globalStats/memory/kestrel": {"memState": -1})",
                     words),

@@ -13,7 +13,7 @@ std::string StyleOf(const std::string &page);
 std::string ScriptOf(const std::string &page);
 std::string EncodedDataOf(const std::string &page);
 
-// The text of compressed data in base64.
+// Decodes base64, and decompresses the result.
 std::string Unpacked(const std::string &encoded);
 
 inline nlohmann::json DataOf(const std::string &page) { return nlohmann::json::parse(Unpacked(EncodedDataOf(page))); }

@@ -65,7 +65,7 @@ TEST(StepOfSpan, IsAMinuteForADay) {
 TEST(StepOfSpan, GivesAtMostAsManySteps) {
   for (int64_t seconds = 1; seconds < 100'000'000; seconds += 1 + seconds / 500) {
     const int64_t step = StepOfSpan(seconds, 1);
-    // The last second of a step is the first of the span.
+    // In the worst case, the span starts at the last second of a step.
     EXPECT_LE((step - 1 + seconds) / step + 1, 1500) << seconds;
   }
 }
@@ -106,7 +106,7 @@ TEST(SpanReader, ReadsTheLastSampleOfASecond) {
   EXPECT_EQ(ValueAt(consumed.values[row], 1), NumberValue(1000 + 15000));
 }
 
-// A sample in which group 1 consumes as much.
+// A sample in which group 1 consumes this much memory.
 Sample GroupOfSize(uint64_t consumed) {
   Sample sample = GroupsOf({1});
   Sample changed;
@@ -120,7 +120,7 @@ Sample GroupOfSize(uint64_t consumed) {
   return changed;
 }
 
-// A history in steps of ten seconds, in which group 1 consumes as much, two samples a step.
+// A span in steps of ten seconds, with two samples per step. In each sample, group 1 consumes one of these amounts.
 PageSpan SpanOfSizes(Recorded &history, std::initializer_list<uint64_t> sizes) {
   int64_t second = 0;
   for (const uint64_t size : sizes)
@@ -141,7 +141,7 @@ TEST(SpanReader, HasBandsOfStepsThatStartWithoutTheFigure) {
   EXPECT_EQ(ValueAt(consumed.above[row], 2), FigureValue());
 }
 
-// Only a forged history has them.
+// Only a forged history contains amounts that are this large.
 TEST(SpanReader, BoundsAmounts) {
   Recorded history;
   const PageSpan span = SpanOfSizes(history, {UINT64_MAX - 1, 1, 1, UINT64_MAX - 1});
@@ -236,8 +236,8 @@ TEST(SpanReader, TellsWhatCouldNotBeRead) {
   EXPECT_EQ(span.unreadableLists[0].instants, (std::vector<std::pair<uint32_t, uint32_t>>{{1, 2}}));
 }
 
-// A sample with one group. The read of the group's memory returned this status. The sample has the memory if it is
-// HVC_OK.
+// A sample with one group. The read of the group's memory figures returned this status, so the sample has these figures
+// only if the status is HVC_OK.
 Sample GroupReadWith(HVC_ReturnStatus status) {
   if (status == HVC_OK) return GroupsOf({1});
   Sample sample;

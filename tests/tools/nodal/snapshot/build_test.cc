@@ -1,4 +1,4 @@
-// Each error in a JSON file has its message, and no snapshot is written.
+// For each error in a JSON file, nodal build prints the right message and writes no snapshot.
 #include <algorithm>
 #include <filesystem>
 

@@ -155,7 +155,7 @@ TEST_F(Diff, WhatCouldNotBeRead) {
   EXPECT_EQ(Of(from, from).status, 0);
 }
 
-// Nodes and records as from a host with a newer catalogue.
+// Nodes and records from a host with a newer catalogue.
 TEST_F(Diff, WhatTheCatalogueDoesNotKnow) {
   EXPECT_EQ(Shown(R"("/new/node": {"type": "R", "hex": "00"}, "/memory/memInfo": {"type": "R", "hex": "01"})",
                   R"("/new/node": {"type": "R", "hex": "0102"}, "/memory/memInfo": {"numNodes": 1})"),
@@ -185,7 +185,7 @@ TEST_F(Diff, APart) {
   EXPECT_EQ(Of(from, from, " --only /").status, 0);
 }
 
-// Compares a sound file with another in both orders, and the other with itself.
+// The arguments that compare a sound file with another file in both orders, and the other file with itself.
 std::vector<std::string> PairsOf(const std::string &sound, const std::string &other) {
   return {other + " " + sound, sound + " " + other, other + " " + other};
 }

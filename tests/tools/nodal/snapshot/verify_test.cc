@@ -164,7 +164,7 @@ TEST_F(Damaged, RecordThatReachesTooFar) {
 }
 
 TEST_F(Damaged, SlotThatLeadsNowhere) {
-  // verify does not look up the last two by their keys, but the index contains them.
+  // verify does not look up the last two keys, but the index contains them.
   for (const std::string key : {"/hardware/nvd/dimm", "nodal-snapshot", "index-check"}) {
     const uint32_t hash = cdb_hash(key.data(), static_cast<unsigned>(key.size()));
     unsigned char slot[4];

@@ -14,7 +14,7 @@ namespace nodal::top {
 
 inline constexpr uint64_t kAllOnes = UINT64_MAX;
 
-// One sample. Groups are added from the top down; the first one is 0.
+// One sample. Groups are added from the top down; the first one has the ID 0.
 class FakeHost {
  public:
   struct Group {
@@ -128,7 +128,7 @@ class FakeHost {
   std::vector<int64_t> monitors_;
 };
 
-// host: system (web, mail), user, each with the sizes in KB.
+// The group host contains system and user; system contains web and mail. Sizes are in KB.
 inline FakeHost SmallHost() {
   FakeHost host;
   host.Add({0, "host", -1, 1000})

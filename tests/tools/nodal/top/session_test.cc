@@ -11,7 +11,7 @@
 namespace nodal::top {
 namespace {
 
-// The text with single blanks, but the indentation unchanged.
+// Replaces several blanks with one, except in the indentation.
 std::string Squeezed(const std::string &line) {
   std::string text;
   for (const char c : line) {

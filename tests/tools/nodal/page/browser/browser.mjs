@@ -33,12 +33,12 @@ export function report(snapshot, name, columns, ...options) {
   return lines.map((line) => Object.fromEntries(line.split(',').map((cell, i) => [names[i], cell])));
 }
 
-// CI machines often forbid the browser's own sandbox. The pages are ours.
+// CI machines often forbid the browser's own sandbox. The tests can do without it, because they created the pages.
 export function startBrowser() {
   return chromium.launch({ executablePath: '/usr/bin/chromium', args: ['--no-sandbox'] });
 }
 
-// Opens a page and waits for its views. Whatever the browser complains about is in `troubles`.
+// Opens a page and waits for its views. `troubles` collects the messages, errors, dialogs and requests of the page.
 export async function open(browser, file, { hash = '', ...context } = {}) {
   const tab = await browser.newPage({ viewport: { width: 1280, height: 900 }, ...context });
   tab.troubles = [];
@@ -51,7 +51,7 @@ export async function open(browser, file, { hash = '', ...context } = {}) {
   return tab;
 }
 
-// Opens a page for `use`, and fails if the browser complained.
+// Opens a page and calls `use` with it. Fails if `troubles` is not empty.
 export async function withPage(browser, file, use, options) {
   const tab = await open(browser, file, options);
   try {

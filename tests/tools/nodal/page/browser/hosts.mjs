@@ -141,7 +141,7 @@ export function small() {
   return host.done;
 }
 
-// Names of at most 63 bytes: wide letters, and 21 characters that are twice as wide.
+// Names of at most 63 bytes: one of wide letters, and one of 21 characters that take two columns each.
 export const wideName = 'W'.repeat(63);
 export const ideographs = '記憶領域測定用仮想計算機群之第一号０１２３';
 export const hostileNames = ['</script>', '<img src=x onerror=alert(1)>', '{{data}}', '"><svg onload=alert(1)>', '&lt;b&gt;', '<!--'];

@@ -179,7 +179,7 @@ test('gaps are gaps', async () => {
   await tab.keyboard.press('ArrowRight');
   await settled(tab);
   assert.equal(await timeOf(tab), '2026-03-14T02:00:00Z');
-  // The pixels of the memory state that have its colour, from 0 to 1.
+  // The shares of pixels, from 0 to 1, that have the colour of the memory state, before the gap and in the gap.
   const shares = await tab.evaluate((parts) => {
     const canvas = document.querySelector('#plot canvas');
     const { data } = canvas.getContext('2d').getImageData(0, (60 * canvas.height) / canvas.clientHeight, canvas.width, 1);

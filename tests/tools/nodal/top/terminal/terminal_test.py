@@ -1,4 +1,4 @@
-"""Tests nodal top in a terminal of tmux: keys in, screen out.
+"""Tests nodal top in a terminal of tmux. The tests send keys and compare the screen.
 
     terminal_test.py NODAL SNAPSHOT HISTORY
 """
@@ -200,7 +200,7 @@ class TopTest(unittest.TestCase):
                 terminal.wait_for('web-01')
                 text = '\n'.join(terminal.screen('-e'))
                 self.assertEqual(green in text, has_colours)
-                # The row of the cursor is reversed in any case.
+                # The cursor's row is in reverse video, with and without colours.
                 self.assertRegex(text, '\x1b\\[([0-9]*;)*7m')
                 terminal.close()
 
