@@ -167,9 +167,9 @@ void GroupRecords::HostStats(GroupMemoryStatsRecord &record) {
   record.consumedPeak = HVC_KB_NONE;
 }
 
-// All memory in use that is charged to no other member of the host, so that the members add up to the host: memory of
-// the kernel, huge pages of pools, and files that were cached before their group was created. Without a memory
-// controller, nothing is charged.
+// All memory in use that no other member of the host consumes, so that the members add up to the host: memory of the
+// kernel, huge pages of pools that no process outside of control groups uses, and files that were cached before their
+// group was created. Without a memory controller, nothing is charged.
 void GroupRecords::KernelStats(GroupMemoryStatsRecord &record) {
   const Meminfo &memory = host_.meminfo();
   const bool isCharged = reader_.mount().memoryFiles != CgroupVersion::kNone;
@@ -192,7 +192,7 @@ Figure GroupRecords::ConsumedByMembers(Group &host) {
   for (const int64_t id : host.processes) {
     Group *process = tree_.FindKnown(id);
     const ProcessStatus *status = process == nullptr ? nullptr : reader_.Status(*process);
-    if (status != nullptr) sum = sum + status->resident;
+    if (status != nullptr) sum = sum + Consumed(*status);
   }
   return sum;
 }

@@ -122,6 +122,20 @@ TEST(GroupRecords, MeminfoLines) {
   EXPECT_CELL(host.ask().Stats(0).memSize, kNoFigure);
 }
 
+TEST(GroupRecords, TheMembersOfTheHostAddUp) {
+  SavedHost host("v2.host");
+  const std::string processes = "sys/fs/cgroup/cgroup.procs";
+  host.Write(processes, host.Read(processes) + "500\n");
+  host.Write("proc/500/status", "Name:\tswitch\nTgid:\t500\nVmRSS:\t  100 kB\nHugetlbPages:\t  4096 kB\n");
+  Asker ask = host.ask();
+  const std::vector<int64_t> members = ask.Members(0);
+  ASSERT_TRUE(std::ranges::count(members, 500) == 1) << "a process outside of control groups";
+  uint64_t sum = 0;
+  for (const int64_t member : members)
+    sum += ask.Stats(member).consumed;
+  EXPECT_EQ(sum, ask.Stats(0).consumed);
+}
+
 TEST(GroupRecords, PageSharingFiles) {
   SavedHost host("v2.host");
   const std::string ksm = "sys/kernel/mm/ksm/";

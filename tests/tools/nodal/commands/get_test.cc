@@ -13,7 +13,7 @@ TEST(Get, Record) {
                 .out,
             "size              1342177280  bytes        size\n"
             "reservedBlocks           768  2 MB blocks  reserved\n"
-            "flags                   0x83               state of the region, in HVC_REGION_... bits\n"
+            "flags                   0x83               state of the region, as HVC_REGION_... bits\n"
             "openCount                  4               open handles\n"
             "allocatedBlocks          640  2 MB blocks  allocated\n"
             "managementTag             33               management tag\n"

@@ -43,7 +43,7 @@ TEST_F(Guests, HasAHelpOfItsOwn) {
   AddProgram("exit 7\n");
   const testing_support::Outcome outcome = RunNodal({"--help"});
   EXPECT_EQ(outcome.exitStatus, 0);
-  EXPECT_NE(outcome.output.find("see nodal-guests(1)"), std::string::npos) << outcome;
+  EXPECT_NE(outcome.output.find("See nodal-guests(1)"), std::string::npos) << outcome;
 }
 
 }  // namespace
