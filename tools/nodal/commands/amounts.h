@@ -18,7 +18,7 @@ struct AmountUnit {
 // A whole number and one of the units; nullopt if the text has another form or the product is too large.
 std::optional<uint64_t> ParseAmount(const std::string &text, std::span<const AmountUnit> units);
 
-// The values of --every, in nanoseconds, and --count. Throw a Failure.
+// The values of --every, in nanoseconds, and --count. Throw a UsageError.
 int64_t ParseInterval(const std::string &text);
 uint64_t ParseCount(const std::string &text);
 

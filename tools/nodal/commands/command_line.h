@@ -2,15 +2,9 @@
 #ifndef NODAL_COMMANDS_COMMAND_LINE_H
 #define NODAL_COMMANDS_COMMAND_LINE_H
 
-#include <stdexcept>
-
 #include "tools/nodal/commands/command.h"
 
 namespace nodal {
-
-class UsageError : public std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
 
 struct Invocation {
   Run run;  // the command, or what prints the help or version that was asked for

@@ -52,7 +52,7 @@ class HistoryRange {
   size_t damagedParts_ = 0;
 };
 
-// The seconds of a step, such as 10s; 0 for an empty text. Throws a Failure.
+// The seconds of a step, such as 10s; 0 for an empty text. Throws a UsageError.
 int64_t StepOption(const std::string &text);
 
 }  // namespace nodal

@@ -36,8 +36,8 @@ class HttpServer {
   // Returns the answer to a path, such as "/metrics", without the query.
   using Handler = std::function<HttpResponse(std::string_view path)>;
 
-  // `address` is PORT, ADDRESS:PORT or [ADDRESS]:PORT, with a numeric address; without one, 127.0.0.1. Throws a Failure
-  // if it is malformed, or in use.
+  // `address` is PORT, ADDRESS:PORT or [ADDRESS]:PORT, with a numeric address; without one, 127.0.0.1. Throws a
+  // UsageError if it is malformed, and a Failure if it is in use.
   HttpServer(const std::string &address, Handler handler);
   HttpServer(const HttpServer &) = delete;
   HttpServer &operator=(const HttpServer &) = delete;

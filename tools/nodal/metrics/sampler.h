@@ -14,7 +14,7 @@ namespace nodal {
 // The metrics that are shown.
 class MetricChoice {
  public:
-  // `only` has names of families and metrics; empty: the standard families. Throws a Failure for an unknown name.
+  // `only` has names of families and metrics; empty: the standard families. Throws a UsageError for an unknown name.
   explicit MetricChoice(const std::vector<std::string> &only);
 
   bool Contains(const Metric &metric) const;

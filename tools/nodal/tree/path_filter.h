@@ -21,7 +21,7 @@ std::string WithoutEndingSlash(const std::string &path);
 class PathFilter {
  public:
   // `onlyIfNamed` is a part of the tree that the filter contains only if a path in that part is named; "" for none.
-  // Throws a Failure if a path is not absolute.
+  // Throws a UsageError if a path is not absolute: the paths are values of --only.
   explicit PathFilter(const std::vector<std::string> &paths, std::string_view onlyIfNamed = "");
 
   bool Contains(std::string_view path) const;
