@@ -1,4 +1,4 @@
-// Keeps a history within its limits: thins old segments to one sample a minute, and removes the oldest ones.
+// Keeps a history within its limits: thins old segments to one sample a minute, and removes the oldest files.
 #ifndef NODAL_HISTORY_RETENTION_H
 #define NODAL_HISTORY_RETENTION_H
 
@@ -31,22 +31,29 @@ class Retention {
   // folder cannot be listed; so does Apply.
   Retention(const platkit::history::HistoryFolder &folder, const RetentionLimits &limits, const Time &now);
 
-  // Removes segments that are too old, and the oldest ones while all segments together have too many bytes, except the
-  // open one. `openBytes` is its size, or the size that it is about to have. False if the open one alone is too large.
+  // Removes files of the history that are too old, and the oldest ones while all together have too many bytes, except
+  // the open segment. These files are the segments, and those that were set aside. `openBytes` is its size, or the size
+  // that it is about to have. False if the open one alone is too large.
   bool Apply(const Time &now, const Name &open, uint64_t openBytes);
 
   // Thins old segments while `hasTime` returns true, and at least for one step. Returns the status of a step that
   // failed: the segment stays as it is until the next hour.
   HVC_ReturnStatus Thin(const std::function<bool()> &hasTime);
 
-  // The size of all segments except the open one, as of the last call of Apply.
+  // The size of all files of the history except the open segment, as of the last call of Apply.
   uint64_t closedBytes() const { return closedBytes_; }
 
  private:
-  using Segments = std::map<Name, uint64_t>;  // the names and their sizes
+  using SetAsideName = platkit::history::SetAsideName;
+  // The names and their sizes.
+  using Segments = std::map<Name, uint64_t>;
+  using SetAsideFiles = std::map<SetAsideName, uint64_t>;
 
   void List(const Name &open);
+  bool IsTooOld(const Name &name) const;
+  void RemoveOldest();
   Segments::iterator Remove(Segments::iterator segment);
+  SetAsideFiles::iterator Remove(SetAsideFiles::iterator file);
   int64_t SecondsOld(const Name &name) const;
   bool StartThinning();
   void FinishThinning(HVC_ReturnStatus status);
@@ -60,6 +67,7 @@ class Retention {
   int64_t listedAt_ = INT64_MIN;    // on the monotonic clock
   std::optional<Name> listedOpen_;  // the open segment at that time
   Segments segments_;               // all but the open one
+  SetAsideFiles setAside_;
   uint64_t closedBytes_ = 0;
   std::set<Name> done_;    // segments that need no thinning
   std::set<Name> failed_;  // segments whose thinning failed this hour
