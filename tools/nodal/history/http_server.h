@@ -1,4 +1,8 @@
 // A small HTTP server for figures: it answers GET and HEAD with texts, one request a connection.
+//
+// It does not use cpp-httplib. That library serves each connection in a thread of a pool, bounds the time of each read
+// but not of a whole request, and queues any number of connections. A few clients that send a byte a second would occupy
+// all threads.
 #ifndef NODAL_HISTORY_HTTP_SERVER_H
 #define NODAL_HISTORY_HTTP_SERVER_H
 
