@@ -112,7 +112,7 @@ void TakeMigration(Guest &guest, QmpClient &qemu) {
   take("dirty-pages-rate", GuestFigure::kDirtyRate, TakeCount);
 }
 
-// Reads the process before it asks the monitor: if the monitor answers, the process still existed.
+// Reads the process before it asks the monitor: if the same process answers, it still existed.
 Guest AskPath(const std::string &path) {
   QmpClient qemu(path);
   platkit::HostFiles files("/", platkit::Reach::kHost);
