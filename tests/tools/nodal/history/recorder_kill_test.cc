@@ -47,7 +47,7 @@ class SharedLog {
   Log *log_;
 };
 
-constexpr int kEntries = 20;
+constexpr int kEntries = 4;
 
 uint64_t AvailableIn(uint64_t number) { return number * 7919 % 100'003; }
 
@@ -55,7 +55,7 @@ uint64_t AvailableIn(uint64_t number) { return number * 7919 % 100'003; }
 std::string PayloadOf(uint64_t number, int entry) {
   std::minstd_rand random(static_cast<uint32_t>(number * kEntries + static_cast<uint64_t>(entry) + 1));
   std::string payload = std::to_string(number) + " ";
-  while (payload.size() < 1000)
+  while (payload.size() < 1500)
     payload += static_cast<char>(random() >> 8);
   return payload;
 }
@@ -116,10 +116,11 @@ class KilledRecorder : public testing::Test {
  protected:
   KilledRecorder() {
     options_.interval = 20 * kSecond;
-    options_.limits.unthinned = kHour;
+    options_.limits.unthinned = 0;
   }
 
-  // Records in another process, which continues where the last one was killed, and kills it.
+  // Records in another process, and kills it. It starts up to two hours after the last one was killed, so it has to
+  // thin the segments of that one.
   void RecordAndKill() {
     const pid_t pid = fork();
     if (pid == 0) RecordUntilKilled();
@@ -132,7 +133,7 @@ class KilledRecorder : public testing::Test {
     if (std::filesystem::exists(options_.folder + "/" + SegmentThinner::kTemporary)) ++killsWhileThinning_;
     ++run_;
     if (log_->taken == 0) return;
-    const int64_t pause = static_cast<int64_t>(random_() % 300) * kSecond;
+    const int64_t pause = static_cast<int64_t>(random_() % 7200) * kSecond;
     const int64_t passed = log_->samples[log_->taken - 1].wall - start_.wall + options_.interval + pause;
     start_.wall += passed;
     start_.boot += passed;
@@ -264,7 +265,7 @@ TEST_F(KilledRecorder, KeepsEachSampleOfItsAge) {
 }
 
 TEST_F(KilledRecorder, KeepsTheNewestSamplesOfItsSize) {
-  options_.limits.bytes = 6'000'000;
+  options_.limits.bytes = 1'000'000;
   KillOften();
 }
 

@@ -90,8 +90,7 @@ TEST_F(SavedOutOfMemory, IsShownByTop) {
     const std::string heaps = OutputOf(words + "heaps --columns size --unit b");
     EXPECT_NE(heaps.find("sum: 2 heaps"), std::string::npos) << heaps;
     OutputOf(words + "nodes");
-    const std::string groups = OutputOf(words + "groups");
-    EXPECT_NE(groups.find("sum: 1 group"), std::string::npos) << groups;
+    OutputOf(words + "groups");
   }
 }
 
