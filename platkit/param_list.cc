@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
 
 using platkit::ParamKind;
 
-NODAL_ParamList::~NODAL_ParamList() {
-  Clear();
-  std::free(params_);
-}
+NODAL_ParamList::~NODAL_ParamList() { Clear(); }
 
 NODAL_ParamList *NODAL_ParamList::Make() noexcept {
   void *memory = std::malloc(sizeof(NODAL_ParamList));
@@ -31,34 +29,32 @@ void NODAL_ParamList::Destroy() noexcept {
   std::free(this);
 }
 
-HVC_ReturnStatus NODAL_ParamList::Add(int64_t value) noexcept {
+HVC_ReturnStatus NODAL_ParamList::Add(int64_t value) {
   return Append({.kind = ParamKind::kInt, .length = 0, .integer = value});
 }
 
-HVC_ReturnStatus NODAL_ParamList::Add(std::string_view text) noexcept {
+HVC_ReturnStatus NODAL_ParamList::Add(std::string_view text) {
   const uint64_t bytes = text.size() + 1;
   if (textBytes_ + bytes > maxTextBytes_) return HVC_LIMIT_EXCEEDED;
-  auto *copy = static_cast<char *>(std::malloc(bytes));
-  if (copy == nullptr) return HVC_NO_MEMORY;
-  std::memcpy(copy, text.data(), text.size());
+  auto copy = std::make_unique_for_overwrite<char[]>(bytes);
+  std::memcpy(copy.get(), text.data(), text.size());
   copy[text.size()] = '\0';
   const auto length = static_cast<uint32_t>(text.size());
-  const HVC_ReturnStatus status = Append({.kind = ParamKind::kText, .length = length, .chars = copy});
-  if (status == HVC_OK) {
-    textBytes_ += bytes;
-  } else {
-    std::free(copy);
-  }
-  return status;
+  const HVC_ReturnStatus status = Append({.kind = ParamKind::kText, .length = length, .chars = copy.get()});
+  if (status != HVC_OK) return status;
+  static_cast<void>(copy.release());
+  textBytes_ += bytes;
+  return HVC_OK;
 }
 
 HVC_ReturnStatus NODAL_ParamList::RemoveLast() noexcept {
-  if (count_ == 0) return HVC_NOT_FOUND;
-  const NODAL_Param &last = params_[--count_];
+  if (params_.empty()) return HVC_NOT_FOUND;
+  const NODAL_Param &last = params_.back();
   if (last.kind == ParamKind::kText) {
     textBytes_ -= uint64_t{last.length} + 1;
-    std::free(const_cast<char *>(last.chars));
+    delete[] last.chars;
   }
+  params_.pop_back();
   return HVC_OK;
 }
 
@@ -67,24 +63,11 @@ void NODAL_ParamList::Clear() noexcept {
   }
 }
 
-void NODAL_ParamList::Expect(uint64_t count) noexcept {
-  const uint64_t wanted = std::min<uint64_t>(count, maxParams_);
-  if (wanted > capacity_) Grow(wanted);
-}
+void NODAL_ParamList::Expect(uint64_t count) { params_.reserve(std::min<uint64_t>(count, maxParams_)); }
 
-HVC_ReturnStatus NODAL_ParamList::Append(const NODAL_Param &param) noexcept {
-  if (count_ == maxParams_) return HVC_LIMIT_EXCEEDED;
-  if (count_ == capacity_ && !Grow(std::max<uint64_t>(kFirstCapacity, uint64_t{capacity_} * 2))) return HVC_NO_MEMORY;
-  params_[count_++] = param;
+HVC_ReturnStatus NODAL_ParamList::Append(const NODAL_Param &param) {
+  if (params_.size() == maxParams_) return HVC_LIMIT_EXCEEDED;
+  if (params_.capacity() == 0) params_.reserve(kFirstCapacity);
+  params_.push_back(param);
   return HVC_OK;
-}
-
-bool NODAL_ParamList::Grow(uint64_t capacity) noexcept {
-  capacity = std::min<uint64_t>(capacity, kUnlimited - 1);
-  if (capacity <= capacity_) return false;
-  void *grown = std::realloc(params_, capacity * sizeof(NODAL_Param));
-  if (grown == nullptr) return false;
-  params_ = static_cast<NODAL_Param *>(grown);
-  capacity_ = static_cast<uint32_t>(capacity);
-  return true;
 }

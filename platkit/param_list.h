@@ -6,6 +6,7 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "platkit/nodal.h"
 
@@ -26,8 +27,7 @@ struct NODAL_Param {
   std::string_view text() const { return {chars, length}; }
 };
 
-// Lists live on the C heap: an operation that runs out of memory returns a status instead of throwing. Each text has
-// its own allocation, which never moves, because callers hold pointers to it.
+// Each text has its own allocation, which never moves, because callers hold pointers to it.
 struct NODAL_ParamList {
  public:
   NODAL_ParamList(const NODAL_ParamList &) = delete;
@@ -39,31 +39,29 @@ struct NODAL_ParamList {
   static NODAL_ParamList *MakeFixed(uint32_t count, uint32_t textBytes) noexcept;
   void Destroy() noexcept;
 
-  // HVC_LIMIT_EXCEEDED: a fixed list is full. HVC_NO_MEMORY.
-  [[nodiscard]] HVC_ReturnStatus Add(int64_t value) noexcept;
-  [[nodiscard]] HVC_ReturnStatus Add(std::string_view text) noexcept;
+  // HVC_LIMIT_EXCEEDED: a fixed list is full. If memory runs out, these throw std::bad_alloc and leave the list
+  // unchanged.
+  [[nodiscard]] HVC_ReturnStatus Add(int64_t value);
+  [[nodiscard]] HVC_ReturnStatus Add(std::string_view text);
 
   // HVC_NOT_FOUND: the list is empty.
   [[nodiscard]] HVC_ReturnStatus RemoveLast() noexcept;
   void Clear() noexcept;
 
-  // Makes room for `count` parameters in one step. If memory is short, the Add that needs the room fails.
-  void Expect(uint64_t count) noexcept;
+  // Makes room for `count` parameters in one step. Throws std::bad_alloc.
+  void Expect(uint64_t count);
 
-  std::span<const NODAL_Param> params() const { return {params_, count_}; }
+  std::span<const NODAL_Param> params() const { return params_; }
 
  private:
-  static constexpr uint32_t kFirstCapacity = 8;
+  static constexpr size_t kFirstCapacity = 8;
   static constexpr uint32_t kUnlimited = UINT32_MAX;
 
   NODAL_ParamList() = default;
   ~NODAL_ParamList();
-  HVC_ReturnStatus Append(const NODAL_Param &param) noexcept;
-  bool Grow(uint64_t capacity) noexcept;
+  HVC_ReturnStatus Append(const NODAL_Param &param);
 
-  NODAL_Param *params_ = nullptr;
-  uint32_t count_ = 0;
-  uint32_t capacity_ = 0;
+  std::vector<NODAL_Param> params_;
   uint32_t maxParams_ = kUnlimited;
   uint32_t maxTextBytes_ = kUnlimited;
   uint64_t textBytes_ = 0;  // size of all texts, terminators included

@@ -14,8 +14,9 @@ namespace platkit {
 // REQUIRES, for all operations: the node is a record or a list, as the operation says, and the arguments have the
 // number and kinds that the node takes. nodal.h lists the statuses.
 //
-// If memory runs out, Get, List and Set throw std::bad_alloc or return HVC_NO_MEMORY; an exception counts as a failure.
-// After a failure, the source works as before.
+// If this process runs out of memory, Get, List and Set throw std::bad_alloc, which counts as a failure. HVC_NO_MEMORY
+// is a status of the host: its kernel ran out of memory, now or when the host was saved. After a failure, the source
+// works as before.
 class Source {
  public:
   virtual ~Source() = default;

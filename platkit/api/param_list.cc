@@ -1,6 +1,7 @@
 // The operations on parameter lists in nodal.h.
 #include "platkit/param_list.h"
 
+#include "platkit/api/answer.h"
 #include "platkit/nodal.h"
 
 namespace {
@@ -38,11 +39,13 @@ void NODAL_ParamListDestroy(NODAL_ParamList *list) {
 }
 
 HVC_ReturnStatus NODAL_ParamListAddInt(NODAL_ParamList *list, int64_t value) {
-  return list == nullptr ? HVC_BAD_PARAM : list->Add(value);
+  if (list == nullptr) return HVC_BAD_PARAM;
+  return platkit::Answer([&] { return list->Add(value); });
 }
 
 HVC_ReturnStatus NODAL_ParamListAddString(NODAL_ParamList *list, const char *text) {
-  return list == nullptr || text == nullptr ? HVC_BAD_PARAM : list->Add(std::string_view(text));
+  if (list == nullptr || text == nullptr) return HVC_BAD_PARAM;
+  return platkit::Answer([&] { return list->Add(std::string_view(text)); });
 }
 
 HVC_ReturnStatus NODAL_ParamListRemoveLastParam(NODAL_ParamList *list) {

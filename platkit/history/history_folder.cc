@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <memory>
@@ -20,6 +21,7 @@ namespace {
 using std::chrono::sys_days;
 
 constexpr std::string_view kForm = "0000-00-00T00Z.history";
+constexpr std::string_view kSetAside = ".damaged";
 constexpr int64_t kHoursInDay = 24;
 constexpr int64_t kNanosInHour = 3600 * kNanosInSecond;
 
@@ -38,6 +40,16 @@ unsigned NumberOf(std::string_view digits) {
 struct CloseFolder {
   void operator()(DIR *folder) const { closedir(folder); }
 };
+
+// Adds a name to a list if it has the form of the list's names.
+template <typename Name>
+HVC_ReturnStatus AddIf(std::string_view text, std::vector<Name> &names) {
+  const std::optional<Name> name = Name::Parse(text);
+  if (!name) return HVC_OK;
+  if (names.size() == kMaxSegments) return HVC_LIMIT_EXCEEDED;
+  names.push_back(*name);
+  return HVC_OK;
+}
 
 }  // namespace
 
@@ -70,6 +82,21 @@ std::string SegmentName::text() const {
   return text;
 }
 
+std::optional<SetAsideName> SetAsideName::Parse(std::string_view text) {
+  if (text.size() < kForm.size() || !text.substr(kForm.size()).starts_with(kSetAside)) return std::nullopt;
+  const std::optional<SegmentName> segment = SegmentName::Parse(text.substr(0, kForm.size()));
+  if (!segment) return std::nullopt;
+  SetAsideName name = {.segment = *segment};
+  const std::string_view rest = text.substr(kForm.size() + kSetAside.size());
+  if (rest.empty()) return name;
+  std::from_chars(rest.data() + 1, rest.data() + rest.size(), name.number);
+  return name.number > 1 && name.text() == text ? std::optional(name) : std::nullopt;
+}
+
+std::string SetAsideName::text() const {
+  return segment.text().append(kSetAside).append(number == 1 ? "" : "." + std::to_string(number));
+}
+
 HistoryFolder::~HistoryFolder() {
   if (fd_ >= 0) close(fd_);
 }
@@ -80,7 +107,13 @@ HVC_ReturnStatus HistoryFolder::Open(const char *path) {
 }
 
 HVC_ReturnStatus HistoryFolder::List(std::vector<SegmentName> &names) const {
+  std::vector<SetAsideName> setAside;
+  return List(names, setAside);
+}
+
+HVC_ReturnStatus HistoryFolder::List(std::vector<SegmentName> &names, std::vector<SetAsideName> &setAside) const {
   names.clear();
+  setAside.clear();
   const int copy = openat(fd_, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (copy < 0) return StatusOfErrno(errno);
   const std::unique_ptr<DIR, CloseFolder> folder(fdopendir(copy));
@@ -92,13 +125,13 @@ HVC_ReturnStatus HistoryFolder::List(std::vector<SegmentName> &names) const {
     errno = 0;
     const dirent *entry = readdir(folder.get());
     if (entry == nullptr) break;
-    const std::optional<SegmentName> name = SegmentName::Parse(entry->d_name);
-    if (!name) continue;
-    if (names.size() == kMaxSegments) return HVC_LIMIT_EXCEEDED;
-    names.push_back(*name);
+    HVC_ReturnStatus status = AddIf(entry->d_name, names);
+    if (status == HVC_OK) status = AddIf(entry->d_name, setAside);
+    if (status != HVC_OK) return status;
   }
   if (errno != 0) return HVC_IO_ERROR;
   std::ranges::sort(names);
+  std::ranges::sort(setAside);
   return HVC_OK;
 }
 

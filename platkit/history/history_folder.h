@@ -40,6 +40,20 @@ class SegmentName {
   int64_t hour_;
 };
 
+// A file that had the name of a segment, but could not be continued, and was renamed: the name of the segment with
+// ".damaged" after it, and for the second such file of the hour ".damaged.2", and so on.
+struct SetAsideName {
+  SegmentName segment;
+  uint32_t number = 1;
+
+  // Nothing if `text` is not such a name.
+  static std::optional<SetAsideName> Parse(std::string_view text);
+
+  std::string text() const;
+
+  auto operator<=>(const SetAsideName &) const = default;
+};
+
 class HistoryFolder {
  public:
   HistoryFolder() = default;
@@ -54,10 +68,11 @@ class HistoryFolder {
 
   int fd() const { return fd_; }
 
-  // Lists the names of the segments, in the order of time.
+  // Lists the names of the segments, in the order of time, and those of the files that were set aside.
   //
-  // HVC_LIMIT_EXCEEDED: more than kMaxSegments. HVC_IO_ERROR.
+  // HVC_LIMIT_EXCEEDED: more than kMaxSegments of either. HVC_IO_ERROR.
   [[nodiscard]] HVC_ReturnStatus List(std::vector<SegmentName> &names) const;
+  [[nodiscard]] HVC_ReturnStatus List(std::vector<SegmentName> &names, std::vector<SetAsideName> &setAside) const;
 
  private:
   int fd_ = -1;

@@ -27,7 +27,7 @@ void SegmentFile::Close() {
   if (fd_ >= 0) close(fd_);
   fd_ = -1;
   size_ = 0;
-  if (!window_.Resize(0)) windowStart_ = 0;
+  window_.Resize(0);
 }
 
 HVC_ReturnStatus SegmentFile::Open(int folder, const char *name) {
@@ -65,11 +65,11 @@ HVC_ReturnStatus SegmentFile::Load(uint64_t position, size_t size, std::span<std
   const bool isLoaded = position >= windowStart_ && position + size <= windowStart_ + window.size();
   if (!isLoaded) {
     const auto wanted = static_cast<size_t>(std::min<uint64_t>(std::max(size, kWindowBytes), size_ - position));
-    if (!window_.Resize(wanted)) return HVC_NO_MEMORY;
+    window_.Resize(wanted);
     windowStart_ = position;
     const HVC_ReturnStatus status = Fill(position, window_.bytes());
     if (status != HVC_OK) {
-      static_cast<void>(window_.Resize(0));
+      window_.Resize(0);
       return status;
     }
   }

@@ -111,7 +111,7 @@ HVC_ReturnStatus SnapshotFile::Find(std::string_view key, Value &value) {
 }
 
 HVC_ReturnStatus SnapshotFile::Read(const RecordPlace &place, ValueBuffer &buffer, Value &value) const {
-  if (!buffer.Resize(place.valueLength)) return HVC_NO_MEMORY;
+  buffer.Resize(place.valueLength);
   file_.Read(place.valueStart(), buffer.bytes());
   return file_.status() == HVC_OK ? Decode(buffer.bytes(), value) : file_.status();
 }

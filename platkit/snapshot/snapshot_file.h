@@ -44,7 +44,7 @@ class SnapshotFile {
 
   // Reads the value of a located record. It stays valid until the next Read or Find.
   //
-  // HVC_SNAPSHOT_DAMAGED: the value is damaged. HVC_NO_MEMORY.
+  // HVC_SNAPSHOT_DAMAGED: the value is damaged. Throws std::bad_alloc.
   [[nodiscard]] HVC_ReturnStatus Read(const RecordPlace &place, Value &value) { return Read(place, buffer_, value); }
 
   // Locates and reads a value. Statuses as for both.

@@ -5,18 +5,17 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
-#include <new>
 #include <span>
 
 namespace platkit::snapshot {
 
 class ValueBuffer {
  public:
-  // Makes room for `size` bytes, without their previous contents. Returns false if there is not enough memory.
-  [[nodiscard]] bool Resize(size_t size) {
-    if (size > capacity_ && !Grow(std::max(size, 2 * capacity_))) return false;
+  // Makes room for `size` bytes, without their previous contents. If memory runs out, throws std::bad_alloc and leaves
+  // the buffer empty.
+  void Resize(size_t size) {
+    if (size > capacity_) Grow(std::max({size, 2 * capacity_, kMinCapacity}));
     size_ = size;
-    return true;
   }
 
   std::span<std::byte> bytes() { return {memory_.get(), size_}; }
@@ -24,13 +23,11 @@ class ValueBuffer {
  private:
   static constexpr size_t kMinCapacity = 1024;
 
-  bool Grow(size_t capacity) {
-    capacity = std::max(capacity, kMinCapacity);
+  void Grow(size_t capacity) {
     memory_.reset();  // first, because the old contents are not kept
-    memory_.reset(new (std::nothrow) std::byte[capacity]);
-    capacity_ = memory_ == nullptr ? 0 : capacity;
-    if (memory_ == nullptr) size_ = 0;
-    return memory_ != nullptr;
+    capacity_ = size_ = 0;
+    memory_ = std::make_unique_for_overwrite<std::byte[]>(capacity);
+    capacity_ = capacity;
   }
 
   std::unique_ptr<std::byte[]> memory_;

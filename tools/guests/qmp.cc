@@ -112,7 +112,7 @@ void TakeMigration(Guest &guest, QmpClient &qemu) {
   take("dirty-pages-rate", GuestFigure::kDirtyRate, TakeCount);
 }
 
-// The PID is read before the monitor is asked. If the monitor then answers, the process still existed.
+// Reads the start time of the process before it asks the monitor. If the same process then answers, it still existed.
 Guest AskPath(const std::string &path) {
   QmpClient qemu(path);
   platkit::HostFiles files("/", platkit::Reach::kHost);

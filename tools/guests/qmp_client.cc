@@ -8,8 +8,6 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "platkit/linux/files/system_calls.h"
-
 namespace guests {
 namespace {
 
@@ -20,6 +18,14 @@ constexpr size_t kMaxMessage = 64 * 1024;
 constexpr size_t kMaxReceived = 1024 * 1024;
 
 [[noreturn]] void ThrowErrno() { throw std::runtime_error(std::strerror(errno)); }
+
+pid_t SenderOf(msghdr &message) {
+  const cmsghdr *header = CMSG_FIRSTHDR(&message);
+  if (header == nullptr || header->cmsg_level != SOL_SOCKET || header->cmsg_type != SCM_CREDENTIALS) return 0;
+  ucred sender = {};
+  std::memcpy(&sender, CMSG_DATA(header), sizeof sender);
+  return sender.pid;
+}
 
 // Copying and comparing a value takes stack space for each level of nesting. QEMU's messages have fewer than ten
 // levels.
@@ -38,16 +44,13 @@ QmpClient::QmpClient(const std::string &path) {
   path.copy(address.sun_path, path.size());
   socket_ = platkit::FileDescriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (!socket_.isOpen()) ThrowErrno();
+  // From now on, the kernel tells the sender of each message.
+  const int on = 1;
+  if (setsockopt(socket_.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof on) != 0) ThrowErrno();
   if (connect(socket_.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) ThrowErrno();
   const json greeting = ReadMessage();
   if (!greeting.is_object() || !greeting.contains("QMP")) throw std::runtime_error("not a QMP server");
   if (Execute("qmp_capabilities").is_null()) throw std::runtime_error("the QMP server refuses commands");
-}
-
-pid_t QmpClient::ServerPid() const {
-  ucred peer = {};
-  socklen_t size = sizeof peer;
-  return getsockopt(socket_.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
 }
 
 json QmpClient::Execute(const char *command, const json &arguments) {
@@ -66,11 +69,10 @@ json QmpClient::ReadMessage() {
   size_t end = 0;
   while ((end = received_.find('\n')) == std::string::npos) {
     char buffer[4096];
-    const ssize_t got = platkit::ReadOnce(socket_, buffer);
-    if (got < 0) ThrowErrno();
+    const size_t got = Receive(buffer);
     if (got == 0) throw std::runtime_error("the QMP server closed the connection");
-    received_.append(buffer, static_cast<size_t>(got));
-    totalReceived_ += static_cast<size_t>(got);
+    received_.append(buffer, got);
+    totalReceived_ += got;
     if (received_.size() > kMaxMessage || totalReceived_ > kMaxReceived)
       throw std::runtime_error("the QMP server sent too much data");
   }
@@ -78,6 +80,26 @@ json QmpClient::ReadMessage() {
   received_.erase(0, end + 1);
   if (!message.is_object()) throw std::runtime_error("malformed message from the QMP server");
   return message;
+}
+
+size_t QmpClient::Receive(std::span<char> buffer) {
+  iovec part = {.iov_base = buffer.data(), .iov_len = buffer.size()};
+  // Too small for descriptors that the server could send.
+  alignas(cmsghdr) char control[CMSG_SPACE(sizeof(ucred))];
+  msghdr message = {};
+  message.msg_iov = &part;
+  message.msg_iovlen = 1;
+  message.msg_control = control;
+  message.msg_controllen = sizeof control;
+  ssize_t got = 0;
+  do {
+    got = recvmsg(socket_.get(), &message, MSG_CMSG_CLOEXEC);
+  } while (got < 0 && errno == EINTR);
+  if (got < 0) ThrowErrno();
+  if (got > 0 && serverPid_.value_or(SenderOf(message)) != SenderOf(message))
+    throw std::runtime_error("more than one process answers at the QMP socket");
+  if (got > 0) serverPid_ = SenderOf(message);
+  return static_cast<size_t>(got);
 }
 
 void QmpClient::Write(std::string_view text) {

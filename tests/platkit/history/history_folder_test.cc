@@ -44,6 +44,42 @@ TEST(HistoryFolder, ListsSegmentsInTheOrderOfTime) {
   EXPECT_EQ(text, "2024-02-29T23Z.history\n2025-11-21T02Z.history\n2025-11-21T03Z.history\n");
 }
 
+TEST(SetAsideName, ParsesItsOwnText) {
+  for (const uint32_t number : {1u, 2u, 10u, UINT32_MAX}) {
+    const SetAsideName name = {.segment = SegmentName::At(kStart), .number = number};
+    EXPECT_EQ(SetAsideName::Parse(name.text()), name);
+  }
+  EXPECT_EQ((SetAsideName{.segment = SegmentName::At(kStart)}.text()), "2025-11-21T03Z.history.damaged");
+  EXPECT_EQ((SetAsideName{.segment = SegmentName::At(kStart), .number = 2}.text()), "2025-11-21T03Z.history.damaged.2");
+}
+
+TEST(SetAsideName, RefusesOtherNames) {
+  for (const std::string name : {"", "2025-11-21T03Z", "2025-11-21T03Z.history", "2025-11-21T24Z.history.damaged"})
+    EXPECT_FALSE(SetAsideName::Parse(name)) << name;
+  for (const char *end : {".", ".0", ".1", ".02", ".-2", ".2x", "x2", ".4294967296", ".2.2", ".damaged"})
+    EXPECT_FALSE(SetAsideName::Parse("2025-11-21T03Z.history.damaged" + std::string(end))) << end;
+}
+
+TEST(HistoryFolder, ListsFilesThatWereSetAside) {
+  const Scratch scratch;
+  for (const char *name :
+       {"2025-11-21T03Z.history", "2025-11-21T03Z.history.damaged.10", "2025-11-21T03Z.history.damaged",
+        "2025-11-21T02Z.history.damaged.2", "2025-11-21T03Z.history.damaged.2"})
+    scratch.Write(name, "");
+  HistoryFolder folder;
+  ASSERT_EQ(folder.Open(scratch.folder().c_str()), HVC_OK);
+  std::vector<SegmentName> segments;
+  std::vector<SetAsideName> names;
+  ASSERT_EQ(folder.List(segments, names), HVC_OK);
+  EXPECT_EQ(segments, std::vector<SegmentName>{SegmentName::At(kStart)});
+  std::string text;
+  for (const SetAsideName &name : names)
+    text += name.text() + "\n";
+  EXPECT_EQ(text,
+            "2025-11-21T02Z.history.damaged.2\n2025-11-21T03Z.history.damaged\n2025-11-21T03Z.history.damaged.2\n"
+            "2025-11-21T03Z.history.damaged.10\n");
+}
+
 TEST(HistoryFolder, NeedsAFolder) {
   const Scratch scratch;
   EXPECT_EQ(HistoryFolder().Open(scratch.Path("none").c_str()), HVC_NOT_FOUND);

@@ -34,31 +34,67 @@ inline std::map<std::string, std::string> QmpResults() {
           {"query-migrate", "{}"}};
 }
 
+// A socket that listens at this path.
+inline int ListenAt(const std::string &path) {
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  path.copy(address.sun_path, sizeof address.sun_path - 1);
+  const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  EXPECT_EQ(bind(listener, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0) << path;
+  EXPECT_EQ(listen(listener, 5), 0);
+  return listener;
+}
+
+// Called with each received line; returns what to send, with its newline.
+using QmpAnswer = std::function<std::string(const std::string &line)>;
+
+// Answers a command with its result, or with an error if it has none.
+inline QmpAnswer AnswerWith(std::map<std::string, std::string> results) {
+  return [results = std::move(results)](const std::string &line) -> std::string {
+    const nlohmann::json request = nlohmann::json::parse(line);
+    std::string key = request["execute"];
+    if (key == "qom-list") key = request["arguments"]["path"];
+    if (key == "qom-get") key = request["arguments"]["property"];
+    const auto found = results.find(key);
+    if (found == results.end()) return "{\"error\": {\"class\": \"GenericError\"}}\n";
+    std::string result = found->second;
+    std::ranges::replace(result, '\n', ' ');
+    return "{\"return\": " + result + "}\n";
+  };
+}
+
+inline bool SendAll(int client, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t sent = send(client, text.data(), text.size(), MSG_NOSIGNAL);
+    if (sent <= 0) return false;
+    text.remove_prefix(static_cast<size_t>(sent));
+  }
+  return true;
+}
+
+// Answers the lines of a client until it goes away.
+inline void AnswerLines(int client, const QmpAnswer &answer) {
+  std::string received;
+  char buffer[4096];
+  for (ssize_t got = 0; (got = read(client, buffer, sizeof buffer)) > 0;) {
+    received.append(buffer, static_cast<size_t>(got));
+    for (size_t end = 0; (end = received.find('\n')) != std::string::npos; received.erase(0, end + 1)) {
+      if (!SendAll(client, answer(received.substr(0, end)))) return;
+    }
+  }
+}
+
 // Serves one connection after another, in a thread.
 class FakeQmp {
  public:
-  // Called with each received line; returns what to send, with its newline.
-  using Answer = std::function<std::string(const std::string &line)>;
-
-  FakeQmp(const std::string &path, std::string greeting, Answer answer)
-      : greeting_(std::move(greeting)), answer_(std::move(answer)) {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    listener_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    EXPECT_EQ(bind(listener_, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0) << path;
-    EXPECT_EQ(listen(listener_, 5), 0);
+  FakeQmp(const std::string &path, std::string greeting, QmpAnswer answer)
+      : greeting_(std::move(greeting)), answer_(std::move(answer)), listener_(ListenAt(path)) {
     thread_ = std::thread([this] { Serve(); });
     started_.wait();
   }
 
-  // Answers a command with its result, or with an error if it has none.
   FakeQmp(const std::string &path, std::map<std::string, std::string> results)
-      : FakeQmp(path, std::string(kGreeting) + "\n", [results = std::move(results)](const std::string &line) {
-          const auto found = results.find(KeyOf(line));
-          if (found == results.end()) return std::string("{\"error\": {\"class\": \"GenericError\"}}\n");
-          return "{\"return\": " + InOneLine(found->second) + "}\n";
-        }) {}
+      : FakeQmp(path, std::string(kGreeting) + "\n", AnswerWith(std::move(results))) {}
 
   ~FakeQmp() {
     isEnding_ = true;
@@ -70,54 +106,20 @@ class FakeQmp {
   FakeQmp &operator=(const FakeQmp &) = delete;
 
  private:
-  static std::string KeyOf(const std::string &line) {
-    const nlohmann::json request = nlohmann::json::parse(line);
-    const std::string command = request["execute"];
-    if (command == "qom-list") return request["arguments"]["path"];
-    if (command == "qom-get") return request["arguments"]["property"];
-    return command;
-  }
-
-  static std::string InOneLine(std::string text) {
-    std::ranges::replace(text, '\n', ' ');
-    return text;
-  }
-
   void Serve() {
     started_.count_down();
     while (!isEnding_) {
       const int client = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
       if (client < 0) continue;
-      Converse(client);
+      if (SendAll(client, greeting_)) AnswerLines(client, answer_);
       close(client);
     }
   }
 
-  void Converse(int client) {
-    if (!Send(client, greeting_)) return;
-    std::string received;
-    char buffer[4096];
-    for (ssize_t got = 0; (got = read(client, buffer, sizeof buffer)) > 0;) {
-      received.append(buffer, static_cast<size_t>(got));
-      for (size_t end = 0; (end = received.find('\n')) != std::string::npos; received.erase(0, end + 1)) {
-        if (!Send(client, answer_(received.substr(0, end)))) return;
-      }
-    }
-  }
-
-  static bool Send(int client, std::string_view text) {
-    while (!text.empty()) {
-      const ssize_t sent = send(client, text.data(), text.size(), MSG_NOSIGNAL);
-      if (sent <= 0) return false;
-      text.remove_prefix(static_cast<size_t>(sent));
-    }
-    return true;
-  }
-
   std::string greeting_;
-  Answer answer_;
+  QmpAnswer answer_;
   std::atomic<bool> isEnding_ = false;
-  int listener_ = -1;
+  int listener_;
   // The constructor waits until the thread has started, because the thread allocates memory at its start. If the test
   // forked in the meantime, the sanitizers' allocator would stay locked in the child.
   std::latch started_{1};

@@ -3,6 +3,10 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/sched.h>
+#include <signal.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 
 #include <algorithm>
 #include <chrono>
@@ -11,6 +15,7 @@
 #include "platkit/linux/kernel/process_stat.h"
 #include "tests/platkit/scratch.h"
 #include "tests/tools/guests/fake_qmp.h"
+#include "tools/guests/qmp_client.h"
 #include "tools/guests/sample.h"
 
 namespace guests {
@@ -235,6 +240,166 @@ TEST_F(Qmp, ASlowServer) {
   drip.join();
   close(listener);
   EXPECT_EQ(sample.failures, std::vector<std::string>{Path() + ": no answer"});
+}
+
+// Ends a process at the end of the test.
+class Process {
+ public:
+  explicit Process(pid_t pid) : pid_(pid) {}
+  ~Process() {
+    if (pid_ <= 0) return;
+    kill(pid_, SIGKILL);
+    waitpid(pid_, nullptr, 0);
+  }
+  Process(const Process &) = delete;
+  Process &operator=(const Process &) = delete;
+
+  pid_t pid() const { return pid_; }
+
+ private:
+  pid_t pid_;
+};
+
+// Runs `act` in a child process until it is killed.
+pid_t Fork(const std::function<void()> &act) {
+  const pid_t pid = fork();
+  if (pid != 0) return pid;
+  act();
+  while (true)
+    pause();
+}
+
+// A child process with a PID that no process has. Only root may choose PIDs.
+pid_t ForkWithPid(pid_t pid) {
+  clone_args arguments = {};
+  arguments.exit_signal = SIGCHLD;
+  arguments.set_tid = reinterpret_cast<uint64_t>(&pid);
+  arguments.set_tid_size = 1;
+  const auto child = static_cast<pid_t>(syscall(SYS_clone3, &arguments, sizeof arguments));
+  while (child == 0)
+    pause();
+  return child;
+}
+
+// A process creates the socket, and ends. Another one answers.
+class QmpOfAnother : public Qmp {
+ protected:
+  QmpOfAnother() {
+    creator_ = Fork([&] { _exit(Listen()); });
+    EXPECT_EQ(waitpid(creator_, nullptr, 0), creator_);
+    EXPECT_EQ(read(pids_[0], &server_, sizeof server_), static_cast<ssize_t>(sizeof server_));
+  }
+  ~QmpOfAnother() override {
+    if (server_ > 0) kill(server_, SIGKILL);  // a child of init
+    close(pids_[0]);
+    close(pids_[1]);
+  }
+
+  pid_t creator_ = -1;
+  pid_t server_ = -1;
+
+ private:
+  int Listen() {
+    const int listener = testing_support::ListenAt(Path());
+    const pid_t server = Fork([&] {
+      while (true) {
+        const int client = accept(listener, nullptr, nullptr);
+        if (testing_support::SendAll(client, std::string(kGreeting) + "\n"))
+          testing_support::AnswerLines(client, testing_support::AnswerWith(QmpResults()));
+        close(client);
+      }
+    });
+    return write(pids_[1], &server, sizeof server) == static_cast<ssize_t>(sizeof server) ? 0 : 1;
+  }
+
+  // Made before the creator is forked.
+  struct Pipe {
+    Pipe() { EXPECT_EQ(pipe(ends), 0); }
+    int operator[](size_t i) const { return ends[i]; }
+    int ends[2];
+  } pids_;
+};
+
+TEST_F(QmpOfAnother, TheGuestIsTheProcessThatAnswers) {
+  const Sample sample = TakeSample({.qmp = {Path()}}, kLong);
+  ASSERT_EQ(sample.guests.size(), 1u);
+  EXPECT_EQ(sample.guests[0].figures.pid, server_);
+  platkit::HostFiles files("/", platkit::Reach::kHost);
+  EXPECT_EQ(Figure(sample.guests[0].figures.startTicks), ReadStartTicks(files, server_));
+}
+
+TEST_F(QmpOfAnother, AProcessThatReusesThePidGetsNoFigures) {
+  const Process reused(ForkWithPid(creator_));
+  if (reused.pid() < 0) GTEST_SKIP() << "a process cannot choose its PID here: " << strerror(errno);
+  ASSERT_EQ(reused.pid(), creator_);
+  const Sample sample = TakeSample({.qmp = {Path()}}, kLong);
+  ASSERT_EQ(sample.guests.size(), 1u);
+  EXPECT_EQ(sample.guests[0].figures.pid, server_);
+}
+
+// One process greets, and another one answers.
+TEST_F(Qmp, TwoProcessesAtOneSocket) {
+  const int listener = testing_support::ListenAt(Path());
+  const Process server(Fork([&] {
+    const int client = accept(listener, nullptr, nullptr);
+    testing_support::SendAll(client, std::string(kGreeting) + "\n");
+    if (fork() == 0) {
+      testing_support::AnswerLines(client, testing_support::AnswerWith(QmpResults()));
+      _exit(0);
+    }
+  }));
+  const Sample sample = TakeSample({.qmp = {Path()}}, kLong);
+  close(listener);
+  EXPECT_EQ(sample.guests.size(), 0u);
+  EXPECT_EQ(sample.failures, std::vector<std::string>{Path() + ": more than one process answers at the QMP socket"});
+}
+
+// Any user can offer a socket. The figures are those of the user's own process.
+TEST_F(Qmp, ASocketOfAnotherUser) {
+  if (geteuid() != 0) GTEST_SKIP() << "requires root";
+  const int listener = testing_support::ListenAt(Path());
+  ASSERT_EQ(chown(Path().c_str(), 65534, 65534), 0);
+  const Process server(Fork([&] {
+    if (setgid(65534) != 0 || setuid(65534) != 0) _exit(1);
+    const int client = accept(listener, nullptr, nullptr);
+    testing_support::SendAll(client, std::string(kGreeting) + "\n");
+    testing_support::AnswerLines(client, testing_support::AnswerWith(QmpResults()));
+  }));
+  const Sample sample = TakeSample({.qmp = {Path()}}, kLong);
+  close(listener);
+  ASSERT_EQ(sample.guests.size(), 1u);
+  EXPECT_EQ(sample.guests[0].figures.pid, server.pid());
+}
+
+// The server sends descriptors along with its answers.
+TEST_F(Qmp, SentDescriptorsAreNotTaken) {
+  const int listener = testing_support::ListenAt(Path());
+  const Process server(Fork([&] {
+    const int client = accept(listener, nullptr, nullptr);
+    const std::string greeting = std::string(kGreeting) + "\n";
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))] = {};
+    iovec part = {.iov_base = const_cast<char *>(greeting.data()), .iov_len = greeting.size()};
+    msghdr message = {};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = control;
+    message.msg_controllen = sizeof control;
+    cmsghdr *header = CMSG_FIRSTHDR(&message);
+    header->cmsg_level = SOL_SOCKET;
+    header->cmsg_type = SCM_RIGHTS;
+    header->cmsg_len = CMSG_LEN(sizeof(int));
+    memcpy(CMSG_DATA(header), &listener, sizeof listener);
+    sendmsg(client, &message, MSG_NOSIGNAL);
+    testing_support::AnswerLines(client, testing_support::AnswerWith(QmpResults()));
+  }));
+  close(listener);
+  const auto openFiles = [] {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), std::filesystem::directory_iterator());
+  };
+  const auto before = openFiles();
+  QmpClient qemu(Path());
+  EXPECT_EQ(openFiles(), before + 1) << "the connection";
+  EXPECT_EQ(qemu.ServerPid(), server.pid());
 }
 
 // A guest that does not answer does not affect the figures of other guests.

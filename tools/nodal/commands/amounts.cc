@@ -26,14 +26,14 @@ int64_t ParseInterval(const std::string &text) {
   double seconds = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
   if (error != std::errc() || end != text.data() + text.size() || !(seconds >= kLeast && seconds <= kMost))
-    throw Failure("--every " + text, "expected a number of seconds from 0.1 to 3600");
+    throw UsageError("--every " + text, "expected a number of seconds from 0.1 to 3600");
   return std::llround(seconds * 1000) * kNanosInMilli;
 }
 
 uint64_t ParseCount(const std::string &text) {
   constexpr AmountUnit kNone[] = {{"", 1}};
   const std::optional<uint64_t> count = ParseAmount(text, kNone);
-  if (!count || *count == 0) throw Failure("--count " + text, "expected a number of at least 1");
+  if (!count || *count == 0) throw UsageError("--count " + text, "expected a number of at least 1");
   return *count;
 }
 

@@ -19,7 +19,7 @@ struct AmountUnit {
 // product is too large.
 std::optional<uint64_t> ParseAmount(const std::string &text, std::span<const AmountUnit> units);
 
-// Parse the value of --every, in nanoseconds, and of --count. Both throw a Failure if the text is invalid.
+// Parse the value of --every, in nanoseconds, and of --count. Both throw a UsageError if the text is invalid.
 int64_t ParseInterval(const std::string &text);
 uint64_t ParseCount(const std::string &text);
 

@@ -17,7 +17,7 @@ struct BuildOptions {
 Run DeclareBuild(OptionSet &options, const SourceOptions &) {
   const auto values = std::make_shared<BuildOptions>();
   options.Add("json", values->json, "The JSON file; - means standard input").Required();
-  options.Add("-o,--output SNAPSHOT", values->snapshot, "The snapshot to write").Required();
+  options.Add("-o,--output SNAPSHOT", values->snapshot, "The snapshot to write").Required().NotEmpty();
   return [values] {
     BuildSnapshot(values->json, values->snapshot);
     return kSuccess;

@@ -9,7 +9,7 @@ namespace nodal {
 
 Run DeclareCapture(OptionSet &options, const SourceOptions &source) {
   const auto values = std::make_shared<CaptureOptions>();
-  options.Add("-o,--output SNAPSHOT", values->snapshot, "The snapshot to write").Required();
+  options.Add("-o,--output SNAPSHOT", values->snapshot, "The snapshot to write").Required().NotEmpty();
   options.AddRepeatable("--only PATH", values->only, "Save only this path and everything below it; repeatable");
   const Option anonymize = options.AddFlag("--anonymize", values->anonymize,
                                            "Replace names and UUIDs, including the host's own, with pseudonyms");

@@ -7,6 +7,7 @@
 
 #include "platkit/catalogue.h"
 #include "platkit/version.h"
+#include "tools/nodal/history/moment_file.h"
 #include "tools/nodal/support/output.h"
 
 // This is the only file that includes CLI11, so it also implements options.h.
@@ -29,6 +30,11 @@ Option Option::Required() {
 
 Option Option::NotEmpty() {
   option_->check([](const std::string &value) { return value.empty() ? "the value is empty" : ""; });
+  return *this;
+}
+
+Option Option::Check(std::string (*problem)(const std::string &value)) {
+  option_->check(problem);
   return *this;
 }
 
@@ -88,7 +94,8 @@ void DeclareSource(CLI::App &app, SourceOptions &source) {
                            .Add("--cache SNAPSHOT", source.cache,
                                 "Read a snapshot, or a moment of a history (FOLDER@TIME), instead of the running host "
                                 "(ls, get, metrics, capture, page, top)")
-                           .NotEmpty();
+                           .NotEmpty()
+                           .Check(ProblemOfTime);
   options
       .Add("--root FOLDER", source.root,
            "Read a folder with a saved /proc and /sys instead of the running host (ls, get, metrics, capture, page, "

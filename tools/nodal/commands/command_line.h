@@ -2,15 +2,9 @@
 #ifndef NODAL_COMMANDS_COMMAND_LINE_H
 #define NODAL_COMMANDS_COMMAND_LINE_H
 
-#include <stdexcept>
-
 #include "tools/nodal/commands/command.h"
 
 namespace nodal {
-
-class UsageError : public std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
 
 struct Invocation {
   Run run;  // runs the command, or prints the requested help or version

@@ -26,12 +26,13 @@ bool IsPrefix(std::string_view text) {
          (text.empty() || isLetter(text[0]));
 }
 
-Failure PrefixFailure(const std::string &prefix) {
-  return {"--prefix " + prefix, "expected letters, digits, '_' and ':', not starting with a digit"};
+void CheckPrefix(const std::string &prefix) {
+  if (!IsPrefix(prefix))
+    throw UsageError("--prefix " + prefix, "expected letters, digits, '_' and ':', not starting with a digit");
 }
 
 void ShowMetrics(const MetricsOptions &options, const SourceOptions &source) {
-  if (!IsPrefix(options.prefix)) throw PrefixFailure(options.prefix);
+  CheckPrefix(options.prefix);
   const std::unique_ptr<Tree> host = OpenTree(source.cache, source.root);
   const std::string text = SampleMetrics(*host, MetricChoice(options.only), options.prefix);
   if (options.output.empty()) {
@@ -43,7 +44,7 @@ void ShowMetrics(const MetricsOptions &options, const SourceOptions &source) {
 
 // Shows the metrics of each sample of a history.
 void ShowHistory(const MetricsOptions &options) {
-  if (!IsPrefix(options.prefix)) throw PrefixFailure(options.prefix);
+  CheckPrefix(options.prefix);
   const MetricChoice choice(options.only);
   const auto writeTo = [&](const std::function<void(std::string_view)> &print) {
     WriteHistoryMetrics(options.range, choice, options.prefix, print);

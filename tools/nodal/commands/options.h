@@ -22,6 +22,8 @@ class Option {
 
   Option Required();
   Option NotEmpty();
+  // `problem` returns what is wrong with a value, or nothing.
+  Option Check(std::string (*problem)(const std::string &value));
   Option ShowDefault();
   Option Excludes(const Option &other);
   Option Needs(const Option &other);

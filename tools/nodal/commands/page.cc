@@ -22,13 +22,13 @@ Run DeclarePage(OptionSet &options, const SourceOptions &source) {
            "pseudonyms")
       .Needs(anonymize)
       .NotEmpty();
-  options.Add("--from TIME", values->from, "Start at this time of the history (default: its start)");
-  options.Add("--to TIME", values->to, "End at this time of the history (default: its end)");
+  options.Add("--from TIME", values->from, "Start at this time of the history (default: its start)").NotEmpty();
+  options.Add("--to TIME", values->to, "End at this time of the history (default: its end)").NotEmpty();
   options.SetFooter("The page needs no network and no other file. Any browser opens it.");
   return [values, operand, &source] {
     SourceOptions own = source;
     if (!operand->empty()) {
-      if (!own.cache.empty() || !own.root.empty()) throw Failure(*operand, "the source is given twice");
+      if (!own.cache.empty() || !own.root.empty()) throw UsageError(*operand, "the source is given twice");
       own.cache = *operand;
     }
     if (IsFolder(own.cache)) {

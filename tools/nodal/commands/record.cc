@@ -30,7 +30,7 @@ int64_t ParseAge(const std::string &text) {
   constexpr uint64_t kMost = uint64_t{100} * 365 * 86'400;
   const std::optional<uint64_t> seconds = ParseAmount(text, kTimes);
   if (!seconds || *seconds < kLeast || *seconds > kMost)
-    throw Failure("--keep " + text, "expected an age from 1m to 36500d, such as 30d, 12h or 90m");
+    throw UsageError("--keep " + text, "expected an age from 1m to 36500d, such as 30d, 12h or 90m");
   return static_cast<int64_t>(*seconds) * kNanosInSecond;
 }
 
@@ -38,13 +38,13 @@ uint64_t ParseSize(const std::string &text) {
   constexpr uint64_t kLeast = 1 << 20;
   const std::optional<uint64_t> bytes = ParseAmount(text, kSizes);
   if (!bytes || *bytes < kLeast)
-    throw Failure("--max-size " + text, "expected a size of at least 1M, such as 500M or 2G");
+    throw UsageError("--max-size " + text, "expected a size of at least 1M, such as 500M or 2G");
   return *bytes;
 }
 
 RecordOptions OptionsOf(const Texts &texts, const SourceOptions &source) {
   if (!source.cache.empty())
-    throw Failure("--cache " + source.cache, "cannot record a snapshot, because it does not change");
+    throw UsageError("--cache " + source.cache, "cannot record a snapshot, because it does not change");
   RecordOptions options;
   options.recorder.folder = texts.folder;
   options.recorder.interval = ParseInterval(texts.every);
@@ -61,9 +61,11 @@ RecordOptions OptionsOf(const Texts &texts, const SourceOptions &source) {
 
 Run DeclareRecord(OptionSet &options, const SourceOptions &source) {
   const auto texts = std::make_shared<Texts>();
-  options.Add("-d,--directory DIR", texts->folder, "The folder of the history, created if needed").ShowDefault();
+  options.Add("-d,--directory DIR", texts->folder, "The folder of the history, created if needed")
+      .ShowDefault()
+      .NotEmpty();
   options.Add("--every SECONDS", texts->every, "The time between two samples").ShowDefault();
-  options.Add("--count N", texts->count, "End after this number of samples (default: unlimited)");
+  options.Add("--count N", texts->count, "End after this number of samples (default: unlimited)").NotEmpty();
   options.Add("--keep AGE", texts->keep, "Remove samples older than this: a number followed by s, m, h or d")
       .ShowDefault();
   options

@@ -33,13 +33,13 @@ const top::Screen &ScreenNamed(const std::string &name) {
     if (strcasecmp(name.c_str(), screen.name.data()) == 0) return screen;
     names += (names.empty() ? "" : ", ") + std::string(screen.name);
   }
-  throw Failure("--screen " + name, "expected one of " + names);
+  throw UsageError("--screen " + name, "expected one of " + names);
 }
 
 top::ColumnChoice ColumnNamed(const top::Screen &screen, const std::string &option, const std::string &name) {
   if (const auto choice = top::FindColumn(screen, name)) return *choice;
-  throw Failure(option + " " + name,
-                "the screen " + std::string(screen.name) + " has no such column (in nodal top, c lists the columns)");
+  throw UsageError(option + " " + name,
+                   "the screen " + std::string(screen.name) + " has no such column (in nodal top, c lists the columns)");
 }
 
 // Parses column names that are separated by colons. Omits the column with the name of the row, because it is always
@@ -80,7 +80,7 @@ top::TopOptions TopOptionsOf(const TopTexts &texts, const SourceOptions &source)
   options.session.screen = screen.id;
   options.session.settings[static_cast<size_t>(screen.id)] = SettingsOf(screen, texts);
   const auto unit = top::ParseUnit(texts.unit);
-  if (!unit) throw Failure("--unit " + texts.unit, "expected auto, b, kb, mb or pg");
+  if (!unit) throw UsageError("--unit " + texts.unit, "expected auto, b, kb, mb or pg");
   options.session.unit = *unit;
   options.interval = ParseInterval(texts.every);
   options.session.every = texts.every;
@@ -113,7 +113,7 @@ Run DeclareTop(OptionSet &options, const SourceOptions &source) {
       .ShowDefault();
   options.Add("--every SECONDS", texts->every, "The time between two samples").ShowDefault();
   options.AddFlag("--batch", texts->isBatch, "Print the table instead of showing it on the terminal");
-  options.Add("-n,--count N", texts->count, "End after this number of samples (default with --batch: 1)");
+  options.Add("-n,--count N", texts->count, "End after this number of samples (default with --batch: 1)").NotEmpty();
   options.SetFooter(
       "Press ? for the keys. Settings are not saved. Press w to print, on exit, the command that shows the same view "
       "again.");

@@ -33,7 +33,7 @@ void KeepLastOfSeconds(const SegmentReader &segment, std::vector<size_t> &order)
 int64_t StepOption(const std::string &text) {
   if (text.empty()) return 0;
   const std::optional<int64_t> seconds = platkit::history::ParseDuration(text);
-  if (!seconds || *seconds == 0) throw Failure("--step " + text, "expected a number and s, m, h or d, such as 10s");
+  if (!seconds || *seconds == 0) throw UsageError("--step " + text, "expected a number and s, m, h or d, such as 10s");
   return *seconds;
 }
 
@@ -50,7 +50,7 @@ HistoryRange::HistoryRange(const RangeOptions &options)
     throw Failure(folder_, "the history ends before --from, at " + platkit::history::TimeText(to_));
   if (options.from.empty() && from_ > to_)
     throw Failure(folder_, "the history starts after --to, at " + platkit::history::TimeText(from_));
-  if (from_ > to_) throw Failure(folder_, "--from is after --to");
+  if (from_ > to_) throw UsageError("--from " + options.from, "after --to " + options.to);
 }
 
 void HistoryRange::Visit(const KeyFilter *filter, const Visitor &visitor) {

@@ -53,7 +53,7 @@ class HistoryRange {
   size_t damagedParts_ = 0;
 };
 
-// Parses the value of --step, such as 10s, to seconds. Returns 0 for an empty text. Throws a Failure if the text is
+// Parses the value of --step, such as 10s, to seconds. Returns 0 for an empty text. Throws a UsageError if the text is
 // invalid.
 int64_t StepOption(const std::string &text);
 

@@ -169,20 +169,19 @@ void HostSampler::AddList(const Node &node) {
 
 // Adds no entry for a node that is not found.
 void HostSampler::AddFailure(HVC_ReturnStatus status) {
-  if (ThrowIfOutOfMemory(status) != HVC_NOT_FOUND) failures_.emplace_back(path_, status);
+  if (status != HVC_NOT_FOUND) failures_.emplace_back(path_, status);
 }
 
 bool HostSampler::ListOf(const Node &node, int64_t argument) {
   const NODAL_Param param = platkit::IntParam(argument);
   list_->Clear();
-  return ThrowIfOutOfMemory(source_.List(node, std::span(&param, 1), *list_)) == HVC_OK;
+  return source_.List(node, std::span(&param, 1), *list_) == HVC_OK;
 }
 
 template <typename Record>
 bool HostSampler::Get(platkit::NodeRef<Record> node, int64_t argument, Record &record) {
   const NODAL_Param param = platkit::IntParam(argument);
-  const std::span<std::byte> bytes = std::as_writable_bytes(std::span(&record, 1));
-  return ThrowIfOutOfMemory(source_.Get(node, std::span(&param, 1), bytes)) == HVC_OK;
+  return source_.Get(node, std::span(&param, 1), std::as_writable_bytes(std::span(&record, 1))) == HVC_OK;
 }
 
 // Finds group 0 and the groups below it, each once. Omits the members of a group that cannot be listed.

@@ -30,7 +30,7 @@ void SplitAddress(const std::string &text, std::string &host, std::string &port)
   if (hasBrackets) host = host.substr(1, host.size() - 2);
   const bool isNumber = !port.empty() && port.size() <= 5 && port.find_first_not_of("0123456789") == std::string::npos;
   if (!isNumber || std::stoi(port) > 65535 || host.empty() || (!hasBrackets && host.find(':') != std::string::npos))
-    throw Failure("--listen " + text, "expected PORT or ADDRESS:PORT, such as 9100 or [::1]:9100");
+    throw UsageError("--listen " + text, "expected PORT or ADDRESS:PORT, such as 9100 or [::1]:9100");
 }
 
 std::unique_ptr<addrinfo, FreeAddresses> Resolve(const std::string &text) {
@@ -41,7 +41,7 @@ std::unique_ptr<addrinfo, FreeAddresses> Resolve(const std::string &text) {
   hints.ai_socktype = SOCK_STREAM;
   addrinfo *found = nullptr;
   const int error = getaddrinfo(host.c_str(), port.c_str(), &hints, &found);
-  if (error != 0) throw Failure("--listen " + text, gai_strerror(error));
+  if (error != 0) throw UsageError("--listen " + text, gai_strerror(error));
   return std::unique_ptr<addrinfo, FreeAddresses>(found);
 }
 

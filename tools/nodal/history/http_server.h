@@ -1,4 +1,8 @@
 // A small HTTP server for figures: it answers GET and HEAD with texts, one request per connection.
+//
+// It does not use cpp-httplib. That library serves each connection in a thread of a pool, limits the time of each read
+// but not of a whole request, and queues any number of connections. A few clients that send a byte per second would
+// occupy all threads.
 #ifndef NODAL_HISTORY_HTTP_SERVER_H
 #define NODAL_HISTORY_HTTP_SERVER_H
 
@@ -36,8 +40,8 @@ class HttpServer {
   // Returns the answer to a path, such as "/metrics", without the query.
   using Handler = std::function<HttpResponse(std::string_view path)>;
 
-  // `address` is PORT, ADDRESS:PORT or [ADDRESS]:PORT. ADDRESS is numeric; the default is 127.0.0.1. Throws a Failure
-  // if `address` is malformed or in use.
+  // `address` is PORT, ADDRESS:PORT or [ADDRESS]:PORT. ADDRESS is numeric; the default is 127.0.0.1. Throws a
+  // UsageError if `address` is malformed, and a Failure if it is in use.
   HttpServer(const std::string &address, Handler handler);
   HttpServer(const HttpServer &) = delete;
   HttpServer &operator=(const HttpServer &) = delete;

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 
 #include "platkit/history/history_source.h"
 #include "platkit/history/moment.h"
@@ -21,6 +22,8 @@ using platkit::history::TimeText;
 
 constexpr const char *kTimeForms =
     "expected a form such as 2026-11-21T03:12:00Z, '2026-11-21 03:12' (local), 03:12, @1763694720 or -10m";
+
+std::string InvalidTime(const std::string &time) { return "invalid time '" + time + "' (" + kTimeForms + ")"; }
 
 std::string SpanText(const History::Span &span) { return TimeText(span.first) + " to " + TimeText(span.last); }
 
@@ -63,13 +66,19 @@ std::string WithFixedTime(const std::string &path) {
   return second ? parts.folder + "@@" + std::to_string(*second) : path;
 }
 
+std::string ProblemOfTime(const std::string &path) {
+  if (!IsMoment(path)) return "";
+  const std::string time = SplitMoment(path)->time;
+  return platkit::history::ParseTime(time, std::time(nullptr)) ? "" : InvalidTime(time);
+}
+
 Failure MomentFailure(const std::string &path, HVC_ReturnStatus status) {
   const MomentPath parts = *SplitMoment(path);
   History history;
   History::Span span;
   switch (status) {
     case HVC_NOT_FOUND: return {parts.folder, "no history in this folder"};
-    case HVC_BAD_PARAM: return {path, "invalid time '" + parts.time + "' (" + kTimeForms + ")"};
+    case HVC_BAD_PARAM: return {path, InvalidTime(parts.time)};
     case HVC_SNAPSHOT_DAMAGED: return {path, "the sample is damaged (nodal verify " + parts.folder + " shows details)"};
     case HVC_OUT_OF_RANGE:
       if (history.Open(parts.folder.c_str()) == HVC_OK && history.FindSpan(span) == HVC_OK)
@@ -108,7 +117,7 @@ History::Span SpanOf(const std::string &folder, History &history) {
 
 int64_t TimeOption(const std::string &name, const std::string &text, const History::Span &span) {
   const std::optional<int64_t> second = platkit::history::ParseTime(text, span.last);
-  if (!second) throw Failure(name + " " + text, std::string("invalid time (") + kTimeForms + ")");
+  if (!second) throw UsageError(name + " " + text, std::string("invalid time (") + kTimeForms + ")");
   return *second;
 }
 

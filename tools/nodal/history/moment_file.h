@@ -19,6 +19,9 @@ bool IsMoment(const std::string &path);
 // unchanged. Throws a Failure if the history cannot be read.
 std::string WithFixedTime(const std::string &path);
 
+// What is wrong with the time of a moment; empty for times of a known form and for other paths.
+std::string ProblemOfTime(const std::string &path);
+
 // Explains why a moment cannot be read.
 Failure MomentFailure(const std::string &path, HVC_ReturnStatus status);
 
@@ -40,7 +43,7 @@ class MomentFile {
 void OpenHistory(const std::string &folder, platkit::history::History &history);
 platkit::history::History::Span SpanOf(const std::string &folder, platkit::history::History &history);
 
-// Parses the time in an option to seconds since 1970. Throws a Failure that names the option.
+// Parses the time in an option to seconds since 1970. Throws a UsageError that names the option.
 int64_t TimeOption(const std::string &name, const std::string &text, const platkit::history::History::Span &span);
 
 }  // namespace nodal

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "platkit/errno_status.h"
 #include "tools/nodal/support/output.h"
 #include "tools/nodal/support/text.h"
 
@@ -106,13 +107,25 @@ HVC_ReturnStatus Recorder::OpenSegment(const Name &name) {
   HVC_ReturnStatus status = writer_.Open(folder_.fd(), text.c_str());
   if (status == HVC_NOT_A_SNAPSHOT || status == HVC_SNAPSHOT_TOO_NEW) {
     // Someone may still need the file, but this hour's segment needs its name.
-    const std::string aside = text + ".damaged";
-    if (renameat(folder_.fd(), text.c_str(), folder_.fd(), aside.c_str()) != 0) return status;
-    Complain(options_.folder + "/" + text + ": not a segment of a history; renamed to " + aside);
+    if (const HVC_ReturnStatus renamed = SetAside(name); renamed != HVC_OK) return renamed;
     status = writer_.Open(folder_.fd(), text.c_str());
   }
   if (status == HVC_OK) open_ = name;
   return status;
+}
+
+HVC_ReturnStatus Recorder::SetAside(const Name &name) {
+  std::vector<Name> segments;
+  std::vector<platkit::history::SetAsideName> others;
+  if (const HVC_ReturnStatus status = folder_.List(segments, others); status != HVC_OK) return status;
+  platkit::history::SetAsideName aside = {.segment = name};
+  for (const platkit::history::SetAsideName &other : others) {
+    if (other.segment == name) aside.number = other.number + 1;
+  }
+  if (renameat(folder_.fd(), name.text().c_str(), folder_.fd(), aside.text().c_str()) != 0)
+    return platkit::StatusOfErrno(errno, HVC_WRITE_ERROR);
+  Complain(options_.folder + "/" + name.text() + ": not a segment of a history; renamed to " + aside.text());
+  return HVC_OK;
 }
 
 // Removes this hour's segment, because it alone exceeds the limit. The recording of this hour starts again.

@@ -70,6 +70,7 @@ class Recorder {
   void TakeSample();
   HVC_ReturnStatus Write(const platkit::history::SampleInfo &info);
   HVC_ReturnStatus OpenSegment(const Name &name);
+  HVC_ReturnStatus SetAside(const Name &name);
   void RemoveOpenSegment(const Name &name);
   void Report(const Name &name, HVC_ReturnStatus status);
   void Keep(const platkit::history::SampleTime &time, const Name &name);

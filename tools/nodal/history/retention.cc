@@ -61,17 +61,20 @@ bool Retention::Apply(const Time &now, const Name &open, uint64_t openBytes) {
     listedAt_ = now.monotonic;
   }
   for (auto segment = segments_.begin(); segment != segments_.end();)
-    segment = SecondsOld(segment->first) > limits_.age / kNanosInSecond ? Remove(segment) : std::next(segment);
+    segment = IsTooOld(segment->first) ? Remove(segment) : std::next(segment);
+  for (auto file = setAside_.begin(); file != setAside_.end();)
+    file = IsTooOld(file->first.segment) ? Remove(file) : std::next(file);
   const auto isTooLarge = [&] { return closedBytes_ + thinner_.bytes() + openBytes > limits_.bytes; };
   if (isTooLarge()) StopThinning();
-  while (isTooLarge() && !segments_.empty())
-    Remove(segments_.begin());
+  while (isTooLarge() && !(segments_.empty() && setAside_.empty()))
+    RemoveOldest();
   return !isTooLarge();
 }
 
 void Retention::List(const Name &open) {
   std::vector<Name> names;
-  if (const HVC_ReturnStatus status = folder_.List(names); status != HVC_OK) throw Failure("history", status);
+  std::vector<SetAsideName> setAside;
+  if (const HVC_ReturnStatus status = folder_.List(names, setAside); status != HVC_OK) throw Failure("history", status);
   if (listedOpen_ != open) failed_.clear();
   listedOpen_ = open;
   done_.erase(open);
@@ -84,6 +87,27 @@ void Retention::List(const Name &open) {
     closedBytes_ += listed[name] = known == segments_.end() ? SizeOf(folder_.fd(), name.text()) : known->second;
   }
   segments_ = std::move(listed);
+  setAside_.clear();
+  for (const SetAsideName &name : setAside)
+    closedBytes_ += setAside_[name] = SizeOf(folder_.fd(), name.text());
+}
+
+bool Retention::IsTooOld(const Name &name) const { return SecondsOld(name) > limits_.age / kNanosInSecond; }
+
+void Retention::RemoveOldest() {
+  const bool isSegment =
+      setAside_.empty() || (!segments_.empty() && segments_.begin()->first <= setAside_.begin()->first.segment);
+  if (isSegment) {
+    Remove(segments_.begin());
+  } else {
+    Remove(setAside_.begin());
+  }
+}
+
+Retention::SetAsideFiles::iterator Retention::Remove(SetAsideFiles::iterator file) {
+  unlinkat(folder_.fd(), file->first.text().c_str(), 0);
+  closedBytes_ -= file->second;
+  return setAside_.erase(file);
 }
 
 Retention::Segments::iterator Retention::Remove(Segments::iterator segment) {

@@ -1,4 +1,4 @@
-// Keeps a history within its limits: thins old segments to one sample per minute, and removes the oldest ones.
+// Keeps a history within its limits: thins old segments to one sample per minute, and removes the oldest files.
 #ifndef NODAL_HISTORY_RETENTION_H
 #define NODAL_HISTORY_RETENTION_H
 
@@ -31,23 +31,29 @@ class Retention {
   // Apply throw a Failure if the folder cannot be listed.
   Retention(const platkit::history::HistoryFolder &folder, const RetentionLimits &limits, const Time &now);
 
-  // Removes segments that are too old, and then the oldest segments while all segments together exceed the size limit.
-  // Never removes the open segment; `openBytes` is its size, or its expected size. Returns false if the open segment
-  // alone exceeds the limit.
+  // Removes files of the history that are too old, and then the oldest ones while all files together exceed the size
+  // limit. The files are the segments and those that were set aside. Never removes the open segment; `openBytes` is its
+  // size, or its expected size. Returns false if the open segment alone exceeds the limit.
   bool Apply(const Time &now, const Name &open, uint64_t openBytes);
 
   // Thins old segments while `hasTime` returns true, and does at least one step. If a step fails, returns its status
   // and does not thin that segment again until the next hour.
   HVC_ReturnStatus Thin(const std::function<bool()> &hasTime);
 
-  // The size of all segments except the open one, as of the last call of Apply.
+  // The size of all files of the history except the open segment, as of the last call of Apply.
   uint64_t closedBytes() const { return closedBytes_; }
 
  private:
-  using Segments = std::map<Name, uint64_t>;  // the names and their sizes
+  using SetAsideName = platkit::history::SetAsideName;
+  // The names and their sizes.
+  using Segments = std::map<Name, uint64_t>;
+  using SetAsideFiles = std::map<SetAsideName, uint64_t>;
 
   void List(const Name &open);
+  bool IsTooOld(const Name &name) const;
+  void RemoveOldest();
   Segments::iterator Remove(Segments::iterator segment);
+  SetAsideFiles::iterator Remove(SetAsideFiles::iterator file);
   int64_t SecondsOld(const Name &name) const;
   bool StartThinning();
   void FinishThinning(HVC_ReturnStatus status);
@@ -61,6 +67,7 @@ class Retention {
   int64_t listedAt_ = INT64_MIN;    // when the folder was listed, on the monotonic clock
   std::optional<Name> listedOpen_;  // the open segment when the folder was listed
   Segments segments_;               // all segments except the open one
+  SetAsideFiles setAside_;
   uint64_t closedBytes_ = 0;
   std::set<Name> done_;    // segments that need no thinning
   std::set<Name> failed_;  // segments whose thinning failed this hour

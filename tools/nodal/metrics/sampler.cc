@@ -165,7 +165,7 @@ class Sampler {
 
 MetricChoice::MetricChoice(const std::vector<std::string> &only) : only_(only.begin(), only.end()) {
   for (const std::string &name : only_) {
-    if (!IsKnown(name)) throw Failure(name, "unknown metric or family (see nodal metrics --help)");
+    if (!IsKnown(name)) throw UsageError("--only " + name, "unknown metric or family (see nodal metrics --help)");
   }
 }
 

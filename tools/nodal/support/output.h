@@ -15,6 +15,17 @@ class Failure : public std::runtime_error {
  public:
   Failure(std::string_view where, std::string_view what);
   Failure(std::string_view where, HVC_ReturnStatus status);
+
+ protected:
+  explicit Failure(const std::string &message) : std::runtime_error(message) {}
+};
+
+// A mistake in the command line, which has an exit status of its own.
+class UsageError : public Failure {
+ public:
+  explicit UsageError(const std::string &message) : Failure(message) {}
+  // `option` is the option and its value, such as "--every 5x".
+  UsageError(std::string_view option, std::string_view what) : Failure(option, what) {}
 };
 
 // Throws std::bad_alloc for HVC_NO_MEMORY. Returns any other status unchanged.

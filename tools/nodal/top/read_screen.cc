@@ -63,7 +63,7 @@ class ScreenReader {
 
   template <typename Record>
   HVC_ReturnStatus Get(NodeRef<Record> node, platkit::Arguments arguments, Record &record) {
-    return ThrowIfOutOfMemory(source_.Get(node, arguments, std::as_writable_bytes(std::span(&record, 1))));
+    return source_.Get(node, arguments, std::as_writable_bytes(std::span(&record, 1)));
   }
 
   template <typename Record>
@@ -74,7 +74,7 @@ class ScreenReader {
 
   std::span<const NODAL_Param> List(const Node &node, platkit::Arguments arguments) {
     list_->Clear();
-    const HVC_ReturnStatus status = ThrowIfOutOfMemory(source_.List(node, arguments, *list_));
+    const HVC_ReturnStatus status = source_.List(node, arguments, *list_);
     if (status == HVC_OK) return list_->params();
     if (status != HVC_NOT_FOUND && reading_.problem.empty()) {
       platkit::PathWriter path;
@@ -105,7 +105,7 @@ class ScreenReader {
     std::vector<std::byte> record(node.record->size);
     const bool isOfState = term.node == platkit::NodeId::sched_globalStats_memory_stateTransitions;
     const NODAL_Param state = TextParam(platkit::kMemoryStates[term.state]);
-    const HVC_ReturnStatus status = ThrowIfOutOfMemory(source_.Get(node, std::span(&state, isOfState ? 1 : 0), record));
+    const HVC_ReturnStatus status = source_.Get(node, std::span(&state, isOfState ? 1 : 0), record);
     if (status == HVC_NOT_FOUND) return {};
     return status == HVC_OK ? TermValue(term, record) : UnavailableCell();
   }
@@ -292,7 +292,7 @@ class ScreenReader {
     for (size_t i = 0; i < own.recordArguments(); ++i) {
       if (!SetArgument(own, i, row, arguments[i])) return HVC_NOT_FOUND;
     }
-    return ThrowIfOutOfMemory(source_.Get(own, std::span(arguments, own.recordArguments()), record));
+    return source_.Get(own, std::span(arguments, own.recordArguments()), record);
   }
 
   // Reads the allocation of a machine. The reservation and the limit are those of its monitor's group; the other fields

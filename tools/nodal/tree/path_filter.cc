@@ -28,7 +28,10 @@ std::string WithoutEndingSlash(const std::string &path) {
 
 PathFilter::PathFilter(const std::vector<std::string> &paths, std::string_view onlyIfNamed)
     : onlyIfNamed_(onlyIfNamed) {
-  std::ranges::transform(paths, std::back_inserter(tops_), WithoutEndingSlash);
+  for (const std::string &path : paths) {
+    if (!path.starts_with('/')) throw UsageError("--only " + path, "path must begin with '/'");
+    tops_.push_back(WithoutEndingSlash(path));
+  }
 }
 
 bool PathFilter::Includes(std::string_view top, std::string_view path) const {

@@ -1,9 +1,9 @@
 #include "tools/nodal/tree/tree.h"
 
 #include <memory>
+#include <new>
 
 #include "platkit/nodal.h"
-#include "tools/nodal/support/output.h"
 
 namespace nodal {
 namespace {
@@ -19,17 +19,6 @@ List MakeList() {
   return list;
 }
 
-List ListOf(const Arguments &arguments) {
-  List list = MakeList();
-  for (const Argument &argument : arguments) {
-    const HVC_ReturnStatus status = argument.kind == ParamKind::kInt
-                                        ? NODAL_ParamListAddInt(list.get(), argument.integer)
-                                        : NODAL_ParamListAddString(list.get(), argument.text.c_str());
-    if (status != HVC_OK) throw std::bad_alloc();
-  }
-  return list;
-}
-
 Arguments EntriesOf(const NODAL_ParamList &list) {
   Arguments entries;
   for (const NODAL_Param &param : list.params())
@@ -40,25 +29,20 @@ Arguments EntriesOf(const NODAL_ParamList &list) {
 }  // namespace
 
 HVC_ReturnStatus HostTree::Get(const Node &node, const Arguments &arguments, std::span<std::byte> record) {
-  return ThrowIfOutOfMemory(
-      NODAL_Get(node.id, ListOf(arguments).get(), record.data(), static_cast<uint32_t>(record.size())));
+  return SourceTree(platkit::CurrentSource()).Get(node, arguments, record);
 }
 
 HVC_ReturnStatus HostTree::List(const Node &node, const Arguments &arguments, Arguments &entries) {
-  const nodal::List list = MakeList();
-  const HVC_ReturnStatus status =
-      ThrowIfOutOfMemory(NODAL_GetInstanceList(node.id, ListOf(arguments).get(), list.get()));
-  entries = EntriesOf(*list);
-  return status;
+  return SourceTree(platkit::CurrentSource()).List(node, arguments, entries);
 }
 
 HVC_ReturnStatus SourceTree::Get(const Node &node, const Arguments &arguments, std::span<std::byte> record) {
-  return ThrowIfOutOfMemory(source_.Get(node, ParamsOf(arguments), record));
+  return source_.Get(node, ParamsOf(arguments), record);
 }
 
 HVC_ReturnStatus SourceTree::List(const Node &node, const Arguments &arguments, Arguments &entries) {
   const nodal::List list = MakeList();
-  const HVC_ReturnStatus status = ThrowIfOutOfMemory(source_.List(node, ParamsOf(arguments), *list));
+  const HVC_ReturnStatus status = source_.List(node, ParamsOf(arguments), *list);
   if (status == HVC_OK) entries = EntriesOf(*list);
   return status;
 }

@@ -17,7 +17,8 @@ class Tree {
  public:
   virtual ~Tree() = default;
 
-  // REQUIRES: `record` has the size of the node's record. Get and List throw std::bad_alloc if memory runs out.
+  // REQUIRES: `record` has the size of the node's record. Get and List throw std::bad_alloc if this process runs out of
+  // memory. The status HVC_NO_MEMORY is the host's own, as platkit::Source says.
   [[nodiscard]] virtual HVC_ReturnStatus Get(const Node &node, const Arguments &arguments,
                                              std::span<std::byte> record) = 0;
   [[nodiscard]] virtual HVC_ReturnStatus List(const Node &node, const Arguments &arguments, Arguments &entries) = 0;
@@ -26,7 +27,8 @@ class Tree {
   virtual void BeginSample() {}
 };
 
-// The current source of the library's C interface: the running host, or the source given to NODAL_UseCache.
+// The library's current source: the running host, or the source given to NODAL_UseCache. The C interface has one status
+// for a host without memory and for a process without memory, so this class does not use it.
 class HostTree : public Tree {
  public:
   HVC_ReturnStatus Get(const Node &node, const Arguments &arguments, std::span<std::byte> record) override;

@@ -1,6 +1,7 @@
 #include "platkit/linux/kernel/guests_file.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "tests/platkit/linux/kernel/kernel_file.h"
 
@@ -143,6 +144,54 @@ TEST_F(GuestsOfHost, CountOnlyIfRootWroteThem) {
   EXPECT_EQ(Count(), 0u) << "missing";
   kernel_.host().MakeLink(kGuestsFile, "../elsewhere");
   EXPECT_EQ(Count(), 0u) << "a link";
+}
+
+TEST_F(GuestsOfHost, CountOnlyInARegularFile) {
+  const std::string path = kernel_.host().Path(kGuestsFile);
+  kernel_.host().Remove(kGuestsFile);
+  ASSERT_EQ(mkfifo(path.c_str(), 0644), 0);
+  EXPECT_EQ(Count(), 0u) << "nobody writes to the FIFO, and reading it must not wait";
+  kernel_.host().Remove(kGuestsFile);
+  kernel_.host().MakeFolder(kGuestsFile);
+  EXPECT_EQ(Count(), 0u);
+}
+
+TEST_F(GuestsOfHost, CountOnlyInAFileOfRoot) {
+  if (geteuid() != 0) GTEST_SKIP() << "requires root";
+  const std::string path = kernel_.host().Path(kGuestsFile);
+  ASSERT_EQ(chown(path.c_str(), 65534, 0), 0);
+  EXPECT_EQ(Count(), 0u);
+  ASSERT_EQ(chown(path.c_str(), 0, 65534), 0);
+  EXPECT_EQ(Count(), 2u) << "the group may not write to it";
+}
+
+// In a folder that others may write to, they can remove the file or put their own in its place, but not change it.
+TEST_F(GuestsOfHost, CountByTheirFileAndNotByItsFolder) {
+  if (geteuid() != 0) GTEST_SKIP() << "requires root";
+  const std::string path = kernel_.host().Path(kGuestsFile);
+  const std::string folder = kernel_.host().Path("run/kestrel");
+  for (const mode_t mode : {0777u, 01777u, 0775u}) {
+    ASSERT_EQ(chmod(folder.c_str(), mode), 0);
+    ASSERT_EQ(chown(folder.c_str(), 65534, 65534), 0);
+    EXPECT_EQ(Count(), 2u) << mode;
+    ASSERT_EQ(rename(path.c_str(), (path + ".old").c_str()), 0);
+    kernel_.host().Write(kGuestsFile, FormatGuestsFile(Sample()));
+    ASSERT_EQ(chown(path.c_str(), 65534, 65534), 0);
+    EXPECT_EQ(Count(), 0u) << mode;
+    ASSERT_EQ(unlink(path.c_str()), 0);
+    ASSERT_EQ(symlink("guests.nodal.old", path.c_str()), 0);
+    EXPECT_EQ(Count(), 0u) << "a link to root's own file";
+    ASSERT_EQ(rename((path + ".old").c_str(), path.c_str()), 0);
+  }
+}
+
+TEST_F(GuestsOfHost, DoNotCountInAFolderThatSomebodyElseHasFilled) {
+  if (geteuid() != 0) GTEST_SKIP() << "requires root";
+  kernel_.host().Write("run/planted/guests.nodal", FormatGuestsFile(Sample()));
+  ASSERT_EQ(chown(kernel_.host().Path("run/planted/guests.nodal").c_str(), 65534, 65534), 0);
+  ASSERT_EQ(rename(kernel_.host().Path("run/kestrel").c_str(), kernel_.host().Path("run/aside").c_str()), 0);
+  kernel_.host().MakeLink("run/kestrel", "planted");
+  EXPECT_EQ(Count(), 0u);
 }
 
 TEST_F(GuestsOfHost, ABoundedFile) {

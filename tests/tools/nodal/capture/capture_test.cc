@@ -225,7 +225,7 @@ TEST_F(Capture, PartsThatAreNotThere) {
   EXPECT_EQ(CaptureSample(scratch_, "--only /nowhere").err, "nodal: /nowhere: Not found\n");
   EXPECT_EQ(CaptureSample(scratch_, "--only /memory --only /sched/groups/99").err,
             "nodal: /sched/groups/99: Not found\n");
-  EXPECT_EQ(CaptureSample(scratch_, "--only memory").err, "nodal: memory: path must begin with '/'\n");
+  EXPECT_EQ(CaptureSample(scratch_, "--only memory").err, "nodal: --only memory: path must begin with '/'\n");
   EXPECT_TRUE(scratch_.Names().empty());
   EXPECT_EQ(CaptureSample(scratch_, "--key-file x").status, 2);
   EXPECT_EQ(CaptureSample(scratch_, "--anonymize --key-file ''").status, 2);

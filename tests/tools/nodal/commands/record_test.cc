@@ -149,7 +149,7 @@ TEST_F(RecordTest, ServesMetrics) {
 TEST_F(RecordTest, MalformedOptions) {
   const auto message = [&](const std::string &words) {
     const Outcome outcome = Record(words);
-    EXPECT_EQ(outcome.status, 1) << words;
+    EXPECT_EQ(outcome.status, 2) << words;
     return outcome.err;
   };
   for (const char *every : {"0", "0.01", "-5", "5s", "x", "nan", "1e9", "''"})
@@ -164,7 +164,7 @@ TEST_F(RecordTest, MalformedOptions) {
     EXPECT_NE(message("--count " + std::string(count)).find("expected a number of at least 1"), std::string::npos);
   EXPECT_NE(message("--listen x").find("expected PORT or ADDRESS:PORT"), std::string::npos);
   const Outcome snapshot = Nodal("--cache " + kSample + " record --count 1 -d " + Folder());
-  EXPECT_EQ(snapshot.status, 1);
+  EXPECT_EQ(snapshot.status, 2);
   EXPECT_NE(snapshot.err.find("cannot record a snapshot, because it does not change"), std::string::npos);
 }
 

@@ -52,7 +52,7 @@ TEST(Top, ReadsARootFolderTwice) {
 TEST(Top, WrongOptionsNameWhatIsExpected) {
   const auto message = [](const std::string &words) {
     const Outcome outcome = OnSample("top --batch " + words);
-    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.status, 2);
     EXPECT_EQ(outcome.out, "");
     return outcome.err;
   };

@@ -165,6 +165,20 @@ TEST_F(RecorderTest, AFileThatIsNoSegmentIsPutAside) {
   EXPECT_EQ(Contents(scratch_.Path(name + ".damaged")), std::string(10'000, 'x'));
 }
 
+TEST_F(RecorderTest, EachFileThatIsPutAsideStays) {
+  ASSERT_EQ(mkdir(options_.folder.c_str(), 0700), 0);
+  const std::string name = "history/" + SegmentName::At(kNewYear).text();
+  for (const char letter : {'x', 'y', 'z'}) {
+    std::filesystem::remove(scratch_.Path(name));
+    scratch_.Write(name, std::string(10'000, letter));
+    Record(1);
+  }
+  EXPECT_EQ(Contents(scratch_.Path(name + ".damaged")), std::string(10'000, 'x'));
+  EXPECT_EQ(Contents(scratch_.Path(name + ".damaged.2")), std::string(10'000, 'y'));
+  EXPECT_EQ(Contents(scratch_.Path(name + ".damaged.3")), std::string(10'000, 'z'));
+  EXPECT_EQ(Numbers(), std::vector<std::string>{"2"});
+}
+
 // The clocks.
 
 TEST_F(RecorderTest, AClockThatIsSetBack) {

@@ -113,6 +113,41 @@ TEST_F(RetentionTest, OtherFilesStay) {
   EXPECT_EQ(Contents(scratch_.Path("history/README")), "text");
 }
 
+TEST_F(RetentionTest, FilesThatWereSetAsideBecomeTooOld) {
+  ASSERT_TRUE(std::filesystem::create_directory(options_.folder));
+  std::filesystem::permissions(options_.folder, std::filesystem::perms::owner_all);
+  const std::string name = "history/" + SegmentName::At(kNewYear).text();
+  for (const char *end : {".damaged", ".damaged.2", ".damaged.x"})
+    scratch_.Write(name + end, "text");
+  options_.interval = 10 * kMinute;
+  options_.limits.age = 3 * kHour;
+  Record(3 * kHour);
+  EXPECT_EQ(Contents(scratch_.Path(name + ".damaged.2")), "text");
+  Record(3 * kHour);
+  EXPECT_FALSE(std::filesystem::exists(scratch_.Path(name + ".damaged")));
+  EXPECT_FALSE(std::filesystem::exists(scratch_.Path(name + ".damaged.2")));
+  EXPECT_EQ(Contents(scratch_.Path(name + ".damaged.x")), "text") << "not the recorder's";
+}
+
+TEST_F(RetentionTest, FilesThatWereSetAsideCount) {
+  options_.interval = 10 * kMinute;
+  Record(4 * kHour);
+  const auto segments = SegmentsIn(options_.folder);
+  ASSERT_GE(segments.size(), 4u);
+  const std::string second = std::next(segments.begin())->first;
+  const std::string aside = "history/" + second + ".damaged";
+  scratch_.Write(aside, std::string(100'000, 'x'));
+  options_.limits.bytes = SizeOf(segments) + 100'000;
+  Record(kHour);
+  EXPECT_FALSE(std::filesystem::exists(options_.folder + "/" + segments.begin()->first)) << "the oldest one";
+  EXPECT_TRUE(std::filesystem::exists(scratch_.Path(aside)));
+  options_.limits.bytes = 50'000;
+  Record(kMinute * 10);
+  EXPECT_FALSE(std::filesystem::exists(options_.folder + "/" + second)) << "before the file that was set aside";
+  EXPECT_FALSE(std::filesystem::exists(scratch_.Path(aside)));
+  EXPECT_TRUE(std::filesystem::exists(options_.folder + "/" + std::next(segments.begin(), 2)->first));
+}
+
 // A segment in which a frame is damaged is thinned to the samples that can be read.
 TEST_F(RetentionTest, DamagedSegments) {
   options_.interval = 20 * kSecond;

@@ -247,10 +247,11 @@ TEST_F(MetricsOf, Words) {
   for (const char *words :
        {"--only frob", "--only ''", "--only kestrel_vm", "--prefix 9", "--prefix a-b", "--prefix 'a b'"}) {
     const Outcome outcome = Nodal("metrics --cache " + kSample + " " + words);
-    EXPECT_EQ(outcome.status, 1) << words;
+    EXPECT_EQ(outcome.status, 2) << words;
     EXPECT_EQ(outcome.out, "") << words;
   }
-  EXPECT_EQ(Nodal("metrics --only frob").err, "nodal: frob: unknown metric or family (see nodal metrics --help)\n");
+  EXPECT_EQ(Nodal("metrics --only frob").err,
+            "nodal: --only frob: unknown metric or family (see nodal metrics --help)\n");
   EXPECT_EQ(Nodal("metrics --prefix 9").err,
             "nodal: --prefix 9: expected letters, digits, '_' and ':', not starting with a digit\n");
   EXPECT_EQ(Nodal("metrics -o ''").status, 2);

@@ -158,7 +158,7 @@ TEST(Page, TakesOneSource) {
   const std::string output = " -o " + scratch.Path("page.html");
   EXPECT_EQ(Nodal("--cache " + kSample + " page" + output).status, 0);
   const Outcome twice = Nodal("--cache " + kSample + " page " + kSample + output);
-  EXPECT_EQ(twice.status, 1);
+  EXPECT_EQ(twice.status, 2);
   EXPECT_NE(twice.err.find("the source is given twice"), std::string::npos) << twice.err;
   EXPECT_EQ(Nodal("page " + kSample).status, 2);
   EXPECT_EQ(Nodal("page " + scratch.Path("missing") + output).status, 1);
