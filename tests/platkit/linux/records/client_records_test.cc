@@ -257,6 +257,17 @@ TEST(ClientRecords, AGuestInSharedMemoryIsToldFromItsMonitor) {
   EXPECT_CELL(host.ask().Stats(kFirstVm + 310).consumed, 1464000u);
 }
 
+TEST(ClientRecords, AGuestInHugePagesHasNoSharedMemory) {
+  SavedHost host("clients.host");
+  std::string status = host.Read("proc/310/status");
+  host.Write("proc/310/status",
+             status.replace(status.find("HugetlbPages:\t       0 kB"), 25, "HugetlbPages:  512000 kB"));
+  AddWords(host, 310,
+           {"-machine", "q35,memory-backend=ram", "-object", "memory-backend-memfd,id=ram,size=2G,hugetlb=on"});
+  EXPECT_CELL(Vmm(host, 310).mapped, 512000u + 2000) << "huge pages, and the page of zeros";
+  EXPECT_CELL(host.ask().Stats(310).ovhd, 1500000u + 4000);
+}
+
 TEST(ClientRecords, KvmTellsWhatAnAnonymousGuestHasMapped) {
   SavedHost host("clients.host");
   std::string status = host.Read("proc/310/status");
