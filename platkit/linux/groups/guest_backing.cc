@@ -9,7 +9,7 @@ namespace {
 // either case.
 GuestBacking BackingOf(const GuestFile &file, const CgroupMount &mount) {
   switch (FileSystemOf(mount, file.path)) {
-    case FileSystem::kHugetlbfs: return GuestBacking::kHugePages;
+    case FileSystem::kHugetlbfs: return GuestBacking::kHugetlb;
     case FileSystem::kTmpfs: return file.isShared ? GuestBacking::kSharedMemory : GuestBacking::kAnonymous;
     case FileSystem::kOther: break;
   }
@@ -19,7 +19,7 @@ GuestBacking BackingOf(const GuestFile &file, const CgroupMount &mount) {
 }  // namespace
 
 GuestBacking BackingOf(const QemuOptions &options, const CgroupMount &mount) {
-  GuestBacking backing = GuestBacking::kHugePages;
+  GuestBacking backing = GuestBacking::kHugetlb;
   if (options.hasSharedMemory) backing = GuestBacking::kSharedMemory;
   if (options.hasPrivateMemory) backing = GuestBacking::kAnonymous;
   for (const GuestFile &file : options.files)
