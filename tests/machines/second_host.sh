@@ -9,14 +9,13 @@
 #   huge     two stopped QEMU machines with memory in huge pages of the pools: reports, with the files of the machines, the
 #            group of one of them, the pools and /proc right before (.before) and after (.after); the answers of their
 #            monitors (.monitor)
-#   pressed  the same for a machine that wants more memory than its limit, two groups above it, allows: it waits. With
-#            version 1 of control groups also with swap space on a disk (pressed-disk), which has a swap cache
+#   pressed  the same for a machine that wants more memory than its limit, two groups above it, allows: it waits
 #   zipped   the same for a machine beyond its limit, with zswap; after zswap is off (zswap-off); and after the swap space
 #            is off and all its memory in place again (unzipped)
 #   shortage comp-stats while the host is idle (idle), after it has read a disk that is larger than its memory (read; the
 #            pressure at that time is in pressure), and after programs have asked for more memory than there is (filled)
 # With "hierarchy=v1" on the kernel's command line, the memory controller is on version 1 of control groups, and there is
-# only these two folders.
+# only the folder "pressed".
 export PATH=/bin LD_LIBRARY_PATH=/lib
 /bin/busybox --install -s /bin
 out=/tmp/out
@@ -224,19 +223,18 @@ stop_huge_machines() {
   rm -r /qemu /tmp/data
 }
 
-# press_machine OUTPUT FOLDER PRESSURE REPORT...: starts a machine in a folder of control groups, lets it write until the
-# file shows that it has waited for memory for a fifth of ten seconds, stops it, and runs the reports.
+# press_machine FOLDER PRESSURE REPORT...: starts a machine in a folder of control groups, lets it write until the file
+# shows that it has waited for memory for a fifth of ten seconds, stops it, and runs the reports.
 press_machine() {
-  output=$1
-  scope=$2/$pressed
-  pressure=$3
-  shift 3
+  scope=$1/$pressed
+  pressure=$2
+  shift 2
   start_in "$scope/libvirt/emulator" env LOAD=press:40 qemu-system-x86_64 -name guest=pressed -m 40M
   machine=$!
   wait_for 'The pressed machine is' is_pressed
   kill -STOP "$machine"
   machines=$machine
-  report_on "$output" "$@"
+  report_on pressed "$@"
 }
 
 stop_machine() {
@@ -314,12 +312,7 @@ run_on_version_1() {
   slice=/sys/fs/cgroup/memory/machine.slice
   mkdir -p "$slice/$pressed/libvirt/emulator"
   echo $((24 << 20)) >"$slice/$pressed/memory.limit_in_bytes"
-  press_machine pressed $slice /proc/pressure/memory group-stats vm-stats swap-stats uw-stats
-  stop_machine
-  swapoff /dev/zram0
-  mkswap /dev/vdb
-  swapon /dev/vdb
-  press_machine pressed-disk $slice /proc/pressure/memory swap-stats
+  press_machine $slice /proc/pressure/memory group-stats vm-stats swap-stats uw-stats
 }
 
 set_up_devices
@@ -348,6 +341,6 @@ report_on huge vm-stats group-stats uw-stats lpage-stats lpool-stats
 stop_huge_machines
 run_out_of_memory
 empty_swap
-press_machine pressed $slice "$slice/$pressed/memory.pressure" group-stats vm-stats swap-stats uw-stats
+press_machine $slice "$slice/$pressed/memory.pressure" group-stats vm-stats swap-stats uw-stats
 zip_machine
 finish

@@ -523,16 +523,6 @@ class PressedMachine(SecondHost):
         self.assertGreaterEqual(int(scope["consumedPeak"]), 23 * MB)
         self.assertGreaterEqual(int(scope["memSizePeak"]), int(scope["memSize"]))
 
-    def test_swap_cache_of_version_1(self):
-        """Memory that was read again and keeps its place in swap space is not swapped."""
-        swap = OnMachine(Version1, "pressed-disk", "swap-stats", "pressed")
-        cached = swap.figures("meminfo", "SwapCached")
-        self.assertGreater(min(cached), 256)
-        used = [int(re.search(r"^/dev/vdb\s+\S+\s+\d+\s+(\d+)", text, re.M)[1]) for text in swap.lines("proc/swaps")]
-        self.assertBetween(swap.row()["swapped"], [all - part for all, part in zip(used, cached)], 1280, "swapped")
-        self.assertBetween(swap.row()["swapRead"], cached, 64, "swapRead")
-        self.assertCells(swap.row(), llswapped=0)
-
     def test_version_1(self):
         self.assertNotRegex(Version1.console, "not ready|Still on|panic|rror")
         swap = self.pressed("swap-stats", host=Version1)
