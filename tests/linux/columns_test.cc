@@ -15,6 +15,7 @@
 #include <functional>
 #include <iterator>
 #include <map>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -218,6 +219,7 @@ struct ColumnRow {
   Names figures;
   std::string source, known;
   Texts tests;
+  bool isOneOfSeveral;
 };
 
 std::string Plain(std::string text) {
@@ -241,7 +243,8 @@ std::vector<ColumnRow> RowsOf(const kestrel::Report &report) {
                        .figures = {figures.begin(), figures.end()},
                        .source = cells[2],
                        .known = cells[3],
-                       .tests = Split(cells[4], ", ")};
+                       .tests = Split(cells[4], ", "),
+                       .isOneOfSeveral = first != last};
       bool isInside = false;
       for (const kestrel::ColumnDesc &column : report.columns) {
         isInside |= column.name == first;
@@ -351,6 +354,49 @@ TEST_F(ColumnsTest, EachFigureIsTested) {
       if (!CarriesAFigure(row)) continue;
       for (const std::string &test : row.tests)
         EXPECT_TRUE(IsDefined(Plain(test), definitions)) << report->name << " " << row.column << ": " << test;
+    }
+  }
+}
+
+// The methods of the tests in Python, by name as in "guest_test.test_vm_stats".
+std::map<std::string, std::string> PythonMethods() {
+  std::map<std::string, std::string> methods;
+  for (const auto &entry : std::filesystem::directory_iterator(TESTS_FOLDER "/machines")) {
+    if (entry.path().extension() != ".py") continue;
+    std::ifstream file(entry.path());
+    std::string *method = nullptr;
+    for (std::string line; std::getline(file, line);) {
+      if (!line.empty() && line[0] != ' ') method = nullptr;
+      if (line.starts_with("    def "))
+        method = &methods[entry.path().stem().string() + "." + line.substr(8, line.find('(') - 8)];
+      if (method != nullptr) *method += line + "\n";
+    }
+  }
+  return methods;
+}
+
+// Whether a method, or a method of the same file that it calls, contains a word.
+bool Mentions(const std::map<std::string, std::string> &methods, const std::string &method, const std::string &word,
+              Names seen = {}) {
+  const auto found = methods.find(method);
+  if (found == methods.end() || !seen.insert(method).second) return false;
+  const std::string &text = found->second;
+  if (std::regex_search(text, std::regex("\\b" + word + "\\b"))) return true;
+  static const std::regex call("self\\.(\\w+)\\(");
+  const std::string file = method.substr(0, method.find('.') + 1);
+  return std::any_of(std::sregex_iterator(text.begin(), text.end(), call), std::sregex_iterator(),
+                     [&](const std::smatch &name) { return Mentions(methods, file + name.str(1), word, seen); });
+}
+
+TEST_F(ColumnsTest, TestsOnARealKernelCheckTheirColumns) {
+  const std::map<std::string, std::string> methods = PythonMethods();
+  for (const kestrel::Report *report : kestrel::kReports) {
+    for (const ColumnRow &row : RowsOf(*report)) {
+      if (row.isOneOfSeveral) continue;
+      for (const std::string &test : row.tests) {
+        if (std::islower(Plain(test)[0]) == 0) continue;
+        EXPECT_TRUE(Mentions(methods, Plain(test), row.column)) << report->name << " " << row.column << ": " << test;
+      }
     }
   }
 }

@@ -191,6 +191,8 @@ class ReportsOnGuests(machines.TestCase):
                            "-device", json.dumps({"driver": "pc-dimm", "id": "d0", "memdev": "m0"}),
                            "-object", "memory-backend-memfd,id=m1,size=128M", "-device", "pc-dimm,id=d1,memdev=m1")
         self.assertHasSize(guest, 512 * MB)
+        most = guest.ask("qom-get", path="/machine", property="memory")["max-size"]
+        self.assertEqual(int(self.row_of(guest, "vm-stats")["memSizeLimit"]), most // 1024)
         guest.ask("object-add", **{"qom-type": "memory-backend-ram", "id": "m2", "size": 384 << 20})
         guest.ask("device_add", driver="pc-dimm", id="d2", memdev="m2")
         self.assertEqual(len(guest.ask("query-memory-devices")), 3)

@@ -1,4 +1,4 @@
-"""Downloads and unpacks Debian's cloud kernel without installing it. This kernel is small and sufficient for the tests.
+"""Downloads and unpacks Debian's kernel without installing it. The smaller cloud kernel lacks zswap.
 
     kernel.py FOLDER
 
@@ -14,7 +14,7 @@ import sys
 
 import machines
 
-PACKAGE = "linux-image-cloud-amd64"
+PACKAGE = "linux-image-amd64"
 
 
 def output(*command, **options):

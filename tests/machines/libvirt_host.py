@@ -30,7 +30,7 @@ while :; do sleep 1000; done
 
 DOMAIN = """<domain type='qemu'>
   <name>{name}</name>
-  <memory unit='KiB'>{memory}</memory>
+  <memory unit='KiB'>{memory}</memory>{backing}
   <os><type arch='x86_64' machine='pc'>hvm</type>
     <kernel>{folder}/vmlinuz</kernel><initrd>{folder}/guest.cpio</initrd>
     <cmdline>console=ttyS0 quiet mitigations=off panic=-1</cmdline></os>
@@ -106,14 +106,15 @@ class Host:
             raise AssertionError(f"virsh {' '.join(words)}: {done.stderr}")
         return done.stdout if done.returncode == 0 else None
 
-    def start(self, name, period=None):
-        """Starts a guest. With a period, libvirt polls its balloon driver this often, in seconds."""
+    def start(self, name, period=None, paused=False, backing=""):
+        """Starts a guest. With a period, libvirt polls its balloon driver this often, in seconds. `backing` is an element
+        of the domain: where the guest's memory is."""
         stats = f"<stats period='{period}'/>" if period else ""
         path = f"{self.folder}/{name}.xml"
-        domain = DOMAIN.format(name=name, memory=self.MEMORY, folder=self.folder, stats=stats,
+        domain = DOMAIN.format(name=name, memory=self.MEMORY, folder=self.folder, stats=stats, backing=backing,
                                qemu=second_host.shutil.which(machines.QEMU))
         second_host.write(path, domain.encode(), 0o644)
-        self.virsh("create", path)
+        self.virsh("create", *(["--paused"] if paused else []), path)
         self.pids.append(self.pid(name))
 
     def pid(self, name):

@@ -2,7 +2,8 @@
  * A process with every kind of memory that the reports distinguish. Started under the name and with the arguments of
  * QEMU, it looks like a virtual machine. The variable LOAD selects another load:
  *   fill:N    N MB of anonymous memory
- *   press:N   the same, written again and again
+ *   mix:N     the same, in pages that can be compressed to half their size
+ *   press:N   like fill, written again and again
  *
  * When it is ready, it creates the file "ready.PID" in the current folder and sleeps until it is killed.
  */
@@ -37,6 +38,18 @@ static void Fill(char *memory, size_t size) {
   for (size_t i = 0; i < size; i += kPage) {
     memset(memory + i, (int)(i / kPage), kPage);
     snprintf(memory + i, 64, "page %zu of %d", i / kPage, getpid());
+  }
+}
+
+/* Half of every page is random. */
+static void Mix(char *memory, size_t size) {
+  unsigned long random = 88172645463325252;
+  for (size_t i = 0; i < size; i += sizeof random) {
+    if (i % kPage < kPage / 2) continue;
+    random ^= random << 13;
+    random ^= random >> 7;
+    random ^= random << 17;
+    memcpy(memory + i, &random, sizeof random);
   }
 }
 
@@ -107,7 +120,7 @@ int main(void) {
     size = strtoul(megabytes + 1, NULL, 10) * kMB;
     memory = Map(size, MAP_PRIVATE);
     Check(madvise(memory, size, MADV_NOHUGEPAGE) == 0, "MADV_NOHUGEPAGE");
-    Fill(memory, size);
+    (*load == 'm' ? Mix : Fill)(memory, size);
   }
   TellReady();
   for (;;) {

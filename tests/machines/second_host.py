@@ -19,7 +19,7 @@ HELPER = "swtpm"  # a process beside a machine, as libvirt starts it
 LABEL_AREA = 128 << 10  # bytes that QEMU reserves at the end of the memory file
 
 # The kernel modules of the second host, in addition to the modules that they depend on.
-MODULES = "virtio_pci virtio_blk zram lzo_rle nfit nd_pmem".split()
+MODULES = "virtio_pci virtio_blk zram zsmalloc lzo_rle nfit nd_pmem".split()
 
 # A processor of family 6, model 85; two nodes; a module of persistent memory; a disk for the results.
 MACHINE = """-accel tcg -cpu qemu64,vendor=GenuineIntel,family=6,model=85,stepping=7 -smp 2
@@ -79,8 +79,16 @@ def copy_program(source, path):
     subprocess.run(["strip", "-o", path, source], check=True)
 
 
+def copy_qemu(folder):
+    """Copies QEMU, and the module for emulation if it is built with modules."""
+    qemu = shutil.which(machines.QEMU)
+    copy(qemu, f"{folder}/{machines.QEMU}")
+    for module in glob.glob("/usr/lib/*/qemu/accel-tcg-x86_64.so"):
+        copy(module, f"{folder}/{os.path.basename(module)}")
+
+
 def make_root(folder, programs, kernel, reports):
-    """Creates the host's root folder with busybox, the programs, their libraries, and the modules."""
+    """Creates the host's root folder with busybox, the programs, QEMU, their libraries, and the modules."""
     for name in "dev proc sys tmp".split():
         os.makedirs(f"{folder}/{name}")
     copy(shutil.which("busybox"), f"{folder}/bin/busybox")
@@ -91,7 +99,8 @@ def make_root(folder, programs, kernel, reports):
     # These are copies, because /proc/PID/exe would name the target of a link.
     for name in machines.QEMU, HELPER:
         copy(f"{folder}/bin/memory_load", f"{folder}/bin/{name}")
-    for library in libraries_of(*programs):
+    copy_qemu(f"{folder}/qemu")
+    for library in libraries_of(*programs, shutil.which(machines.QEMU)):
         copy(library, folder + library if "/ld-" in library else f"{folder}/lib/{os.path.basename(library)}")
     modules = Modules(kernel)
     for name in MODULES:

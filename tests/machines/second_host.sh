@@ -1,5 +1,6 @@
 #!/bin/sh
 # The first program of the second host. It sets up the host, runs every report, and writes the results and the host's
+<<<<<<< ours
 # files to the disk as an archive. These are the folders of the archive:
 #
 #   files    The files of /proc, /sys and the control groups with which the reports are compared, at their own paths.
@@ -20,6 +21,37 @@
 #
 # With "hierarchy=v1" on the kernel's command line, the memory controller is on version 1 of control groups, and the
 # archive has only the folder "pressed".
+||||||| base
+# files to the disk as an archive. The folders of the archive:
+#   files    files of /proc, /sys and the control groups to compare the reports with, at their own paths
+#   live     each report: its output, its messages (.err) and its exit status (.status); and the lines of files with
+#            changing figures, after their paths, right before (.before) and after (.after) the report
+#   user     the same for an ordinary user
+#   replay   the same from a capture of the host, host.nodal
+#   pressed  a machine that wants more memory than its limit, two groups above it, allows: reports while it waits, with the
+#            files of its group and /proc right before and after
+#   shortage comp-stats while the host is idle (idle), after it has read a disk that is larger than its memory (read; the
+#            pressure at that time is in pressure), and after programs have asked for more memory than there is (filled)
+# With "hierarchy=v1" on the kernel's command line, the memory controller is on version 1 of control groups, and there is
+# only the folder "pressed".
+=======
+# files to the disk as an archive. The folders of the archive:
+#   files    files of /proc, /sys and the control groups to compare the reports with, at their own paths
+#   live     each report: its output, its messages (.err) and its exit status (.status); and the lines of files with
+#            changing figures, after their paths, right before (.before) and after (.after) the report
+#   user     the same for an ordinary user
+#   replay   the same from a capture of the host, host.nodal
+#   huge     two stopped QEMU machines with memory in huge pages of the pools: reports, with the files of the machines, the
+#            group of one of them, the pools and /proc right before (.before) and after (.after); the answers of their
+#            monitors (.monitor)
+#   pressed  the same for a machine that wants more memory than its limit, two groups above it, allows: it waits
+#   zipped   the same for a machine beyond its limit, with zswap; after zswap is off (zswap-off); and after the swap space
+#            is off and all its memory in place again (unzipped)
+#   shortage comp-stats while the host is idle (idle), after it has read a disk that is larger than its memory (read; the
+#            pressure at that time is in pressure), and after programs have asked for more memory than there is (filled)
+# With "hierarchy=v1" on the kernel's command line, the memory controller is on version 1 of control groups, and there is
+# only the folder "pressed".
+>>>>>>> theirs
 export PATH=/bin LD_LIBRARY_PATH=/lib
 /bin/busybox --install -s /bin
 out=/tmp/out
@@ -35,6 +67,8 @@ set_up_devices() {
   echo 6 >/sys/devices/system/node/node0/hugepages/hugepages-2048kB/nr_hugepages
   echo 10 >/sys/devices/system/node/node1/hugepages/hugepages-2048kB/nr_hugepages
   echo madvise >/sys/kernel/mm/transparent_hugepage/enabled
+  mkdir /dev/hugepages
+  mount -t hugetlbfs hugetlbfs /dev/hugepages
   echo 48M >/sys/block/zram0/disksize
   mkswap /dev/zram0
   swapon /dev/zram0
@@ -71,19 +105,23 @@ group() {
 slice=/sys/fs/cgroup/machine.slice
 helped='machine-qemu\x2d1\x2dhelped.scope'
 pressed='machine-qemu\x2d2\x2dpressed.scope'
+huge='machine-qemu\x2d3\x2dhuge.scope'
+zipped='machine-qemu\x2d4\x2dzipped.scope'
 
 set_up_groups() {
   mount -t cgroup2 cgroup2 /sys/fs/cgroup
-  echo '+memory' >/sys/fs/cgroup/cgroup.subtree_control
+  echo '+memory +hugetlb' >/sys/fs/cgroup/cgroup.subtree_control
   group outer max=$((160 << 20)) min=$((48 << 20)) low=$((64 << 20))
   echo '+memory' >/sys/fs/cgroup/outer/cgroup.subtree_control
   group outer/inner max=$((96 << 20)) high=$((80 << 20)) min=$((16 << 20)) swap.max=$((32 << 20))
   group outer/machine.scope max=$((80 << 20)) min=$((24 << 20))
   mkdir $slice
-  echo '+memory' >$slice/cgroup.subtree_control
+  echo '+memory +hugetlb' >$slice/cgroup.subtree_control
   group "machine.slice/$helped" max=$((64 << 20))
   group "machine.slice/$pressed" max=$((24 << 20))
-  mkdir -p "$slice/$helped/libvirt/emulator" "$slice/$helped/libvirt/swtpm" "$slice/$pressed/libvirt/emulator"
+  group "machine.slice/$zipped" max=$((24 << 20)) swap.max=$((12 << 20)) zswap.max=$((2 << 20))
+  for name in "$helped" "$pressed" "$huge" "$zipped"; do mkdir -p "$slice/$name/libvirt/emulator"; done
+  mkdir "$slice/$helped/libvirt/swtpm"
 }
 
 # start GROUP PROGRAM ARGUMENT...: starts a program in a control group.
@@ -101,26 +139,42 @@ start_in() {
   ) &
 }
 
+# wait_for WHAT COMMAND...: waits until the command succeeds, but no longer than 30 seconds.
+wait_for() {
+  what=$1
+  shift
+  waited=0
+  until "$@"; do
+    [ "$waited" -lt 300 ] || { echo "$what not ready."; break; }
+    waited=$((waited + 1))
+    usleep 100000
+  done
+}
+
 start_loads() {
   start outer/inner memory_load
   start outer/machine.scope qemu-system-x86_64 -name guest=second-guest,debug-threads=on -m 20M
   start "machine.slice/$helped/libvirt/emulator" env LOAD=fill:16 qemu-system-x86_64 -name guest=helped -m 16M
   start "machine.slice/$helped/libvirt/swtpm" env LOAD=fill:12 swtpm
-  waited=0
-  until [ -e /tmp/ready.$! ] && [ "$(ls /tmp/ready.* | wc -l)" -eq 4 ] && merging_is_done; do
-    [ "$waited" -lt 200 ] || { echo 'The loads are not ready.'; break; }
-    waited=$((waited + 1))
-    usleep 100000
-  done
+  wait_for 'The loads are' loads_are_ready
   echo 0 >/sys/kernel/mm/ksm/run
 }
 
+<<<<<<< ours
 # Each of the two loads without LOAD has 2048 pages that contain all ones or all twos. Merging keeps a few copies.
+||||||| base
+# Both loads have 2048 pages with two different contents; a few of them remain.
+=======
+loads_are_ready() { [ -e /tmp/ready.$! ] && [ "$(ls /tmp/ready.* | wc -l)" -eq 4 ] && merging_is_done; }
+
+# Both loads have 2048 pages with two different contents; a few of them remain.
+>>>>>>> theirs
 merging_is_done() { [ "$(cat /sys/kernel/mm/ksm/pages_sharing)" -gt 4000 ]; }
 
 save_files() {
   for file in /proc/vmstat /proc/zoneinfo /proc/slabinfo /proc/iomem \
-    $(ls /tmp/ready.* | sed 's,/tmp/ready.\(.*\),/proc/\1/status /proc/\1/cmdline,') /sys/kernel/mm/ksm/*pages* \
+    $(ls /tmp/ready.* | sed 's,/tmp/ready.\(.*\),/proc/\1/status /proc/\1/cmdline /proc/\1/ksm_merging_pages,') \
+    /sys/kernel/mm/ksm/*pages* \
     /sys/fs/cgroup/outer/memory.* /sys/fs/cgroup/outer/*/memory.* $slice/*/memory.* /proc/swaps \
     /sys/kernel/mm/transparent_hugepage/khugepaged/max_ptes_swap /sys/devices/system/node/node*/hugepages/*/*; do
     [ -d "$out/files${file%/*}" ] || mkdir -p "$out/files${file%/*}"
@@ -153,33 +207,113 @@ read_what_moves() {
     /sys/fs/cgroup/outer/*/memory*.current $slice/*/memory*.current /sys/block/zram0/mm_stat >"$folder/$report.$1"
 }
 
+<<<<<<< ours
 # press_machine FOLDER PRESSURE REPORT...: starts a machine in a folder of control groups, and lets it write memory.
 # Once the file PRESSURE shows that it waited for memory in 20% of the last ten seconds, stops it and runs the reports.
+||||||| base
+# press_machine FOLDER PRESSURE REPORT...: starts a machine in a folder of control groups, lets it write until the file
+# shows that it has waited for memory for a fifth of ten seconds, stops it, and runs the reports.
+=======
+# report_on FOLDER REPORT...: runs the reports. Saves the files of the processes $machines and of the group $scope before
+# and after each of them.
+report_on() {
+  folder=$out/$1
+  shift
+  [ -d "$folder" ] || mkdir "$folder"
+  for report; do
+    read_machines before
+    kestrel -r "$report" -q >"$folder/$report" 2>"$folder/$report.err"
+    read_machines after
+  done
+}
+
+read_machines() {
+  {
+    for pid in $machines; do grep '' "/proc/$pid/status" "/proc/$pid/smaps"; done
+    grep '' /proc/meminfo /proc/vmstat /proc/pressure/memory /proc/swaps /sys/block/zram0/mm_stat \
+      /sys/kernel/debug/zswap/* \
+      /sys/kernel/mm/hugepages/hugepages-2048kB/* /sys/devices/system/node/node*/hugepages/hugepages-2048kB/* \
+      "$scope"/memory.* "$scope"/hugetlb.2MB.*
+  } >"$folder/$report.$1" 2>/dev/null
+}
+
+# Starts QEMU machines with 10 MB of data in huge pages: one in a group of its own, with a memory file that is filled on
+# use, and one with a file that is filled at the start.
+start_huge_machines() {
+  scope=$slice/$huge
+  mkdir $out/huge
+  dd if=/dev/zero of=/tmp/data bs=1M count=10 2>/dev/null
+  start_stopped "$scope/libvirt/emulator" huge -m 16M -device loader,file=data,addr=0x200000,force-raw=on \
+    -object memory-backend-memfd,id=ram,size=16M,hugetlb=on,hugetlbsize=2M
+  machines=$!
+  start_stopped /sys/fs/cgroup huge-file -m 8M \
+    -object memory-backend-file,id=ram,size=8M,mem-path=/dev/hugepages,prealloc=on
+  machines="$machines $!"
+  for name in huge huge-file; do wait_for 'The monitors are' grep -q 'base memory' "$out/huge/$name.monitor"; done
+}
+
+# start_stopped FOLDER NAME OPTION...: starts a QEMU machine in a control group, stopped before its first instruction.
+start_stopped() {
+  folder=$1
+  name=$2
+  shift 2
+  mkfifo "/tmp/$name.ask"
+  # The shell takes away the standard input of a background job.
+  start_in "$folder" sh -c 'exec "$@" <>"$0"' "$name.ask" \
+    env QEMU_MODULE_DIR=/qemu /qemu/qemu-system-x86_64 -nodefaults -display none -S -accel tcg \
+    -machine none,memory-backend=ram -name "guest=$name" -monitor stdio "$@" >"$out/huge/$name.monitor" 2>&1
+  echo 'info memory_size_summary' >"/tmp/$name.ask"
+}
+
+# Frees the memory that the programs of QEMU take on this host without disks.
+stop_huge_machines() {
+  kill -KILL $machines
+  wait $machines 2>/dev/null
+  rm -r /qemu /tmp/data
+}
+
+# press_machine FOLDER PRESSURE REPORT...: starts a machine in a folder of control groups, lets it write until the file
+# shows that it has waited for memory for a fifth of ten seconds, stops it, and runs the reports.
+>>>>>>> theirs
 press_machine() {
   scope=$1/$pressed
   pressure=$2
   shift 2
-  folder=$out/pressed
-  mkdir "$folder"
   start_in "$scope/libvirt/emulator" env LOAD=press:40 qemu-system-x86_64 -name guest=pressed -m 40M
   machine=$!
-  waited=0
-  until [ -e "/tmp/ready.$machine" ] && grep -q '^some avg10=[2-9][0-9]' "$pressure"; do
-    [ "$waited" -lt 300 ] || { echo 'The pressed machine is not ready.'; break; }
-    waited=$((waited + 1))
-    usleep 100000
-  done
+  wait_for 'The pressed machine is' is_pressed
   kill -STOP "$machine"
-  for report; do
-    read_pressed before
-    kestrel -r "$report" -q >"$folder/$report" 2>"$folder/$report.err"
-    read_pressed after
-  done
+  machines=$machine
+  report_on pressed "$@"
 }
 
-read_pressed() {
-  grep '' "/proc/$machine/status" /proc/pressure/memory /sys/block/zram0/mm_stat "$scope"/memory.* 2>/dev/null \
-    >"$folder/$report.$1"
+stop_machine() {
+  kill -KILL "$machine"
+  wait "$machine" 2>/dev/null
+}
+
+is_pressed() { [ -e "/tmp/ready.$machine" ] && grep -q '^some avg10=[2-9][0-9]' "$pressure"; }
+
+# Starts a machine with 32 MB of data, which may have 24 MB of memory. zswap compresses the next pages into 2 MB, and the
+# rest is written to the disk.
+zip_machine() {
+  scope=$slice/$zipped
+  zswap=/sys/module/zswap/parameters
+  stop_machine
+  swapoff /dev/zram0
+  swapon "$spare"
+  for setting in compressor=lzo-rle zpool=zsmalloc max_pool_percent=5 enabled=Y; do
+    [ ! -e "$zswap/${setting%=*}" ] || echo "${setting#*=}" >"$zswap/${setting%=*}"
+  done
+  start_in "$scope/libvirt/emulator" env LOAD=mix:32 qemu-system-x86_64 -name guest=zipped -m 32M
+  machines=$!
+  wait_for 'The compressed machine is' [ -e "/tmp/ready.$machines" ]
+  report_on zipped zip-stats vm-stats swap-stats group-stats uw-stats
+  echo N >$zswap/enabled
+  report_on zswap-off zip-stats vm-stats
+  echo max >"$scope/memory.max"
+  swapoff "$spare"
+  report_on unzipped zip-stats vm-stats swap-stats
 }
 
 # Leaves zram as the only swap space, and empties it after the shortage.
@@ -252,7 +386,11 @@ if nodal --help | grep -qw capture; then
   echo $? >$out/capture.status
   kestrel_options="-c $out/host.nodal" run_reports replay
 fi
+start_huge_machines
+report_on huge vm-stats group-stats uw-stats lpage-stats lpool-stats
+stop_huge_machines
 run_out_of_memory
 empty_swap
 press_machine $slice "$slice/$pressed/memory.pressure" group-stats vm-stats swap-stats uw-stats
+zip_machine
 finish

@@ -111,19 +111,21 @@ class Version1(Host):
     folder = f"{FOLDER}/v1"
 
 
-class Pressed:
-    """A report on the machine that wants more memory than its limit allows, and the host's files around the report."""
+class OnMachine:
+    """A report that was run on a machine, and the host's files around the report."""
 
-    GUEST = "pressed"
+    def __init__(self, host, folder, report, guest):
+        self.guest = guest
+        self.rows = machines.rows(host.read(f"{folder}/{report}"))
+        self.messages = host.read(f"{folder}/{report}.err")
+        self.texts = [host.read(f"{folder}/{report}.{moment}") for moment in ("before", "after")]
 
-    def __init__(self, host, report):
-        self.rows = machines.rows(host.read(f"pressed/{report}"))
-        self.messages = host.read(f"pressed/{report}.err")
-        self.texts = [host.read(f"pressed/{report}.{moment}") for moment in ("before", "after")]
-
-    def row(self):
-        [row] = [row for row in self.rows if row["name"] == self.GUEST]
+    def row(self, name=None):
+        [row] = [row for row in self.rows if row["name"] == (name or self.guest)]
         return row
+
+    def scope(self):
+        return [row for row in self.rows if row["name"].endswith(f"{self.guest}.scope")][0]
 
     def lines(self, file):
         """The lines of a file before and after the report. `file` is the end of its path."""
@@ -132,9 +134,15 @@ class Pressed:
     def figures(self, file, key):
         return [machines.fields(text)[key] for text in self.lines(file)]
 
+    def figures_if_any(self, file, key):
+        return [fields[key] for fields in map(machines.fields, self.lines(file)) if key in fields]
+
+    def numbers(self, file):
+        return [int(text) for text in self.lines(file)]
+
     def amounts(self, file):
         """The amounts of a file in KB; the file contains bytes."""
-        return [int(text) // 1024 for text in self.lines(file)]
+        return [number // 1024 for number in self.numbers(file)]
 
     def pressures(self, file, kind):
         """The pressure of the last ten seconds in percent, rounded down."""
@@ -143,6 +151,11 @@ class Pressed:
     def zram(self):
         """The memory usage of zram in KB."""
         return [int(text.split()[2]) // 1024 for text in self.lines("zram0/mm_stat")]
+
+
+def status_of(text, pid):
+    """The figures of a process' status among the lines of other files."""
+    return machines.fields("\n".join(re.findall(rf"^/proc/{pid}/status:(.*)", text, re.M)))
 
 
 def free_on(node, buddyinfo):
@@ -194,9 +207,19 @@ class Groups(SecondHost):
                 sizes = [int(row["consumed"]) + amount for amount in swapped]
                 self.assertBetween(row["memSize"], sizes, 512, "memSize")
 
+    def test_what_a_group_is_charged_for(self):
+        for name in "inner", "machine.scope":
+            row = Host.report("group-stats", ("name", name))
+            charged = machines.fields(Host.file(f"sys/fs/cgroup/outer/{name}/memory.stat"))
+            parts = sum(charged[key] for key in ("kernel_stack", "pagetables", "percpu", "slab", "sock"))
+            self.assertGreater(parts, 0)
+            self.assertNear(row["ovhd"], parts // 1024, 256, "ovhd, by its parts")
+            self.assertCells(row, sharedSaved=2**64 - 1)
+
     def test_reservations_of_nested_groups(self):
         outer = Host.report("group-stats", ("name", "outer"))
-        self.assertCells(outer, min=48 * MB, conResv=40 * MB, availResv=8 * MB, iMin=64 * MB)
+        self.assertCells(outer, min=48 * MB, conResv=40 * MB, availResv=8 * MB, iMin=64 * MB, bMin=48 * MB)
+        self.assertCells(Host.report("group-stats", ("gid", 0)), conResv=48 * MB)
         inner = Host.report("group-stats", ("name", "inner"))
         self.assertCells(inner, parGid=outer["gid"], allocTgt=80 * MB)
 
@@ -217,7 +240,13 @@ class Clients(SecondHost):
         self.assertNear(row["sharedSaved"], 8 * MB, MB, "sharedSaved")
         swap = Host.report("swap-stats", ("schedGrp", pid))
         self.assertCells(swap, name="second-guest", swapped=swapped, isSwapping="n")
-        self.assertCells(Host.report("group-stats", ("gid", pid)), throttlePct=100, bMin=24 * MB)
+        group = Host.report("group-stats", ("gid", pid))
+        self.assertCells(group, throttlePct=100, bMin=24 * MB, eMin=24 * MB)
+        self.assertCells(Host.report("group-stats", ("parGid", pid)), min=24 * MB, max=80 * MB, bMin=0, bMax=80 * MB)
+        self.assertCells(Host.report("uw-stats", ("schedGrp", pid)), min=24 * MB)
+        merging = 4 * int(Host.file(f"proc/{pid}/ksm_merging_pages"))
+        self.assertGreater(merging, 7 * MB)
+        self.assertCells(row, shared=merging)
 
     def test_memory_in_zram(self):
         pid, status = Host.load(machines.QEMU)
@@ -277,13 +306,190 @@ class Clients(SecondHost):
         self.assertCells(row, pinned=pinned + huge, pinnedResv=pinned + huge)
         self.assertCells(row, totalResv=pinned + huge, allocTgt=row["memSize"])
         self.assertNear(row["cow"], 8 * MB, MB, "cow")
+        consumed = status["VmRSS"] + huge
+        self.assertCells(row, memBStore=consumed, swapBStore=status["VmSwap"], consumed=consumed - int(row["cow"]))
+        swappable = status["RssAnon"] - pinned
+        self.assertCells(row, swappable=swappable, pageable=swappable + status["RssShmem"], pageableUnacct=status["RssFile"])
+        group = Host.report("group-stats", ("gid", pid))
+        self.assertCells(group, consumed=consumed, ovhd=status["VmPTE"], consumedPeak=status["VmHWM"] + huge)
+
+
+class HugePages(SecondHost):
+    """Two stopped QEMU machines in huge pages: `huge` has 16 MB of memory with 10 MB of data, and a group of its own;
+    `huge-file` has 8 MB, which it filled at the start."""
+
+    USED = {"huge": 10 * MB, "huge-file": 8 * MB}
+    SIZES = {"huge": 16 * MB, "huge-file": 8 * MB}
+
+    def on(self, report, guest):
+        result = OnMachine(Host, "huge", report, guest)
+        self.assertEqual(result.messages, "")
+        return result
+
+    def for_each_machine(self, report, check):
+        for guest in self.USED:
+            with self.subTest(guest):
+                result = self.on(report, guest)
+                row = result.row()
+                pid = row.get("schedGrp", row.get("gid"))
+                check(guest, row, *self.mappings(result.texts[0], pid), status_of(result.texts[0], pid))
+
+    def mappings(self, text, pid):
+        """The KB of small pages and of huge pages of a process, summed over the mappings in smaps."""
+        def total(key):
+            return sum(map(int, re.findall(rf"^/proc/{pid}/smaps:{key}: +(\d+)", text, re.M)))
+
+        return total("Rss"), total("Shared_Hugetlb") + total("Private_Hugetlb")
+
+    def test_memory_of_the_machines(self):
+        def check(guest, row, small, huge, status):
+            self.assertEqual(huge, self.USED[guest], "in smaps")
+            monitor = re.search(r"base memory: (\d+)", Host.read(f"huge/{guest}.monitor"))
+            self.assertEqual(int(monitor[1]), self.SIZES[guest] * 1024)
+            self.assertCells(row, memSize=self.SIZES[guest], mapped=huge, consumed=huge, swapped=0, zipped=0)
+            self.assertNear(row["ovhd"], small + status["VmPTE"], 512, "ovhd")
+
+        self.for_each_machine("vm-stats", check)
+
+    def test_groups_of_the_machines(self):
+        def check(guest, row, small, huge, _):
+            self.assertNear(row["consumed"], small + huge, 512, "consumed")
+            self.assertCells(row, memSize=self.SIZES[guest])
+
+        self.for_each_machine("group-stats", check)
+        result = self.on("group-stats", "huge")
+        self.assertEqual(set(result.amounts("hugetlb.2MB.current")), {self.USED["huge"]})
+        self.assertBetween(result.scope()["consumed"], result.amounts("memory.current"), 128, "without them")
+
+    def test_user_worlds(self):
+        def check(_, row, small, huge, status):
+            self.assertNear(row["mapped"], small + huge, 512, "mapped")
+            self.assertNear(row["memBStore"], small + huge, 512, "memBStore")
+            pinned = status["VmLck"] + status["VmPin"] + huge
+            self.assertCells(row, prealloced=huge, pinned=pinned, pinnedResv=pinned, totalResv=pinned)
+            self.assertCells(row, shm=status["RssShmem"])
+
+        self.for_each_machine("uw-stats", check)
+
+    def test_large_pages(self):
+        def check(_, row, small, huge, status):
+            self.assertCells(row, nrBackings=huge // (2 * MB))
+
+        self.for_each_machine("lpage-stats", check)
+
+    def test_pools(self):
+        """The kernel promises pages to a mapping that has not used them yet. It counts them for the host only."""
+        result = self.on("lpool-stats", "huge")
+        promised = set(result.numbers("mm/hugepages/hugepages-2048kB/resv_hugepages"))
+        self.assertEqual(promised, {(self.SIZES["huge"] - self.USED["huge"]) // (2 * MB)})
+        used = 0
+        for node in 0, 1:
+            [row] = [row for row in result.rows if row["nodeID"] == str(node) and row["name"] == "hugepages-2MB"]
+            pages, free = (result.numbers(f"node{node}/hugepages/hugepages-2048kB/{file}_hugepages")[0]
+                           for file in ("nr", "free"))
+            self.assertCells(row, nrLPages=pages, nrFreeSPages=512 * max(free - min(promised), 0))
+            used += pages - free
+        loads = sum(Host.load(program)[1]["HugetlbPages"] for program in ("memory_load", machines.QEMU))
+        self.assertEqual(used * 2 * MB, loads + sum(self.USED.values()))
+
+
+class CompressedMachine(SecondHost):
+    """A machine with 32 MB of data, which may have 24 MB of memory, 2 MB of compressed memory and 12 MB of swap space."""
+
+    def on(self, report, folder="zipped"):
+        result = OnMachine(Host, folder, report, "zipped")
+        self.assertEqual(result.messages, "")
+        return result
+
+    def assertIs(self, row, column, readings, tolerance=0):
+        self.assertBetween(row[column], readings, tolerance, column)
+
+    def swapped(self, result):
+        """The KB in zswap and in swap space, from smaps. VmSwap of status lags behind."""
+        return [sum(map(int, re.findall(r"^Swap: +(\d+)", text, re.M))) for text in result.lines("smaps")]
+
+    def test_compressed_memory(self):
+        result = self.on("vm-stats")
+        # No other memory is compressed, so the host's figures are the machine's.
+        zipped = result.figures("meminfo", "Zswapped")
+        self.assertGreater(min(zipped), 3 * MB)
+        self.assertEqual([4 * pages for pages in result.numbers("zswap/stored_pages")], zipped)
+        self.assertIs(result.row(), "zipped", zipped)
+        compressed = result.amounts("memory.zswap.current")
+        self.assertNear(compressed[0], 2 * MB, 16, "its limit")
+        self.assertLessEqual(compressed[0], result.figures("meminfo", "Zswap")[0], "the pools")
+        self.assertIs(result.row(), "zipSaved", [zipped[0] - compressed[0]], 1)
+        resident = result.figures("status", "RssAnon")
+        # RssShmem: the program is in a file system in memory.
+        shared = result.figures("status", "RssShmem")[0]
+        self.assertIs(result.row(), "mapped", [*resident, resident[0] + shared], 64)
+        self.assertIs(result.row(), "consumed", [compressed[0] + resident[0] + more for more in (0, shared)], 64)
+        self.assertLess(int(result.row()["ovhd"]), 4 * MB, "without compressed memory")
+
+    def test_the_rest_is_on_the_disk(self):
+        result = self.on("swap-stats")
+        swapped = [all - zipped for all, zipped in zip(self.swapped(result), result.figures("meminfo", "Zswapped"))]
+        self.assertGreater(min(swapped), MB)
+        self.assertIs(result.row(), "swapped", swapped, 512)
+        current = result.amounts("memory.swap.current")
+        self.assertCells(result.row(), totalReg=12 * MB, freeReg=12 * MB - current[0], llswapped=0)
+        self.assertIs(self.on("vm-stats").row(), "swapped", swapped, 512)
+        self.assertIs(self.on("uw-stats").row(), "swapped", result.figures("status", "VmSwap"))
+
+    def test_the_group_is_charged_for_compressed_memory(self):
+        result = self.on("group-stats")
+        current, swap = (result.amounts(f"memory.{file}current")[0] for file in ("", "swap."))
+        self.assertIs(result.scope(), "consumed", [current], 128)
+        self.assertIs(result.scope(), "memSize", [current + swap], 128)
+        self.assertGreater(current, 22 * MB)
+
+    def test_the_cache(self):
+        result = self.on("zip-stats")
+        row = result.row()
+        self.assertCells(row, totalCache=2 * MB, maxCache=2 * MB, nrFreeHalf=0, nrFreeQuarter=0)
+        self.assertIs(row, "usedCache", result.amounts("memory.zswap.current"))
+        for column, key in ("zipped", "zswpout"), ("unZipped", "zswpin"):
+            self.assertIs(row, column, [4 * pages for pages in result.figures("memory.stat", key)])
+        self.assertGreaterEqual(int(row["zipped"]), result.figures("meminfo", "Zswapped")[0])
+        counts = result.figures_if_any("memory.stat", "pswpout")
+        self.assertIs(row, "zipRejected", [4 * pages for pages in counts] or [2**64 - 1])
+
+    def test_a_machine_without_a_limit_may_use_the_hosts_cache(self):
+        result = self.on("zip-stats")
+        host = result.figures("meminfo", "MemTotal")[0] * 5 // 100
+        row = result.row("helped")
+        self.assertNear(row["totalCache"], host, 5, "max_pool_percent is 5")
+        self.assertCells(row, usedCache=0, zipped=0, unZipped=0)
+
+    def test_zswap_off(self):
+        self.assertCells(Host.report("zip-stats", ("name", "helped")), totalCache=0, maxCache=0, usedCache=0, zipped=0)
+        result = self.on("zip-stats", "zswap-off")
+        self.assertCells(result.row(), totalCache=0, maxCache=0, zipRejected=0)
+        compressed = result.amounts("memory.zswap.current")
+        self.assertGreater(min(compressed), MB, "what is compressed stays so")
+        self.assertIs(result.row(), "usedCache", compressed)
+        result = self.on("vm-stats", "zswap-off")
+        self.assertIs(result.row(), "zipped", result.figures("meminfo", "Zswapped"))
+
+    def test_memory_that_is_in_place_again(self):
+        result = self.on("vm-stats", "unzipped")
+        self.assertEqual(set(result.figures("meminfo", "Zswapped") + self.swapped(result)), {0})
+        self.assertCells(result.row(), zipped=0, zipSaved=0, swapped=0)
+        self.assertGreaterEqual(min(result.figures("status", "RssAnon")), 32 * MB - 256, "it lags behind")
+        self.assertCells(result.row(), mapped=32 * MB)
+        self.assertCells(self.on("swap-stats", "unzipped").row(), swapped=0, totalReg=0, freeReg=0)
+        result = self.on("zip-stats", "unzipped")
+        self.assertCells(result.row(), totalCache=0, maxCache=0, usedCache=0)
+        unzipped = [4 * pages for pages in result.figures("memory.stat", "zswpin")]
+        self.assertGreaterEqual(min(unzipped), 2 * MB)
+        self.assertIs(result.row(), "unZipped", unzipped)
 
 
 class PressedMachine(SecondHost):
     """A machine that wants 40 MB and may have 24 MB. The limit is on its scope, two groups above its process."""
 
     def pressed(self, report, host=Host):
-        result = Pressed(host, report)
+        result = OnMachine(host, "pressed", report, "pressed")
         self.assertEqual(result.messages, "")
         return result
 
@@ -312,7 +518,7 @@ class PressedMachine(SecondHost):
 
     def test_peaks(self):
         group = self.pressed("group-stats")
-        [scope] = [row for row in group.rows if row["name"].endswith("pressed.scope")]
+        scope = group.scope()
         self.assertBetween(scope["consumedPeak"], group.amounts("memory.peak"), 0, "consumedPeak")
         self.assertGreaterEqual(int(scope["consumedPeak"]), 23 * MB)
         self.assertGreaterEqual(int(scope["memSizePeak"]), int(scope["memSize"]))
@@ -329,10 +535,11 @@ class PressedMachine(SecondHost):
         self.assertBetween(swap.row()["hvcSwapOn"], hits, 0, "hvcSwapOn")
         self.assertCells(swap.row(), isSwapping="y")
         group = self.pressed("group-stats", host=Version1)
-        [scope] = [row for row in group.rows if row["name"].endswith("pressed.scope")]
+        scope = group.scope()
         self.assertCells(scope, max=24 * MB)
         self.assertBetween(scope["consumedPeak"], group.amounts("memory.max_usage_in_bytes"), 0, "consumedPeak")
         self.assertBetween(scope["consumed"], group.amounts("memory.usage_in_bytes"), 512, "consumed")
+        self.assertBetween(scope["memSizePeak"], group.amounts("memory.memsw.max_usage_in_bytes"), 0, "memSizePeak")
         self.assertCells(self.pressed("vm-stats", host=Version1).row(), max=24 * MB, allocTgt=24 * MB)
         self.assertCells(self.pressed("uw-stats", host=Version1).row(), max=24 * MB)
 
@@ -343,7 +550,10 @@ class WholeHost(SecondHost):
         self.assertGreater(sharing, 4000)
         [row] = Host.report("pshare-stats")
         self.assertCells(row, used=4 * shared, reclaimed=4 * sharing, cow=4 * (shared + sharing))
+        unshared = 4 * machines.fields(Host.file("proc/vmstat"))["cow_ksm"]
+        self.assertCells(row, totRemove=unshared, totAdd=4 * (shared + sharing) + unshared)
         zeros = int(Host.file("sys/kernel/mm/ksm/ksm_zero_pages")) if Host.has("sys/kernel/mm/ksm/ksm_zero_pages") else 0
+        self.assertCells(row, zero=4 * zeros)
         self.assertCells(Host.report("group-stats", ("gid", 0)), sharedSaved=4 * (sharing + zeros))
 
     def test_memory(self):
@@ -362,7 +572,7 @@ class WholeHost(SecondHost):
     def test_a_shortage_is_what_makes_somebody_wait(self):
         def row(name):
             [found] = machines.rows(Host.read(f"shortage/{name}"))
-            return {column: found[column] for column in ("memState", "numClear", "numSoft", "numHard", "numLow")}
+            return {column: found[column] for column in ("memState", "numHigh", "numClear", "numSoft", "numHard", "numLow")}
 
         idle, read, filled = row("idle"), row("read"), row("filled")
         self.assertEqual(idle["memState"], "High")
@@ -371,7 +581,7 @@ class WholeHost(SecondHost):
             self.assertEqual(read, idle, "reading a disk is no shortage")
             if os.path.exists(f"{Host.folder}/shortage/read-generations"):
                 self.assertEqual(row("read-generations"), idle, "nor is it if the kernel ages memory by generations")
-        for column in "numClear", "numSoft", "numHard", "numLow":
+        for column in "numHigh", "numClear", "numSoft", "numHard", "numLow":
             self.assertGreater(int(filled[column]), int(read[column]), column)
 
     def test_members_add_up_to_the_host(self):
@@ -379,6 +589,10 @@ class WholeHost(SecondHost):
         [host] = [row for row in rows if row["gid"] == "0"]
         members = sum(int(row["consumed"]) for row in rows if row["parGid"] == "0")
         self.assertNear(host["consumed"], members, 2 * MB, "consumed")
+        memory = [machines.fields(text) for text in Host.around("group-stats", "proc/meminfo")]
+        self.assertCells(host, memSize=memory[0]["MemTotal"], memSizePeak=memory[0]["MemTotal"])
+        used = [fields["MemTotal"] - fields["MemFree"] for fields in memory]
+        self.assertBetween(host["consumed"], used, 2 * MB, "consumed")
 
     def test_a_machine_has_the_limit_above_it(self):
         pid, _ = Host.load(machines.QEMU)
@@ -416,6 +630,10 @@ class WholeHost(SecondHost):
         row = Host.report("heap-stats", ("name", "task_struct"))
         self.assertCells(row, avgAllocSize=cache[3], numReqsPerGrowth=cache[4])
         self.assertNear(row["numRanges"], int(cache[14]), 20, "num_slabs")
+        active, objects, size, pages = (int(cache[i]) for i in (1, 2, 3, 5))
+        slab, avail = pages << 12, (objects - active) * size
+        self.assertNear(row["avail"], avail, 20 * slab, "avail, in bytes")
+        self.assertNear(row["used"], int(cache[14]) * slab - avail, 20 * slab, "used")
 
     def test_persistent_memory(self):
         regions = {row["regionUuid"]: row for row in Host.report("pmem-region-stats")}

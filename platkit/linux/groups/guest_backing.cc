@@ -1,5 +1,7 @@
 #include "platkit/linux/groups/guest_backing.h"
 
+#include <algorithm>
+
 namespace platkit {
 namespace {
 
@@ -7,7 +9,7 @@ namespace {
 // either case.
 GuestBacking BackingOf(const GuestFile &file, const CgroupMount &mount) {
   switch (FileSystemOf(mount, file.path)) {
-    case FileSystem::kHugetlbfs: return GuestBacking::kSharedMemory;
+    case FileSystem::kHugetlbfs: return GuestBacking::kHugetlb;
     case FileSystem::kTmpfs: return file.isShared ? GuestBacking::kSharedMemory : GuestBacking::kAnonymous;
     case FileSystem::kOther: break;
   }
@@ -17,12 +19,11 @@ GuestBacking BackingOf(const GuestFile &file, const CgroupMount &mount) {
 }  // namespace
 
 GuestBacking BackingOf(const QemuOptions &options, const CgroupMount &mount) {
-  GuestBacking backing = options.hasPrivateMemory ? GuestBacking::kAnonymous : GuestBacking::kSharedMemory;
-  for (const GuestFile &file : options.files) {
-    const GuestBacking ofFile = BackingOf(file, mount);
-    if (ofFile == GuestBacking::kFiles) return ofFile;
-    if (ofFile == GuestBacking::kAnonymous) backing = ofFile;
-  }
+  GuestBacking backing = GuestBacking::kHugetlb;
+  if (options.hasSharedMemory) backing = GuestBacking::kSharedMemory;
+  if (options.hasPrivateMemory) backing = GuestBacking::kAnonymous;
+  for (const GuestFile &file : options.files)
+    backing = std::max(backing, BackingOf(file, mount));
   return backing;
 }
 

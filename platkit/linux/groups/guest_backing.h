@@ -9,9 +9,11 @@
 
 namespace platkit {
 
+// Each kind allows the pages of those before it.
 enum class GuestBacking : uint8_t {
-  kAnonymous,     // at least some are anonymous pages, like the monitor's own; also if unknown
-  kSharedMemory,  // all are shared memory or huge pages of a pool, which the monitor itself does not use
+  kHugetlb,       // all are huge pages of a pool, which the monitor itself does not use
+  kSharedMemory,  // some are shared memory
+  kAnonymous,     // some are anonymous pages, like the monitor's own; also if unknown
   kFiles,         // some are pages of files on a disk, like the monitor's program
 };
 

@@ -22,14 +22,15 @@ struct GuestMemory {
   Figure mapped;  // the memory that KVM has mapped for the guest; absent if unknown
 };
 
-// The guest's part of a VM's process. It is exact for GuestBacking::kSharedMemory. Otherwise all pages of the kind that
-// the guest's memory has are an upper bound, because some are the monitor's. The guest's size is another upper bound.
+// The guest's part of a VM's process. It is exact for GuestBacking::kHugetlb, and for kSharedMemory unless the
+// monitor has shared memory of its own. Otherwise all pages of the kind that the guest's memory has are an upper bound,
+// because some are the monitor's. The guest's size is another upper bound.
 //
 // KVM's count is a lower bound: KVM drops mappings now and then. The monitor's own part of the anonymous pages is at
 // most all that the process may write, less the guest's memory, which gives another lower bound. The higher of the two
 // is closer to the guest's part than the upper bound if only the guest makes its memory resident.
 inline Figure GuestPart(const ProcessStatus &status, const GuestMemory &guest) {
-  Figure pages = status.sharedMemory;
+  Figure pages = guest.backing == GuestBacking::kHugetlb ? Figure(0) : status.sharedMemory;
   if (guest.backing == GuestBacking::kAnonymous) pages = status.anonymous + status.sharedMemory;
   if (guest.backing == GuestBacking::kFiles) pages = status.resident;
   const Figure most = Lower(pages.IfAbsent(status.resident) + status.hugePages, guest.size);

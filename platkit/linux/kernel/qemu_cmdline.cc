@@ -70,6 +70,7 @@ struct Backend {
   std::string id;
   Figure size;            // in KB
   bool isPrivate = true;  // anonymous pages
+  bool isHuge = false;    // huge pages of a pool; unknown for a file
   std::string file = {};  // empty: none
   bool isShared = false;  // of a file
 
@@ -83,7 +84,8 @@ Backend BackendOf(const QemuProperties &properties) {
   const bool isShared = properties.IsOn("share") || (isMemfd && properties.ValueOf("share").empty());
   Backend backend = {.id = std::string(properties.ValueOf("id")),
                      .size = ParseSizeInKB(properties.ValueOf("size"), kByte)};
-  if (isMemfd) backend.isPrivate = !isShared && !properties.IsOn("hugetlb");
+  if (isMemfd) backend.isHuge = properties.IsOn("hugetlb");
+  if (isMemfd) backend.isPrivate = !isShared && !backend.isHuge;
   if (type == "memory-backend-ram") backend.isPrivate = !isShared;
   if (type == "memory-backend-shm") backend.isPrivate = false;
   if (type == "memory-backend-file" && !properties.ValueOf("mem-path").empty()) {
@@ -225,6 +227,8 @@ void OptionParser::AddBacking(const std::string &backend) {
     options_.hasPrivateMemory = true;
   } else if (found->isFile()) {
     options_.files.push_back({found->file, found->isShared});
+  } else if (!found->isHuge) {
+    options_.hasSharedMemory = true;
   }
 }
 

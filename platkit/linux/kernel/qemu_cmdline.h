@@ -34,9 +34,10 @@ struct QemuOptions {
   Figure maxMemory;              // -m ...,maxmem=SIZE; absent: none
   bool mapsOtherMemory = false;  // a device other than pc-dimm maps memory, so mappings do not show the guest's size
 
-  // Where the guest's memory is. Without private memory and files, all of it is shared memory (memory-backend-memfd,
-  // -shm, or -ram with share=on) or huge pages of a pool (hugetlb=on).
+  // Where the guest's memory is. Without private memory, shared memory and files, all of it is huge pages of a pool
+  // (memory-backend-memfd with hugetlb=on).
   bool hasPrivateMemory = true;
+  bool hasSharedMemory = false;  // memory-backend-memfd, -shm, or -ram with share=on
   std::vector<GuestFile> files;  // memory-backend-file; -mem-path
   bool isPopulated = false;      // the monitor makes the memory resident, not the guest: prealloc=on, mem-lock=on,
                                  // -incoming, devices that the guest drives itself (vfio)

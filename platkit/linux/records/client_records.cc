@@ -292,12 +292,13 @@ const CgroupStat &ClientRecords::StatOf(Group *own) {
 
 Figure ClientRecords::PagesInKB(Figure pages) { return pages.isAbsent() ? pages : pages * pageSize_.KB(); }
 
-// VmSwap of a process omits shared memory. The control group's figure includes memory that zswap keeps compressed, and
-// memory that was read again but keeps its place in swap space.
+// VmSwap of a process omits shared memory. The figure of a version 2 control group includes memory that zswap keeps
+// compressed, and memory that was read again but keeps its place in swap space. Version 1 excludes the latter.
 Figure ClientRecords::Swapped(Group *own, const ProcessStatus &status) {
   if (own == nullptr) return status.swapped;
   const CgroupStat &stat = StatOf(own);
-  const Figure swap = stat.swap.isAbsent() ? reader_.Amount(*own, CgroupAmount::kSwap) : stat.swap;
+  if (!stat.swap.isAbsent()) return stat.swap / 1024;
+  const Figure swap = reader_.Amount(*own, CgroupAmount::kSwap);
   if (swap.isAbsent()) return status.swapped;
   return swap / 1024 - stat.zswapped / 1024 - stat.swapCached / 1024;
 }

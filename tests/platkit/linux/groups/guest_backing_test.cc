@@ -37,21 +37,22 @@ TEST(GuestBacking, TheBackendOfTheMachine) {
   EXPECT_EQ(OfBackend("memory-backend-memfd,id=ram"), kSharedMemory) << "a memfd is shared by default";
   EXPECT_EQ(OfBackend(R"({"qom-type":"memory-backend-memfd","id":"ram","share":true})"), kSharedMemory);
   EXPECT_EQ(OfBackend("memory-backend-memfd,id=ram,share=off"), kAnonymous);
-  EXPECT_EQ(OfBackend("memory-backend-memfd,id=ram,share=off,hugetlb=on"), kSharedMemory);
+  EXPECT_EQ(OfBackend("memory-backend-memfd,id=ram,share=off,hugetlb=on"), kHugetlb);
+  EXPECT_EQ(OfBackend("memory-backend-memfd,id=ram,hugetlb=on,hugetlbsize=2M"), kHugetlb);
   EXPECT_EQ(OfBackend("memory-backend-shm,id=ram"), kSharedMemory);
   EXPECT_EQ(OfBackend("memory-backend-epc,id=ram"), kAnonymous) << "of a type that is not known";
 }
 
 TEST(GuestBacking, Files) {
   const std::string file = "memory-backend-file,id=ram,mem-path=";
-  EXPECT_EQ(OfBackend(file + "/dev/hugepages/libvirt"), kSharedMemory);
-  EXPECT_EQ(OfBackend(file + "/dev/hugepages/libvirt,share=on"), kSharedMemory);
+  EXPECT_EQ(OfBackend(file + "/dev/hugepages/libvirt"), kHugetlb);
+  EXPECT_EQ(OfBackend(file + "/dev/hugepages/libvirt,share=on"), kHugetlb);
   EXPECT_EQ(OfBackend(file + "/dev/shm/ram,share=on"), kSharedMemory);
   EXPECT_EQ(OfBackend(file + "/dev/shm/ram,share=off"), kAnonymous) << "what is written is copied";
   EXPECT_EQ(OfBackend(file + "/var/lib/ram,share=on"), kFiles);
   EXPECT_EQ(OfBackend(file + "/var/lib/ram"), kFiles);
   EXPECT_EQ(OfBackend(file), kAnonymous) << "without a path";
-  EXPECT_EQ(Of({"-mem-path", "/dev/hugepages"}), kSharedMemory);
+  EXPECT_EQ(Of({"-mem-path", "/dev/hugepages"}), kHugetlb);
   EXPECT_EQ(Of({"-mem-path", "/dev/shm"}), kAnonymous);
   EXPECT_EQ(Of({"-mem-path", "/dev/hugepages"}, CgroupMount()), kFiles) << "in a container, paths mean other files";
 }
@@ -76,6 +77,15 @@ TEST(GuestBacking, AllPartsCount) {
   EXPECT_EQ(with({"-machine", "memory-backend=shared", "-device", "pc-dimm,memdev=none"}), kAnonymous);
   EXPECT_EQ(with({"-machine", "memory-backend=shared", "-readconfig", "file"}), kAnonymous) << "the file may add more";
   EXPECT_EQ(with({"-device", "pc-dimm,memdev=shared"}), kAnonymous) << "the machine itself has no backend";
+  const Words huge = {"-object", "memory-backend-memfd,id=huge,hugetlb=on", "-machine", "memory-backend=huge"};
+  const auto beside = [&](const std::string &dimm) {
+    Words all = huge;
+    all.insert(all.end(), {"-device", "pc-dimm,memdev=" + dimm});
+    return with(all);
+  };
+  EXPECT_EQ(beside("huge"), kHugetlb);
+  EXPECT_EQ(beside("shared"), kSharedMemory);
+  EXPECT_EQ(beside("private"), kAnonymous);
 }
 
 TEST(GuestBacking, AnotherMonitor) { EXPECT_EQ(BackingOf(ParseQemuCommandLine(""), Mounts()), kAnonymous); }

@@ -39,6 +39,9 @@ TEST(ProcessMemory, HugePagesAreTheGuests) {
   status.hugePages = Figure(2048);
   EXPECT_EQ(GuestPart(status, {.size = Figure(5000), .backing = kSharedMemory, .mapped = {}}), Figure(2548));
   EXPECT_EQ(GuestPart(status, {.size = Figure(9000), .backing = kAnonymous, .mapped = {}}), Figure(6548));
+  const GuestMemory guest = {.size = Figure(5000), .backing = kHugetlb, .mapped = {}};
+  EXPECT_EQ(GuestPart(status, guest), Figure(2048)) << "shared memory is the monitor's";
+  EXPECT_EQ(VmOverhead(status, guest), Figure(4700 + 30));
 }
 
 TEST(ProcessMemory, KvmsCountIsALowerBound) {

@@ -257,6 +257,17 @@ TEST(ClientRecords, AGuestInSharedMemoryIsToldFromItsMonitor) {
   EXPECT_CELL(host.ask().Stats(kFirstVm + 310).consumed, 1464000u);
 }
 
+TEST(ClientRecords, AGuestInHugePagesHasNoSharedMemory) {
+  SavedHost host("clients.host");
+  std::string status = host.Read("proc/310/status");
+  host.Write("proc/310/status",
+             status.replace(status.find("HugetlbPages:\t       0 kB"), 25, "HugetlbPages:  512000 kB"));
+  AddWords(host, 310,
+           {"-machine", "q35,memory-backend=ram", "-object", "memory-backend-memfd,id=ram,size=2G,hugetlb=on"});
+  EXPECT_CELL(Vmm(host, 310).mapped, 512000u + 2000) << "huge pages, and the page of zeros";
+  EXPECT_CELL(host.ask().Stats(310).ovhd, 1500000u + 4000);
+}
+
 TEST(ClientRecords, KvmTellsWhatAnAnonymousGuestHasMapped) {
   SavedHost host("clients.host");
   std::string status = host.Read("proc/310/status");
@@ -747,7 +758,7 @@ TEST(ClientRecords, Version1) {
              "rss 1\ntotal_rss 1048576\ntotal_swap 2048\ntotal_rss_huge 4194304\ntotal_swapcached 1024\n");
   EXPECT_CELL(Vmm(host, 100).memSize, MB(16));
   EXPECT_CELL(Vmm(host, 100).allocTgt, MB(12)) << "the soft limit";
-  EXPECT_CELL(Swap(host, 100).swapped, 1u);
+  EXPECT_CELL(Swap(host, 100).swapped, 2u) << "the swap cache is not in total_swap";
   EXPECT_CELL(Swap(host, 100).swapRead, 1u);
   EXPECT_CELL(LargePages(host, 100).backings2M, 2u);
   EXPECT_CELL(host.ask().Alloc(100).max, MB(16));
