@@ -1,6 +1,5 @@
 #!/bin/sh
 # The first program of the second host. It sets up the host, runs every report, and writes the results and the host's
-<<<<<<< ours
 # files to the disk as an archive. These are the folders of the archive:
 #
 #   files    The files of /proc, /sys and the control groups with which the reports are compared, at their own paths.
@@ -12,8 +11,15 @@
 #
 #   replay   The output, messages and exit status of each report from a capture of the host, host.nodal.
 #
+#   huge     Reports on two stopped QEMU machines with memory in huge pages of the pools. The folder also has the files
+#            of the machines, of the group of one of them, of the pools and of /proc right before (.before) and after
+#            (.after) each report, and the answers of the monitors (.monitor).
+#
 #   pressed  Reports on a machine that wants more memory than its limit, which is two groups above it. The folder also
 #            has the files of its group and of /proc right before and after each report.
+#
+#   zipped   The same as "pressed" for a machine beyond its limit, with zswap. The folder "zswap-off" has the same after
+#            zswap is off, and "unzipped" after the swap space is off, when all memory of the machine is resident.
 #
 #   shortage The report comp-stats while the host is idle (idle), after it has read a disk that is larger than its
 #            memory (read), and after programs have asked for more memory than the host has (filled). "pressure" is the
@@ -21,37 +27,6 @@
 #
 # With "hierarchy=v1" on the kernel's command line, the memory controller is on version 1 of control groups, and the
 # archive has only the folder "pressed".
-||||||| base
-# files to the disk as an archive. The folders of the archive:
-#   files    files of /proc, /sys and the control groups to compare the reports with, at their own paths
-#   live     each report: its output, its messages (.err) and its exit status (.status); and the lines of files with
-#            changing figures, after their paths, right before (.before) and after (.after) the report
-#   user     the same for an ordinary user
-#   replay   the same from a capture of the host, host.nodal
-#   pressed  a machine that wants more memory than its limit, two groups above it, allows: reports while it waits, with the
-#            files of its group and /proc right before and after
-#   shortage comp-stats while the host is idle (idle), after it has read a disk that is larger than its memory (read; the
-#            pressure at that time is in pressure), and after programs have asked for more memory than there is (filled)
-# With "hierarchy=v1" on the kernel's command line, the memory controller is on version 1 of control groups, and there is
-# only the folder "pressed".
-=======
-# files to the disk as an archive. The folders of the archive:
-#   files    files of /proc, /sys and the control groups to compare the reports with, at their own paths
-#   live     each report: its output, its messages (.err) and its exit status (.status); and the lines of files with
-#            changing figures, after their paths, right before (.before) and after (.after) the report
-#   user     the same for an ordinary user
-#   replay   the same from a capture of the host, host.nodal
-#   huge     two stopped QEMU machines with memory in huge pages of the pools: reports, with the files of the machines, the
-#            group of one of them, the pools and /proc right before (.before) and after (.after); the answers of their
-#            monitors (.monitor)
-#   pressed  the same for a machine that wants more memory than its limit, two groups above it, allows: it waits
-#   zipped   the same for a machine beyond its limit, with zswap; after zswap is off (zswap-off); and after the swap space
-#            is off and all its memory in place again (unzipped)
-#   shortage comp-stats while the host is idle (idle), after it has read a disk that is larger than its memory (read; the
-#            pressure at that time is in pressure), and after programs have asked for more memory than there is (filled)
-# With "hierarchy=v1" on the kernel's command line, the memory controller is on version 1 of control groups, and there is
-# only the folder "pressed".
->>>>>>> theirs
 export PATH=/bin LD_LIBRARY_PATH=/lib
 /bin/busybox --install -s /bin
 out=/tmp/out
@@ -160,15 +135,9 @@ start_loads() {
   echo 0 >/sys/kernel/mm/ksm/run
 }
 
-<<<<<<< ours
-# Each of the two loads without LOAD has 2048 pages that contain all ones or all twos. Merging keeps a few copies.
-||||||| base
-# Both loads have 2048 pages with two different contents; a few of them remain.
-=======
 loads_are_ready() { [ -e /tmp/ready.$! ] && [ "$(ls /tmp/ready.* | wc -l)" -eq 4 ] && merging_is_done; }
 
-# Both loads have 2048 pages with two different contents; a few of them remain.
->>>>>>> theirs
+# Each of the two loads without LOAD has 2048 pages that contain all ones or all twos. Merging keeps a few copies.
 merging_is_done() { [ "$(cat /sys/kernel/mm/ksm/pages_sharing)" -gt 4000 ]; }
 
 save_files() {
@@ -207,13 +176,6 @@ read_what_moves() {
     /sys/fs/cgroup/outer/*/memory*.current $slice/*/memory*.current /sys/block/zram0/mm_stat >"$folder/$report.$1"
 }
 
-<<<<<<< ours
-# press_machine FOLDER PRESSURE REPORT...: starts a machine in a folder of control groups, and lets it write memory.
-# Once the file PRESSURE shows that it waited for memory in 20% of the last ten seconds, stops it and runs the reports.
-||||||| base
-# press_machine FOLDER PRESSURE REPORT...: starts a machine in a folder of control groups, lets it write until the file
-# shows that it has waited for memory for a fifth of ten seconds, stops it, and runs the reports.
-=======
 # report_on FOLDER REPORT...: runs the reports. Saves the files of the processes $machines and of the group $scope before
 # and after each of them.
 report_on() {
@@ -272,9 +234,8 @@ stop_huge_machines() {
   rm -r /qemu /tmp/data
 }
 
-# press_machine FOLDER PRESSURE REPORT...: starts a machine in a folder of control groups, lets it write until the file
-# shows that it has waited for memory for a fifth of ten seconds, stops it, and runs the reports.
->>>>>>> theirs
+# press_machine FOLDER PRESSURE REPORT...: starts a machine in a folder of control groups, and lets it write memory.
+# Once the file PRESSURE shows that it waited for memory in 20% of the last ten seconds, stops it and runs the reports.
 press_machine() {
   scope=$1/$pressed
   pressure=$2
