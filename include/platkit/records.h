@@ -4,13 +4,13 @@
  * The comment above each record gives the path of its node. The comment on a field gives its unit, then its meaning:
  *
  *   KB, bytes, 4 KB pages, 2 MB blocks, percent, microseconds
- *   count      how many, or how often
- *   ID         names something: a group, a memory client, a device
+ *   count      a number of objects or events
+ *   ID         identifies an object, such as a group, a memory client or a device
  *   bit mask   the bits are listed at the end of this file, or in the meaning
  *   boolean    0: no; any other value: yes
  *
- * A field without a unit is a plain number or a text. A KB field with all bits set is not available or, for a limit,
- * unlimited. Bytes whose meaning is not known are named unread_<offset>.
+ * A field without a unit is a plain number or a text. If all bits of a KB field are set, its amount is not available
+ * or, for a limit, unlimited. Bytes whose meaning is not known are named unread_<offset>.
  *
  * Fields are not aligned: read and assign them by value, and never take their addresses.
  */
@@ -39,12 +39,12 @@ typedef struct GroupTagRecord {
 
 /* /sched/groups/{group:int}/parentGroupID */
 typedef struct ParentGroupIDRecord {
-  int64_t parentGroupID; /* ID: the group above this one; -1 for the top of the hierarchy */
+  int64_t parentGroupID; /* ID: the parent group; -1 for the top of the hierarchy */
 } ParentGroupIDRecord;
 
 /* /sched/groups/{group:int}/groupFlags */
 typedef struct GroupFlagsRecord {
-  uint32_t flags; /* bit mask: what kind of group it is, in HVC_GROUP_... bits */
+  uint32_t flags; /* bit mask: kind of the group, in HVC_GROUP_... bits */
 } GroupFlagsRecord;
 
 /* /sched/groups/{group:int}/groupLeaderID */
@@ -105,7 +105,10 @@ typedef struct GroupMemoryStatsRecord {
   uint8_t unread_317[3];
 } GroupMemoryStatsRecord;
 
-/* A memory client, which accounts the memory of a world: /sched/memClients/... and two others */
+/*
+ * A memory client, which accounts for the memory of a world: /sched/memClients/..., /memory/lpage/vmLPage/... and
+ * /worldGroups/...
+ */
 
 /* /sched/memClients/{client:int}/kestrel/vmm */
 typedef struct VmmMemoryStatsRecord {
@@ -156,7 +159,7 @@ typedef struct VmSwapInfoRecord {
   uint64_t discarded;      /* KB: swapped memory discarded */
   uint32_t vmmSwapOn;      /* count: times the VMM's swapper was turned on */
   uint32_t hvcSwapOn;      /* count: times the kernel's swapper was turned on */
-  uint32_t currentSwapper; /* 0: the VMM's swapper; else the kernel's */
+  uint32_t currentSwapper; /* 0: the VMM's swapper; any other value: the kernel's */
   uint8_t unread_109[28];
   uint64_t totalReg;   /* KB: space in the regular swap file */
   uint64_t freeReg;    /* KB: free space in the regular swap file */
@@ -165,7 +168,7 @@ typedef struct VmSwapInfoRecord {
   uint64_t cptWritten; /* KB: checkpoint memory written */
   uint64_t totalMig;   /* KB: space in the migration swap file */
   uint64_t freeMig;    /* KB: free space in the migration swap file */
-  uint32_t cacheUsage; /* KB: use of the swap-slot cache */
+  uint32_t cacheUsage; /* KB: size of the swap-slot cache in use */
   uint8_t unread_197[12];
   uint64_t swapoutReady; /* ready time spent by the swap-out client; its unit is not known */
   uint8_t unread_217[3];
@@ -227,7 +230,7 @@ typedef struct ZipStatsRecord {
   uint64_t zipped;        /* KB: memory compressed */
   uint64_t unZipped;      /* KB: memory decompressed */
   uint8_t unread_48[8];
-  uint64_t zipRejected; /* KB: memory rejected */
+  uint64_t zipRejected; /* KB: memory rejected by the compression cache */
   uint8_t unread_64[16];
   uint64_t avgZipTime; /* microseconds: average compression time */
   uint8_t unread_88[16];
@@ -245,13 +248,13 @@ typedef struct LPageStatsRecord {
   uint8_t unread_36[16];
   uint64_t failPinnedLate; /* count: attempts that failed because of late pinning */
   uint8_t unread_60[24];
-  uint32_t lockSuccess;      /* count: guest large-page locking attempts; add lockSuccess2 */
+  uint32_t lockSuccess;      /* count: part of the attempts to lock large pages; add lockSuccess2 */
   uint64_t broken;           /* count: backings broken */
   uint32_t maxSwapThreshold; /* count: current maximum swap-in threshold */
   uint8_t unread_100[4];
   uint32_t backings1G; /* count: current 1 GB large-page backings */
   uint8_t unread_108[32];
-  uint32_t lockSuccess2; /* count: guest large-page locking attempts; add lockSuccess */
+  uint32_t lockSuccess2; /* count: part of the attempts to lock large pages; add lockSuccess */
   uint8_t unread_144[4];
 } LPageStatsRecord;
 
@@ -298,7 +301,7 @@ typedef struct PShareStatsRecord {
   uint64_t lpageHintsRemoved; /* 4 KB pages: large-page hints ever removed */
   uint8_t unread_104[64];
   uint64_t peakChainLength; /* count: longest hash chain seen */
-  uint64_t peakChainIndex;  /* hash bucket that holds that chain */
+  uint64_t peakChainIndex;  /* hash bucket of the longest chain */
   uint64_t peakRefCount;    /* count: highest reference count of one shared page */
   uint8_t unread_192[16];
 } PShareStatsRecord;
@@ -319,7 +322,7 @@ typedef struct BuddySizeRecord {
 /* /system/buddy/{buddy:text}/comprehensive */
 typedef struct BuddyComprehensiveRecord {
   uint8_t unread_0[8];
-  BuddySizeRecord sizes[19]; /* one entry per buffer size, 4 KB times 2 to the k */
+  BuddySizeRecord sizes[19]; /* entry k counts buffers of 4 KB times 2 to the power of k */
 } BuddyComprehensiveRecord;
 
 /* /memory/comprehensive */
@@ -436,7 +439,7 @@ typedef struct RegionStoreRecord {
   uint64_t availableBlocks; /* 2 MB blocks: available to reserve */
   uint32_t totalRegions;    /* count: regions in the region store */
   uint32_t freeRegions;     /* count: free regions in the region store */
-  uint64_t totalBlocks;     /* 2 MB blocks: in all */
+  uint64_t totalBlocks;     /* 2 MB blocks: total */
   uint8_t unread_40[8];
 } RegionStoreRecord;
 

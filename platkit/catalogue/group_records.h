@@ -26,7 +26,7 @@ template <>
 struct RecordTable<ParentGroupIDRecord> {
   PLATKIT_TABLE_OF(ParentGroupIDRecord);
   static constexpr Field kFields[] = {
-      PLATKIT_FIELD(0, int64_t, parentGroupID, ID, "the group above this one; -1 for the top of the hierarchy"),
+      PLATKIT_FIELD(0, int64_t, parentGroupID, ID, "the parent group; -1 for the top of the hierarchy"),
   };
 };
 
@@ -34,7 +34,7 @@ template <>
 struct RecordTable<GroupFlagsRecord> {
   PLATKIT_TABLE_OF(GroupFlagsRecord);
   static constexpr Field kFields[] = {
-      PLATKIT_FIELD(0, uint32_t, flags, FLAGS, "what kind of group it is, in HVC_GROUP_... bits"),
+      PLATKIT_FIELD(0, uint32_t, flags, FLAGS, "kind of the group, in HVC_GROUP_... bits"),
   };
 };
 

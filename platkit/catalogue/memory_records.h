@@ -25,7 +25,7 @@ struct RecordTable<PShareStatsRecord> {
       PLATKIT_FIELD(96, uint64_t, lpageHintsRemoved, PAGES, "large-page hints ever removed"),
       PLATKIT_GAP(104, 64),
       PLATKIT_FIELD(168, uint64_t, peakChainLength, COUNT, "longest hash chain seen"),
-      PLATKIT_FIELD(176, uint64_t, peakChainIndex, NUMBER, "hash bucket that holds that chain"),
+      PLATKIT_FIELD(176, uint64_t, peakChainIndex, NUMBER, "hash bucket of the longest chain"),
       PLATKIT_FIELD(184, uint64_t, peakRefCount, COUNT, "highest reference count of one shared page"),
       PLATKIT_GAP(192, 16),
   };
@@ -55,7 +55,7 @@ struct RecordTable<BuddyComprehensiveRecord> {
   PLATKIT_TABLE_OF(BuddyComprehensiveRecord);
   static constexpr Field kFields[] = {
       PLATKIT_GAP(0, 8),
-      PLATKIT_ENTRIES(8, BuddySizeRecord, sizes, 19, "one entry per buffer size, 4 KB times 2 to the k"),
+      PLATKIT_ENTRIES(8, BuddySizeRecord, sizes, 19, "entry k counts buffers of 4 KB times 2 to the power of k"),
   };
 };
 

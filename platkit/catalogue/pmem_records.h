@@ -23,7 +23,7 @@ struct RecordTable<RegionStoreRecord> {
       PLATKIT_FIELD(16, uint64_t, availableBlocks, BLOCKS, "available to reserve"),
       PLATKIT_FIELD(24, uint32_t, totalRegions, COUNT, "regions in the region store"),
       PLATKIT_FIELD(28, uint32_t, freeRegions, COUNT, "free regions in the region store"),
-      PLATKIT_FIELD(32, uint64_t, totalBlocks, BLOCKS, "in all"),
+      PLATKIT_FIELD(32, uint64_t, totalBlocks, BLOCKS, "total"),
       PLATKIT_GAP(40, 8),
   };
 };
