@@ -26,15 +26,15 @@ struct NODAL_Param {
   std::string_view text() const { return {chars, length}; }
 };
 
-// Lists live on the C heap: an operation that runs out of memory returns a status instead of throwing. Each text has
-// its own allocation, which never moves, because callers hold pointers to it.
+// Lists allocate their memory with malloc, so an operation that runs out of memory returns a status instead of
+// throwing. Each text has its own allocation, which never moves, because callers hold pointers to it.
 struct NODAL_ParamList {
  public:
   NODAL_ParamList(const NODAL_ParamList &) = delete;
   NODAL_ParamList &operator=(const NODAL_ParamList &) = delete;
 
-  // An empty list, or null if memory is short. A fixed list takes at most `count` parameters, and `textBytes` bytes of
-  // text, terminators included.
+  // Return an empty list, or null if memory is short. A fixed list takes at most `count` parameters and `textBytes`
+  // bytes of text, terminators included.
   static NODAL_ParamList *Make() noexcept;
   static NODAL_ParamList *MakeFixed(uint32_t count, uint32_t textBytes) noexcept;
   void Destroy() noexcept;
@@ -47,7 +47,7 @@ struct NODAL_ParamList {
   [[nodiscard]] HVC_ReturnStatus RemoveLast() noexcept;
   void Clear() noexcept;
 
-  // Makes room for `count` parameters in one step. If memory is short, the Add that needs the room fails.
+  // Makes room for `count` parameters in one step. If memory is short, this does nothing, and a later Add fails.
   void Expect(uint64_t count) noexcept;
 
   std::span<const NODAL_Param> params() const { return {params_, count_}; }
@@ -78,7 +78,7 @@ struct DestroyParamList {
 };
 using OwnedParamList = std::unique_ptr<ParamList, DestroyParamList>;
 
-// A parameter outside of lists. Its text belongs to the caller.
+// Return a parameter that belongs to no list. The caller owns the text.
 inline NODAL_Param IntParam(int64_t value) { return {.kind = ParamKind::kInt, .length = 0, .integer = value}; }
 inline NODAL_Param TextParam(std::string_view text) {
   return {.kind = ParamKind::kText, .length = static_cast<uint32_t>(text.size()), .chars = text.data()};
