@@ -1,4 +1,4 @@
-// A buffer for the bytes of one value after another. It keeps the memory of the largest one.
+// A buffer that holds the bytes of one value at a time. It keeps the memory of the largest value so far.
 #ifndef PLATKIT_SNAPSHOT_VALUE_BUFFER_H
 #define PLATKIT_SNAPSHOT_VALUE_BUFFER_H
 
@@ -12,7 +12,7 @@ namespace platkit::snapshot {
 
 class ValueBuffer {
  public:
-  // Makes room for `size` bytes, without their previous contents. Returns false if there is not enough memory.
+  // Makes room for `size` bytes, without keeping the previous contents. Returns false if there is not enough memory.
   [[nodiscard]] bool Resize(size_t size) {
     if (size > capacity_ && !Grow(std::max(size, 2 * capacity_))) return false;
     size_ = size;
@@ -26,7 +26,7 @@ class ValueBuffer {
 
   bool Grow(size_t capacity) {
     capacity = std::max(capacity, kMinCapacity);
-    memory_.reset();  // first, because the old contents are not kept
+    memory_.reset();  // frees the old memory first, because its contents are not kept
     memory_.reset(new (std::nothrow) std::byte[capacity]);
     capacity_ = memory_ == nullptr ? 0 : capacity;
     if (memory_ == nullptr) size_ = 0;
