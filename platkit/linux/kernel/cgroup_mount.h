@@ -31,7 +31,7 @@ struct CgroupMount {
   // The devices of mounted file systems whose files are memory, in ascending order: tmpfs and hugetlbfs.
   std::vector<DeviceNumber> memoryDevices;
 
-  // Where these file systems are mounted, and what is mounted below them, by absolute path.
+  // The mount points of these file systems, and all mount points below them, by absolute path.
   std::map<std::string, FileSystem, std::less<>> memoryFolders;
 };
 

@@ -10,7 +10,7 @@
 
 namespace platkit {
 
-// In KB. 0 on a kernel without swap.
+// Amounts are in KB. They are 0 on a kernel without swap.
 struct Swaps {
   // Of all swap files and partitions except zram, which is memory.
   Figure total;  // Size

@@ -1,4 +1,4 @@
-// /sys/block/zramN/mm_stat: the memory of a zram device, which keeps what is written to it in compressed form.
+// /sys/block/zramN/mm_stat: the memory of a zram device, which stores the data written to it compressed in memory.
 #ifndef PLATKIT_LINUX_KERNEL_ZRAM_H
 #define PLATKIT_LINUX_KERNEL_ZRAM_H
 
