@@ -47,7 +47,7 @@ class AtomicFile {
   // Waits until the data is on the disk, which may take long. Statuses as for Commit.
   [[nodiscard]] HVC_ReturnStatus Sync();
 
-  // Syncs the new file and renames it to the target, in place of a file that exists there.
+  // Syncs the new file and renames it to the target. Replaces an existing file.
   //
   // Statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors, such as a full disk.
   [[nodiscard]] HVC_ReturnStatus Commit();

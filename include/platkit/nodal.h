@@ -103,8 +103,8 @@ PLATKIT_EXPORT uint32_t NODAL_ParamListUsedCount(const NODAL_ParamList *list);
 /*
  * Store the integer at `index`, counted from 0, in `*value`.
  *
- * HVC_BAD_PARAM: a null pointer. HVC_NOT_FOUND: the list ends before `index`. HVC_WRONG_KIND: the parameter is a text.
- * HVC_OUT_OF_RANGE: the integer does not fit the type of `*value`.
+ * HVC_BAD_PARAM: a null pointer. HVC_NOT_FOUND: the list has no parameter at `index`. HVC_WRONG_KIND: the parameter is
+ * a text. HVC_OUT_OF_RANGE: the integer does not fit the type of `*value`.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_ParamListGetInt64(const NODAL_ParamList *list, uint32_t index,
                                                                           int64_t *value);
@@ -116,13 +116,13 @@ PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_ParamListGetUInt32(const
 /*
  * Stores a pointer to the text at `index` in `*text`. The list owns the text (convention 5).
  *
- * HVC_BAD_PARAM: a null pointer. HVC_NOT_FOUND: the list ends before `index`. HVC_WRONG_KIND: the parameter is an
- * integer.
+ * HVC_BAD_PARAM: a null pointer. HVC_NOT_FOUND: the list has no parameter at `index`. HVC_WRONG_KIND: the parameter is
+ * an integer.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_ParamListGetString(const NODAL_ParamList *list, uint32_t index,
                                                                            const char **text);
 
-/* Returns the parameter at `index`, which the list owns (convention 5), or null if the list ends before it. */
+/* Returns the parameter at `index`, which the list owns (convention 5), or null if there is none. */
 PLATKIT_EXPORT const NODAL_Param *NODAL_ParamListGetParam(const NODAL_ParamList *list, uint32_t index);
 
 /* Returns the integer of a parameter; 0 for a text and for null. */
@@ -138,8 +138,8 @@ PLATKIT_EXPORT int64_t NODAL_ParamGetInt(const NODAL_Param *param);
  * HVC_NO_PERMISSION: this user may not read the record. HVC_IO_ERROR: the read failed. HVC_SNAPSHOT_DAMAGED: the record
  * is damaged in the snapshot or the history.
  *
- * Statuses of the registers in a device's configuration space (pciConfigReg): HVC_BAD_PARAM: the size is not 1, 2 or 4
- * bytes. HVC_UNALIGNED_ADDRESS: the address is not a multiple of the size. HVC_ADDRESS_TOO_HIGH: the address is
+ * A register of a device's configuration space (pciConfigReg) has more statuses. HVC_BAD_PARAM: the size is not 1, 2 or
+ * 4 bytes. HVC_UNALIGNED_ADDRESS: the address is not a multiple of the size. HVC_ADDRESS_TOO_HIGH: the address is
  * negative or beyond the end of the space.
  */
 PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_Get(uint32_t node, const NODAL_ParamList *args, void *record,
@@ -148,9 +148,10 @@ PLATKIT_NODISCARD PLATKIT_EXPORT HVC_ReturnStatus NODAL_Get(uint32_t node, const
 /*
  * Writes the value in `input` to a node. No node returns output: pass null and 0 for `output` and `outputSize`.
  *
- * One node can be written: a register of a device's configuration space (pciConfigReg). Its value is one integer,
- * written with a single access of the size in the arguments: 1, 2 or 4 bytes. The running host accepts such writes, and
- * so does a root folder opened with NODAL_CACHE_WRITABLE. Nothing else in this interface writes to a source.
+ * One node can be written: a register of a device's configuration space (pciConfigReg). Its value is one integer. The
+ * arguments give the size of the register: 1, 2 or 4 bytes, which are written with a single access. The running host
+ * accepts such writes, and so does a root folder opened with NODAL_CACHE_WRITABLE. Nothing else in this interface
+ * writes to a source.
  *
  * HVC_BAD_PARAM: `input` is null, or an output was passed. HVC_READ_ONLY: the node or the source cannot be written.
  * HVC_NODE_NOT_WRITABLE: `input` is not one integer. HVC_OUT_OF_RANGE: the value does not fit the register.

@@ -96,11 +96,11 @@ typedef struct GroupMemoryStatsRecord {
   uint8_t unread_252[8];
   uint64_t eMinPeak; /* KB: peak of the effective reservation since the last reset */
   uint8_t unread_268[8];
-  uint64_t consumedPeak; /* KB: peak of consumed since the last reset */
+  uint64_t consumedPeak; /* KB: peak of the consumed memory since the last reset */
   uint8_t unread_284[8];
   uint64_t memSizePeak; /* KB: peak of memSize since the last reset */
   uint8_t unread_300[8];
-  uint8_t throttlePct;    /* percent: share of the possible time that the guest may execute */
+  uint8_t throttlePct;    /* percent: share of the time in which the guest may execute */
   uint64_t rMinChildPeak; /* KB: peak of the reservation requested for subgroups since the last reset */
   uint8_t unread_317[3];
 } GroupMemoryStatsRecord;
@@ -168,7 +168,7 @@ typedef struct VmSwapInfoRecord {
   uint64_t cptWritten; /* KB: checkpoint memory written */
   uint64_t totalMig;   /* KB: space in the migration swap file */
   uint64_t freeMig;    /* KB: free space in the migration swap file */
-  uint32_t cacheUsage; /* KB: size of the swap-slot cache in use */
+  uint32_t cacheUsage; /* KB: part of the swap-slot cache in use */
   uint8_t unread_197[12];
   uint64_t swapoutReady; /* ready time spent by the swap-out client; its unit is not known */
   uint8_t unread_217[3];
@@ -388,7 +388,7 @@ typedef struct LPoolStatsRecord {
   uint64_t nrDefragCancelled;  /* count: defragmentation attempts cancelled */
   uint64_t nrDefragReaped;     /* count: defragmentation attempts reaped */
   uint64_t nrLPagesDefragged;  /* count: large pages defragmented */
-  uint64_t peakDefragAttempts; /* count: most defragmentation attempts for one large page */
+  uint64_t peakDefragAttempts; /* count: maximum defragmentation attempts for one large page */
   uint64_t nrCachehit;         /* count: hits in the large-page victim cache */
 } LPoolStatsRecord;
 

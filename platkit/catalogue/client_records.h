@@ -69,7 +69,7 @@ struct RecordTable<VmSwapInfoRecord> {
       PLATKIT_FIELD(169, uint64_t, cptWritten, KB, "checkpoint memory written"),
       PLATKIT_FIELD(177, uint64_t, totalMig, KB, "space in the migration swap file"),
       PLATKIT_FIELD(185, uint64_t, freeMig, KB, "free space in the migration swap file"),
-      PLATKIT_FIELD(193, uint32_t, cacheUsage, KB, "size of the swap-slot cache in use"),
+      PLATKIT_FIELD(193, uint32_t, cacheUsage, KB, "part of the swap-slot cache in use"),
       PLATKIT_GAP(197, 12),
       PLATKIT_FIELD(209, uint64_t, swapoutReady, NUMBER,
                     "ready time spent by the swap-out client; its unit is not known"),

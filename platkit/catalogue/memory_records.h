@@ -136,7 +136,7 @@ struct RecordTable<LPoolStatsRecord> {
       PLATKIT_FIELD(56, uint64_t, nrDefragCancelled, COUNT, "defragmentation attempts cancelled"),
       PLATKIT_FIELD(64, uint64_t, nrDefragReaped, COUNT, "defragmentation attempts reaped"),
       PLATKIT_FIELD(72, uint64_t, nrLPagesDefragged, COUNT, "large pages defragmented"),
-      PLATKIT_FIELD(80, uint64_t, peakDefragAttempts, COUNT, "most defragmentation attempts for one large page"),
+      PLATKIT_FIELD(80, uint64_t, peakDefragAttempts, COUNT, "maximum defragmentation attempts for one large page"),
       PLATKIT_FIELD(88, uint64_t, nrCachehit, COUNT, "hits in the large-page victim cache"),
   };
 };

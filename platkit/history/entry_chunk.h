@@ -10,7 +10,7 @@
 
 namespace platkit::history {
 
-// Each entry consists of
+// Each entry consists of:
 // - the number of bytes that its key has in common with the previous key (varint),
 // - the number of the key's other bytes (varint), and these bytes,
 // - a byte with the type and the coding,

@@ -38,7 +38,7 @@ struct SampleInfo {
   static constexpr uint64_t kUnknown = UINT64_MAX;
 
   SampleTime time;
-  uint64_t availableBytes = kUnknown;  // thinning keeps the sample with the lowest value of each minute
+  uint64_t availableBytes = kUnknown;  // of each minute, thinning keeps the sample with the lowest value
   uint8_t marks = kNoMark;             // bits of Mark
 };
 

@@ -55,7 +55,7 @@ class HistoryFolder {
 
   int fd() const { return fd_; }
 
-  // Lists the names of the segments, in the order of time.
+  // Lists the names of the segments in chronological order.
   //
   // HVC_LIMIT_EXCEEDED: the folder has more than kMaxSegments segments. HVC_IO_ERROR: the folder could not be listed.
   // Other statuses as for StatusOfErrno.

@@ -27,7 +27,7 @@ class SampleSource : public Source {
   const Definitions &definitions_;
 };
 
-// A moment of a history that was read into memory.
+// A moment of a history, read into memory.
 struct Moment {
   history::Sample sample;
   history::SampleInfo info;

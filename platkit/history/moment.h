@@ -39,7 +39,7 @@ constexpr int64_t SecondsOf(int64_t wall) {
   return wall / kNanos - (wall % kNanos < 0 ? 1 : 0);
 }
 
-// A time in UTC, such as 2026-11-21T03:12:00Z. Times outside of the years 1970 to 9999 are replaced by the nearest in
+// A time in UTC, such as 2026-11-21T03:12:00Z. A time outside the years 1970 to 9999 becomes the nearest time within
 // them.
 std::string TimeText(int64_t seconds);
 

@@ -23,7 +23,7 @@ using Payload = std::span<const std::byte>;
 // Append the coded form of `payload`.
 //
 // Words are little-endian integers of 32 bits, because many fields of records are not aligned to 64 bits. Zeros fill
-// the last word. Until all words are covered, AppendWords appends in turn
+// the last word. Until all words are covered, AppendWords appends in turn:
 // - the number of equal words (varint),
 // - the number of differing words (varint), and the difference of each from the reference's word (signed varints).
 void AppendWords(Payload payload, Payload reference, ByteVector &bytes);

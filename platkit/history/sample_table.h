@@ -1,7 +1,7 @@
 // The state of a chain of frames (a key frame and the delta frames after it): the entries of the last frame's sample.
 //
-// With a filter, the table keeps only the entries that the filter contains, and reads only the chunks that may have
-// data of them.
+// With a filter, the table keeps only the entries that the filter contains, and reads only the chunks that may concern
+// these entries.
 #ifndef PLATKIT_HISTORY_SAMPLE_TABLE_H
 #define PLATKIT_HISTORY_SAMPLE_TABLE_H
 
@@ -83,7 +83,7 @@ class SampleTable {
   size_t liveBytes_ = 0;
   uint32_t liveEntries_ = 0;
   uint32_t nextId_ = 0;
-  uint64_t chainBytes_ = 0;             // the size of the key frame and of the frames since
+  uint64_t chainBytes_ = 0;             // the size of the key frame and of the frames after it
   uint64_t movedBytes_ = 0;             // see MaxMovedBytes
   std::optional<std::string> lastKey_;  // the last key that was read from the frame's entries
   uint32_t nextChange_ = 0;             // the lowest number of an entry that later chunks of changes can have

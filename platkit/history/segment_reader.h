@@ -50,7 +50,7 @@ class SegmentReader {
     uint32_t bytes;
     bool isKey;
     bool isEnd;          // no sample: the recorder stopped normally
-    bool followsDamage;  // a damaged part is between the previous frame and this one
+    bool followsDamage;  // there is damage between the previous frame and this one
     SampleInfo info;
     uint32_t entries;  // of the sample
     uint32_t check;    // identifies the frame
@@ -59,7 +59,7 @@ class SegmentReader {
   const std::vector<Frame> &frames() const;
   const std::vector<DamagedPart> &damage() const;
 
-  // The indexes of the frames with samples, in the order of time. The file has this order unless the clock was set
+  // The indexes of the frames with samples, in chronological order. The file has this order unless the clock was set
   // back.
   std::vector<size_t> InOrderOfTime() const;
 
@@ -75,8 +75,8 @@ class SegmentReader {
   // no sample. HVC_IO_ERROR.
   [[nodiscard]] HVC_ReturnStatus Read(size_t frame, Sample &sample);
 
-  // Selects the entries that Read returns from now on; null selects all. A reader of only a few entries is much faster,
-  // but finds damage only in the chunks that it reads. The filter must live as long as the reader uses it.
+  // Selects the entries that Read returns from now on; null selects all. Reading only a few entries is much faster, but
+  // finds damage only in the chunks that are read. The filter must live as long as the reader uses it.
   void Select(const KeyFilter *filter);
 
   // The size of the segment when it was opened.

@@ -15,7 +15,7 @@ std::unique_ptr<Source> OpenLinuxHost(const char *root);
 // Opens a host that is read through `files`.
 std::unique_ptr<Source> OpenLinuxHost(HostFiles files);
 
-// Opens a saved root folder. HVC_NOT_FOUND, HVC_NO_PERMISSION or HVC_IO_ERROR if the folder cannot be opened.
+// Opens a saved root folder. Returns HVC_NOT_FOUND, HVC_NO_PERMISSION or HVC_IO_ERROR if the folder cannot be opened.
 [[nodiscard]] HVC_ReturnStatus OpenSavedRoot(const char *root, Writes writes, std::unique_ptr<Source> &source);
 
 }  // namespace platkit

@@ -56,7 +56,7 @@ Mapping Load(const Slot &slot) {
   return isStable ? mapping : Mapping{0, 0};
 }
 
-// Replaces the guarded mapping that contains the address by zeros. Returns false if there is none, or on failure. All
+// Replaces the guarded mapping that contains the address with zeros. Returns false if there is none, or on failure. All
 // pages are replaced at once: one call for each page could exceed the kernel's limit on mappings.
 bool ReplaceByZeros(uintptr_t address) {
   for (Slot &slot : slots) {
@@ -110,7 +110,7 @@ bool IsHandler(const struct sigaction &action) {
   return (action.sa_flags & SA_SIGINFO) != 0 || (action.sa_handler != SIG_DFL && action.sa_handler != SIG_IGN);
 }
 
-// If the program has replaced this handler by its own, that handler may pass signals on to this one. If this handler
+// If the program has replaced this handler with its own, that handler may pass signals on to this one. If this handler
 // were then installed again, the two would pass a signal to each other forever.
 //
 // The handler runs with the signal mask that the previous handler expects, and on the alternate stack if there is one.

@@ -1,8 +1,8 @@
 // Protection of a mapped file from SIGBUS.
 //
 // Another process can truncate a file while it is mapped. Reading a page beyond the new end raises SIGBUS, and so does
-// a failing disk. While any mapping is guarded, this process has a SIGBUS handler. The handler replaces the mapping by
-// zeros and marks it as damaged; the read then continues. The handler passes all other SIGBUS signals on to the
+// a failing disk. While any mapping is guarded, this process has a SIGBUS handler. The handler replaces the mapping
+// with zeros and marks it as damaged; the read then continues. The handler passes all other SIGBUS signals on to the
 // previously installed handler.
 //
 // If the program later installs its own handler, the mappings are guarded only if that handler passes signals for

@@ -109,7 +109,7 @@ void SnapshotIndex::Prefetch(uint32_t hash) const {
   __builtin_prefetch(file_.Unstable(table.SlotPosition(hash / kTables % table.slots), kSlotBytes).data());
 }
 
-// Computes the checksum of a table only until it was right once.
+// Checks each table until its checksum was right once.
 bool SnapshotIndex::IsWhole(uint32_t table) {
   if (isChecked_[table]) return true;
   const auto bytes = file_.Unstable(tables_[table].position, tables_[table].slots * kSlotBytes);
@@ -128,7 +128,7 @@ bool SnapshotIndex::HasLongRun() const {
   return std::ranges::any_of(tables_, [this](const Table &table) { return HasLongRun(table); });
 }
 
-// A run of used slots can continue from the end of the table at its start.
+// A run of used slots can wrap around to the start of the table.
 bool SnapshotIndex::HasLongRun(const Table &table) const {
   if (table.slots <= kMaxRun) return false;
   uint32_t run = 0;

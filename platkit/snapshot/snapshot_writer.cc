@@ -40,9 +40,9 @@ bool WriteIndexCheck(int fd) {
 
 // Whether the hash table of records with these hashes has more than kMaxRun consecutive used slots. Each record takes
 // the first unused slot at or after its own, so the set of used slots does not depend on the order of the records. A
-// run can continue from the end of the table at its start, so the loop visits all slots twice.
+// run can wrap around to the start of the table, so the loop visits all slots twice.
 bool HasLongRun(std::span<const uint32_t> hashes) {
-  std::vector<uint32_t> records(2 * hashes.size());  // the number of records by their own slot
+  std::vector<uint32_t> records(2 * hashes.size());  // the number of records that belong in each slot
   for (const uint32_t hash : hashes)
     ++records[hash / kTables % records.size()];
   uint64_t waiting = 0, run = 0;

@@ -32,7 +32,7 @@ enum class Writes { kRefused, kTaken };
 // The access for which a file is opened.
 enum class Access { kRead, kWrite };
 
-// Unless an operation says otherwise, its statuses are
+// Unless an operation says otherwise, its statuses are:
 // - HVC_NOT_FOUND: the file, its folder or its process does not exist,
 // - HVC_NO_PERMISSION: this user may not open the file,
 // - HVC_NAME_TOO_LONG: the path is longer than the kernel accepts,
@@ -45,7 +45,7 @@ class HostFiles {
   HostFiles(std::string root, Reach reach, Writes writes = Writes::kRefused)
       : root_(std::move(root)), reach_(reach), writes_(writes) {}
 
-  // Opens the root folder, unless it is open.
+  // Opens the root folder unless it is already open.
   [[nodiscard]] HVC_ReturnStatus OpenRoot();
 
   // Opens a file or folder for reading. `flags` are additional flags of open(2).
@@ -69,9 +69,9 @@ class HostFiles {
   [[nodiscard]] HVC_ReturnStatus ReadShort(const HostPath &path, std::span<char> buffer, std::string_view &text);
 
   // Reads a whole file that only root can have written: it is a regular file, belongs to root, and others may not write
-  // to it. In a saved root, the file must belong to the owner of the root folder instead. Fails with HVC_IO_ERROR if
-  // the file is a symbolic link. HVC_NO_PERMISSION: others can have written the file. HVC_IO_ERROR: it is not a regular
-  // file, has more than `maxSize` bytes, or was truncated meanwhile.
+  // to it. In a saved root, the file must belong to the owner of the root folder instead. HVC_NO_PERMISSION: others can
+  // have written the file. HVC_IO_ERROR: it is a symbolic link or not a regular file, has more than `maxSize` bytes, or
+  // was truncated during the read.
   [[nodiscard]] HVC_ReturnStatus ReadTrusted(const HostPath &path, size_t maxSize, std::string &text);
 
   // Fills `bytes` from an offset within a file, with a single read. HVC_OFFSET_PAST_END: the file is too short.

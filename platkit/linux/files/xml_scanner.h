@@ -7,8 +7,8 @@
 
 namespace platkit {
 
-// Visits the elements in the order of their start tags. The text may be hostile: malformed text, a document type and
-// very deep nesting end the scan like the end of the text. Entities are not resolved.
+// Visits the elements in the order of their start tags. The text may be hostile: malformed text, a document type
+// declaration and very deep nesting end the scan, as the end of the text does. Entities are not resolved.
 class XmlScanner {
  public:
   explicit XmlScanner(std::string_view text) : rest_(text) {}
@@ -16,8 +16,8 @@ class XmlScanner {
   // Goes to the next start tag. Returns false at the end.
   bool Next();
 
-  // The names of the elements around the element and of the element itself, such as "/domain/devices/disk". Valid until
-  // the next call.
+  // The path of the element: the names of the elements around it and its own name, such as "/domain/devices/disk".
+  // Valid until the next call.
   std::string_view path() const { return path_; }
 
   // The value of an attribute of the element, as written. Empty if the element does not have it.

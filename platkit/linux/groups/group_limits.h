@@ -8,8 +8,8 @@ namespace platkit {
 
 // In bytes. Unlimited if no control group limits swap.
 struct SwapLimit {
-  Figure total = Figure::Unlimited();  // the most that the group may have in swap space
-  Figure free = Figure::Unlimited();   // the most that it may add
+  Figure total = Figure::Unlimited();  // the maximum size of the group in swap space
+  Figure free = Figure::Unlimited();   // how much more it may swap out
 };
 
 class GroupLimits {

@@ -42,8 +42,8 @@ class GroupTree {
   // Turns a process that runs a VM into a group of kind kVm with a VMM below it. Checks each process once per listing.
   void DetectVm(Group &group);
 
-  // Returns 1 if the process runs a VM, else 0. Unreadable if its status cannot be read, or if there were too many
-  // descriptors to search them; see VmDetector.
+  // Returns 1 if the process runs a VM, else 0. Unreadable if its status cannot be read, or if not all of its
+  // descriptors could be searched; see VmDetector.
   Figure CountVm(int64_t pid);
 
   // Counts the VMs of the host. Checks every process. `count` is unreadable if a process could not be checked.

@@ -37,7 +37,8 @@ GuestMemory VmGroups::Guest(Group &vm, const ProcessStatus &status) {
   return guest;
 }
 
-// The size of the guest's memory by the mappings, if the command line leaves room for memory devices; absent otherwise.
+// The size of the guest's memory according to the mappings, if the command line leaves room for memory devices; absent
+// otherwise.
 Figure VmGroups::HotPlugged(Group &vm) {
   const QemuOptions &options = vm.vm->options;
   const bool hasRoom = !options.maxMemory.isAbsent() && options.maxMemory - options.memory != Figure(0);

@@ -13,7 +13,7 @@ namespace platkit {
 // - qemu.slice/100.scope
 //
 // Only root can create groups at these paths. A user's own groups are below user@1000.service, and the groups of a
-// container are below the container's scope, whatever their names are.
+// container are below the container's scope, so neither can have such a path.
 std::string_view VmScopeOf(std::string_view group);
 
 inline bool IsInVmScope(std::string_view group) { return !VmScopeOf(group).empty(); }

@@ -38,7 +38,7 @@ struct WantedFigure {
 // line had it.
 bool TakeFigure(std::string_view key, std::string_view rest, std::span<const WantedFigure> wanted);
 
-// Makes all absent figures unreadable.
+// Marks all absent figures as unreadable.
 void MarkAbsentUnreadable(std::span<const WantedFigure> wanted);
 
 // Reads a file of keys and figures until all wanted keys are found. Figures without a line stay absent. If the file

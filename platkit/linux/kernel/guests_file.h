@@ -43,7 +43,7 @@ enum class GuestFigure : uint8_t {
 
 inline constexpr size_t kGuestFigures = static_cast<size_t>(GuestFigure::kCount);
 
-// The keys of the figures in the file.
+// The key of a figure in the file.
 std::string_view KeyOf(GuestFigure figure);
 
 // A guest, identified by the process that runs it. Figures that were not reported are absent.
@@ -73,7 +73,7 @@ std::string FormatGuestsFile(const GuestsFile &file);
 bool ParseGuestsFile(std::string_view text, GuestsFile &file);
 
 // Reads the guests in the file, in the order of their PIDs. Returns none if the file does not exist, is malformed, is
-// at least three periods old, or can have been written by others than root.
+// at least three periods old, or can have been written by users other than root.
 std::vector<GuestFigures> ReadGuestsFile(HostFiles &files);
 
 }  // namespace platkit

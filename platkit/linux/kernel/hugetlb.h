@@ -18,7 +18,7 @@ bool HasNumaNodeFolders(HostFiles &files);
 inline constexpr const char *kHugetlbFolder = "sys/kernel/mm/hugepages";
 std::string HugetlbFolderOfNode(uint64_t numaNode);
 
-// Lists the page sizes of the pools in a folder, in KB, ascending. A kernel without huge pages has none.
+// Lists the page sizes of the pools in a folder, in KB, in ascending order. A kernel without huge pages has none.
 [[nodiscard]] HVC_ReturnStatus ListHugetlbSizes(HostFiles &files, const std::string &folder,
                                                 std::vector<uint64_t> &sizes);
 

@@ -44,7 +44,7 @@ void TakeElementOfDomain(std::string_view path, const XmlScanner &xml, LibvirtSt
   if (path == "/devices/memballoon/stats") status.pollingSeconds = ParseFigure(xml.Attribute("period"));
 }
 
-// Whether libvirt accepts the name of the guest. libvirt's files have the names of the guests.
+// Whether a guest can have this name. libvirt names its files after the guests, so it accepts only names of files.
 bool IsFileName(std::string_view name) {
   return !name.empty() && name.size() <= kMaxName && name.find('/') == std::string_view::npos &&
          name.find('\0') == std::string_view::npos;
@@ -63,7 +63,7 @@ LibvirtStatus ParseLibvirtStatus(std::string_view text) {
     const bool isStatus = path.starts_with(kStatus);
     if (isStatus) path.remove_prefix(kStatus.size());
     if (isStatus && path == "/job") status.hasJob = JobIn(xml);
-    // The element of a job comes before the domain's. Without a job, it is missing.
+    // libvirt writes the element of a job before the domain's. If there is no job, the element is missing.
     if (isStatus && path == kDomain) status.hasJob = status.hasJob.IfAbsent(Figure(0));
     if (path.starts_with(kDomain)) TakeElementOfDomain(path.substr(kDomain.size()), xml, status);
   }

@@ -26,7 +26,7 @@ struct LibvirtStatus {
 LibvirtStatus ParseLibvirtStatus(std::string_view text);
 
 // Reads the status file of a guest. All figures are absent if the file does not exist, if this user may not read it, or
-// if others than root can have written it.
+// if users other than root can have written it.
 LibvirtStatus ReadLibvirtStatus(HostFiles &files, std::string_view guestName);
 
 }  // namespace platkit

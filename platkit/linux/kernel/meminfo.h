@@ -15,6 +15,7 @@ struct Meminfo {
   Figure slab;       // Slab
   Figure kernel;  // Slab + KernelStack + ShadowCallStack + PageTables + SecPageTables + Percpu + NFS_Unstable + Bounce;
                   // lines other than Slab may be missing
+
   // The following figures are absent if this kernel has no such line.
   Figure hardwareCorrupted;  // HardwareCorrupted
   Figure swapCached;         // SwapCached: swapped in, and still in swap space

@@ -19,7 +19,7 @@ namespace platkit {
 bool NdDeviceExists(HostFiles &files, std::string_view device);
 
 // Parses the first number in the name of a device, such as "region12" or "namespace12.3" (the number of its region).
-// `kind` is "region", "namespace" or "nmem". False for devices of another kind.
+// `kind` is "region", "namespace" or "nmem". Returns false for devices of another kind.
 bool ParseNdNumber(std::string_view device, std::string_view kind, uint64_t &number);
 
 // The following functions read one file of a device.

@@ -27,7 +27,7 @@ struct PciIds {
   uint16_t vendor = 0, device = 0;
 };
 
-// Lists all functions, ascending. A host without the bus has none.
+// Lists all functions in ascending order. A host without a PCI bus has none.
 [[nodiscard]] HVC_ReturnStatus ListPciFunctions(HostFiles &files, std::vector<PciAddress> &functions);
 
 // Reads the files `vendor` and `device`. The kernel has stored their values, so this neither accesses nor wakes the

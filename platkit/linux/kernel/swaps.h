@@ -16,7 +16,7 @@ struct Swaps {
   Figure total;  // Size
   Figure free;   // Size less Used
 
-  Figure zramUsed;                    // Used of all zram devices
+  Figure zramUsed;                    // the sum of Used over all zram devices
   std::vector<uint64_t> zramDevices;  // their numbers: 0 is /dev/zram0
 };
 

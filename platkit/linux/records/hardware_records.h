@@ -14,7 +14,7 @@ namespace platkit {
 // or does not fit the record.
 [[nodiscard]] HVC_ReturnStatus ReadProcessorRecord(HostFiles &files, int64_t number, CpuRecord &record);
 
-// Lists the numbers of /sys/bus/nd/devices/nmemN, ascending.
+// Lists the numbers of the modules, /sys/bus/nd/devices/nmemN, in ascending order.
 [[nodiscard]] HVC_ReturnStatus ListNvdimmNumbers(HostFiles &files, ParamList &list);
 
 }  // namespace platkit
