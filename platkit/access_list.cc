@@ -8,9 +8,9 @@ namespace platkit {
 namespace {
 
 constexpr char kAttribute[] = "system.posix_acl_access";
-constexpr size_t kMaxSize = 65536;  // of any attribute
+constexpr size_t kMaxSize = 65536;  // the kernel's limit for any attribute
 
-// The error if a file has no list, or its file system has no lists.
+// True if the error means that the file has no list, or that its file system does not support lists.
 bool IsNone(int error) { return error == ENODATA || error == EOPNOTSUPP; }
 
 }  // namespace

@@ -36,7 +36,7 @@ HVC_ReturnStatus AtomicFile::Create(const std::string &path, Readers readers) {
   HVC_ReturnStatus status = OpenFolder(path);
   if (status == HVC_OK) status = CheckTarget(mode);
   if (status != HVC_OK) return status;
-  // Until Commit, nobody else reads a file whose readers are not known yet.
+  // Commit gives the new file the permissions in access_. Until then, only the user may read it.
   return CreateNewFile(access_ ? 0600 : mode) ? HVC_OK : WriteStatus();
 }
 
@@ -85,8 +85,8 @@ bool AtomicFile::ReadListOfOlderFile(std::string &list) const {
   return older.isOpen() && ReadAccessList(older.get(), list);
 }
 
-// A link to a device, such as /dev/stdout, is not replaced: other programs use it. /dev/stdout itself is a link into
-// /proc, wherever standard output goes.
+// A link to a device is not replaced, because other programs use the link. A link into /proc is not replaced either:
+// /dev/stdout is one, even if standard output is a regular file.
 HVC_ReturnStatus AtomicFile::CheckLink() const {
   struct stat info;
   if (fstatat(folder_, name_.c_str(), &info, 0) == 0 && !S_ISREG(info.st_mode)) return HVC_ALREADY_EXISTS;
@@ -107,16 +107,17 @@ bool AtomicFile::CreateNewFile(mode_t mode) {
   });
 }
 
-// Returns whether the file has the older file's group. Filters of system calls, such as those of systemd, can refuse
-// even a change that changes nothing.
+// Sets the owner and the group. Returns whether the file has the older file's group. Makes no call if both are right
+// already: filters of system calls, such as those of systemd, can refuse a call even if it changes nothing.
 bool AtomicFile::SetOwner() const {
   struct stat file;
   if (fstat(fd_, &file) == 0 && file.st_uid == access_->owner && file.st_gid == access_->group) return true;
   return fchown(fd_, access_->owner, access_->group) == 0 || fchown(fd_, static_cast<uid_t>(-1), access_->group) == 0;
 }
 
-// Without the older file's group, the members of another group must not get its rights. Without its access control
-// list, the group bits mean something else, and others may be users whom the list excludes.
+// If the new file could not get the older file's group, its own group must not get the rights of that group. If it
+// could not get the access control list, only the user gets rights: the group bits were the mask of the list, and the
+// bits for others would apply to users whom the list excludes.
 bool AtomicFile::SetAccess() const {
   if (!access_) return true;
   const bool hasGroup = SetOwner();
@@ -141,8 +142,8 @@ bool AtomicFile::GiveName() {
       [&](const char *name) { return linkat(AT_FDCWD, descriptor.c_str(), folder_, name, AT_SYMLINK_FOLLOW) == 0; });
 }
 
-// Tries random short names until one is free, so that a long target name is no problem. On failure, errno is from the
-// last attempt.
+// Tries short random names until one is free: a name made from a long target name could be too long. On failure, errno
+// is from the last attempt.
 bool AtomicFile::TryNames(const std::function<bool(const char *name)> &tryName) {
   constexpr int kMaxTries = 100;
 
@@ -162,7 +163,8 @@ bool AtomicFile::IsPrivateFolder() const {
   return fstat(folder_, &folder) == 0 && folder.st_uid == geteuid() && (folder.st_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
 
-// Makes the rename itself durable. Some file systems cannot sync a folder; the file is in its place nevertheless.
+// Makes the rename itself durable. Ignores failures: some file systems cannot sync a folder, and the file is already in
+// place.
 void AtomicFile::SyncFolder() const {
   const int folder = openat(folder_, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (folder < 0) return;

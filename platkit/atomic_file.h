@@ -1,11 +1,11 @@
 // Writes a file that appears whole or not at all.
 //
-// The data goes to a new file in the target's folder, is synced, and then renamed over the target. Where the file
-// system supports files without names, the new file has none until Commit, so that nothing remains of it however the
-// program ends. An uncommitted file is removed.
+// The data goes to a new file in the target's folder. Commit syncs this file and renames it over the target. Where the
+// file system supports unnamed files, the new file has no name until Commit, so nothing remains of it if the program is
+// killed. The destructor removes an uncommitted file.
 //
-// The folder is opened once, and everything happens relative to it. A symbolic link at the target's place is replaced
-// and never followed: others cannot redirect the output by planting a link.
+// The folder is opened once, and all files are opened relative to it. The new file replaces a symbolic link at the
+// target's path and never follows it, so others cannot redirect the output by planting a link.
 #ifndef PLATKIT_ATOMIC_FILE_H
 #define PLATKIT_ATOMIC_FILE_H
 
@@ -31,12 +31,13 @@ class AtomicFile {
 
   // Creates the new file for `path`.
   //
-  // A file that replaces an older one keeps its mode, owner, group and access control list if only the user may write
-  // to the folder. Elsewhere, others can have put the older file there, even one of the user's: by a rename or a hard
-  // link. The new file is then the user's, keeps the group, and may be read only by those whom both `readers` and the
-  // older file's mode allow; if the older file has an access control list, only by the user.
+  // If the target exists and only the user may write to the folder, the new file gets the older file's mode, owner,
+  // group and access control list. Otherwise, others may have put the older file there, even if it belongs to the user:
+  // by a rename or a hard link. The new file then belongs to the user and gets the older file's group. It is readable
+  // only by those whom both `readers` and the older file's mode allow. If the older file has an access control list, or
+  // if this list cannot be read, only the user may read the new file.
   //
-  // HVC_ALREADY_EXISTS: `path` is, or links to, something other than a regular file; or it is a link into /proc. Other
+  // HVC_ALREADY_EXISTS: `path` is or links to something other than a regular file, or is a link into /proc. Other
   // statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors.
   [[nodiscard]] HVC_ReturnStatus Create(const std::string &path, Readers readers);
 
@@ -46,9 +47,9 @@ class AtomicFile {
   // Waits until the data is on the disk, which may take long. Statuses as for Commit.
   [[nodiscard]] HVC_ReturnStatus Sync();
 
-  // Syncs the new file and renames it to the target, in place of a file that exists there.
+  // Syncs the new file and renames it to the target. Replaces an existing file.
   //
-  // Statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors: the disk is full, or failed.
+  // Statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors, such as a full disk.
   [[nodiscard]] HVC_ReturnStatus Commit();
 
  private:

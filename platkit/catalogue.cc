@@ -15,7 +15,8 @@ consteval const RecordLayout *LayoutOf<NoRecord>() {
   return nullptr;
 }
 
-// These functions are not constexpr, so a call to one of them stops the compiler at the wrong row of nodes.def.
+// These functions are not constexpr. A call to one of them is therefore a compiler error, which points to the wrong row
+// of nodes.def.
 inline void RowHasTooManyArguments() {}
 inline void ArgumentIsNeitherIntNorText() {}
 
@@ -73,7 +74,7 @@ const Node *FindNode(uint32_t id) { return id == 0 || id > std::size(kNodes) ? n
 
 }  // namespace platkit
 
-// nodes.h must declare each of these objects, or they would not be exported.
+// nodes.h must declare each of these objects: an undeclared object would not be exported.
 #define PLATKIT_NODE(name, path, entry, record)                  \
   static_assert(sizeof ::NODAL_NODE_##name == sizeof(uint16_t)); \
   const uint16_t NODAL_NODE_##name = platkit::nodes::name.id();

@@ -15,7 +15,7 @@
 
 namespace platkit {
 
-// An argument of a path, or an entry of a list: the kind of thing that it names, such as "group", and its type.
+// An argument of a path, or an entry of a list: the kind of object that it names, such as "group", and its type.
 struct Instance {
   std::string_view what;
   ParamKind kind;
@@ -24,7 +24,7 @@ struct Instance {
 struct Node {
   static constexpr size_t kMaxArguments = 6;
 
-  uint32_t id;            // as in the object NODAL_NODE_<name>
+  uint32_t id;            // the value of NODAL_NODE_<name>
   std::string_view name;  // as in NODAL_NODE_<name>
   std::string_view path;  // as in nodes.def
 
@@ -32,7 +32,7 @@ struct Node {
   // empty. A node that is both list and record takes one more argument as a record, at the end of the path.
   std::array<std::string_view, kMaxArguments + 1> pieces;
   std::array<Instance, kMaxArguments> arguments;
-  uint8_t pathArguments;  // without that additional argument
+  uint8_t pathArguments;  // without the additional argument of a record
 
   bool isList;
   Instance entry;              // of the list
@@ -43,7 +43,7 @@ struct Node {
   uint32_t recordArguments() const { return pathArguments + (isList && isRecord() ? 1u : 0u); }
 };
 
-// All nodes, in the order of nodes.def and of their identifiers.
+// All nodes, in the order of nodes.def, which is also the order of their identifiers.
 std::span<const Node> Nodes();
 inline constexpr size_t kMaxNodes = 64;
 

@@ -20,7 +20,8 @@ struct Definitions {
 // The definitions of this library's catalogue.
 const Definitions &OwnDefinitions();
 
-// Whether the signature is that of this library's catalogue, so that its nodes and records mean the same.
+// Whether the definitions have the signature of this library's catalogue. If so, their nodes and records have the same
+// meaning.
 inline bool HaveOwnSignature(const Definitions &definitions) {
   return definitions.signature == OwnDefinitions().signature;
 }

@@ -6,7 +6,8 @@
 
 namespace platkit {
 
-// `otherwise` is the status for all other values of errno: HVC_IO_ERROR after a read, HVC_WRITE_ERROR after a write.
+// `otherwise` is the status for errors without a status of their own: HVC_IO_ERROR after a read, HVC_WRITE_ERROR after
+// a write.
 HVC_ReturnStatus StatusOfErrno(int error, HVC_ReturnStatus otherwise = HVC_IO_ERROR);
 
 }  // namespace platkit

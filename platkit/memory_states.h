@@ -7,8 +7,8 @@
 
 namespace platkit {
 
-// From most to least free memory. GlobalMemoryRecord::memState is an index; names are the instances of
-// sched_globalStats_memory_stateTransitions.
+// The states, from most to least free memory. GlobalMemoryRecord::memState is an index into this array. The names are
+// the instances of the node sched_globalStats_memory_stateTransitions.
 inline constexpr std::array<std::string_view, 5> kMemoryStates = {"high", "clear", "soft", "hard", "low"};
 
 }  // namespace platkit

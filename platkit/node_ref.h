@@ -34,7 +34,7 @@ struct NodeRef {
   // The node's index in Nodes().
   constexpr size_t index() const { return id() - 1; }
 
-  // Implicit, so that functions with a node as parameter accept a reference.
+  // The conversion is implicit, so that functions that take a Node also accept a NodeRef.
   operator const Node &() const { return Nodes()[index()]; }
   const Node *operator->() const { return &Nodes()[index()]; }
 };

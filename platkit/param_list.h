@@ -33,8 +33,8 @@ struct NODAL_ParamList {
   NODAL_ParamList(const NODAL_ParamList &) = delete;
   NODAL_ParamList &operator=(const NODAL_ParamList &) = delete;
 
-  // An empty list, or null if memory is short. A fixed list takes at most `count` parameters, and `textBytes` bytes of
-  // text, terminators included.
+  // Return an empty list, or null if memory is short. A fixed list takes at most `count` parameters and `textBytes`
+  // bytes of text, terminators included.
   static NODAL_ParamList *Make() noexcept;
   static NODAL_ParamList *MakeFixed(uint32_t count, uint32_t textBytes) noexcept;
   void Destroy() noexcept;
@@ -76,7 +76,7 @@ struct DestroyParamList {
 };
 using OwnedParamList = std::unique_ptr<ParamList, DestroyParamList>;
 
-// A parameter outside of lists. Its text belongs to the caller.
+// Return a parameter that belongs to no list. The caller owns the text.
 inline NODAL_Param IntParam(int64_t value) { return {.kind = ParamKind::kInt, .length = 0, .integer = value}; }
 inline NODAL_Param TextParam(std::string_view text) {
   return {.kind = ParamKind::kText, .length = static_cast<uint32_t>(text.size()), .chars = text.data()};

@@ -34,7 +34,7 @@ class PathWriter {
   char bytes_[kMaxBytes];
 };
 
-// Writes the path of a node as a record or as a list, by the number of arguments.
+// Writes the path of a node. The number of arguments determines whether it is the path of a record or of a list.
 void WritePath(const Node &node, Arguments arguments, PathWriter &path);
 
 // The node that a path names, as a record or as a list, and its arguments.

@@ -21,7 +21,7 @@ enum class FieldUnit : uint8_t {
   COUNT,
   ID,
   FLAGS,   // a bit mask
-  BOOL,    // any value but 0: yes
+  BOOL,    // 0: no; any other value: yes
   NUMBER,  // anything else
 };
 

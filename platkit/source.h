@@ -1,4 +1,4 @@
-// The interface of a data source for the tree: the running host, a snapshot, or a test.
+// The interface of a data source for the tree: the running host, a saved host, or a test.
 #ifndef PLATKIT_SOURCE_H
 #define PLATKIT_SOURCE_H
 
@@ -11,8 +11,8 @@
 
 namespace platkit {
 
-// REQUIRES, for all operations: the node is a record or a list, as the operation says, and the arguments have the
-// number and kinds that the node takes. nodal.h lists the statuses.
+// REQUIRES, for all operations: the node is a record (Get, Set) or a list (List), and the arguments have the number and
+// kinds that the node takes. nodal.h lists the statuses.
 //
 // If this process runs out of memory, Get, List and Set throw std::bad_alloc, which counts as a failure. HVC_NO_MEMORY
 // is a status of the host: its kernel ran out of memory, now or when the host was saved. After a failure, the source
@@ -33,7 +33,7 @@ class Source {
     return HVC_READ_ONLY;
   }
 
-  // The definitions of the source's tree, which may be those of another version.
+  // The definitions of the source's tree, which may come from another version of the library.
   virtual const Definitions &definitions() const { return OwnDefinitions(); }
 };
 

@@ -13,8 +13,8 @@ struct StatusText {
   const char *text;
 };
 
-// In the order of the codes, without gaps: index i has the text of HVC_STATUS_BASE + i, and index 0 the text of
-// success.
+// The array has the order of the codes, without gaps: index i has the text of HVC_STATUS_BASE + i, and index 0 has the
+// text of HVC_OK.
 inline constexpr auto kStatusTexts = std::to_array<StatusText>({
     // General
     {HVC_OK, "Success"},

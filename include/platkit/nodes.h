@@ -5,9 +5,9 @@
  * pass its value, widened to 32 bits, to the operations of nodal.h. Identifiers may change from one build of the
  * library to the next, so do not compile them into a program.
  *
- * The comment on a node gives its path, and its record (a struct of records.h) or list. {group:int} in a path is an
- * argument: the kind of thing that it names, and its type, int or text. Pass arguments in the order of the path. After
- * "list of", the same form describes an entry.
+ * The comment on a node gives its path, followed by the name of its record (a struct of records.h), or by "list of" and
+ * the form of an entry. {group:int} in a path is an argument: the kind of object that it names, and its type, int or
+ * text. An entry of a list has the same form. Pass arguments in the order of the path.
  */
 #ifndef PLATKIT_NODES_H
 #define PLATKIT_NODES_H

@@ -4,13 +4,13 @@
  * The comment above each record gives the path of its node. The comment on a field gives its unit, then its meaning:
  *
  *   KB, bytes, 4 KB pages, 2 MB blocks, percent, microseconds
- *   count      how many, or how often
- *   ID         names something: a group, a memory client, a device
+ *   count      a number of objects or events
+ *   ID         identifies an object, such as a group, a memory client or a device
  *   bit mask   the bits are listed at the end of this file, or in the meaning
  *   boolean    0: no; any other value: yes
  *
- * A field without a unit is a plain number or a text. A KB field with all bits set is not available or, for a limit,
- * unlimited. Bytes whose meaning is not known are named unread_<offset>.
+ * A field without a unit is a plain number or a text. If all bits of a KB field are set, its amount is not available
+ * or, for a limit, unlimited. Bytes whose meaning is not known are named unread_<offset>.
  *
  * Fields are not aligned: read and assign them by value, and never take their addresses.
  */
@@ -39,7 +39,7 @@ typedef struct GroupTagRecord {
 
 /* /sched/groups/{group:int}/parentGroupID */
 typedef struct ParentGroupIDRecord {
-  int64_t parentGroupID; /* ID: the group above this one; -1 for the top of the hierarchy */
+  int64_t parentGroupID; /* ID: the parent group; -1 for the top of the hierarchy */
 } ParentGroupIDRecord;
 
 /* /sched/groups/{group:int}/groupFlags */
@@ -96,16 +96,19 @@ typedef struct GroupMemoryStatsRecord {
   uint8_t unread_252[8];
   uint64_t eMinPeak; /* KB: peak of the effective reservation since the last reset */
   uint8_t unread_268[8];
-  uint64_t consumedPeak; /* KB: peak of consumed since the last reset */
+  uint64_t consumedPeak; /* KB: peak of the consumed memory since the last reset */
   uint8_t unread_284[8];
   uint64_t memSizePeak; /* KB: peak of memSize since the last reset */
   uint8_t unread_300[8];
-  uint8_t throttlePct;    /* percent: share of the possible time that the guest may execute */
+  uint8_t throttlePct;    /* percent: share of the time in which the guest may execute */
   uint64_t rMinChildPeak; /* KB: peak of the reservation requested for subgroups since the last reset */
   uint8_t unread_317[3];
 } GroupMemoryStatsRecord;
 
-/* A memory client, which accounts the memory of a world: /sched/memClients/... and two others */
+/*
+ * A memory client, which accounts for the memory of a world: /sched/memClients/..., /memory/lpage/vmLPage/... and
+ * /worldGroups/...
+ */
 
 /* /sched/memClients/{client:int}/kestrel/vmm */
 typedef struct VmmMemoryStatsRecord {
@@ -165,7 +168,7 @@ typedef struct VmSwapInfoRecord {
   uint64_t cptWritten; /* KB: checkpoint memory written */
   uint64_t totalMig;   /* KB: space in the migration swap file */
   uint64_t freeMig;    /* KB: free space in the migration swap file */
-  uint32_t cacheUsage; /* KB: use of the swap-slot cache */
+  uint32_t cacheUsage; /* KB: part of the swap-slot cache in use */
   uint8_t unread_197[12];
   uint64_t swapoutReady; /* ready time of the swap-out client, in an unknown unit */
   uint8_t unread_217[3];
@@ -227,7 +230,7 @@ typedef struct ZipStatsRecord {
   uint64_t zipped;        /* KB: memory compressed */
   uint64_t unZipped;      /* KB: memory decompressed */
   uint8_t unread_48[8];
-  uint64_t zipRejected; /* KB: memory rejected */
+  uint64_t zipRejected; /* KB: memory rejected by the compression cache */
   uint8_t unread_64[16];
   uint64_t avgZipTime; /* microseconds: average compression time */
   uint8_t unread_88[16];

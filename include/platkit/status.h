@@ -1,8 +1,8 @@
 /*
  * Status codes of the hypervisor kernel.
  *
- * HVC_OK is success; every other code is a failure. The codes of the kernel's own space are HVC_STATUS_BASE plus a
- * number. Values above HVC_STATUS_LAST_OWN belong to the service console; the library does not know their meaning.
+ * HVC_OK is success; every other code is a failure. The kernel's own codes are HVC_STATUS_BASE plus a number. Values
+ * above HVC_STATUS_LAST_OWN belong to the service console; the library does not know their meaning.
  */
 #ifndef PLATKIT_STATUS_H
 #define PLATKIT_STATUS_H

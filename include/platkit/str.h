@@ -15,7 +15,7 @@ extern "C" {
 
 /*
  * Copies at most `size` - 1 bytes of `source` to `destination` and adds a NUL. A longer source is truncated. A null
- * source copies as an empty string. A `size` of 0 writes nothing.
+ * source is treated as an empty string. A `size` of 0 writes nothing.
  *
  * REQUIRES: `destination` has room for `size` bytes and does not overlap `source`.
  * Returns `destination`.

@@ -1,9 +1,11 @@
 /*
  * The channel for diagnostics.
  *
- * Programs that use the interface call this name, so it cannot change, although another library could also define it. A
- * program that defines a `Warning` of its own gets that one instead. The library never calls it, so the program's own
- * function sees no message of the library. Two libraries that define it are kept apart by the version of the symbol.
+ * The name `Warning` cannot change, because programs that use the interface call it. Other code may define the name,
+ * too:
+ * - If a program defines its own `Warning`, its calls go to that function. The library never calls `Warning`, so the
+ *   program's function gets no messages from the library.
+ * - If another library also defines `Warning`, the version of the symbol tells the two functions apart.
  */
 #ifndef PLATKIT_WARNING_H
 #define PLATKIT_WARNING_H

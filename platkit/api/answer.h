@@ -9,10 +9,10 @@
 
 namespace platkit {
 
-// Calls `call` and returns its status; HVC_NO_MEMORY if a container in it could not allocate.
+// Calls `call` and returns its status. Returns HVC_NO_MEMORY if a container in the call could not allocate memory.
 //
-// Each operation of the C interface that allocates calls the rest of the library through Answer: callers may be written
-// in C, or compiled without exceptions. The library throws no exceptions of its own. Its containers throw
+// Each operation of the C interface that allocates calls the rest of the library through Answer: its callers may be
+// written in C, or compiled without exceptions. The library throws no exceptions of its own. Its containers throw
 // std::bad_alloc, and std::length_error for a size that no allocation can have.
 template <typename Call>
 HVC_ReturnStatus Answer(Call call) noexcept {

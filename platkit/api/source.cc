@@ -1,4 +1,4 @@
-// The current source, and the operations of nodal.h that choose and compare it.
+// The current source, and the operations of nodal.h that select a source and compare its definitions.
 #include "platkit/source.h"
 
 #include <memory>
@@ -15,7 +15,7 @@ namespace {
 
 std::unique_ptr<Source> currentSource;
 
-// A file wins over a moment of the same path.
+// A snapshot file takes precedence over a moment of a history with the same path.
 HVC_ReturnStatus OpenSaved(const char *path, std::unique_ptr<Source> &source) {
   const HVC_ReturnStatus status = OpenSnapshot(path, source);
   return status == HVC_NOT_FOUND ? OpenMoment(path, source) : status;

@@ -26,7 +26,7 @@ template <>
 struct RecordTable<ParentGroupIDRecord> {
   PLATKIT_TABLE_OF(ParentGroupIDRecord);
   static constexpr Field kFields[] = {
-      PLATKIT_FIELD(0, int64_t, parentGroupID, ID, "the group above this one; -1 for the top of the hierarchy"),
+      PLATKIT_FIELD(0, int64_t, parentGroupID, ID, "the parent group; -1 for the top of the hierarchy"),
   };
 };
 
@@ -99,11 +99,11 @@ struct RecordTable<GroupMemoryStatsRecord> {
       PLATKIT_GAP(252, 8),
       PLATKIT_FIELD(260, uint64_t, eMinPeak, KB, "peak of the effective reservation since the last reset"),
       PLATKIT_GAP(268, 8),
-      PLATKIT_FIELD(276, uint64_t, consumedPeak, KB, "peak of consumed since the last reset"),
+      PLATKIT_FIELD(276, uint64_t, consumedPeak, KB, "peak of the consumed memory since the last reset"),
       PLATKIT_GAP(284, 8),
       PLATKIT_FIELD(292, uint64_t, memSizePeak, KB, "peak of memSize since the last reset"),
       PLATKIT_GAP(300, 8),
-      PLATKIT_FIELD(308, uint8_t, throttlePct, PERCENT, "share of the possible time that the guest may execute"),
+      PLATKIT_FIELD(308, uint8_t, throttlePct, PERCENT, "share of the time in which the guest may execute"),
       PLATKIT_FIELD(309, uint64_t, rMinChildPeak, KB,
                     "peak of the reservation requested for subgroups since the last reset"),
       PLATKIT_GAP(317, 3),

@@ -1,6 +1,6 @@
 // Describes the records of records.h: RecordTable<Record> lists the fields of a record in the order of their offsets,
-// gaps included. The description and the struct do not compile together unless they agree: every field of the struct is
-// listed, under its name and with its offset, type and size, and the fields cover the struct from start to end.
+// gaps included. A description that does not match its struct does not compile: it must list every field with its name,
+// offset, type and size, and the fields must cover the whole struct.
 //
 //   template <>
 //   struct RecordTable<GroupLeaderIDRecord> {
@@ -55,7 +55,8 @@ struct RecordTable;
 
 namespace record_table {
 
-// These functions are not constexpr, so a call to one of them stops the compiler at the wrong row or record.
+// These functions are not constexpr. A call to one of them is therefore a compiler error, which points to the wrong row
+// or record.
 inline void FieldIsAtAnotherOffset() {}
 inline void FieldsLeaveAGapOrOverlap() {}
 inline void FieldsEndBeforeTheRecord() {}

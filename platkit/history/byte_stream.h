@@ -1,7 +1,8 @@
 // Writes and reads the integers and bytes of a chunk, before compression and after decompression.
 //
-// A varint is an unsigned integer of 64 bits in groups of seven bits, the lowest group first; the highest bit of a byte
-// is set if another one follows. A signed integer is mapped to an unsigned one first: 0, -1, 1, -2 become 0, 1, 2, 3.
+// A varint is an unsigned integer of 64 bits. Each byte holds seven bits of it, the lowest ones first. The highest bit
+// of a byte is set if another byte follows. A signed integer is first mapped to an unsigned one: 0, -1, 1, -2 become 0,
+// 1, 2, 3.
 #ifndef PLATKIT_HISTORY_BYTE_STREAM_H
 #define PLATKIT_HISTORY_BYTE_STREAM_H
 
@@ -33,7 +34,8 @@ inline void AppendBytes(ByteVector &bytes, std::span<const std::byte> more) {
   bytes.insert(bytes.end(), more.begin(), more.end());
 }
 
-// Reads a sequence of bytes that anyone may have written. Every operation returns false at the end of the bytes.
+// Reads bytes that anyone may have written. Every operation that reads returns false if the bytes end too early or the
+// value is too large.
 class ByteReader {
  public:
   explicit ByteReader(std::span<const std::byte> bytes) : bytes_(bytes) {}
@@ -52,7 +54,7 @@ class ByteReader {
     return false;
   }
 
-  // A varint of at most `limit`.
+  // Reads a varint of at most `limit`.
   [[nodiscard]] bool Varint(uint64_t limit, uint32_t &value) {
     uint64_t wide;
     if (!Varint(wide) || wide > limit) return false;
@@ -74,7 +76,7 @@ class ByteReader {
     return true;
   }
 
-  // An integer of fixed size, little-endian.
+  // Reads a little-endian integer of fixed size.
   template <typename Integer>
   [[nodiscard]] bool Fixed(Integer &value) {
     std::span<const std::byte> bytes;

@@ -29,7 +29,8 @@ void EntryChunkWriter::Add(const Entry &entry) {
   AddPayload(entry.payload, type);
 }
 
-// Uses the coded form only if it is at most half as long, because whole bytes compress better than differences.
+// Uses the coded form only if it is at most half as long as the payload, because whole bytes compress better than
+// differences.
 void EntryChunkWriter::AddPayload(Payload payload, uint8_t type) {
   ByteVector &reference = references_[payload.size()];
   Coding coding = Coding::kWhole;
@@ -80,7 +81,7 @@ bool EntryChunkReader::ReadPayload(Coding coding, uint32_t size, Payload &payloa
   if (coding == Coding::kWords) {
     if (known == references_.end() || !ApplyWords(reader_, reference)) return false;
   } else if (coding == Coding::kSteps) {
-    // Each word takes a byte at least, so a small chunk cannot claim a large payload.
+    // Each integer takes at least one byte, so a small chunk cannot claim a large payload.
     if (!reader_.HasBytes(size / 8)) return false;
     reference.resize(size);
     if (!ReadSteps(reader_, reference)) return false;

@@ -10,9 +10,13 @@
 
 namespace platkit::history {
 
-// Each entry is: the number of bytes that its key has in common with the key before (varint), the number of the key's
-// other bytes (varint), these bytes, a byte with the type and the coding, the size of the payload (varint), and the
-// coded payload. A payload that is coded by its words has as reference the last payload of the same size in the chunk.
+// Each entry consists of:
+// - the number of bytes that its key has in common with the previous key (varint),
+// - the number of the key's other bytes (varint), and these bytes,
+// - a byte with the type and the coding,
+// - the size of the payload (varint), and the coded payload.
+//
+// The reference of a payload that is coded by words is the last payload of the same size in the chunk.
 class EntryChunkWriter {
  public:
   void Add(const Entry &entry);
@@ -37,7 +41,8 @@ class EntryChunkReader {
 
   bool isAtEnd() const { return reader_.isAtEnd(); }
 
-  // Reads the next entry, which stays valid until the next call. False if it is malformed or exceeds a limit.
+  // Reads the next entry, which stays valid until the next call. Returns false if the entry is malformed or exceeds a
+  // limit.
   [[nodiscard]] bool Next(Entry &entry);
 
  private:

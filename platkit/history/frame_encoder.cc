@@ -9,8 +9,8 @@
 namespace platkit::history {
 namespace {
 
-// Raw sizes at which a chunk is complete. Larger chunks compress better; smaller ones let a reader that follows one
-// figure skip more.
+// Raw sizes at which a chunk is complete. Larger chunks compress better; smaller ones let a reader that needs only a
+// few entries skip more.
 constexpr size_t kEntriesBytes = size_t{12} << 10;
 constexpr size_t kChangesBytes = 768;
 
@@ -225,7 +225,8 @@ HVC_ReturnStatus FrameEncoder::Finish(FrameKind kind, const SampleInfo &info, ui
   return HVC_OK;
 }
 
-// Finds a mask with which the magic occurs at the start of the frame only. A text of the host can contain the magic.
+// Masks the frame so that the magic occurs only at its start. Without a mask, the magic could also be in a text of the
+// host.
 void FrameEncoder::Mask() {
   const auto rest = std::span(frame_).subspan(kMagic.size());
   const auto hasMagic = [&] {

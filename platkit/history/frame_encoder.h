@@ -27,24 +27,25 @@ class FrameEncoder {
   // Encode a sample, or the end of a recording. A delta frame continues the last accepted frame; `before` is the sample
   // of that frame. The frame stays valid until the next call. REQUIRES: the entries of the samples are sorted.
   //
-  // HVC_LIMIT_EXCEEDED: the frame exceeds a limit of the format.
+  // HVC_LIMIT_EXCEEDED: the frame exceeds a limit of the format. HVC_BAD_PARAM: the format has no entries of this type.
+  // HVC_NO_MEMORY.
   [[nodiscard]] HVC_ReturnStatus EncodeKey(const HostHeader &host, const SampleInfo &info, const Sample &sample);
   [[nodiscard]] HVC_ReturnStatus EncodeDelta(const SampleInfo &info, const Sample &sample, const Sample &before);
   [[nodiscard]] HVC_ReturnStatus EncodeEnd(const SampleTime &time);
 
   std::span<const std::byte> frame() const { return frame_; }
 
-  // The sum of the sizes of the payloads that have another size in this frame than before; see MaxMovedBytes.
+  // The total size of the payloads whose size changes in this frame; see MaxMovedBytes.
   uint64_t movedBytes() const { return movedBytes_; }
 
-  // The frame was written: the next one may continue it.
+  // Call this after the frame was written. The next delta frame then continues it.
   void Accept();
 
  private:
   struct Change {
     uint32_t id;
     size_t index;   // in the sample
-    size_t before;  // in the sample before
+    size_t before;  // in the previous sample
   };
 
   void Begin();

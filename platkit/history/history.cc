@@ -11,7 +11,7 @@ using Frame = SegmentReader::Frame;
 
 int64_t SecondOf(const Frame &frame) { return SecondsOf(frame.info.time.wall); }
 
-// Tells whether damage may have destroyed a sample that was taken after this frame, but not after `second`.
+// Whether damage may have destroyed a sample that was taken after this frame's, but not after `second`.
 bool MayMissLater(const SegmentReader &segment, size_t frame, int64_t second) {
   if (SecondOf(segment.frames()[frame]) == second) return false;
   const auto isLoss = [](const DamagedPart &part) { return !part.isIncompleteEnd; };

@@ -13,8 +13,8 @@ namespace platkit::history {
 
 class History {
  public:
-  // The seconds for which the history has an answer: from `first`, its first sample, to `validTo`, one interval after
-  // its last sample.
+  // The times that Read accepts, in seconds since 1970: from `first`, the first sample, to `validTo`, one interval
+  // after the last sample.
   struct Span {
     int64_t first = 0;
     int64_t last = 0;  // of the last sample
@@ -29,18 +29,19 @@ class History {
   int folder() const { return folder_.fd(); }
   const std::vector<SegmentName> &segments() const { return segments_; }
 
-  // Opens a segment. HVC_SNAPSHOT_DAMAGED: the file is not a segment, or larger than one can be. HVC_NOT_FOUND: it was
-  // removed since the folder was listed. Other statuses as for SegmentReader::Open.
+  // Opens a segment. HVC_SNAPSHOT_DAMAGED: the file is not a segment, or exceeds a limit of the format. HVC_NOT_FOUND:
+  // the file was removed after the folder was listed. Other statuses as for SegmentReader::Open.
   [[nodiscard]] HVC_ReturnStatus Open(SegmentName name, SegmentReader &segment) const;
 
-  // HVC_SNAPSHOT_DAMAGED: no segment has a sample. Other statuses as for SegmentReader::Open.
+  // Finds the span of the history. HVC_SNAPSHOT_DAMAGED: no segment has a sample. Other statuses as for
+  // SegmentReader::Open.
   [[nodiscard]] HVC_ReturnStatus FindSpan(Span &span);
 
-  // Reads the last sample at or before this second: of the samples with the latest wall time, the one that was recorded
-  // last.
+  // Reads the last sample at or before this second. If several samples have the latest wall time, reads the one that
+  // was recorded last.
   //
-  // HVC_OUT_OF_RANGE: the second is outside of the span. HVC_SNAPSHOT_DAMAGED: that sample, or one that may have been
-  // taken after it, is damaged. Other statuses as for SegmentReader.
+  // HVC_OUT_OF_RANGE: the second is outside of the span. HVC_SNAPSHOT_DAMAGED: that sample is damaged, or damage may
+  // have destroyed a later one. Other statuses as for SegmentReader.
   [[nodiscard]] HVC_ReturnStatus Read(int64_t second, Sample &sample, SampleInfo &info, HostHeader &host);
 
  private:
@@ -52,7 +53,7 @@ class History {
   SegmentReader reader_;
 };
 
-// The frame with the latest sample at or before this second, or frames().size().
+// The index of the frame with the latest sample at or before this second, or frames().size() if there is none.
 size_t FindFrame(const SegmentReader &segment, int64_t second);
 
 }  // namespace platkit::history

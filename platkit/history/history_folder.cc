@@ -66,7 +66,7 @@ std::optional<SegmentName> SegmentName::Parse(std::string_view text) {
                                         std::chrono::day(NumberOf(text.substr(8, 2))));
   const unsigned hour = NumberOf(text.substr(11, 2));
   if (!day.ok() || hour >= kHoursInDay || sys_days(day) < sys_days{}) return std::nullopt;
-  // Wall times are in nanoseconds, which end in the year 2262.
+  // Wall times are 64-bit numbers of nanoseconds, which end in the year 2262.
   constexpr int64_t kMaxHour = INT64_MAX / kNanosInSecond / 3600;
   const int64_t hours = sys_days(day).time_since_epoch().count() * int64_t{kHoursInDay} + hour;
   if (hours > kMaxHour) return std::nullopt;

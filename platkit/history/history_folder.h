@@ -16,16 +16,17 @@
 
 namespace platkit::history {
 
-// The name of a segment, which stands for an hour. Names are ordered by time.
+// The name of a segment, which is an hour in UTC. Names are ordered by time.
 class SegmentName {
  public:
-  // The segment for samples at this wall time, in nanoseconds since 1970. Times before 1970 belong to its first hour.
+  // The segment for samples at this wall time, in nanoseconds since 1970. Times before 1970 belong to the first hour of
+  // 1970.
   static SegmentName At(int64_t wall);
 
-  // The same for a time in seconds. Later times than nanoseconds can tell belong to the last hour.
+  // The same for a time in seconds. A time that does not fit in nanoseconds belongs to the last hour that does.
   static SegmentName AtSecond(int64_t second);
 
-  // Nothing if `text` is not the name of a segment.
+  // Returns std::nullopt if `text` is not the name of a segment.
   static std::optional<SegmentName> Parse(std::string_view text);
 
   std::string text() const;
@@ -78,9 +79,9 @@ class HistoryFolder {
   int fd_ = -1;
 };
 
-// Opens a file of the folder, which must be a regular file and no symbolic link. `flags` as for open(2).
+// Opens a file in the folder. The file must be a regular file and not a symbolic link. `flags` are those of open(2).
 //
-// HVC_NOT_A_SNAPSHOT: not a regular file. Other statuses as for StatusOfErrno.
+// HVC_NOT_A_SNAPSHOT: the file is not regular. Other statuses as for StatusOfErrno.
 [[nodiscard]] HVC_ReturnStatus OpenSegmentFile(int folder, const char *name, int flags, int &fd);
 
 }  // namespace platkit::history

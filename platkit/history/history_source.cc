@@ -69,7 +69,7 @@ HVC_ReturnStatus ReadMoment(const char *path, Moment &moment) {
   if (!parts) return HVC_NOT_FOUND;
   history::History history;
   HVC_ReturnStatus status = history.Open(parts->folder.c_str());
-  if (status == HVC_NOT_A_SNAPSHOT) return HVC_NOT_FOUND;  // an '@' in the path of a file that is missing
+  if (status == HVC_NOT_A_SNAPSHOT) return HVC_NOT_FOUND;  // the path of a missing file can also contain an '@'
   history::History::Span span;
   if (status == HVC_OK) status = history.FindSpan(span);
   if (status != HVC_OK) return status;

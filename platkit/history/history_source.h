@@ -10,7 +10,7 @@
 
 namespace platkit {
 
-// Reads from a sample, which must be sorted and live as long as the source.
+// Reads from a sample, which must be sorted. The sample and its definitions must outlive the source.
 class SampleSource : public Source {
  public:
   SampleSource(const history::Sample &sample, const Definitions &definitions)
@@ -27,7 +27,7 @@ class SampleSource : public Source {
   const Definitions &definitions_;
 };
 
-// A moment of a history that was read into memory.
+// A moment of a history, read into memory.
 struct Moment {
   history::Sample sample;
   history::SampleInfo info;
@@ -36,8 +36,9 @@ struct Moment {
 
 // Reads the last sample at or before the time of DIR@TIME.
 //
-// HVC_NOT_FOUND: the path does not have this form, or there is no folder with a history. HVC_BAD_PARAM: the time has no
-// known form. HVC_OUT_OF_RANGE: the time is outside of the history's span. Other statuses as for NODAL_UseCache.
+// HVC_NOT_FOUND: the path does not have this form, or the folder does not exist or has no history. HVC_BAD_PARAM: the
+// time has no known form. HVC_OUT_OF_RANGE: the time is outside of the history's span. Other statuses as for
+// NODAL_UseCache.
 [[nodiscard]] HVC_ReturnStatus ReadMoment(const char *path, Moment &moment);
 
 // Opens a moment as the source of a tree. Statuses as for ReadMoment. `source` is set only on success.

@@ -19,8 +19,8 @@ std::optional<int64_t> ParseNumber(std::string_view text) {
   return isNumber && number <= kLastSecond ? std::optional(number) : std::nullopt;
 }
 
-// Compares a text with a pattern, in which '0' stands for any digit, '_' for a blank or a T, and every other character
-// for itself.
+// Compares a text with a pattern. In the pattern, '0' matches any digit, '_' matches a blank or a T, and every other
+// character matches itself.
 bool HasForm(std::string_view text, std::string_view form) {
   return std::ranges::equal(text, form, [](char c, char expected) {
     if (expected == '0') return c >= '0' && c <= '9';
@@ -49,8 +49,9 @@ bool ReadDate(std::string_view text, tm &parts) {
   return true;
 }
 
-// Converts a local time to one not after `end`. When summer time ends, an hour is repeated: the later one is meant.
-// Sets `day` to the date in the calendar, which differs for a date such as 30 February.
+// Converts a local time to seconds since 1970. An hour occurs twice when summer time ends: returns the latest time that
+// is not after `end`, or std::nullopt if all are later. Sets `day` to the date in the calendar, which differs from
+// `parts` for a date such as 30 February.
 std::optional<int64_t> LocalSeconds(const tm &parts, int64_t end, tm &day) {
   std::optional<int64_t> latest;
   for (const int isSummerTime : {-1, 0, 1}) {
@@ -65,7 +66,8 @@ std::optional<int64_t> LocalSeconds(const tm &parts, int64_t end, tm &day) {
   return latest;
 }
 
-// Converts the parts, unless they are no day of the calendar, such as 30 February.
+// Converts a date and time to seconds since 1970. Returns std::nullopt if the date is not in the calendar, such as 30
+// February.
 std::optional<int64_t> SecondsOf(const tm &parts, bool isUtc) {
   tm day = parts;
   const std::optional<int64_t> seconds = isUtc ? timegm(&day) : LocalSeconds(parts, kLastSecond, day);

@@ -25,7 +25,7 @@ Integer Load(Payload payload, size_t index) {
   return integer;
 }
 
-// False if the integer does not fit the last bytes of the payload.
+// Returns false if the integer does not fit the remaining bytes of the payload.
 template <typename Integer>
 bool Store(std::span<std::byte> payload, size_t index, Integer integer) {
   const size_t start = index * sizeof(Integer);
@@ -38,7 +38,8 @@ bool Store(std::span<std::byte> payload, size_t index, Integer integer) {
 // The difference as a signed number, mapped to an unsigned one.
 uint64_t DifferenceOf(Word word, Word reference) { return ToUnsigned(static_cast<int32_t>(word - reference)); }
 
-// Calls `store` with the index and the difference of each word that differs.
+// Calls `store` with the index and the difference of each word that differs. Returns false if the form is malformed or
+// `store` fails.
 template <typename Store>
 bool ReadWords(ByteReader &reader, size_t words, Store store) {
   for (size_t index = 0; index < words;) {

@@ -1,6 +1,6 @@
-// One sample of a host: the entries that a snapshot taken at the same time would have, without its header.
+// One sample of a host: the entries that a snapshot taken at the same time would have, without the header.
 //
-// A recorder fills the same sample again and again. Clear keeps the memory, so that only the first samples allocate.
+// A recorder uses the same object for many samples. Clear keeps the memory, so that only the first samples allocate.
 //
 // If memory runs out, an operation throws std::bad_alloc and leaves the sample unchanged.
 #ifndef PLATKIT_HISTORY_SAMPLE_H
@@ -20,7 +20,7 @@ namespace platkit::history {
 
 using snapshot::ValueType;
 
-// An entry of a sample, which owns the bytes.
+// An entry of a sample. The sample owns the bytes.
 struct Entry {
   std::string_view key;  // the path of a node, or snapshot::kFailurePrefix and a path
   ValueType type;        // kRecord, kIntegers or kTexts
@@ -35,23 +35,23 @@ class Sample {
 
   // Adds an entry, and returns the bytes of its payload for the caller to fill. They stay valid until the next Add.
   //
-  // A sample takes any key and size; the writer of a segment refuses what the format cannot hold.
+  // A sample accepts any key and size; SegmentWriter refuses entries that exceed the limits of the format.
   std::span<std::byte> Add(std::string_view key, ValueType type, size_t payloadBytes);
   void Add(std::string_view key, ValueType type, std::span<const std::byte> payload);
 
-  // Sorts the entries by key. Costs one comparison an entry if they are in order.
+  // Sorts the entries by key. Takes one comparison per entry if they are already sorted.
   void Sort();
 
   size_t size() const { return items_.size(); }
   Entry operator[](size_t index) const;
 
-  // Finds the entry with this key; false if there is none. The entries must be sorted by key.
+  // Finds the entry with this key. Returns false if there is none. REQUIRES: the entries are sorted by key.
   bool Find(std::string_view key, Entry &entry) const;
 
   // The bytes of a payload, to change them in place.
   std::span<std::byte> MutablePayload(size_t index);
 
-  // The bytes of all keys and payloads.
+  // The total size of all keys and payloads, in bytes.
   size_t bytes() const { return bytes_.size(); }
 
   void Swap(Sample &other) noexcept {

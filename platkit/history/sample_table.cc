@@ -87,7 +87,7 @@ bool SampleTable::ReadEntries(const ChunkPlace &place, std::span<const std::byte
   for (; !reader.isAtEnd(); ++id) {
     Entry entry;
     if (id > chunk.lastId || !reader.Next(entry)) return false;
-    // A filter relies on the keys of the directory.
+    // A filter selects chunks by the keys in the directory, so these keys must be right.
     if (id == chunk.firstId && entry.key != place.firstKey) return false;
     if (lastKey_ && entry.key <= *lastKey_) return false;
     lastKey_ = entry.key;
@@ -114,7 +114,7 @@ bool SampleTable::Keep(uint32_t id, std::string_view key, ValueType type, Payloa
   return true;
 }
 
-// Chunks list their entries in ascending order, so the next one is often near the one before.
+// Chunks list their entries in ascending order, so an entry is often near the previous one.
 SampleTable::Slot *SampleTable::FindSlot(uint32_t id) {
   constexpr size_t kNear = 8;
   for (size_t i = hint_; i < std::min(slots_.size(), hint_ + kNear); ++i) {
@@ -182,8 +182,8 @@ bool SampleTable::ReadChange(ByteReader &reader, Coding coding, Slot *slot) {
   return true;
 }
 
-// Gives the payload this size, at a new place if the size differs. The bytes at the old place stay until the payloads
-// are compacted.
+// Changes the size of the payload. If the size differs, the payload moves to a new place; the bytes at the old place
+// stay until Compact. Returns false if a limit is exceeded.
 bool SampleTable::Replace(Slot &slot, uint32_t payloadBytes, std::span<std::byte> &payload) {
   if (payloadBytes != slot.payloadBytes) {
     liveBytes_ += payloadBytes;
@@ -227,7 +227,7 @@ void SampleTable::ForgetRemoved() {
   hint_ = 0;
 }
 
-// Each removed entry is a varint: the distance from the number of the entry before.
+// Each removed entry is a varint: the difference between its number and the previous one, or 0 for the first entry.
 bool SampleTable::ReadRemoved(const Chunk &chunk, std::span<const std::byte> raw) {
   ByteReader reader(raw);
   uint64_t id = chunk.firstId;

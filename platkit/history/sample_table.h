@@ -1,6 +1,7 @@
-// The state of a chain of frames: the entries of the sample that the last frame describes.
+// The state of a chain of frames (a key frame and the delta frames after it): the entries of the last frame's sample.
 //
-// With a filter, the table keeps only some entries, and reads only the chunks that can be about them.
+// With a filter, the table keeps only the entries that the filter contains, and reads only the chunks that may concern
+// these entries.
 #ifndef PLATKIT_HISTORY_SAMPLE_TABLE_H
 #define PLATKIT_HISTORY_SAMPLE_TABLE_H
 
@@ -30,12 +31,13 @@ class KeyFilter {
 
 class SampleTable {
  public:
-  // Null: all entries. The filter must live as long as the table uses it. Clears the table.
+  // Selects the entries to keep; null selects all. Clears the table. The filter must live as long as the table uses it.
   void Select(const KeyFilter *filter);
 
-  // Applies a frame. REQUIRES: a key frame, or the frame after the one that was applied last.
+  // Applies a frame. REQUIRES: it is a key frame, or follows the last applied frame.
   //
-  // HVC_SNAPSHOT_DAMAGED: the frame is damaged. HVC_IO_ERROR. After a failure, the next frame must be a key frame.
+  // HVC_NOT_FOUND: the frame has no sample. HVC_SNAPSHOT_DAMAGED: the frame is damaged. HVC_IO_ERROR. After a failure,
+  // the next frame must be a key frame.
   [[nodiscard]] HVC_ReturnStatus Apply(SegmentFile &file, const LoadedFrame &frame);
 
   // Stores the entries in a sample, sorted by key. HVC_SNAPSHOT_DAMAGED: two entries have the same key.
@@ -74,17 +76,17 @@ class SampleTable {
   const KeyFilter *filter_ = nullptr;
   HostHeader host_;
   std::vector<Slot> slots_;  // in the order of their ids
-  size_t hint_ = 0;          // the slot after the one that was found last
+  size_t hint_ = 0;          // the index after the slot that was found last
   std::string keys_;
   ByteVector payloads_;
   size_t maxBytes_ = 0;
   size_t liveBytes_ = 0;
   uint32_t liveEntries_ = 0;
   uint32_t nextId_ = 0;
-  uint64_t chainBytes_ = 0;             // the size of the key frame and of the frames since
+  uint64_t chainBytes_ = 0;             // the size of the key frame and of the frames after it
   uint64_t movedBytes_ = 0;             // see MaxMovedBytes
-  std::optional<std::string> lastKey_;  // the last key of the entries in the frame
-  uint32_t nextChange_ = 0;             // the smallest number that later chunks of changes can have
+  std::optional<std::string> lastKey_;  // the last key that was read from the frame's entries
+  uint32_t nextChange_ = 0;             // the lowest number of an entry that later chunks of changes can have
 };
 
 // Reads the host of a key frame. Statuses as for SampleTable::Apply.

@@ -88,11 +88,11 @@ HVC_ReturnStatus SegmentFile::LoadHead(uint64_t position, LoadedFrame &frame) {
   if (status != HVC_OK) return status;
   frame.headBytes.assign(bytes.begin(), bytes.end());
   if (!UnmaskAndCheck(frame.headBytes)) {
-    // Otherwise, a small file with many magics could keep the reader busy for hours.
+    // Without this limit, a small file with many magics could keep the reader busy for hours.
     wrongHeadBytes_ += frame.headBytes.size();
     return wrongHeadBytes_ > kMaxWrongHeadBytes + 4 * size_ ? HVC_LIMIT_EXCEEDED : HVC_SNAPSHOT_DAMAGED;
   }
-  // Another process may have changed the file since the first of the two loads.
+  // Another process may have changed the file between the two loads.
   std::memcpy(&frame.head, frame.headBytes.data(), sizeof frame.head);
   if (frame.head.headBytes != frame.headBytes.size() || !IsPossibleHead(frame.head, size_ - position))
     return HVC_SNAPSHOT_DAMAGED;

@@ -1,4 +1,4 @@
-// The bytes of a segment, read into memory of this process.
+// The bytes of a segment, read into the memory of this process.
 #ifndef PLATKIT_HISTORY_SEGMENT_FILE_H
 #define PLATKIT_HISTORY_SEGMENT_FILE_H
 
@@ -31,18 +31,18 @@ class SegmentFile {
   SegmentFile &operator=(const SegmentFile &) = delete;
 
   // Opens the file. Bytes that are appended later are not seen. Statuses as for OpenSegmentFile, and
-  // HVC_LIMIT_EXCEEDED: larger than a segment can be.
+  // HVC_LIMIT_EXCEEDED: the file is larger than a segment can be.
   [[nodiscard]] HVC_ReturnStatus Open(int folder, const char *name);
 
-  // Takes an open file, and closes it. Statuses as above.
+  // Takes ownership of an open file. Statuses as above.
   [[nodiscard]] HVC_ReturnStatus Open(int fd);
 
   uint64_t size() const { return size_; }
 
   // Reads and checks the head of the frame at this position.
   //
-  // HVC_SNAPSHOT_DAMAGED: no valid head at this position. HVC_SNAPSHOT_TOO_NEW: a frame of a newer format.
-  // HVC_IO_ERROR.
+  // HVC_SNAPSHOT_DAMAGED: no valid head is at this position. HVC_SNAPSHOT_TOO_NEW: the frame has a newer format.
+  // HVC_LIMIT_EXCEEDED: too many heads with wrong checksums were read. HVC_IO_ERROR.
   [[nodiscard]] HVC_ReturnStatus LoadHead(uint64_t position, LoadedFrame &frame);
 
   // Reads, checks and uncompresses a chunk. `raw` stays valid until the next operation.
@@ -52,11 +52,11 @@ class SegmentFile {
                                            std::span<const std::byte> &raw);
 
   // Sets `found` to the next position, from `position` on, at which the magic of a frame starts, or to size() if there
-  // is none. Returns the same statuses as LoadHead.
+  // is none. Statuses as for Load.
   [[nodiscard]] HVC_ReturnStatus FindMagic(uint64_t position, uint64_t &found);
 
-  // The bytes from `position`, at most `size` and at most to the end of the file; they stay valid until the next
-  // operation. HVC_SNAPSHOT_DAMAGED: the file has become shorter. HVC_IO_ERROR.
+  // Loads `size` bytes from `position` on, or fewer if the file ends earlier. They stay valid until the next operation.
+  // HVC_SNAPSHOT_DAMAGED: the file has become shorter. HVC_IO_ERROR.
   [[nodiscard]] HVC_ReturnStatus Load(uint64_t position, size_t size, std::span<std::byte> &bytes);
 
  private:

@@ -33,7 +33,7 @@ struct SegmentReader::State {
 
   SegmentFile file;
   std::vector<Frame> frames;
-  std::vector<size_t> keyFrames;  // the key frame of each frame; kNone: it, or a frame after it, is missing
+  std::vector<size_t> keyFrames;  // the key frame of each frame; kNone: it, or a frame in between, is missing
   std::vector<DamagedPart> damage;
   SampleTable table;
   LoadedFrame loaded = {};

@@ -70,7 +70,8 @@ HVC_ReturnStatus SegmentWriter::FindEnd(int folder, const char *name) {
   return ftruncate(fd_, static_cast<off_t>(segmentBytes_)) == 0 ? HVC_OK : StatusOfErrno(errno, HVC_WRITE_ERROR);
 }
 
-// A key frame is also due if the next sample would come too late for it, so the time until that sample counts.
+// A key frame is also due if the interval would be exceeded at the next sample. The time until that sample is therefore
+// subtracted.
 bool SegmentWriter::NeedsKeyFrame(const HostHeader &host, const SampleTime &time) const {
   const int64_t sinceKey = time.boot - keyTime_.boot;
   const int64_t toNext = int64_t{host.intervalMillis} * (kNanosInSecond / 1000);
@@ -89,7 +90,7 @@ HVC_ReturnStatus SegmentWriter::Append(const HostHeader &host, const SampleInfo 
   if (!isKey) {
     status = encoder_->EncodeDelta(info, sample, last_);
     const uint64_t chainBytes = chainBytes_ + encoder_->frame().size();
-    isKey = status == HVC_LIMIT_EXCEEDED ||  // for example, of the numbers of entries
+    isKey = status == HVC_LIMIT_EXCEEDED ||  // for example, because no numbers of entries are left
             (status == HVC_OK && movedBytes_ + encoder_->movedBytes() > MaxMovedBytes(chainBytes));
   }
   if (isKey) status = encoder_->EncodeKey(host, info, sample);

@@ -21,8 +21,8 @@ class FrameEncoder;
 
 class SegmentWriter {
  public:
-  // The time between two key frames. A damaged frame costs the samples up to the next key frame. If samples are
-  // a minute apart, this interval makes every frame a key frame, so their writer needs a longer one.
+  // The default time between two key frames. After a damaged frame, the samples up to the next key frame are lost. If
+  // samples are more than half of this time apart, every frame is a key frame, so their writer needs a longer interval.
   static constexpr int64_t kKeyInterval = 60 * kNanosInSecond;
 
   explicit SegmentWriter(int64_t keyInterval = kKeyInterval);
@@ -30,25 +30,25 @@ class SegmentWriter {
   SegmentWriter(const SegmentWriter &) = delete;
   SegmentWriter &operator=(const SegmentWriter &) = delete;
 
-  // Opens the segment `name` (SegmentName::text, or a temporary name) of an open folder, or creates it, readable by
-  // its owner only. Removes an incomplete frame from its end. The next frame is a key frame. Closes the segment that
-  // was open before.
+  // Opens or creates the segment `name` in an open folder. The name is a SegmentName::text or a temporary name. A new
+  // file is readable by its owner only. Removes an incomplete frame from the end of the file. The next frame is a key
+  // frame. Closes the segment that was open until now.
   //
-  // HVC_NOT_A_SNAPSHOT: not a regular file, or not a segment. HVC_SNAPSHOT_TOO_NEW: of a newer format.
-  // HVC_LIMIT_EXCEEDED: the segment is full. Other statuses as for StatusOfErrno.
+  // HVC_NOT_A_SNAPSHOT: the file is not regular, or not a segment. HVC_SNAPSHOT_TOO_NEW: the segment has a newer
+  // format. HVC_LIMIT_EXCEEDED: the segment is full. Other statuses as for StatusOfErrno.
   [[nodiscard]] HVC_ReturnStatus Open(int folder, const char *name);
 
-  // Appends a sample, and exchanges it with the sample before: `sample` then has the entries of the earlier sample,
-  // for the caller to clear, and last() those of this one. Sorts the entries. After a failure, the sample keeps its
-  // entries, and the segment is as before.
+  // Appends a sample, and exchanges it with the previous one: last() then has the entries of this sample, and `sample`
+  // has those of the previous sample, for the caller to clear. Sorts the entries. After a failure, `sample` keeps its
+  // entries, and the segment is unchanged.
   //
   // HVC_ALREADY_EXISTS: two entries have the same key. HVC_LIMIT_EXCEEDED: the sample exceeds a limit of the format, or
-  // the segment is full. HVC_BAD_PARAM: no segment is open, a text of the header contains a NUL, or a type is not one
-  // of an entry. Other statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors: the disk is full, or
-  // failed.
+  // the segment is full. HVC_BAD_PARAM: no segment is open, a text of the header contains a NUL, or samples cannot have
+  // an entry of this type. Other statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors, such as a full
+  // disk.
   [[nodiscard]] HVC_ReturnStatus Append(const HostHeader &host, const SampleInfo &info, Sample &sample);
 
-  // Appends a frame without a sample that says that the recorder ended by itself. Statuses as for Append.
+  // Appends a frame without a sample, which records that the recorder stopped normally. Statuses as for Append.
   [[nodiscard]] HVC_ReturnStatus AppendEnd(const SampleTime &time);
 
   // Waits until everything is on the disk, which may take long. Statuses as for Append.
@@ -62,13 +62,13 @@ class SegmentWriter {
   uint64_t segmentBytes() const { return segmentBytes_; }
   uint64_t frameBytes() const { return frameBytes_; }
 
-  // The bytes of an incomplete frame that Open removed.
+  // The size of the incomplete frame that Open removed; 0 if there was none.
   uint64_t removedBytes() const { return removedBytes_; }
 
   // The sample that was appended last, also after Close; empty before the first one.
   const Sample &last() const { return last_; }
 
-  // True if a sample of this host at this time will be written as a key frame.
+  // Whether a sample of this host at this time must be written as a key frame.
   bool NeedsKeyFrame(const HostHeader &host, const SampleTime &time) const;
 
  private:

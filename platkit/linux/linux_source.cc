@@ -46,8 +46,8 @@ using FillFunction = HVC_ReturnStatus (*)(Host &, Arguments, Record &);
 using ListFunction = HVC_ReturnStatus (*)(Host &, Arguments, ParamList &);
 using WriteFunction = HVC_ReturnStatus (*)(Host &, Arguments, int64_t value);
 
-// The functions of one node: one fills its record, which starts as zeros; one lists its instances; one writes a value.
-// A node has only the functions that its kind allows. The record type of a function must be the node's.
+// The functions of one node. `fill` fills its record, which is zeroed, `list` lists its instances, and `write` writes a
+// value. Functions that the node does not have are null. The record type of `fill` must be the node's.
 class Row {
  public:
   Row() = default;

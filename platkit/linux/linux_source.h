@@ -9,13 +9,13 @@
 
 namespace platkit {
 
-// Opens the running host below the root folder `root`. No file is opened until a node asks for it.
+// Opens the running host below the root folder `root`. Files are opened only when a node is read.
 std::unique_ptr<Source> OpenLinuxHost(const char *root);
 
-// Opens a host over these files.
+// Opens a host that is read through `files`.
 std::unique_ptr<Source> OpenLinuxHost(HostFiles files);
 
-// Opens a saved root folder. HVC_NOT_FOUND, HVC_NO_PERMISSION or HVC_IO_ERROR if the folder cannot be opened.
+// Opens a saved root folder. Returns HVC_NOT_FOUND, HVC_NO_PERMISSION or HVC_IO_ERROR if the folder cannot be opened.
 [[nodiscard]] HVC_ReturnStatus OpenSavedRoot(const char *root, Writes writes, std::unique_ptr<Source> &source);
 
 }  // namespace platkit

@@ -30,7 +30,7 @@ std::string SampledHost::Name() { return PrintableName(ReadLineOf("proc/sys/kern
 
 std::string SampledHost::KernelRelease() { return ReadLineOf("proc/sys/kernel/osrelease"); }
 
-// "6c5c3d3e-8f0b-4c53-9a5e-5d9a1b8e9f10\n".
+// Parses a line such as "6c5c3d3e-8f0b-4c53-9a5e-5d9a1b8e9f10".
 std::array<std::byte, 16> SampledHost::BootID() {
   std::array<std::byte, 16> id = {};
   std::string digits = ReadLineOf("proc/sys/kernel/random/boot_id");

@@ -1,4 +1,4 @@
-// A Linux host that is read again and again, one sample after the other.
+// A Linux host that is read repeatedly, one sample after the other.
 #ifndef PLATKIT_LINUX_SAMPLED_HOST_H
 #define PLATKIT_LINUX_SAMPLED_HOST_H
 
@@ -18,17 +18,19 @@ namespace platkit {
 // In a sample, each file is read at most once. Files stay open for the next sample.
 class SampledHost {
  public:
-  // The running host below `root`, or a saved root folder. Keeps up to `maxDescriptors` files open; see
+  // Reads the running host below `root`, or a saved root folder. Keeps up to `maxDescriptors` files open; see
   // HostFiles::KeepOpen. Throws std::bad_alloc.
   SampledHost(const char *root, Reach reach, size_t maxDescriptors);
 
   // Opens the root folder. HVC_NOT_FOUND, HVC_NO_PERMISSION or HVC_IO_ERROR if that fails.
   [[nodiscard]] HVC_ReturnStatus Open() { return files_.OpenRoot(); }
 
-  // From now on, the limits and the members of control groups are read again only if they have this age.
+  // From now on, reads the limits and the members of control groups again only if the last values are at least `maxAge`
+  // old.
   void ReuseSettings(Clock::Time::duration maxAge) { *settingsAge_ = maxAge; }
 
-  // Starts a sample: everything else is read again.
+  // Starts a sample. Files are read again, except those of ReuseSettings and a few that are costly to read; see
+  // GroupReader and HeapRecords.
   void BeginSample() { clock_.BeginSample(); }
 
   Source &source() { return *source_; }
@@ -36,8 +38,8 @@ class SampledHost {
   // MemAvailable in bytes.
   Figure AvailableBytes();
 
-  // The host's name, printable, the kernel's release, and the identifier of this boot. Empty, or zeros, if they cannot
-  // be read.
+  // The host's name (made printable), the kernel's release, and the identifier of this boot. If they cannot be read,
+  // the texts are empty, and the identifier is all zeros.
   std::string Name();
   std::string KernelRelease();
   std::array<std::byte, 16> BootID();

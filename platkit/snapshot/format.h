@@ -34,7 +34,7 @@ constexpr bool IsHeaderKey(std::string_view key) {
   return key == kSignatureKey || key == kBuildKey || key == kHostKey || key == kTimeKey;
 }
 
-// Prefix of a node's path, for a node that could not be read. The value is the status of that read.
+// Prefix of the key of an unreadable node. The node's path follows, and the value is the status of the failed read.
 inline constexpr std::string_view kFailurePrefix = "failed:";
 inline constexpr size_t kFailureBytes = 4;
 
@@ -51,9 +51,9 @@ inline constexpr uint32_t kRecordHead = 8;  // lengths of key and value
 inline constexpr uint32_t kSlotBytes = 8;
 inline constexpr uint64_t kMaxFileBytes = UINT32_MAX;
 
-// The largest number of used slots that follow each other in a table. It bounds the slots that a look-up visits, for
-// keys that were chosen to collide. Half of the slots of a table are used, so the longest run grows with the logarithm
-// of the file's size: it has about 100 slots in a file of 4 GB with ordinary keys.
+// The maximum number of consecutive used slots in a table. It bounds the number of slots that a look-up visits, even if
+// the keys were chosen to collide. Half of the slots of a table are used, so the longest run grows with the logarithm
+// of the file's size. With ordinary keys, it has about 100 slots in a file of 4 GB.
 inline constexpr uint32_t kMaxRun = 256;
 
 // The hash of a key. `start` is the hash of the bytes before `text`, so that the hash of a common prefix is computed
@@ -77,8 +77,8 @@ struct Value {
   std::string_view text() const { return {reinterpret_cast<const char *>(payload.data()), payload.size()}; }
 };
 
-// The status in the value of a failure key, which is the status of an unreadable node. HVC_SNAPSHOT_DAMAGED: the value
-// has no such status.
+// Returns the status of an unreadable node, from the value of its failure key. Returns HVC_SNAPSHOT_DAMAGED if the
+// value does not contain the status of a failure.
 HVC_ReturnStatus FailureIn(const Value &value);
 
 inline constexpr size_t kCheckBytes = 4;

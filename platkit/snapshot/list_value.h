@@ -9,9 +9,9 @@
 
 namespace platkit::snapshot {
 
-// Appends the entries of the value of a list node.
+// Appends the entries in `value`, the value of the list `node`, to `list`.
 //
-// HVC_SNAPSHOT_DAMAGED: the value is not one of such a list. Other statuses as for ParamList::Add.
+// HVC_SNAPSHOT_DAMAGED: the value is not a list with entries of this node's type. Other statuses as for ParamList::Add.
 [[nodiscard]] HVC_ReturnStatus AddEntries(const Node &node, const Value &value, ParamList &list);
 
 }  // namespace platkit::snapshot

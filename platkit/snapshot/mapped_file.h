@@ -26,7 +26,8 @@ class MappedFile {
 
   // Maps the first `size` bytes of the file. REQUIRES: no file is mapped, and size > 0.
   //
-  // HVC_LIMIT_EXCEEDED: too many files are mapped. HVC_NO_MEMORY. Other statuses as for mmap and StatusOfErrno.
+  // HVC_LIMIT_EXCEEDED: too many files are mapped. HVC_NOT_A_SNAPSHOT: a file of this kind cannot be mapped.
+  // HVC_IO_ERROR: the handler of SIGBUS could not be installed. Other statuses as for StatusOfErrno.
   [[nodiscard]] HVC_ReturnStatus Map(int fd, uint32_t size);
 
   uint32_t size() const { return size_; }
@@ -34,7 +35,7 @@ class MappedFile {
   // HVC_SNAPSHOT_DAMAGED after a read beyond the end of a truncated file, or a failed read of the disk.
   HVC_ReturnStatus status() const { return guard_.IsDamaged() ? HVC_SNAPSHOT_DAMAGED : HVC_OK; }
 
-  // REQUIRES, for all of these: the bytes are within size().
+  // REQUIRES, for the following functions: the bytes are within size().
 
   // Loads a little-endian integer once.
   uint32_t Integer(uint32_t position) const {
@@ -46,7 +47,7 @@ class MappedFile {
 
   // Copies the bytes to `copy`.
   void Read(uint32_t position, std::span<std::byte> copy) const {
-    if (copy.empty()) return;  // it may have no address
+    if (copy.empty()) return;  // an empty span may have a null address
     std::memcpy(copy.data(), bytes_ + position, copy.size());
     asm volatile("" : : "r"(copy.data()) : "memory");  // the compiler must not read the file instead of the copy
   }

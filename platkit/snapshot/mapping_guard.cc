@@ -12,8 +12,8 @@
 namespace platkit::snapshot {
 namespace {
 
-// A guarded mapping, or an unused slot of size 0. The handler reads the slots of other threads while these change them:
-// the version is odd during a change, and different after it.
+// A guarded mapping, or an unused slot of size 0. The handler can read a slot while another thread changes it. The
+// version is therefore odd during a change, and different after it.
 struct Slot {
   std::atomic<uint32_t> version = 0;
   std::atomic<uintptr_t> start = 0;
@@ -47,7 +47,8 @@ struct Mapping {
   bool Contains(uintptr_t address) const { return address - start < size; }
 };
 
-// Returns size 0 for a slot that another thread is changing. That slot cannot be the one of the faulting thread.
+// Returns size 0 for a slot that another thread is changing. That slot cannot contain the mapping that the faulting
+// thread reads.
 Mapping Load(const Slot &slot) {
   const uint32_t version = slot.version.load();
   const Mapping mapping = {slot.start.load(), slot.size.load()};
@@ -55,8 +56,8 @@ Mapping Load(const Slot &slot) {
   return isStable ? mapping : Mapping{0, 0};
 }
 
-// Replaces the mapping that contains the address. It replaces all pages at once: one call for each page could exceed
-// the kernel's limit of mappings.
+// Replaces the guarded mapping that contains the address with zeros. Returns false if there is none, or on failure. All
+// pages are replaced at once: one call for each page could exceed the kernel's limit on mappings.
 bool ReplaceByZeros(uintptr_t address) {
   for (Slot &slot : slots) {
     const Mapping mapping = Load(slot);
@@ -69,11 +70,11 @@ bool ReplaceByZeros(uintptr_t address) {
   return false;
 }
 
-// Whether an access of this thread failed. The others were sent by a process, or report a memory error in advance;
-// si_addr is then undefined, or not in use.
+// Whether the signal reports a failed access of this thread. Other signals were sent by a process, or report a memory
+// error before any access (BUS_MCEERR_AO). Their si_addr is undefined, or an address that is not in use.
 bool IsFault(const siginfo_t &info) { return info.si_code > 0 && info.si_code != BUS_MCEERR_AO; }
 
-// After the handler returns, the access fails again, or the raised signal is delivered.
+// Restores the default action. After the handler returns, the access fails again, or the raised signal is delivered.
 void ActByDefault(int signal, bool isFault) {
   struct sigaction action = {};
   action.sa_handler = SIG_DFL;
@@ -109,10 +110,10 @@ bool IsHandler(const struct sigaction &action) {
   return (action.sa_flags & SA_SIGINFO) != 0 || (action.sa_handler != SIG_DFL && action.sa_handler != SIG_IGN);
 }
 
-// If the program has replaced this handler by another one, that one may pass signals on to this one. Installing this
-// one again would then pass signals on forever.
+// If the program has replaced this handler with its own, that handler may pass signals on to this one. If this handler
+// were then installed again, the two would pass a signal to each other forever.
 //
-// The handler runs with the signal mask and on the stack that the previous handler expects.
+// The handler runs with the signal mask that the previous handler expects, and on the alternate stack if there is one.
 bool Install() {
   struct sigaction current;
   if (sigaction(SIGBUS, nullptr, &current) != 0) return false;
@@ -126,7 +127,7 @@ bool Install() {
   return sigaction(SIGBUS, &action, nullptr) == 0;
 }
 
-// A handler that the program installed later may call this one, so this one stays.
+// Returns false and changes nothing if the program has installed its own handler later: that handler may call this one.
 bool Uninstall() {
   struct sigaction current;
   return sigaction(SIGBUS, nullptr, &current) == 0 && IsOurs(current) && sigaction(SIGBUS, &previous, nullptr) == 0;

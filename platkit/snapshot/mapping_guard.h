@@ -1,11 +1,12 @@
 // Protection of a mapped file from SIGBUS.
 //
 // Another process can truncate a file while it is mapped. Reading a page beyond the new end raises SIGBUS, and so does
-// a failing disk. While any mapping is guarded, this process has a SIGBUS handler. It replaces the mapping by zeros and
-// marks it as damaged; the read then continues. All other SIGBUS signals go to the handler that was installed before.
+// a failing disk. While any mapping is guarded, this process has a SIGBUS handler. The handler replaces the mapping
+// with zeros and marks it as damaged; the read then continues. The handler passes all other SIGBUS signals on to the
+// previously installed handler.
 //
-// A handler that the program installs later replaces this one: the mappings are then unguarded unless it passes the
-// signals of other addresses on. After fork, the child's mappings are guarded too.
+// If the program later installs its own handler, the mappings are guarded only if that handler passes signals for
+// unknown addresses on to this one. After fork, the child's mappings are guarded too.
 #ifndef PLATKIT_SNAPSHOT_MAPPING_GUARD_H
 #define PLATKIT_SNAPSHOT_MAPPING_GUARD_H
 
@@ -27,13 +28,13 @@ class MappingGuard {
   // Guards the pages of a read-only mapping.
   //
   // HVC_LIMIT_EXCEEDED: the process has kMaxMappings guarded mappings. HVC_ALREADY_EXISTS: this object guards a
-  // mapping.
+  // mapping. HVC_IO_ERROR: the handler could not be installed.
   [[nodiscard]] HVC_ReturnStatus Protect(const void *start, size_t size);
 
-  // Call this before the mapping is removed. It does nothing if no mapping is guarded.
+  // Ends the protection; call this before the mapping is removed. Does nothing if this object guards no mapping.
   void Release();
 
-  // Whether a read failed. The whole mapping reads as zeros then.
+  // Whether a read failed. If so, the whole mapping reads as zeros.
   bool IsDamaged() const;
 
  private:

@@ -15,11 +15,11 @@
 namespace platkit::snapshot {
 namespace {
 
-// The head and key of the version record, and one byte of value.
+// The shortest possible file ends after the first byte of the version record's value.
 constexpr uint32_t kShortestFile = kContentsBytes + kRecordHead + static_cast<uint32_t>(kVersionKey.size()) + 1;
 
 HVC_ReturnStatus OpenStatus(int error) {
-  // A socket, or a device without a driver.
+  // The path is a socket, or a device without a driver.
   return error == ENXIO || error == ENODEV ? HVC_NOT_A_SNAPSHOT : StatusOfErrno(error);
 }
 
@@ -126,7 +126,7 @@ HVC_ReturnStatus SnapshotFile::Decode(std::span<const std::byte> bytes, Value &v
   return HVC_OK;
 }
 
-// The caller uses no byte of the value but its type, so a change between the two reads is harmless.
+// The caller uses only the type, so a change of the file between the two reads is harmless.
 HVC_ReturnStatus SnapshotFile::CheckValue(const RecordPlace &place, ValueType &type) const {
   if (place.valueLength < kValueOverhead) return HVC_SNAPSHOT_DAMAGED;
   const uint32_t checked = place.valueLength - uint32_t{kCheckBytes};

@@ -22,7 +22,7 @@ namespace platkit::snapshot {
 struct Header {
   Definitions definitions;
   std::string host;
-  std::string time;  // in UTC, as 2026-03-14T09:26:53Z
+  std::string time;  // in UTC, such as 2026-03-14T09:26:53Z
 };
 
 class SnapshotFile {
@@ -33,30 +33,30 @@ class SnapshotFile {
 
   const Header &header() const { return header_; }
 
-  // HVC_SNAPSHOT_DAMAGED if the file was truncated or could not be read since it was opened.
+  // HVC_SNAPSHOT_DAMAGED if the file was truncated, or a read of it failed, after it was opened.
   HVC_ReturnStatus status() const { return file_.status(); }
 
   // Finds the record of `key`.
   //
-  // HVC_NOT_FOUND: the file was written without it. HVC_SNAPSHOT_DAMAGED: the index is damaged, or too many keys
+  // HVC_NOT_FOUND: the file was written without this key. HVC_SNAPSHOT_DAMAGED: the index is damaged, or too many keys
   // collide.
   [[nodiscard]] HVC_ReturnStatus Locate(std::string_view key, RecordPlace &place);
 
-  // Reads the value of a located record. It stays valid until the next Read or Find.
+  // Reads the value of a located record. The value stays valid until the next Read or Find.
   //
   // HVC_SNAPSHOT_DAMAGED: the value is damaged. Throws std::bad_alloc.
   [[nodiscard]] HVC_ReturnStatus Read(const RecordPlace &place, Value &value) { return Read(place, buffer_, value); }
 
-  // Locates and reads a value. Statuses as for both.
+  // Locates and reads a value. Statuses as for Locate and Read.
   [[nodiscard]] HVC_ReturnStatus Find(std::string_view key, Value &value);
 
-  // Checks a value of any size without copying it, and returns its type.
+  // Checks a value of any size without copying it, and stores its type in `type`.
   //
   // HVC_SNAPSHOT_DAMAGED: the value is damaged.
   [[nodiscard]] HVC_ReturnStatus CheckValue(const RecordPlace &place, ValueType &type) const;
 
-  // Prefetch data of later look-ups into the processor's cache: the first slot for a key with this hash, and the
-  // records around a value.
+  // Prefetch data of later look-ups into the processor's cache. PrefetchKey fetches the first slot for a key with this
+  // hash, and PrefetchAround the records around a value.
   void PrefetchKey(uint32_t hash) const { index_.Prefetch(hash); }
   void PrefetchAround(const RecordPlace &place) const;
 
@@ -86,8 +86,9 @@ class SnapshotFile {
     ValueBuffer buffer_;
   };
 
-  // For verification of the index, in linear time. IndexLeadsTo: whether a look-up of `key` finds the record at
-  // `position`. HasLongRun: whether keys collide so much that Locate refuses some of them.
+  // Functions for the verification of the index. IndexLeadsTo: whether a look-up of `key` finds the record at
+  // `position`. The others take linear time. TablesAreWhole: whether all hash tables match their checksums. HasLongRun:
+  // whether so many keys collide that Locate refuses some of them.
   bool IndexLeadsTo(std::string_view key, uint32_t position);
   bool TablesAreWhole() { return index_.IsWhole(); }
   bool HasLongRun() const { return index_.HasLongRun(); }

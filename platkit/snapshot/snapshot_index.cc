@@ -11,8 +11,8 @@ HVC_ReturnStatus SnapshotIndex::Open() {
   return IsChained() && LoadChecks() ? HVC_OK : HVC_SNAPSHOT_DAMAGED;
 }
 
-// The first hash table starts at the end of the records, each other table at the end of the table before it, and the
-// last table ends with the file. This check rejects a truncated or extended file.
+// The first hash table starts at the end of the records, and every other table at the end of the previous one. The last
+// table ends at the end of the file. This check rejects a truncated or extended file.
 bool SnapshotIndex::IsChained() const {
   uint64_t end = endOfRecords();
   if (end < kIndexCheckValue + kIndexCheckBytes) return false;
@@ -88,7 +88,7 @@ HVC_ReturnStatus SnapshotIndex::LoadPlace(uint32_t position, RecordPlace &place)
 }
 
 // A look-up also fails if a slot or a key is damaged. The table's checksum rules out a damaged slot. A damaged key is
-// ruled out if the key of each visited record has the hash in its slot.
+// ruled out if the key of each visited record has the hash that its slot contains.
 bool SnapshotIndex::IsReallyAbsent(uint32_t hash) {
   const auto check = [&](uint32_t position) {
     return KeyHasHash(position, hash) ? HVC_NOT_FOUND : HVC_SNAPSHOT_DAMAGED;
@@ -109,7 +109,7 @@ void SnapshotIndex::Prefetch(uint32_t hash) const {
   __builtin_prefetch(file_.Unstable(table.SlotPosition(hash / kTables % table.slots), kSlotBytes).data());
 }
 
-// Checks each table once, at the first failed look-up in it.
+// Checks each table until its checksum was right once.
 bool SnapshotIndex::IsWhole(uint32_t table) {
   if (isChecked_[table]) return true;
   const auto bytes = file_.Unstable(tables_[table].position, tables_[table].slots * kSlotBytes);
@@ -128,7 +128,7 @@ bool SnapshotIndex::HasLongRun() const {
   return std::ranges::any_of(tables_, [this](const Table &table) { return HasLongRun(table); });
 }
 
-// A run can continue at the start of the table.
+// A run of used slots can wrap around to the start of the table.
 bool SnapshotIndex::HasLongRun(const Table &table) const {
   if (table.slots <= kMaxRun) return false;
   uint32_t run = 0;

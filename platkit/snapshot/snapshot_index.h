@@ -17,7 +17,7 @@
 
 namespace platkit::snapshot {
 
-// The place of a record, within the records of the file.
+// The position and the lengths of a record, checked to be within the records of the file.
 struct RecordPlace {
   uint32_t position;
   uint32_t keyLength;
@@ -35,18 +35,18 @@ class SnapshotIndex {
   // Loads the table of contents and the index checksums. Checks that the hash tables are contiguous and end with the
   // file.
   //
-  // HVC_SNAPSHOT_DAMAGED: they are not, or the checksums are damaged.
+  // HVC_SNAPSHOT_DAMAGED: a check failed, or the checksums are damaged.
   [[nodiscard]] HVC_ReturnStatus Open();
 
   // Finds the record of `key`.
   //
-  // HVC_NOT_FOUND: the file was written without it. HVC_SNAPSHOT_DAMAGED: the index is damaged, or keys collide so much
-  // that the look-up visits more than kMaxRun slots.
+  // HVC_NOT_FOUND: the file was written without this key. HVC_SNAPSHOT_DAMAGED: the index is damaged, or keys collide
+  // so much that the look-up visits more than kMaxRun slots.
   [[nodiscard]] HVC_ReturnStatus Find(std::string_view key, RecordPlace &place);
 
   // Loads the place of the record at this position.
   //
-  // HVC_SNAPSHOT_DAMAGED: the record is not within the records.
+  // HVC_SNAPSHOT_DAMAGED: the record extends beyond the records of the file, or its key is too long.
   [[nodiscard]] HVC_ReturnStatus LoadPlace(uint32_t position, RecordPlace &place) const;
 
   // Prefetches the first slot of a look-up with this hash into the processor's cache.
@@ -54,7 +54,8 @@ class SnapshotIndex {
 
   uint32_t endOfRecords() const { return tables_[0].position; }
 
-  // Checks of the whole index, in linear time. HasLongRun: whether more than kMaxRun used slots follow each other.
+  // Checks of the whole index, in linear time. IsWhole: whether all hash tables match their checksums. HasLongRun:
+  // whether a table has more than kMaxRun consecutive used slots.
   bool IsWhole();
   bool HasLongRun() const;
   uint64_t CountUsedSlots() const;

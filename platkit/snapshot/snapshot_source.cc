@@ -72,7 +72,7 @@ bool SnapshotSource::PrefetchSiblings(const Node &node, Arguments arguments) {
   return true;
 }
 
-// The file has no entry for a missing node. For an unreadable node, it has the status of the read.
+// The file has no entry for a missing node. For an unreadable node, it has an entry with the status of the failed read.
 HVC_ReturnStatus SnapshotSource::StatusOfAbsent(std::string_view path) {
   PathWriter key;
   key.Literal(snapshot::kFailurePrefix).Literal(path);
@@ -99,7 +99,7 @@ HVC_ReturnStatus SnapshotSource::Get(const Node &node, Arguments arguments, std:
   return HVC_OK;
 }
 
-// The value is not copied: it can be as large as the file.
+// Checks the value without copying it, because it can be as large as the file.
 HVC_ReturnStatus SnapshotSource::StatusOfWrongSize(const RecordPlace &place) const {
   ValueType type;
   const HVC_ReturnStatus status = file_.CheckValue(place, type);

@@ -38,11 +38,11 @@ bool WriteIndexCheck(int fd) {
   return pwrite(fd, value, sizeof value, kIndexCheckValue) == sizeof value;
 }
 
-// Whether a table of records with these hashes has more than kMaxRun used slots in a row. Each record takes the first
-// unused slot, starting at its own, so the used slots do not depend on the order of the records. A run can continue at
-// the start of the table; the second round over the slots sees it whole.
+// Whether the hash table of records with these hashes has more than kMaxRun consecutive used slots. Each record takes
+// the first unused slot at or after its own, so the set of used slots does not depend on the order of the records. A
+// run can wrap around to the start of the table, so the loop visits all slots twice.
 bool HasLongRun(std::span<const uint32_t> hashes) {
-  std::vector<uint32_t> records(2 * hashes.size());  // by their own slot
+  std::vector<uint32_t> records(2 * hashes.size());  // the number of records that belong in each slot
   for (const uint32_t hash : hashes)
     ++records[hash / kTables % records.size()];
   uint64_t waiting = 0, run = 0;
@@ -101,7 +101,7 @@ HVC_ReturnStatus SnapshotWriter::Add(std::string_view key, ValueType type, std::
   unsigned char check[kCheckBytes];
   cdb_pack(Check(std::as_bytes(std::span(bytes_).subspan(valueStart))), check);
   bytes_.append(reinterpret_cast<const char *>(check), sizeof check);
-  // If memory has run out before, no entry refers to the bytes.
+  // If memory ran out before this line, no entry refers to the appended bytes.
   entries_.push_back({.start = start,
                       .keyLength = static_cast<uint32_t>(key.size()),
                       .valueLength = static_cast<uint32_t>(valueLength)});
@@ -151,10 +151,10 @@ bool SnapshotWriter::WriteDatabase(int fd) const {
     const char *key = bytes_.data() + entry.start;
     ok = cdb_make_add(&database, key, entry.keyLength, key + entry.keyLength, entry.valueLength) == 0;
   }
-  // Also releases the memory of the database, and must do so after a failure.
+  // cdb_make_finish also releases the memory of the database, so it must be called even after a failure.
   const int failure = errno;
   const bool finished = cdb_make_finish(&database) == 0;
-  // libcdb reports a failed allocation in it as ENOENT.
+  // cdb_make_finish reports a failed allocation as ENOENT.
   if (!finished && errno == ENOENT) errno = ENOMEM;
   if (!ok) errno = failure;
   return ok && finished && WriteIndexCheck(fd);

@@ -3,8 +3,8 @@
 // The same entries give the same bytes, regardless of the order in which they are added. The file is an AtomicFile: it
 // appears complete or not at all.
 //
-// If memory runs out, an operation throws std::bad_alloc or returns HVC_NO_MEMORY. An entry is then not added, a file
-// not written.
+// If memory runs out, an operation throws std::bad_alloc or returns HVC_NO_MEMORY. The entry is then not added, or the
+// file not written.
 #ifndef PLATKIT_SNAPSHOT_SNAPSHOT_WRITER_H
 #define PLATKIT_SNAPSHOT_SNAPSHOT_WRITER_H
 
@@ -38,13 +38,13 @@ class SnapshotWriter {
   // Adds the status of a record or list that could not be read. Readers of the snapshot get that status.
   [[nodiscard]] HVC_ReturnStatus AddFailure(std::string_view path, HVC_ReturnStatus failure);
 
-  // An entry of any kind.
+  // Adds an entry of any type.
   [[nodiscard]] HVC_ReturnStatus Add(std::string_view key, ValueType type, std::span<const std::byte> payload);
 
   // Writes the snapshot to an empty file that is open for reading and writing.
   //
-  // HVC_ALREADY_EXISTS: a key was added twice. HVC_LIMIT_EXCEEDED: keys collide, so that more than kMaxRun used slots
-  // would follow each other in the index. Other statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors.
+  // HVC_ALREADY_EXISTS: a key was added twice. HVC_LIMIT_EXCEEDED: so many keys collide that the index would have more
+  // than kMaxRun consecutive used slots. Other statuses as for StatusOfErrno, with HVC_WRITE_ERROR for other errors.
   [[nodiscard]] HVC_ReturnStatus WriteTo(int fd);
 
   // Writes the snapshot to `path`, and replaces an existing file. A new file is readable by its owner only.

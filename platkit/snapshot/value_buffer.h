@@ -1,4 +1,4 @@
-// A buffer for the bytes of one value after another. It keeps the memory of the largest one.
+// A buffer that holds the bytes of one value at a time. It keeps the memory of the largest value so far.
 #ifndef PLATKIT_SNAPSHOT_VALUE_BUFFER_H
 #define PLATKIT_SNAPSHOT_VALUE_BUFFER_H
 

@@ -15,7 +15,7 @@ class Clock {
   // CLOCK_MONOTONIC.
   Clock() = default;
 
-  // The time that `now` returns.
+  // Uses the time that `now` returns.
   explicit Clock(std::function<Time()> now) : now_(std::move(now)) {}
 
   Time Now() const { return now_ ? now_() : std::chrono::steady_clock::now(); }

@@ -24,7 +24,7 @@ class FileDescriptor {
   int get() const { return descriptor_; }
   bool isOpen() const { return descriptor_ >= 0; }
 
-  // The caller closes it.
+  // Releases the descriptor, which the caller must close.
   int Release() { return std::exchange(descriptor_, -1); }
 
  private:

@@ -38,7 +38,7 @@ bool FolderReader::Next(Entry &entry) {
   return false;
 }
 
-// False after the last entry and on failure.
+// Returns false after the last entry and on failure.
 bool FolderReader::Fill() {
   if (status_ != HVC_OK) return false;
   if (mustRewind_) lseek(folder_->get(), 0, SEEK_SET);

@@ -22,7 +22,7 @@ class FolderReader {
 
   FolderReader(HostFiles &files, const HostPath &path);
 
-  // False at the end of the folder and on failure; status() tells them apart.
+  // Returns false at the end of the folder and on failure; status() tells them apart.
   bool Next(Entry &entry);
 
   // Whether the folder's link count shows that it has no subfolders, so that it need not be listed. Always false below

@@ -1,4 +1,4 @@
-// A cached value of a file of the host, reused for at most 100 ms.
+// A cached value that was read from a file of the host. It is fresh for 100 ms.
 #ifndef PLATKIT_LINUX_FILES_FRESH_H
 #define PLATKIT_LINUX_FILES_FRESH_H
 
@@ -24,7 +24,7 @@ class Fresh {
   // The value if it is fresh, else null.
   const T *IfFresh(const Clock &clock) const { return IsFresh(clock) ? &*value_ : nullptr; }
 
-  // Returns the value, calling `read` for it unless it is fresh. The reference is valid until the next call.
+  // Returns the value. Calls `read` first unless the value is fresh. The reference is valid until the next call.
   template <typename Read>
   T &Get(const Clock &clock, Read read) {
     const Clock::Time now = clock.Now();
@@ -42,14 +42,14 @@ class Fresh {
     return isSame ? *value_ : Get(clock, read);
   }
 
-  // As Get, but reuses a value that is younger than `maxAge`.
+  // As Get, but also reuses a value that is younger than `maxAge`.
   template <typename Read>
   T &GetYounger(const Clock &clock, Clock::Time::duration maxAge, Read read) {
     return GetIfChanged(clock, maxAge, Clock::Time::min(), read);
   }
 
-  // As Get, for a value that is made from others that were read before: `make` returns it as a Fresh that is as old as
-  // the oldest of them.
+  // As Get, for a value that is computed from other cached values. `make` returns a Fresh that is as old as the oldest
+  // of these values.
   template <typename Make>
   T &GetMade(const Clock &clock, Make make) {
     if (!IsFresh(clock)) *this = make();

@@ -15,7 +15,7 @@
 namespace platkit {
 namespace {
 
-// HVC_OK if the file holds `size` bytes at `offset`.
+// Returns HVC_OK if the file has `size` bytes at `offset`.
 HVC_ReturnStatus CheckRange(const struct stat &about, uint32_t offset, size_t size) {
   return about.st_size < 0 || static_cast<uint64_t>(about.st_size) < offset + size ? HVC_OFFSET_PAST_END : HVC_OK;
 }
@@ -254,7 +254,8 @@ void HostFiles::KeepOpen(size_t maxDescriptors) {
   if (reach_ == Reach::kHost) kept_.emplace(maxDescriptors);
 }
 
-// The files that are kept open, with their clock set to the current time. Null if no files are kept open.
+// Returns the files that are kept open, and starts a new sample if the clock has moved. Returns null if no files are
+// kept open.
 KeptFiles *HostFiles::Kept() {
   if (!kept_) return nullptr;
   // A folder from an earlier sample may be gone.
@@ -262,9 +263,9 @@ KeptFiles *HostFiles::Kept() {
   return &*kept_;
 }
 
-// The folder in which a file is kept, or could be. Null if the file must be opened by its path.
+// Returns the folder in which the file is kept or could be kept. Returns null if the file must be opened by its path.
 KeptFiles::Folder *HostFiles::KeptFolderOf(const HostPath &file, std::string_view folder, std::string_view name) {
-  // An open /proc/PID/maps belongs to the program that the process ran when the file was opened.
+  // An open /proc/PID/maps belongs to the program that the process ran when the file was opened, so it is not kept.
   if (Kept() == nullptr || file.c_str() == nullptr || name == "maps") return nullptr;
   if (KeptFiles::Folder *kept = kept_->Find(folder); kept != nullptr) return kept;
   FileDescriptor opened;

@@ -21,10 +21,10 @@
 
 namespace platkit {
 
-// Restricts the symbolic links and mount points to follow.
+// Which symbolic links are followed.
 enum class Reach {
-  kHost,        // the running host: without restriction
-  kRootFolder,  // a saved root, which may be hostile: never out of the root folder
+  kHost,        // the running host: all links
+  kRootFolder,  // a saved root, which may be hostile: links are resolved within the root folder
 };
 
 enum class Writes { kRefused, kTaken };
@@ -32,30 +32,33 @@ enum class Writes { kRefused, kTaken };
 // The access for which a file is opened.
 enum class Access { kRead, kWrite };
 
-// All operations return HVC_NOT_FOUND if the file, its folder or its process does not exist, HVC_NO_PERMISSION if this
-// user may not open it, HVC_NAME_TOO_LONG if the path is longer than the kernel accepts, and HVC_IO_ERROR on most other
-// failures (see errno_status.h), unless they say otherwise.
+// Unless an operation says otherwise, its statuses are:
+// - HVC_NOT_FOUND: the file, its folder or its process does not exist,
+// - HVC_NO_PERMISSION: this user may not open the file,
+// - HVC_NAME_TOO_LONG: the path is longer than the kernel accepts,
+// - HVC_IO_ERROR: most other failures; see errno_status.h.
 class HostFiles {
  public:
   using Observer = std::function<void(std::string_view path, Access access)>;
 
-  // Opens nothing yet.
+  // Does not open any file yet.
   HostFiles(std::string root, Reach reach, Writes writes = Writes::kRefused)
       : root_(std::move(root)), reach_(reach), writes_(writes) {}
 
-  // Opens the root folder, unless it is open.
+  // Opens the root folder unless it is already open.
   [[nodiscard]] HVC_ReturnStatus OpenRoot();
 
-  // Opens a file or folder for reading, with more `flags` of open(2).
+  // Opens a file or folder for reading. `flags` are additional flags of open(2).
   [[nodiscard]] HVC_ReturnStatus Open(const HostPath &path, int flags, FileDescriptor &file);
 
-  // Opens a file and reads its first bytes, up to the buffer's size. `size` is their number. If the read fails, the
-  // file is open nevertheless.
+  // Opens a file and reads its first bytes, up to the buffer's size. Sets `size` to their number. If only the read
+  // fails, the file is still opened.
   [[nodiscard]] HVC_ReturnStatus ReadStart(const HostPath &path, std::span<char> buffer, OpenedFile &file,
                                            size_t &size);
 
-  // Opens a folder to list it. The folder stays open until the next call: on the running host, files in it are then
-  // opened relative to it. A kept folder may have been listed before: `isKept`.
+  // Opens a folder to list it. The folder stays open until the next call. On the running host, files in the folder are
+  // opened relative to it in the meantime. Sets `isKept` if the folder was kept open: it may then have been listed
+  // before.
   [[nodiscard]] HVC_ReturnStatus OpenFolder(const HostPath &path, std::shared_ptr<const FileDescriptor> &folder,
                                             bool &isKept);
 
@@ -66,9 +69,9 @@ class HostFiles {
   [[nodiscard]] HVC_ReturnStatus ReadShort(const HostPath &path, std::span<char> buffer, std::string_view &text);
 
   // Reads a whole file that only root can have written: it is a regular file, belongs to root, and others may not write
-  // to it. In a saved root, the owner of the root folder takes the place of root. Does not follow a symbolic link in
-  // the place of the file. HVC_NO_PERMISSION: others can have written the file. HVC_IO_ERROR: it is not a regular file,
-  // has more than `maxSize` bytes, or was truncated meanwhile.
+  // to it. In a saved root, the file must belong to the owner of the root folder instead. HVC_NO_PERMISSION: others can
+  // have written the file. HVC_IO_ERROR: it is a symbolic link or not a regular file, has more than `maxSize` bytes, or
+  // was truncated during the read.
   [[nodiscard]] HVC_ReturnStatus ReadTrusted(const HostPath &path, size_t maxSize, std::string &text);
 
   // Fills `bytes` from an offset within a file, with a single read. HVC_OFFSET_PAST_END: the file is too short.
@@ -81,7 +84,7 @@ class HostFiles {
   [[nodiscard]] HVC_ReturnStatus WriteAt(const HostPath &path, uint32_t offset, std::span<const std::byte> bytes);
 
   // Reads the target of a symbolic link, up to the buffer's size. `text` points into the buffer. HVC_NOT_FOUND if the
-  // file is no link.
+  // file is not a symbolic link.
   [[nodiscard]] HVC_ReturnStatus ReadLink(const HostPath &path, std::span<char> buffer, std::string_view &text);
 
   // Whether the file or folder exists, even if this user may not open it.
@@ -91,12 +94,12 @@ class HostFiles {
   [[nodiscard]] HVC_ReturnStatus Identify(const HostPath &path, uint64_t &inode);
 
   // From now on, keeps up to `maxDescriptors` files and folders open after reading them, and reads them again without
-  // opening them. Only the files of the running host are kept: those of a saved root cannot tell that they were
-  // removed. All reads at one time of the clock are one sample. Within a sample, all files that are kept for a process
-  // or a control group belong to the same one.
+  // opening them. Only files of the running host are kept: an open file of a saved root can be read even after it was
+  // removed. All reads at one time of the clock are one sample. Within a sample, all files that are kept for a PID or
+  // for the path of a control group belong to the same process or group.
   void KeepOpen(size_t maxDescriptors);
 
-  // While it exists, no more files are kept. For files that are read seldom.
+  // While an object of this class exists, no more files are kept. Use it for files that are rarely read.
   class KeepNoMore {
    public:
     explicit KeepNoMore(HostFiles &files) : files_(files), before_(std::exchange(files.keepsMore_, false)) {}
@@ -109,18 +112,19 @@ class HostFiles {
     bool before_;
   };
 
-  // True if this sample could read all files that it asked for of a process, and they belong to the process whose file
-  // `path` has this inode number. False if files are not kept open.
+  // Returns true if this sample has read all files that it requested of a process, and they belong to the process whose
+  // file `path` has this inode number. Returns false if files are not kept open.
   bool IsKeptWhole(const HostPath &path, uint64_t inode);
 
-  // Closes what is kept of a folder that is gone: a new one may have the same path.
+  // Closes a kept folder that has vanished, and its files: a new folder may have the same path.
   void Forget(std::string_view folder) noexcept;
 
-  // Whether the host is read again and again, so that files are kept open.
+  // Whether the host is sampled: it is read repeatedly, so files are kept open.
   bool isSampled() const { return kept_.has_value(); }
 
-  // From now on, the settings of control groups and the lists of their members, which change seldom, are read again
-  // only if they have this age. The caller may change the age later. Only for a host that is sampled.
+  // From now on, the settings of control groups and the lists of their members are read again only if the last values
+  // are at least this old, because they rarely change. The caller may change the age later. Use this only for a sampled
+  // host.
   void ReuseSettings(std::shared_ptr<const Clock::Time::duration> maxAge) { settingsAge_ = std::move(maxAge); }
   Clock::Time::duration settingsAge() const { return settingsAge_ ? *settingsAge_ : Clock::Time::duration::zero(); }
 

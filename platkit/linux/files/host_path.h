@@ -19,7 +19,7 @@ class HostPath {
     bytes_[size_] = '\0';
   }
 
-  // Null if the path is longer than the kernel accepts.
+  // Returns null if the path is longer than the kernel accepts.
   const char *c_str() const { return fits_ ? bytes_ : nullptr; }
   std::string_view view() const { return {bytes_, size_}; }
 

@@ -11,7 +11,7 @@
 
 namespace platkit {
 
-// Most calls ask for the folder of the last one.
+// Most calls ask for the folder of the previous call.
 KeptFiles::Folder *KeptFiles::Find(std::string_view path) {
   if (last_ != nullptr && path == lastPath_) return last_;
   const auto found = folders_.find(path);
@@ -32,8 +32,8 @@ KeptFiles::Folder *KeptFiles::Add(std::string_view path, FileDescriptor &&folder
   return last_ = &added->second;
 }
 
-// A kept file of an ended process or group fails. So does one whose device was removed; then the folder may have a new
-// file of that name.
+// Reading a kept file fails if its process or group has ended. It also fails if the file's device was removed; the
+// folder may then have a new file of the same name.
 HVC_ReturnStatus KeptFiles::ReadStart(Folder &folder, const char *name, const Request &request, OpenedFile &file,
                                       size_t &size) {
   if (const File *kept = FindFile(folder, name); kept != nullptr) {
@@ -102,7 +102,6 @@ void KeptFiles::CloseUnused(Clock::Time time) {
   sample_ = time;
 }
 
-// Most folders have files of the same names, so each name is stored once.
 std::string_view KeptFiles::Interned(std::string_view name) {
   const auto known = std::ranges::find(names_, name);
   return known == names_.end() ? names_.emplace_back(name) : std::string_view(*known);

@@ -1,4 +1,5 @@
-// Files of the running host that stay open between samples: reading a kept file again costs a seventh of opening it.
+// Files of the running host that stay open between samples: reading a kept file takes a seventh of the time of opening
+// and reading it.
 #ifndef PLATKIT_LINUX_FILES_KEPT_FILES_H
 #define PLATKIT_LINUX_FILES_KEPT_FILES_H
 
@@ -19,8 +20,9 @@
 
 namespace platkit {
 
-// Files are kept by folder, and opened relative to it. The folder of a control group or a process stays the folder of
-// that one: after it has ended, reading a file there fails (ENODEV, ESRCH), even if another one has its name or PID.
+// Files are kept by folder, and opened relative to it. An open folder belongs to one control group or process forever:
+// after the group or process has ended, reading a file in the folder fails (ENODEV, ESRCH), even if another one has the
+// same name or PID.
 class KeptFiles {
  public:
   struct File {
@@ -32,7 +34,7 @@ class KeptFiles {
   struct Folder {
     std::shared_ptr<FileDescriptor> descriptor;
     std::vector<File> files = {};
-    // The last sample that used the folder, that read a file in it, and that missed a file in it.
+    // The times of the last samples that used the folder, that read a file in it, and that did not find a file in it.
     Clock::Time usedAt = Clock::Time::min();
     Clock::Time answeredAt = Clock::Time::min();
     Clock::Time missedAt = Clock::Time::min();
@@ -41,21 +43,22 @@ class KeptFiles {
   // Keeps at most this number of files and folders open.
   explicit KeptFiles(size_t maxDescriptors) : maxDescriptors_(maxDescriptors) {}
 
-  // All reads at one time are one sample. A new sample closes what the last one did not use. Returns whether it is new.
+  // All reads at one time are one sample. A new sample closes the folders that the last sample did not use. Returns
+  // whether the sample is new.
   bool BeginSample(Clock::Time time) {
     if (time == sample_) return false;
     CloseUnused(time);
     return true;
   }
 
-  // The folder, if it is kept, else null. The path has no slash at the end.
+  // Returns the folder if it is kept, else null. The path has no slash at the end.
   Folder *Find(std::string_view path);
 
-  // Keeps an open folder, unless too many files are open: then it returns null.
+  // Keeps an open folder. Returns null if too many files are open.
   Folder *Add(std::string_view path, FileDescriptor &&folder);
 
   struct Request {
-    bool keep;  // the file, if there is room
+    bool keep;  // whether to keep the file, if there is room
     std::span<char> buffer;
   };
 
@@ -67,8 +70,8 @@ class KeptFiles {
   // True unless a read in this sample has shown that the folder's group or process exists.
   bool MayHaveEnded(const Folder &folder) const { return folder.answeredAt != sample_; }
 
-  // Whether all files of the folder that this sample asked for were read, and `name`, which has this inode number, is
-  // one of those that are kept. Then they all belong to one group or process.
+  // Whether this sample has read all files that it requested in the folder, and a kept file `name` has this inode
+  // number. If so, all these files belong to one group or process.
   bool IsWhole(const Folder &folder, std::string_view name, uint64_t inode) const;
 
   // Closes a folder and its files.

@@ -51,7 +51,7 @@ bool LineReader::FindLineEnd(size_t &length) const {
   return true;
 }
 
-// Appends to the contents of the buffer. False at the end of the file and on failure.
+// Appends to the contents of the buffer. Returns false at the end of the file and on failure.
 bool LineReader::Fill() {
   if (bytesRead_ == 0) return false;  // the first read found the end
   std::memmove(buffer_, buffer_ + start_, end_ - start_);

@@ -10,13 +10,14 @@
 
 namespace platkit {
 
-// A line longer than 4096 bytes is truncated. A file larger than 64 MB cannot be a kernel file: HVC_IO_ERROR.
+// A line longer than 4096 bytes is truncated. Reading fails with HVC_IO_ERROR after 64 MB, because no file of the
+// kernel is that large.
 class LineReader {
  public:
   LineReader(HostFiles &files, const HostPath &path);
 
-  // Reads the next line, without its newline. `line` is valid until the next call. False at the end of the file and on
-  // failure; status() tells them apart.
+  // Reads the next line, without its newline. `line` is valid until the next call. Returns false at the end of the file
+  // and on failure; status() tells them apart.
   bool Next(std::string_view &line);
 
   // HVC_OK, or why the file could not be opened or read.

@@ -17,10 +17,10 @@ class OpenedFile {
  public:
   OpenedFile() = default;
 
-  // Reads with read(2), and closes the file at the end.
+  // Reads with read(2). The destructor closes the file.
   explicit OpenedFile(FileDescriptor own) : own_(std::move(own)) {}
 
-  // Reads with pread(2), from `position` on. The descriptor stays the caller's, and must stay open.
+  // Reads with pread(2), from `position` on. The caller keeps the descriptor, and must leave it open.
   OpenedFile(int kept, uint64_t inode, off_t position = 0) : kept_(kept), inode_(inode), position_(position) {}
 
   // Reads the next bytes. Returns -1 with errno set on failure.

@@ -10,10 +10,10 @@
 
 namespace platkit {
 
-// With this clock, what was read from a file is reused for the length of one sample, however long that takes.
+// With this clock, values that were read from files stay fresh until the next sample, however long that takes.
 class SampleClock {
  public:
-  // Starts a sample: everything is read again.
+  // Starts a sample: values of earlier samples are no longer fresh.
   void BeginSample() { *time_ = std::max(std::chrono::steady_clock::now(), *time_ + kFreshTime); }
 
   Clock clock() const {

@@ -50,11 +50,11 @@ class TextScanner {
 // The text without blanks and line ends around it.
 std::string_view Trim(std::string_view text);
 
-// Parses a decimal number that may have blanks and line ends around it. False if the text has another form or the
-// number does not fit.
+// Parses a decimal number that may have blanks and line ends around it. Returns false if the text has another form or
+// the number does not fit.
 bool ParseNumber(std::string_view text, uint64_t &number);
 
-// Parses a number such as "0x1a2b". False if the text has another form or the number does not fit.
+// Parses a number such as "0x1a2b". Returns false if the text has another form or the number does not fit.
 template <std::unsigned_integral Number>
 bool ParseHexNumber(std::string_view text, Number &number) {
   TextScanner scanner(text);

@@ -16,7 +16,7 @@ std::string_view WithoutLeadingSpace(std::string_view text) {
   return {start, text.end()};
 }
 
-// The length of a tag up to its '>', which may also occur inside quotes; npos if the tag does not end.
+// The length of a tag up to the '>' that ends it; npos if the tag does not end. A '>' inside quotes does not end a tag.
 size_t TagLength(std::string_view text) {
   char quote = '\0';
   for (size_t i = 0; i < text.size(); ++i) {
@@ -36,7 +36,7 @@ std::string_view NameIn(std::string_view tag) {
   return {tag.begin(), end};
 }
 
-// Takes an attribute's name and value, such as " pid='12'". False at the end and if the text is malformed.
+// Takes an attribute's name and value, such as " pid='12'". Returns false at the end and if the text is malformed.
 bool TakeAttribute(std::string_view &text, std::string_view &name, std::string_view &value) {
   TextScanner scanner(text);
   name = Trim(scanner.TakeUntil('='));

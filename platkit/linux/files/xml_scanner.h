@@ -1,4 +1,4 @@
-// Finds elements in XML text, such as libvirt writes it.
+// Finds elements in simple XML text, such as the files of libvirt.
 #ifndef PLATKIT_LINUX_FILES_XML_SCANNER_H
 #define PLATKIT_LINUX_FILES_XML_SCANNER_H
 
@@ -7,16 +7,17 @@
 
 namespace platkit {
 
-// Visits the elements in the order of their start tags. The text may be hostile: malformed text, a document type and
-// very deep nesting end the scan like the end of the text. Entities are not resolved.
+// Visits the elements in the order of their start tags. The text may be hostile: malformed text, a document type
+// declaration and very deep nesting end the scan, as the end of the text does. Entities are not resolved.
 class XmlScanner {
  public:
   explicit XmlScanner(std::string_view text) : rest_(text) {}
 
-  // Goes to the next start tag. False at the end.
+  // Goes to the next start tag. Returns false at the end.
   bool Next();
 
-  // The names of the element and of those around it, such as "/domain/devices/disk". Valid until the next call.
+  // The path of the element: the names of the elements around it and its own name, such as "/domain/devices/disk".
+  // Valid until the next call.
   std::string_view path() const { return path_; }
 
   // The value of an attribute of the element, as written. Empty if the element does not have it.
@@ -35,7 +36,7 @@ class XmlScanner {
   std::string_view rest_;        // after the last tag
   std::string_view attributes_;  // of the last start tag
   std::string path_;
-  bool isEmpty_ = false;  // the last start tag was also an end tag
+  bool isEmpty_ = false;  // the last start tag was also an end tag, as in <a/>
 };
 
 }  // namespace platkit

@@ -1,4 +1,4 @@
-// A scheduler group of a Linux host: a control group, a process, a VM, or one of the fixed groups.
+// A scheduler group of a Linux host: the host, its kernel, a control group, a process, a VM or a VM's monitor.
 #ifndef PLATKIT_LINUX_GROUPS_GROUP_H
 #define PLATKIT_LINUX_GROUPS_GROUP_H
 
@@ -39,7 +39,7 @@ struct CgroupReadings {
   Fresh<CgroupStat> stat;
   Fresh<Figure> limitHits;
   Fresh<MemoryPressure> pressure;
-  // For a sampler: the group's memory, and when it was first seen to be that.
+  // On a sampled host: the last value of the group's memory, and when the value was first seen.
   Figure current;
   Clock::Time changedAt;
 };
@@ -74,9 +74,9 @@ struct Group {
   uint64_t threads = 0;
   ProcessUser user = {};
 
-  // Its place in the tree. The control groups right below it are in the order of their names, the processes in the
-  // order of their PIDs. Both contain the members found so far, and are complete while the result of reading them is
-  // fresh.
+  // The group's place in the tree. `controlGroups` has the control groups right below the group, in the order of their
+  // names. `processes` has its processes, in the order of their PIDs. Both contain the members found so far, and are
+  // complete while `controlGroupsRead` and `processesRead` are fresh.
   int64_t parentID;
   std::vector<int64_t> controlGroups = {};
   std::vector<int64_t> processes = {};
@@ -87,7 +87,7 @@ struct Group {
   std::unique_ptr<CgroupReadings> cgroup = nullptr;
   std::unique_ptr<ProcessReadings> process = nullptr;
   std::unique_ptr<VmFacts> vm = nullptr;
-  bool isKindKnown = false;  // for a process: whether it was checked for a VM
+  bool isKindKnown = false;  // for a process: it was checked whether it runs a VM
   bool mayBeVm = false;      // the check was not completed; see VmDetector
 };
 

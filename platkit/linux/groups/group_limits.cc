@@ -27,7 +27,7 @@ SwapLimit GroupLimits::Swap(Group &group) {
   return limit;
 }
 
-// Version 1 limits memory and swap together, so swap may use what the limit of memory leaves.
+// Version 1 limits the sum of memory and swap, so the limit of swap is that limit minus the limit of memory.
 Figure GroupLimits::SwapMax(Group &group) {
   if (reader_.mount().memoryFiles != CgroupVersion::kV1) return reader_.Amount(group, CgroupAmount::kSwapMax);
   return reader_.Amount(group, CgroupAmount::kWithSwapMax) - reader_.Amount(group, CgroupAmount::kMax);

@@ -1,4 +1,4 @@
-// The limits that hold for a group: its own, and those of the control groups above it.
+// The limits that apply to a group: its own, and those of the control groups above it.
 #ifndef PLATKIT_LINUX_GROUPS_GROUP_LIMITS_H
 #define PLATKIT_LINUX_GROUPS_GROUP_LIMITS_H
 
@@ -8,16 +8,16 @@ namespace platkit {
 
 // In bytes. Unlimited if no control group limits swap.
 struct SwapLimit {
-  Figure total = Figure::Unlimited();  // what the group may have in swap space
-  Figure free = Figure::Unlimited();   // what it may still add
+  Figure total = Figure::Unlimited();  // the maximum size of the group in swap space
+  Figure free = Figure::Unlimited();   // how much more it may swap out
 };
 
 class GroupLimits {
  public:
   GroupLimits(GroupReader &reader, GroupTree &tree) : reader_(reader), tree_(tree) {}
 
-  // The lowest of this amount over the group, if it is a control group, and all control groups above it. Absent if none
-  // of them has the amount.
+  // The lowest value of this amount in all control groups above the group, and in the group itself if it is a control
+  // group. Absent if none of them has the amount.
   Figure Lowest(Group &group, CgroupAmount amount);
 
   SwapLimit Swap(Group &group);

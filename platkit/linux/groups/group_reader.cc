@@ -47,15 +47,15 @@ Figure GroupReader::Amount(Group &group, CgroupAmount amount) {
   return value;
 }
 
-// memory.stat costs as much as ten other files.
+// Reading memory.stat takes as long as reading ten other files.
 const CgroupStat &GroupReader::Stat(Group &group) {
   Fresh<CgroupStat> &stat = Allocated(group.cgroup).stat;
   const auto read = [&] { return ReadCgroupStat(files_, mount().memoryFiles, group.folder); };
   return files_.isSampled() ? GetIfChanged(group, stat, read) : stat.Get(files_.clock(), read);
 }
 
-// A sampler reads what follows a group's memory only if that has changed, or a minute has passed: most groups of a host
-// are idle.
+// Reads the value again only if the group's memory has changed, or a minute has passed. This saves most reads, because
+// most groups of a host are idle.
 template <typename T, typename Read>
 T &GroupReader::GetIfChanged(Group &group, Fresh<T> &value, Read read) {
   Amount(group, CgroupAmount::kCurrent);
@@ -82,7 +82,7 @@ const ProcessStatus *GroupReader::Status(Group &process) {
   std::optional<ProcessStatus> &status = Allocated(process.process).status.Get(files_.clock(), [&] {
     std::optional<ProcessStatus> read(std::in_place);
     const bool isRead = ReadProcessStatus(files_, process.id, *read) == HVC_OK;
-    // The same inode number means the same process; only a changed one needs another system call.
+    // The same inode number means the same process. Only a changed number needs another system call.
     const bool isSame = read->identity.inode == process.identity.inode || Confirm(process) == HVC_OK;
     if (!isRead || !isSame) read.reset();
     return read;

@@ -10,8 +10,8 @@
 
 namespace platkit {
 
-// For a sampler (HostFiles::KeepOpen), memory.stat and the peaks of a control group are read again only if the group's
-// memory has changed, or a minute has passed.
+// On a sampled host (HostFiles::isSampled), memory.stat, the peaks and the kernel memory of a control group are read
+// again only if the group's memory has changed, or a minute has passed.
 class GroupReader {
  public:
   explicit GroupReader(HostFiles &files) : files_(files) {}
@@ -24,7 +24,7 @@ class GroupReader {
   const CgroupStat &Stat(Group &group);
   Figure LimitHits(Group &group);
 
-  // Absent on version 1.
+  // The figures are absent on version 1.
   const MemoryPressure &Pressure(Group &group);
 
   // For a process or a VM. The status is null if the process has ended.
@@ -32,13 +32,14 @@ class GroupReader {
   const ProcessKsm &Ksm(Group &process);
   Figure NumaMovedPages(Group &process);
 
-  // For a VM. All are absent unless this user may read KVM's list.
+  // For a VM. All figures are absent unless this user may read KVM's list.
   const KvmPages &GuestPages(Group &vm);
 
   // KVM's list of VMs.
   const KvmVms &kvmVms();
 
-  // HVC_NOT_FOUND if the process has ended. Values that were read for its PID may then belong to another process.
+  // Checks that the process has not ended. If it has, returns HVC_NOT_FOUND: values that were read for its PID may
+  // belong to another process.
   [[nodiscard]] HVC_ReturnStatus Confirm(const Group &process);
 
  private:

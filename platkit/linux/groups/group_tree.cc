@@ -23,7 +23,7 @@ HVC_ReturnStatus ListProc(HostFiles &files, std::vector<int64_t> &pids) {
   return folder.status();
 }
 
-// Inserting one identifier cannot fail after that.
+// Reserves memory, so that inserting one identifier cannot fail.
 void MakeRoomForOne(std::vector<int64_t> &ids) {
   if (ids.size() == ids.capacity()) ids.reserve(std::max<size_t>(4, 2 * ids.size()));
 }
@@ -62,8 +62,8 @@ Group *GroupTree::FindProcess(int64_t pid) {
   return FindKnown(pid);
 }
 
-// The group that lists a process whose control group is in `folder`. Null if that group is not visible. A process with
-// threads in several groups is listed by the group above these.
+// Returns the group that lists a process whose control group is in `folder`, or null if that group is not visible. A
+// process with threads in several groups is listed by the group above these.
 Group *GroupTree::FindParent(std::string_view folder) {
   Group *group = FindFolder(folder);
   while (group != nullptr && group->kind == GroupKind::kControlGroup && reader_.mount().v1Options.empty() &&
@@ -120,7 +120,7 @@ HVC_ReturnStatus GroupTree::List(Group &group, ParamList &list) {
   return HVC_FAILURE;
 }
 
-// Fails if any members cannot be read, because an incomplete list would hide them.
+// Fails if some members cannot be read, because an incomplete list would hide them.
 HVC_ReturnStatus GroupTree::ListContainer(Group &group, ParamList &list) {
   if (const HVC_ReturnStatus status = FindMembers(group); status != HVC_OK) return status;
   list.Expect(list.params().size() + group.controlGroups.size() + group.processes.size());
@@ -142,8 +142,8 @@ HVC_ReturnStatus GroupTree::FindControlGroupsBelow(Group &group) {
                                             [&] { return ReadControlGroups(group); });
 }
 
-// New groups, until the list of their parent contains them. If memory runs out before that, it forgets them:
-// otherwise they would keep their identifiers, and no listing would find them.
+// New groups that the list of their parent does not contain yet. If memory runs out before it does, the destructor
+// forgets these groups: otherwise, they would keep their identifiers, but no listing would find them.
 class GroupTree::UnlistedGroups {
  public:
   explicit UnlistedGroups(GroupTree &tree) : tree_(tree) {}
@@ -190,7 +190,7 @@ HVC_ReturnStatus GroupTree::ReadControlGroups(Group &group) {
   return status;
 }
 
-// Lists the folders in a group's folder by name.
+// Lists the subfolders of a group's folder, sorted by name.
 HVC_ReturnStatus GroupTree::ReadSubfolders(Group &group, std::vector<Subfolder> &found) {
   if (!reader_.mount().exists) return HVC_OK;
   FolderReader folder(files_, HostPath(FolderOf(group)));
@@ -200,7 +200,7 @@ HVC_ReturnStatus GroupTree::ReadSubfolders(Group &group, std::vector<Subfolder> 
     }
   }
   std::ranges::sort(found, {}, &Subfolder::name);
-  // Without the mount's top, as in a saved root that lacks it, the host has no control groups.
+  // If the mount's top does not exist, as in an incomplete saved root, the host has no control groups.
   if (group.kind == GroupKind::kHost && folder.status() == HVC_NOT_FOUND) return HVC_OK;
   if (folder.status() != HVC_OK) found.clear();
   return folder.status();
@@ -222,7 +222,8 @@ int64_t GroupTree::AddControlGroup(Group &parent, Subfolder &&subfolder, Unliste
   return id;
 }
 
-// Derived from the inode number. If two groups' numbers give the same identifier, the later one gets the next free one.
+// Derives the identifier from the inode number. If another group has this identifier, returns the next free one, or -1
+// if none is free.
 int64_t GroupTree::FreeControlGroupID(uint64_t inode) const {
   const auto first = static_cast<int64_t>(inode % static_cast<uint64_t>(kMaxControlGroups));
   for (int64_t i = 0; i < kMaxControlGroups; ++i) {
@@ -245,7 +246,7 @@ HVC_ReturnStatus GroupTree::ReadProcesses(Group &group) {
   return result;
 }
 
-// Without control groups, all processes are the host's.
+// Without control groups, all processes belong to the host.
 HVC_ReturnStatus GroupTree::ReadPids(Group &group, std::vector<int64_t> &pids) {
   const bool isByGroup = reader_.mount().exists;
   const HVC_ReturnStatus status = isByGroup ? ReadCgroupPids(files_, FolderOf(group), pids) : ListProc(files_, pids);

@@ -21,16 +21,16 @@ class GroupTree {
  public:
   GroupTree(HostFiles &files, GroupReader &reader, VmDetector::Limits limits = {});
 
-  // Finds a group by its identifier, and searches the host if no listing has returned it. Null if it does not exist.
-  // The pointer is valid until a group above it is listed.
+  // Finds a group by its identifier. Searches the host if no listing has returned the group yet. Returns null if it
+  // does not exist. The pointer is valid until a group above it is listed.
   Group *Find(int64_t id);
 
   // As Find(), but without reading the host.
   Group *FindKnown(int64_t id);
 
-  // Appends the identifiers of the group's members: for the host, the kernel group; then control groups by name; then
-  // processes by PID. Fails if members cannot be read: HVC_NO_PERMISSION, or HVC_NAME_TOO_LONG for a control group that
-  // is nested deeper than a path can be long.
+  // Appends the identifiers of the group's members: control groups by name, then processes by PID. The kernel group is
+  // the first member of the host, and the VMM is the only member of a VM. Fails if members cannot be read:
+  // HVC_NO_PERMISSION, or HVC_NAME_TOO_LONG for a control group whose path is too long.
   [[nodiscard]] HVC_ReturnStatus List(Group &group, ParamList &list);
 
   // Finds the members of the host or of a control group.
@@ -42,11 +42,11 @@ class GroupTree {
   // Turns a process that runs a VM into a group of kind kVm with a VMM below it. Checks each process once per listing.
   void DetectVm(Group &group);
 
-  // 1 if the process runs a VM, else 0. Unreadable if its status is, or if there were too many descriptors to check it;
-  // see VmDetector.
+  // Returns 1 if the process runs a VM, else 0. Unreadable if its status cannot be read, or if not all of its
+  // descriptors could be searched; see VmDetector.
   Figure CountVm(int64_t pid);
 
-  // Counts the VMs of the host. Checks every process. Unreadable if one could not be checked.
+  // Counts the VMs of the host. Checks every process. `count` is unreadable if a process could not be checked.
   [[nodiscard]] HVC_ReturnStatus CountVms(Figure &count);
 
  private:

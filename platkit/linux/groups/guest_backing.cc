@@ -5,8 +5,8 @@
 namespace platkit {
 namespace {
 
-// A private mapping of shared memory has anonymous pages as soon as they are written. Huge pages come from the pool in
-// either case.
+// When a private mapping of shared memory is written, it gets anonymous pages. Huge pages come from the pool in either
+// case.
 GuestBacking BackingOf(const GuestFile &file, const CgroupMount &mount) {
   switch (FileSystemOf(mount, file.path)) {
     case FileSystem::kHugetlbfs: return GuestBacking::kHugetlb;

@@ -17,7 +17,7 @@ enum class GuestBacking : uint8_t {
   kFiles,         // some are pages of files on a disk, like the monitor's program
 };
 
-// `mount` knows which files are in memory; without folders of memory, none are.
+// `mount` determines which files are in memory: those in its memoryFolders.
 GuestBacking BackingOf(const QemuOptions &options, const CgroupMount &mount);
 
 }  // namespace platkit

@@ -8,13 +8,13 @@
 namespace platkit {
 namespace {
 
-// The size of a guest's memory is a multiple of this, and QEMU aligns it if it is anonymous. Memory devices are no
-// smaller than a guest's unit of hot-plug.
+// The size of a guest's memory is a multiple of kAlignment, and QEMU aligns the start of anonymous memory to it. Memory
+// devices have at least kSmallestBlock, which is the unit in which guests hot-plug memory.
 constexpr uint64_t kAlignment = uint64_t{2} << 20;
 constexpr uint64_t kSmallestBlock = uint64_t{128} << 20;
 
-// Two kinds of mappings may be larger than the guest's memory. Device memory that is mapped for the guest is never
-// anonymous. Code that QEMU's emulator generates is executable.
+// Two kinds of mappings may be larger than the guest's memory and are excluded. Device memory that is mapped for the
+// guest is never anonymous. Code that QEMU's emulator generates is executable or in /memfd:tcg-jit.
 bool IsMemory(const Mapping &mapping, std::span<const DeviceNumber> memoryDevices) {
   if (!mapping.isReadable || !mapping.isWritable || mapping.isExecutable) return false;
   if (mapping.name.starts_with("/memfd:tcg-jit")) return false;

@@ -10,12 +10,13 @@
 
 namespace platkit {
 
-// Sizes of memory mappings in /proc/PID/maps, in KB. Such a mapping is not executable, and is anonymous or maps an
-// unnamed memory file or a file on one of the given devices, which are in ascending order. Adjacent mappings count as
-// one. Absent if there is no such mapping, or if this user may not read the file.
+// Sizes, in KB, of the mappings in /proc/PID/maps that can be a guest's memory. Such a mapping is readable and
+// writable, but not executable. It is anonymous, or maps an unnamed memory file or a file on one of `memoryDevices`,
+// which are in ascending order. Adjacent mappings of the same kind count as one. The sizes are absent if there is no
+// such mapping, or if this user may not read the file.
 struct GuestMappings {
   Figure largest;
-  Figure blocks;  // the sum of those of 128 MB or more that have the form of a guest's memory, or of a memory device's
+  Figure blocks;  // the sum of the mappings of at least 128 MB that are aligned like a guest's memory
 };
 
 GuestMappings ReadGuestMappings(HostFiles &files, int64_t pid, std::span<const DeviceNumber> memoryDevices);

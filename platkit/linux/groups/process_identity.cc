@@ -10,10 +10,10 @@ bool IsSameProcess(HostFiles &files, int64_t pid, const ProcessIdentity &identit
   uint64_t inode = 0;
   const HVC_ReturnStatus status = files.Identify(path, inode);
   if (status == HVC_NOT_FOUND) return false;
-  // If this user may not open the files of a process, nothing was read from them.
+  // If this user may not open the files of a process, no values were read from them.
   if (status != HVC_OK || identity.inode == 0) return true;
   // Two processes never have the same inode number. If the kernel has dropped the cached inode, the same process gets a
-  // new number; then its start time decides.
+  // new number. The start time then tells whether it is the same process.
   return inode == identity.inode || ReadLatestStart(files, pid) <= identity.seenAt;
 }
 

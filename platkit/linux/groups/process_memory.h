@@ -7,15 +7,15 @@
 
 namespace platkit {
 
-// All in KB.
+// All amounts are in KB.
 
 // The memory of the process. VmRSS excludes huge pages of pools, so they are added.
 inline Figure Consumed(const ProcessStatus &status) { return status.resident + status.hugePages; }
 
-// A lower bound of the peak, because Linux records no peak of huge pages.
+// The peak of the process's memory. Linux records no peak of huge pages, so their current size is added.
 inline Figure ConsumedPeak(const ProcessStatus &status) { return status.residentPeak + status.hugePages; }
 
-// What is known of a guest's memory.
+// The known facts about a guest's memory.
 struct GuestMemory {
   Figure size;  // absent if unknown
   GuestBacking backing = GuestBacking::kAnonymous;
@@ -26,9 +26,9 @@ struct GuestMemory {
 // monitor has shared memory of its own. Otherwise all pages of the kind that the guest's memory has are an upper bound,
 // because some are the monitor's. The guest's size is another upper bound.
 //
-// KVM's count is a lower bound: KVM drops mappings now and then. The monitor's own part of the anonymous pages is at
-// most all that the process may write, less the guest's memory, which gives another lower bound. The higher of the two
-// is closer to the guest's part than the upper bound if only the guest makes its memory resident.
+// KVM's count is a lower bound, because KVM drops mappings now and then. The monitor's anonymous pages give another
+// lower bound: they are at most the process's writable address space minus the guest's memory. If only the guest makes
+// its memory resident, the higher lower bound is closer to the guest's part than the upper bound.
 inline Figure GuestPart(const ProcessStatus &status, const GuestMemory &guest) {
   Figure pages = guest.backing == GuestBacking::kHugetlb ? Figure(0) : status.sharedMemory;
   if (guest.backing == GuestBacking::kAnonymous) pages = status.anonymous + status.sharedMemory;
@@ -40,7 +40,7 @@ inline Figure GuestPart(const ProcessStatus &status, const GuestMemory &guest) {
   return Lower(Higher(guest.mapped, status.anonymous - monitors + status.hugePages), most);
 }
 
-// The rest of a VM's process, and the page tables for all of it.
+// The rest of the memory of a VM's process, plus all of the process's page tables.
 inline Figure VmOverhead(const ProcessStatus &status, const GuestMemory &guest) {
   return Consumed(status) - GuestPart(status, guest) + status.pageTables;
 }

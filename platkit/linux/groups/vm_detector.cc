@@ -18,10 +18,11 @@ constexpr size_t kMaxName = sizeof GroupNameRecord{}.name - 1;
 // The kernel truncates names to 15 characters, so the name only selects the processes that are examined.
 bool MayBeQemu(std::string_view processName) { return processName.starts_with("qemu") || processName == "kvm"; }
 
-// A container may run its processes as root, but they are in a PID namespace of their own.
+// A container may run its processes as root, but it has a PID namespace of its own.
 bool IsRunByRoot(const ProcessUser &user) { return user.isRootOnly && !user.isContained; }
 
-// Marks the name as claimed. A long name is truncated, so that the mark remains.
+// Marks the guest's name as a claim of the user, and drops the maximum memory size. Truncates a long name to make room
+// for the mark.
 void MarkClaims(const VmDetector::Candidate &process, QemuOptions &options) {
   const std::string user = process.user.realID ? std::to_string(*process.user.realID) : "?";
   const std::string mark = " (uid " + user + ")";
@@ -32,7 +33,8 @@ void MarkClaims(const VmDetector::Candidate &process, QemuOptions &options) {
 
 }  // namespace
 
-// Without evidence, not even the command line is read: its length and the time that it takes are the user's choice.
+// Does not read the command line of a process without other evidence of a VM, because any user can make it long and
+// slow to read.
 VmDetector::Result VmDetector::Detect(const Candidate &process) {
   Result result;
   const bool isManaged = MayBeQemu(process.name) && (IsInVmGroup(process.pid) || IsRootsQemu(process));
@@ -47,7 +49,7 @@ VmDetector::Result VmDetector::Detect(const Candidate &process) {
 bool VmDetector::IsInVmGroup(int64_t pid) { return IsInVmScope(ReadFullCgroupOfProcess(files_, reader_.mount(), pid)); }
 
 // By linking to a program that becomes root, such as sudo, a user can give a process of root any name and command line.
-// So the program's file decides.
+// Therefore, this checks the file of the program.
 bool VmDetector::IsRootsQemu(const Candidate &process) {
   return IsRunByRoot(process.user) && IsQemuProgram(ReadProgramName(files_, process.pid));
 }

@@ -20,12 +20,12 @@ namespace platkit {
 // - it is managed QEMU: it has the name and the command line of QEMU, and either is in a control group for VMs, or is
 //   run by root alone and its program is QEMU.
 //
-// The command line is trusted if the process is in a control group for VMs or run by root alone. Otherwise its options
-// are claims of a user: the guest's name gets the user's number, as in "web (uid 1000)", and the maximum of the memory
-// is dropped.
+// The command line is trusted if the process is in a control group for VMs or run by root alone. Otherwise, its options
+// are only claims of a user: the user's number is appended to the guest's name, as in "web (uid 1000)", and the maximum
+// memory size is ignored.
 class VmDetector {
  public:
-  // The number of descriptors that are searched for a VM.
+  // The maximum numbers of descriptors to search for a VM.
   struct Limits {
     size_t perProcess = 256;  // a monitor opens its VM early, so the VM is among the lowest
     size_t inAll = 65536;     // within kFreshTime
@@ -33,7 +33,7 @@ class VmDetector {
 
   VmDetector(HostFiles &files, GroupReader &reader, Limits limits) : files_(files), reader_(reader), limits_(limits) {}
 
-  // From the process' status.
+  // Values from the status of the process.
   struct Candidate {
     int64_t pid;
     std::string_view name;

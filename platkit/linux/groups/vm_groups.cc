@@ -9,12 +9,12 @@
 namespace platkit {
 namespace {
 
-// A VM's control group with more groups below it, or more other processes, counts as shared.
+// A VM's control group with more groups or other processes than this counts as shared by several VMs.
 constexpr size_t kMaxFolders = 64;
 constexpr size_t kMaxHelpers = 64;
 
-// A monitor maps all memory of its guest before the guest starts, so more than the process has mapped is not a guest's
-// memory.
+// A monitor maps all memory of its guest before the guest starts, so a size above the address space of the process
+// cannot be right.
 bool IsMapped(Figure size, const ProcessStatus &status) {
   return !size.isAbsent() && Lower(size, status.addressSpace) == size;
 }
@@ -37,7 +37,8 @@ GuestMemory VmGroups::Guest(Group &vm, const ProcessStatus &status) {
   return guest;
 }
 
-// The memory of a guest whose command line leaves room for memory devices, from the mappings; absent for other guests.
+// The size of the guest's memory according to the mappings, if the command line leaves room for memory devices; absent
+// otherwise.
 Figure VmGroups::HotPlugged(Group &vm) {
   const QemuOptions &options = vm.vm->options;
   const bool hasRoom = !options.maxMemory.isAbsent() && options.maxMemory - options.memory != Figure(0);
@@ -60,9 +61,9 @@ Figure VmGroups::Overhead(Group &vm, const ProcessStatus &status) {
   return Higher(ofProcess, charged - (GuestPart(status, guest) - status.hugePages));
 }
 
-// What a VM's own group is charged for, in KB, without what is neither the guest's nor overhead: the cache of its
-// disks, and compressed memory. Huge pages of pools are not charged by default. Absent if the kernel does not show
-// them.
+// The memory that is charged to a VM's own control group, in KB. The cache of the VM's disks and compressed memory are
+// subtracted, because they belong neither to the guest nor to the overhead. Huge pages of pools are subtracted, too,
+// because the kernel does not charge them by default. Absent if memory.stat lacks the figures of the cache.
 Figure VmGroups::Charged(Group &own) {
   const CgroupStat &stat = reader_.Stat(own);
   if (stat.unmapped.isAbsent()) return {};
@@ -92,7 +93,7 @@ const Group *VmGroups::ControlGroupOf(const Group &group) {
   return parent == nullptr || parent->kind != GroupKind::kControlGroup ? nullptr : parent;
 }
 
-// The control group that was created for the VM, or null.
+// The control group that a management tool created for the VM, or null.
 const Group *VmGroups::ScopeOf(const Group &vm) {
   const Group *group = ControlGroupOf(vm);
   if (group == nullptr) return nullptr;
@@ -109,16 +110,16 @@ bool VmGroups::IsAlone(const Group &vm, const Group &top, Clock::Time &readAt) {
   return FindOthers(top, others, readAt);
 }
 
-// Whether the processes beside the VM are its helpers.
+// Whether no other process of the group runs a VM; the others are then helpers of this VM.
 bool VmGroups::HasNoOtherVm(const Group &vm, const Group &top, Clock::Time &readAt) {
   Others others = {.vm = vm.id, .limit = kMaxHelpers};
   return FindOthers(top, others, readAt) &&
          std::ranges::all_of(others.pids, [&](int64_t pid) { return tree_.CountVm(pid) == Figure(0); });
 }
 
-// Finds the other processes with memory in a group and below. False if there are too many of them or of groups, or if
-// some are hidden. Groups whose members are known from a fresh listing are not read again; `readAt` is then lowered to
-// the time of the listing.
+// Finds the other processes with memory in a group and the groups below it. Returns false if there are too many
+// processes or groups, or if some are hidden from this user. Groups whose members are known from a fresh listing are
+// not read again; `readAt` is then lowered to the time of the listing.
 bool VmGroups::FindOthers(const Group &top, Others &others, Clock::Time &readAt) {
   std::vector<const Group *> groups = {&top};
   std::vector<std::string> folders;
@@ -146,7 +147,7 @@ bool VmGroups::IsListed(const Group &group) const {
   return group.processesRead.IsFresh(files_.clock()) && group.controlGroupsRead.IsFresh(files_.clock());
 }
 
-// False if the listing failed, or if there are too many other processes.
+// Returns false if the listing failed, or if there are too many other processes.
 bool VmGroups::AddListed(const Group &group, Others &others, std::vector<const Group *> &groups) {
   const HVC_ReturnStatus *processes = group.processesRead.IfFresh(files_.clock());
   const HVC_ReturnStatus *folders = group.controlGroupsRead.IfFresh(files_.clock());
@@ -158,7 +159,7 @@ bool VmGroups::AddListed(const Group &group, Others &others, std::vector<const G
                              [&](int64_t pid) { return tree_.FindKnown(pid) == nullptr || others.Add(pid); });
 }
 
-// False if this user may not read the folder or its list, if a path is too long, or if there are too many other
+// Returns false if this user may not read the folder or its list, if a path is too long, or if there are too many other
 // processes.
 bool VmGroups::AddUnlisted(const std::string &folder, Others &others, std::vector<std::string> &folders) {
   const auto isHidden = [](HVC_ReturnStatus status) {

@@ -15,21 +15,22 @@ class VmGroups {
  public:
   VmGroups(HostFiles &files, GroupReader &reader, GroupTree &tree) : files_(files), reader_(reader), tree_(tree) {}
 
-  // The memory of a VM's guest in KB. The command line gives it, unless it gives more than the process has mapped;
-  // otherwise the largest mapping gives it, or QEMU's default. If the command line leaves room for more memory, the
-  // mappings show memory that was plugged in later. Absent if unknown.
+  // The size of the guest's memory in KB. It is the size on the command line, unless the process has mapped less.
+  // Otherwise, it is the larger of the largest mapping and QEMU's default, if that is in effect. If the command line
+  // leaves room for more memory, the mappings show memory that was plugged in later. Absent if unknown.
   Figure GuestSize(Group &vm, const ProcessStatus &status);
 
-  // What is known of the guest's memory, for GuestPart and VmOverhead.
+  // The known facts about the guest's memory, for GuestPart and VmOverhead.
   GuestMemory Guest(Group &vm, const ProcessStatus &status);
 
-  // The VM's memory that is not its guest's, in KB: the monitor's, and in an own control group also that of helper
-  // processes and of the kernel.
+  // The VM's memory that is not its guest's, in KB: the monitor's memory. If the VM has a control group of its own, the
+  // memory of the group's helper processes and of the kernel is included.
   Figure Overhead(Group &vm, const ProcessStatus &status);
 
-  // The control group whose figures are the VM's: the one that a management tool created for it, unless that contains
-  // another VM; else its control group if it contains no other process with memory. Null if there is none. `process`
-  // may be a group of any kind; only a VM has an own control group.
+  // Returns the control group whose figures are the VM's, or null if there is none. It is the group that a management
+  // tool created for the VM, unless this group contains another VM. Otherwise, it is the VM's control group if this
+  // group contains no other process with memory. `process` may be a group of any kind, but only a VM has a control
+  // group of its own.
   Group *OwnControlGroup(Group &process);
 
  private:
@@ -39,7 +40,7 @@ class VmGroups {
     size_t limit;
     std::vector<int64_t> pids = {};
 
-    // False if there are more than `limit`. Does not add the VM.
+    // Adds a process unless it is the VM. Returns false if there are more than `limit` processes.
     bool Add(int64_t pid) {
       if (pid != vm) pids.push_back(pid);
       return pids.size() <= limit;

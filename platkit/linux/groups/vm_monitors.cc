@@ -9,14 +9,15 @@ namespace {
 
 Figure UnknownIfAbsent(Figure figure) { return figure.IfAbsent(Figure::Unreadable()); }
 
-// False unless both are values.
+// Whether `figure` is at most `bound`. Returns false unless both are values.
 bool IsAtMost(Figure figure, Figure bound) {
   const uint64_t value = figure.Cell(HVC_KB_NONE);
   const uint64_t limit = bound.Cell(HVC_KB_NONE);
   return limit != HVC_KB_NONE && value <= limit;
 }
 
-// libvirt writes its status at each change of the balloon, so its size is newer than the one in the file of guests.
+// libvirt writes its status file at each change of the balloon, so the size in it is newer than the size in the file of
+// nodal-guests(1).
 Figure BalloonSize(const LibvirtStatus &status, const GuestFigures &figures) {
   if (status.hasBalloon == Figure(0)) return Figure(0);
   const bool isKnown = IsAtMost(status.currentMemory, status.memory);

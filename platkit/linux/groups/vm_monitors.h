@@ -1,7 +1,8 @@
-// What the monitors of virtual machines know: the balloon, the guest's own view of its memory, a migration.
+// Figures that the monitors of virtual machines report: the balloon, the guest's own view of its memory, and
+// migrations.
 //
-// No monitor is asked, because one that does not answer would block the report. The sources are the file that
-// nodal-guests(1) leaves, and the status files of libvirt.
+// The monitors are not queried, because a monitor that does not answer would block the report. The figures come from
+// the file that nodal-guests(1) writes, and from the status files of libvirt.
 #ifndef PLATKIT_LINUX_GROUPS_VM_MONITORS_H
 #define PLATKIT_LINUX_GROUPS_VM_MONITORS_H
 
@@ -19,8 +20,8 @@ struct Balloon {
   Figure target;
 };
 
-// In KB, as reported by the guest. A figure that the guest does not report, or that is impossible, is absent or
-// unreadable.
+// In KB, as reported by the guest. If the guest does not report a figure, or reports an impossible one, `total` is
+// absent and `needed` is unreadable.
 struct GuestUse {
   Figure total;   // memory that the guest's kernel manages
   Figure needed;  // the part of it that the guest cannot free without swapping
@@ -30,7 +31,7 @@ class VmMonitors {
  public:
   VmMonitors(HostFiles &files, VmGroups &vms) : files_(files), vms_(vms) {}
 
-  // All 0 for a VM without a balloon device.
+  // All figures are 0 for a VM without a balloon device.
   Balloon BalloonOf(Group &vm);
 
   GuestUse UseOf(Group &vm, const ProcessStatus &status);

@@ -5,7 +5,7 @@
 namespace platkit {
 namespace {
 
-// Takes folders with this suffix. Returns the first one without it.
+// Takes all folders with this suffix, and the next folder. Returns that folder.
 std::string_view TakeFoldersWithSuffix(TextScanner &folders, std::string_view suffix) {
   std::string_view folder;
   do {

@@ -11,11 +11,11 @@
 namespace platkit {
 namespace {
 
-// More than any host has.
+// These limits are higher than any host needs.
 constexpr uint64_t kMaxNumaNodes = 4096;
 constexpr size_t kMaxOrders = 64;
 
-// Parses "Node 0, zone Normal 1 6928 4248". False if the line has another form.
+// Parses "Node 0, zone Normal 1 6928 4248". Returns false if the line has another form.
 bool ParseZone(std::string_view line, BuddyZone &zone) {
   TextScanner scanner(line);
   if (scanner.TakeWord() != "Node") return false;

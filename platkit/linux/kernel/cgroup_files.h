@@ -13,7 +13,7 @@
 
 namespace platkit {
 
-// Amounts that have their own file, in bytes. The comments name the file in version 2 and in version 1.
+// Amounts that have their own file, in bytes. The comments name the file in version 2, then the file in version 1.
 enum class CgroupAmount : uint8_t {
   kMin,            // memory.min; none
   kLow,            // memory.low; none
@@ -26,24 +26,24 @@ enum class CgroupAmount : uint8_t {
   kSwapMax,        // memory.swap.max; none
   kWithSwapPeak,   // none; memory.memsw.max_usage_in_bytes
   kWithSwapMax,    // none; memory.memsw.limit_in_bytes
-  kKernel,         // memory.kmem.usage_in_bytes in both
+  kKernel,         // none; memory.kmem.usage_in_bytes
   kZswapMax,       // memory.zswap.max; none
-  kGiganticPages,  // hugetlb.1GB.current; none: huge pages of 1 GB
+  kGiganticPages,  // hugetlb.1GB.current; none (huge pages of 1 GB)
 };
 inline constexpr size_t kCgroupAmounts = 14;
 
-// Absent if the file does not exist. Then the kernel or the hierarchy version lacks it, the memory controller is not
+// Absent if the file does not exist: the kernel or the version of the hierarchy lacks it, the memory controller is not
 // enabled for the group, or the group has vanished. Unlimited if there is no limit.
 Figure ReadCgroupAmount(HostFiles &files, CgroupVersion version, const std::string &folder, CgroupAmount amount);
 
-// Lines of memory.stat, descendants included. Amounts are in bytes; "pages" counts pages since the group was created.
-// A figure without a line is absent.
+// Figures of memory.stat, which include the group's descendants. Amounts are in bytes. Figures in "pages" count pages
+// since the group was created. A figure without a line is absent.
 struct CgroupStat {
-  Figure swap;        // version 1 alone: total_swap
+  Figure swap;        // version 1 only: total_swap
   Figure swapCached;  // swapcached: swapped in and still in swap space
   Figure unmapped;  // cached files that no process maps: file - file_mapped; version 1 total_cache - total_mapped_file
   Figure transparent;  // transparent huge pages: anon_thp + shmem_thp; version 1 total_rss_huge
-  // Version 2 alone.
+  // The following figures exist only in version 2.
   Figure kernel;             // kernel (before Linux 5.18 the sum of its parts) + sock
   Figure hugePages;          // hugetlb: huge pages of pools, if the group is charged for them
   Figure zswap;              // compressed memory: size after compression
@@ -65,10 +65,10 @@ CgroupStat ReadCgroupStat(HostFiles &files, CgroupVersion version, const std::st
 // the file does not exist.
 Figure ReadCgroupLimitHits(HostFiles &files, CgroupVersion version, const std::string &folder);
 
-// Reads cgroup.procs: the PIDs of the group's processes, ascending and each once.
+// Reads cgroup.procs: the PIDs of the group's processes, in ascending order and without duplicates.
 [[nodiscard]] HVC_ReturnStatus ReadCgroupPids(HostFiles &files, const std::string &folder, std::vector<int64_t> &pids);
 
-// Whether cgroup.type is "threaded". Then an ancestor lists the group's processes.
+// Whether cgroup.type is "threaded". If so, an ancestor lists the group's processes.
 bool IsThreadedCgroup(HostFiles &files, const std::string &folder);
 
 }  // namespace platkit

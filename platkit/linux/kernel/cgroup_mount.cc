@@ -76,15 +76,15 @@ FileSystem TypeOf(const Mount &mount) {
 
 using Folders = std::map<std::string, FileSystem, std::less<>>;
 
-// The folder that contains `path`; empty for "/" and for a relative path.
+// The folder that contains `path`; empty for "/" and for a name without a slash.
 std::string_view ParentOf(std::string_view path) {
   const size_t slash = path.rfind('/');
   if (slash == std::string_view::npos || path.size() == 1) return {};
   return path.substr(0, slash == 0 ? 1 : slash);
 }
 
-// The type of the deepest of the folders that contains the path. Null if none does, or if the path has more levels than
-// anybody uses: each level costs time.
+// Returns the type of the deepest of `folders` that contains the path. Returns null if there is none within kMaxLevels
+// of the path: a longer search could take too much time.
 const FileSystem *FindMountOf(const Folders &folders, std::string_view path) {
   constexpr int kMaxLevels = 64;
   for (int level = 0; !path.empty() && level < kMaxLevels; ++level, path = ParentOf(path)) {
@@ -101,7 +101,7 @@ void AddMemoryFolder(const Mount &mount, Folders &folders) {
   if (type != FileSystem::kOther || FindMountOf(folders, path) != nullptr) folders.insert_or_assign(path, type);
 }
 
-// Ranks a mount; 0 if it contains no control groups.
+// Ranks a mount: a higher rank is better, and 0 means that the mount contains no control groups.
 int Rank(const Mount &mount) {
   if (mount.type == "cgroup2") return 3;
   if (mount.type != "cgroup") return 0;
@@ -114,7 +114,7 @@ CgroupVersion VersionOfRank(int rank) {
   return rank == 3 ? CgroupVersion::kV2 : CgroupVersion::kNone;
 }
 
-// The part of `group` below the group that is visible at the mount.
+// The part of `group` below `mounted`, the group that is visible at the mount.
 std::string_view BelowMounted(std::string_view group, std::string_view mounted) {
   if (mounted == "/") mounted = {};
   if (!group.starts_with(mounted)) return {};

@@ -31,11 +31,12 @@ struct CgroupMount {
   // The devices of mounted file systems whose files are memory, in ascending order: tmpfs and hugetlbfs.
   std::vector<DeviceNumber> memoryDevices;
 
-  // Where these file systems are mounted, and what is mounted below them, by absolute path.
+  // The mount points of these file systems, and all mount points below them, by absolute path.
   std::map<std::string, FileSystem, std::less<>> memoryFolders;
 };
 
-// The file system of a file, from its path. Links in the path are not followed.
+// The type of the file system that contains a file, determined from the file's path. Links in the path are not
+// followed.
 FileSystem FileSystemOf(const CgroupMount &mount, std::string_view path);
 
 // Finds the hierarchy to use: preferably version 1 with the memory controller, then version 2, then any other.
@@ -44,7 +45,7 @@ CgroupMount FindCgroupMount(HostFiles &files);
 // The path of a visible control group from the top of the hierarchy. `folder` is relative to the root folder.
 std::string FullCgroupOfFolder(const CgroupMount &mount, std::string_view folder);
 
-// The folder of a process' control group, relative to the mount's top and without a slash at either end. Empty for the
+// The folder of a process's control group, relative to the mount's top and without a slash at either end. Empty for the
 // top itself, and for a group that is invisible or unknown.
 std::string ReadCgroupOfProcess(HostFiles &files, const CgroupMount &mount, int64_t pid);
 

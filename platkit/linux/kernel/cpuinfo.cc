@@ -18,7 +18,7 @@ void TakeLine(std::string_view line, Processor &processor) {
   if (key == "model") processor.model = processor.model.IfAbsent(ParseFigure(scanner.rest()));
 }
 
-// Reads the lines up to the empty one after a processor. False at the end of the file.
+// Reads the lines of the next processor, and the empty line after them. Returns false at the end of the file.
 bool NextProcessor(LineReader &lines, Processor &processor) {
   processor = {};
   bool any = false;

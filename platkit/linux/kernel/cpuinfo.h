@@ -16,8 +16,8 @@ struct Processor {
   bool isIntel = false;  // vendor_id is GenuineIntel
 };
 
-// Finds the processor with this number. HVC_NOT_FOUND if it does not exist, or is not of Intel's family 6: the numbers
-// of models mean something else for other vendors and families.
+// Finds the processor with this number. HVC_NOT_FOUND if it does not exist, has no model number, or is not of Intel's
+// family 6: model numbers of other vendors and families have other meanings.
 [[nodiscard]] HVC_ReturnStatus FindProcessor(HostFiles &files, uint64_t number, Processor &processor);
 
 }  // namespace platkit

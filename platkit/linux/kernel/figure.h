@@ -1,5 +1,5 @@
-// A figure of the kernel: a value, or the reason why there is no value. Arithmetic distinguishes absent, unreadable,
-// unlimited and zero until a record's cell is filled.
+// A figure of the kernel: a value, or the reason why there is no value. Arithmetic keeps absent, unreadable, unlimited
+// and zero apart until the figure is stored in a cell of a record.
 #ifndef PLATKIT_LINUX_KERNEL_FIGURE_H
 #define PLATKIT_LINUX_KERNEL_FIGURE_H
 
@@ -20,7 +20,7 @@ class Figure {
   constexpr bool isAbsent() const { return kind_ == Kind::kAbsent; }
   constexpr Figure IfAbsent(Figure other) const { return isAbsent() ? other : *this; }
 
-  // The content of a cell: all ones if the figure is unreadable or unlimited.
+  // The value to store in a cell: all ones if the figure is unreadable or unlimited.
   constexpr uint64_t Cell(uint64_t ifAbsent) const {
     if (kind_ == Kind::kValue) return value_;
     return isAbsent() ? ifAbsent : HVC_KB_NONE;
@@ -47,7 +47,7 @@ class Figure {
     return __builtin_add_overflow(a.value_, b.value_, &sum) ? Unreadable() : Figure(sum);
   }
 
-  // At least 0, because the figures may change between the two reads.
+  // The result is at least 0, because the figures may change between the two reads. An absent `b` subtracts nothing.
   friend constexpr Figure operator-(Figure a, Figure b) {
     if (a.isAbsent() || b.isAbsent()) return a;
     if (a.kind_ == Kind::kValue && b.kind_ == Kind::kUnlimited) return Figure(0);

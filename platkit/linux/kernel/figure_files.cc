@@ -8,7 +8,8 @@
 namespace platkit {
 namespace {
 
-// Without a limit, version 1 prints the highest multiple of the page size below 2^63, for any page size.
+// If there is no limit, control groups of version 1 print the highest multiple of the page size below 2^63. It is above
+// this bound for any page size.
 constexpr uint64_t kMinUnlimited = (uint64_t{1} << 63) - (uint64_t{1} << 20);
 
 Figure ParseKeyedFigure(std::string_view text) {
@@ -47,8 +48,7 @@ bool SplitKey(std::string_view line, std::string_view &key, std::string_view &re
 }
 
 bool TakeFigure(std::string_view key, std::string_view rest, std::span<const WantedFigure> wanted) {
-  // Most lines are not wanted. Keys in a file often have the same start, so lengths and last characters are compared
-  // first.
+  // Most lines are not wanted. Keys in a file often begin alike, so lengths and last characters are compared first.
   const auto want = std::ranges::find_if(wanted, [key](const WantedFigure &figure) {
     return figure.key.size() == key.size() && figure.key.back() == key.back() && figure.key == key;
   });

@@ -2,7 +2,7 @@
 // figure.
 //
 // Parsing is tolerant, because every kernel version adds, drops and reorders lines. Only wanted keys are parsed, and
-// the first line of a key counts. A malformed figure is unreadable and does not affect the others.
+// only the first line with a key counts. A malformed figure is unreadable and does not affect the others.
 #ifndef PLATKIT_LINUX_KERNEL_FIGURE_FILES_H
 #define PLATKIT_LINUX_KERNEL_FIGURE_FILES_H
 
@@ -17,14 +17,15 @@ namespace platkit {
 // Parses a decimal number; unreadable if the text has another form.
 Figure ParseFigure(std::string_view text);
 
-// Parses a number or "max". "max" means unlimited. So does a number just below 2^63, which version 1 of control groups
-// prints without a limit.
+// Parses a number or "max". "max" means unlimited. A number just below 2^63 also means unlimited: control groups of
+// version 1 print it if there is no limit.
 Figure ParseAmount(std::string_view text);
 
 // Reads a file that contains one amount. Absent if the file does not exist.
 Figure ReadAmount(HostFiles &files, const HostPath &path);
 
-// Splits "Key:\t12 kB" or "key 12" into the key and the rest, without the blanks around it. False if there is no key.
+// Splits "Key:\t12 kB" or "key 12" into the key and the rest, without the blanks around it. Returns false if there is
+// no key.
 bool SplitKey(std::string_view line, std::string_view &key, std::string_view &rest);
 
 // A key, and the figure to store its value in.
@@ -33,15 +34,15 @@ struct WantedFigure {
   Figure *figure;
 };
 
-// Stores the figure of a line, with or without the unit "kB". False if the key is not wanted, or an earlier line had
-// it.
+// Stores the figure of a line, with or without the unit "kB". Returns false if the key is not wanted, or if an earlier
+// line had it.
 bool TakeFigure(std::string_view key, std::string_view rest, std::span<const WantedFigure> wanted);
 
-// Makes absent figures unreadable.
+// Marks all absent figures as unreadable.
 void MarkAbsentUnreadable(std::span<const WantedFigure> wanted);
 
-// Reads a file of keys and figures until all wanted keys are found. Figures without a line stay absent; if the file
-// does not exist, all do. If the file cannot be read to its end, missing figures are unreadable.
+// Reads a file of keys and figures until all wanted keys are found. Figures without a line stay absent. If the file
+// does not exist, all figures stay absent. If the file cannot be read to its end, missing figures are unreadable.
 void ReadFigures(HostFiles &files, const HostPath &path, std::span<const WantedFigure> wanted);
 
 }  // namespace platkit

@@ -14,7 +14,7 @@
 namespace platkit {
 namespace {
 
-// More than 5,000 guests.
+// Enough for more than 5,000 guests.
 constexpr size_t kMaxGuestsFile = size_t{4} << 20;
 
 constexpr std::string_view kFirstLine = "kestrel-guests 1\n";

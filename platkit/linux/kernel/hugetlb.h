@@ -18,17 +18,17 @@ bool HasNumaNodeFolders(HostFiles &files);
 inline constexpr const char *kHugetlbFolder = "sys/kernel/mm/hugepages";
 std::string HugetlbFolderOfNode(uint64_t numaNode);
 
-// Lists the page sizes of the pools in a folder, in KB, ascending. A kernel without huge pages has none.
+// Lists the page sizes of the pools in a folder, in KB, in ascending order. A kernel without huge pages has none.
 [[nodiscard]] HVC_ReturnStatus ListHugetlbSizes(HostFiles &files, const std::string &folder,
                                                 std::vector<uint64_t> &sizes);
 
-// In pages of the pool's size.
+// The figures of a pool, in pages of its size.
 struct HugetlbPool {
   Figure pages;  // nr_hugepages; absent: the pool does not exist
   Figure free;   // free_hugepages, less the pages that are promised to mappings (resv_hugepages)
 };
 
-// The kernel counts promised pages for the host only, so a node's free pages are at least this figure.
+// The kernel counts promised pages only for the whole host, so the figure is a lower bound of a node's free pages.
 HugetlbPool ReadHugetlbPool(HostFiles &files, const std::string &folder, uint64_t pageKB);
 
 }  // namespace platkit

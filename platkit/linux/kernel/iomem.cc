@@ -7,7 +7,7 @@
 namespace platkit {
 namespace {
 
-// Parses a range such as "01000000-0220bb07", which includes its last address.
+// Returns the size of a range such as "01000000-0220bb07", which includes its last address.
 Figure ParseRange(std::string_view text) {
   TextScanner scanner(text);
   scanner.SkipBlanks();

@@ -7,8 +7,8 @@
 
 namespace platkit {
 
-// In bytes. A part is absent if the file has no such line. It is unreadable for an ordinary user, because the kernel
-// then prints addresses as zeros.
+// Sizes in bytes. A part is absent if the file has no such line. It is unreadable for an ordinary user, because the
+// kernel prints zeros as addresses for such users.
 struct KernelImage {
   Figure code;    // Kernel code
   Figure rodata;  // Kernel rodata

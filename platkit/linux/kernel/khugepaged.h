@@ -1,5 +1,5 @@
-// /sys/kernel/mm/transparent_hugepage/khugepaged: the settings of the thread that makes transparent huge pages of small
-// ones.
+// /sys/kernel/mm/transparent_hugepage/khugepaged: the settings of the thread that collapses small pages into
+// transparent huge pages.
 #ifndef PLATKIT_LINUX_KERNEL_KHUGEPAGED_H
 #define PLATKIT_LINUX_KERNEL_KHUGEPAGED_H
 
@@ -8,7 +8,7 @@
 
 namespace platkit {
 
-// max_ptes_swap: the number of small pages that may be swapped in to make a huge page of them. Absent on a kernel
+// max_ptes_swap: the maximum number of small pages that the thread swaps in to make one huge page. Absent on a kernel
 // without transparent huge pages.
 Figure ReadMaxSwappedPages(HostFiles &files);
 

@@ -13,7 +13,7 @@ namespace platkit {
 // Reads a file of /sys/kernel/mm/ksm, such as "pages_sharing", in pages. Absent if this kernel has no such file.
 Figure ReadKsmPages(HostFiles &files, std::string_view file);
 
-// In pages. Only root may read another user's.
+// The figures of a process, in pages. Only root may read those of another user's process.
 struct ProcessKsm {
   Figure merged;  // ksm_merging_pages of ksm_stat; before Linux 6.4, the file ksm_merging_pages; absent before 5.19
   Figure zero;    // ksm_zero_pages of ksm_stat: replaced by the kernel's page of zeros; absent before 6.4

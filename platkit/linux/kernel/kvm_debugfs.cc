@@ -49,7 +49,7 @@ KvmPages ReadKvmPages(HostFiles &files, const KvmVms &vms, int64_t pid) {
     pages.large = pages.large + count("/pages_2m");
     pages.gigantic = pages.gigantic + count("/pages_1g");
   }
-  // A guest that has run has mapped something.
+  // A guest that has run has mapped pages, so 0 of all sizes means that the kernel does not count them.
   return pages.KB() == Figure(0) ? KvmPages() : pages;
 }
 

@@ -18,19 +18,19 @@ struct KvmVm {
 
 struct KvmVms {
   std::vector<KvmVm> vms;   // ordered by PID
-  bool isComplete = false;  // false: the folder cannot be listed, or the creator of a VM does not hold it any more
+  bool isComplete = false;  // false: the folder cannot be listed, or the creator of a VM no longer holds the VM
 
   bool Has(int64_t pid) const;
 };
 
-// Each VM has a folder "<thread>-<descriptor>", named after its creator. Reads the status of each thread for its
-// process, and the link of the descriptor: the creator may have passed the VM on, and another process may have got its
-// PID.
+// Each VM has a folder "<thread>-<descriptor>", named after the thread that created the VM. Finds the process of the
+// thread, and checks that the descriptor still is a VM: the creator may have passed the VM on and ended, and another
+// process may have its PID now.
 KvmVms ReadKvmVms(HostFiles &files);
 
-// The pages of the host that a process' guests have mapped, by size: pages_4k, pages_2m, pages_1g. KVM maps a page when
-// the guest first uses it, and drops mappings now and then; the guest's memory stays. Absent if the process has no VM
-// in the list or the kernel does not count, which also shows as 0 pages of all sizes.
+// The host's pages that KVM has mapped for the guests of a process, by size: pages_4k, pages_2m, pages_1g. KVM maps a
+// page when the guest first uses it. It drops mappings now and then, although the guest keeps the memory. Absent if the
+// process has no VM in the list, or if the kernel does not count pages; some kernels then show 0 pages of all sizes.
 struct KvmPages {
   Figure small, large, gigantic;
 

@@ -6,8 +6,8 @@
 
 namespace platkit {
 
-// Whether refcnt of kvm_intel, kvm_amd or kvm is above 0. If KVM is built into the kernel, there is no refcnt; then,
-// whether /dev/kvm exists.
+// Whether refcnt of kvm_intel, kvm_amd or kvm is above 0. If KVM is built into the kernel, there is no refcnt; the
+// result is then whether /dev/kvm exists.
 bool IsKvmInUse(HostFiles &files);
 
 }  // namespace platkit

@@ -29,7 +29,7 @@ Figure JobIn(const XmlScanner &xml) {
   return Figure(job.empty() || job == "none" ? 0 : 1);
 }
 
-// Without a period, QEMU never asks.
+// Without the attribute `period`, QEMU does not query the balloon driver.
 void TakeBalloon(const XmlScanner &xml, LibvirtStatus &status) {
   const std::string_view model = xml.Attribute("model");
   if (model.empty()) return;
@@ -44,7 +44,7 @@ void TakeElementOfDomain(std::string_view path, const XmlScanner &xml, LibvirtSt
   if (path == "/devices/memballoon/stats") status.pollingSeconds = ParseFigure(xml.Attribute("period"));
 }
 
-// A name that libvirt accepts: its files have the same names.
+// Whether a guest can have this name. libvirt names its files after the guests, so it accepts only names of files.
 bool IsFileName(std::string_view name) {
   return !name.empty() && name.size() <= kMaxName && name.find('/') == std::string_view::npos &&
          name.find('\0') == std::string_view::npos;
@@ -63,7 +63,7 @@ LibvirtStatus ParseLibvirtStatus(std::string_view text) {
     const bool isStatus = path.starts_with(kStatus);
     if (isStatus) path.remove_prefix(kStatus.size());
     if (isStatus && path == "/job") status.hasJob = JobIn(xml);
-    // A job comes before the domain; without one, there is no element.
+    // libvirt writes the element of a job before the domain's. If there is no job, the element is missing.
     if (isStatus && path == kDomain) status.hasJob = status.hasJob.IfAbsent(Figure(0));
     if (path.starts_with(kDomain)) TakeElementOfDomain(path.substr(kDomain.size()), xml, status);
   }

@@ -7,7 +7,7 @@
 
 namespace platkit {
 
-// In KB. A line that every kernel has is unreadable if it is missing.
+// Amounts in KB. If a line that every kernel has is missing, its figure is unreadable.
 struct Meminfo {
   Figure total;      // MemTotal
   Figure free;       // MemFree
@@ -15,7 +15,8 @@ struct Meminfo {
   Figure slab;       // Slab
   Figure kernel;  // Slab + KernelStack + ShadowCallStack + PageTables + SecPageTables + Percpu + NFS_Unstable + Bounce;
                   // lines other than Slab may be missing
-  // Absent if this kernel has no such line.
+
+  // The following figures are absent if this kernel has no such line.
   Figure hardwareCorrupted;  // HardwareCorrupted
   Figure swapCached;         // SwapCached: swapped in, and still in swap space
   Figure transparent;        // AnonHugePages + ShmemHugePages: transparent huge pages

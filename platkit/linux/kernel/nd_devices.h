@@ -12,24 +12,25 @@
 
 namespace platkit {
 
-// Lists the names of all devices, those of one kind by number. A host without persistent memory has none.
+// Lists the names of all devices. Devices of the same kind are in the order of their numbers. A host without persistent
+// memory has none.
 [[nodiscard]] HVC_ReturnStatus ListNdDevices(HostFiles &files, std::vector<std::string> &devices);
 
 bool NdDeviceExists(HostFiles &files, std::string_view device);
 
 // Parses the first number in the name of a device, such as "region12" or "namespace12.3" (the number of its region).
-// `kind` is "region", "namespace" or "nmem". False for devices of another kind.
+// `kind` is "region", "namespace" or "nmem". Returns false for devices of another kind.
 bool ParseNdNumber(std::string_view device, std::string_view kind, uint64_t &number);
 
-// Readers of one file of a device.
+// The following functions read one file of a device.
 
-// The first line, unchanged. Empty if it cannot be read.
+// Returns the first line unchanged, or an empty text if the file cannot be read.
 std::string ReadNdText(HostFiles &files, std::string_view device, std::string_view file);
 
-// An amount. Absent if the device has no such file.
+// Reads an amount. Absent if the device has no such file.
 Figure ReadNdFigure(HostFiles &files, std::string_view device, std::string_view file);
 
-// numa_node. Absent if the kernel does not know the node.
+// Reads numa_node. Absent if the kernel does not know the node.
 Figure ReadNdNumaNode(HostFiles &files, std::string_view device);
 
 }  // namespace platkit

@@ -18,8 +18,8 @@ Figure CountEntries(HostFiles &files, const HostPath &path, std::string &last) {
   return folder.status() == HVC_OK ? Figure(count) : Figure::Unreadable();
 }
 
-// The folder of the block device, relative to the root folder. A device of another kind (pfn0.0, btt0.0) may hold the
-// namespace, and have the block device. Empty if there is none.
+// The folder of the block device, relative to the root folder. If a device of another kind (pfn0.0, btt0.0) holds the
+// namespace, the block device belongs to that device. Empty if there is no block device.
 std::string FindBlockFolder(HostFiles &files, std::string_view nameSpace) {
   for (const std::string &device : {std::string(nameSpace), ReadNdText(files, nameSpace, "holder")}) {
     if (device.empty() || device.find('/') != std::string::npos) continue;
@@ -30,7 +30,7 @@ std::string FindBlockFolder(HostFiles &files, std::string_view nameSpace) {
   return {};
 }
 
-// Whether a line of a file has this word at this place, counted from 0.
+// Returns 1 if a line of the file has the word `wanted` at this place, counted from 0, else 0.
 Figure IsListed(HostFiles &files, std::string_view path, size_t place, std::string_view wanted) {
   LineReader lines(files, HostPath(path));
   for (std::string_view line; lines.Next(line);) {

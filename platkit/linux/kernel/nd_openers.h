@@ -9,9 +9,10 @@
 
 namespace platkit {
 
-// How often the kernel itself has opened the block device: for a mounted file system (/proc/self/mountinfo), as swap
-// space (/proc/swaps) and for devices on top of it (/sys/block/pmemN/holders). The kernel does not tell which programs
-// have opened it, so this is a lower bound. Unreadable if the namespace has no block device, or a file is unreadable.
+// Counts how often the kernel itself has opened the block device: for a mounted file system (/proc/self/mountinfo), as
+// swap space (/proc/swaps) and for devices on top of it (/sys/block/pmemN/holders). The kernel does not report which
+// programs have opened the device, so the result is a lower bound. Unreadable if the namespace has no block device, or
+// a file is unreadable.
 Figure CountNdOpeners(HostFiles &files, std::string_view nameSpace);
 
 }  // namespace platkit

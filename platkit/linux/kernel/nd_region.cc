@@ -29,7 +29,7 @@ Figure ReadRegionStart(HostFiles &files, std::string_view region) {
   return ParseHexNumber(ReadNdText(files, region, "resource"), start) ? Figure(start) : Figure::Unreadable();
 }
 
-// A mapping is "nmem0,0,268435456,0": a module, and the range of it that belongs to the region.
+// A mapping such as "nmem0,0,268435456,0" contains a module, and the range of the module that belongs to the region.
 std::vector<std::string> ReadRegionModules(HostFiles &files, std::string_view region) {
   std::vector<std::string> modules;
   const uint64_t count = std::min(ReadNdFigure(files, region, "mappings").Cell(0), kMaxModules);

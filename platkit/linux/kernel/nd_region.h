@@ -21,7 +21,7 @@ std::string ReadRegionCookie(HostFiles &files, std::string_view region);
 // resource: the first physical address. Unreadable for an ordinary user.
 Figure ReadRegionStart(HostFiles &files, std::string_view region);
 
-// mappings and mappingN: the modules, such as "nmem0".
+// Reads the region's modules, such as "nmem0", from mappings and mappingN.
 std::vector<std::string> ReadRegionModules(HostFiles &files, std::string_view region);
 
 }  // namespace platkit

@@ -11,7 +11,7 @@
 
 namespace platkit {
 
-// Lists their numbers, ascending. A host without persistent memory has none.
+// Lists the numbers of the modules in ascending order. A host without persistent memory has none.
 [[nodiscard]] HVC_ReturnStatus ListNvdimms(HostFiles &files, std::vector<uint32_t> &numbers);
 
 // available_slots: the number of free label slots. 0 for a module without labels, whose file is missing or cannot be

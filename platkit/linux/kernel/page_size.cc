@@ -13,8 +13,8 @@ bool IsPageSize(uint64_t size) { return size >= kRecordPage && (size & (size - 1
 
 }  // namespace
 
-// A saved root may come from a host with another page size, which AT_PAGESZ contains. Without AT_PAGESZ, the page size
-// of this host counts.
+// A saved root may come from a host with another page size. AT_PAGESZ contains the page size of that host. Without
+// AT_PAGESZ, the result is the page size of this host.
 uint64_t PageSize::Bytes() {
   if (bytes_) return *bytes_;
   bytes_ = static_cast<uint64_t>(sysconf(_SC_PAGESIZE));

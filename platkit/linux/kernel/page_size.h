@@ -10,7 +10,7 @@
 namespace platkit {
 
 inline constexpr uint64_t kRecordPage = 4096;         // bytes; records count pages of this size
-inline constexpr uint64_t kRecordLargePageKB = 2048;  // and large pages of this size
+inline constexpr uint64_t kRecordLargePageKB = 2048;  // records count large pages of this size
 
 // The size does not change while the host runs, so it is read once. It is a multiple of kRecordPage.
 class PageSize {

@@ -71,7 +71,8 @@ HostPath ConfigPath(const PciAddress &function) {
   return HostPath(kPciDevices, "/", FunctionName(function).view(), "/config");
 }
 
-// Every function has the first 256 bytes. If the file is shorter, an ordinary user saved it.
+// Every function has at least 256 bytes. If the file is shorter, it was saved by an ordinary user, who could read only
+// the start.
 HVC_ReturnStatus StatusPastEnd(const PciRegister &where) {
   return where.address < kConfigSpace ? HVC_NO_PERMISSION : HVC_ADDRESS_TOO_HIGH;
 }

@@ -6,7 +6,7 @@
 namespace platkit {
 namespace {
 
-// Such as "avg10=1.50".
+// Parses a word such as "avg10=1.50", and drops the fraction.
 Figure ParseAverage(std::string_view word) {
   TextScanner scanner(word);
   uint64_t percent = 0;

@@ -1,5 +1,5 @@
-// Memory pressure (PSI): how much time tasks lose because memory is short. /proc/pressure/memory is the host's, and
-// memory.pressure that of a control group of version 2.
+// Memory pressure (PSI): how much time tasks lose because memory is short. The figures of the host are in
+// /proc/pressure/memory, and those of a control group of version 2 are in memory.pressure.
 #ifndef PLATKIT_LINUX_KERNEL_PRESSURE_H
 #define PLATKIT_LINUX_KERNEL_PRESSURE_H
 
@@ -10,7 +10,7 @@
 
 namespace platkit {
 
-// Whole percents of the last ten seconds. Absent if the file does not exist.
+// Shares of the last ten seconds, in whole percent. Absent if the file does not exist.
 struct MemoryPressure {
   Figure some;  // avg10 of "some": at least one task waited for memory
   Figure full;  // avg10 of "full": all tasks that were not idle waited

@@ -4,7 +4,8 @@
 
 namespace platkit {
 
-// The link is the file's path. The kernel marks a file that was removed or replaced since.
+// The link contains the file's path. If the file was removed or replaced after the process started it, the kernel
+// appends " (deleted)".
 std::string ReadProgramName(HostFiles &files, int64_t pid) {
   constexpr std::string_view kRemoved = " (deleted)";
   char buffer[PATH_MAX];

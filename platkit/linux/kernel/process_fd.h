@@ -12,15 +12,15 @@ namespace platkit {
 struct KvmVmSearch {
   bool isFound = false;
   bool isComplete = true;  // false: `maxDescriptors` ended the search
-  size_t descriptors = 0;  // read
+  size_t descriptors = 0;  // the number of descriptors that were read
 };
 
 // Whether the descriptor of the process is an open KVM VM. Also true if this user may not read it.
 bool MayBeKvmVm(HostFiles &files, int64_t pid, uint64_t descriptor);
 
 // Searches the process for an open KVM VM, a descriptor of anon_inode:kvm-vm. Only the kernel gives a descriptor this
-// name. Reads a link per descriptor, in the order of their numbers, up to the first VM or `maxDescriptors`. Finds
-// nothing if this user may not read them.
+// name. Reads the links of at most `maxDescriptors` descriptors, in ascending order, and stops at the first VM. Finds
+// nothing if this user may not read the links.
 KvmVmSearch FindKvmVm(HostFiles &files, int64_t pid, size_t maxDescriptors);
 
 }  // namespace platkit

@@ -22,7 +22,7 @@ class ProcessMaps {
  public:
   ProcessMaps(HostFiles &files, int64_t pid) : lines_(files, HostPath("proc/", pid, "/maps")) {}
 
-  // Reads the next mapping. Skips malformed lines. False at the end and on failure; status() tells them apart.
+  // Reads the next mapping. Skips malformed lines. Returns false at the end and on failure; status() tells them apart.
   bool Next(Mapping &mapping);
 
   HVC_ReturnStatus status() const { return lines_.status(); }

@@ -13,8 +13,8 @@ namespace platkit {
 // process. Unreadable if the process does not exist.
 Figure ReadStartTicks(HostFiles &files, int64_t pid);
 
-// Returns the latest possible start time for the tick count, in nanoseconds since boot;
-// UINT64_MAX if it cannot be read.
+// Returns the latest start time that fits the tick count, in nanoseconds since boot, or UINT64_MAX if the count cannot
+// be read.
 uint64_t ReadLatestStart(HostFiles &files, int64_t pid);
 
 }  // namespace platkit

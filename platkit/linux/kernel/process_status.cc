@@ -34,7 +34,7 @@ void TakeUserIDs(std::string_view ids, ProcessUser &user) {
   user.isRootOnly = all == 0;
 }
 
-// "NSpid:\t4711\t12": one number for each namespace, from the one of this /proc to the process' own.
+// "NSpid:\t4711\t12": one number for each PID namespace, from that of this /proc to the process's own.
 bool HasSecondWord(std::string_view words) {
   TextScanner scanner(words);
   scanner.TakeWord();

@@ -11,7 +11,7 @@
 
 namespace platkit {
 
-// Linux itself has fewer than 2^22 PIDs.
+// The highest number that is accepted as a PID. PIDs of Linux are below 2^22.
 inline constexpr int64_t kMaxPid = 4'999'999;
 
 // Distinguishes a process from earlier and later ones with the same PID.
@@ -20,7 +20,7 @@ struct ProcessIdentity {
   uint64_t seenAt = 0;  // a time before the file was opened, in nanoseconds since boot
 };
 
-// The user of a process. A process without privileges cannot change these lines.
+// The user of a process. A process without privileges cannot change these values.
 struct ProcessUser {
   std::optional<uint64_t> realID;  // Uid: the first number; nullopt if the line is missing or malformed
   bool isRootOnly = false;         // Uid: the real, effective, saved and file-system IDs are all 0
@@ -36,12 +36,12 @@ struct ProcessStatus {
   ProcessUser user;
 
   Figure addressSpace;            // VmSize
-  Figure data, stack;             // VmData, VmStk: what the process may write; address space, not memory
+  Figure data, stack;             // VmData, VmStk: writable address space, not memory
   Figure resident, residentPeak;  // VmRSS, VmHWM
   Figure hugePages;               // HugetlbPages, which are not resident; 0 on a kernel without huge pages
   Figure pageTables;              // VmPTE
 
-  // Nearer to what the process may use than VmSize, which includes address space that is only reserved.
+  // Closer to the memory that the process may use than VmSize, which includes address space that is only reserved.
   Figure size() const { return data + stack; }
 
   Figure anonymous, files, sharedMemory;  // RssAnon, RssFile, RssShmem: the parts of VmRSS
@@ -50,7 +50,8 @@ struct ProcessStatus {
 };
 
 // HVC_NOT_FOUND if the process does not exist or has no memory of its own: a kernel thread, a zombie, or a thread other
-// than the first. If this user may not read the file, all figures are unreadable and the result is HVC_OK.
+// than the first. If the file cannot be read for another reason, all missing figures are unreadable, and the result is
+// HVC_OK.
 [[nodiscard]] HVC_ReturnStatus ReadProcessStatus(HostFiles &files, int64_t pid, ProcessStatus &status);
 
 // Reads Tgid: the PID of the process that a thread belongs to.

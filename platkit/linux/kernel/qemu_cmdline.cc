@@ -16,17 +16,17 @@ namespace {
 // Management tools generate several KB, with the name and the memory near the start.
 constexpr size_t kMaxCommandLine = 32 * 1024;
 
-// Further digits of a fraction are less than 1 KB in any unit.
+// Digits of a fraction after these change a size by less than 1 KB in any unit.
 constexpr size_t kMaxFractionDigits = 15;
 
 // QEMU's machines have this much memory by default.
 constexpr uint64_t kDefaultMemoryKB = 128 * 1024;
 
-// The unit of a size without a suffix, in bytes.
+// Units of sizes without a suffix, in bytes.
 constexpr uint64_t kByte = 1;
 constexpr uint64_t kMegabyte = 1 << 20;
 
-// The unit of a size's suffix, in bytes; 0 for an unknown suffix.
+// The unit that a size's suffix names, in bytes; 0 for an unknown suffix. `unitWithout` is the unit without a suffix.
 uint64_t UnitOfSuffix(std::string_view suffix, uint64_t unitWithout) {
   if (suffix.empty()) return unitWithout;
   if (suffix.size() > 1) return 0;
@@ -35,7 +35,7 @@ uint64_t UnitOfSuffix(std::string_view suffix, uint64_t unitWithout) {
   return index == std::string_view::npos ? 0 : uint64_t{1} << (10 * index);
 }
 
-// The fraction of `unit` that the digits after a decimal point give.
+// The fraction of `unit` that the digits after a decimal point denote.
 uint64_t FractionOf(uint64_t unit, std::string_view digits) {
   uint64_t sum = 0;
   uint64_t place = 1;
@@ -44,7 +44,7 @@ uint64_t FractionOf(uint64_t unit, std::string_view digits) {
   return sum;
 }
 
-// Parses "4096", "4G" or "1.5g". Absent if the text is not a size.
+// Parses "4096", "4G" or "1.5g". Absent if the text is not a size, or if the size is 0.
 Figure ParseSizeInKB(std::string_view text, uint64_t unitWithoutSuffix) {
   TextScanner scanner(text);
   uint64_t whole = 0;
@@ -62,7 +62,8 @@ Figure ParseSizeInKB(std::string_view text, uint64_t unitWithoutSuffix) {
   return bytes == Figure(0) || bytes == Figure::Unreadable() ? Figure() : bytes / 1024;
 }
 
-// The device, as properties or as JSON. An identifier that looks like a balloon is too rare to matter.
+// Whether the device, given as properties or as JSON, is a balloon. An identifier that contains the name of a balloon
+// is too rare to matter.
 bool IsBalloon(std::string_view device) { return device.find("virtio-balloon") != std::string_view::npos; }
 
 // A memory backend: the memory of the machine, or of a memory device.
@@ -77,7 +78,7 @@ struct Backend {
   bool isFile() const { return !file.empty(); }
 };
 
-// A memfd is shared by default; the other types are private by default.
+// memfd and shm are shared by default; the other types are private by default.
 Backend BackendOf(const QemuProperties &properties) {
   const std::string_view type = properties.ValueOf("qom-type");
   const bool isMemfd = type == "memory-backend-memfd";
@@ -96,11 +97,11 @@ Backend BackendOf(const QemuProperties &properties) {
   return backend;
 }
 
-// Collects options in any order: an option may name a backend that a later one defines.
+// Collects options in any order: an option may name a backend that a later option defines.
 class OptionParser {
  public:
   using Handler = void (OptionParser::*)(std::string_view value);
-  // Null if the option has no value that describes the guest or its memory.
+  // Returns null if the option has no value that describes the guest or its memory.
   static Handler HandlerOf(std::string_view option);
 
   void TakePreallocation() { options_.isPopulated = true; }
@@ -132,7 +133,7 @@ class OptionParser {
   bool hasNumaBackend_ = false;
   std::string memPath_;
   Figure requested_;      // of virtio-mem devices
-  bool hasSize_ = false;  // also one that is not understood
+  bool hasSize_ = false;  // a size was given, even if it could not be parsed
   bool hasConfigurationFile_ = false;
   bool hasBalloon_ = false;
   bool hasPersistentMemory_ = false;
@@ -232,7 +233,7 @@ void OptionParser::AddBacking(const std::string &backend) {
   }
 }
 
-// -mem-path is for a machine without a backend, and maps its file private.
+// -mem-path applies to a machine without a backend; QEMU maps the file privately.
 void OptionParser::FillBacking() {
   options_.hasPrivateMemory = hasConfigurationFile_;
   if (!machineBackend_.empty()) {
@@ -246,7 +247,8 @@ void OptionParser::FillBacking() {
     std::ranges::for_each(backends, [this](const std::string &backend) { AddBacking(backend); });
 }
 
-// Devices add to the memory that the machine starts with. A machine without a size has its backend's.
+// Memory devices add to the machine's own memory. If the command line gives no size, the machine's memory has the size
+// of its backend.
 QemuOptions OptionParser::Finish(bool isQemu) {
   options_.isQemu = isQemu;
   if (isQemu) FillBacking();

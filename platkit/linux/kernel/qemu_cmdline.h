@@ -18,19 +18,23 @@ bool IsQemuProgram(std::string_view program);
 // A file that contains memory of the guest.
 struct GuestFile {
   std::string path;  // the file, or its folder
-  bool isShared;     // mapped shared: what the guest writes stays in the file
+  bool isShared;     // mapped shared: the guest's writes go to the file
 };
 
-// If an option occurs twice, its last value counts; memory devices add up. Amounts are in KB.
+// If an option occurs more than once, its last value counts. The sizes of memory devices are added up. Amounts are in
+// KB.
 struct QemuOptions {
   bool isQemu = false;  // see IsQemuProgram
   std::string name;     // -name NAME or -name guest=NAME; empty: none
 
-  // The size of the guest's memory at its start: -m SIZE or -m size=SIZE, or the size of the machine's memory backend;
-  // and that of memory devices: of a pc-dimm, its backend's; of a virtio-mem, its requested-size. Absent if the command
-  // line does not give it. Persistent memory (nvdimm, virtio-pmem) is not counted.
+  // The size of the guest's memory at its start, which is the sum of
+  // - -m SIZE or -m size=SIZE, else the size of the machine's memory backend,
+  // - for each pc-dimm, the size of its backend,
+  // - for each virtio-mem, its requested-size.
+  // Absent if the command line does not give the first of these. Persistent memory (nvdimm, virtio-pmem) is not
+  // counted.
   Figure memory;
-  Figure defaultMemory;          // QEMU's own size, with memory devices; absent if the command line gives a size
+  Figure defaultMemory;          // QEMU's default, plus memory devices; absent if the command line gives a size
   Figure maxMemory;              // -m ...,maxmem=SIZE; absent: none
   bool mapsOtherMemory = false;  // a device other than pc-dimm maps memory, so mappings do not show the guest's size
 
@@ -39,7 +43,7 @@ struct QemuOptions {
   bool hasPrivateMemory = true;
   bool hasSharedMemory = false;  // memory-backend-memfd, -shm, or -ram with share=on
   std::vector<GuestFile> files;  // memory-backend-file; -mem-path
-  bool isPopulated = false;      // the monitor makes the memory resident, not the guest: prealloc=on, mem-lock=on,
+  bool isPopulated = false;      // the monitor, not the guest, makes the memory resident: prealloc=on, mem-lock=on,
                                  // -incoming, devices that the guest drives itself (vfio)
 
   // 1 if a -device is of this kind, else 0; absent: unknown.
@@ -47,7 +51,7 @@ struct QemuOptions {
   Figure hasPersistentMemory;  // nvdimm or virtio-pmem
 };
 
-// `commandLine` holds arguments, each ended by a NUL.
+// `commandLine` contains the arguments, each terminated by a NUL.
 QemuOptions ParseQemuCommandLine(std::string_view commandLine);
 
 // An unreadable command line has no options. At most 32 KB are read.

@@ -33,8 +33,8 @@ bool TakeJson(TextScanner &json, std::string_view expected) {
   return json.Take(expected);
 }
 
-// Takes a string after its first quote. An escaped character other than a quote, a slash or a backslash becomes a
-// question mark, because no text that is looked for contains one.
+// Takes the rest of a string after its opening quote. Escaped characters other than quotes, slashes and backslashes
+// become question marks: no text that the parser looks for contains such characters.
 bool TakeRestOfString(TextScanner &json, std::string &text) {
   constexpr size_t kCodeLength = 4;  // the digits after \u
   std::string_view rest = json.rest();
@@ -50,10 +50,10 @@ bool TakeRestOfString(TextScanner &json, std::string &text) {
   return false;
 }
 
-// A number, true, false or null.
+// The characters of a number, true, false or null.
 constexpr std::string_view kWordCharacters = "+-.0123456789abcdefghijklmnopqrstuvwxyzE";
 
-// Skips an array or an object. Counts brackets instead of nesting calls: the text may nest thousands of them.
+// Skips an array or an object. Counts brackets instead of recursing, because the text may nest thousands of them.
 bool SkipBrackets(TextScanner &json) {
   size_t depth = 0;
   do {

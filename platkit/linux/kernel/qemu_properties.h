@@ -12,12 +12,12 @@ namespace platkit {
 
 class QemuProperties {
  public:
-  // With commas, the first property may lack its key, which is then `firstKey`. Two commas mean a literal comma.
-  // Malformed JSON has no properties.
+  // In a list with commas, the first property may lack its key; the key is then `firstKey`. Two commas mean a literal
+  // comma. Malformed JSON has no properties.
   QemuProperties(std::string_view text, std::string_view firstKey);
 
-  // The last value of the key; empty if there is none. Numbers and truth values of JSON are texts, such as "true". JSON
-  // arrays and objects have no value.
+  // The last value of the key; empty if there is none. JSON numbers and booleans are returned as texts, such as "true".
+  // JSON arrays and objects have empty values.
   std::string_view ValueOf(std::string_view key) const;
 
   // Whether the value is "on" or a synonym of it.

@@ -10,7 +10,7 @@ namespace platkit {
 namespace {
 
 // Parses "name active total size perSlab pagesPerSlab : tunables ... : slabdata activeSlabs slabs shared". The name may
-// contain blanks, so the numbers are parsed from the end. False if the line has another form.
+// contain blanks, so the numbers are parsed from the end. Returns false if the line has another form.
 bool ParseCache(std::string_view line, SlabCache &cache) {
   constexpr std::string_view kSlabData = " : slabdata";
   const size_t tunables = line.find(" : tunables");

@@ -10,7 +10,7 @@
 
 namespace platkit {
 
-// A line. A malformed or missing figure is unreadable.
+// A line of the file. A malformed or missing figure is unreadable.
 struct SlabCache {
   std::string name;
   Figure activeObjects;   // active_objs

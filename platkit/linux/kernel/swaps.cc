@@ -7,7 +7,7 @@
 namespace platkit {
 namespace {
 
-// Such as "/dev/zram0".
+// Whether this is the name of a zram device, such as "/dev/zram0". Sets `number` to its number.
 bool IsZram(std::string_view name, uint64_t &number) {
   TextScanner scanner(name);
   return scanner.Take("/dev/zram") && scanner.TakeNumber(number) && scanner.AtEnd();

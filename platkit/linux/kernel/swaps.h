@@ -10,13 +10,13 @@
 
 namespace platkit {
 
-// In KB. 0 on a kernel without swap.
+// Amounts are in KB. They are 0 on a kernel without swap.
 struct Swaps {
   // Of all swap files and partitions except zram, which is memory.
   Figure total;  // Size
   Figure free;   // Size less Used
 
-  Figure zramUsed;                    // Used of all zram devices
+  Figure zramUsed;                    // the sum of Used over all zram devices
   std::vector<uint64_t> zramDevices;  // their numbers: 0 is /dev/zram0
 };
 

@@ -7,7 +7,7 @@
 
 namespace platkit {
 
-// In milliseconds, suspended time included. Unlike the time of day, it is never set.
+// Reads the time since boot in milliseconds, including suspended time. Unlike the time of day, this clock is never set.
 Figure ReadUptime(HostFiles &files);
 
 }  // namespace platkit

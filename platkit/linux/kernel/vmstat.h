@@ -9,7 +9,7 @@ namespace platkit {
 
 // A figure is absent if this kernel has no such line.
 struct Vmstat {
-  Figure allocStalls;         // events: allocstall_* of all zones, an allocation that waits for reclaim
+  Figure allocStalls;         // events: allocstall_* of all zones, allocations that waited for reclaim
   Figure oomKills;            // events: oom_kill
   Figure memmapPages;         // pages: nr_memmap_pages + nr_memmap_boot_pages
   Figure ksmCopies;           // events: cow_ksm, one page each
@@ -19,7 +19,7 @@ struct Vmstat {
   Figure hugeAllocs;          // transparent huge pages: thp_fault_alloc + thp_collapse_alloc
   Figure hugeSplits;          // transparent huge pages: thp_swpout_fallback, split to be swapped out
   Figure hugeFailures;        // transparent huge pages: thp_fault_fallback, not available when memory was touched
-  Figure hugeSwappedRefused;  // transparent huge pages: thp_scan_exceed_swap_pte, not made to avoid swapping in
+  Figure hugeSwappedRefused;  // transparent huge pages: thp_scan_exceed_swap_pte, not made, to avoid swap-ins
 };
 
 Vmstat ReadVmstat(HostFiles &files);

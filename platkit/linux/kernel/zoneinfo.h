@@ -17,11 +17,11 @@ inline constexpr size_t kMaxZones = 1 << 16;  // more than any host has
 struct Zone {
   bool isLow = false;  // see IsLowZone
   Figure present;      // physical pages
-  Figure managed;      // those that the page allocator manages; 0: the zone has no memory
+  Figure managed;      // pages that the page allocator manages; 0: the zone has no memory
   Figure free;
   Figure min, low, high;          // watermarks of free pages
   Figure promo;                   // a higher watermark, since Linux 5.18
-  Figure protection = Figure(0);  // highest entry of "protection: (0, 3019, 5067)"
+  Figure protection = Figure(0);  // highest number of "protection: (0, 3019, 5067)"
 };
 
 struct Zoneinfo {

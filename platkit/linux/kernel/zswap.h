@@ -8,7 +8,7 @@
 
 namespace platkit {
 
-// How much of the host's memory zswap may use, in percent: max_pool_percent, or 0 if it is not enabled. Absent on a
+// The percentage of the host's memory that zswap may use: max_pool_percent, or 0 if zswap is not enabled. Absent on a
 // kernel without zswap.
 Figure ReadZswapMaxPercent(HostFiles &files);
 

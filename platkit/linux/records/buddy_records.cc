@@ -66,7 +66,7 @@ const BuddyRecords::Buddies &BuddyRecords::Read() {
   return buddies_.Get(files_.clock(), [this] { return Arrange(ReadBuddyinfo(files_)); });
 }
 
-// Adds up zones by node, low zones first.
+// Adds up the zones of each node, separately for low and other zones. Sorts by node, low zones first.
 BuddyRecords::Buddies BuddyRecords::Arrange(const Buddyinfo &info) {
   std::map<std::pair<uint64_t, bool>, Buddy> byNode;
   for (const BuddyZone &zone : info.zones) {
@@ -83,7 +83,8 @@ BuddyRecords::Buddies BuddyRecords::Arrange(const Buddyinfo &info) {
   return all;
 }
 
-// A record counts in pages of 4 KB. A chunk larger than its largest size counts as several of that size.
+// Records count pages of 4 KB. A chunk that is larger than the largest size of a record counts as several chunks of
+// that size.
 void BuddyRecords::AddZone(const BuddyZone &zone, Buddy &buddy) {
   size_t size = static_cast<size_t>(std::countr_zero(pageSize_.RecordPages()));
   for (const Figure free : zone.free) {

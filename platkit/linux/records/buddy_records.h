@@ -19,14 +19,14 @@
 
 namespace platkit {
 
-// A memory node has up to two buddies: one for its low zones (see IsLowZone), and one for all others. If reading the
-// file fails, operations return its status.
+// A memory node has up to two buddy allocators (buddies): one for its low zones (see IsLowZone), and one for all
+// others. If the file cannot be read, operations return the status of the read.
 class BuddyRecords {
  public:
   BuddyRecords(HostFiles &files, PageSize &pageSize) : files_(files), pageSize_(pageSize) {}
 
-  // Lists the buddies, such as "memmap-00-lo", in the order of the memory nodes, low zones first. At most 99, since
-  // kestrel takes no more.
+  // Lists the buddies, such as "memmap-00-lo", in the order of the memory nodes, low zones first. Lists at most 99,
+  // because kestrel accepts no more.
   [[nodiscard]] HVC_ReturnStatus List(ParamList &list);
 
   // HVC_NOT_FOUND if there is no such buddy.

@@ -28,7 +28,8 @@ bool EndsWithItsProcesses(const Group &group) {
 // Lets a sum omit an unreadable term.
 constexpr Figure AbsentIfUnreadable(Figure figure) { return figure == Figure::Unreadable() ? Figure() : figure; }
 
-// A limit in KB for a field that holds at most 2 TB; -1 is unlimited.
+// Converts a limit in KB for a signed field of 32 bits. The result is -1 (unlimited) for a limit of 2 TB or more, and
+// for one that is absent or unreadable.
 int32_t ShortLimit(Figure limit) {
   const uint64_t value = limit.Cell(HVC_KB_NONE);
   return value > INT32_MAX ? -1 : static_cast<int32_t>(value);
@@ -103,7 +104,8 @@ HVC_ReturnStatus ClientRecords::Zip(int64_t client, ZipStatsRecord &record) {
   return reader_.Confirm(*vm);
 }
 
-// The limit of the group, at most what zswap may use on the host; 0 while zswap is off.
+// The maximum size of the VM's compressed memory: the lowest limit of its control groups, but at most what zswap may
+// use on the host. 0 while zswap is off, or on a kernel without zswap.
 Figure ClientRecords::CompressionCache(Group &vm) {
   const Figure percent = host_.zswapMaxPercent();
   if (percent.isAbsent()) return Figure(0);
@@ -112,7 +114,7 @@ Figure ClientRecords::CompressionCache(Group &vm) {
   return Lower(pool, limits_.Lowest(vm, CgroupAmount::kZswapMax) / 1024);
 }
 
-// Without an own control group, a VM's compressed memory is known only if the host has none.
+// Without a control group of its own, a VM's compressed memory is known only if the host has no compressed memory.
 ClientRecords::Compressed ClientRecords::CompressedOf(Group *own) {
   const CgroupStat &stat = StatOf(own);
   if (!stat.zswapped.isAbsent()) {
@@ -122,8 +124,9 @@ ClientRecords::Compressed ClientRecords::CompressedOf(Group *own) {
   return {.size = unknown, .saved = unknown};
 }
 
-// If the host counts nothing, neither does a part of it. If the group may have existed before the VM, an earlier VM may
-// have contributed. systemd and libvirt remove a VM's scope with its last process.
+// `count` is the count of the VM's own control group. Without it, the result is 0 if `ofHost`, the count of the whole
+// host, is 0, and unreadable otherwise. If the group may have existed before the VM, only 0 is certain, because an
+// earlier VM may have contributed to the count. systemd and libvirt remove a VM's scope with its last process.
 Figure ClientRecords::CountOfVm(const Group *own, Figure count, Figure ofHost) {
   if (count.isAbsent() || own == nullptr) return ofHost == Figure(0) ? Figure(0) : Figure::Unreadable();
   return count == Figure(0) || EndsWithItsProcesses(*own) ? count : Figure::Unreadable();
@@ -186,7 +189,8 @@ HVC_ReturnStatus ClientRecords::LargePages(int64_t client, LPageStatsRecord &rec
   return reader_.Confirm(*vm);
 }
 
-// Huge pages of 1 GB. The own control group counts them separately; KVM counts those that the guest has mapped.
+// The VM's huge pages of 1 GB. Its own control group counts them separately. KVM counts only those that the guest has
+// mapped.
 Figure ClientRecords::GiganticPagesInKB(Group &vm, Group *own, const ProcessStatus &status) {
   if (status.hugePages == Figure(0)) return Figure(0);
   Figure charged = own == nullptr ? Figure() : reader_.Amount(*own, CgroupAmount::kGiganticPages) / 1024;
@@ -194,8 +198,9 @@ Figure ClientRecords::GiganticPagesInKB(Group &vm, Group *own, const ProcessStat
   return Lower(charged.IfAbsent(Figure(0)), status.hugePages);
 }
 
-// For a single process, only files whose cost grows with its memory contain these figures. KVM counts what the guest
-// has mapped, with `pooled`, the huge pages of pools. The own control group also counts the monitor's.
+// The VM's transparent huge pages. The kernel's figures for a single process are not used, because the time to read
+// them grows with the memory of the process. KVM counts the pages that the guest has mapped, including `pooled`, the
+// huge pages of pools. The VM's own control group also counts the monitor's pages.
 Figure ClientRecords::TransparentPagesInKB(Group &vm, Group *own, const ProcessStatus &status, Figure pooled) {
   const Figure memory = vms_.GuestSize(vm, status);
   const bool isPossible =
@@ -255,7 +260,7 @@ HVC_ReturnStatus ClientRecords::RemapTypes(int64_t client, ParamList &list) {
   return reader_.Confirm(*process);
 }
 
-// The kernel counts a page after it has moved it, so no page is pending.
+// The kernel counts pages only after it has moved them, so no page is pending.
 HVC_ReturnStatus ClientRecords::Remap(int64_t client, std::string_view type, RemapStatsRecord &record) {
   Group *process = FindProcess(client);
   const auto *found = std::ranges::find(kRemapTypes, type);
@@ -303,8 +308,8 @@ Figure ClientRecords::Swapped(Group *own, const ProcessStatus &status) {
   return swap / 1024 - stat.zswapped / 1024 - stat.swapCached / 1024;
 }
 
-// Part of the memory in swap space. It is known if zram holds all or nothing of what the host has swapped. The memory
-// that zram needs is the VM's share of what zram needs for all.
+// The part of the VM's swapped memory that is in zram. It is known only if all or none of the host's swapped memory is
+// in zram. The memory that zram uses for it is the VM's share of the memory that zram uses in total.
 ClientRecords::ZramUse ClientRecords::InZram(Figure swapped) {
   const Swaps &space = host_.swaps();
   if (space.zramUsed == Figure(0) || swapped == Figure(0)) return {.size = Figure(0), .memory = Figure(0)};
@@ -317,8 +322,9 @@ ClientRecords::ZramUse ClientRecords::InZram(Figure swapped) {
   return use;
 }
 
-// The kernel does not tell whether memory is being written to swap space. If nothing was, it is not; else, some task of
-// the group, or of the host, has waited for memory for a hundredth of the last ten seconds.
+// The kernel does not report whether memory is being swapped out now. A VM without swapped memory is not swapping. Any
+// other VM counts as swapping if tasks of its group, or of the host if the group has no such figure, waited for memory
+// for at least 1 % of the last ten seconds.
 Figure ClientRecords::IsSwapping(Group *own, Figure swapped) {
   if (swapped == Figure(0) || swapped == Figure::Unreadable()) return swapped;
   const Figure waited = own == nullptr ? Figure() : reader_.Pressure(*own).some;
@@ -326,21 +332,21 @@ Figure ClientRecords::IsSwapping(Group *own, Figure swapped) {
   return share == Figure::Unreadable() ? share : Figure(share == Figure(0) ? 0 : 1);
 }
 
-// The lowest limit of the groups above. The kernel throttles a group at memory.high, which counts for a process that is
-// alone in its group.
+// `memory`, or the lowest limit of the control groups above if that is lower. The kernel throttles a group at
+// memory.high, which counts only for a VM with a control group of its own.
 Figure ClientRecords::AllocationTarget(Group &process, Group *own, Figure memory) {
   const Figure high = own == nullptr ? Figure() : limits_.Lowest(process, CgroupAmount::kHigh) / 1024;
   return Lower(memory, Lower(high, limits_.Lowest(process, CgroupAmount::kMax) / 1024));
 }
 
-// Pages that a task on another node has touched, and that stayed where they were. In pages of 4 KB.
+// Pages that a task on another NUMA node touched and that were not moved there, in pages of 4 KB.
 Figure ClientRecords::NumaPagesLeft(Group &process) {
   const CgroupStat &stat = StatOf(vms_.OwnControlGroup(process));
   const Figure pages = stat.numaFaults - stat.numaMoved;
   return pages.isAbsent() ? pages : pages * pageSize_.RecordPages();
 }
 
-// In pages of 4 KB. Absent if this kernel does not count them.
+// Pages that the kernel moved for this reason, in pages of 4 KB. Absent if this kernel does not count them.
 Figure ClientRecords::RemappedPages(Group &process, size_t type) {
   const CgroupStat &stat = StatOf(vms_.OwnControlGroup(process));
   Figure pages;

@@ -1,4 +1,5 @@
-// The records of memory clients: processes, known by their PIDs, and VMMs, known by the identifiers of their groups.
+// The records of memory clients. A process is identified by its PID, and a virtual machine monitor (VMM) by the
+// identifier of its group.
 #ifndef PLATKIT_LINUX_RECORDS_CLIENT_RECORDS_H
 #define PLATKIT_LINUX_RECORDS_CLIENT_RECORDS_H
 
@@ -32,34 +33,35 @@ class ClientRecords {
         sharing_(sharing),
         monitors_(files, groups.vms) {}
 
-  // Of a VM's process.
+  // Records of a VM's process.
   [[nodiscard]] HVC_ReturnStatus Vmm(int64_t client, VmmMemoryStatsRecord &record);
   [[nodiscard]] HVC_ReturnStatus Guest(int64_t client, GuestStatsRecord &record);
   [[nodiscard]] HVC_ReturnStatus Zip(int64_t client, ZipStatsRecord &record);
   [[nodiscard]] HVC_ReturnStatus VmmLeaderID(int64_t client, VmmLeaderIDRecord &record);
 
-  // Of a VMM.
+  // Records of a VMM.
   [[nodiscard]] HVC_ReturnStatus SwapInfo(int64_t client, VmSwapInfoRecord &record);
   [[nodiscard]] HVC_ReturnStatus LargePages(int64_t client, LPageStatsRecord &record);
 
-  // Of any process.
+  // Records of any process.
   [[nodiscard]] HVC_ReturnStatus UserWorld(int64_t client, UwMemoryStatsRecord &record);
 
-  // Of any client.
+  // Records of any client. The lists of a VMM are empty.
   [[nodiscard]] HVC_ReturnStatus TotalCommon(int64_t client, TotalCommonRecord &record);
   [[nodiscard]] HVC_ReturnStatus RemapTypes(int64_t client, ParamList &list);
   [[nodiscard]] HVC_ReturnStatus Remap(int64_t client, std::string_view type, RemapStatsRecord &record);
 
  private:
-  // Null if the client is not a process, not a VM's process, or not a VMM. The last function returns the VM of the VMM.
+  // Return null if the client is not a process, a VM's process or a VMM, respectively. FindVmOfVmm returns the VM of
+  // the VMM.
   Group *FindProcess(int64_t client);
   Group *FindVm(int64_t client);
   Group *FindVmOfVmm(int64_t client);
 
-  // memory.stat of a VM's own control group; all figures are absent if `own` is null.
+  // Returns memory.stat of a VM's own control group. All figures are absent if `own` is null.
   const CgroupStat &StatOf(Group *own);
 
-  // A count of the VM's own control group since it was created; see the definition.
+  // Returns a count of the VM's own control group since the VM started, if it is known; see the definition.
   Figure CountOfVm(const Group *own, Figure count, Figure ofHost);
 
   // Figures of the VM's compressed memory, in KB.
@@ -76,7 +78,7 @@ class ClientRecords {
   // Memory in zram, in KB.
   struct ZramUse {
     Figure size;    // before compression
-    Figure memory;  // what zram needs for it
+    Figure memory;  // the memory that zram uses for it
   };
   ZramUse InZram(Figure swapped);
 

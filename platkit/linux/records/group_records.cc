@@ -30,14 +30,15 @@ bool IsProcess(const Group &group) { return group.kind == GroupKind::kProcess ||
 
 uint64_t CellInKB(Figure bytes, uint64_t ifAbsent) { return (bytes / 1024).Cell(ifAbsent); }
 
-// The share of the time in which not all tasks waited for memory, in percent. 100 if the kernel does not measure it.
+// The percentage of the time in which at least one task was not waiting for memory. 100 if the kernel does not measure
+// it.
 uint8_t PercentNotStalled(const MemoryPressure &pressure) {
   return (Figure(100) - pressure.full.IfAbsent(Figure(0))).Cell8(100);
 }
 
 }  // namespace
 
-// Finds a group and determines whether it is a process or a VM. Null if it does not exist.
+// Finds a group and determines whether it is a process or a VM. Returns null if it does not exist.
 Group *GroupRecords::FindOfKnownKind(int64_t id) {
   Group *group = tree_.Find(id);
   if (group != nullptr) tree_.DetectVm(*group);
@@ -97,9 +98,9 @@ HVC_ReturnStatus GroupRecords::NumVMs(NumVMsRecord &record) {
   return status;
 }
 
-// Linux has neither memory shares nor a limit on reservations. The row of a control group shows its own settings. A VM
-// and its VMM have the limit that holds for them, wherever it is set, and the reservation of the VM's own control
-// group.
+// Linux has neither memory shares nor a limit on reservations. The record of a control group has the group's own
+// settings. The records of a VM and its VMM have the limit that applies to them, wherever it is set, and the
+// reservation of the VM's own control group.
 HVC_ReturnStatus GroupRecords::Alloc(int64_t id, GroupAllocRecord &record) {
   Group *group = FindOfKnownKind(id);
   if (group == nullptr) return HVC_NOT_FOUND;
@@ -162,7 +163,7 @@ void GroupRecords::HostStats(GroupMemoryStatsRecord &record) {
   record.ovhd = memory.kernel.Cell(0);
   record.sharedSaved = sharing_.SavedOnHost().Cell(0);
   record.throttlePct = PercentNotStalled(host_.pressure());
-  // The kernel keeps no peaks of the host; they are at least the current values.
+  // The kernel keeps no peaks of the host. The host's memory does not grow, so its peak is its size.
   record.memSizePeak = record.memSize;
   record.consumedPeak = HVC_KB_NONE;
 }
@@ -179,7 +180,7 @@ void GroupRecords::KernelStats(GroupMemoryStatsRecord &record) {
   record.memSizePeak = record.consumedPeak = HVC_KB_NONE;
 }
 
-// What the host's control groups and its processes outside of them consume, in KB.
+// The memory that the host's control groups and its processes outside of them consume, in KB.
 Figure GroupRecords::ConsumedByMembers(Group &host) {
   if (tree_.FindMembers(host) != HVC_OK) return Figure::Unreadable();
   Figure sum(0);
@@ -197,8 +198,8 @@ Figure GroupRecords::ConsumedByMembers(Group &host) {
   return sum;
 }
 
-// A group for which the memory controller is not enabled lacks its files. Its amounts are unavailable; it has no
-// reservation and no limit.
+// If the memory controller is not enabled for a group, the controller's files are missing. The amounts of the group are
+// then unavailable, and it has neither a reservation nor a limit.
 HVC_ReturnStatus GroupRecords::ControlGroupStats(Group &group, GroupMemoryStatsRecord &record) {
   Figure consumed = reader_.Amount(group, CgroupAmount::kCurrent);
   if (IsGone(group, consumed)) return HVC_NOT_FOUND;
@@ -223,8 +224,8 @@ HVC_ReturnStatus GroupRecords::ControlGroupStats(Group &group, GroupMemoryStatsR
   return HVC_OK;
 }
 
-// The peak of memory and swap space. Version 2 has the peaks of both; their sum is an upper bound. Without swap
-// accounting, the peak of memory is the same.
+// The peak of memory plus swap space. Version 2 has separate peaks of the two, whose sum is an upper bound. Without
+// swap accounting, it is `peak`, the peak of memory alone.
 Figure GroupRecords::SizePeak(Group &group, Figure peak) {
   if (reader_.mount().memoryFiles == CgroupVersion::kV1) {
     return reader_.Amount(group, CgroupAmount::kWithSwapPeak).IfAbsent(peak);
@@ -233,8 +234,8 @@ Figure GroupRecords::SizePeak(Group &group, Figure peak) {
   return peak + reader_.Amount(group, CgroupAmount::kSwapPeak).IfAbsent(Figure::Unreadable());
 }
 
-// The kernel protects at most the reservation of each control group above, and throttles a group at the lowest limit of
-// them. A VM may have more groups below its own.
+// The kernel protects at most the lowest reservation of a group and the control groups above it, and throttles the
+// group at their lowest limit. `limited` and `reserved` differ for a VM, which may be in a group below its own.
 void GroupRecords::FillLimits(Group &limited, Group &reserved, GroupMemoryStatsRecord &record) {
   const Figure high = limits_.Lowest(limited, CgroupAmount::kHigh);
   record.allocTgt = CellInKB(Lower(high, limits_.Lowest(limited, CgroupAmount::kMax)), HVC_KB_NONE);
@@ -251,7 +252,7 @@ HVC_ReturnStatus GroupRecords::ProcessStats(Group &group, GroupMemoryStatsRecord
   record.ovhd = status->pageTables.Cell(0);
   record.sharedSaved = sharing_.OfProcess(group).saved.Cell(0);
   if (group.kind != GroupKind::kVm) return reader_.Confirm(group);
-  // The guest's memory is constant, so its peak is the same; a peak of the process would include other memory.
+  // The size of the guest's memory is also its peak: a peak of the process would include other memory.
   const Figure guestSize = vms_.GuestSize(group, *status);
   if (!guestSize.isAbsent()) record.memSize = record.memSizePeak = guestSize.Cell(0);
   record.ovhd = vms_.Overhead(group, *status).Cell(0);
@@ -277,7 +278,7 @@ HVC_ReturnStatus GroupRecords::VmmStats(Group &group, GroupMemoryStatsRecord &re
   return reader_.Confirm(*vm);
 }
 
-// The VM that a group is, or is the VMM of. Null for other groups.
+// Returns the group if it is a VM, or the VM of a VMM. Returns null for other groups.
 Group *GroupRecords::VmOf(Group &group) {
   if (group.kind == GroupKind::kVmm) return tree_.FindKnown(group.parentID);
   return group.kind == GroupKind::kVm ? &group : nullptr;

@@ -10,11 +10,11 @@
 
 namespace platkit {
 
-// From /proc/cpuinfo. HVC_NOT_FOUND if the processor does not exist, or its architecture has no model numbers.
-// HVC_IO_ERROR if the model is malformed or does not fit the record.
+// Fills the record from /proc/cpuinfo. Statuses as for FindProcessor, and HVC_IO_ERROR if the model number is malformed
+// or does not fit the record.
 [[nodiscard]] HVC_ReturnStatus ReadProcessorRecord(HostFiles &files, int64_t number, CpuRecord &record);
 
-// Lists the numbers of /sys/bus/nd/devices/nmemN, ascending.
+// Lists the numbers of the modules, /sys/bus/nd/devices/nmemN, in ascending order.
 [[nodiscard]] HVC_ReturnStatus ListNvdimmNumbers(HostFiles &files, ParamList &list);
 
 }  // namespace platkit

@@ -18,8 +18,8 @@ uint32_t Percent(uint64_t part, uint64_t whole) {
   return whole == 0 ? 0 : static_cast<uint32_t>(static_cast<double>(part) / static_cast<double>(whole) * 100);
 }
 
-// Sizes have 32 bits, and all ones means unavailable. A larger heap gets the largest multiple of a page, and its parts
-// are scaled down in proportion.
+// Sizes have 32 bits, and all ones means unavailable. A heap that is too large gets the largest multiple of a page that
+// fits, and its parts are scaled down in proportion.
 constexpr uint64_t kMaxSize = UINT32_MAX - (kRecordPage - 1);
 
 void FillSizes(uint64_t size, uint64_t overhead, uint64_t avail, HeapStatsRecord &record) {
@@ -63,7 +63,8 @@ HVC_ReturnStatus HeapRecords::Stats(std::string_view name, HeapStatsRecord &reco
   return HVC_OK;
 }
 
-// To write slabinfo, the kernel walks the lists of all caches, so a sampler reads it once a minute.
+// To write slabinfo, the kernel walks the lists of all caches, so the file of a sampled host is read only once a
+// minute.
 const HeapRecords::Heaps &HeapRecords::Read() {
   const auto read = [this] { return Merge(ReadSlabinfo(files_)); };
   if (!files_.isSampled()) return heaps_.Get(files_.clock(), read);

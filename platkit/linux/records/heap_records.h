@@ -16,7 +16,8 @@
 
 namespace platkit {
 
-// If reading the file fails, operations return its status: HVC_NO_PERMISSION for an ordinary user.
+// If the file cannot be read, operations return the status of the read, which is HVC_NO_PERMISSION for an ordinary
+// user.
 class HeapRecords {
  public:
   HeapRecords(HostFiles &files, PageSize &pageSize) : files_(files), pageSize_(pageSize) {}

@@ -14,8 +14,8 @@ constexpr uint32_t kUnknownState = UINT32_MAX;
 
 constexpr uint64_t kPageDescriptor = 64;  // bytes of metadata per page
 
-// The number of watermarks above the memory that can be allocated without swapping. Memory that only caches files is no
-// shortage.
+// Returns the number of watermarks that are higher than the memory that can be allocated without swapping. That memory
+// includes cached files. Returns kUnknownState if a figure is unreadable.
 uint32_t StateOfAvailable(Figure available, const ZoneTotals &zones) {
   uint32_t state = 0;
   for (const Figure mark : {zones.ample, zones.high, zones.low, zones.min}) {
@@ -26,8 +26,8 @@ uint32_t StateOfAvailable(Figure available, const ZoneTotals &zones) {
   return state;
 }
 
-// A shortage is what makes tasks wait. The thresholds are those of programs that act on it: a warning when all tasks
-// wait for a tenth of the time, and an intervention at six tenths.
+// Memory is short if tasks wait for it. The thresholds for the time in which all tasks wait are those of programs that
+// react to memory pressure: a warning at 10 %, and an intervention at 60 %.
 uint32_t StateOfPressure(const MemoryPressure &pressure) {
   const auto isAtLeast = [](Figure share, uint64_t percent) {
     return Lower(share, Figure(percent)) == Figure(percent);
@@ -73,10 +73,10 @@ HVC_ReturnStatus HostMemoryRecords::Global(GlobalMemoryRecord &record) {
   return HVC_OK;
 }
 
-// Linux does not count changes of the state. It counts events that show how short memory was: an allocation that waits
-// for reclaim shows that the state was hard, and a process that was killed for lack of memory shows that it was low.
-// Both passed the states before. While the state is lower, each state above it has been left once more often downwards
-// than upwards.
+// Linux does not count changes of the state, so events that show a shortage are counted instead. An allocation that
+// waited for reclaim shows that the state was hard. A process that was killed for lack of memory shows that it was low.
+// To reach that state, the host passed through all higher ones. While the host is in a state below a given one, the
+// last move down from the given state has no matching move up yet.
 HVC_ReturnStatus HostMemoryRecords::Transitions(std::string_view state, StateTransitionsRecord &record) {
   const auto *found = std::ranges::find(kMemoryStates, state);
   if (found == kMemoryStates.end()) return HVC_NOT_FOUND;
@@ -85,7 +85,7 @@ HVC_ReturnStatus HostMemoryRecords::Transitions(std::string_view state, StateTra
   const uint32_t now = StateOf(host_, pageSize_);
   const Figure stalls = Higher(counters.allocStalls, counters.oomKills);
   const Figure falls[kLowest] = {stalls, stalls, stalls, counters.oomKills};
-  // From state `from` to the next lower one.
+  // The number of moves from state `from` to the next lower one.
   const auto fallsFrom = [&](uint32_t from) {
     const bool isBelow = now != kUnknownState && now > from;
     return isBelow && falls[from].Cell(0) == 0 ? Figure(1) : falls[from];

@@ -19,10 +19,10 @@ class HostMemoryRecords {
   // From /proc/meminfo, zoneinfo, iomem and vmstat.
   [[nodiscard]] HVC_ReturnStatus Comprehensive(ComprehensiveRecord &record);
 
-  // From /proc/meminfo and zoneinfo.
+  // From /proc/meminfo, zoneinfo and pressure/memory.
   [[nodiscard]] HVC_ReturnStatus Global(GlobalMemoryRecord &record);
 
-  // From /proc/vmstat and zoneinfo. HVC_NOT_FOUND if `state` is not one of kMemoryStates.
+  // From /proc/vmstat, meminfo, zoneinfo and pressure/memory. HVC_NOT_FOUND if `state` is not one of kMemoryStates.
   [[nodiscard]] HVC_ReturnStatus Transitions(std::string_view state, StateTransitionsRecord &record);
 
  private:

@@ -23,7 +23,7 @@ std::string NameOf(uint64_t pageKB) {
   return std::string(kNamePrefix) + std::to_string(size) + "GB";
 }
 
-// The page size in a pool's name, in KB; 0 if no pool has this name.
+// The page size in a pool's name, in KB; 0 if this cannot be the name of a pool.
 uint64_t PageSizeOf(std::string_view name) {
   TextScanner scanner(name);
   uint64_t number = 0;

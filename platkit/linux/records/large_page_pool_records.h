@@ -24,7 +24,7 @@ class LargePagePoolRecords {
   // HVC_NOT_FOUND if there is no such pool.
   [[nodiscard]] HVC_ReturnStatus Stats(int64_t memNode, std::string_view pool, LPoolStatsRecord &record);
 
-  // Page sharing has no pools of large pages, so the record is empty.
+  // Page sharing has no pools of large pages, so the record stays zeroed.
   [[nodiscard]] HVC_ReturnStatus PSharePool(int64_t memNode, LPoolStatsRecord &record);
 
  private:

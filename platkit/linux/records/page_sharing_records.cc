@@ -22,7 +22,8 @@ Figure PageSharingRecords::OfControlGroup() {
 }
 
 ProcessSharing PageSharingRecords::OfProcess(Group &process) {
-  // Only root may read the figures of another user's process, but what is 0 on the host is 0 for each process.
+  // Only root may read the figures of another user's process, but a figure that is 0 for the host is 0 for each
+  // process.
   const Figure savedOnHost = SavedOnHost();
   if (savedOnHost.isAbsent()) return {};
   if (savedOnHost == Figure(0)) return {.saved = Figure(0), .zero = Figure(0)};
@@ -44,7 +45,7 @@ HVC_ReturnStatus PageSharingRecords::Stats(PShareStatsRecord &record) {
   record.reclaimed = sharing.Cell(0);
   record.totRemove = copied.Cell(0);
   record.totAdd = (mapped + copied).Cell(0);
-  // Pages whose content no other page has had so far. The kernel does not count those that it has given up.
+  // Pages whose content no other page has had so far. The kernel does not count pages that it no longer considers.
   record.hintsActive = record.hintsAdded = ReadRecordPages("pages_unshared").Cell(0);
   return HVC_OK;
 }

@@ -9,7 +9,7 @@
 
 namespace platkit {
 
-// In KB. A figure is absent if this kernel does not have it.
+// The memory that KSM saves in a process, in KB. A figure is absent if this kernel does not have it.
 struct ProcessSharing {
   Figure saved;  // merged pages and zero pages
   Figure zero;   // pages replaced by the kernel's page of zeros, which are not resident
@@ -26,10 +26,12 @@ class PageSharingRecords {
   // pages_sharing + ksm_zero_pages, in KB; absent on a kernel without KSM.
   Figure SavedOnHost();
 
-  // What a part of the host saves, in KB: the kernel counts it only for the host and for processes.
+  // The memory that KSM saves in a control group, in KB. The kernel counts it only for the host and for processes, so
+  // the figure is unreadable unless the host saves nothing.
   Figure OfControlGroup();
 
-  // From ksm_stat of the process. Nothing if KSM saves nothing on the host.
+  // From ksm_stat of the process. Both figures are 0 if KSM saves nothing on the host, and absent on a kernel without
+  // KSM.
   ProcessSharing OfProcess(Group &process);
 
  private:

@@ -16,9 +16,9 @@ class PciRecords {
  public:
   explicit PciRecords(HostFiles &files) : files_(files) {}
 
-  // Lists the segments of the host if `above` is empty, the buses of a segment if `above` is the segment, and so on to
-  // functions. The entries are ascending and have at least one function below them. HVC_NOT_FOUND if `above` does not
-  // exist.
+  // Lists the segments of the host if `above` is empty, the buses of a segment if `above` is the segment, and so on
+  // down to functions. The entries are in ascending order, and each has at least one function. HVC_NOT_FOUND if `above`
+  // does not exist.
   [[nodiscard]] HVC_ReturnStatus List(Arguments above, ParamList &list);
 
   // See ReadPciIds, ReadPciRegister and WritePciRegister in kernel/pci.h. Registers are never cached.

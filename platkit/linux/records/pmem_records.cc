@@ -37,8 +37,8 @@ PmemRecords::VolumeList &PmemRecords::FreshVolumes() {
   return volumes_.Get(files_.clock(), [this] { return ReadVolumes(); });
 }
 
-// The kernel numbers regions in the order of discovery. The cookie of an interleave set survives reboots, so it is the
-// better name.
+// The kernel numbers regions in the order of discovery, which can change. The cookie of an interleave set stays the
+// same across reboots, so a volume is named after its cookie if it has one.
 PmemRecords::VolumeList PmemRecords::ReadVolumes() {
   std::vector<std::string> devices;
   VolumeList all = {.status = ListNdDevices(files_, devices)};
@@ -106,7 +106,8 @@ HVC_ReturnStatus PmemRecords::StoreInfo(std::string_view name, RegionStoreRecord
   const Figure freeSlots = FreeSlots(ModulesOf(*volume));
   record.totalBlocks = blocks.Cell(0);
   record.availableBlocks = available.Cell(0);
-  // Not total - available, which includes free space that is too small for an aligned namespace.
+  // This is the sum of the regions. Total - available would include free space that is too small for an aligned
+  // namespace.
   Figure allocated(0);
   for (Region &region : RegionsOf(*volume))
     allocated = allocated + BlocksRoundedUp(SizeOf(region));
@@ -116,7 +117,8 @@ HVC_ReturnStatus PmemRecords::StoreInfo(std::string_view name, RegionStoreRecord
   return HVC_OK;
 }
 
-// A region uses one label on each of its modules.
+// A region uses one label on each of its modules, so the module with the fewest free labels limits the number of
+// regions.
 Figure PmemRecords::FreeSlots(const std::vector<std::string> &modules) {
   Figure fewest = modules.empty() ? Figure(0) : Figure::Unlimited();
   for (const std::string &module : modules)
@@ -182,7 +184,7 @@ HVC_ReturnStatus PmemRecords::RegionInfo(std::string_view volumeName, std::strin
   record.openCount = CountNdOpeners(files_, region->device).Cell32(0);
   record.flags = HVC_REGION_ALLOCATED;
   if (IsReadOnly(*volume)) record.flags |= HVC_REGION_READ_ONLY;
-  // Programs map a dax namespace themselves; in any other mode it is a disk.
+  // Programs map a dax namespace themselves. In any other mode, a namespace is a block device.
   if (!mode.empty() && mode != "dax") record.flags |= HVC_REGION_BLOCK_DEVICE;
   if (region->hasUuid) record.flags |= HVC_REGION_PERSISTENT_RESERVATION;
   if (const uint64_t bit = node.Cell(64); bit < 64) record.numaAffinityMask = uint64_t{1} << bit;

@@ -1,7 +1,7 @@
 // The records of persistent memory.
 //
-// A volume is a region of the kernel (nd_region): a range of addresses that is one module or an interleave set of
-// several. The regions of a volume's region store are the kernel's namespaces.
+// A volume is a region of the kernel (nd_region): a range of addresses on one module, or on an interleave set of
+// several modules. The regions of a volume's region store are the kernel's namespaces.
 #ifndef PLATKIT_LINUX_RECORDS_PMEM_RECORDS_H
 #define PLATKIT_LINUX_RECORDS_PMEM_RECORDS_H
 
@@ -49,7 +49,7 @@ class PmemRecords {
   struct Volume {
     std::string name;
     std::string device;
-    std::vector<std::string> namespaces = {};  // the devices
+    std::vector<std::string> namespaces = {};  // the names of their devices
     Fresh<RegionList> regions = {};
     Fresh<Figure> size = {};
     Fresh<std::vector<std::string>> modules = {};
@@ -64,7 +64,7 @@ class PmemRecords {
   VolumeList ReadVolumes();
   RegionList ReadRegions(const Volume &volume);
 
-  // Pointers are valid until the next operation.
+  // The pointers that these functions set are valid until the next operation.
   HVC_ReturnStatus FindVolume(std::string_view name, Volume *&volume);
   HVC_ReturnStatus FindRegion(std::string_view volumeName, std::string_view name, Volume *&volume, Region *&region);
 

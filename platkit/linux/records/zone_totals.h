@@ -12,7 +12,7 @@ struct ZoneTotals {
   Figure present;                 // of all zones
   Figure free, min, low, high;    // zones with memory; min, low and high are watermarks of free memory
   Figure ample;                   // promo watermark; before Linux 5.18, high + (high - low)
-  Figure lowReserve = Figure(0);  // low zones: pages reserved from allocations that can use other zones
+  Figure lowReserve = Figure(0);  // low zones: memory withheld from allocations that can use other zones
 };
 
 ZoneTotals TotalsInKB(const Zoneinfo &info, PageSize &pageSize);
