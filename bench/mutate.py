@@ -332,8 +332,8 @@ class Runner:
         mirror(BUILD, f"{PRISTINE}/build")
 
     def restore(self):
-        # Restores the build first: if the run ends between the two, the mutant's source is newer than its build, and
-        # the next run builds it again.
+        # Restores the build first. In the other order, if the run ended between the two steps, the object of the mutant
+        # would be newer than the restored source, and would stay in the build.
         mirror(f"{PRISTINE}/build", BUILD)
         mirror(f"{PRISTINE}/source", SOURCE)
 

@@ -58,7 +58,7 @@ HVC_ReturnStatus Walk::Visit(int64_t groupID, uint32_t levels) {
     int64_t child = 0;
     status = NODAL_ParamListGetInt64(children.get(), i, &child);
     if (status != HVC_OK) continue;
-    // A failure below a child does not affect its siblings.
+    // A failure at or below a child does not affect its siblings.
     static_cast<void>(Visit(child, levels - 1));
   }
   return status;

@@ -55,7 +55,8 @@ using FailureTable = std::vector<FailureRow>;
 // When a report prints the header of its table.
 enum class Header { kFirst, kAfterProgramming, kAfterReading };
 
-// The row of sums.
+// The total row: none; the sum of each column; the same, but zip-stats averages its times; the same, but the sums of
+// heaps are one column to the left of their figures, and three columns are 0.
 enum class Total { kNone, kAdded, kOfZip, kOfHeaps };
 
 struct Report {

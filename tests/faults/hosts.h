@@ -16,7 +16,8 @@ testing_support::StandinHost SmallHost();
 // The group with this ID in the small host. A test can change it and add it to the host again.
 testing_support::Group SmallGroup(int64_t id);
 
-// Virtual machines and user worlds; mail is both. All figures differ, and no unread byte is zero:
+// Virtual machines and user worlds; mail is both. All figures differ. In the records of clients, no byte that the
+// reports do not read is zero. The groups:
 //
 //   0 host -+- 10 web ----- 11 vmm.web      led by 110, its VMM by 111
 //           +- 20 shell --- 21 usr.shell    led by 120; clients 120 (copy, move, zero) and 121 (copy, move)
@@ -26,7 +27,8 @@ testing_support::StandinHost MachinesHost();
 // As above, with these leaders of the group and of its VMM.
 testing_support::StandinHost MachinesHostLedBy(int64_t group, uint32_t leader, uint32_t vmmLeader);
 
-// Groups whose figures, names and identifiers are all multiples of their owner's number. 137 is a VM and a user world.
+// Groups whose figures and identifiers, and the numbers in their names, are multiples of their owner's number. 137 is a
+// VM and a user world.
 // The groups without a kind in parentheses are sub-containers of the group above them.
 //
 //   0 host -+- 127 (VM) ----+- 254

@@ -1,4 +1,5 @@
-// Runs kestrel in this process, over the current source of the process.
+// Runs kestrel in this process. It reads the host that the last NODAL_UseCache selected, unless its arguments name
+// another one.
 #ifndef TESTS_FUZZ_KESTREL_H
 #define TESTS_FUZZ_KESTREL_H
 

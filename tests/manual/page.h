@@ -9,7 +9,7 @@
 
 namespace manual {
 
-// Removes roff escapes from text.
+// Replaces each roff escape by what it prints. A change of the font prints nothing.
 std::string Printed(std::string_view source);
 
 // A manual page, such as "nodal.1". The constructor throws if the page cannot be read.

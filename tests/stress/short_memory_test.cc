@@ -1,4 +1,4 @@
-// The programs themselves while allocations fail, in them, in libplatkit and in the C and C++ libraries.
+// Runs the programs while allocations fail: their own, those of libplatkit, and those of the C and C++ libraries.
 #include <gtest/gtest.h>
 
 #include <array>

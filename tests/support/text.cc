@@ -13,7 +13,8 @@ std::string MaskTimes(const std::string &text) {
     const std::string time = masked.substr(at, kTimeLength);
     tm parsed;
     const char *const end = strptime(time.c_str(), "%a %b %e %H:%M:%S %Y", &parsed);
-    if (end == time.c_str() + kTimeLength && masked[at + kTimeLength] == '\n') masked.replace(at, kTimeLength, "<time>");
+    if (end == time.c_str() + kTimeLength && masked[at + kTimeLength] == '\n')
+      masked.replace(at, kTimeLength, "<time>");
   }
   return masked;
 }

@@ -38,8 +38,8 @@ const top::Screen &ScreenNamed(const std::string &name) {
 
 top::ColumnChoice ColumnNamed(const top::Screen &screen, const std::string &option, const std::string &name) {
   if (const auto choice = top::FindColumn(screen, name)) return *choice;
-  throw UsageError(option + " " + name,
-                   "the screen " + std::string(screen.name) + " has no such column (in nodal top, c lists the columns)");
+  throw UsageError(option + " " + name, "the screen " + std::string(screen.name) +
+                                            " has no such column (in nodal top, c lists the columns)");
 }
 
 // Parses column names that are separated by colons. Omits the column with the name of the row, because it is always

@@ -14,8 +14,8 @@ namespace nodal {
 // The metrics that are shown.
 class MetricChoice {
  public:
-  // `only` contains names of families and metrics; if it is empty, the standard families are chosen. Throws a UsageError
-  // for an unknown name.
+  // `only` contains names of families and metrics; if it is empty, the standard families are chosen. Throws a
+  // UsageError for an unknown name.
   explicit MetricChoice(const std::vector<std::string> &only);
 
   bool Contains(const Metric &metric) const;

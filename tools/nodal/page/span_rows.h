@@ -19,8 +19,8 @@ class SpanRows {
  public:
   SpanRows(SpanFamily &family, FigureBudget &budget) : family_(family), budget_(budget) {}
 
-  // Updates which rows exist. Returns the row in the span for each row of the instant. The first call adds the columns
-  // that the views show.
+  // Adds the new rows of this instant to the span, and records which rows exist at this instant. Returns the row in the
+  // span for each row of the instant. The first call adds the columns that the views show.
   const std::vector<size_t> &Update(uint32_t instant, const PageFamily &now);
 
   // The last result of Update.

@@ -35,7 +35,7 @@ HVC_ReturnStatus AddIntegers(std::string_view key, const Json &json, SnapshotWri
     const Json &entry = json[i];
     const bool fits = entry.is_number_integer() && (!entry.is_number_unsigned() || entry.get<uint64_t>() <= INT64_MAX);
     if (!fits) {
-      throw InvalidJson("entry " + std::to_string(i) + ": expected a 64-bit integer, got " + Brief(entry));
+      throw InvalidJson("entry " + std::to_string(i) + ": expected a signed 64-bit integer, got " + Brief(entry));
     }
     integers.push_back(entry.get<int64_t>());
   }

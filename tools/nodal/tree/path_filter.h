@@ -21,7 +21,8 @@ std::string WithoutEndingSlash(const std::string &path);
 class PathFilter {
  public:
   // `onlyIfNamed` is the top of a subtree that the filter omits unless a path at or below this top is named. If
-  // `onlyIfNamed` is "", there is no such subtree. Throws a UsageError if a path is not absolute: the paths are values of
+  // `onlyIfNamed` is "", there is no such subtree. Throws a UsageError if a path is not absolute: the paths are values
+  // of
   // --only.
   explicit PathFilter(const std::vector<std::string> &paths, std::string_view onlyIfNamed = "");
 

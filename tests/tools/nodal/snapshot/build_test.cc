@@ -180,7 +180,7 @@ TEST(Build, Lists) {
   EXPECT_EQ(NodesComplaint(R"("/system/heaps": ["a", 1])"), ": /system/heaps: entry 1: expected a string, got 1\n");
   EXPECT_EQ(NodesComplaint(R"("/system/heaps": ["a\u0000"])"), ": /system/heaps: entry 0: text contains a NUL\n");
   EXPECT_EQ(NodesComplaint(R"("/hardware/nvd/dimm": [1, 9223372036854775808])"),
-            ": /hardware/nvd/dimm: entry 1: expected a 64-bit integer, got 9223372036854775808\n");
+            ": /hardware/nvd/dimm: entry 1: expected a signed 64-bit integer, got 9223372036854775808\n");
 }
 
 TEST(Build, FilesThatCannotBeOpened) {
