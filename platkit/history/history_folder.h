@@ -52,7 +52,7 @@ struct SetAsideName {
 
   std::string text() const;
 
-  auto operator<=>(const SetAsideName &) const = default;
+  auto operator<=>(const SetAsideName &) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 class HistoryFolder {
