@@ -12,8 +12,11 @@ namespace platkit {
 // The memory of the process. VmRSS excludes huge pages of pools, so they are added.
 inline Figure Consumed(const ProcessStatus &status) { return status.resident + status.hugePages; }
 
-// The peak of the process's memory. Linux records no peak of huge pages, so their current size is added.
-inline Figure ConsumedPeak(const ProcessStatus &status) { return status.residentPeak + status.hugePages; }
+// The peak of the process's memory. It is unknown if the process has huge pages of pools: VmHWM excludes them, and
+// Linux records no peak of them.
+inline Figure ConsumedPeak(const ProcessStatus &status) {
+  return status.hugePages == Figure(0) ? status.residentPeak : Figure::Unreadable();
+}
 
 // The known facts about a guest's memory.
 struct GuestMemory {

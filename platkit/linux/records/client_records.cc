@@ -298,7 +298,9 @@ const CgroupStat &ClientRecords::StatOf(Group *own) {
 Figure ClientRecords::PagesInKB(Figure pages) { return pages.isAbsent() ? pages : pages * pageSize_.KB(); }
 
 // VmSwap of a process omits shared memory. The figure of a version 2 control group includes memory that zswap keeps
-// compressed, and memory that was read again but keeps its place in swap space. Version 1 excludes the latter.
+// compressed, and memory that was read again but keeps its place in swap space. Both are subtracted. Some kernels keep
+// a page in zswap after reading it again, and the result is then too low. Version 1 excludes memory that was read
+// again.
 Figure ClientRecords::Swapped(Group *own, const ProcessStatus &status) {
   if (own == nullptr) return status.swapped;
   const CgroupStat &stat = StatOf(own);

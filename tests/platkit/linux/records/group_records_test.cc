@@ -91,6 +91,9 @@ TEST(GroupRecords, EachLineOfStatus) {
   };
   EXPECT_CELL(stats("VmRSS:\t  10 kB\nName:\tx\nHugetlbPages: 5 kB\n").consumed, 15u);
   EXPECT_EQ(host.ask().Name(100), "x");
+  EXPECT_CELL(stats("VmHWM: 12 kB\nVmRSS: 10 kB\nHugetlbPages: 5 kB\n").consumedPeak, kNoFigure);
+  EXPECT_CELL(stats("VmHWM: 12 kB\nVmRSS: 10 kB\nHugetlbPages: 0 kB\n").consumedPeak, 12u);
+  EXPECT_CELL(stats("VmHWM: 12 kB\nVmRSS: 10 kB\n").consumedPeak, 12u);
   EXPECT_CELL(stats("VmRSS: 10 kB\n").consumed, 10u) << "a kernel without huge pages";
   EXPECT_CELL(stats("VmRSS: 10 kB\n").memSize, kNoFigure);
   EXPECT_CELL(stats("VmRSS: 10 kB\nVmRSS: 11 kB\n").consumed, 10u);
