@@ -116,6 +116,10 @@ class HostFiles {
   // file `path` has this inode number. Returns false if files are not kept open.
   bool IsKeptWhole(const HostPath &path, uint64_t inode);
 
+  // How many files below /proc have been requested so far. What was read of a process and confirmed stays confirmed
+  // until this number changes.
+  uint64_t procReads() const { return procReads_; }
+
   // Closes a kept folder that has vanished, and its files: a new folder may have the same path.
   void Forget(std::string_view folder) noexcept;
 
@@ -151,6 +155,7 @@ class HostFiles {
     const char *path;
   };
   Place PlaceOf(const HostPath &path);
+  void CountProcRead(const HostPath &path);
 
   std::string root_;
   Reach reach_;
@@ -162,6 +167,7 @@ class HostFiles {
   std::string lastFolderPath_;  // ends with a slash
   std::optional<KeptFiles> kept_;
   bool keepsMore_ = true;
+  uint64_t procReads_ = 0;
   std::shared_ptr<const Clock::Time::duration> settingsAge_;
   Observer observer_;
 };

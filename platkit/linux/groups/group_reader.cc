@@ -108,8 +108,11 @@ const KvmPages &GroupReader::GuestPages(Group &vm) {
   return vm.vm->kvmPages.Get(files_.clock(), [&] { return ReadKvmPages(files_, kvmVms(), vm.id); });
 }
 
-HVC_ReturnStatus GroupReader::Confirm(const Group &process) {
-  return IsSameProcess(files_, process.id, process.identity) ? HVC_OK : HVC_NOT_FOUND;
+HVC_ReturnStatus GroupReader::Confirm(Group &process) {
+  if (process.confirmedReads == files_.procReads()) return HVC_OK;
+  if (!IsSameProcess(files_, process.id, process.identity)) return HVC_NOT_FOUND;
+  process.confirmedReads = files_.procReads();
+  return HVC_OK;
 }
 
 }  // namespace platkit

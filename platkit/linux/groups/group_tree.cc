@@ -285,7 +285,8 @@ void GroupTree::DetectVm(Group &group) {
 void GroupTree::MakeVm(Group &group, QemuOptions &&options) {
   auto facts = std::make_unique<VmFacts>();
   std::string name = options.name.empty() ? group.name : options.name;
-  facts->backing = BackingOf(options, group.user.isContained ? CgroupMount() : reader_.mount());
+  static const CgroupMount kNone;
+  facts->backing = BackingOf(options, group.user.isContained ? kNone : reader_.mount());
   facts->options = std::move(options);
   const int64_t vmmID = kFirstVmmGroup + group.id;
   groups_.emplace(vmmID, Group{.kind = GroupKind::kVmm, .id = vmmID, .name = "vmm", .parentID = group.id});

@@ -65,6 +65,7 @@ const GuestFigures &VmMonitors::FiguresOf(const Group &vm) {
 
 const LibvirtStatus &VmMonitors::StatusOf(Group &vm) {
   return vm.vm->libvirt.Get(files_.clock(), [&] {
+    if (!hasLibvirt_.Get(files_.clock(), [this] { return HasLibvirtStatus(files_); })) return LibvirtStatus();
     const LibvirtStatus status = ReadLibvirtStatus(files_, vm.name);
     return status.pid == vm.id ? status : LibvirtStatus();
   });

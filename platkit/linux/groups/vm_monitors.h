@@ -46,6 +46,7 @@ class VmMonitors {
   HostFiles &files_;
   VmGroups &vms_;
   Fresh<std::vector<GuestFigures>> guests_;
+  Fresh<bool> hasLibvirt_;
 };
 
 }  // namespace platkit

@@ -70,6 +70,8 @@ LibvirtStatus ParseLibvirtStatus(std::string_view text) {
   return status;
 }
 
+bool HasLibvirtStatus(HostFiles &files) { return files.Exists(HostPath("run/libvirt/qemu")); }
+
 LibvirtStatus ReadLibvirtStatus(HostFiles &files, std::string_view guestName) {
   std::string text;
   if (!IsFileName(guestName) ||

@@ -25,6 +25,9 @@ struct LibvirtStatus {
 // Parses a status file, or the description of a domain, which has neither PID nor job.
 LibvirtStatus ParseLibvirtStatus(std::string_view text);
 
+// Whether the host has a folder of status files.
+bool HasLibvirtStatus(HostFiles &files);
+
 // Reads the status file of a guest. All figures are absent if the file does not exist, if this user may not read it, or
 // if users other than root can have written it.
 LibvirtStatus ReadLibvirtStatus(HostFiles &files, std::string_view guestName);

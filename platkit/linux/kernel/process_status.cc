@@ -50,7 +50,6 @@ void TakeLine(std::string_view key, std::string_view rest, int64_t pid, Kind &ki
   if (key == "NSpid") status.user.isContained = HasSecondWord(rest);
   if (key == "Kthread") kind.isKernelThread = rest == "1";
   if (key == "Threads" && ParseNumber(rest, number)) status.threads = number;
-  if (key.starts_with("Vm")) kind.hasMemory = true;
 }
 
 uint64_t TimeSinceBoot() {
@@ -90,8 +89,12 @@ HVC_ReturnStatus ReadProcessStatus(HostFiles &files, int64_t pid, ProcessStatus 
   // capabilities) is not read.
   for (size_t left = std::size(wanted); (left > 0 || status.threads == 0) && lines.Next(line);) {
     if (!SplitKey(line, key, rest)) continue;
-    TakeLine(key, rest, pid, kind, status);
-    if (TakeFigure(key, rest, wanted)) --left;
+    kind.hasMemory = kind.hasMemory || key.starts_with("Vm");
+    if (TakeFigure(key, rest, wanted)) {
+      --left;
+    } else {
+      TakeLine(key, rest, pid, kind, status);
+    }
   }
   if (lines.status() == HVC_NOT_FOUND) return HVC_NOT_FOUND;
   if (lines.status() == HVC_OK) {

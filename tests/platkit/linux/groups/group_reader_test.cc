@@ -1,5 +1,6 @@
 #include "platkit/linux/groups/group_reader.h"
 
+#include "platkit/linux/kernel/process_sched.h"
 #include "tests/linux/saved_host.h"
 
 namespace platkit {
@@ -68,6 +69,28 @@ TEST_F(SampledGroup, LimitsAreReusedUpToAnAge) {
   host_.Write(kWeb + "/memory.max", "max\n");
   *age = seconds(0);
   EXPECT_EQ(next(CgroupAmount::kMax, seconds(1)), Figure::Unlimited());
+}
+
+TEST(GroupReader, AProcessIsCheckedOnceAfterEachRead) {
+  SavedHost host("v2.host");
+  HostFiles files(host.Path(""), Reach::kRootFolder);
+  GroupReader reader(files);
+  ProcessStatus status;
+  ASSERT_EQ(ReadProcessStatus(files, 101, status), HVC_OK);
+  Group process = {.kind = GroupKind::kProcess, .id = 101, .name = "b", .parentID = kHostGroup};
+  process.identity = status.identity;
+  EXPECT_EQ(reader.Confirm(process), HVC_OK);
+  host.Remove("proc/101/status");
+  EXPECT_EQ(reader.Confirm(process), HVC_OK) << "nothing was read since";
+  std::string text;
+  EXPECT_EQ(files.ReadTrusted(HostPath("sys/missing"), 1, text), HVC_NOT_FOUND);
+  EXPECT_EQ(reader.Confirm(process), HVC_OK) << "nothing was read of a process";
+  ReadNumaMovedPages(files, 101);
+  EXPECT_EQ(reader.Confirm(process), HVC_NOT_FOUND);
+  char buffer[8];
+  std::string_view link;
+  EXPECT_NE(files.ReadLink(HostPath("proc/101/exe"), buffer, link), HVC_OK);
+  EXPECT_EQ(reader.Confirm(process), HVC_NOT_FOUND);
 }
 
 }  // namespace
