@@ -31,7 +31,7 @@ class RetentionTest : public testing::Test {
 };
 
 TEST_F(RetentionTest, AfterThreeMonthsThereIsOne) {
-  options_.interval = 30 * kMinute;
+  options_.interval = kHour;
   Record(90 * kDay);
   const std::vector<RecordedSample> samples = SamplesIn(options_.folder);
   const int64_t oldest = pace_.now.wall - samples.front().info.time.wall;
