@@ -54,7 +54,7 @@ class Series {
     for (size_t i = 0; i < sample.size(); ++i) {
       const Entry entry = sample[i];
       const PathFigures &known = FiguresOf(entry);
-      // Samples of other definitions may have records of other sizes.
+      // Samples of another version may have records of other sizes.
       if (entry.payload.size() != known.recordBytes) continue;
       for (const PathFigure &figure : known.figures)
         AddNumber(figure, figure.field.Read(entry.payload));
@@ -75,7 +75,7 @@ class Series {
 
   void EndStep() {
     for (const auto &[name, step] : steps_) {
-      const auto text = [&step = step](uint64_t ordered) { return step.field->Text(step.field->Ordered(ordered)); };
+      const auto text = [field = step.field](uint64_t ordered) { return field->Text(field->Ordered(ordered)); };
       const bool hasValues = step.count > 0;
       printer_->ShowStep(time_, name,
                          {.samples = step.count,
