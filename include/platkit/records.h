@@ -148,7 +148,7 @@ typedef struct VmSwapInfoRecord {
   uint8_t isSwapping; /* boolean: swapping out now */
   uint64_t swapTgt;   /* KB: host swap target */
   uint64_t swapped;   /* KB: memory swapped by the host */
-  uint64_t swapRead;  /* KB: memory read from swap space and not released there */
+  uint64_t swapRead;  /* KB: memory read from swap space that still keeps its place there */
   uint64_t swapIn;    /* KB: memory swapped in and released from swap space */
   uint64_t swapOut;   /* KB: memory swapped out */
   uint8_t unread_41[16];

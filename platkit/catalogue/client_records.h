@@ -49,7 +49,7 @@ struct RecordTable<VmSwapInfoRecord> {
       PLATKIT_FIELD(0, uint8_t, isSwapping, BOOL, "swapping out now"),
       PLATKIT_FIELD(1, uint64_t, swapTgt, KB, "host swap target"),
       PLATKIT_FIELD(9, uint64_t, swapped, KB, "memory swapped by the host"),
-      PLATKIT_FIELD(17, uint64_t, swapRead, KB, "memory read from swap space and not released there"),
+      PLATKIT_FIELD(17, uint64_t, swapRead, KB, "memory read from swap space that still keeps its place there"),
       PLATKIT_FIELD(25, uint64_t, swapIn, KB, "memory swapped in and released from swap space"),
       PLATKIT_FIELD(33, uint64_t, swapOut, KB, "memory swapped out"),
       PLATKIT_GAP(41, 16),

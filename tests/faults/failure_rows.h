@@ -64,7 +64,8 @@ struct Report {
   testing_support::StandinHost (*host)();
   std::vector<std::string> arguments;
   FailureTable table;
-  // The last read before each row is at one of these places; empty: all rows follow all reads.
+  // Places as in LoggedCall. The last read before the report prints a row is at one of them. Empty: the report prints
+  // its rows after all reads.
   std::vector<std::string> rowReads = {};
   // The names of the rows, in the order in which the report reads their memory nodes; empty if it reads none.
   std::vector<std::string> lookedUp = {};

@@ -52,7 +52,8 @@ set_up_devices() {
   done
 }
 
-# Creates two namespaces of persistent memory in one region. Each namespace is a disk.
+# Creates two namespaces of persistent memory in one region. Each namespace is a disk. The second
+# one is formatted as swap space.
 set_up_pmem() {
   nd=/sys/bus/nd/devices
   add_namespace 00000000-0000-4000-8000-000000000001 $((32 << 20))
@@ -255,8 +256,8 @@ stop_machine() {
 
 is_pressed() { [ -e "/tmp/ready.$machine" ] && grep -q '^some avg10=[2-9][0-9]' "$pressure"; }
 
-# Starts a machine with 32 MB of data, which may have 24 MB of memory. zswap compresses the next pages into 2 MB, and the
-# rest is written to the disk.
+# Starts a machine with 32 MB of data, which may have 24 MB of memory. Of the pages that do not fit,
+# zswap keeps up to 2 MB in compressed form; the rest goes to the disk.
 zip_machine() {
   scope=$slice/$zipped
   zswap=/sys/module/zswap/parameters

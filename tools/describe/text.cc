@@ -15,7 +15,7 @@ using kestrel::Report;
 // Options are identified by the long name, because a letter can mean different options in different reports.
 constexpr Option kOptions[] = {
     {'g', "gid", Argument::kNumber, "group", "Start at this scheduler group"},
-    {'l', "level", Argument::kNumber, "levels", "Descend at most this many levels"},
+    {'l', "level", Argument::kNumber, "levels", "Show at most this many levels, counting the start group"},
     {'u', "unit", Argument::kUnit, "unit", "Show amounts in this unit"},
     {'i', "iFilter", Argument::kFlags, "flags", "Include only groups with one of these flags"},
     {'e', "eFilter", Argument::kFlags, "flags", "Exclude groups with one of these flags"},

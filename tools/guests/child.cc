@@ -111,7 +111,8 @@ void Children::TakeLines(Child &child) {
   child.received.erase(0, start);
 }
 
-// Waits at most 20 ms. A child in an uninterruptible system call ends later, and init reaps it.
+// Waits at most 20 ms. A child in an uninterruptible system call ends later; init reaps it after this program
+// has ended.
 void Children::End(Child &child) {
   if (!child.pipe.isOpen()) return;
   child.pipe = {};

@@ -1,7 +1,7 @@
 // Child processes that ask monitors. A child whose monitor does not answer in time is killed.
 //
-// A call to libvirt cannot be cancelled, and a monitor may send anything at any speed. Therefore libvirt and each QMP
-// socket have their own process.
+// A call to libvirt cannot be cancelled, and a monitor may send anything at any speed. Therefore libvirt has a process
+// of its own, and so does each QMP socket.
 #ifndef GUESTS_CHILD_H
 #define GUESTS_CHILD_H
 

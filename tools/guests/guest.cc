@@ -71,7 +71,7 @@ void TakeKB(Guest &guest, GuestFigure figure, uint64_t kb) {
   if (kb <= kMaxKB) guest.figures[figure] = Figure(kb);
 }
 
-// A count of -1, which is all ones, means that the guest does not report it.
+// A guest that does not report a count gives -1, which is above INT64_MAX here.
 void TakeCount(Guest &guest, GuestFigure figure, uint64_t count) {
   if (count <= INT64_MAX) guest.figures[figure] = Figure(count);
 }

@@ -62,8 +62,8 @@ Group *GroupTree::FindProcess(int64_t pid) {
   return FindKnown(pid);
 }
 
-// Returns the group that lists a process whose control group is in `folder`, or null if that group is not visible. A
-// process with threads in several groups is listed by the group above these.
+// Returns the group in which a process of the control group `folder` is listed, or null if that control group is not
+// visible. A process with threads in several groups is listed by the group above these.
 Group *GroupTree::FindParent(std::string_view folder) {
   Group *group = FindFolder(folder);
   while (group != nullptr && group->kind == GroupKind::kControlGroup && reader_.mount().v1Options.empty() &&

@@ -15,9 +15,10 @@ class VmGroups {
  public:
   VmGroups(HostFiles &files, GroupReader &reader, GroupTree &tree) : files_(files), reader_(reader), tree_(tree) {}
 
-  // The size of the guest's memory in KB. It is the size on the command line, unless the process has mapped less.
-  // Otherwise, it is the larger of the largest mapping and QEMU's default, if that is in effect. If the command line
-  // leaves room for more memory, the mappings show memory that was plugged in later. Absent if unknown.
+  // The size of the guest's memory in KB. If the process has mapped at least the size on the command line, it is that
+  // size, or the size of the mappings if memory was plugged in later. The mappings count only if the command line
+  // leaves room for more memory and no device has large mappings of its own. If the process has mapped less, it is the
+  // largest mapping, or QEMU's default if that is in effect and larger. Absent if unknown.
   Figure GuestSize(Group &vm, const ProcessStatus &status);
 
   // The known facts about the guest's memory, for GuestPart and VmOverhead.

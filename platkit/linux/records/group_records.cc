@@ -235,7 +235,8 @@ Figure GroupRecords::SizePeak(Group &group, Figure peak) {
 }
 
 // The kernel protects at most the lowest reservation of a group and the control groups above it, and throttles the
-// group at their lowest limit. `limited` and `reserved` differ for a VM, which may be in a group below its own.
+// group at their lowest limit. For a VM, `limited` is the VM itself, whose process may
+// be in a subgroup with lower limits, and `reserved` is its own control group (see OwnControlGroup).
 void GroupRecords::FillLimits(Group &limited, Group &reserved, GroupMemoryStatsRecord &record) {
   const Figure high = limits_.Lowest(limited, CgroupAmount::kHigh);
   record.allocTgt = CellInKB(Lower(high, limits_.Lowest(limited, CgroupAmount::kMax)), HVC_KB_NONE);

@@ -1,7 +1,7 @@
 // The records of persistent memory.
 //
 // A volume is a region of the kernel (nd_region): a range of addresses on one module, or on an interleave set of
-// several modules. The regions of a volume's region store are the kernel's namespaces.
+// several modules. What the records call a region of a volume is a namespace of the kernel.
 #ifndef PLATKIT_LINUX_RECORDS_PMEM_RECORDS_H
 #define PLATKIT_LINUX_RECORDS_PMEM_RECORDS_H
 

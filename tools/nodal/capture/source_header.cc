@@ -25,7 +25,7 @@ std::string HostName(const std::string &root) {
 
 Header HeaderOfSnapshot(const std::string &path) {
   const OpenedSnapshot opened(path);
-  // A snapshot with other definitions may have records of other sizes.
+  // A snapshot of another version may have records of other sizes.
   if (!HaveOwnSignature(opened.file.header().definitions)) {
     throw Failure(path, HVC_DEFINITIONS_DIFFER);
   }

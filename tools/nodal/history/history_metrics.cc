@@ -16,7 +16,7 @@ void WriteHistoryMetrics(const RangeOptions &range, const MetricChoice &choice, 
     const int64_t millis = info.time.wall / 1'000'000;
     if (millis <= last) return;  // the times of a metric's samples must increase
     last = millis;
-    // Samples of other definitions may have records of other sizes.
+    // Samples of another version may have records of other sizes.
     if (!HaveOwnSignature(host.definitions)) {
       ++others;
       return;
@@ -26,7 +26,7 @@ void WriteHistoryMetrics(const RangeOptions &range, const MetricChoice &choice, 
     spool.SetTime(millis);
     SampleMetrics(tree, choice, spool);
   });
-  if (others > 0) Complain(range.folder + ": " + Plural(others, "sample") + " with other definitions left out");
+  if (others > 0) Complain(range.folder + ": left out " + Plural(others, "sample") + " of another version");
   spool.WriteTo(write);
 }
 

@@ -46,7 +46,8 @@ constexpr FamilyDescription kFamilies[] = {
     {kPool, "pool", "numa_node, pool", true,
      "Each pool of large pages of each NUMA node; pshare is the pool of page sharing."},
     {kBuddy, "buddy", "buddy, numa_node, buffer_bytes", true,
-     "Each buffer size of each buddy allocator. Only allocators of memory nodes have a NUMA node."},
+     "Each buffer size of each buddy allocator. The label numa_node is empty for an allocator that does not belong to "
+     "a NUMA node."},
     {kHeap, "heap", "heap", false, "Each kernel heap. A host may have hundreds of heaps."},
     {kVolume, "volume", "volume", true, "Each volume of persistent memory."},
     {kRegion, "region", "volume, region", true, "Each region of persistent memory."},
@@ -117,7 +118,7 @@ constexpr Metric kMetrics[] = {
      "Guest memory, or address space in use."},
     {kGroup, "group_consumed_bytes", kGauge, NODE_FIELD(sched_groups_stats_memoryStats, consumed), "Memory consumed."},
     {kGroup, "group_consumed_peak_bytes", kGauge, NODE_FIELD(sched_groups_stats_memoryStats, consumedPeak),
-     "Highest memory consumption since the peaks were reset."},
+     "Highest memory consumption since the group was created, or since its peak was reset."},
     {kGroup, "group_touched_bytes", kGauge, NODE_FIELD(sched_groups_stats_memoryStats, touched),
      "Memory in active use."},
     {kGroup, "group_overhead_bytes", kGauge, NODE_FIELD(sched_groups_stats_memoryStats, ovhd),

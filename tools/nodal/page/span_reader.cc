@@ -100,7 +100,7 @@ class SpanReader {
       AddSample(info, sample, header);
     });
     if (span_.seconds.empty() && others_)
-      throw Failure(options_.folder, "another version recorded all samples" + RangeText() + ": the definitions differ");
+      throw Failure(options_.folder, "all samples" + RangeText() + " were recorded by another version");
     if (span_.seconds.empty()) throw NoSample();
     if (others_) AddOthers(span_.seconds.back(), others_->second);
     span_.samples = bands.samples();
@@ -174,7 +174,7 @@ class SpanReader {
   }
 
   void AddOthers(int64_t from, int64_t to) {
-    AddEvent({from, to, "the samples from another version were left out"});
+    AddEvent({from, to, "samples of another version were left out"});
     others_.reset();
   }
 
@@ -313,7 +313,7 @@ class SpanReader {
   size_t samples_ = 0;  // the approximate number of samples in the range
   size_t steps_ = 0;
   PageSpan span_;
-  // The first and the last second of the samples with other definitions since the last instant.
+  // The first and the last second of the samples of another version since the last instant.
   std::optional<std::pair<int64_t, int64_t>> others_;
   std::string host_;
   std::vector<SpanRows> rows_;  // by family

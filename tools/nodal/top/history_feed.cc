@@ -151,8 +151,8 @@ class HistoryFeed final : public Feed {
     std::string text;
     if (skipped_.damaged > 0) text = Plural(skipped_.damaged, "damaged sample");
     if (skipped_.others > 0)
-      text += (text.empty() ? "" : " and ") + Plural(skipped_.others, "sample") + " with other definitions";
-    return text.empty() ? text : text + " left out";
+      text += (text.empty() ? "" : " and ") + Plural(skipped_.others, "sample") + " of another version";
+    return text.empty() ? text : "left out: " + text;
   }
 
  private:
@@ -161,7 +161,7 @@ class HistoryFeed final : public Feed {
   // The numbers of samples that a step left out.
   struct Skipped {
     size_t damaged = 0;
-    size_t others = 0;  // of other definitions, whose records may differ from this program's
+    size_t others = 0;  // of another version, whose records may differ from this program's
   };
 
   // Throws a Failure if the moment that the user named cannot be shown, so that no earlier moment replaces it.

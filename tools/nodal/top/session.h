@@ -37,8 +37,8 @@ struct SessionOptions {
   ScreenId screen = ScreenId::kGroups;
   std::array<Settings, kScreens> settings = {};  // by ScreenId
   Unit unit = Unit::kAuto;
-  std::string every = "1";  // seconds, for the title and the command line
-  std::string source = {};  // options of the source, for the command line
+  std::string every = "1";  // seconds, shown in the title and in CommandLine()
+  std::string source = {};  // the options that select the source, repeated in CommandLine()
 };
 
 // Quotes a text as one word for a shell.

@@ -17,7 +17,7 @@ HVC_ReturnStatus Model(SavedHost &host, int64_t cpu, uint64_t &model) {
   return status;
 }
 
-// Gives each processor a vendor and a family whose models are known.
+// Returns `cpuinfo` with the vendor Intel and family 6 for each processor: the library knows the models of this family.
 std::string OfIntel(std::string_view cpuinfo) {
   const std::string lines = "vendor_id: GenuineIntel\ncpu family: 6\n";
   std::string text = lines + std::string(cpuinfo);

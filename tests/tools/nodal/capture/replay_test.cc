@@ -14,11 +14,10 @@ namespace {
 
 using platkit::SavedHost;
 
-// The programs and libraries that a test runs.
 struct Programs {
   std::string kestrel;
   std::string nodal;
-  std::string rootFolder;
+  std::string rootFolder;  // the library that makes kestrel read a root folder
 };
 
 // Copies that every user can run: the clone may be below a folder that only its owner can enter. The layout is that of

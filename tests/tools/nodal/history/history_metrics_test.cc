@@ -74,7 +74,7 @@ TEST_F(HistoryMetrics, LeaveOutOtherDefinitions) {
   history_.Add(HeapsAt(20), 20);
   const Outcome outcome = Nodal("metrics --from=-0s --cache " + history_.path());
   EXPECT_EQ(outcome.out, "# EOF\n");
-  EXPECT_EQ(outcome.err, "nodal: " + history_.path() + ": 1 sample with other definitions left out\n");
+  EXPECT_EQ(outcome.err, "nodal: " + history_.path() + ": left out 1 sample of another version\n");
 }
 
 // Prometheus' own tool imports the metrics into a block of its database.

@@ -555,11 +555,11 @@ TEST(TopSession, ADamagedEndOfAHistoryIsTold) {
   ASSERT_TRUE(session.TakeSample());
   EXPECT_EQ(session.problem(), "");
   EXPECT_FALSE(session.TakeSample());
-  EXPECT_EQ(session.problem(), "1 damaged sample left out");
+  EXPECT_EQ(session.problem(), "left out: 1 damaged sample");
   const std::unique_ptr<Feed> last = OpenFeed(recorded.path(), "");
   Session atEnd(*last, OptionsWith(ScreenId::kGroups, {"consumed"}));
   ASSERT_TRUE(atEnd.TakeSample());
-  EXPECT_EQ(Table(atEnd).back(), "1 damaged sample left out");
+  EXPECT_EQ(Table(atEnd).back(), "left out: 1 damaged sample");
 }
 
 TEST(TopSession, SamplesOfOtherDefinitionsAreLeftOut) {
@@ -575,10 +575,10 @@ TEST(TopSession, SamplesOfOtherDefinitionsAreLeftOut) {
   EXPECT_EQ(session.problem(), "");
   ASSERT_TRUE(session.TakeSample());
   EXPECT_EQ(feed->Time(), "2025-11-21T05:12:00Z");
-  EXPECT_EQ(session.problem(), "2 samples with other definitions left out");
+  EXPECT_EQ(session.problem(), "left out: 2 samples of another version");
   session.Press(kKeyLeft);
   EXPECT_EQ(feed->Time(), "2025-11-21T03:12:05Z");
-  EXPECT_EQ(session.problem(), "2 samples with other definitions left out");
+  EXPECT_EQ(session.problem(), "left out: 2 samples of another version");
   EXPECT_THROW(OpenFeed(recorded.path() + "@2025-11-21T04:12:05Z", ""), Failure);
 }
 
