@@ -1,7 +1,7 @@
 // Finds problems of the host. Each rule returns findings: {level, text, open} or {level, text, row}. `open` is a link
 // to the figures of the finding; `row` is its group.
 
-const thresholds = { limit: 0.95, squeezed: 0.05, fragmented: 0.25, heap: 0.05, swapped: 0.02, free: 65536 };
+const thresholds = { limit: 0.95, squeezed: 0.05, fragmented: 0.25, heap: 0.05, growth: 64 << 20, swapped: 0.02, free: 65536 };
 
 const rules = [
   { what: 'the memory state is soft, hard or low', find: findShortage },
@@ -9,6 +9,7 @@ const rules = [
   { what: 'a group that consumes 95 % or more of its limit', find: findGroupsAtLimit },
   { what: 'a node with 64 MB or more free, of which less than 25 % can become 2 MB pages', find: findFragmentedNodes },
   { what: 'a kernel heap with 5 % or more of the host\'s memory', find: findLargeHeaps },
+  { what: 'a kernel heap that has grown by 64 MB and to twice its size since the start of the span', find: findGrownHeaps },
   { what: 'a process with swapped memory of 2 % or more of the host\'s memory', find: findSwappedProcesses },
   { what: 'figures that could not be read', find: findUnreadable },
 ];
@@ -36,13 +37,14 @@ function findSqueezedMachines() {
     const size = host.groups.value(vmm('memSize'), row);
     const parts = [
       ['swapped', swappedFigure(row)?.value ?? 0],
-      ['ballooned', host.groups.value(vmm('ballooned'), row) ?? 0],
       ['compressed', host.groups.value(vmm('zipped'), row) ?? 0],
+      ['ballooned', host.groups.value(vmm('ballooned'), row) ?? 0],
     ].filter(([, kb]) => kb > 0);
     const taken = sum(parts.map(([, kb]) => kb));
     if (!size || taken / size < thresholds.squeezed) continue;
     const words = parts.map(([word, kb]) => `${amountText(kb)} ${word}`).join(', ');
-    const level = parts.some(([word, kb]) => word === 'swapped' && kb / size >= thresholds.squeezed) ? 'bad' : 'warning';
+    const isSwapped = parts[0][0] === 'swapped' && parts[0][1] / size >= thresholds.squeezed;
+    const level = isSwapped ? 'bad' : parts[0][0] === 'ballooned' ? 'note' : 'warning';
     const text = `Machine ${host.groups.name(row)} lacks ${percentText(taken / size)} of its ${amountText(size)}: ${words}.`;
     found.push({ level, text, row, weight: taken });
   }
@@ -84,6 +86,18 @@ function findLargeHeaps() {
     return [{ level: 'warning', text, open: '#heaps', weight: kb }];
   });
   return largestFirst(found);
+}
+
+function findGrownHeaps() {
+  if (!time.isSpan) return [];
+  const size = 'HeapStatsRecord.size';
+  const grown = changesBetween(host.heaps, size, 0, now.instant, Infinity)
+    .filter(({ before, change }) => change >= Math.max(before, thresholds.growth));
+  return grown.map(({ row, before, after }) => {
+    const amounts = [before, after].map((bytes) => amountText(bytes / 1024));
+    const text = `Kernel heap ${host.heaps.name(row)} has grown from ${amounts[0]} to ${amounts[1]} since ${instantText(0)}.`;
+    return { level: 'warning', text, open: '#heaps' };
+  });
 }
 
 function findSwappedProcesses() {

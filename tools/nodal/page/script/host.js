@@ -43,7 +43,7 @@ function stateTable(current) {
   const states = host.states.rows();
   const mark = (state) => state === current && 'current';
   const title = 'computed from StateTransitionsRecord, see the sources';
-  const row = element('tr', {}, rowHeader('entered'),
+  const row = element('tr', {}, rowHeader('entered since boot'),
     states.map((state) => element('td', { class: mark(state), title }, countText(entriesOf(state)))));
   return scrolling('Memory states', table('Memory states, from most to least free memory, and how often the host entered each',
     [{ text: 'state' }, ...states.map((state) => ({ text: host.states.name(state) }))], [row]));

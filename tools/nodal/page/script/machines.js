@@ -1,37 +1,42 @@
 // The table of virtual machines.
 
-const machineTable = { sortedBy: 'size', isAscending: false };
+const machineTable = { sortedBy: 1, isAscending: false };  // an index of machineColumns
+
+// The parts of the bar of a machine, by their styles.
+const backings = {
+  mapped: 'mapped', shared: 'shared', zipped: 'compressed', swapped: 'swapped', ballooned: 'ballooned', unbacked: 'not backed',
+};
 
 // Returns how the memory of a machine is backed: the parts of its bar, in their order. The last part is memory that
 // nothing backs.
 function backingOf(row) {
-  const value = (field) => host.groups.value(vmm(field), row);
-  const mapped = value('mapped');
-  const shared = value('shared') ?? 0;
-  const parts = [
-    { style: 'mapped', name: 'mapped', kb: mapped === undefined ? 0 : Math.max(mapped - shared, 0) },
-    { style: 'shared', name: 'shared', kb: shared },
-    { style: 'zipped', name: 'compressed', kb: value('zipped') ?? 0 },
-    { style: 'swapped', name: 'swapped', kb: swappedFigure(row)?.value ?? 0 },
-    { style: 'ballooned', name: 'ballooned', kb: value('ballooned') ?? 0 },
-  ];
-  const rest = (value('memSize') ?? 0) - sum(parts.map((part) => part.kb));
-  if (rest > 0) parts.push({ style: 'unbacked', name: 'not backed', kb: rest });
-  return parts;
+  const value = (field) => host.groups.value(vmm(field), row) ?? 0;
+  const shared = value('shared');
+  const parts = {
+    mapped: Math.max(value('mapped') - shared, 0),
+    shared,
+    zipped: value('zipped'),
+    swapped: swappedFigure(row)?.value ?? 0,
+    ballooned: value('ballooned'),
+  };
+  parts.unbacked = Math.max(value('memSize') - sum(Object.values(parts)), 0);
+  return Object.entries(parts).map(([style, kb]) => ({ style, name: backings[style], kb }));
 }
 
+const vmmColumn = (field, text = field) => ({ text, figure: (row) => host.groups.figure(vmm(field), row) });
+
 const machineColumns = [
-  { key: 'name', text: 'machine', value: (row) => host.groups.name(row).toLowerCase(), figure: null },
-  { key: 'size', text: 'memory', figure: (row) => host.groups.figure(vmm('memSize'), row) },
-  { key: 'mapped', text: 'mapped', figure: (row) => host.groups.figure(vmm('mapped'), row) },
-  { key: 'shared', text: 'shared', figure: (row) => host.groups.figure(vmm('shared'), row) },
-  { key: 'zipped', text: 'compressed', figure: (row) => host.groups.figure(vmm('zipped'), row) },
-  { key: 'swapped', text: 'swapped', figure: (row) => swappedFigure(row) },
-  { key: 'ballooned', text: 'ballooned', figure: (row) => host.groups.figure(vmm('ballooned'), row) },
-  { key: 'overhead', text: 'overhead', figure: (row) => host.groups.figure(stats('ovhd'), row) },
-  { key: 'limit', text: 'limit', figure: limitOf },
-  { key: 'total', text: 'guest has', figure: (row) => guestFigure('memTotal', row) },
-  { key: 'needed', text: 'guest needs', figure: (row) => guestFigure('memNeeded', row) },
+  { text: 'machine', value: (row) => host.groups.name(row).toLowerCase(), figure: null },
+  vmmColumn('memSize', 'memory'),
+  vmmColumn('mapped'),
+  vmmColumn('shared'),
+  vmmColumn('zipped', backings.zipped),
+  { text: 'swapped', figure: (row) => swappedFigure(row) },
+  vmmColumn('ballooned'),
+  { text: 'overhead', figure: (row) => host.groups.figure(stats('ovhd'), row) },
+  { text: 'limit', figure: limitOf },
+  { text: 'guest has', figure: (row) => guestFigure('memTotal', row) },
+  { text: 'guest needs', figure: (row) => guestFigure('memNeeded', row) },
 ];
 
 function guestFigure(field, row) {
@@ -49,9 +54,8 @@ function showMachines() {
 }
 
 function machineLegend() {
-  const names = { mapped: 'mapped', shared: 'shared', zipped: 'compressed', swapped: 'swapped', ballooned: 'ballooned', unbacked: 'not backed' };
   return element('ul', { class: 'legend', 'aria-label': 'Parts of a machine\'s memory' },
-    Object.entries(names).map(([style, name]) => element('li', {}, element('span', { class: `swatch ${style}` }), name)),
+    Object.entries(backings).map(([style, name]) => element('li', {}, element('span', { class: `swatch ${style}` }), name)),
     element('li', {}, element('span', { class: 'swatch needs' }), 'what the guest says it needs'));
 }
 
@@ -63,7 +67,7 @@ function sortValue(column, row) {
 }
 
 function sortedMachines() {
-  const column = machineColumns.find((each) => each.key === machineTable.sortedBy);
+  const column = machineColumns[machineTable.sortedBy];
   const direction = machineTable.isAscending ? 1 : -1;
   const compare = (a, b) => (a < b ? -direction : a > b ? direction : 0);
   return [...host.machines].sort((a, b) => compare(sortValue(column, a), sortValue(column, b)) || a - b);
@@ -77,19 +81,18 @@ function drawMachines() {
   show('#machine-table', scrolling('Virtual machines', table('Virtual machines, and how their memory is backed', columns, rows)));
 }
 
-function headerOf(column) {
-  const isSorted = machineTable.sortedBy === column.key;
+function headerOf(column, index) {
+  const isSorted = machineTable.sortedBy === index;
   const sorted = isSorted ? (machineTable.isAscending ? 'ascending' : 'descending') : 'none';
-  const button = element('button', { type: 'button', class: 'sort', onclick: () => sortMachines(column.key) }, column.text);
+  const button = element('button', { type: 'button', class: 'sort', onclick: () => sortMachines(index) }, column.text);
   return { button, sorted, right: column.figure !== null };
 }
 
-function sortMachines(key) {
-  const isSame = machineTable.sortedBy === key;
-  machineTable.isAscending = isSame ? !machineTable.isAscending : key === 'name';
-  machineTable.sortedBy = key;
+function sortMachines(index) {
+  const isSame = machineTable.sortedBy === index;
+  machineTable.isAscending = isSame ? !machineTable.isAscending : index === 0;
+  machineTable.sortedBy = index;
   drawMachines();
-  const index = machineColumns.findIndex((column) => column.key === key);
   document.querySelectorAll('#machine-table button.sort')[index].focus();
 }
 

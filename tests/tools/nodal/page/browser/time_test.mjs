@@ -200,20 +200,23 @@ test('heaps that grew come first', async () => {
   const [root, folder] = ['growing-root', 'growing'].map((name) => join(work, name));
   for (const each of [root, folder]) rmSync(each, { recursive: true, force: true });
   mkdirSync(join(root, 'proc'), { recursive: true });
-  for (const pages of [1000, 3000]) {
+  for (const pages of [10000, 30000]) {
     const line = (name, count) => `${name} 100 100 192 21 1 : tunables 0 0 0 : slabdata ${count} ${count} 0\n`;
-    writeFileSync(join(root, 'proc/slabinfo'), `slabinfo - version: 2.1\n${line('large', 5000)}${line('growing', pages)}`);
+    writeFileSync(join(root, 'proc/slabinfo'), `slabinfo - version: 2.1\n${line('large', 50000)}${line('growing', pages)}`);
     execFileSync(nodal, ['--root', root, 'record', '-d', folder, '--every', '1', '--count', '1'], { stdio: 'ignore' });
     await new Promise((done) => setTimeout(done, 1100));
   }
   const tab = await open(browser, pageOf('growing', folder));
   const cells = await texts(tab.getByRole('group', { name: 'Heaps that grew most' }).locator('tbody tr').locator('th, td'));
   const before = Number(report(`${folder}@-1s`, 'heap-stats', ['name', 'size']).find((row) => row.name === 'growing').size);
-  assert.equal(before, 1000 * 4096);
-  assert.deepEqual(cells, ['growing', '3.91 MB', '11.7 MB', '+7.81 MB']);
+  assert.equal(before, 10000 * 4096);
+  assert.deepEqual(cells, ['growing', '39.1 MB', '117 MB', '+78.1 MB']);
+  const found = () => tab.locator('.card.findings').textContent();
+  assert.match(await found(), /Kernel heap growing has grown from 39\.1 MB to 117 MB since /);
   await cursor(tab).press('Home');
   await settled(tab);
   assert.match(await tab.locator('#heaps').textContent(), /No heap grew/);
+  assert.doesNotMatch(await found(), /growing has grown/);
   assert.deepEqual(tab.troubles, []);
   await tab.close();
 });
