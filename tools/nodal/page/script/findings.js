@@ -6,11 +6,11 @@ const thresholds = { limit: 0.95, squeezed: 0.05, fragmented: 0.25, heap: 0.05, 
 const rules = [
   { what: 'the memory state is soft, hard or low', find: findShortage },
   { what: 'a machine of whose memory 5 % or more are ballooned, compressed or swapped', find: findSqueezedMachines },
-  { what: 'a group that consumes 95 % or more of its limit', find: findGroupsAtLimit },
+  { what: 'a group at 95 % or more of its limit', find: findGroupsAtLimit },
   { what: 'a node with 64 MB or more free, of which less than 25 % can become 2 MB pages', find: findFragmentedNodes },
   { what: 'a kernel heap with 5 % or more of the host\'s memory', find: findLargeHeaps },
-  { what: 'a kernel heap that has grown by 64 MB and to twice its size since the start of the span', find: findGrownHeaps },
-  { what: 'a process with swapped memory of 2 % or more of the host\'s memory', find: findSwappedProcesses },
+  { what: 'a kernel heap that grew by 64 MB and to twice its size', find: findGrownHeaps },
+  { what: 'a process with 2 % or more of the host\'s memory in swap', find: findSwappedProcesses },
   { what: 'figures that could not be read', find: findUnreadable },
 ];
 
@@ -46,7 +46,7 @@ function findSqueezedMachines() {
     const isSwapped = parts[0][0] === 'swapped' && parts[0][1] / size >= thresholds.squeezed;
     const level = isSwapped ? 'bad' : parts[0][0] === 'ballooned' ? 'note' : 'warning';
     const text = `Machine ${host.groups.name(row)} lacks ${percentText(taken / size)} of its ${amountText(size)}: ${words}.`;
-    found.push({ level, text, row, weight: taken });
+    found.push({ level, text, open: `#machine-${row}`, weight: taken });
   }
   return largestFirst(found);
 }
@@ -95,7 +95,7 @@ function findGrownHeaps() {
     .filter(({ before, change }) => change >= Math.max(before, thresholds.growth));
   return grown.map(({ row, before, after }) => {
     const amounts = [before, after].map((bytes) => amountText(bytes / 1024));
-    const text = `Kernel heap ${host.heaps.name(row)} has grown from ${amounts[0]} to ${amounts[1]} since ${instantText(0)}.`;
+    const text = `Kernel heap ${host.heaps.name(row)} grew from ${amounts[0]} to ${amounts[1]} since ${instantText(0)}.`;
     return { level: 'warning', text, open: '#heaps' };
   });
 }

@@ -20,11 +20,12 @@ function countText(count) {
   return count === undefined ? 'n/a' : count.toLocaleString('en');
 }
 
+// Returns 100 % only for the whole, and 0 % only for nothing.
 function percentText(part) {
   if (!isFinite(part)) return 'n/a';
   const percent = part * 100;
   if (percent > 0 && percent < 1) return '< 1 %';
-  return `${countText(Math.floor(percent))} %`;
+  return `${countText(percent < 100 ? Math.min(Math.round(percent), 99) : Math.round(percent))} %`;
 }
 
 // The number of KB in one unit, for the units of memory.

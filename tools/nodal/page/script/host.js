@@ -45,7 +45,7 @@ function stateTable(current) {
   const title = 'computed from StateTransitionsRecord, see the sources';
   const row = element('tr', {}, rowHeader('entered since boot'),
     states.map((state) => element('td', { class: mark(state), title }, countText(entriesOf(state)))));
-  return scrolling('Memory states', table('Memory states, from most to least free memory, and how often the host entered each',
+  return scrolling('Memory states', table('Memory states, from most to least free memory, and how often each was entered',
     [{ text: 'state' }, ...states.map((state) => ({ text: host.states.name(state) }))], [row]));
 }
 

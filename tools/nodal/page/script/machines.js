@@ -102,7 +102,7 @@ function machineRow(row, longest) {
     return rightCell(figure ? figureElement(figure) : element('span', { class: 'na', title: 'has no such record' }, 'n/a'));
   });
   const name = element('a', { href: groupLink(row) }, nameElement(host.groups.name(row)));
-  return element('tr', {}, element('th', { scope: 'row', class: 'name' }, name), element('td', { class: 'backing' }, machineBar(row, longest)), cells);
+  return element('tr', { id: `machine-${row}` }, element('th', { scope: 'row', class: 'name' }, name), element('td', { class: 'backing' }, machineBar(row, longest)), cells);
 }
 
 function machineBar(row, longest) {

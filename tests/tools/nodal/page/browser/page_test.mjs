@@ -103,8 +103,11 @@ test('what stands out on a troubled host is told first', () => onPage('troubled'
   assert.equal(await tab.locator('ul.findings li').count(), 4);
   const box = await tab.locator('ul.findings').boundingBox();
   assert.ok(box.y + box.height < 900, 'the findings are on the first screen');
+  await tab.locator('ul.findings a', { hasText: 'batch' }).click();
+  assert.equal(await tab.locator('#panel h3').textContent(), 'batch.service');
   await tab.locator('ul.findings a', { hasText: 'ledger' }).click();
-  assert.equal(await tab.locator('#panel h3').textContent(), 'ledger');
+  assert.equal(await tab.locator('tr:target th').textContent(), 'ledger');
+  assert.ok(await tab.locator('tr:target').isVisible());
 }));
 
 test('the icicle is used by mouse', () => onPage('troubled', async (tab) => {
