@@ -254,7 +254,7 @@ stop_machine() {
   wait "$machine" 2>/dev/null
 }
 
-is_pressed() { [ -e "/tmp/ready.$machine" ] && grep -q '^some avg10=[2-9][0-9]' "$pressure"; }
+is_pressed() { [ -e "/tmp/ready.$machine" ] && grep -Eq '^some avg10=([2-9][0-9]|100)\.' "$pressure"; }
 
 # Starts a machine with 32 MB of data, which may have 24 MB of memory. Of the pages that do not fit,
 # zswap keeps up to 2 MB in compressed form; the rest goes to the disk.

@@ -44,7 +44,7 @@ std::string Summary(const std::string &path, const CaptureTotals &totals, off_t 
                      ", " + Plural(totals.lists, "list") + ", " + std::to_string(size) + " bytes, " + time;
   for (const auto &[status, count] : totals.unreadable)
     text += "; " + std::to_string(count) + " unreadable: " + status;
-  if (vanished > 0) text += "; " + std::to_string(vanished) + " vanished during the capture";
+  if (vanished > 0) text += "; " + Plural(vanished, "instance") + " vanished during the capture";
   return text;
 }
 

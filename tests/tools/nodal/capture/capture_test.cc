@@ -148,7 +148,7 @@ TEST_F(Capture, ABarOnATerminal) {
 
 TEST_F(Capture, AGroupThatVanishes) {
   const std::string said = CaptureChange("/sched/groups/5/groupName");
-  EXPECT_TRUE(said.ends_with("; 2 vanished during the capture\n")) << said;
+  EXPECT_TRUE(said.ends_with("; 2 instances vanished during the capture\n")) << said;
   EXPECT_EQ(NodesOf(scratch_.Path("captured")), NodesOf(scratch_.Path("after")));
 }
 
