@@ -43,9 +43,9 @@ function stateTable(current) {
   const states = host.states.rows();
   const mark = (state) => state === current && 'current';
   const title = 'computed from StateTransitionsRecord, see the sources';
-  const row = element('tr', {}, rowHeader('entered since boot'),
+  const row = element('tr', {}, rowHeader('entered'),
     states.map((state) => element('td', { class: mark(state), title }, countText(entriesOf(state)))));
-  return scrolling('Memory states', table('Memory states, from most to least free memory, and how often each was entered',
+  return scrolling('Memory states', table('Memory states, from most to least free memory, and how often each was entered since boot',
     [{ text: 'state' }, ...states.map((state) => ({ text: host.states.name(state) }))], [row]));
 }
 
