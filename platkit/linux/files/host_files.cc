@@ -15,8 +15,6 @@
 namespace platkit {
 namespace {
 
-constexpr std::string_view kProcesses = "proc/";
-
 // Returns HVC_OK if the file has `size` bytes at `offset`.
 HVC_ReturnStatus CheckRange(const struct stat &about, uint32_t offset, size_t size) {
   return about.st_size < 0 || static_cast<uint64_t>(about.st_size) < offset + size ? HVC_OFFSET_PAST_END : HVC_OK;
@@ -30,11 +28,8 @@ HVC_ReturnStatus HostFiles::OpenRoot() {
   return rootFolder_.isOpen() ? HVC_OK : StatusOfErrno(errno);
 }
 
-void HostFiles::CountProcRead(const HostPath &path) {
-  if (path.view().starts_with(kProcesses)) ++procReads_;
-}
-
 HostFiles::Place HostFiles::PlaceOf(const HostPath &path) {
+  constexpr std::string_view kProcesses = "proc/";
   if (lastFolder_ != nullptr && path.view().starts_with(lastFolderPath_)) {
     return {lastFolder_->get(), path.c_str() + lastFolderPath_.size()};
   }
@@ -75,7 +70,7 @@ FileDescriptor HostFiles::OpenInRoot(const HostPath &path, int flags) {
 
 HVC_ReturnStatus HostFiles::OpenFor(Access access, const HostPath &path, int flags, FileDescriptor &file) {
   if (observer_ && path.c_str() != nullptr) observer_(path.c_str(), access);
-  CountProcRead(path);
+  ++reads_;
   // Opening a FIFO in a saved root must not block.
   return OpenBelowRoot(path, flags | O_NONBLOCK, file);
 }
@@ -87,7 +82,7 @@ HVC_ReturnStatus HostFiles::Open(const HostPath &path, int flags, FileDescriptor
 HVC_ReturnStatus HostFiles::ReadStart(const HostPath &path, std::span<char> buffer, OpenedFile &file, size_t &size) {
   size = 0;
   if (isSampled()) {
-    CountProcRead(path);
+    ++reads_;
     const char *name = path.name();
     const std::string_view folderPath = path.folder();
     if (KeptFiles::Folder *folder = KeptFolderOf(path, folderPath, name); folder != nullptr) {
@@ -218,7 +213,7 @@ HVC_ReturnStatus HostFiles::WriteAt(const HostPath &path, uint32_t offset, std::
 HVC_ReturnStatus HostFiles::ReadLink(const HostPath &path, std::span<char> buffer, std::string_view &text) {
   if (path.c_str() == nullptr) return HVC_NAME_TOO_LONG;
   if (const HVC_ReturnStatus status = OpenRoot(); status != HVC_OK) return status;
-  CountProcRead(path);
+  ++reads_;
   FileDescriptor link;
   Place place = {};
   if (reach_ == Reach::kHost) {

@@ -116,9 +116,8 @@ class HostFiles {
   // file `path` has this inode number. Returns false if files are not kept open.
   bool IsKeptWhole(const HostPath &path, uint64_t inode);
 
-  // How many files below /proc have been requested so far. What was read of a process and confirmed stays confirmed
-  // until this number changes.
-  uint64_t procReads() const { return procReads_; }
+  // How many files have been requested so far. While this number does not change, no value was read.
+  uint64_t reads() const { return reads_; }
 
   // Closes a kept folder that has vanished, and its files: a new folder may have the same path.
   void Forget(std::string_view folder) noexcept;
@@ -155,7 +154,6 @@ class HostFiles {
     const char *path;
   };
   Place PlaceOf(const HostPath &path);
-  void CountProcRead(const HostPath &path);
 
   std::string root_;
   Reach reach_;
@@ -167,7 +165,7 @@ class HostFiles {
   std::string lastFolderPath_;  // ends with a slash
   std::optional<KeptFiles> kept_;
   bool keepsMore_ = true;
-  uint64_t procReads_ = 0;
+  uint64_t reads_ = 0;
   std::shared_ptr<const Clock::Time::duration> settingsAge_;
   Observer observer_;
 };

@@ -71,7 +71,7 @@ struct Group {
   uint64_t inode = 0;
   // Set only for a process or a VM.
   ProcessIdentity identity = {};
-  uint64_t confirmedReads = 0;  // HostFiles::procReads() at the last check that it is this process
+  uint64_t confirmedReads = 0;  // HostFiles::reads() at the last check that it is this process
   uint64_t threads = 0;
   ProcessUser user = {};
 

@@ -109,9 +109,9 @@ const KvmPages &GroupReader::GuestPages(Group &vm) {
 }
 
 HVC_ReturnStatus GroupReader::Confirm(Group &process) {
-  if (process.confirmedReads == files_.procReads()) return HVC_OK;
+  if (process.confirmedReads == files_.reads()) return HVC_OK;
   if (!IsSameProcess(files_, process.id, process.identity)) return HVC_NOT_FOUND;
-  process.confirmedReads = files_.procReads();
+  process.confirmedReads = files_.reads();
   return HVC_OK;
 }
 

@@ -38,8 +38,8 @@ class GroupReader {
   // KVM's list of VMs.
   const KvmVms &kvmVms();
 
-  // Checks that all values that were read for the PID belong to this process. If not, the process has ended, and this
-  // returns HVC_NOT_FOUND. Looks at the process only if a file below /proc was read since the last check.
+  // Checks that the process has not ended. If it has, returns HVC_NOT_FOUND: values that were read for its PID or its
+  // control group may belong to another process. Looks at the process only if a file was read since the last check.
   [[nodiscard]] HVC_ReturnStatus Confirm(Group &process);
 
  private:

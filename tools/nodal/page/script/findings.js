@@ -1,7 +1,7 @@
 // Finds problems of the host. Each rule returns findings: {level, text, open} or {level, text, row}. `open` is a link
 // to the figures of the finding; `row` is its group.
 
-const thresholds = { limit: 0.95, squeezed: 0.05, fragmented: 0.25, heap: 0.05, growth: 64 << 20, swapped: 0.02, free: 65536 };
+const thresholds = { limit: 0.95, squeezed: 0.05, fragmented: 0.245, heap: 0.05, growth: 64 << 20, swapped: 0.02, free: 65536 };
 
 const rules = [
   { what: 'the memory state is soft, hard or low', find: findShortage },

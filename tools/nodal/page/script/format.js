@@ -20,7 +20,7 @@ function countText(count) {
   return count === undefined ? 'n/a' : count.toLocaleString('en');
 }
 
-// Returns 100 % only for the whole, and 0 % only for nothing.
+// Rounds, but less than the whole is never 100 %, and more than nothing is never 0 %.
 function percentText(part) {
   if (!isFinite(part)) return 'n/a';
   const percent = part * 100;
